@@ -1,0 +1,29 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# clipheave_layer(NAME [DEPENDS targets…] [PRIVATE_DEPENDS targets…])
+# One static library of all sources in the calling folder (not its sub-folders). DEPENDS are the
+# layers and vocabulary that its headers use; PRIVATE_DEPENDS are third-party libraries that stay in
+# its .cpp files. A tiny executable links the whole archive, so that an undeclared use of another
+# layer fails the build even when no test pulls that object in.
+function(clipheave_layer name)
+  cmake_parse_arguments(ARG "" "" "DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  add_library(${name} STATIC ${sources})
+  set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
+  target_link_libraries(
+    ${name}
+    PUBLIC clipheave_options Qt6::Core tl::expected ${ARG_DEPENDS}
+    PRIVATE ${ARG_PRIVATE_DEPENDS})
+  file(GENERATE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/${name}_link.cpp CONTENT "int main() { return 0; }\n")
+  add_executable(${name}_link ${CMAKE_CURRENT_BINARY_DIR}/${name}_link.cpp)
+  set_target_properties(${name}_link PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/link-checks)
+  target_link_libraries(${name}_link PRIVATE $<LINK_LIBRARY:WHOLE_ARCHIVE,${name}>)
+endfunction()
+
+# clipheave_test(NAME DEPENDS targets…): a GoogleTest executable of all sources in the calling folder.
+function(clipheave_test name)
+  cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  add_executable(${name} ${sources})
+  target_link_libraries(${name} PRIVATE clipheave_options testkit GTest::gmock ${ARG_DEPENDS})
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,11 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# One INTERFACE target carries the options of every target of the project.
+add_library(clipheave_options INTERFACE)
+target_compile_options(
+  clipheave_options
+  INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wcast-qual -Woverloaded-virtual -Wold-style-cast
+            -Wnon-virtual-dtor -Werror -fvisibility=hidden)
+target_compile_definitions(
+  clipheave_options INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS
+                              QT_NO_NARROWING_CONVERSIONS_IN_CONNECT QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+target_include_directories(clipheave_options INTERFACE ${CMAKE_SOURCE_DIR})

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+#include <tl/expected.hpp>
+
+namespace clipheave::platform {
+
+/// What went wrong, in terms of what a caller can do about it.
+enum class ErrorCode {
+    NotFound,        ///< the path does not exist
+    AccessDenied,    ///< the user may not read or write it
+    NotSupported,    ///< a well-formed thing that this program does not handle (a FIFO, a codec)
+    InvalidData,     ///< the bytes contradict their own format
+    Truncated,       ///< the file ends before the bytes it announces
+    LimitExceeded,   ///< a count or size in the file is beyond what is read
+    AlreadyExists,   ///< the target is there and may not be replaced
+    NoSpace,         ///< disk full or quota reached
+    Cancelled,       ///< the user or a signal asked to stop
+    InvalidArgument, ///< the caller's value is out of range
+    Io,              ///< any other failure of the system
+};
+
+struct Error {
+    ErrorCode code = ErrorCode::Io;
+    QString operation; ///< what was being done, "read the movie header"
+    QString path;      ///< the file concerned, empty when there is none
+    QString detail;    ///< the underlying text (strerror, library message), may be empty
+
+    /// "operation: path: detail", empty parts left out; for logs, the activity panel and JSON.
+    [[nodiscard]] QString text() const;
+};
+
+/// `true` means success. Mark every function that returns one [[nodiscard]].
+template <class T> using Result = tl::expected<T, Error>;
+
+/// Shorthand for returning a failure.
+[[nodiscard]] inline tl::unexpected<Error> failure(ErrorCode code, QString operation,
+                                                   QString path = {}, QString detail = {}) {
+    return tl::unexpected<Error>(
+        Error{code, std::move(operation), std::move(path), std::move(detail)});
+}
+
+/// The failure of the system call that has just set errno (pass `savedErrno` when it may have
+/// changed).
+[[nodiscard]] tl::unexpected<Error> systemFailure(QString operation, QString path, int savedErrno);
+
+/// Drops a failure on purpose and logs why that is right; the only way to ignore one.
+void ignoreFailure(const Error& error, const char* why);
+template <class T> void ignoreFailure(const Result<T>& result, const char* why) {
+    if (!result)
+        ignoreFailure(result.error(), why);
+}
+
+} // namespace clipheave::platform

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/media/av_url_asset.h"
+
+#include <QList>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace clipheave::platform {
+
+inline constexpr char16_t AVAssetExportPresetPassthrough[] = u"AVAssetExportPresetPassthrough";
+inline constexpr char16_t AVFileTypeQuickTimeMovie[] = u"com.apple.quicktime-movie";
+inline constexpr char16_t AVFileTypeMPEG4[] = u"public.mpeg-4";
+inline constexpr char16_t AVFileTypeAppleM4V[] = u"com.apple.m4v-video";
+inline constexpr char16_t AVFileTypeAppleM4A[] = u"com.apple.m4a-audio";
+
+enum class AVAssetExportSessionStatus {
+    Unknown = 0,
+    Waiting = 1,
+    Exporting = 2,
+    Completed = 3,
+    Failed = 4,
+    Cancelled = 5,
+};
+
+/// One export job: everything it needs is captured before it starts; it never touches the user
+/// interface. Set it up on one thread, start it, then read status and progress from any thread.
+class AVAssetExportSession {
+public:
+    AVAssetExportSession(AVURLAsset asset, QString presetName);
+    ~AVAssetExportSession();
+    AVAssetExportSession(const AVAssetExportSession&) = delete;
+    AVAssetExportSession& operator=(const AVAssetExportSession&) = delete;
+
+    void setOutputPath(const QString& path);
+    void setOutputFileType(const QString& type);
+    /// No list keeps the source's metadata; a list replaces it: items with an empty value write
+    /// nothing, and an empty list leaves no item at all.
+    void setMetadata(const std::optional<QList<AVMetadataItem>>& items);
+    /// Movie header before the payload. Off by default.
+    void setShouldOptimizeForNetworkUse(bool optimize);
+
+    /// Queues the job; `completionHandler` runs on the queue's thread when status() is final.
+    void exportAsynchronouslyWithCompletionHandler(std::function<void()> completionHandler);
+    /// Stops between chunks; the partial output is removed, status becomes Cancelled.
+    void cancelExport();
+
+    [[nodiscard]] AVAssetExportSessionStatus status() const;
+    [[nodiscard]] double progress() const; ///< 0 to 1
+    /// Why it failed; meaningful with status Failed.
+    [[nodiscard]] Error error() const;
+    /// Things worth telling that are no failure ("Location kept").
+    [[nodiscard]] QStringList notes() const;
+
+    /// How many exports run at once in this process (default: the machine's cores).
+    static void setMaximumConcurrentExports(int count);
+    /// Returns when no export is queued or running.
+    static void waitForAllExports();
+    /// Cancels all queued and running exports.
+    static void cancelAllExports();
+
+    struct State; ///< shared with the queue's thread; defined beside the implementation
+
+private:
+    std::shared_ptr<State> m_state;
+};
+
+} // namespace clipheave::platform

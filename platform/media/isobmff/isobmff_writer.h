@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/media/model/metadata_item.h"
+
+#include <QList>
+#include <QStringList>
+
+#include <functional>
+#include <optional>
+
+namespace clipheave::platform {
+
+enum class OutputContainer { QuickTimeMovie, M4V, M4A, Mp4 };
+
+struct PassthroughRequest {
+    QString source;
+    QString target; ///< replaced in one step; must not be the source
+    OutputContainer container = OutputContainer::M4V;
+    /// No list keeps the source's metadata; a list replaces it, the empty list leaves none.
+    std::optional<QList<AVMetadataItem>> metadata;
+    bool moovFirst = false;
+    /// Fraction done, 0 to 1; answering false stops (Cancelled) and leaves nothing behind.
+    std::function<bool(double)> progress;
+};
+
+struct PassthroughOutcome {
+    QStringList notes; ///< worth telling, no failure: "Location kept"
+};
+
+/// Writes `source` again as `target` with other metadata: `ftyp` of the container, `moov` rebuilt,
+/// every other box byte for byte, the payload copied by the kernel.
+[[nodiscard]] Result<PassthroughOutcome> writePassthrough(const PassthroughRequest& request);
+
+} // namespace clipheave::platform

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/media/model/media_facts.h"
+
+#include <functional>
+
+namespace clipheave::platform {
+
+/// What a demonstration file is made of. Sizes in pixels, durations in seconds.
+struct SampleMedia {
+    QString
+        container; ///< libavformat muxer name: "mp4", "mov", "matroska", "mp3", "flac", "wav", …
+    QString videoCodec; ///< encoder name, empty: no video
+    QString audioCodec; ///< encoder name, empty: no audio
+    QSize size{320, 180};
+    double seconds = 2;
+    int frameRate = 24;
+    int sampleRate = 44100;
+    int channels = 2;
+    int pattern = 0;       ///< chooses among the drawn scenes and tones
+    bool moovFirst = true; ///< ISO base media only
+    double rotation = 0;   ///< degrees clockwise in the display matrix
+};
+
+/// The FFmpeg libraries behind one interface, in a module of their own. All calls are thread-safe.
+class MediaEngine {
+public:
+    virtual ~MediaEngine() = default;
+    /// Facts of any file that libavformat can open, headers only: bounded in bytes and time, tags
+    /// mapped to the identifiers of the import. `reader` gives the bytes.
+    [[nodiscard]] virtual Result<MediaFacts> probe(FileReader& reader) = 0;
+    /// Copies all streams of `source` into an MP4-family file at `target` without re-encoding;
+    /// NotSupported when a stream cannot be held. `progress` (0 to 1) stops it by answering false.
+    [[nodiscard]] virtual Result<void> remuxToMp4(const QString& source, const QString& target,
+                                                  const std::function<bool(double)>& progress) = 0;
+    /// Writes a generated file at `target`, without metadata.
+    [[nodiscard]] virtual Result<void> writeSample(const SampleMedia& sample,
+                                                   const QString& target) = 0;
+};
+
+/// The engine, loaded at the first call; NotSupported with the loader's text when the module or one
+/// of its libraries is missing.
+[[nodiscard]] Result<MediaEngine*> mediaEngine();
+
+/// Entry point of the module.
+using MediaEngineEntry = MediaEngine* (*)();
+inline constexpr char kMediaEngineSymbol[] = "clipheaveMediaEngine";
+inline constexpr char kMediaEngineModule[] = "clipheave-engine.so";
+
+} // namespace clipheave::platform

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/testkit/testkit.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <algorithm>
+
+namespace testkit {
+
+QString TempDir::write(const QString& name, const QByteArray& bytes) const {
+    const QString target = path(name);
+    QDir().mkpath(QFileInfo(target).path());
+    QFile file(target);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << target.toStdString();
+    EXPECT_EQ(file.write(bytes), bytes.size());
+    return target;
+}
+
+QByteArray TempDir::read(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+RunResult run(const QString& program, const QStringList& arguments, const QByteArray& input) {
+    QProcess process;
+    process.start(program, arguments);
+    if (!process.waitForStarted())
+        return {-1, {}, process.errorString().toUtf8()};
+    process.write(input);
+    process.closeWriteChannel();
+    const bool ended = process.waitForFinished(120'000);
+    return {ended && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+bool hasProgram(const QString& program) {
+    return !QStandardPaths::findExecutable(program).isEmpty();
+}
+
+QByteArray be(quint64 value, int bytes) {
+    QByteArray out(bytes, '\0');
+    for (int i = bytes; i-- > 0; value >>= 8)
+        out[i] = static_cast<char>(value & 0xFF);
+    return out;
+}
+
+QByteArray le(quint64 value, int bytes) {
+    QByteArray out = be(value, bytes);
+    std::reverse(out.begin(), out.end());
+    return out;
+}
+
+QByteArray box(const char* type, const QByteArray& payload) {
+    return be(static_cast<quint64>(payload.size()) + 8, 4) + QByteArray(type, 4) + payload;
+}
+
+QByteArray fullBox(const char* type, const QByteArray& payload) {
+    return box(type, QByteArray(4, '\0') + payload);
+}
+
+QString corpus() {
+    return qEnvironmentVariable("CLIPHEAVE_CORPUS");
+}
+
+} // namespace testkit

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+QT_BEGIN_NAMESPACE
+/// Readable failure messages.
+inline void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
+inline void PrintTo(const QByteArray& bytes, std::ostream* out) {
+    *out << bytes.toPercentEncoding(" ").toStdString();
+}
+QT_END_NAMESPACE
+
+namespace testkit {
+
+/// A folder of its own for each test, gone afterwards.
+class TempDir {
+public:
+    [[nodiscard]] QString path(const QString& name = {}) const {
+        return name.isEmpty() ? m_dir.path() : m_dir.path() + QLatin1Char('/') + name;
+    }
+    /// Writes a file, folders included, and returns its path.
+    QString write(const QString& name, const QByteArray& bytes) const;
+    [[nodiscard]] static QByteArray read(const QString& path);
+
+private:
+    QTemporaryDir m_dir;
+};
+
+struct RunResult {
+    int exitCode = -1; ///< -1 when it could not be started or was killed
+    QByteArray out, err;
+};
+/// Runs a program to its end (two minutes at most).
+[[nodiscard]] RunResult run(const QString& program, const QStringList& arguments,
+                            const QByteArray& input = {});
+[[nodiscard]] bool hasProgram(const QString& program);
+
+/// One big-endian number of `bytes` bytes.
+[[nodiscard]] QByteArray be(quint64 value, int bytes);
+[[nodiscard]] QByteArray le(quint64 value, int bytes);
+/// An ISO base media box: size, type (Latin-1, so "\xA9nam" works), payload.
+[[nodiscard]] QByteArray box(const char* type, const QByteArray& payload);
+/// The same with version 0 and flags 0 first.
+[[nodiscard]] QByteArray fullBox(const char* type, const QByteArray& payload);
+
+/// The folder of real files, empty when CLIPHEAVE_CORPUS is not set.
+[[nodiscard]] QString corpus();
+
+} // namespace testkit
