@@ -47,7 +47,8 @@ public:
     [[nodiscard]] Result<ByteView> view(std::uint64_t offset, std::uint64_t length);
     /// Like view(), but cut at the end of the file and at kWindow instead of failing; empty beyond.
     [[nodiscard]] ByteView viewUpTo(std::uint64_t offset, std::uint64_t length);
-    /// An own copy of `length` bytes at `offset`; Truncated when the file is shorter.
+    /// An own copy of `length` bytes at `offset`; Truncated when the file is shorter, LimitExceeded
+    /// over 1 GiB.
     [[nodiscard]] Result<QByteArray> read(std::uint64_t offset, std::uint64_t length);
 
     /// Bytes fetched from the system so far; tests hold readers to their promise with it.

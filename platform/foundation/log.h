@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <functional>
 
 namespace clipheave::platform {
