@@ -119,6 +119,7 @@ private:
     QString m_target, m_temporary;
     FileDescriptor m_fd;
     std::uint64_t m_position = 0;
+    std::uint64_t m_reserved = 0; ///< bytes of blocks taken in advance
 };
 
 /// Removes temporaries in `folder` whose process is gone.

@@ -8,10 +8,11 @@ namespace clipheave::platform {
 /// Deleter made of a library's release function, which takes the pointer or its address.
 template <auto Free> struct Releaser {
     template <class T> void operator()(T* pointer) const noexcept {
-        if constexpr (requires { Free(&pointer); })
-            Free(&pointer);
-        else
+        // The pointer itself first: a function that takes void* takes the address as well.
+        if constexpr (requires { Free(pointer); })
             Free(pointer);
+        else
+            Free(&pointer);
     }
 };
 

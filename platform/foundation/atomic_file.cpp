@@ -1,0 +1,290 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/foundation/file_manager.h"
+
+#include "platform/foundation/file_reader.h"
+#include "platform/foundation/file_system.h"
+#include "platform/foundation/paths.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <limits>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace clipheave::platform {
+namespace {
+
+constexpr int kNameAttempts = 100;
+constexpr std::uint64_t kCopyChunk = 16u << 20;
+constexpr std::size_t kCopyBuffer = 1u << 20;
+constexpr std::uint64_t kLastOffset = std::numeric_limits<off_t>::max();
+
+QString folderOf(const QString& path) {
+    const QString folder = deletingLastPathComponent(path);
+    return folder.isEmpty() ? QStringLiteral(".") : folder;
+}
+
+QString temporaryName() {
+    return QStringLiteral(".clipheave-%1-%2.tmp")
+        .arg(::getpid())
+        .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0'));
+}
+
+/// Saving through a link writes the file it leads to; the link stays.
+QString withoutLinks(const QString& path) {
+    struct stat status {};
+    const QByteArray name = nativePath(path);
+    if (::lstat(name.constData(), &status) != 0 || !S_ISLNK(status.st_mode))
+        return path;
+    const std::unique_ptr<char, Releaser<std::free>> real(::realpath(name.constData(), nullptr));
+    return real ? pathFromNative(real.get()) : path;
+}
+
+/// A file that is replaced keeps who may read and write it.
+void adoptPermissions(int fd, const QString& target) {
+    struct stat old {};
+    if (::stat(nativePath(target).constData(), &old) != 0 || !S_ISREG(old.st_mode))
+        return;
+    // Best effort: only the superuser may give files away, and the group only to one of one's own.
+    if (::fchown(fd, old.st_uid, old.st_gid) != 0 && ::fchown(fd, uid_t(-1), old.st_gid) != 0)
+        old.st_mode &= ~static_cast<mode_t>(S_IRWXG);
+    if (::fchmod(fd, old.st_mode & 0777) != 0)
+        return;
+}
+
+/// Bytes written, all of them; errno otherwise.
+int pwriteAll(int fd, QByteArrayView bytes, std::uint64_t offset) {
+    while (!bytes.isEmpty()) {
+        const ssize_t done = ::pwrite(fd, bytes.data(), static_cast<std::size_t>(bytes.size()),
+                                      static_cast<off_t>(offset));
+        if (done < 0 && errno == EINTR)
+            continue;
+        if (done <= 0)
+            return done < 0 ? errno : EIO;
+        bytes = bytes.sliced(done);
+        offset += static_cast<std::uint64_t>(done);
+    }
+    return 0;
+}
+
+/// Copies ranges between two files; the kernel does it, and clones where the file system can.
+class RangeCopier {
+public:
+    RangeCopier(int source, int target) : m_source(source), m_target(target) {}
+
+    /// Bytes copied, 0 at the end of the source, -1 with errno set.
+    ssize_t copy(std::uint64_t from, std::uint64_t to, std::uint64_t length) {
+        if (m_byKernel) {
+            auto in = static_cast<off64_t>(from);
+            auto out = static_cast<off64_t>(to);
+            const ssize_t done = ::copy_file_range(m_source, &in, m_target, &out, length, 0);
+            // 0 is also what some virtual files answer; reading tells for certain.
+            if (done > 0 || (done < 0 && !isUnsupported(errno)))
+                return done;
+            m_byKernel = false;
+        }
+        return copyByBuffer(from, to, length);
+    }
+
+private:
+    static bool isUnsupported(int error) {
+        return error == EXDEV || error == EINVAL || error == ENOSYS || error == EOPNOTSUPP ||
+               error == EPERM || error == EBADF;
+    }
+    ssize_t copyByBuffer(std::uint64_t from, std::uint64_t to, std::uint64_t length) {
+        if (!m_buffer)
+            m_buffer = std::make_unique<char[]>(kCopyBuffer);
+        const ssize_t got =
+            ::pread(m_source, m_buffer.get(), std::min<std::uint64_t>(length, kCopyBuffer),
+                    static_cast<off_t>(from));
+        if (got <= 0)
+            return got;
+        if (const int error = pwriteAll(m_target, QByteArrayView(m_buffer.get(), got), to)) {
+            errno = error;
+            return -1;
+        }
+        return got;
+    }
+
+    int m_source, m_target;
+    bool m_byKernel = true;
+    std::unique_ptr<char[]> m_buffer;
+};
+
+/// fdatasync; a file system that has no such thing is as durable as it gets.
+int makeDurable(int fd) {
+    if (::fdatasync(fd) == 0 || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP)
+        return 0;
+    return errno;
+}
+
+void makeFolderDurable(const QString& folder) {
+    const FileDescriptor fd(
+        ::open(nativePath(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!fd || ::fsync(fd.get()) != 0)
+        ignoreFailure(systemFailure(QStringLiteral("sync the folder"), folder, errno).value(),
+                      "the file itself is complete and in place");
+}
+
+} // namespace
+
+Result<AtomicFile> AtomicFile::create(const QString& target, std::uint64_t sizeHint) {
+    const QString operation = QStringLiteral("create");
+    if (lastPathComponent(target).isEmpty() || target.contains(QChar::Null) ||
+        sizeHint > kLastOffset)
+        return failure(ErrorCode::InvalidArgument, operation, target);
+    AtomicFile file;
+    file.m_target = withoutLinks(target);
+    for (int attempt = 0; attempt < kNameAttempts && !file.m_fd; ++attempt) {
+        const QString temporary = appendingPathComponent(folderOf(file.m_target), temporaryName());
+        file.m_fd.reset(::open(nativePath(temporary).constData(),
+                               O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
+        if (!file.m_fd && errno != EEXIST)
+            return systemFailure(operation, target, errno);
+        file.m_temporary = temporary;
+    }
+    if (!file.m_fd)
+        return systemFailure(operation, target, EEXIST);
+    adoptPermissions(file.m_fd.get(), file.m_target);
+    if (sizeHint > 0) {
+        const auto reference = FileReference::ofDescriptor(file.m_fd.get());
+        if (reservesBlocksCheaply(reference.fileSystemType())) {
+            if (::fallocate(file.m_fd.get(), FALLOC_FL_KEEP_SIZE, 0,
+                            static_cast<off_t>(sizeHint)) == 0)
+                file.m_reserved = sizeHint;
+            else if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)
+                return systemFailure(operation, target, errno);
+        }
+    }
+    return file;
+}
+
+AtomicFile::AtomicFile(AtomicFile&& other) noexcept
+    : m_target(std::exchange(other.m_target, {})),
+      m_temporary(std::exchange(other.m_temporary, {})), m_fd(std::move(other.m_fd)),
+      m_position(other.m_position), m_reserved(other.m_reserved) {
+}
+
+AtomicFile& AtomicFile::operator=(AtomicFile&& other) noexcept {
+    if (this == &other)
+        return *this;
+    discard();
+    m_target = std::exchange(other.m_target, {});
+    m_temporary = std::exchange(other.m_temporary, {});
+    m_fd = std::move(other.m_fd);
+    m_position = other.m_position;
+    m_reserved = other.m_reserved;
+    return *this;
+}
+
+AtomicFile::~AtomicFile() {
+    discard();
+}
+
+void AtomicFile::discard() {
+    if (!m_temporary.isEmpty())
+        ::unlink(nativePath(m_temporary).constData());
+    m_temporary.clear();
+    m_fd.reset();
+}
+
+Result<void> AtomicFile::write(QByteArrayView bytes) {
+    if (static_cast<std::uint64_t>(bytes.size()) > kLastOffset - m_position)
+        return failure(ErrorCode::LimitExceeded, QStringLiteral("write"), m_target);
+    if (const int error = pwriteAll(m_fd.get(), bytes, m_position))
+        return systemFailure(QStringLiteral("write"), m_target, error);
+    m_position += static_cast<std::uint64_t>(bytes.size());
+    return {};
+}
+
+Result<void> AtomicFile::copyFrom(int sourceFd, std::uint64_t offset, std::uint64_t length,
+                                  const std::function<bool(std::uint64_t)>& progress) {
+    const QString operation = QStringLiteral("copy");
+    if (offset > kLastOffset || length > kLastOffset - offset || length > kLastOffset - m_position)
+        return failure(ErrorCode::InvalidArgument, operation, m_target);
+    RangeCopier copier(sourceFd, m_fd.get());
+    for (std::uint64_t copied = 0; copied < length;) {
+        const std::uint64_t chunk = std::min(kCopyChunk, length - copied);
+        const ssize_t done = copier.copy(offset + copied, m_position, chunk);
+        if (done < 0 && errno == EINTR)
+            continue;
+        if (done < 0)
+            return systemFailure(operation, m_target, errno);
+        if (done == 0)
+            return failure(ErrorCode::Truncated, operation, m_target,
+                           QStringLiteral("the source has become shorter"));
+        copied += static_cast<std::uint64_t>(done);
+        m_position += static_cast<std::uint64_t>(done);
+        if (progress && !progress(copied))
+            return failure(ErrorCode::Cancelled, operation, m_target);
+    }
+    return {};
+}
+
+void AtomicFile::copyExtendedAttributes(int sourceFd) {
+    const auto source = FileReference::ofDescriptor(sourceFd);
+    const auto own = FileReference::ofDescriptor(m_fd.get());
+    for (const QByteArray& name : source.attributeNames()) {
+        // The other spaces belong to the system and to the place of the file.
+        if (name.startsWith("user."))
+            own.setAttribute(name.constData(), source.attribute(name.constData()));
+    }
+    struct statx status {};
+    // A birth time cannot travel: from here on the attribute says it.
+    if (source.status(status) == 0)
+        storeCreationDate(own, creationDate(source, status));
+}
+
+Result<void> AtomicFile::commit(NSFileManager::IfExists ifExists) {
+    const QString operation = QStringLiteral("save");
+    struct stat status {};
+    if (m_reserved > 0 && ::fstat(m_fd.get(), &status) == 0 &&
+        static_cast<std::uint64_t>(status.st_size) < m_reserved &&
+        ::ftruncate(m_fd.get(), status.st_size) != 0) // gives the unused blocks back
+        return systemFailure(operation, m_target, errno);
+    if (const int error = makeDurable(m_fd.get()))
+        return systemFailure(operation, m_target, error);
+    const QByteArray from = nativePath(m_temporary);
+    const QByteArray to = nativePath(m_target);
+    int error = 0;
+    if (ifExists == NSFileManager::IfExists::Fail)
+        error = renameWithoutReplacing(from, to);
+    else if (::rename(from.constData(), to.constData()) != 0)
+        error = errno;
+    if (error != 0)
+        return systemFailure(operation, m_target, error);
+    m_temporary.clear();
+    m_fd.reset();
+    makeFolderDurable(folderOf(m_target));
+    return {};
+}
+
+Result<void> NSFileManager::copyItem(const QString& from, const QString& to,
+                                     IfExists ifExists) const {
+    if (ifExists == IfExists::Fail && nameIsTaken(nativePath(to)))
+        return systemFailure(QStringLiteral("copy"), to, EEXIST);
+    const Result<FileReader> source = FileReader::open(from);
+    if (!source)
+        return tl::unexpected(source.error());
+    Result<AtomicFile> copy = AtomicFile::create(to, source->size());
+    if (!copy)
+        return tl::unexpected(copy.error());
+    if (Result<void> copied = copy->copyFrom(source->fd(), 0, source->size()); !copied)
+        return copied;
+    struct stat status {};
+    if (::fstat(source->fd(), &status) != 0 || ::fchmod(copy->fd(), status.st_mode & 0777) != 0)
+        return systemFailure(QStringLiteral("copy the permissions"), to, errno);
+    copy->copyExtendedAttributes(source->fd());
+    const timespec times[2] = {status.st_atim, status.st_mtim};
+    if (::futimens(copy->fd(), times) != 0)
+        return systemFailure(QStringLiteral("copy the dates"), to, errno);
+    return copy->commit(ifExists);
+}
+
+} // namespace clipheave::platform
