@@ -1,0 +1,194 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "media/media_import.h"
+
+#include "media/media_kind.h"
+#include "media/media_readers.h"
+#include "media/read_ahead.h"
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/log.h"
+#include "platform/foundation/paths.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace clipheave::media {
+
+namespace {
+
+using namespace platform;
+
+/// Deeper folders are skipped with a message; the kernel's own limit on path lengths is near.
+constexpr int kDeepestFolder = 1000;
+
+enum class Wanted { VideosAndAudio, PhotosAndVideos };
+
+/// The reader of an audio file by its extension.
+Result<ItemPointer> readAudioItem(const QString& path) {
+    const QString extension = pathExtension(path);
+    for (const char16_t* wav : {u"wav", u"flac", u"au"})
+        if (extension.compare(QStringView(wav), Qt::CaseInsensitive) == 0)
+            return readSomeWAVAudioFileWithFilePath(path);
+    for (const char16_t* aiff : {u"aiff", u"aif"})
+        if (extension.compare(QStringView(aiff), Qt::CaseInsensitive) == 0)
+            return readSomeAiffAudioFileWithFilePath(path);
+    return readSomeMp3AudioFileWithFilePath(path);
+}
+
+/// The photo browser knows a video by kind, name and path; the rest is read as for the list.
+Result<ItemPointer> readBrowserItem(const QString& path) {
+    if (MediaKind::isPhoto(path) || !MediaKind::isVideo(path))
+        return readPhotoItem(path);
+    auto item = readVideoItem(path, WalkTable::Video);
+    if (item)
+        (*item)->fileType = QStringLiteral("Movie");
+    return item;
+}
+
+/// What reads the file, or nothing when its kind is not wanted.
+ReadAhead::Reader readerFor(const QString& path, Wanted wanted, bool inFolder) {
+    if (wanted == Wanted::PhotosAndVideos)
+        return MediaKind::isPhoto(path) || MediaKind::isVideo(path) ? &readBrowserItem : nullptr;
+    if (MediaKind::isAudio(path)) // asked before video
+        return &readAudioItem;
+    if (!MediaKind::isVideo(path))
+        return nullptr;
+    if (inFolder)
+        return [](const QString& video) { return readVideoItem(video, WalkTable::VideoInFolder); };
+    return [](const QString& video) { return readVideoItem(video, WalkTable::Video); };
+}
+
+} // namespace
+
+/// One run of the import: walks, hands files to the read-ahead, takes the results in order.
+struct MediaImport::Pipeline {
+    struct Identity {
+        std::uint64_t device, inode;
+        friend bool operator==(const Identity&, const Identity&) = default;
+    };
+
+    Pipeline(MediaImport& import_, Wanted wanted_)
+        : import(import_), wanted(wanted_),
+          ahead(import_.m_readAheadThreads,
+                [this](const QString& path, auto result) { deliver(path, std::move(result)); }) {}
+
+    [[nodiscard]] bool stopped() const { return import.m_stop && import.m_stop(); }
+
+    void skip(const QString& path, const QString& reason) {
+        log(LogLevel::Warning, reason, path);
+        import.m_skipped.push_back({path, reason});
+    }
+
+    void deliver(const QString& path, std::optional<Result<ItemPointer>> result) {
+        ItemPointer item;
+        if (result && *result) {
+            item = **result;
+            if (!item->problem.isEmpty())
+                log(LogLevel::Warning, item->problem, path);
+            import.m_items.push_back(item);
+        } else if (result) {
+            skip(path, result->error().text());
+        }
+        if (import.m_step)
+            import.m_step(item);
+    }
+
+    void addFile(const QString& path, bool inFolder) {
+        ahead.add(path, readerFor(path, wanted, inFolder));
+    }
+
+    void walk(const QString& folder) {
+        const auto attributes = NSFileManager::defaultManager().attributesOfItemAtPath(folder);
+        if (!attributes)
+            return reportFolder(folder, attributes.error().text());
+        const Identity identity{attributes->device, attributes->inode};
+        if (std::find(ancestors.begin(), ancestors.end(), identity) != ancestors.end())
+            return reportFolder(folder, QStringLiteral("the folder leads back to itself"));
+        if (ancestors.size() >= kDeepestFolder)
+            return reportFolder(folder, QStringLiteral("folders are nested too deep"));
+        const auto entries = NSFileManager::defaultManager().contentsOfDirectoryAtPath(folder);
+        if (!entries)
+            return reportFolder(folder, entries.error().text());
+        ancestors.push_back(identity);
+        for (const DirectoryEntry& entry : *entries) {
+            if (stopped())
+                break;
+            const QString path = folder + u'/' + entry.name;
+            if (entry.isDirectory)
+                walk(path);
+            else
+                addFile(path, true);
+        }
+        ancestors.pop_back();
+    }
+
+    /// A folder's trouble is told in its place among the files.
+    void reportFolder(const QString& folder, const QString& reason) {
+        ahead.finish();
+        skip(folder, reason);
+    }
+
+    MediaImport& import;
+    Wanted wanted;
+    ReadAhead ahead;
+    std::vector<Identity> ancestors;
+};
+
+MediaImport::MediaImport(ImportStep step)
+    : m_step(std::move(step)),
+      m_readAheadThreads(std::max(0, static_cast<int>(std::thread::hardware_concurrency()) - 1)) {
+}
+
+void MediaImport::importMediaItemsThreader(const QStringList& paths) {
+    Pipeline pipeline(*this, Wanted::VideosAndAudio);
+    for (const QString& path : paths) {
+        if (pipeline.stopped())
+            break;
+        bool isDirectory = false;
+        if (NSFileManager::defaultManager().fileExistsAtPath(path, isDirectory) && isDirectory) {
+            pipeline.walk(path);
+            m_bImportLocalFolder = true;
+            m_bImportLocalPath = deletingLastPathComponent(path);
+            continue;
+        }
+        m_bImportLocalFolder = false;
+        pipeline.addFile(path, false);
+    }
+    pipeline.ahead.finish();
+}
+
+void MediaImport::ScanMediasItemWithinFolder(const QString& folder) {
+    Pipeline pipeline(*this, Wanted::VideosAndAudio);
+    pipeline.walk(folder);
+    pipeline.ahead.finish();
+}
+
+void MediaImport::importPhotos(const QStringList& paths) {
+    Pipeline pipeline(*this, Wanted::PhotosAndVideos);
+    for (const QString& path : paths) {
+        if (pipeline.stopped())
+            break;
+        bool isDirectory = false;
+        if (NSFileManager::defaultManager().fileExistsAtPath(path, isDirectory) && isDirectory)
+            pipeline.walk(path);
+        else
+            pipeline.ahead.add(path, &readBrowserItem);
+    }
+    pipeline.ahead.finish();
+}
+
+void MediaImport::addWithoutReading(const QStringList& paths) {
+    for (const QString& path : paths) {
+        auto item = std::make_shared<IKImageItem>();
+        if (MediaKind::isAudio(path))
+            item->fileType = QStringLiteral("Audio");
+        else if (MediaKind::isVideo(path))
+            item->fileType = QStringLiteral("Movie");
+        if (!NSFileManager::defaultManager().fileExistsAtPath(path))
+            return;
+        item->fileName = lastPathComponent(path);
+        item->filePath = path;
+        m_items.push_back(item);
+    }
+}
+
+} // namespace clipheave::media

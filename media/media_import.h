@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "media/image_item.h"
+#include "media/metadata_walk.h"
+
+#include <QStringList>
+
+#include <functional>
+#include <vector>
+
+namespace clipheave::media {
+
+/// A path that gave no item although it was asked for or met: why. Files of unknown kinds are not
+/// worth an entry; they are skipped silently.
+struct SkippedPath {
+    QString path;
+    QString reason;
+};
+
+/// What the import knows after one file: the new item, or null for a file that was skipped.
+using ImportStep = std::function<void(const ItemPointer& item)>;
+
+/// Turns paths into media items, appended in order. One import runs on one thread of the caller's;
+/// reading ahead uses further threads and changes neither order nor result.
+class MediaImport {
+public:
+    /// `step` is called on the importing thread after every file, whatever became of it.
+    explicit MediaImport(ImportStep step = {});
+
+    /// The import worker: files and folders in the order given. Folders are walked depth first,
+    /// entries as the file system gives them.
+    void importMediaItemsThreader(const QStringList& paths);
+    /// The folder worker alone.
+    void ScanMediasItemWithinFolder(const QString& folder);
+    /// The quick add of the drop area: kind, name and path, nothing read, no step reported.
+    /// Stops at the first file that cannot be looked at.
+    void addWithoutReading(const QStringList& paths);
+    /// Photos (by the drop table) and videos for the photo browser; folders are walked. Photos get
+    /// size, dates, pixel size, camera and position; other files an item as the browser needs it.
+    void importPhotos(const QStringList& paths);
+
+    [[nodiscard]] const std::vector<ItemPointer>& localPhotoItemArray() const { return m_items; }
+    [[nodiscard]] const std::vector<SkippedPath>& skipped() const { return m_skipped; }
+    /// True when the last path handled was a folder; then `bImportLocalPath` is its parent.
+    [[nodiscard]] bool bImportLocalFolder() const { return m_bImportLocalFolder; }
+    [[nodiscard]] QString bImportLocalPath() const { return m_bImportLocalPath; }
+
+    /// Threads that read ahead, besides the importing one (default: the machine's other cores).
+    void setReadAheadThreads(int count) { m_readAheadThreads = count; }
+    /// Asked between files; answering true ends the import early (a signal, the end of the
+    /// program).
+    void setStopRequested(std::function<bool()> stop) { m_stop = std::move(stop); }
+
+private:
+    struct Pipeline;
+
+    ImportStep m_step;
+    std::function<bool()> m_stop;
+    std::vector<ItemPointer> m_items;
+    std::vector<SkippedPath> m_skipped;
+    bool m_bImportLocalFolder = false;
+    QString m_bImportLocalPath;
+    int m_readAheadThreads;
+};
+
+} // namespace clipheave::media
