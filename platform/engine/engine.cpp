@@ -1,1 +1,41 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/ffmpeg.h"
+#include "platform/engine/probe.h"
+#include "platform/engine/remux.h"
+#include "platform/engine/sample_writer.h"
+#include "platform/media/model/media_engine.h"
+
+#include <cstdarg>
+
+namespace clipheave::platform {
+
+namespace {
+
+/// The libraries write to the terminal by themselves; what matters comes back as an Error.
+void dropLibraryLog(void*, int, const char*, std::va_list) {
+}
+
+class FfmpegEngine final : public MediaEngine {
+public:
+    FfmpegEngine() { av_log_set_callback(&dropLibraryLog); }
+
+    Result<MediaFacts> probe(FileReader& reader) override { return probeFile(reader); }
+    Result<void> remuxToMp4(const QString& source, const QString& target,
+                            const std::function<bool(double)>& progress) override {
+        return remuxFile(source, target, progress);
+    }
+    Result<void> writeSample(const SampleMedia& sample, const QString& target) override {
+        return writeSampleFile(sample, target);
+    }
+};
+
+} // namespace
+
+} // namespace clipheave::platform
+
+extern "C" __attribute__((visibility("default"))) clipheave::platform::MediaEngine*
+clipheaveMediaEngine() {
+    // Never destroyed: other threads may still be inside at the end of the program.
+    static auto* const engine = new clipheave::platform::FfmpegEngine;
+    return engine;
+}

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/foundation/handles.h"
+
+#include <QString>
+
+#include <memory>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/channel_layout.h>
+#include <libavutil/display.h>
+#include <libavutil/opt.h>
+#include <libswresample/swresample.h>
+#include <libswscale/swscale.h>
+}
+
+// The only folder that includes FFmpeg; its types do not leave the module.
+namespace clipheave::platform {
+
+/// Closes what avformat_open_input() opened; the caller's own IO stays.
+using InputFormat = std::unique_ptr<AVFormatContext, Releaser<avformat_close_input>>;
+/// A context for writing; its file is closed by OutputFile.
+using OutputFormat = std::unique_ptr<AVFormatContext, Releaser<avformat_free_context>>;
+using Codec = std::unique_ptr<AVCodecContext, Releaser<avcodec_free_context>>;
+using Frame = std::unique_ptr<AVFrame, Releaser<av_frame_free>>;
+using Packet = std::unique_ptr<AVPacket, Releaser<av_packet_free>>;
+using Scaler = std::unique_ptr<SwsContext, Releaser<sws_freeContext>>;
+using Resampler = std::unique_ptr<SwrContext, Releaser<swr_free>>;
+
+struct Dictionary {
+    AVDictionary* entries = nullptr;
+    Dictionary() = default;
+    Dictionary(const Dictionary&) = delete;
+    Dictionary& operator=(const Dictionary&) = delete;
+    ~Dictionary() { av_dict_free(&entries); }
+    void set(const char* key, const char* value) { av_dict_set(&entries, key, value, 0); }
+};
+
+inline constexpr std::int64_t kNoTimestamp = INT64_MIN; // AV_NOPTS_VALUE
+
+inline QString ffmpegText(int code) {
+    char text[AV_ERROR_MAX_STRING_SIZE] = {};
+    av_strerror(code, text, sizeof text);
+    return QString::fromUtf8(text);
+}
+
+inline double seconds(AVRational rational) {
+    return rational.num > 0 && rational.den > 0 ? av_q2d(rational) : 0;
+}
+
+} // namespace clipheave::platform

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/engine/ffmpeg.h"
+#include "platform/foundation/file_reader.h"
+
+#include <chrono>
+
+namespace clipheave::platform {
+
+/// What one opening of a file may cost. A file that wants more is given up with what it has shown.
+struct InputLimits {
+    std::uint64_t bytes = 16u << 20;
+    std::chrono::milliseconds time{3000};
+    static InputLimits none() { return {UINT64_MAX, std::chrono::hours(24 * 365)}; }
+};
+
+/// A file opened by libavformat over a FileReader: only the demuxers of media containers, and no
+/// other file or address that the contents may name. Borrows the reader.
+class FileInput {
+public:
+    [[nodiscard]] static Result<std::unique_ptr<FileInput>> open(FileReader& reader,
+                                                                 const InputLimits& limits);
+    ~FileInput();
+    FileInput(const FileInput&) = delete;
+    FileInput& operator=(const FileInput&) = delete;
+
+    [[nodiscard]] AVFormatContext* context() const { return m_context.get(); }
+    /// Reads packets until the codec parameters are known. False when that failed.
+    [[nodiscard]] bool findStreamInfo();
+    [[nodiscard]] bool exhausted() const { return m_exhausted; }
+
+private:
+    FileInput(FileReader& reader, const InputLimits& limits);
+    static int readBytes(void* self, std::uint8_t* buffer, int size);
+    static std::int64_t seek(void* self, std::int64_t offset, int whence);
+    static int interrupted(void* self);
+    [[nodiscard]] bool checkLimits();
+
+    FileReader& m_reader;
+    InputLimits m_limits;
+    std::chrono::steady_clock::time_point m_start;
+    std::uint64_t m_position = 0, m_fetched = 0;
+    bool m_exhausted = false;
+    AVIOContext* m_io = nullptr;
+    InputFormat m_context;
+};
+
+} // namespace clipheave::platform

@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/remux.h"
+
+#include "platform/engine/file_input.h"
+#include "platform/engine/file_output.h"
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/paths.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace clipheave::platform {
+
+namespace {
+
+constexpr AVRational kMicroseconds{1, 1'000'000};
+constexpr int kPacketsBetweenReports = 32;
+/// Packets may look far ahead for their codec parameters: the file is read in full anyway.
+constexpr std::int64_t kRemuxProbeBytes = 16 << 20;
+
+/// The streams as a text for the user: "subtitle (subrip)".
+QString streamText(const AVCodecParameters& codec) {
+    const char* type = av_get_media_type_string(codec.codec_type);
+    return QString::fromLatin1(type != nullptr ? type : "unknown") + QStringLiteral(" (") +
+           QString::fromLatin1(avcodec_get_name(codec.codec_id)) + u')';
+}
+
+/// The tag of the source where the target knows it for this codec, else the target's own.
+std::uint32_t targetTag(const AVOutputFormat& format, const AVCodecParameters& codec) {
+    unsigned known = 0;
+    const bool kept = av_codec_get_id(format.codec_tag, codec.codec_tag) == codec.codec_id ||
+                      av_codec_get_tag2(format.codec_tag, codec.codec_id, &known) == 0;
+    return kept ? codec.codec_tag : 0;
+}
+
+Result<void> addStreams(const AVFormatContext& source, FileOutput& output, const QString& path) {
+    QStringList refused;
+    for (unsigned i = 0; i < source.nb_streams; ++i) {
+        const AVStream& from = *source.streams[i];
+        const AVOutputFormat& format = *output.context()->oformat;
+        if (avformat_query_codec(&format, from.codecpar->codec_id, FF_COMPLIANCE_NORMAL) != 1) {
+            refused << streamText(*from.codecpar);
+            continue;
+        }
+        AVStream* to = avformat_new_stream(output.context(), nullptr);
+        if (to == nullptr || avcodec_parameters_copy(to->codecpar, from.codecpar) < 0)
+            return output.failed("copy the streams", AVERROR(ENOMEM));
+        to->codecpar->codec_tag = targetTag(format, *from.codecpar);
+        to->time_base = from.time_base;
+        to->avg_frame_rate = from.avg_frame_rate;
+        to->sample_aspect_ratio = from.sample_aspect_ratio;
+        to->disposition = from.disposition;
+        av_dict_copy(&to->metadata, from.metadata, 0);
+        for (int n = 0; n < from.nb_side_data; ++n) {
+            const AVPacketSideData& data = from.side_data[n];
+            if (std::uint8_t* copy = av_stream_new_side_data(to, data.type, data.size))
+                std::copy_n(data.data, data.size, copy);
+        }
+    }
+    if (!refused.isEmpty())
+        return failure(ErrorCode::NotSupported, QStringLiteral("copy the streams"), path,
+                       QStringLiteral("the target cannot hold ") +
+                           refused.join(QStringLiteral(", ")));
+    if (output.context()->nb_streams == 0)
+        return failure(ErrorCode::NotSupported, QStringLiteral("copy the streams"), path,
+                       QStringLiteral("there are none"));
+    return {};
+}
+
+/// Keeps the time stamps of one stream as a writer must have them: present and rising.
+class TimestampRepair {
+public:
+    TimestampRepair(const AVStream& stream, std::int64_t startMicroseconds)
+        : m_shift(startMicroseconds == kNoTimestamp
+                      ? 0
+                      : av_rescale_q(startMicroseconds, kMicroseconds, stream.time_base)) {}
+
+    void apply(AVPacket& packet) {
+        if (packet.dts == kNoTimestamp)
+            packet.dts = m_last == kNoTimestamp ? packet.pts : m_last + m_lastDuration;
+        if (packet.dts == kNoTimestamp)
+            packet.dts = m_shift;
+        if (packet.pts == kNoTimestamp)
+            packet.pts = packet.dts;
+        if (m_last != kNoTimestamp && packet.dts <= m_last)
+            packet.dts = m_last + 1;
+        packet.pts = std::max(packet.pts, packet.dts);
+        m_last = packet.dts;
+        m_lastDuration = std::max<std::int64_t>(packet.duration, 1);
+        packet.pts -= m_shift;
+        packet.dts -= m_shift;
+    }
+
+private:
+    std::int64_t m_shift;
+    std::int64_t m_last = kNoTimestamp, m_lastDuration = 1;
+};
+
+Result<void> copyPackets(AVFormatContext& source, FileOutput& output,
+                         const std::function<bool(double)>& progress) {
+    std::vector<TimestampRepair> repairs;
+    for (unsigned i = 0; i < source.nb_streams; ++i)
+        repairs.emplace_back(*source.streams[i], source.start_time);
+    const double total = source.duration > 0 ? static_cast<double>(source.duration) * 1e-6 : 0;
+    const Packet packet(av_packet_alloc());
+    int code = packet ? 0 : AVERROR(ENOMEM);
+    double done = 0;
+    for (int count = 0; code >= 0 && (code = av_read_frame(&source, packet.get())) >= 0; ++count) {
+        const auto index = static_cast<std::size_t>(packet->stream_index);
+        if (index >= repairs.size() || packet->stream_index < 0) {
+            av_packet_unref(packet.get()); // a stream that appeared after the header
+            continue;
+        }
+        repairs[index].apply(*packet);
+        const AVStream& from = *source.streams[index];
+        if (total > 0)
+            done = std::clamp(static_cast<double>(packet->dts) * av_q2d(from.time_base) / total,
+                              done, 1.0);
+        av_packet_rescale_ts(packet.get(), from.time_base,
+                             output.context()->streams[index]->time_base);
+        packet->pos = -1;
+        code = av_interleaved_write_frame(output.context(), packet.get());
+        if (progress && count % kPacketsBetweenReports == 0 && !progress(done))
+            return failure(ErrorCode::Cancelled, QStringLiteral("copy the streams"));
+    }
+    if (code != AVERROR_EOF)
+        return output.failed("copy the streams", code);
+    return {};
+}
+
+void copyChapters(const AVFormatContext& source, AVFormatContext& target) {
+    for (unsigned i = 0; i < source.nb_chapters; ++i) {
+        auto* copy = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
+        if (copy == nullptr)
+            return;
+        *copy = *source.chapters[i];
+        copy->metadata = nullptr;
+        av_dict_copy(&copy->metadata, source.chapters[i]->metadata, 0);
+        if (source.start_time != kNoTimestamp) {
+            const std::int64_t shift =
+                av_rescale_q(source.start_time, kMicroseconds, copy->time_base);
+            copy->start -= shift;
+            copy->end -= shift;
+        }
+        av_dynarray_add(&target.chapters, reinterpret_cast<int*>(&target.nb_chapters), copy);
+    }
+}
+
+} // namespace
+
+Result<void> remuxFile(const QString& source, const QString& target,
+                       const std::function<bool(double)>& progress) {
+    // Opening the target empties it.
+    if (NSFileManager::defaultManager().isSameFile(source, target))
+        return failure(ErrorCode::InvalidArgument, QStringLiteral("copy the streams"), target,
+                       QStringLiteral("the target is the source"));
+    Result<FileReader> reader = FileReader::open(source);
+    if (!reader)
+        return tl::unexpected(reader.error());
+    auto input = FileInput::open(*reader, InputLimits::none());
+    if (!input)
+        return tl::unexpected(input.error());
+    AVFormatContext& from = *(*input)->context();
+    from.flags |= AVFMT_FLAG_GENPTS;
+    from.probesize = kRemuxProbeBytes;
+    if (!(*input)->findStreamInfo())
+        return failure(ErrorCode::InvalidData, QStringLiteral("read the streams"), source);
+
+    const bool movie =
+        pathExtension(target).compare(QLatin1String("mov"), Qt::CaseInsensitive) == 0;
+    auto output = FileOutput::create(movie ? "mov" : "mp4", target);
+    if (!output)
+        return tl::unexpected(output.error());
+    if (auto added = addStreams(from, **output, source); !added)
+        return added;
+    av_dict_copy(&(*output)->context()->metadata, from.metadata, 0);
+    copyChapters(from, *(*output)->context());
+    Dictionary options;
+    if (auto begun = (*output)->writeHeader(options); !begun)
+        return begun;
+    if (auto copied = copyPackets(from, **output, progress); !copied)
+        return copied;
+    if (progress)
+        progress(1);
+    return (*output)->finish();
+}
+
+} // namespace clipheave::platform

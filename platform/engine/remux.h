@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/foundation/result.h"
+
+#include <functional>
+
+namespace clipheave::platform {
+
+/// See MediaEngine::remuxToMp4. A target named ".mov" becomes a QuickTime movie, which holds more
+/// codecs; every other name MP4.
+[[nodiscard]] Result<void> remuxFile(const QString& source, const QString& target,
+                                     const std::function<bool(double)>& progress);
+
+} // namespace clipheave::platform
