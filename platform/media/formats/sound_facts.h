@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/media/model/media_facts.h"
+#include "platform/media/model/tag_mapping.h"
+
+namespace clipheave::platform {
+
+/// What is known of the one sound of a file. Zero is unknown.
+struct SoundFacts {
+    QString codec;
+    double durationSeconds = 0;
+    double bitRate = 0;    ///< bit/s
+    double sampleRate = 0; ///< Hz
+    int channels = 0;
+};
+/// Fills the audio facts and one "soun" track. Values that no sound has (not finite, negative, over
+/// a century, over 10 MHz) are left out.
+void setSound(MediaFacts& facts, const SoundFacts& sound);
+
+using InfoDictionary = QMap<QString, QString>;
+/// The info dictionary of Vorbis comments or of texts under the names of FFmpeg; DATE is the
+/// "recorded date", YEAR the "year", DESCRIPTION stands in for a missing COMMENT.
+[[nodiscard]] InfoDictionary infoFromTags(const QList<NamedTag>& tags);
+/// That of ID3 frames: TYER gives "year" and TRDA "recorded date"; TDRC gives neither.
+[[nodiscard]] InfoDictionary infoFromId3(const QList<AVMetadataItem>& items);
+/// For files where FFmpeg's "date" is the only date: its year becomes "year", and a date that is
+/// nothing but a year is no "recorded date".
+void addYearOfDate(InfoDictionary& info);
+/// Adds those of `more` whose key `info` lacks. Empty texts count as lacking and are not added.
+void addMissingInfo(InfoDictionary& info, const InfoDictionary& more);
+/// One item a key: key space "caaf", "info-" + key.
+[[nodiscard]] QList<AVMetadataItem> infoItems(const InfoDictionary& info);
+
+} // namespace clipheave::platform

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/foundation/file_reader.h"
+
+#include <tiostream.h>
+
+namespace clipheave::platform {
+
+/// Gives the tag library the bytes of an open file, read only: names that are no UTF-8 work, small
+/// files cost no further system call, and a file that makes the library search or load without end
+/// runs dry after `kFetchLimit` bytes.
+class TagLibStream final : public TagLib::IOStream {
+public:
+    static constexpr std::uint64_t kFetchLimit = 48u << 20;
+
+    explicit TagLibStream(FileReader& reader)
+        : m_reader(reader), m_fetchedBefore(reader.bytesFetched()) {}
+
+    TagLib::FileName name() const override { return ""; }
+    TagLib::ByteVector readBlock(unsigned long length) override;
+    void writeBlock(const TagLib::ByteVector&) override {}
+    void insert(const TagLib::ByteVector&, unsigned long, unsigned long) override {}
+    void removeBlock(unsigned long, unsigned long) override {}
+    bool readOnly() const override { return true; }
+    bool isOpen() const override { return true; }
+    void seek(long offset, Position position) override;
+    long tell() const override { return m_position; }
+    long length() override { return static_cast<long>(m_reader.size()); }
+    void truncate(long) override {}
+
+private:
+    FileReader& m_reader;
+    std::uint64_t m_fetchedBefore;
+    std::uint64_t m_blocks = 0;
+    long m_position = 0;
+};
+
+} // namespace clipheave::platform
