@@ -58,4 +58,8 @@ struct AVMetadataItem {
 /// "caaf/info-track%20number".
 [[nodiscard]] QString metadataIdentifier(const QString& keySpace, const QString& key);
 
+/// The track or disc number of an item as text: the binary pair of "trkn" and "disk" gives "n", or
+/// "n/m" when a total is set; a text or a number is given as it stands. Null when nothing is set.
+[[nodiscard]] QString trackNumberText(const AVMetadataItem& item);
+
 } // namespace clipheave::platform
