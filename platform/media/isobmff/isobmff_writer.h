@@ -20,6 +20,8 @@ struct PassthroughRequest {
     /// No list keeps the source's metadata; a list replaces it, the empty list leaves none.
     std::optional<QList<AVMetadataItem>> metadata;
     bool moovFirst = false;
+    /// Extended attributes come from this file instead of `source`; empty: from `source`.
+    QString attributesOf;
     /// Fraction done, 0 to 1; answering false stops (Cancelled) and leaves nothing behind.
     std::function<bool(double)> progress;
 };

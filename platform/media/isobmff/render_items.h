@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/media/model/metadata_item.h"
+
+#include <QByteArray>
+#include <QStringList>
+
+#include <cstdint>
+
+// Boxes made of new metadata items. Sources: iTunes metadata list and QuickTime metadata (QuickTime
+// File Format, "Metadata"), QuickTime user data text, 3GPP TS 26.244 section 8.
+namespace clipheave::platform {
+
+/// A box with a 32-bit size.
+[[nodiscard]] QByteArray renderBox(std::uint32_t type, QByteArrayView payload);
+/// Carried bytes as a box that may stand anywhere: the size field says what is there, whatever it
+/// said before (0 and overlong sizes reach to the end of the parent). Empty when it is none.
+[[nodiscard]] QByteArray renderCarriedBox(QByteArray bytes);
+
+/// One entry of the iTunes list for `key`: a four-character code, or "com.apple.iTunes.NAME" for a
+/// "----" entry. Empty, with a note for people, when the value cannot be stored.
+[[nodiscard]] QByteArray renderListEntry(const QByteArray& key, const AVMetadataItem& item,
+                                         QStringList& notes);
+/// The `data` box of one value of a QuickTime metadata key.
+[[nodiscard]] QByteArray renderKeyData(const AVMetadataItem& item, QStringList& notes);
+/// One child of `udta`: "date" as bare text, "loci" from ISO 6709 text, ©-codes as QuickTime text,
+/// the rest as 3GPP text; bytes of unknown codes as they are.
+[[nodiscard]] QByteArray renderUserData(std::uint32_t code, const AVMetadataItem& item,
+                                        QStringList& notes);
+
+/// The three letters of a language tag in 15 bits ("und" when there is none).
+[[nodiscard]] std::uint16_t packedLanguage(const QString& tag);
+
+} // namespace clipheave::platform
