@@ -1,0 +1,280 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/av_asset_export_session.h"
+
+#include "platform/media/export_queue.h"
+#include "platform/media/isobmff/isobmff_writer.h"
+#include "platform/media/model/media_engine.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <mutex>
+
+namespace clipheave::platform {
+namespace {
+
+const QString kExportOperation = QStringLiteral("export");
+
+/// Presets that exist; of them only the pass-through is there so far.
+constexpr std::array kPresetNames{
+    std::u16string_view(AVAssetExportPresetPassthrough),
+    std::u16string_view(u"AVAssetExportPresetLowQuality"),
+    std::u16string_view(u"AVAssetExportPresetMediumQuality"),
+    std::u16string_view(u"AVAssetExportPresetHighestQuality"),
+    std::u16string_view(u"AVAssetExportPresetAppleM4A"),
+};
+
+std::optional<OutputContainer> outputContainer(const QString& type) {
+    if (type == QStringView(AVFileTypeQuickTimeMovie))
+        return OutputContainer::QuickTimeMovie;
+    if (type == QStringView(AVFileTypeAppleM4V))
+        return OutputContainer::M4V;
+    if (type == QStringView(AVFileTypeAppleM4A))
+        return OutputContainer::M4A;
+    if (type == QStringView(AVFileTypeMPEG4))
+        return OutputContainer::Mp4;
+    return std::nullopt;
+}
+
+bool isPresetName(const QString& name) {
+    return std::any_of(kPresetNames.begin(), kPresetNames.end(),
+                       [&](std::u16string_view known) { return name == QStringView(known); });
+}
+
+} // namespace
+
+struct AVAssetExportSession::State {
+    State(AVURLAsset source, QString preset)
+        : asset(std::move(source)), presetName(std::move(preset)) {}
+
+    // Set before the start, by one thread; read by the job alone from then on.
+    AVURLAsset asset;
+    QString presetName, outputPath, outputFileType;
+    std::optional<QList<AVMetadataItem>> metadata;
+    bool optimize = false;
+
+    std::atomic<double> progress = 0;
+    std::atomic<bool> cancelled = false;
+
+    std::mutex mutex; ///< guards what follows
+    AVAssetExportSessionStatus status = AVAssetExportSessionStatus::Unknown;
+    Error error;
+    QStringList notes;
+
+    [[nodiscard]] bool startWaiting();
+    [[nodiscard]] bool startExporting();
+    void finish(const Result<PassthroughOutcome>& outcome);
+    void cancel();
+
+    [[nodiscard]] Result<OutputContainer> validated() const;
+    [[nodiscard]] Result<PassthroughOutcome> run(OutputContainer container);
+    [[nodiscard]] Result<PassthroughOutcome> runThroughEngine(PassthroughRequest request);
+    [[nodiscard]] bool report(double done);
+};
+
+namespace {
+
+/// Sessions that wait or run, for cancelAllExports().
+class LiveSessions {
+public:
+    static LiveSessions& shared() {
+        static LiveSessions sessions;
+        return sessions;
+    }
+    void add(const std::shared_ptr<AVAssetExportSession::State>& state) {
+        const std::lock_guard lock(m_mutex);
+        m_states.push_back(state);
+    }
+    void remove(const std::shared_ptr<AVAssetExportSession::State>& state) {
+        const std::lock_guard lock(m_mutex);
+        std::erase(m_states, state);
+    }
+    [[nodiscard]] std::vector<std::shared_ptr<AVAssetExportSession::State>> all() {
+        const std::lock_guard lock(m_mutex);
+        return m_states;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::vector<std::shared_ptr<AVAssetExportSession::State>> m_states;
+};
+
+/// The list of sessions outlives the queue, whose jobs use it to their end.
+ExportQueue& exportQueue() {
+    LiveSessions::shared();
+    return ExportQueue::shared();
+}
+
+} // namespace
+
+bool AVAssetExportSession::State::startWaiting() {
+    const std::lock_guard lock(mutex);
+    if (status != AVAssetExportSessionStatus::Unknown)
+        return false;
+    status = AVAssetExportSessionStatus::Waiting;
+    return true;
+}
+
+bool AVAssetExportSession::State::startExporting() {
+    const std::lock_guard lock(mutex);
+    if (status != AVAssetExportSessionStatus::Waiting)
+        return false;
+    status = AVAssetExportSessionStatus::Exporting;
+    return true;
+}
+
+void AVAssetExportSession::State::finish(const Result<PassthroughOutcome>& outcome) {
+    const std::lock_guard lock(mutex);
+    if (outcome) {
+        status = AVAssetExportSessionStatus::Completed;
+        notes = outcome->notes;
+        progress = 1;
+        return;
+    }
+    error = outcome.error();
+    status = error.code == ErrorCode::Cancelled ? AVAssetExportSessionStatus::Cancelled
+                                                : AVAssetExportSessionStatus::Failed;
+}
+
+void AVAssetExportSession::State::cancel() {
+    cancelled = true;
+    const std::lock_guard lock(mutex);
+    if (status == AVAssetExportSessionStatus::Waiting)
+        status = AVAssetExportSessionStatus::Cancelled;
+}
+
+Result<OutputContainer> AVAssetExportSession::State::validated() const {
+    if (!isPresetName(presetName))
+        return failure(ErrorCode::InvalidArgument, kExportOperation, asset.path(),
+                       QStringLiteral("unknown preset \"%1\"").arg(presetName));
+    if (presetName != QStringView(AVAssetExportPresetPassthrough))
+        return failure(ErrorCode::NotSupported, kExportOperation, asset.path(),
+                       QStringLiteral("\"%1\" is not available yet").arg(presetName));
+    const auto container = outputContainer(outputFileType);
+    if (!container)
+        return failure(ErrorCode::InvalidArgument, kExportOperation, asset.path(),
+                       QStringLiteral("unknown output type \"%1\"").arg(outputFileType));
+    if (outputPath.isEmpty())
+        return failure(ErrorCode::InvalidArgument, kExportOperation, asset.path(),
+                       QStringLiteral("no output path"));
+    if (NSFileManager::defaultManager().isSameFile(asset.path(), outputPath))
+        return failure(ErrorCode::InvalidArgument, kExportOperation, asset.path(),
+                       QStringLiteral("the output is the source itself"));
+    return *container;
+}
+
+bool AVAssetExportSession::State::report(double done) {
+    progress = done;
+    return !cancelled;
+}
+
+Result<PassthroughOutcome> AVAssetExportSession::State::run(OutputContainer container) {
+    PassthroughRequest request;
+    request.source = asset.path();
+    request.target = outputPath;
+    request.container = container;
+    request.metadata = metadata;
+    request.moovFirst = optimize;
+    request.progress = [this](double done) { return report(done); };
+    const Container source = asset.file()->facts().container;
+    if (source == Container::QuickTime || source == Container::Mp4)
+        return writePassthrough(request);
+    return runThroughEngine(std::move(request));
+}
+
+/// Other containers become an MP4 beside the target first; it goes when the target is written.
+Result<PassthroughOutcome>
+AVAssetExportSession::State::runThroughEngine(PassthroughRequest request) {
+    const auto engine = mediaEngine();
+    if (!engine)
+        return tl::unexpected(engine.error());
+    // Only for its name, which is unique, hidden, and cleared away after a crash.
+    const auto temporary = AtomicFile::create(request.target);
+    if (!temporary)
+        return tl::unexpected(temporary.error());
+    const auto copied = (*engine)->remuxToMp4(request.source, temporary->temporaryPath(),
+                                              [this](double done) { return report(done / 2); });
+    if (!copied)
+        return tl::unexpected(copied.error());
+    // What the copy wrote by itself (encoder names) is no metadata of the source.
+    if (!request.metadata)
+        request.metadata = asset.metadata();
+    request.attributesOf = request.source;
+    request.source = temporary->temporaryPath();
+    request.progress = [this](double done) { return report(0.5 + done / 2); };
+    return writePassthrough(request);
+}
+
+AVAssetExportSession::AVAssetExportSession(AVURLAsset asset, QString presetName)
+    : m_state(std::make_shared<State>(std::move(asset), std::move(presetName))) {
+}
+
+AVAssetExportSession::~AVAssetExportSession() = default;
+
+void AVAssetExportSession::setOutputPath(const QString& path) {
+    m_state->outputPath = path;
+}
+void AVAssetExportSession::setOutputFileType(const QString& type) {
+    m_state->outputFileType = type;
+}
+void AVAssetExportSession::setMetadata(const std::optional<QList<AVMetadataItem>>& items) {
+    m_state->metadata = items;
+}
+void AVAssetExportSession::setShouldOptimizeForNetworkUse(bool optimize) {
+    m_state->optimize = optimize;
+}
+
+void AVAssetExportSession::exportAsynchronouslyWithCompletionHandler(
+    std::function<void()> completionHandler) {
+    if (!m_state->startWaiting())
+        return; // one session is one export
+    const auto container = m_state->validated();
+    if (!container)
+        m_state->finish(tl::unexpected(container.error()));
+    LiveSessions::shared().add(m_state);
+    exportQueue().add([state = m_state, container, handler = std::move(completionHandler)] {
+        if (container && state->startExporting())
+            state->finish(state->run(*container));
+        if (handler)
+            handler();
+        LiveSessions::shared().remove(state);
+    });
+}
+
+void AVAssetExportSession::cancelExport() {
+    m_state->cancel();
+}
+
+AVAssetExportSessionStatus AVAssetExportSession::status() const {
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->status;
+}
+
+double AVAssetExportSession::progress() const {
+    return m_state->progress;
+}
+
+Error AVAssetExportSession::error() const {
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->error;
+}
+
+QStringList AVAssetExportSession::notes() const {
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->notes;
+}
+
+void AVAssetExportSession::setMaximumConcurrentExports(int count) {
+    exportQueue().setMaximum(count);
+}
+
+void AVAssetExportSession::waitForAllExports() {
+    exportQueue().waitForAll();
+}
+
+void AVAssetExportSession::cancelAllExports() {
+    for (const auto& state : LiveSessions::shared().all())
+        state->cancel();
+}
+
+} // namespace clipheave::platform

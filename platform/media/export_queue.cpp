@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/export_queue.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace clipheave::platform {
+
+ExportQueue& ExportQueue::shared() {
+    static ExportQueue queue;
+    return queue;
+}
+
+ExportQueue::ExportQueue() : m_maximum(std::max(1U, std::thread::hardware_concurrency())) {
+}
+
+ExportQueue::~ExportQueue() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stopping = true;
+        m_jobs.clear();
+    }
+    m_wake.notify_all();
+    for (std::thread& thread : m_threads)
+        thread.join();
+}
+
+void ExportQueue::add(std::function<void()> job) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_jobs.push_back(std::move(job));
+        startThreadIfNeeded();
+    }
+    m_wake.notify_one();
+}
+
+void ExportQueue::setMaximum(int count) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_maximum = static_cast<std::size_t>(std::max(1, count));
+        startThreadIfNeeded();
+    }
+    m_wake.notify_all();
+}
+
+void ExportQueue::waitForAll() {
+    std::unique_lock lock(m_mutex);
+    m_idle.wait(lock, [this] { return m_jobs.empty() && m_running == 0; });
+}
+
+/// With the mutex held: as many threads as there is work for, up to the limit.
+void ExportQueue::startThreadIfNeeded() {
+    while (m_threads.size() < std::min(m_maximum, m_running + m_jobs.size()))
+        m_threads.emplace_back([this] { work(); });
+}
+
+void ExportQueue::work() {
+    std::unique_lock lock(m_mutex);
+    while (true) {
+        m_wake.wait(lock,
+                    [this] { return m_stopping || (!m_jobs.empty() && m_running < m_maximum); });
+        if (m_stopping)
+            return;
+        std::function<void()> job = std::move(m_jobs.front());
+        m_jobs.pop_front();
+        ++m_running;
+        lock.unlock();
+        job();
+        job = nullptr; // what it holds goes before anybody is told that it is done
+        lock.lock();
+        --m_running;
+        m_wake.notify_one();
+        if (m_jobs.empty() && m_running == 0)
+            m_idle.notify_all();
+    }
+}
+
+} // namespace clipheave::platform

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace clipheave::platform {
+
+/// Runs jobs on threads of its own, at most so many at once, in the order they came. Thread-safe.
+class ExportQueue {
+public:
+    /// The one of this process.
+    [[nodiscard]] static ExportQueue& shared();
+    ExportQueue();
+    /// Waits for the running jobs; those that wait are dropped.
+    ~ExportQueue();
+    ExportQueue(const ExportQueue&) = delete;
+    ExportQueue& operator=(const ExportQueue&) = delete;
+
+    void add(std::function<void()> job);
+    /// 1 or more. Jobs beyond a lowered limit run to their end.
+    void setMaximum(int count);
+    /// Returns when nothing waits or runs. Not to be called from a job.
+    void waitForAll();
+
+private:
+    void work();
+    void startThreadIfNeeded();
+
+    std::mutex m_mutex;
+    std::condition_variable m_wake, m_idle;
+    std::deque<std::function<void()>> m_jobs;
+    std::vector<std::thread> m_threads;
+    std::size_t m_maximum = 1, m_running = 0;
+    bool m_stopping = false;
+};
+
+} // namespace clipheave::platform
