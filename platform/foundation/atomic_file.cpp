@@ -51,11 +51,12 @@ void adoptPermissions(int fd, const QString& target) {
     struct stat old {};
     if (::stat(nativePath(target).constData(), &old) != 0 || !S_ISREG(old.st_mode))
         return;
-    // Best effort: only the superuser may give files away, and the group only to one of one's own.
-    if (::fchown(fd, old.st_uid, old.st_gid) != 0 && ::fchown(fd, uid_t(-1), old.st_gid) != 0)
-        old.st_mode &= ~static_cast<mode_t>(S_IRWXG);
-    if (::fchmod(fd, old.st_mode & 0777) != 0)
-        return;
+    // Only the superuser may give files away, and a group must be one's own. Members of another
+    // group must not come by the rights of the old one.
+    const bool sameGroup = ::fchown(fd, old.st_uid, old.st_gid) == 0 ||
+                           ::fchown(fd, static_cast<uid_t>(-1), old.st_gid) == 0;
+    const mode_t group = sameGroup ? 0 : S_IRWXG;
+    ::fchmod(fd, old.st_mode & 0777 & ~group); // fails only where there are no permissions
 }
 
 /// Bytes written, all of them; errno otherwise.

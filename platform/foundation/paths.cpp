@@ -32,6 +32,14 @@ qsizetype utf8SequenceLength(QByteArrayView bytes) {
     return !bad && continues(2) && continues(3) ? 4 : 0;
 }
 
+/// QString::fromUtf8 drops a byte order mark at the start; in a name it is a character like others.
+void appendUtf8(QString& text, QByteArrayView bytes) {
+    constexpr QByteArrayView kMark = "\xEF\xBB\xBF";
+    for (; bytes.startsWith(kMark); bytes = bytes.sliced(kMark.size()))
+        text += QChar(QChar::ByteOrderMark);
+    text += QString::fromUtf8(bytes);
+}
+
 bool isEscapedByte(QChar c) {
     return c.unicode() >= kEscapeBase + 0x80 && c.unicode() <= kEscapeBase + 0xFF;
 }
@@ -91,14 +99,16 @@ QByteArray nativePath(const QString& path) {
 }
 
 QString pathFromNative(QByteArrayView bytes) {
-    if (bytes.isValidUtf8())
-        return QString::fromUtf8(bytes);
     QString text;
+    if (bytes.isValidUtf8()) {
+        appendUtf8(text, bytes);
+        return text;
+    }
     text.reserve(bytes.size());
     for (qsizetype i = 0; i < bytes.size();) {
         const qsizetype length = utf8SequenceLength(bytes.sliced(i));
         if (length > 0)
-            text += QString::fromUtf8(bytes.sliced(i, length));
+            appendUtf8(text, bytes.sliced(i, length));
         else
             text += QChar(static_cast<char16_t>(kEscapeBase + static_cast<uchar>(bytes[i])));
         i += std::max<qsizetype>(length, 1);

@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <string>
 
@@ -116,8 +118,10 @@ double doubleValue(QStringView text) {
         return 0;
     double value = 0;
     const auto [end, error] = std::from_chars(prefix.data(), prefix.data() + prefix.size(), value);
-    if (error == std::errc::result_out_of_range) // leaves the value alone; Qt gives 0 or infinity
-        return QByteArray::fromStdString(prefix).toDouble();
+    if (error == std::errc::result_out_of_range) { // too large and too small alike
+        static const locale_t plain = ::newlocale(LC_ALL_MASK, "C", nullptr);
+        return ::strtod_l(prefix.c_str(), nullptr, plain);
+    }
     return value;
 }
 

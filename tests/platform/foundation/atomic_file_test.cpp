@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/foundation/file_manager.h"
+
+#include "platform/foundation/file_reader.h"
+#include "platform/foundation/paths.h"
+
+#include "tests/testkit/testkit.h"
+
+#include <QDir>
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+using namespace clipheave::platform;
+using IfExists = NSFileManager::IfExists;
+
+namespace {
+
+const NSFileManager& manager() {
+    return NSFileManager::defaultManager();
+}
+
+QStringList namesIn(const testkit::TempDir& dir) {
+    return QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+}
+
+/// A file system of one megabyte; gone with the object.
+class TinyDisk {
+public:
+    explicit TinyDisk(const QString& folder) : m_folder(folder.toUtf8()) {
+        m_mounted = ::mkdir(m_folder.constData(), 0700) == 0 &&
+                    ::mount("tmpfs", m_folder.constData(), "tmpfs", 0, "size=1m") == 0;
+    }
+    ~TinyDisk() {
+        if (m_mounted)
+            ::umount2(m_folder.constData(), MNT_DETACH);
+    }
+    [[nodiscard]] bool mounted() const { return m_mounted; }
+
+private:
+    QByteArray m_folder;
+    bool m_mounted = false;
+};
+
+} // namespace
+
+TEST(AtomicFile, AppearsWholeOrNotAtAll) {
+    const testkit::TempDir dir;
+    const QString target = dir.write(QStringLiteral("t"), "old");
+    ASSERT_EQ(::chmod(nativePath(target).constData(), 0640), 0);
+    {
+        auto dropped = AtomicFile::create(target);
+        ASSERT_TRUE(dropped && dropped->write("half"));
+        AtomicFile moved = std::move(*dropped);
+        EXPECT_TRUE(manager().fileExistsAtPath(moved.temporaryPath()));
+        EXPECT_EQ(testkit::TempDir::read(target), "old");
+    }
+    EXPECT_EQ(namesIn(dir), QStringList{QStringLiteral("t")});
+
+    auto file = AtomicFile::create(target, 1 << 20);
+    ASSERT_TRUE(file && file->write("new ") && file->write("bytes"));
+    EXPECT_EQ(file->commit(IfExists::Fail).error().code, ErrorCode::AlreadyExists);
+    EXPECT_EQ(testkit::TempDir::read(target), "old");
+    ASSERT_TRUE(file->commit());
+    EXPECT_EQ(testkit::TempDir::read(target), "new bytes");
+    EXPECT_EQ(namesIn(dir), QStringList{QStringLiteral("t")});
+    struct stat status {};
+    ASSERT_EQ(::stat(nativePath(target).constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777u, 0640u);   // who may read it stays
+    EXPECT_LT(status.st_blocks * 512, 1 << 20); // what was reserved and not used is given back
+
+    auto fresh = AtomicFile::create(dir.path(QStringLiteral("fresh")));
+    ASSERT_TRUE(fresh && fresh->commit(IfExists::Fail));
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    ASSERT_EQ(::stat(nativePath(dir.path(QStringLiteral("fresh"))).constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777u, 0666u & ~mask);
+    EXPECT_EQ(AtomicFile::create(dir.path(QStringLiteral("no/x"))).error().code,
+              ErrorCode::NotFound);
+    EXPECT_EQ(AtomicFile::create({}).error().code, ErrorCode::InvalidArgument);
+}
+
+TEST(AtomicFile, WritesThroughALinkAndIntoTheCurrentFolder) {
+    const testkit::TempDir dir;
+    const QString real = dir.write(QStringLiteral("sub/real"), "old");
+    const QString link = dir.path(QStringLiteral("link"));
+    ASSERT_EQ(::symlink("sub/real", nativePath(link).constData()), 0);
+    auto file = AtomicFile::create(link);
+    ASSERT_TRUE(file && file->write("new") && file->commit());
+    EXPECT_EQ(testkit::TempDir::read(real), "new");
+    struct stat status {};
+    ASSERT_EQ(::lstat(nativePath(link).constData(), &status), 0);
+    EXPECT_TRUE(S_ISLNK(status.st_mode));
+
+    const QString before = QDir::currentPath();
+    QDir::setCurrent(dir.path());
+    auto relative = AtomicFile::create(u"r\xDCFE"_qs);
+    EXPECT_TRUE(relative && relative->commit());
+    QDir::setCurrent(before);
+    EXPECT_TRUE(manager().removeItemAtPath(dir.path(u"r\xDCFE"_qs)));
+}
+
+TEST(AtomicFile, CopiesRangesWithProgressUntilToldToStop) {
+    const testkit::TempDir dir;
+    QByteArray bytes(40 << 20, '\0');
+    for (qsizetype i = 0; i < bytes.size(); i += 4096)
+        bytes[i] = static_cast<char>(i >> 12);
+    const auto source = FileReader::open(dir.write(QStringLiteral("s"), bytes));
+    const QString target = dir.path(QStringLiteral("t"));
+    auto file = AtomicFile::create(target, 100);
+    ASSERT_TRUE(source && file && file->write("head"));
+    std::vector<std::uint64_t> steps;
+    const auto note = [&](std::uint64_t copied) { return steps.push_back(copied), true; };
+    ASSERT_TRUE(file->copyFrom(source->fd(), 5, (40 << 20) - 5, note));
+    EXPECT_GE(steps.size(), 3u);
+    EXPECT_EQ(steps.back(), (40u << 20) - 5);
+    ASSERT_TRUE(file->write("tail"));
+    EXPECT_EQ(file->position(), (40u << 20) + 3);
+    EXPECT_EQ(file->copyFrom(source->fd(), 40 << 20, 1).error().code, ErrorCode::Truncated);
+    EXPECT_EQ(file->copyFrom(source->fd(), 2, UINT64_MAX).error().code, ErrorCode::InvalidArgument);
+    ASSERT_TRUE(file->commit());
+    EXPECT_TRUE(testkit::TempDir::read(target) == "head" + bytes.mid(5) + "tail");
+
+    auto stopped = AtomicFile::create(target);
+    ASSERT_TRUE(stopped);
+    const auto stop = [](std::uint64_t) { return false; };
+    EXPECT_EQ(stopped->copyFrom(source->fd(), 0, 40 << 20, stop).error().code,
+              ErrorCode::Cancelled);
+
+    // The kernel copies nothing out of a pipe-like file: reading it does.
+    const FileDescriptor virtualFile(::open("/proc/version", O_RDONLY));
+    auto text = AtomicFile::create(target);
+    ASSERT_TRUE(text && text->copyFrom(virtualFile.get(), 0, 5) && text->commit());
+    EXPECT_EQ(testkit::TempDir::read(target), "Linux");
+}
+
+TEST(AtomicFile, CopiesOfItemsKeepDatesPermissionsAndAttributes) {
+    const testkit::TempDir dir;
+    const QString source = dir.write(QStringLiteral("s"), "bytes");
+    const QByteArray name = nativePath(source);
+    if (::setxattr(name.constData(), "user.tag", "red", 3, 0) != 0)
+        GTEST_SKIP() << "no extended attributes here";
+    ASSERT_EQ(::chmod(name.constData(), 0604), 0);
+    const timespec times[2] = {{1, 0}, {1'000'000'000, 123'456'789}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, name.constData(), times, 0), 0);
+    ::usleep(20'000); // the copy's own birth is another moment
+    const QString copy = dir.path(QStringLiteral("c"));
+    ASSERT_TRUE(manager().copyItem(source, copy, IfExists::Fail));
+    EXPECT_EQ(manager().copyItem(source, copy, IfExists::Fail).error().code,
+              ErrorCode::AlreadyExists);
+    EXPECT_TRUE(manager().copyItem(source, copy, IfExists::Replace));
+    EXPECT_EQ(manager().copyItem(dir.path(), copy, IfExists::Replace).error().code,
+              ErrorCode::NotSupported);
+    EXPECT_EQ(testkit::TempDir::read(copy), "bytes");
+    struct stat status {};
+    ASSERT_EQ(::stat(nativePath(copy).constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777u, 0604u);
+    EXPECT_EQ(status.st_mtim.tv_sec, 1'000'000'000);
+    EXPECT_EQ(status.st_mtim.tv_nsec, 123'456'789);
+    char tag[4] = {};
+    EXPECT_EQ(::getxattr(nativePath(copy).constData(), "user.tag", tag, 3), 3);
+    EXPECT_STREQ(tag, "red");
+    EXPECT_EQ(manager().attributesOfItemAtPath(copy)->NSFileCreationDate,
+              manager().attributesOfItemAtPath(source)->NSFileCreationDate);
+}
+
+TEST(AtomicFile, AFullDiskIsSaidAndLeavesNothing) {
+    const testkit::TempDir dir;
+    const TinyDisk disk(dir.path(QStringLiteral("disk")));
+    if (!disk.mounted())
+        GTEST_SKIP() << "mounting needs the superuser";
+    const QString target = dir.path(QStringLiteral("disk/t"));
+    EXPECT_EQ(AtomicFile::create(target, 2 << 20).error().code, ErrorCode::NoSpace);
+    {
+        auto file = AtomicFile::create(target);
+        ASSERT_TRUE(file);
+        EXPECT_EQ(file->write(QByteArray(2 << 20, 'x')).error().code, ErrorCode::NoSpace);
+    }
+    const QString big = dir.write(QStringLiteral("big"), QByteArray(2 << 20, 'x'));
+    EXPECT_EQ(manager().copyItem(big, target, IfExists::Replace).error().code, ErrorCode::NoSpace);
+    EXPECT_EQ(manager().moveItem(big, target).error().code, ErrorCode::NoSpace);
+    EXPECT_TRUE(manager().fileExistsAtPath(big));
+    EXPECT_TRUE(manager().contentsOfDirectoryAtPath(dir.path(QStringLiteral("disk")))->empty());
+
+    const QString small = dir.write(QStringLiteral("small"), "s"); // a move between file systems
+    EXPECT_TRUE(manager().moveItem(small, target));
+    EXPECT_EQ(testkit::TempDir::read(target), "s");
+    EXPECT_FALSE(manager().fileExistsAtPath(small));
+}
+
+TEST(AtomicFile, WhatAKilledProcessLeavesIsRemovedLater) {
+    const testkit::TempDir dir;
+    const QString target = dir.write(QStringLiteral("t"), "old");
+    const pid_t child = ::fork();
+    if (child == 0) {
+        auto file = AtomicFile::create(target);
+        if (file && file->write("half"))
+            ::raise(SIGKILL);
+        ::_exit(1);
+    }
+    int ended = 0;
+    ASSERT_EQ(::waitpid(child, &ended, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(ended));
+    ASSERT_EQ(namesIn(dir).size(), 2);
+    removeStaleTemporaries(dir.path());
+    EXPECT_EQ(namesIn(dir).size(), 2); // too young to be sure
+
+    const auto own = AtomicFile::create(target);
+    ASSERT_TRUE(own);
+    const QString foreign = QStringLiteral(".clipheave-notes.tmp");
+    // Process 1 lives, yet it began after this file was written: another one had its number.
+    const QString reused = QStringLiteral(".clipheave-1-0.tmp");
+    dir.write(foreign, "x");
+    dir.write(reused, "x");
+    const timespec old[2] = {{1'000, 0}, {1'000, 0}};
+    for (const QString& name : namesIn(dir))
+        ASSERT_EQ(::utimensat(AT_FDCWD, nativePath(dir.path(name)).constData(), old, 0), 0);
+    removeStaleTemporaries(dir.path());
+    EXPECT_THAT(namesIn(dir),
+                testing::UnorderedElementsAre(QStringLiteral("t"), foreign,
+                                              lastPathComponent(own->temporaryPath())));
+    EXPECT_EQ(testkit::TempDir::read(target), "old");
+}
