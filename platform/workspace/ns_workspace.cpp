@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/workspace/ns_workspace.h"
+
+#include "platform/foundation/log.h"
+#include "platform/foundation/paths.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDir>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <array>
+#include <pwd.h>
+#include <unistd.h>
+
+namespace clipheave::platform {
+namespace {
+
+constexpr int kAnswerTimeout = 5000; // milliseconds
+
+QString absolutePath(const QString& path) {
+    return path.startsWith(u'/') ? path : appendingPathComponent(QDir::currentPath(), path);
+}
+
+/// Made of the name's own bytes: a QUrl would lose those that are no UTF-8.
+QString fileUrl(const QString& path) {
+    return QLatin1String("file://") +
+           QString::fromLatin1(nativePath(absolutePath(path)).toPercentEncoding("/"));
+}
+
+bool hasDesktop() {
+    return !qEnvironmentVariableIsEmpty("DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+bool openEncoded(const QString& url) {
+    // Without a desktop the handler would start a text browser that nobody sees.
+    if (!hasDesktop())
+        return false;
+    QProcess handler;
+    handler.setProgram(QStringLiteral("xdg-open"));
+    handler.setArguments({url});
+    handler.setStandardInputFile(QProcess::nullDevice());
+    handler.setStandardOutputFile(QProcess::nullDevice());
+    handler.setStandardErrorFile(QProcess::nullDevice());
+    return handler.startDetached();
+}
+
+void logPaths(const QStringList& paths) {
+    for (const QString& path : paths)
+        log(LogLevel::Info, QStringLiteral("Output: %1").arg(displayPath(path)), path);
+}
+
+void openFolderOf(const QStringList& paths) {
+    const QString folder = deletingLastPathComponent(absolutePath(paths.constFirst()));
+    if (!openEncoded(fileUrl(folder)))
+        logPaths(paths);
+}
+
+void showInFileBrowser(const QStringList& paths) {
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) {
+        openFolderOf(paths);
+        return;
+    }
+    QStringList urls;
+    for (const QString& path : paths)
+        urls += fileUrl(path);
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.FileManager1"),
+        QStringLiteral("/org/freedesktop/FileManager1"),
+        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
+    call.setArguments({urls, QString()}); // the second: a start-up id, none
+    auto* answer = new QDBusPendingCallWatcher(bus.asyncCall(call, kAnswerTimeout), qApp);
+    QObject::connect(answer, &QDBusPendingCallWatcher::finished, answer, [paths, answer] {
+        if (answer->isError())
+            openFolderOf(paths);
+        answer->deleteLater();
+    });
+}
+
+} // namespace
+
+NSWorkspace& NSWorkspace::sharedWorkspace() {
+    static NSWorkspace workspace;
+    return workspace;
+}
+
+void NSWorkspace::selectFiles(const QStringList& paths) {
+    if (paths.isEmpty())
+        return;
+    if (!m_revealEnabled || !qApp)
+        logPaths(paths);
+    else // the answer arrives in an event loop, and a job's thread has none
+        QMetaObject::invokeMethod(qApp, [paths] { showInFileBrowser(paths); });
+}
+
+bool NSWorkspace::openURL(const QUrl& url) {
+    return url.isValid() && !url.isRelative() && openEncoded(url.toString(QUrl::FullyEncoded));
+}
+
+QUrl NSWorkspace::mailDraft(const QString& address, const QString& subject, const QString& body) {
+    return QUrl::fromEncoded("mailto:" + QUrl::toPercentEncoding(address, "@,") +
+                                 "?SUBJECT=" + QUrl::toPercentEncoding(subject) +
+                                 "&BODY=" + QUrl::toPercentEncoding(body),
+                             QUrl::StrictMode);
+}
+
+void NSWorkspace::setRevealEnabled(bool enabled) {
+    m_revealEnabled = enabled;
+}
+
+QString videosFolder() {
+    const QString home = QDir::homePath();
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+    // The home folder itself there means "none" (xdg-user-dirs).
+    if (folder.isEmpty() || QDir::cleanPath(folder) == QDir::cleanPath(home))
+        return appendingPathComponent(home, QStringLiteral("Videos"));
+    return folder;
+}
+
+QString loginName() {
+    std::array<char, 16384> buffer{};
+    passwd entry{};
+    passwd* found = nullptr;
+    if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found)
+        return QString::fromLocal8Bit(found->pw_name);
+    return qEnvironmentVariable("USER");
+}
+
+} // namespace clipheave::platform
