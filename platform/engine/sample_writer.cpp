@@ -66,7 +66,8 @@ Result<void> writeSampleFile(const SampleMedia& sample, const QString& target) {
     Dictionary options;
     if (sample.moovFirst)
         options.set("movflags", "+faststart");
-    options.set("id3v2_version", "0"); // no empty tag before MPEG audio
+    if (sample.container == QLatin1String("mp3"))
+        options.set("id3v2_version", "0"); // no empty tag before the sound
     if (auto begun = (*output)->writeHeader(options); !begun)
         return begun;
     while (SampleStream* stream = nextStream(*streams))

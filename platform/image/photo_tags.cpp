@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/image/photo_tags.h"
+
+#include "platform/image/photo_dictionaries.h"
+
+#include <QMutex>
+
+#include <exiv2/exiv2.hpp>
+
+#include <mutex>
+#include <string>
+
+namespace clipheave::platform {
+
+namespace {
+
+void lockXmp(void* mutex, bool lock) {
+    if (lock)
+        static_cast<QMutex*>(mutex)->lock();
+    else
+        static_cast<QMutex*>(mutex)->unlock();
+}
+
+/// The XMP part of the library keeps state of the whole process; it takes our lock around it.
+void initializeLibrary() {
+    static QMutex mutex;
+    static std::once_flag once;
+    std::call_once(once, [] {
+        Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+        Exiv2::XmpParser::initialize(&lockXmp, &mutex);
+    });
+}
+
+/// Runs `work`; what it throws becomes a failure. The only place where exceptions of the library
+/// end.
+template <class Work>
+Result<PhotoTags> guarded(const QString& path, const char* operation, Work work) {
+    const auto failed = [&](ErrorCode code, const char* text) {
+        return failure(code, QString::fromLatin1(operation), path, QString::fromUtf8(text));
+    };
+    try {
+        initializeLibrary();
+        return work();
+    } catch (const Exiv2::AnyError& error) {
+        const bool unknown = error.code() == Exiv2::kerFileContainsUnknownImageType ||
+                             error.code() == Exiv2::kerUnsupportedImageType;
+        return failed(unknown ? ErrorCode::NotSupported : ErrorCode::InvalidData, error.what());
+    } catch (const std::bad_alloc&) {
+        return failed(ErrorCode::LimitExceeded, "not enough memory");
+    } catch (const std::exception& error) {
+        return failed(ErrorCode::InvalidData, error.what());
+    }
+}
+
+QSize plausibleSize(long width, long height) {
+    constexpr long kLargest = 1 << 20;
+    if (width <= 0 || height <= 0 || width > kLargest || height > kLargest)
+        return {};
+    return {static_cast<int>(width), static_cast<int>(height)};
+}
+
+/// Tags of a TIFF structure that holds one group only, its main directory read as that group.
+void addCanonTags(const QByteArray& bytes, const char* group, PhotoTags& tags) {
+    if (bytes.isEmpty())
+        return;
+    Exiv2::ExifData raw, regrouped;
+    const auto* data = static_cast<const Exiv2::byte*>(static_cast<const void*>(bytes.constData()));
+    Exiv2::ExifParser::decode(raw, data, static_cast<std::uint32_t>(bytes.size()));
+    for (const Exiv2::Exifdatum& datum : raw)
+        if (datum.groupName() == "Image")
+            regrouped.add(Exiv2::ExifKey(datum.tag(), group), &datum.value());
+    addExifDictionaries(regrouped, tags);
+    if (tags.pixelSize.isEmpty()) {
+        const auto width = raw.findKey(Exiv2::ExifKey("Exif.Image.ImageWidth"));
+        const auto height = raw.findKey(Exiv2::ExifKey("Exif.Image.ImageLength"));
+        if (width != raw.end() && height != raw.end() && width->count() > 0 && height->count() > 0)
+            tags.pixelSize = plausibleSize(width->toLong(), height->toLong());
+    }
+}
+
+} // namespace
+
+Result<PhotoTags> readPhotoTags(FileReader& reader) {
+    return guarded(reader.path(), "read the tags of the photo", [&] {
+        // The open file once more under a name of plain ASCII: the library takes names as text.
+        const std::string name = "/proc/self/fd/" + std::to_string(reader.fd());
+        const auto image = std::unique_ptr<Exiv2::Image>{Exiv2::ImageFactory::open(name).release()};
+        image->readMetadata();
+        PhotoTags tags;
+        addExifDictionaries(image->exifData(), tags);
+        addIptcDictionary(image->iptcData(), tags);
+        tags.pixelSize = plausibleSize(image->pixelWidth(), image->pixelHeight());
+        if (const Exiv2::DataBuf* profile = image->iccProfile();
+            profile != nullptr && profile->size_ > 0)
+            tags.iccProfile =
+                QByteArray(static_cast<const char*>(static_cast<const void*>(profile->pData_)),
+                           profile->size_);
+        return tags;
+    });
+}
+
+Result<PhotoTags> decodePhotoTags(const HeifFacts& facts) {
+    return guarded({}, "read the tags of the photo", [&] {
+        PhotoTags tags;
+        if (!facts.exif.isEmpty()) {
+            Exiv2::ExifData data;
+            Exiv2::ExifParser::decode(
+                data,
+                static_cast<const Exiv2::byte*>(static_cast<const void*>(facts.exif.constData())),
+                static_cast<std::uint32_t>(facts.exif.size()));
+            addExifDictionaries(data, tags);
+        }
+        addCanonTags(facts.mainTags, "Image", tags);
+        addCanonTags(facts.photoTags, "Photo", tags);
+        addCanonTags(facts.gpsTags, "GPSInfo", tags);
+        return tags;
+    });
+}
+
+} // namespace clipheave::platform

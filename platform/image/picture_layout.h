@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/foundation/file_reader.h"
+
+#include <QByteArray>
+#include <QString>
+
+namespace clipheave::platform {
+
+/// How a pixel is made up; 0 where unknown.
+struct PictureLayout {
+    int components = 0;
+    int bitsPerComponent = 0;
+};
+
+/// From the frame header of JPEG or the IHDR of PNG; nothing known for other files.
+[[nodiscard]] PictureLayout pictureLayout(FileReader& reader);
+/// "Gray", "RGB" or "CMYK"; empty when unknown. Transparency does not count.
+[[nodiscard]] QString colorModel(const PictureLayout& layout);
+/// The description of an ICC profile ("sRGB IEC61966-2.1"); empty when it has none. Source: ICC.1,
+/// 9.2.41 (profileDescriptionTag), and the textDescriptionType of version 2.
+[[nodiscard]] QString iccProfileName(const QByteArray& profile);
+
+} // namespace clipheave::platform
