@@ -125,6 +125,7 @@ Result<ItemPointer> readTaggedAudio(const QString& path, WalkTable table) {
         return item;
     }
     logMetadata(*asset);
+    item->fileMetaArray = asset->metadata();
     applyMetadata(*item, asset->metadata(), table);
     return item;
 }
@@ -221,6 +222,7 @@ Result<ItemPointer> readSomeWAVAudioFileWithFilePath(const QString& path) {
         return tl::unexpected(opened.error());
     if (opened->file) {
         applyAudioAttributes(*opened->item, MDItem::create(opened->file));
+        opened->item->fileMetaArray = opened->file->facts().metadata;
         applyAudioFileProperties(*opened->item, opened->file);
     }
     return opened->item;

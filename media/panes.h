@@ -70,7 +70,7 @@ struct VideoPane {
 /// shows empty fields, so that a save does not place it at 0, 0.
 [[nodiscard]] VideoPane ShowVideoViewWithItem(const IKImageItem& item);
 
-/// A field of the video pane that a user can type into.
+/// A field of the video pane that a user can type into; `text` is the member of PaneTexts.
 struct VideoField {
     const char* name;       ///< of the command line, "title"
     const char* recordName; ///< of the record, "fileTitle"

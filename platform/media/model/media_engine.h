@@ -21,6 +21,8 @@ struct SampleMedia {
     int pattern = 0;       ///< chooses among the drawn scenes and tones
     bool moovFirst = true; ///< ISO base media only
     double rotation = 0;   ///< degrees clockwise in the display matrix
+    /// Tags under libavformat's names ("title", "artist", …), written as the muxer does.
+    QMap<QString, QString> tags;
 };
 
 /// The FFmpeg libraries behind one interface, in a module of their own. All calls are thread-safe.

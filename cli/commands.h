@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "cli/console.h"
+#include "media/media_import.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <utility>
+#include <vector>
+
+namespace clipheave::cli {
+
+/// Options that stand before any command.
+struct GlobalOptions {
+    QString storage; ///< replaces the preference "storagePath" for this run; empty: the preference
+    QString config;  ///< preferences file; empty: the user's
+    bool json = false;
+    bool quiet = false;
+    bool verbose = false;
+    int jobs = 0; ///< exports at once; 0: the machine's cores
+};
+
+struct ListOptions {
+    QStringList paths;
+    bool metadata = false;
+    bool photos = false;
+};
+
+struct SaveOptions {
+    QStringList paths;
+    std::vector<std::pair<QString, QString>> set; ///< FIELD, TEXT
+    QString artwork;                              ///< picture file, empty: none
+};
+
+// Each command answers an ExitStatus.
+int runList(const GlobalOptions& global, const ListOptions& options, Console& console);
+int runSave(const GlobalOptions& global, const SaveOptions& options, Console& console);
+int runPrefs(const GlobalOptions& global, const QString& key, const QString& value, bool hasValue);
+int runDemo(const GlobalOptions& global, const QString& folder, Console& console);
+
+/// The output folder of this run, as an absolute path.
+[[nodiscard]] QString storageLocation(const GlobalOptions& global);
+/// Relative paths are taken from the current folder; the text is otherwise left alone.
+[[nodiscard]] QString absolutePath(const QString& path);
+
+} // namespace clipheave::cli

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/console.h"
+
+#include "platform/foundation/paths.h"
+#include "platform/media/av_asset_export_session.h"
+
+#include <QByteArray>
+
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <thread>
+
+#include <unistd.h>
+
+namespace clipheave::cli {
+
+namespace {
+
+using platform::LogLevel;
+
+constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
+std::atomic<int> s_interruption{0};
+
+const char* prefixOf(LogLevel level) {
+    switch (level) {
+    case LogLevel::Warning:
+        return "warning: ";
+    case LogLevel::Error:
+        return "error: ";
+    case LogLevel::Trace:
+    case LogLevel::Info:
+        break;
+    }
+    return "";
+}
+
+void writeStandardError(const QByteArray& bytes) {
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
+}
+
+QString durationLeft(double seconds) {
+    const int whole = static_cast<int>(seconds + 0.5);
+    return whole >= 60 ? QStringLiteral("%1m %2s").arg(whole / 60).arg(whole % 60)
+                       : QStringLiteral("%1s").arg(whole);
+}
+
+} // namespace
+
+Console::Console(Detail detail)
+    : m_showsBar(detail != Detail::Quiet && ::isatty(STDERR_FILENO) != 0) {
+    if (detail == Detail::Quiet)
+        return;
+    const LogLevel least = detail == Detail::Verbose ? LogLevel::Trace : LogLevel::Warning;
+    m_subscription = std::make_unique<platform::LogSubscription>(
+        least, [this](const platform::LogLine& line) { print(line); });
+}
+
+Console::~Console() {
+    clearProgress();
+}
+
+void Console::print(const platform::LogLine& line) {
+    QByteArray text = prefixOf(line.level);
+    // A text that names its file already is not given it twice.
+    if (!line.path.isEmpty() && !line.text.contains(line.path))
+        text += platform::nativePath(line.path) + ": ";
+    text += platform::nativePath(line.text) + '\n';
+    const std::scoped_lock lock(m_mutex);
+    eraseBar();
+    writeStandardError(text);
+}
+
+void Console::eraseBar() {
+    if (m_barDrawn)
+        writeStandardError("\r\033[K");
+    m_barDrawn = false;
+}
+
+void Console::progress(const QString& what, int done, int total, double fraction) {
+    const auto now = std::chrono::steady_clock::now();
+    const std::scoped_lock lock(m_mutex);
+    if (!m_showsBar || now - m_lastDrawn < kRedrawInterval)
+        return;
+    m_lastDrawn = now;
+    const double elapsed = std::chrono::duration<double>(now - m_start).count();
+    QString text = total > 0 ? QStringLiteral("%1 %2 of %3").arg(what).arg(done).arg(total)
+                             : QStringLiteral("%1 %2").arg(what).arg(done);
+    if (fraction >= 0)
+        text += QStringLiteral(", %1 %").arg(static_cast<int>(fraction * 100));
+    const double finished = done + (fraction > 0 ? fraction : 0);
+    if (elapsed > 0 && finished > 0)
+        text += QStringLiteral(", %1/s").arg(finished / elapsed, 0, 'f', 1);
+    if (total > 0 && finished > 0 && finished < total)
+        text +=
+            QStringLiteral(", %1 left").arg(durationLeft(elapsed / finished * (total - finished)));
+    eraseBar();
+    writeStandardError(text.toUtf8());
+    std::fflush(stderr);
+    m_barDrawn = true;
+}
+
+void Console::clearProgress() {
+    const std::scoped_lock lock(m_mutex);
+    eraseBar();
+}
+
+bool printOut(const QByteArray& bytes) {
+    const auto size = static_cast<std::size_t>(bytes.size());
+    const bool written =
+        std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
+    if (!written)
+        printError(QStringLiteral("standard output could not be written"));
+    return written;
+}
+
+void printError(const QString& text) {
+    writeStandardError("clipheave-cli: " + platform::nativePath(text) + '\n');
+}
+
+int reportNothingToDo() {
+    printError(
+        QStringLiteral("No Item has been selected: Please select at least one item to process."));
+    return kNothingToDo;
+}
+
+void watchSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    // Blocked in every thread started from here on; one thread waits for them and may do real work.
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::thread([signals] {
+        int signal = 0;
+        while (sigwait(&signals, &signal) == 0) {
+            const int status = signal == SIGINT ? kInterrupted : kTerminated;
+            if (s_interruption.exchange(status) != 0)
+                ::_exit(
+                    status); // asked twice: leave at once, temporaries are removed at the next run
+            platform::AVAssetExportSession::cancelAllExports();
+        }
+    }).detach();
+}
+
+int interruption() {
+    return s_interruption.load();
+}
+
+} // namespace clipheave::cli

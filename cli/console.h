@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/foundation/log.h"
+
+#include <QString>
+
+#include <chrono>
+#include <memory>
+#include <mutex>
+
+namespace clipheave::cli {
+
+/// Exit statuses of the command line.
+enum ExitStatus : int {
+    kAllDone = 0,
+    kSomeFailed = 1,
+    kWrongUsage = 2,
+    kNothingToDo = 3,
+    kInterrupted = 130, ///< SIGINT
+    kTerminated = 143,  ///< SIGTERM
+};
+
+/// Standard error of one run: log lines and, on a terminal, a progress bar below them. Thread-safe.
+class Console {
+public:
+    enum class Detail { Quiet, Normal, Verbose };
+    explicit Console(Detail detail);
+    ~Console();
+
+    /// "item k of n, percent, rate, time left"; `fraction` is of the running export, below 0 for
+    /// none. A total of 0 is unknown. Redrawn at most ten times a second.
+    void progress(const QString& what, int done, int total, double fraction = -1);
+    void clearProgress();
+
+private:
+    void print(const platform::LogLine& line);
+    void eraseBar();
+
+    std::mutex m_mutex;
+    bool m_showsBar;
+    bool m_barDrawn = false;
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point m_lastDrawn{};
+    std::unique_ptr<platform::LogSubscription> m_subscription;
+};
+
+/// The whole of standard output goes through here, so that a closed pipe or full disk is noticed.
+[[nodiscard]] bool printOut(const QByteArray& bytes);
+/// A message to the user on standard error, "clipheave-cli: TEXT".
+void printError(const QString& text);
+
+/// The fixed text for an empty selection; answers kNothingToDo.
+int reportNothingToDo();
+
+/// SIGINT and SIGTERM cancel the running exports; `interruption()` then gives the exit status.
+void watchSignals();
+[[nodiscard]] int interruption(); ///< 0, kInterrupted or kTerminated
+
+} // namespace clipheave::cli

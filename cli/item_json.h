@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "cli/json_writer.h"
+#include "media/image_item.h"
+#include "media/media_import.h"
+#include "metadata/write_outcome.h"
+
+namespace clipheave::cli {
+
+/// One object a listed item; `withMetadata` adds the raw items in container order.
+void writeItem(JsonWriter& json, const media::IKImageItem& item, bool withMetadata);
+/// A path that was skipped although it was asked for or met.
+void writeSkipped(JsonWriter& json, const media::SkippedPath& skipped);
+/// {"items":[{"source","outputs","status","message","seconds"}]}
+void writeOutcomes(JsonWriter& json, const std::vector<metadata::WriteOutcome>& outcomes);
+[[nodiscard]] const char* statusName(metadata::WriteStatus status);
+
+} // namespace clipheave::cli

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QStringView>
+
+#include <cstdint>
+
+namespace clipheave::cli {
+
+/// Writes one JSON document, keys in the order given. Bytes of a path that are no UTF-8 come out as
+/// "\udcXX" (their escaped form inside the program), so that nothing is lost and the document stays
+/// valid; a library's own JSON class would replace them.
+class JsonWriter {
+public:
+    JsonWriter& beginObject();
+    JsonWriter& endObject();
+    JsonWriter& beginArray();
+    JsonWriter& endArray();
+    JsonWriter& key(const char* name);
+    JsonWriter& string(QStringView text);
+    JsonWriter& number(double value); ///< null for what is no finite number
+    JsonWriter& integer(std::int64_t value);
+
+    /// Key and value; the text form writes nothing for a null or empty text.
+    JsonWriter& member(const char* name, const QString& text);
+    JsonWriter& member(const char* name, double value);
+
+    [[nodiscard]] QByteArray take();
+
+private:
+    void separate();
+    void appendString(QStringView text);
+
+    QByteArray m_out;
+    bool m_needsComma = false;
+};
+
+} // namespace clipheave::cli

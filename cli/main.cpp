@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/commands.h"
+#include "platform/foundation/paths.h"
+#include "platform/media/av_asset_export_session.h"
+#include "platform/workspace/ns_workspace.h"
+
+#include <CLI/CLI.hpp>
+#include <QCoreApplication>
+
+#include <string>
+#include <vector>
+
+namespace clipheave::cli {
+
+namespace {
+
+QString textOf(const std::string& argument) {
+    return platform::pathFromNative(
+        QByteArrayView(argument.data(), static_cast<qsizetype>(argument.size())));
+}
+
+QStringList absolutePaths(const std::vector<std::string>& arguments) {
+    QStringList paths;
+    for (const std::string& argument : arguments)
+        paths.append(absolutePath(textOf(argument)));
+    return paths;
+}
+
+/// The arguments as the parser gives them: bytes of the command line.
+struct Arguments {
+    std::string storage, config, artwork, key, value, folder;
+    std::vector<std::string> paths, set;
+    GlobalOptions global;
+    ListOptions list;
+};
+
+void addGlobalOptions(CLI::App& app, Arguments& arguments) {
+    app.add_option("--storage", arguments.storage, "Output folder of this run")->type_name("DIR");
+    app.add_option("--config", arguments.config, "Preferences file of this run")->type_name("FILE");
+    app.add_option("--jobs", arguments.global.jobs, "Exports that run at once (default: the cores)")
+        ->check(CLI::Range(1, 256))
+        ->type_name("N");
+    app.add_flag("--json", arguments.global.json, "One JSON document on standard output");
+    app.add_flag("--quiet", arguments.global.quiet, "No progress bar and no log");
+    app.add_flag("--verbose", arguments.global.verbose, "Every log text of the application");
+    app.require_subcommand(1);
+    app.fallthrough();
+}
+
+CLI::App* addList(CLI::App& app, Arguments& arguments) {
+    CLI::App* list = app.add_subcommand("list", "Import and print");
+    list->add_flag("--metadata", arguments.list.metadata,
+                   "With --json: the raw metadata items too");
+    list->add_flag("--photos", arguments.list.photos,
+                   "Photos and videos, as the photo browser takes them");
+    list->add_option("PATH", arguments.paths, "Files and folders")->required();
+    return list;
+}
+
+CLI::App* addSave(CLI::App& app, Arguments& arguments) {
+    CLI::App* save =
+        app.add_subcommand("save", "Type values into the fields of each file and save");
+    save->add_option("--set", arguments.set, "FIELD=TEXT, as often as needed")
+        ->type_name("FIELD=TEXT")
+        ->allow_extra_args(false);
+    save->add_option("--artwork", arguments.artwork, "Cover picture")->type_name("IMAGE");
+    save->add_option("PATH", arguments.paths, "Files and folders")->required();
+    return save;
+}
+
+int save(const Arguments& arguments, Console& console) {
+    SaveOptions options;
+    options.paths = absolutePaths(arguments.paths);
+    if (!arguments.artwork.empty())
+        options.artwork = absolutePath(textOf(arguments.artwork));
+    for (const std::string& pair : arguments.set) {
+        const std::size_t equals = pair.find('=');
+        if (equals == std::string::npos) {
+            printError(QStringLiteral("--set takes FIELD=TEXT, not \"%1\"").arg(textOf(pair)));
+            return kWrongUsage;
+        }
+        options.set.emplace_back(textOf(pair.substr(0, equals)), textOf(pair.substr(equals + 1)));
+    }
+    return runSave(arguments.global, options, console);
+}
+
+int run(int argc, char** argv) {
+    CLI::App app("ClipHeave: batch work on videos, audio files and photos", "clipheave-cli");
+    app.set_version_flag("--version", CLIPHEAVE_VERSION);
+    Arguments arguments;
+    addGlobalOptions(app, arguments);
+    CLI::App* listCommand = addList(app, arguments);
+    CLI::App* saveCommand = addSave(app, arguments);
+    CLI::App* prefs = app.add_subcommand("prefs", "Print or set the preferences");
+    prefs->add_option("KEY", arguments.key);
+    CLI::Option* value = prefs->add_option("VALUE", arguments.value);
+    CLI::App* demo = app.add_subcommand("demo", "Write a small sample library into a folder");
+    demo->add_option("DIR", arguments.folder)->required();
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kAllDone : kWrongUsage;
+    }
+    GlobalOptions& global = arguments.global;
+    global.storage = textOf(arguments.storage);
+    global.config = textOf(arguments.config);
+    if (global.jobs > 0)
+        platform::AVAssetExportSession::setMaximumConcurrentExports(global.jobs);
+    watchSignals();
+    Console console(global.quiet     ? Console::Detail::Quiet
+                    : global.verbose ? Console::Detail::Verbose
+                                     : Console::Detail::Normal);
+    if (listCommand->parsed()) {
+        arguments.list.paths = absolutePaths(arguments.paths);
+        return runList(global, arguments.list, console);
+    }
+    if (saveCommand->parsed())
+        return save(arguments, console);
+    if (prefs->parsed())
+        return runPrefs(global, textOf(arguments.key), textOf(arguments.value), value->count() > 0);
+    return runDemo(global, absolutePath(textOf(arguments.folder)), console);
+}
+
+} // namespace
+
+} // namespace clipheave::cli
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("clipheave"));
+    // Nothing pops up on the desktop of whoever runs a script.
+    clipheave::platform::NSWorkspace::sharedWorkspace().setRevealEnabled(false);
+    return clipheave::cli::run(argc, argv);
+}

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// Published names of the metadata keys that the video writers use. Sources: the key tables of the
+// QuickTime metadata, iTunes, ISO user-data and common key spaces.
+namespace clipheave::metadata {
+
+inline constexpr char16_t kKeySpaceITunes[] = u"itsk";
+inline constexpr char16_t AVMetadataKeySpaceQuickTimeMetadata[] = u"mdta";
+inline constexpr char16_t AVMetadataKeySpaceCommon[] = u"comn";
+inline constexpr char16_t kKeySpaceISOUserData[] = u"uiso";
+
+inline constexpr char16_t AVMetadataQuickTimeMetadataKeyDirector[] =
+    u"com.apple.quicktime.director";
+inline constexpr char16_t AVMetadataQuickTimeMetadataKeyPerformer[] =
+    u"com.apple.quicktime.performer";
+inline constexpr char16_t AVMetadataQuickTimeMetadataKeyProducer[] =
+    u"com.apple.quicktime.producer";
+inline constexpr char16_t kQuickTimeKeywords[] = u"com.apple.quicktime.keywords";
+inline constexpr char16_t kQuickTimeCreationDateIdentifier[] =
+    u"mdta/com.apple.quicktime.creationdate";
+inline constexpr char16_t kISODateIdentifier[] = u"uiso/date";
+inline constexpr char16_t kUserDataDateIdentifier[] = u"udta/date";
+
+inline constexpr char16_t AVMetadataCommonKeyPublisher[] = u"publisher";
+inline constexpr char16_t AVMetadataCommonKeyCopyrights[] = u"copyrights";
+inline constexpr char16_t AVMetadataCommonKeyDescription[] = u"description";
+inline constexpr char16_t AVMetadataCommonKeyArtwork[] = u"artwork";
+
+inline constexpr char16_t kRawDataType[] = u"com.apple.metadata.datatype.raw-data";
+
+} // namespace clipheave::metadata

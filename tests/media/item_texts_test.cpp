@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "media/item_texts.h"
+#include "media/panes.h"
+
+#include "media/metadata_walk.h"
+#include "tests/testkit/testkit.h"
+
+namespace {
+
+using namespace clipheave::media;
+using clipheave::platform::AVMetadataItem;
+
+struct Position {
+    QString signs;
+    double latitude, longitude, altitude;
+    friend bool operator==(const Position&, const Position&) = default;
+    friend void PrintTo(const Position& p, std::ostream* out) {
+        *out << p.signs.toStdString() << ' ' << p.latitude << ' ' << p.longitude << ' '
+             << p.altitude;
+    }
+};
+
+Position positionOf(const char* text) {
+    IKImageItem item;
+    applyLocationText(item, QString::fromLatin1(text));
+    return {item.latitudeFormat + item.longtitudeFormat + item.AtitudeFormat, item.filelatitude,
+            item.filelongtitude, item.fileAtitude};
+}
+
+TEST(LocationText, NeedsThreeSignsForALongitude) {
+    EXPECT_EQ(positionOf("+37.3349-122.0090+010.000/"),
+              (Position{QStringLiteral("+-+"), 37.3349, 122.009, 10}));
+    EXPECT_EQ(positionOf("-33.9+151.2-003.5/"),
+              (Position{QStringLiteral("-+-"), 33.9, 151.2, 3.5}));
+    EXPECT_EQ(positionOf("+48.8583+002.2945/"), (Position{QStringLiteral("++"), 48.8583, 0, 0}));
+    EXPECT_EQ(positionOf("+31.2-121.4+"), (Position{QStringLiteral("+-+"), 31.2, 121.4, 0}));
+    EXPECT_EQ(positionOf(""), (Position{{}, 0, 0, 0}));
+    EXPECT_EQ(positionOf("nowhere"), (Position{{}, 0, 0, 0}));
+}
+
+QString dateOf(const char* text, SecondsCut cut = SecondsCut::TwoDigits) {
+    IKImageItem item;
+    applyShootDateText(item, QString::fromLatin1(text), cut);
+    return item.shootDateStr + (item.shootDate.isValid()
+                                    ? QStringLiteral(" = ") + item.shootDate.toString(Qt::ISODate)
+                                    : QString());
+}
+
+TEST(ShootDateText, DropsZonesAndKeepsTheLocalClock) {
+    const QString parsed = QStringLiteral("2019-05-04 10:11:12 = 2019-05-04T10:11:12");
+    EXPECT_EQ(dateOf("2019-05-04T10:11:12+0200"), parsed);
+    EXPECT_EQ(dateOf("2019-05-04T10:11:12-0700"), parsed);
+    EXPECT_EQ(dateOf("2019-05-04T10:11:12Z"), parsed);
+    EXPECT_EQ(dateOf("2019-05-04 10:11:12.345"), parsed);
+    EXPECT_EQ(dateOf("2019:05:04 10:11:12"),
+              QStringLiteral("2019:05:04 10:11:12 = 2019-05-04T10:11:12"));
+    EXPECT_EQ(dateOf("2019"), QStringLiteral("2019"));
+    EXPECT_EQ(dateOf("May 2019+x"), QStringLiteral("May 2019"));
+    // The WAV reader leaves the seconds as they are, so this one does not parse.
+    EXPECT_EQ(dateOf("2019-05-04T10:11:12Z", SecondsCut::AsTheyAre),
+              QStringLiteral("2019-05-04 10:11:12Z"));
+}
+
+AVMetadataItem textItem(const char* identifier, const char* value) {
+    const QString id = QString::fromLatin1(identifier);
+    const qsizetype slash = id.indexOf(u'/');
+    return AVMetadataItem::make(id.left(slash), id.mid(slash + 1), id, QString::fromUtf8(value));
+}
+
+TEST(MetadataWalk, TakesTheLastItemOfAField) {
+    IKImageItem item;
+    applyMetadata(item,
+                  {textItem("itsk/%A9des", "list"), textItem("uiso/dscp", "box"),
+                   textItem("mdta/com.apple.quicktime.description", "key"),
+                   textItem("itsk/%A9xyz", "?"), textItem("itsk/%A9nam", "")},
+                  WalkTable::Video);
+    EXPECT_EQ(item.fileDescription, u"key");
+    EXPECT_TRUE(item.fileTitle.isNull());
+}
+
+TEST(MetadataWalk, ReadsLessOfAVideoInAFolder) {
+    const QList<AVMetadataItem> metadata{
+        textItem("udta/%A9mak", "maker"), textItem("udta/%A9mod", "model"),
+        textItem("uiso/dscp", "words"), textItem("mdta/com.apple.proapps.manufacturer", "suite")};
+    IKImageItem single, inFolder;
+    applyMetadata(single, metadata, WalkTable::Video);
+    applyMetadata(inFolder, metadata, WalkTable::VideoInFolder);
+    EXPECT_EQ(single.fileMake, u"maker");
+    EXPECT_EQ(single.fileModel, u"model");
+    EXPECT_EQ(single.fileDescription, u"words");
+    EXPECT_EQ(single.fileproducer, u"suite");
+    EXPECT_TRUE(inFolder.fileMake.isNull() && inFolder.fileModel.isNull() &&
+                inFolder.fileDescription.isNull() && inFolder.fileproducer.isNull());
+}
+
+TEST(MetadataWalk, PutsTheTrackNumberIntoTheAlbumArtist) {
+    IKImageItem item;
+    applyMetadata(
+        item,
+        {AVMetadataItem::make(QStringLiteral("itsk"), QStringLiteral("trkn"),
+                              QStringLiteral("itsk/trkn"), QByteArray("\0\0\0\7\0\13\0\0", 8)),
+         textItem("id3/TPE2", "band"), textItem("caaf/info-title", "only AIFF")},
+        WalkTable::Audio);
+    EXPECT_EQ(item.fileAlbumArist, u"7/11");
+    EXPECT_EQ(item.fileBand, u"band");
+    EXPECT_TRUE(item.fileTitle.isNull());
+}
+
+TEST(VideoPane, RemembersWhatItShowsAndFlagsWhatIsTyped) {
+    IKImageItem item;
+    item.fileTitle = QStringLiteral("t");
+    item.latitudeFormat = QStringLiteral("-");
+    item.filelatitude = 33.9;
+    VideoPane pane = ShowVideoViewWithItem(item);
+    EXPECT_EQ(pane.texts.mediaTitle, pane.shown.oldMovieTitle);
+    EXPECT_FALSE(pane.texts.mediaAlumArtis.isNull()); // missing shows as empty
+    EXPECT_EQ(pane.texts.mediaLatitude, u"-33.9");
+    EXPECT_TRUE(pane.texts.mediaLongtitude.isEmpty());
+    EXPECT_EQ(videoField(QStringLiteral("fileTitle")), videoField(QStringLiteral("title")));
+    EXPECT_EQ(videoField(QStringLiteral("subtitle")), nullptr);
+    typeIntoField(pane, *videoField(QStringLiteral("altitude")), QStringLiteral("5"));
+    EXPECT_FALSE(pane.flags.basicInfoChange || pane.flags.cameraInfoChange ||
+                 pane.flags.gpsInfoChange);
+    typeIntoField(pane, *videoField(QStringLiteral("recorded")), QStringLiteral("x"));
+    EXPECT_TRUE(pane.flags.cameraInfoChange && !pane.flags.basicInfoChange);
+}
+
+} // namespace

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "media/media_import.h"
+#include "media/preferences.h"
+#include "platform/foundation/paths.h"
+
+#include "tests/testkit/testkit.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace clipheave;
+using media::MediaImport;
+
+QByteArray movie(const char* title) {
+    using testkit::be;
+    using testkit::box;
+    using testkit::fullBox;
+    const QByteArray data = box("data", be(1, 4) + be(0, 4) + title);
+    const QByteArray hdlr = fullBox("hdlr", be(0, 4) + "mdirappl" + QByteArray(9, '\0'));
+    const QByteArray udta = box("udta", fullBox("meta", hdlr + box("ilst", box("\xA9nam", data))));
+    const QByteArray mvhd =
+        fullBox("mvhd", be(0, 8) + be(1000, 4) + be(61'500, 4) + QByteArray(80, '\0'));
+    return box("ftyp", "M4V " + be(1, 4) + "M4V ") + box("moov", mvhd + udta) + box("mdat", "x");
+}
+
+QStringList namesOf(const MediaImport& import) {
+    QStringList names;
+    for (const auto& item : import.localPhotoItemArray())
+        names.append(item->fileName);
+    return names;
+}
+
+TEST(MediaImport, WalksFoldersAndSkipsUnknownKinds) {
+    const testkit::TempDir dir;
+    dir.write(QStringLiteral("in/a.mp4"), movie("One"));
+    dir.write(QStringLiteral("in/b.MP3"), "no sound");
+    dir.write(QStringLiteral("in/c.txt"), "text");
+    dir.write(QStringLiteral("in/.hidden"), "x");
+    dir.write(QStringLiteral("in/sub/d.wav"), "RIFF");
+    int steps = 0;
+    MediaImport import([&](const media::ItemPointer&) { ++steps; });
+    import.importMediaItemsThreader({dir.path(QStringLiteral("in"))});
+    QStringList names = namesOf(import);
+    names.sort();
+    EXPECT_EQ(names, (QStringList{QStringLiteral("a.mp4"), QStringLiteral("b.MP3"),
+                                  QStringLiteral("d.wav")}));
+    EXPECT_EQ(steps, 5); // skipped files count as steps
+    EXPECT_TRUE(import.bImportLocalFolder());
+    EXPECT_EQ(import.bImportLocalPath(), dir.path());
+}
+
+TEST(MediaImport, ReadsAVideoAndResetsTheFolderFlag) {
+    const testkit::TempDir dir;
+    const QString file = dir.write(QStringLiteral("in/a.mp4"), movie("Ⅰ one"));
+    MediaImport import;
+    import.importMediaItemsThreader({dir.path(QStringLiteral("in")), file, file});
+    ASSERT_EQ(import.localPhotoItemArray().size(),
+              3u); // the same file stands there as often as given
+    EXPECT_FALSE(import.bImportLocalFolder());
+    const auto& item = *import.localPhotoItemArray().front();
+    EXPECT_EQ(item.fileTitle, QStringLiteral("Ⅰ one"));
+    EXPECT_EQ(item.fileduratStr, u"1m:1s");
+    EXPECT_DOUBLE_EQ(item.fileduration, 61.5);
+    EXPECT_EQ(item.fileSize, QStringLiteral("%1 bytes").arg(QFile(file).size()));
+    EXPECT_FALSE(item.fileCreateDateStr.isEmpty());
+    EXPECT_TRUE(item.problem.isNull()) << item.problem.toStdString();
+}
+
+TEST(MediaImport, ReadingAheadKeepsTheOrder) {
+    const testkit::TempDir dir;
+    QStringList paths;
+    for (int i = 0; i < 300; ++i)
+        paths.append(
+            dir.write(QStringLiteral("%1.mp4").arg(i), movie(QByteArray::number(i).constData())));
+    for (int helpers : {0, 1, 7}) {
+        QStringList delivered;
+        MediaImport import(
+            [&](const media::ItemPointer& item) { delivered.append(item->filePath); });
+        import.setReadAheadThreads(helpers);
+        import.importMediaItemsThreader(paths);
+        EXPECT_EQ(delivered, paths) << helpers;
+        EXPECT_EQ(import.localPhotoItemArray()[299]->fileTitle, u"299");
+    }
+}
+
+TEST(MediaImport, TroubledPathsAreToldAndTheWalkGoesOn) {
+    const testkit::TempDir dir;
+    const QByteArray root = dir.path(QStringLiteral("in")).toUtf8();
+    dir.write(QStringLiteral("in/empty.mov"), "");
+    dir.write(QStringLiteral("in/fake.mp4"), "this is no movie at all");
+    dir.write(QStringLiteral("in/cut.mov"), movie("cut").left(60));
+    ASSERT_EQ(::mkfifo((root + "/pipe.mp4").constData(), 0600), 0);
+    ASSERT_EQ(::symlink("..", (root + "/loop").constData()), 0);
+    ASSERT_EQ(::symlink("nowhere.mp4", (root + "/dangling.mp4").constData()), 0);
+    QFile odd;
+    const QByteArray oddName = root + "/caf\xE9.mp4";
+    std::FILE* file = std::fopen(oddName.constData(), "wb");
+    ASSERT_TRUE(file);
+    const QByteArray bytes = movie("odd name");
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), file);
+    std::fclose(file);
+
+    MediaImport import;
+    import.importMediaItemsThreader(
+        {QString::fromUtf8(root), dir.path(QStringLiteral("missing.mp4"))});
+    QStringList skipped;
+    for (const media::SkippedPath& path : import.skipped()) {
+        skipped.append(platform::lastPathComponent(path.path));
+        EXPECT_FALSE(path.reason.isEmpty());
+    }
+    skipped.sort();
+    EXPECT_EQ(skipped, (QStringList{QStringLiteral("dangling.mp4"), QStringLiteral("in"),
+                                    QStringLiteral("missing.mp4"), QStringLiteral("pipe.mp4")}));
+    ASSERT_EQ(import.localPhotoItemArray().size(), 4u);
+    for (const auto& item : import.localPhotoItemArray()) {
+        const bool isOdd = platform::nativePath(item->filePath) == oddName;
+        EXPECT_EQ(item->fileTitle, isOdd ? QStringLiteral("odd name") : item->fileTitle);
+        EXPECT_EQ(item->problem.isEmpty(), isOdd) << item->filePath.toStdString();
+    }
+}
+
+TEST(MediaImport, QuickAddReadsNothing) {
+    const testkit::TempDir dir;
+    const QString song = dir.write(QStringLiteral("a.mp3"), "x");
+    const QString film = dir.write(QStringLiteral("a.mp4"), movie("T"));
+    MediaImport import;
+    import.addWithoutReading({film, song, dir.path(QStringLiteral("gone.mp4")), film});
+    ASSERT_EQ(import.localPhotoItemArray().size(), 2u); // stops at the first that is not there
+    EXPECT_EQ(import.localPhotoItemArray()[0]->fileType, u"Movie");
+    EXPECT_TRUE(import.localPhotoItemArray()[0]->fileTitle.isNull());
+    EXPECT_EQ(import.localPhotoItemArray()[1]->fileType, u"Audio");
+}
+
+TEST(Preferences, FirstStartWritesDefaultsAndKeepsItsTwoFontSizes) {
+    const testkit::TempDir dir;
+    qputenv("HOME", dir.path().toUtf8());
+    platform::NSUserDefaults defaults(dir.path(QStringLiteral("prefs.conf")));
+    const auto first = media::applyPreferencesAtStart(defaults);
+    ASSERT_TRUE(first);
+    EXPECT_TRUE(first->firstStart);
+    EXPECT_EQ(first->currentFontSize, 14);
+    EXPECT_EQ(first->fontLabel, u"Lucida Grande 24");
+    EXPECT_TRUE(QDir(first->storagelocation).exists());
+    EXPECT_EQ(defaults.stringForKey(QStringLiteral("Postion")), u"lower left corner");
+    EXPECT_FALSE(defaults.contains(QStringLiteral("fontsize")));
+
+    ASSERT_TRUE(defaults.setObject_forKey(36, QStringLiteral("fontsize")));
+    ASSERT_TRUE(defaults.setObject_forKey(QStringLiteral("Noto Sans"), QStringLiteral("fontName")));
+    const auto second = media::applyPreferencesAtStart(defaults);
+    ASSERT_TRUE(second);
+    EXPECT_FALSE(second->firstStart);
+    EXPECT_EQ(second->fontLabel, u"Noto Sans 36");
+    EXPECT_EQ(defaults.integerForKey(QStringLiteral("fontsize")), 36);
+}
+
+} // namespace

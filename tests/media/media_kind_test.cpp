@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "media/media_kind.h"
+
+#include "tests/testkit/testkit.h"
+
+#include <clocale>
+
+namespace {
+
+using clipheave::media::MediaKind;
+
+TEST(MediaKind, LooksUpTheWholeExtensionWithoutRegardToCase) {
+    EXPECT_GE(MediaKind::GetAudioType("mp3"), 0);
+    EXPECT_EQ(MediaKind::GetAudioType("Mp3"), MediaKind::GetAudioType("MP3"));
+    EXPECT_EQ(MediaKind::GetAudioType("mp3 "), -1);
+    EXPECT_EQ(MediaKind::GetAudioType("mp"), -1);
+    EXPECT_EQ(MediaKind::GetAudioType(""), -1);
+    EXPECT_EQ(MediaKind::GetAudioType(nullptr), -1);
+    EXPECT_EQ(MediaKind::GetAudioType("OPUS"), 0);
+    EXPECT_EQ(MediaKind::GetAudioType("ptf"), 41);
+    EXPECT_EQ(MediaKind::GetViedoType("hevc"), 0);
+    EXPECT_EQ(MediaKind::GetViedoType("yuv"), 55);
+    EXPECT_EQ(MediaKind::GetImageType("orf"), 8);
+    EXPECT_EQ(MediaKind::GetDragImageType("xps"), 141);
+}
+
+TEST(MediaKind, AnswersTheFirstOfTwinEntries) {
+    EXPECT_EQ(MediaKind::GetDragImageType("cdr"), 17);
+    EXPECT_EQ(MediaKind::GetDragImageType("dcr"), 31);
+}
+
+TEST(MediaKind, SortsDoubtfulExtensionsToTheirKinds) {
+    for (const char* video : {"ts", "srt", "dvr-ms"})
+        EXPECT_GE(MediaKind::GetViedoType(video), 0) << video;
+    for (const char* audio : {"au", "mid", "m4r"})
+        EXPECT_GE(MediaKind::GetAudioType(audio), 0) << audio;
+    EXPECT_GE(MediaKind::GetDragImageType("heic"), 0);
+    EXPECT_EQ(MediaKind::GetImageType("heic"), -1);
+    EXPECT_GE(MediaKind::GetImageType("dng"), 0);
+    EXPECT_TRUE(MediaKind::isAudio(QStringLiteral("/a.mp4/b.WAV")));
+    EXPECT_FALSE(MediaKind::isVideo(QStringLiteral("/a.mp4/b")));
+}
+
+TEST(MediaKind, WritesSizesInSinglePrecisionDecimalUnits) {
+    const std::pair<std::uint64_t, const char*> rows[] = {{0, "0 bytes"},
+                                                          {999, "999 bytes"},
+                                                          {1000, "1.00 KB"},
+                                                          {999'999, "1000.00 KB"},
+                                                          {1'000'000, "1.00 MB"},
+                                                          {12'345'678, "12.35 MB"},
+                                                          {1'000'000'000, "1.00 GB"},
+                                                          {1'000'000'000'000, "1.00 TB"},
+                                                          {UINT64_MAX, "18446744.00 TB"}};
+    std::setlocale(LC_ALL, "de_DE.UTF-8"); // the decimal sign stays a point
+    for (const auto& [size, text] : rows) {
+        char buffer[100];
+        EXPECT_STREQ(MediaKind::size_to_unit_out_buffer(size, buffer), text);
+    }
+    std::setlocale(LC_ALL, "C");
+}
+
+TEST(MediaKind, ReadsSizesByTheirLastCharacter) {
+    const std::pair<const char*, std::uint64_t> rows[] = {{"1.5K", 1500},
+                                                          {"2M", 2'000'000},
+                                                          {"3G", 3'000'000'000},
+                                                          {"1T", 1'000'000'000'000},
+                                                          {"", 0},
+                                                          {"12.35 MB", 12},
+                                                          {"12.50 M", 12'500'000},
+                                                          {"-1K", 0},
+                                                          {"800 bytes", 800'000'000'000'000}};
+    for (const auto& [text, size] : rows)
+        EXPECT_EQ(MediaKind::sizeFormString(QString::fromLatin1(text)), size) << text;
+}
+
+TEST(MediaKind, WritesDurationsInWholeUnits) {
+    const std::pair<int, const char*> rows[] = {{0, "0s"},          {59, "59s"},
+                                                {60, "1m:0s"},      {3599, "59m:59s"},
+                                                {3600, "1h:0m:0s"}, {3725, "1h:2m:5s"}};
+    for (const auto& [seconds, text] : rows)
+        EXPECT_EQ(MediaKind::getMediaDuration(seconds), QLatin1String(text));
+}
+
+} // namespace
