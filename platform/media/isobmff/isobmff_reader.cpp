@@ -192,10 +192,12 @@ void MovieReader::markAttachedPictures() {
 
 void MovieReader::summarize() {
     double longest = 0;
+    bool hasSound = false;
     for (const MovieTrack& movie : m_tracks) {
         const AVAssetTrack& track = movie.track;
         longest = std::max(longest, track.durationSeconds);
-        if (track.mediaType == QLatin1String("soun") && m_facts.audioChannels == 0) {
+        if (track.mediaType == QLatin1String("soun") && !hasSound) {
+            hasSound = true;
             m_facts.audioBitRate = track.bitRate;
             m_facts.audioSampleRate = track.sampleRate;
             m_facts.audioChannels = track.channels;

@@ -199,8 +199,10 @@ KeyNames internKey(const char* keySpace, ByteView name) {
         return *found;
     const QString space = QLatin1String(keySpace);
     const bool isCode = space != QLatin1String("mdta") && space != QLatin1String("itlk");
+    // Some cameras name their keys by four-character codes as well.
+    const bool isLatin1 = isCode || !name.bytes().isValidUtf8();
     const QString key =
-        isCode ? QString::fromLatin1(name.bytes()) : QString::fromUtf8(name.bytes());
+        isLatin1 ? QString::fromLatin1(name.bytes()) : QString::fromUtf8(name.bytes());
     const KeyNames names{space, key, metadataIdentifier(space, key)};
     if (known.size() < kMaxInternedKeys)
         known.insert(id, names);

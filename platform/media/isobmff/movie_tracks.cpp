@@ -45,6 +45,7 @@ void readMediaHeader(MovieTrack& movie, ByteView mdhd) {
 struct SampleSizes {
     std::uint64_t samples = 0;
     std::uint64_t total = 0; ///< bytes, 0 when it was not worth reading
+    bool constant = false;   ///< all samples have one size
 };
 
 SampleSizes readSampleSizes(HeaderReader& reader, const Box& stsz, bool withTotal) {
@@ -53,8 +54,8 @@ SampleSizes readSampleSizes(HeaderReader& reader, const Box& stsz, bool withTota
     if (stsz.payloadSize() < kSizesHead || head.empty())
         return {};
     const std::uint64_t constant = stsz.type == fourCc("stsz") ? *head.be32(4) : 0;
-    SampleSizes sizes{*head.be32(8), 0};
-    if (constant > 0) {
+    SampleSizes sizes{*head.be32(8), 0, constant > 0};
+    if (sizes.constant) {
         sizes.total = constant * sizes.samples;
         return sizes;
     }
@@ -136,7 +137,13 @@ private:
             m_information = box;
     }
     void atInformation(const Box& box) {
-        if (box.type == fourCc("stbl") && !m_tables)
+        // Without a handler the kind of media header tells.
+        QString& mediaType = m_movie.track.mediaType;
+        if (box.type == fourCc("vmhd") && mediaType.isEmpty())
+            mediaType = QStringLiteral("vide");
+        else if (box.type == fourCc("smhd") && mediaType.isEmpty())
+            mediaType = QStringLiteral("soun");
+        else if (box.type == fourCc("stbl") && !m_tables)
             m_tables = box;
     }
     void atTables(const Box& box) {
@@ -166,7 +173,9 @@ private:
         } else if (track.mediaType != QLatin1String("soun")) {
             track.naturalSize = {};
         }
-        if (m_sizes.total > 0 && seconds > 0)
+        // For uncompressed sound the description knows better: its table may count frames as bytes.
+        const bool described = m_sizes.constant && track.bitRate > 0;
+        if (m_sizes.total > 0 && seconds > 0 && !described)
             track.bitRate = std::floor(static_cast<double>(m_sizes.total) * 8 / seconds);
     }
 

@@ -229,18 +229,52 @@ void readVisual(AVAssetTrack& track, ByteView entry) {
     applyChildren(track, entry.sub(kVisualHead));
 }
 
+int uncompressedBits(std::uint32_t codec, int describedBits) {
+    switch (codec) {
+    case fourCc("ulaw"):
+    case fourCc("alaw"):
+        return 8;
+    case fourCc("in24"):
+        return 24;
+    case fourCc("in32"):
+    case fourCc("fl32"):
+        return 32;
+    case fourCc("fl64"):
+        return 64;
+    case fourCc("raw "):
+    case fourCc("NONE"):
+    case fourCc("twos"):
+    case fourCc("sowt"):
+    case fourCc("lpcm"):
+        return describedBits;
+    default:
+        return 0;
+    }
+}
+
 /// Where the boxes behind a sound description begin; reads the plain fields on the way.
 std::uint64_t readSoundFields(AVAssetTrack& track, ByteView entry, bool longForms) {
     constexpr std::uint64_t kSoundHead = 36, kVersion1More = 16;
-    const int version = entry.be16(16).value_or(0);
+    const int version = longForms ? entry.be16(16).value_or(0) : 0;
     track.channels = entry.be16(24).value_or(0);
     track.sampleRate = entry.be32(32).value_or(0) / 65536.0;
-    if (version == 2 && longForms && entry.has(0, kSoundHead + kVersion1More)) {
+    int bits = entry.be16(26).value_or(0);
+    std::uint64_t head = kSoundHead;
+    if (version == 2 && entry.has(0, 60)) {
         track.sampleRate = std::bit_cast<double>(*entry.be64(40));
         track.channels = static_cast<int>(std::min<std::uint32_t>(*entry.be32(48), INT32_MAX));
-        return *entry.be32(36); // the description's own size
+        bits = static_cast<int>(std::min<std::uint32_t>(*entry.be32(56), 64));
+        head = *entry.be32(36); // the description's own size
+    } else if (version == 1) {
+        head += kVersion1More;
+        const double samples = entry.be32(36).value_or(0);
+        const double bytes = entry.be32(44).value_or(0);
+        if (samples > 0 && bytes > 0)
+            track.bitRate = std::floor(track.sampleRate / samples * bytes * 8);
     }
-    return version == 1 && longForms ? kSoundHead + kVersion1More : kSoundHead;
+    if (const int size = uncompressedBits(entry.be32(4).value_or(0), bits); size > 0)
+        track.bitRate = track.sampleRate * track.channels * size;
+    return head;
 }
 
 void readSound(AVAssetTrack& track, ByteView entry, bool longForms) {

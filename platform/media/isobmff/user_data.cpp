@@ -186,14 +186,23 @@ bool setIsoValue(AVMetadataItem& item, ByteView payload, UserDataForm form) {
     return false;
 }
 
+/// Where the picture of a `thmb` begins: behind version and flags, in some files behind its type
+/// too.
+std::uint64_t pictureOffset(ByteView head) {
+    for (const std::uint64_t at : {0u, 4u, 8u}) {
+        if (head.sub(at).startsWith("\xFF\xD8\xFF") || head.sub(at).startsWith("\x89PNG"))
+            return at;
+    }
+    return head.size() >= kVersionFlags && hasVersionFlags(head) ? kVersionFlags : 0;
+}
+
 void addIsoBox(ItemSink& sink, AVMetadataItem item, const Box& box, UserDataForm form) {
-    // A picture follows version and flags; without them it begins at once.
     const std::uint64_t payloadSize = box.payloadSize();
     FileSlice raw{sink.reader.path(), box.payloadOffset(), payloadSize};
-    if (form == UserDataForm::Picture && payloadSize >= kVersionFlags &&
-        hasVersionFlags(sink.reader.view(box.payloadOffset(), kVersionFlags))) {
-        raw.offset += kVersionFlags;
-        raw.length -= kVersionFlags;
+    if (form == UserDataForm::Picture) {
+        raw.offset += pictureOffset(
+            sink.reader.viewUpTo(raw.offset, std::min<std::uint64_t>(payloadSize, 16)));
+        raw.length = box.end() - raw.offset;
     }
     const bool hasForm = form != UserDataForm::Raw && form != UserDataForm::Picture;
     const bool done =

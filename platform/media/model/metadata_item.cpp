@@ -151,9 +151,12 @@ QString AVMetadataItem::stringValue() const {
     if (const auto* number = std::get_if<double>(&value))
         return describeNumber(*number);
     const auto* bytes = std::get_if<QByteArray>(&value);
-    if (!bytes || !bytes->isValidUtf8())
+    if (!bytes)
         return {};
     const qsizetype length = bytes->endsWith('\0') ? bytes->size() - 1 : bytes->size();
+    // A NUL inside is valid UTF-8, but stands in numbers and records only.
+    if (!bytes->isValidUtf8() || bytes->left(length).contains('\0'))
+        return {};
     return length == 0 ? QStringLiteral("") : QString::fromUtf8(bytes->constData(), length);
 }
 

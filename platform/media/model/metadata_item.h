@@ -42,7 +42,7 @@ struct AVMetadataItem {
                                              Value value);
 
     /// The value as text: texts as they are, numbers in "%@" form, bytes as UTF-8 when they are
-    /// valid UTF-8 (a final NUL dropped); null otherwise.
+    /// valid UTF-8 without a NUL (a final one dropped); null otherwise.
     [[nodiscard]] QString stringValue() const;
     /// The value as bytes: bytes as they are, slices loaded, texts as UTF-8; null on failure.
     [[nodiscard]] QByteArray dataValue() const;
