@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/platform/writer/writer_kit.h"
+
+using namespace testkit;
+using namespace writertest;
+
+namespace {
+
+const QString kOld = QStringLiteral("old"), kNew = QStringLiteral("new");
+
+/// A source with an old text under everything that feeds a field of the record.
+HandMade fullSource(const QByteArray& brand) {
+    HandMade media;
+    media.brand = brand;
+    QByteArray list;
+    for (const char* code : {"\xA9nam", "\xA9pub", "cprt",
+                             "\xA9"
+                             "des",
+                             "\xA9"
+                             "dir",
+                             "\xA9prf", "\xA9prd",
+                             "\xA9"
+                             "day"})
+        list += listText(code, "old");
+    media.udta = listMeta(list) + fullBox("dscp", be(0x55C4, 2) + QByteArray("old\0", 4)) +
+                 box("date", "2001-01-01") + locationBox(10.5, 20.5) +
+                 quickTimeText("\xA9xyz", "+11.0000+022.0000/") + quickTimeText("\xA9key", "old");
+    QList<QPair<QByteArray, QByteArray>> keys;
+    for (const char* key : {"publisher", "copyright", "description", "director", "performer",
+                            "producer", "keywords", "creationdate", "make"})
+        keys << QPair<QByteArray, QByteArray>(QByteArray("com.apple.quicktime.") + key, "old");
+    keys << QPair<QByteArray, QByteArray>("com.apple.quicktime.location.ISO6709",
+                                          "+33.0000+044.0000+000.000/");
+    keys << QPair<QByteArray, QByteArray>("com.apple.proapps.manufacturer", "old");
+    media.meta = keysMeta(keys);
+    return media;
+}
+
+struct FieldCase {
+    const char* identifier; ///< as it is written
+    QString readFrom;       ///< identifiers of the field, blank-separated
+};
+void PrintTo(const FieldCase& field, std::ostream* out) {
+    *out << field.identifier;
+}
+class Fields : public testing::TestWithParam<FieldCase> {};
+
+const QString kKeys = QStringLiteral("mdta/com.apple.quicktime.");
+INSTANTIATE_TEST_SUITE_P(
+    Writer, Fields,
+    testing::Values(
+        FieldCase{"itsk/%A9nam", QStringLiteral("itsk/%A9nam")},
+        FieldCase{"common/publisher", kKeys + QStringLiteral("publisher itsk/%A9pub")},
+        FieldCase{"common/copyrights", kKeys + QStringLiteral("copyright itsk/cprt")},
+        FieldCase{"common/description",
+                  kKeys + QStringLiteral("description itsk/%A9des uiso/dscp")},
+        FieldCase{"mdta/com.apple.quicktime.director",
+                  kKeys + QStringLiteral("director itsk/%A9dir")},
+        FieldCase{"mdta/com.apple.quicktime.performer",
+                  kKeys + QStringLiteral("performer itsk/%A9prf")},
+        FieldCase{"mdta/com.apple.quicktime.producer",
+                  kKeys +
+                      QStringLiteral("producer itsk/%A9prd mdta/com.apple.proapps.manufacturer")},
+        FieldCase{"mdta/com.apple.quicktime.keywords",
+                  kKeys + QStringLiteral("keywords udta/%A9key")},
+        FieldCase{"uiso/date", kKeys + QStringLiteral("creationdate uiso/date")},
+        FieldCase{"udta/date", kKeys + QStringLiteral("creationdate uiso/date")},
+        FieldCase{"common/creationDate",
+                  QStringLiteral("itsk/%A9day mdta/com.apple.quicktime.x")}));
+
+/// As Save does it: the new item, then the source's but its namesakes.
+Items merged(const Items& news, const Items& source) {
+    Items all = news;
+    for (const AVMetadataItem& item : source) {
+        const bool replaced = std::any_of(news.begin(), news.end(), [&](const auto& other) {
+            return other.identifier == item.identifier;
+        });
+        if (!replaced)
+            all << item;
+    }
+    return all;
+}
+
+TEST_P(Fields, ShowWhatWasTypedInEveryContainer) {
+    for (const auto container : {OutputContainer::M4V, OutputContainer::M4A, OutputContainer::Mp4,
+                                 OutputContainer::QuickTimeMovie}) {
+        if (QByteArray(GetParam().identifier) == "common/creationDate" &&
+            container == OutputContainer::QuickTimeMovie)
+            continue; // becomes the date there
+        for (const QByteArray brand : {"qt  ", "isom"}) {
+            const TempDir dir;
+            const QString source = dir.write(QStringLiteral("s"), fullSource(brand).bytes());
+            const QString target = dir.path(QStringLiteral("t"));
+            const Items old = readItems(source);
+            ASSERT_GE(old.size(), 22);
+            for (const QString& text : {kNew, QString(QLatin1String(""))}) {
+                const Items list = merged({newItem(GetParam().identifier, text)}, old);
+                ASSERT_TRUE(write(source, target, list, container));
+                const Items now = readItems(target);
+                EXPECT_EQ(shown(now, GetParam().readFrom.split(u' ')), text);
+                // Nothing else has gone.
+                EXPECT_GE(now.size(), old.size() - 3);
+                EXPECT_EQ(shown(now, {kKeys + QStringLiteral("make")}), kOld);
+            }
+        }
+    }
+}
+
+TEST(Lists, UnchangedItemsComeAcrossByteForByte) {
+    for (const QByteArray brand : {"qt  ", "isom"}) {
+        const TempDir dir;
+        HandMade media = fullSource(brand);
+        media.beforeMedia = box("free", QByteArray(50, '\0')); // room for any `ftyp`
+        media.udta += box("chpl", "chapters") + box("Xtra", "tags");
+        // A free-form entry, two pictures in one entry, a number pair.
+        media.udta.replace(
+            0, media.udta.indexOf("dscp") - 4,
+            listMeta(box("----", fullBox("mean", "com.apple.iTunes") + fullBox("name", "iTunNORM") +
+                                     box("data", be(1, 4) + be(0, 4) + "0000")) +
+                     box("covr",
+                         box("data", be(13, 4) + be(0, 4) + QByteArray("\xFF\xD8\xFF\xE0 one")) +
+                             box("data", be(13, 4) + be(0, 4) + QByteArray("\xFF\xD8\xFF two"))) +
+                     box("trkn", box("data", be(0, 8) + be(0x0003'0009, 6) + be(0, 2)))));
+        const QString source = dir.write(QStringLiteral("s"), media.bytes());
+        const QString target = dir.path(QStringLiteral("t"));
+        const auto container =
+            brand == "qt  " ? OutputContainer::QuickTimeMovie : OutputContainer::M4V;
+        ASSERT_TRUE(write(source, target, readItems(source), container));
+        const QByteArray before = TempDir::read(source), after = TempDir::read(target);
+        const auto sorted = [](const QByteArray& file, const char* path) {
+            QList<QByteArray> boxes;
+            for (const Piece& piece : pieces(payloadAt(file, path)))
+                boxes << piece.type + piece.payload;
+            boxes.removeIf([](const QByteArray& one) { return one.startsWith("meta"); });
+            std::sort(boxes.begin(), boxes.end());
+            return boxes;
+        };
+        EXPECT_EQ(sorted(after, "moov/udta"), sorted(before, "moov/udta"));
+        EXPECT_EQ(payloadAt(after, "moov/udta/meta/ilst"),
+                  payloadAt(before, "moov/udta/meta/ilst"));
+        EXPECT_EQ(payloadAt(after, "moov/meta/keys"), payloadAt(before, "moov/meta/keys"));
+        EXPECT_EQ(payloadAt(after, "moov/meta/ilst"), payloadAt(before, "moov/meta/ilst"));
+        // Nothing at all is touched without a list.
+        ASSERT_TRUE(write(source, target, std::nullopt, container));
+        EXPECT_TRUE(payloadAt(TempDir::read(target), "moov") == payloadAt(before, "moov"));
+    }
+}
+
+TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
+    const TempDir dir;
+    HandMade media = fullSource("isom");
+    media.udta += box("chpl", "chapters");
+    media.moreMoov = box("free", "Secret");
+    media.beforeMedia =
+        box("uuid", QByteArray::fromHex("BE7ACFCB97A942E89C71999491E3AFAC") + "Secret");
+    const QString source = dir.write(QStringLiteral("s"), media.bytes());
+    const QString target = dir.path(QStringLiteral("t"));
+    const auto remove = [&](const Items& blanks) {
+        const auto outcome = write(source, target, blanks);
+        EXPECT_TRUE(outcome);
+        const QByteArray bytes = TempDir::read(target);
+        EXPECT_FALSE(bytes.contains("old") || bytes.contains("Secret") || bytes.contains("2001"));
+        EXPECT_TRUE(bytes.contains("chapters"));
+        EXPECT_TRUE(bytes.contains("a track's own name"));
+        return outcome ? outcome->notes.join(u';') : QString();
+    };
+    EXPECT_EQ(remove({newItem("itsk/%A9nam", {})}), QStringLiteral("Location kept"));
+    EXPECT_EQ(shown(readItems(target), {kKeys + QStringLiteral("location.ISO6709")}),
+              QStringLiteral("+33.0000+044.0000+000.000/"));
+    EXPECT_TRUE(TempDir::read(target).contains("loci"));
+    EXPECT_TRUE(TempDir::read(target).contains("+11.0000+022.0000/"));
+    for (const Items& list : {Items{newItem("uiso/loci", {})}, Items{}}) {
+        EXPECT_EQ(remove(list), QString());
+        const QByteArray bytes = TempDir::read(target);
+        EXPECT_FALSE(bytes.contains("loci") || bytes.contains("ISO6709") || bytes.contains("xyz"));
+        EXPECT_EQ(pieces(payloadAt(bytes, "moov/udta")).size(), 1);
+    }
+    // Save names it by carrying it: a new one takes the place of every other form.
+    ASSERT_TRUE(write(source, target,
+                      merged({newItem("uiso/loci", QStringLiteral("+31.2304-121.4737+12.5"))},
+                             readItems(source))));
+    const Items now = readItems(target);
+    EXPECT_EQ(shown(now, {QStringLiteral("uiso/loci"), kKeys + QStringLiteral("location.ISO6709"),
+                          QStringLiteral("uiso/%A9xyz")}),
+              QStringLiteral("+31.2304-121.4737+012.500/"));
+    EXPECT_FALSE(TempDir::read(target).contains("ISO6709"));
+}
+
+TEST(Rendering, OfNewItems) {
+    const TempDir dir;
+    const auto boxOf = [&](AVMetadataItem item, const char* path,
+                           OutputContainer container = OutputContainer::M4V) {
+        return payloadAt(rewritten(dir, HandMade().bytes(), Items{item}, container), path);
+    };
+    const auto text = [](const char* value) { return QString::fromUtf8(value); };
+    const char* const trackPath = "moov/udta/meta/ilst/trkn/data";
+    EXPECT_EQ(boxOf(newItem("itsk/trkn", text("3/12")), trackPath),
+              be(0, 8) + be(0x0003'000C, 6) + be(0, 2));
+    EXPECT_EQ(boxOf(newItem("itsk/trkn", text("A3")), trackPath), be(1, 4) + be(0, 4) + "A3");
+    EXPECT_EQ(boxOf(newItem("uiso/date", text("2020:01:31 10:00:00")), "moov/udta/date"),
+              "2020:01:31 10:00:00");
+    EXPECT_EQ(boxOf(newItem("uiso/titl", text("T")), "moov/udta/titl"),
+              be(0, 4) + be(0x55C4, 2) + QByteArray("T\0", 2));
+    EXPECT_EQ(boxOf(newItem("udta/%A9mak", text("M")), "moov/udta/\xA9mak"),
+              be(1, 2) + be(0x55C4, 2) + "M");
+    const char* const lociPath = "moov/udta/loci";
+    const auto position = [&](const char* value) {
+        return boxOf(newItem("uiso/loci", text(value)), lociPath).mid(8, 12).toHex();
+    };
+    EXPECT_EQ(position("+31.5-121.25+"), "ff86c000001f800000000000");
+    EXPECT_EQ(position("+31.5-121.25-2.5/"), "ff86c000001f8000fffd8000");
+    EXPECT_EQ(position("+37,30.5N+122,25.1W+(null)"), "007a00000025000000000000");
+    EXPECT_EQ(position("nowhere"), "");
+    auto keywords = newItem("mdta/com.apple.quicktime.keywords", {});
+    keywords.value = QByteArray("a, b");
+    keywords.dataType = QStringLiteral("com.apple.metadata.datatype.raw-data");
+    EXPECT_TRUE(boxOf(keywords, "moov/meta/ilst").endsWith(be(0, 8) + "a, b"));
+    EXPECT_EQ(boxOf(newItem("mdta/com.apple.quicktime.director", text("D")),
+                    "moov/udta/meta/ilst/\xA9"
+                    "dir/data"),
+              be(1, 4) + be(0, 4) + "D");
+    EXPECT_TRUE(boxOf(newItem("common/publisher", text("P")), "moov/meta/keys",
+                      OutputContainer::QuickTimeMovie)
+                    .endsWith("com.apple.quicktime.publisher"));
+    // A picture that has no code is refused and the old one stays.
+    auto artwork = newItem("common/artwork", {});
+    artwork.value = QByteArray("II*\0 tiff", 9);
+    HandMade media;
+    media.udta = listMeta(listText("covr", "\xFF\xD8\xFF old picture"));
+    const QString source = dir.write(QStringLiteral("s"), media.bytes());
+    const auto refused =
+        write(source, dir.path(QStringLiteral("t")), merged({artwork}, readItems(source)));
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->notes.size(), 1);
+    EXPECT_TRUE(TempDir::read(dir.path(QStringLiteral("t"))).contains("old picture"));
+    artwork.value = QByteArray("\x89PNG new");
+    ASSERT_TRUE(write(source, dir.path(QStringLiteral("t")), merged({artwork}, readItems(source))));
+    EXPECT_EQ(
+        payloadAt(TempDir::read(dir.path(QStringLiteral("t"))), "moov/udta/meta/ilst/covr/data"),
+        be(14, 4) + be(0, 4) + "\x89PNG new");
+}
+
+TEST(Rendering, WritesOneBoxForSeveralItemsOfOnePlace) {
+    const TempDir dir;
+    const QString date = QStringLiteral("2020:01:31 10:00:00");
+    auto nameless = newItem("uiso/date", date);
+    nameless.identifier.clear(); // key space and key stand for it
+    const Items list{nameless,
+                     newItem("udta/date", date),
+                     nameless,
+                     newItem("itsk/%A9nam", kNew),
+                     newItem("id3/TIT2", kOld),
+                     newItem("id3/TALB", kOld),
+                     newItem("id3/XXXX", kOld)};
+    const QByteArray bytes = rewritten(dir, HandMade().bytes(), list);
+    EXPECT_EQ(bytes.count("date"), 1);
+    EXPECT_EQ(pieces(payloadAt(bytes, "moov/udta/meta/ilst")).size(), 2);
+    EXPECT_EQ(bytes.count("old"), 1); // the album
+    // Languages of a key stand side by side.
+    auto english = newItem("mdta/com.apple.quicktime.title", kOld);
+    english.extendedLanguageTag = QStringLiteral("en-US");
+    const QByteArray both =
+        rewritten(dir, HandMade().bytes(),
+                  Items{english, newItem("mdta/com.apple.quicktime.title", kNew), english});
+    EXPECT_EQ(payloadAt(both, "moov/meta/keys").mid(4, 4), be(1, 4));
+    const auto entries = pieces(payloadAt(both, "moov/meta/ilst"));
+    ASSERT_EQ(entries.size(), 1);
+    const auto values = pieces(entries[0].payload);
+    ASSERT_EQ(values.size(), 2);
+    EXPECT_EQ(values[0].payload, be(1, 4) + be(0x15C7, 4) + "old");
+    EXPECT_EQ(values[1].payload, be(1, 4) + be(0, 4) + "new");
+}
+
+} // namespace

@@ -1,0 +1,269 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/platform/writer/writer_kit.h"
+
+#include "platform/media/isobmff/write_layout.h"
+
+#include <QDir>
+#include <QtEndian>
+
+#include <csignal>
+#include <sys/resource.h>
+
+using namespace testkit;
+using namespace writertest;
+
+namespace {
+
+const QString kNewTitle = QStringLiteral("A new title, ünïcode");
+const Items kTitleOnly{newItem("itsk/%A9nam", kNewTitle)};
+
+struct EncodedCase {
+    const char* name;
+    const char* options;
+};
+void PrintTo(const EncodedCase& encoded, std::ostream* out) {
+    *out << encoded.name;
+}
+
+class EncodedFiles : public testing::TestWithParam<EncodedCase> {};
+
+constexpr const char* kOldTags = " -metadata title=Oldtitle -metadata location=+48.8583+002.2945/";
+
+INSTANTIATE_TEST_SUITE_P(
+    Writer, EncodedFiles,
+    testing::Values(EncodedCase{"last.mp4", ""}, EncodedCase{"first.mp4", "-movflags +faststart"},
+                    EncodedCase{"last.mov", "-timecode 01:00:00:00"},
+                    EncodedCase{"keys.mov", "-movflags +use_metadata_tags+faststart"},
+                    EncodedCase{"last.m4v", "-f ipod"},
+                    EncodedCase{"rotated.mp4", "-metadata:s:v rotate=90"},
+                    EncodedCase{"two.mov", "-map 0 -map 1 -map 0 -map 1 -c:v:1 mpeg4"},
+                    EncodedCase{"frag.mp4", "-movflags +frag_keyframe+empty_moov -g 10"},
+                    EncodedCase{"based.mp4", "-movflags +frag_keyframe -g 10 -ignore_editlist 1"},
+                    EncodedCase{"dash.mp4", "-movflags +frag_keyframe+dash+global_sidx -g 10"},
+                    EncodedCase{"large.mp4", "-b:v 4M -minrate 4M -movflags +faststart"}));
+
+QByteArray validation(const QString& path) {
+    return run(QStringLiteral("exiftool"), {QStringLiteral("-validate"), QStringLiteral("-warning"),
+                                            QStringLiteral("-s3"), path})
+        .out;
+}
+
+TEST_P(EncodedFiles, KeepEverythingButTheMetadata) {
+    const TempDir dir;
+    const QString name = QString::fromLatin1(GetParam().name);
+    const QString options = QString::fromLatin1(GetParam().options) + QString::fromLatin1(kOldTags);
+    const QString source = encode(dir, name, options.split(u' ', Qt::SkipEmptyParts));
+    const QByteArray before = TempDir::read(source), hash = streamHash(source);
+    ASSERT_FALSE(hash.isEmpty());
+    for (const bool moovFirst : {false, true}) {
+        const QString target = dir.path(QStringLiteral("out-") + name);
+        const auto outcome =
+            write(source, target, kTitleOnly,
+                  moovFirst ? OutputContainer::M4V : OutputContainer::QuickTimeMovie, moovFirst);
+        ASSERT_TRUE(outcome) << outcome.error().text().toStdString();
+        EXPECT_THAT(outcome->notes, testing::ElementsAre(QStringLiteral("Location kept")));
+        const QByteArray after = TempDir::read(target);
+        EXPECT_EQ(streamHash(target), hash);
+        EXPECT_TRUE(chunkHeads(after) == chunkHeads(before));
+        // The boxes of fragments hold offsets of their own.
+        EXPECT_TRUE(before.contains("moof") || keptBoxes(after) == keptBoxes(before));
+        EXPECT_FALSE(after.contains("Oldtitle"));
+        EXPECT_EQ(pieces(after).constLast().type == "moov",
+                  !moovFirst && pieces(before).constLast().type == "moov");
+        const auto told = run(QStringLiteral("exiftool"),
+                              {QStringLiteral("-s3"), QStringLiteral("-Title"), target});
+        EXPECT_EQ(QString::fromUtf8(told.out).trimmed(), kNewTitle);
+        EXPECT_EQ(validation(target), validation(source));
+    }
+}
+
+TEST(Layout, PayloadStaysOrKeepsItsPlaceInABlock) {
+    HandMade media;
+    media.payload.resize(300'000, 'x');
+    for (const bool moovFirst : {false, true}) {
+        media.moovFirst = moovFirst;
+        const TempDir dir;
+        const QByteArray source = media.bytes();
+        QByteArray target = rewritten(dir, source, kTitleOnly);
+        EXPECT_EQ((target.indexOf("mdat") - source.indexOf("mdat")) % 4096, 0) << moovFirst;
+        EXPECT_EQ(chunkHeads(target), chunkHeads(source));
+        // Saving again takes the padding up again instead of adding more.
+        const qsizetype once = target.size();
+        for (int i = 0; i < 3; ++i)
+            target = rewritten(dir, target, kTitleOnly);
+        EXPECT_EQ(target.size(), once);
+    }
+    media = {};
+    media.beforeMedia = box("wide", {}) + box("uuid", QByteArray(40, 'u'));
+    media.afterAll = box("free", "not empty") + box("abcd", "last") + "tail";
+    const TempDir dir;
+    EXPECT_EQ(topLevel(rewritten(dir, media.bytes(), kTitleOnly, OutputContainer::Mp4)),
+              "ftyp wide uuid mdat moov free abcd");
+    EXPECT_TRUE(rewritten(dir, media.bytes(), kTitleOnly).endsWith("lasttail"));
+    EXPECT_EQ(topLevel(rewritten(dir, media.bytes(), kTitleOnly, OutputContainer::M4V, true)),
+              "ftyp moov wide uuid mdat free abcd");
+}
+
+TEST(Layout, FileTypesAreThoseOfTheContainers) {
+    const TempDir dir;
+    HandMade media;
+    const auto fileType = [&](OutputContainer container) {
+        return payloadAt(rewritten(dir, media.bytes(), Items(), container), "ftyp");
+    };
+    EXPECT_EQ(fileType(OutputContainer::M4V), QByteArray("M4V \0\0\0\1M4V M4A mp42isom", 24));
+    EXPECT_EQ(fileType(OutputContainer::M4A), QByteArray("M4A \0\0\0\0M4A mp42isom", 20));
+    EXPECT_EQ(fileType(OutputContainer::Mp4), QByteArray("mp42\0\0\0\1mp41mp42isom", 20));
+    EXPECT_EQ(fileType(OutputContainer::QuickTimeMovie), QByteArray("qt  \0\0\0\0qt  ", 12));
+    // Sample descriptions in QuickTime's layout keep the brand that announces them.
+    media.brand = "qt  ";
+    EXPECT_TRUE(fileType(OutputContainer::M4V).endsWith("isomqt  "));
+}
+
+TEST(Offsets, OfEveryKindFollowThePayload) {
+    const TempDir dir;
+    HandMade media;
+    media.moovFirst = true;
+    media.moreTrack = fullBox("saio", be(1, 4) + be(0, 4));
+    media.moreMoov = box("gps ", be(0, 4) + be(1, 4) + be(0, 4) + be(100, 4));
+    const QByteArray mark(16, 'M');
+    const auto build = [&](quint64 at) {
+        media.moreTrack = fullBox("saio", be(1, 4) + be(at, 4));
+        media.moreMoov = box("gps ", be(0, 4) + be(1, 4) + be(at, 4) + be(100, 4));
+        const QByteArray item = be(1, 2) + be(0, 2) + be(at, 4) + be(1, 2) + be(8, 4) + be(4, 4);
+        const QByteArray base = box("tfhd", be(1, 4) + be(1, 4) + be(at, 8));
+        const QByteArray entry = be(0, 4) + be(at, 4) + be(0, 3);
+        media.afterAll = fullBox("meta", box("hdlr", be(0, 8) + "pict") +
+                                             fullBox("iloc", be(0x4440, 2) + be(1, 2) + item)) +
+                         box("moof", box("traf", base)) +
+                         box("mfra", fullBox("tfra", be(1, 4) + be(0, 4) + be(1, 4) + entry));
+        return media.bytes();
+    };
+    media.payload.replace(2000, mark.size(), mark);
+    const auto at = static_cast<quint64>(build(0).indexOf(mark));
+    const QByteArray source = build(at);
+    const QByteArray target =
+        rewritten(dir, source, Items{newItem("itsk/%A9nam", QString(5000, u'x'))});
+    const auto moved = static_cast<quint64>(target.indexOf(mark));
+    ASSERT_NE(moved, at);
+    EXPECT_EQ(payloadAt(target, "moov/trak/mdia/minf/stbl/saio").mid(8), be(moved, 4));
+    EXPECT_EQ(payloadAt(target, "moov/gps ").mid(8, 4), be(moved, 4));
+    EXPECT_EQ(payloadAt(target, "meta/iloc").mid(12, 4), be(moved, 4));
+    EXPECT_EQ(payloadAt(target, "meta/iloc").mid(18, 4), be(8, 4));
+    EXPECT_EQ(payloadAt(target, "moof/traf/tfhd").mid(8), be(moved, 8));
+    EXPECT_EQ(payloadAt(target, "mfra/tfra").mid(20, 4), be(moved, 4));
+    EXPECT_EQ(chunkHeads(target), chunkHeads(source));
+}
+
+TEST(Offsets, BecomeWideWhenTheyLeaveFourGigabytes) {
+    // The payload is cut short, as after a broken copy, so that the offsets may be this large.
+    const TempDir dir;
+    HandMade media;
+    media.moovFirst = true;
+    QByteArray source = media.bytes();
+    const qsizetype media32 = source.indexOf("mdat") - 4;
+    source =
+        source.left(media32) + be(1, 4) + "mdat" + be(0x2'0000'0000, 8) + source.mid(media32 + 8);
+    const qsizetype table = source.indexOf("stco") + 12;
+    source.replace(table + 12, 4, be(0xFFFF'FF00, 4));
+    const QByteArray target =
+        rewritten(dir, source, Items{newItem("itsk/%A9nam", QString(5000, u'x'))});
+    const QByteArray wide = payloadAt(target, "moov/trak/mdia/minf/stbl/co64");
+    const auto shift = static_cast<quint64>(target.indexOf("mdat") - source.indexOf("mdat"));
+    ASSERT_EQ(wide.size(), 8 + 4 * 8);
+    EXPECT_EQ(wide.mid(32, 8), be(0xFFFF'FF00 + shift, 8));
+    EXPECT_EQ(wide.mid(8, 8), be(qFromBigEndian<quint32>(source.constData() + table) + shift, 8));
+    EXPECT_TRUE(target.endsWith(media.payload)); // every byte that exists
+}
+
+TEST(Offsets, OfOtherFilesStayAndThoseOfNowhereFail) {
+    const TempDir dir;
+    const Items grown{newItem("itsk/%A9nam", QString(5000, u'x'))};
+    HandMade media;
+    media.moovFirst = true;
+    QByteArray source = media.bytes();
+    source.replace(source.indexOf("stco") + 12, 4, be(0x7FFF'FFFF, 4));
+    const auto outcome =
+        write(dir.write(QStringLiteral("s"), source), dir.path(QStringLiteral("t")), grown);
+    ASSERT_FALSE(outcome);
+    EXPECT_EQ(outcome.error().code, ErrorCode::InvalidData);
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).join(u' '),
+              QStringLiteral("s"));
+}
+
+TEST(Sources, ThatCannotBeWrittenSayWhy) {
+    const TempDir dir;
+    HandMade media;
+    const auto codeOf = [&](const QByteArray& bytes) {
+        const QString target = dir.path(QStringLiteral("t"));
+        const auto outcome = write(dir.write(QStringLiteral("s"), bytes), target, kTitleOnly);
+        EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+        return outcome ? ErrorCode::Io : outcome.error().code;
+    };
+    EXPECT_EQ(codeOf({}), ErrorCode::InvalidData);
+    EXPECT_EQ(codeOf(box("ftyp", "isom") + box("mdat", "x")), ErrorCode::InvalidData);
+    EXPECT_EQ(codeOf(media.bytes().chopped(1)), ErrorCode::Truncated);
+    media.moreMoov = box("cmov", "zlib");
+    EXPECT_EQ(codeOf(media.bytes()), ErrorCode::NotSupported);
+    media.moreMoov = be(500, 4) + "over";
+    EXPECT_EQ(codeOf(media.bytes()), ErrorCode::InvalidData);
+    const QString path = dir.write(QStringLiteral("s"), HandMade().bytes());
+    const auto same = write(path, dir.path(QStringLiteral("./s")), kTitleOnly);
+    EXPECT_EQ(same ? ErrorCode::Io : same.error().code, ErrorCode::InvalidArgument);
+    EXPECT_EQ(TempDir::read(path), HandMade().bytes());
+}
+
+TEST(Sources, OfOddShapesAreWritten) {
+    const TempDir dir;
+    HandMade media;
+    // The first of several headers counts; the other would keep the old texts alive.
+    media.udta = listMeta(listText("\xA9nam", "Secret"));
+    media.afterAll = box("moov", box("udta", box("abcd", "Secret")));
+    const QByteArray one = rewritten(dir, media.bytes(), kTitleOnly);
+    EXPECT_EQ(topLevel(one), "ftyp mdat moov");
+    EXPECT_FALSE(one.contains("Secret"));
+    // A payload without a size reaches to the end; a header without payload is one as well.
+    media = {};
+    media.moovFirst = true;
+    QByteArray open = media.bytes();
+    open.replace(open.indexOf("mdat") - 4, 4, be(0, 4));
+    EXPECT_EQ(chunkHeads(rewritten(dir, open, kTitleOnly)), chunkHeads(open));
+    const QByteArray bare = box("moov", box("mvhd", QByteArray(100, '\0')));
+    EXPECT_EQ(topLevel(rewritten(dir, bare, kTitleOnly)), "ftyp moov");
+}
+
+TEST(Interrupted, WritesLeaveNothing) {
+    const TempDir dir;
+    HandMade media;
+    media.payload.resize(3'000'000, 'x');
+    const QString source = dir.write(QStringLiteral("s"), media.bytes());
+    const auto files = [&] { return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden); };
+    PassthroughRequest request;
+    request.source = source;
+    request.target = dir.path(QStringLiteral("t"));
+    request.metadata = kTitleOnly;
+    double last = 0;
+    request.progress = [&](double done) {
+        EXPECT_GE(done, last);
+        last = done;
+        return done < 0.5;
+    };
+    const auto cancelled = writePassthrough(request);
+    ASSERT_FALSE(cancelled);
+    EXPECT_EQ(cancelled.error().code, ErrorCode::Cancelled);
+    EXPECT_EQ(files(), QStringList{QStringLiteral("s")});
+
+    request.progress = {};
+    rlimit old{};
+    ::getrlimit(RLIMIT_FSIZE, &old);
+    const auto handler = ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{1'000'000, old.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    const auto full = writePassthrough(request);
+    ::setrlimit(RLIMIT_FSIZE, &old);
+    ::signal(SIGXFSZ, handler);
+    EXPECT_FALSE(full);
+    EXPECT_EQ(files(), QStringList{QStringLiteral("s")});
+    EXPECT_TRUE(writePassthrough(request));
+}
+
+} // namespace
