@@ -17,7 +17,9 @@ namespace clipheave::platform {
 
 struct FileAttributes {
     std::uint64_t NSFileSize = 0; ///< bytes
-    QDateTime NSFileCreationDate; ///< stored creation date, else birth time, else modification date
+    /// Moments in UTC form: show them through formatDate() and the like.
+    /// The creation date is the stored one, else the birth time, else the modification date.
+    QDateTime NSFileCreationDate;
     QDateTime NSFileModificationDate;
     bool isDirectory = false;
     bool isRegular = false;
@@ -35,7 +37,8 @@ struct DirectoryEntry {
     bool isDirectory = false; ///< links followed
 };
 
-/// File operations; stateless. Dates have at least microsecond resolution.
+/// File operations; stateless. Dates that are given and set have milliseconds (a QDateTime holds no
+/// more); copies and moves keep nanoseconds.
 class NSFileManager {
 public:
     static NSFileManager& defaultManager();
@@ -86,7 +89,8 @@ public:
 /// removeStaleTemporaries().
 class AtomicFile {
 public:
-    /// `sizeHint` bytes are reserved when known, so that a full disk is found at once.
+    /// `sizeHint` bytes are reserved when known, so that a full disk is found at once and the file
+    /// lies in one piece. A link is followed. A file that is replaced hands on its permissions.
     [[nodiscard]] static Result<AtomicFile> create(const QString& target,
                                                    std::uint64_t sizeHint = 0);
     AtomicFile(AtomicFile&&) noexcept;
@@ -104,7 +108,8 @@ public:
     /// (Cancelled).
     [[nodiscard]] Result<void> copyFrom(int sourceFd, std::uint64_t offset, std::uint64_t length,
                                         const std::function<bool(std::uint64_t)>& progress = {});
-    /// Extended attributes of the source travel along (creation date included); best effort.
+    /// Extended attributes of the source travel along, and its creation date, which is its birth
+    /// time when none is stored; best effort.
     void copyExtendedAttributes(int sourceFd);
 
     /// Makes the bytes durable and puts them under the target name. AlreadyExists with
@@ -115,6 +120,7 @@ public:
 private:
     AtomicFile() = default;
     void discard();
+    [[nodiscard]] Result<void> reserve(std::uint64_t size);
 
     QString m_target, m_temporary;
     FileDescriptor m_fd;
