@@ -228,8 +228,9 @@ QByteArray ListRenderer::keysMeta(const SourceUserData& source) const {
                           renderBox(fourCc("ilst"), m_keyEntries);
     for (const QByteArray& table : source.localeTables)
         children += table;
-    const bool plain = m_container == OutputContainer::QuickTimeMovie;
-    return renderBox(fourCc("meta"), plain ? children : QByteArray(4, '\0') + children);
+    // Without version and flags in every brand: QuickTime's form, which cameras also write into MP4
+    // and which readers that know this box at the movie level expect (exiftool stops at a FullBox).
+    return renderBox(fourCc("meta"), children);
 }
 
 MovieMetadata ListRenderer::boxes(const SourceUserData& source, bool strip) const {
