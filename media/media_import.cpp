@@ -20,8 +20,6 @@ using namespace platform;
 /// Deeper folders are skipped with a message; the kernel's own limit on path lengths is near.
 constexpr int kDeepestFolder = 1000;
 
-enum class Wanted { VideosAndAudio, PhotosAndVideos };
-
 /// The reader of an audio file by its extension.
 Result<ItemPointer> readAudioItem(const QString& path) {
     const QString extension = pathExtension(path);
@@ -45,8 +43,8 @@ Result<ItemPointer> readBrowserItem(const QString& path) {
 }
 
 /// What reads the file, or nothing when its kind is not wanted.
-ReadAhead::Reader readerFor(const QString& path, Wanted wanted, bool inFolder) {
-    if (wanted == Wanted::PhotosAndVideos)
+ReadAhead::Reader readerFor(const QString& path, bool forBrowser, bool inFolder) {
+    if (forBrowser)
         return MediaKind::isPhoto(path) || MediaKind::isVideo(path) ? &readBrowserItem : nullptr;
     if (MediaKind::isAudio(path)) // asked before video
         return &readAudioItem;
@@ -61,6 +59,7 @@ ReadAhead::Reader readerFor(const QString& path, Wanted wanted, bool inFolder) {
 
 /// One run of the import: walks, hands files to the read-ahead, takes the results in order.
 struct MediaImport::Pipeline {
+    enum class Wanted { VideosAndAudio, PhotosAndVideos };
     struct Identity {
         std::uint64_t device, inode;
         friend bool operator==(const Identity&, const Identity&) = default;
@@ -93,7 +92,7 @@ struct MediaImport::Pipeline {
     }
 
     void addFile(const QString& path, bool inFolder) {
-        ahead.add(path, readerFor(path, wanted, inFolder));
+        ahead.add(path, readerFor(path, wanted == Wanted::PhotosAndVideos, inFolder));
     }
 
     void walk(const QString& folder) {
@@ -139,7 +138,7 @@ MediaImport::MediaImport(ImportStep step)
 }
 
 void MediaImport::importMediaItemsThreader(const QStringList& paths) {
-    Pipeline pipeline(*this, Wanted::VideosAndAudio);
+    Pipeline pipeline(*this, Pipeline::Wanted::VideosAndAudio);
     for (const QString& path : paths) {
         if (pipeline.stopped())
             break;
@@ -157,13 +156,13 @@ void MediaImport::importMediaItemsThreader(const QStringList& paths) {
 }
 
 void MediaImport::ScanMediasItemWithinFolder(const QString& folder) {
-    Pipeline pipeline(*this, Wanted::VideosAndAudio);
+    Pipeline pipeline(*this, Pipeline::Wanted::VideosAndAudio);
     pipeline.walk(folder);
     pipeline.ahead.finish();
 }
 
 void MediaImport::importPhotos(const QStringList& paths) {
-    Pipeline pipeline(*this, Wanted::PhotosAndVideos);
+    Pipeline pipeline(*this, Pipeline::Wanted::PhotosAndVideos);
     for (const QString& path : paths) {
         if (pipeline.stopped())
             break;
