@@ -204,7 +204,9 @@ std::optional<Id3Header> parseId3Header(ByteView head) {
     if (head.size() < kId3HeaderSize || !(head.startsWith("ID3") || head.startsWith("3DI")))
         return std::nullopt;
     const std::uint32_t size = *head.be32(6);
-    if (head.u8(3) == 0xFF || head.u8(4) == 0xFF || (size & 0x80808080) != 0)
+    // The four size bytes have 7 bits each. A top bit that is set all the same is ignored: real
+    // files with one have the right size without it.
+    if (head.u8(3) == 0xFF || head.u8(4) == 0xFF)
         return std::nullopt;
     const int flags = *head.u8(5);
     Id3Header header;

@@ -110,7 +110,9 @@ void Id3ItemList::add(const Id3Frame& frame) {
 }
 
 void Id3ItemList::addText(const Id3Frame& frame, ByteView bytes) {
-    const bool link = frame.id[0] == 'W';
+    // WFED is a link by its name and a text by its layout, as the program that invented it wrote
+    // it.
+    const bool link = frame.id[0] == 'W' && bytes.u8(0).value_or(0) > 3;
     const QString text = link ? takeId3Text(Id3Encoding::Latin1, bytes)
                               : id3Texts(encodingOf(bytes), bytes.sub(1)).join(kValueSeparator);
     if (text.isEmpty() || m_seen.contains(frame.id))
@@ -142,7 +144,7 @@ void Id3ItemList::appendComments() {
     const auto chosen = plain != m_comments.cend()
                             ? plain
                             : std::find_if(m_comments.cbegin(), m_comments.cend(), [](auto& c) {
-                                  return !c.description.startsWith(QLatin1String("iTun"));
+                                  return !c.description.contains(QLatin1String("iTun"));
                               });
     for (auto it = m_comments.cbegin(); it != m_comments.cend(); ++it) {
         AVMetadataItem item = id3Item("COMM", it->text);

@@ -38,7 +38,7 @@ struct Id3Frame {
 /// identifier gets the right one:
 /// - COMM: "id3/COMM" is the first comment with an empty description, or the first whose
 /// description
-///   does not begin with "iTun" (those hold numbers for players); others are "id3/COMM%3A…".
+///   has no "iTun" in it (those hold numbers for players); others are "id3/COMM%3A…".
 /// - TXXX, WXXX: "id3/TXXX%3A" + description.
 /// - A frame id that stands again: only the first is an item, other than COMM, APIC and the like.
 /// - Comments and then pictures stand last, the front cover after all others.

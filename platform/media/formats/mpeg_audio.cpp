@@ -43,10 +43,16 @@ std::optional<Result<MediaFacts>> readBehindTag(FileReader& reader, std::uint64_
     return std::nullopt;
 }
 
-/// AAC with ADTS headers (ISO/IEC 13818-7, 6.2), AC-3, DTS: the media engine reads those.
+/// AAC with ADTS headers (ISO/IEC 13818-7, 6.2), AC-3, DTS and containers: others read those.
 bool isOtherSound(ByteView head) {
     const auto mark = head.be16(0).value_or(0);
-    return (mark & 0xFFF6) == 0xFFF0 || mark == 0x0B77 || mark == 0x7FFE;
+    if ((mark & 0xFFF6) == 0xFFF0 || mark == 0x0B77 || mark == 0x7FFE)
+        return true;
+    for (const char* name : {"OggS", "RIFF", "FORM", "caff", "tBaK", "fLaC", "TTA", "#!AMR"}) {
+        if (head.startsWith(name))
+            return true;
+    }
+    return false;
 }
 
 QString mpegCodecName(const MpegFrameHeader& header) {
@@ -67,7 +73,7 @@ Result<MediaFacts> readMpegAudio(FileReader& reader) {
     // Before the tags at the end are looked for, while the window still holds the start of the
     // file.
     const ByteRange sound(reader, leading.end, UINT64_MAX);
-    const bool other = isOtherSound(sound.view(0, 2));
+    const bool other = isOtherSound(sound.view(0, 8));
     auto stream = other ? std::nullopt : readMpegStream(sound);
     const std::uint64_t start = reader.size() - sound.size();
     const TrailingTags trailing = readTrailingTags(reader, stream ? start + stream->offset : start);

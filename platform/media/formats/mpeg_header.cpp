@@ -10,6 +10,8 @@ namespace {
 constexpr std::uint64_t kLongestMpegSearch = 256u << 10;
 constexpr std::uint64_t kMpegSearchStep = 32u << 10;
 constexpr int kFramesForAverage = 200;
+// Header, side information, "Xing" with all its fields, the part of LAME.
+constexpr std::uint64_t kInfoFrameBytes = 4 + 32 + 8 + 8 + 100 + 4 + 36;
 // Delay and padding of an encoder are 12 bits each.
 constexpr std::uint32_t kLargestGap = 0xFFF;
 
@@ -70,20 +72,21 @@ std::optional<MpegInfoFrame> parseInfoFrame(ByteView frame, const MpegFrameHeade
 /// Average over the frames that one look at the start of the sound shows: a file of variable rate
 /// without an info frame is not taken at the rate of its first, often silent, frame.
 double averageBitRate(const ByteRange& sound, std::uint64_t at) {
-    std::uint64_t bytes = 0;
+    double bits = 0;
     double seconds = 0;
     for (int i = 0; i < kFramesForAverage; ++i) {
         const auto header = parseMpegHeader(sound.view(at, 4));
         if (!header)
             break;
+        const double length = static_cast<double>(header->samples) / header->sampleRate;
+        bits += header->bitRate * length;
+        seconds += length;
         at += header->frameBytes;
-        bytes += header->frameBytes;
-        seconds += static_cast<double>(header->samples) / header->sampleRate;
         const bool sameWindow = at % FileReader::kWindow >= header->frameBytes;
         if (i > 0 && !sameWindow)
             break;
     }
-    return seconds > 0 ? static_cast<double>(bytes) * 8 / seconds : 0;
+    return seconds > 0 ? bits / seconds : 0;
 }
 
 /// Headers of the same stream follow, or the file ends where this frame does. Junk is not believed
@@ -101,6 +104,14 @@ bool startsStream(const ByteRange& sound, std::uint64_t at, const MpegFrameHeade
         next += header->frameBytes;
     }
     return true;
+}
+
+/// An info frame proves the place by itself; some encoders give it a wrong length.
+bool hasInfoFrame(const ByteRange& sound, std::uint64_t at) {
+    const ByteView frame = sound.view(at, kInfoFrameBytes);
+    const auto header = parseMpegHeader(frame);
+    const auto info = header ? parseInfoFrame(frame, *header) : std::nullopt;
+    return info && info->frames > 0;
 }
 
 /// Offset of the first header in [from, from + length) that is not reserved in some field.
@@ -121,7 +132,8 @@ std::optional<std::uint64_t> findMpegFrame(const ByteRange& sound) {
         // The first frame of a clean file is found with a look at a few bytes.
         const std::uint64_t step = at == 0 ? 1 : kMpegSearchStep;
         const auto found = nextMpegHeader(sound, at, step);
-        if (found && startsStream(sound, *found, *parseMpegHeader(sound.view(*found, 4))))
+        if (found && (hasInfoFrame(sound, *found) ||
+                      startsStream(sound, *found, *parseMpegHeader(sound.view(*found, 4)))))
             return found;
         at = found ? *found + 1 : at + step;
     }
@@ -179,7 +191,7 @@ std::optional<MpegStream> readMpegStream(const ByteRange& sound) {
     MpegStream stream;
     stream.offset = *at;
     stream.header = *parseMpegHeader(sound.view(*at, 4));
-    const ByteView frame = sound.view(*at, 4 + 32 + 8 + 8 + 100 + 4 + 36);
+    const ByteView frame = sound.view(*at, kInfoFrameBytes);
     if (const auto info = parseInfoFrame(frame, stream.header); info && info->frames > 0) {
         applyInfoFrame(stream, *info, sound);
         return stream;

@@ -34,20 +34,22 @@ QString tagText(const QList<NamedTag>& tags, QLatin1String name) {
     for (const NamedTag& tag : tags) {
         // Most names differ in length already, and this is asked for every row and tag.
         if (tag.name.size() != name.size() || tag.name.compare(name, Qt::CaseInsensitive) != 0 ||
-            tag.value.isEmpty())
+            tag.value.isEmpty() || tag.value == joined)
             continue;
         joined = joined.isEmpty() ? tag.value : joined + kValueSeparator + tag.value;
     }
     return joined;
 }
 
-QString trackText(const QList<NamedTag>& tags, const QString& number) {
+QString trackText(const QList<NamedTag>& tags, const QString& numbers) {
+    const auto firstOf = [](const QString& text) { return text.section(kValueSeparator, 0, 0); };
+    const QString number = firstOf(numbers);
     if (number.contains(u'/'))
         return number;
     for (const char* name : {"tracktotal", "totaltracks"}) {
         const QString total = tagText(tags, QLatin1String(name));
         if (!total.isEmpty())
-            return number + u'/' + total;
+            return number + u'/' + firstOf(total);
     }
     return number;
 }

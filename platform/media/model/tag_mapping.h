@@ -48,6 +48,7 @@ inline constexpr TagMapping kTagMappings[] = {
     {QLatin1String("wm/subtitle"), QLatin1String("id3/TIT3")},
     {QLatin1String("comment"), QLatin1String("id3/COMM")},
     {QLatin1String("comments"), QLatin1String("id3/COMM")},
+    {QLatin1String("description"), QLatin1String("id3/COMM")},
     {QLatin1String("track"), QLatin1String("id3/TRCK"), TagRule::Track},
     {QLatin1String("tracknumber"), QLatin1String("id3/TRCK"), TagRule::Track},
     {QLatin1String("wm/tracknumber"), QLatin1String("id3/TRCK"), TagRule::Track},
@@ -100,8 +101,8 @@ inline constexpr QLatin1String kValueSeparator("; ");
 [[nodiscard]] QList<AVMetadataItem> itemsFromTags(const QList<NamedTag>& tags);
 /// The values of the tags of that name (lower case), joined; null when there is none.
 [[nodiscard]] QString tagText(const QList<NamedTag>& tags, QLatin1String name);
-/// "n" or "n/m" from a track number and, when that has none, the number of tracks.
-[[nodiscard]] QString trackText(const QList<NamedTag>& tags, const QString& number);
+/// "n" or "n/m" from the first of the track numbers and, when that has none, the number of tracks.
+[[nodiscard]] QString trackText(const QList<NamedTag>& tags, const QString& numbers);
 /// The first four digits in a row of a date; null when there are none.
 [[nodiscard]] QString yearText(const QString& date);
 /// An item whose key space and key come from the identifier ("id3/TIT2", "mdta/…").

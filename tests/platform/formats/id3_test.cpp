@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/platform/formats/fixtures.h"
+
+using namespace fixtures;
+using clipheave::platform::Container;
+using clipheave::platform::ErrorCode;
+using clipheave::platform::readMpegAudio;
+using testing::Contains;
+using testing::Not;
+using testing::Pair;
+
+namespace {
+
+std::map<QString, QString> tagOf(const QByteArray& tag) {
+    const auto facts = read(readMpegAudio, tag + mpegFrames(4));
+    return facts ? walk(*facts) : std::map<QString, QString>();
+}
+
+auto has(const char* identifier, const char* text) {
+    return Contains(Pair(QString::fromLatin1(identifier), QString::fromUtf8(text)));
+}
+auto lacks(const char* identifier) {
+    return Not(Contains(Pair(QString::fromLatin1(identifier), testing::_)));
+}
+
+} // namespace
+
+TEST(Id3, ReadsTextsOfEveryEncodingAndJoinsSeveralValues) {
+    const auto items = tagOf(
+        id3Tag(4, frame("TIT2", raw("\x00"
+                                    "Caf\xE9")) +
+                      frame("TPE1", raw("\x01\xFF\xFEt\x00\x71\x67\x00\x00\xFE\xFF\x00u\x00v")) +
+                      frame("TALB", raw("\x02\x04\x10\x04\x11\x00\x00")) +
+                      frame("TCOM", raw("\x03\xE6\x9D\xB1\x00"
+                                        "AC/DC\x00"))));
+    EXPECT_THAT(items, has("id3/TIT2", "Café"));
+    EXPECT_THAT(items, has("id3/TPE1", "t東; uv"));
+    EXPECT_THAT(items, has("id3/TALB", "АБ"));
+    EXPECT_THAT(items, has("id3/TCOM", "東; AC/DC"));
+}
+
+TEST(Id3, KeepsTheYearsOfBothVersionsApart) {
+    const auto old = tagOf(id3Tag(3, frame("TYER", raw("\x00"
+                                                       "1999")) +
+                                         frame("TRDA", raw("\x00"
+                                                           "4th May")) +
+                                         frame("TDAT", raw("\x00"
+                                                           "0405"))));
+    EXPECT_THAT(old, has("id3/TYER", "1999"));
+    EXPECT_THAT(old, has("id3/TRDA", "4th May"));
+    EXPECT_THAT(old, has("id3/TDAT", "0405"));
+    EXPECT_THAT(old, lacks("id3/TDRC"));
+    const auto fresh = tagOf(id3Tag(4, frame("TDRC", raw("\x00"
+                                                         "1999-05-04"))));
+    EXPECT_THAT(fresh, has("id3/TDRC", "1999-05-04"));
+    EXPECT_THAT(fresh, lacks("id3/TYER"));
+}
+
+TEST(Id3, GivesFramesOfVersion22TheirLaterNames) {
+    const auto items = tagOf(id3Tag(2, oldFrame("TT2", raw("\x00Song")) +
+                                           oldFrame("TYE", raw("\x00"
+                                                               "1985")) +
+                                           oldFrame("COM", raw("\x00"
+                                                               "eng\0Fine")) +
+                                           oldFrame("PIC", raw("\x00GIF\x03\x00") + gif())));
+    EXPECT_THAT(items, has("id3/TIT2", "Song"));
+    EXPECT_THAT(items, has("id3/TYER", "1985"));
+    EXPECT_THAT(items, has("id3/COMM", "Fine"));
+    EXPECT_THAT(items, has("id3/APIC", "<33 bytes>"));
+}
+
+TEST(Id3, ChoosesTheCommentForPeopleAndTheFrontCover) {
+    const auto comment = [](const char* description, const char* text) {
+        return frame("COMM", raw("\x00"
+                                 "eng") +
+                                 description + '\0' + text);
+    };
+    const auto items = tagOf(id3Tag(3, comment("", "wanted") + comment("iTunNORM", "000004F2") +
+                                           comment("note", "other")));
+    EXPECT_THAT(items, has("id3/COMM", "wanted"));
+    EXPECT_THAT(items, has("id3/COMM%3AiTunNORM", "000004F2"));
+    EXPECT_THAT(tagOf(id3Tag(3, comment("iTunNORM", "000004F2") + comment("note", "other"))),
+                has("id3/COMM", "other"));
+    EXPECT_THAT(tagOf(id3Tag(3, comment("iTunNORM", "000004F2"))), lacks("id3/COMM"));
+
+    const auto picture = [](char type, const QByteArray& bytes) {
+        return frame("APIC", raw("\x00image/gif\x00") + type + '\0' + bytes);
+    };
+    const auto covers =
+        tagOf(id3Tag(3, picture(4, gif()) + picture(3, gif() + "front") +
+                            picture(3, gif() + "second front") + picture(0, gif())));
+    EXPECT_THAT(covers, has("id3/APIC", "<38 bytes>"));
+}
+
+TEST(Id3, LeavesLargePicturesInTheFile) {
+    const QByteArray large = gif() + QByteArray(100'000, 'x');
+    const QByteArray body = raw("\x00image/gif\x00\x03\x00") + large;
+    const QByteArray tag = id3Tag(3, "APIC" + testkit::be(static_cast<quint64>(body.size()), 4) +
+                                         raw("\x00\x00") + body);
+    const testkit::TempDir folder;
+    auto reader = FileReader::open(folder.write(QStringLiteral("a.mp3"), tag + mpegFrames(10)));
+    const auto facts = readMpegAudio(*reader);
+    ASSERT_TRUE(facts && !facts->metadata.isEmpty());
+    EXPECT_TRUE(
+        std::holds_alternative<clipheave::platform::FileSlice>(facts->metadata.last().value));
+    EXPECT_EQ(facts->metadata.last().dataValue(), large);
+    EXPECT_LE(reader->bytesFetched(), 80'000u);
+    EXPECT_NEAR(facts->durationSeconds, 10 * 417 / 16000.0, 1e-6);
+}
+
+TEST(Id3, UndoesTransformationsOfTagAndFrame) {
+    const QByteArray sync = raw("\x01\xFF\x00\xFE"
+                                "A\x00"); // a text mark with a zero put behind FF
+    EXPECT_THAT(tagOf(id3Tag(3, "TIT2" + raw("\x00\x00\x00\x05\x00\x00") + sync, 0x80)),
+                has("id3/TIT2", "A"));
+    EXPECT_THAT(tagOf(id3Tag(4, frame("TIT2", sync, 0x02))), has("id3/TIT2", "A"));
+    // The flag without the work, as some writers leave it.
+    EXPECT_THAT(tagOf(id3Tag(4, frame("TIT2",
+                                      raw("\x01\xFF\xFE"
+                                          "A\x00"),
+                                      0x02))),
+                has("id3/TIT2", "A"));
+    const QByteArray packed = qCompress(raw("\x00Packed")).mid(4);
+    EXPECT_THAT(tagOf(id3Tag(4, frame("TIT2", syncSafe(7) + packed, 0x09))),
+                has("id3/TIT2", "Packed"));
+    EXPECT_THAT(tagOf(id3Tag(3, frame("TIT2", testkit::be(7, 4) + packed, 0x80))),
+                has("id3/TIT2", "Packed"));
+    EXPECT_THAT(tagOf(id3Tag(4, frame("TIT2", raw("G\x00Grouped"), 0x40))),
+                has("id3/TIT2", "Grouped"));
+    EXPECT_THAT(tagOf(id3Tag(4, frame("TIT2", raw("E\x00secret"), 0x04))), lacks("id3/TIT2"));
+    const QByteArray title = frame("TIT2", raw("\x00Title"));
+    EXPECT_THAT(tagOf(id3Tag(3, raw("\x00\x00\x00\x06\x00\x00\x00\x00\x00\x00") + title, 0x40)),
+                has("id3/TIT2", "Title"));
+    EXPECT_THAT(tagOf(id3Tag(4, raw("\x00\x00\x00\x06\x01\x00") + title, 0x40)),
+                has("id3/TIT2", "Title"));
+}
+
+TEST(Id3, ReadsFrameSizesThatWereWrittenWrongly) {
+    const QByteArray text = '\0' + QByteArray(200, 'x');
+    // 201 as a plain number where four times seven bits are meant.
+    const QByteArray plain = "TIT2" + testkit::be(201, 4) + raw("\x00\x00") + text;
+    EXPECT_EQ(tagOf(id3Tag(4, plain + frame("TPE1", raw("\x00"
+                                                        "A"))))[QStringLiteral("id3/TPE1")],
+              QStringLiteral("A"));
+    const QByteArray safe = "TIT2" + syncSafe(201) + raw("\x00\x00") + text;
+    EXPECT_EQ(tagOf(id3Tag(4, safe + frame("TPE1", raw("\x00"
+                                                       "A"))))[QStringLiteral("id3/TPE1")],
+              QStringLiteral("A"));
+    EXPECT_THAT(tagOf(id3Tag(4, frame("TT2 ", raw("\x00Old id")))), has("id3/TIT2", "Old id"));
+}
+
+TEST(Id3, FillsGapsFromApeThenFromVersion1) {
+    QByteArray v1 = "TAG" + QByteArray("Old title").leftJustified(30, '\0') +
+                    QByteArray("Old artist").leftJustified(30, '\0') +
+                    QByteArray("Old album").leftJustified(30, '\0') + "1977" +
+                    QByteArray("Old comment").leftJustified(28, '\0') + raw("\x00\x07\x11");
+    const QByteArray item =
+        testkit::le(10, 4) + testkit::le(0, 4) + raw("Artist\x00") + "Ape artist";
+    QByteArray footer = "APETAGEX" + testkit::le(2000, 4) +
+                        testkit::le(static_cast<quint64>(item.size()) + 32, 4) + testkit::le(1, 4) +
+                        QByteArray(12, '\0');
+    const auto facts = read(readMpegAudio, id3Tag(3, frame("TIT2", raw("\x00New title"))) +
+                                               mpegFrames(5) + item + footer + v1);
+    ASSERT_TRUE(facts);
+    const auto items = walk(*facts);
+    EXPECT_THAT(items, has("id3/TIT2", "New title"));
+    EXPECT_THAT(items, has("id3/TPE1", "Ape artist"));
+    EXPECT_THAT(items, has("id3/TALB", "Old album"));
+    EXPECT_THAT(items, has("id3/TYER", "1977"));
+    EXPECT_THAT(items, has("id3/TRCK", "7"));
+    EXPECT_NEAR(facts->durationSeconds, 5 * 417 / 16000.0, 1e-6) << "tags are no sound";
+}
+
+TEST(MpegAudio, TakesTheFirstOfTwoTagsAndFindsTheSoundBehindThem) {
+    const auto facts = read(readMpegAudio, id3Tag(3, frame("TIT2", raw("\x00"
+                                                                       "A"))) +
+                                               id3Tag(3, frame("TIT2", raw("\x00"
+                                                                           "B"))) +
+                                               QByteArray(1000, '\0') + mpegFrames(8));
+    ASSERT_TRUE(facts);
+    EXPECT_THAT(walk(*facts), has("id3/TIT2", "A"));
+    EXPECT_EQ(facts->audioSampleRate, 44100);
+    EXPECT_EQ(facts->id3TagSize, 22u);
+    EXPECT_TRUE(facts->problem.isNull());
+}
+
+TEST(MpegAudio, LeavesOtherSoundBehindATagToTheEngine) {
+    const auto facts = read(readMpegAudio, id3Tag(3, frame("TIT2", raw("\x00"
+                                                                       "A"))) +
+                                               raw("\xFF\xF1\x50\x80") + QByteArray(500, '\0'));
+    ASSERT_TRUE(facts);
+    EXPECT_EQ(facts->container, Container::Other);
+    EXPECT_EQ(facts->durationSeconds, 0);
+    EXPECT_TRUE(facts->problem.isNull());
+    EXPECT_THAT(walk(*facts), has("id3/TIT2", "A"));
+    EXPECT_EQ(read(readMpegAudio, QByteArray(5000, 'x')).error().code, ErrorCode::InvalidData);
+}

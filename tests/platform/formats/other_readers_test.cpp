@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Files that other programs wrote, read here and by other readers.
+#include "platform/audio/audio_file.h"
+#include "tests/platform/formats/fixtures.h"
+
+#include <QDirIterator>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+using namespace clipheave::platform;
+using fixtures::walk;
+
+namespace {
+
+QString q(const char* text) {
+    return QString::fromUtf8(text);
+}
+
+/// Three seconds of sound with the usual tags, written by FFmpeg.
+QString soundFile(const testkit::TempDir& folder, const char* name, QStringList options = {}) {
+    const QString path = folder.path(q(name));
+    QStringList arguments{q("-v"),    q("error"), q("-f"),
+                          q("lavfi"), q("-i"),    q("sine=duration=3:sample_rate=44100"),
+                          q("-ac"),   q("2")};
+    for (const char* tag : {"title=Töne 東京", "artist=AC/DC", "album=Alb", "date=2019-05-04",
+                            "track=3/12", "composer=Comp", "copyright=Cop"})
+        arguments << q("-metadata") << q(tag);
+    const auto result = testkit::run(q("ffmpeg"), arguments + options + QStringList{path});
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    return path;
+}
+
+double ffprobeDuration(const QString& path) {
+    const auto result =
+        testkit::run(q("ffprobe"), {q("-v"), q("quiet"), q("-of"), q("csv=p=0"), q("-show_entries"),
+                                    q("format=duration"), path});
+    return result.out.trimmed().toDouble();
+}
+
+/// TIT2, TPE1, TALB of each file by mutagen; only files that it opens.
+QJsonObject mutagenTexts(const QStringList& paths) {
+    const QString script = q(R"(
+import json, sys, mutagen
+names = {'title': 'TIT2', 'artist': 'TPE1', 'album': 'TALB'}
+out = {}
+for path in sys.argv[1:]:
+    try:
+        tags = mutagen.File(path).tags
+        found = {}
+        if hasattr(tags, 'getall'):
+            found = {n: '; '.join(v.text) for n in names.values() for v in tags.getall(n)[:1]}
+        else:
+            found = {names[k.lower()]: '; '.join(map(str, tags[k])) for k in tags.keys() if k.lower() in names}
+        out[path] = found
+    except Exception:
+        pass
+print(json.dumps(out)))");
+    const auto result = testkit::run(q("/usr/bin/python3"), QStringList{q("-c"), script} + paths);
+    return QJsonDocument::fromJson(result.out).object();
+}
+
+Result<MediaFacts> readByName(const QString& path) {
+    auto reader = FileReader::open(path);
+    const ByteView head = reader->viewUpTo(0, 4);
+    if (head.startsWith("fLaC"))
+        return readFlac(*reader);
+    return head.startsWith("OggS") || head.startsWith("wvpk") ? readTagged(*reader)
+                                                              : readMpegAudio(*reader);
+}
+
+} // namespace
+
+TEST(OtherPrograms, WriteTagsThatAreReadAlike) {
+    const testkit::TempDir folder;
+    const QStringList v24{q("-id3v2_version"), q("4")};
+    const QStringList v23{q("-id3v2_version"), q("3"), q("-write_id3v1"), q("1")};
+    for (const QString& path :
+         {soundFile(folder, "old.mp3", v23), soundFile(folder, "new.mp3", v24),
+          soundFile(folder, "a.flac"), soundFile(folder, "a.ogg"), soundFile(folder, "a.opus"),
+          soundFile(folder, "a.wv"), soundFile(folder, "a.wma"), soundFile(folder, "a.tta")}) {
+        auto reader = FileReader::open(path);
+        const bool library = !path.endsWith(q("mp3")) && !path.endsWith(q("flac"));
+        const auto facts = library ? readTagged(*reader) : readByName(path);
+        ASSERT_TRUE(facts) << path.toStdString();
+        const auto items = walk(*facts);
+        EXPECT_EQ(items.at(q("id3/TIT2")), q("Töne 東京")) << path.toStdString();
+        EXPECT_EQ(items.at(q("id3/TPE1")), q("AC/DC"));
+        EXPECT_EQ(items.at(q("id3/TALB")), q("Alb"));
+        EXPECT_EQ(items.at(q("id3/TCOM")), q("Comp"));
+        EXPECT_EQ(items.at(q("id3/TRCK")), q("3/12"));
+        EXPECT_EQ(items.count(q("id3/TYER")), path.endsWith(q("new.mp3")) ? 0u : 1u);
+        EXPECT_NEAR(facts->durationSeconds, ffprobeDuration(path),
+                    path.endsWith(q("mp3")) ? 0.04 : 0.02)
+            << path.toStdString();
+        EXPECT_EQ(facts->audioChannels, 2);
+        EXPECT_EQ(facts->audioSampleRate, path.endsWith(q("opus")) ? 48000 : 44100);
+        EXPECT_LE(reader->bytesFetched(), 200'000u);
+    }
+}
+
+TEST(OtherPrograms, WriteMpegFilesWhoseLengthIsFoundWithoutReadingThem) {
+    const testkit::TempDir folder;
+    for (const QStringList& options :
+         {QStringList{q("-b:a"), q("64k"), q("-write_xing"), q("0")},
+          QStringList{q("-q:a"), q("4")}, QStringList{q("-q:a"), q("4"), q("-write_xing"), q("0")},
+          QStringList{q("-ar"), q("16000")}, QStringList{q("-c:a"), q("mp2"), q("-f"), q("mp2")}}) {
+        const auto facts = readByName(soundFile(folder, "a.mp3", options));
+        ASSERT_TRUE(facts) << options.join(u' ').toStdString();
+        EXPECT_NEAR(facts->durationSeconds, 3, 0.15) << options.join(u' ').toStdString();
+        QFile::remove(folder.path(q("a.mp3")));
+    }
+}
+
+TEST(OtherPrograms, AgreeOnRealFiles) {
+    if (testkit::corpus().isEmpty())
+        GTEST_SKIP() << "CLIPHEAVE_CORPUS is not set";
+    QStringList paths;
+    QDirIterator walker(testkit::corpus() + q("/audio"),
+                        {q("*.mp3"), q("*.flac"), q("*.ogg"), q("*.opus"), q("*.wv"), q("*.mp2")},
+                        QDir::Files);
+    while (walker.hasNext())
+        paths.append(walker.next());
+    const QJsonObject expected = mutagenTexts(paths);
+    EXPECT_GE(expected.size(), 25);
+    for (auto it = expected.begin(); it != expected.end(); ++it) {
+        const auto facts = readByName(it.key());
+        ASSERT_TRUE(facts) << it.key().toStdString();
+        auto items = walk(*facts);
+        const QJsonObject texts = it.value().toObject();
+        for (auto text = texts.begin(); text != texts.end(); ++text)
+            EXPECT_EQ(items[q("id3/") + text.key()], text.value().toString())
+                << it.key().toStdString();
+    }
+}
+
+TEST(DamagedFiles, AreReadInBoundedTimeByEveryReader) {
+    if (testkit::corpus().isEmpty())
+        GTEST_SKIP() << "CLIPHEAVE_CORPUS is not set";
+    int count = 0;
+    QDirIterator walker(testkit::corpus(), QDir::Files, QDirIterator::Subdirectories);
+    while (walker.hasNext()) {
+        auto reader = FileReader::open(walker.next());
+        for (auto* read :
+             {readMpegAudio, readFlac, readWave, readAiff, readCaf, readAu, readTagged}) {
+            const auto facts = read(*reader);
+            EXPECT_TRUE(!facts || facts->container != Container::Unknown)
+                << walker.filePath().toStdString();
+        }
+        EXPECT_LE(reader->bytesFetched(), 12 * reader->size() + (1u << 20))
+            << walker.filePath().toStdString();
+        ++count;
+    }
+    EXPECT_GT(count, 100);
+}
+
+TEST(AudioFile, AnswersPropertiesByTheBytesNotTheName) {
+    const testkit::TempDir folder;
+    const auto open = [](const QString& path) {
+        return AudioFileOpenURL(path, kAudioFileReadPermission);
+    };
+    const auto wave = open(soundFile(folder, "a.wav"));
+    ASSERT_TRUE(wave);
+    EXPECT_EQ(AudioFileGetInfoDictionary(*wave)->value(q("title")), q("Töne 東京"));
+    EXPECT_GT(AudioFileGetPropertyInfo(*wave, kAudioFilePropertyInfoDictionary).value_or(0), 20u);
+    EXPECT_EQ(AudioFileGetPropertyInfo(*wave, kAudioFilePropertyID3Tag).error().code,
+              ErrorCode::NotFound);
+    EXPECT_EQ(AudioFileGetAlbumArtwork(*wave).error().code, ErrorCode::NotFound);
+
+    const QString disguised = folder.path(q("mp3.wav"));
+    QFile::rename(soundFile(folder, "a.mp3", {q("-id3v2_version"), q("3")}), disguised);
+    const auto mpeg = open(disguised);
+    ASSERT_TRUE(mpeg);
+    EXPECT_EQ(AudioFileGetInfoDictionary(*mpeg)->value(q("year")), q("2019"));
+    EXPECT_GT(AudioFileGetPropertyInfo(*mpeg, kAudioFilePropertyID3Tag).value_or(0), 100u);
+    const auto mp4 = open(soundFile(folder, "a.m4a"));
+    ASSERT_TRUE(mp4);
+    EXPECT_EQ(AudioFileGetInfoDictionary(*mp4)->value(q("track number")), q("3/12"));
+
+    EXPECT_EQ(open(folder.write(q("b.wav"), "text")).error().code, ErrorCode::NotSupported);
+    EXPECT_EQ(open(folder.path(q("none.wav"))).error().code, ErrorCode::NotFound);
+}
