@@ -66,8 +66,12 @@ Result<void> writeSampleFile(const SampleMedia& sample, const QString& target) {
     Dictionary options;
     if (sample.moovFirst)
         options.set("movflags", "+faststart");
-    if (sample.container == QLatin1String("mp3"))
-        options.set("id3v2_version", "0"); // no empty tag before the sound
+    if (sample.container ==
+        QLatin1String("mp3")) // no empty tag before the sound; 2.3 is known to all
+        options.set("id3v2_version", sample.tags.isEmpty() ? "0" : "3");
+    for (auto tag = sample.tags.cbegin(); tag != sample.tags.cend(); ++tag)
+        av_dict_set(&(*output)->context()->metadata, tag.key().toUtf8().constData(),
+                    tag.value().toUtf8().constData(), 0);
     if (auto begun = (*output)->writeHeader(options); !begun)
         return begun;
     while (SampleStream* stream = nextStream(*streams))

@@ -12,9 +12,6 @@ void readMetaItems(ItemSink& sink, const Box& meta);
 /// Adds the items of the movie's `udta`, those of a `meta` inside it included.
 void readUserData(ItemSink& sink, const Box& udta);
 
-/// Boxes in the movie's `udta` that are no metadata but belong to the movie's structure or are
-/// padding: they are no items, and a writer keeps them (padding aside).
-[[nodiscard]] bool isStructuralUserData(std::uint32_t type);
 /// The ISO and 3GPP codes, which are "uiso" whatever the brand says.
 [[nodiscard]] bool isIsoUserData(std::uint32_t type);
 

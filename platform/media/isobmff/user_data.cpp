@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/isobmff/item_lists.h"
+#include "platform/media/isobmff/structural_user_data.h"
 
 #include <algorithm>
 #include <array>
@@ -54,10 +55,11 @@ constexpr std::array kIsoUserData{
     UserDataRow{fourCc("ades"), UserDataForm::Raw},
 };
 
-// Chapters, hints and padding.
-constexpr std::array kStructuralUserData{fourCc("meta"), fourCc("chpl"), fourCc("hnti"),
-                                         fourCc("hinf"), fourCc("free"), fourCc("skip"),
-                                         fourCc("wide")};
+/// Handled elsewhere, or padding.
+bool isNoUserDataItem(std::uint32_t type) {
+    return type == fourCc("meta") || type == fourCc("free") || type == fourCc("skip") ||
+           type == fourCc("wide") || isStructuralUserData(type);
+}
 
 const UserDataRow* isoUserDataRow(std::uint32_t type) {
     const auto* row = std::find_if(kIsoUserData.begin(), kIsoUserData.end(),
@@ -298,11 +300,6 @@ void addUserDataBox(ItemSink& sink, const Box& box) {
 
 } // namespace
 
-bool isStructuralUserData(std::uint32_t type) {
-    return std::find(kStructuralUserData.begin(), kStructuralUserData.end(), type) !=
-           kStructuralUserData.end();
-}
-
 bool isIsoUserData(std::uint32_t type) {
     return isoUserDataRow(type) != nullptr;
 }
@@ -312,7 +309,7 @@ void readUserData(ItemSink& sink, const Box& udta) {
     while (const auto box = walker.next()) {
         if (box->type == fourCc("meta"))
             readMetaItems(sink, *box);
-        else if (!isStructuralUserData(box->type) && !box->cut)
+        else if (!isNoUserDataItem(box->type) && !box->cut)
             addUserDataBox(sink, *box);
     }
     if (!walker.problem().isNull())
