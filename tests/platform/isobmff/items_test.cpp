@@ -104,13 +104,13 @@ TEST(IsobmffItems, QuickTimeTextsHaveRecordsPerLanguage) {
                                "Caf\xC3\xA9";
     const QByteArray udta =
         box("udta", box("\xA9nam", records) + box("\xA9xyz", "+12.5-003.25/") +
-                        box("\xA9too", dataBox(1, "value box")) + box("WLOC", be(0x01020304, 4)));
+                        box("\xA9too", dataBox(1, "value box")) + box("Quux", be(0x01020304, 4)));
     const MediaFacts facts = read(dir, movieWith("qt  ", udta));
     EXPECT_THAT(itemTexts(facts),
                 ElementsAre(s("udta/%A9nam=Caf"), s("udta/%A9nam=Café"), s("udta/%A9nam=Café"),
                             s("udta/%A9nam=AB"), s("udta/%A9nam=Café"),
                             s("udta/%A9xyz=+12.5-003.25/"), s("udta/%A9too=value box"),
-                            s("udta/WLOC=\x01\x02\x03\x04")));
+                            s("udta/Quux=\x01\x02\x03\x04")));
     QStringList languages;
     for (qsizetype i = 0; i < 4; ++i)
         languages += facts.metadata[i].extendedLanguageTag;
