@@ -11,6 +11,8 @@
 #include <QFile>
 #include <QImageReader>
 
+#include <algorithm>
+#include <array>
 #include <unistd.h>
 
 namespace clipheave::platform {
@@ -28,16 +30,20 @@ struct PhotoFacts {
     QString problem;
 };
 
-/// Size of pictures that the header sniffer does not know: ICO, TGA, SVG and what plugins add.
+/// Size of pictures that the header sniffer does not know, by the reader that the name calls for:
+/// TGA carries no signature.
 QSize sizeByImageReader(const FileReader& reader) {
+    static constexpr std::array kFormats{"ico", "cur", "icns", "tga", "svg", "svgz",
+                                         "pbm", "pgm", "ppm",  "xbm", "xpm", "wbmp"};
+    const QByteArray format = pathExtension(reader.path()).toLower().toLatin1();
+    if (std::find(kFormats.begin(), kFormats.end(), format) == kFormats.end())
+        return {};
     QFile file;
     const int copy = dup(reader.fd());
     if (copy < 0 || !file.open(copy, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle) ||
         !file.seek(0))
         return {};
-    // The name helps where the bytes carry no signature (TGA).
-    QImageReader image(&file, pathExtension(reader.path()).toLower().toLatin1());
-    return image.size();
+    return QImageReader(&file, format).size();
 }
 
 /// Pictures whose own header is the truth about their size. TIFF is not among them: the first
@@ -47,6 +53,12 @@ QSize sizeByHeader(FileReader& reader) {
     if (header && header->format != QLatin1String("tiff"))
         return header->size;
     return {};
+}
+
+/// The size that the camera states; for files cut before their picture.
+QSize statedSize(const QVariantMap& exif) {
+    return {exif.value(QStringLiteral("PixelXDimension")).toInt(),
+            exif.value(QStringLiteral("PixelYDimension")).toInt()};
 }
 
 Result<PhotoFacts> readHeifPhoto(FileReader& reader) {
@@ -81,6 +93,8 @@ Result<PhotoFacts> readOtherPhoto(FileReader& reader) {
     if (facts.pixelSize.isEmpty())
         if (const auto header = sniffPicture(reader.viewUpTo(0, FileReader::kWindow)))
             facts.pixelSize = header->size;
+    if (facts.pixelSize.isEmpty() && tags)
+        facts.pixelSize = statedSize(facts.tags.exif);
     if (facts.pixelSize.isEmpty() && !tags)
         facts.pixelSize = sizeByImageReader(reader);
     if (tags)
@@ -90,6 +104,12 @@ Result<PhotoFacts> readOtherPhoto(FileReader& reader) {
     if (tags.error().code != ErrorCode::NotSupported) // a picture without tags is no problem
         facts.problem = tags.error().text();
     return facts;
+}
+
+bool isEmpty(const PhotoFacts& facts) {
+    const PhotoTags& tags = facts.tags;
+    return facts.pixelSize.isEmpty() && tags.exif.isEmpty() && tags.tiff.isEmpty() &&
+           tags.gps.isEmpty() && tags.iptc.isEmpty();
 }
 
 int orientationOf(const PhotoFacts& facts) {
@@ -158,6 +178,10 @@ Result<CGImageSource> CGImageSource::createWithPath(const QString& path) {
         error.code = ErrorCode::InvalidData;
         return tl::unexpected(std::move(error));
     }
+    if (isEmpty(*facts))
+        return failure(ErrorCode::InvalidData, QStringLiteral("read the photo"), path,
+                       facts->problem.isNull() ? QStringLiteral("no picture found")
+                                               : facts->problem);
     CGImageSource source;
     source.m_attributes = *attributes;
     source.m_properties = dictionariesOf(*facts);

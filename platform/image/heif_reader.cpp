@@ -157,15 +157,29 @@ void readCanonTags(ByteView uuid, HeifFacts& facts) {
     }
 }
 
-void readMovie(HeaderReader& reader, const Box& moov, HeifFacts& facts) {
+/// Picture sequences without a still picture: the size of the first track that has one, 16.16.
+void readTrackSize(ByteView trak, HeifFacts& facts) {
+    const ByteView header = findPayload(trak, {fourCc("tkhd")});
+    const std::uint64_t at = header.u8(0) == 1 ? 88 : 76;
+    const std::uint32_t width = header.be32(at).value_or(0) >> 16;
+    const std::uint32_t height = header.be32(at + 4).value_or(0) >> 16;
+    if (facts.pixelSize.isEmpty() && width > 0 && height > 0)
+        facts.pixelSize = QSize(static_cast<int>(width), static_cast<int>(height));
+}
+
+/// `trackSize`: the tracks are pictures, not the parts of a raw photo.
+void readMovie(HeaderReader& reader, const Box& moov, bool trackSize, HeifFacts& facts) {
     static constexpr char kCanon[] =
         "\x85\xC0\xB6\x87\x82\x0F\x11\xE0\x81\x11\xF4\xCE\x46\x2B\x6A\x48";
     FileBoxWalker children(reader, moov.payloadOffset(), moov.end(), kMostTopLevelBoxes);
     while (const auto box = children.next()) {
-        if (box->type != fourCc("uuid") || box->payloadSize() > HeaderReader::kMaxView)
+        const bool track = box->type == fourCc("trak");
+        if ((!track && box->type != fourCc("uuid")) || box->payloadSize() > HeaderReader::kMaxView)
             continue;
         const ByteView payload = reader.view(box->payloadOffset(), box->payloadSize());
-        if (payload.startsWith(QByteArrayView(kCanon, 16)))
+        if (track && trackSize)
+            readTrackSize(payload, facts);
+        else if (payload.startsWith(QByteArrayView(kCanon, 16)))
             readCanonTags(payload, facts);
     }
 }
@@ -186,6 +200,7 @@ bool isHeif(ByteView head) {
 Result<HeifFacts> readHeif(FileReader& reader) {
     HeifFacts facts;
     HeaderReader headers(reader);
+    const bool raw = headers.viewUpTo(8, 4).startsWith("crx ");
     FileBoxWalker top(headers, kMostTopLevelBoxes);
     QByteArray meta;
     bool found = false;
@@ -196,7 +211,7 @@ Result<HeifFacts> readHeif(FileReader& reader) {
             if (static_cast<std::uint64_t>(meta.size()) < box->payloadSize())
                 facts.problem = QStringLiteral("the picture's header is longer than what is read");
         } else if (box->type == fourCc("moov")) {
-            readMovie(headers, *box, facts);
+            readMovie(headers, *box, !raw, facts);
             found = true;
         }
     }

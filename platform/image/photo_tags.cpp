@@ -6,7 +6,10 @@
 #include <QMutex>
 
 #include <exiv2/exiv2.hpp>
+#include <exiv2/webpimage.hpp> // not among those of the line above
 
+#include <algorithm>
+#include <array>
 #include <mutex>
 #include <string>
 
@@ -52,6 +55,14 @@ Result<PhotoTags> guarded(const QString& path, const char* operation, Work work)
     }
 }
 
+/// The library also reads films, where hostile files keep it busy for ever, and sidecars.
+bool isPhotoType(int type) {
+    using namespace Exiv2::ImageType;
+    static constexpr std::array kTypes{jpeg, exv, crw, cr2, tiff, mrw, png, webp, orf,
+                                       psd,  raf, rw2, gif, bmp,  tga, jp2, pgf};
+    return std::find(kTypes.begin(), kTypes.end(), type) != kTypes.end();
+}
+
 QSize plausibleSize(long width, long height) {
     constexpr long kLargest = 1 << 20;
     if (width <= 0 || height <= 0 || width > kLargest || height > kLargest)
@@ -81,10 +92,12 @@ void addCanonTags(const QByteArray& bytes, const char* group, PhotoTags& tags) {
 } // namespace
 
 Result<PhotoTags> readPhotoTags(FileReader& reader) {
-    return guarded(reader.path(), "read the tags of the photo", [&] {
+    return guarded(reader.path(), "read the tags of the photo", [&]() -> PhotoTags {
         // The open file once more under a name of plain ASCII: the library takes names as text.
         const std::string name = "/proc/self/fd/" + std::to_string(reader.fd());
         const auto image = std::unique_ptr<Exiv2::Image>{Exiv2::ImageFactory::open(name).release()};
+        if (!isPhotoType(image->imageType()))
+            throw Exiv2::Error(Exiv2::kerUnsupportedImageType, image->imageType());
         image->readMetadata();
         PhotoTags tags;
         addExifDictionaries(image->exifData(), tags);
