@@ -57,7 +57,6 @@ Result<bool> patchItemLocation(QByteArray& box, const PatchField& base,
                                const std::vector<PatchField>& extents, const OffsetMap& map) {
     const std::uint64_t start = base.read(box).value_or(0);
     bool changed = false;
-    std::optional<std::uint64_t> common;
     std::vector<std::uint64_t> shifts; // modulo 2^64
     for (const PatchField& extent : extents) {
         const std::uint64_t old = start + extent.read(box).value_or(0);

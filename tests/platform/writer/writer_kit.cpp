@@ -100,7 +100,11 @@ QList<QByteArray> chunkHeads(const QByteArray& file) {
         for (const int width : {4, 8}) {
             const QByteArray table = payloadAt(track.payload, width == 4 ? "mdia/minf/stbl/stco"
                                                                          : "mdia/minf/stbl/co64");
-            for (qsizetype at = 8; at + width <= table.size(); at += width) {
+            const qsizetype end =
+                table.size() < 8
+                    ? 0
+                    : 8 + qsizetype{width} * qFromBigEndian<qint32>(table.constData() + 4);
+            for (qsizetype at = 8; at + width <= std::min(end, table.size()); at += width) {
                 const qint64 offset = width == 4 ? qFromBigEndian<quint32>(table.constData() + at)
                                                  : qFromBigEndian<qint64>(table.constData() + at);
                 heads << head(offset);
@@ -111,12 +115,13 @@ QList<QByteArray> chunkHeads(const QByteArray& file) {
 }
 
 QByteArray streamHash(const QString& path) {
-    const auto hashed =
-        run(QStringLiteral("ffmpeg"),
-            {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), path,
-             QStringLiteral("-map"), QStringLiteral("0"), QStringLiteral("-c"),
-             QStringLiteral("copy"), QStringLiteral("-copy_unknown"), QStringLiteral("-f"),
-             QStringLiteral("streamhash"), QStringLiteral("-")});
+    // "V" leaves cover art out, which is metadata.
+    const auto hashed = run(
+        QStringLiteral("ffmpeg"),
+        QStringLiteral("-v error -i %1 -map 0:V? -map 0:a? -map 0:s? -map 0:d? -map 0:t? -c copy "
+                       "-copy_unknown -f streamhash -")
+            .split(u' ')
+            .replaceInStrings(QStringLiteral("%1"), path));
     return hashed.exitCode == 0 ? hashed.out : QByteArray();
 }
 
