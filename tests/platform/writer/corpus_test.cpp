@@ -76,7 +76,7 @@ TEST(Corpus, EveryFileIsWrittenWholeOrNotAtAll) {
             ++written;
             const QByteArray after = TempDir::read(target);
             EXPECT_TRUE(broken || chunkHeads(after) == chunkHeads(before));
-            EXPECT_EQ(streamHash(target), hash);
+            EXPECT_TRUE(!before.contains("mdat") || streamHash(target) == hash);
             EXPECT_TRUE(broken || before.contains("moof") || before.contains("iloc") || i == 2 ||
                         keptBoxes(after) == keptBoxes(before));
             EXPECT_TRUE(broken || i != 1 || holdsTitle(target, title));

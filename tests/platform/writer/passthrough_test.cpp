@@ -188,6 +188,19 @@ TEST(Offsets, OfOtherFilesStayAndThoseOfNowhereFail) {
     EXPECT_EQ(outcome.error().code, ErrorCode::InvalidData);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).join(u' '),
               QStringLiteral("s"));
+    const auto tableOf = [](const QByteArray& bytes) {
+        return payloadAt(bytes, "moov/trak/mdia/minf/stbl/stco");
+    };
+    const QByteArray elsewhere = fullBox("url ", "file:///other.mov");
+    media.references = box("dinf", fullBox("dref", be(1, 4) + elsewhere));
+    const QByteArray target = rewritten(dir, media.bytes(), grown);
+    EXPECT_NE(target.indexOf("mdat"), media.bytes().indexOf("mdat"));
+    EXPECT_EQ(tableOf(target), tableOf(media.bytes()));
+    const QByteArray here = box("url ", be(1, 4));
+    media.references = box("dinf", fullBox("dref", be(2, 4) + elsewhere + here));
+    EXPECT_TRUE(rewritten(dir, media.bytes(), grown).isNull());
+    media.references = box("dinf", fullBox("dref", be(1, 4) + here));
+    EXPECT_NE(tableOf(rewritten(dir, media.bytes(), grown)), tableOf(media.bytes()));
 }
 
 TEST(Sources, ThatCannotBeWrittenSayWhy) {

@@ -142,9 +142,10 @@ QByteArray HandMade::bytes() const {
             offsets += be(media + i * 1000, wide ? 8 : 4);
         const QByteArray table =
             box("stsd", be(0, 8)) + fullBox(wide ? "co64" : "stco", offsets) + moreTrack;
-        const QByteArray track = box("trak", box("tkhd", QByteArray(84, '\1')) +
-                                                 box("mdia", box("minf", box("stbl", table))) +
-                                                 box("udta", box("name", "a track's own name")));
+        const QByteArray track =
+            box("trak", box("tkhd", QByteArray(84, '\1')) +
+                            box("mdia", box("minf", references + box("stbl", table))) +
+                            box("udta", box("name", "a track's own name")));
         return box("moov", box("mvhd", QByteArray(100, '\0')) + track +
                                (udta.isNull() ? QByteArray() : box("udta", udta)) +
                                (meta.isNull() ? QByteArray() : box("meta", meta)) + moreMoov);
