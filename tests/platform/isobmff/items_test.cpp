@@ -65,6 +65,8 @@ TEST(IsobmffItems, ITunesValuesHaveTheirTypes) {
     EXPECT_TRUE(std::holds_alternative<FileSlice>(items[5].value));
     EXPECT_EQ(items[5].dataValue(), png);
     EXPECT_EQ(items[4].source, items[5].source);
+    EXPECT_TRUE(std::holds_alternative<FileSlice>(items[5].source->bytes));
+    EXPECT_TRUE(std::holds_alternative<QByteArray>(items[3].source->bytes));
     EXPECT_EQ(items[5].source->load().value(), box("covr", dataBox(13, jpeg) + dataBox(13, png)));
     EXPECT_EQ(items[7].identifier, s("itlk/com.apple.iTunes.My%20Tag"));
     EXPECT_EQ(items[7].key, s("com.apple.iTunes.My Tag"));

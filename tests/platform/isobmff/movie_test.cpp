@@ -135,12 +135,14 @@ TEST(IsobmffMovie, FragmentsGiveTheDuration) {
         fullBox("sidx", be(1, 4) + be(1000, 4) + be(0, 8) + be(0, 2) + be(1, 2) +
                             be(static_cast<quint64>(fragments.size()), 4) + be(5000, 4) + be(0, 4));
     EXPECT_EQ(read(dir, movie({}) + sidx + fragments).durationSeconds, 5);
-    const quint64 last = static_cast<quint64>(movie({}).size() + fragment(25, 0).size());
+    const QByteArray hole = be(3, 4) + "hole"; // a walk would end here
+    const quint64 last = static_cast<quint64>(movie({}).size() + fragment(25, 0).size()) + 8;
     const QByteArray tfra = fullBox("tfra", be(1, 4) + be(0, 4) + be(1, 4) + be(9999, 4) +
                                                 be(last, 4) + be(0x010101, 3));
     const QByteArray mfra =
         box("mfra", tfra + fullBox("mfro", be(static_cast<quint64>(tfra.size()) + 24, 4)));
-    EXPECT_EQ(read(dir, movie({}) + fragment(25, 7000) + fragment(50, 1000) + mfra).durationSeconds,
+    EXPECT_EQ(read(dir, movie({}) + fragment(25, 7000) + hole + fragment(50, 1000) + mfra)
+                  .durationSeconds,
               3);
 }
 
@@ -235,7 +237,8 @@ TEST(Boxes, HeadersOfAllSizesAndTheirFaults) {
     EXPECT_TRUE(third->toEnd);
     EXPECT_FALSE(walker.next().has_value());
     EXPECT_TRUE(walker.problem().isNull());
-    BoxWalker ended(box("free", {}) + be(0, 4));
+    const QByteArray terminated = box("free", {}) + be(0, 4);
+    BoxWalker ended(terminated);
     EXPECT_TRUE(ended.next() && !ended.next() && ended.problem().isNull());
     for (const QByteArray& bad : {be(7, 4) + "free", be(1, 4) + "free" + be(15, 8),
                                   be(1, 4) + "free" + be(1, 4), QByteArray("abc")}) {
