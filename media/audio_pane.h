@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "media/panes.h"
+
+namespace clipheave::media {
+
+/// The texts of the audio pane under the names of its fields.
+struct AudioPaneTexts {
+    QString titlelab;
+    QString subtitlelab;
+    QString artistlab;
+    QString abulmlab;
+    QString ablumAristlab; ///< Deliberate: carries the track number
+    QString bandlab;
+    QString composerlab;
+    QString publishlab;
+    QString releaseYearlab;
+    QString recordDatelab;
+    QString copyrightlab;
+    QString createdDatelab;
+    QString keywordslab;
+    QString imageDescrilab; ///< description
+    QString commentslab;
+    QString lyricslab;                          ///< lyricist
+    platform::EncodedPicture audioArtImageView; ///< null: the placeholder "artworkimage"
+};
+
+/// What the audio pane showed when the item was displayed.
+struct AudioShownTexts {
+    QString oldTitleStr;
+    QString oldSubtitleStr;
+    QString oldAlbumStr;
+    /// Deliberate: what the video pane's artist field holds, not the audio pane's own; an artist
+    /// that was not touched therefore counts as changed and is written again.
+    QString oldArtistStr;
+    QString oldAlbumArtistStr;
+    QString oldCopyrightStr;
+    QString oldReleaseYearStr;
+    QString oldCommentStr;
+    QString oldComposerStr;
+    QString oldBandStr;
+    QString oldLyricStr;
+    QString oldPublisherStr;
+    QString oldRecordDateStr;
+    QString oldCreateDateStr;
+    QString oldKeywordStr;
+    QString oldImageDescStr;
+};
+
+struct AudioPane {
+    AudioPaneTexts texts;
+    AudioShownTexts shown;
+    ChangeFlags flags;
+};
+
+/// The pane as it shows `item`; `videoPaneArtist` is the text of the video pane's artist field.
+[[nodiscard]] AudioPane ShowAudioViewWithItem(const IKImageItem& item,
+                                              const QString& videoPaneArtist);
+
+/// A field of the audio pane: its fixed name, label, text, memory and the flag that an edit sets.
+struct AudioField {
+    const char* objectName;
+    const char* label;
+    QString AudioPaneTexts::*text;
+    QString AudioShownTexts::*shown;
+    bool ChangeFlags::*group; ///< null: sets no flag
+};
+inline constexpr int kAudioFieldCount = 16;
+/// In the order of the pane, row by row.
+[[nodiscard]] const AudioField (&audioFields())[kAudioFieldCount];
+
+/// A field of the video pane as a form shows it, left column then right.
+struct VideoFormField {
+    const char* objectName;
+    const char* label;
+    QString PaneTexts::*text;
+    QString ShownTexts::*shown;
+    bool ChangeFlags::*group;
+};
+inline constexpr int kVideoFormFieldCount = 12;
+[[nodiscard]] const VideoFormField (&videoFormFields())[kVideoFormFieldCount];
+
+/// One line of facts: the fixed text with its blank, and the value (null: the bare label).
+struct FactLine {
+    QString label;
+    QString value;
+};
+/// The nine facts of the audio pane and the eleven of the video pane, in their fixed wording.
+[[nodiscard]] QList<FactLine> audioFacts(const IKImageItem& item);
+[[nodiscard]] QList<FactLine> videoFacts(const IKImageItem& item);
+
+} // namespace clipheave::media
