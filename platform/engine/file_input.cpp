@@ -88,7 +88,9 @@ Result<std::unique_ptr<FileInput>> FileInput::open(FileReader& reader, const Inp
     const auto failed = [&](int code) {
         const bool unknown = code == AVERROR_DEMUXER_NOT_FOUND || code == AVERROR(EINVAL);
         return failure(unknown ? ErrorCode::NotSupported : ErrorCode::InvalidData,
-                       QStringLiteral("open the media container"), reader.path(), ffmpegText(code));
+                       QStringLiteral("open the media container"), reader.path(),
+                       unknown ? QStringLiteral("no container of sound or film that is read")
+                               : ffmpegText(code));
     };
     std::unique_ptr<FileInput> input(new FileInput(reader, limits));
     auto* buffer = static_cast<std::uint8_t*>(av_malloc(kIoBuffer));

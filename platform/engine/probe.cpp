@@ -112,15 +112,17 @@ AVAssetTrack trackOf(const AVStream& stream) {
     return track;
 }
 
-void addTracks(const AVFormatContext& context, MediaFacts& facts) {
+void addTracks(const AVFormatContext& context, std::uint64_t fileBytes, MediaFacts& facts) {
     const AVAssetTrack* video = nullptr;
     const AVAssetTrack* audio = nullptr;
     facts.tracks.reserve(streamsOf(context).size()); // the pointers below stay valid
     for (const AVStream* stream : streamsOf(context)) {
         if (stream->codecpar->codec_type == AVMEDIA_TYPE_ATTACHMENT)
             continue;
-        const AVAssetTrack& track = facts.tracks.emplace_back(trackOf(*stream));
+        AVAssetTrack& track = facts.tracks.emplace_back(trackOf(*stream));
         const AVMediaType type = stream->codecpar->codec_type;
+        if (track.durationSeconds <= 0 && !track.isAttachedPicture)
+            track.durationSeconds = facts.durationSeconds;
         if (type == AVMEDIA_TYPE_VIDEO && !track.isAttachedPicture && video == nullptr)
             video = &track;
         if (type == AVMEDIA_TYPE_AUDIO && audio == nullptr)
@@ -133,8 +135,17 @@ void addTracks(const AVFormatContext& context, MediaFacts& facts) {
     facts.audioSampleRate = audio->sampleRate;
     facts.audioChannels = audio->channels;
     facts.audioBitRate = audio->bitRate;
-    if (facts.audioBitRate <= 0 && video == nullptr && context.bit_rate > 0)
-        facts.audioBitRate = static_cast<double>(context.bit_rate);
+    // Nothing but sound: the whole file is its bits.
+    if (facts.audioBitRate <= 0 && video == nullptr && facts.durationSeconds > 0)
+        facts.audioBitRate = static_cast<double>(fileBytes) * 8 / facts.durationSeconds;
+}
+
+/// Noise that a demuxer took for its own gives streams without any property.
+bool saysAnything(const MediaFacts& facts) {
+    return facts.durationSeconds > 0 || !facts.metadata.isEmpty() ||
+           std::any_of(facts.tracks.begin(), facts.tracks.end(), [](const AVAssetTrack& track) {
+               return track.sampleRate > 0 || !track.naturalSize.isEmpty();
+           });
 }
 
 } // namespace
@@ -151,10 +162,10 @@ Result<MediaFacts> probeFile(FileReader& reader) {
     if ((*input)->exhausted())
         facts.problem = QStringLiteral("the headers are too long to be read in full");
     facts.durationSeconds = containerSeconds(context);
-    addTracks(context, facts);
+    addTracks(context, reader.size(), facts);
     facts.metadata = mappedTags(context);
     facts.contentCreationDate = creationTime(context);
-    if (facts.tracks.empty() && facts.metadata.isEmpty())
+    if (!saysAnything(facts))
         return failure(ErrorCode::InvalidData, QStringLiteral("read the media container"),
                        reader.path(), QStringLiteral("no stream found"));
     return facts;

@@ -1,0 +1,341 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/av_url_asset.h"
+#include "platform/media/model/media_engine.h"
+#include "tests/testkit/testkit.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <thread>
+#include <vector>
+
+namespace clipheave::platform {
+
+using testkit::run;
+
+namespace {
+
+class Engine : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
+            GTEST_SKIP() << "needs ffmpeg";
+        const auto loaded = mediaEngine();
+        ASSERT_TRUE(loaded) << loaded.error().text().toStdString();
+        m_engine = *loaded;
+    }
+    /// A film made by another program.
+    [[nodiscard]] QString make(const QString& name, const QStringList& options) const {
+        QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y")};
+        for (const char* source : {"testsrc=d=3:s=176x144:r=25", "sine=d=3:r=44100"})
+            arguments << QStringLiteral("-f") << QStringLiteral("lavfi") << QStringLiteral("-i")
+                      << QString::fromLatin1(source);
+        const auto made =
+            run(QStringLiteral("ffmpeg"), arguments + options + QStringList{m_dir.path(name)});
+        EXPECT_EQ(made.exitCode, 0) << made.err.toStdString();
+        return m_dir.path(name);
+    }
+    [[nodiscard]] static QByteArray ffprobe(const QString& path, const char* entries) {
+        return run(QStringLiteral("ffprobe"),
+                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-show_entries"),
+                    QString::fromLatin1(entries), QStringLiteral("-of"),
+                    QStringLiteral("default=nw=1:nk=1"), path})
+            .out;
+    }
+    [[nodiscard]] static QByteArray streamHashes(const QString& path) {
+        return run(QStringLiteral("ffmpeg"),
+                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), path,
+                    QStringLiteral("-map"), QStringLiteral("0"), QStringLiteral("-c"),
+                    QStringLiteral("copy"), QStringLiteral("-f"), QStringLiteral("streamhash"),
+                    QStringLiteral("-")})
+            .out;
+    }
+    [[nodiscard]] Result<MediaFacts> probe(const QString& path) {
+        auto reader = FileReader::open(path);
+        if (!reader)
+            return tl::unexpected(reader.error());
+        Result<MediaFacts> facts = m_engine->probe(*reader);
+        m_fetched = reader->bytesFetched();
+        return facts;
+    }
+    [[nodiscard]] static QString text(const MediaFacts& facts, const char* identifier) {
+        for (const AVMetadataItem& item : facts.metadata)
+            if (item.identifier == QLatin1String(identifier))
+                return item.stringValue();
+        return {};
+    }
+
+    testkit::TempDir m_dir;
+    MediaEngine* m_engine = nullptr;
+    std::uint64_t m_fetched = 0;
+};
+
+} // namespace
+
+TEST_F(Engine, ProbesFilmsAsFfprobeDoes) {
+    const struct {
+        const char *name, *options;
+    } cases[] = {
+        {"a.avi", "-c:v mpeg4 -c:a libmp3lame"},
+        {"a.mkv", "-c:v libx264 -c:a aac"},
+        {"a.ts", "-c:v mpeg2video -c:a mp2"},
+        {"a.m2ts", "-c:v mpeg2video -c:a ac3"},
+        {"a.mpg", "-c:v mpeg2video -c:a mp2"},
+        {"a.flv", "-c:v flv1 -c:a libmp3lame"},
+        {"a.wmv", "-c:v wmv2 -c:a wmav2"},
+        {"a.mxf", "-c:v mpeg2video -c:a pcm_s16le -ar 48000"},
+        {"a.webm", "-c:v libvpx -c:a libvorbis"},
+        {"a.ac3", "-vn -c:a ac3"},
+        {"a.aac", "-vn -c:a aac"},
+        {"a.w64", "-vn -c:a pcm_s16le"},
+    };
+    for (const auto& [name, options] : cases) {
+        const QString path =
+            make(QString::fromLatin1(name), QString::fromLatin1(options).split(u' '));
+        const auto facts = probe(path);
+        ASSERT_TRUE(facts) << name << facts.error().text().toStdString();
+        EXPECT_TRUE(facts->problem.isNull()) << name;
+        const bool sound = QByteArray(options).startsWith("-vn");
+        EXPECT_EQ(facts->pixelSize, sound ? QSize() : QSize(176, 144)) << name;
+        EXPECT_EQ(facts->tracks.size(), sound ? 1u : 2u) << name;
+        EXPECT_EQ(facts->audioChannels, 1) << name;
+        EXPECT_EQ(facts->audioSampleRate, QByteArray(options).endsWith("48000") ? 48000 : 44100)
+            << name;
+        EXPECT_NEAR(facts->durationSeconds, ffprobe(path, "format=duration").toDouble(), 0.15)
+            << name;
+        // Where the headers tell no frame rate none is looked for.
+        const double rate = sound ? 0 : facts->tracks.front().nominalFrameRate;
+        EXPECT_TRUE(rate == 0 || std::abs(rate - 25) < 0.1) << name << ' ' << rate;
+    }
+}
+
+TEST_F(Engine, ReadsHeadersOnly) {
+    // Thirty megabytes of sound.
+    const QString path = m_dir.path(QStringLiteral("long.mkv"));
+    ASSERT_EQ(run(QStringLiteral("ffmpeg"),
+                  {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
+                   QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("sine=d=350"),
+                   QStringLiteral("-c:a"), QStringLiteral("pcm_s16le"), path})
+                  .exitCode,
+              0);
+    ASSERT_GT(QFileInfo(path).size(), 30'000'000);
+    const auto facts = probe(path);
+    ASSERT_TRUE(facts);
+    EXPECT_NEAR(facts->durationSeconds, 350, 0.1);
+    EXPECT_LE(m_fetched, 1u << 20);
+}
+
+TEST_F(Engine, MapsTagsAndPictures) {
+    const QString cover = m_dir.path(QStringLiteral("cover.png"));
+    ASSERT_EQ(run(QStringLiteral("ffmpeg"),
+                  {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
+                   QStringLiteral("lavfi"), QStringLiteral("-i"),
+                   QStringLiteral("testsrc=d=1:s=32x32:r=1"), QStringLiteral("-frames:v"),
+                   QStringLiteral("1"), cover})
+                  .exitCode,
+              0);
+    const QString path =
+        make(QStringLiteral("t.mkv"),
+             {QStringLiteral("-c:v"), QStringLiteral("mpeg4"), QStringLiteral("-c:a"),
+              QStringLiteral("aac"), QStringLiteral("-attach"), cover,
+              QStringLiteral("-metadata:s:2"), QStringLiteral("mimetype=image/png"),
+              QStringLiteral("-metadata"), QStringLiteral("title=Sommer in Köln"),
+              QStringLiteral("-metadata"), QStringLiteral("artist=Müller"),
+              QStringLiteral("-metadata"), QStringLiteral("creation_time=2019-05-04T10:11:12Z"),
+              QStringLiteral("-metadata"), QStringLiteral("com.apple.quicktime.make=Maker"),
+              QStringLiteral("-metadata:s:v"), QStringLiteral("title=only a track")});
+    const auto facts = probe(path);
+    ASSERT_TRUE(facts);
+    EXPECT_EQ(text(*facts, "id3/TIT2"), QStringLiteral("Sommer in Köln"));
+    EXPECT_EQ(text(*facts, "id3/TPE1"), QStringLiteral("Müller"));
+    EXPECT_EQ(facts->contentCreationDate, QDateTime(QDate(2019, 5, 4), QTime(10, 11, 12), Qt::UTC));
+    const auto picture =
+        std::find_if(facts->metadata.begin(), facts->metadata.end(),
+                     [](const auto& item) { return item.identifier == QLatin1String("id3/APIC"); });
+    ASSERT_NE(picture, facts->metadata.end());
+    EXPECT_EQ(picture->dataValue(), testkit::TempDir::read(cover));
+    EXPECT_EQ(facts->pixelSize, QSize(176, 144)) << "the cover is no film";
+}
+
+TEST_F(Engine, FollowsNoReferences) {
+    const QString inner =
+        make(QStringLiteral("inner.ts"), {QStringLiteral("-c:v"), QStringLiteral("mpeg2video")});
+    for (const QByteArray& list :
+         {QByteArray("#EXTM3U\n#EXT-X-TARGETDURATION:3\n#EXTINF:3,\ninner.ts\n#EXT-X-ENDLIST\n"),
+          QByteArray("ffconcat version 1.0\nfile inner.ts\n")}) {
+        const auto facts = probe(m_dir.write(QStringLiteral("list.mp4"), list));
+        EXPECT_FALSE(facts);
+    }
+}
+
+TEST_F(Engine, RemuxKeepsEveryPacket) {
+    for (const char* name : {"r.avi", "r.mkv", "r.ts"}) {
+        const QString source = make(QString::fromLatin1(name),
+                                    QStringLiteral("-c:v mpeg4 -bf 2 -c:a aac").split(u' '));
+        const QString target = m_dir.path(QStringLiteral("out.mp4"));
+        double last = -1;
+        const auto done = m_engine->remuxToMp4(source, target, [&](double part) {
+            EXPECT_GE(part, last);
+            last = part;
+            return true;
+        });
+        ASSERT_TRUE(done) << name << done.error().text().toStdString();
+        EXPECT_EQ(last, 1.0);
+        EXPECT_NEAR(ffprobe(target, "format=duration").toDouble(), 3, 0.15) << name;
+        // ADTS headers go when sound leaves a transport stream, so only its pictures compare.
+        const bool transport = QByteArray(name) == "r.ts";
+        const auto first = [&](const QByteArray& hashes) {
+            return transport ? hashes.left(hashes.indexOf('\n')) : hashes;
+        };
+        EXPECT_EQ(first(streamHashes(target)), first(streamHashes(source))) << name;
+        EXPECT_FALSE(first(streamHashes(target)).isEmpty());
+    }
+}
+
+TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
+    const QString source =
+        make(QStringLiteral("s.mkv"), QStringLiteral("-c:v libx264 -c:a pcm_s16le").split(u' '));
+    const QString target = m_dir.path(QStringLiteral("x.mp4"));
+    const auto refused = m_engine->remuxToMp4(source, target, {});
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().code, ErrorCode::NotSupported);
+    EXPECT_TRUE(refused.error().detail.contains(QLatin1String("pcm_s16le")));
+    EXPECT_FALSE(QFileInfo::exists(target));
+
+    const auto cancelled = m_engine->remuxToMp4(source, m_dir.path(QStringLiteral("x.mov")),
+                                                [](double) { return false; });
+    ASSERT_FALSE(cancelled);
+    EXPECT_EQ(cancelled.error().code, ErrorCode::Cancelled);
+    EXPECT_FALSE(QFileInfo::exists(m_dir.path(QStringLiteral("x.mov"))));
+
+    const QByteArray before = testkit::TempDir::read(source);
+    EXPECT_FALSE(m_engine->remuxToMp4(source, source, {}));
+    EXPECT_EQ(testkit::TempDir::read(source), before);
+}
+
+TEST_F(Engine, WritesSamplesThatRepeat) {
+    const struct {
+        const char *name, *container, *video, *audio, *codecs;
+    } cases[] = {
+        {"a.mp4", "mp4", "libx264", "aac", "h264 aac "},
+        {"b.mov", "mov", "libx265", "aac", "hevc aac "},
+        {"c.m4a", "ipod", "", "alac", "alac "},
+        {"d.mp3", "mp3", "", "libmp3lame", "mp3 "},
+        {"e.aiff", "aiff", "", "pcm_s16be", "pcm_s16be "},
+        {"f.ogg", "ogg", "", "libvorbis", "vorbis "},
+        {"g.opus", "opus", "", "libopus", "opus "},
+        {"h.wmv", "asf", "mpeg4", "wmav2", "mpeg4 wmav2 "},
+        {"i.avi", "avi", "mjpeg", "pcm_s16le", "mjpeg pcm_s16le "},
+    };
+    for (const auto& c : cases) {
+        SampleMedia sample;
+        sample.container = QString::fromLatin1(c.container);
+        sample.videoCodec = QString::fromLatin1(c.video);
+        sample.audioCodec = QString::fromLatin1(c.audio);
+        sample.seconds = 1;
+        const QString path = m_dir.path(QString::fromLatin1(c.name));
+        const auto written = m_engine->writeSample(sample, path);
+        ASSERT_TRUE(written) << c.name << written.error().text().toStdString();
+        QByteArray codecs = ffprobe(path, "stream=codec_name");
+        EXPECT_EQ(codecs.replace('\n', ' '), QByteArray(c.codecs)) << c.name;
+        EXPECT_NEAR(ffprobe(path, "format=duration").toDouble(), 1, 0.1) << c.name;
+        const QByteArray bytes = testkit::TempDir::read(path);
+        ASSERT_TRUE(m_engine->writeSample(sample, path));
+        EXPECT_EQ(testkit::TempDir::read(path), bytes) << c.name;
+    }
+}
+
+TEST_F(Engine, SampleSettings) {
+    SampleMedia sample;
+    sample.container = QStringLiteral("mp4");
+    sample.videoCodec = QStringLiteral("libx264");
+    sample.seconds = 0.5;
+    sample.rotation = 90;
+    const QString path = m_dir.path(QStringLiteral("r.mp4"));
+    ASSERT_TRUE(m_engine->writeSample(sample, path));
+    const QByteArray first = testkit::TempDir::read(path);
+    EXPECT_LT(first.indexOf("moov"), first.indexOf("mdat"));
+    EXPECT_EQ(ffprobe(path, "stream_side_data=rotation").trimmed(), "-90"); // anticlockwise there
+    sample.moovFirst = false;
+    sample.pattern = 1;
+    ASSERT_TRUE(m_engine->writeSample(sample, path));
+    const QByteArray second = testkit::TempDir::read(path);
+    EXPECT_GT(second.indexOf("moov"), second.indexOf("mdat"));
+    EXPECT_NE(first.size(), second.size()) << "another pattern is another picture";
+
+    sample.videoCodec = QStringLiteral("nonsense");
+    EXPECT_EQ(m_engine->writeSample(sample, m_dir.path(QStringLiteral("n.mp4"))).error().code,
+              ErrorCode::NotSupported);
+    EXPECT_FALSE(QFileInfo::exists(m_dir.path(QStringLiteral("n.mp4"))));
+    sample.size = QSize(0, 0);
+    EXPECT_EQ(m_engine->writeSample(sample, path).error().code, ErrorCode::InvalidArgument);
+}
+
+TEST_F(Engine, OpensFilesByTheirBytes) {
+    const QString flac = make(QStringLiteral("x.flac"), {QStringLiteral("-vn")});
+    const QString mpg =
+        make(QStringLiteral("x.mpg"), {QStringLiteral("-c:v"), QStringLiteral("mpeg2video")});
+    const auto container = [](const QString& path) {
+        const auto file = MediaFile::open(path);
+        return file ? (*file)->facts().container : Container::Unknown;
+    };
+    const auto renamed = [&](const QString& path, const char* name) {
+        return m_dir.write(QString::fromLatin1(name), testkit::TempDir::read(path));
+    };
+    EXPECT_EQ(container(renamed(flac, "y.mp3")), Container::Flac);
+    EXPECT_EQ(container(renamed(mpg, "y.wav")), Container::Other);
+
+    const QString text = m_dir.write(QStringLiteral("t.mp4"), "nothing but text");
+    const auto file = MediaFile::open(text);
+    ASSERT_TRUE(file);
+    EXPECT_EQ((*file)->facts().container, Container::Unknown);
+    EXPECT_FALSE((*file)->facts().problem.isEmpty());
+    EXPECT_EQ((*file)->attributes().NSFileSize, 16u);
+    EXPECT_EQ(AVURLAsset::assetWithPath(text).error().code, ErrorCode::InvalidData);
+    EXPECT_EQ(AVURLAsset::assetWithPath(m_dir.path(QStringLiteral("none"))).error().code,
+              ErrorCode::NotFound);
+}
+
+TEST_F(Engine, ThreadsProbeSideBySide) {
+    const QString path =
+        make(QStringLiteral("p.ts"), {QStringLiteral("-c:v"), QStringLiteral("mpeg2video")});
+    std::atomic<int> good = 0;
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back([&] {
+            for (int n = 0; n < 5; ++n) {
+                const auto file = MediaFile::open(path);
+                good += file && (*file)->facts().pixelSize == QSize(176, 144) ? 1 : 0;
+            }
+        });
+    threads.clear();
+    EXPECT_EQ(good, 40);
+}
+
+TEST_F(Engine, CorpusOpensWithoutHarm) {
+    if (testkit::corpus().isEmpty())
+        GTEST_SKIP() << "CLIPHEAVE_CORPUS is not set";
+    int opened = 0;
+    for (const char* folder : {"video", "audio", "broken", "photo"}) {
+        const QDir dir(testkit::corpus() + u'/' + QString::fromLatin1(folder));
+        for (const QString& name : dir.entryList(QDir::Files)) {
+            const auto start = std::chrono::steady_clock::now();
+            const auto file = MediaFile::open(dir.filePath(name));
+            EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5))
+                << name.toStdString();
+            ASSERT_TRUE(file) << name.toStdString();
+            const MediaFacts& facts = (*file)->facts();
+            if (facts.container == Container::Unknown) {
+                EXPECT_FALSE(facts.problem.isEmpty()) << name.toStdString();
+            }
+            opened += facts.container != Container::Unknown ? 1 : 0;
+        }
+    }
+    EXPECT_GT(opened, 250);
+}
+
+} // namespace clipheave::platform
