@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/index/md_item.h"
+#include "tests/testkit/testkit.h"
+
+#include <QElapsedTimer>
+
+#include <thread>
+#include <vector>
+
+namespace clipheave::platform {
+
+using testkit::le;
+
+namespace {
+
+/// Half a second of stereo silence at 8 kHz, 16 bit.
+QByteArray waveFile() {
+    const QByteArray sound(16'000, '\0');
+    const QByteArray format =
+        le(1, 2) + le(2, 2) + le(8000, 4) + le(32'000, 4) + le(4, 2) + le(16, 2);
+    const QByteArray chunks = "WAVEfmt " + le(16, 4) + format + "data" + le(16'000, 4) + sound;
+    return "RIFF" + le(static_cast<quint64>(chunks.size()), 4) + chunks;
+}
+
+} // namespace
+
+TEST(MDItem, AnswersWhatTheFileHas) {
+    const testkit::TempDir dir;
+    const auto file = MediaFile::open(dir.write(QStringLiteral("Ton.wav"), waveFile()));
+    ASSERT_TRUE(file);
+    const MDItem item = MDItem::create(*file);
+    EXPECT_DOUBLE_EQ(item.copyAttribute(kMDItemDurationSeconds)->toDouble(), 0.5);
+    EXPECT_EQ(item.copyAttribute(kMDItemAudioSampleRate), QVariant(8000.0));
+    EXPECT_EQ(item.copyAttribute(kMDItemAudioBitRate), QVariant(256'000.0));
+    EXPECT_EQ(item.copyAttribute(kMDItemAudioChannelCount), QVariant(2));
+    EXPECT_EQ(item.copyAttribute(kMDItemDisplayName), QVariant(QStringLiteral("Ton.wav")));
+    EXPECT_EQ(item.copyAttribute(kMDItemFSSize),
+              QVariant(static_cast<qulonglong>(waveFile().size())));
+    EXPECT_EQ(item.copyAttribute(kMDItemKind), QVariant(QStringLiteral("WAV audio")));
+    EXPECT_TRUE(item.copyAttribute(kMDItemContentCreationDate)->toDateTime().isValid());
+    for (const char16_t* absent : {kMDItemPixelWidth, kMDItemPixelHeight, kMDItemAlbum,
+                                   kMDItemRecordingYear, u"kMDItemUnheardOf"})
+        EXPECT_FALSE(item.copyAttribute(absent)) << QStringView(absent).toString().toStdString();
+}
+
+TEST(MDItem, AlbumAndYearFromTags) {
+    const testkit::TempDir dir;
+    QByteArray frames;
+    const auto frame = [](const char* id, const QByteArray& text) {
+        return QByteArray(id, 4) + testkit::be(static_cast<quint64>(text.size()) + 1, 4) +
+               QByteArray(3, '\0') + text;
+    };
+    frames = frame("TALB", "Lieder") + frame("TYER", "1998");
+    QByteArray mpeg(417, '\0');
+    mpeg.replace(0, 4, QByteArray("\xFF\xFB\x90\x64", 4));
+    const QByteArray bytes = QByteArray("ID3\x03\0\0\0\0\0", 9) + static_cast<char>(frames.size()) +
+                             frames + mpeg.repeated(20);
+    const auto file = MediaFile::open(dir.write(QStringLiteral("a.mp3"), bytes));
+    ASSERT_TRUE(file);
+    const MDItem item = MDItem::create(*file);
+    EXPECT_EQ(item.copyAttribute(kMDItemAlbum), QVariant(QStringLiteral("Lieder")));
+    EXPECT_EQ(item.copyAttribute(kMDItemRecordingYear), QVariant(1998));
+}
+
+TEST(KindText, NameFirstThenContainer) {
+    const struct {
+        const char* name;
+        Container container;
+        const char* expected;
+    } cases[] = {
+        {"a.mp4", Container::Mp4, "MPEG-4 video"},
+        {"a.MOV", Container::QuickTime, "QuickTime video"},
+        {"a.mp3", Container::MpegAudio, "MP3 audio"},
+        {"a.mp4", Container::QuickTime, "MPEG-4 video"},
+        {"a.ts", Container::Other, "MPEG-2 transport stream"}, // not a translator's text
+        {"a.mp2", Container::MpegAudio, "MP2 audio"},
+        {"a.mp2", Container::Other, "MPEG video"},
+        {"a.caf", Container::Caf, "CAF audio"},
+        {"noextension", Container::Flac, "FLAC audio"},
+        {"dir.mp3/noextension", Container::Wave, "WAV audio"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(kindTextForFile(QString::fromLatin1(c.name), c.container),
+                  QLatin1String(c.expected))
+            << c.name;
+    EXPECT_TRUE(kindTextForFile(QStringLiteral("noextension"), Container::Unknown).isEmpty());
+}
+
+TEST(KindText, ThreadsAndSpeed) {
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back([i] {
+            for (int n = 0; n < 500; ++n)
+                EXPECT_EQ(
+                    kindTextForFile(QStringLiteral("a.flac"), Container::Flac),
+                    kindTextForFile(QStringLiteral("%1-%2.flac").arg(i).arg(n), Container::Flac));
+        });
+    threads.clear();
+    QElapsedTimer timer;
+    timer.start();
+    for (int n = 0; n < 1000; ++n)
+        (void)kindTextForFile(QStringLiteral("a.flac"), Container::Flac);
+    EXPECT_LT(timer.elapsed(), 50) << "a known type is answered from memory";
+}
+
+} // namespace clipheave::platform
