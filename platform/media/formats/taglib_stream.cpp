@@ -2,18 +2,24 @@
 #include "platform/media/formats/taglib_stream.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace clipheave::platform {
 namespace {
 
-// A loop over the same few bytes fetches nothing; this ends it.
-constexpr std::uint64_t kMostBlocks = 1u << 20;
+// Counts in a file make the library ask again and again, also behind the end, for hours if let.
+// Real files need some thousands of reads and hardly one behind the end.
+constexpr std::uint64_t kMostReads = 1u << 17;
+constexpr std::uint64_t kMostReadsBehindTheEnd = 4096;
 
 } // namespace
 
 TagLib::ByteVector TagLibStream::readBlock(unsigned long length) {
     const auto at = static_cast<std::uint64_t>(m_position);
-    if (at >= m_reader.size() || ++m_blocks > kMostBlocks)
+    if (++m_reads > kMostReads ||
+        (at >= m_reader.size() && ++m_readsBehindTheEnd > kMostReadsBehindTheEnd))
+        throw std::runtime_error("the tag library reads without end");
+    if (at >= m_reader.size())
         return {};
     const std::uint64_t spent = m_reader.bytesFetched() - m_fetchedBefore;
     if (spent >= kFetchLimit)

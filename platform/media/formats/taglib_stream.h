@@ -9,7 +9,8 @@ namespace clipheave::platform {
 
 /// Gives the tag library the bytes of an open file, read only: names that are no UTF-8 work, small
 /// files cost no further system call, and a file that makes the library search or load without end
-/// runs dry after `kFetchLimit` bytes.
+/// runs dry after `kFetchLimit` bytes. One that makes it read for ever ends in a std::runtime_error
+/// out of readBlock().
 class TagLibStream final : public TagLib::IOStream {
 public:
     static constexpr std::uint64_t kFetchLimit = 48u << 20;
@@ -32,7 +33,8 @@ public:
 private:
     FileReader& m_reader;
     std::uint64_t m_fetchedBefore;
-    std::uint64_t m_blocks = 0;
+    std::uint64_t m_reads = 0;
+    std::uint64_t m_readsBehindTheEnd = 0;
     long m_position = 0;
 };
 

@@ -120,6 +120,8 @@ TEST(Id3, UndoesTransformationsOfTagAndFrame) {
                                           "A\x00"),
                                       0x02))),
                 has("id3/TIT2", "A"));
+    EXPECT_THAT(tagOf(id3Tag(4, frame("PRIV", raw("\xFF\xE0\xFF\x00z"), 0x02))),
+                has("id3/PRIV", "<5 bytes>"));
     const QByteArray packed = qCompress(raw("\x00Packed")).mid(4);
     EXPECT_THAT(tagOf(id3Tag(4, frame("TIT2", syncSafe(7) + packed, 0x09))),
                 has("id3/TIT2", "Packed"));
@@ -136,13 +138,13 @@ TEST(Id3, UndoesTransformationsOfTagAndFrame) {
 }
 
 TEST(Id3, ReadsFrameSizesThatWereWrittenWrongly) {
-    const QByteArray text = '\0' + QByteArray(200, 'x');
-    // 201 as a plain number where four times seven bits are meant.
-    const QByteArray plain = "TIT2" + testkit::be(201, 4) + raw("\x00\x00") + text;
+    const QByteArray text = '\0' + QByteArray(256, 'x');
+    // 257 as a plain number where four times seven bits are meant.
+    const QByteArray plain = "TIT2" + testkit::be(257, 4) + raw("\x00\x00") + text;
     EXPECT_EQ(tagOf(id3Tag(4, plain + frame("TPE1", raw("\x00"
                                                         "A"))))[QStringLiteral("id3/TPE1")],
               QStringLiteral("A"));
-    const QByteArray safe = "TIT2" + syncSafe(201) + raw("\x00\x00") + text;
+    const QByteArray safe = "TIT2" + syncSafe(257) + raw("\x00\x00") + text;
     EXPECT_EQ(tagOf(id3Tag(4, safe + frame("TPE1", raw("\x00"
                                                        "A"))))[QStringLiteral("id3/TPE1")],
               QStringLiteral("A"));

@@ -4,6 +4,7 @@
 #include "tests/platform/formats/fixtures.h"
 
 #include <QDirIterator>
+#include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -178,4 +179,23 @@ TEST(AudioFile, AnswersPropertiesByTheBytesNotTheName) {
 
     EXPECT_EQ(open(folder.write(q("b.wav"), "text")).error().code, ErrorCode::NotSupported);
     EXPECT_EQ(open(folder.path(q("none.wav"))).error().code, ErrorCode::NotFound);
+}
+
+TEST(DamagedFiles, CannotKeepTheTagLibraryBusy) {
+    // An ASF header of 2000 metadata objects, each of which announces 65535 attributes.
+    const auto guid = [](const char* hex) { return QByteArray::fromHex(hex); };
+    const QByteArray object =
+        guid("EACBF8C5AF5B77488467AA8C44FA4CCA") + testkit::le(26, 8) + testkit::le(0xFFFF, 2);
+    const QByteArray objects = object.repeated(2000);
+    const QByteArray extension = guid("B503BF5F2EA9CF118EE300C00C205365") +
+                                 testkit::le(static_cast<quint64>(objects.size()) + 46, 8) +
+                                 QByteArray(18, '\0') +
+                                 testkit::le(static_cast<quint64>(objects.size()), 4) + objects;
+    const QByteArray file = guid("3026B2758E66CF11A6D900AA0062CE6C") +
+                            testkit::le(static_cast<quint64>(extension.size()) + 30, 8) +
+                            testkit::le(1, 4) + testkit::le(0x0201, 2) + extension;
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_EQ(fixtures::read(readTagged, file).error().code, ErrorCode::InvalidData);
+    EXPECT_LT(timer.elapsed(), 3000);
 }

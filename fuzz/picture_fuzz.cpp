@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "fuzz/audio_file_input.h"
+#include "platform/media/model/encoded_picture.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    withAudioInput(data, size, [size](auto& reader) {
+        const auto picture = clipheave::platform::EncodedPicture::fromSlice(
+            reader, {reader.path(), 0, static_cast<std::uint64_t>(size)});
+        // What was taken for a picture reads back whole.
+        if (!picture.isNull() && picture.bytes().size() != static_cast<qsizetype>(size))
+            __builtin_trap();
+    });
+    return 0;
+}
