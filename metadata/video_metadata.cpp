@@ -6,7 +6,6 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
-#include "platform/workspace/ns_workspace.h"
 
 #include <chrono>
 #include <optional>
@@ -53,15 +52,14 @@ void finish(const SaveJob& job, WriteStatus status, QStringList outputs,
     job.handler(outcome);
 }
 
-/// Sets the dates of a finished output and reveals it; adds what a user should know to `messages`.
-void datesAndReveal(const SaveJob& job, QStringList& messages) {
+/// Sets the dates of a finished output; adds what a user should know to `messages`.
+void setOutputDates(const SaveJob& job, QStringList& messages) {
     const auto stored = NSFileManager::defaultManager().setAttributes(
         job.output, job.dates.creation, job.dates.modification);
     if (!stored)
         messages.append(stored.error().text());
     else if (*stored == CreationDateStored::NotStoredHere)
         messages.append(QStringLiteral("creation date not stored here"));
-    NSWorkspace::sharedWorkspace().selectFiles({job.output});
 }
 
 /// The unchanged copy with the dates asked for. With a `reason` it stands in for a failed rewrite:
@@ -79,7 +77,7 @@ void copySource(const SaveJob& job, const QString& reason) {
     }
     if (!reason.isEmpty())
         messages.append(QStringLiteral("copied unchanged"));
-    datesAndReveal(job, messages);
+    setOutputDates(job, messages);
     finish(job, reason.isEmpty() ? WriteStatus::Completed : WriteStatus::Failed, {job.output},
            messages);
 }
@@ -103,7 +101,7 @@ void completeSave(const SaveJob& job, const AVAssetExportSession& session) {
         break;
     }
     QStringList messages = session.notes();
-    datesAndReveal(job, messages);
+    setOutputDates(job, messages);
     finish(job, WriteStatus::Completed, {job.output}, messages);
 }
 

@@ -37,8 +37,9 @@ struct SavePlan {
 [[nodiscard]] QString locationText(const QString& latitude, const QString& longitude,
                                    const QString& altitude);
 
-/// Writers of one command run. Outputs of one run never replace each other: when two selected files
-/// have one name, the second takes the next free name.
+/// Writers of one command run. Revealing the outputs is the front's, once for the whole run.
+/// Outputs of one run never replace each other: when two selected files have one name, the second
+/// takes the next free name.
 class VideoMetadata {
 public:
     explicit VideoMetadata(OutcomeHandler handler) : m_handler(std::move(handler)) {}

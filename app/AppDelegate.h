@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "media/audio_pane.h"
+#include "media/media_import.h"
+#include "media/media_kind.h"
+#include "media/preferences.h"
+
+#include <QColor>
+#include <QObject>
+#include <QPointF>
+#include <QVariantMap>
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+namespace clipheave::metadata {
+struct WriteOutcome;
+}
+
+namespace clipheave::app {
+
+class ActivityModel;
+class MainWindow;
+class MediaListModel;
+class PictureButton;
+class PreferencesWindow;
+
+/// The one controller: owns the windows, the media list and the preference values, and carries
+/// every command as one of its operations. Only the main thread calls it, except where a line says
+/// otherwise.
+class AppDelegate : public QObject, public media::MediaKind {
+    Q_OBJECT
+public:
+    /// `defaults` is the per-user store; tests pass their own.
+    explicit AppDelegate(std::unique_ptr<platform::NSUserDefaults> defaults,
+                         QObject* parent = nullptr);
+    ~AppDelegate() override;
+    /// The controller, for class-level code of app/ alone.
+    static AppDelegate* shared();
+
+    // Start and end
+    void awakeFromNib();                              ///< builds and fills the interface
+    Q_INVOKABLE void applicationDidFinishLaunching(); ///< applies the preferences, shows the window
+    Q_INVOKABLE bool windowShouldClose();  ///< the system's close: ends at once, answers yes
+    Q_INVOKABLE void CloseTheMainWindow(); ///< asks "Are you sure you want to Exit ?"
+    /// Major, minor and fix number of the system; 10, 0, 0 when unknown. Null pointers are left
+    /// alone.
+    static void getSystemVersionMajor_minor_bugFix(unsigned* major, unsigned* minor,
+                                                   unsigned* bugFix);
+
+    // Notifications
+    void MyClosebuttonMouseDownHandle(QObject* button);
+    void MybuttonMouseDownHandle(QObject* button); ///< the dispatcher
+    void PRbuttonMouseEnteredHandle(QObject* button);
+    void PRbuttonMouseExitedHandle(QObject* button);
+    void PRDragOperationImageNoteHandle(QObject* view);
+    void PRDragOperationMediaNoteHandle(QObject* view);
+    void NSDragOperationMediaNoteHandle(QObject* view); ///< calls PRDragOperationMediaNoteHandle
+    void NSDragOperationImageViewNoteHandle(QObject* view);
+
+    // Preferences, about, feedback
+    Q_INVOKABLE void ShowPreferenceSetting();
+    Q_INVOKABLE void CancelPreferenceSetting();
+    Q_INVOKABLE void ResetPreferenceSetting(); ///< the save button
+    Q_INVOKABLE void ChangeStoreLocation();
+    Q_INVOKABLE void ClickAbout();
+    Q_INVOKABLE void CLICkSupport();
+    Q_INVOKABLE void CLICkProductGuide(); ///< does nothing
+    Q_INVOKABLE void startProgreess();
+    Q_INVOKABLE void
+    endProgress(); ///< Deliberate: hides the indicator and starts its animation again
+
+    // Import
+    Q_INVOKABLE void AddMediaFileAction();
+    Q_INVOKABLE void ClickImportPhotosAction();
+    Q_INVOKABLE void OpenComputerFoldertoImportAction();
+    void importPaths(const QStringList& paths); ///< starts the import worker
+    void importPhotoPaths(const QStringList& paths);
+    void LoadImportedMediasonMainThread();
+
+    // List and panes
+    void tableViewSelectionDidChange();
+    void tableView_didClickTableColumn(int column);
+    Q_INVOKABLE void restoreImportOrder();
+    Q_INVOKABLE void RemoveMediaFileAction();
+    Q_INVOKABLE void RemoveAllMediaFileAction();
+    Q_INVOKABLE void RemoveSelectedMediaFileAction();
+    void ShowVideoViewWithItem(const media::ItemPointer& item);
+    void ShowAudioViewWithItem(const media::ItemPointer& item);
+    Q_INVOKABLE void ChangeToImportComputerPhoto();
+    Q_INVOKABLE void ChangeToImportiOSDevicePhoto();
+    Q_INVOKABLE void revealCurrentItem();
+    Q_INVOKABLE void openStorageFolder();
+
+    // Writers
+    Q_INVOKABLE void SaveMeidaFileChangesAction();
+
+    /// A command of a tool that is still to come: a line in the activity log.
+    Q_INVOKABLE void notAvailableYet(const QString& command);
+    /// Runs the command of this fixed name, or says that it is not available yet.
+    void performCommand(const QString& name);
+
+    [[nodiscard]] MainWindow* mainWindow() const { return m_window.get(); }
+    [[nodiscard]] PreferencesWindow* preferencesWindow() const { return m_preferencesWindow.get(); }
+    [[nodiscard]] ActivityModel* activity() const { return m_activity.get(); }
+    [[nodiscard]] MediaListModel* mediaController() const { return m_mediaController.get(); }
+    [[nodiscard]] const std::vector<media::ItemPointer>& localPhotoItemArray() const {
+        return m_items;
+    }
+    [[nodiscard]] QString storagelocation() const { return m_preferences.storagelocation; }
+    [[nodiscard]] const media::Preferences& preferences() const { return m_preferences; }
+    [[nodiscard]] media::ChangeFlags changeFlags() const { return m_flags; }
+    [[nodiscard]] bool isImporting() const { return m_runningImports > 0; }
+
+    Q_SIGNAL void importFinished();
+    Q_SIGNAL void saveFinished();
+
+private:
+    void observeNotifications();
+    void connectWindow();
+    void applyPreferenceValues();
+    void runImport(const QStringList& paths, bool photos);
+    void appendNewItem(int job, const media::ItemPointer& item);
+    void finishImport(const media::MediaImport& import, int job);
+    [[nodiscard]] std::vector<media::ItemPointer> selectedItems() const;
+    struct SaveRun;
+    void watchProgress(const std::shared_ptr<SaveRun>& run);
+    void takeOutcome(SaveRun& run, const metadata::WriteOutcome& outcome);
+    void takeArtwork(const QString& path);
+    void refreshSummary();
+    void showNoSelectionAlert();
+
+    std::unique_ptr<platform::NSUserDefaults> m_defaults;
+    media::Preferences m_preferences;
+    QColor m_currentFontColor = Qt::white;
+    unsigned m_macOsVer = 0; ///< minor number of the system's version
+    bool m_blocalMode = false;
+    bool m_bImportLocalFolder = false;
+    QString m_bImportLocalPath;
+    QVariantMap m_currentExifDictionary;
+    QString m_currentChooseFilePath, m_writeXmplocation;
+    media::ChangeFlags m_flags;
+    std::vector<media::ItemPointer> m_items; ///< localPhotoItemArray, import order
+    media::ItemPointer m_shownItem;          ///< what the pane shows; null: nothing
+    std::size_t m_shownItems = 0;            ///< of m_items, how many the list shows already
+    std::atomic<bool> m_stopping{false};     ///< read by workers
+    int m_runningImports = 0;
+    int m_runningSaves = 0;
+    std::unique_ptr<ActivityModel> m_activity;
+    std::unique_ptr<MediaListModel> m_mediaController;
+    std::unique_ptr<MainWindow> m_window;
+    std::unique_ptr<PreferencesWindow> m_preferencesWindow;
+};
+
+} // namespace clipheave::app

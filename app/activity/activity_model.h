@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QString>
+#include <QStringList>
+
+#include <deque>
+#include <vector>
+
+namespace clipheave::app {
+
+enum class JobState { Running, Done, Failed, Cancelled };
+enum class FileState { Waiting, Running, Done, Failed, Skipped, Cancelled };
+
+/// One file of a job: what became of it and why.
+struct ActivityFile {
+    QString source;
+    QStringList outputs;
+    FileState state = FileState::Waiting;
+    QString note; ///< size text of a success, reason of a failure
+};
+
+struct ActivityLogLine {
+    QDateTime time;
+    QString text;
+    QString path;
+    bool isError = false;
+};
+
+/// One row of the panel: an import, a save, a batch command.
+struct ActivityJob {
+    int id = 0;
+    QString title;
+    JobState state = JobState::Running;
+    int total = 0; ///< files; 0 while unknown
+    int finished = 0;
+    int failed = 0;
+    double progress = -1; ///< of the running export, 0 to 1; below 0 when unknown
+    QString result;       ///< while running: the file at hand; afterwards a summary
+    QDateTime started, ended;
+    std::vector<ActivityFile> files;
+    std::vector<ActivityLogLine> log;
+    bool canRetry = false;
+    bool canCancel = false;
+
+    /// Share of the job that is done, 0 to 1.
+    [[nodiscard]] double fraction() const;
+};
+
+/// What runs, how far it is, what failed and why. Newest job first; the oldest finished ones go
+/// when there are more than kMostJobs. Main thread only; workers come through performOnMainThread
+/// or queued calls.
+class ActivityModel : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    enum Column {
+        StateColumn,
+        TaskColumn,
+        ItemsColumn,
+        ProgressColumn,
+        ResultColumn,
+        TimeColumn,
+        ColumnCount
+    };
+    enum Role { JobRole = Qt::UserRole, FractionRole, StateRole };
+    static constexpr std::size_t kMostJobs = 500;
+    static constexpr std::size_t kMostLogLines = 10'000;
+
+    explicit ActivityModel(QObject* parent = nullptr);
+
+    /// Answers the job's id.
+    int beginJob(const QString& title, int total = 0);
+    void setTotal(int job, int total);
+    void setCanCancel(int job, bool can);
+    void fileStarted(int job, const QString& source);
+    void fileFinished(int job, const ActivityFile& file);
+    void setProgress(int job, double fraction);
+    /// `summary` null: one is made from the counts.
+    void endJob(int job, const QString& summary = {});
+    /// A line of the log; `job` 0: of no job.
+    void addLog(const QString& text, const QString& path = {}, bool isError = false, int job = 0);
+    /// Drops every job that has ended.
+    void clearFinished();
+
+    [[nodiscard]] const std::deque<ActivityJob>& jobs() const { return m_jobs; }
+    [[nodiscard]] const ActivityJob* job(int id) const;
+    [[nodiscard]] const std::deque<ActivityLogLine>& log() const { return m_log; }
+    [[nodiscard]] int runningCount() const;
+    [[nodiscard]] int failedCount() const; ///< jobs with a failed file
+    [[nodiscard]] int doneCount() const;
+
+    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+    [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
+                                      int role) const override;
+
+    Q_SIGNAL void jobChanged(int job);
+    Q_SIGNAL void jobEnded(int job);
+    Q_SIGNAL void firstFailure(int job); ///< a job's first failed file: the panel opens once
+    Q_SIGNAL void logAdded();
+    Q_SIGNAL void cancelRequested(int job);
+    Q_SIGNAL void retryRequested(int job);
+
+private:
+    ActivityJob* find(int id);
+    [[nodiscard]] int rowOf(int id) const;
+    void changed(const ActivityJob& job);
+    void trim();
+
+    std::deque<ActivityJob> m_jobs; ///< newest first
+    std::deque<ActivityLogLine> m_log;
+    int m_lastId = 0;
+};
+
+} // namespace clipheave::app

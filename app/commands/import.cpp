@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+#include "app/activity/activity_model.h"
+#include "app/list/media_list_model.h"
+#include "app/windows/main_window.h"
+#include "app/windows/open_panel.h"
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/log.h"
+#include "platform/foundation/main_thread.h"
+
+#include <chrono>
+
+namespace clipheave::app {
+
+namespace {
+
+/// The list is refreshed after every file; files that are read faster than a screen is drawn share
+/// one hand-over, so that the reading does not wait for a picture that nobody can see.
+constexpr auto kHandOverInterval = std::chrono::milliseconds(8);
+
+constexpr char kPanelMessage[] = "Please select videos or auidos to import.";
+
+} // namespace
+
+void AppDelegate::AddMediaFileAction() {
+    ClickImportPhotosAction();
+}
+
+void AppDelegate::ClickImportPhotosAction() {
+    OpenPanel::open(m_window.get(), tr(kPanelMessage), OpenPanel::FilesAndFolders,
+                    [this](const QStringList& paths) { importPaths(paths); });
+}
+
+void AppDelegate::OpenComputerFoldertoImportAction() {
+    OpenPanel::open(m_window.get(), tr(kPanelMessage), OpenPanel::FilesOnly,
+                    [this](const QStringList& paths) { importPhotoPaths(paths); });
+}
+
+void AppDelegate::importPaths(const QStringList& paths) {
+    if (paths.isEmpty())
+        return;
+    m_window->showMediaList();
+    m_blocalMode = true;
+    runImport(paths, false);
+}
+
+void AppDelegate::importPhotoPaths(const QStringList& paths) {
+    if (paths.isEmpty())
+        return;
+    m_window->showPhotos();
+    m_blocalMode = true;
+    runImport(paths, true);
+    platform::ignoreFailure(platform::NSFileManager::defaultManager().createDirectoryAtPath(
+                                m_preferences.storagelocation),
+                            "jobs that write to the storage folder report it");
+}
+
+void AppDelegate::runImport(const QStringList& paths, bool photos) {
+    const int job = m_activity->beginJob(photos ? tr("Import photos") : tr("Import"));
+    ++m_runningImports;
+    platform::BackgroundJob::detach([this, paths, photos, job] {
+        std::vector<media::ItemPointer> ready;
+        auto lastHandOver = std::chrono::steady_clock::now();
+        const auto handOver = [&] {
+            platform::performOnMainThread([&] {
+                for (const auto& item : ready)
+                    appendNewItem(job, item);
+                LoadImportedMediasonMainThread();
+            });
+            ready.clear();
+            lastHandOver = std::chrono::steady_clock::now();
+        };
+        media::MediaImport import([&](const media::ItemPointer& item) {
+            if (item)
+                ready.push_back(item);
+            if (std::chrono::steady_clock::now() - lastHandOver >= kHandOverInterval)
+                handOver();
+        });
+        import.setStopRequested([this] { return m_stopping.load();
+    });
+    if (photos)
+        import.importPhotos(paths);
+    else
+        import.importMediaItemsThreader(paths);
+    handOver();
+    platform::performOnMainThread([&] { finishImport(import, job); });
+});
+}
+
+void AppDelegate::appendNewItem(int job, const media::ItemPointer& item) {
+    m_items.push_back(item);
+    if (item->problem.isEmpty())
+        return;
+    m_activity->fileFinished(job, {item->filePath, {}, FileState::Failed, item->problem});
+}
+
+void AppDelegate::LoadImportedMediasonMainThread() {
+    if (m_mediaController->isSorted()) {
+        m_mediaController->setContent(m_items); // import order again
+    } else {
+        for (std::size_t i = m_shownItems; i < m_items.size(); ++i)
+            m_mediaController->appendItem(m_items[i]);
+    }
+    m_shownItems = m_items.size();
+    refreshSummary();
+}
+
+void AppDelegate::finishImport(const media::MediaImport& import, int job) {
+    if (import.localPhotoItemArray().size() + import.skipped().size() > 0) {
+        m_bImportLocalFolder = import.bImportLocalFolder();
+        m_bImportLocalPath = import.bImportLocalPath();
+    }
+    for (const media::SkippedPath& skipped : import.skipped())
+        m_activity->fileFinished(job, {skipped.path, {}, FileState::Failed, skipped.reason});
+    const int count = static_cast<int>(import.localPhotoItemArray().size());
+    m_activity->setTotal(job, count + static_cast<int>(import.skipped().size()));
+    m_activity->endJob(job, count == 1 ? tr("1 file added") : tr("%1 files added").arg(count));
+    --m_runningImports;
+    Q_EMIT importFinished();
+}
+
+void AppDelegate::PRDragOperationMediaNoteHandle(QObject* view) {
+    m_blocalMode = true;
+    media::MediaImport import;
+    import.addWithoutReading(m_window->droppedPaths(view));
+    for (const auto& item : import.localPhotoItemArray())
+        m_items.push_back(item);
+}
+
+void AppDelegate::NSDragOperationMediaNoteHandle(QObject* view) {
+    PRDragOperationMediaNoteHandle(view);
+}
+
+void AppDelegate::PRDragOperationImageNoteHandle(QObject* view) {
+    importPhotoPaths(m_window->droppedPaths(view));
+}
+
+} // namespace clipheave::app

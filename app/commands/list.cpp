@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+#include "app/activity/activity_model.h"
+#include "app/list/media_list_model.h"
+#include "app/panes/detail_pane.h"
+#include "app/widgets/alert_box.h"
+#include "app/windows/main_window.h"
+#include "media/media_kind.h"
+#include "platform/workspace/ns_workspace.h"
+
+#include <algorithm>
+
+namespace clipheave::app {
+
+void AppDelegate::tableViewSelectionDidChange() {
+    refreshSummary();
+    const int row = m_window->currentRow();
+    const auto& content = m_mediaController->content();
+    if (row < 0 || static_cast<std::size_t>(row) >= content.size())
+        return;
+    const media::ItemPointer item = content[static_cast<std::size_t>(row)];
+    if (isAudio(item->filePath))
+        ShowAudioViewWithItem(item);
+    else if (isVideo(item->filePath))
+        ShowVideoViewWithItem(item);
+}
+
+void AppDelegate::ShowVideoViewWithItem(const media::ItemPointer& item) {
+    m_shownItem = item;
+    m_flags = {};
+    m_window->detailPane()->showVideo(*item, media::ShowVideoViewWithItem(*item));
+}
+
+void AppDelegate::ShowAudioViewWithItem(const media::ItemPointer& item) {
+    m_shownItem = item;
+    m_flags = {};
+    DetailPane* pane = m_window->detailPane();
+    pane->showAudio(*item, media::ShowAudioViewWithItem(*item, pane->videoArtistText()));
+}
+
+void AppDelegate::tableView_didClickTableColumn(int column) {
+    m_mediaController->sortByColumn(column);
+    m_window->selectRow(m_mediaController->content().empty() ? -1 : 0);
+    refreshSummary();
+}
+
+void AppDelegate::restoreImportOrder() {
+    m_mediaController->setContent(m_items);
+    m_shownItems = m_items.size();
+    refreshSummary();
+}
+
+std::vector<media::ItemPointer> AppDelegate::selectedItems() const {
+    // Deliberate: row numbers count in import order, also while the list is sorted; the head of the
+    // list says so then, and the foot of the pane names what is touched.
+    std::vector<media::ItemPointer> items;
+    for (int row : m_window->selectedRows())
+        if (row >= 0 && static_cast<std::size_t>(row) < m_items.size())
+            items.push_back(m_items[static_cast<std::size_t>(row)]);
+    return items;
+}
+
+void AppDelegate::RemoveMediaFileAction() {
+    const auto removed = selectedItems();
+    std::erase_if(m_items, [&removed](const media::ItemPointer& item) {
+        return std::find(removed.begin(), removed.end(), item) != removed.end();
+    });
+    restoreImportOrder();
+    m_shownItem.reset();
+    m_window->detailPane()->showNothing();
+    if (m_items.empty())
+        m_window->showEmptyState();
+}
+
+void AppDelegate::RemoveAllMediaFileAction() {
+    notAvailableYet(QStringLiteral("RemoveAllMediaFileAction"));
+}
+
+void AppDelegate::RemoveSelectedMediaFileAction() {
+    notAvailableYet(QStringLiteral("RemoveSelectedMediaFileAction"));
+}
+
+void AppDelegate::ChangeToImportComputerPhoto() {
+    m_window->showComputer();
+}
+
+void AppDelegate::ChangeToImportiOSDevicePhoto() {
+    notAvailableYet(QStringLiteral("ChangeToImportiOSDevicePhoto"));
+}
+
+void AppDelegate::revealCurrentItem() {
+    if (m_shownItem)
+        platform::NSWorkspace::sharedWorkspace().selectFiles({m_shownItem->filePath});
+}
+
+void AppDelegate::showNoSelectionAlert() {
+    AlertBox::run(m_window.get(), tr("No Item has been selected"),
+                  tr("Please select at least one item to process."), {tr(" Ok ")});
+}
+
+void AppDelegate::refreshSummary() {
+    std::uint64_t bytes = 0, selectedBytes = 0;
+    double seconds = 0;
+    for (const auto& item : m_items)
+        bytes += item->sizeBytes;
+    const auto selected = selectedItems();
+    for (const auto& item : selected) {
+        selectedBytes += item->sizeBytes;
+        seconds += item->fileduration;
+    }
+    const int count = static_cast<int>(m_items.size());
+    QString summary;
+    if (!selected.empty())
+        summary = tr("%1 selected of %2, %3, %4")
+                      .arg(selected.size())
+                      .arg(count)
+                      .arg(getMediaDuration(static_cast<int>(seconds)), sizeText(selectedBytes));
+    m_window->setListSummary(summary, m_mediaController->isSorted());
+    m_window->setTotals(count == 1 ? tr("1 item, %1").arg(sizeText(bytes))
+                                   : tr("%1 items, %2").arg(count).arg(sizeText(bytes)));
+    m_window->detailPane()->setTouchedCount(static_cast<int>(selected.size()));
+}
+
+} // namespace clipheave::app

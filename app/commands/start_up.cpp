@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+#include "app/activity/activity_model.h"
+#include "app/list/media_list_model.h"
+#include "app/widgets/alert_box.h"
+#include "app/windows/main_window.h"
+#include "app/windows/preferences_window.h"
+#include "platform/foundation/log.h"
+#include "platform/foundation/notification_center.h"
+#include "platform/media/av_asset_export_session.h"
+#include "platform/workspace/system_version.h"
+
+#include <QApplication>
+
+namespace clipheave::app {
+
+namespace {
+
+AppDelegate* s_controller = nullptr;
+
+} // namespace
+
+AppDelegate::AppDelegate(std::unique_ptr<platform::NSUserDefaults> defaults, QObject* parent)
+    : QObject(parent), m_defaults(std::move(defaults)),
+      m_activity(std::make_unique<ActivityModel>()),
+      m_mediaController(std::make_unique<MediaListModel>()) {
+    s_controller = this;
+    observeNotifications();
+}
+
+AppDelegate::~AppDelegate() {
+    m_stopping = true;
+    platform::AVAssetExportSession::cancelAllExports();
+    // Workers hand over to this thread and wait for it: let them through until they have ended.
+    while (m_runningImports > 0 || m_runningSaves > 0)
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    platform::AVAssetExportSession::waitForAllExports();
+    platform::NSNotificationCenter::defaultCenter().removeObserver(this);
+    if (s_controller == this)
+        s_controller = nullptr;
+}
+
+AppDelegate* AppDelegate::shared() {
+    return s_controller;
+}
+
+void AppDelegate::observeNotifications() {
+    using Handler = void (AppDelegate::*)(QObject*);
+    // Deliberate: a media drop arrives under a name of its own and is handed on.
+    static constexpr std::pair<const char16_t*, Handler> kObserved[] = {
+        {u"MyClosebuttonMouseDown", &AppDelegate::MyClosebuttonMouseDownHandle},
+        {u"MybuttonMouseDown", &AppDelegate::MybuttonMouseDownHandle},
+        {u"PRbuttonMouseEntered", &AppDelegate::PRbuttonMouseEnteredHandle},
+        {u"PRbuttonMouseExited", &AppDelegate::PRbuttonMouseExitedHandle},
+        {u"NSDragOperationImageNote", &AppDelegate::PRDragOperationImageNoteHandle},
+        {u"NSDragOperationMediaNote", &AppDelegate::NSDragOperationMediaNoteHandle},
+        {u"NSDragOperationImageViewNote", &AppDelegate::NSDragOperationImageViewNoteHandle},
+    };
+    auto& center = platform::NSNotificationCenter::defaultCenter();
+    for (const auto& [name, handler] : kObserved)
+        center.addObserver_name(
+            this, QString::fromUtf16(name),
+            [this, handler = handler](QObject* object) { (this->*handler)(object); });
+}
+
+void AppDelegate::getSystemVersionMajor_minor_bugFix(unsigned* major, unsigned* minor,
+                                                     unsigned* bugFix) {
+    platform::SystemVersion version{10, 0, 0};
+    if (const auto found = platform::systemVersion())
+        version = *found;
+    else
+        platform::log(platform::LogLevel::Warning,
+                      QStringLiteral("Unable to obtain system version: %1")
+                          .arg(static_cast<long>(found.error().code)));
+    if (major)
+        *major = version.major;
+    if (minor)
+        *minor = version.minor;
+    if (bugFix)
+        *bugFix = version.bugFix;
+}
+
+void AppDelegate::awakeFromNib() {
+    getSystemVersionMajor_minor_bugFix(nullptr, &m_macOsVer, nullptr);
+    m_window = std::make_unique<MainWindow>(*m_mediaController, *m_activity);
+    m_preferencesWindow = std::make_unique<PreferencesWindow>(m_window.get());
+    connectWindow();
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    applyPreferenceValues();
+    m_window->setTitleButtonPictures(m_macOsVer > 9);
+    m_window->setJobProgressVisible(false);
+    m_window->show();
+    m_window->raise();
+    m_window->activateWindow();
+}
+
+bool AppDelegate::windowShouldClose() {
+    QApplication::quit();
+    return true;
+}
+
+void AppDelegate::CloseTheMainWindow() {
+    const int answer = AlertBox::run(m_window.get(), tr("Are you sure you want to Exit ?"), {},
+                                     {tr(" Exit "), tr("Cancel")});
+    if (answer == 0)
+        QApplication::quit();
+}
+
+void AppDelegate::startProgreess() {
+    m_window->setCameraProgressVisible(true);
+}
+
+void AppDelegate::endProgress() {
+    m_window->setCameraProgressVisible(false);
+}
+
+} // namespace clipheave::app
