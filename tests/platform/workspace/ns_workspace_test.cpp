@@ -14,6 +14,8 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <csignal>
+#include <sys/prctl.h>
 #include <thread>
 
 using namespace clipheave::platform;
@@ -74,6 +76,8 @@ protected:
             GTEST_SKIP() << "dbus-daemon is not installed";
         if (!bus) {
             bus = new QProcess(qApp);
+            // Also a test that is killed leaves no bus behind.
+            bus->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
             bus->start(u"dbus-daemon"_qs, {u"--session"_qs, u"--nofork"_qs, u"--print-address"_qs});
             ASSERT_TRUE(bus->waitForReadyRead(10'000));
             address = QString::fromLatin1(bus->readLine().trimmed());
