@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/ffmpeg.h"
+#include "platform/engine/frame_grabber.h"
 #include "platform/engine/probe.h"
 #include "platform/engine/remux.h"
 #include "platform/engine/sample_writer.h"
@@ -26,6 +27,9 @@ public:
     }
     Result<void> writeSample(const SampleMedia& sample, const QString& target) override {
         return writeSampleFile(sample, target);
+    }
+    Result<RawPicture> pictureAt(const QString& path, double seconds, int largestSide) override {
+        return grabPicture(path, seconds, largestSide);
     }
 };
 

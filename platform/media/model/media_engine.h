@@ -3,6 +3,8 @@
 
 #include "platform/media/model/media_facts.h"
 
+#include <QByteArray>
+
 #include <functional>
 
 namespace clipheave::platform {
@@ -25,6 +27,13 @@ struct SampleMedia {
     QMap<QString, QString> tags;
 };
 
+/// A decoded picture. Each pixel is four bytes, 0xffRRGGBB in the machine's order, rows without
+/// gaps.
+struct RawPicture {
+    int width = 0, height = 0;
+    QByteArray rgb32;
+};
+
 /// The FFmpeg libraries behind one interface, in a module of their own. All calls are thread-safe.
 class MediaEngine {
 public:
@@ -39,6 +48,13 @@ public:
     /// Writes a generated file at `target`, without metadata.
     [[nodiscard]] virtual Result<void> writeSample(const SampleMedia& sample,
                                                    const QString& target) = 0;
+    /// The last key frame of the film at or before `seconds` (the first one where there is none
+    /// before; a somewhat earlier one where the container has no index), upright as the display
+    /// matrix says, in its display proportions, scaled down so that no side is over `largestSide`
+    /// pixels (1 to 8192). Bounded in bytes and time. NotSupported without a picture track or
+    /// decoder, InvalidData when nothing could be decoded.
+    [[nodiscard]] virtual Result<RawPicture> pictureAt(const QString& path, double seconds,
+                                                       int largestSide) = 0;
 };
 
 /// The engine, loaded at the first call; NotSupported with the loader's text when the module or one

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/media/model/media_engine.h"
+
+namespace clipheave::platform {
+
+/// See MediaEngine::pictureAt.
+[[nodiscard]] Result<RawPicture> grabPicture(const QString& path, double seconds, int largestSide);
+
+} // namespace clipheave::platform

@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/model/media_engine.h"
+#include "tests/testkit/testkit.h"
+
+#include <chrono>
+#include <cmath>
+
+namespace clipheave::platform {
+
+namespace {
+
+/// Red, then green from second 2, then blue from second 4: a key frame each second.
+class FrameGrabber : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
+            GTEST_SKIP() << "needs ffmpeg";
+        const auto loaded = mediaEngine();
+        ASSERT_TRUE(loaded) << loaded.error().text().toStdString();
+        m_engine = *loaded;
+    }
+    [[nodiscard]] QString film(const QString& name, const char* options,
+                               const char* graph = "null") const {
+        const QString colours =
+            QStringLiteral("color=red:s=320x160:d=2:r=10[a];color=lime:s=320x160:d=2:r=10[b];"
+                           "color=blue:s=320x160:d=2:r=10[c];[a][b][c]concat=n=3,%1")
+                .arg(QString::fromLatin1(graph));
+        const QStringList arguments =
+            QStringList{QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y"),
+                        QStringLiteral("-filter_complex"), colours} +
+            QString::fromLatin1(options).split(u' ') + QStringList{m_dir.path(name)};
+        const auto made = testkit::run(QStringLiteral("ffmpeg"), arguments);
+        EXPECT_EQ(made.exitCode, 0) << made.err.toStdString();
+        return m_dir.path(name);
+    }
+    /// 'r', 'g', 'b', 'w', 'k' or '?' of the pixel at a part of width and height.
+    [[nodiscard]] static char colourAt(const RawPicture& picture, double x, double y) {
+        const int column = static_cast<int>(x * picture.width);
+        const int row = static_cast<int>(y * picture.height);
+        const auto pixel = reinterpret_cast<const std::uint32_t*>(
+            picture.rgb32.constData())[row * picture.width + column];
+        const auto on = [pixel](int shift) { return (pixel >> shift & 0xFF) > 0xB0; };
+        const auto off = [pixel](int shift) { return (pixel >> shift & 0xFF) < 0x50; };
+        if (pixel >> 24 != 0xFF)
+            return '?';
+        if (on(16) && on(8) && on(0))
+            return 'w';
+        for (const auto& [shift, name] : {std::pair{16, 'r'}, {8, 'g'}, {0, 'b'}})
+            if (on(shift) && off((shift + 8) % 24) && off((shift + 16) % 24))
+                return name;
+        return off(16) && off(8) && off(0) ? 'k' : '?';
+    }
+
+    testkit::TempDir m_dir;
+    MediaEngine* m_engine = nullptr;
+};
+
+} // namespace
+
+TEST_F(FrameGrabber, TakesTheKeyFrameBefore) {
+    const struct {
+        const char *name, *options;
+    } films[] = {{"a.mp4", "-c:v libx264 -g 10 -bf 3"},
+                 {"a.mkv", "-c:v mpeg4 -g 10"},
+                 {"a.ts", "-c:v mpeg2video -g 10"},
+                 {"a.mov", "-c:v prores_ks"},
+                 {"a.avi", "-c:v mjpeg"},
+                 {"a.webm", "-c:v libvpx -g 10"}};
+    for (const auto& [name, options] : films) {
+        const QString path = film(QString::fromLatin1(name), options);
+        std::string seen;
+        for (const double second : {0.0, 1.5, 2.9, 5.5, 99.0}) {
+            const auto picture = m_engine->pictureAt(path, second, 100);
+            ASSERT_TRUE(picture) << name << second << picture.error().text().toStdString();
+            EXPECT_EQ(picture->width, 100) << name;
+            EXPECT_EQ(picture->height, 50) << name;
+            EXPECT_EQ(picture->rgb32.size(), 100 * 50 * 4) << name;
+            seen += colourAt(*picture, 0.5, 0.5);
+        }
+        // Without an index the way back from the end is a guess.
+        if (QByteArray(name) == "a.ts" && seen.back() == 'g')
+            seen.back() = 'b';
+        EXPECT_EQ(seen, "rrgbb") << name;
+    }
+}
+
+TEST_F(FrameGrabber, TurnsAndStretchesAsThePlayerDoes) {
+    // White in the upper left corner.
+    const char* corner = "drawbox=0:0:80:80:white:fill";
+    const QString upright = film(QStringLiteral("u.mp4"), "-c:v libx264", corner);
+    const struct {
+        const char *name, *options;
+        double x, y; ///< where the corner must be
+    } turns[] = {{"90.mov", "-metadata:s:v rotate=90", 0.1, 0.9},
+                 {"180.mov", "-metadata:s:v rotate=180", 0.9, 0.9},
+                 {"270.mov", "-metadata:s:v rotate=270", 0.9, 0.1}};
+    for (const auto& [name, options, x, y] : turns) {
+        const QString path = m_dir.path(QString::fromLatin1(name));
+        ASSERT_EQ(testkit::run(QStringLiteral("ffmpeg"),
+                               QStringList{QStringLiteral("-v"), QStringLiteral("error"),
+                                           QStringLiteral("-i"), upright, QStringLiteral("-c"),
+                                           QStringLiteral("copy")} +
+                                   QString::fromLatin1(options).split(u' ') + QStringList{path})
+                      .exitCode,
+                  0);
+        const auto picture = m_engine->pictureAt(path, 0, 120);
+        ASSERT_TRUE(picture) << name;
+        const bool quarter = QByteArray(name) != "180.mov";
+        EXPECT_EQ(picture->width, quarter ? 60 : 120) << name;
+        EXPECT_EQ(picture->height, quarter ? 120 : 60) << name;
+        EXPECT_EQ(colourAt(*picture, x, y), 'w') << name;
+        EXPECT_EQ(colourAt(*picture, 1 - x, 1 - y), 'r') << name;
+    }
+    const auto small = m_engine->pictureAt(upright, 0, 4096);
+    ASSERT_TRUE(small);
+    EXPECT_EQ(small->width, 320); // never larger than it is
+    const auto wide =
+        m_engine->pictureAt(film(QStringLiteral("w.mp4"), "-c:v libx264", "setsar=2"), 0, 160);
+    ASSERT_TRUE(wide);
+    EXPECT_EQ(wide->width, 160);
+    EXPECT_EQ(wide->height, 40);
+}
+
+TEST_F(FrameGrabber, FailsWithoutAPicture) {
+    const auto code = [&](const QString& path, double second = 0, int side = 64) {
+        const auto picture = m_engine->pictureAt(path, second, side);
+        return picture ? ErrorCode::Io : picture.error().code;
+    };
+    EXPECT_EQ(code(m_dir.path(QStringLiteral("none.mp4"))), ErrorCode::NotFound);
+    const QString path = film(QStringLiteral("a.mp4"), "-c:v libx264 -movflags +faststart");
+    EXPECT_EQ(code(path, 0, 0), ErrorCode::InvalidArgument);
+    EXPECT_EQ(code(path, std::nan("")), ErrorCode::InvalidArgument);
+    // The headers without the film.
+    const QByteArray whole = testkit::TempDir::read(path);
+    const QString cut =
+        m_dir.write(QStringLiteral("cut.mp4"), whole.left(whole.indexOf("mdat") + 8));
+    EXPECT_EQ(code(cut), ErrorCode::InvalidData);
+    const QString sound = m_dir.path(QStringLiteral("s.wav"));
+    ASSERT_EQ(testkit::run(QStringLiteral("ffmpeg"),
+                           {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
+                            QStringLiteral("lavfi"), QStringLiteral("-i"),
+                            QStringLiteral("sine=d=1"), sound})
+                  .exitCode,
+              0);
+    EXPECT_EQ(code(sound), ErrorCode::NotSupported);
+}
+
+} // namespace clipheave::platform
