@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+namespace clipheave::app {
+
+/// Makes the built-in files (":/icons", ":/pictures", ":/theme", ":/map") known; more calls do
+/// nothing.
+void initThemeResources();
+
+} // namespace clipheave::app

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QLabel>
+
+namespace clipheave::app {
+
+/// One fact of a file. text() is the whole string ("File Size: 1.94 GB"), also when it is too long
+/// to be shown; the part up to the first ": " is drawn as a label, the rest as the value, shortened
+/// in its middle. The whole value is the tool tip.
+class FactLabel : public QLabel {
+    Q_OBJECT
+public:
+    /// `label` with its ": ", as the bare text of a missing value.
+    explicit FactLabel(const QString& label = {}, QWidget* parent = nullptr);
+
+    /// `label` ("File Size: ") followed by the value; the bare label when it is empty.
+    void setFact(const QString& label, const QString& value);
+    void setFactText(const QString& whole);
+
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+} // namespace clipheave::app
