@@ -66,12 +66,11 @@ Sensor with its borders (we) or the picture within them (exiftool).
 The photo library does not know X3F.
   photo/exiftool__SigmaDP2.x3f width exiftool
   photo/exiftool__SigmaDP2.x3f height exiftool
-An image sequence: a track of pictures and no still picture; exiftool gives the track's size.
-  photo/libheif__seq_seed.heif width exiftool
-  photo/libheif__seq_seed.heif height exiftool
-A JPEG that was cut out before its frame header; exiftool falls back on the size that Exif claims.
-  photo/nom-exif__motion_photo_pixel_synth.jpg width exiftool
-  photo/nom-exif__motion_photo_pixel_synth.jpg height exiftool
+A photo cut off before its picture: we give the size that its Exif block claims, exiftool gives none.
+  photo/exiv2__issue_1881_coverage.jpg width nobody
+  photo/exiv2__issue_1881_coverage.jpg height nobody
+  photo/file-type__fixture-sony-zv-e10.arw width nobody
+  photo/file-type__fixture-sony-zv-e10.arw height nobody
 A latitude of 213 degrees is none.
   photo/photoprism__buggy_panorama.jpg latitude exiftool
   photo/photoprism__buggy_panorama.jpg longitude exiftool
@@ -94,6 +93,9 @@ Fragments from second 10 on: we give the end of the longest track, that of the c
   video/mp4ff__cbcsdec.mp4 durationSeconds ffprobe
 One fragment of a longer film: its header announces 48 s (mehd), the file holds the first six.
   video/mp4ff__stpp_combined.mp4 durationSeconds ffprobe
+A shortcoming of ours: the tags of an Ogg stand in its streams, and of one with a picture stream first those of the sound
+stream are not read.
+  video/taglib__multiplex.ogg title exiftool+ffprobe
 The header says 15 s, the fragments hold 16.35 s, as ffprobe says too.
   video/mutagen__no-tags.3g2 durationSeconds exiftool+mutagen
 """
