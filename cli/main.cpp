@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/commands.h"
+#include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 #include "platform/media/av_asset_export_session.h"
 #include "platform/workspace/ns_workspace.h"
@@ -125,7 +126,21 @@ int run(int argc, char** argv) {
 
 } // namespace clipheave::cli
 
+namespace {
+
+/// What the toolkit has to say is for --verbose, not for the middle of a user's output.
+void takeToolkitMessage(QtMsgType, const QMessageLogContext&, const QString& text) {
+    clipheave::platform::log(clipheave::platform::LogLevel::Trace, text);
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
+    qInstallMessageHandler(&takeToolkitMessage);
+    // Local times are asked for thousands of times; without this the zone file is looked at each
+    // time.
+    if (!qEnvironmentVariableIsSet("TZ"))
+        qputenv("TZ", ":/etc/localtime");
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("clipheave"));
     // Nothing pops up on the desktop of whoever runs a script.

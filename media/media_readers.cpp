@@ -121,7 +121,8 @@ Result<ItemPointer> readTaggedAudio(const QString& path, WalkTable table) {
     applyAudioAttributes(*item, MDItem::create(opened->file));
     const auto asset = AVURLAsset::assetWithFile(opened->file);
     if (!asset) {
-        item->problem = asset.error().text();
+        if (item->problem.isEmpty())
+            item->problem = asset.error().text();
         return item;
     }
     logMetadata(*asset);
@@ -167,7 +168,8 @@ void applyAudioFileProperties(IKImageItem& item, const std::shared_ptr<const Med
     const auto audio = AudioFileOpenURL(file, kAudioFileReadPermission);
     if (!audio) {
         log(LogLevel::Warning, QStringLiteral("AudioFileOpenURL failed"), item.filePath);
-        item.problem = audio.error().text();
+        if (item.problem.isEmpty())
+            item.problem = QStringLiteral("not a file that audio file services open");
         return;
     }
     if (!AudioFileGetPropertyInfo(*audio, kAudioFilePropertyID3Tag))
@@ -196,7 +198,8 @@ Result<ItemPointer> readVideoItem(const QString& path, WalkTable table) {
     applyVideoAttributes(*item, index);
     const auto asset = AVURLAsset::assetWithFile(opened->file);
     if (!asset) {
-        item->problem = asset.error().text();
+        if (item->problem.isEmpty())
+            item->problem = asset.error().text();
         applyIndexFallback(*item, index);
         return item;
     }

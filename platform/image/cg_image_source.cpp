@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/cg_image_source.h"
 
-#include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 #include "platform/image/heif_reader.h"
 #include "platform/image/photo_tags.h"
@@ -186,8 +185,6 @@ Result<CGImageSource> CGImageSource::createWithPath(const QString& path) {
     source.m_attributes = *attributes;
     source.m_properties = dictionariesOf(*facts);
     source.m_problem = facts->problem;
-    if (!source.m_problem.isNull())
-        log(LogLevel::Warning, source.m_problem, path);
     return source;
 }
 

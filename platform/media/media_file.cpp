@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/media_file.h"
 
-#include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 #include "platform/media/container_sniffer.h"
 #include "platform/media/formats/format_readers.h"
@@ -98,14 +97,13 @@ Result<MediaFacts> readContainer(FileReader& reader, const SniffedFile& sniffed)
 MediaFacts factsOf(FileReader& reader) {
     const SniffedFile sniffed = sniffFile(reader);
     Result<MediaFacts> facts = readContainer(reader, sniffed);
-    if (facts) {
-        if (!facts->problem.isNull())
-            log(LogLevel::Warning, facts->problem, reader.path());
+    if (facts)
         return std::move(*facts);
-    }
-    log(LogLevel::Warning, facts.error().text(), reader.path());
+    // Whoever shows the reason names the file with it.
+    Error reason = facts.error();
+    reason.path.clear();
     MediaFacts none;
-    none.problem = facts.error().text();
+    none.problem = reason.text();
     return none;
 }
 
