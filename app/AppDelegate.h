@@ -87,6 +87,8 @@ public:
     Q_INVOKABLE void RemoveMediaFileAction();
     Q_INVOKABLE void RemoveAllMediaFileAction();
     Q_INVOKABLE void RemoveSelectedMediaFileAction();
+    /// Editing begins in the field of this name: sets the flag of its group; always answers yes.
+    bool control_textShouldBeginEditing(const QString& field);
     void ShowVideoViewWithItem(const media::ItemPointer& item);
     void ShowAudioViewWithItem(const media::ItemPointer& item);
     Q_INVOKABLE void ChangeToImportComputerPhoto();
@@ -120,6 +122,11 @@ public:
 private:
     void observeNotifications();
     void connectWindow();
+    void connectPanes();
+    void connectPreferences();
+    /// Saves the failed files of a job again, with what the pane shows now.
+    void retryJob(int job);
+    void startSave(const std::vector<media::ItemPointer>& items);
     void applyPreferenceValues();
     void runImport(const QStringList& paths, bool photos);
     void appendNewItem(int job, const media::ItemPointer& item);
@@ -144,6 +151,7 @@ private:
     media::ChangeFlags m_flags;
     std::vector<media::ItemPointer> m_items; ///< localPhotoItemArray, import order
     media::ItemPointer m_shownItem;          ///< what the pane shows; null: nothing
+    std::uint64_t m_totalBytes = 0;          ///< of m_items
     std::size_t m_shownItems = 0;            ///< of m_items, how many the list shows already
     std::atomic<bool> m_stopping{false};     ///< read by workers
     int m_runningImports = 0;

@@ -1,4 +1,79 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-int main() {
-    return 0;
+#include "app/AppDelegate.h"
+#include "app/grab.h"
+#include "app/theme/theme.h"
+#include "platform/foundation/log.h"
+#include "platform/foundation/paths.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+
+#include <clocale>
+#include <cstdio>
+
+namespace {
+
+using namespace clipheave;
+
+void addOptions(QCommandLineParser& parser) {
+    parser.setApplicationDescription(
+        QStringLiteral("Batch work on videos, audio files and photos"));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addOption({QStringLiteral("grab"), QStringLiteral("Paint a view into a file and end."),
+                      QStringLiteral("FILE.png")});
+    parser.addOption({QStringLiteral("view"),
+                      QStringLiteral("With --grab: %1.").arg(app::grabViewNames().join(u", ")),
+                      QStringLiteral("NAME"), QStringLiteral("video")});
+    parser.addOption({QStringLiteral("theme"), QStringLiteral("system, dark or light."),
+                      QStringLiteral("NAME"), QStringLiteral("dark")});
+    parser.addOption({QStringLiteral("size"), QStringLiteral("With --grab: window size."),
+                      QStringLiteral("WxH"), QStringLiteral("1440x900")});
+    parser.addOption({QStringLiteral("config"), QStringLiteral("Preferences file of this run."),
+                      QStringLiteral("FILE")});
+    parser.addPositionalArgument(QStringLiteral("PATH"),
+                                 QStringLiteral("Files and folders to add."),
+                                 QStringLiteral("[PATH…]"));
+}
+
+app::Appearance appearanceOf(const QString& name) {
+    if (name == u"light")
+        return app::Appearance::Light;
+    return name == u"system" ? app::Appearance::System : app::Appearance::Dark;
+}
+
+void printLog(const platform::LogLine& line) {
+    const QString text =
+        line.path.isEmpty() ? line.text : line.path + QStringLiteral(": ") + line.text;
+    std::fprintf(stderr, "%s\n", platform::nativePath(text).constData());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    // Local times are asked for thousands of times; without this the zone file is looked at each
+    // time.
+    if (!qEnvironmentVariableIsSet("TZ"))
+        qputenv("TZ", ":/etc/localtime");
+    const QApplication application(argc, argv);
+    std::setlocale(LC_NUMERIC, "C"); // the player asks for it
+    QApplication::setApplicationName(QStringLiteral("clipheave"));
+    QApplication::setApplicationVersion(QStringLiteral(CLIPHEAVE_VERSION));
+    QCommandLineParser parser;
+    addOptions(parser);
+    parser.process(application);
+    const platform::LogSubscription console(platform::LogLevel::Warning, &printLog);
+
+    app::Theme::instance().apply(appearanceOf(parser.value(QStringLiteral("theme"))));
+    auto defaults =
+        std::make_unique<platform::NSUserDefaults>(parser.value(QStringLiteral("config")));
+    app::AppDelegate controller(std::move(defaults));
+    controller.awakeFromNib();
+    controller.applicationDidFinishLaunching();
+    if (parser.isSet(QStringLiteral("grab")))
+        return app::grabView(
+            controller, {parser.value(QStringLiteral("grab")), parser.value(QStringLiteral("view")),
+                         parser.value(QStringLiteral("size")), parser.positionalArguments()});
+    controller.importPaths(parser.positionalArguments());
+    return QApplication::exec();
 }

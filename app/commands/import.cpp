@@ -89,6 +89,7 @@ void AppDelegate::runImport(const QStringList& paths, bool photos) {
 
 void AppDelegate::appendNewItem(int job, const media::ItemPointer& item) {
     m_items.push_back(item);
+    m_totalBytes += item->sizeBytes;
     if (item->problem.isEmpty())
         return;
     m_activity->fileFinished(job, {item->filePath, {}, FileState::Failed, item->problem});

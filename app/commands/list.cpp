@@ -62,6 +62,8 @@ std::vector<media::ItemPointer> AppDelegate::selectedItems() const {
 
 void AppDelegate::RemoveMediaFileAction() {
     const auto removed = selectedItems();
+    for (const auto& item : removed)
+        m_totalBytes -= item->sizeBytes;
     std::erase_if(m_items, [&removed](const media::ItemPointer& item) {
         return std::find(removed.begin(), removed.end(), item) != removed.end();
     });
@@ -99,10 +101,8 @@ void AppDelegate::showNoSelectionAlert() {
 }
 
 void AppDelegate::refreshSummary() {
-    std::uint64_t bytes = 0, selectedBytes = 0;
+    std::uint64_t selectedBytes = 0;
     double seconds = 0;
-    for (const auto& item : m_items)
-        bytes += item->sizeBytes;
     const auto selected = selectedItems();
     for (const auto& item : selected) {
         selectedBytes += item->sizeBytes;
@@ -116,8 +116,8 @@ void AppDelegate::refreshSummary() {
                       .arg(count)
                       .arg(getMediaDuration(static_cast<int>(seconds)), sizeText(selectedBytes));
     m_window->setListSummary(summary, m_mediaController->isSorted());
-    m_window->setTotals(count == 1 ? tr("1 item, %1").arg(sizeText(bytes))
-                                   : tr("%1 items, %2").arg(count).arg(sizeText(bytes)));
+    m_window->setTotals(count == 1 ? tr("1 item, %1").arg(sizeText(m_totalBytes))
+                                   : tr("%1 items, %2").arg(count).arg(sizeText(m_totalBytes)));
     m_window->detailPane()->setTouchedCount(static_cast<int>(selected.size()));
 }
 

@@ -45,6 +45,25 @@ void AppDelegate::SaveMeidaFileChangesAction() {
     const auto items = selectedItems();
     if (items.empty())
         return showNoSelectionAlert();
+    startSave(items);
+}
+
+void AppDelegate::retryJob(int id) {
+    const ActivityJob* job = m_activity->job(id);
+    if (!job)
+        return;
+    std::vector<media::ItemPointer> again;
+    for (const ActivityFile& file : job->files)
+        for (const auto& item : m_items)
+            if (file.state == FileState::Failed && item->filePath == file.source) {
+                again.push_back(item);
+                break;
+            }
+    if (!again.empty())
+        startSave(again);
+}
+
+void AppDelegate::startSave(const std::vector<media::ItemPointer>& items) {
     auto run = std::make_shared<SaveRun>();
     run->job = m_activity->beginJob(tr("Save changes"), static_cast<int>(items.size()));
     run->left = static_cast<int>(items.size());

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+#include "app/activity/activity_model.h"
+#include "app/activity/activity_panel.h"
+#include "app/panes/detail_pane.h"
+#include "app/theme/theme.h"
+#include "app/windows/main_window.h"
+#include "app/windows/preferences_window.h"
+#include "metadata/video_metadata.h"
+#include "platform/media/av_asset_export_session.h"
+#include "platform/workspace/ns_workspace.h"
+
+namespace clipheave::app {
+
+void AppDelegate::connectWindow() {
+    MainWindow* window = m_window.get();
+    connect(window, &MainWindow::selectionChanged, this, &AppDelegate::tableViewSelectionDidChange);
+    connect(window, &MainWindow::columnClicked, this, &AppDelegate::tableView_didClickTableColumn);
+    connect(window, &MainWindow::pathsDropped, this, [this](const QStringList& paths) {
+        platform::log(platform::LogLevel::Trace, QStringLiteral("urls==%1").arg(paths.join(u", ")));
+        importPaths(paths);
+    });
+    connect(window, &MainWindow::addRequested, this, &AppDelegate::AddMediaFileAction);
+    connect(window, &MainWindow::removeRequested, this, &AppDelegate::RemoveMediaFileAction);
+    connect(window, &MainWindow::commandRequested, this, &AppDelegate::performCommand);
+    connect(window, &MainWindow::systemCloseRequested, this, &AppDelegate::windowShouldClose);
+    connect(window, &MainWindow::storageFolderRequested, this, &AppDelegate::openStorageFolder);
+    connectPanes();
+    connectPreferences();
+}
+
+void AppDelegate::connectPanes() {
+    DetailPane* pane = m_window->detailPane();
+    pane->setLocationTextRule(&metadata::locationText);
+    connect(pane, &DetailPane::fieldEditingBegan, this,
+            [this](const QString& field) { control_textShouldBeginEditing(field); });
+    connect(pane, &DetailPane::revealRequested, this, &AppDelegate::revealCurrentItem);
+    connect(pane, &DetailPane::artworkChosen, this, &AppDelegate::takeArtwork);
+    connect(pane, &DetailPane::durationKnown, this, [this](double seconds) {
+        if (!m_shownItem || !m_shownItem->fileduratStr.isEmpty())
+            return;
+        m_shownItem->fileduration = seconds;
+        m_shownItem->fileduratStr = getMediaDuration(static_cast<int>(seconds));
+    });
+    ActivityPanel* panel = m_window->activityPanel();
+    connect(panel, &ActivityPanel::revealRequested, this, [](const QStringList& paths) {
+        platform::NSWorkspace::sharedWorkspace().selectFiles(paths);
+    });
+    connect(m_activity.get(), &ActivityModel::cancelRequested, this,
+            [] { platform::AVAssetExportSession::cancelAllExports(); });
+    connect(m_activity.get(), &ActivityModel::retryRequested, this, &AppDelegate::retryJob);
+}
+
+void AppDelegate::connectPreferences() {
+    PreferencesWindow* window = m_preferencesWindow.get();
+    connect(window, &PreferencesWindow::changeStoreLocation, this,
+            &AppDelegate::ChangeStoreLocation);
+    connect(window, &PreferencesWindow::cancel, this, &AppDelegate::CancelPreferenceSetting);
+    connect(window, &PreferencesWindow::save, this, &AppDelegate::ResetPreferenceSetting);
+    connect(window, &PreferencesWindow::appearanceChosen, this,
+            [](int index) { Theme::instance().apply(static_cast<Appearance>(index)); });
+    connect(window, &PreferencesWindow::showFontPanel, this,
+            [this] { notAvailableYet(QStringLiteral("ShowFontPanelAction")); });
+}
+
+bool AppDelegate::control_textShouldBeginEditing(const QString& field) {
+    for (const media::VideoFormField& row : media::videoFormFields())
+        if (field == QLatin1String(row.objectName) && row.group)
+            m_flags.*row.group = true;
+    for (const media::AudioField& row : media::audioFields())
+        if (field == QLatin1String(row.objectName) && row.group)
+            m_flags.*row.group = true;
+    if (field == u"audioCreateDatelab")
+        m_flags.cameraInfoChange = true;
+    // Deliberate: the altitude sets no flag.
+    if (field == u"mediaLatitude" || field == u"mediaLongtitude")
+        m_flags.gpsInfoChange = true;
+    return true;
+}
+
+} // namespace clipheave::app

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace clipheave::app {
+
+class AppDelegate;
+
+struct GrabRequest {
+    QString file; ///< PNG to write
+    QString view;
+    QString size; ///< "1440x900"
+    QStringList paths;
+};
+
+[[nodiscard]] QStringList grabViewNames();
+/// Imports the paths, brings up the view, paints the window into the file. Answers an exit status.
+[[nodiscard]] int grabView(AppDelegate& controller, const GrabRequest& request);
+
+} // namespace clipheave::app

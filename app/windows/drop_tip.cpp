@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/windows/drop_tip.h"
+
+#include "app/theme/theme.h"
+#include "app/widgets/button_look.h"
+#include "media/media_kind.h"
+#include "platform/foundation/file_manager.h"
+
+#include <QDragEnterEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMimeData>
+#include <QPainter>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace clipheave::app {
+
+namespace {
+
+/// Three pictures fanned out behind a plus, as an invitation.
+class TipPicture : public QWidget {
+public:
+    explicit TipPicture(QWidget* parent) : QWidget(parent) { setFixedSize(180, 104); }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const Theme& theme = Theme::instance();
+        paintCard(painter, QPointF(44, 48), -9, "film", theme.color(Token::kVideo));
+        paintCard(painter, QPointF(136, 48), 9, "music", theme.color(Token::kAudio));
+        paintCard(painter, QPointF(90, 36), 0, "image", theme.color(Token::kPhoto));
+        painter.resetTransform();
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(theme.color(Token::accent));
+        painter.drawEllipse(QPointF(90, 86), 15, 15);
+        painter.drawPixmap(QPoint(82, 78),
+                           themePixmap(QStringLiteral("add"), 16, theme.color(Token::onAccent),
+                                       devicePixelRatioF()));
+    }
+
+private:
+    void paintCard(QPainter& painter, QPointF centre, double angle, const char* icon,
+                   const QColor& hue) {
+        const Theme& theme = Theme::instance();
+        painter.resetTransform();
+        painter.translate(centre);
+        painter.rotate(angle);
+        painter.setPen(QPen(theme.color(Token::line2), 1));
+        painter.setBrush(theme.color(Token::bg3));
+        painter.drawRoundedRect(QRectF(-41, -29, 82, 58), 6, 6);
+        painter.drawPixmap(QPoint(-12, -12),
+                           themePixmap(QLatin1String(icon), 24, hue, devicePixelRatioF()));
+    }
+};
+
+QLabel* centredLabel(const QString& text, FontRole role, const char* token, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    label->setFont(Theme::instance().font(role));
+    label->setAlignment(Qt::AlignCenter);
+    label->setProperty("token", QLatin1String(token));
+    return label;
+}
+
+} // namespace
+
+QStringList localPathsOf(const QMimeData* data) {
+    QStringList paths;
+    for (const QUrl& url : data->urls())
+        if (url.isLocalFile())
+            paths.append(url.toLocalFile());
+    return paths;
+}
+
+bool listTakesDrop(const QStringList& paths) {
+    if (paths.isEmpty())
+        return false;
+    bool isFolder = false;
+    const bool exists =
+        platform::NSFileManager::defaultManager().fileExistsAtPath(paths.first(), isFolder);
+    return media::MediaKind::isAudio(paths.first()) || media::MediaKind::isVideo(paths.first()) ||
+           (exists && isFolder);
+}
+
+DropTip::DropTip(QWidget* parent) : QWidget(parent) {
+    setObjectName(QStringLiteral("leftTipView"));
+    setAccessibleName(tr("Drop your files here"));
+    setAcceptDrops(true);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(32, 32, 32, 32);
+    layout->addStretch();
+    layout->addWidget(new TipPicture(this), 0, Qt::AlignHCenter);
+    layout->addSpacing(20);
+    layout->addWidget(
+        centredLabel(tr("Drop your files here"), FontRole::EmptyTitle, "text1", this));
+    layout->addSpacing(4);
+    layout->addWidget(
+        centredLabel(tr("Videos, audio files or whole folders"), FontRole::Body, "text2", this));
+    layout->addSpacing(20);
+    auto* buttons = new QHBoxLayout;
+    auto* add = new Button(ButtonKind::Primary, tr("Add Files or Folders…"),
+                           QStringLiteral("add-files"), this);
+    auto* device =
+        new Button(ButtonKind::Plain, tr("From a Device…"), QStringLiteral("camera"), this);
+    buttons->addStretch();
+    buttons->addWidget(add);
+    buttons->addSpacing(8);
+    buttons->addWidget(device);
+    buttons->addStretch();
+    layout->addLayout(buttons);
+    layout->addSpacing(24);
+    layout->addWidget(
+        centredLabel(tr("Edits and exports are written as new files to the storage folder."),
+                     FontRole::Cell, "text3", this));
+    layout->addStretch();
+    connect(add, &Button::clicked, this, &DropTip::addRequested);
+    connect(device, &Button::clicked, this, &DropTip::deviceRequested);
+}
+
+void DropTip::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const Theme& theme = Theme::instance();
+    painter.fillRect(rect(), theme.color(Token::bg1));
+    QPen pen(theme.color(m_dragging ? Token::accent : Token::line3), m_dragging ? 2 : 1);
+    pen.setStyle(Qt::CustomDashLine);
+    pen.setDashPattern({3, 3});
+    painter.setPen(pen);
+    painter.setBrush(m_dragging ? theme.color(Token::sel, 0.35) : QColor(Qt::transparent));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(16.5, 16.5, -16.5, -16.5), 12, 12);
+}
+
+void DropTip::dragEnterEvent(QDragEnterEvent* event) {
+    if (!listTakesDrop(localPathsOf(event->mimeData())))
+        return;
+    m_dragging = true;
+    update();
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void DropTip::dragLeaveEvent(QDragLeaveEvent*) {
+    m_dragging = false;
+    update();
+}
+
+void DropTip::dropEvent(QDropEvent* event) {
+    m_dragging = false;
+    update();
+    m_paths = localPathsOf(event->mimeData());
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    Q_EMIT pathsDropped(m_paths);
+}
+
+} // namespace clipheave::app

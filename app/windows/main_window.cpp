@@ -1,0 +1,273 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/windows/main_window.h"
+
+#include "app/activity/activity_bar.h"
+#include "app/activity/activity_model.h"
+#include "app/activity/activity_panel.h"
+#include "app/list/media_list_model.h"
+#include "app/list/media_table_view.h"
+#include "app/list/photo_grid.h"
+#include "app/panes/artwork_well.h"
+#include "app/panes/detail_pane.h"
+#include "app/theme/theme.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/picture_button.h"
+#include "app/widgets/title_bar.h"
+#include "app/windows/drop_tip.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QWindow>
+
+#include <algorithm>
+
+namespace clipheave::app {
+
+namespace {
+
+constexpr int kResizeBorder = 5; // px
+
+QItemSelectionModel* selectionOf(QAbstractItemView* view) {
+    return view->selectionModel();
+}
+
+} // namespace
+
+MainWindow::~MainWindow() {
+    saveLayout();
+}
+
+bool MainWindow::showsPhotos() const {
+    return m_listStack->currentIndex() == 1;
+}
+
+QAbstractItemView* MainWindow::currentView() const {
+    return showsPhotos() ? static_cast<QAbstractItemView*>(m_grid)
+                         : static_cast<QAbstractItemView*>(m_table);
+}
+
+int MainWindow::currentRow() const {
+    const auto* selection = selectionOf(currentView());
+    return selection->hasSelection() ? selection->currentIndex().row() : -1;
+}
+
+QList<int> MainWindow::selectedRows() const {
+    QList<int> rows;
+    for (const QModelIndex& index : selectionOf(currentView())->selectedIndexes())
+        if (!rows.contains(index.row()) && index.column() == 0)
+            rows.append(index.row());
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+void MainWindow::selectRow(int row) {
+    QAbstractItemView* view = currentView();
+    view->clearSelection();
+    if (row >= 0)
+        view->setCurrentIndex(view->model()->index(row, 0));
+}
+
+void MainWindow::showEmptyState() {
+    m_leftStack->setCurrentIndex(0);
+    m_detailPane->showNothing();
+}
+
+void MainWindow::showMediaList() {
+    m_leftStack->setCurrentIndex(1);
+}
+
+void MainWindow::showComputer() {
+    m_sourceSegment->setCurrentIndex(0);
+}
+
+void MainWindow::showList() {
+    m_viewSegment->setCurrentIndex(0);
+    m_listStack->setCurrentIndex(0);
+    m_toolSets->setCurrentIndex(0);
+    m_detailPane->show();
+    Q_EMIT selectionChanged();
+}
+
+void MainWindow::showPhotos() {
+    m_viewSegment->setCurrentIndex(1);
+    m_listStack->setCurrentIndex(1);
+    m_toolSets->setCurrentIndex(1);
+    m_leftStack->setCurrentIndex(1);
+    // Without an edit pane the grid takes all the width.
+    m_detailPane->hide();
+    Q_EMIT selectionChanged();
+}
+
+void MainWindow::toggleDetailPane() {
+    m_detailPane->setVisible(m_detailPane->isHidden());
+}
+
+void MainWindow::toggleActivity() {
+    m_activityPanel->toggle();
+}
+
+void MainWindow::toggleFullScreen() {
+    setWindowState(windowState() ^ Qt::WindowFullScreen);
+}
+
+void MainWindow::appearanceSystem() {
+    Theme::instance().apply(Appearance::System);
+}
+void MainWindow::appearanceDark() {
+    Theme::instance().apply(Appearance::Dark);
+}
+void MainWindow::appearanceLight() {
+    Theme::instance().apply(Appearance::Light);
+}
+
+bool MainWindow::editFocusedField(const char* operation) {
+    auto* field = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+    return field && QMetaObject::invokeMethod(field, operation);
+}
+
+void MainWindow::undo() {
+    editFocusedField("undo");
+}
+void MainWindow::redo() {
+    editFocusedField("redo");
+}
+void MainWindow::cut() {
+    editFocusedField("cut");
+}
+void MainWindow::copy() {
+    editFocusedField("copy");
+}
+
+void MainWindow::paste() {
+    if (editFocusedField("paste"))
+        return;
+    if (auto* well = qobject_cast<ArtworkWell*>(QApplication::focusWidget()))
+        well->paste();
+}
+
+void MainWindow::selectAll() {
+    if (!editFocusedField("selectAll"))
+        currentView()->selectAll();
+}
+
+void MainWindow::deselect() {
+    currentView()->clearSelection();
+}
+
+void MainWindow::setListSummary(const QString& summary, bool sorted) {
+    m_summary->setText(summary);
+    m_sortedNote->setVisible(sorted);
+}
+
+void MainWindow::setTotals(const QString& totals) {
+    m_activityBar->setListSummary(totals);
+}
+
+void MainWindow::setStorageLocation(const QString& folder) {
+    m_storageChip->setPath(folder);
+}
+
+void MainWindow::showStatus(const QString& text) {
+    m_activityBar->showMessage(text);
+}
+
+void MainWindow::setTitleButtonPictures(bool recentSystem) {
+    m_titleBar->closeButton()->setPicture(recentSystem ? QStringLiteral("Close_Nom.png")
+                                                       : QStringLiteral("titlebarred.png"));
+    m_titleBar->minimiseButton()->setPicture(recentSystem ? QStringLiteral("Min_Nom.png")
+                                                          : QStringLiteral("titlebaryellow.png"));
+    m_titleBar->resizeButton()->setPicture(recentSystem ? QStringLiteral("Resize_Nom.png")
+                                                        : QStringLiteral("titlebargreen.png"));
+    m_recentSystem = recentSystem;
+}
+
+void MainWindow::setTitleButtonPressed(bool pressed) {
+    if (pressed)
+        m_titleBar->closeButton()->setPicture(m_recentSystem
+                                                  ? QStringLiteral("Close_Down.png")
+                                                  : QStringLiteral("titlebarreddown.png"));
+    else
+        setTitleButtonPictures(m_recentSystem);
+}
+
+void MainWindow::setButtonPicture(QObject* button, const char* picture) {
+    auto* pictureButton = qobject_cast<PictureButton*>(button);
+    if (pictureButton && picture && pictureButton->kind() == ButtonKind::Tool)
+        pictureButton->setPicture(QLatin1String(picture));
+}
+
+void MainWindow::setButtonHovered(QObject* button, bool hovered) {
+    Q_UNUSED(hovered)
+    if (auto* widget = qobject_cast<QWidget*>(button))
+        widget->update();
+}
+
+void MainWindow::setJobProgressVisible(bool visible) {
+    m_activityBar->setBusyVisible(visible);
+}
+
+void MainWindow::setCameraProgressVisible(bool visible) {
+    m_activityBar->setBusyVisible(visible);
+}
+
+QStringList MainWindow::droppedPaths(QObject* view) const {
+    if (const auto* well = qobject_cast<const ArtworkWell*>(view))
+        return {well->droppedPath()};
+    if (const auto* tip = qobject_cast<const DropTip*>(view))
+        return tip->droppedPaths();
+    return {};
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    event->accept();
+    Q_EMIT systemCloseRequested();
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::WindowTitleChange)
+        m_titleBar->setName(windowTitle());
+}
+
+Qt::Edges MainWindow::edgesAt(QPoint position) const {
+    Qt::Edges edges;
+    if (isMaximized() || isFullScreen())
+        return edges;
+    edges.setFlag(Qt::LeftEdge, position.x() < kResizeBorder);
+    edges.setFlag(Qt::RightEdge, position.x() >= width() - kResizeBorder);
+    edges.setFlag(Qt::TopEdge, position.y() < kResizeBorder);
+    edges.setFlag(Qt::BottomEdge, position.y() >= height() - kResizeBorder);
+    return edges;
+}
+
+void MainWindow::mousePressEvent(QMouseEvent* event) {
+    const Qt::Edges edges = edgesAt(event->position().toPoint());
+    if (event->button() == Qt::LeftButton && edges && windowHandle())
+        windowHandle()->startSystemResize(edges);
+    else
+        QMainWindow::mousePressEvent(event);
+}
+
+void MainWindow::mouseMoveEvent(QMouseEvent* event) {
+    const Qt::Edges edges = edgesAt(event->position().toPoint());
+    const bool leftRight = edges & (Qt::LeftEdge | Qt::RightEdge);
+    const bool topBottom = edges & (Qt::TopEdge | Qt::BottomEdge);
+    const bool falling =
+        edges == (Qt::LeftEdge | Qt::TopEdge) || edges == (Qt::RightEdge | Qt::BottomEdge);
+    if (leftRight && topBottom)
+        setCursor(falling ? Qt::SizeFDiagCursor : Qt::SizeBDiagCursor);
+    else if (leftRight)
+        setCursor(Qt::SizeHorCursor);
+    else if (topBottom)
+        setCursor(Qt::SizeVerCursor);
+    else
+        unsetCursor();
+}
+
+} // namespace clipheave::app

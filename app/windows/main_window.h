@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QList>
+#include <QMainWindow>
+#include <QStringList>
+
+class QAbstractItemView;
+class QLabel;
+class QMenu;
+class QSplitter;
+class QStackedWidget;
+
+namespace clipheave::app {
+
+class ActivityBar;
+class ActivityModel;
+class ActivityPanel;
+class DetailPane;
+class MediaListModel;
+class MediaTableView;
+class PhotoGrid;
+class PictureButton;
+class Segment;
+class StorageChip;
+struct MenuEntry;
+class TitleBar;
+class ToolBand;
+
+/// The single window: tools on top, list and detail pane in the middle, activity at the bottom. It
+/// shows and reports; what a command does is the controller's.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    MainWindow(MediaListModel& model, ActivityModel& activity);
+    ~MainWindow() override;
+
+    [[nodiscard]] DetailPane* detailPane() const { return m_detailPane; }
+    [[nodiscard]] MediaTableView* table() const { return m_table; }
+    [[nodiscard]] PhotoGrid* photoGrid() const { return m_grid; }
+    [[nodiscard]] ActivityPanel* activityPanel() const { return m_activityPanel; }
+
+    // Selection, in rows of the view that is shown
+    [[nodiscard]] int currentRow() const;
+    [[nodiscard]] QList<int> selectedRows() const; ///< ascending
+    void selectRow(int row);                       ///< -1: none
+
+    // Views
+    void showEmptyState();
+    void showMediaList(); ///< the list area in place of the placeholders
+    Q_INVOKABLE void showComputer();
+    Q_INVOKABLE void showList();
+    Q_INVOKABLE void showPhotos();
+    Q_INVOKABLE void toggleDetailPane();
+    Q_INVOKABLE void toggleActivity();
+    Q_INVOKABLE void toggleFullScreen();
+    Q_INVOKABLE void appearanceSystem();
+    Q_INVOKABLE void appearanceDark();
+    Q_INVOKABLE void appearanceLight();
+    // Edit menu: on the field that has the focus, else on the list
+    Q_INVOKABLE void undo();
+    Q_INVOKABLE void redo();
+    Q_INVOKABLE void cut();
+    Q_INVOKABLE void copy();
+    Q_INVOKABLE void paste();
+    Q_INVOKABLE void selectAll();
+    Q_INVOKABLE void deselect();
+
+    // Texts
+    void setListSummary(const QString& summary, bool sorted);
+    void setTotals(const QString& totals);
+    void setStorageLocation(const QString& folder);
+    void showStatus(const QString& text);
+
+    // Pictures of the custom buttons
+    void setTitleButtonPictures(bool recentSystem);
+    void setTitleButtonPressed(bool pressed);
+    void setButtonPicture(QObject* button, const char* picture); ///< null: leaves it
+    void setButtonHovered(QObject* button, bool hovered);
+    void popUpMenu(const QString& name, QObject* button);
+    [[nodiscard]] QMenu* menu(const QString& name) const;
+    void setJobProgressVisible(bool visible);
+    void setCameraProgressVisible(bool visible);
+
+    /// What was dropped on a drop area or artwork well last.
+    [[nodiscard]] QStringList droppedPaths(QObject* view) const;
+
+Q_SIGNALS:
+    void selectionChanged();
+    void columnClicked(int column);
+    void pathsDropped(const QStringList& paths);
+    void removeRequested();
+    void addRequested();
+    void commandRequested(const QString& command);
+    void systemCloseRequested();
+    void storageFolderRequested();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+
+private:
+    QWidget* makeToolBar();
+    QWidget* makeListTools();
+    QWidget* makePhotoTools();
+    QWidget* makeLeftSide(MediaListModel& model);
+    QWidget* makeListHead();
+    QWidget* makeTip();
+    void makeMenus();
+    void fillMenu(QMenu& menu, const MenuEntry* entries, int count, bool withShortcuts);
+    void connectViews();
+    void restoreLayout();
+    void saveLayout() const;
+    [[nodiscard]] Qt::Edges edgesAt(QPoint position) const;
+    bool editFocusedField(const char* operation);
+    [[nodiscard]] bool showsPhotos() const;
+    [[nodiscard]] QAbstractItemView* currentView() const;
+
+    TitleBar* m_titleBar;
+    QStackedWidget* m_toolSets = nullptr;
+    QSplitter* m_splitter = nullptr;
+    Segment* m_sourceSegment = nullptr;
+    Segment* m_viewSegment = nullptr;
+    StorageChip* m_storageChip = nullptr;
+    QLabel* m_summary = nullptr;
+    QLabel* m_sortedNote = nullptr;
+    QStackedWidget* m_leftStack = nullptr; ///< leftTipView | leftphotoScrView
+    QStackedWidget* m_listStack = nullptr; ///< dragtableView | localImageBrowserView
+    MediaTableView* m_table = nullptr;
+    PhotoGrid* m_grid = nullptr;
+    DetailPane* m_detailPane = nullptr;
+    ActivityBar* m_activityBar = nullptr;
+    ActivityPanel* m_activityPanel = nullptr;
+    QList<QMenu*> m_menus;
+    bool m_recentSystem = true;
+};
+
+} // namespace clipheave::app

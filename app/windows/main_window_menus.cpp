@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/command_tables.h"
+#include "app/widgets/picture_button.h"
+#include "app/widgets/title_bar.h"
+#include "app/windows/main_window.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+
+namespace clipheave::app {
+
+void MainWindow::fillMenu(QMenu& menu, const MenuEntry* entries, int count, bool withShortcuts) {
+    for (int i = 0; i < count; ++i) {
+        const MenuEntry& entry = entries[i];
+        if (!entry.title) {
+            menu.addSeparator();
+            continue;
+        }
+        const QString title = tr(entry.title);
+        if (entry.submenu) {
+            fillMenu(*menu.addMenu(title), entry.submenu, entry.submenuCount, withShortcuts);
+            continue;
+        }
+        QAction* action = menu.addAction(title);
+        // Workers compare the fixed title; desktops may put mnemonics into the text.
+        action->setData(QString::fromUtf8(entry.title));
+        action->setObjectName(QLatin1String(entry.command));
+        if (withShortcuts && entry.shortcut)
+            action->setShortcut(QKeySequence(QLatin1String(entry.shortcut)));
+        const QString command = QLatin1String(entry.command);
+        connect(action, &QAction::triggered, this,
+                [this, command] { Q_EMIT commandRequested(command); });
+    }
+}
+
+void MainWindow::makeMenus() {
+    for (const MenuTable& table : menuBarMenus()) {
+        QMenu* menu = m_titleBar->menuBar()->addMenu(tr(table.title));
+        menu->setObjectName(QLatin1String(table.name));
+        fillMenu(*menu, table.entries.data(), static_cast<int>(table.entries.size()), true);
+    }
+    for (const MenuTable& table : popUpMenus()) {
+        auto* menu = new QMenu(this);
+        menu->setObjectName(QLatin1String(table.name));
+        fillMenu(*menu, table.entries.data(), static_cast<int>(table.entries.size()), false);
+        m_menus.append(menu);
+    }
+}
+
+QMenu* MainWindow::menu(const QString& name) const {
+    for (QMenu* menu : m_menus)
+        if (menu->objectName() == name)
+            return menu;
+    return nullptr;
+}
+
+void MainWindow::popUpMenu(const QString& name, QObject* button) {
+    QMenu* popUp = menu(name);
+    const auto* pictureButton = qobject_cast<PictureButton*>(button);
+    if (popUp && pictureButton)
+        popUp->popup(pictureButton->menuPosition());
+}
+
+} // namespace clipheave::app

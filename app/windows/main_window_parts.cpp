@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/activity/activity_bar.h"
+#include "app/activity/activity_model.h"
+#include "app/activity/activity_panel.h"
+#include "app/list/media_list_model.h"
+#include "app/list/media_table_view.h"
+#include "app/list/photo_grid.h"
+#include "app/panes/detail_pane.h"
+#include "app/theme/theme.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/picture_button.h"
+#include "app/widgets/title_bar.h"
+#include "app/windows/drop_tip.h"
+#include "app/windows/main_window.h"
+
+#include <QHBoxLayout>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QSettings>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QStandardPaths>
+#include <QVBoxLayout>
+
+namespace clipheave::app {
+
+namespace {
+
+constexpr int kRightWidth = 600, kRightLeast = 520, kRightMost = 960, kLeftLeast = 480;
+constexpr int kHeadHeight = 44;
+
+QVBoxLayout* tightColumn(QWidget* widget) {
+    auto* layout = new QVBoxLayout(widget);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    return layout;
+}
+
+PictureButton* tool(const char* name, const QString& label, const char* picture, bool menu) {
+    auto* button = new PictureButton(ButtonKind::Tool, label, QLatin1String(picture));
+    button->setObjectName(QLatin1String(name));
+    button->setOpensMenu(menu);
+    return button;
+}
+
+/// Window geometry and the like live apart from the five preference keys.
+QString layoutFile() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/clipheave/window.conf");
+}
+
+} // namespace
+
+MainWindow::MainWindow(MediaListModel& model, ActivityModel& activity) {
+    setObjectName(QStringLiteral("mainWindow"));
+    setWindowFlag(Qt::FramelessWindowHint);
+    setWindowTitle(QStringLiteral("ClipHeave"));
+    setMinimumSize(1100, 680);
+    setMouseTracking(true);
+    auto* body = new QWidget(this);
+    QVBoxLayout* column = tightColumn(body);
+    m_titleBar = new TitleBar(body);
+    m_titleBar->setName(windowTitle());
+    column->addWidget(m_titleBar);
+    column->addWidget(makeToolBar());
+    m_splitter = new QSplitter(Qt::Horizontal, body);
+    m_splitter->setHandleWidth(1);
+    m_splitter->setChildrenCollapsible(false);
+    m_splitter->addWidget(makeLeftSide(model));
+    m_detailPane = new DetailPane(m_splitter);
+    m_detailPane->setMinimumWidth(kRightLeast);
+    m_detailPane->setMaximumWidth(kRightMost);
+    m_splitter->addWidget(m_detailPane);
+    m_splitter->setStretchFactor(0, 1);
+    m_splitter->setStretchFactor(1, 0);
+    column->addWidget(m_splitter, 1);
+    m_activityBar = new ActivityBar(activity, body);
+    m_activityPanel = new ActivityPanel(activity, body);
+    column->addWidget(m_activityBar);
+    column->addWidget(m_activityPanel);
+    setCentralWidget(body);
+    makeMenus();
+    connectViews();
+    restoreLayout();
+}
+
+QWidget* MainWindow::makeToolBar() {
+    auto* bar = new ToolBand(this);
+    m_sourceSegment = new Segment(Segment::Size::Normal, bar);
+    m_sourceSegment->addPart(tr("Computer"), QStringLiteral("computer"),
+                             QStringLiteral("localphotoBtn"));
+    m_sourceSegment->addPart(tr("Device"), QStringLiteral("camera"),
+                             QStringLiteral("cameraphotoBtn"));
+    m_sourceSegment->setSwitchesItself(false);
+    m_sourceSegment->setCurrentIndex(0);
+    bar->add(m_sourceSegment);
+    bar->addGap(8);
+    auto* add = new PictureButton(ButtonKind::Primary, tr("Add"), QStringLiteral("add"), bar);
+    add->setObjectName(QStringLiteral("importPhotobtn"));
+    add->setOpensMenu(true);
+    bar->add(add);
+    bar->addSeparator();
+    m_toolSets = new QStackedWidget(bar);
+    m_toolSets->addWidget(makeListTools());
+    m_toolSets->addWidget(makePhotoTools());
+    bar->add(m_toolSets);
+    bar->addStretch();
+    m_storageChip = new StorageChip(bar);
+    m_storageChip->setObjectName(QStringLiteral("storageChip"));
+    bar->add(m_storageChip);
+    return bar;
+}
+
+QWidget* MainWindow::makeListTools() {
+    auto* band = new ToolBand(this);
+    band->layout()->setContentsMargins(0, 0, 0, 0);
+    band->add(tool("videoRenameBtn", tr("Rename"), "renamebtn.png", false));
+    band->add(tool("datesBtn", tr("Dates"), "dates", true));
+    band->add(tool("extractMetaBtn", tr("Metadata"), "tag", true));
+    band->addSeparator();
+    band->add(tool("videoConvertBtn", tr("Convert"), "convertbtn.png", true));
+    band->add(tool("videoCompressBtn", tr("Compress"), "compressbtn.png", true));
+    band->add(tool("videoEditBtn", tr("Edit"), "editbtn.png", true));
+    band->add(tool("videoWaterMarkBtn", tr("Watermark"), "watermarkbtn.png", true));
+    band->add(tool("videoExtractBtn", tr("Extract"), "extractbtn.png", true));
+    band->addStretch();
+    return band;
+}
+
+QWidget* MainWindow::makePhotoTools() {
+    auto* band = new ToolBand(this);
+    band->layout()->setContentsMargins(0, 0, 0, 0);
+    band->add(tool("localeditexifBtn", tr("Edit"), "pencil", false));
+    band->add(tool("editMetaDataLocalBtn", tr("Metadata"), "tag", true));
+    band->add(tool("remoMetaDataLocalBtn", tr("Remove"), "tag-off", true));
+    band->addSeparator();
+    band->add(tool("importandExportBtn", tr("Property List"), "plist", true));
+    band->add(tool("convertAndCompressBtn", tr("Date Stamp"), "stamp", true));
+    band->addStretch();
+    return band;
+}
+
+QWidget* MainWindow::makeLeftSide(MediaListModel& model) {
+    auto* side = new QWidget(this);
+    side->setMinimumWidth(kLeftLeast);
+    QVBoxLayout* column = tightColumn(side);
+    column->addWidget(makeListHead());
+    m_leftStack = new QStackedWidget(side);
+    auto* tip = new DropTip(m_leftStack);
+    connect(tip, &DropTip::pathsDropped, this, &MainWindow::pathsDropped);
+    connect(tip, &DropTip::addRequested, this, &MainWindow::addRequested);
+    connect(tip, &DropTip::deviceRequested, this,
+            [this] { Q_EMIT commandRequested(QStringLiteral("ChangeToImportiOSDevicePhoto")); });
+    m_leftStack->addWidget(tip);
+    m_listStack = new QStackedWidget(m_leftStack);
+    m_listStack->setObjectName(QStringLiteral("leftphotoScrView"));
+    m_table = new MediaTableView(m_listStack);
+    m_table->setModel(&model);
+    m_grid = new PhotoGrid(m_listStack);
+    m_grid->setModel(&model);
+    m_listStack->addWidget(m_table);
+    m_listStack->addWidget(m_grid);
+    m_leftStack->addWidget(m_listStack);
+    column->addWidget(m_leftStack, 1);
+    return side;
+}
+
+QWidget* MainWindow::makeListHead() {
+    auto* head = new QFrame(this);
+    head->setObjectName(QStringLiteral("listHead"));
+    head->setFixedHeight(kHeadHeight);
+    auto* row = new QHBoxLayout(head);
+    row->setContentsMargins(16, 0, 16, 0);
+    row->setSpacing(8);
+    m_viewSegment = new Segment(Segment::Size::Small, head);
+    m_viewSegment->addPart(tr("List"), QStringLiteral("list"));
+    m_viewSegment->addPart(tr("Photos"), QStringLiteral("grid"));
+    m_viewSegment->setCurrentIndex(0);
+    row->addWidget(m_viewSegment);
+    row->addSpacing(8);
+    m_summary = new QLabel(head);
+    m_summary->setObjectName(QStringLiteral("listSummary"));
+    m_summary->setFont(Theme::instance().font(FontRole::Cell));
+    m_summary->setProperty("token", QStringLiteral("text2"));
+    row->addWidget(m_summary);
+    m_sortedNote = new QLabel(tr("Sorted view: jobs follow the import order"), head);
+    m_sortedNote->setObjectName(QStringLiteral("sortedNote"));
+    m_sortedNote->setFont(Theme::instance().font(FontRole::Cell));
+    m_sortedNote->setProperty("token", QStringLiteral("warn"));
+    m_sortedNote->hide();
+    row->addWidget(m_sortedNote);
+    row->addStretch();
+    auto* add = new PictureButton(ButtonKind::Icon, tr("Add files or folders"),
+                                  QStringLiteral("add"), head);
+    add->setObjectName(QStringLiteral("addMediaFileBtn"));
+    auto* remove = new PictureButton(ButtonKind::Icon, tr("Remove from the list"),
+                                     QStringLiteral("remove"), head);
+    remove->setObjectName(QStringLiteral("removeMediaFileBtn"));
+    row->addWidget(add);
+    row->addWidget(remove);
+    connect(add, &PictureButton::clicked, this, &MainWindow::addRequested);
+    connect(remove, &PictureButton::clicked, this, &MainWindow::removeRequested);
+    return head;
+}
+
+void MainWindow::connectViews() {
+    connect(m_viewSegment, &Segment::currentChanged, this,
+            [this](int index) { index == 0 ? showList() : showPhotos(); });
+    connect(m_table, &MediaTableView::columnClicked, this, &MainWindow::columnClicked);
+    connect(m_table, &MediaTableView::pathsDropped, this, &MainWindow::pathsDropped);
+    connect(m_table, &MediaTableView::removeRequested, this, &MainWindow::removeRequested);
+    for (QAbstractItemView* view :
+         {static_cast<QAbstractItemView*>(m_table), static_cast<QAbstractItemView*>(m_grid)})
+        connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+                &MainWindow::selectionChanged);
+    connect(m_activityBar, &ActivityBar::toggled, m_activityPanel, &ActivityPanel::toggle);
+    connect(m_storageChip, &StorageChip::clicked, this, &MainWindow::storageFolderRequested);
+    connect(findChild<PictureButton*>(QStringLiteral("datesBtn")), &PictureButton::clicked, this,
+            [this] {
+                popUpMenu(QStringLiteral("datesMenu"),
+                          findChild<PictureButton*>(QStringLiteral("datesBtn")));
+            });
+}
+
+void MainWindow::restoreLayout() {
+    const QSettings settings(layoutFile(), QSettings::IniFormat);
+    resize(settings.value(QStringLiteral("window/size"), QSize(1440, 900))
+               .toSize()
+               .expandedTo(minimumSize()));
+    const int right = settings.value(QStringLiteral("window/rightWidth"), kRightWidth).toInt();
+    m_splitter->setSizes({width() - right, right});
+}
+
+void MainWindow::saveLayout() const {
+    QSettings settings(layoutFile(), QSettings::IniFormat);
+    settings.setValue(QStringLiteral("window/size"), size());
+    if (!m_detailPane->isHidden() && m_splitter->sizes().value(1) > 0)
+        settings.setValue(QStringLiteral("window/rightWidth"), m_splitter->sizes().value(1));
+}
+
+} // namespace clipheave::app
