@@ -126,7 +126,7 @@ TEST_F(Engine, ReadsHeadersOnly) {
     const auto facts = probe(path);
     ASSERT_TRUE(facts);
     EXPECT_NEAR(facts->durationSeconds, 350, 0.1);
-    EXPECT_LE(m_fetched, 1u << 20);
+    EXPECT_LE(m_fetched, 256u << 10) << "no packet need be read";
 }
 
 TEST_F(Engine, MapsTagsAndPictures) {
@@ -164,12 +164,18 @@ TEST_F(Engine, MapsTagsAndPictures) {
 TEST_F(Engine, FollowsNoReferences) {
     const QString inner =
         make(QStringLiteral("inner.ts"), {QStringLiteral("-c:v"), QStringLiteral("mpeg2video")});
-    for (const QByteArray& list :
-         {QByteArray("#EXTM3U\n#EXT-X-TARGETDURATION:3\n#EXTINF:3,\ninner.ts\n#EXT-X-ENDLIST\n"),
-          QByteArray("ffconcat version 1.0\nfile inner.ts\n")}) {
-        const auto facts = probe(m_dir.write(QStringLiteral("list.mp4"), list));
-        EXPECT_FALSE(facts);
+    // Lists that name a file which is there and which any player would open.
+    const QByteArray playlist =
+        "#EXTM3U\n#EXT-X-TARGETDURATION:3\n#EXTINF:3,\n" + inner.toUtf8() + "\n#EXT-X-ENDLIST\n";
+    const QByteArray script = "ffconcat version 1.0\nfile inner.ts\n";
+    const QString before = QDir::currentPath();
+    QDir::setCurrent(m_dir.path()); // names without a folder count from here
+    for (const QByteArray& list : {playlist, script}) {
+        const QString path = m_dir.write(QStringLiteral("list.m3u8"), list);
+        EXPECT_EQ(ffprobe(path, "stream=codec_name").left(10), "mpeg2video");
+        EXPECT_FALSE(probe(path));
     }
+    QDir::setCurrent(before);
 }
 
 TEST_F(Engine, RemuxKeepsEveryPacket) {

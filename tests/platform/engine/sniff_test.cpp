@@ -72,7 +72,7 @@ TEST(Sniff, FileBehindTags) {
         return sniffFile(*reader);
     };
     // Two tags, longer than what is read at once; the name is no help.
-    const SniffedFile flac = sniffed(QStringLiteral("a.mp3"), id3Tag(9000) + id3Tag(50) + "fLaC");
+    const SniffedFile flac = sniffed(QStringLiteral("a.mp3"), id3Tag(9000) + id3Tag(9000) + "fLaC");
     EXPECT_EQ(flac.container, Container::Flac);
     EXPECT_TRUE(flac.hasId3Prefix);
     EXPECT_EQ(sniffed(QStringLiteral("b.mp3"), "padding first").container, Container::MpegAudio);
