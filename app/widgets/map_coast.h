@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QPainterPath>
+#include <QPointF>
+#include <QRectF>
+
+#include <vector>
+
+namespace clipheave::app {
+
+/// Latitudes beyond are not on the map: there it is square.
+inline constexpr double kMercatorLimit = 85.0511287798066;
+
+/// Degrees to map units: 0 to 1 from 180 west to 180 east and from 85 north to 85 south.
+[[nodiscard]] QPointF mercatorOf(double latitude, double longitude);
+[[nodiscard]] double latitudeOf(double y);
+[[nodiscard]] inline double longitudeOf(double x) {
+    return x * 360 - 180;
+}
+
+/// One line of the coast data in map units.
+struct CoastLine {
+    enum class Kind : unsigned char { Ring, Border, AreaOnly, OutlineOnly };
+    struct Point {
+        float x = 0, y = 0;
+    };
+    /// Bounds of a run of points, so that what lies far outside a view is passed over at once.
+    struct Box {
+        float left = 0, top = 0, right = 0, bottom = 0;
+    };
+    Kind kind = Kind::Ring;
+    std::vector<Point> points;
+    Box box;
+    std::vector<Box> runs; ///< of kRunLength points each, with the first point of the next run
+};
+
+inline constexpr std::size_t kCoastRunLength = 64;
+
+/// Coast lines and borders in a few degrees of detail, coarse to fine.
+class CoastMap {
+public:
+    /// The built-in data; read on first use. Empty, and the map all sea, should it be damaged.
+    static const CoastMap& instance();
+    /// Form: see scripts/make-coast-data. No levels when the bytes are not of that form.
+    static CoastMap fromBytes(const QByteArray& packed);
+
+    [[nodiscard]] std::size_t levelCount() const { return m_levels.size(); }
+    [[nodiscard]] const std::vector<CoastLine>& level(std::size_t index) const {
+        return m_levels[index];
+    }
+    /// The level to draw when the world is `scale` px wide.
+    [[nodiscard]] std::size_t levelFor(double scale) const;
+
+private:
+    std::vector<std::vector<CoastLine>> m_levels;
+};
+
+/// A part of the map in px: pixel = (map units - origin) * scale.
+struct MapFrame {
+    QPointF origin;
+    double scale = 1;
+    QRectF visible; ///< px
+};
+
+/// What of a line lies in the frame: its area cut to a little more than the frame, and its visible
+/// strokes. Points closer than half a px are dropped; far-away runs are passed over.
+struct CoastShape {
+    QPolygonF area;
+    QPainterPath strokes;
+};
+[[nodiscard]] CoastShape coastShape(const CoastLine& line, const MapFrame& frame);
+
+} // namespace clipheave::app
