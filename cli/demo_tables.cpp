@@ -206,7 +206,7 @@ constexpr DemoAudio kAudio[] = {
      44100,
      2,
      0,
-     {{{"title", "Surf, stereo"}, {"artist", "Halla Brim"}, {"album", "Field Recordings"}}}},
+     {{{"title", "Surf, stereo"}, {"author", "Halla Brim"}, {"comment", "Two microphones"}}}},
     {"Northbound/room-tone.caf",
      "2025:06:15 09:58:00",
      "caf",

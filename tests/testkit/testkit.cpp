@@ -8,8 +8,14 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace testkit {
+
+TempDir::~TempDir() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_dir.path().toStdString(), ignored);
+}
 
 QString TempDir::write(const QString& name, const QByteArray& bytes) const {
     const QString target = path(name);

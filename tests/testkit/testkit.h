@@ -26,6 +26,11 @@ namespace testkit {
 /// A folder of its own for each test, gone afterwards.
 class TempDir {
 public:
+    TempDir() = default;
+    /// Names that are no UTF-8 are beyond QTemporaryDir's own removal.
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
     [[nodiscard]] QString path(const QString& name = {}) const {
         return name.isEmpty() ? m_dir.path() : m_dir.path() + QLatin1Char('/') + name;
     }
