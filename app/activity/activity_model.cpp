@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/activity/activity_model.h"
 
+#include "platform/foundation/paths.h"
+
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace clipheave::app {
 
 namespace {
 
-QString stateName(JobState state) {
-    switch (state) {
+QString stateName(const ActivityJob& job) {
+    if (job.skippedAll())
+        return ActivityModel::tr("Skipped");
+    switch (job.state) {
     case JobState::Running:
         return ActivityModel::tr("Running");
     case JobState::Done:
@@ -21,56 +27,105 @@ QString stateName(JobState state) {
     return ActivityModel::tr("Cancelled");
 }
 
-/// "3 of 6 files" while it runs, "6 files" afterwards.
-QString itemsText(const ActivityJob& job) {
-    const int total = std::max(job.total, job.finished);
-    if (job.state == JobState::Running && job.total > 0)
-        return ActivityModel::tr("%1 of %2 files").arg(job.finished).arg(total);
-    return total == 1 ? ActivityModel::tr("1 file") : ActivityModel::tr("%1 files").arg(total);
-}
-
-/// Running time while it runs ("1:12"), the clock time of the end afterwards.
+/// Running time while it runs ("1:12", "1:02:03"), the clock time of the end afterwards.
 QString timeText(const ActivityJob& job) {
     if (job.state != JobState::Running)
         return job.ended.toString(QStringLiteral("HH:mm"));
-    const qint64 seconds = job.started.secsTo(QDateTime::currentDateTime());
-    return QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
+    const QLatin1Char zero('0');
+    // A clock that was set back meanwhile must not show a negative time.
+    const qint64 seconds = std::max<qint64>(0, job.started.secsTo(QDateTime::currentDateTime()));
+    const qint64 hours = seconds / 3600, minutes = seconds / 60 % 60;
+    if (hours == 0)
+        return QStringLiteral("%1:%2").arg(minutes).arg(seconds % 60, 2, 10, zero);
+    return QStringLiteral("%1:%2:%3")
+        .arg(hours)
+        .arg(minutes, 2, 10, zero)
+        .arg(seconds % 60, 2, 10, zero);
 }
 
+/// "4 done, 1 failed"; what did not happen is left out.
 QString summaryOf(const ActivityJob& job) {
-    const int good = job.finished - job.failed;
-    if (job.failed > 0)
-        return ActivityModel::tr("%1 done, %2 failed").arg(good).arg(job.failed);
-    return ActivityModel::tr("%1 done").arg(good);
+    if (job.finished == 1 && job.failed == 0 && !job.files.empty() &&
+        job.files.front().state == FileState::Skipped && !job.files.front().note.isEmpty())
+        return ActivityModel::tr("Skipped, %1").arg(job.files.front().note);
+    QStringList parts;
+    const auto add = [&parts](int count, const QString& text) {
+        if (count > 0)
+            parts += text.arg(count);
+    };
+    add(job.succeeded(), ActivityModel::tr("%1 done"));
+    add(job.failed, ActivityModel::tr("%1 failed"));
+    add(job.skipped, ActivityModel::tr("%1 skipped"));
+    add(job.cancelled, ActivityModel::tr("%1 cancelled"));
+    return parts.isEmpty() ? ActivityModel::tr("Nothing to do") : parts.join(QLatin1String(", "));
 }
 
-bool isFailure(FileState state) {
-    return state == FileState::Failed;
+template <typename Lines> void keepNewest(Lines& lines) {
+    while (lines.size() > ActivityModel::kMostLogLines)
+        lines.pop_front();
 }
 
 } // namespace
 
 double ActivityJob::fraction() const {
-    if (state != JobState::Running)
+    if (state == JobState::Done || state == JobState::Failed)
         return 1;
     if (total <= 0)
-        return progress;
-    const double running = progress > 0 ? progress : 0;
-    return std::min(1.0, (finished + running) / total);
+        return state == JobState::Running ? progress : 1;
+    return std::min(1.0, (finished + std::max(0.0, progress)) / total);
+}
+
+int ActivityJob::succeeded() const {
+    return std::max(0, std::max(total, finished) - failed - skipped - cancelled);
+}
+
+bool ActivityJob::skippedAll() const {
+    return state == JobState::Done && skipped > 0 && succeeded() == 0;
+}
+
+QString ActivityJob::itemsText() const {
+    const int all = std::max(total, finished);
+    const bool running = state == JobState::Running;
+    if (running && all == 0)
+        return {};
+    const QString text = all == 1 ? ActivityModel::tr("%1 file") : ActivityModel::tr("%1 files");
+    const int shown = running ? finished : succeeded();
+    if ((running && total == 0) || (!running && (shown == all || skippedAll())))
+        return text.arg(all);
+    return text.arg(ActivityModel::tr("%1 of %2").arg(shown).arg(all));
+}
+
+QStringList ActivityJob::pathsToReveal() const {
+    QStringList outputs, sources;
+    for (const ActivityFile& file : files) {
+        outputs += file.outputs;
+        if (!file.source.isEmpty())
+            sources += file.source;
+    }
+    return outputs.isEmpty() ? sources : outputs;
 }
 
 ActivityModel::ActivityModel(QObject* parent) : QAbstractTableModel(parent) {
+    m_refreshTimer.setSingleShot(true);
+    m_refreshTimer.setInterval(1000 / kRefreshesPerSecond);
+    connect(&m_refreshTimer, &QTimer::timeout, this, &ActivityModel::refresh);
 }
 
 ActivityJob* ActivityModel::find(int id) {
-    const auto it =
-        std::find_if(m_jobs.begin(), m_jobs.end(), [id](const auto& job) { return job.id == id; });
-    return it == m_jobs.end() ? nullptr : &*it;
+    const int row = rowOf(id);
+    return row < 0 ? nullptr : &m_jobs[static_cast<std::size_t>(row)];
 }
 
 const ActivityJob* ActivityModel::job(int id) const {
     const int row = rowOf(id);
     return row < 0 ? nullptr : &m_jobs[static_cast<std::size_t>(row)];
+}
+
+const ActivityJob* ActivityModel::newestRunning() const {
+    const auto it = std::find_if(m_jobs.begin(), m_jobs.end(), [](const ActivityJob& job) {
+        return job.state == JobState::Running;
+    });
+    return it == m_jobs.end() ? nullptr : &*it;
 }
 
 int ActivityModel::rowOf(int id) const {
@@ -81,9 +136,17 @@ int ActivityModel::rowOf(int id) const {
 }
 
 void ActivityModel::changed(const ActivityJob& job) {
-    const int row = rowOf(job.id);
-    Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1));
+    m_stale.insert(job.id);
+    if (!m_refreshTimer.isActive())
+        m_refreshTimer.start();
     Q_EMIT jobChanged(job.id);
+}
+
+void ActivityModel::refresh() {
+    m_refreshTimer.stop();
+    for (const int id : std::exchange(m_stale, {}))
+        if (const int row = rowOf(id); row >= 0)
+            Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1));
 }
 
 int ActivityModel::beginJob(const QString& title, int total) {
@@ -91,27 +154,34 @@ int ActivityModel::beginJob(const QString& title, int total) {
     ActivityJob job;
     job.id = ++m_lastId;
     job.title = title;
-    job.total = total;
+    job.total = std::max(0, total);
     job.started = QDateTime::currentDateTime();
+    const int id = job.id;
     m_jobs.push_front(std::move(job));
     endInsertRows();
     trim();
-    Q_EMIT jobChanged(m_lastId);
-    return m_lastId;
+    Q_EMIT jobChanged(id);
+    return id;
+}
+
+void ActivityModel::removeRowAt(std::size_t row) {
+    const int number = static_cast<int>(row);
+    beginRemoveRows({}, number, number);
+    m_jobs.erase(m_jobs.begin() + number);
+    endRemoveRows();
 }
 
 void ActivityModel::trim() {
-    while (m_jobs.size() > kMostJobs && m_jobs.back().state != JobState::Running) {
-        const int last = static_cast<int>(m_jobs.size()) - 1;
-        beginRemoveRows({}, last, last);
-        m_jobs.pop_back();
-        endRemoveRows();
-    }
+    // A job that still runs stays however old it is; the next older one that has ended goes
+    // instead.
+    for (std::size_t row = m_jobs.size(); row-- > 0 && m_jobs.size() > kMostJobs;)
+        if (m_jobs[row].state != JobState::Running)
+            removeRowAt(row);
 }
 
 void ActivityModel::setTotal(int id, int total) {
     if (ActivityJob* job = find(id)) {
-        job->total = total;
+        job->total = std::max(0, total);
         changed(*job);
     }
 }
@@ -124,10 +194,11 @@ void ActivityModel::setCanCancel(int id, bool can) {
 }
 
 void ActivityModel::fileStarted(int id, const QString& source) {
-    if (ActivityJob* job = find(id)) {
-        job->result = source.section(QLatin1Char('/'), -1);
-        changed(*job);
-    }
+    ActivityJob* job = find(id);
+    if (!job || job->state != JobState::Running)
+        return;
+    job->result = platform::displayPath(platform::lastPathComponent(source));
+    changed(*job);
 }
 
 void ActivityModel::fileFinished(int id, const ActivityFile& file) {
@@ -137,9 +208,10 @@ void ActivityModel::fileFinished(int id, const ActivityFile& file) {
     job->files.push_back(file);
     ++job->finished;
     job->progress = -1;
-    const bool first = isFailure(file.state) && job->failed == 0;
-    if (isFailure(file.state))
-        ++job->failed;
+    const bool first = file.state == FileState::Failed && job->failed == 0;
+    job->failed += file.state == FileState::Failed ? 1 : 0;
+    job->skipped += file.state == FileState::Skipped ? 1 : 0;
+    job->cancelled += file.state == FileState::Cancelled ? 1 : 0;
     changed(*job);
     if (first)
         Q_EMIT firstFailure(id);
@@ -147,45 +219,47 @@ void ActivityModel::fileFinished(int id, const ActivityFile& file) {
 
 void ActivityModel::setProgress(int id, double fraction) {
     if (ActivityJob* job = find(id)) {
-        job->progress = fraction;
+        job->progress = std::isfinite(fraction) ? std::min(fraction, 1.0) : -1;
         changed(*job);
     }
 }
 
 void ActivityModel::endJob(int id, const QString& summary) {
     ActivityJob* job = find(id);
-    if (!job)
+    if (!job || job->state != JobState::Running)
         return;
-    const bool cancelled =
-        std::any_of(job->files.begin(), job->files.end(),
-                    [](const ActivityFile& file) { return file.state == FileState::Cancelled; });
-    job->state = job->failed > 0 ? JobState::Failed
-                 : cancelled     ? JobState::Cancelled
-                                 : JobState::Done;
+    job->state = job->failed > 0      ? JobState::Failed
+                 : job->cancelled > 0 ? JobState::Cancelled
+                                      : JobState::Done;
     job->ended = QDateTime::currentDateTime();
     job->result = summary.isNull() ? summaryOf(*job) : summary;
+    job->progress = -1;
     job->canCancel = false;
     job->canRetry = job->failed > 0;
     changed(*job);
+    refresh();
     Q_EMIT jobEnded(id);
 }
 
 void ActivityModel::addLog(const QString& text, const QString& path, bool isError, int id) {
     const ActivityLogLine line{QDateTime::currentDateTime(), text, path, isError};
     m_log.push_back(line);
-    while (m_log.size() > kMostLogLines)
-        m_log.pop_front();
+    keepNewest(m_log);
+    ++m_linesLogged;
     if (ActivityJob* job = find(id)) {
         job->log.push_back(line);
+        keepNewest(job->log);
+        ++job->linesLogged;
         changed(*job);
     }
     Q_EMIT logAdded();
 }
 
 void ActivityModel::clearFinished() {
-    beginResetModel();
-    std::erase_if(m_jobs, [](const ActivityJob& job) { return job.state != JobState::Running; });
-    endResetModel();
+    for (std::size_t row = m_jobs.size(); row-- > 0;)
+        if (m_jobs[row].state != JobState::Running)
+            removeRowAt(row);
+    Q_EMIT jobChanged(0);
 }
 
 int ActivityModel::runningCount() const {
@@ -226,22 +300,26 @@ QVariant ActivityModel::data(const QModelIndex& index, int role) const {
         return static_cast<int>(job.state);
     case Qt::AccessibleTextRole:
     case Qt::DisplayRole:
-        break;
+    case Qt::ToolTipRole:
+        return cellText(job, index.column(), role);
     default:
         return {};
     }
-    switch (index.column()) {
-    case StateColumn:
-        return role == Qt::AccessibleTextRole ? stateName(job.state) : QString();
+}
+
+QVariant ActivityModel::cellText(const ActivityJob& job, int column, int role) {
+    switch (column) {
+    case StateColumn: // drawn as a picture: its word goes to the tool tip and to screen readers
+        return role == Qt::DisplayRole ? QString() : stateName(job);
     case TaskColumn:
         return job.title;
     case ItemsColumn:
-        return itemsText(job);
+        return job.itemsText();
     case ProgressColumn: {
         const double fraction = job.fraction();
-        return fraction < 0 || job.state != JobState::Running
-                   ? QString()
-                   : QStringLiteral("%1%").arg(static_cast<int>(fraction * 100));
+        if (fraction < 0 || (fraction >= 1 && role == Qt::DisplayRole))
+            return QString();
+        return QStringLiteral("%1%").arg(static_cast<int>(fraction * 100));
     }
     case ResultColumn:
         return job.result;

@@ -3,11 +3,12 @@
 
 #include <QAbstractTableModel>
 #include <QDateTime>
-#include <QElapsedTimer>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 
 #include <deque>
+#include <set>
 #include <vector>
 
 namespace clipheave::app {
@@ -37,22 +38,33 @@ struct ActivityJob {
     JobState state = JobState::Running;
     int total = 0; ///< files; 0 while unknown
     int finished = 0;
-    int failed = 0;
+    int failed = 0, skipped = 0, cancelled = 0; ///< of the finished ones
     double progress = -1; ///< of the running export, 0 to 1; below 0 when unknown
     QString result;       ///< while running: the file at hand; afterwards a summary
     QDateTime started, ended;
     std::vector<ActivityFile> files;
-    std::vector<ActivityLogLine> log;
+    std::deque<ActivityLogLine> log;
+    qint64 linesLogged = 0; ///< ever; more than log holds once the oldest lines are gone
     bool canRetry = false;
     bool canCancel = false;
 
-    /// Share of the job that is done, 0 to 1.
+    /// Share of the job that is done, 0 to 1; below 0 when nothing is known yet.
     [[nodiscard]] double fraction() const;
+    /// Files that came out well: neither failed nor skipped nor cancelled.
+    [[nodiscard]] int succeeded() const;
+    /// It ended and there was nothing for it to do.
+    [[nodiscard]] bool skippedAll() const;
+    /// "3 of 6 files" while it runs, "4 of 5 files" when some did not come out, "6 files" else.
+    /// Empty while nothing is known.
+    [[nodiscard]] QString itemsText() const;
+    /// Where its results lie; the sources when there are none.
+    [[nodiscard]] QStringList pathsToReveal() const;
 };
 
 /// What runs, how far it is, what failed and why. Newest job first; the oldest finished ones go
 /// when there are more than kMostJobs. Main thread only; workers come through performOnMainThread
-/// or queued calls.
+/// or queued calls. jobChanged() comes with every change; dataChanged(), which repaints, is
+/// gathered and comes at most kRefreshesPerSecond times a second, at once when a job ends.
 class ActivityModel : public QAbstractTableModel {
     Q_OBJECT
 public:
@@ -67,7 +79,8 @@ public:
     };
     enum Role { JobRole = Qt::UserRole, FractionRole, StateRole };
     static constexpr std::size_t kMostJobs = 500;
-    static constexpr std::size_t kMostLogLines = 10'000;
+    static constexpr std::size_t kMostLogLines = 10'000; ///< of all jobs and of each
+    static constexpr int kRefreshesPerSecond = 20;
 
     explicit ActivityModel(QObject* parent = nullptr);
 
@@ -77,6 +90,7 @@ public:
     void setCanCancel(int job, bool can);
     void fileStarted(int job, const QString& source);
     void fileFinished(int job, const ActivityFile& file);
+    /// Of the running export, 0 to 1; below 0: unknown.
     void setProgress(int job, double fraction);
     /// `summary` null: one is made from the counts.
     void endJob(int job, const QString& summary = {});
@@ -88,6 +102,9 @@ public:
     [[nodiscard]] const std::deque<ActivityJob>& jobs() const { return m_jobs; }
     [[nodiscard]] const ActivityJob* job(int id) const;
     [[nodiscard]] const std::deque<ActivityLogLine>& log() const { return m_log; }
+    /// Ever; more than log() holds once the oldest lines are gone.
+    [[nodiscard]] qint64 linesLogged() const { return m_linesLogged; }
+    [[nodiscard]] const ActivityJob* newestRunning() const;
     [[nodiscard]] int runningCount() const;
     [[nodiscard]] int failedCount() const; ///< jobs with a failed file
     [[nodiscard]] int doneCount() const;
@@ -98,7 +115,7 @@ public:
     [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
                                       int role) const override;
 
-    Q_SIGNAL void jobChanged(int job);
+    Q_SIGNAL void jobChanged(int job); ///< 0: some were dropped
     Q_SIGNAL void jobEnded(int job);
     Q_SIGNAL void firstFailure(int job); ///< a job's first failed file: the panel opens once
     Q_SIGNAL void logAdded();
@@ -109,10 +126,16 @@ private:
     ActivityJob* find(int id);
     [[nodiscard]] int rowOf(int id) const;
     void changed(const ActivityJob& job);
+    void refresh();
+    void removeRowAt(std::size_t row);
+    [[nodiscard]] static QVariant cellText(const ActivityJob& job, int column, int role);
     void trim();
 
     std::deque<ActivityJob> m_jobs; ///< newest first
     std::deque<ActivityLogLine> m_log;
+    qint64 m_linesLogged = 0;
+    std::set<int> m_stale; ///< jobs whose rows are to be repainted
+    QTimer m_refreshTimer;
     int m_lastId = 0;
 };
 

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/activity/activity_model.h"
+#include "app/theme/theme.h"
+
+#include <QLabel>
+#include <QProgressBar>
+#include <QTimer>
+#include <QWidget>
+
+class QPainter;
+
+namespace clipheave::app {
+
+/// Whether things may move: off where the style (which follows the desktop) asks for stillness.
+[[nodiscard]] bool animationsEnabled(const QWidget* widget);
+
+/// Picture and colour of a state; the picture tells it without the colour.
+struct StateLook {
+    QString picture;
+    Token token = Token::text3;
+};
+[[nodiscard]] StateLook lookOf(const ActivityJob& job);
+[[nodiscard]] StateLook lookOf(FileState state);
+/// The colour of the job's progress bar.
+[[nodiscard]] Token progressToken(const ActivityJob& job);
+
+/// A picture of 16 px; the spinner in the angle of the moment unless `still`.
+void paintState(QPainter& painter, const QRect& rect, const StateLook& look, bool still);
+/// A bar of 4 px; all of it in a faint colour when `fraction` is below 0.
+void paintProgress(QPainter& painter, const QRectF& bar, double fraction, Token token);
+
+/// One line in a token's colour, shortened where it does not fit.
+class ToneLabel : public QLabel {
+    Q_OBJECT
+public:
+    ToneLabel(FontRole role, Token token, QWidget* parent = nullptr);
+    void setToken(Token token);
+
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    FontRole m_role;
+    Token m_token;
+};
+
+/// The turning circle of a running job: 900 ms per turn while it is seen.
+class BusyIndicator : public QWidget {
+    Q_OBJECT
+public:
+    static constexpr int kTurn = 900;    ///< ms
+    static constexpr int kInterval = 40; ///< ms between two pictures
+
+    explicit BusyIndicator(QWidget* parent = nullptr);
+    [[nodiscard]] bool isTurning() const { return m_timer.isActive(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    QTimer m_timer;
+};
+
+/// 160 x 4 px; a progress bar to assistive technology. Below 0: unknown.
+class ThinProgress : public QProgressBar {
+    Q_OBJECT
+public:
+    explicit ThinProgress(QWidget* parent = nullptr);
+    void setFraction(double fraction);
+
+    [[nodiscard]] QSize sizeHint() const override { return {160, 4}; }
+    [[nodiscard]] QSize minimumSizeHint() const override { return {60, 4}; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+} // namespace clipheave::app

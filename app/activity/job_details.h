@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QAbstractListModel>
+#include <QStringList>
+#include <QWidget>
+
+class QListView;
+
+namespace clipheave::app {
+
+class ActivityModel;
+class Button;
+class LogView;
+class StateIcon;
+class ToneLabel;
+struct ActivityFile;
+
+/// The files of one job. A job's files only ever grow at the end.
+class JobFiles : public QAbstractListModel {
+    Q_OBJECT
+public:
+    enum Role { NoteRole = Qt::UserRole, StateRole };
+
+    explicit JobFiles(ActivityModel& model, QObject* parent = nullptr);
+    void setJob(int job);
+    /// Takes over what was added since.
+    void refresh();
+    [[nodiscard]] const ActivityFile* file(int row) const;
+
+    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+
+private:
+    ActivityModel& m_model;
+    int m_job = 0;
+    int m_rows = 0;
+};
+
+/// The right side of the panel: what became of each file of the chosen job and what was logged.
+class JobDetails : public QWidget {
+    Q_OBJECT
+public:
+    static constexpr int kHeadHeight = 40;
+
+    explicit JobDetails(ActivityModel& model, QWidget* parent = nullptr);
+
+    /// 0: none.
+    void showJob(int job);
+    [[nodiscard]] int job() const { return m_job; }
+    /// Takes over what changed since.
+    void refresh();
+
+Q_SIGNALS:
+    void revealRequested(const QStringList& paths);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QWidget* makeHead();
+    void placeParts();
+    [[nodiscard]] QStringList pathsToReveal() const;
+
+    ActivityModel& m_model;
+    int m_job = 0;
+    JobFiles* m_files;
+    StateIcon* m_icon = nullptr;
+    ToneLabel *m_title = nullptr, *m_result = nullptr;
+    Button *m_retry = nullptr, *m_cancel = nullptr, *m_reveal = nullptr;
+    QListView* m_list = nullptr;
+    LogView* m_log = nullptr;
+};
+
+} // namespace clipheave::app
