@@ -34,7 +34,7 @@ QList<NamedTag> id3v1Tags(ByteView tag) {
     return tags;
 }
 
-/// APEv2 specification, "APE Tag Item": size, flags, key, NUL, value.
+/// APEv2 tag format, "APE Tag Item": size, flags, key, NUL, value.
 void readApeItems(const ByteRange& body, std::uint32_t count, TrailingTags& tags) {
     std::uint64_t at = 0;
     for (std::uint32_t i = 0; i < std::min(count, kMostApeItems) && at < body.size(); ++i) {
