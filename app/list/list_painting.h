@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/theme/theme.h"
+
+#include <QFontMetrics>
+
+namespace clipheave::app {
+
+/// The text shortened in its middle to `width` px, so that a file name keeps its extension and some
+/// of what stands before it.
+[[nodiscard]] QString elidedName(const QString& name, const QFontMetrics& metrics, int width);
+
+/// The picture of the file's kind (film, music, image, or a plain file), in the kind's colour.
+[[nodiscard]] QPixmap kindPixmap(const QString& path, int side, double devicePixelRatio);
+
+} // namespace clipheave::app

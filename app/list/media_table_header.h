@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QHeaderView>
+
+namespace clipheave::app {
+
+class MediaTableView;
+
+/// The header of the media list, with the arrow of the sorted column.
+class MediaTableHeader : public QHeaderView {
+    Q_OBJECT
+public:
+    explicit MediaTableHeader(MediaTableView* view);
+    [[nodiscard]] QSize sizeHint() const override;
+
+protected:
+    void paintSection(QPainter* painter, const QRect& rect, int section) const override;
+    void paintEvent(QPaintEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
+
+private:
+    MediaTableView* m_view;
+    int m_hovered = -1;
+};
+
+} // namespace clipheave::app

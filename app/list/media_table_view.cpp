@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/list/media_table_view.h"
+
+#include "app/list/dropped_paths.h"
+#include "app/list/media_list_model.h"
+#include "app/list/media_row_delegate.h"
+#include "app/list/media_table_header.h"
+
+#include <QDrag>
+#include <QItemSelectionModel>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <memory>
+#include <numeric>
+
+namespace clipheave::app {
+
+namespace {
+
+constexpr int kRowHeight = 32;
+constexpr std::array<int, 7> kDesignWidths = {212, 82, 90, 110, 88, 98, 142};
+/// What stands at the ends of a row.
+constexpr int kLastColumnExtra = 8;
+/// The album gives way a little before a scroll bar comes.
+constexpr int kLeastAlbum = 84;
+constexpr int kLeastColumn = 48;
+constexpr int kNameColumn = static_cast<int>(media::Column::Name);
+constexpr int kAlbumColumn = static_cast<int>(media::Column::Album);
+/// Rows that scroll past quickly are not worth a thumbnail.
+constexpr int kRequestDelay = 40; // ms
+
+} // namespace
+
+MediaTableView::MediaTableView(QWidget* parent)
+    : QTableView(parent), m_delegate(new MediaRowDelegate(this)),
+      m_thumbnails(&ThumbnailService::shared()) {
+    setObjectName(QStringLiteral("dragtableView"));
+    setAccessibleName(tr("Media list"));
+    setUpLook();
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setTabKeyNavigation(false);
+    setDragEnabled(true);
+    setDragDropMode(QAbstractItemView::DragOnly);
+    auto* drop = new DropOutline(this);
+    connect(drop, &DropOutline::pathsDropped, this, &MediaTableView::pathsDropped);
+    connect(horizontalHeader(), &QHeaderView::sectionClicked, this, &MediaTableView::columnClicked);
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this,
+            [this](int section, int, int width) {
+                if (!m_layingOut && section < static_cast<int>(m_userWidths.size()))
+                    m_userWidths[static_cast<std::size_t>(section)] = width;
+            });
+    m_requestTimer.setSingleShot(true);
+    m_requestTimer.setInterval(kRequestDelay);
+    connect(&m_requestTimer, &QTimer::timeout, this, &MediaTableView::requestThumbnails);
+    setThumbnailService(m_thumbnails);
+}
+
+MediaTableView::~MediaTableView() {
+    if (m_thumbnails != nullptr)
+        m_thumbnails->cancel(this);
+}
+
+void MediaTableView::setUpLook() {
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalHeader(new MediaTableHeader(this));
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setMinimumSectionSize(kRowHeight);
+    verticalHeader()->setDefaultSectionSize(kRowHeight);
+    setItemDelegate(m_delegate);
+    setShowGrid(false);
+    setWordWrap(false);
+    setCornerButtonEnabled(false);
+    setMouseTracking(true);
+    setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    connect(&Theme::instance(), &Theme::changed, viewport(), qOverload<>(&QWidget::update));
+}
+
+void MediaTableView::setModel(QAbstractItemModel* model) {
+    if (m_listModel != nullptr)
+        m_listModel->disconnect(this);
+    m_listModel = qobject_cast<MediaListModel*>(model);
+    QTableView::setModel(model);
+    if (m_listModel == nullptr)
+        return;
+    const auto askLater = [this] {
+        if (!m_requestTimer.isActive())
+            m_requestTimer.start();
+    };
+    connect(m_listModel, &QAbstractItemModel::rowsInserted, this, askLater);
+    connect(m_listModel, &QAbstractItemModel::rowsRemoved, this, askLater);
+    connect(m_listModel, &QAbstractItemModel::dataChanged, this, askLater);
+    connect(m_listModel, &MediaListModel::contentSorted, this,
+            [this] { selectionModel()->clear(); });
+    connect(m_listModel, &MediaListModel::sortStateChanged, horizontalHeader()->viewport(),
+            qOverload<>(&QWidget::update));
+    layoutColumns();
+    askLater();
+}
+
+void MediaTableView::setThumbnailService(ThumbnailService* service) {
+    if (m_thumbnails != nullptr) {
+        m_thumbnails->cancel(this);
+        m_thumbnails->disconnect(this);
+    }
+    m_thumbnails = service;
+    connect(service, &QObject::destroyed, this, [this] { m_thumbnails = nullptr; });
+    connect(service, &ThumbnailService::picturesReady, this, [this] { viewport()->update(); });
+}
+
+QList<int> MediaTableView::userColumnWidths() const {
+    return {m_userWidths.begin(), m_userWidths.end()};
+}
+
+void MediaTableView::setUserColumnWidths(const QList<int>& widths) {
+    if (widths.size() != static_cast<qsizetype>(m_userWidths.size()))
+        return;
+    constexpr int kWidest = 4000;
+    for (std::size_t i = 0; i < m_userWidths.size(); ++i) {
+        const int width = widths[static_cast<qsizetype>(i)];
+        m_userWidths[i] = width <= 0 ? 0 : std::clamp(width, kLeastColumn, kWidest);
+    }
+    layoutColumns();
+}
+
+/// Name and album share what the others leave, two parts to one; the last column takes what is left
+/// when the user has fixed both.
+void MediaTableView::layoutColumns() {
+    if (m_listModel == nullptr)
+        return;
+    std::array<int, 7> widths = kDesignWidths;
+    widths.back() += kLastColumnExtra;
+    for (std::size_t i = 0; i < widths.size(); ++i)
+        if (m_userWidths[i] > 0)
+            widths[i] = m_userWidths[i];
+    const int total = std::accumulate(widths.begin(), widths.end(), 0);
+    int& name = widths[kNameColumn];
+    int& album = widths[kAlbumColumn];
+    const bool nameIsFree = m_userWidths[kNameColumn] == 0;
+    const bool albumIsFree = m_userWidths[kAlbumColumn] == 0;
+    const int room = viewport()->width() - total + name + album;
+    if (nameIsFree && albumIsFree) {
+        name = std::max(kDesignWidths[kNameColumn], std::min(room * 2 / 3, room - kLeastAlbum));
+        album = std::max(kLeastAlbum, room - name);
+    } else if (nameIsFree) {
+        name = std::max(kDesignWidths[kNameColumn], room - album);
+    } else if (albumIsFree) {
+        album = std::max(kLeastAlbum, room - name);
+    } else {
+        widths.back() = std::max(widths.back(), widths.back() + room - name - album);
+    }
+    m_layingOut = true;
+    for (std::size_t i = 0; i < widths.size(); ++i)
+        setColumnWidth(static_cast<int>(i), widths[i]);
+    m_layingOut = false;
+}
+
+void MediaTableView::resizeEvent(QResizeEvent* event) {
+    QTableView::resizeEvent(event);
+    layoutColumns();
+    m_requestTimer.start();
+}
+
+void MediaTableView::changeEvent(QEvent* event) {
+    QTableView::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        viewport()->update();
+}
+
+void MediaTableView::scrollContentsBy(int dx, int dy) {
+    QTableView::scrollContentsBy(dx, dy);
+    m_requestTimer.start();
+    if (viewport()->underMouse())
+        hoverRowAt(rowAt(viewport()->mapFromGlobal(QCursor::pos()).y()));
+}
+
+void MediaTableView::hoverRowAt(int row) {
+    if (row == m_hoveredRow)
+        return;
+    for (const int changed : {m_hoveredRow, row})
+        if (changed >= 0)
+            viewport()->update(0, rowViewportPosition(changed), viewport()->width(), kRowHeight);
+    m_hoveredRow = row;
+}
+
+void MediaTableView::mouseMoveEvent(QMouseEvent* event) {
+    QTableView::mouseMoveEvent(event);
+    hoverRowAt(rowAt(event->position().toPoint().y()));
+}
+
+bool MediaTableView::viewportEvent(QEvent* event) {
+    if (event->type() == QEvent::Leave)
+        hoverRowAt(-1);
+    return QTableView::viewportEvent(event);
+}
+
+void MediaTableView::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Delete)) {
+        Q_EMIT removeRequested();
+        return;
+    }
+    QTableView::keyPressEvent(event);
+}
+
+void MediaTableView::startDrag(Qt::DropActions supportedActions) {
+    const QModelIndexList rows = selectionModel()->selectedRows();
+    std::unique_ptr<QMimeData> data(rows.isEmpty() ? nullptr : model()->mimeData(rows));
+    if (data == nullptr)
+        return;
+    auto* drag = new QDrag(this); // deletes itself
+    drag->setMimeData(data.release());
+    drag->setPixmap(
+        m_delegate->dragPicture(rows.front(), static_cast<int>(rows.size()), devicePixelRatioF()));
+    drag->exec(supportedActions, Qt::CopyAction);
+}
+
+void MediaTableView::requestThumbnails() {
+    if (m_listModel == nullptr || m_thumbnails == nullptr || !isVisible())
+        return;
+    const int first = std::max(rowAt(0), 0);
+    const int last = rowAt(viewport()->height() - 1);
+    QList<ThumbnailRequest> wanted;
+    for (int row = first; row <= (last < 0 ? m_listModel->rowCount() - 1 : last); ++row)
+        if (const media::ItemPointer item = m_listModel->itemAt(row))
+            wanted.append({item, MediaRowDelegate::shapeFor(*item, devicePixelRatioF())});
+    m_thumbnails->request(this, wanted);
+}
+
+} // namespace clipheave::app

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/list/thumbnail_service.h"
+
+#include <QTableView>
+#include <QTimer>
+
+#include <array>
+
+namespace clipheave::app {
+
+class MediaListModel;
+class MediaRowDelegate;
+
+/// The table of the media list: "dragtableView".
+class MediaTableView : public QTableView {
+    Q_OBJECT
+public:
+    explicit MediaTableView(QWidget* parent = nullptr);
+    ~MediaTableView() override;
+
+    /// A MediaListModel.
+    void setModel(QAbstractItemModel* model) override;
+    [[nodiscard]] MediaListModel* listModel() const { return m_listModel; }
+    /// ThumbnailService::shared() unless set; outlives the view.
+    void setThumbnailService(ThumbnailService* service);
+    [[nodiscard]] ThumbnailService* thumbnailService() const { return m_thumbnails; }
+    /// The row under the pointer, -1 for none.
+    [[nodiscard]] int hoveredRow() const { return m_hoveredRow; }
+
+    /// Widths that the user has given to columns, for the layout settings; 0 stands for the
+    /// design's own width.
+    [[nodiscard]] QList<int> userColumnWidths() const;
+    void setUserColumnWidths(const QList<int>& widths);
+
+Q_SIGNALS:
+    /// A header was clicked: number of the media::Column.
+    void columnClicked(int column);
+    /// Files or folders were dropped whose first is taken.
+    void pathsDropped(const QStringList& paths);
+    /// The delete key.
+    void removeRequested();
+
+protected:
+    void startDrag(Qt::DropActions supportedActions) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void setUpLook();
+    void layoutColumns();
+    void hoverRowAt(int row);
+    void requestThumbnails();
+
+    MediaListModel* m_listModel = nullptr;
+    MediaRowDelegate* m_delegate;
+    ThumbnailService* m_thumbnails;
+    std::array<int, 7> m_userWidths{};
+    bool m_layingOut = false;
+    int m_hoveredRow = -1;
+    QTimer m_requestTimer;
+};
+
+} // namespace clipheave::app

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/list/thumbnail_service.h"
+
+#include <QListView>
+#include <QTimer>
+
+namespace clipheave::app {
+
+class MediaListModel;
+
+/// The photo browser: "localImageBrowserView". The same content in the same order as the table, as
+/// tiles.
+class PhotoGrid : public QListView {
+    Q_OBJECT
+public:
+    explicit PhotoGrid(QWidget* parent = nullptr);
+    ~PhotoGrid() override;
+
+    /// A MediaListModel.
+    void setModel(QAbstractItemModel* model) override;
+    [[nodiscard]] MediaListModel* listModel() const { return m_listModel; }
+    /// ThumbnailService::shared() unless set; outlives the view.
+    void setThumbnailService(ThumbnailService* service);
+    [[nodiscard]] ThumbnailService* thumbnailService() const { return m_thumbnails; }
+    /// Tiles side by side.
+    [[nodiscard]] int tilesPerRow() const { return m_tilesPerRow; }
+
+Q_SIGNALS:
+    /// Files or folders were dropped whose first is taken.
+    void pathsDropped(const QStringList& paths);
+    /// The delete key.
+    void removeRequested();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void layoutTiles();
+    void requestThumbnails();
+
+    MediaListModel* m_listModel = nullptr;
+    ThumbnailService* m_thumbnails;
+    int m_tilesPerRow = 1;
+    QTimer m_requestTimer;
+};
+
+} // namespace clipheave::app

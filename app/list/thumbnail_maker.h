@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/list/thumbnail_cache.h"
+#include "media/image_item.h"
+
+#include <QSize>
+
+namespace clipheave::app {
+
+/// How a thumbnail comes out.
+struct ThumbnailShape {
+    QSize size; ///< device pixels
+    enum Mode {
+        Fit,  ///< the whole picture inside the size
+        Fill, ///< the middle of the picture, exactly of the size
+    } mode = Fit;
+    int radius = 0; ///< of the corners, device pixels; Fill only
+    friend bool operator==(const ThumbnailShape&, const ThumbnailShape&) = default;
+};
+
+/// What a thumbnail is made of; a copy of what the item says, so that a worker can have it.
+struct ThumbnailSource {
+    QString path;
+    platform::EncodedPicture artwork; ///< taken first
+    double seconds = 0;               ///< duration of a film
+    [[nodiscard]] static ThumbnailSource of(const media::IKImageItem& item);
+};
+
+/// Makes the thumbnail: of the artwork, else from the thumbnail folder, else of the file itself,
+/// which is then stored there. Null when nothing can be shown (unreadable, no picture, a kind that
+/// is not decoded). For worker threads.
+[[nodiscard]] QImage makeThumbnail(const ThumbnailSource& source, const ThumbnailShape& shape,
+                                   const ThumbnailCache& cache);
+
+} // namespace clipheave::app

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/list/thumbnail_service.h"
+
+#include <QCoreApplication>
+#include <QMutexLocker>
+#include <QPointer>
+#include <QThread>
+
+#include <algorithm>
+
+namespace clipheave::app {
+
+namespace {
+
+/// In KiB: some 400 tiles, or ten thousands of rows.
+constexpr int kMemoryLimit = 96 << 10;
+constexpr int kMostWorkers = 3;
+
+int costOf(const QPixmap& picture) {
+    return 1 + picture.width() * picture.height() * picture.depth() / 8 / 1024;
+}
+
+} // namespace
+
+ThumbnailService::ThumbnailService(ThumbnailCache cache, QObject* parent)
+    : QObject(parent), m_cache(std::move(cache)), m_pictures(kMemoryLimit) {
+    m_pool.setMaxThreadCount(std::clamp(QThread::idealThreadCount() - 1, 1, kMostWorkers));
+    m_pool.setThreadPriority(QThread::LowPriority);
+}
+
+ThumbnailService::~ThumbnailService() {
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_waiting.clear();
+    }
+    m_pool.waitForDone();
+}
+
+ThumbnailService& ThumbnailService::shared() {
+    static QPointer<ThumbnailService> service;
+    if (service.isNull())
+        service = new ThumbnailService(ThumbnailCache(), QCoreApplication::instance());
+    return *service;
+}
+
+QString ThumbnailService::keyOf(const media::IKImageItem& item, const ThumbnailShape& shape) {
+    return u"%1x%2%3:%4:%5:%6"_qs.arg(shape.size.width())
+        .arg(shape.size.height())
+        .arg(shape.mode == ThumbnailShape::Fill ? u"fill"_qs : u"fit"_qs)
+        .arg(item.fileImage.byteCount())
+        .arg(item.modificationDate.isValid() ? item.modificationDate.toMSecsSinceEpoch() : 0)
+        .arg(item.filePath);
+}
+
+QPixmap ThumbnailService::picture(const media::IKImageItem& item, const ThumbnailShape& shape) {
+    const QPixmap* picture = m_pictures.object(keyOf(item, shape));
+    return picture != nullptr ? *picture : QPixmap();
+}
+
+void ThumbnailService::request(const QObject* viewer, const QList<ThumbnailRequest>& wanted) {
+    const QMutexLocker lock(&m_mutex);
+    std::erase_if(m_waiting, [viewer](const Job& job) { return job.viewer == viewer; });
+    for (const auto& [item, shape] : wanted) {
+        QString key = keyOf(*item, shape);
+        if (!m_pictures.contains(key) && !m_running.contains(key))
+            m_waiting.push_back({std::move(key), ThumbnailSource::of(*item), shape, viewer});
+    }
+    startWorkers();
+}
+
+void ThumbnailService::cancel(const QObject* viewer) {
+    const QMutexLocker lock(&m_mutex);
+    std::erase_if(m_waiting, [viewer](const Job& job) { return job.viewer == viewer; });
+}
+
+bool ThumbnailService::isIdle() const {
+    const QMutexLocker lock(&m_mutex);
+    return m_waiting.empty() && m_running.isEmpty();
+}
+
+void ThumbnailService::startWorkers() {
+    const auto wanted = std::min(static_cast<int>(m_waiting.size()), m_pool.maxThreadCount());
+    for (; m_workers < wanted; ++m_workers)
+        m_pool.start([this] { work(); });
+}
+
+void ThumbnailService::work() {
+    for (;;) {
+        Job job;
+        {
+            const QMutexLocker lock(&m_mutex);
+            if (m_waiting.empty()) {
+                --m_workers;
+                return;
+            }
+            job = std::move(m_waiting.front());
+            m_waiting.pop_front();
+            if (m_running.contains(job.key))
+                continue; // two viewers asked for it
+            m_running.insert(job.key);
+        }
+        const QImage picture = makeThumbnail(job.source, job.shape, m_cache);
+        QMetaObject::invokeMethod(
+            this, [this, key = job.key, picture] { take(key, picture); }, Qt::QueuedConnection);
+    }
+}
+
+void ThumbnailService::take(const QString& key, const QImage& picture) {
+    auto pixmap = std::make_unique<QPixmap>(QPixmap::fromImage(picture));
+    const int cost = costOf(*pixmap);
+    m_pictures.insert(key, pixmap.release(), cost);
+    ++m_made;
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_running.remove(key);
+    }
+    Q_EMIT picturesReady();
+}
+
+} // namespace clipheave::app

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/list/thumbnail_maker.h"
+
+#include <QCache>
+#include <QHash>
+#include <QList>
+#include <QMutex>
+#include <QObject>
+#include <QPixmap>
+#include <QSet>
+#include <QThreadPool>
+
+#include <deque>
+
+namespace clipheave::app {
+
+struct ThumbnailRequest {
+    media::ItemPointer item;
+    ThumbnailShape shape;
+};
+
+/// Pictures for rows and tiles, made by a few background threads for what is visible only. Main
+/// thread only.
+class ThumbnailService : public QObject {
+    Q_OBJECT
+public:
+    explicit ThumbnailService(ThumbnailCache cache = ThumbnailCache(), QObject* parent = nullptr);
+    /// Waits for what is being made; what is only asked for is dropped.
+    ~ThumbnailService() override;
+    /// The one that all lists share; lives as long as the application object.
+    [[nodiscard]] static ThumbnailService& shared();
+
+    /// The picture as far as it is made; null when it is not or cannot be.
+    [[nodiscard]] QPixmap picture(const media::IKImageItem& item, const ThumbnailShape& shape);
+    /// Says what `viewer` shows now, in the order in which it should come. It replaces what the
+    /// viewer asked for before: of that, what is not begun is dropped. Pictures that are made
+    /// already, or could not be made, are not made again before the file changes.
+    void request(const QObject* viewer, const QList<ThumbnailRequest>& wanted);
+    void cancel(const QObject* viewer);
+
+    /// Pictures that were made or tried since the start; for tests and measurements.
+    [[nodiscard]] int madeCount() const { return m_made; }
+    [[nodiscard]] bool isIdle() const;
+
+Q_SIGNALS:
+    /// Some pictures are there that were not.
+    void picturesReady();
+
+private:
+    struct Job {
+        QString key;
+        ThumbnailSource source;
+        ThumbnailShape shape;
+        const QObject* viewer;
+    };
+    [[nodiscard]] static QString keyOf(const media::IKImageItem& item, const ThumbnailShape& shape);
+    void startWorkers();
+    void work();
+    void take(const QString& key, const QImage& picture);
+
+    ThumbnailCache m_cache;
+    QCache<QString, QPixmap> m_pictures; ///< null pictures: tried in vain
+    int m_made = 0;
+
+    mutable QMutex m_mutex; ///< over what follows
+    std::deque<Job> m_waiting;
+    QSet<QString> m_running;
+    int m_workers = 0;
+
+    QThreadPool m_pool;
+};
+
+} // namespace clipheave::app

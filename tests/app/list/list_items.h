@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "media/image_item.h"
+
+#include <QImage>
+
+#include <vector>
+
+namespace clipheave::app {
+
+/// An item with its texts; `path` names a file that need not exist.
+inline media::ItemPointer listItem(const QString& path, const QString& artist = {}) {
+    auto item = std::make_shared<media::IKImageItem>();
+    item->filePath = path;
+    item->fileName = path.mid(path.lastIndexOf(u'/') + 1);
+    item->fileArist = artist;
+    item->fileSize = QStringLiteral("1.00 MB");
+    return item;
+}
+
+inline std::vector<media::ItemPointer> listItems(int count) {
+    std::vector<media::ItemPointer> items;
+    for (int i = 0; i < count; ++i)
+        items.push_back(listItem(QStringLiteral("/films/clip %1.mp4").arg(i)));
+    return items;
+}
+
+/// Left half of one colour, right half of another.
+inline QImage twoColours(const QSize& size, const QColor& left, const QColor& right) {
+    QImage picture(size, QImage::Format_RGB32);
+    picture.fill(left);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = size.width() / 2; x < size.width(); ++x)
+            picture.setPixelColor(x, y, right);
+    return picture;
+}
+
+} // namespace clipheave::app

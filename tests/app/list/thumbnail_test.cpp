@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/list/thumbnail_service.h"
+#include "tests/app/list/list_items.h"
+#include "tests/testkit/testkit.h"
+
+#include <QBuffer>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTest>
+
+#include <sys/stat.h>
+
+namespace clipheave::app {
+
+namespace {
+
+constexpr ThumbnailShape kTile{{256, 256}, ThumbnailShape::Fit, 0};
+constexpr ThumbnailShape kRow{{24, 24}, ThumbnailShape::Fill, 4};
+
+class Thumbnails : public testing::Test {
+protected:
+    QString photo(const QString& name, const QImage& picture) const {
+        EXPECT_TRUE(picture.save(m_dir.path(name), nullptr, 95));
+        return m_dir.path(name);
+    }
+    /// An item whose file has the modification time `second`.
+    [[nodiscard]] static media::ItemPointer dated(const QString& path, qint64 second) {
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::ReadWrite));
+        const QDateTime time = QDateTime::fromSecsSinceEpoch(second, Qt::UTC);
+        EXPECT_TRUE(file.setFileTime(time, QFileDevice::FileModificationTime));
+        auto item = listItem(path);
+        item->modificationDate = time;
+        return item;
+    }
+    QPixmap made(ThumbnailService& service, const media::ItemPointer& item,
+                 const ThumbnailShape& shape) {
+        service.request(&m_viewer, {{item, shape}});
+        EXPECT_TRUE(QTest::qWaitFor([&] { return service.isIdle(); }));
+        return service.picture(*item, shape);
+    }
+    [[nodiscard]] static QString corners(const QImage& picture) {
+        QString seen;
+        for (const double x : {0.2, 0.8}) {
+            const QColor c =
+                picture.pixelColor(static_cast<int>(x * picture.width()), picture.height() / 2);
+            seen += c.red() > 200 ? u'r' : c.green() > 200 ? u'g' : c.blue() > 200 ? u'b' : u'?';
+        }
+        return seen;
+    }
+
+    QObject m_viewer;
+    testkit::TempDir m_dir;
+    ThumbnailCache m_cache{m_dir.path(u"thumbnails"_qs)};
+    ThumbnailService m_service{m_cache};
+};
+
+} // namespace
+
+TEST_F(Thumbnails, NamesFilesAsTheStandardDoes) {
+    EXPECT_EQ(ThumbnailCache::fileAddress(u"/home/j ens/ü#[1]&(a).png"_qs),
+              "file:///home/j%20ens/%C3%BC%23%5B1%5D&(a).png");
+    EXPECT_EQ(ThumbnailCache::fileAddress(u"/"_qs + QChar(0xDCE4)), "file:///%E4");
+    // The example of the standard.
+    EXPECT_EQ(ThumbnailCache(u"/c"_qs).fileFor(u"/home/jens/photos/me.png"_qs, 128),
+              u"/c/normal/c6ee772d9e49320e97ec29a7eb5b1697.png"_qs);
+}
+
+TEST_F(Thumbnails, AreStoredAndMadeAnewWhenTheFileChanges) {
+    const QString path = photo(u"a.png"_qs, twoColours({800, 400}, Qt::red, Qt::blue));
+    const auto item = dated(path, 1'700'000'000);
+    const QImage first = made(m_service, item, kTile).toImage();
+    EXPECT_EQ(first.size(), QSize(256, 128));
+    EXPECT_EQ(corners(first), u"rb"_qs);
+    const QString stored = m_cache.fileFor(path, 256);
+    ASSERT_TRUE(QFileInfo::exists(stored));
+    EXPECT_EQ(QImage(stored).text(u"Thumb::MTime"_qs), u"1700000000"_qs);
+    EXPECT_EQ(QImage(stored).text(u"Thumb::URI"_qs), u"file://"_qs + path);
+    struct stat status {};
+    ASSERT_EQ(::stat(QFile::encodeName(stored).constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+    EXPECT_EQ(QDir(QFileInfo(stored).path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+
+    // The stored one counts, as long as the file is of that time.
+    ASSERT_TRUE(photo(u"a.png"_qs, twoColours({800, 400}, Qt::green, Qt::green)) == path);
+    ThumbnailService again(m_cache);
+    EXPECT_EQ(corners(made(again, dated(path, 1'700'000'000), kTile).toImage()), u"rb"_qs);
+    EXPECT_EQ(corners(made(again, dated(path, 1'700'000'001), kTile).toImage()), u"gg"_qs);
+    EXPECT_EQ(QImage(stored).text(u"Thumb::MTime"_qs), u"1700000001"_qs);
+
+    // Neither a thumbnail of another file nor a broken one is taken.
+    QImage foreign = twoColours({256, 128}, Qt::blue, Qt::blue);
+    foreign.setText(u"Thumb::MTime"_qs, u"1700000002"_qs);
+    foreign.setText(u"Thumb::URI"_qs, u"file:///other.png"_qs);
+    ASSERT_TRUE(foreign.save(stored));
+    EXPECT_EQ(corners(made(again, dated(path, 1'700'000'002), kTile).toImage()), u"gg"_qs);
+    QFile::resize(stored, 60);
+    EXPECT_EQ(corners(made(again, dated(path, 1'700'000'003), kTile).toImage()), u"gg"_qs);
+}
+
+TEST_F(Thumbnails, OfABrokenPictureAreTriedOnce) {
+    const auto broken = dated(m_dir.write(u"b.jpg"_qs, "\xFF\xD8\xFF\xE0 no picture"), 1);
+    const auto heic = listItem(u"/none/c.heic"_qs);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_TRUE(made(m_service, broken, kRow).isNull());
+        EXPECT_TRUE(made(m_service, heic, kRow).isNull());
+    }
+    EXPECT_EQ(m_service.madeCount(), 2);
+    EXPECT_FALSE(QFileInfo::exists(m_cache.fileFor(broken->filePath, 128)));
+    // Once it has become a picture, it is tried again.
+    photo(u"b.jpg"_qs, twoColours({100, 50}, Qt::red, Qt::blue));
+    EXPECT_FALSE(made(m_service, dated(broken->filePath, 2), kRow).isNull());
+}
+
+TEST_F(Thumbnails, OfThumbnailsAreNotStored) {
+    QDir().mkpath(m_dir.path(u"thumbnails/large"_qs));
+    const QString path =
+        photo(u"thumbnails/large/x.png"_qs, twoColours({200, 100}, Qt::red, Qt::blue));
+    EXPECT_FALSE(made(m_service, dated(path, 5), kTile).isNull());
+    EXPECT_EQ(QDir(m_dir.path(u"thumbnails/large"_qs)).entryList(QDir::Files).size(), 1);
+}
+
+TEST_F(Thumbnails, ArtworkComesFirstAndFillsTheSlot) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    ASSERT_TRUE(buffer.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(twoColours({600, 200}, Qt::green, Qt::blue).save(&buffer, "png"));
+    const auto item = dated(photo(u"p.png"_qs, twoColours({300, 300}, Qt::red, Qt::red)), 1'000);
+    item->fileImage = platform::EncodedPicture::fromBytes(bytes);
+    ASSERT_FALSE(item->fileImage.isNull());
+    const QImage picture = made(m_service, item, kRow).toImage();
+    EXPECT_EQ(picture.size(), QSize(24, 24));
+    EXPECT_EQ(corners(picture), u"gb"_qs);          // the middle of it
+    EXPECT_EQ(picture.pixelColor(0, 0).alpha(), 0); // rounded
+    EXPECT_FALSE(QFileInfo::exists(m_cache.fileFor(item->filePath, 128)));
+    item->fileImage = {};
+    EXPECT_EQ(corners(made(m_service, item, kRow).toImage()), u"rr"_qs);
+}
+
+TEST_F(Thumbnails, StandUpright) {
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    ASSERT_TRUE(buffer.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(twoColours({400, 200}, Qt::red, Qt::blue).save(&buffer, "jpeg", 95));
+    // An Exif segment that holds nothing but the orientation: turned by a half.
+    const QByteArray exif = QByteArray("Exif\0\0MM\0\x2A\0\0\0\x08\0\x01", 16) +
+                            QByteArray("\x01\x12\0\x03\0\0\0\x01\0\x03\0\0\0\0\0\0", 16);
+    jpeg.insert(2, QByteArray("\xFF\xE1", 2) + testkit::be(quint64(exif.size()) + 2, 2) + exif);
+    const auto item = dated(m_dir.write(u"turned.jpg"_qs, jpeg), 9);
+    EXPECT_EQ(corners(made(m_service, item, kTile).toImage()), u"br"_qs);
+}
+
+TEST_F(Thumbnails, OfFilmsShowAFrame) {
+    if (!testkit::hasProgram(u"ffmpeg"_qs))
+        GTEST_SKIP() << "needs ffmpeg";
+    const QString path = m_dir.path(u"film.mp4"_qs);
+    ASSERT_EQ(
+        testkit::run(u"ffmpeg"_qs, {u"-v"_qs, u"error"_qs, u"-f"_qs, u"lavfi"_qs, u"-i"_qs,
+                                    u"color=blue:s=320x180:d=1"_qs, u"-c:v"_qs, u"mpeg4"_qs, path})
+            .exitCode,
+        0);
+    const auto item = dated(path, 77);
+    item->fileduration = 1;
+    const QImage picture = made(m_service, item, kTile).toImage();
+    EXPECT_EQ(picture.size(), QSize(256, 144));
+    EXPECT_EQ(corners(picture), u"bb"_qs);
+    EXPECT_TRUE(QFileInfo::exists(m_cache.fileFor(path, 256)));
+}
+
+TEST_F(Thumbnails, OfRowsScrolledAwayAreNotMade) {
+    QList<ThumbnailRequest> many;
+    for (int i = 0; i < 60; ++i)
+        many.append(
+            {dated(photo(u"m%1.png"_qs.arg(i), twoColours({600, 600}, Qt::red, Qt::blue)), 3),
+             kTile});
+    QObject other;
+    m_service.request(&other, {{many[59].item, kRow}});
+    m_service.request(&m_viewer, many);
+    m_service.request(&m_viewer, {many[58]});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return m_service.isIdle(); }, 20'000));
+    EXPECT_FALSE(m_service.picture(*many[58].item, kTile).isNull());
+    EXPECT_FALSE(m_service.picture(*many[59].item, kRow).isNull()); // the other viewer's stays
+    EXPECT_LT(m_service.madeCount(), 20);
+    m_service.request(&m_viewer, many);
+    m_service.cancel(&m_viewer);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return m_service.isIdle(); }, 20'000));
+    EXPECT_LT(m_service.madeCount(), 40);
+}
+
+} // namespace clipheave::app
