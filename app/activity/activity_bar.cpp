@@ -54,6 +54,7 @@ void ActivityBar::build() {
     row->setSpacing(12);
     m_arrow = new Button(ButtonKind::Icon, {}, QStringLiteral("chevron-up"), this);
     m_arrow->setObjectName(QStringLiteral("activityArrow"));
+    allowLowButton(m_arrow);
     m_arrow->setFixedSize(kArrowSide, kArrowSide);
     m_arrow->setFocusPolicy(Qt::TabFocus);
     connect(m_arrow, &Button::clicked, this, &ActivityBar::toggled);

@@ -35,6 +35,10 @@ bool animationsEnabled(const QWidget* widget) {
     return widget->style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, widget) > 0;
 }
 
+void allowLowButton(QWidget* button) {
+    button->setStyleSheet(QStringLiteral("QPushButton, QPushButton:focus { min-height: 0; }"));
+}
+
 StateLook lookOf(const ActivityJob& job) {
     if (job.skippedAll())
         return {QStringLiteral("skip"), Token::text3};

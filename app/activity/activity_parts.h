@@ -16,6 +16,9 @@ namespace clipheave::app {
 /// Whether things may move: off where the style (which follows the desktop) asks for stillness.
 [[nodiscard]] bool animationsEnabled(const QWidget* widget);
 
+/// Lets a button be lower than the 32 px that the window's sheet gives to every push button.
+void allowLowButton(QWidget* button);
+
 /// Picture and colour of a state; the picture tells it without the colour.
 struct StateLook {
     QString picture;

@@ -22,6 +22,7 @@ namespace {
 constexpr int kFileRow = 22;
 constexpr int kFilesPadding = 6;
 constexpr int kShownFiles = 5; // the log gets the rest
+constexpr int kLeastTitle = 150;
 
 class FileDelegate : public QStyledItemDelegate {
 public:
@@ -233,6 +234,8 @@ QWidget* JobDetails::makeHead() {
     m_reveal->setObjectName(QStringLiteral("revealJobBtn"));
     m_reveal->setAccessibleName(tr("Show in File Manager"));
     m_reveal->setToolTip(tr("Show in File Manager"));
+    for (QWidget* button : {m_retry, m_cancel, m_reveal})
+        allowLowButton(button);
     row->addWidget(m_icon);
     row->addWidget(m_title);
     row->addWidget(m_result);
@@ -259,6 +262,8 @@ void JobDetails::refresh() {
     const ActivityJob* job = m_model.job(m_job);
     m_icon->setVisible(job);
     m_title->setText(job ? job->title : QString());
+    // In a narrow window the result gives way first: the table has it too.
+    m_title->setMinimumWidth(std::min(m_title->sizeHint().width(), kLeastTitle));
     m_result->setText(!job                              ? tr("No task chosen")
                       : job->state == JobState::Running ? job->itemsText()
                                                         : job->result);
@@ -278,6 +283,7 @@ void JobDetails::placeParts() {
     // With a log below, the list takes what its first files need; alone, all there is.
     const bool withLog = !m_log->isHidden();
     const int rows = std::clamp(m_files->rowCount(), 0, kShownFiles);
+    m_list->setMinimumHeight(withLog ? rows * kFileRow : 0);
     m_list->setMaximumHeight(withLog ? rows * kFileRow : QWIDGETSIZE_MAX);
     update();
 }

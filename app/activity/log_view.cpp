@@ -5,21 +5,30 @@
 #include "platform/foundation/paths.h"
 
 #include <QScrollBar>
+#include <QTextBlockFormat>
 #include <QTextCursor>
+#include <QTextDocument>
 
 #include <algorithm>
 
 namespace clipheave::app {
 
-LogView::LogView(QWidget* parent) : QPlainTextEdit(parent) {
+namespace {
+
+constexpr double kLineHeight = 19; // px
+
+} // namespace
+
+LogView::LogView(QWidget* parent) : QTextEdit(parent) {
     setReadOnly(true);
     setUndoRedoEnabled(false);
     setFrameShape(NoFrame);
+    setAcceptRichText(false);
     setLineWrapMode(NoWrap);
     setTabChangesFocus(true);
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    setMaximumBlockCount(static_cast<int>(ActivityModel::kMostLogLines));
+    document()->setMaximumBlockCount(static_cast<int>(ActivityModel::kMostLogLines));
     document()->setDocumentMargin(0);
     restyle();
     connect(&Theme::instance(), &Theme::changed, this, [this] {
@@ -33,7 +42,7 @@ void LogView::restyle() {
     const Theme& theme = Theme::instance();
     setFont(theme.font(FontRole::Log));
     // Its own sheet: the window's gives every text an outline, which a pane must not have.
-    setStyleSheet(QStringLiteral("QPlainTextEdit { background: %1; border: 0; padding: 7px 16px; "
+    setStyleSheet(QStringLiteral("QTextEdit { background: %1; border: 0; padding: 7px 16px; "
                                  "min-height: 0; }")
                       .arg(theme.color(Token::bg1).name()));
 }
@@ -62,10 +71,14 @@ void LogView::write(const ActivityLogLine& line) {
     QTextCharFormat time, text;
     time.setForeground(theme.color(Token::text3));
     text.setForeground(theme.color(line.isError ? Token::bad : Token::text2));
+    QTextBlockFormat block;
+    block.setLineHeight(kLineHeight * theme.fontScale(), QTextBlockFormat::FixedHeight);
     QTextCursor cursor(document());
     cursor.movePosition(QTextCursor::End);
     if (!document()->isEmpty())
-        cursor.insertBlock();
+        cursor.insertBlock(block);
+    else
+        cursor.setBlockFormat(block);
     cursor.insertText(line.time.toString(QStringLiteral("HH:mm:ss")) + QLatin1String("  "), time);
     // One line of the log is one line here, whatever it holds.
     QString shown = line.text;

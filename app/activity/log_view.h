@@ -3,13 +3,13 @@
 
 #include "app/activity/activity_model.h"
 
-#include <QPlainTextEdit>
+#include <QTextEdit>
 
 namespace clipheave::app {
 
 /// Log lines with their times, the newest at the end; text can be selected and copied. Follows the
 /// end unless the user has scrolled away from it.
-class LogView : public QPlainTextEdit {
+class LogView : public QTextEdit {
     Q_OBJECT
 public:
     explicit LogView(QWidget* parent = nullptr);

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/windows/own_window.h"
+#include "media/preferences.h"
+
+#include <QColor>
+
+class QComboBox;
+class QLineEdit;
+
+namespace clipheave::app {
+
+class ColourWell;
+class Segment;
+class StampPreview;
+
+/// The preferences: storage folder, date stamp, appearance. It shows and reports; what is stored is
+/// the controller's. Movable, not modal.
+class PreferencesWindow : public OwnWindow {
+    Q_OBJECT
+public:
+    explicit PreferencesWindow(QWidget* parent);
+
+    /// Fills the controls. A stored title that is none of a pop-up's chooses nothing in it.
+    void show(const media::Preferences& preferences, const QColor& fontColor);
+    /// Brings the window up.
+    void present();
+
+    [[nodiscard]] QString storagePath() const;
+    void setStoragePath(const QString& folder);
+    /// Titles of the pop-ups; empty when nothing is chosen.
+    [[nodiscard]] QString position() const;
+    [[nodiscard]] QString dateFormat() const;
+    /// "Lucida Grande 24".
+    [[nodiscard]] QString fontLabel() const;
+    /// What the font panel chose.
+    void setStampFont(const QString& family, int size);
+    [[nodiscard]] QColor fontColor() const;
+    [[nodiscard]] StampPreview* preview() const { return m_preview; }
+
+    void reject() override;
+
+Q_SIGNALS:
+    void changeStoreLocation();
+    void showFontPanel();
+    void fontColorChosen(const QColor& color);
+    /// Index of Appearance.
+    void appearanceChosen(int appearance);
+    void cancel();
+    void save();
+
+private:
+    void buildStorage(QLayout& column);
+    void buildStamp(QLayout& column);
+    QWidget* makeStampForm();
+    void buildAppearance(QLayout& column);
+    void buildFoot();
+    void chooseColor();
+    void refreshPreview();
+
+    QLineEdit* m_storagePath = nullptr;
+    QComboBox *m_position = nullptr, *m_dateFormat = nullptr;
+    QLineEdit* m_font = nullptr;
+    ColourWell* m_color = nullptr;
+    StampPreview* m_preview = nullptr;
+    Segment* m_appearance = nullptr;
+};
+
+} // namespace clipheave::app

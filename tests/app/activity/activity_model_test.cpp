@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/activity/activity_model.h"
+#include "tests/testkit/testkit.h"
+
+#include <QSignalSpy>
+
+namespace clipheave::app {
+namespace {
+
+ActivityFile fileIn(FileState state, const QString& note = {}) {
+    return {QStringLiteral("/in/a.mov"), {}, state, note};
+}
+
+QString cell(const ActivityModel& model, int row, int column, int role = Qt::DisplayRole) {
+    return model.index(row, column).data(role).toString();
+}
+
+TEST(ActivityModel, CountsJobsAndNamesTheirItems) {
+    ActivityModel model;
+    const int good = model.beginJob(QStringLiteral("Save changes"), 2);
+    const int bad = model.beginJob(QStringLiteral("Extract audio"), 3);
+    model.beginJob(QStringLiteral("Import"));
+    EXPECT_EQ(cell(model, 0, ActivityModel::ItemsColumn), QString()) << "nothing is known yet";
+    EXPECT_EQ(cell(model, 2, ActivityModel::TaskColumn), QStringLiteral("Save changes"));
+
+    model.fileFinished(good, fileIn(FileState::Done));
+    EXPECT_EQ(cell(model, 2, ActivityModel::ItemsColumn), QStringLiteral("1 of 2 files"));
+    EXPECT_EQ(cell(model, 2, ActivityModel::ProgressColumn), QStringLiteral("50%"));
+    model.setProgress(good, 0.5);
+    EXPECT_EQ(cell(model, 2, ActivityModel::ProgressColumn), QStringLiteral("75%"));
+    model.fileFinished(good, fileIn(FileState::Done));
+    model.endJob(good);
+    model.fileFinished(bad, fileIn(FileState::Done));
+    model.fileFinished(bad, fileIn(FileState::Failed));
+    model.fileFinished(bad, fileIn(FileState::Skipped));
+    model.endJob(bad);
+
+    EXPECT_EQ(model.runningCount(), 1);
+    EXPECT_EQ(model.failedCount(), 1);
+    EXPECT_EQ(model.doneCount(), 1);
+    EXPECT_EQ(cell(model, 2, ActivityModel::ItemsColumn), QStringLiteral("2 files"));
+    EXPECT_EQ(cell(model, 2, ActivityModel::ResultColumn), QStringLiteral("2 done"));
+    EXPECT_EQ(cell(model, 1, ActivityModel::ItemsColumn), QStringLiteral("1 of 3 files"));
+    EXPECT_EQ(cell(model, 1, ActivityModel::ResultColumn),
+              QStringLiteral("1 done, 1 failed, 1 skipped"));
+    EXPECT_EQ(cell(model, 1, ActivityModel::StateColumn, Qt::AccessibleTextRole),
+              QStringLiteral("Failed"));
+    EXPECT_EQ(model.newestRunning()->title, QStringLiteral("Import"));
+}
+
+TEST(ActivityModel, EndsAJobOnceAndSaysWhatBecameOfIt) {
+    ActivityModel model;
+    QSignalSpy ended(&model, &ActivityModel::jobEnded);
+    const int skipped = model.beginJob(QStringLiteral("Compress"), 1);
+    model.fileFinished(skipped, fileIn(FileState::Skipped, QStringLiteral("not a video")));
+    model.endJob(skipped);
+    model.endJob(skipped, QStringLiteral("again"));
+    EXPECT_EQ(ended.count(), 1);
+    EXPECT_EQ(model.job(skipped)->result, QStringLiteral("Skipped, not a video"));
+    EXPECT_TRUE(model.job(skipped)->skippedAll());
+    EXPECT_FALSE(model.job(skipped)->canRetry);
+
+    const int cancelled = model.beginJob(QStringLiteral("Save changes"), 4);
+    model.setCanCancel(cancelled, true);
+    model.fileFinished(cancelled, fileIn(FileState::Done));
+    model.fileFinished(cancelled, fileIn(FileState::Cancelled));
+    model.endJob(cancelled);
+    const ActivityJob* job = model.job(cancelled);
+    EXPECT_EQ(job->state, JobState::Cancelled);
+    EXPECT_DOUBLE_EQ(job->fraction(), 0.5) << "the bar stays where it was stopped";
+    EXPECT_FALSE(job->canCancel);
+
+    const int own = model.beginJob(QStringLiteral("Import"));
+    model.setProgress(own, std::nan(""));
+    EXPECT_LT(model.job(own)->fraction(), 0) << "unknown";
+    model.endJob(own, QStringLiteral("3 files added"));
+    EXPECT_EQ(model.job(own)->result, QStringLiteral("3 files added"));
+    EXPECT_EQ(model.job(own)->fraction(), 1);
+}
+
+TEST(ActivityModel, KeepsTheNewestJobsAndEveryRunningOne) {
+    ActivityModel model;
+    const int oldest = model.beginJob(QStringLiteral("Runs for long"));
+    int second = 0, last = 0;
+    for (std::size_t i = 0; i < ActivityModel::kMostJobs + 20; ++i) {
+        last = model.beginJob(QStringLiteral("Short"));
+        second = second == 0 ? last : second;
+        model.endJob(last);
+    }
+    EXPECT_EQ(model.jobs().size(), ActivityModel::kMostJobs);
+    EXPECT_NE(model.job(oldest), nullptr);
+    EXPECT_EQ(model.job(second), nullptr);
+    EXPECT_EQ(model.jobs().front().id, last);
+    model.clearFinished();
+    EXPECT_EQ(model.rowCount(), 1);
+    EXPECT_EQ(model.jobs().front().id, oldest);
+}
+
+TEST(ActivityModel, ReportsTheFirstFailureOfEachRunOnce) {
+    ActivityModel model;
+    QSignalSpy failures(&model, &ActivityModel::firstFailure);
+    const int first = model.beginJob(QStringLiteral("Save changes"), 3);
+    model.fileFinished(first, fileIn(FileState::Done));
+    EXPECT_EQ(failures.count(), 0);
+    model.fileFinished(first, fileIn(FileState::Failed));
+    model.fileFinished(first, fileIn(FileState::Failed));
+    EXPECT_EQ(failures.count(), 1);
+    const int second = model.beginJob(QStringLiteral("Save changes"), 1);
+    model.fileFinished(second, fileIn(FileState::Failed));
+    ASSERT_EQ(failures.count(), 2);
+    EXPECT_EQ(failures.last().first().toInt(), second);
+}
+
+TEST(ActivityModel, GathersRepaintsAndSendsTheLastAtOnce) {
+    ActivityModel model;
+    const int job = model.beginJob(QStringLiteral("Import"), 5000);
+    QSignalSpy repaints(&model, &ActivityModel::dataChanged);
+    QSignalSpy changes(&model, &ActivityModel::jobChanged);
+    for (int i = 0; i < 5000; ++i)
+        model.fileFinished(job, fileIn(FileState::Done));
+    EXPECT_EQ(changes.count(), 5000);
+    EXPECT_EQ(repaints.count(), 0);
+    EXPECT_TRUE(repaints.wait(500));
+    EXPECT_EQ(repaints.count(), 1);
+    model.setProgress(job, 0.1);
+    model.endJob(job);
+    EXPECT_EQ(repaints.count(), 2) << "an end is seen at once";
+    EXPECT_FALSE(repaints.wait(120)) << "and nothing is left over";
+}
+
+TEST(ActivityModel, KeepsTheNewestLogLines) {
+    ActivityModel model;
+    const int job = model.beginJob(QStringLiteral("Save changes"), 1);
+    model.addLog(QStringLiteral("of no job"));
+    const auto most = static_cast<int>(ActivityModel::kMostLogLines);
+    for (int i = 0; i <= most; ++i)
+        model.addLog(QString::number(i), {}, false, job);
+    EXPECT_EQ(model.log().size(), ActivityModel::kMostLogLines);
+    EXPECT_EQ(model.linesLogged(), most + 2);
+    EXPECT_EQ(model.job(job)->log.size(), ActivityModel::kMostLogLines);
+    EXPECT_EQ(model.job(job)->log.front().text, QStringLiteral("1"));
+    EXPECT_EQ(model.job(job)->linesLogged, most + 1);
+}
+
+} // namespace
+} // namespace clipheave::app

@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/activity/activity_bar.h"
+#include "app/activity/activity_model.h"
+#include "app/activity/activity_panel.h"
+#include "app/activity/activity_parts.h"
+#include "app/activity/job_details.h"
+#include "app/activity/job_table.h"
+#include "app/activity/log_view.h"
+#include "app/widgets/button_look.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/picture_button.h"
+#include "tests/testkit/testkit.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QListView>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTextDocument>
+#include <QVBoxLayout>
+
+namespace clipheave::app {
+namespace {
+
+/// Bar and panel as in the window, with a field above that has the focus.
+class ActivityViews : public testing::Test {
+protected:
+    ActivityViews() {
+        Theme::instance().apply(Appearance::Dark);
+        auto* column = new QVBoxLayout(&window);
+        field = new QLineEdit(&window);
+        bar = new ActivityBar(model, &window);
+        panel = new ActivityPanel(model, &window);
+        column->addWidget(field);
+        column->addStretch(1);
+        column->addWidget(bar);
+        column->addWidget(panel);
+        QObject::connect(bar, &ActivityBar::toggled, panel, &ActivityPanel::toggle);
+        QObject::connect(panel, &ActivityPanel::openChanged, bar, &ActivityBar::setOpen);
+        window.resize(1440, 700);
+        window.show();
+        window.activateWindow();
+        field->setFocus();
+    }
+
+    template <typename T> T* part(const char* name) {
+        return window.findChild<T*>(QLatin1String(name));
+    }
+    void settle() {
+        QTest::qWait(2 * 1000 / ActivityModel::kRefreshesPerSecond + ActivityPanel::kSlideTime);
+    }
+    QString chip(const char* name) {
+        const auto* found = part<Chip>(name);
+        return found->isVisible() ? found->text() : QString();
+    }
+    QStringList rows() {
+        const auto* table = panel->findChild<JobTable*>();
+        QStringList titles;
+        for (int row = 0; row < table->model()->rowCount(); ++row)
+            titles += table->model()->index(row, ActivityModel::TaskColumn).data().toString();
+        return titles;
+    }
+    int extractAudio() {
+        const int job = model.beginJob(QStringLiteral("Extract audio"), 2);
+        model.fileFinished(job, {QStringLiteral("/in/surf.mp4"),
+                                 {QStringLiteral("/out/surf.m4a")},
+                                 FileState::Done,
+                                 QStringLiteral("4.71 MB")});
+        model.fileFinished(job, {QStringLiteral("/in/mist.mkv"),
+                                 {},
+                                 FileState::Failed,
+                                 QStringLiteral("no audio track")});
+        model.addLog(QStringLiteral("Export failed: no audio track"), {}, true, job);
+        model.endJob(job);
+        return job;
+    }
+
+    ActivityModel model;
+    QWidget window;
+    QLineEdit* field;
+    ActivityBar* bar;
+    ActivityPanel* panel;
+};
+
+TEST_F(ActivityViews, BarSaysWhatRunsAndHowManyDid) {
+    EXPECT_EQ(bar->statusText(), QStringLiteral("Nothing running"));
+    EXPECT_FALSE(part<BusyIndicator>("jobProgressor")->isVisible());
+    EXPECT_EQ(chip("doneChip"), QString());
+    bar->setListSummary(QStringLiteral("19 items, 28.74 GB"));
+    EXPECT_EQ(part<ToneLabel>("listTotal")->text(), QStringLiteral("19 items, 28.74 GB"));
+
+    extractAudio();
+    model.endJob(model.beginJob(QStringLiteral("Import")));
+    const int job = model.beginJob(QStringLiteral("Convert to MP4"), 6);
+    for (int i = 0; i < 3; ++i)
+        model.fileFinished(job, {QStringLiteral("/in/a.mov"), {}, FileState::Done, {}});
+    settle();
+    EXPECT_EQ(bar->statusText(), QStringLiteral("Convert to MP4, 3 of 6 files"));
+    EXPECT_TRUE(part<BusyIndicator>("jobProgressor")->isTurning());
+    EXPECT_EQ(part<ThinProgress>("jobProgress")->value(), 500);
+    EXPECT_EQ(chip("runningChip"), QStringLiteral("1 running"));
+    EXPECT_EQ(chip("failedChip"), QStringLiteral("1 failed"));
+    EXPECT_EQ(chip("doneChip"), QStringLiteral("1 done"));
+
+    bar->showMessage(QStringLiteral("Not available yet"));
+    EXPECT_EQ(bar->statusText(), QStringLiteral("Not available yet"));
+    model.endJob(job);
+    settle();
+    EXPECT_EQ(bar->statusText(), QStringLiteral("Nothing running"));
+    EXPECT_FALSE(part<BusyIndicator>("jobProgressor")->isTurning());
+    bar->setBusyVisible(true);
+    EXPECT_TRUE(part<BusyIndicator>("jobProgressor")->isTurning());
+}
+
+TEST_F(ActivityViews, NamesTheEndOfAJobForScreenReaders) {
+    EXPECT_EQ(bar->accessibleName(), QStringLiteral("Activity"));
+    extractAudio();
+    EXPECT_EQ(bar->accessibleName(), QStringLiteral("Activity. Extract audio: 1 done, 1 failed"));
+}
+
+TEST_F(ActivityViews, OpensOnceOnAFailureAndLeavesTheFocus) {
+    extractAudio();
+    settle();
+    EXPECT_TRUE(panel->isOpen());
+    EXPECT_EQ(panel->height(), ActivityPanel::kHeight);
+    EXPECT_TRUE(field->hasFocus());
+    EXPECT_EQ(panel->chosenJob(), model.jobs().front().id);
+
+    QTest::mouseClick(bar, Qt::LeftButton, {}, QPoint(600, 16));
+    settle();
+    EXPECT_FALSE(panel->isOpen());
+    EXPECT_FALSE(panel->isVisible());
+    EXPECT_EQ(part<Button>("activityArrow")->accessibleName(), QStringLiteral("Show Activity"));
+
+    const int job = model.beginJob(QStringLiteral("Save changes"), 3);
+    const ActivityFile failed{QStringLiteral("/in/b.mov"), {}, FileState::Failed, {}};
+    model.fileFinished(job, failed);
+    EXPECT_TRUE(panel->isOpen()) << "another run";
+    bar->toggle();
+    model.fileFinished(job, failed);
+    EXPECT_FALSE(panel->isOpen()) << "closed by the user: it stays so";
+}
+
+TEST_F(ActivityViews, SegmentsFilterTheTasks) {
+    extractAudio();
+    model.endJob(model.beginJob(QStringLiteral("Import")));
+    const int job = model.beginJob(QStringLiteral("Save changes"), 2);
+    settle();
+    auto* segment = part<Segment>("activitySegment");
+    EXPECT_EQ(segment->part(0)->text(), QStringLiteral("All 3"));
+    EXPECT_EQ(segment->part(1)->text(), QStringLiteral("Running 1"));
+    EXPECT_EQ(segment->part(2)->text(), QStringLiteral("Failed 1"));
+    EXPECT_EQ(rows(), (QStringList{QStringLiteral("Save changes"), QStringLiteral("Import"),
+                                   QStringLiteral("Extract audio")}));
+    QTest::mouseClick(segment->part(1), Qt::LeftButton);
+    EXPECT_EQ(rows(), QStringList{QStringLiteral("Save changes")});
+    EXPECT_TRUE(panel->findChild<JobTable*>()->isTurning());
+    model.endJob(job);
+    settle();
+    EXPECT_TRUE(rows().isEmpty());
+    EXPECT_FALSE(panel->findChild<JobTable*>()->isTurning());
+    QTest::mouseClick(segment->part(2), Qt::LeftButton);
+    EXPECT_EQ(rows(), QStringList{QStringLiteral("Extract audio")});
+
+    model.addLog(QStringLiteral("urls==/in"), QStringLiteral("/in/c.mov"));
+    QTest::mouseClick(segment->part(3), Qt::LeftButton);
+    EXPECT_EQ(panel->shown(), ActivityPanel::Log);
+    const QString log = part<LogView>("activityLog")->toPlainText();
+    EXPECT_TRUE(log.contains(QLatin1String("Export failed: no audio track\n")));
+    EXPECT_TRUE(log.endsWith(QLatin1String("urls==/in  /in/c.mov")));
+    EXPECT_EQ(part<LogView>("activityLog")->document()->blockCount(), 2);
+    model.addLog(QStringLiteral("one more"));
+    settle();
+    EXPECT_EQ(part<LogView>("activityLog")->document()->blockCount(), 3);
+
+    QTest::mouseClick(segment->part(0), Qt::LeftButton);
+    QTest::mouseClick(part<Button>("clearFinishedBtn"), Qt::LeftButton);
+    EXPECT_TRUE(rows().isEmpty());
+    EXPECT_EQ(panel->chosenJob(), 0);
+}
+
+TEST_F(ActivityViews, DetailsShowFilesWithReasonsAndActOnThem) {
+    const int job = extractAudio();
+    settle();
+    auto* list = part<QListView>("jobFiles");
+    const auto* files = list->model();
+    ASSERT_EQ(files->rowCount(), 2);
+    EXPECT_EQ(files->index(0, 0).data().toString(), QStringLiteral("surf.m4a"));
+    EXPECT_EQ(files->index(0, 0).data(JobFiles::NoteRole).toString(), QStringLiteral("4.71 MB"));
+    EXPECT_EQ(files->index(1, 0).data().toString(), QStringLiteral("mist.mkv"));
+    EXPECT_EQ(files->index(1, 0).data(JobFiles::NoteRole).toString(),
+              QStringLiteral("no audio track"));
+    EXPECT_EQ(part<ToneLabel>("jobResult")->text(), QStringLiteral("1 done, 1 failed"));
+    EXPECT_TRUE(part<LogView>("jobLog")->toPlainText().endsWith(
+        QLatin1String("Export failed: no audio track")));
+
+    QSignalSpy revealed(panel, &ActivityPanel::revealRequested);
+    QTest::mouseClick(part<Button>("revealJobBtn"), Qt::LeftButton);
+    ASSERT_EQ(revealed.count(), 1);
+    EXPECT_EQ(revealed[0][0].toStringList(), QStringList{QStringLiteral("/out/surf.m4a")});
+    list->setCurrentIndex(files->index(1, 0));
+    QTest::mouseClick(part<Button>("revealJobBtn"), Qt::LeftButton);
+    EXPECT_EQ(revealed[1][0].toStringList(), QStringList{QStringLiteral("/in/mist.mkv")});
+
+    QSignalSpy retried(&model, &ActivityModel::retryRequested);
+    EXPECT_FALSE(part<Button>("cancelJobBtn")->isVisible());
+    QTest::mouseClick(part<Button>("retryJobBtn"), Qt::LeftButton);
+    ASSERT_EQ(retried.count(), 1);
+    EXPECT_EQ(retried[0][0].toInt(), job);
+
+    const int running = model.beginJob(QStringLiteral("Save changes"), 2);
+    model.setCanCancel(running, true);
+    panel->chooseJob(running);
+    settle();
+    QSignalSpy cancelled(&model, &ActivityModel::cancelRequested);
+    EXPECT_EQ(part<ToneLabel>("jobResult")->text(), QStringLiteral("0 of 2 files"));
+    EXPECT_FALSE(part<Button>("retryJobBtn")->isVisible());
+    QTest::mouseClick(part<Button>("cancelJobBtn"), Qt::LeftButton);
+    ASSERT_EQ(cancelled.count(), 1);
+    EXPECT_EQ(cancelled[0][0].toInt(), running);
+    EXPECT_EQ(files->rowCount(), 0);
+    model.fileFinished(running, {QStringLiteral("/in/d.mov"), {}, FileState::Done, {}});
+    settle();
+    EXPECT_EQ(files->rowCount(), 1);
+}
+
+/// Everything on the window is painted this often while 400 files a second come in.
+TEST_F(ActivityViews, RepaintsRarelyUnderLoad) {
+    struct Paints : QObject {
+        int count = 0;
+        bool eventFilter(QObject*, QEvent* event) override {
+            count += event->type() == QEvent::Paint ? 1 : 0;
+            return false;
+        }
+    } paints;
+    const int job = model.beginJob(QStringLiteral("Import"));
+    bar->toggle();
+    settle();
+    part<ToneLabel>("jobStatuslab")->installEventFilter(&paints);
+    QElapsedTimer clock;
+    clock.start();
+    int files = 0;
+    while (clock.elapsed() < 1000) {
+        model.fileFinished(job, {QStringLiteral("/in/a.mov"), {}, FileState::Done, {}});
+        ++files;
+        QTest::qWait(2);
+    }
+    EXPECT_GT(files, 100);
+    EXPECT_GT(paints.count, 3);
+    EXPECT_LE(paints.count, ActivityModel::kRefreshesPerSecond + 2);
+}
+
+} // namespace
+} // namespace clipheave::app

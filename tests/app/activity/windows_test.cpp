@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/activity/activity_parts.h"
+#include "app/widgets/button_look.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/picture_button.h"
+#include "app/windows/about_window.h"
+#include "app/windows/open_panel.h"
+#include "app/windows/preferences_window.h"
+#include "app/windows/stamp_preview.h"
+#include "tests/testkit/testkit.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QColorDialog>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QFileSystemModel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTreeView>
+
+namespace clipheave::app {
+namespace {
+
+media::Preferences firstStartPreferences() {
+    media::Preferences preferences;
+    preferences.storagelocation = QStringLiteral("/home/mira/Videos/com.Tarvolin.clipheave");
+    preferences.currentFontname = QStringLiteral("Lucida Grande");
+    preferences.currentFontSize = 14;
+    preferences.fontLabel = QStringLiteral("Lucida Grande 24");
+    preferences.position = QStringLiteral("lower left corner");
+    preferences.dateFormat = QStringLiteral("MM/DD/YYYY HH:MM");
+    return preferences;
+}
+
+TEST(PreferencesWindow, ShowsWhatIsStoredAndNothingElse) {
+    PreferencesWindow window(nullptr);
+    media::Preferences stored = firstStartPreferences();
+    window.show(stored, Qt::white);
+    EXPECT_EQ(window.size(), QSize(680, 536));
+    EXPECT_EQ(window.findChild<QLineEdit*>(QStringLiteral("storagePathlab"))->text(),
+              stored.storagelocation);
+    EXPECT_EQ(window.fontLabel(), QStringLiteral("Lucida Grande 24"));
+    EXPECT_EQ(window.position(), QString()) << "the stored default is no title of the list";
+    EXPECT_EQ(window.dateFormat(), QStringLiteral("MM/DD/YYYY HH:MM"));
+    EXPECT_EQ(window.preview()->stampText(), QStringLiteral("06/14/2025 21:36:20"));
+    EXPECT_EQ(window.preview()->corner(), Qt::AlignLeft | Qt::AlignBottom);
+
+    stored.position = QStringLiteral("Upper right corner");
+    stored.dateFormat = QStringLiteral("YYYY-MM-DD");
+    window.show(stored, Qt::red);
+    EXPECT_EQ(window.position(), QStringLiteral("Upper right corner"));
+    EXPECT_EQ(window.dateFormat(), QString());
+    EXPECT_EQ(window.fontColor(), QColor(Qt::red));
+    EXPECT_EQ(window.preview()->corner(), Qt::AlignRight | Qt::AlignTop);
+    EXPECT_EQ(window.preview()->stampText(), QStringLiteral("2025:06:14 21:36:20"));
+
+    auto* format = window.findChild<QComboBox*>(QStringLiteral("dateFormatBtn"));
+    EXPECT_EQ(format->count(), 3);
+    format->setCurrentIndex(1);
+    EXPECT_EQ(window.preview()->stampText(), QStringLiteral("14/06/2025 21:36:20"));
+    window.setStampFont(QStringLiteral("Sans"), 30);
+    EXPECT_EQ(window.fontLabel(), QStringLiteral("Sans 30"));
+}
+
+TEST(PreferencesWindow, ReportsItsButtonsAndKeys) {
+    PreferencesWindow window(nullptr);
+    window.show(firstStartPreferences(), Qt::white);
+    QSignalSpy saved(&window, &PreferencesWindow::save);
+    QSignalSpy cancelled(&window, &PreferencesWindow::cancel);
+    QSignalSpy folder(&window, &PreferencesWindow::changeStoreLocation);
+    QSignalSpy font(&window, &PreferencesWindow::showFontPanel);
+    QSignalSpy appearance(&window, &PreferencesWindow::appearanceChosen);
+    const auto press = [&window](const char* name) {
+        QTest::mouseClick(window.findChild<QAbstractButton*>(QLatin1String(name)), Qt::LeftButton);
+    };
+    window.present();
+    ASSERT_TRUE(window.isVisible());
+    EXPECT_FALSE(window.isModal());
+    press("ChangeStoreLocation");
+    press("showFontPanelBtn");
+    EXPECT_EQ(folder.count(), 1);
+    EXPECT_EQ(font.count(), 1);
+    QTest::mouseClick(window.findChild<Segment*>()->part(2), Qt::LeftButton);
+    ASSERT_EQ(appearance.count(), 1);
+    EXPECT_EQ(appearance[0][0].toInt(), static_cast<int>(Appearance::Light));
+
+    auto* field = window.findChild<QLineEdit*>(QStringLiteral("storagePathlab"));
+    field->setText(QStringLiteral("/other"));
+    QTest::keyClick(field, Qt::Key_Return);
+    EXPECT_EQ(saved.count(), 1);
+    EXPECT_EQ(window.storagePath(), QStringLiteral("/other"));
+    EXPECT_TRUE(window.isVisible()) << "closing is the controller's";
+    press("ResetPreferenceSetting");
+    EXPECT_EQ(saved.count(), 2);
+    QTest::keyClick(field, Qt::Key_Escape);
+    EXPECT_EQ(cancelled.count(), 1);
+    EXPECT_FALSE(window.isVisible());
+    window.present();
+    press("CancelPreferenceSetting");
+    EXPECT_EQ(cancelled.count(), 2);
+    window.present();
+    press("windowCloseBtn");
+    EXPECT_EQ(cancelled.count(), 3);
+
+    window.present();
+    press("fontColorwell");
+    auto* colors = window.findChild<QColorDialog*>();
+    ASSERT_NE(colors, nullptr);
+    QSignalSpy chosen(&window, &PreferencesWindow::fontColorChosen);
+    colors->setCurrentColor(Qt::yellow);
+    colors->accept();
+    EXPECT_EQ(chosen.count(), 1);
+    EXPECT_EQ(window.fontColor(), QColor(Qt::yellow));
+}
+
+TEST(AboutWindow, IsThereOnce) {
+    QWidget parent;
+    AboutWindow::present(&parent);
+    AboutWindow::present(&parent);
+    const auto windows = parent.findChildren<AboutWindow*>();
+    ASSERT_EQ(windows.size(), 1);
+    EXPECT_TRUE(windows[0]->isVisible());
+    EXPECT_TRUE(windows[0]
+                    ->findChild<ToneLabel*>(QStringLiteral("versionLabel"))
+                    ->text()
+                    .contains(QStringLiteral(CLIPHEAVE_VERSION)));
+    windows[0]->reject();
+    AboutWindow::present(&parent);
+    EXPECT_TRUE(windows[0]->isVisible());
+}
+
+class OpenPanelTest : public testing::Test {
+protected:
+    OpenPanelTest() {
+        parent.resize(900, 600);
+        parent.show();
+        folder.write(QStringLiteral("clips/inside.mp4"), "x");
+        folder.write(QStringLiteral("a.mp4"), "x");
+        folder.write(QStringLiteral("b.mp4"), "x");
+    }
+
+    QFileDialog* open(OpenPanel::Mode mode) {
+        OpenPanel::open(&parent, QStringLiteral("Please select videos or auidos to import."), mode,
+                        [this](const QStringList& paths) { answers += paths; });
+        auto* panel = parent.findChild<QFileDialog*>(QStringLiteral("openPanel"));
+        panel->setDirectory(folder.path());
+        return panel;
+    }
+    /// Selects names in the list once it has read the folder.
+    void select(QFileDialog* panel, const QStringList& names) {
+        auto* view = panel->findChild<QTreeView*>(QStringLiteral("treeView"));
+        const auto find = [&](const QString& name) {
+            return view->model()->match(view->model()->index(0, 0, view->rootIndex()),
+                                        Qt::DisplayRole, name, 1, Qt::MatchExactly);
+        };
+        for (const QString& name : names) {
+            ASSERT_TRUE(QTest::qWaitFor([&] { return !find(name).isEmpty(); }, 5000));
+            view->selectionModel()->select(find(name).first(),
+                                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        }
+    }
+    QPushButton* openButton(QFileDialog* panel) {
+        return panel->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Open);
+    }
+    [[nodiscard]] QStringList paths(const QStringList& names) const {
+        QStringList all;
+        for (const QString& name : names)
+            all += folder.path(name);
+        return all;
+    }
+
+    QWidget parent;
+    testkit::TempDir folder;
+    QList<QStringList> answers;
+};
+
+TEST_F(OpenPanelTest, TakesFilesAndFoldersTogether) {
+    QFileDialog* panel = open(OpenPanel::FilesAndFolders);
+    EXPECT_TRUE(panel->isVisible()) << "and open() came back";
+    EXPECT_EQ(panel->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(panel->findChild<ToneLabel*>(QStringLiteral("openPanelMessage"))->text(),
+              QStringLiteral("Please select videos or auidos to import."));
+    EXPECT_NE(parent.findChild<Scrim*>(), nullptr);
+    select(panel, {QStringLiteral("clips"), QStringLiteral("b.mp4")});
+    openButton(panel)->click();
+    ASSERT_EQ(answers.size(), 1);
+    EXPECT_THAT(answers[0], testing::UnorderedElementsAreArray(
+                                paths({QStringLiteral("clips"), QStringLiteral("b.mp4")})));
+    EXPECT_EQ(parent.findChild<Scrim*>(), nullptr);
+
+    QTest::qWait(0); // the closed panel is deleted
+    panel = open(OpenPanel::FilesAndFolders);
+    select(panel, {QStringLiteral("clips")});
+    EXPECT_TRUE(openButton(panel)->isEnabled()) << "a folder alone will do";
+    openButton(panel)->click();
+    ASSERT_EQ(answers.size(), 2);
+    EXPECT_EQ(answers[1], paths({QStringLiteral("clips")}));
+}
+
+TEST_F(OpenPanelTest, RemembersTheFolderAndIgnoresACancelledPanel) {
+    QFileDialog* panel = open(OpenPanel::FilesOnly);
+    select(panel, {QStringLiteral("a.mp4"), QStringLiteral("b.mp4")});
+    openButton(panel)->click();
+    ASSERT_EQ(answers.size(), 1);
+    EXPECT_THAT(answers[0], testing::UnorderedElementsAreArray(
+                                paths({QStringLiteral("a.mp4"), QStringLiteral("b.mp4")})));
+    QTest::qWait(0);
+    OpenPanel::open(&parent, {}, OpenPanel::FilesOnly,
+                    [this](const QStringList& chosen) { answers += chosen; });
+    panel = parent.findChild<QFileDialog*>(QStringLiteral("openPanel"));
+    EXPECT_EQ(panel->directory().absolutePath(), folder.path());
+    select(panel, {QStringLiteral("a.mp4")});
+    panel->reject();
+    QTest::qWait(0);
+    panel = open(OpenPanel::FilesOnly);
+    select(panel, {QStringLiteral("clips")});
+    openButton(panel)->click();
+    EXPECT_EQ(answers.size(), 1) << "a folder is no file";
+    panel->reject();
+    EXPECT_EQ(parent.findChild<Scrim*>(), nullptr);
+}
+
+TEST_F(OpenPanelTest, CanBeAnsweredByAProgram) {
+    QStringList answer;
+    OpenPanel::setAnswerer([&](const QString&, OpenPanel::Mode) { return answer; });
+    const auto ask = [this] {
+        OpenPanel::open(&parent, {}, OpenPanel::FilesOnly,
+                        [this](const QStringList& chosen) { answers += chosen; });
+    };
+    ask();
+    EXPECT_TRUE(answers.isEmpty());
+    answer += QStringLiteral("/in/a.mov");
+    ask();
+    OpenPanel::setAnswerer({});
+    EXPECT_EQ(answers, QList<QStringList>{answer});
+}
+
+} // namespace
+} // namespace clipheave::app
