@@ -7,6 +7,7 @@
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "metadata/video_metadata.h"
+#include "platform/foundation/log.h"
 #include "platform/media/av_asset_export_session.h"
 #include "platform/workspace/ns_workspace.h"
 

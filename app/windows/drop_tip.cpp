@@ -3,6 +3,7 @@
 
 #include "app/theme/theme.h"
 #include "app/widgets/button_look.h"
+#include "app/widgets/token_label.h"
 #include "media/media_kind.h"
 #include "platform/foundation/file_manager.h"
 
@@ -55,11 +56,9 @@ private:
     }
 };
 
-QLabel* centredLabel(const QString& text, FontRole role, const char* token, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setFont(Theme::instance().font(role));
+QLabel* centredLabel(const QString& text, FontRole role, Token token, QWidget* parent) {
+    auto* label = new TokenLabel(text, role, token, parent);
     label->setAlignment(Qt::AlignCenter);
-    label->setProperty("token", QLatin1String(token));
     return label;
 }
 
@@ -93,10 +92,10 @@ DropTip::DropTip(QWidget* parent) : QWidget(parent) {
     layout->addWidget(new TipPicture(this), 0, Qt::AlignHCenter);
     layout->addSpacing(20);
     layout->addWidget(
-        centredLabel(tr("Drop your files here"), FontRole::EmptyTitle, "text1", this));
+        centredLabel(tr("Drop your files here"), FontRole::EmptyTitle, Token::text1, this));
     layout->addSpacing(4);
-    layout->addWidget(
-        centredLabel(tr("Videos, audio files or whole folders"), FontRole::Body, "text2", this));
+    layout->addWidget(centredLabel(tr("Videos, audio files or whole folders"), FontRole::Body,
+                                   Token::text2, this));
     layout->addSpacing(20);
     auto* buttons = new QHBoxLayout;
     auto* add = new Button(ButtonKind::Primary, tr("Add Files or Folders…"),
@@ -112,7 +111,7 @@ DropTip::DropTip(QWidget* parent) : QWidget(parent) {
     layout->addSpacing(24);
     layout->addWidget(
         centredLabel(tr("Edits and exports are written as new files to the storage folder."),
-                     FontRole::Cell, "text3", this));
+                     FontRole::Cell, Token::text3, this));
     layout->addStretch();
     connect(add, &Button::clicked, this, &DropTip::addRequested);
     connect(device, &Button::clicked, this, &DropTip::deviceRequested);

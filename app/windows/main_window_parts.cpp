@@ -6,10 +6,10 @@
 #include "app/list/media_table_view.h"
 #include "app/list/photo_grid.h"
 #include "app/panes/detail_pane.h"
-#include "app/theme/theme.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/picture_button.h"
 #include "app/widgets/title_bar.h"
+#include "app/widgets/token_label.h"
 #include "app/windows/drop_tip.h"
 #include "app/windows/main_window.h"
 
@@ -178,15 +178,12 @@ QWidget* MainWindow::makeListHead() {
     m_viewSegment->setCurrentIndex(0);
     row->addWidget(m_viewSegment);
     row->addSpacing(8);
-    m_summary = new QLabel(head);
+    m_summary = new TokenLabel({}, FontRole::Cell, Token::text2, head);
     m_summary->setObjectName(QStringLiteral("listSummary"));
-    m_summary->setFont(Theme::instance().font(FontRole::Cell));
-    m_summary->setProperty("token", QStringLiteral("text2"));
     row->addWidget(m_summary);
-    m_sortedNote = new QLabel(tr("Sorted view: jobs follow the import order"), head);
+    m_sortedNote = new TokenLabel(tr("Sorted view: jobs follow the import order"), FontRole::Cell,
+                                  Token::warn, head);
     m_sortedNote->setObjectName(QStringLiteral("sortedNote"));
-    m_sortedNote->setFont(Theme::instance().font(FontRole::Cell));
-    m_sortedNote->setProperty("token", QStringLiteral("warn"));
     m_sortedNote->hide();
     row->addWidget(m_sortedNote);
     row->addStretch();
@@ -214,6 +211,7 @@ void MainWindow::connectViews() {
         connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
                 &MainWindow::selectionChanged);
     connect(m_activityBar, &ActivityBar::toggled, m_activityPanel, &ActivityPanel::toggle);
+    connect(m_activityPanel, &ActivityPanel::openChanged, m_activityBar, &ActivityBar::setOpen);
     connect(m_storageChip, &StorageChip::clicked, this, &MainWindow::storageFolderRequested);
     connect(findChild<PictureButton*>(QStringLiteral("datesBtn")), &PictureButton::clicked, this,
             [this] {

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "media/audio_pane.h"
+
+#include <QWidget>
+
+#include <vector>
+
+namespace clipheave::app {
+
+class ArtworkWell;
+class EditField;
+class FactLabel;
+class PlayerView;
+class SectionHeading;
+class TransportBar;
+
+/// The pane of an audio file: artwork, facts, player, tags.
+class AudioPaneView : public QWidget {
+    Q_OBJECT
+public:
+    explicit AudioPaneView(QWidget* parent = nullptr);
+
+    void show(const media::IKImageItem& item, const media::AudioPane& pane);
+    using QWidget::show;
+    [[nodiscard]] media::AudioPane pane() const;
+    void setArtwork(const platform::EncodedPicture& picture);
+    [[nodiscard]] PlayerView* player() const { return m_player; }
+
+Q_SIGNALS:
+    void fieldEditingBegan(const QString& objectName);
+    void artworkRequested();
+
+private:
+    QWidget* makeHead();
+    QWidget* makeTags();
+    void refreshChanges();
+
+    PlayerView* m_player; ///< never shown: sound alone
+    TransportBar* m_transport;
+    ArtworkWell* m_artwork = nullptr;
+    SectionHeading* m_tags = nullptr;
+    std::vector<FactLabel*> m_facts;
+    std::vector<EditField*> m_fields; ///< in the order of media::audioFields()
+    media::AudioPane m_pane;
+};
+
+} // namespace clipheave::app

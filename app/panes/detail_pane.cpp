@@ -1,0 +1,194 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/panes/detail_pane.h"
+
+#include "app/panes/audio_pane_view.h"
+#include "app/panes/player_view.h"
+#include "app/theme/theme.h"
+#include "app/widgets/picture_button.h"
+#include "app/widgets/token_label.h"
+
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QScrollArea>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace clipheave::app {
+
+namespace {
+
+constexpr int kPaneHead = 44, kPaneFoot = 52;
+enum PaneIndex { kEmptyPane, kVideoPane, kAudioPane };
+
+} // namespace
+
+DetailPane::DetailPane(QWidget* parent)
+    : QWidget(parent), m_stack(new QStackedWidget(this)), m_video(new VideoPaneView),
+      m_audio(new AudioPaneView) {
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(makeHead());
+    m_stack->addWidget(makeEmpty());
+    m_stack->addWidget(scrolled(m_video));
+    m_stack->addWidget(scrolled(m_audio));
+    column->addWidget(m_stack, 1);
+    m_foot = makeFoot();
+    column->addWidget(m_foot);
+    connect(m_video, &VideoPaneView::fieldEditingBegan, this, &DetailPane::fieldEditingBegan);
+    connect(m_audio, &AudioPaneView::fieldEditingBegan, this, &DetailPane::fieldEditingBegan);
+    connect(m_video, &VideoPaneView::artworkRequested, this, &DetailPane::chooseArtwork);
+    connect(m_audio, &AudioPaneView::artworkRequested, this, &DetailPane::chooseArtwork);
+    connect(m_video, &VideoPaneView::durationKnown, this, &DetailPane::durationKnown);
+    showNothing();
+    setTouchedCount(1);
+}
+
+QScrollArea* DetailPane::scrolled(QWidget* body) {
+    auto* area = new QScrollArea(this);
+    area->setWidget(body);
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    return area;
+}
+
+QWidget* DetailPane::makeHead() {
+    auto* head = new QWidget(this);
+    head->setFixedHeight(kPaneHead);
+    auto* row = new QHBoxLayout(head);
+    row->setContentsMargins(16, 0, 12, 0);
+    row->setSpacing(8);
+    m_kind = new TokenIcon(16, head);
+    m_name = new TokenLabel({}, FontRole::BodyStrong, Token::text1, head);
+    m_name->setObjectName(QStringLiteral("detailName"));
+    m_reveal = new PictureButton(ButtonKind::Icon, tr("Show in file manager"),
+                                 QStringLiteral("reveal"), head);
+    m_more = new PictureButton(ButtonKind::Icon, tr("More"), QStringLiteral("more"), head);
+    row->addWidget(m_kind);
+    row->addWidget(m_name, 1);
+    row->addWidget(m_reveal);
+    row->addWidget(m_more);
+    connect(m_reveal, &PictureButton::clicked, this, &DetailPane::revealRequested);
+    connect(m_more, &PictureButton::clicked, this,
+            [this] { Q_EMIT moreRequested(m_more->menuPosition()); });
+    return head;
+}
+
+QWidget* DetailPane::makeEmpty() {
+    auto* empty = new QWidget(this);
+    auto* column = new QVBoxLayout(empty);
+    column->setSpacing(8);
+    column->addStretch();
+    auto* icon = new TokenIcon(40, empty);
+    icon->setIcon(QStringLiteral("film"), Token::text3);
+    column->addWidget(icon, 0, Qt::AlignHCenter);
+    auto* title = new TokenLabel(tr("Nothing selected"), FontRole::BodyMedium, Token::text2, empty);
+    title->setAlignment(Qt::AlignCenter);
+    column->addWidget(title);
+    auto* hint = new TokenLabel(tr("Select a file to play it and edit its tags"), FontRole::Cell,
+                                Token::text3, empty);
+    hint->setAlignment(Qt::AlignCenter);
+    column->addWidget(hint);
+    column->addStretch();
+    return empty;
+}
+
+QWidget* DetailPane::makeFoot() {
+    auto* foot = new QWidget(this);
+    foot->setFixedHeight(kPaneFoot);
+    auto* row = new QHBoxLayout(foot);
+    row->setContentsMargins(16, 0, 16, 0);
+    row->setSpacing(8);
+    auto* info = new TokenIcon(16, foot);
+    info->setIcon(QStringLiteral("info"), Token::text3);
+    row->addWidget(info);
+    m_note = new TokenLabel({}, FontRole::Cell, Token::text2, foot);
+    m_note->setObjectName(QStringLiteral("saveNote"));
+    row->addWidget(m_note, 1);
+    auto* save =
+        new PictureButton(ButtonKind::Primary, tr("Save Changes"), QStringLiteral("check"), foot);
+    save->setObjectName(QStringLiteral("SaveMediaChangesBtn"));
+    row->addWidget(save);
+    return foot;
+}
+
+void DetailPane::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    const Theme& theme = Theme::instance();
+    painter.fillRect(rect(), theme.color(Token::bg1));
+    if (!m_foot->isHidden())
+        painter.fillRect(m_foot->geometry(), theme.color(Token::bg2));
+    painter.setPen(theme.color(Token::line1));
+    painter.drawLine(0, 0, 0, height());
+    painter.drawLine(0, kPaneHead - 1, width(), kPaneHead - 1);
+    if (!m_foot->isHidden())
+        painter.drawLine(0, m_foot->y(), width(), m_foot->y());
+}
+
+void DetailPane::setHead(const QString& name, const QString& icon, Token token) {
+    m_name->setText(m_name->fontMetrics().elidedText(name, Qt::ElideMiddle, 420));
+    m_name->setToolTip(name);
+    m_kind->setIcon(icon, token);
+    const bool some = !name.isEmpty();
+    for (QWidget* part : {static_cast<QWidget*>(m_kind), static_cast<QWidget*>(m_reveal),
+                          static_cast<QWidget*>(m_more), m_foot})
+        if (part)
+            part->setVisible(some);
+}
+
+void DetailPane::showNothing() {
+    setHead({}, {}, Token::text2);
+    m_stack->setCurrentIndex(kEmptyPane);
+    m_video->clear();
+    m_audio->player()->clear();
+}
+
+void DetailPane::showVideo(const media::IKImageItem& item, const media::VideoPane& pane) {
+    setHead(item.fileName, QStringLiteral("film"), Token::kVideo);
+    m_audio->player()->clear();
+    m_video->show(item, pane);
+    m_stack->setCurrentIndex(kVideoPane);
+}
+
+void DetailPane::showAudio(const media::IKImageItem& item, const media::AudioPane& pane) {
+    setHead(item.fileName, QStringLiteral("music"), Token::kAudio);
+    m_video->player()->clear();
+    m_audio->show(item, pane);
+    m_stack->setCurrentIndex(kAudioPane);
+}
+
+media::AudioPane DetailPane::audioPane() const {
+    return m_audio->pane();
+}
+
+void DetailPane::setArtwork(const platform::EncodedPicture& picture) {
+    if (m_stack->currentIndex() == kAudioPane)
+        m_audio->setArtwork(picture);
+    else
+        m_video->setArtwork(picture);
+}
+
+void DetailPane::setTouchedCount(int count) {
+    m_note->setText(
+        count > 1
+            ? tr("Writes to all %1 selected files, as copies in the storage folder").arg(count)
+            : tr("Saves a copy in the storage folder; the original is not changed"));
+}
+
+QString DetailPane::footNote() const {
+    return m_note->text();
+}
+
+void DetailPane::chooseArtwork() {
+    auto* panel = new QFileDialog(this, tr("Artwork"));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setFileMode(QFileDialog::ExistingFile);
+    panel->setNameFilter(tr("Pictures (*.jpg *.jpeg *.png *.gif *.bmp *.tif *.tiff *.webp)"));
+    connect(panel, &QFileDialog::fileSelected, this, &DetailPane::artworkChosen);
+    panel->open();
+}
+
+} // namespace clipheave::app

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/panes/video_pane_view.h"
+#include "app/theme/theme.h"
+
+class QLabel;
+class QScrollArea;
+class QStackedWidget;
+
+namespace clipheave::app {
+
+class AudioPaneView;
+class PictureButton;
+class TokenIcon;
+
+/// The right side of the window: head, the pane of the selected file, foot with Save.
+class DetailPane : public QWidget {
+    Q_OBJECT
+public:
+    explicit DetailPane(QWidget* parent = nullptr);
+
+    void showNothing();
+    void showVideo(const media::IKImageItem& item, const media::VideoPane& pane);
+    void showAudio(const media::IKImageItem& item, const media::AudioPane& pane);
+    [[nodiscard]] media::VideoPane videoPane() const { return m_video->pane(); }
+    [[nodiscard]] media::AudioPane audioPane() const;
+    /// The text of the video pane's artist field, whatever is shown.
+    [[nodiscard]] QString videoArtistText() const { return m_video->artistText(); }
+    /// Puts a picture into the well of the pane that is shown.
+    void setArtwork(const platform::EncodedPicture& picture);
+    void setLocationTextRule(VideoPaneView::LocationRule rule) {
+        m_video->setLocationRule(std::move(rule));
+    }
+    /// How many files Save will write; the foot says so.
+    void setTouchedCount(int count);
+    [[nodiscard]] QString footNote() const;
+
+Q_SIGNALS:
+    void fieldEditingBegan(const QString& objectName);
+    void revealRequested();
+    void moreRequested(const QPoint& position);
+    void artworkChosen(const QString& path);
+    void durationKnown(double seconds);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QWidget* makeHead();
+    QWidget* makeFoot();
+    QWidget* makeEmpty();
+    QScrollArea* scrolled(QWidget* body);
+    void setHead(const QString& name, const QString& icon, Token token);
+    void chooseArtwork();
+
+    TokenIcon* m_kind = nullptr;
+    QLabel *m_name = nullptr, *m_note = nullptr;
+    PictureButton *m_reveal = nullptr, *m_more = nullptr;
+    QWidget* m_foot = nullptr;
+    QStackedWidget* m_stack;
+    VideoPaneView* m_video;
+    AudioPaneView* m_audio;
+};
+
+} // namespace clipheave::app

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "media/audio_pane.h"
+#include "media/media_kind.h"
+#include "media/panes.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <vector>
+
+class QLabel;
+
+namespace clipheave::app {
+
+class ArtworkWell;
+class EditField;
+class FactLabel;
+class MapView;
+class PlayerView;
+class SectionHeading;
+class TransportBar;
+
+/// The pane of a video: player, facts, tags, artwork and position. It shows and takes texts; what
+/// they mean is the media layer's.
+class VideoPaneView : public QWidget {
+    Q_OBJECT
+public:
+    using LocationRule = std::function<QString(const QString&, const QString&, const QString&)>;
+
+    explicit VideoPaneView(QWidget* parent = nullptr);
+
+    void show(const media::IKImageItem& item, const media::VideoPane& pane);
+    using QWidget::show;
+    void clear();
+    /// Texts as they stand, what was shown, and the groups in which an edit has begun.
+    [[nodiscard]] media::VideoPane pane() const;
+    [[nodiscard]] QString artistText() const;
+    void setArtwork(const platform::EncodedPicture& picture);
+    /// How a save joins the three position texts; shown below the fields.
+    void setLocationRule(LocationRule rule);
+    [[nodiscard]] PlayerView* player() const { return m_player; }
+
+Q_SIGNALS:
+    void fieldEditingBegan(const QString& objectName);
+    void artworkRequested();
+    void durationKnown(double seconds);
+
+private:
+    QWidget* makePlayer();
+    QWidget* makeTags();
+    QWidget* makePosition();
+    void connectFields();
+    void beginEditing(EditField* field);
+    void refreshChanges();
+    void refreshLocation();
+    void showPosition();
+
+    PlayerView* m_player;
+    TransportBar* m_transport;
+    SectionHeading* m_tags = nullptr;
+    std::vector<FactLabel*> m_facts;
+    std::vector<EditField*> m_fields; ///< in the order of media::videoFormFields()
+    EditField *m_latitude = nullptr, *m_longitude = nullptr, *m_altitude = nullptr;
+    QLabel* m_location = nullptr;
+    ArtworkWell* m_artwork = nullptr;
+    MapView* m_map = nullptr;
+    media::VideoPane m_pane; ///< as it was shown, with the flags set since
+    LocationRule m_locationRule;
+    bool m_needsDuration = false;
+};
+
+} // namespace clipheave::app

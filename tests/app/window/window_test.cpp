@@ -1,0 +1,240 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The window as a user works with it, by real input events on an offscreen screen.
+#include "app/AppDelegate.h"
+#include "app/activity/activity_model.h"
+#include "app/command_tables.h"
+#include "app/list/media_list_model.h"
+#include "app/list/media_table_view.h"
+#include "app/panes/detail_pane.h"
+#include "app/theme/theme.h"
+#include "app/widgets/alert_box.h"
+#include "app/widgets/picture_button.h"
+#include "app/windows/main_window.h"
+#include "app/windows/preferences_window.h"
+#include "tests/testkit/testkit.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QSet>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+using namespace clipheave;
+using namespace clipheave::app;
+
+QByteArray movie(const char* title) {
+    using testkit::be;
+    using testkit::box;
+    using testkit::fullBox;
+    const QByteArray data = box("data", be(1, 4) + be(0, 4) + title);
+    const QByteArray hdlr = fullBox("hdlr", be(0, 4) + "mdirappl" + QByteArray(9, '\0'));
+    const QByteArray udta = box("udta", fullBox("meta", hdlr + box("ilst", box("\xA9nam", data))));
+    const QByteArray mvhd =
+        fullBox("mvhd", be(0, 8) + be(1000, 4) + be(61'500, 4) + QByteArray(80, '\0'));
+    return box("ftyp", "M4V " + be(1, 4) + "M4V ") + box("moov", mvhd + udta) + box("mdat", "x");
+}
+
+class WindowTest : public testing::Test {
+protected:
+    void SetUp() override {
+        Theme::instance().apply(Appearance::Dark);
+        auto defaults =
+            std::make_unique<platform::NSUserDefaults>(dir.path(QStringLiteral("prefs.conf")));
+        ASSERT_TRUE(defaults->setObject_forKey(dir.path(QStringLiteral("out")),
+                                               QStringLiteral("storagePath")));
+        controller = std::make_unique<AppDelegate>(std::move(defaults));
+        controller->awakeFromNib();
+        controller->applicationDidFinishLaunching();
+        AlertBox::setAnswerer([this](const AlertBox& alert) {
+            alerts.append(alert.message());
+            return alertAnswer;
+        });
+    }
+    void TearDown() override { AlertBox::setAnswerer({}); }
+
+    MainWindow* window() { return controller->mainWindow(); }
+    template <class T> T* child(const char* name) {
+        T* found = window()->findChild<T*>(QLatin1String(name));
+        EXPECT_TRUE(found) << name;
+        return found;
+    }
+    void import(const QStringList& paths) {
+        QSignalSpy done(controller.get(), &AppDelegate::importFinished);
+        controller->importPaths(paths);
+        EXPECT_TRUE(done.wait(10'000));
+    }
+    void importThree() {
+        QStringList paths;
+        for (const char* name : {"b", "c", "a"})
+            paths.append(dir.write(QLatin1String(name) + QStringLiteral(".mp4"), movie(name)));
+        import(paths);
+    }
+    QStringList names() {
+        QStringList all;
+        for (const auto& item : controller->mediaController()->content())
+            all.append(item->fileName);
+        return all;
+    }
+
+    testkit::TempDir dir;
+    std::unique_ptr<AppDelegate> controller;
+    QStringList alerts;
+    int alertAnswer = 0;
+};
+
+QStringList list(std::initializer_list<const char*> texts) {
+    QStringList all;
+    for (const char* text : texts)
+        all.append(QLatin1String(text));
+    return all;
+}
+
+TEST_F(WindowTest, TypingATitleAndPressingSaveWritesANewFile) {
+    importThree();
+    window()->selectRow(1);
+    auto* title = child<QLineEdit>("mediaTitle");
+    ASSERT_EQ(title->text(), u"c");
+    title->setFocus();
+    title->selectAll();
+    QTest::keyClicks(title, QStringLiteral("Typed"));
+    EXPECT_TRUE(controller->changeFlags().basicInfoChange);
+    EXPECT_FALSE(controller->changeFlags().cameraInfoChange);
+    const QByteArray before = testkit::TempDir::read(dir.path(QStringLiteral("c.mp4")));
+    QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
+    QTest::mouseClick(child<PictureButton>("SaveMediaChangesBtn"), Qt::LeftButton);
+    ASSERT_TRUE(saved.wait(10'000));
+    const QByteArray written = testkit::TempDir::read(dir.path(QStringLiteral("out/c.mp4")));
+    EXPECT_TRUE(written.contains("Typed"));
+    EXPECT_EQ(testkit::TempDir::read(dir.path(QStringLiteral("c.mp4"))), before);
+    const ActivityJob& job = controller->activity()->jobs().front();
+    EXPECT_EQ(job.state, JobState::Done);
+    ASSERT_EQ(job.files.size(), 1u);
+    EXPECT_EQ(job.files.front().outputs, QStringList{dir.path(QStringLiteral("out/c.mp4"))});
+}
+
+TEST_F(WindowTest, SortingKeepsImportOrderForJobsAndRemovalRestoresIt) {
+    importThree();
+    controller->tableView_didClickTableColumn(0);
+    const QStringList once = names();
+    controller->tableView_didClickTableColumn(0);
+    const QStringList twice = names();
+    // The direction flags live as long as the process: one of the two runs is Z to A, the other A
+    // to Z.
+    const QStringList up = list({"a.mp4", "b.mp4", "c.mp4"}),
+                      down = list({"c.mp4", "b.mp4", "a.mp4"});
+    EXPECT_TRUE((once == up && twice == down) || (once == down && twice == up));
+    EXPECT_EQ(window()->currentRow(), 0);
+    EXPECT_FALSE(child<QLabel>("sortedNote")->isHidden());
+    // Row 0 of the list is row 0 of the import order for a command: b.mp4.
+    controller->RemoveMediaFileAction();
+    EXPECT_EQ(names(), list({"c.mp4", "a.mp4"}));
+    EXPECT_TRUE(child<QLabel>("sortedNote")->isHidden());
+    EXPECT_TRUE(child<QLineEdit>("mediaTitle")->text().isEmpty());
+}
+
+TEST_F(WindowTest, ImportAppendsAndTellsTroubles) {
+    importThree();
+    window()->selectRow(2);
+    import({dir.write(QStringLiteral("broken.mov"), "no movie"),
+            dir.path(QStringLiteral("gone.mp4"))});
+    EXPECT_EQ(names(), list({"b.mp4", "c.mp4", "a.mp4", "broken.mov"}));
+    EXPECT_EQ(window()->currentRow(), 2);
+    const ActivityJob& job = controller->activity()->jobs().front();
+    EXPECT_EQ(job.state, JobState::Failed);
+    EXPECT_EQ(job.files.size(), 2u);
+}
+
+TEST_F(WindowTest, AnEmptySelectionGetsTheFixedAlert) {
+    controller->SaveMeidaFileChangesAction();
+    EXPECT_EQ(alerts, list({"No Item has been selected"}));
+}
+
+TEST_F(WindowTest, TheTwoWaysToCloseAskAndDoNotAsk) {
+    alertAnswer = 1;
+    QSignalSpy quits(qApp, &QCoreApplication::aboutToQuit);
+    controller->CloseTheMainWindow();
+    EXPECT_EQ(alerts, list({"Are you sure you want to Exit ?"}));
+    QTest::mousePress(child<PictureButton>("closeBtn"), Qt::LeftButton);
+    EXPECT_EQ(alerts.size(), 2);
+    EXPECT_TRUE(controller->windowShouldClose());
+    EXPECT_EQ(alerts.size(), 2);
+}
+
+TEST_F(WindowTest, EveryButtonOfTheDispatcherReachesSomething) {
+    for (const DispatchRow& row : dispatchRows()) {
+        if (row.kind == DispatchKind::Menu) {
+            ASSERT_TRUE(window()->menu(QLatin1String(row.target))) << row.target;
+            EXPECT_FALSE(window()->menu(QLatin1String(row.target))->isEmpty()) << row.target;
+        }
+    }
+    const std::size_t lines = controller->activity()->log().size();
+    QObject stranger;
+    stranger.setObjectName(QStringLiteral("strangerBtn"));
+    controller->MybuttonMouseDownHandle(&stranger);
+    EXPECT_EQ(controller->activity()->log().size(), lines);
+    QTest::mousePress(child<PictureButton>("videoRenameBtn"), Qt::LeftButton);
+    ASSERT_EQ(controller->activity()->log().size(), lines + 1);
+    EXPECT_TRUE(controller->activity()->log().back().text.contains(u"not available yet"));
+}
+
+TEST_F(WindowTest, PreferencesTakeTheFolderOnSaveOnly) {
+    controller->ShowPreferenceSetting();
+    PreferencesWindow* preferences = controller->preferencesWindow();
+    EXPECT_EQ(preferences->storagePath(), dir.path(QStringLiteral("out")));
+    preferences->setStoragePath(dir.path(QStringLiteral("else")));
+    controller->CancelPreferenceSetting();
+    EXPECT_EQ(controller->storagelocation(), dir.path(QStringLiteral("out")));
+    controller->ShowPreferenceSetting();
+    preferences->setStoragePath(dir.path(QStringLiteral("else")));
+    controller->ResetPreferenceSetting();
+    EXPECT_EQ(controller->storagelocation(), dir.path(QStringLiteral("else")));
+    EXPECT_TRUE(QDir(dir.path(QStringLiteral("else"))).exists());
+    EXPECT_TRUE(preferences->isHidden());
+}
+
+/// Names of what can be pressed or typed into.
+void collectUnnamed(QAccessibleInterface* node, QStringList& unnamed) {
+    static const QSet<QAccessible::Role> kControls{
+        QAccessible::PushButton, QAccessible::EditableText, QAccessible::ButtonMenu,
+        QAccessible::Table, QAccessible::MenuItem};
+    const bool control = kControls.contains(node->role()) && !node->state().invisible;
+    if (control && node->text(QAccessible::Name).isEmpty() && node->object())
+        unnamed.append(QLatin1String(node->object()->metaObject()->className()) + u' ' +
+                       node->object()->objectName());
+    for (int i = 0; i < node->childCount(); ++i)
+        if (QAccessibleInterface* child = node->child(i))
+            collectUnnamed(child, unnamed);
+}
+
+TEST_F(WindowTest, EveryControlHasANameForAssistiveTechnology) {
+    importThree();
+    window()->selectRow(0);
+    QStringList unnamed;
+    collectUnnamed(QAccessible::queryAccessibleInterface(window()), unnamed);
+    EXPECT_TRUE(unnamed.isEmpty()) << unnamed.join(u", ").toStdString();
+}
+
+TEST_F(WindowTest, TabWalksTheFieldsOfThePaneInOrder) {
+    importThree();
+    window()->selectRow(0);
+    window()->activateWindow();
+    child<QLineEdit>("mediaTitle")->setFocus();
+    QStringList visited;
+    for (int i = 0; i < 14; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        if (qobject_cast<QLineEdit*>(QApplication::focusWidget()))
+            visited.append(QApplication::focusWidget()->objectName());
+    }
+    EXPECT_EQ(visited.mid(0, 11),
+              list({"mediaAlumArtis", "mediaArtist", "mediaMake", "mediaModel", "mediaProducer",
+                    "mediaReleaseYear", "mediaCopyright", "mediakeywords", "mediaSoftware",
+                    "mediaShootDate", "mediaCreatedDate"}));
+}
+
+} // namespace
