@@ -178,6 +178,8 @@ void Theme::apply(Appearance appearance) {
     m_dark = appearance == Appearance::Dark || (appearance == Appearance::System && systemIsDark());
     QApplication::setPalette(paletteOf(*this));
     QApplication::setFont(font(FontRole::Body));
+    QApplication::setFont(font(FontRole::Field), "QComboBox");
+    QApplication::setFont(font(FontRole::Body), "QMenu");
     qApp->setStyleSheet(styleSheet());
     m_applying = false;
     Q_EMIT changed();

@@ -17,6 +17,7 @@ namespace {
 constexpr int kIndicatorSide = 16;
 constexpr int kPopupHeight = 28;
 constexpr int kArrowSide = 12;
+constexpr int kMenuWidth = 224; ///< at least
 
 bool hasFocusRing(const QStyleOption& option) {
     return option.state.testFlag(QStyle::State_HasFocus) &&
@@ -106,8 +107,6 @@ QString arrowName(QStyle::PrimitiveElement element) {
         return QStringLiteral("chevron-left");
     case QStyle::PE_IndicatorArrowRight:
         return QStringLiteral("chevron-right");
-    case QStyle::PE_IndicatorMenuCheckMark:
-        return QStringLiteral("check");
     default:
         return {};
     }
@@ -125,6 +124,8 @@ void ThemeStyle::polish(QWidget* widget) {
         widget->setAttribute(Qt::WA_TranslucentBackground);
         widget->setWindowFlag(Qt::FramelessWindowHint);
         widget->setWindowFlag(Qt::NoDropShadowWindowHint);
+        if (qobject_cast<QMenu*>(widget) != nullptr)
+            widget->setMinimumWidth(kMenuWidth);
     }
     if (qobject_cast<QComboBox*>(widget) != nullptr)
         widget->setAttribute(Qt::WA_Hover);
@@ -138,7 +139,9 @@ void ThemeStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opt
         return drawRadioButton(*painter, *option);
     if (element == PE_FrameFocusRect)
         return; // rings are drawn by the controls themselves
-    if (element == PE_IndicatorMenuCheckMark && !option->state.testFlag(State_On))
+    if (element == PE_PanelMenu)
+        return drawMenuPanel(*painter, option->rect);
+    if (element == PE_FrameMenu)
         return;
     if (const QString name = arrowName(element); !name.isEmpty())
         return drawArrow(*painter, option->rect, name, option->state.testFlag(State_Enabled));
@@ -154,6 +157,11 @@ void ThemeStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opt
 
 void ThemeStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                              const QWidget* widget) const {
+    const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+    if (element == CE_MenuItem && item != nullptr)
+        return drawMenuItem(*painter, *item);
+    if (element == CE_MenuEmptyArea)
+        return;
     const auto* box = qstyleoption_cast<const QStyleOptionComboBox*>(option);
     if (element != CE_ComboBoxLabel || box == nullptr || box->editable)
         return QProxyStyle::drawControl(element, option, painter, widget);
@@ -187,6 +195,9 @@ QRect ThemeStyle::subControlRect(ComplexControl control, const QStyleOptionCompl
 
 QSize ThemeStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
                                    const QWidget* widget) const {
+    const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+    if (type == CT_MenuItem && item != nullptr)
+        return menuItemSize(*item, size);
     if (type == CT_ComboBox)
         return {size.width() + 34, std::max(kPopupHeight, size.height() + 8)};
     return QProxyStyle::sizeFromContents(type, option, size, widget);
@@ -205,6 +216,13 @@ int ThemeStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
     case PM_CheckBoxLabelSpacing:
     case PM_RadioButtonLabelSpacing:
         return 8;
+    case PM_MenuPanelWidth:
+        return 1;
+    case PM_MenuHMargin:
+    case PM_MenuVMargin:
+        return 4;
+    case PM_SubMenuOverlap:
+        return -2;
     case PM_HeaderMarkSize:
         return kArrowSide;
     case PM_ButtonShiftHorizontal:
@@ -222,11 +240,10 @@ int ThemeStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWid
         return 0; // a list below the field, not a menu over it
     case SH_DialogButtonBox_ButtonsHaveIcons:
         return 0;
-    case SH_UnderlineShortcut:
-        return QProxyStyle::styleHint(hint, option, widget, data);
     case SH_ScrollBar_LeftClickAbsolutePosition:
+        return 1;
     case SH_Slider_AbsoluteSetButtons:
-        return hint == SH_Slider_AbsoluteSetButtons ? static_cast<int>(Qt::LeftButton) : 1;
+        return static_cast<int>(Qt::LeftButton);
     default:
         return QProxyStyle::styleHint(hint, option, widget, data);
     }

@@ -3,6 +3,8 @@
 
 #include <QProxyStyle>
 
+class QStyleOptionMenuItem;
+
 namespace clipheave::app {
 
 /// Fusion with the marks that a style sheet could only take from coloured picture files: check
@@ -29,5 +31,10 @@ public:
     [[nodiscard]] int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                                 QStyleHintReturn* data) const override;
 };
+
+/// Menus, in menu_style.cpp.
+void drawMenuPanel(QPainter& painter, const QRect& rect);
+void drawMenuItem(QPainter& painter, const QStyleOptionMenuItem& item);
+[[nodiscard]] QSize menuItemSize(const QStyleOptionMenuItem& item, const QSize& label);
 
 } // namespace clipheave::app

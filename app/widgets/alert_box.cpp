@@ -17,6 +17,7 @@ namespace {
 
 constexpr int kAlertWidth = 420;
 constexpr int kPictureBox = 40;
+constexpr int kTextWidth = kAlertWidth - 2 * 20 - kPictureBox - 16;
 
 AlertBox::Answerer& alertAnswerer() {
     static AlertBox::Answerer answerer;
@@ -75,6 +76,8 @@ QLabel* alertText(const QString& text, FontRole role, Token token) {
     QPalette palette;
     palette.setColor(QPalette::WindowText, Theme::instance().color(token));
     label->setPalette(palette);
+    label->setFixedWidth(kTextWidth);
+    label->setFixedHeight(label->heightForWidth(kTextWidth));
     return label;
 }
 

@@ -11,7 +11,7 @@ namespace {
 constexpr double kClipMargin = 8;
 /// The same where far-away runs are passed over: as wide as rounding a corner may reach.
 constexpr double kRunMargin = 160;
-constexpr double kLeastStep = 0.5;
+constexpr double kLeastStep = 0.75;
 /// Corners are rounded by at most this much, and from this length of a side on.
 constexpr double kLongestCut = 40;
 /// World widths in px from which corners are rounded, once more at each: there the data's own
@@ -138,14 +138,14 @@ CoastShape coastShape(const CoastLine& line, const MapFrame& frame) {
     if (isOutside(toPixels(line.box, frame), view))
         return {};
     QPolygonF pixels = gather(line, frame, grown(frame.visible, kRunMargin));
-    const bool closed = line.kind == CoastLine::Kind::Ring;
+    const bool closed = line.kind == CoastLine::Kind::Ring || line.kind == CoastLine::Kind::Water;
     if (pixels.size() < (closed ? 4 : 2))
         return {};
     for (const double from : kRoundingScales)
         if (frame.scale >= from)
             pixels = rounded(pixels, closed);
     CoastShape shape;
-    if (line.kind == CoastLine::Kind::Ring || line.kind == CoastLine::Kind::AreaOnly)
+    if (closed || line.kind == CoastLine::Kind::AreaOnly)
         shape.area = cut(pixels, view);
     if (line.kind != CoastLine::Kind::AreaOnly)
         shape.strokes = strokesOf(pixels, view, frame);

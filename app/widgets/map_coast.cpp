@@ -19,7 +19,7 @@ constexpr std::size_t kMostLines = 20000;
 constexpr std::size_t kMostPoints = 200000; ///< of one line
 constexpr std::size_t kMostLevels = 8;
 /// World widths in px from which the next level is drawn.
-constexpr double kLevelScales[] = {1100, 7000};
+constexpr double kLevelScales[] = {1800, 9000};
 
 /// Reads numbers from the front of the data; fails for good at its end.
 class CoastReader {
@@ -83,7 +83,7 @@ void measureRuns(CoastLine& line) {
 std::optional<CoastLine> readLine(CoastReader& reader) {
     const auto kind = reader.byte();
     const auto count = reader.number();
-    if (!kind || !count || *kind > 3 || *count < 2 || *count > kMostPoints)
+    if (!kind || !count || *kind > 4 || *count < 2 || *count > kMostPoints)
         return std::nullopt;
     CoastLine line;
     line.kind = static_cast<CoastLine::Kind>(*kind);

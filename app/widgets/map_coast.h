@@ -22,7 +22,7 @@ inline constexpr double kMercatorLimit = 85.0511287798066;
 
 /// One line of the coast data in map units.
 struct CoastLine {
-    enum class Kind : unsigned char { Ring, Border, AreaOnly, OutlineOnly };
+    enum class Kind : unsigned char { Ring, Border, AreaOnly, OutlineOnly, Water };
     struct Point {
         float x = 0, y = 0;
     };
@@ -65,7 +65,7 @@ struct MapFrame {
 };
 
 /// What of a line lies in the frame: its area cut to a little more than the frame, and its visible
-/// strokes. Points closer than half a px are dropped; far-away runs are passed over.
+/// strokes. Points closer than 0.75 px are dropped; far-away runs are passed over.
 struct CoastShape {
     QPolygonF area;
     QPainterPath strokes;

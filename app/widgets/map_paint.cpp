@@ -26,29 +26,47 @@ constexpr int kLongestScaleBar = 64;
 /// Wider views have no one scale: Mercator stretches the north.
 constexpr double kWidestScaleSpan = 40;
 constexpr double kPinScale = 0.8;
+/// From this many points on, lines are drawn the fast way.
+constexpr int kManyElements = 500;
 
-/// One colour for all of the world's copies that are in view.
-void drawLand(QPainter& painter, const MapFrame& frame, const std::vector<CoastLine>& lines) {
-    const Theme& theme = Theme::instance();
-    QPainterPath land;
-    QPainterPath coast;
-    QPainterPath borders;
+struct MapStrokes {
+    QPainterPath coast, borders;
+};
+
+/// Fills one copy of the world and adds its lines to `strokes`, which go over the areas of all
+/// copies. Ring by ring: one path of them all takes the rasteriser many times as long.
+void drawLand(QPainter& painter, const MapFrame& frame, const std::vector<CoastLine>& lines,
+              MapStrokes& strokes) {
+    const QColor land = Theme::instance().color(Token::mapLand);
+    const QColor sea = Theme::instance().color(Token::mapSea);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(theme.color(Token::mapLand));
     for (const CoastLine& line : lines) {
-        CoastShape shape = coastShape(line, frame);
-        if (line.kind == CoastLine::Kind::AreaOnly)
-            painter.drawPolygon(shape.area); // may lie over another one, which would make a hole
-        else if (!shape.area.isEmpty())
-            land.addPolygon(shape.area);
-        (line.kind == CoastLine::Kind::Border ? borders : coast).addPath(shape.strokes);
+        const CoastShape shape = coastShape(line, frame);
+        if (!shape.area.isEmpty()) {
+            painter.setBrush(line.kind == CoastLine::Kind::Water ? sea : land);
+            painter.drawPolygon(shape.area);
+        }
+        (line.kind == CoastLine::Kind::Border ? strokes.borders : strokes.coast)
+            .addPath(shape.strokes);
     }
-    painter.drawPath(land);
+}
+
+QPen strokePen(const QColor& color, const QPainterPath& path, double width, Qt::PenStyle style) {
+    QPen pen(color, width, style);
+    if (path.elementCount() < kManyElements)
+        return pen;
+    pen.setWidth(1); // cosmetic lines of one px are drawn without an outline of their own
+    pen.setCosmetic(true);
+    return pen;
+}
+
+void drawStrokes(QPainter& painter, const MapStrokes& strokes) {
+    const Theme& theme = Theme::instance();
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(theme.color(Token::mapLine), 1.3));
-    painter.drawPath(coast);
-    painter.setPen(QPen(theme.color(Token::mapLine, 0.6), 1, Qt::DotLine));
-    painter.drawPath(borders);
+    painter.setPen(strokePen(theme.color(Token::mapLine, 0.8), strokes.borders, 1.2, Qt::DotLine));
+    painter.drawPath(strokes.borders);
+    painter.setPen(strokePen(theme.color(Token::mapLine), strokes.coast, 1.3, Qt::SolidLine));
+    painter.drawPath(strokes.coast);
 }
 
 double gridStep(double pixelsPerDegree) {
@@ -132,10 +150,12 @@ void MapView::renderBase() {
         // Lines over the date line go on beyond the world, so its neighbours are looked at as well.
         const int first = static_cast<int>(std::floor(firstOrigin)) - 1;
         const int last = static_cast<int>(std::floor(firstOrigin + width() / m_scale)) + 1;
+        MapStrokes strokes;
         for (int copy = first; copy <= last; ++copy) {
             frame.origin.setX(firstOrigin - copy);
-            drawLand(painter, frame, lines);
+            drawLand(painter, frame, lines, strokes);
         }
+        drawStrokes(painter, strokes);
     }
     frame.origin.setX(firstOrigin);
     drawGrid(painter, frame);
