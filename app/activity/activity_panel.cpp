@@ -84,7 +84,7 @@ QWidget* ActivityPanel::makeJobs() {
     row->addWidget(m_clear);
     m_stack = new QStackedWidget(jobs);
     m_table = new JobTable(m_model, *m_filter, m_stack);
-    m_log = new LogView(m_stack);
+    m_log = new LogView([this] { return &m_model.log(); }, m_stack);
     m_log->setObjectName(QStringLiteral("activityLog"));
     m_log->setAccessibleName(tr("Log"));
     m_stack->addWidget(m_table);
@@ -183,7 +183,7 @@ void ActivityPanel::refresh() {
     if (!m_open)
         return; // nobody sees the rest; opening catches up
     if (shown() == Log)
-        m_log->showLines(m_model.log(), m_model.linesLogged(), 0);
+        m_log->refresh(m_model.linesLogged(), 0);
     else
         m_details->refresh();
 }

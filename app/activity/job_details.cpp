@@ -203,7 +203,12 @@ JobDetails::JobDetails(ActivityModel& model, QWidget* parent)
     column->addSpacing(kFilesPadding);
     column->addWidget(m_list, 1);
     column->addSpacing(4);
-    m_log = new LogView(this);
+    m_log = new LogView(
+        [this] {
+            const ActivityJob* job = m_model.job(m_job);
+            return job ? &job->log : nullptr;
+        },
+        this);
     m_log->setObjectName(QStringLiteral("jobLog"));
     m_log->setAccessibleName(tr("Log of the task"));
     column->addSpacing(1); // the line that paintEvent draws
@@ -273,7 +278,7 @@ void JobDetails::refresh() {
     m_reveal->setVisible(job);
     if (job) {
         m_icon->setLook(lookOf(*job), job->state == JobState::Running);
-        m_log->showLines(job->log, job->linesLogged, job->id);
+        m_log->refresh(job->linesLogged, job->id);
     }
     m_log->setVisible(job && !job->log.empty());
     placeParts();

@@ -49,18 +49,22 @@ public:
         case ActivityModel::StateColumn:
             paintState(*painter,
                        QRect(option.rect.left() + 20, option.rect.top(), 16, cell.height()),
-                       lookOf(*job), !m_table.isTurning());
+                       lookOf(*job), !m_table.spins());
             break;
         case ActivityModel::ProgressColumn:
-            paintBar(*painter, cell, *job, index);
+            paintBar(*painter, cell, *job, index, cellToken(option));
             break;
         default:
-            paintText(*painter, cell, *job, index);
+            paintText(*painter, cell, *job, index, cellToken(option));
         }
         painter->restore();
     }
 
 private:
+    static Token cellToken(const QStyleOptionViewItem& option) {
+        return option.state.testFlag(QStyle::State_Selected) ? Token::text1 : Token::text2;
+    }
+
     void paintSurface(QPainter& painter, const QStyleOptionViewItem& option,
                       const QModelIndex& index) const {
         const Theme& theme = Theme::instance();
@@ -75,19 +79,19 @@ private:
     }
 
     static void paintBar(QPainter& painter, const QRect& cell, const ActivityJob& job,
-                         const QModelIndex& index) {
+                         const QModelIndex& index, Token token) {
         const int width = std::min(120, cell.width() - kPercentWidth);
         const QRectF bar(cell.left(), cell.center().y() - kProgressHeight / 2 + 1, width,
                          kProgressHeight);
         paintProgress(painter, bar, job.fraction(), progressToken(job));
         painter.setFont(Theme::instance().font(FontRole::Cell));
-        painter.setPen(Theme::instance().color(Token::text2));
+        painter.setPen(Theme::instance().color(token));
         painter.drawText(cell.adjusted(width + 10, 0, kCellPadding, 0), Qt::AlignVCenter,
                          index.data().toString());
     }
 
     static void paintText(QPainter& painter, const QRect& cell, const ActivityJob& job,
-                          const QModelIndex& index) {
+                          const QModelIndex& index, Token token) {
         const int column = index.column();
         const bool task = column == ActivityModel::TaskColumn;
         const bool bad = column == ActivityModel::ResultColumn && job.failed > 0 &&
@@ -98,9 +102,7 @@ private:
         const QRect place = column == ActivityModel::TimeColumn ? cell.adjusted(0, 0, -8, 0) : cell;
         const QFontMetrics metrics(font);
         painter.setFont(font);
-        painter.setPen(Theme::instance().color(bad    ? Token::bad
-                                               : task ? Token::text1
-                                                      : Token::text2));
+        painter.setPen(Theme::instance().color(bad ? Token::bad : task ? Token::text1 : token));
         // File names stand in the result while a job runs: their end tells more than their middle.
         const Qt::TextElideMode elide =
             column == ActivityModel::ResultColumn && job.state == JobState::Running
@@ -196,7 +198,6 @@ JobTable::JobTable(ActivityModel& model, JobFilter& filter, QWidget* parent)
     setVerticalScrollMode(ScrollPerPixel);
     setEditTriggers(NoEditTriggers);
     setUpHeader();
-    m_turnTimer.setInterval(BusyIndicator::kInterval);
     connect(&m_turnTimer, &QTimer::timeout, this, &JobTable::turn);
 }
 
@@ -247,12 +248,11 @@ void JobTable::refreshTurning() {
     const bool turning = isVisible() && m_model.runningCount() > 0;
     if (turning == m_turnTimer.isActive())
         return;
-    if (!turning)
-        m_turnTimer.stop();
-    else if (animationsEnabled(this))
-        m_turnTimer.start();
+    m_spins = turning && animationsEnabled(this);
+    if (turning)
+        m_turnTimer.start(m_spins ? BusyIndicator::kInterval : 1000); // else the times alone
     else
-        m_turnTimer.start(1000); // the running times alone
+        m_turnTimer.stop();
 }
 
 void JobTable::turn() {

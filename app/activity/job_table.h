@@ -41,7 +41,9 @@ public:
     /// Chooses nothing when the job is not among the rows.
     void chooseJob(int job);
     [[nodiscard]] int hoveredRow() const { return m_hoveredRow; }
+    /// Repaints what moves; without spinning when things are to stand still.
     [[nodiscard]] bool isTurning() const { return m_turnTimer.isActive(); }
+    [[nodiscard]] bool spins() const { return m_spins; }
     /// Starts or stops the spinners according to what is running and seen.
     void refreshTurning();
 
@@ -68,6 +70,7 @@ private:
     QTimer m_turnTimer;
     int m_hoveredRow = -1;
     int m_turns = 0;
+    bool m_spins = false;
 };
 
 } // namespace clipheave::app

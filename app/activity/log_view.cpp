@@ -4,88 +4,167 @@
 #include "app/theme/theme.h"
 #include "platform/foundation/paths.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QPainter>
 #include <QScrollBar>
-#include <QTextBlockFormat>
-#include <QTextCursor>
-#include <QTextDocument>
+#include <QStyledItemDelegate>
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace clipheave::app {
 
 namespace {
 
-constexpr double kLineHeight = 19; // px
+constexpr double kLogRow = 19; // px at the usual font size
+constexpr int kLogPadding = 16;
+constexpr int kTimeGap = 10;
+
+int logRowHeight() {
+    return static_cast<int>(std::lround(kLogRow * Theme::instance().fontScale()));
+}
+
+class LogDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
+        const Theme& theme = Theme::instance();
+        painter->save();
+        if (option.state.testFlag(QStyle::State_Selected))
+            painter->fillRect(option.rect, theme.color(Token::sel));
+        painter->setFont(theme.font(FontRole::Log));
+        QRect place = option.rect.adjusted(kLogPadding, 0, -kLogPadding, 0);
+        write(*painter, place, Token::text3, index.data(LogLines::TimeRole).toString());
+        write(*painter, place, index.data(LogLines::ErrorRole).toBool() ? Token::bad : Token::text2,
+              index.data().toString());
+        write(*painter, place, Token::text3, index.data(LogLines::PathRole).toString());
+        painter->restore();
+    }
+
+    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override {
+        return {100, logRowHeight()};
+    }
+
+private:
+    /// Draws at the left of `place` and takes it off.
+    static void write(QPainter& painter, QRect& place, Token token, const QString& text) {
+        if (text.isEmpty() || place.width() <= 0)
+            return;
+        const QFontMetrics metrics = painter.fontMetrics();
+        const QString shown = metrics.elidedText(text, Qt::ElideRight, place.width());
+        painter.setPen(Theme::instance().color(token));
+        painter.drawText(place, static_cast<int>(Qt::AlignVCenter | Qt::TextSingleLine), shown);
+        place.setLeft(place.left() + metrics.horizontalAdvance(shown) + kTimeGap);
+    }
+};
 
 } // namespace
 
-LogView::LogView(QWidget* parent) : QTextEdit(parent) {
-    setReadOnly(true);
-    setUndoRedoEnabled(false);
-    setFrameShape(NoFrame);
-    setAcceptRichText(false);
-    setLineWrapMode(NoWrap);
-    setTabChangesFocus(true);
-    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    document()->setMaximumBlockCount(static_cast<int>(ActivityModel::kMostLogLines));
-    document()->setDocumentMargin(0);
-    restyle();
-    connect(&Theme::instance(), &Theme::changed, this, [this] {
-        restyle();
-        m_source = -1; // written anew in the new colours at the next refresh
-        clear();
-    });
+LogLines::LogLines(Source source, QObject* parent)
+    : QAbstractListModel(parent), m_source(std::move(source)) {
 }
 
-void LogView::restyle() {
-    const Theme& theme = Theme::instance();
-    setFont(theme.font(FontRole::Log));
-    // Its own sheet: the window's gives every text an outline, which a pane must not have.
-    setStyleSheet(QStringLiteral("QTextEdit { background: %1; border: 0; padding: 7px 16px; "
-                                 "min-height: 0; }")
-                      .arg(theme.color(Token::bg1).name()));
+int LogLines::available() const {
+    const auto* lines = m_source();
+    return lines ? static_cast<int>(lines->size()) : 0;
 }
 
-void LogView::showLines(const std::deque<ActivityLogLine>& lines, qint64 total, int source) {
-    if (source != m_source) {
-        m_source = source;
-        m_written = total - static_cast<qint64>(lines.size());
-        clear();
-    }
-    const qint64 missing = std::min(total - m_written, static_cast<qint64>(lines.size()));
-    if (missing <= 0)
+void LogLines::refresh(qint64 total, int id) {
+    const int now = available();
+    const auto added = static_cast<int>(std::clamp<qint64>(total - m_total, 0, now));
+    const int gone = m_rows + added - now; // the oldest had to make room
+    if (id != m_id || total < m_total || gone < 0 || gone > m_rows) {
+        beginResetModel();
+        m_rows = now;
+        m_id = id;
+        m_total = total;
+        endResetModel();
         return;
-    QScrollBar* bar = verticalScrollBar();
-    const bool follow = bar->value() >= bar->maximum();
-    const int position = bar->value();
-    for (auto line = lines.end() - static_cast<std::ptrdiff_t>(missing); line != lines.end();
-         ++line)
-        write(*line);
-    m_written = total;
-    bar->setValue(follow ? bar->maximum() : position);
+    }
+    if (gone > 0) {
+        beginRemoveRows({}, 0, gone - 1);
+        m_rows -= gone;
+        endRemoveRows();
+    }
+    if (added > 0) {
+        beginInsertRows({}, m_rows, m_rows + added - 1);
+        m_rows += added;
+        endInsertRows();
+    }
+    m_total = total;
 }
 
-void LogView::write(const ActivityLogLine& line) {
-    const Theme& theme = Theme::instance();
-    QTextCharFormat time, text;
-    time.setForeground(theme.color(Token::text3));
-    text.setForeground(theme.color(line.isError ? Token::bad : Token::text2));
-    QTextBlockFormat block;
-    block.setLineHeight(kLineHeight * theme.fontScale(), QTextBlockFormat::FixedHeight);
-    QTextCursor cursor(document());
-    cursor.movePosition(QTextCursor::End);
-    if (!document()->isEmpty())
-        cursor.insertBlock(block);
+int LogLines::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : m_rows;
+}
+
+QVariant LogLines::data(const QModelIndex& index, int role) const {
+    const auto* lines = m_source();
+    if (!lines || !index.isValid() || static_cast<std::size_t>(index.row()) >= lines->size())
+        return {};
+    const ActivityLogLine& line = (*lines)[static_cast<std::size_t>(index.row())];
+    switch (role) {
+    case Qt::DisplayRole: {
+        QString text = line.text; // one line of the log is one line here, whatever it holds
+        return text.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    }
+    case Qt::ToolTipRole:
+        return line.path.isEmpty()
+                   ? line.text
+                   : line.text + QLatin1Char('\n') + platform::displayPath(line.path);
+    case TimeRole:
+        return line.time.toString(QStringLiteral("HH:mm:ss"));
+    case PathRole:
+        return line.text.contains(line.path) ? QString() : platform::displayPath(line.path);
+    case ErrorRole:
+        return line.isError;
+    default:
+        return {};
+    }
+}
+
+LogView::LogView(LogLines::Source source, QWidget* parent)
+    : QListView(parent), m_lines(new LogLines(std::move(source), this)) {
+    setModel(m_lines);
+    setItemDelegate(new LogDelegate(this));
+    setUniformItemSizes(true);
+    setFrameShape(NoFrame);
+    setSelectionMode(ExtendedSelection);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setViewportMargins(0, 6, 0, 4);
+}
+
+void LogView::refresh(qint64 total, int id) {
+    const bool follow = verticalScrollBar()->value() >= verticalScrollBar()->maximum();
+    m_lines->refresh(total, id);
+    if (follow)
+        scrollToBottom();
+}
+
+QString LogView::textOf(const QModelIndexList& rows) const {
+    QModelIndexList sorted = rows;
+    std::sort(sorted.begin(), sorted.end());
+    QStringList lines;
+    for (const QModelIndex& row : std::as_const(sorted)) {
+        QStringList parts{row.data(LogLines::TimeRole).toString(), row.data().toString(),
+                          row.data(LogLines::PathRole).toString()};
+        parts.removeAll(QString());
+        lines += parts.join(QLatin1String("  "));
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
+void LogView::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Copy))
+        QGuiApplication::clipboard()->setText(textOf(selectedIndexes()));
     else
-        cursor.setBlockFormat(block);
-    cursor.insertText(line.time.toString(QStringLiteral("HH:mm:ss")) + QLatin1String("  "), time);
-    // One line of the log is one line here, whatever it holds.
-    QString shown = line.text;
-    shown.replace(QLatin1Char('\n'), QLatin1Char(' '));
-    cursor.insertText(shown, text);
-    if (!line.path.isEmpty() && !line.text.contains(line.path))
-        cursor.insertText(QLatin1String("  ") + platform::displayPath(line.path), time);
+        QListView::keyPressEvent(event);
 }
 
 } // namespace clipheave::app

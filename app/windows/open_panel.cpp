@@ -155,7 +155,7 @@ private:
             return;
         m_view->setStyleSheet(QStringLiteral("QTreeView::item { min-height: 26px; }"));
         m_view->header()->setStretchLastSection(false);
-        static constexpr int kWidths[] = {260, 84, 96, 150};
+        static constexpr int kWidths[] = {260, 84, 96, 168};
         for (int column = 0; column < 4; ++column)
             m_view->header()->resizeSection(column, kWidths[column]);
         m_view->header()->setSectionResizeMode(0, QHeaderView::Stretch);
