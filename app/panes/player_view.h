@@ -2,7 +2,10 @@
 #pragma once
 
 #include <QRectF>
+#include <QString>
 #include <QWidget>
+
+class QPainter;
 
 namespace clipheave::platform {
 class MpvPlayer;

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/widgets/picture_button.h"
+
 #include <QPointer>
+#include <QSlider>
 #include <QString>
 #include <QWidget>
 
+class QHBoxLayout;
 class QLabel;
 
 namespace clipheave::platform {
@@ -13,47 +17,93 @@ class MpvPlayer;
 
 namespace clipheave::app {
 
-class PictureButton;
-class ScrubLine;
-
 /// "01:15.08": minutes, seconds and hundredths, cut and not rounded; more than 99 minutes are
-/// written out ("125:00.00"). Nothing negative.
-[[nodiscard]] QString transportTime(double seconds);
+/// written out ("125:00.00"). Without hundredths "01:15". Nothing negative.
+[[nodiscard]] QString transportTime(double seconds, bool hundredths = true);
+
+/// The line on which the position is seen and chosen; its value is in milliseconds. A press goes to
+/// that place and drags on; Left and Right go a second, Page Up and Page Down ten.
+class ScrubLine : public QSlider {
+    Q_OBJECT
+public:
+    explicit ScrubLine(QWidget* parent = nullptr);
+    /// Moves the knob without telling anybody; ignored while it is dragged.
+    void showPosition(double seconds, double duration);
+
+    [[nodiscard]] QSize sizeHint() const override { return {120, 16}; }
+    [[nodiscard]] QSize minimumSizeHint() const override { return {48, 16}; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+
+private:
+    [[nodiscard]] int valueAt(double x) const;
+    [[nodiscard]] double placeOf(int value) const;
+
+    bool m_focusRing = false;
+};
+
+/// An icon button in the colours of the dark theme, whichever is chosen.
+class TransportButton : public PictureButton {
+    Q_OBJECT
+public:
+    TransportButton(const QString& label, const QString& picture, QWidget* parent);
+    void setMeaning(const QString& label, const QString& picture);
+    /// White, for the one that plays.
+    void setProminent() { m_prominent = true; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+
+private:
+    bool m_prominent = false;
+    bool m_ring = false;
+};
 
 /// The controls below a player. Two forms: for videos the scrub line above a row of buttons, for
 /// sounds one row. Dark in both themes, as the picture above it.
 class TransportBar : public QWidget {
     Q_OBJECT
 public:
-    enum class Form { Video, Audio };
+    enum class Form {
+        Video, ///< completes the card of a PlayerView that lies directly above, without a gap
+        Audio, ///< a card of its own
+    };
 
-    explicit TransportBar(Form form, platform::MpvPlayer* player, QWidget* parent = nullptr);
+    explicit TransportBar(platform::MpvPlayer* player, Form form, QWidget* parent = nullptr);
 
-    /// Shows or hides the two buttons that go one frame back and forward.
+    /// Shows or hides the two buttons that go one frame back and forward. At first shown in the
+    /// video form only; the audio form has no place for them.
     void setFrameStepping(bool shown);
     [[nodiscard]] Form form() const { return m_form; }
-
-    [[nodiscard]] QSize sizeHint() const override;
-    [[nodiscard]] QSize minimumSizeHint() const override;
 
 Q_SIGNALS:
     void fullScreenRequested();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
-    void makeControls();
     void layOutVideo();
     void layOutAudio();
+    void connectControls();
     void connectPlayer();
-    void refresh();
+    void refreshState();
     void refreshTimes();
+    void refreshSound();
+    void refreshFonts();
 
     Form m_form;
     QPointer<platform::MpvPlayer> m_player;
     ScrubLine* m_scrub;
-    PictureButton *m_back, *m_play, *m_forward, *m_sound, *m_fullScreen;
+    TransportButton *m_back, *m_play, *m_forward, *m_sound, *m_fullScreen;
     QLabel *m_time, *m_total;
 };
 

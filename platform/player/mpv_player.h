@@ -10,6 +10,8 @@
 
 namespace clipheave::platform {
 
+class MpvCore;
+
 /// Plays one local file at a time, with sound where the machine has a device and silently where
 /// not. Pictures are drawn into an image of any size; no window system is needed. Main thread only.
 /// The library behind it is loaded at the first open(); where it is missing, open() leads to
@@ -31,6 +33,8 @@ public:
     void close();
     /// From open() until close() or failed(), also while the file is still being looked at.
     [[nodiscard]] bool isOpen() const;
+    /// From the first durationChanged() on.
+    [[nodiscard]] bool isLoaded() const;
 
     void setPaused(bool paused);
     [[nodiscard]] bool isPaused() const;
@@ -61,6 +65,8 @@ public:
 
 Q_SIGNALS:
     void positionChanged(double seconds);
+    /// When a file has been opened, whatever its duration, when it is known better, and with 0 when
+    /// the file is gone.
     void durationChanged(double seconds);
     void pausedChanged(bool paused);
     void volumeChanged(int percent, bool muted);
@@ -72,8 +78,7 @@ Q_SIGNALS:
     void failed(const QString& reason);
 
 private:
-    class Core;
-    std::unique_ptr<Core> m_core; ///< made at the first open()
+    std::unique_ptr<MpvCore> m_core; ///< made at the first open()
     int m_volume = 100;
     bool m_muted = false;
 };

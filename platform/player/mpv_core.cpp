@@ -1,0 +1,392 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/player/mpv_core.h"
+
+#include "platform/player/mpv_player.h"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <clocale>
+#include <cmath>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+namespace clipheave::platform {
+
+namespace {
+
+struct MpvOption {
+    const char *name, *value;
+};
+
+// Deliberate: nothing beside the file is opened, so that a look at it never reaches into another
+// folder or the network; no subtitles, so that the picture is the one stored in the file.
+constexpr std::array kMpvOptions{
+    MpvOption{"vo", "libmpv"},
+    MpvOption{"hwdec", "no"},
+    MpvOption{"ao", "pulse,alsa,null,"}, // the last one always works: no device, no sound
+    MpvOption{"audio-client-name", "ClipHeave"},
+    MpvOption{"terminal", "no"},
+    MpvOption{"config", "no"},
+    MpvOption{"load-scripts", "no"},
+    MpvOption{"ytdl", "no"},
+    MpvOption{"osc", "no"},
+    MpvOption{"osd-level", "0"},
+    MpvOption{"input-default-bindings", "no"},
+    MpvOption{"resume-playback", "no"},
+    MpvOption{"audio-display", "no"}, // the panes show the cover themselves
+    MpvOption{"keep-open", "yes"},
+    MpvOption{"idle", "yes"},
+    MpvOption{"pause", "yes"},
+    MpvOption{"hr-seek", "yes"},
+    MpvOption{"keepaspect", "no"}, // the caller gives the proportions
+    MpvOption{"sid", "no"},
+    MpvOption{"autoload-files", "no"},
+    MpvOption{"sub-auto", "no"},
+    MpvOption{"audio-file-auto", "no"},
+    MpvOption{"cover-art-auto", "no"},
+    MpvOption{"access-references", "no"},
+    MpvOption{"ordered-chapters", "no"},
+    MpvOption{"demuxer-lavf-o", "protocol_whitelist=file"},
+};
+
+constexpr int kMostFrameSide = 16384;
+constexpr QSize kUnaskedFrameSize(64, 36);
+constexpr double kSameSeconds = 1e-6;
+
+bool sameSeconds(double a, double b) {
+    return std::abs(a - b) < kSameSeconds;
+}
+
+} // namespace
+
+std::unique_ptr<MpvCore> MpvCore::make(MpvPlayer& owner, QString& reason) {
+    const MpvLibrary* library = mpvLibrary();
+    if (library == nullptr) {
+        reason = MpvPlayer::tr("The player is not installed.");
+        return nullptr;
+    }
+    std::unique_ptr<MpvCore> core(new MpvCore(*library, owner));
+    return core->start(reason) ? std::move(core) : nullptr;
+}
+
+bool MpvCore::start(QString& reason) {
+    // The library refuses to work with a decimal comma. A window sets this at its start, but a
+    // toolkit's plug-in may have changed it since.
+    std::setlocale(LC_NUMERIC, "C");
+    m_mainThread = std::make_unique<QObject>();
+    m_handle = m_mpv.create();
+    if (m_handle == nullptr || !configure() || !makeRenderer()) {
+        reason = MpvPlayer::tr("The player does not start.");
+        return false;
+    }
+    m_mpv.observeProperty(m_handle, 0, "time-pos", MPV_FORMAT_DOUBLE);
+    m_mpv.observeProperty(m_handle, 0, "duration", MPV_FORMAT_DOUBLE);
+    m_mpv.observeProperty(m_handle, 0, "eof-reached", MPV_FORMAT_FLAG);
+    m_mpv.setWakeupCallback(
+        m_handle,
+        [](void* self) {
+            auto* core = static_cast<MpvCore*>(self);
+            if (!core->m_eventsPosted.exchange(true))
+                QMetaObject::invokeMethod(
+                    core->m_mainThread.get(), [core] { core->readEvents(); }, Qt::QueuedConnection);
+        },
+        this);
+    return true;
+}
+
+bool MpvCore::configure() {
+    // Some may be unknown to a newer library, which is no reason not to play.
+    for (const MpvOption& option : kMpvOptions)
+        m_mpv.setOptionString(m_handle, option.name, option.value);
+    return m_mpv.initialize(m_handle) >= 0;
+}
+
+bool MpvCore::makeRenderer() {
+    std::array<char, sizeof(MPV_RENDER_API_TYPE_SW)> type{MPV_RENDER_API_TYPE_SW};
+    std::array<mpv_render_param, 2> parameters{
+        {{MPV_RENDER_PARAM_API_TYPE, type.data()}, {MPV_RENDER_PARAM_INVALID, nullptr}}};
+    if (m_mpv.renderContextCreate(&m_renderer, m_handle, parameters.data()) < 0)
+        return false;
+    m_mpv.renderContextSetUpdateCallback(
+        m_renderer,
+        [](void* self) {
+            auto* core = static_cast<MpvCore*>(self);
+            if (!core->m_picturePosted.exchange(true))
+                QMetaObject::invokeMethod(
+                    core->m_mainThread.get(), [core] { core->pictureChanged(); },
+                    Qt::QueuedConnection);
+        },
+        this);
+    return true;
+}
+
+MpvCore::~MpvCore() {
+    // After these two calls no thread of the library comes back to this object. The drawing context
+    // has to go before the player it belongs to.
+    if (m_handle != nullptr)
+        m_mpv.setWakeupCallback(m_handle, nullptr, nullptr);
+    if (m_renderer != nullptr) {
+        m_mpv.renderContextSetUpdateCallback(m_renderer, nullptr, nullptr);
+        m_mpv.renderContextFree(m_renderer);
+    }
+    if (m_handle != nullptr)
+        m_mpv.terminateDestroy(m_handle);
+}
+
+void MpvCore::command(std::initializer_list<const char*> words) {
+    std::vector<const char*> arguments(words);
+    arguments.push_back(nullptr);
+    m_mpv.commandAsync(m_handle, 0, arguments.data());
+}
+
+void MpvCore::setFlag(const char* name, bool value) {
+    int flag = value ? 1 : 0;
+    m_mpv.setPropertyAsync(m_handle, 0, name, MPV_FORMAT_FLAG, &flag);
+}
+
+std::optional<qint64> MpvCore::number(const char* name) const {
+    int64_t value = 0;
+    if (m_mpv.getProperty(m_handle, name, MPV_FORMAT_INT64, &value) < 0)
+        return std::nullopt;
+    return value;
+}
+
+void MpvCore::open(const QByteArray& nativePath) {
+    forgetFile();
+    updatePaused(true);
+    setFlag("pause", true);
+    // A name that does not begin with a slash could be taken for an address.
+    const QByteArray name = nativePath.startsWith('/') ? nativePath : "./" + nativePath;
+    std::array<const char*, 3> words{"loadfile", name.constData(), nullptr};
+    mpv_node answer{};
+    if (m_mpv.commandRet(m_handle, words.data(), &answer) < 0) {
+        Q_EMIT m_owner.failed(MpvPlayer::tr("The file cannot be opened."));
+        return;
+    }
+    if (answer.format == MPV_FORMAT_NODE_MAP)
+        for (int i = 0; i < answer.u.list->num; ++i)
+            if (std::strcmp(answer.u.list->keys[i], "playlist_entry_id") == 0)
+                m_entry = answer.u.list->values[i].u.int64;
+    m_mpv.freeNodeContents(&answer);
+}
+
+void MpvCore::close() {
+    forgetFile();
+    updatePaused(true);
+    command({"stop"});
+}
+
+void MpvCore::forgetFile() {
+    const bool hadFrame = m_hasFrame, wasLoaded = m_loaded;
+    m_entry = kNoEntry;
+    m_started = m_loaded = m_atEnd = m_hasVideo = m_hasFrame = false;
+    m_seekWhenLoaded.reset();
+    m_videoSize = {};
+    m_frame = {};
+    updatePosition(0);
+    m_duration = 0;
+    if (wasLoaded)
+        Q_EMIT m_owner.durationChanged(0);
+    if (hadFrame)
+        Q_EMIT m_owner.frameReady();
+}
+
+void MpvCore::setPaused(bool paused) {
+    if (!isOpen() || paused == m_paused)
+        return;
+    if (!paused && m_atEnd)
+        seek(0);
+    setFlag("pause", paused);
+    updatePaused(paused);
+}
+
+void MpvCore::seek(double seconds) {
+    if (!isOpen() || !std::isfinite(seconds))
+        return;
+    if (!m_loaded) {
+        m_seekWhenLoaded = seconds;
+        return;
+    }
+    double target = std::max(seconds, 0.0);
+    if (m_duration > 0)
+        target = std::min(target, m_duration);
+    const QByteArray text = QByteArray::number(target, 'f', 6);
+    command({"seek", text.constData(), "absolute+exact"});
+    m_atEnd = false;
+    updatePosition(target);
+}
+
+void MpvCore::step(bool forward) {
+    if (!m_loaded || !m_hasVideo)
+        return;
+    updatePaused(true);
+    command({forward ? "frame-step" : "frame-back-step"});
+}
+
+void MpvCore::setSound(int volume, bool muted) {
+    double value = volume;
+    m_mpv.setPropertyAsync(m_handle, 0, "volume", MPV_FORMAT_DOUBLE, &value);
+    setFlag("mute", muted);
+}
+
+QImage MpvCore::render(QSize pixels) {
+    m_frameSize = pixels.boundedTo({kMostFrameSide, kMostFrameSide});
+    if (!m_hasFrame || m_frameSize.isEmpty())
+        return {};
+    if (m_frame.size() != m_frameSize && !draw(m_frameSize))
+        return {};
+    return m_frame;
+}
+
+bool MpvCore::draw(QSize pixels) {
+    if (m_frame.size() != pixels || !m_frame.isDetached())
+        m_frame = QImage(pixels, QImage::Format_RGB32);
+    if (m_frame.isNull())
+        return false;
+    std::array<int, 2> size{pixels.width(), pixels.height()};
+    std::size_t stride = static_cast<std::size_t>(m_frame.bytesPerLine());
+    std::array<char, 5> format{"bgr0"};
+    int wait = 0; // never hold up the main thread until a frame is due
+    std::array<mpv_render_param, 6> parameters{{{MPV_RENDER_PARAM_SW_SIZE, size.data()},
+                                                {MPV_RENDER_PARAM_SW_FORMAT, format.data()},
+                                                {MPV_RENDER_PARAM_SW_STRIDE, &stride},
+                                                {MPV_RENDER_PARAM_SW_POINTER, m_frame.bits()},
+                                                {MPV_RENDER_PARAM_BLOCK_FOR_TARGET_TIME, &wait},
+                                                {MPV_RENDER_PARAM_INVALID, nullptr}}};
+    if (m_mpv.renderContextRender(m_renderer, parameters.data()) < 0)
+        return false;
+    // The fourth byte is left at zero, which a translucent window would show as a hole.
+    for (int y = 0; y < pixels.height(); ++y) {
+        auto* line = reinterpret_cast<QRgb*>(m_frame.scanLine(y));
+        for (int x = 0; x < pixels.width(); ++x)
+            line[x] |= 0xFF000000U;
+    }
+    return true;
+}
+
+void MpvCore::pictureChanged() {
+    m_picturePosted = false;
+    readEvents(); // what this picture belongs to
+    if ((m_mpv.renderContextUpdate(m_renderer) & MPV_RENDER_UPDATE_FRAME) == 0)
+        return;
+    // Drawn even when nobody looks: the library waits 200 ms for each picture that is not.
+    const bool drawn = draw(m_frameSize.isEmpty() ? kUnaskedFrameSize : m_frameSize);
+    if (!m_loaded || !m_hasVideo) {
+        m_frame = {};
+        return;
+    }
+    m_hasFrame = drawn;
+    Q_EMIT m_owner.frameReady();
+}
+
+void MpvCore::readEvents() {
+    m_eventsPosted = false;
+    for (;;) {
+        const mpv_event* event = m_mpv.waitEvent(m_handle, 0);
+        if (event->event_id == MPV_EVENT_NONE)
+            return;
+        handle(*event);
+    }
+}
+
+void MpvCore::handle(const mpv_event& event) {
+    switch (event.event_id) {
+    case MPV_EVENT_START_FILE:
+        return handleStart(*static_cast<const mpv_event_start_file*>(event.data));
+    case MPV_EVENT_END_FILE:
+        return handleEnd(*static_cast<const mpv_event_end_file*>(event.data));
+    case MPV_EVENT_FILE_LOADED:
+        return fileLoaded();
+    case MPV_EVENT_VIDEO_RECONFIG:
+        return readVideoSize();
+    case MPV_EVENT_PROPERTY_CHANGE:
+        return handleProperty(*static_cast<const mpv_event_property*>(event.data));
+    default:
+        return;
+    }
+}
+
+void MpvCore::handleStart(const mpv_event_start_file& start) {
+    m_started = start.playlist_entry_id == m_entry;
+}
+
+void MpvCore::handleEnd(const mpv_event_end_file& end) {
+    if (!isOpen() || end.playlist_entry_id != m_entry)
+        return;
+    // Whatever ends it without close(): an error, an empty file, a list of other files.
+    const char* why =
+        end.reason == MPV_END_FILE_REASON_ERROR ? m_mpv.errorString(end.error) : nullptr;
+    forgetFile();
+    command({"stop"});
+    Q_EMIT m_owner.failed(
+        why != nullptr ? MpvPlayer::tr("The file cannot be played: %1.").arg(QString::fromUtf8(why))
+                       : MpvPlayer::tr("There is nothing to play in this file."));
+}
+
+void MpvCore::fileLoaded() {
+    if (!m_started)
+        return;
+    m_loaded = true;
+    m_hasVideo = number("vid").has_value();
+    readVideoSize();
+    double seconds = 0;
+    m_mpv.getProperty(m_handle, "duration", MPV_FORMAT_DOUBLE, &seconds);
+    m_duration = std::max(seconds, 0.0);
+    if (const auto target = std::exchange(m_seekWhenLoaded, std::nullopt))
+        seek(*target);
+    Q_EMIT m_owner.durationChanged(m_duration);
+}
+
+void MpvCore::readVideoSize() {
+    if (!m_loaded || !m_hasVideo)
+        return;
+    const qint64 width = number("dwidth").value_or(0), height = number("dheight").value_or(0);
+    const bool usable = width > 0 && height > 0 && width <= INT_MAX && height <= INT_MAX;
+    m_videoSize = usable ? QSize(static_cast<int>(width), static_cast<int>(height)) : QSize();
+}
+
+void MpvCore::handleProperty(const mpv_event_property& property) {
+    if (!m_loaded || property.data == nullptr)
+        return;
+    if (property.format == MPV_FORMAT_FLAG) {
+        const bool ended = *static_cast<const int*>(property.data) != 0;
+        if (ended && !m_atEnd)
+            reachedEnd();
+        m_atEnd = ended;
+        return;
+    }
+    if (property.format != MPV_FORMAT_DOUBLE)
+        return;
+    const double seconds = std::max(*static_cast<const double*>(property.data), 0.0);
+    if (std::strcmp(property.name, "duration") == 0)
+        updateDuration(seconds);
+    else
+        updatePosition(seconds);
+}
+
+void MpvCore::reachedEnd() {
+    m_atEnd = true;
+    if (m_paused)
+        return; // somebody went there, it was not played
+    updatePaused(true);
+    Q_EMIT m_owner.endReached();
+}
+
+void MpvCore::updatePaused(bool paused) {
+    if (std::exchange(m_paused, paused) != paused)
+        Q_EMIT m_owner.pausedChanged(paused);
+}
+
+void MpvCore::updatePosition(double seconds) {
+    if (!sameSeconds(std::exchange(m_position, seconds), seconds))
+        Q_EMIT m_owner.positionChanged(seconds);
+}
+
+void MpvCore::updateDuration(double seconds) {
+    if (!sameSeconds(std::exchange(m_duration, seconds), seconds))
+        Q_EMIT m_owner.durationChanged(seconds);
+}
+
+} // namespace clipheave::platform

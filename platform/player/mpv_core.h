@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/player/mpv_library.h"
+
+#include <QByteArray>
+#include <QImage>
+#include <QObject>
+#include <QSize>
+#include <QString>
+
+#include <atomic>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+
+namespace clipheave::platform {
+
+class MpvPlayer;
+
+/// One running player of the library with its drawing context: the state of the open file as its
+/// events tell it. Lives on the main thread; the library's own threads only wake it up.
+class MpvCore {
+public:
+    /// Null when it cannot be had; `reason` then says why.
+    static std::unique_ptr<MpvCore> make(MpvPlayer& owner, QString& reason);
+    ~MpvCore();
+    MpvCore(const MpvCore&) = delete;
+    MpvCore& operator=(const MpvCore&) = delete;
+
+    void open(const QByteArray& nativePath);
+    void close();
+    void setPaused(bool paused);
+    void seek(double seconds);
+    void step(bool forward);
+    void setSound(int volume, bool muted);
+    QImage render(QSize pixels);
+
+    [[nodiscard]] bool isOpen() const { return m_entry != kNoEntry; }
+    [[nodiscard]] bool isLoaded() const { return m_loaded; }
+    [[nodiscard]] bool isPaused() const { return m_paused; }
+    [[nodiscard]] bool hasVideo() const { return m_hasVideo; }
+    [[nodiscard]] double position() const { return m_position; }
+    [[nodiscard]] double duration() const { return m_duration; }
+    [[nodiscard]] QSize videoSize() const { return m_videoSize; }
+
+private:
+    static constexpr qint64 kNoEntry = -1;
+
+    MpvCore(const MpvLibrary& library, MpvPlayer& owner) : m_mpv(library), m_owner(owner) {}
+    bool start(QString& reason);
+    bool configure();
+    bool makeRenderer();
+    void command(std::initializer_list<const char*> words);
+    void setFlag(const char* name, bool value);
+    [[nodiscard]] std::optional<qint64> number(const char* name) const;
+
+    void readEvents();
+    void handle(const mpv_event& event);
+    void handleStart(const mpv_event_start_file& start);
+    void handleEnd(const mpv_event_end_file& end);
+    void handleProperty(const mpv_event_property& property);
+    void fileLoaded();
+    void readVideoSize();
+    void reachedEnd();
+    void forgetFile();
+    void updatePaused(bool paused);
+    void updatePosition(double seconds);
+    void updateDuration(double seconds);
+    void pictureChanged();
+    [[nodiscard]] bool draw(QSize pixels);
+
+    const MpvLibrary& m_mpv;
+    MpvPlayer& m_owner;
+    mpv_handle* m_handle = nullptr;
+    mpv_render_context* m_renderer = nullptr;
+    std::unique_ptr<QObject> m_mainThread; ///< what the library's threads post to
+    std::atomic<bool> m_eventsPosted = false, m_picturePosted = false;
+
+    qint64 m_entry = kNoEntry; ///< of the file that was asked for
+    bool m_started = false;    ///< events belong to that file, not to the one before
+    bool m_loaded = false;
+    bool m_paused = true;
+    bool m_atEnd = false;
+    bool m_hasVideo = false;
+    bool m_hasFrame = false;
+    double m_position = 0, m_duration = 0;
+    std::optional<double> m_seekWhenLoaded;
+    QSize m_videoSize;
+    QSize m_frameSize; ///< what was last asked for
+    QImage m_frame;
+};
+
+} // namespace clipheave::platform

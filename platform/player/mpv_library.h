@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <mpv/client.h>
+#include <mpv/render.h>
+
+namespace clipheave::platform {
+
+/// The functions of the player's library that are used here, found at run time. Their types are
+/// those of its headers.
+struct MpvLibrary {
+    decltype(&mpv_client_api_version) clientApiVersion = nullptr;
+    decltype(&mpv_create) create = nullptr;
+    decltype(&mpv_initialize) initialize = nullptr;
+    decltype(&mpv_terminate_destroy) terminateDestroy = nullptr;
+    decltype(&mpv_set_option_string) setOptionString = nullptr;
+    decltype(&mpv_set_property) setProperty = nullptr;
+    decltype(&mpv_set_property_async) setPropertyAsync = nullptr;
+    decltype(&mpv_get_property) getProperty = nullptr;
+    decltype(&mpv_observe_property) observeProperty = nullptr;
+    decltype(&mpv_command_async) commandAsync = nullptr;
+    decltype(&mpv_command_ret) commandRet = nullptr;
+    decltype(&mpv_free_node_contents) freeNodeContents = nullptr;
+    decltype(&mpv_error_string) errorString = nullptr;
+    decltype(&mpv_wait_event) waitEvent = nullptr;
+    decltype(&mpv_set_wakeup_callback) setWakeupCallback = nullptr;
+    decltype(&mpv_render_context_create) renderContextCreate = nullptr;
+    decltype(&mpv_render_context_set_update_callback) renderContextSetUpdateCallback = nullptr;
+    decltype(&mpv_render_context_update) renderContextUpdate = nullptr;
+    decltype(&mpv_render_context_render) renderContextRender = nullptr;
+    decltype(&mpv_render_context_free) renderContextFree = nullptr;
+};
+
+/// Loads it on the first call (some 90 ms); later calls give the same. Null when it is missing or
+/// of another generation, which is logged once. Any thread.
+[[nodiscard]] const MpvLibrary* mpvLibrary();
+
+} // namespace clipheave::platform
