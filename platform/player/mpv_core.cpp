@@ -3,6 +3,9 @@
 
 #include "platform/player/mpv_player.h"
 
+#include <QDir>
+#include <QTransform>
+
 #include <algorithm>
 #include <array>
 #include <climits>
@@ -20,12 +23,19 @@ struct MpvOption {
     const char *name, *value;
 };
 
+/// Asking the sound system of a machine without a sound device makes its library write complaints
+/// to the terminal.
+bool hasSoundDevice() {
+    return !QDir(QStringLiteral("/dev/snd"))
+                .entryList({QStringLiteral("pcm*p")}, QDir::System)
+                .isEmpty();
+}
+
 // Deliberate: nothing beside the file is opened, so that a look at it never reaches into another
 // folder or the network; no subtitles, so that the picture is the one stored in the file.
 constexpr std::array kMpvOptions{
     MpvOption{"vo", "libmpv"},
     MpvOption{"hwdec", "no"},
-    MpvOption{"ao", "pulse,alsa,null,"}, // the last one always works: no device, no sound
     MpvOption{"audio-client-name", "ClipHeave"},
     MpvOption{"terminal", "no"},
     MpvOption{"config", "no"},
@@ -41,6 +51,9 @@ constexpr std::array kMpvOptions{
     MpvOption{"pause", "yes"},
     MpvOption{"hr-seek", "yes"},
     MpvOption{"keepaspect", "no"}, // the caller gives the proportions
+    // Turned here: drawing into memory, the library neither turns a picture nor survives to be
+    // asked.
+    MpvOption{"video-rotate", "no"},
     MpvOption{"sid", "no"},
     MpvOption{"autoload-files", "no"},
     MpvOption{"sub-auto", "no"},
@@ -52,6 +65,7 @@ constexpr std::array kMpvOptions{
 };
 
 constexpr int kMostFrameSide = 16384;
+constexpr int kMostStepsBack = 8; // what a held key may leave behind
 constexpr QSize kUnaskedFrameSize(64, 36);
 constexpr double kSameSeconds = 1e-6;
 
@@ -100,6 +114,8 @@ bool MpvCore::configure() {
     // Some may be unknown to a newer library, which is no reason not to play.
     for (const MpvOption& option : kMpvOptions)
         m_mpv.setOptionString(m_handle, option.name, option.value);
+    // The last one always works: no device, no sound.
+    m_mpv.setOptionString(m_handle, "ao", hasSoundDevice() ? "pulse,alsa,null" : "pulse,null");
     return m_mpv.initialize(m_handle) >= 0;
 }
 
@@ -182,6 +198,8 @@ void MpvCore::forgetFile() {
     const bool hadFrame = m_hasFrame, wasLoaded = m_loaded;
     m_entry = kNoEntry;
     m_started = m_loaded = m_atEnd = m_hasVideo = m_hasFrame = false;
+    m_seeking = false;
+    m_stepsBack = m_turn = 0;
     m_seekWhenLoaded.reset();
     m_videoSize = {};
     m_frame = {};
@@ -214,6 +232,8 @@ void MpvCore::seek(double seconds) {
         target = std::min(target, m_duration);
     const QByteArray text = QByteArray::number(target, 'f', 6);
     command({"seek", text.constData(), "absolute+exact"});
+    m_seeking = true;
+    m_stepsBack = 0;
     m_atEnd = false;
     updatePosition(target);
 }
@@ -222,7 +242,23 @@ void MpvCore::step(bool forward) {
     if (!m_loaded || !m_hasVideo)
         return;
     updatePaused(true);
-    command({forward ? "frame-step" : "frame-back-step"});
+    if (forward)
+        return command({"frame-step"});
+    // A step back is a seek, and the library drops one that comes during another.
+    if (m_seeking) {
+        m_stepsBack = std::min(m_stepsBack + 1, kMostStepsBack);
+        return;
+    }
+    m_seeking = true;
+    command({"frame-back-step"});
+}
+
+void MpvCore::seekEnded() {
+    m_seeking = false;
+    if (m_stepsBack == 0)
+        return;
+    --m_stepsBack;
+    step(false);
 }
 
 void MpvCore::setSound(int volume, bool muted) {
@@ -241,26 +277,33 @@ QImage MpvCore::render(QSize pixels) {
 }
 
 bool MpvCore::draw(QSize pixels) {
-    if (m_frame.size() != pixels || !m_frame.isDetached())
-        m_frame = QImage(pixels, QImage::Format_RGB32);
-    if (m_frame.isNull())
+    const bool swapped = m_turn % 180 != 0;
+    if (m_turn != 0 || m_frame.size() != pixels || !m_frame.isDetached())
+        m_frame = QImage(swapped ? pixels.transposed() : pixels, QImage::Format_RGB32);
+    if (m_frame.isNull() || !drawUpright(m_frame))
         return false;
-    std::array<int, 2> size{pixels.width(), pixels.height()};
-    std::size_t stride = static_cast<std::size_t>(m_frame.bytesPerLine());
+    if (m_turn != 0)
+        m_frame = m_frame.transformed(QTransform().rotate(m_turn));
+    return true;
+}
+
+bool MpvCore::drawUpright(QImage& image) {
+    std::array<int, 2> size{image.width(), image.height()};
+    std::size_t stride = static_cast<std::size_t>(image.bytesPerLine());
     std::array<char, 5> format{"bgr0"};
     int wait = 0; // never hold up the main thread until a frame is due
     std::array<mpv_render_param, 6> parameters{{{MPV_RENDER_PARAM_SW_SIZE, size.data()},
                                                 {MPV_RENDER_PARAM_SW_FORMAT, format.data()},
                                                 {MPV_RENDER_PARAM_SW_STRIDE, &stride},
-                                                {MPV_RENDER_PARAM_SW_POINTER, m_frame.bits()},
+                                                {MPV_RENDER_PARAM_SW_POINTER, image.bits()},
                                                 {MPV_RENDER_PARAM_BLOCK_FOR_TARGET_TIME, &wait},
                                                 {MPV_RENDER_PARAM_INVALID, nullptr}}};
     if (m_mpv.renderContextRender(m_renderer, parameters.data()) < 0)
         return false;
     // The fourth byte is left at zero, which a translucent window would show as a hole.
-    for (int y = 0; y < pixels.height(); ++y) {
-        auto* line = reinterpret_cast<QRgb*>(m_frame.scanLine(y));
-        for (int x = 0; x < pixels.width(); ++x)
+    for (int y = 0; y < image.height(); ++y) {
+        auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (int x = 0; x < image.width(); ++x)
             line[x] |= 0xFF000000U;
     }
     return true;
@@ -299,6 +342,8 @@ void MpvCore::handle(const mpv_event& event) {
         return handleEnd(*static_cast<const mpv_event_end_file*>(event.data));
     case MPV_EVENT_FILE_LOADED:
         return fileLoaded();
+    case MPV_EVENT_PLAYBACK_RESTART:
+        return seekEnded();
     case MPV_EVENT_VIDEO_RECONFIG:
         return readVideoSize();
     case MPV_EVENT_PROPERTY_CHANGE:
@@ -344,7 +389,11 @@ void MpvCore::readVideoSize() {
         return;
     const qint64 width = number("dwidth").value_or(0), height = number("dheight").value_or(0);
     const bool usable = width > 0 && height > 0 && width <= INT_MAX && height <= INT_MAX;
+    const auto turn = static_cast<int>(number("current-tracks/video/demux-rotation").value_or(0));
+    m_turn = turn % 90 == 0 ? turn % 360 : 0;
     m_videoSize = usable ? QSize(static_cast<int>(width), static_cast<int>(height)) : QSize();
+    if (m_turn % 180 != 0)
+        m_videoSize.transpose();
 }
 
 void MpvCore::handleProperty(const mpv_event_property& property) {

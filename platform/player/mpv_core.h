@@ -69,7 +69,9 @@ private:
     void updatePosition(double seconds);
     void updateDuration(double seconds);
     void pictureChanged();
+    void seekEnded();
     [[nodiscard]] bool draw(QSize pixels);
+    [[nodiscard]] bool drawUpright(QImage& image);
 
     const MpvLibrary& m_mpv;
     MpvPlayer& m_owner;
@@ -83,6 +85,9 @@ private:
     bool m_loaded = false;
     bool m_paused = true;
     bool m_atEnd = false;
+    bool m_seeking = false;
+    int m_stepsBack = 0; ///< asked for during a seek
+    int m_turn = 0;      ///< degrees clockwise, a multiple of 90
     bool m_hasVideo = false;
     bool m_hasFrame = false;
     double m_position = 0, m_duration = 0;
