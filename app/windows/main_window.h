@@ -118,7 +118,7 @@ private:
     [[nodiscard]] bool showsPhotos() const;
     [[nodiscard]] QAbstractItemView* currentView() const;
 
-    TitleBar* m_titleBar;
+    TitleBar* m_titleBar = nullptr;
     QStackedWidget* m_toolSets = nullptr;
     QSplitter* m_splitter = nullptr;
     Segment* m_sourceSegment = nullptr;
