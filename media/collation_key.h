@@ -18,7 +18,7 @@ namespace clipheave::media {
 class CollationKeys {
 public:
     struct Entry {
-        std::uint64_t head;     ///< the first eight bytes of the key, big-endian
+        std::uint64_t head;     ///< the first eight bytes of the key, big-endian; sorting uses it
         std::uint64_t offset;   ///< of the whole key
         std::uint32_t length;   ///< bytes
         std::uint32_t position; ///< in the order of the append() calls
@@ -32,7 +32,14 @@ public:
     [[nodiscard]] int compare(std::size_t a, std::size_t b) const;
 
 private:
+    /// Entries `begin` to `end`, whose keys are the same in their first `depth` bytes.
+    struct Group {
+        std::size_t begin, end;
+        std::uint32_t depth;
+    };
     [[nodiscard]] int compare(const Entry& a, const Entry& b) const;
+    void sortGroup(std::vector<Entry>& entries, const Group& group,
+                   std::vector<Group>& further) const;
     void appendDigitRun(QStringView text, qsizetype& i);
     void appendCodePoint(char32_t c);
 

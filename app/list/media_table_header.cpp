@@ -17,8 +17,17 @@ constexpr int kSeparatorHeight = 16;
 constexpr int kHeaderPadding = 6;
 constexpr int kHeaderLead = 12; // as the rows
 constexpr int kArrowSide = 12;
-constexpr int kArrowGap = 4;
+constexpr int kArrowGap = 2;
+/// The arrow stands in the padding for the most part, so that the column hardly widens.
+constexpr int kBesideArrow = 2;
 constexpr int kLeastSection = 48;
+
+QFont headerFont() {
+    QFont font = Theme::instance().font(FontRole::Cell);
+    font.setPointSizeF(font.pointSizeF() * 11.5 / 12);
+    font.setWeight(QFont::Medium);
+    return font;
+}
 
 } // namespace
 
@@ -35,6 +44,20 @@ MediaTableHeader::MediaTableHeader(MediaTableView* view)
 
 QSize MediaTableHeader::sizeHint() const {
     return {QHeaderView::sizeHint().width(), kHeaderHeight};
+}
+
+bool MediaTableHeader::isSorted(int section) const {
+    return m_view->listModel()->sortedColumn() ==
+           media::kColumns[static_cast<std::size_t>(section)];
+}
+
+int MediaTableHeader::leastWidth(int section) const {
+    const int text =
+        QFontMetrics(headerFont())
+            .horizontalAdvance(
+                model()->headerData(section, Qt::Horizontal, Qt::DisplayRole).toString());
+    return text + 1 + kHeaderPadding + (section == 0 ? kHeaderLead : 0) +
+           (isSorted(section) ? kArrowGap + kArrowSide + kBesideArrow : kHeaderPadding);
 }
 
 bool MediaTableHeader::viewportEvent(QEvent* event) {
@@ -70,18 +93,14 @@ void MediaTableHeader::paintSection(QPainter* painter, const QRect& rect, int se
     if (section + 1 < count())
         painter->fillRect(rect.right(), rect.top() + (rect.height() - kSeparatorHeight) / 2, 1,
                           kSeparatorHeight, theme.color(Token::line1));
-    const bool isSorted =
-        model->sortedColumn() == media::kColumns[static_cast<std::size_t>(section)];
+    const bool hasArrow = isSorted(section);
     const Qt::Alignment alignment(
         model->headerData(section, Qt::Horizontal, Qt::TextAlignmentRole).value<Qt::Alignment>());
     QRect room =
         rect.adjusted(kHeaderPadding + (section == 0 ? kHeaderLead : 0), 0, -kHeaderPadding, 0);
-    QFont font = theme.font(FontRole::Cell);
-    font.setPointSizeF(font.pointSizeF() * 11.5 / 12);
-    font.setWeight(QFont::Medium);
-    painter->setFont(font);
-    painter->setPen(theme.color(isSorted ? Token::text1 : Token::text2));
-    const int arrowRoom = isSorted ? kArrowSide + kArrowGap : 0;
+    painter->setFont(headerFont());
+    painter->setPen(theme.color(hasArrow ? Token::text1 : Token::text2));
+    const int arrowRoom = hasArrow ? kArrowSide + kArrowGap : 0;
     const QString text = painter->fontMetrics().elidedText(
         model->headerData(section, Qt::Horizontal, Qt::DisplayRole).toString(), Qt::ElideRight,
         room.width() - arrowRoom);
@@ -89,7 +108,7 @@ void MediaTableHeader::paintSection(QPainter* painter, const QRect& rect, int se
     if ((alignment & Qt::AlignRight) != 0)
         room.setLeft(room.right() + 1 - width - arrowRoom);
     painter->drawText(room, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, text);
-    if (isSorted)
+    if (hasArrow)
         painter->drawPixmap(room.left() + width + kArrowGap, rect.center().y() - kArrowSide / 2,
                             themePixmap(model->isAscending() ? QStringLiteral("chevron-up")
                                                              : QStringLiteral("chevron-down"),

@@ -13,6 +13,8 @@ class MediaTableHeader : public QHeaderView {
 public:
     explicit MediaTableHeader(MediaTableView* view);
     [[nodiscard]] QSize sizeHint() const override;
+    /// What the section needs to show its text in full, with the arrow when it has one.
+    [[nodiscard]] int leastWidth(int section) const;
 
 protected:
     void paintSection(QPainter* painter, const QRect& rect, int section) const override;
@@ -20,6 +22,8 @@ protected:
     bool viewportEvent(QEvent* event) override;
 
 private:
+    [[nodiscard]] bool isSorted(int section) const;
+
     MediaTableView* m_view;
     int m_hovered = -1;
 };

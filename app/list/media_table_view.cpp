@@ -24,7 +24,7 @@ namespace {
 constexpr int kRowHeight = 32;
 constexpr std::array<int, 7> kDesignWidths = {212, 82, 90, 110, 88, 98, 142};
 /// What stands at the ends of a row.
-constexpr int kLastColumnExtra = 8;
+constexpr int kLastColumnExtra = 4;
 /// The album gives way a little before a scroll bar comes.
 constexpr int kLeastAlbum = 84;
 constexpr int kLeastColumn = 48;
@@ -36,8 +36,8 @@ constexpr int kRequestDelay = 40; // ms
 } // namespace
 
 MediaTableView::MediaTableView(QWidget* parent)
-    : QTableView(parent), m_delegate(new MediaRowDelegate(this)),
-      m_thumbnails(&ThumbnailService::shared()) {
+    : QTableView(parent), m_header(new MediaTableHeader(this)),
+      m_delegate(new MediaRowDelegate(this)), m_thumbnails(&ThumbnailService::shared()) {
     setObjectName(QStringLiteral("dragtableView"));
     setAccessibleName(tr("Media list"));
     setUpLook();
@@ -68,7 +68,7 @@ MediaTableView::~MediaTableView() {
 
 void MediaTableView::setUpLook() {
     setFrameShape(QFrame::NoFrame);
-    setHorizontalHeader(new MediaTableHeader(this));
+    setHorizontalHeader(m_header);
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setMinimumSectionSize(kRowHeight);
@@ -80,7 +80,10 @@ void MediaTableView::setUpLook() {
     setMouseTracking(true);
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    connect(&Theme::instance(), &Theme::changed, viewport(), qOverload<>(&QWidget::update));
+    connect(&Theme::instance(), &Theme::changed, this, [this] {
+        layoutColumns(); // fonts may be others
+        viewport()->update();
+    });
 }
 
 void MediaTableView::setModel(QAbstractItemModel* model) {
@@ -99,8 +102,10 @@ void MediaTableView::setModel(QAbstractItemModel* model) {
     connect(m_listModel, &QAbstractItemModel::dataChanged, this, askLater);
     connect(m_listModel, &MediaListModel::contentSorted, this,
             [this] { selectionModel()->clear(); });
-    connect(m_listModel, &MediaListModel::sortStateChanged, horizontalHeader()->viewport(),
-            qOverload<>(&QWidget::update));
+    connect(m_listModel, &MediaListModel::sortStateChanged, this, [this] {
+        layoutColumns();
+        m_header->viewport()->update();
+    });
     layoutColumns();
     askLater();
 }
@@ -138,21 +143,23 @@ void MediaTableView::layoutColumns() {
     std::array<int, 7> widths = kDesignWidths;
     widths.back() += kLastColumnExtra;
     for (std::size_t i = 0; i < widths.size(); ++i)
-        if (m_userWidths[i] > 0)
-            widths[i] = m_userWidths[i];
+        widths[i] = m_userWidths[i] > 0
+                        ? m_userWidths[i]
+                        : std::max(widths[i], m_header->leastWidth(static_cast<int>(i)));
     const int total = std::accumulate(widths.begin(), widths.end(), 0);
     int& name = widths[kNameColumn];
     int& album = widths[kAlbumColumn];
     const bool nameIsFree = m_userWidths[kNameColumn] == 0;
     const bool albumIsFree = m_userWidths[kAlbumColumn] == 0;
+    const int leastAlbum = std::max(kLeastAlbum, m_header->leastWidth(kAlbumColumn));
     const int room = viewport()->width() - total + name + album;
     if (nameIsFree && albumIsFree) {
-        name = std::max(kDesignWidths[kNameColumn], std::min(room * 2 / 3, room - kLeastAlbum));
-        album = std::max(kLeastAlbum, room - name);
+        name = std::max(kDesignWidths[kNameColumn], std::min(room * 2 / 3, room - leastAlbum));
+        album = std::max(leastAlbum, room - name);
     } else if (nameIsFree) {
         name = std::max(kDesignWidths[kNameColumn], room - album);
     } else if (albumIsFree) {
-        album = std::max(kLeastAlbum, room - name);
+        album = std::max(leastAlbum, room - name);
     } else {
         widths.back() = std::max(widths.back(), widths.back() + room - name - album);
     }
@@ -166,12 +173,6 @@ void MediaTableView::resizeEvent(QResizeEvent* event) {
     QTableView::resizeEvent(event);
     layoutColumns();
     m_requestTimer.start();
-}
-
-void MediaTableView::changeEvent(QEvent* event) {
-    QTableView::changeEvent(event);
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
-        viewport()->update();
 }
 
 void MediaTableView::scrollContentsBy(int dx, int dy) {

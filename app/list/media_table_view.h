@@ -12,6 +12,7 @@ namespace clipheave::app {
 
 class MediaListModel;
 class MediaRowDelegate;
+class MediaTableHeader;
 
 /// The table of the media list: "dragtableView".
 class MediaTableView : public QTableView {
@@ -49,7 +50,6 @@ protected:
     bool viewportEvent(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
-    void changeEvent(QEvent* event) override;
 
 private:
     void setUpLook();
@@ -58,6 +58,7 @@ private:
     void requestThumbnails();
 
     MediaListModel* m_listModel = nullptr;
+    MediaTableHeader* m_header;
     MediaRowDelegate* m_delegate;
     ThumbnailService* m_thumbnails;
     std::array<int, 7> m_userWidths{};
