@@ -4,16 +4,19 @@
 #include "app/theme/theme.h"
 #include "media/media_kind.h"
 #include "platform/foundation/notification_center.h"
+#include "platform/foundation/paths.h"
 
+#include <QApplication>
 #include <QBuffer>
 #include <QClipboard>
 #include <QDragEnterEvent>
-#include <QGuiApplication>
 #include <QImageReader>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPointer>
+#include <QThreadPool>
 #include <QUrl>
 
 namespace clipheave::app {
@@ -25,12 +28,18 @@ QString picturePathOf(const QMimeData* data) {
     const QList<QUrl> urls = data ? data->urls() : QList<QUrl>();
     if (urls.size() != 1 || !urls.first().isLocalFile())
         return {};
-    const QString path = urls.first().toLocalFile();
+    // By its bytes: a name need not be UTF-8.
+    const QString path = platform::pathFromNative(
+        QByteArray::fromPercentEncoding(urls.first().path(QUrl::FullyEncoded).toLatin1()));
     return media::MediaKind::isPhoto(path) ? path : QString();
 }
 
+/// Above this many pixels a picture is decoded on another thread, so that walking through a list
+/// of albums never waits for their covers.
+constexpr int kDecodedAtOnce = 256 * 256;
+
 /// Decodes no larger than it is shown: a cover may have thousands of pixels a side.
-QPixmap decodedPicture(const platform::EncodedPicture& picture, QSize most) {
+QImage decodedPicture(const platform::EncodedPicture& picture, QSize most) {
     QBuffer buffer;
     buffer.setData(picture.bytes());
     buffer.open(QIODevice::ReadOnly);
@@ -38,8 +47,9 @@ QPixmap decodedPicture(const platform::EncodedPicture& picture, QSize most) {
     reader.setAutoTransform(true);
     const QSize size = reader.size();
     if (size.isValid())
-        reader.setScaledSize(size.scaled(most, Qt::KeepAspectRatioByExpanding).boundedTo(size));
-    return QPixmap::fromImage(reader.read());
+        reader.setScaledSize(
+            size.scaled(most, Qt::KeepAspectRatio).boundedTo(size).expandedTo({1, 1}));
+    return reader.read();
 }
 
 } // namespace
@@ -54,12 +64,35 @@ ArtworkWell::ArtworkWell(int side, QWidget* parent) : QWidget(parent) {
 }
 
 void ArtworkWell::setPicture(const platform::EncodedPicture& picture) {
+    ++m_decoding;
     m_picture = picture;
-    m_pixmap = picture.isNull() ? QPixmap() : decodedPicture(picture, size() * devicePixelRatioF());
-    setAccessibleDescription(
-        m_pixmap.isNull()
-            ? tr("No artwork")
-            : tr("%1 by %2 pixels").arg(picture.size().width()).arg(picture.size().height()));
+    if (picture.isNull())
+        return takeDecoded({});
+    const QSize pixels = picture.size();
+    if (qint64{pixels.width()} * pixels.height() <= kDecodedAtOnce)
+        return takeDecoded(decodedPicture(picture, size() * devicePixelRatioF()));
+    takeDecoded({});
+    decode();
+}
+
+void ArtworkWell::decode() {
+    QThreadPool::globalInstance()->start([well = QPointer(this), picture = m_picture,
+                                          turn = m_decoding, most = size() * devicePixelRatioF()] {
+        const QImage image = decodedPicture(picture, most);
+        // The pointer is looked at on the widget's own thread alone.
+        QMetaObject::invokeMethod(qApp, [well, image, turn] {
+            if (well && well->m_decoding == turn)
+                well->takeDecoded(image);
+        });
+    });
+}
+
+void ArtworkWell::takeDecoded(const QImage& image) {
+    m_pixmap = QPixmap::fromImage(image);
+    const QSize pixels = m_picture.size();
+    setAccessibleDescription(m_picture.isNull()
+                                 ? tr("No artwork")
+                                 : tr("%1 by %2 pixels").arg(pixels.width()).arg(pixels.height()));
     update();
 }
 

@@ -6,6 +6,7 @@
 #include <QPixmap>
 #include <QWidget>
 
+class QImage;
 class QMimeData;
 
 namespace clipheave::app {
@@ -38,9 +39,12 @@ protected:
 
 private:
     bool take(const QMimeData* data);
+    void decode();
+    void takeDecoded(const QImage& image);
 
     platform::EncodedPicture m_picture;
-    QPixmap m_pixmap; ///< decoded, at most the well's own size; null: the placeholder
+    int m_decoding = 0; ///< counts setPicture() calls: a picture that comes late is dropped
+    QPixmap m_pixmap;   ///< decoded, at most the well's own size; null: the placeholder
     QString m_droppedPath;
     bool m_dragging = false;
 };

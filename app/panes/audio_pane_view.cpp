@@ -3,8 +3,9 @@
 
 #include "app/panes/artwork_well.h"
 #include "app/panes/form.h"
+#include "app/panes/pane_layout.h"
+#include "app/panes/player_card.h"
 #include "app/panes/player_view.h"
-#include "app/panes/transport_bar.h"
 #include "app/widgets/edit_field.h"
 #include "app/widgets/fact_label.h"
 #include "app/widgets/parts.h"
@@ -16,61 +17,52 @@ namespace clipheave::app {
 
 namespace {
 
-constexpr int kAudioArtworkSide = 184;
+constexpr int kAudioArtworkSide = 184, kAudioFactGap = 20, kPlayerGap = 16; // px
 
 } // namespace
 
 AudioPaneView::AudioPaneView(QWidget* parent)
-    : QWidget(parent), m_player(new PlayerView(this)),
-      m_transport(new TransportBar(m_player->player(), TransportBar::Form::Audio, this)) {
+    : QWidget(parent), m_player(new PlayerCard(TransportBar::Form::Audio, this)),
+      m_column(makePaneColumn(this)) {
     setObjectName(QStringLiteral("audioContentView"));
-    m_player->hide();
-    auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(16, 12, 16, 12);
-    column->setSpacing(16);
-    column->addWidget(makeHead());
-    auto* card = new Card(this);
-    auto* cardRow = new QHBoxLayout(card);
-    cardRow->setContentsMargins(12, 6, 12, 6);
-    cardRow->addWidget(m_transport);
-    column->addWidget(card);
-    column->addWidget(makeTags());
-    column->addStretch();
+    makeHead();
+    m_column->addSpacing(kPlayerGap);
+    addInset(m_column, m_player);
+    makeTags();
+    m_column->addStretch();
 }
 
-QWidget* AudioPaneView::makeHead() {
-    auto* part = new QWidget(this);
-    auto* row = new QHBoxLayout(part);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(20);
-    m_artwork = new ArtworkWell(kAudioArtworkSide, part);
+PlayerView* AudioPaneView::player() const {
+    return m_player->player();
+}
+
+void AudioPaneView::makeHead() {
+    auto* row = new QHBoxLayout;
+    row->setSpacing(kAudioFactGap);
+    m_artwork = new ArtworkWell(kAudioArtworkSide, this);
     m_artwork->setObjectName(QStringLiteral("audioArtImageView"));
     connect(m_artwork, &ArtworkWell::openRequested, this, &AudioPaneView::artworkRequested);
     row->addWidget(m_artwork, 0, Qt::AlignTop);
     auto* facts = new QVBoxLayout;
     facts->setSpacing(0);
     for (const media::FactLine& line : media::audioFacts({})) {
-        auto* label = new FactLabel(line.label, part);
-        facts->addWidget(label);
-        m_facts.push_back(label);
+        if (!m_facts.empty())
+            facts->addStretch();
+        m_facts.push_back(new FactLabel(line.label, this));
+        facts->addWidget(m_facts.back());
     }
-    facts->addStretch();
     row->addLayout(facts, 1);
-    return part;
+    addInset(m_column, row);
 }
 
-QWidget* AudioPaneView::makeTags() {
-    auto* part = new QWidget(this);
-    auto* column = new QVBoxLayout(part);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(8);
-    m_tags = new SectionHeading(tr("Tags"), part);
-    column->addWidget(m_tags);
-    auto* form = new Form(Form::Order::ByRows, part);
+void AudioPaneView::makeTags() {
+    m_tags = new SectionHeading(tr("Tags"), this);
+    addHeading(m_column, m_tags);
+    m_form = new Form(Form::Order::ByRows, this);
     for (const media::AudioField& row : media::audioFields()) {
-        auto* field = new EditField(form);
+        auto* field = new EditField(m_form);
         field->setObjectName(QLatin1String(row.objectName));
-        form->addRow(new FieldRow(tr(row.label), field, FieldRow::kLabelWidth, form));
+        m_form->addRow(new FieldRow(tr(row.label), field, FieldRow::kLabelWidth, m_form));
         connect(field, &EditField::editingBegun, this, [this, field, group = row.group] {
             if (group)
                 m_pane.flags.*group = true;
@@ -79,15 +71,23 @@ QWidget* AudioPaneView::makeTags() {
         connect(field, &EditField::textChanged, this, &AudioPaneView::refreshChanges);
         m_fields.push_back(field);
     }
+    m_column->addWidget(m_form);
     // Named only among the change flags; nobody sees it.
-    auto* hidden = new EditField(part);
+    auto* hidden = new EditField(this);
     hidden->setObjectName(QStringLiteral("audioCreateDatelab"));
     hidden->hide();
-    auto* shifted = new QHBoxLayout;
-    shifted->setContentsMargins(-FieldRow::kGutter, 0, 0, 0);
-    shifted->addWidget(form);
-    column->addLayout(shifted);
-    return part;
+}
+
+void AudioPaneView::setPaneWidth(int width) {
+    m_paneWidth = width;
+    m_player->setCardWidth(width - 2 * kPanePadding);
+    m_form->setColumns(width < kNarrowPane ? 1 : 2);
+    fitPaneColumn(m_column, m_paneWidth, this->width());
+}
+
+void AudioPaneView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    fitPaneColumn(m_column, m_paneWidth, width());
 }
 
 void AudioPaneView::show(const media::IKImageItem& item, const media::AudioPane& pane) {
@@ -100,7 +100,7 @@ void AudioPaneView::show(const media::IKImageItem& item, const media::AudioPane&
         m_fields[i]->setShownText(pane.texts.*media::audioFields()[i].text);
     m_artwork->setPicture(pane.texts.audioArtImageView);
     refreshChanges();
-    m_player->setFile(item.filePath);
+    player()->setFile(item.filePath);
 }
 
 media::AudioPane AudioPaneView::pane() const {

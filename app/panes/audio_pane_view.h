@@ -7,14 +7,17 @@
 
 #include <vector>
 
+class QVBoxLayout;
+
 namespace clipheave::app {
 
 class ArtworkWell;
 class EditField;
 class FactLabel;
+class Form;
+class PlayerCard;
 class PlayerView;
 class SectionHeading;
-class TransportBar;
 
 /// The pane of an audio file: artwork, facts, player, tags.
 class AudioPaneView : public QWidget {
@@ -26,19 +29,26 @@ public:
     using QWidget::show;
     [[nodiscard]] media::AudioPane pane() const;
     void setArtwork(const platform::EncodedPicture& picture);
-    [[nodiscard]] PlayerView* player() const { return m_player; }
+    [[nodiscard]] PlayerView* player() const;
+    /// As VideoPaneView::setPaneWidth().
+    void setPaneWidth(int width);
 
 Q_SIGNALS:
     void fieldEditingBegan(const QString& objectName);
     void artworkRequested();
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
-    QWidget* makeHead();
-    QWidget* makeTags();
+    void makeHead();
+    void makeTags();
     void refreshChanges();
 
-    PlayerView* m_player; ///< never shown: sound alone
-    TransportBar* m_transport;
+    PlayerCard* m_player;
+    QVBoxLayout* m_column;
+    Form* m_form = nullptr;
+    int m_paneWidth = 0;
     ArtworkWell* m_artwork = nullptr;
     SectionHeading* m_tags = nullptr;
     std::vector<FactLabel*> m_facts;

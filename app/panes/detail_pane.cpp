@@ -2,6 +2,7 @@
 #include "app/panes/detail_pane.h"
 
 #include "app/panes/audio_pane_view.h"
+#include "app/panes/elided_label.h"
 #include "app/panes/player_view.h"
 #include "app/theme/theme.h"
 #include "app/widgets/picture_button.h"
@@ -9,7 +10,6 @@
 
 #include <QFileDialog>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPainter>
 #include <QScrollArea>
 #include <QStackedWidget>
@@ -50,6 +50,9 @@ QScrollArea* DetailPane::scrolled(QWidget* body) {
     auto* area = new QScrollArea(this);
     area->setWidget(body);
     area->setWidgetResizable(true);
+    // The pane paints the ground of all its parts.
+    area->viewport()->setAutoFillBackground(false);
+    body->setAutoFillBackground(false);
     area->setFrameShape(QFrame::NoFrame);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     return area;
@@ -62,7 +65,7 @@ QWidget* DetailPane::makeHead() {
     row->setContentsMargins(16, 0, 12, 0);
     row->setSpacing(8);
     m_kind = new TokenIcon(16, head);
-    m_name = new TokenLabel({}, FontRole::BodyStrong, Token::text1, head);
+    m_name = new ElidedLabel(Qt::ElideMiddle, FontRole::BodyStrong, Token::text1, head);
     m_name->setObjectName(QStringLiteral("detailName"));
     m_reveal = new PictureButton(ButtonKind::Icon, tr("Show in file manager"),
                                  QStringLiteral("reveal"), head);
@@ -107,6 +110,7 @@ QWidget* DetailPane::makeFoot() {
     row->addWidget(info);
     m_note = new TokenLabel({}, FontRole::Cell, Token::text2, foot);
     m_note->setObjectName(QStringLiteral("saveNote"));
+    m_note->setWordWrap(true); // two lines in a narrow pane
     row->addWidget(m_note, 1);
     auto* save =
         new PictureButton(ButtonKind::Primary, tr("Save Changes"), QStringLiteral("check"), foot);
@@ -128,9 +132,14 @@ void DetailPane::paintEvent(QPaintEvent*) {
         painter.drawLine(0, m_foot->y(), width(), m_foot->y());
 }
 
+void DetailPane::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    m_video->setPaneWidth(width());
+    m_audio->setPaneWidth(width());
+}
+
 void DetailPane::setHead(const QString& name, const QString& icon, Token token) {
-    m_name->setText(m_name->fontMetrics().elidedText(name, Qt::ElideMiddle, 420));
-    m_name->setToolTip(name);
+    m_name->setWholeText(name);
     m_kind->setIcon(icon, token);
     const bool some = !name.isEmpty();
     for (QWidget* part : {static_cast<QWidget*>(m_kind), static_cast<QWidget*>(m_reveal),

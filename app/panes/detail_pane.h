@@ -4,15 +4,16 @@
 #include "app/panes/video_pane_view.h"
 #include "app/theme/theme.h"
 
-class QLabel;
 class QScrollArea;
 class QStackedWidget;
 
 namespace clipheave::app {
 
 class AudioPaneView;
+class ElidedLabel;
 class PictureButton;
 class TokenIcon;
+class TokenLabel;
 
 /// The right side of the window: head, the pane of the selected file, foot with Save.
 class DetailPane : public QWidget {
@@ -45,6 +46,7 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     QWidget* makeHead();
@@ -55,7 +57,8 @@ private:
     void chooseArtwork();
 
     TokenIcon* m_kind = nullptr;
-    QLabel *m_name = nullptr, *m_note = nullptr;
+    ElidedLabel* m_name = nullptr;
+    TokenLabel* m_note = nullptr;
     PictureButton *m_reveal = nullptr, *m_more = nullptr;
     QWidget* m_foot = nullptr;
     QStackedWidget* m_stack;

@@ -4,7 +4,6 @@
 #include "app/widgets/edit_field.h"
 
 #include <QGridLayout>
-#include <QResizeEvent>
 
 namespace clipheave::app {
 
@@ -27,9 +26,7 @@ void Form::addRow(FieldRow* row) {
     arrange();
 }
 
-void Form::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    const int columns = event->size().width() < kOneColumnBelow ? 1 : 2;
+void Form::setColumns(int columns) {
     if (columns == m_columns)
         return;
     m_columns = columns;

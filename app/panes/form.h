@@ -10,18 +10,15 @@ namespace clipheave::app {
 
 class FieldRow;
 
-/// Field rows in two columns, in one below kOneColumnBelow px of width.
+/// Field rows in one or two columns.
 class Form : public QWidget {
     Q_OBJECT
 public:
     enum class Order { ByColumns, ByRows };
-    static constexpr int kOneColumnBelow = 508; ///< px inside the pane's padding
 
     explicit Form(Order order, QWidget* parent = nullptr);
     void addRow(FieldRow* row);
-
-protected:
-    void resizeEvent(QResizeEvent* event) override;
+    void setColumns(int columns);
 
 private:
     void arrange();

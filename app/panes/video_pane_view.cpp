@@ -2,9 +2,11 @@
 #include "app/panes/video_pane_view.h"
 
 #include "app/panes/artwork_well.h"
+#include "app/panes/elided_label.h"
 #include "app/panes/form.h"
+#include "app/panes/pane_layout.h"
+#include "app/panes/player_card.h"
 #include "app/panes/player_view.h"
-#include "app/panes/transport_bar.h"
 #include "app/widgets/edit_field.h"
 #include "app/widgets/fact_label.h"
 #include "app/widgets/map_view.h"
@@ -14,15 +16,16 @@
 #include "platform/player/mpv_player.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QVBoxLayout>
 
 namespace clipheave::app {
 
 namespace {
 
-constexpr int kPlayerWidth = 336, kPlayerHeight = 189, kArtworkSide = 124;
-constexpr int kPositionLabel = 62, kPositionField = 94, kMapHeight = 124;
+constexpr int kPlayerShare = 336, kContentShare = 568; // px, in a pane of its usual width
+constexpr int kArtworkSide = 124, kFactGap = 12;
+constexpr int kPositionLabel = 64, kPositionField = 100, kPositionGap = 16;
+constexpr int kMarkSide = 12;
 
 double signedNumber(const QString& text) {
     return platform::doubleValue(text);
@@ -31,103 +34,110 @@ double signedNumber(const QString& text) {
 } // namespace
 
 VideoPaneView::VideoPaneView(QWidget* parent)
-    : QWidget(parent), m_player(new PlayerView(this)),
-      m_transport(new TransportBar(m_player->player(), TransportBar::Form::Video, this)) {
+    : QWidget(parent), m_player(new PlayerCard(TransportBar::Form::Video, this)),
+      m_column(makePaneColumn(this)) {
     setObjectName(QStringLiteral("mediaMetaView"));
-    auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(16, 12, 16, 12);
-    column->setSpacing(12);
-    column->addWidget(makePlayer());
-    column->addWidget(makeTags());
-    column->addWidget(makePosition());
-    column->addStretch();
+    makePlayer();
+    makeTags();
+    makePosition();
+    m_column->addStretch();
     connectFields();
 }
 
-QWidget* VideoPaneView::makePlayer() {
-    auto* part = new QWidget(this);
-    auto* row = new QHBoxLayout(part);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(12);
-    auto* left = new QVBoxLayout;
-    left->setSpacing(4);
-    m_player->setFixedSize(kPlayerWidth, kPlayerHeight);
-    m_transport->setFixedWidth(kPlayerWidth);
-    left->addWidget(m_player);
-    left->addWidget(m_transport);
-    left->addStretch();
-    row->addLayout(left);
-    auto* facts = new QVBoxLayout;
-    facts->setSpacing(2);
-    for (const media::FactLine& line : media::videoFacts({})) {
-        auto* label = new FactLabel(line.label, part);
-        facts->addWidget(label);
-        m_facts.push_back(label);
-    }
-    facts->addStretch();
-    row->addLayout(facts, 1);
-    return part;
+PlayerView* VideoPaneView::player() const {
+    return m_player->player();
 }
 
-QWidget* VideoPaneView::makeTags() {
-    auto* part = new QWidget(this);
-    auto* column = new QVBoxLayout(part);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(8);
-    m_tags = new SectionHeading(tr("Tags"), part);
-    column->addWidget(m_tags);
-    auto* form = new Form(Form::Order::ByColumns, part);
+void VideoPaneView::makePlayer() {
+    m_top = new QBoxLayout(QBoxLayout::LeftToRight);
+    m_top->setSpacing(kFactGap);
+    m_top->addWidget(m_player, 0, Qt::AlignTop);
+    auto* facts = new QVBoxLayout;
+    facts->setSpacing(0);
+    for (const media::FactLine& line : media::videoFacts({})) {
+        if (!m_facts.empty())
+            facts->addStretch();
+        m_facts.push_back(new FactLabel(line.label, this));
+        facts->addWidget(m_facts.back());
+    }
+    m_top->addLayout(facts, 1);
+    addInset(m_column, m_top);
+}
+
+void VideoPaneView::makeTags() {
+    m_tags = new SectionHeading(tr("Tags"), this);
+    addHeading(m_column, m_tags);
+    m_form = new Form(Form::Order::ByColumns, this);
     for (const media::VideoFormField& row : media::videoFormFields()) {
-        auto* field = new EditField(form);
+        auto* field = new EditField(m_form);
         field->setObjectName(QLatin1String(row.objectName));
-        form->addRow(new FieldRow(tr(row.label), field, FieldRow::kLabelWidth, form));
+        m_form->addRow(new FieldRow(tr(row.label), field, FieldRow::kLabelWidth, m_form));
         m_fields.push_back(field);
     }
-    // Rows reach into the padding by the room of their marks, so that labels stand under the
-    // heading.
-    auto* shifted = new QHBoxLayout;
-    shifted->setContentsMargins(-FieldRow::kGutter, 0, 0, 0);
-    shifted->addWidget(form);
-    column->addLayout(shifted);
-    return part;
+    m_column->addWidget(m_form);
 }
 
-QWidget* VideoPaneView::makePosition() {
-    auto* part = new QWidget(this);
-    auto* column = new QVBoxLayout(part);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(8);
-    column->addWidget(new SectionHeading(tr("Artwork and position"), part));
+void VideoPaneView::makePosition() {
+    addHeading(m_column, new SectionHeading(tr("Artwork and position"), this));
     auto* row = new QHBoxLayout;
-    row->setSpacing(16);
-    m_artwork = new ArtworkWell(kArtworkSide, part);
+    row->setSpacing(0);
+    m_artwork = new ArtworkWell(kArtworkSide, this);
     m_artwork->setObjectName(QStringLiteral("mediaImageView"));
     connect(m_artwork, &ArtworkWell::openRequested, this, &VideoPaneView::artworkRequested);
     row->addWidget(m_artwork, 0, Qt::AlignTop);
+    row->addSpacing(kPositionGap - FieldRow::kGutter);
+    row->addLayout(makePositionFields());
+    row->addSpacing(kPositionGap);
+    m_map = new MapView(this);
+    m_map->setObjectName(QStringLiteral("mediaMapView"));
+    m_map->setFixedHeight(kArtworkSide);
+    row->addWidget(m_map, 1, Qt::AlignTop);
+    addInset(m_column, row);
+}
+
+QLayout* VideoPaneView::makePositionFields() {
     auto* fields = new QVBoxLayout;
-    fields->setSpacing(8);
-    const auto add = [&](const char* name, const QString& label, const QString& suffix) {
-        auto* field = new EditField(part);
+    fields->setSpacing(0);
+    const auto add = [&](const char* name, const QString& label) {
+        auto* field = new EditField(this);
         field->setObjectName(QLatin1String(name));
-        field->setSuffix(suffix);
-        auto* line = new FieldRow(label, field, kPositionLabel, part);
+        auto* line = new FieldRow(label, field, kPositionLabel, this);
         line->setFixedWidth(FieldRow::kGutter + kPositionLabel + kPositionField);
         fields->addWidget(line);
+        fields->addStretch();
         return field;
     };
-    m_latitude = add("mediaLatitude", tr("Latitude"), {});
-    m_longitude = add("mediaLongtitude", tr("Longitude"), {});
-    m_altitude = add("mediaAatitude", tr("Altitude"), QStringLiteral("m"));
-    m_location = new TokenLabel({}, FontRole::Caption, Token::text3, part);
-    m_location->setContentsMargins(FieldRow::kGutter, 0, 0, 0);
-    fields->addWidget(m_location);
-    row->addLayout(fields);
-    m_map = new MapView(part);
-    m_map->setObjectName(QStringLiteral("mediaMapView"));
-    m_map->setFixedHeight(kMapHeight);
-    row->addWidget(m_map, 1, Qt::AlignTop);
-    column->addLayout(row);
-    return part;
+    m_latitude = add("mediaLatitude", tr("Latitude"));
+    m_longitude = add("mediaLongtitude", tr("Longitude"));
+    m_altitude = add("mediaAatitude", tr("Altitude"));
+    m_altitude->setSuffix(tr("m"));
+    auto* caption = new QHBoxLayout;
+    caption->setContentsMargins(FieldRow::kGutter, 0, 0, 0);
+    caption->setSpacing(6);
+    m_locationMark = new TokenIcon(kMarkSide, this);
+    m_locationMark->setIcon(QStringLiteral("check"), Token::accentText);
+    caption->addWidget(m_locationMark);
+    m_location = new ElidedLabel(Qt::ElideRight, FontRole::Caption, Token::text2, this);
+    m_location->setObjectName(QStringLiteral("locationText"));
+    m_location->setAccessibleName(tr("The position as Save Changes writes it"));
+    caption->addWidget(m_location, 1);
+    fields->addLayout(caption);
+    return fields;
+}
+
+void VideoPaneView::setPaneWidth(int width) {
+    m_paneWidth = width;
+    const bool narrow = width < kNarrowPane;
+    const int content = width - 2 * kPanePadding;
+    m_top->setDirection(narrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    m_player->setCardWidth(narrow ? content : content * kPlayerShare / kContentShare);
+    m_form->setColumns(narrow ? 1 : 2);
+    fitPaneColumn(m_column, m_paneWidth, this->width());
+}
+
+void VideoPaneView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    fitPaneColumn(m_column, m_paneWidth, width());
 }
 
 void VideoPaneView::connectFields() {
@@ -142,7 +152,7 @@ void VideoPaneView::connectFields() {
     }
     for (EditField* field : {m_latitude, m_longitude})
         connect(field, &EditField::textEdited, this, &VideoPaneView::showPosition);
-    connect(m_player->player(), &platform::MpvPlayer::durationChanged, this,
+    connect(player()->player(), &platform::MpvPlayer::durationChanged, this,
             [this](double seconds) {
                 if (!m_needsDuration || seconds <= 0)
                     return;
@@ -180,9 +190,9 @@ void VideoPaneView::show(const media::IKImageItem& item, const media::VideoPane&
     refreshChanges();
     refreshLocation();
     if (item.filePath.isEmpty())
-        m_player->clear();
+        player()->clear();
     else
-        m_player->setFile(item.filePath);
+        player()->setFile(item.filePath);
 }
 
 void VideoPaneView::clear() {
@@ -230,9 +240,9 @@ void VideoPaneView::refreshLocation() {
                            : signedNumber(longitude) < 0 ? tr("W")
                                                          : tr("E"));
     const bool whole = !latitude.isEmpty() && !longitude.isEmpty() && m_locationRule;
-    m_location->setText(whole ? QStringLiteral("✓ ") +
-                                    m_locationRule(latitude, longitude, m_altitude->text())
-                              : QString());
+    m_location->setWholeText(whole ? m_locationRule(latitude, longitude, m_altitude->text())
+                                   : QString());
+    m_locationMark->setVisible(whole);
 }
 
 void VideoPaneView::showPosition() {

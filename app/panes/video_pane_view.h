@@ -10,17 +10,22 @@
 #include <functional>
 #include <vector>
 
-class QLabel;
+class QBoxLayout;
+class QLayout;
+class QVBoxLayout;
 
 namespace clipheave::app {
 
 class ArtworkWell;
 class EditField;
+class ElidedLabel;
 class FactLabel;
+class Form;
 class MapView;
+class PlayerCard;
 class PlayerView;
 class SectionHeading;
-class TransportBar;
+class TokenIcon;
 
 /// The pane of a video: player, facts, tags, artwork and position. It shows and takes texts; what
 /// they mean is the media layer's.
@@ -40,35 +45,46 @@ public:
     void setArtwork(const platform::EncodedPicture& picture);
     /// How a save joins the three position texts; shown below the fields.
     void setLocationRule(LocationRule rule);
-    [[nodiscard]] PlayerView* player() const { return m_player; }
+    [[nodiscard]] PlayerView* player() const;
+    /// Lays out for a pane of this width in px, its scroll bar included: below kNarrowPane the
+    /// facts stand below the player and the form has one column.
+    void setPaneWidth(int width);
 
 Q_SIGNALS:
     void fieldEditingBegan(const QString& objectName);
     void artworkRequested();
     void durationKnown(double seconds);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
-    QWidget* makePlayer();
-    QWidget* makeTags();
-    QWidget* makePosition();
+    void makePlayer();
+    void makeTags();
+    void makePosition();
+    QLayout* makePositionFields();
     void connectFields();
     void beginEditing(EditField* field);
     void refreshChanges();
     void refreshLocation();
     void showPosition();
 
-    PlayerView* m_player;
-    TransportBar* m_transport;
+    PlayerCard* m_player;
+    QVBoxLayout* m_column;
+    QBoxLayout* m_top = nullptr; ///< player and facts
+    Form* m_form = nullptr;
     SectionHeading* m_tags = nullptr;
     std::vector<FactLabel*> m_facts;
     std::vector<EditField*> m_fields; ///< in the order of media::videoFormFields()
     EditField *m_latitude = nullptr, *m_longitude = nullptr, *m_altitude = nullptr;
-    QLabel* m_location = nullptr;
+    ElidedLabel* m_location = nullptr;
+    TokenIcon* m_locationMark = nullptr;
     ArtworkWell* m_artwork = nullptr;
     MapView* m_map = nullptr;
     media::VideoPane m_pane; ///< as it was shown, with the flags set since
     LocationRule m_locationRule;
     bool m_needsDuration = false;
+    int m_paneWidth = 0;
 };
 
 } // namespace clipheave::app

@@ -1,0 +1,387 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/panes/detail_pane.h"
+
+#include "app/panes/artwork_well.h"
+#include "app/panes/player_card.h"
+#include "app/panes/player_view.h"
+#include "app/theme/theme.h"
+#include "app/widgets/edit_field.h"
+#include "app/widgets/fact_label.h"
+#include "app/widgets/map_view.h"
+#include "app/widgets/parts.h"
+#include "media/audio_pane.h"
+#include "platform/foundation/notification_center.h"
+#include "tests/testkit/testkit.h"
+
+#include <QBuffer>
+#include <QClipboard>
+#include <QDropEvent>
+#include <QGuiApplication>
+#include <QImage>
+#include <QLabel>
+#include <QMimeData>
+#include <QScrollArea>
+#include <QSignalSpy>
+#include <QTest>
+#include <QUrl>
+
+namespace clipheave::app {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+media::IKImageItem video() {
+    media::IKImageItem item;
+    item.fileName = QStringLiteral("reynisfjara-sunset-drone.mp4");
+    item.filePath = QStringLiteral("/nowhere/ring-road/day-03/reynisfjara-sunset-drone.mp4");
+    item.fileType = QStringLiteral("MPEG-4 video");
+    item.fileSize = QStringLiteral("1.94 GB");
+    item.fileduratStr = QStringLiteral("3m:18s");
+    item.filePixWidth = 3840;
+    item.filepixHeigh = 2160;
+    item.fileBitRate = QStringLiteral("192000 bps");
+    item.fileSampleRate = QStringLiteral("48000 Hz");
+    item.fileChannels = QStringLiteral("2");
+    item.shootDateStr = QStringLiteral("2025-06-14 21:41:07");
+    item.fileCreateDateStr = QStringLiteral("2025:06:14 21:41:07");
+    item.fileTitle = QStringLiteral("Reynisfjara at last light");
+    item.fileAblumName = QStringLiteral("Iceland Ring Road");
+    item.fileArist = QStringLiteral("Halla Brim");
+    item.fileDirector = QStringLiteral("Teitur Vang");
+    item.filePublisher = QStringLiteral("Norðurljós Films");
+    item.fileKeyWords = QStringLiteral("drone, black sand, sea stacks");
+    item.fileDescription = QStringLiteral("One pass west to east, wind 9 m/s");
+    item.latitudeFormat = QStringLiteral("+");
+    item.filelatitude = 63.4043;
+    item.longtitudeFormat = QStringLiteral("-");
+    item.filelongtitude = 19.0571;
+    item.AtitudeFormat = QStringLiteral("+");
+    item.fileAtitude = 84.2;
+    return item;
+}
+
+media::IKImageItem sound() {
+    media::IKImageItem item;
+    item.fileName = QStringLiteral("01 Northbound Tide.flac");
+    item.filePath = QStringLiteral("/nowhere/albums/northbound-tide/01 Northbound Tide.flac");
+    item.fileType = QStringLiteral("FLAC audio");
+    item.fileduratStr = QStringLiteral("4m:51s");
+    item.fileTitle = QStringLiteral("Northbound Tide");
+    item.fileArist = QStringLiteral("Oran Vale");
+    item.fileAlbumArist = QStringLiteral("1/9");
+    item.fileComposer = QStringLiteral("Halla Brim, Oran Vale");
+    item.fileLyricist = QStringLiteral("Instrumental");
+    return item;
+}
+
+QString joined(const QString& latitude, const QString& longitude, const QString& altitude) {
+    return latitude + u'|' + longitude + u'|' + altitude;
+}
+
+class Panes : public testing::Test {
+protected:
+    void SetUp() override {
+        Theme::instance().apply(Appearance::Dark);
+        m_pane.setLocationTextRule(&joined);
+        m_pane.resize(600, 820);
+        m_pane.show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&m_pane));
+    }
+    EditField* field(const char* name) { return m_pane.findChild<EditField*>(QLatin1String(name)); }
+    QWidget* body(const char* name) { return m_pane.findChild<QWidget*>(QLatin1String(name)); }
+    /// Types at the end of what the field holds.
+    void type(const char* name, const QString& text) {
+        EditField* edit = field(name);
+        ASSERT_NE(edit, nullptr) << name;
+        edit->setFocus(Qt::TabFocusReason);
+        edit->end(false);
+        QTest::keyClicks(edit, text);
+    }
+    void showVideo(const media::IKImageItem& item) {
+        m_pane.showVideo(item, media::ShowVideoViewWithItem(item));
+    }
+    void showSound(const media::IKImageItem& item) {
+        m_pane.showAudio(item, media::ShowAudioViewWithItem(item, m_pane.videoArtistText()));
+    }
+    QString changeNote(const char* view) {
+        return body(view)->findChild<SectionHeading*>()->note();
+    }
+
+    DetailPane m_pane;
+};
+
+QString flagsText(const media::ChangeFlags& flags) {
+    return QStringLiteral("%1%2%3")
+        .arg(flags.basicInfoChange)
+        .arg(flags.cameraInfoChange)
+        .arg(flags.gpsInfoChange);
+}
+
+TEST_F(Panes, AVideoIsShownAndComesBackAsItWasShown) {
+    showVideo(video());
+    QStringList facts;
+    for (const FactLabel* label : body("mediaMetaView")->findChildren<FactLabel*>())
+        facts.append(label->text());
+    EXPECT_THAT(facts, testing::SizeIs(11));
+    EXPECT_TRUE(facts.contains(QStringLiteral("File Dimensions: 3840 x 2160")));
+    EXPECT_TRUE(facts.contains(QStringLiteral("Duration: 3m:18s")));
+    const media::VideoPane shown = media::ShowVideoViewWithItem(video()), back = m_pane.videoPane();
+    for (const media::VideoFormField& row : media::videoFormFields()) {
+        EXPECT_EQ(back.texts.*row.text, shown.texts.*row.text) << row.objectName;
+        EXPECT_EQ(back.shown.*row.shown, shown.shown.*row.shown) << row.objectName;
+        EXPECT_EQ(field(row.objectName)->accessibleName(), QLatin1String(row.label));
+    }
+    EXPECT_EQ(back.texts.mediaLongtitude, QStringLiteral("-19.0571"));
+    EXPECT_EQ(back.texts.mediaAatitude, QStringLiteral("84.2"));
+    EXPECT_EQ(flagsText(back.flags), QStringLiteral("000"));
+    EXPECT_EQ(m_pane.videoArtistText(), QStringLiteral("Halla Brim"));
+}
+
+TEST_F(Panes, TypingChangesTheTextAndKeepsTheMemory) {
+    showVideo(video());
+    QSignalSpy began(&m_pane, &DetailPane::fieldEditingBegan);
+    type("mediaTitle", QStringLiteral("ab"));
+    type("mediakeywords", QStringLiteral("!"));
+    const media::VideoPane pane = m_pane.videoPane();
+    EXPECT_EQ(pane.texts.mediaTitle, QStringLiteral("Reynisfjara at last lightab"));
+    EXPECT_EQ(pane.shown.oldMovieTitle, QStringLiteral("Reynisfjara at last light"));
+    EXPECT_EQ(changeNote("mediaMetaView"), QStringLiteral("2 changed"));
+    EXPECT_THAT(began, ElementsAre(ElementsAre(QVariant(QStringLiteral("mediaTitle"))),
+                                   ElementsAre(QVariant(QStringLiteral("mediakeywords")))));
+    EXPECT_EQ(flagsText(pane.flags), QStringLiteral("110"));
+
+    // Typed back: nothing is marked any more, but an edit did begin.
+    QTest::keyClick(field("mediakeywords"), Qt::Key_Backspace);
+    type("mediaTitle", {});
+    QTest::keyClick(field("mediaTitle"), Qt::Key_Backspace);
+    QTest::keyClick(field("mediaTitle"), Qt::Key_Backspace);
+    EXPECT_EQ(changeNote("mediaMetaView"), QString());
+    EXPECT_EQ(flagsText(m_pane.videoPane().flags), QStringLiteral("110"));
+}
+
+TEST_F(Panes, EachVideoFieldSetsTheFlagOfItsGroup) {
+    for (const media::VideoFormField& row : media::videoFormFields()) {
+        showVideo(video());
+        type(row.objectName, QStringLiteral("x"));
+        media::ChangeFlags expected;
+        expected.*row.group = true;
+        EXPECT_EQ(flagsText(m_pane.videoPane().flags), flagsText(expected)) << row.objectName;
+    }
+    for (const auto& [name, flags] : {std::pair("mediaLatitude", "001"),
+                                      {"mediaLongtitude", "001"},
+                                      {"mediaAatitude", "000"}}) {
+        showVideo(video());
+        type(name, QStringLiteral("1"));
+        EXPECT_EQ(flagsText(m_pane.videoPane().flags), QLatin1String(flags)) << name;
+    }
+}
+
+TEST_F(Panes, ASoundIsShownAndEachFieldSetsTheFlagOfItsGroup) {
+    showVideo(video());
+    showSound(sound());
+    EXPECT_TRUE(body("audioContentView")->isVisible());
+    EXPECT_FALSE(body("mediaMetaView")->isVisible());
+    EXPECT_THAT(body("audioContentView")->findChildren<FactLabel*>(), testing::SizeIs(9));
+    EXPECT_EQ(m_pane.audioPane().texts.ablumAristlab, QStringLiteral("1/9"));
+    EXPECT_EQ(m_pane.audioPane().shown.oldArtistStr, QStringLiteral("Halla Brim"))
+        << "the video pane's artist";
+    for (const media::AudioField& row : media::audioFields()) {
+        showSound(sound());
+        const QString before = field(row.objectName)->text();
+        type(row.objectName, QStringLiteral("x"));
+        const media::AudioPane pane = m_pane.audioPane();
+        media::ChangeFlags expected;
+        if (row.group != nullptr)
+            expected.*row.group = true;
+        EXPECT_EQ(flagsText(pane.flags), flagsText(expected)) << row.objectName;
+        EXPECT_EQ(pane.texts.*row.text, before + u'x') << row.objectName;
+        EXPECT_EQ(changeNote("audioContentView"), QStringLiteral("1 changed")) << row.objectName;
+    }
+    EXPECT_TRUE(field("audioCreateDatelab")->isHidden());
+}
+
+TEST_F(Panes, AnotherItemDropsWhatWasTyped) {
+    showVideo(video());
+    type("mediaTitle", QStringLiteral("x"));
+    type("mediaLatitude", QStringLiteral("5"));
+    media::IKImageItem other = video();
+    other.fileTitle = QString();
+    showVideo(other);
+    EXPECT_EQ(m_pane.videoPane().texts.mediaTitle, QString());
+    EXPECT_EQ(m_pane.videoPane().texts.mediaLatitude, QStringLiteral("63.4043"));
+    EXPECT_EQ(flagsText(m_pane.videoPane().flags), QStringLiteral("000"));
+    EXPECT_EQ(changeNote("mediaMetaView"), QString());
+    m_pane.showNothing();
+    EXPECT_FALSE(body("mediaMetaView")->isVisible());
+    EXPECT_FALSE(body("SaveMediaChangesBtn")->isVisible());
+    EXPECT_EQ(m_pane.videoArtistText(), QString());
+}
+
+TEST_F(Panes, ThePositionIsWrittenOutAndMovesTheMap) {
+    showVideo(video());
+    const auto* map = m_pane.findChild<MapView*>(QStringLiteral("mediaMapView"));
+    const auto* caption = m_pane.findChild<QLabel*>(QStringLiteral("locationText"));
+    ASSERT_TRUE(map && caption);
+    EXPECT_EQ(caption->text(), QStringLiteral("63.4043|-19.0571|84.2"));
+    EXPECT_EQ(field("mediaLongtitude")->suffix(), QStringLiteral("W"));
+    EXPECT_NEAR(map->centre().longitude, -19.0571, 1e-6);
+    field("mediaLongtitude")->selectAll();
+    type("mediaLongtitude", {});
+    field("mediaLongtitude")->selectAll();
+    QTest::keyClicks(field("mediaLongtitude"), QStringLiteral("151.25"));
+    EXPECT_EQ(caption->text(), QStringLiteral("63.4043|151.25|84.2"));
+    EXPECT_EQ(field("mediaLongtitude")->suffix(), QStringLiteral("E"));
+    ASSERT_THAT(map->annotations(), testing::SizeIs(1));
+    EXPECT_NEAR(map->annotations().first().longitude, 151.25, 1e-9);
+    EXPECT_NEAR(map->centre().longitude, 151.25, 1e-6);
+
+    media::IKImageItem nowhere = video();
+    nowhere.latitudeFormat = nowhere.longtitudeFormat = QString();
+    showVideo(nowhere);
+    EXPECT_FALSE(map->hasPosition());
+    EXPECT_THAT(map->annotations(), IsEmpty());
+    EXPECT_EQ(field("mediaLatitude")->suffix(), QString());
+}
+
+TEST_F(Panes, TheFootSaysWhatSaveWrites) {
+    m_pane.setTouchedCount(3);
+    EXPECT_EQ(m_pane.footNote(),
+              QStringLiteral("Writes to all 3 selected files, as copies in the storage folder"));
+    m_pane.setTouchedCount(1);
+    EXPECT_EQ(m_pane.footNote(),
+              QStringLiteral("Saves a copy in the storage folder; the original is not changed"));
+}
+
+/// Every control lies inside the body, no two lie over each other, whatever the width.
+TEST_F(Panes, NothingIsCutOrOverlapsAtAnyWidth) {
+    for (const char* view : {"mediaMetaView", "audioContentView"}) {
+        if (view[0] == 'm')
+            showVideo(video());
+        else
+            showSound(sound());
+        for (const int width : {520, 539, 540, 552, 600, 760, 960}) {
+            m_pane.resize(width, 500);
+            QTest::qWait(20);
+            const QWidget* part = body(view);
+            ASSERT_LE(part->width(), width) << view;
+            QList<QRect> taken;
+            QList<QWidget*> controls;
+            for (QWidget* child : part->findChildren<QWidget*>())
+                if (child->isVisibleTo(part) && child->findChildren<QWidget*>().isEmpty())
+                    controls.append(child);
+            ASSERT_GT(controls.size(), 30);
+            for (const QWidget* control : controls) {
+                const QRect place(control->mapTo(part, QPoint()), control->size());
+                EXPECT_TRUE(part->rect().contains(place))
+                    << view << width << control->objectName().toStdString();
+                if (qobject_cast<MapView*>(control->parentWidget()) != nullptr)
+                    continue;
+                for (const QRect& other : taken)
+                    EXPECT_FALSE(other.intersects(place))
+                        << view << width << control->metaObject()->className() << place.x() << ","
+                        << place.y();
+                taken.append(place);
+            }
+        }
+    }
+}
+
+TEST_F(Panes, ANarrowPaneHasOneColumnAndFactsBelowThePlayer) {
+    showVideo(video());
+    const auto left = [this](const char* name) {
+        return field(name)->mapTo(body("mediaMetaView"), QPoint()).x();
+    };
+    const auto* fact = body("mediaMetaView")->findChild<FactLabel*>();
+    m_pane.resize(540, 700);
+    QTest::qWait(20);
+    EXPECT_LT(left("mediaTitle"), left("mediaReleaseYear"));
+    EXPECT_GT(fact->mapTo(body("mediaMetaView"), QPoint()).x(), 300);
+    m_pane.resize(539, 700);
+    QTest::qWait(20);
+    EXPECT_EQ(left("mediaTitle"), left("mediaReleaseYear"));
+    EXPECT_EQ(fact->mapTo(body("mediaMetaView"), QPoint()).x(), 16);
+}
+
+TEST_F(Panes, ThePlayerFillsTheScreenAndComesBack) {
+    showVideo(video());
+    auto* card = body("mediaMetaView")->findChild<PlayerCard*>();
+    const QRect before = card->geometry();
+    card->toggleFullScreen();
+    QWidget* stage = card->player()->window();
+    ASSERT_NE(stage, m_pane.window());
+    EXPECT_TRUE(stage->isFullScreen());
+    QTest::keyClick(card->player(), Qt::Key_Escape);
+    EXPECT_EQ(card->player()->window(), m_pane.window());
+    QTest::qWait(20);
+    EXPECT_EQ(card->geometry(), before);
+    EXPECT_EQ(card->player()->height(), card->width() * 9 / 16);
+}
+
+/// The picture file of a drag or the clipboard.
+void setFiles(QMimeData& data, const QStringList& paths) {
+    QList<QUrl> urls;
+    for (const QString& path : paths)
+        urls.append(QUrl::fromLocalFile(path));
+    data.setUrls(urls);
+}
+
+bool drop(QWidget* target, const QStringList& paths) {
+    QMimeData data;
+    setFiles(data, paths);
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(target, &enter);
+    if (!enter.isAccepted())
+        return false;
+    QDropEvent event(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(target, &event);
+    return event.isAccepted();
+}
+
+TEST_F(Panes, TheWellTakesOnePictureFileByDropAndPaste) {
+    showVideo(video());
+    auto* well = m_pane.findChild<ArtworkWell*>(QStringLiteral("mediaImageView"));
+    ASSERT_NE(well, nullptr);
+    QList<QObject*> posted;
+    auto& centre = platform::NSNotificationCenter::defaultCenter();
+    centre.addObserver_name(&posted, QStringLiteral("NSDragOperationImageViewNote"),
+                            [&posted](QObject* object) { posted.append(object); });
+    EXPECT_FALSE(drop(well, {QStringLiteral("/a/notes.txt")}));
+    EXPECT_FALSE(drop(well, {QStringLiteral("/a/1.jpg"), QStringLiteral("/a/2.jpg")}));
+    EXPECT_TRUE(drop(well, {QStringLiteral("/a/1.jpg")}));
+    EXPECT_EQ(well->droppedPath(), QStringLiteral("/a/1.jpg"));
+    auto* copied = new QMimeData;
+    setFiles(*copied, {QStringLiteral("/a/Cover \u00e9.PNG")});
+    QGuiApplication::clipboard()->setMimeData(copied);
+    well->setFocus();
+    QTest::keySequence(well, QKeySequence::Paste);
+    EXPECT_EQ(well->droppedPath(), QStringLiteral("/a/Cover \u00e9.PNG"));
+    EXPECT_EQ(posted, QList<QObject*>({well, well}));
+    centre.removeObserver(&posted);
+}
+
+TEST_F(Panes, AChosenCoverIsShownAndComesBackWithThePane) {
+    QImage image(600, 400, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    const auto cover = platform::EncodedPicture::fromBytes(bytes);
+    ASSERT_FALSE(cover.isNull());
+    showVideo(video());
+    m_pane.setArtwork(cover);
+    EXPECT_EQ(m_pane.videoPane().texts.mediaImageView, cover);
+    EXPECT_TRUE(m_pane.videoPane().shown.shownArtwork.isNull());
+    auto* well = m_pane.findChild<ArtworkWell*>(QStringLiteral("mediaImageView"));
+    const auto middle = [well] { return well->grab().toImage().pixelColor(62, 62); };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return middle() == QColor(Qt::red); }))
+        << "decoded and painted";
+    showSound(sound());
+    EXPECT_TRUE(m_pane.audioPane().texts.audioArtImageView.isNull());
+    m_pane.setArtwork(cover);
+    EXPECT_EQ(m_pane.audioPane().texts.audioArtImageView, cover);
+}
+
+} // namespace
+} // namespace clipheave::app
