@@ -19,6 +19,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QSettings>
+#include <QSplitter>
 #include <QStandardPaths>
 #include <QToolButton>
 #include <QTreeView>
@@ -29,6 +30,7 @@ namespace clipheave::app {
 
 namespace {
 
+constexpr int kSideBar = 136; // px
 constexpr char16_t kLastFolderKey[] = u"openPanel/folder";
 
 OpenPanel::Answerer& panelAnswerer() {
@@ -151,6 +153,8 @@ private:
         if (auto* box = findChild<QDialogButtonBox*>())
             if (QPushButton* button = box->button(QDialogButtonBox::Open))
                 button->setProperty("kind", QStringLiteral("primary"));
+        if (auto* splitter = findChild<QSplitter*>(QStringLiteral("splitter")))
+            splitter->setSizes({kSideBar, width() - kSideBar});
         if (!m_view)
             return;
         m_view->setStyleSheet(QStringLiteral("QTreeView::item { min-height: 26px; }"));
