@@ -61,6 +61,9 @@ MainWindow::MainWindow(MediaListModel& model, ActivityModel& activity) {
     QVBoxLayout* column = tightColumn(body);
     m_titleBar = new TitleBar(body);
     m_titleBar->setName(windowTitle());
+    m_titleBar->closeButton()->setObjectName(QStringLiteral("closeBtn"));
+    m_titleBar->minimiseButton()->setObjectName(QStringLiteral("minimiseBtn"));
+    m_titleBar->resizeButton()->setObjectName(QStringLiteral("resizeBtn"));
     column->addWidget(m_titleBar);
     column->addWidget(makeToolBar());
     m_splitter = new QSplitter(Qt::Horizontal, body);

@@ -23,6 +23,9 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <stdexcept>
+#include <string>
+
 namespace {
 
 using namespace clipheave;
@@ -61,7 +64,8 @@ protected:
     MainWindow* window() { return controller->mainWindow(); }
     template <class T> T* child(const char* name) {
         T* found = window()->findChild<T*>(QLatin1String(name));
-        EXPECT_TRUE(found) << name;
+        if (!found)
+            throw std::runtime_error(std::string("no control ") + name); // ends the one test
         return found;
     }
     void import(const QStringList& paths) {
