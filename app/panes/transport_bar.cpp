@@ -191,8 +191,6 @@ TransportBar::TransportBar(MpvPlayer* player, Form form, QWidget* parent)
     m_play->setProminent();
     m_time->setAccessibleName(tr("Position"));
     m_total->setAccessibleName(tr("Duration"));
-    setLabelColour(m_time, Token::text1);
-    setLabelColour(m_total, Token::text2);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     if (m_form == Form::Video)
         layOutVideo();
@@ -287,6 +285,8 @@ void TransportBar::refreshState() {
     m_play->setMeaning(paused ? tr("Play") : tr("Pause"),
                        paused ? QStringLiteral("play") : QStringLiteral("pause"));
     m_play->setEnabled(loaded);
+    setLabelColour(m_time, loaded ? Token::text1 : Token::text3);
+    setLabelColour(m_total, loaded ? Token::text2 : Token::text3);
     m_scrub->setEnabled(loaded && m_player->duration() > 0);
     for (QWidget* button : {m_back, m_forward, m_fullScreen})
         button->setEnabled(loaded && m_player->hasVideo());
@@ -299,7 +299,7 @@ void TransportBar::refreshTimes() {
     const double duration = m_player != nullptr ? m_player->duration() : 0;
     const QString total = transportTime(duration, video);
     m_time->setText(transportTime(position, video));
-    m_total->setText(video ? QStringLiteral("\u2002/\u2002%1").arg(total) : total);
+    m_total->setText(video ? QStringLiteral("\u2002/\u2002\u2009%1").arg(total) : total);
     // As wide as the longest time, so that nothing beside it moves while it plays.
     m_time->setMinimumWidth(m_time->fontMetrics().horizontalAdvance(total));
     m_scrub->showPosition(position, duration);

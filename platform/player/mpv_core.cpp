@@ -151,10 +151,19 @@ MpvCore::~MpvCore() {
         m_mpv.terminateDestroy(m_handle);
 }
 
-void MpvCore::command(std::initializer_list<const char*> words) {
+quint64 MpvCore::mark(Question about) const {
+    constexpr int kQuestionBits = 8;
+    return m_generation << kQuestionBits | static_cast<quint64>(about);
+}
+
+void MpvCore::command(std::initializer_list<const char*> words, Question about) {
     std::vector<const char*> arguments(words);
     arguments.push_back(nullptr);
-    m_mpv.commandAsync(m_handle, 0, arguments.data());
+    m_mpv.commandAsync(m_handle, mark(about), arguments.data());
+}
+
+void MpvCore::ask(Question about, const char* property, mpv_format format) {
+    m_mpv.getPropertyAsync(m_handle, mark(about), property, format);
 }
 
 void MpvCore::setFlag(const char* name, bool value) {
@@ -162,30 +171,14 @@ void MpvCore::setFlag(const char* name, bool value) {
     m_mpv.setPropertyAsync(m_handle, 0, name, MPV_FORMAT_FLAG, &flag);
 }
 
-std::optional<qint64> MpvCore::number(const char* name) const {
-    int64_t value = 0;
-    if (m_mpv.getProperty(m_handle, name, MPV_FORMAT_INT64, &value) < 0)
-        return std::nullopt;
-    return value;
-}
-
 void MpvCore::open(const QByteArray& nativePath) {
     forgetFile();
+    m_open = true;
     updatePaused(true);
     setFlag("pause", true);
     // A name that does not begin with a slash could be taken for an address.
     const QByteArray name = nativePath.startsWith('/') ? nativePath : "./" + nativePath;
-    std::array<const char*, 3> words{"loadfile", name.constData(), nullptr};
-    mpv_node answer{};
-    if (m_mpv.commandRet(m_handle, words.data(), &answer) < 0) {
-        Q_EMIT m_owner.failed(MpvPlayer::tr("The file cannot be opened."));
-        return;
-    }
-    if (answer.format == MPV_FORMAT_NODE_MAP)
-        for (int i = 0; i < answer.u.list->num; ++i)
-            if (std::strcmp(answer.u.list->keys[i], "playlist_entry_id") == 0)
-                m_entry = answer.u.list->values[i].u.int64;
-    m_mpv.freeNodeContents(&answer);
+    command({"loadfile", name.constData()}, Question::Open);
 }
 
 void MpvCore::close() {
@@ -196,12 +189,13 @@ void MpvCore::close() {
 
 void MpvCore::forgetFile() {
     const bool hadFrame = m_hasFrame, wasLoaded = m_loaded;
+    ++m_generation;
     m_entry = kNoEntry;
-    m_started = m_loaded = m_atEnd = m_hasVideo = m_hasFrame = false;
-    m_seeking = false;
+    m_open = m_started = m_known = m_loaded = m_ownPictures = false;
+    m_atEnd = m_hasVideo = m_hasFrame = m_seeking = false;
     m_stepsBack = m_turn = 0;
     m_seekWhenLoaded.reset();
-    m_videoSize = {};
+    m_codedSize = m_videoSize = {};
     m_frame = {};
     updatePosition(0);
     m_duration = 0;
@@ -269,7 +263,7 @@ void MpvCore::setSound(int volume, bool muted) {
 
 QImage MpvCore::render(QSize pixels) {
     m_frameSize = pixels.boundedTo({kMostFrameSide, kMostFrameSide});
-    if (!m_hasFrame || m_frameSize.isEmpty())
+    if (!m_hasFrame || m_videoSize.isEmpty() || m_frameSize.isEmpty())
         return {};
     if (m_frame.size() != m_frameSize && !draw(m_frameSize))
         return {};
@@ -316,12 +310,10 @@ void MpvCore::pictureChanged() {
         return;
     // Drawn even when nobody looks: the library waits 200 ms for each picture that is not.
     const bool drawn = draw(m_frameSize.isEmpty() ? kUnaskedFrameSize : m_frameSize);
-    if (!m_loaded || !m_hasVideo) {
-        m_frame = {};
-        return;
-    }
-    m_hasFrame = drawn;
-    Q_EMIT m_owner.frameReady();
+    // The file before may still be drawn once more.
+    m_hasFrame = m_ownPictures && drawn;
+    if (m_hasFrame && !m_videoSize.isEmpty())
+        Q_EMIT m_owner.frameReady();
 }
 
 void MpvCore::readEvents() {
@@ -341,11 +333,20 @@ void MpvCore::handle(const mpv_event& event) {
     case MPV_EVENT_END_FILE:
         return handleEnd(*static_cast<const mpv_event_end_file*>(event.data));
     case MPV_EVENT_FILE_LOADED:
-        return fileLoaded();
+        m_known = m_started;
+        ask(Question::Video, "vid", MPV_FORMAT_INT64);
+        ask(Question::Turn, "current-tracks/video/demux-rotation", MPV_FORMAT_INT64);
+        return ask(Question::Duration, "duration", MPV_FORMAT_DOUBLE);
     case MPV_EVENT_PLAYBACK_RESTART:
         return seekEnded();
     case MPV_EVENT_VIDEO_RECONFIG:
-        return readVideoSize();
+        m_ownPictures = m_known;
+        ask(Question::Width, "dwidth", MPV_FORMAT_INT64);
+        return ask(Question::Height, "dheight", MPV_FORMAT_INT64);
+    case MPV_EVENT_COMMAND_REPLY:
+        return event.reply_userdata == mark(Question::Open) ? handleOpened(event) : void();
+    case MPV_EVENT_GET_PROPERTY_REPLY:
+        return handleAnswer(event);
     case MPV_EVENT_PROPERTY_CHANGE:
         return handleProperty(*static_cast<const mpv_event_property*>(event.data));
     default:
@@ -370,30 +371,63 @@ void MpvCore::handleEnd(const mpv_event_end_file& end) {
                        : MpvPlayer::tr("There is nothing to play in this file."));
 }
 
-void MpvCore::fileLoaded() {
-    if (!m_started)
+void MpvCore::handleOpened(const mpv_event& event) {
+    const auto* command = static_cast<const mpv_event_command*>(event.data);
+    if (event.error >= 0 && command->result.format == MPV_FORMAT_NODE_MAP) {
+        const mpv_node_list& map = *command->result.u.list;
+        for (int i = 0; i < map.num; ++i)
+            if (std::strcmp(map.keys[i], "playlist_entry_id") == 0)
+                m_entry = map.values[i].u.int64;
+    }
+    if (m_entry != kNoEntry)
         return;
+    forgetFile();
+    Q_EMIT m_owner.failed(MpvPlayer::tr("The file cannot be opened."));
+}
+
+void MpvCore::handleAnswer(const mpv_event& event) {
+    const auto about = static_cast<Question>(event.reply_userdata & 0xFF);
+    if (!m_started || event.reply_userdata != mark(about))
+        return;
+    const auto& property = *static_cast<const mpv_event_property*>(event.data);
+    const bool told = event.error >= 0 && property.data != nullptr;
+    const bool whole = told && property.format == MPV_FORMAT_INT64;
+    const int64_t number = whole ? *static_cast<const int64_t*>(property.data) : 0;
+    const int small = number >= 0 && number <= INT_MAX ? static_cast<int>(number) : 0;
+    switch (about) {
+    case Question::Video: // a number, or "no", which is none
+        m_hasVideo = whole;
+        return;
+    case Question::Turn:
+        m_turn = small % 90 == 0 ? small % 360 : 0;
+        m_frame = {}; // drawn again, turned
+        return;
+    case Question::Duration:
+        return fileLoaded(told ? *static_cast<const double*>(property.data) : 0);
+    case Question::Width:
+        return setCodedSize({small, m_codedSize.height()});
+    case Question::Height:
+        return setCodedSize({m_codedSize.width(), small});
+    default:
+        return;
+    }
+}
+
+void MpvCore::fileLoaded(double duration) {
     m_loaded = true;
-    m_hasVideo = number("vid").has_value();
-    readVideoSize();
-    double seconds = 0;
-    m_mpv.getProperty(m_handle, "duration", MPV_FORMAT_DOUBLE, &seconds);
-    m_duration = std::max(seconds, 0.0);
+    m_duration = std::max(duration, 0.0);
     if (const auto target = std::exchange(m_seekWhenLoaded, std::nullopt))
         seek(*target);
+    setCodedSize(m_codedSize);
     Q_EMIT m_owner.durationChanged(m_duration);
 }
 
-void MpvCore::readVideoSize() {
-    if (!m_loaded || !m_hasVideo)
-        return;
-    const qint64 width = number("dwidth").value_or(0), height = number("dheight").value_or(0);
-    const bool usable = width > 0 && height > 0 && width <= INT_MAX && height <= INT_MAX;
-    const auto turn = static_cast<int>(number("current-tracks/video/demux-rotation").value_or(0));
-    m_turn = turn % 90 == 0 ? turn % 360 : 0;
-    m_videoSize = usable ? QSize(static_cast<int>(width), static_cast<int>(height)) : QSize();
-    if (m_turn % 180 != 0)
-        m_videoSize.transpose();
+void MpvCore::setCodedSize(QSize size) {
+    m_codedSize = size;
+    const QSize upright = m_turn % 180 != 0 ? size.transposed() : size;
+    const QSize seen = m_loaded && m_hasVideo && !upright.isEmpty() ? upright : QSize();
+    if (std::exchange(m_videoSize, seen) != seen && m_hasFrame)
+        Q_EMIT m_owner.frameReady();
 }
 
 void MpvCore::handleProperty(const mpv_event_property& property) {

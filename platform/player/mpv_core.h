@@ -37,7 +37,7 @@ public:
     void setSound(int volume, bool muted);
     QImage render(QSize pixels);
 
-    [[nodiscard]] bool isOpen() const { return m_entry != kNoEntry; }
+    [[nodiscard]] bool isOpen() const { return m_open; }
     [[nodiscard]] bool isLoaded() const { return m_loaded; }
     [[nodiscard]] bool isPaused() const { return m_paused; }
     [[nodiscard]] bool hasVideo() const { return m_hasVideo; }
@@ -47,22 +47,27 @@ public:
 
 private:
     static constexpr qint64 kNoEntry = -1;
+    /// What an answer is about; asked together with m_generation.
+    enum class Question : quint8 { Open, Other, Video, Turn, Duration, Width, Height };
 
     MpvCore(const MpvLibrary& library, MpvPlayer& owner) : m_mpv(library), m_owner(owner) {}
     bool start(QString& reason);
     bool configure();
     bool makeRenderer();
-    void command(std::initializer_list<const char*> words);
+    void command(std::initializer_list<const char*> words, Question about = Question::Other);
+    void ask(Question about, const char* property, mpv_format format);
+    [[nodiscard]] quint64 mark(Question about) const;
     void setFlag(const char* name, bool value);
-    [[nodiscard]] std::optional<qint64> number(const char* name) const;
 
     void readEvents();
     void handle(const mpv_event& event);
     void handleStart(const mpv_event_start_file& start);
     void handleEnd(const mpv_event_end_file& end);
     void handleProperty(const mpv_event_property& property);
-    void fileLoaded();
-    void readVideoSize();
+    void handleOpened(const mpv_event& event);
+    void handleAnswer(const mpv_event& event);
+    void fileLoaded(double duration);
+    void setCodedSize(QSize size);
     void reachedEnd();
     void forgetFile();
     void updatePaused(bool paused);
@@ -80,9 +85,13 @@ private:
     std::unique_ptr<QObject> m_mainThread; ///< what the library's threads post to
     std::atomic<bool> m_eventsPosted = false, m_picturePosted = false;
 
-    qint64 m_entry = kNoEntry; ///< of the file that was asked for
-    bool m_started = false;    ///< events belong to that file, not to the one before
-    bool m_loaded = false;
+    bool m_open = false;
+    quint64 m_generation = 0;   ///< counts open() and close(): older answers are void
+    qint64 m_entry = kNoEntry;  ///< of the file that was asked for, once the library told it
+    bool m_started = false;     ///< events belong to that file, not to the one before
+    bool m_known = false;       ///< its tracks are
+    bool m_loaded = false;      ///< the first answers about it are there
+    bool m_ownPictures = false; ///< pictures are its own, not the last of the file before
     bool m_paused = true;
     bool m_atEnd = false;
     bool m_seeking = false;
@@ -92,6 +101,7 @@ private:
     bool m_hasFrame = false;
     double m_position = 0, m_duration = 0;
     std::optional<double> m_seekWhenLoaded;
+    QSize m_codedSize; ///< before it is turned
     QSize m_videoSize;
     QSize m_frameSize; ///< what was last asked for
     QImage m_frame;

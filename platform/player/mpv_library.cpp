@@ -27,13 +27,10 @@ bool findFunctions(void* library, MpvLibrary& found) {
            findFunction(library, "mpv_initialize", found.initialize) &&
            findFunction(library, "mpv_terminate_destroy", found.terminateDestroy) &&
            findFunction(library, "mpv_set_option_string", found.setOptionString) &&
-           findFunction(library, "mpv_set_property", found.setProperty) &&
            findFunction(library, "mpv_set_property_async", found.setPropertyAsync) &&
-           findFunction(library, "mpv_get_property", found.getProperty) &&
+           findFunction(library, "mpv_get_property_async", found.getPropertyAsync) &&
            findFunction(library, "mpv_observe_property", found.observeProperty) &&
            findFunction(library, "mpv_command_async", found.commandAsync) &&
-           findFunction(library, "mpv_command_ret", found.commandRet) &&
-           findFunction(library, "mpv_free_node_contents", found.freeNodeContents) &&
            findFunction(library, "mpv_error_string", found.errorString) &&
            findFunction(library, "mpv_wait_event", found.waitEvent) &&
            findFunction(library, "mpv_set_wakeup_callback", found.setWakeupCallback) &&

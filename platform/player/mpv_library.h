@@ -7,20 +7,18 @@
 namespace clipheave::platform {
 
 /// The functions of the player's library that are used here, found at run time. Their types are
-/// those of its headers.
+/// those of its headers. Deliberate: none of them waits for the running player. It may be waiting
+/// for the main thread to draw a picture, and then each call would hold up both for 200 ms.
 struct MpvLibrary {
     decltype(&mpv_client_api_version) clientApiVersion = nullptr;
     decltype(&mpv_create) create = nullptr;
     decltype(&mpv_initialize) initialize = nullptr;
     decltype(&mpv_terminate_destroy) terminateDestroy = nullptr;
     decltype(&mpv_set_option_string) setOptionString = nullptr;
-    decltype(&mpv_set_property) setProperty = nullptr;
     decltype(&mpv_set_property_async) setPropertyAsync = nullptr;
-    decltype(&mpv_get_property) getProperty = nullptr;
+    decltype(&mpv_get_property_async) getPropertyAsync = nullptr;
     decltype(&mpv_observe_property) observeProperty = nullptr;
     decltype(&mpv_command_async) commandAsync = nullptr;
-    decltype(&mpv_command_ret) commandRet = nullptr;
-    decltype(&mpv_free_node_contents) freeNodeContents = nullptr;
     decltype(&mpv_error_string) errorString = nullptr;
     decltype(&mpv_wait_event) waitEvent = nullptr;
     decltype(&mpv_set_wakeup_callback) setWakeupCallback = nullptr;
