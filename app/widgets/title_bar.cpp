@@ -4,6 +4,7 @@
 #include "app/theme/theme.h"
 #include "app/widgets/picture_button.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
@@ -95,12 +96,26 @@ void TitleBar::resizeEvent(QResizeEvent* event) {
 }
 
 void TitleBar::mousePressEvent(QMouseEvent* event) {
-    QWindow* handle = window()->windowHandle();
-    if (event->button() == Qt::LeftButton && handle != nullptr)
+    if (event->button() == Qt::LeftButton)
+        m_pressed = event->position().toPoint();
+}
+
+void TitleBar::mouseMoveEvent(QMouseEvent* event) {
+    // Not at the press: the window manager would take the second click of a double click.
+    if (!m_pressed || (event->position().toPoint() - *m_pressed).manhattanLength() <
+                          QApplication::startDragDistance())
+        return;
+    m_pressed.reset();
+    if (QWindow* handle = window()->windowHandle())
         handle->startSystemMove();
 }
 
+void TitleBar::mouseReleaseEvent(QMouseEvent*) {
+    m_pressed.reset();
+}
+
 void TitleBar::mouseDoubleClickEvent(QMouseEvent* event) {
+    m_pressed.reset();
     if (event->button() == Qt::LeftButton)
         toggleMaximised();
 }

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QPoint>
 #include <QWidget>
+
+#include <optional>
 
 class QLabel;
 class QMenuBar;
@@ -31,12 +34,15 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
     void toggleMaximised();
     void placeName();
 
+    std::optional<QPoint> m_pressed; ///< until the window begins to move
     QMenuBar* m_menuBar;
     QLabel* m_name;
     PictureButton* m_minimise;

@@ -9,6 +9,7 @@
 #include "app/widgets/title_bar.h"
 #include "tests/testkit/testkit.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -208,6 +209,14 @@ TEST(Gallery, IsDrawnInBothThemes) {
         grave.show();
         QApplication::processEvents();
         EXPECT_TRUE(grave.grab().save(folder + QStringLiteral("/delete") + suffix));
+        QComboBox box;
+        box.addItems({QStringLiteral("Minute"), QStringLiteral("Second"), QStringLiteral("Hour")});
+        box.resize(160, 28);
+        box.show();
+        box.showPopup();
+        QApplication::processEvents();
+        EXPECT_TRUE(box.view()->window()->grab().save(folder + QStringLiteral("/list") + suffix));
+        box.hidePopup();
         QMenu menu;
         menu.addAction(themeIcon(QStringLiteral("rotate")), QStringLiteral("Rotate"));
         menu.addMenu(QStringLiteral("Speed Up"))->addAction(QStringLiteral("2X"));
