@@ -83,7 +83,8 @@ void MediaRowDelegate::paintBackground(QPainter& painter, const QRect& rect,
                                                          : m_plain);
     if (isSelected && row > 0 && selection.isSelected(index.siblingAtRow(row - 1)))
         painter.fillRect(rect.left(), rect.top(), rect.width(), 1, m_selectedLine);
-    if (index.column() == 0 && row == selection.currentIndex().row())
+    if (index.column() == 0 && row == selection.currentIndex().row() &&
+        (isSelected || m_view->hasFocus()))
         painter.fillRect(rect.left(), rect.top(), kBarWidth, rect.height(), m_accent);
 }
 

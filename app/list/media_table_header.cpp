@@ -96,8 +96,8 @@ void MediaTableHeader::paintSection(QPainter* painter, const QRect& rect, int se
     const bool hasArrow = isSorted(section);
     const Qt::Alignment alignment(
         model->headerData(section, Qt::Horizontal, Qt::TextAlignmentRole).value<Qt::Alignment>());
-    QRect room =
-        rect.adjusted(kHeaderPadding + (section == 0 ? kHeaderLead : 0), 0, -kHeaderPadding, 0);
+    QRect room = rect.adjusted(kHeaderPadding + (section == 0 ? kHeaderLead : 0), 0,
+                               hasArrow ? -kBesideArrow : -kHeaderPadding, 0);
     painter->setFont(headerFont());
     painter->setPen(theme.color(hasArrow ? Token::text1 : Token::text2));
     const int arrowRoom = hasArrow ? kArrowSide + kArrowGap : 0;

@@ -27,6 +27,8 @@ constexpr std::array<int, 7> kDesignWidths = {212, 82, 90, 110, 88, 98, 142};
 constexpr int kLastColumnExtra = 4;
 /// The album gives way a little before a scroll bar comes.
 constexpr int kLeastAlbum = 84;
+/// The name too, for headers that a wide font makes wider than designed.
+constexpr int kLeastName = 176;
 constexpr int kLeastColumn = 48;
 constexpr int kNameColumn = static_cast<int>(media::Column::Name);
 constexpr int kAlbumColumn = static_cast<int>(media::Column::Album);
@@ -151,13 +153,16 @@ void MediaTableView::layoutColumns() {
     int& album = widths[kAlbumColumn];
     const bool nameIsFree = m_userWidths[kNameColumn] == 0;
     const bool albumIsFree = m_userWidths[kAlbumColumn] == 0;
+    const int designed = std::accumulate(kDesignWidths.begin(), kDesignWidths.end(), 0);
+    const int leastName = std::clamp(kDesignWidths[kNameColumn] + designed - total, kLeastName,
+                                     kDesignWidths[kNameColumn]);
     const int leastAlbum = std::max(kLeastAlbum, m_header->leastWidth(kAlbumColumn));
     const int room = viewport()->width() - total + name + album;
     if (nameIsFree && albumIsFree) {
-        name = std::max(kDesignWidths[kNameColumn], std::min(room * 2 / 3, room - leastAlbum));
+        name = std::max(leastName, std::min(room * 2 / 3, room - leastAlbum));
         album = std::max(leastAlbum, room - name);
     } else if (nameIsFree) {
-        name = std::max(kDesignWidths[kNameColumn], room - album);
+        name = std::max(leastName, room - album);
     } else if (albumIsFree) {
         album = std::max(leastAlbum, room - name);
     } else {

@@ -10,7 +10,7 @@
 
 #include <QItemSelectionModel>
 #include <QPainter>
-#include <QPainterPath>
+#include <QTransform>
 
 #include <algorithm>
 
@@ -31,11 +31,15 @@ constexpr int kKindSide = 32;
 constexpr int kBadgeInset = 6, kBadgeHeight = 20, kBadgePadding = 4;
 constexpr double kBadgeRadius = 4, kBadgeOpacity = 0.72;
 
-/// The part of the picture, in its own pixels, that fills a frame of this size.
-QRectF middlePart(const QSizeF& picture, const QSizeF& frame) {
-    const QSizeF part = frame.scaled(picture, Qt::KeepAspectRatio);
-    return {QPointF((picture.width() - part.width()) / 2, (picture.height() - part.height()) / 2),
-            part};
+/// The middle of the picture, as large as the frame; a clip would leave ragged corners.
+QBrush fillingBrush(const QPixmap& picture, const QRectF& frame) {
+    const QSizeF size = QSizeF(picture.size()).scaled(frame.size(), Qt::KeepAspectRatioByExpanding);
+    const double scale = size.width() / picture.width();
+    QBrush brush(picture);
+    brush.setTransform(QTransform::fromTranslate(frame.center().x() - size.width() / 2,
+                                                 frame.center().y() - size.height() / 2)
+                           .scale(scale, scale));
+    return brush;
 }
 
 bool isRawPhoto(const QString& path) {
@@ -81,21 +85,13 @@ void PhotoTileDelegate::paintPicture(QPainter& painter, const QRect& frame,
     ThumbnailService* service = m_view->thumbnailService();
     const QPixmap picture = service != nullptr ? service->picture(item, shape()) : QPixmap();
     painter.setPen(Qt::NoPen);
-    painter.setBrush(theme.color(Token::bg3));
+    painter.setBrush(picture.isNull() ? QBrush(theme.color(Token::bg3))
+                                      : fillingBrush(picture, frame));
     painter.drawRoundedRect(frame, kPictureRadius, kPictureRadius);
-    if (picture.isNull()) {
-        const QPoint corner(frame.center().x() + 1 - kKindSide / 2,
-                            frame.center().y() + 1 - kKindSide / 2);
-        painter.drawPixmap(corner,
+    if (picture.isNull())
+        painter.drawPixmap(frame.center().x() + 1 - kKindSide / 2,
+                           frame.center().y() + 1 - kKindSide / 2,
                            kindPixmap(item.filePath, kKindSide, m_view->devicePixelRatioF()));
-    } else {
-        QPainterPath corners;
-        corners.addRoundedRect(frame, kPictureRadius, kPictureRadius);
-        painter.save();
-        painter.setClipPath(corners);
-        painter.drawPixmap(QRectF(frame), picture, middlePart(picture.size(), frame.size()));
-        painter.restore();
-    }
     painter.setPen(theme.color(Token::line1));
     painter.setBrush(Qt::NoBrush);
     painter.drawRoundedRect(QRectF(frame).adjusted(0.5, 0.5, -0.5, -0.5), kPictureRadius,
