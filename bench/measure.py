@@ -78,4 +78,5 @@ def machine(folder):
     kind = subprocess.run(["stat", "-f", "-c", "%T", folder], capture_output=True, text=True).stdout.strip()
     exiftool = subprocess.run(["exiftool", "-ver"], capture_output=True, text=True).stdout.strip()
     return (f"{first_line('/proc/cpuinfo', 'model name')}, {os.cpu_count()} cores, {memory:.0f} GiB memory, file system "
-            f"{kind}, Linux {os.uname().release}, exiftool {exiftool}; release build, warm cache, medians")
+            f"{kind}, Linux {os.uname().release}, exiftool {exiftool}; release build, warm cache, medians; load average "
+            f"before the run {os.getloadavg()[0]:.1f} (other work on the machine slows all rows)")
