@@ -9,11 +9,11 @@
 namespace clipheave::app {
 
 PlayerCard::PlayerCard(TransportBar::Form form, QWidget* parent)
-    : QWidget(parent), m_stage(new QWidget(this)), m_column(new QVBoxLayout(this)),
-      m_player(new PlayerView(m_stage)),
+    : QWidget(parent), m_stage(new QWidget(this)), m_player(new PlayerView(m_stage)),
       m_transport(new TransportBar(m_player->player(), form, m_stage)) {
-    m_column->setContentsMargins(0, 0, 0, 0);
-    m_column->addWidget(m_stage);
+    auto* card = new QVBoxLayout(this);
+    card->setContentsMargins(0, 0, 0, 0);
+    card->addWidget(m_stage);
     auto* column = new QVBoxLayout(m_stage);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
@@ -56,7 +56,6 @@ void PlayerCard::toggleFullScreen() {
 void PlayerCard::leaveFullScreen() {
     m_stage->setWindowFlag(Qt::Window, false);
     m_stage->setWindowState(Qt::WindowNoState);
-    m_column->addWidget(m_stage);
     m_stage->show();
     setMinimumHeight(0);
     m_player->setCorners(PlayerView::Corners::Top);

@@ -5,8 +5,6 @@
 
 #include <QWidget>
 
-class QVBoxLayout;
-
 namespace clipheave::app {
 
 class PlayerView;
@@ -31,7 +29,6 @@ private:
     void leaveFullScreen();
 
     QWidget* m_stage; ///< what goes to full screen
-    QVBoxLayout* m_column;
     PlayerView* m_player;
     TransportBar* m_transport;
     int m_width = 0;
