@@ -220,6 +220,7 @@ TEST(CoastMap, CuttingKeepsTheAreaInsideTheView) {
     const MapFrame frame{{0.695, 0.495}, 10000, {0, 0, 100, 100}};
     const CoastShape shape = coastShape(square, frame);
     EXPECT_LT(shape.area.size(), 120);
+    EXPECT_TRUE(QRectF(-10, -10, 120, 120).contains(shape.area.boundingRect()));
     EXPECT_TRUE(shape.area.containsPoint({10, 50}, Qt::OddEvenFill));
     EXPECT_FALSE(shape.area.containsPoint({60, 50}, Qt::OddEvenFill));
     EXPECT_FALSE(shape.strokes.isEmpty());
