@@ -155,7 +155,6 @@ void FieldRow::setField(EditField* field) {
         field->setAccessibleName(m_label->text());
         field->show();
         connect(field, &EditField::changeMarkChanged, this, &FieldRow::showMark);
-        connect(field, &QObject::destroyed, this, [this] { m_field = nullptr; });
     }
     showMark(field != nullptr && field->isChanged());
 }

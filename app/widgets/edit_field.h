@@ -3,6 +3,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QWidget>
 
 namespace clipheave::app {
@@ -71,7 +72,7 @@ private:
     void showMark(bool changed);
 
     QLabel* m_label = nullptr;
-    EditField* m_field = nullptr;
+    QPointer<EditField> m_field;
 };
 
 } // namespace clipheave::app
