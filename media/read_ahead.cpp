@@ -24,20 +24,24 @@ ReadAhead::~ReadAhead() {
     m_added.notify_all();
 }
 
+void ReadAhead::readNext(std::unique_lock<std::mutex>& lock) {
+    const std::shared_ptr<Task> task = m_unread.front();
+    m_unread.pop_front();
+    task->state = Task::State::Reading;
+    lock.unlock();
+    auto result = task->reader(task->path);
+    lock.lock();
+    task->result = std::move(result);
+    task->state = Task::State::Read;
+}
+
 void ReadAhead::work() {
     std::unique_lock lock(m_mutex);
     while (true) {
         m_added.wait(lock, [this] { return m_ending || !m_unread.empty(); });
         if (m_ending)
             return;
-        const std::shared_ptr<Task> task = m_unread.front();
-        m_unread.pop_front();
-        task->state = Task::State::Reading;
-        lock.unlock();
-        auto result = task->reader(task->path);
-        lock.lock();
-        task->result = std::move(result);
-        task->state = Task::State::Read;
+        readNext(lock);
         m_done.notify_all();
     }
 }
@@ -70,14 +74,7 @@ void ReadAhead::deliverFirst() {
             continue;
         }
         // Rather than wait, read the next file; when the first is still unread, it is that one.
-        const std::shared_ptr<Task> task = m_unread.front();
-        m_unread.pop_front();
-        task->state = Task::State::Reading;
-        lock.unlock();
-        auto result = task->reader(task->path);
-        lock.lock();
-        task->result = std::move(result);
-        task->state = Task::State::Read;
+        readNext(lock);
     }
     lock.unlock();
     m_pending.pop_front();

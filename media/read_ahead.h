@@ -43,6 +43,8 @@ private:
 
     struct Task;
     void work();
+    /// Reads the first unread file; the lock is let go meanwhile. There must be one.
+    void readNext(std::unique_lock<std::mutex>& lock);
     void deliverFirst();
 
     Deliver m_deliver;

@@ -21,6 +21,7 @@ void AppDelegate::connectWindow() {
         platform::log(platform::LogLevel::Trace, QStringLiteral("urls==%1").arg(paths.join(u", ")));
         importPaths(paths);
     });
+    connect(window, &MainWindow::photosDropped, this, &AppDelegate::importPhotoPaths);
     connect(window, &MainWindow::addRequested, this, &AppDelegate::AddMediaFileAction);
     connect(window, &MainWindow::removeRequested, this, &AppDelegate::RemoveMediaFileAction);
     connect(window, &MainWindow::commandRequested, this, &AppDelegate::performCommand);
@@ -60,6 +61,8 @@ void AppDelegate::connectPreferences() {
     connect(window, &PreferencesWindow::save, this, &AppDelegate::ResetPreferenceSetting);
     connect(window, &PreferencesWindow::appearanceChosen, this,
             [](int index) { Theme::instance().apply(static_cast<Appearance>(index)); });
+    connect(window, &PreferencesWindow::fontColorChosen, this,
+            [this](const QColor& color) { m_currentFontColor = color; });
     connect(window, &PreferencesWindow::showFontPanel, this,
             [this] { notAvailableYet(QStringLiteral("ShowFontPanelAction")); });
 }

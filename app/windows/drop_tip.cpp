@@ -1,18 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/windows/drop_tip.h"
 
+#include "app/list/dropped_paths.h"
 #include "app/theme/theme.h"
 #include "app/widgets/button_look.h"
 #include "app/widgets/token_label.h"
-#include "media/media_kind.h"
-#include "platform/foundation/file_manager.h"
 
 #include <QDragEnterEvent>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMimeData>
 #include <QPainter>
-#include <QUrl>
 #include <QVBoxLayout>
 
 namespace clipheave::app {
@@ -64,24 +61,6 @@ QLabel* centredLabel(const QString& text, FontRole role, Token token, QWidget* p
 
 } // namespace
 
-QStringList localPathsOf(const QMimeData* data) {
-    QStringList paths;
-    for (const QUrl& url : data->urls())
-        if (url.isLocalFile())
-            paths.append(url.toLocalFile());
-    return paths;
-}
-
-bool listTakesDrop(const QStringList& paths) {
-    if (paths.isEmpty())
-        return false;
-    bool isFolder = false;
-    const bool exists =
-        platform::NSFileManager::defaultManager().fileExistsAtPath(paths.first(), isFolder);
-    return media::MediaKind::isAudio(paths.first()) || media::MediaKind::isVideo(paths.first()) ||
-           (exists && isFolder);
-}
-
 DropTip::DropTip(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("leftTipView"));
     setAccessibleName(tr("Drop your files here"));
@@ -131,7 +110,7 @@ void DropTip::paintEvent(QPaintEvent*) {
 }
 
 void DropTip::dragEnterEvent(QDragEnterEvent* event) {
-    if (!listTakesDrop(localPathsOf(event->mimeData())))
+    if (!takesDrop(app::droppedPaths(event->mimeData())))
         return;
     m_dragging = true;
     update();
@@ -147,7 +126,7 @@ void DropTip::dragLeaveEvent(QDragLeaveEvent*) {
 void DropTip::dropEvent(QDropEvent* event) {
     m_dragging = false;
     update();
-    m_paths = localPathsOf(event->mimeData());
+    m_paths = app::droppedPaths(event->mimeData());
     event->setDropAction(Qt::CopyAction);
     event->accept();
     Q_EMIT pathsDropped(m_paths);

@@ -4,8 +4,6 @@
 #include <QStringList>
 #include <QWidget>
 
-class QMimeData;
-
 namespace clipheave::app {
 
 /// The list's place while it is empty: takes dropped files and folders and says so.
@@ -30,10 +28,5 @@ private:
     QStringList m_paths;
     bool m_dragging = false;
 };
-
-/// The local paths of a drag; empty when it carries none.
-[[nodiscard]] QStringList localPathsOf(const QMimeData* data);
-/// What the list takes: the first path is audio, video or a folder.
-[[nodiscard]] bool listTakesDrop(const QStringList& paths);
 
 } // namespace clipheave::app

@@ -60,7 +60,7 @@ int MainWindow::currentRow() const {
 QList<int> MainWindow::selectedRows() const {
     QList<int> rows;
     for (const QModelIndex& index : selectionOf(currentView())->selectedIndexes())
-        if (!rows.contains(index.row()) && index.column() == 0)
+        if (index.column() == 0) // once a row, also where whole rows are selected
             rows.append(index.row());
     std::sort(rows.begin(), rows.end());
     return rows;

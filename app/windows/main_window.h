@@ -89,6 +89,7 @@ Q_SIGNALS:
     void selectionChanged();
     void columnClicked(int column);
     void pathsDropped(const QStringList& paths);
+    void photosDropped(const QStringList& paths); ///< onto the photo grid
     void removeRequested();
     void addRequested();
     void commandRequested(const QString& command);

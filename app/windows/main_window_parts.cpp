@@ -209,6 +209,8 @@ void MainWindow::connectViews() {
     connect(m_table, &MediaTableView::columnClicked, this, &MainWindow::columnClicked);
     connect(m_table, &MediaTableView::pathsDropped, this, &MainWindow::pathsDropped);
     connect(m_table, &MediaTableView::removeRequested, this, &MainWindow::removeRequested);
+    connect(m_grid, &PhotoGrid::pathsDropped, this, &MainWindow::photosDropped);
+    connect(m_grid, &PhotoGrid::removeRequested, this, &MainWindow::removeRequested);
     for (QAbstractItemView* view :
          {static_cast<QAbstractItemView*>(m_table), static_cast<QAbstractItemView*>(m_grid)})
         connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this,

@@ -16,17 +16,7 @@ namespace {
 using namespace clipheave;
 using media::MediaImport;
 
-QByteArray movie(const char* title) {
-    using testkit::be;
-    using testkit::box;
-    using testkit::fullBox;
-    const QByteArray data = box("data", be(1, 4) + be(0, 4) + title);
-    const QByteArray hdlr = fullBox("hdlr", be(0, 4) + "mdirappl" + QByteArray(9, '\0'));
-    const QByteArray udta = box("udta", fullBox("meta", hdlr + box("ilst", box("\xA9nam", data))));
-    const QByteArray mvhd =
-        fullBox("mvhd", be(0, 8) + be(1000, 4) + be(61'500, 4) + QByteArray(80, '\0'));
-    return box("ftyp", "M4V " + be(1, 4) + "M4V ") + box("moov", mvhd + udta) + box("mdat", "x");
-}
+using testkit::movie;
 
 QStringList namesOf(const MediaImport& import) {
     QStringList names;

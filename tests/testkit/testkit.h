@@ -59,6 +59,9 @@ struct RunResult {
 /// The same with version 0 and flags 0 first.
 [[nodiscard]] QByteArray fullBox(const char* type, const QByteArray& payload);
 
+/// An M4V of 61.5 s by its header, with a title and a payload of one byte.
+[[nodiscard]] QByteArray movie(const char* title);
+
 /// The folder of real files, empty when CLIPHEAVE_CORPUS is not set.
 [[nodiscard]] QString corpus();
 

@@ -5,6 +5,7 @@
 #include "app/command_tables.h"
 #include "app/list/media_list_model.h"
 #include "app/list/media_table_view.h"
+#include "app/list/photo_grid.h"
 #include "app/panes/detail_pane.h"
 #include "app/theme/theme.h"
 #include "app/widgets/alert_box.h"
@@ -31,17 +32,7 @@ namespace {
 using namespace clipheave;
 using namespace clipheave::app;
 
-QByteArray movie(const char* title) {
-    using testkit::be;
-    using testkit::box;
-    using testkit::fullBox;
-    const QByteArray data = box("data", be(1, 4) + be(0, 4) + title);
-    const QByteArray hdlr = fullBox("hdlr", be(0, 4) + "mdirappl" + QByteArray(9, '\0'));
-    const QByteArray udta = box("udta", fullBox("meta", hdlr + box("ilst", box("\xA9nam", data))));
-    const QByteArray mvhd =
-        fullBox("mvhd", be(0, 8) + be(1000, 4) + be(61'500, 4) + QByteArray(80, '\0'));
-    return box("ftyp", "M4V " + be(1, 4) + "M4V ") + box("moov", mvhd + udta) + box("mdat", "x");
-}
+using testkit::movie;
 
 class WindowTest : public testing::Test {
 protected:
@@ -152,6 +143,21 @@ TEST_F(WindowTest, ImportAppendsAndTellsTroubles) {
     const ActivityJob& job = controller->activity()->jobs().front();
     EXPECT_EQ(job.state, JobState::Failed);
     EXPECT_EQ(job.files.size(), 2u);
+}
+
+TEST_F(WindowTest, ThePhotoGridTakesDropsAndTheDeleteKey) {
+    importThree();
+    window()->showPhotos();
+    QSignalSpy done(controller.get(), &AppDelegate::importFinished);
+    dir.write(QStringLiteral("in/d.mp4"), movie("d"));
+    Q_EMIT window()->photoGrid()->pathsDropped({dir.path(QStringLiteral("in"))});
+    ASSERT_TRUE(done.wait(10'000));
+    EXPECT_EQ(names(), list({"b.mp4", "c.mp4", "a.mp4", "d.mp4"}));
+    window()->selectAll();
+    EXPECT_EQ(window()->selectedRows(), (QList<int>{0, 1, 2, 3}));
+    window()->selectRow(1);
+    QTest::keyClick(window()->photoGrid(), Qt::Key_Delete);
+    EXPECT_EQ(names(), list({"b.mp4", "a.mp4", "d.mp4"}));
 }
 
 TEST_F(WindowTest, AnEmptySelectionGetsTheFixedAlert) {
