@@ -37,6 +37,9 @@ struct SaveOptions {
 // Each command answers an ExitStatus.
 int runList(const GlobalOptions& global, const ListOptions& options, Console& console);
 int runSave(const GlobalOptions& global, const SaveOptions& options, Console& console);
+int runClear(const GlobalOptions& global, const QStringList& paths, Console& console);
+int runTitleToName(const GlobalOptions& global, const QStringList& paths, Console& console);
+int runNameToTitle(const GlobalOptions& global, const QStringList& paths, Console& console);
 int runPrefs(const GlobalOptions& global, const QString& key, const QString& value, bool hasValue);
 int runDemo(const GlobalOptions& global, const QString& folder, Console& console);
 

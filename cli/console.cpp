@@ -147,4 +147,8 @@ int interruption() {
     return s_interruption.load();
 }
 
+bool isInterrupted() {
+    return interruption() != 0;
+}
+
 } // namespace clipheave::cli

@@ -56,5 +56,6 @@ int reportNothingToDo();
 /// SIGINT and SIGTERM cancel the running exports; `interruption()` then gives the exit status.
 void watchSignals();
 [[nodiscard]] int interruption(); ///< 0, kInterrupted or kTerminated
+[[nodiscard]] bool isInterrupted();
 
 } // namespace clipheave::cli

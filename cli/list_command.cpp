@@ -87,20 +87,19 @@ int runList(const GlobalOptions& global, const ListOptions& options, Console& co
     int count = 0;
     MediaImport import(
         [&](const media::ItemPointer&) { console.progress(QStringLiteral("read"), ++count, 0); });
-    import.setStopRequested([] { return interruption() != 0;
-});
-if (options.photos)
-    import.importPhotos(options.paths);
-else
-    import.importMediaItemsThreader(options.paths);
-console.clearProgress();
-if (interruption())
-    return interruption();
-if (import.localPhotoItemArray().empty() && import.skipped().empty())
-    return reportNothingToDo();
-const bool written = printOut(global.json ? document(import, options.metadata)
-                                          : table(import.localPhotoItemArray()));
-return written && !anyTrouble(import) ? kAllDone : kSomeFailed;
-} // namespace clipheave::cli
+    import.setStopRequested(&isInterrupted);
+    if (options.photos)
+        import.importPhotos(options.paths);
+    else
+        import.importMediaItemsThreader(options.paths);
+    console.clearProgress();
+    if (isInterrupted())
+        return interruption();
+    if (import.localPhotoItemArray().empty() && import.skipped().empty())
+        return reportNothingToDo();
+    const bool written = printOut(global.json ? document(import, options.metadata)
+                                              : table(import.localPhotoItemArray()));
+    return written && !anyTrouble(import) ? kAllDone : kSomeFailed;
+}
 
 } // namespace clipheave::cli

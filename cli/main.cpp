@@ -69,6 +69,25 @@ CLI::App* addSave(CLI::App& app, Arguments& arguments) {
     return save;
 }
 
+/// A command that takes nothing but paths.
+struct PathCommand {
+    const char* name;
+    const char* help;
+    int (*run)(const GlobalOptions&, const QStringList& paths, Console&);
+};
+constexpr PathCommand kPathCommands[] = {
+    {"clear", "Copies of the files without their metadata", &runClear},
+    {"title-to-name", "Copies of the videos, each named by its title", &runTitleToName},
+    {"name-to-title", "The name of each video becomes its title", &runNameToTitle},
+};
+
+void addPathCommands(CLI::App& app, Arguments& arguments) {
+    for (const PathCommand& command : kPathCommands)
+        app.add_subcommand(command.name, command.help)
+            ->add_option("PATH", arguments.paths, "Files and folders")
+            ->required();
+}
+
 int save(const Arguments& arguments, Console& console) {
     SaveOptions options;
     options.paths = absolutePaths(arguments.paths);
@@ -92,6 +111,7 @@ int run(int argc, char** argv) {
     addGlobalOptions(app, arguments);
     CLI::App* listCommand = addList(app, arguments);
     CLI::App* saveCommand = addSave(app, arguments);
+    addPathCommands(app, arguments);
     CLI::App* prefs = app.add_subcommand("prefs", "Print or set the preferences");
     prefs->add_option("KEY", arguments.key);
     CLI::Option* value = prefs->add_option("VALUE", arguments.value);
@@ -117,6 +137,9 @@ int run(int argc, char** argv) {
     }
     if (saveCommand->parsed())
         return save(arguments, console);
+    for (const PathCommand& command : kPathCommands)
+        if (app.got_subcommand(command.name))
+            return command.run(global, absolutePaths(arguments.paths), console);
     if (prefs->parsed())
         return runPrefs(global, textOf(arguments.key), textOf(arguments.value), value->count() > 0);
     return runDemo(global, absolutePath(textOf(arguments.folder)), console);

@@ -21,6 +21,10 @@ inline constexpr char16_t kQuickTimeCreationDateIdentifier[] =
     u"mdta/com.apple.quicktime.creationdate";
 inline constexpr char16_t kISODateIdentifier[] = u"uiso/date";
 inline constexpr char16_t kUserDataDateIdentifier[] = u"udta/date";
+/// The published AVMetadataIdentifier3GPUserDataKeywordList.
+inline constexpr char16_t k3GPKeywordsIdentifier[] = u"uiso/kywd";
+inline constexpr char16_t kITunesTitleIdentifier[] = u"itsk/%A9nam";
+inline constexpr char16_t kID3TitleIdentifier[] = u"id3/TIT2";
 
 inline constexpr char16_t AVMetadataCommonKeyPublisher[] = u"publisher";
 inline constexpr char16_t AVMetadataCommonKeyCopyrights[] = u"copyrights";

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "metadata/metadata_keys.h"
-#include "metadata/video_metadata.h"
+#include "metadata/video_fields.h"
 
 #include <QSet>
 
@@ -8,74 +7,24 @@ namespace clipheave::metadata {
 
 namespace {
 
-using media::ChangeFlags;
 using media::PaneTexts;
-using media::ShownTexts;
 using platform::AVMetadataItem;
 
-/// One text field of the pane: where it is shown, where it was remembered, what it is written as.
-struct TextRow {
-    QString PaneTexts::*pane;
-    QString ShownTexts::*old;
-    bool ChangeFlags::*group;
-    const char16_t* keySpace;
-    const char16_t* key;
-    const char16_t* identifier;
-};
-
-// In the order in which a save builds the items.
-constexpr TextRow kTextRows[] = {
-    {&PaneTexts::mediaTitle, &ShownTexts::oldMovieTitle, &ChangeFlags::basicInfoChange,
-     kKeySpaceITunes, u"title", u"itsk/%A9nam"},
-    {&PaneTexts::mediaAlumArtis, &ShownTexts::oldMovieAlbumArtist, &ChangeFlags::basicInfoChange,
-     kKeySpaceITunes, u"albumName", u"itsk/%A9alb"},
-    {&PaneTexts::mediaArtist, &ShownTexts::oldMovieArtist, &ChangeFlags::basicInfoChange,
-     kKeySpaceITunes, u"artist", u"itsk/%A9ART"},
-    {&PaneTexts::mediaMake, &ShownTexts::oldMovieMake, &ChangeFlags::basicInfoChange,
-     AVMetadataKeySpaceQuickTimeMetadata, AVMetadataQuickTimeMetadataKeyDirector,
-     u"mdta/com.apple.quicktime.director"},
-    {&PaneTexts::mediaModel, &ShownTexts::oldMovieModel, &ChangeFlags::basicInfoChange,
-     AVMetadataKeySpaceQuickTimeMetadata, AVMetadataQuickTimeMetadataKeyPerformer,
-     u"mdta/com.apple.quicktime.performer"},
-    {&PaneTexts::mediaProducer, &ShownTexts::oldMovieProducer, &ChangeFlags::basicInfoChange,
-     AVMetadataKeySpaceQuickTimeMetadata, AVMetadataQuickTimeMetadataKeyProducer,
-     u"mdta/com.apple.quicktime.producer"},
-    {&PaneTexts::mediaReleaseYear, &ShownTexts::oldMoviePublisher, &ChangeFlags::cameraInfoChange,
-     AVMetadataKeySpaceCommon, AVMetadataCommonKeyPublisher, u"common/publisher"},
-    {&PaneTexts::mediaCopyright, &ShownTexts::oldMovieCopyright, &ChangeFlags::cameraInfoChange,
-     AVMetadataKeySpaceCommon, AVMetadataCommonKeyCopyrights, u"common/copyrights"},
-    {&PaneTexts::mediakeywords, &ShownTexts::oldMovieKeywords, &ChangeFlags::cameraInfoChange,
-     AVMetadataKeySpaceQuickTimeMetadata, kQuickTimeKeywords, u"mdta/com.apple.quicktime.keywords"},
-    {&PaneTexts::mediaSoftware, &ShownTexts::oldMovieDescription, &ChangeFlags::cameraInfoChange,
-     AVMetadataKeySpaceCommon, AVMetadataCommonKeyDescription, u"common/description"},
-};
-
-AVMetadataItem newItem(const char16_t* keySpace, const char16_t* key, const char16_t* identifier,
-                       AVMetadataItem::Value value) {
-    return AVMetadataItem::make(QString::fromUtf16(keySpace), QString::fromUtf16(key),
-                                QString::fromUtf16(identifier), std::move(value));
-}
-
-AVMetadataItem itemOf(const TextRow& row, const QString& text) {
+AVMetadataItem itemOf(const VideoTextRow& row, const QString& text) {
     if (row.key != kQuickTimeKeywords)
-        return newItem(row.keySpace, row.key, row.identifier, text);
-    AVMetadataItem item = newItem(row.keySpace, row.key, row.identifier, text.toUtf8());
+        return newMetadataItem(row.keySpace, row.key, row.identifier, text);
+    AVMetadataItem item = newMetadataItem(row.keySpace, row.key, row.identifier, text.toUtf8());
     item.dataType = QString::fromUtf16(kRawDataType);
     item.extendedLanguageTag = QStringLiteral("und");
     return item;
 }
 
 void appendTexts(const media::VideoPane& pane, QList<AVMetadataItem>& items) {
-    for (const TextRow& row : kTextRows) {
+    for (const VideoTextRow& row : kVideoTextRows) {
         const QString& text = pane.texts.*row.pane;
         if (pane.flags.*row.group && text != pane.shown.*row.old)
             items.append(itemOf(row, text));
     }
-}
-
-bool isDateIdentifier(const QString& identifier) {
-    return identifier == kISODateIdentifier || identifier == kUserDataDateIdentifier ||
-           identifier == kQuickTimeCreationDateIdentifier;
 }
 
 /// Every date item of the source gets the new text; a source without one gets "uiso/date".
@@ -96,7 +45,7 @@ bool appendDates(const media::VideoPane& pane, const QList<AVMetadataItem>& sour
         quickTime = quickTime || identifier == kQuickTimeCreationDateIdentifier;
     }
     if (!replaced)
-        items.append(newItem(kKeySpaceISOUserData, u"date", kISODateIdentifier, text));
+        items.append(newMetadataItem(kKeySpaceISOUserData, u"date", kISODateIdentifier, text));
     return quickTime;
 }
 
@@ -110,17 +59,17 @@ void appendLocation(const media::VideoPane& pane, QList<AVMetadataItem>& items) 
         texts.mediaLongtitude == pane.shown.shownLongtitude &&
         texts.mediaAatitude == pane.shown.shownAtitude)
         return;
-    items.append(
-        newItem(kKeySpaceISOUserData, u"loci", u"uiso/loci",
-                locationText(texts.mediaLatitude, texts.mediaLongtitude, texts.mediaAatitude)));
+    items.append(newMetadataItem(
+        kKeySpaceISOUserData, u"loci", u"uiso/loci",
+        locationText(texts.mediaLatitude, texts.mediaLongtitude, texts.mediaAatitude)));
 }
 
 void appendArtwork(const media::VideoPane& pane, QList<AVMetadataItem>& items) {
     const platform::EncodedPicture& picture = pane.texts.mediaImageView;
     if (picture.isNull() || picture == pane.shown.shownArtwork)
         return;
-    items.append(newItem(AVMetadataKeySpaceCommon, AVMetadataCommonKeyArtwork, u"common/artwork",
-                         picture.bytes()));
+    items.append(newMetadataItem(AVMetadataKeySpaceCommon, AVMetadataCommonKeyArtwork,
+                                 u"common/artwork", picture.bytes()));
 }
 
 } // namespace
@@ -132,8 +81,8 @@ QString locationText(const QString& latitude, const QString& longitude, const QS
     return text;
 }
 
-SavePlan planVideoSave(const media::VideoPane& pane, const QList<AVMetadataItem>& sourceMetadata) {
-    SavePlan plan;
+VideoPlan planVideoSave(const media::VideoPane& pane, const QList<AVMetadataItem>& sourceMetadata) {
+    VideoPlan plan;
     appendTexts(pane, plan.metadata);
     const bool quickTime = appendDates(pane, sourceMetadata, plan.metadata);
     appendLocation(pane, plan.metadata);

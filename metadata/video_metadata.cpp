@@ -4,177 +4,152 @@
 #include "media/media_kind.h"
 #include "platform/foundation/dates.h"
 #include "platform/foundation/file_manager.h"
-#include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
-
-#include <chrono>
-#include <optional>
 
 namespace clipheave::metadata {
 
 namespace {
 
 using namespace platform;
-using Clock = std::chrono::steady_clock;
+using media::MediaKind;
 
-/// The dates that the output gets: what the created-date field asks for, else the source's own.
-struct OutputDates {
-    std::optional<QDateTime> creation, modification;
-};
+bool isMaterialExchange(const QString& path) {
+    return pathExtension(path).compare(u"mxf", Qt::CaseInsensitive) == 0;
+}
 
-/// All that the end of an export needs, captured when it starts.
-struct SaveJob {
-    QString source;
-    QString output;
-    OutputDates dates;
-    OutcomeHandler handler;
-    Clock::time_point start = Clock::now();
-};
-
-OutputDates datesFor(const SaveRequest& request, const FileAttributes& attributes) {
-    OutputDates dates{attributes.NSFileCreationDate, attributes.NSFileModificationDate};
-    const QString& text = request.pane.texts.mediaCreatedDate;
-    if (text == request.pane.shown.oldMovieCreatedDate)
-        return dates;
+/// What the created-date field asks for, else the source's own dates.
+void takeDatesOfPane(WriteJob& job, const media::VideoPane& pane) {
+    const QString& text = pane.texts.mediaCreatedDate;
+    if (text == pane.shown.oldMovieCreatedDate)
+        return;
     if (const auto date = parseDateText(text))
-        dates = {*date, *date};
-    return dates;
+        job.dates = {*date, *date};
 }
 
-void finish(const SaveJob& job, WriteStatus status, QStringList outputs,
-            const QStringList& messages) {
-    WriteOutcome outcome;
-    outcome.source = job.source;
-    outcome.outputs = std::move(outputs);
-    outcome.status = status;
-    outcome.message = messages.join(QStringLiteral("; "));
-    outcome.seconds = std::chrono::duration<double>(Clock::now() - job.start).count();
-    job.handler(outcome);
-}
-
-/// Sets the dates of a finished output; adds what a user should know to `messages`.
-void setOutputDates(const SaveJob& job, QStringList& messages) {
-    const auto stored = NSFileManager::defaultManager().setAttributes(
-        job.output, job.dates.creation, job.dates.modification);
-    if (!stored)
-        messages.append(stored.error().text());
-    else if (*stored == CreationDateStored::NotStoredHere)
-        messages.append(QStringLiteral("creation date not stored here"));
-}
-
-/// The unchanged copy with the dates asked for. With a `reason` it stands in for a failed rewrite:
-/// the user finds a file in the output folder in any case.
-void copySource(const SaveJob& job, const QString& reason) {
-    QStringList messages;
-    if (!reason.isEmpty())
-        messages.append(reason);
-    const auto copied = NSFileManager::defaultManager().copyItem(job.source, job.output,
-                                                                 NSFileManager::IfExists::Replace);
-    if (!copied) {
-        messages.append(copied.error().text());
-        log(LogLevel::Error, messages.join(QStringLiteral("; ")), job.source);
-        return finish(job, WriteStatus::Failed, {}, messages);
-    }
-    if (!reason.isEmpty())
-        messages.append(QStringLiteral("copied unchanged"));
-    setOutputDates(job, messages);
-    finish(job, reason.isEmpty() ? WriteStatus::Completed : WriteStatus::Failed, {job.output},
-           messages);
-}
-
-void completeSave(const SaveJob& job, const AVAssetExportSession& session) {
-    switch (session.status()) {
-    case AVAssetExportSessionStatus::Unknown:
-        log(LogLevel::Info, QStringLiteral("unknow"), job.source);
-        return finish(job, WriteStatus::Failed, {}, {QStringLiteral("unknow")});
-    case AVAssetExportSessionStatus::Waiting:
-        log(LogLevel::Info, QStringLiteral("waiting"), job.source);
-        return finish(job, WriteStatus::Failed, {}, {QStringLiteral("waiting")});
-    case AVAssetExportSessionStatus::Cancelled:
-        log(LogLevel::Info, QStringLiteral("cancelled"), job.source);
-        return finish(job, WriteStatus::Cancelled, {}, {QStringLiteral("cancelled")});
-    case AVAssetExportSessionStatus::Failed:
-        log(LogLevel::Error, session.error().text(), job.source);
-        return copySource(job, session.error().text());
-    case AVAssetExportSessionStatus::Exporting:
-    case AVAssetExportSessionStatus::Completed:
-        break;
-    }
-    QStringList messages = session.notes();
-    setOutputDates(job, messages);
-    finish(job, WriteStatus::Completed, {job.output}, messages);
+/// Exports what `plan` makes of the source's items; a source that nobody can read is copied.
+template <class Planner> void exportByPlan(const WriteJob& job, const Planner& plan) {
+    const auto asset = AVURLAsset::assetWithPath(job.source);
+    if (!asset)
+        return startCopy(job, NSFileManager::IfExists::Replace, asset.error().text());
+    startExport(job, *asset, plan(asset->metadata()));
 }
 
 } // namespace
 
-QString VideoMetadata::flatOutputPath(const SaveRequest& request) {
-    const QString wanted = appendingPathComponent(request.storagelocation, request.item->fileName);
+std::optional<WriteJob> VideoMetadata::begin(const QString& source, const QString& output) {
+    WriteJob job;
+    job.source = source;
+    job.output = output;
+    job.handler = m_handler;
+    job.running = m_running;
     const NSFileManager& files = NSFileManager::defaultManager();
-    QString path = files.outputPathForSource(wanted, request.item->filePath);
-    // Outputs of this run are not there yet or are just being written: step past them by name.
-    for (int number = 2; m_taken.contains(path); ++number) {
-        const QString extension = pathExtension(wanted);
-        path = QStringLiteral("%1 %2").arg(deletingPathExtension(wanted)).arg(number);
-        if (!extension.isEmpty())
-            path += u'.' + extension;
-        if (files.fileExistsAtPath(path) && !m_taken.contains(path))
-            path = files.outputPathForSource(path, request.item->filePath);
+    const auto attributes = files.attributesOfItemAtPath(source);
+    if (!attributes) {
+        failJob(job, attributes.error().text());
+        return std::nullopt;
     }
-    m_taken.insert(path);
-    return path;
+    job.dates = {attributes->NSFileCreationDate, attributes->NSFileModificationDate};
+    if (const auto made = files.createDirectoryAtPath(deletingLastPathComponent(output)); !made) {
+        failJob(job, made.error().text());
+        return std::nullopt;
+    }
+    return job;
 }
 
-void VideoMetadata::SaveMeidaFileChangesAction(const SaveRequest& request) {
-    const QString& path = request.item->filePath;
+std::optional<WriteJob> VideoMetadata::begin(const WriteRequest& request, const QString& output) {
+    auto job = begin(request.item->filePath, output);
+    if (job)
+        takeDatesOfPane(*job, request.pane);
+    return job;
+}
+
+void VideoMetadata::refuse(const WriteRequest& request, const QString& reason, WriteStatus status) {
     WriteOutcome outcome;
-    outcome.source = path;
-    outcome.status = WriteStatus::Failed;
-    if (media::MediaKind::isAudio(path)) {
-        outcome.message = QStringLiteral("saving audio tags is not available yet");
-        return m_handler(outcome);
-    }
-    if (!media::MediaKind::isVideo(path)) {
-        outcome.status = WriteStatus::Skipped;
-        outcome.message = QStringLiteral("neither a video nor an audio file");
-        return m_handler(outcome);
-    }
+    outcome.source = request.item->filePath;
+    outcome.status = status;
+    outcome.message = reason;
+    m_handler(outcome);
+}
+
+void VideoMetadata::SaveMeidaFileChangesAction(const WriteRequest& request) {
+    const QString& path = request.item->filePath;
+    if (MediaKind::isAudio(path))
+        return refuse(request, QStringLiteral("saving audio tags is not available yet"));
+    if (!MediaKind::isVideo(path))
+        return refuse(request, QStringLiteral("neither a video nor an audio file"),
+                      WriteStatus::Skipped);
     SaveChangedVideoExifDateAction(request);
 }
 
-void VideoMetadata::SaveChangedVideoExifDateAction(const SaveRequest& request) {
-    SaveJob job{request.item->filePath, flatOutputPath(request), {}, m_handler};
-    const auto attributes = NSFileManager::defaultManager().attributesOfItemAtPath(job.source);
-    if (!attributes)
-        return finish(job, WriteStatus::Failed, {}, {attributes.error().text()});
-    job.dates = datesFor(request, *attributes);
-    if (pathExtension(job.source).compare(u"mxf", Qt::CaseInsensitive) == 0)
-        return copySource(job, {});
-    const auto asset = AVURLAsset::assetWithPath(job.source);
-    if (!asset)
-        return copySource(job, asset.error().text());
-
-    const SavePlan plan = planVideoSave(request.pane, asset->metadata());
-    auto session = std::make_shared<AVAssetExportSession>(
-        *asset, QString::fromUtf16(AVAssetExportPresetPassthrough));
-    session->setOutputPath(job.output);
-    session->setOutputFileType(plan.outputFileType);
-    session->setMetadata(plan.metadata);
-    m_sessions.push_back(session);
-    session->exportAsynchronouslyWithCompletionHandler(
-        [session, job] { completeSave(job, *session); });
+void VideoMetadata::SaveChangedVideoExifDateAction(const WriteRequest& request) {
+    m_paths.protect({request.item->filePath});
+    const auto job = begin(request, m_paths.claim(flatOutputPath(request)));
+    if (!job)
+        return;
+    if (isMaterialExchange(job->source))
+        return startCopy(*job, NSFileManager::IfExists::Replace);
+    exportByPlan(*job, [&](const auto& items) { return planVideoSave(request.pane, items); });
 }
 
-double VideoMetadata::runningProgress() const {
-    double sum = 0;
-    int running = 0;
-    for (const auto& weak : m_sessions) {
-        const auto session = weak.lock();
-        if (!session || session->status() != AVAssetExportSessionStatus::Exporting)
-            continue;
-        sum += session->progress();
-        ++running;
-    }
-    return running > 0 ? sum / running : -1;
+void VideoMetadata::RemoveMediaFileAction(const WriteRequest& request) {
+    const QString& path = request.item->filePath;
+    if (MediaKind::isVideo(path))
+        return RemoveVideoExifDateAction(request);
+    if (MediaKind::isAudio(path))
+        return refuse(request, QStringLiteral("removing audio tags is not available yet"));
+    refuse(request, QStringLiteral("neither a video nor an audio file"), WriteStatus::Skipped);
+}
+
+void VideoMetadata::RemoveVideoExifDateAction(const WriteRequest& request) {
+    m_paths.protect({request.item->filePath});
+    auto job = begin(request, m_paths.claim(mirroredOutputPath(request)));
+    if (!job)
+        return;
+    job->removes = true;
+    exportByPlan(*job, [&](const auto&) { return planVideoRemoval(*request.item); });
+}
+
+void VideoMetadata::SetVideoFileWithFilePath_WithExifPath_withDateStr(const QString& filePath,
+                                                                      const QString& exifPath,
+                                                                      const QString& dateText) {
+    m_paths.protect({filePath});
+    auto job = begin(filePath, m_paths.claim(exifPath));
+    if (!job)
+        return;
+    if (const auto date = parseDateText(dateText))
+        job->dates = {*date, *date};
+    exportByPlan(*job, [&](const auto& items) { return planVideoDate(dateText, items); });
+}
+
+void VideoMetadata::CopyvideoTitletoFileNameAction(const WriteRequest& request) {
+    const QString output = titledOutputPath(request);
+    if (output.isEmpty())
+        return refuse(request,
+                      QStringLiteral("the title \"%1\" would lead out of the output folder")
+                          .arg(request.item->fileTitle));
+    if (!m_paths.claimExactly(output))
+        return refuse(request,
+                      QStringLiteral("%1: another file of this run has that title").arg(output));
+    // The folder by the mirrored rule is made; one that only the title names is not.
+    auto job = begin(request.item->filePath, mirroredOutputPath(request));
+    if (!job)
+        return;
+    job->output = output;
+    if (request.item->fileTitle.isEmpty())
+        job->notes.append(QStringLiteral("the title is empty, and so is the name"));
+    startCopy(*job, NSFileManager::IfExists::Fail);
+}
+
+void VideoMetadata::CopyvideofilenametoTitleAction(const WriteRequest& request) {
+    const QString& path = request.item->filePath;
+    if (!MediaKind::isVideo(path))
+        return refuse(request, QStringLiteral("not a video"), WriteStatus::Skipped);
+    m_paths.protect({path});
+    const auto job = begin(path, m_paths.claim(mirroredOutputPath(request)));
+    if (!job)
+        return;
+    const QString title = deletingPathExtension(request.item->fileName);
+    exportByPlan(*job, [&](const auto& items) { return planVideoTitle(title, items); });
 }
 
 } // namespace clipheave::metadata

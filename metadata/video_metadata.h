@@ -1,66 +1,66 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "media/panes.h"
+#include "metadata/output_paths.h"
+#include "metadata/video_plans.h"
+#include "metadata/write_job.h"
 #include "metadata/write_outcome.h"
-#include "platform/media/av_asset_export_session.h"
-
-#include <QList>
-#include <QSet>
-#include <QString>
-
-#include <memory>
-#include <vector>
+#include "metadata/write_request.h"
 
 namespace clipheave::metadata {
 
-/// What a save gathers from the windows before it starts; nothing is read from them afterwards.
-struct SaveRequest {
-    media::ItemPointer item;
-    media::VideoPane pane;
-    QString storagelocation;
-};
-
-/// The items of a saved file and its container; pure, so that the front can show it and tests check
-/// it.
-struct SavePlan {
-    QList<platform::AVMetadataItem> metadata; ///< new items first, then what the source keeps
-    QString outputFileType;
-};
-/// Builds the plan from the pane and the source's own items. A field whose text is what was shown
-/// writes nothing; a group whose flag is not set is not looked at.
-[[nodiscard]] SavePlan planVideoSave(const media::VideoPane& pane,
-                                     const QList<platform::AVMetadataItem>& sourceMetadata);
-
-/// "+31.2304+121.4737+12.5": each text without a "-" gets a "+" in front. An empty altitude leaves
-/// a lone "+" at the end.
-[[nodiscard]] QString locationText(const QString& latitude, const QString& longitude,
-                                   const QString& altitude);
-
-/// Writers of one command run. Revealing the outputs is the front's, once for the whole run.
-/// Outputs of one run never replace each other: when two selected files have one name, the second
-/// takes the next free name.
+/// Writers of one command run. Each call starts one item and returns; its outcome arrives once, on
+/// any thread (on the caller's when nothing can be started). No source is ever touched, and outputs
+/// of one run never replace each other: when two files have one name, the second takes the next
+/// free name. The calls come from one thread at a time; progress and cancel from any. Revealing the
+/// outputs is the front's, once for the whole run.
 class VideoMetadata {
 public:
     explicit VideoMetadata(OutcomeHandler handler) : m_handler(std::move(handler)) {}
 
+    /// Files that no output of this run may replace: every file of the media list.
+    void protectSources(const QStringList& paths) { m_paths.protect(paths); }
+
     /// The save of one item by its kind. Audio and photos answer Failed until their writers are
     /// there; an MXF video is copied with the dates alone.
-    void SaveMeidaFileChangesAction(const SaveRequest& request);
-    /// Starts the export of one video; the outcome arrives on the export's thread. A file that
-    /// cannot be rewritten is copied unchanged with the dates asked for, and the outcome says so
-    /// (Failed).
-    void SaveChangedVideoExifDateAction(const SaveRequest& request);
+    void SaveMeidaFileChangesAction(const WriteRequest& request);
+    /// The removal of one item by its kind, for both removal commands of the list. Audio answers
+    /// Failed until its writers are there; other kinds are Skipped.
+    void RemoveMediaFileAction(const WriteRequest& request);
+    /// A copy of the item under its title, as it stands; never replaces a file.
+    void CopyvideoTitletoFileNameAction(const WriteRequest& request);
+    /// The file's name without its extension as the title of a video; other kinds are Skipped.
+    void CopyvideofilenametoTitleAction(const WriteRequest& request);
+
+    /// The outcome of an item that is not written: Failed, or Skipped when it is not of a kind that
+    /// the command takes.
+    void refuse(const WriteRequest& request, const QString& reason,
+                WriteStatus status = WriteStatus::Failed);
+
+    void SaveChangedVideoExifDateAction(const WriteRequest& request);
+    void RemoveVideoExifDateAction(const WriteRequest& request);
+    /// The date writer: `dateText` becomes the shooting date of the video at `filePath`, written to
+    /// `exifPath` (replaced), and both file dates. A text that is no date leaves the file dates of
+    /// the source.
+    void SetVideoFileWithFilePath_WithExifPath_withDateStr(const QString& filePath,
+                                                           const QString& exifPath,
+                                                           const QString& dateText);
 
     /// Mean progress of the exports that are running now, 0 to 1; -1 when none is.
-    [[nodiscard]] double runningProgress() const;
+    [[nodiscard]] double runningProgress() const { return m_running->progress(); }
+    /// Stops this run: what waits or runs ends as Cancelled and leaves no file.
+    void cancel() { m_running->cancel(); }
 
 private:
-    [[nodiscard]] QString flatOutputPath(const SaveRequest& request);
+    /// The job of an item with the dates that its pane asks for; none when the source cannot be
+    /// looked at or there is no folder for the output, which the handler has been told.
+    [[nodiscard]] std::optional<WriteJob> begin(const WriteRequest& request, const QString& output);
+    /// The same with the dates of the source.
+    [[nodiscard]] std::optional<WriteJob> begin(const QString& source, const QString& output);
 
     OutcomeHandler m_handler;
-    QSet<QString> m_taken; ///< output paths given out in this run
-    std::vector<std::weak_ptr<platform::AVAssetExportSession>> m_sessions;
+    OutputPaths m_paths;
+    std::shared_ptr<RunningExports> m_running = std::make_shared<RunningExports>();
 };
 
 } // namespace clipheave::metadata

@@ -279,8 +279,8 @@ Result<void> AtomicFile::commit(NSFileManager::IfExists ifExists) {
     return {};
 }
 
-Result<void> NSFileManager::copyItem(const QString& from, const QString& to,
-                                     IfExists ifExists) const {
+Result<void> NSFileManager::copyItem(const QString& from, const QString& to, IfExists ifExists,
+                                     const std::function<bool(double)>& progress) const {
     if (ifExists == IfExists::Fail && nameIsTaken(nativePath(to)))
         return systemFailure(QStringLiteral("copy"), to, EEXIST);
     const Result<FileReader> source = FileReader::open(from);
@@ -289,7 +289,11 @@ Result<void> NSFileManager::copyItem(const QString& from, const QString& to,
     Result<AtomicFile> copy = AtomicFile::create(to, source->size());
     if (!copy)
         return tl::unexpected(copy.error());
-    if (Result<void> copied = copy->copyFrom(source->fd(), 0, source->size()); !copied)
+    const auto goOn = [&](std::uint64_t done) {
+        return !progress ||
+               progress(static_cast<double>(done) / static_cast<double>(source->size()));
+    };
+    if (Result<void> copied = copy->copyFrom(source->fd(), 0, source->size(), goOn); !copied)
         return copied;
     struct stat status {};
     if (::fstat(source->fd(), &status) != 0 || ::fchmod(copy->fd(), status.st_mode & 0777) != 0)

@@ -204,14 +204,9 @@ bool NSFileManager::isSameFile(const QString& a, const QString& b) const {
 }
 
 QString NSFileManager::nextFreeName(const QString& path) const {
-    const QString extension = pathExtension(path);
-    const QString base = deletingPathExtension(path);
     QString candidate = path;
-    for (int number = 2; nameIsTaken(nativePath(candidate)); ++number) {
-        candidate = base + u' ' + QString::number(number);
-        if (!extension.isEmpty())
-            candidate += u'.' + extension;
-    }
+    for (int number = 2; nameIsTaken(nativePath(candidate)); ++number)
+        candidate = numberedName(path, number);
     return candidate;
 }
 

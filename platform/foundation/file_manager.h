@@ -71,9 +71,10 @@ public:
 
     enum class IfExists { Fail, Replace };
     /// A whole new file under `to` in one step, with the bytes, extended attributes, permissions
-    /// and modification date of `from`; the kernel copies (and clones where it can).
-    [[nodiscard]] Result<void> copyItem(const QString& from, const QString& to,
-                                        IfExists ifExists) const;
+    /// and modification date of `from`; the kernel copies (and clones where it can). `progress`
+    /// gets the fraction done and stops the copy by answering false (Cancelled, nothing is left).
+    [[nodiscard]] Result<void> copyItem(const QString& from, const QString& to, IfExists ifExists,
+                                        const std::function<bool(double)>& progress = {}) const;
 
     /// True when both names lead to one file (device and inode, through links).
     [[nodiscard]] bool isSameFile(const QString& a, const QString& b) const;

@@ -168,4 +168,20 @@ QString appendingPathComponent(QStringView path, QStringView component) {
     return joined;
 }
 
+QString numberedName(const QString& path, int number) {
+    constexpr qsizetype kLongestName = 255; // bytes
+    const QString extension = pathExtension(path);
+    QString ending = u' ' + QString::number(number);
+    if (!extension.isEmpty())
+        ending += u'.' + extension;
+    QString base = deletingPathExtension(path);
+    const qsizetype room = kLongestName - nativePath(ending).size();
+    while (nativePath(lastPathComponent(base)).size() > room && lastPathComponent(base).size() > 1)
+        base.chop(base.size() > 1 && base.back().isLowSurrogate() &&
+                          base[base.size() - 2].isHighSurrogate()
+                      ? 2
+                      : 1);
+    return base + ending;
+}
+
 } // namespace clipheave::platform

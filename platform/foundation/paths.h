@@ -25,5 +25,8 @@ namespace clipheave::platform {
 [[nodiscard]] QString deletingLastPathComponent(QStringView path);
 /// Exactly one slash between the two; repeated slashes of `path`'s end are collapsed.
 [[nodiscard]] QString appendingPathComponent(QStringView path, QStringView component);
+/// "dir/B.E" and 2 give "dir/B 2.E". The base loses characters at its end where the name would be
+/// longer than file systems allow (255 bytes).
+[[nodiscard]] QString numberedName(const QString& path, int number);
 
 } // namespace clipheave::platform

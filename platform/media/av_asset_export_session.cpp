@@ -44,14 +44,13 @@ bool isPresetName(const QString& name) {
 } // namespace
 
 struct AVAssetExportSession::State {
-    State(AVURLAsset source, QString preset)
-        : asset(std::move(source)), presetName(std::move(preset)) {}
-
     // Set before the start, by one thread; read by the job alone from then on.
-    AVURLAsset asset;
+    QString sourcePath;
+    std::optional<AVURLAsset> asset; ///< none: the file is copied as it is
+    NSFileManager::IfExists ifExists = NSFileManager::IfExists::Replace; ///< of such a copy
     QString presetName, outputPath, outputFileType;
     std::optional<QList<AVMetadataItem>> metadata;
-    bool optimize = false;
+    bool removes = false, optimize = false;
 
     std::atomic<double> progress = 0;
     std::atomic<bool> cancelled = false;
@@ -66,8 +65,8 @@ struct AVAssetExportSession::State {
     void finish(const Result<PassthroughOutcome>& outcome);
     void cancel();
 
-    [[nodiscard]] Result<OutputContainer> validated() const;
-    [[nodiscard]] Result<PassthroughOutcome> run(OutputContainer container);
+    [[nodiscard]] Result<void> validated() const;
+    [[nodiscard]] Result<PassthroughOutcome> run();
     [[nodiscard]] Result<PassthroughOutcome> runThroughEngine(PassthroughRequest request);
     [[nodiscard]] bool report(double done);
 };
@@ -143,24 +142,27 @@ void AVAssetExportSession::State::cancel() {
         status = AVAssetExportSessionStatus::Cancelled;
 }
 
-Result<OutputContainer> AVAssetExportSession::State::validated() const {
-    if (!isPresetName(presetName))
-        return failure(ErrorCode::InvalidArgument, kExportOperation, asset.path(),
-                       QStringLiteral("unknown preset \"%1\"").arg(presetName));
-    if (presetName != QStringView(AVAssetExportPresetPassthrough))
-        return failure(ErrorCode::NotSupported, kExportOperation, asset.path(),
-                       QStringLiteral("\"%1\" is not available yet").arg(presetName));
-    const auto container = outputContainer(outputFileType);
-    if (!container)
-        return failure(ErrorCode::InvalidArgument, kExportOperation, asset.path(),
-                       QStringLiteral("unknown output type \"%1\"").arg(outputFileType));
+Result<void> AVAssetExportSession::State::validated() const {
+    const auto refused = [&](ErrorCode code, const QString& why) {
+        return failure(code, kExportOperation, sourcePath, why);
+    };
+    if (asset) {
+        if (!isPresetName(presetName))
+            return refused(ErrorCode::InvalidArgument,
+                           QStringLiteral("unknown preset \"%1\"").arg(presetName));
+        if (presetName != QStringView(AVAssetExportPresetPassthrough))
+            return refused(ErrorCode::NotSupported,
+                           QStringLiteral("\"%1\" is not available yet").arg(presetName));
+        if (!outputContainer(outputFileType))
+            return refused(ErrorCode::InvalidArgument,
+                           QStringLiteral("unknown output type \"%1\"").arg(outputFileType));
+    }
     if (outputPath.isEmpty())
-        return failure(ErrorCode::InvalidArgument, kExportOperation, asset.path(),
-                       QStringLiteral("no output path"));
-    if (NSFileManager::defaultManager().isSameFile(asset.path(), outputPath))
-        return failure(ErrorCode::InvalidArgument, kExportOperation, asset.path(),
+        return refused(ErrorCode::InvalidArgument, QStringLiteral("no output path"));
+    if (NSFileManager::defaultManager().isSameFile(sourcePath, outputPath))
+        return refused(ErrorCode::InvalidArgument,
                        QStringLiteral("the output is the source itself"));
-    return *container;
+    return {};
 }
 
 bool AVAssetExportSession::State::report(double done) {
@@ -168,15 +170,22 @@ bool AVAssetExportSession::State::report(double done) {
     return !cancelled;
 }
 
-Result<PassthroughOutcome> AVAssetExportSession::State::run(OutputContainer container) {
+Result<PassthroughOutcome> AVAssetExportSession::State::run() {
+    const auto reports = [this](double done) { return report(done); };
+    if (!asset) {
+        const auto copied =
+            NSFileManager::defaultManager().copyItem(sourcePath, outputPath, ifExists, reports);
+        return copied ? Result<PassthroughOutcome>({}) : tl::unexpected(copied.error());
+    }
     PassthroughRequest request;
-    request.source = asset.path();
+    request.source = sourcePath;
     request.target = outputPath;
-    request.container = container;
+    request.container = outputContainer(outputFileType).value_or(request.container);
     request.metadata = metadata;
+    request.removesMetadata = removes;
     request.moovFirst = optimize;
-    request.progress = [this](double done) { return report(done); };
-    const Container source = asset.file()->facts().container;
+    request.progress = reports;
+    const Container source = asset->file()->facts().container;
     if (source == Container::QuickTime || source == Container::Mp4)
         return writePassthrough(request);
     return runThroughEngine(std::move(request));
@@ -198,7 +207,7 @@ AVAssetExportSession::State::runThroughEngine(PassthroughRequest request) {
         return tl::unexpected(copied.error());
     // What the copy wrote by itself (encoder names) is no metadata of the source.
     if (!request.metadata)
-        request.metadata = asset.metadata();
+        request.metadata = asset->metadata();
     request.attributesOf = request.source;
     request.source = temporary->temporaryPath();
     request.progress = [this](double done) { return report(0.5 + done / 2); };
@@ -206,7 +215,23 @@ AVAssetExportSession::State::runThroughEngine(PassthroughRequest request) {
 }
 
 AVAssetExportSession::AVAssetExportSession(AVURLAsset asset, QString presetName)
-    : m_state(std::make_shared<State>(std::move(asset), std::move(presetName))) {
+    : m_state(std::make_shared<State>()) {
+    m_state->sourcePath = asset.path();
+    m_state->asset = std::move(asset);
+    m_state->presetName = std::move(presetName);
+}
+
+std::shared_ptr<AVAssetExportSession>
+AVAssetExportSession::unchangedCopy(const QString& source, const QString& target,
+                                    NSFileManager::IfExists ifExists) {
+    std::shared_ptr<AVAssetExportSession> session(new AVAssetExportSession);
+    session->m_state->sourcePath = source;
+    session->m_state->outputPath = target;
+    session->m_state->ifExists = ifExists;
+    return session;
+}
+
+AVAssetExportSession::AVAssetExportSession() : m_state(std::make_shared<State>()) {
 }
 
 AVAssetExportSession::~AVAssetExportSession() = default;
@@ -220,6 +245,9 @@ void AVAssetExportSession::setOutputFileType(const QString& type) {
 void AVAssetExportSession::setMetadata(const std::optional<QList<AVMetadataItem>>& items) {
     m_state->metadata = items;
 }
+void AVAssetExportSession::setRemovesMetadata(bool removes) {
+    m_state->removes = removes;
+}
 void AVAssetExportSession::setShouldOptimizeForNetworkUse(bool optimize) {
     m_state->optimize = optimize;
 }
@@ -228,13 +256,12 @@ void AVAssetExportSession::exportAsynchronouslyWithCompletionHandler(
     std::function<void()> completionHandler) {
     if (!m_state->startWaiting())
         return; // one session is one export
-    const auto container = m_state->validated();
-    if (!container)
-        m_state->finish(tl::unexpected(container.error()));
+    if (const auto valid = m_state->validated(); !valid)
+        m_state->finish(tl::unexpected(valid.error()));
     LiveSessions::shared().add(m_state);
-    exportQueue().add([state = m_state, container, handler = std::move(completionHandler)] {
-        if (container && state->startExporting())
-            state->finish(state->run(*container));
+    exportQueue().add([state = m_state, handler = std::move(completionHandler)] {
+        if (state->startExporting())
+            state->finish(state->run());
         if (handler)
             handler();
         LiveSessions::shared().remove(state);

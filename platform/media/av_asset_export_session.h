@@ -32,6 +32,10 @@ enum class AVAssetExportSessionStatus {
 class AVAssetExportSession {
 public:
     AVAssetExportSession(AVURLAsset asset, QString presetName);
+    /// A job beside the exports: `source` as it is under `target`, with its dates and attributes.
+    /// It waits, runs, reports and is cancelled like an export.
+    [[nodiscard]] static std::shared_ptr<AVAssetExportSession>
+    unchangedCopy(const QString& source, const QString& target, NSFileManager::IfExists ifExists);
     ~AVAssetExportSession();
     AVAssetExportSession(const AVAssetExportSession&) = delete;
     AVAssetExportSession& operator=(const AVAssetExportSession&) = delete;
@@ -41,6 +45,9 @@ public:
     /// No list keeps the source's metadata; a list replaces it: items with an empty value write
     /// nothing, and an empty list leaves no item at all.
     void setMetadata(const std::optional<QList<AVMetadataItem>>& items);
+    /// The list is that of a removal: hidden copies of old texts (padding, XMP) go as well, and a
+    /// location that the list does not name stays even when the list is empty. Off by default.
+    void setRemovesMetadata(bool removes);
     /// Movie header before the payload. Off by default.
     void setShouldOptimizeForNetworkUse(bool optimize);
 
@@ -66,6 +73,7 @@ public:
     struct State; ///< shared with the queue's thread; defined beside the implementation
 
 private:
+    AVAssetExportSession();
     std::shared_ptr<State> m_state;
 };
 

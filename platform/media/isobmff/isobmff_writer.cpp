@@ -194,8 +194,9 @@ Result<PassthroughOutcome> writePassthrough(const PassthroughRequest& request) {
     std::optional<MovieMetadata> metadata;
     bool stripped = false;
     if (request.metadata) {
-        auto rendered = renderMetadataList(*request.metadata, request.container,
-                                           readSourceUserData(source->moov));
+        auto rendered =
+            renderMetadataList(*request.metadata, request.container,
+                               readSourceUserData(source->moov), request.removesMetadata);
         if (!rendered)
             return tl::unexpected(rendered.error());
         outcome.notes = rendered->notes;

@@ -19,6 +19,9 @@ struct PassthroughRequest {
     OutputContainer container = OutputContainer::M4V;
     /// No list keeps the source's metadata; a list replaces it, the empty list leaves none.
     std::optional<QList<AVMetadataItem>> metadata;
+    /// Hidden copies of old texts go as well (an empty list implies it), and a location that the
+    /// list does not name stays even when the list is empty.
+    bool removesMetadata = false;
     bool moovFirst = false;
     /// Extended attributes come from this file instead of `source`; empty: from `source`.
     QString attributesOf;

@@ -51,6 +51,11 @@ bool isZeroPadding(FileReader& reader, const Box& box) {
                                 [](std::uint8_t byte) { return byte == 0; });
 }
 
+/// Editors leave old headers behind in such boxes.
+bool isPadding(const Box& box) {
+    return (box.type == fourCc("free") || box.type == fourCc("skip")) && !box.cut;
+}
+
 bool isXmpPacket(FileReader& reader, const Box& box) {
     return box.type == fourCc("uuid") &&
            reader.viewUpTo(box.payloadOffset(), 16).startsWith(QByteArrayView(kXmpUuid, 16));
@@ -137,7 +142,7 @@ std::vector<SourceRun> keptRuns(SourceFile& source, bool strip) {
             continue;
         }
         if ((beside && isZeroPadding(source.reader, box)) ||
-            (strip && isXmpPacket(source.reader, box)))
+            (strip && (isPadding(box) || isXmpPacket(source.reader, box))))
             continue;
         beside = false;
         keep(box.offset, box.end(), box.cut);

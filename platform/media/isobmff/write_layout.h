@@ -37,7 +37,7 @@ struct SourceRun {
     bool afterMoov = false;
 };
 /// The kept runs in file order: all but `ftyp`, every `moov` and zero-filled padding beside them.
-/// With `strip` the XMP packet goes as well.
+/// With `strip` the XMP packet and all other padding go as well.
 [[nodiscard]] std::vector<SourceRun> keptRuns(SourceFile& source, bool strip);
 
 /// One stretch of the target.

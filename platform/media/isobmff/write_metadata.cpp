@@ -45,9 +45,6 @@ public:
     [[nodiscard]] MovieMetadata boxes(const SourceUserData& source, bool strip) const;
 
     [[nodiscard]] bool namesLocation() const { return m_namesLocation; }
-    [[nodiscard]] bool isEmpty() const {
-        return m_list.isEmpty() && m_userData.isEmpty() && m_keyEntries.isEmpty();
-    }
     [[nodiscard]] QStringList& notes() { return m_notes; }
 
 private:
@@ -284,16 +281,18 @@ ItemTarget itemTarget(const QString& identifier, OutputContainer container, bool
 }
 
 Result<RenderedList> renderMetadataList(const QList<AVMetadataItem>& items,
-                                        OutputContainer container, const SourceUserData& source) {
+                                        OutputContainer container, const SourceUserData& source,
+                                        bool removes) {
     ListRenderer renderer(items, container);
     renderer.renderNewItems();
     const auto emitted = renderer.emitItems();
     if (!emitted)
         return tl::unexpected(emitted.error());
     RenderedList result;
-    result.stripped = renderer.isEmpty();
-    // A removal that does not name the location leaves it; an empty list leaves nothing.
-    if (!items.isEmpty() && !renderer.namesLocation())
+    result.stripped = removes || items.isEmpty();
+    // A list that does not name the location leaves it; an empty one that is no removal of a video
+    // leaves nothing.
+    if ((removes || !items.isEmpty()) && !renderer.namesLocation())
         renderer.keepLocation(source);
     result.boxes = renderer.boxes(source, result.stripped);
     result.notes = renderer.notes();

@@ -38,12 +38,13 @@ struct ItemTarget {
 struct RenderedList {
     MovieMetadata boxes;
     QStringList notes;
-    bool stripped = false; ///< the list writes nothing: hidden copies of old texts go too
+    bool stripped = false; ///< hidden copies of old texts go too
 };
-/// The boxes of a list of items that replaces the metadata of the source.
+/// The boxes of a list of items that replaces the metadata of the source; `removes` as in
+/// PassthroughRequest::removesMetadata.
 [[nodiscard]] Result<RenderedList> renderMetadataList(const QList<AVMetadataItem>& items,
                                                       OutputContainer container,
-                                                      const SourceUserData& source);
+                                                      const SourceUserData& source, bool removes);
 
 /// `ftyp` of a container; brands of the source that its samples need stay in the list.
 [[nodiscard]] QByteArray renderFileType(OutputContainer container, ByteView sourceFtyp);

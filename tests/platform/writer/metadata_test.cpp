@@ -153,10 +153,13 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
     media.moreMoov = box("free", "Secret");
     media.beforeMedia =
         box("uuid", QByteArray::fromHex("BE7ACFCB97A942E89C71999491E3AFAC") + "Secret");
+    media.afterAll = box("free", "Secret of an earlier edit");
     const QString source = dir.write(QStringLiteral("s"), media.bytes());
     const QString target = dir.path(QStringLiteral("t"));
-    const auto remove = [&](const Items& blanks) {
-        const auto outcome = write(source, target, blanks);
+    const auto remove = [&](const Items& blanks, bool ofVideo) {
+        PassthroughRequest request{source, target, OutputContainer::M4V, blanks, ofVideo, false,
+                                   {},     {}};
+        const auto outcome = writePassthrough(request);
         EXPECT_TRUE(outcome);
         const QByteArray bytes = TempDir::read(target);
         EXPECT_FALSE(bytes.contains("old") || bytes.contains("Secret") || bytes.contains("2001"));
@@ -164,17 +167,23 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
         EXPECT_TRUE(bytes.contains("a track's own name"));
         return outcome ? outcome->notes.join(u';') : QString();
     };
-    EXPECT_EQ(remove({newItem("itsk/%A9nam", {})}), QStringLiteral("Location kept"));
-    EXPECT_EQ(shown(readItems(target), {kKeys + QStringLiteral("location.ISO6709")}),
-              QStringLiteral("+33.0000+044.0000+000.000/"));
-    EXPECT_TRUE(TempDir::read(target).contains("loci"));
-    EXPECT_TRUE(TempDir::read(target).contains("+11.0000+022.0000/"));
+    for (const Items& list : {Items{newItem("itsk/%A9nam", {})}, Items{}}) {
+        EXPECT_EQ(remove(list, true), QStringLiteral("Location kept"));
+        EXPECT_EQ(shown(readItems(target), {kKeys + QStringLiteral("location.ISO6709")}),
+                  QStringLiteral("+33.0000+044.0000+000.000/"));
+        EXPECT_TRUE(TempDir::read(target).contains("loci"));
+        EXPECT_TRUE(TempDir::read(target).contains("+11.0000+022.0000/"));
+    }
+    // An empty list that is no removal of a video leaves nothing at all.
     for (const Items& list : {Items{newItem("uiso/loci", {})}, Items{}}) {
-        EXPECT_EQ(remove(list), QString());
+        EXPECT_EQ(remove(list, !list.isEmpty()), QString());
         const QByteArray bytes = TempDir::read(target);
         EXPECT_FALSE(bytes.contains("loci") || bytes.contains("ISO6709") || bytes.contains("xyz"));
         EXPECT_EQ(pieces(payloadAt(bytes, "moov/udta")).size(), 1);
     }
+    // A list of another writer takes out what it blanks; what no list names stays.
+    ASSERT_TRUE(write(source, target, Items{newItem("itsk/%A9nam", {})}));
+    EXPECT_EQ(TempDir::read(target).count("Secret"), 3);
     // Save names it by carrying it: a new one takes the place of every other form.
     ASSERT_TRUE(write(source, target,
                       merged({newItem("uiso/loci", QStringLiteral("+31.2304-121.4737+12.5"))},

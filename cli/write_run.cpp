@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/write_run.h"
+
+#include "cli/item_json.h"
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/paths.h"
+
+#include <condition_variable>
+#include <map>
+#include <mutex>
+
+namespace clipheave::cli {
+
+namespace {
+
+using metadata::WriteOutcome;
+using metadata::WriteStatus;
+
+/// Collects outcomes that arrive on export threads.
+class OutcomeCollector {
+public:
+    metadata::OutcomeHandler handler() {
+        return [this](const WriteOutcome& outcome) {
+            const std::scoped_lock lock(m_mutex);
+            m_bySource[outcome.source].push_back(outcome);
+            ++m_count;
+            m_arrived.notify_all();
+        };
+    }
+    /// Waits until `count` outcomes are there; calls `tick` meanwhile.
+    void waitFor(int count, const std::function<void(int)>& tick) {
+        std::unique_lock lock(m_mutex);
+        while (m_count < count) {
+            m_arrived.wait_for(lock, std::chrono::milliseconds(100));
+            const int done = m_count;
+            lock.unlock();
+            tick(done);
+            lock.lock();
+        }
+    }
+    int count() {
+        const std::scoped_lock lock(m_mutex);
+        return m_count;
+    }
+    /// In the order of the items; a file listed twice has two.
+    std::vector<WriteOutcome> inOrderOf(const std::vector<media::ItemPointer>& items) {
+        const std::scoped_lock lock(m_mutex);
+        std::vector<WriteOutcome> ordered;
+        for (const auto& item : items) {
+            auto& outcomes = m_bySource[item->filePath];
+            if (outcomes.empty())
+                continue;
+            ordered.push_back(outcomes.front());
+            outcomes.erase(outcomes.begin());
+        }
+        return ordered;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_arrived;
+    std::map<QString, std::vector<WriteOutcome>> m_bySource;
+    int m_count = 0;
+};
+
+WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped) {
+    WriteOutcome outcome;
+    outcome.source = skipped.path;
+    outcome.status = WriteStatus::Skipped;
+    outcome.message = skipped.reason;
+    return outcome;
+}
+
+metadata::WriteRequest requestFor(const media::ItemPointer& item, const QString& storage,
+                                  const media::MediaImport& import) {
+    return {item, media::ShowVideoViewWithItem(*item), storage, import.bImportLocalFolder(),
+            import.bImportLocalPath()};
+}
+
+int report(const GlobalOptions& global, const std::vector<WriteOutcome>& outcomes,
+           bool allImported) {
+    bool allDone = allImported;
+    QByteArray lines;
+    for (const WriteOutcome& outcome : outcomes) {
+        for (const QString& output : outcome.outputs)
+            lines += platform::nativePath(output) + '\n';
+        if (outcome.status != WriteStatus::Completed) {
+            allDone = false;
+            printError(QStringLiteral("%1: %2: %3")
+                           .arg(outcome.source, QLatin1String(statusName(outcome.status)),
+                                outcome.message));
+        } else if (!outcome.message.isEmpty() && !global.quiet) {
+            printError(QStringLiteral("%1: %2").arg(outcome.source, outcome.message));
+        }
+    }
+    if (global.json) {
+        JsonWriter json;
+        writeOutcomes(json, outcomes);
+        lines = json.take();
+    }
+    if (!printOut(lines))
+        allDone = false;
+    if (interruption())
+        return interruption();
+    return allDone ? kAllDone : kSomeFailed;
+}
+
+} // namespace
+
+int runWriting(const GlobalOptions& global, const QStringList& paths, const QString& what,
+               const StartWriting& start, Console& console) {
+    media::MediaImport import;
+    import.setStopRequested(&isInterrupted);
+    import.importMediaItemsThreader(paths);
+    const auto& items = import.localPhotoItemArray();
+    if (items.empty() && import.skipped().empty())
+        return reportNothingToDo();
+
+    const QString storage = storageLocation(global);
+    const auto made = platform::NSFileManager::defaultManager().createDirectoryAtPath(storage);
+    if (!made) {
+        printError(made.error().text());
+        return kSomeFailed;
+    }
+    platform::removeStaleTemporaries(storage);
+    OutcomeCollector collector;
+    metadata::VideoMetadata writer(collector.handler());
+    QStringList sources;
+    for (const auto& item : items)
+        sources.append(item->filePath);
+    writer.protectSources(sources);
+    int started = 0;
+    for (const auto& item : items) {
+        if (isInterrupted())
+            break;
+        start(writer, requestFor(item, storage, import));
+        ++started;
+    }
+    collector.waitFor(started, [&](int done) {
+        console.progress(what, done, started, writer.runningProgress());
+    });
+    platform::AVAssetExportSession::waitForAllExports();
+    console.clearProgress();
+    std::vector<WriteOutcome> outcomes = collector.inOrderOf(items);
+    for (const media::SkippedPath& skipped : import.skipped())
+        outcomes.push_back(outcomeOfSkipped(skipped));
+    return report(global, outcomes, import.skipped().empty());
+}
+
+} // namespace clipheave::cli

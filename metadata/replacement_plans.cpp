@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/video_fields.h"
+
+#include <functional>
+
+namespace clipheave::metadata {
+
+namespace {
+
+using platform::AVMetadataItem;
+
+/// The source's items with `fresh` in the place of each one that `isReplaced` names; behind them
+/// when there was none. A null text changes nothing.
+QList<AVMetadataItem> replaced(const QList<AVMetadataItem>& source, const AVMetadataItem& fresh,
+                               const std::function<bool(const QString& identifier)>& isReplaced) {
+    if (fresh.stringValue().isNull())
+        return source;
+    QList<AVMetadataItem> items;
+    bool found = false;
+    for (const AVMetadataItem& item : source) {
+        const bool here = isReplaced(item.effectiveIdentifier());
+        items.append(here ? fresh : item);
+        found = found || here;
+    }
+    if (!found)
+        items.append(fresh);
+    return items;
+}
+
+// Both writers make QuickTime movies, whatever the source was.
+VideoPlan quickTimePlan(QList<AVMetadataItem> items) {
+    return {std::move(items), QString::fromUtf16(platform::AVFileTypeQuickTimeMovie)};
+}
+
+} // namespace
+
+VideoPlan planVideoTitle(const QString& title, const QList<AVMetadataItem>& sourceMetadata) {
+    const AVMetadataItem fresh =
+        newMetadataItem(kKeySpaceITunes, u"title", kITunesTitleIdentifier, title);
+    return quickTimePlan(replaced(sourceMetadata, fresh, [](const QString& identifier) {
+        return identifier == kITunesTitleIdentifier || identifier == kID3TitleIdentifier;
+    }));
+}
+
+VideoPlan planVideoDate(const QString& dateText, const QList<AVMetadataItem>& sourceMetadata) {
+    const AVMetadataItem fresh =
+        newMetadataItem(kKeySpaceISOUserData, u"date", kISODateIdentifier, dateText);
+    return quickTimePlan(replaced(sourceMetadata, fresh, &isDateIdentifier));
+}
+
+} // namespace clipheave::metadata

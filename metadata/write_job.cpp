@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/write_job.h"
+
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/log.h"
+
+namespace clipheave::metadata {
+
+namespace {
+
+using namespace platform;
+using Status = AVAssetExportSessionStatus;
+
+void finish(const WriteJob& job, WriteStatus status, const QStringList& outputs,
+            const QStringList& messages) {
+    WriteOutcome outcome;
+    outcome.source = job.source;
+    outcome.outputs = outputs;
+    outcome.status = status;
+    outcome.message = (messages + job.notes).join(QStringLiteral("; "));
+    outcome.seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - job.start).count();
+    job.handler(outcome);
+}
+
+/// Sets the dates of a finished output; adds what a user should know to `messages`.
+void setOutputDates(const WriteJob& job, QStringList& messages) {
+    const auto stored = NSFileManager::defaultManager().setAttributes(
+        job.output, job.dates.creation, job.dates.modification);
+    if (!stored)
+        messages.append(stored.error().text());
+    else if (*stored == CreationDateStored::NotStoredHere)
+        messages.append(QStringLiteral("creation date not stored here"));
+}
+
+/// The ends that leave no output. True when the job has ended with one of them.
+bool endedWithoutOutput(const WriteJob& job, Status status) {
+    const auto ended = [&](const QString& text, WriteStatus outcome) {
+        log(LogLevel::Info, text, job.source);
+        finish(job, outcome, {}, {text});
+        return true;
+    };
+    switch (status) {
+    case Status::Unknown:
+        return ended(QStringLiteral("unknow"), WriteStatus::Failed);
+    case Status::Waiting:
+        return ended(QStringLiteral("waiting"), WriteStatus::Failed);
+    case Status::Cancelled:
+        return ended(QStringLiteral("cancelled"), WriteStatus::Cancelled);
+    case Status::Exporting:
+    case Status::Completed:
+    case Status::Failed:
+        break;
+    }
+    return false;
+}
+
+void completeExport(const WriteJob& job, const AVAssetExportSession& session) {
+    const Status status = session.status();
+    if (endedWithoutOutput(job, status))
+        return;
+    if (status == Status::Failed) {
+        log(LogLevel::Error, session.error().text(), job.source);
+        return startCopy(job, NSFileManager::IfExists::Replace, session.error().text());
+    }
+    QStringList messages = session.notes();
+    setOutputDates(job, messages);
+    finish(job, WriteStatus::Completed, {job.output}, messages);
+}
+
+void completeCopy(const WriteJob& job, const AVAssetExportSession& session, const QString& reason) {
+    const Status status = session.status();
+    if (endedWithoutOutput(job, status))
+        return;
+    QStringList messages;
+    if (!reason.isEmpty())
+        messages.append(reason);
+    if (status == Status::Failed) {
+        messages.append(session.error().text());
+        log(LogLevel::Error, messages.join(QStringLiteral("; ")), job.source);
+        return finish(job, WriteStatus::Failed, {}, messages);
+    }
+    if (!reason.isEmpty())
+        messages.append(QStringLiteral("copied unchanged"));
+    setOutputDates(job, messages);
+    finish(job, reason.isEmpty() ? WriteStatus::Completed : WriteStatus::Failed, {job.output},
+           messages);
+}
+
+} // namespace
+
+void RunningExports::start(const std::shared_ptr<AVAssetExportSession>& session,
+                           std::function<void()> completionHandler) {
+    bool cancelled = false;
+    {
+        const std::lock_guard lock(m_mutex);
+        std::erase_if(m_sessions, [](const auto& ended) { return ended.expired(); });
+        m_sessions.push_back(session);
+        cancelled = m_cancelled;
+    }
+    session->exportAsynchronouslyWithCompletionHandler(std::move(completionHandler));
+    if (cancelled)
+        session->cancelExport();
+}
+
+void RunningExports::cancel() {
+    const std::lock_guard lock(m_mutex);
+    m_cancelled = true;
+    for (const auto& weak : m_sessions)
+        if (const auto session = weak.lock())
+            session->cancelExport();
+}
+
+double RunningExports::progress() const {
+    const std::lock_guard lock(m_mutex);
+    double sum = 0;
+    int running = 0;
+    for (const auto& weak : m_sessions) {
+        const auto session = weak.lock();
+        if (!session || session->status() != Status::Exporting)
+            continue;
+        sum += session->progress();
+        ++running;
+    }
+    return running > 0 ? sum / running : -1;
+}
+
+void failJob(const WriteJob& job, const QString& reason) {
+    log(LogLevel::Error, reason, job.source);
+    finish(job, WriteStatus::Failed, {}, {reason});
+}
+
+void startExport(const WriteJob& job, const AVURLAsset& asset, const VideoPlan& plan) {
+    auto session = std::make_shared<AVAssetExportSession>(
+        asset, QString::fromUtf16(AVAssetExportPresetPassthrough));
+    session->setOutputPath(job.output);
+    session->setOutputFileType(plan.outputFileType);
+    session->setRemovesMetadata(job.removes);
+    // An empty list would strip the file. A writer that has nothing to say about a file without
+    // items leaves it as it is.
+    if (job.removes || !plan.metadata.isEmpty() || !asset.metadata().isEmpty())
+        session->setMetadata(plan.metadata);
+    job.running->start(session, [session, job] { completeExport(job, *session); });
+}
+
+void startCopy(const WriteJob& job, NSFileManager::IfExists ifExists, const QString& reason) {
+    const auto session = AVAssetExportSession::unchangedCopy(job.source, job.output, ifExists);
+    job.running->start(session, [session, job, reason] { completeCopy(job, *session, reason); });
+}
+
+} // namespace clipheave::metadata
