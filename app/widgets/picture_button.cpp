@@ -20,9 +20,12 @@ namespace {
 class PictureButtonAccess : public QAccessibleWidget {
 public:
     explicit PictureButtonAccess(PictureButton* button)
-        : QAccessibleWidget(button,
-                            button->opensMenu() ? QAccessible::ButtonMenu : QAccessible::Button) {}
+        : QAccessibleWidget(button, QAccessible::Button) {}
 
+    /// Asked anew each time: this object is often there before the button knows of its menu.
+    [[nodiscard]] QAccessible::Role role() const override {
+        return button()->opensMenu() ? QAccessible::ButtonMenu : QAccessible::Button;
+    }
     [[nodiscard]] QAccessible::State state() const override {
         QAccessible::State result = QAccessibleWidget::state();
         result.hasPopup = button()->opensMenu();
