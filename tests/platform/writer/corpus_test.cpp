@@ -76,7 +76,9 @@ TEST(Corpus, EveryFileIsWrittenWholeOrNotAtAll) {
             ++written;
             const QByteArray after = TempDir::read(target);
             EXPECT_TRUE(broken || chunkHeads(after) == chunkHeads(before));
-            EXPECT_TRUE(!before.contains("mdat") || streamHash(target) == hash);
+            // A removal takes out padding: chunks that point at other boxes than the media's move.
+            EXPECT_TRUE(!before.contains("mdat") || (broken && i == 2) ||
+                        streamHash(target) == hash);
             EXPECT_TRUE(broken || before.contains("moof") || before.contains("iloc") || i == 2 ||
                         keptBoxes(after) == keptBoxes(before));
             EXPECT_TRUE(broken || i != 1 || holdsTitle(target, title));
