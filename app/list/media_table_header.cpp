@@ -6,6 +6,7 @@
 #include "app/theme/theme.h"
 
 #include <QHoverEvent>
+#include <QMouseEvent>
 #include <QPainter>
 
 namespace clipheave::app {
@@ -49,6 +50,14 @@ QSize MediaTableHeader::sizeHint() const {
 bool MediaTableHeader::isSorted(int section) const {
     return m_view->listModel()->sortedColumn() ==
            media::kColumns[static_cast<std::size_t>(section)];
+}
+
+void MediaTableHeader::mouseDoubleClickEvent(QMouseEvent* event) {
+    const bool betweenSections = cursor().shape() == Qt::SplitHCursor;
+    if (betweenSections)
+        QHeaderView::mouseDoubleClickEvent(event);
+    else
+        QHeaderView::mousePressEvent(event);
 }
 
 int MediaTableHeader::leastWidth(int section) const {

@@ -20,6 +20,8 @@ protected:
     void paintSection(QPainter* painter, const QRect& rect, int section) const override;
     void paintEvent(QPaintEvent* event) override;
     bool viewportEvent(QEvent* event) override;
+    /// Two quick clicks are two clicks: each flips the order.
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
     [[nodiscard]] bool isSorted(int section) const;
