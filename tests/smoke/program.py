@@ -1,0 +1,129 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The window under test, as a user and assistive technology meet it."""
+import subprocess
+
+import access
+import hands
+from desktop import eventually
+
+COLUMNS = ("Media Name", "Media Size", "Media Length", "Media Kind", "Media Artist", "Media Album",
+           "Media Created Date")
+COUNTS = {"Media list": len(COLUMNS), "Tasks": 6}  # columns of the tables
+
+
+class Program:
+    def __init__(self, desktop, binary, arguments=(), **env):
+        self.desktop = desktop
+        self.log = desktop.folder / "stderr.txt"
+        with open(self.log, "wb") as log:
+            self.process = subprocess.Popen([binary, *map(str, arguments)], env=desktop.env | env, stderr=log,
+                                            stdout=log, stdin=subprocess.DEVNULL)
+        self.tables = {}
+        self.bus = access.connect(desktop.env["DBUS_SESSION_BUS_ADDRESS"])
+        self.hands = hands.Hands(desktop.env["DISPLAY"])
+        self.tree = eventually(self.registered, lambda: "a window; " + self.log.read_text(errors="replace"))
+        self.window = eventually(lambda: self.tree.find("frame", "ClipHeave"), "the main window")
+        eventually(lambda: "active" in self.window.states, "the main window is active")
+
+    def registered(self):
+        return next(iter(access.programs(self.bus)), None)
+
+    def close(self):
+        """Ends the program the hard way and drops the connections."""
+        self.process.kill()
+        self.process.wait()
+        self.hands.display.close()
+        eventually(lambda: not self.registered(), "the program has left the bus")
+        self.bus.close()
+
+    # What is there
+
+    def get(self, role, name=None):
+        return eventually(lambda: self.tree.find(role, name), lambda: f"{role} '{name}' is shown")
+
+    def focused(self):
+        """What has the focus; the innermost where menus report their owners too. Cells are left out: the current one
+        says that it has the focus whether its table has it or not."""
+        nodes = [node for node in self.tree.shown() if "focused" in node.states]
+        return nodes[-1] if nodes else None
+
+    def has_focus(self, role, name=None):
+        node = self.focused()
+        return node and node.role == role and name in (None, node.name) and node
+
+    def dialog(self, name=None):
+        return self.get("dialog", name)
+
+    def table(self, name):
+        if name not in self.tables:
+            self.tables[name] = self.get("table", name)
+        return self.tables[name]
+
+    def cells(self, table="Media list"):
+        """The nodes of a table, row by row: after the corner and the headers, each row has a head and its cells."""
+        nodes = self.table(table).children
+        step = COUNTS[table] + 1
+        return [nodes[i + 1:i + step] for i in range(step, len(nodes), step)]
+
+    def rows(self, table="Media list"):
+        return [[node.name for node in row] for row in self.cells(table)]
+
+    def names(self):
+        return [row[0].name for row in self.cells()]
+
+    def cell(self, name):
+        return next(row[0] for row in self.cells() if row[0].name == name)
+
+    def fact(self, text):
+        return self.get("label", text)
+
+    # What a user does
+
+    def click(self, role, name=None):
+        self.hands.click(self.get(role, name).centre)
+
+    def open_by_panel(self, path, key="Ctrl+o"):
+        self.hands.key(key)
+        field = eventually(lambda: self.dialog("Open") and self.has_focus("text"), "the panel takes a name")
+        self.hands.type(str(path))
+        eventually(lambda: field.text == str(path), lambda: f"{field.text} is {path}")
+        self.hands.key("Return")
+        eventually(lambda: not self.tree.find("dialog", "Open"), "the panel is closed")
+
+    def add(self, path, count):
+        """Adds a file or folder that brings the list to `count` rows."""
+        self.open_by_panel(path)
+        eventually(lambda: len(self.names()) == count, lambda: f"{count} rows, but {self.names()}")
+
+    def select(self, name):
+        self.hands.click(self.cell(name).centre)
+        self.fact(f"File Name: {name}")
+
+    def enter(self, field, text, paste=False):
+        """Replaces the text of a field of the detail pane."""
+        node = self.get("text", field)
+        self.hands.click(node.centre)
+        eventually(lambda: self.has_focus("text", field), f"{field} has the focus")
+        self.hands.key("Ctrl+a")
+        if paste:
+            self.hands.copy(text)
+            self.hands.key("Ctrl+v")
+            self.hands.serve(lambda _: node.text == text)
+        else:
+            self.hands.type(text)
+        eventually(lambda: node.text == text, lambda: f"{node.text} is {text}")
+
+    def open_activity(self):
+        self.hands.key("Ctrl+j")
+        self.get("table", "Tasks")
+
+    def tasks(self):
+        """(name, result) of the jobs in the activity panel, the newest first."""
+        return [(row[1], row[4]) for row in self.rows("Tasks")]
+
+    def task_done(self, name, result):
+        eventually(lambda: (name, result) in self.tasks(), lambda: f"{name}: {result}, but {self.tasks()}")
+
+    def task_files(self):
+        """What the activity panel says of the files of the chosen job."""
+        return [node.name for node in self.get("list", "Files").children]
