@@ -112,3 +112,19 @@ A hand-made stub whose second track announces 36 chunks in a table of two: it ca
 The movie header alone, without the payload that its chunks point to.
   video/go-mp4__sample_qt.mp4 title copied
 """
+
+CLEAR = """
+Chapters and how a film is played are structure, which stays.
+  video/atldotnet__0.mp4 clear exiftool
+  video/media__sample_sef_slow_motion.mp4 clear exiftool
+  video/metadata-extractor-images__with-gps.mp4 clear exiftool
+The number of the system that recorded the film stands in the sample description of a timed track, too, which stays.
+  video/media__dolbyVision-hdr.MOV clear texts
+The movie header alone, without the payload that its chunks point to.
+  video/go-mp4__sample_qt.mp4 clear streams
+What a track says about its camera is metadata, too, and goes.
+  video/file-type__fixture.mov clear structure
+  video/photoprism__quicktime-hvc1.mov clear structure
+The QuickTime metadata stands in the user data, where exiftool does not look; saved, it is in its own place.
+  video/media__sample_android_slow_motion.mp4 clear exiftool-save
+"""

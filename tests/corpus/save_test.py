@@ -21,6 +21,10 @@ def lines(*command):
     return done.stdout.decode(errors="replace").splitlines()
 
 
+def json_of(*command):
+    return json.loads("\n".join(lines(*command)))
+
+
 def streams(path):
     """One hash a stream of its packets as they are stored."""
     return lines("ffmpeg", "-v", "quiet", "-i", path, "-map", "0", "-c", "copy", "-copy_unknown", "-f", "streamhash",

@@ -203,6 +203,8 @@ Result<PassthroughOutcome> writePassthrough(const PassthroughRequest& request) {
         stripped = rendered->stripped;
         metadata = std::move(rendered->boxes);
     }
+    if (stripped)
+        source->moov = withoutTrackMetadata(source->moov);
     MovieHeaderBuilder builder(source->moov, std::move(metadata));
     const std::vector<SourceRun> runs = keptRuns(*source, stripped);
     auto done = builder.check();

@@ -25,6 +25,10 @@ struct SourceUserData {
 };
 [[nodiscard]] SourceUserData readSourceUserData(ByteView moovPayload);
 
+/// The payload of `moov` without the metadata of its tracks (camera and lens, titles); what else
+/// stands in their user data (names, roles, hints) stays.
+[[nodiscard]] QByteArray withoutTrackMetadata(ByteView moovPayload);
+
 /// Where an item goes.
 struct ItemTarget {
     enum class Place { Nowhere, List, UserData, Keys };

@@ -83,6 +83,41 @@ void readUserData(ByteView udta, SourceUserData& found) {
     }
 }
 
+/// Descriptive codes of 3GPP (TS 26.244 clause 8) beside those that begin with the byte A9.
+constexpr std::array kDescriptiveCodes{
+    fourCc("titl"), fourCc("dscp"), fourCc("cprt"), fourCc("perf"), fourCc("auth"), fourCc("gnre"),
+    fourCc("albm"), fourCc("yrrc"), fourCc("kywd"), fourCc("rtng"), fourCc("clsf"), fourCc("loci"),
+    fourCc("coll"), fourCc("thmb"), fourCc("urat"), fourCc("date"), fourCc("XMP_"),
+};
+
+bool isTrackMetadata(const BoxWalker& walker, const Box& box) {
+    if (box.type == fourCc("meta")) {
+        const ByteView payload = walker.payload(box);
+        const std::uint32_t handler = metaHandler(payload.sub(metaChildrenOffset(payload)));
+        return handler == fourCc("mdta") || handler == fourCc("mdir");
+    }
+    constexpr std::uint32_t kCopyrightSign = 0xA9;
+    return box.type >> 24 == kCopyrightSign ||
+           std::find(kDescriptiveCodes.begin(), kDescriptiveCodes.end(), box.type) !=
+               kDescriptiveCodes.end();
+}
+
+QByteArray withoutMetadata(ByteView payload, bool isUserData) {
+    QByteArray kept;
+    BoxWalker walker(payload);
+    std::uint64_t end = 0;
+    while (const auto box = walker.next()) {
+        end = box->end();
+        if (isTrackMetadata(walker, *box))
+            continue;
+        if (box->type == fourCc("udta") && !box->cut && !isUserData)
+            kept += renderBox(box->type, withoutMetadata(walker.payload(*box), true));
+        else
+            kept += walker.whole(*box).bytes();
+    }
+    return kept += payload.sub(end).bytes(); // a closing zero, or what is no box
+}
+
 constexpr std::array kQuickTimeBrands{fourCc("qt  ")};
 constexpr std::array kM4VBrands{fourCc("M4V "), fourCc("M4A "), fourCc("mp42"), fourCc("isom")};
 constexpr std::array kM4ABrands{fourCc("M4A "), fourCc("mp42"), fourCc("isom")};
@@ -119,6 +154,20 @@ SourceUserData readSourceUserData(ByteView moovPayload) {
             readMeta(walker, *box, found.foreignMeta, found);
     }
     return found;
+}
+
+QByteArray withoutTrackMetadata(ByteView moovPayload) {
+    QByteArray kept;
+    BoxWalker walker(moovPayload);
+    std::uint64_t end = 0;
+    while (const auto box = walker.next()) {
+        end = box->end();
+        if (box->type == fourCc("trak") && !box->cut)
+            kept += renderBox(box->type, withoutMetadata(walker.payload(*box), false));
+        else
+            kept += walker.whole(*box).bytes();
+    }
+    return kept += moovPayload.sub(end).bytes();
 }
 
 QByteArray renderFileType(OutputContainer container, ByteView sourceFtyp) {

@@ -151,6 +151,9 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
     HandMade media = fullSource("isom");
     media.udta += box("chpl", "chapters");
     media.moreMoov = box("free", "Secret");
+    media.trackMetadata =
+        box("meta", keysMeta({{"com.apple.quicktime.camera.lens_model", "Secret"}})) +
+        box("udta", quickTimeText("\xA9nam", "Secret") + box("name", "kept"));
     media.beforeMedia =
         box("uuid", QByteArray::fromHex("BE7ACFCB97A942E89C71999491E3AFAC") + "Secret");
     media.afterAll = box("free", "Secret of an earlier edit");
@@ -164,7 +167,7 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
         const QByteArray bytes = TempDir::read(target);
         EXPECT_FALSE(bytes.contains("old") || bytes.contains("Secret") || bytes.contains("2001"));
         EXPECT_TRUE(bytes.contains("chapters"));
-        EXPECT_TRUE(bytes.contains("a track's own name"));
+        EXPECT_TRUE(bytes.contains("a track's own name") && bytes.contains("kept"));
         return outcome ? outcome->notes.join(u';') : QString();
     };
     for (const Items& list : {Items{newItem("itsk/%A9nam", {})}, Items{}}) {
@@ -183,7 +186,7 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
     }
     // A list of another writer takes out what it blanks; what no list names stays.
     ASSERT_TRUE(write(source, target, Items{newItem("itsk/%A9nam", {})}));
-    EXPECT_EQ(TempDir::read(target).count("Secret"), 3);
+    EXPECT_EQ(TempDir::read(target).count("Secret"), 5);
     // Save names it by carrying it: a new one takes the place of every other form.
     ASSERT_TRUE(write(source, target,
                       merged({newItem("uiso/loci", QStringLiteral("+31.2304-121.4737+12.5"))},

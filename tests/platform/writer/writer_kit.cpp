@@ -145,7 +145,7 @@ QByteArray HandMade::bytes() const {
         const QByteArray track =
             box("trak", box("tkhd", QByteArray(84, '\1')) +
                             box("mdia", box("minf", references + box("stbl", table))) +
-                            box("udta", box("name", "a track's own name")));
+                            box("udta", box("name", "a track's own name")) + trackMetadata);
         return box("moov", box("mvhd", QByteArray(100, '\0')) + track +
                                (udta.isNull() ? QByteArray() : box("udta", udta)) +
                                (meta.isNull() ? QByteArray() : box("meta", meta)) + moreMoov);

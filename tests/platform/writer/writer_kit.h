@@ -38,7 +38,7 @@ struct Piece {
 struct HandMade {
     QByteArray brand = "isom";
     bool moovFirst = false, wide = false;
-    QByteArray udta, meta, moreMoov, moreTrack, references;
+    QByteArray udta, meta, moreMoov, moreTrack, trackMetadata, references;
     QByteArray beforeMedia, afterAll;
     QByteArray payload = QByteArray(1000, 'a') + QByteArray(1000, 'b') + QByteArray(1000, 'c') +
                          QByteArray(1000, 'd');
