@@ -4,6 +4,7 @@
 #include "platform/engine/probe.h"
 #include "platform/engine/remux.h"
 #include "platform/engine/sample_writer.h"
+#include "platform/engine/sound_peaks.h"
 #include "platform/media/model/media_engine.h"
 
 #include <cstdarg>
@@ -30,6 +31,10 @@ public:
     }
     Result<RawPicture> pictureAt(const QString& path, double seconds, int largestSide) override {
         return grabPicture(path, seconds, largestSide);
+    }
+    Result<QByteArray> soundPeaks(const QString& path, int columns,
+                                  const std::function<bool()>& goOn) override {
+        return readSoundPeaks(path, columns, goOn);
     }
 };
 

@@ -55,6 +55,13 @@ public:
     /// decoder, InvalidData when nothing could be decoded.
     [[nodiscard]] virtual Result<RawPicture> pictureAt(const QString& path, double seconds,
                                                        int largestSide) = 0;
+    /// The loudness of the sound from its start to its end, in `columns` (1 to 4096) equal parts of
+    /// time: the largest magnitude of any channel, 255 for full scale. Decodes all of it, which
+    /// takes some seconds for an hour of sound; `goOn` stops it by answering false (Cancelled).
+    /// NotSupported without a sound track or decoder, LimitExceeded over three hours, over 30
+    /// seconds of work, or when the file does not tell its length.
+    [[nodiscard]] virtual Result<QByteArray> soundPeaks(const QString& path, int columns,
+                                                        const std::function<bool()>& goOn) = 0;
 };
 
 /// The engine, loaded at the first call; NotSupported with the loader's text when the module or one

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/model/media_engine.h"
+#include "tests/testkit/testkit.h"
+
+#include <array>
+#include <cmath>
+
+namespace clipheave::platform {
+
+namespace {
+
+using testing::AllOf;
+using testing::Each;
+using testing::Ge;
+using testing::Le;
+
+/// Silence, then half of full scale, then full scale on one channel only: two seconds each.
+class SoundPeaks : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
+            GTEST_SKIP() << "needs ffmpeg";
+        const auto loaded = mediaEngine();
+        ASSERT_TRUE(loaded) << loaded.error().text().toStdString();
+        m_engine = *loaded;
+    }
+    [[nodiscard]] QString sound(const QString& name, const char* options) const {
+        const QString tones = QStringLiteral(
+            "aevalsrc=0|if(lt(t\\,2)\\,0\\,if(lt(t\\,4)\\,0.5\\,1))*sin(2513*t):d=6:s=44100");
+        const QStringList arguments =
+            QStringList{QStringLiteral("-v"),    QStringLiteral("error"), QStringLiteral("-f"),
+                        QStringLiteral("lavfi"), QStringLiteral("-i"),    tones} +
+            QString::fromLatin1(options).split(u' ') + QStringList{m_dir.path(name)};
+        const auto made = testkit::run(QStringLiteral("ffmpeg"), arguments);
+        EXPECT_EQ(made.exitCode, 0) << made.err.toStdString();
+        return m_dir.path(name);
+    }
+    [[nodiscard]] Result<QByteArray> peaks(const QString& path, int columns) const {
+        return m_engine->soundPeaks(path, columns, [] { return true; });
+    }
+
+    testkit::TempDir m_dir;
+    MediaEngine* m_engine = nullptr;
+};
+
+} // namespace
+
+TEST_F(SoundPeaks, FollowTheLoudnessInEverySampleFormat) {
+    const std::array<std::pair<const char*, const char*>, 8> files{{
+        {"a.wav", "-c:a pcm_s16le"},
+        {"b.wav", "-c:a pcm_u8"},
+        {"c.wav", "-c:a pcm_f32le"},
+        {"d.wav", "-c:a pcm_f64le"},
+        {"e.flac", "-c:a flac -sample_fmt s32"},
+        {"f.mp3", "-c:a libmp3lame -b:a 192k"},
+        {"g.m4a", "-c:a aac -b:a 160k"},
+        {"h.mka", "-c:a pcm_s24le"},
+    }};
+    for (const auto& [name, options] : files) {
+        const auto found = peaks(sound(QString::fromLatin1(name), options), 60);
+        ASSERT_TRUE(found) << name << ": " << found.error().text().toStdString();
+        ASSERT_EQ(found->size(), 60) << name;
+        std::vector<int> columns;
+        for (const char byte : *found)
+            columns.push_back(static_cast<unsigned char>(byte));
+        // Lossy codecs smear over the edges: one column beside each is not looked at.
+        const auto part = [&](int from, int to) {
+            return std::vector<int>(columns.begin() + from, columns.begin() + to);
+        };
+        EXPECT_THAT(part(0, 19), Each(Le(4))) << name;
+        EXPECT_THAT(part(21, 39), Each(AllOf(Ge(118), Le(140)))) << name;
+        EXPECT_THAT(part(41, 59), Each(Ge(240))) << name;
+    }
+}
+
+TEST_F(SoundPeaks, RefuseWhatHasNoneAndStopWhenAsked) {
+    const QString wave = sound(QStringLiteral("a.wav"), "-c:a pcm_s16le");
+    EXPECT_EQ(peaks(wave, 0).error().code, ErrorCode::InvalidArgument);
+    EXPECT_EQ(peaks(wave, 1'000'000).error().code, ErrorCode::InvalidArgument);
+    EXPECT_EQ(peaks(m_dir.path(QStringLiteral("none.wav")), 60).error().code, ErrorCode::NotFound);
+    int asked = 0;
+    const auto stopped = m_engine->soundPeaks(wave, 60, [&asked] { return ++asked < 3; });
+    ASSERT_FALSE(stopped);
+    EXPECT_EQ(stopped.error().code, ErrorCode::Cancelled);
+    EXPECT_EQ(asked, 3);
+    // A file cut in the middle is as long as what is there.
+    const QByteArray bytes = testkit::TempDir::read(wave);
+    const auto cut =
+        peaks(m_dir.write(QStringLiteral("cut.wav"), bytes.left(bytes.size() / 2)), 60);
+    ASSERT_TRUE(cut);
+    EXPECT_EQ(static_cast<unsigned char>(cut->at(19)), 0);
+    EXPECT_GE(static_cast<unsigned char>(cut->at(59)), 118);
+    EXPECT_EQ(peaks(m_dir.write(QStringLiteral("empty.wav"), bytes.left(44)), 60).has_value(),
+              false);
+    const QString film = m_dir.path(QStringLiteral("mute.mp4"));
+    SampleMedia mute;
+    mute.container = QStringLiteral("mp4");
+    mute.videoCodec = QStringLiteral("mpeg4");
+    ASSERT_TRUE(m_engine->writeSample(mute, film));
+    EXPECT_EQ(peaks(film, 60).error().code, ErrorCode::NotSupported);
+}
+
+} // namespace clipheave::platform
