@@ -3,8 +3,11 @@
 
 #include "platform/foundation/text.h"
 
+#include <QFile>
 #include <QSettings>
 #include <QStandardPaths>
+
+#include <algorithm>
 
 namespace clipheave::platform {
 namespace {
@@ -29,10 +32,42 @@ Result<void> synchronize(QSettings& store, const QString& file) {
     return failure(ErrorCode::InvalidData, operation, file);
 }
 
+constexpr qint64 kMostStoreBytes = 1 << 20;
+constexpr int kMostBackups = 100;
+
+/// QSettings takes nearly any bytes for keys and values: what no store of ours holds is control
+/// characters, text that is no UTF-8, and a megabyte.
+bool isWholeStore(const QString& file) {
+    QFile store(file);
+    if (!store.open(QIODevice::ReadOnly))
+        return true; // missing or closed to us: another matter
+    if (store.size() > kMostStoreBytes)
+        return false;
+    const QByteArray bytes = store.readAll();
+    const bool printable = std::all_of(bytes.begin(), bytes.end(), [](char byte) {
+        return static_cast<unsigned char>(byte) >= 0x20 || byte == '\n' || byte == '\r' ||
+               byte == '\t';
+    });
+    return printable && bytes.isValidUtf8() &&
+           QSettings(file, QSettings::IniFormat).status() != QSettings::FormatError;
+}
+
 } // namespace
 
 NSUserDefaults::NSUserDefaults(QString file)
     : m_file(file.isEmpty() ? standardDefaultsFile() : std::move(file)) {
+}
+
+QString NSUserDefaults::setAsideWhenBroken() const {
+    if (isWholeStore(m_file))
+        return {};
+    const QString name = m_file + QStringLiteral(".broken");
+    for (int number = 1; number <= kMostBackups; ++number) {
+        const QString backup = number == 1 ? name : name + QStringLiteral(" %1").arg(number);
+        if (QFile::rename(m_file, backup)) // never replaces
+            return backup;
+    }
+    return {};
 }
 
 QString NSUserDefaults::stringForKey(const QString& key) const {

@@ -17,6 +17,10 @@ public:
     explicit NSUserDefaults(QString file = {});
 
     [[nodiscard]] QString filePath() const { return m_file; }
+    /// A store that is no INI file of texts (cut, overwritten, binary) is renamed to
+    /// "<file>.broken" ("<file>.broken 2" …) and counts as missing from then on. Answers the new
+    /// path; empty when the store is whole, missing or could not be renamed.
+    [[nodiscard]] QString setAsideWhenBroken() const;
     /// Null when the key is missing.
     [[nodiscard]] QString stringForKey(const QString& key) const;
     /// 0 when the key is missing; a text is read as intValue reads it.

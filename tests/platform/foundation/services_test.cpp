@@ -126,6 +126,24 @@ TEST(UserDefaults, EveryTextComesBackAsItWas) {
     EXPECT_EQ(again.allKeys().size(), texts.size() + 3);
 }
 
+TEST(UserDefaults, SetsABrokenStoreAside) {
+    const testkit::TempDir dir;
+    const QString good = dir.write(u"good.conf"_qs, "[General]\nstoragePath=/videos/\xC3\xBC\n");
+    EXPECT_TRUE(NSUserDefaults(good).setAsideWhenBroken().isNull());
+    EXPECT_TRUE(NSUserDefaults(dir.path(u"absent"_qs)).setAsideWhenBroken().isNull());
+    const QByteArray rubbish[] = {QByteArray("storagePath=\x01\n"), QByteArray("a=\xFF\xFE\n"),
+                                  QByteArray("[General]\n\0\0\0", 13), QByteArray(2 << 20, 'a')};
+    int number = 0;
+    for (const QByteArray& bytes : rubbish) {
+        const QString file = dir.write(u"x.conf"_qs, bytes);
+        const QString backup = NSUserDefaults(file).setAsideWhenBroken();
+        ++number;
+        EXPECT_EQ(backup, number == 1 ? file + u".broken"_qs : file + u".broken %1"_qs.arg(number));
+        EXPECT_EQ(testkit::TempDir::read(backup), bytes);
+        EXPECT_TRUE(NSUserDefaults(file).allKeys().isEmpty());
+    }
+}
+
 TEST(UserDefaults, KeepsWhatOthersHaveWrittenMeanwhile) {
     const testkit::TempDir dir;
     const QString file = dir.write(u"x.conf"_qs, "[General]\nmine=1\nlist=a, b\n");
