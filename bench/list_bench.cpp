@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Measures the media list with 100,000 items: sorting, appending, memory, scrolling. Prints a table
-// and fails when a target is missed. Times are those of the main thread on its processor, so that
-// what else runs on the machine does not count. Needs no display.
+// and fails when a target is missed. Needs no display.
+// usage: list_bench [--cpu]
 #include "app/list/media_list_model.h"
 #include "app/list/media_table_view.h"
 #include "app/list/photo_grid.h"
 #include "app/theme/theme.h"
+#include "bench/report.h"
 
 #include <QApplication>
 #include <QDir>
@@ -20,41 +21,19 @@
 #include <cstdio>
 #include <random>
 
-#include <ctime>
-
 #include <malloc.h>
 
 namespace {
 
 using namespace clipheave;
 using app::MediaListModel;
+using bench::report;
+using bench::Stopwatch;
 
 constexpr int kItems = 100'000;
 constexpr int kTiles = 10'000;
 constexpr int kFrames = 400;
 constexpr int kPhotos = 60;
-
-bool allMet = true;
-
-void report(const char* what, double value, double target, const char* unit) {
-    const bool met = value < target;
-    allMet = allMet && met;
-    std::printf("%-44s %10.2f %-6s target < %8.1f  %s\n", what, value, unit, target,
-                met ? "ok" : "MISSED");
-}
-
-class Stopwatch {
-public:
-    [[nodiscard]] double milliseconds() const { return now() - m_start; }
-
-private:
-    static double now() {
-        timespec time{};
-        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-    }
-    double m_start = now();
-};
 
 media::ItemPointer syntheticItem(int i, std::mt19937& random) {
     static const char* const kExtensions[] = {"mp4", "mov", "mp3", "flac", "jpg", "mkv"};
@@ -155,6 +134,7 @@ void measureGrid(const std::vector<media::ItemPointer>& items, app::ThumbnailSer
 } // namespace
 
 int main(int argc, char** argv) {
+    bench::readOptions(argc, argv);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QStandardPaths::setTestModeEnabled(true);
@@ -195,5 +175,5 @@ int main(int argc, char** argv) {
     view.hide();
     makePhotos(folder, items);
     measureGrid(items, service);
-    return allMet ? 0 : 1;
+    return bench::allMet ? 0 : 1;
 }

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Measures the whole window: an import with the list on screen, the start up to the first frame,
+// the choice of another video. Prints rows as list_bench does.
+// usage: window_bench import FOLDER | frame STARTED | select VIDEO VIDEO…
+//   STARTED: nanoseconds of the monotonic clock when the program was started
+#include "app/AppDelegate.h"
+#include "app/list/media_list_model.h"
+#include "app/panes/detail_pane.h"
+#include "app/panes/player_view.h"
+#include "app/panes/video_pane_view.h"
+#include "app/theme/theme.h"
+#include "app/windows/main_window.h"
+#include "bench/report.h"
+#include "platform/player/mpv_player.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QLineEdit>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <algorithm>
+#include <clocale>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+using namespace clipheave;
+using bench::Stopwatch;
+
+constexpr int kMostWait = 10'000; // ms
+constexpr int kChoices = 12;
+
+/// Ends the program once the window has painted itself.
+class FirstFrame : public QObject {
+public:
+    explicit FirstFrame(qint64 started) : m_started(started) {}
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() != QEvent::Paint || m_seen)
+            return false;
+        m_seen = true;
+        // After the painting of all its parts, which follows this event.
+        QMetaObject::invokeMethod(
+            watched, [this] { finish(); }, Qt::QueuedConnection);
+        return false;
+    }
+
+private:
+    void finish() const {
+        timespec now{};
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        const double elapsed = static_cast<double>(now.tv_sec) * 1e3 +
+                               static_cast<double>(now.tv_nsec) / 1e6 -
+                               static_cast<double>(m_started) / 1e6;
+        bench::report("start to the first frame, warm", elapsed, 500, "ms");
+        QApplication::quit();
+    }
+
+    qint64 m_started;
+    bool m_seen = false;
+};
+
+template <class Done> bool waitFor(Done done) {
+    QElapsedTimer timer;
+    timer.start();
+    QTimer tick; // ends the waiting below when nothing else does
+    tick.start(1);
+    while (!done() && timer.elapsed() < kMostWait)
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return done();
+}
+
+bool importAll(app::AppDelegate& controller, const QStringList& paths) {
+    controller.importPaths(paths);
+    return waitFor([&] { return !controller.isImporting(); });
+}
+
+int measureImport(app::AppDelegate& controller, const QString& folder) {
+    QApplication::processEvents();
+    const Stopwatch watch;
+    const bool done = importAll(controller, {folder});
+    QApplication::processEvents();
+    bench::tell("import with the window open", watch.milliseconds(), "ms");
+    return done && !controller.localPhotoItemArray().empty() ? 0 : 1;
+}
+
+/// Medians over several choices; the first, for which the player itself is made, is told apart.
+int measureSelection(app::AppDelegate& controller, const QStringList& videos) {
+    if (!importAll(controller, videos))
+        return 1;
+    app::MainWindow* window = controller.mainWindow();
+    platform::MpvPlayer* player = window->findChild<app::VideoPaneView*>()->player()->player();
+    std::vector<double> panes, pictures;
+    const int rows = static_cast<int>(controller.localPhotoItemArray().size());
+    for (int i = 0; i < kChoices; ++i) {
+        bool seen = false;
+        const auto connection = QObject::connect(player, &platform::MpvPlayer::frameReady, player,
+                                                 [&] { seen = !player->videoSize().isEmpty(); });
+        const Stopwatch watch;
+        window->selectRow(i % rows);
+        window->detailPane()->repaint();
+        const double filled = watch.milliseconds();
+        const bool came = waitFor([&] { return seen; });
+        const double shown = watch.milliseconds();
+        QObject::disconnect(connection);
+        if (!came)
+            return 1;
+        if (i == 0) {
+            bench::tell("first video: first picture", shown, "ms");
+            continue;
+        }
+        panes.push_back(filled);
+        pictures.push_back(shown);
+    }
+    std::sort(panes.begin(), panes.end());
+    std::sort(pictures.begin(), pictures.end());
+    bench::report("select another video: pane filled, slowest", panes.back(), 50, "ms");
+    bench::report("select another video: first picture, median", pictures[pictures.size() / 2], 250,
+                  "ms");
+    bench::report("select another video: first picture, slowest", pictures.back(), 250, "ms");
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (!qEnvironmentVariableIsSet("TZ"))
+        qputenv("TZ", ":/etc/localtime");
+    QStandardPaths::setTestModeEnabled(true);
+    const QApplication application(argc, argv);
+    std::setlocale(LC_NUMERIC, "C"); // the player asks for it
+    const QStringList arguments = QApplication::arguments().mid(1);
+    const QString what = arguments.value(0);
+    const QTemporaryDir folder;
+    auto defaults =
+        std::make_unique<platform::NSUserDefaults>(folder.filePath(QStringLiteral("prefs.conf")));
+    if (!defaults->setObject_forKey(folder.filePath(QStringLiteral("out")),
+                                    QStringLiteral("storagePath")))
+        return 2;
+    app::Theme::instance().apply(app::Appearance::Dark);
+    app::AppDelegate controller(std::move(defaults));
+    controller.awakeFromNib();
+    FirstFrame frame(arguments.value(1).toLongLong());
+    if (what == u"frame")
+        controller.mainWindow()->installEventFilter(&frame);
+    controller.applicationDidFinishLaunching();
+    int result = 0;
+    if (what == u"frame")
+        result = QApplication::exec();
+    else if (what == u"import")
+        result = measureImport(controller, arguments.value(1));
+    else if (what == u"select")
+        result = measureSelection(controller, arguments.mid(1));
+    else
+        return 2;
+    return result != 0 || !bench::allMet ? 1 : 0;
+}
