@@ -1,23 +1,29 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/theme/theme.h"
 #include "media/audio_pane.h"
 #include "media/media_import.h"
 #include "media/media_kind.h"
 #include "media/preferences.h"
+#include "platform/foundation/log.h"
 
 #include <QColor>
+#include <QFontDialog>
 #include <QObject>
 #include <QPointF>
+#include <QPointer>
 #include <QVariantMap>
 
 #include <atomic>
+#include <map>
 #include <memory>
 #include <vector>
 
 namespace clipheave::metadata {
 struct WriteOutcome;
-}
+struct WriteRequest;
+} // namespace clipheave::metadata
 
 namespace clipheave::app {
 
@@ -71,6 +77,12 @@ public:
     Q_INVOKABLE void startProgreess();
     Q_INVOKABLE void
     endProgress(); ///< Deliberate: hides the indicator and starts its animation again
+    /// The font panel, "Lucida Grande" at 14 points chosen in it.
+    Q_INVOKABLE void ShowFontPanelAction();
+    void changeFont(const QFont& font); ///< the font panel chose another
+    Q_INVOKABLE void appearanceSystem();
+    Q_INVOKABLE void appearanceDark();
+    Q_INVOKABLE void appearanceLight();
 
     // Import
     Q_INVOKABLE void AddMediaFileAction();
@@ -94,15 +106,23 @@ public:
     Q_INVOKABLE void ChangeToImportComputerPhoto();
     Q_INVOKABLE void ChangeToImportiOSDevicePhoto();
     Q_INVOKABLE void revealCurrentItem();
+    Q_INVOKABLE void openCurrentItem(); ///< in the desktop's usual program
+    Q_INVOKABLE void copyCurrentPath();
+    Q_INVOKABLE void chooseArtwork();
+    Q_INVOKABLE void pasteArtwork();
+    Q_INVOKABLE void revertEdits(); ///< shows the item again, unsaved edits are dropped
     Q_INVOKABLE void openStorageFolder();
 
     // Writers
     Q_INVOKABLE void SaveMeidaFileChangesAction();
+    Q_INVOKABLE void CopyvideoTitletoFileNameAction();
+    Q_INVOKABLE void CopyvideofilenametoTitleAction();
 
     /// A command of a tool that is still to come: a line in the activity log.
     Q_INVOKABLE void notAvailableYet(const QString& command);
-    /// Runs the command of this fixed name, or says that it is not available yet.
-    void performCommand(const QString& name);
+    /// Runs the command of this fixed name, or says that it is not available yet. `title`: the
+    /// fixed title of the menu entry, empty for a button.
+    void performCommand(const QString& name, const QString& title = {});
 
     [[nodiscard]] MainWindow* mainWindow() const { return m_window.get(); }
     [[nodiscard]] PreferencesWindow* preferencesWindow() const { return m_preferencesWindow.get(); }
@@ -114,27 +134,43 @@ public:
     [[nodiscard]] QString storagelocation() const { return m_preferences.storagelocation; }
     [[nodiscard]] const media::Preferences& preferences() const { return m_preferences; }
     [[nodiscard]] media::ChangeFlags changeFlags() const { return m_flags; }
+    /// Degrees, as the position fields held them when an edit began there last: latitude in x,
+    /// longitude in y.
+    [[nodiscard]] QPointF currentCoords() const { return m_currentCoords; }
     [[nodiscard]] bool isImporting() const { return m_runningImports > 0; }
+
+    /// What a job of the activity panel does.
+    enum class JobKind { Import, ImportPhotos, Save, RemoveMetadata, TitleToName, NameToTitle };
 
     Q_SIGNAL void importFinished();
     Q_SIGNAL void saveFinished();
 
 private:
     void observeNotifications();
+    void takeLogLines();
     void connectWindow();
     void connectPanes();
     void connectPreferences();
-    /// Saves the failed files of a job again, with what the pane shows now.
+    /// The failed files of a job once more: reads them again, or saves them with what the pane
+    /// shows now.
     void retryJob(int job);
-    void startSave(const std::vector<media::ItemPointer>& items);
+    void retryImport(const QStringList& paths, bool photos);
+    void retryWrite(JobKind kind, const QStringList& paths);
+    void cancelJob(int job);
+    void chooseAppearance(Appearance appearance);
+    void storeStampChoices();
+    void writeItems(JobKind kind, const std::vector<media::ItemPointer>& items);
+    void startWrite(JobKind kind, const std::vector<media::ItemPointer>& items);
+    [[nodiscard]] std::vector<metadata::WriteRequest>
+    writeRequests(const std::vector<media::ItemPointer>& items) const;
     void applyPreferenceValues();
     void runImport(const QStringList& paths, bool photos);
     void appendNewItem(int job, const media::ItemPointer& item);
     void finishImport(const media::MediaImport& import, int job);
     [[nodiscard]] std::vector<media::ItemPointer> selectedItems() const;
-    struct SaveRun;
-    void watchProgress(const std::shared_ptr<SaveRun>& run);
-    void takeOutcome(SaveRun& run, const metadata::WriteOutcome& outcome);
+    struct WriteRun;
+    void watchProgress(const std::shared_ptr<WriteRun>& run);
+    void takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome);
     void takeArtwork(const QString& path);
     void refreshSummary();
     void showNoSelectionAlert();
@@ -142,7 +178,8 @@ private:
     std::unique_ptr<platform::NSUserDefaults> m_defaults;
     media::Preferences m_preferences;
     QColor m_currentFontColor = Qt::white;
-    unsigned m_macOsVer = 0; ///< minor number of the system's version
+    bool m_fontChosen = false; ///< the font panel was used
+    unsigned m_macOsVer = 0;   ///< minor number of the system's version
     bool m_blocalMode = false;
     bool m_bImportLocalFolder = false;
     QString m_bImportLocalPath;
@@ -155,7 +192,13 @@ private:
     std::size_t m_shownItems = 0;            ///< of m_items, how many the list shows already
     std::atomic<bool> m_stopping{false};     ///< read by workers
     int m_runningImports = 0;
-    int m_runningSaves = 0;
+    std::map<int, JobKind> m_jobKinds; ///< of the jobs in the panel, for another try
+    std::map<int, std::shared_ptr<WriteRun>> m_writeRuns; ///< by job, until their last outcome
+    QPointF m_currentCoords;
+    bool m_bMapPreview = false;
+    QString m_commandTitle;            ///< of the menu entry whose command runs
+    QPointer<QFontDialog> m_fontPanel; ///< fontPanel
+    std::unique_ptr<platform::LogSubscription> m_logLines;
     std::unique_ptr<ActivityModel> m_activity;
     std::unique_ptr<MediaListModel> m_mediaController;
     std::unique_ptr<MainWindow> m_window;

@@ -46,6 +46,11 @@ constexpr DispatchRow kDispatchRows[] = {
 
 constexpr MenuEntry kSeparator{nullptr, nullptr, nullptr};
 
+template <int Count>
+constexpr MenuEntry subMenu(const char* title, const MenuEntry (&entries)[Count]) {
+    return {title, nullptr, nullptr, entries, Count};
+}
+
 constexpr MenuEntry kImport[] = {
     {"Files or Folders…", "ClickImportPhotosAction", "Ctrl+O"},
     {"Photos…", "OpenComputerFoldertoImportAction", "Ctrl+Shift+O"},
@@ -96,9 +101,9 @@ constexpr MenuEntry kSlowDown[] = {
     {"1X", "SlowdownSelectedMediaFileFormatAction", nullptr},
 };
 constexpr MenuEntry kEditVideo[] = {
-    {"Rotate", nullptr, nullptr, kRotate, 3},
-    {"Speed Up", nullptr, nullptr, kSpeedUp, 6},
-    {"Slow Down", nullptr, nullptr, kSlowDown, 3},
+    subMenu("Rotate", kRotate),
+    subMenu("Speed Up", kSpeedUp),
+    subMenu("Slow Down", kSlowDown),
     kSeparator,
     {"Merge", "MergeSelectedMediaFileFormatAction", "Ctrl+M"},
     {"Remove Sound", "removeSoundFromMediaFileFormatAction", nullptr},
@@ -119,11 +124,11 @@ constexpr MenuEntry kExtract[] = {
     {"1 pic every 30 seconds", "ExtractImagesSelectedMediaFileAction", nullptr},
 };
 constexpr MenuEntry kEditExif[] = {
-    {"Edit GPS…", "ShowChangeGPSAction", "Ctrl+G"},
-    {"Add GPS…", "ShowAddGPSAction", nullptr},
+    {"Edit GPS…", "EditeGPSExifDataPhoto", "Ctrl+G"},
+    {"Add GPS…", "AddGPSExifDataPhoto", nullptr},
     {"Show on Map", "ShowMapAction", "Ctrl+Shift+M"},
     kSeparator,
-    {"Change Dates…", "EditvideofileDateInfoAction", nullptr},
+    {"Change Dates…", "ChangeDateExifFromPhoto", nullptr},
     kSeparator,
     {"Copy File Name to Comments", "ClickCopyFileNameToCommentsAction", nullptr},
     {"Copy Created Date to Camera Date", "ClickCopyCreatedDateToCameraDateAction", nullptr},
@@ -133,14 +138,22 @@ constexpr MenuEntry kRemoveExif[] = {
     {"EXIF", "RemoveExifDataFromPhoto", nullptr},
     {"GPS", "RemoveGPSDataFromPhoto", nullptr},
     {"IPTC", "RemoveIPTCDataFromPhoto", nullptr},
-    {"EXIF and GPS", "RemoveExifAndGPSAction", nullptr},
-    {"All Metadata", "RemoveAllPhotoMetadataAction", nullptr},
+    {"EXIF and GPS", "DeleteExifAndGPSData", nullptr},
+    {"All Metadata", "DeleteAllPhotoMetadataData", nullptr},
     kSeparator,
-    {"Change GPS and Remove EXIF", "ChangeGPSAndRemoveExifAction", nullptr},
+    {"Change GPS and Remove EXIF…", "ChangeGPSExifDataPhoto", nullptr},
 };
 constexpr MenuEntry kPropertyList[] = {
-    {"Export Photo Properties…", "ExportPhotoPlistAction", nullptr},
-    {"Import Photo Properties…", "ImportPhotoPlistAction", nullptr},
+    {"Export TIFF", "ExportTiffInfoToPlist", nullptr},
+    {"Export EXIF", "ExportExifInfoToPlist", nullptr},
+    {"Export EXIF and TIFF", "ExportExifandTiffInfoToPlist", nullptr},
+    {"Export EXIF and GPS", "ExportExifandGPSInfoToPlist", nullptr},
+    {"Export Template", "ExportTemplateDataToPlist", nullptr},
+    {"Export All Metadata", "ExportAllMetadataInfoToPlist", nullptr},
+    {"Export Each Photo", "WriteSelectedItemsExifDataToPlist", nullptr},
+    kSeparator,
+    {"Import Property List…", "ImportPlistToPhotos", nullptr},
+    {"Import Template…", "ImportTemplateToPhotos", nullptr},
 };
 constexpr MenuEntry kStamp[] = {
     {"Add Date on Photos", "AddDateOnPhotoAction", nullptr},
@@ -186,26 +199,30 @@ constexpr MenuEntry kDates[] = {
     kSeparator,
     {"Copy Created Date to Modified Date", "ClickCopyCreatedDateToModifyDateAction", nullptr},
     {"Copy Modified Date to Created Date", "ClickCopyModiyDateToCreateDateAction", nullptr},
+    {"Copy Video Record Date to Created Date", "ClickCopyVideoExifDateToCreateDateAction", nullptr},
+    {"Copy Video Created Date to Record Date", "ClickCopyVideoCreatedDateToCameraDateAction",
+     nullptr},
+};
+constexpr MenuEntry kExtractImages[] = {
+    {"5 pics per second", "ExtractImagesSelectedMediaFileAction", nullptr},
+    {"1 pic per second", "ExtractImagesSelectedMediaFileAction", nullptr},
+    {"1 pic every 5 seconds", "ExtractImagesSelectedMediaFileAction", nullptr},
+    {"1 pic every 10 seconds", "ExtractImagesSelectedMediaFileAction", nullptr},
+    {"1 pic every 30 seconds", "ExtractImagesSelectedMediaFileAction", nullptr},
 };
 constexpr MenuEntry kVideo[] = {
-    {"Convert to MP4", "ConvertSelectedMediaFileFormatAction", nullptr},
-    {"Convert to MOV", "ConvertSelectedMediaFileFormatAction", nullptr},
-    {"Convert to M4V", "ConvertSelectedMediaFileFormatAction", nullptr},
-    kSeparator,
-    {"High video quality", "CompressSelectedMediaFileAction", nullptr},
-    {"Medium video quality", "CompressSelectedMediaFileAction", nullptr},
-    {"Low video quality", "CompressSelectedMediaFileAction", nullptr},
-    kSeparator,
-    {"Rotate", nullptr, nullptr, kRotate, 3},
-    {"Speed Up", nullptr, nullptr, kSpeedUp, 6},
-    {"Slow Down", nullptr, nullptr, kSlowDown, 3},
+    subMenu("Convert", kConvert),
+    subMenu("Compress", kCompress),
+    subMenu("Rotate", kRotate),
+    subMenu("Speed Up", kSpeedUp),
+    subMenu("Slow Down", kSlowDown),
     {"Merge", "MergeSelectedMediaFileFormatAction", "Ctrl+M"},
     kSeparator,
     {"Text Watermark…", "ClickShowAddWaterMarktoVideoFileAction", "Ctrl+T"},
     {"Image Watermark…", "ClickShowImageWaterMarktoVideoFileAction", "Ctrl+Shift+T"},
     kSeparator,
     {"Extract Audio", "ExtractSelectedMediaFileAction", "Ctrl+U"},
-    {"Convert to GIF", "ConvertSelectedMediaFileToGIFAction", nullptr},
+    subMenu("Extract Images", kExtractImages),
     kSeparator,
     {"Remove Sound", "removeSoundFromMediaFileFormatAction", nullptr},
     {"Remove Captions", "removeCaptionMediaFileFormatAction", nullptr},
@@ -216,9 +233,13 @@ constexpr MenuEntry kPhoto[] = {
     {"Apply", "ClickApplyChangeAction", "Ctrl+Shift+Return"},
     {"Back", "HideEditViewAction", nullptr},
     kSeparator,
-    {"Edit GPS…", "ShowChangeGPSAction", "Ctrl+G"},
-    {"Add GPS…", "ShowAddGPSAction", nullptr},
+    {"Edit GPS…", "EditeGPSExifDataPhoto", "Ctrl+G"},
+    {"Add GPS…", "AddGPSExifDataPhoto", nullptr},
     {"Show on Map", "ShowMapAction", "Ctrl+Shift+M"},
+    kSeparator,
+    {"Change Dates…", "ChangeDateExifFromPhoto", nullptr},
+    subMenu("Remove", kRemoveExif),
+    subMenu("Property List", kPropertyList),
     kSeparator,
     {"Add Date on Photos", "AddDateOnPhotoAction", nullptr},
 };
@@ -230,6 +251,11 @@ constexpr MenuEntry kDevice[] = {
     {"Download and Edit", "DownloadImportEditePhotoAction", nullptr},
     {"Delete", "DeletePhotoAction", nullptr},
 };
+constexpr MenuEntry kAppearance[] = {
+    {"Follow System", "appearanceSystem", nullptr},
+    {"Dark", "appearanceDark", nullptr},
+    {"Light", "appearanceLight", nullptr},
+};
 constexpr MenuEntry kView[] = {
     {"List", "showList", "Ctrl+1"},
     {"Photos", "showPhotos", "Ctrl+2"},
@@ -238,11 +264,17 @@ constexpr MenuEntry kView[] = {
     {"Detail Pane", "toggleDetailPane", "Ctrl+\\"},
     {"Activity", "toggleActivity", "Ctrl+J"},
     kSeparator,
-    {"Follow System", "appearanceSystem", nullptr},
-    {"Dark", "appearanceDark", nullptr},
-    {"Light", "appearanceLight", nullptr},
-    kSeparator,
+    subMenu("Appearance", kAppearance),
     {"Full Screen", "toggleFullScreen", "F11"},
+};
+constexpr MenuEntry kDetailMore[] = {
+    {"Copy Path", "copyCurrentPath", nullptr},
+    {"Open with the Usual Program", "openCurrentItem", nullptr},
+    kSeparator,
+    {"Choose Artwork…", "chooseArtwork", nullptr},
+    {"Paste Artwork", "pasteArtwork", nullptr},
+    kSeparator,
+    {"Undo Edits", "revertEdits", nullptr},
 };
 constexpr MenuEntry kHelp[] = {
     {"Product Guide", "CLICkProductGuide", "F1"},
@@ -265,18 +297,19 @@ constexpr MenuTable kPopUps[] = {
     {"changePhotoDateMenu", nullptr, kChangeDate},
     {"changeMutiPhotoDateMenu", nullptr, kChangeDate},
     {"datesMenu", nullptr, kDates},
+    {"detailMoreMenu", nullptr, kDetailMore},
 };
 
 constexpr MenuTable kMenuBar[] = {
-    {"fileMenu", "File", kFile},
-    {"editMenu", "Edit", kEdit},
-    {"metadataMenu", "Metadata", kMetadata},
-    {"datesBarMenu", "Dates", kDates},
-    {"videoMenu", "Video", kVideo},
-    {"photoMenu", "Photo", kPhoto},
-    {"deviceMenu", "Device", kDevice},
-    {"viewMenu", "View", kView},
-    {"helpMenu", "Help", kHelp},
+    {"fileMenu", "&File", kFile},
+    {"editMenu", "&Edit", kEdit},
+    {"metadataMenu", "&Metadata", kMetadata},
+    {"datesBarMenu", "&Dates", kDates},
+    {"videoMenu", "&Video", kVideo},
+    {"photoMenu", "&Photo", kPhoto},
+    {"deviceMenu", "Dev&ice", kDevice},
+    {"viewMenu", "Vie&w", kView},
+    {"helpMenu", "&Help", kHelp},
 };
 
 } // namespace

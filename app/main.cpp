@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
+#include "app/activity/activity_model.h"
 #include "app/grab.h"
 #include "app/theme/theme.h"
-#include "platform/foundation/log.h"
+#include "app/windows/window_settings.h"
 #include "platform/foundation/paths.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QSettings>
 
+#include <algorithm>
 #include <clocale>
 #include <cstdio>
 
@@ -26,7 +29,7 @@ void addOptions(QCommandLineParser& parser) {
                       QStringLiteral("With --grab: %1.").arg(app::grabViewNames().join(u", ")),
                       QStringLiteral("NAME"), QStringLiteral("video")});
     parser.addOption({QStringLiteral("theme"), QStringLiteral("system, dark or light."),
-                      QStringLiteral("NAME"), QStringLiteral("dark")});
+                      QStringLiteral("NAME")});
     parser.addOption({QStringLiteral("size"), QStringLiteral("With --grab: window size."),
                       QStringLiteral("WxH"), QStringLiteral("1440x900")});
     parser.addOption({QStringLiteral("config"), QStringLiteral("Preferences file of this run."),
@@ -36,13 +39,21 @@ void addOptions(QCommandLineParser& parser) {
                                  QStringLiteral("[PATH…]"));
 }
 
+/// The one that was asked for, else what the user chose last.
 app::Appearance appearanceOf(const QString& name) {
     if (name == u"light")
         return app::Appearance::Light;
-    return name == u"system" ? app::Appearance::System : app::Appearance::Dark;
+    if (name == u"dark")
+        return app::Appearance::Dark;
+    if (name == u"system")
+        return app::Appearance::System;
+    const QSettings settings(app::windowSettingsFile(), QSettings::IniFormat);
+    const int stored = settings.value(QStringLiteral("appearance")).toInt();
+    return static_cast<app::Appearance>(std::clamp(stored, 0, 2));
 }
 
-void printLog(const platform::LogLine& line) {
+/// What stands in the activity log stands on the console as well.
+void printLine(const app::ActivityLogLine& line) {
     const QString text =
         line.path.isEmpty() ? line.text : line.path + QStringLiteral(": ") + line.text;
     std::fprintf(stderr, "%s\n", platform::nativePath(text).constData());
@@ -62,12 +73,12 @@ int main(int argc, char** argv) {
     QCommandLineParser parser;
     addOptions(parser);
     parser.process(application);
-    const platform::LogSubscription console(platform::LogLevel::Warning, &printLog);
-
     app::Theme::instance().apply(appearanceOf(parser.value(QStringLiteral("theme"))));
     auto defaults =
         std::make_unique<platform::NSUserDefaults>(parser.value(QStringLiteral("config")));
     app::AppDelegate controller(std::move(defaults));
+    QObject::connect(controller.activity(), &app::ActivityModel::logAdded, controller.activity(),
+                     [&] { printLine(controller.activity()->log().back()); });
     controller.awakeFromNib();
     controller.applicationDidFinishLaunching();
     if (parser.isSet(QStringLiteral("grab")))

@@ -3,12 +3,11 @@
 #include "app/activity/activity_model.h"
 #include "app/activity/activity_panel.h"
 #include "app/panes/detail_pane.h"
-#include "app/theme/theme.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "metadata/video_metadata.h"
-#include "platform/foundation/log.h"
-#include "platform/media/av_asset_export_session.h"
+#include "platform/foundation/paths.h"
+#include "platform/foundation/text.h"
 #include "platform/workspace/ns_workspace.h"
 
 namespace clipheave::app {
@@ -18,7 +17,8 @@ void AppDelegate::connectWindow() {
     connect(window, &MainWindow::selectionChanged, this, &AppDelegate::tableViewSelectionDidChange);
     connect(window, &MainWindow::columnClicked, this, &AppDelegate::tableView_didClickTableColumn);
     connect(window, &MainWindow::pathsDropped, this, [this](const QStringList& paths) {
-        platform::log(platform::LogLevel::Trace, QStringLiteral("urls==%1").arg(paths.join(u", ")));
+        m_activity->addLog(
+            QStringLiteral("urls==%1").arg(platform::displayPath(paths.join(u", "))));
         importPaths(paths);
     });
     connect(window, &MainWindow::photosDropped, this, &AppDelegate::importPhotoPaths);
@@ -48,8 +48,7 @@ void AppDelegate::connectPanes() {
     connect(panel, &ActivityPanel::revealRequested, this, [](const QStringList& paths) {
         platform::NSWorkspace::sharedWorkspace().selectFiles(paths);
     });
-    connect(m_activity.get(), &ActivityModel::cancelRequested, this,
-            [] { platform::AVAssetExportSession::cancelAllExports(); });
+    connect(m_activity.get(), &ActivityModel::cancelRequested, this, &AppDelegate::cancelJob);
     connect(m_activity.get(), &ActivityModel::retryRequested, this, &AppDelegate::retryJob);
 }
 
@@ -60,11 +59,10 @@ void AppDelegate::connectPreferences() {
     connect(window, &PreferencesWindow::cancel, this, &AppDelegate::CancelPreferenceSetting);
     connect(window, &PreferencesWindow::save, this, &AppDelegate::ResetPreferenceSetting);
     connect(window, &PreferencesWindow::appearanceChosen, this,
-            [](int index) { Theme::instance().apply(static_cast<Appearance>(index)); });
+            [this](int index) { chooseAppearance(static_cast<Appearance>(index)); });
     connect(window, &PreferencesWindow::fontColorChosen, this,
             [this](const QColor& color) { m_currentFontColor = color; });
-    connect(window, &PreferencesWindow::showFontPanel, this,
-            [this] { notAvailableYet(QStringLiteral("ShowFontPanelAction")); });
+    connect(window, &PreferencesWindow::showFontPanel, this, &AppDelegate::ShowFontPanelAction);
 }
 
 bool AppDelegate::control_textShouldBeginEditing(const QString& field) {
@@ -77,8 +75,13 @@ bool AppDelegate::control_textShouldBeginEditing(const QString& field) {
     if (field == u"audioCreateDatelab")
         m_flags.cameraInfoChange = true;
     // Deliberate: the altitude sets no flag.
-    if (field == u"mediaLatitude" || field == u"mediaLongtitude")
+    if (field == u"mediaLatitude" || field == u"mediaLongtitude") {
         m_flags.gpsInfoChange = true;
+        const media::VideoPane pane = m_window->detailPane()->videoPane();
+        m_currentCoords = {platform::doubleValue(pane.texts.mediaLatitude),
+                           platform::doubleValue(pane.texts.mediaLongtitude)};
+        m_bMapPreview = true; // the pane shows the place on its map
+    }
     return true;
 }
 

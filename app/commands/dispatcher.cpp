@@ -51,14 +51,16 @@ void AppDelegate::PRbuttonMouseExitedHandle(QObject* button) {
     m_window->setButtonHovered(button, false);
 }
 
-void AppDelegate::performCommand(const QString& name) {
+void AppDelegate::performCommand(const QString& name, const QString& title) {
+    m_commandTitle = title;
     const QByteArray method = name.toLatin1();
     if (!invoke(this, method) && !invoke(m_window.get(), method))
         notAvailableYet(name);
 }
 
 void AppDelegate::notAvailableYet(const QString& command) {
-    m_activity->addLog(tr("%1: not available yet").arg(command));
+    m_activity->addLog(
+        tr("%1: not available yet").arg(m_commandTitle.isEmpty() ? command : m_commandTitle));
     m_window->showStatus(tr("Not available yet"));
 }
 

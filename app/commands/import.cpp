@@ -57,6 +57,7 @@ void AppDelegate::importPhotoPaths(const QStringList& paths) {
 
 void AppDelegate::runImport(const QStringList& paths, bool photos) {
     const int job = m_activity->beginJob(photos ? tr("Import photos") : tr("Import"));
+    m_jobKinds[job] = photos ? JobKind::ImportPhotos : JobKind::Import;
     ++m_runningImports;
     platform::BackgroundJob::detach([this, paths, photos, job] {
         std::vector<media::ItemPointer> ready;
@@ -115,7 +116,9 @@ void AppDelegate::finishImport(const media::MediaImport& import, int job) {
         m_activity->fileFinished(job, {skipped.path, {}, FileState::Failed, skipped.reason});
     const int count = static_cast<int>(import.localPhotoItemArray().size());
     m_activity->setTotal(job, count + static_cast<int>(import.skipped().size()));
-    m_activity->endJob(job, count == 1 ? tr("1 file added") : tr("%1 files added").arg(count));
+    m_activity->endJob(job, count == 1   ? tr("1 file added")
+                            : count == 0 ? tr("No media file found")
+                                         : tr("%1 files added").arg(count));
     --m_runningImports;
     Q_EMIT importFinished();
 }

@@ -6,7 +6,11 @@
 #include "app/widgets/alert_box.h"
 #include "app/windows/main_window.h"
 #include "media/media_kind.h"
+#include "platform/foundation/paths.h"
 #include "platform/workspace/ns_workspace.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
 
 #include <algorithm>
 
@@ -74,14 +78,6 @@ void AppDelegate::RemoveMediaFileAction() {
         m_window->showEmptyState();
 }
 
-void AppDelegate::RemoveAllMediaFileAction() {
-    notAvailableYet(QStringLiteral("RemoveAllMediaFileAction"));
-}
-
-void AppDelegate::RemoveSelectedMediaFileAction() {
-    notAvailableYet(QStringLiteral("RemoveSelectedMediaFileAction"));
-}
-
 void AppDelegate::ChangeToImportComputerPhoto() {
     m_window->showComputer();
 }
@@ -93,6 +89,32 @@ void AppDelegate::ChangeToImportiOSDevicePhoto() {
 void AppDelegate::revealCurrentItem() {
     if (m_shownItem)
         platform::NSWorkspace::sharedWorkspace().selectFiles({m_shownItem->filePath});
+}
+
+void AppDelegate::openCurrentItem() {
+    if (m_shownItem && !platform::NSWorkspace::sharedWorkspace().openURL(
+                           QUrl::fromLocalFile(m_shownItem->filePath)))
+        m_activity->addLog(tr("No program answers for this file"), m_shownItem->filePath, true);
+}
+
+void AppDelegate::copyCurrentPath() {
+    if (m_shownItem)
+        QGuiApplication::clipboard()->setText(platform::displayPath(m_shownItem->filePath));
+}
+
+void AppDelegate::chooseArtwork() {
+    if (m_shownItem)
+        m_window->detailPane()->chooseArtwork();
+}
+
+void AppDelegate::pasteArtwork() {
+    if (m_shownItem)
+        m_window->detailPane()->pasteArtwork();
+}
+
+void AppDelegate::revertEdits() {
+    if (const media::ItemPointer item = m_shownItem)
+        isAudio(item->filePath) ? ShowAudioViewWithItem(item) : ShowVideoViewWithItem(item);
 }
 
 void AppDelegate::showNoSelectionAlert() {

@@ -4,10 +4,13 @@
 #include "app/windows/about_window.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
+#include "app/windows/window_settings.h"
 #include "platform/foundation/file_manager.h"
+#include "platform/foundation/paths.h"
 #include "platform/workspace/ns_workspace.h"
 
 #include <QFileDialog>
+#include <QSettings>
 
 namespace clipheave::app {
 
@@ -20,6 +23,11 @@ constexpr char kProductPage[] = "https://clipheave.example/";
 } // namespace
 
 void AppDelegate::applyPreferenceValues() {
+    if (const QString backup = m_defaults->setAsideWhenBroken(); !backup.isEmpty())
+        m_activity->addLog(tr("The preferences could not be read: the defaults apply, the file is "
+                              "kept as %1")
+                               .arg(platform::displayPath(backup)),
+                           m_defaults->filePath(), true);
     const auto applied = media::applyPreferencesAtStart(*m_defaults);
     m_preferences = applied ? *applied : media::readPreferences(*m_defaults);
     if (!applied)
@@ -46,7 +54,71 @@ void AppDelegate::ResetPreferenceSetting() {
     if (const auto stored = media::setStorageLocation(*m_defaults, folder); !stored)
         m_activity->addLog(stored.error().text(), folder, true);
     m_window->setStorageLocation(folder);
+    storeStampChoices();
     m_preferencesWindow->hide();
+}
+
+void AppDelegate::ShowFontPanelAction() {
+    if (!m_fontPanel) {
+        QFont first(QStringLiteral("Lucida Grande"));
+        first.setPointSize(14);
+        m_fontPanel = new QFontDialog(first, m_window.get());
+        m_fontPanel->setAttribute(Qt::WA_DeleteOnClose);
+        m_fontPanel->setOption(QFontDialog::NoButtons);
+        connect(m_fontPanel, &QFontDialog::currentFontChanged, this, &AppDelegate::changeFont);
+    }
+    m_fontPanel->show();
+    m_fontPanel->raise();
+    m_fontPanel->activateWindow();
+}
+
+void AppDelegate::changeFont(const QFont& font) {
+    m_preferences.currentFontname = font.family();
+    m_preferences.currentFontSize = font.pointSize();
+    m_preferences.fontLabel = QStringLiteral("%1 %2").arg(font.family()).arg(font.pointSize());
+    m_preferencesWindow->setStampFont(font.family(), font.pointSize());
+    m_fontChosen = true;
+}
+
+void AppDelegate::chooseAppearance(Appearance appearance) {
+    Theme::instance().apply(appearance);
+    QSettings(windowSettingsFile(), QSettings::IniFormat)
+        .setValue(QStringLiteral("appearance"), static_cast<int>(appearance));
+}
+
+void AppDelegate::appearanceSystem() {
+    chooseAppearance(Appearance::System);
+}
+
+void AppDelegate::appearanceDark() {
+    chooseAppearance(Appearance::Dark);
+}
+
+void AppDelegate::appearanceLight() {
+    chooseAppearance(Appearance::Light);
+}
+
+/// The date stamp's choices. Deliberate: a pop-up in which nothing is chosen leaves what is stored
+/// alone, and the font is stored only once the font panel was used: until then the first start's
+/// label and size stand side by side as they are.
+void AppDelegate::storeStampChoices() {
+    QList<std::pair<const char16_t*, QVariant>> choices;
+    if (const QString position = m_preferencesWindow->position(); !position.isEmpty()) {
+        m_preferences.position = position;
+        choices.append({media::kPositionKey, position});
+    }
+    if (const QString format = m_preferencesWindow->dateFormat(); !format.isEmpty()) {
+        m_preferences.dateFormat = format;
+        choices.append({media::kDateFormatKey, format});
+    }
+    if (m_fontChosen) {
+        choices.append({media::kFontNameKey, m_preferences.currentFontname});
+        choices.append({media::kFontSizeKey, m_preferences.currentFontSize});
+    }
+    for (const auto& [key, value] : choices)
+        if (const auto stored = m_defaults->setObject_forKey(value, QString::fromUtf16(key));
+            !stored)
+            m_activity->addLog(stored.error().text(), {}, true);
 }
 
 void AppDelegate::ChangeStoreLocation() {

@@ -9,7 +9,10 @@
 #include "platform/image/picture_transcode.h"
 #include "platform/workspace/ns_workspace.h"
 
+#include <QSet>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace clipheave::app {
 
@@ -31,10 +34,39 @@ FileState stateOf(metadata::WriteStatus status) {
     return FileState::Skipped;
 }
 
+/// The operation of a writing command.
+using Writer = void (metadata::VideoMetadata::*)(const metadata::WriteRequest&);
+
+Writer writerOf(AppDelegate::JobKind kind) {
+    switch (kind) {
+    case AppDelegate::JobKind::RemoveMetadata:
+        return &metadata::VideoMetadata::RemoveMediaFileAction;
+    case AppDelegate::JobKind::TitleToName:
+        return &metadata::VideoMetadata::CopyvideoTitletoFileNameAction;
+    case AppDelegate::JobKind::NameToTitle:
+        return &metadata::VideoMetadata::CopyvideofilenametoTitleAction;
+    default:
+        return &metadata::VideoMetadata::SaveMeidaFileChangesAction;
+    }
+}
+
+QString titleOfJob(AppDelegate::JobKind kind) {
+    switch (kind) {
+    case AppDelegate::JobKind::RemoveMetadata:
+        return AppDelegate::tr("Remove metadata");
+    case AppDelegate::JobKind::TitleToName:
+        return AppDelegate::tr("Copy title to file name");
+    case AppDelegate::JobKind::NameToTitle:
+        return AppDelegate::tr("Copy file name to title");
+    default:
+        return AppDelegate::tr("Save changes");
+    }
+}
+
 } // namespace
 
-/// One press of Save: what is still under way and what came out.
-struct AppDelegate::SaveRun {
+/// One press of a writing command: what is still under way and what came out.
+struct AppDelegate::WriteRun {
     int job = 0;
     int left = 0;
     QStringList outputs;
@@ -42,52 +74,113 @@ struct AppDelegate::SaveRun {
 };
 
 void AppDelegate::SaveMeidaFileChangesAction() {
-    const auto items = selectedItems();
+    writeItems(JobKind::Save, selectedItems());
+}
+
+void AppDelegate::RemoveAllMediaFileAction() {
+    writeItems(JobKind::RemoveMetadata, m_items);
+}
+
+void AppDelegate::RemoveSelectedMediaFileAction() {
+    writeItems(JobKind::RemoveMetadata, selectedItems());
+}
+
+void AppDelegate::CopyvideoTitletoFileNameAction() {
+    writeItems(JobKind::TitleToName, selectedItems());
+}
+
+void AppDelegate::CopyvideofilenametoTitleAction() {
+    writeItems(JobKind::NameToTitle, selectedItems());
+}
+
+void AppDelegate::writeItems(JobKind kind, const std::vector<media::ItemPointer>& items) {
     if (items.empty())
         return showNoSelectionAlert();
-    startSave(items);
+    startWrite(kind, items);
 }
 
 void AppDelegate::retryJob(int id) {
     const ActivityJob* job = m_activity->job(id);
-    if (!job)
+    const auto kind = m_jobKinds.find(id);
+    if (!job || kind == m_jobKinds.end())
         return;
-    std::vector<media::ItemPointer> again;
+    QStringList failed;
     for (const ActivityFile& file : job->files)
-        for (const auto& item : m_items)
-            if (file.state == FileState::Failed && item->filePath == file.source) {
-                again.push_back(item);
-                break;
-            }
-    if (!again.empty())
-        startSave(again);
+        if (file.state == FileState::Failed)
+            failed.append(file.source);
+    if (kind->second == JobKind::Import || kind->second == JobKind::ImportPhotos)
+        retryImport(failed, kind->second == JobKind::ImportPhotos);
+    else
+        retryWrite(kind->second, failed);
 }
 
-void AppDelegate::startSave(const std::vector<media::ItemPointer>& items) {
-    auto run = std::make_shared<SaveRun>();
-    run->job = m_activity->beginJob(tr("Save changes"), static_cast<int>(items.size()));
+void AppDelegate::cancelJob(int id) {
+    if (const auto run = m_writeRuns.find(id); run != m_writeRuns.end())
+        run->second->writer->cancel();
+}
+
+void AppDelegate::retryWrite(JobKind kind, const QStringList& paths) {
+    std::vector<media::ItemPointer> again;
+    for (const QString& path : paths) {
+        const auto item =
+            std::find_if(m_items.begin(), m_items.end(),
+                         [&path](const auto& candidate) { return candidate->filePath == path; });
+        if (item != m_items.end())
+            again.push_back(*item);
+    }
+    if (!again.empty())
+        startWrite(kind, again);
+}
+
+void AppDelegate::retryImport(const QStringList& paths, bool photos) {
+    // A file that could be read only in part is in the list already: the new reading takes its
+    // place.
+    const QSet<QString> again(paths.begin(), paths.end());
+    std::erase_if(m_items, [this, &again](const media::ItemPointer& item) {
+        const bool goes = !item->problem.isEmpty() && again.contains(item->filePath);
+        m_totalBytes -= goes ? item->sizeBytes : 0;
+        return goes;
+    });
+    restoreImportOrder();
+    runImport(paths, photos);
+}
+
+std::vector<metadata::WriteRequest>
+AppDelegate::writeRequests(const std::vector<media::ItemPointer>& items) const {
+    const media::VideoPane pane = m_window->detailPane()->videoPane();
+    std::vector<metadata::WriteRequest> requests;
+    for (const auto& item : items)
+        requests.push_back(
+            {item, pane, m_preferences.storagelocation, m_bImportLocalFolder, m_bImportLocalPath});
+    return requests;
+}
+
+void AppDelegate::startWrite(JobKind kind, const std::vector<media::ItemPointer>& items) {
+    auto run = std::make_shared<WriteRun>();
+    run->job = m_activity->beginJob(titleOfJob(kind), static_cast<int>(items.size()));
     run->left = static_cast<int>(items.size());
+    m_jobKinds[run->job] = kind;
+    m_writeRuns[run->job] = run;
     m_activity->setCanCancel(run->job, true);
-    ++m_runningSaves;
     // Outcomes arrive on export threads; the run's own state lives on this one.
     run->writer = std::make_unique<metadata::VideoMetadata>(
-        [this, run](const metadata::WriteOutcome& outcome) {
+        [this, run = run.get()](const metadata::WriteOutcome& outcome) {
             QMetaObject::invokeMethod(
                 this, [this, run, outcome] { takeOutcome(*run, outcome); }, Qt::QueuedConnection);
         });
-    std::vector<metadata::SaveRequest> requests;
-    for (const auto& item : items)
-        requests.push_back(
-            {item, m_window->detailPane()->videoPane(), m_preferences.storagelocation});
+    QStringList sources;
+    for (const auto& item : m_items)
+        sources.append(item->filePath);
     watchProgress(run);
-    // Reading headers and copying files unchanged take their time: not on this thread.
-    platform::BackgroundJob::detach([run, requests = std::move(requests)] {
-        for (const metadata::SaveRequest& request : requests)
-            run->writer->SaveMeidaFileChangesAction(request);
+    // Looking at files, reading headers and copying take their time: not on this thread.
+    platform::BackgroundJob::detach([run, kind, sources, requests = writeRequests(items)] {
+        run->writer->protectSources(sources);
+        for (const metadata::WriteRequest& request : requests)
+            (run->writer.get()->*writerOf(kind))(request);
     });
 }
 
-void AppDelegate::watchProgress(const std::shared_ptr<SaveRun>& run) {
+void AppDelegate::watchProgress(const std::shared_ptr<WriteRun>& run) {
     auto* timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, [this, timer, run] {
         if (run->left == 0)
@@ -98,7 +191,7 @@ void AppDelegate::watchProgress(const std::shared_ptr<SaveRun>& run) {
     timer->start(kProgressInterval);
 }
 
-void AppDelegate::takeOutcome(SaveRun& run, const metadata::WriteOutcome& outcome) {
+void AppDelegate::takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome) {
     ActivityFile file{outcome.source, outcome.outputs, stateOf(outcome.status), outcome.message};
     if (file.note.isEmpty() && !outcome.outputs.isEmpty())
         if (const auto attributes =
@@ -114,7 +207,7 @@ void AppDelegate::takeOutcome(SaveRun& run, const metadata::WriteOutcome& outcom
     m_activity->endJob(run.job);
     if (!run.outputs.isEmpty())
         platform::NSWorkspace::sharedWorkspace().selectFiles(run.outputs);
-    --m_runningSaves;
+    m_writeRuns.erase(run.job); // the last use of the run
     Q_EMIT saveFinished();
 }
 

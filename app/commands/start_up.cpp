@@ -8,13 +8,17 @@
 #include "platform/foundation/log.h"
 #include "platform/foundation/notification_center.h"
 #include "platform/media/av_asset_export_session.h"
+#include "platform/player/mpv_player.h"
 #include "platform/workspace/system_version.h"
 
 #include <QApplication>
+#include <QTimer>
 
 namespace clipheave::app {
 
 namespace {
+
+constexpr int kIdleAfterStart = 300; // ms
 
 AppDelegate* s_controller = nullptr;
 
@@ -26,13 +30,15 @@ AppDelegate::AppDelegate(std::unique_ptr<platform::NSUserDefaults> defaults, QOb
       m_mediaController(std::make_unique<MediaListModel>()) {
     s_controller = this;
     observeNotifications();
+    takeLogLines();
 }
 
 AppDelegate::~AppDelegate() {
+    m_logLines.reset();
     m_stopping = true;
     platform::AVAssetExportSession::cancelAllExports();
     // Workers hand over to this thread and wait for it: let them through until they have ended.
-    while (m_runningImports > 0 || m_runningSaves > 0)
+    while (m_runningImports > 0 || !m_writeRuns.empty())
         QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
     platform::AVAssetExportSession::waitForAllExports();
     platform::NSNotificationCenter::defaultCenter().removeObserver(this);
@@ -61,6 +67,20 @@ void AppDelegate::observeNotifications() {
         center.addObserver_name(
             this, QString::fromUtf16(name),
             [this, handler = handler](QObject* object) { (this->*handler)(object); });
+}
+
+/// What the layers below have to say comes into the activity log, whichever thread says it.
+void AppDelegate::takeLogLines() {
+    m_logLines = std::make_unique<platform::LogSubscription>(
+        platform::LogLevel::Info, [this](const platform::LogLine& line) {
+            QMetaObject::invokeMethod(
+                this,
+                [this, line] {
+                    m_activity->addLog(line.text, line.path,
+                                       line.level >= platform::LogLevel::Warning);
+                },
+                Qt::QueuedConnection);
+        });
 }
 
 void AppDelegate::getSystemVersionMajor_minor_bugFix(unsigned* major, unsigned* minor,
@@ -94,6 +114,9 @@ void AppDelegate::applicationDidFinishLaunching() {
     m_window->show();
     m_window->raise();
     m_window->activateWindow();
+    // The player's library takes some 100 ms to load: after the first frame, not before it and not
+    // when the first video is chosen.
+    QTimer::singleShot(kIdleAfterStart, this, [] { platform::MpvPlayer::preload(); });
 }
 
 bool AppDelegate::windowShouldClose() {

@@ -63,7 +63,12 @@ bool takesDrop(const QStringList& paths) {
             isFolder);
 }
 
-DropOutline::DropOutline(QAbstractScrollArea* view) : QWidget(view), m_view(view) {
+bool takesPhotoDrop(const QStringList& paths) {
+    return !paths.isEmpty() && media::MediaKind::isPhoto(paths.front());
+}
+
+DropOutline::DropOutline(QAbstractScrollArea* view, bool photosToo)
+    : QWidget(view), m_view(view), m_photosToo(photosToo) {
     setObjectName(QStringLiteral("dropOutline"));
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setAttribute(Qt::WA_NoSystemBackground);
@@ -74,7 +79,7 @@ DropOutline::DropOutline(QAbstractScrollArea* view) : QWidget(view), m_view(view
 
 void DropOutline::enter(QDropEvent& event) {
     m_paths = event.source() == m_view ? QStringList() : droppedPaths(event.mimeData());
-    if (!takesDrop(m_paths)) {
+    if (!takesDrop(m_paths) && !(m_photosToo && takesPhotoDrop(m_paths))) {
         m_paths.clear();
         event.ignore();
         return;

@@ -15,12 +15,16 @@ namespace clipheave::app {
 /// True when the first path is an audio file, a video file or a folder.
 [[nodiscard]] bool takesDrop(const QStringList& paths);
 
+/// True when the first path is a photo.
+[[nodiscard]] bool takesPhotoDrop(const QStringList& paths);
+
 /// Lets files and folders be dropped onto a list view: while a drag that is taken is over the view,
 /// an outline and "Add 12 items" say so; any other drag, one from this view included, is refused.
 class DropOutline : public QWidget {
     Q_OBJECT
 public:
-    explicit DropOutline(QAbstractScrollArea* view);
+    /// `photosToo`: a drag whose first path is a photo is taken as well.
+    explicit DropOutline(QAbstractScrollArea* view, bool photosToo = false);
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
@@ -34,6 +38,7 @@ private:
     void end();
 
     QAbstractScrollArea* m_view;
+    bool m_photosToo;
     QStringList m_paths; ///< of the drag over the view; empty when it is refused
 };
 

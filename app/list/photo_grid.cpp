@@ -47,7 +47,7 @@ PhotoGrid::PhotoGrid(QWidget* parent)
     setMouseTracking(true);
     setViewportMargins(kSideMargin, 0, kSideMargin, 0);
     setItemDelegate(new PhotoTileDelegate(this));
-    auto* drop = new DropOutline(this);
+    auto* drop = new DropOutline(this, true);
     connect(drop, &DropOutline::pathsDropped, this, &PhotoGrid::pathsDropped);
     connect(&Theme::instance(), &Theme::changed, viewport(), qOverload<>(&QWidget::update));
     m_requestTimer.setSingleShot(true);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/panes/detail_pane.h"
 
+#include "app/panes/artwork_well.h"
 #include "app/panes/audio_pane_view.h"
 #include "app/panes/elided_label.h"
 #include "app/panes/player_view.h"
@@ -15,12 +16,35 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <climits>
+
 namespace clipheave::app {
 
 namespace {
 
 constexpr int kPaneHead = 44, kPaneFoot = 52;
+constexpr int kNoteLines = 2;
+constexpr int kMostNotedNames = 3, kShortName = 24, kMostTipNames = 30;
 enum PaneIndex { kEmptyPane, kVideoPane, kAudioPane };
+
+/// The middle gives way, so that the extension stays.
+QString shortened(const QString& name, int length) {
+    return name.size() <= length
+               ? name
+               : name.left(length / 2) + QChar(0x2026) + name.right(length - length / 2 - 1);
+}
+
+/// "a.mp4, b.mov and 3 more"
+QString someNames(const QStringList& names, qsizetype shown, int length) {
+    QStringList some;
+    for (const QString& name : names.first(shown))
+        some.append(shortened(name, length));
+    const QString last = names.size() > shown ? DetailPane::tr("%1 more").arg(names.size() - shown)
+                                              : some.takeLast();
+    return some.isEmpty() ? last
+                          : DetailPane::tr("%1 and %2").arg(some.join(QStringLiteral(", ")), last);
+}
 
 } // namespace
 
@@ -110,7 +134,8 @@ QWidget* DetailPane::makeFoot() {
     row->addWidget(info);
     m_note = new TokenLabel({}, FontRole::Cell, Token::text2, foot);
     m_note->setObjectName(QStringLiteral("saveNote"));
-    m_note->setWordWrap(true); // two lines in a narrow pane
+    m_note->setWordWrap(true);            // two lines in a narrow pane
+    m_note->setTextFormat(Qt::PlainText); // names of files
     row->addWidget(m_note, 1);
     auto* save =
         new PictureButton(ButtonKind::Primary, tr("Save Changes"), QStringLiteral("check"), foot);
@@ -136,6 +161,9 @@ void DetailPane::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     m_video->setPaneWidth(width());
     m_audio->setPaneWidth(width());
+    if (m_foot->layout())
+        m_foot->layout()->activate();
+    refreshNote();
 }
 
 void DetailPane::setHead(const QString& name, const QString& icon, Token token) {
@@ -180,11 +208,55 @@ void DetailPane::setArtwork(const platform::EncodedPicture& picture) {
         m_video->setArtwork(picture);
 }
 
+void DetailPane::pasteArtwork() {
+    if (auto* well = m_stack->currentWidget()->findChild<ArtworkWell*>())
+        well->paste();
+}
+
 void DetailPane::setTouchedCount(int count) {
+    m_touchedNames.clear();
+    m_note->setToolTip({});
     m_note->setText(
         count > 1
             ? tr("Writes to all %1 selected files, as copies in the storage folder").arg(count)
             : tr("Saves a copy in the storage folder; the original is not changed"));
+}
+
+void DetailPane::setTouchedNames(const QStringList& names, bool sorted) {
+    setTouchedCount(static_cast<int>(names.size()));
+    if (!sorted || names.isEmpty())
+        return;
+    m_touchedNames = names;
+    QStringList tip = names.first(std::min<qsizetype>(names.size(), kMostTipNames));
+    if (names.size() > tip.size())
+        tip.append(tr("and %1 more").arg(names.size() - tip.size()));
+    m_note->setToolTip(
+        QStringLiteral("<p style='white-space:pre'>%1</p>").arg(tip.join(u'\n').toHtmlEscaped()));
+    refreshNote();
+}
+
+/// As many names as two lines hold; where not even one short one fits, it is cut further.
+void DetailPane::refreshNote() {
+    if (m_touchedNames.isEmpty())
+        return;
+    const QFontMetrics metrics = m_note->fontMetrics();
+    const auto fits = [&](const QString& text) {
+        const QRect room(0, 0, std::max(m_note->width(), 1), 1000);
+        return metrics.boundingRect(room, Qt::TextWordWrap | Qt::TextWrapAnywhere, text).height() <=
+               kNoteLines * metrics.lineSpacing();
+    };
+    const auto most = std::min<qsizetype>(m_touchedNames.size(), kMostNotedNames);
+    QString text;
+    for (const int length : {INT_MAX, kShortName, kShortName / 2})
+        for (qsizetype shown = most; shown > 0; --shown) {
+            const QString names = someNames(m_touchedNames, shown, length);
+            text = m_touchedNames.size() > 1
+                       ? tr("Writes to %1, as copies in the storage folder").arg(names)
+                       : tr("Writes to %1, as a copy in the storage folder").arg(names);
+            if (fits(text))
+                return m_note->setText(text);
+        }
+    m_note->setText(text);
 }
 
 QString DetailPane::footNote() const {

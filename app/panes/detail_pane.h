@@ -4,6 +4,8 @@
 #include "app/panes/video_pane_view.h"
 #include "app/theme/theme.h"
 
+#include <QStringList>
+
 class QScrollArea;
 class QStackedWidget;
 
@@ -33,8 +35,15 @@ public:
     void setLocationTextRule(VideoPaneView::LocationRule rule) {
         m_video->setLocationRule(std::move(rule));
     }
+    /// Asks for a picture file for the well of the pane that is shown.
+    void chooseArtwork();
+    /// Takes a picture file from the clipboard into that well.
+    void pasteArtwork();
     /// How many files Save will write; the foot says so.
     void setTouchedCount(int count);
+    /// The files that Save will write. While the list is `sorted` the foot names them, because rows
+    /// are taken by import order then and others than the marked ones may be meant.
+    void setTouchedNames(const QStringList& names, bool sorted);
     [[nodiscard]] QString footNote() const;
 
 Q_SIGNALS:
@@ -54,11 +63,12 @@ private:
     QWidget* makeEmpty();
     QScrollArea* scrolled(QWidget* body);
     void setHead(const QString& name, const QString& icon, Token token);
-    void chooseArtwork();
+    void refreshNote();
 
     TokenIcon* m_kind = nullptr;
     ElidedLabel* m_name = nullptr;
     TokenLabel* m_note = nullptr;
+    QStringList m_touchedNames; ///< empty: the note counts them
     PictureButton *m_reveal = nullptr, *m_more = nullptr;
     QWidget* m_foot = nullptr;
     QStackedWidget* m_stack;

@@ -168,8 +168,10 @@ void VideoPaneView::beginEditing(EditField* field) {
         if (m_fields[i] == field)
             m_pane.flags.*media::videoFormFields()[i].group = true;
     // Deliberate: the altitude sets no flag.
-    if (field == m_latitude || field == m_longitude)
+    if (field == m_latitude || field == m_longitude) {
         m_pane.flags.gpsInfoChange = true;
+        showPosition(); // back to the place that is being edited, wherever the map was moved
+    }
     Q_EMIT fieldEditingBegan(field->objectName());
 }
 

@@ -239,6 +239,7 @@ int ThemeStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWid
     case SH_ComboBox_Popup:
         return 0; // a list below the field, not a menu over it
     case SH_DialogButtonBox_ButtonsHaveIcons:
+    case SH_UnderlineShortcut: // Alt and a letter open a menu without lines under all titles
         return 0;
     case SH_ScrollBar_LeftClickAbsolutePosition:
         return 1;

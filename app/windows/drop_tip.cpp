@@ -110,7 +110,8 @@ void DropTip::paintEvent(QPaintEvent*) {
 }
 
 void DropTip::dragEnterEvent(QDragEnterEvent* event) {
-    if (!takesDrop(app::droppedPaths(event->mimeData())))
+    const QStringList paths = app::droppedPaths(event->mimeData());
+    if (!takesDrop(paths) && !takesPhotoDrop(paths))
         return;
     m_dragging = true;
     update();
@@ -129,7 +130,10 @@ void DropTip::dropEvent(QDropEvent* event) {
     m_paths = app::droppedPaths(event->mimeData());
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    Q_EMIT pathsDropped(m_paths);
+    if (takesDrop(m_paths))
+        Q_EMIT pathsDropped(m_paths);
+    else
+        Q_EMIT photosDropped(m_paths);
 }
 
 } // namespace clipheave::app

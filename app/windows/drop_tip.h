@@ -15,6 +15,8 @@ public:
 
 Q_SIGNALS:
     void pathsDropped(const QStringList& paths);
+    /// The first path is a photo.
+    void photosDropped(const QStringList& paths);
     void addRequested();
     void deviceRequested();
 

@@ -9,7 +9,6 @@
 #include "app/list/photo_grid.h"
 #include "app/panes/artwork_well.h"
 #include "app/panes/detail_pane.h"
-#include "app/theme/theme.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/picture_button.h"
 #include "app/widgets/title_bar.h"
@@ -114,16 +113,6 @@ void MainWindow::toggleActivity() {
 
 void MainWindow::toggleFullScreen() {
     setWindowState(windowState() ^ Qt::WindowFullScreen);
-}
-
-void MainWindow::appearanceSystem() {
-    Theme::instance().apply(Appearance::System);
-}
-void MainWindow::appearanceDark() {
-    Theme::instance().apply(Appearance::Dark);
-}
-void MainWindow::appearanceLight() {
-    Theme::instance().apply(Appearance::Light);
 }
 
 bool MainWindow::editFocusedField(const char* operation) {

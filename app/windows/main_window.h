@@ -54,9 +54,6 @@ public:
     Q_INVOKABLE void toggleDetailPane();
     Q_INVOKABLE void toggleActivity();
     Q_INVOKABLE void toggleFullScreen();
-    Q_INVOKABLE void appearanceSystem();
-    Q_INVOKABLE void appearanceDark();
-    Q_INVOKABLE void appearanceLight();
     // Edit menu: on the field that has the focus, else on the list
     Q_INVOKABLE void undo();
     Q_INVOKABLE void redo();
@@ -89,10 +86,11 @@ Q_SIGNALS:
     void selectionChanged();
     void columnClicked(int column);
     void pathsDropped(const QStringList& paths);
-    void photosDropped(const QStringList& paths); ///< onto the photo grid
+    void photosDropped(const QStringList& paths); ///< onto the photo grid, or photos anywhere
     void removeRequested();
     void addRequested();
-    void commandRequested(const QString& command);
+    /// `title`: the fixed title of the menu entry, which tells commands with many entries apart.
+    void commandRequested(const QString& command, const QString& title);
     void systemCloseRequested();
     void storageFolderRequested();
 
@@ -112,6 +110,10 @@ private:
     void makeMenus();
     void fillMenu(QMenu& menu, const MenuEntry* entries, int count, bool withShortcuts);
     void connectViews();
+    void makeBandKeys();
+    /// F6: the first stop of the next band (tools, list, pane, activity) takes the focus.
+    void moveToBand(bool forward);
+    [[nodiscard]] static QWidget* firstStop(QWidget* band);
     void restoreLayout();
     void saveLayout() const;
     [[nodiscard]] Qt::Edges edgesAt(QPoint position) const;
@@ -120,6 +122,7 @@ private:
     [[nodiscard]] QAbstractItemView* currentView() const;
 
     TitleBar* m_titleBar = nullptr;
+    QWidget* m_toolBar = nullptr;
     QStackedWidget* m_toolSets = nullptr;
     QSplitter* m_splitter = nullptr;
     Segment* m_sourceSegment = nullptr;

@@ -29,8 +29,9 @@ void MainWindow::fillMenu(QMenu& menu, const MenuEntry* entries, int count, bool
         if (withShortcuts && entry.shortcut)
             action->setShortcut(QKeySequence(QLatin1String(entry.shortcut)));
         const QString command = QLatin1String(entry.command);
-        connect(action, &QAction::triggered, this,
-                [this, command] { Q_EMIT commandRequested(command); });
+        connect(action, &QAction::triggered, this, [this, action, command] {
+            Q_EMIT commandRequested(command, action->data().toString());
+        });
     }
 }
 

@@ -12,15 +12,20 @@
 #include "app/widgets/token_label.h"
 #include "app/windows/drop_tip.h"
 #include "app/windows/main_window.h"
+#include "app/windows/window_settings.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QItemSelectionModel>
 #include <QLabel>
+#include <QMenu>
 #include <QSettings>
+#include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
-#include <QStandardPaths>
 #include <QVBoxLayout>
+
+#include <array>
 
 namespace clipheave::app {
 
@@ -43,12 +48,6 @@ PictureButton* tool(const char* name, const QString& label, const char* picture,
     return button;
 }
 
-/// Window geometry and the like live apart from the five preference keys.
-QString layoutFile() {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-           QStringLiteral("/clipheave/window.conf");
-}
-
 } // namespace
 
 MainWindow::MainWindow(MediaListModel& model, ActivityModel& activity) {
@@ -65,7 +64,8 @@ MainWindow::MainWindow(MediaListModel& model, ActivityModel& activity) {
     m_titleBar->minimiseButton()->setObjectName(QStringLiteral("minimiseBtn"));
     m_titleBar->resizeButton()->setObjectName(QStringLiteral("resizeBtn"));
     column->addWidget(m_titleBar);
-    column->addWidget(makeToolBar());
+    m_toolBar = makeToolBar();
+    column->addWidget(m_toolBar);
     m_splitter = new QSplitter(Qt::Horizontal, body);
     m_splitter->setHandleWidth(1);
     m_splitter->setChildrenCollapsible(false);
@@ -76,6 +76,8 @@ MainWindow::MainWindow(MediaListModel& model, ActivityModel& activity) {
     m_splitter->addWidget(m_detailPane);
     m_splitter->setStretchFactor(0, 1);
     m_splitter->setStretchFactor(1, 0);
+    // A splitter puts what it gets below what it has; assistive technology reads from the bottom.
+    m_splitter->widget(0)->lower();
     column->addWidget(m_splitter, 1);
     m_activityBar = new ActivityBar(activity, body);
     m_activityPanel = new ActivityPanel(activity, body);
@@ -84,6 +86,7 @@ MainWindow::MainWindow(MediaListModel& model, ActivityModel& activity) {
     setCentralWidget(body);
     makeMenus();
     connectViews();
+    makeBandKeys();
     restoreLayout();
 }
 
@@ -151,9 +154,11 @@ QWidget* MainWindow::makeLeftSide(MediaListModel& model) {
     m_leftStack = new QStackedWidget(side);
     auto* tip = new DropTip(m_leftStack);
     connect(tip, &DropTip::pathsDropped, this, &MainWindow::pathsDropped);
+    connect(tip, &DropTip::photosDropped, this, &MainWindow::photosDropped);
     connect(tip, &DropTip::addRequested, this, &MainWindow::addRequested);
-    connect(tip, &DropTip::deviceRequested, this,
-            [this] { Q_EMIT commandRequested(QStringLiteral("ChangeToImportiOSDevicePhoto")); });
+    connect(tip, &DropTip::deviceRequested, this, [this] {
+        Q_EMIT commandRequested(QStringLiteral("ChangeToImportiOSDevicePhoto"), {});
+    });
     m_leftStack->addWidget(tip);
     m_listStack = new QStackedWidget(m_leftStack);
     m_listStack->setObjectName(QStringLiteral("leftphotoScrView"));
@@ -210,6 +215,9 @@ void MainWindow::connectViews() {
     connect(m_table, &MediaTableView::pathsDropped, this, &MainWindow::pathsDropped);
     connect(m_table, &MediaTableView::removeRequested, this, &MainWindow::removeRequested);
     connect(m_grid, &PhotoGrid::pathsDropped, this, &MainWindow::photosDropped);
+    connect(m_detailPane, &DetailPane::moreRequested, this, [this](const QPoint& position) {
+        menu(QStringLiteral("detailMoreMenu"))->popup(position);
+    });
     connect(m_grid, &PhotoGrid::removeRequested, this, &MainWindow::removeRequested);
     for (QAbstractItemView* view :
          {static_cast<QAbstractItemView*>(m_table), static_cast<QAbstractItemView*>(m_grid)})
@@ -225,18 +233,68 @@ void MainWindow::connectViews() {
             });
 }
 
+void MainWindow::makeBandKeys() {
+    for (const bool forward : {true, false}) {
+        auto* key = new QShortcut(
+            forward ? QKeySequence(Qt::Key_F6) : QKeySequence(Qt::SHIFT | Qt::Key_F6), this);
+        connect(key, &QShortcut::activated, this, [this, forward] { moveToBand(forward); });
+    }
+}
+
+void MainWindow::moveToBand(bool forward) {
+    QWidget* const leftBand =
+        m_leftStack->currentIndex() == 0 ? m_leftStack->currentWidget() : currentView();
+    const std::array<QWidget*, 4> bands{m_toolBar, leftBand, m_detailPane, m_activityBar};
+    const auto holdsFocus = [](QWidget* band) {
+        const QWidget* focus = QApplication::focusWidget();
+        return focus && (band == focus || band->isAncestorOf(focus));
+    };
+    const int count = static_cast<int>(bands.size());
+    int band = 0;
+    while (band < count && !holdsFocus(bands[static_cast<std::size_t>(band)]))
+        ++band;
+    if (band == count) // the head of the list, the open activity panel: as if before the list
+        band = 0;
+    for (int i = 1; i <= count; ++i) {
+        const int next = (band + (forward ? i : count - i)) % count;
+        if (QWidget* target = firstStop(bands[static_cast<std::size_t>(next)]))
+            return target->setFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    }
+}
+
+QWidget* MainWindow::firstStop(QWidget* band) {
+    QWidget* widget = band;
+    do {
+        const bool inside = widget == band || band->isAncestorOf(widget);
+        if (inside && widget->isVisible() && widget->isEnabled() &&
+            (widget->focusPolicy() & Qt::TabFocus) != 0)
+            return widget;
+        widget = widget->nextInFocusChain();
+    } while (widget != band);
+    return nullptr;
+}
+
 void MainWindow::restoreLayout() {
-    const QSettings settings(layoutFile(), QSettings::IniFormat);
+    const QSettings settings(windowSettingsFile(), QSettings::IniFormat);
     resize(settings.value(QStringLiteral("window/size"), QSize(1440, 900))
                .toSize()
                .expandedTo(minimumSize()));
     const int right = settings.value(QStringLiteral("window/rightWidth"), kRightWidth).toInt();
     m_splitter->setSizes({width() - right, right});
+    QList<int> widths;
+    for (const QVariant& width : settings.value(QStringLiteral("window/columnWidths")).toList())
+        widths.append(width.toInt());
+    m_table->setUserColumnWidths(widths);
 }
 
 void MainWindow::saveLayout() const {
-    QSettings settings(layoutFile(), QSettings::IniFormat);
-    settings.setValue(QStringLiteral("window/size"), size());
+    QSettings settings(windowSettingsFile(), QSettings::IniFormat);
+    if (!isMaximized() && !isFullScreen())
+        settings.setValue(QStringLiteral("window/size"), size());
+    QVariantList widths;
+    for (const int width : m_table->userColumnWidths())
+        widths.append(width);
+    settings.setValue(QStringLiteral("window/columnWidths"), widths);
     if (!m_detailPane->isHidden() && m_splitter->sizes().value(1) > 0)
         settings.setValue(QStringLiteral("window/rightWidth"), m_splitter->sizes().value(1));
 }

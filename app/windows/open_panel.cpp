@@ -4,6 +4,7 @@
 #include "app/activity/activity_parts.h"
 #include "app/theme/theme.h"
 #include "app/widgets/parts.h"
+#include "app/windows/window_settings.h"
 #include "media/media_kind.h"
 
 #include <QAbstractItemView>
@@ -20,7 +21,6 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QSplitter>
-#include <QStandardPaths>
 #include <QToolButton>
 #include <QTreeView>
 
@@ -38,14 +38,8 @@ OpenPanel::Answerer& panelAnswerer() {
     return answerer;
 }
 
-/// Beside the window's layout, apart from the preference keys.
-QString panelSettingsFile() {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-           QStringLiteral("/clipheave/window.conf");
-}
-
 QString lastFolder() {
-    const QSettings settings(panelSettingsFile(), QSettings::IniFormat);
+    const QSettings settings(windowSettingsFile(), QSettings::IniFormat);
     const QString folder = settings.value(QString::fromUtf16(kLastFolderKey)).toString();
     return !folder.isEmpty() && QFileInfo(folder).isDir() ? folder : QDir::homePath();
 }
@@ -199,7 +193,7 @@ private:
 };
 
 void rememberFolder(const QString& folder) {
-    QSettings(panelSettingsFile(), QSettings::IniFormat)
+    QSettings(windowSettingsFile(), QSettings::IniFormat)
         .setValue(QString::fromUtf16(kLastFolderKey), folder);
 }
 

@@ -12,20 +12,24 @@
 #include "app/widgets/picture_button.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
+#include "app/windows/window_settings.h"
 #include "tests/testkit/testkit.h"
 
 #include <QAccessible>
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QSet>
+#include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
 
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -42,6 +46,8 @@ protected:
             std::make_unique<platform::NSUserDefaults>(dir.path(QStringLiteral("prefs.conf")));
         ASSERT_TRUE(defaults->setObject_forKey(dir.path(QStringLiteral("out")),
                                                QStringLiteral("storagePath")));
+        ASSERT_TRUE(defaults->setObject_forKey(QStringLiteral("lower left corner"),
+                                               QStringLiteral("Postion")));
         controller = std::make_unique<AppDelegate>(std::move(defaults));
         controller->awakeFromNib();
         controller->applicationDidFinishLaunching();
@@ -145,6 +151,64 @@ TEST_F(WindowTest, ImportAppendsAndTellsTroubles) {
     EXPECT_EQ(job.files.size(), 2u);
 }
 
+TEST_F(WindowTest, TryAgainReadsTheFailedFilesOfAnImport) {
+    const QString mended = dir.write(QStringLiteral("mended.mp4"), "no movie");
+    import({mended, dir.path(QStringLiteral("gone.mp4"))});
+    const int job = controller->activity()->jobs().front().id;
+    EXPECT_EQ(names(), list({"mended.mp4"}));
+    dir.write(QStringLiteral("mended.mp4"), movie("m"));
+    QSignalSpy done(controller.get(), &AppDelegate::importFinished);
+    Q_EMIT controller->activity()->retryRequested(job);
+    ASSERT_TRUE(done.wait(10'000));
+    EXPECT_EQ(names(), list({"mended.mp4"}));
+    EXPECT_EQ(controller->localPhotoItemArray().front()->fileTitle, u"m");
+}
+
+TEST_F(WindowTest, RemovingMetadataWritesACopyAndTheMenuTellsItsTitle) {
+    importThree();
+    window()->selectAll();
+    QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
+    controller->performCommand(QStringLiteral("RemoveSelectedMediaFileAction"));
+    ASSERT_TRUE(saved.wait(10'000));
+    EXPECT_EQ(controller->activity()->jobs().front().succeeded(), 3);
+    for (const char* name : {"a", "b", "c"}) {
+        const QByteArray cleared =
+            testkit::TempDir::read(dir.path(QStringLiteral("out/%1.mp4").arg(QLatin1String(name))));
+        EXPECT_FALSE(cleared.isEmpty());
+        EXPECT_FALSE(cleared.contains("\xA9"
+                                      "nam"));
+    }
+    QAction* speed = nullptr;
+    for (QAction* action :
+         window()->menu(QStringLiteral("videoEditMenu"))->findChildren<QAction*>())
+        if (action->data() == QStringLiteral("4X"))
+            speed = action;
+    ASSERT_TRUE(speed);
+    speed->trigger();
+    EXPECT_EQ(controller->activity()->log().back().text, u"4X: not available yet");
+}
+
+TEST_F(WindowTest, TheLogTakesLinesOfEveryLayerAndThread) {
+    const std::size_t before = controller->activity()->log().size();
+    std::thread([] {
+        platform::log(platform::LogLevel::Warning, QStringLiteral("odd"), u"/x"_qs);
+    }).join();
+    QCoreApplication::processEvents();
+    ASSERT_EQ(controller->activity()->log().size(), before + 1);
+    EXPECT_TRUE(controller->activity()->log().back().isError);
+}
+
+TEST_F(WindowTest, TheWindowKeepsItsLookForTheNextStart) {
+    window()->table()->setUserColumnWidths({0, 0, 0, 150, 0, 0, 0});
+    controller->appearanceLight();
+    controller = nullptr;
+    QSettings settings(windowSettingsFile(), QSettings::IniFormat);
+    EXPECT_EQ(settings.value(QStringLiteral("appearance")).toInt(), 2);
+    SetUp();
+    EXPECT_EQ(window()->table()->userColumnWidths().value(3), 150);
+    QFile::remove(windowSettingsFile());
+}
+
 TEST_F(WindowTest, ThePhotoGridTakesDropsAndTheDeleteKey) {
     importThree();
     window()->showPhotos();
@@ -204,6 +268,17 @@ TEST_F(WindowTest, PreferencesTakeTheFolderOnSaveOnly) {
     preferences->setStoragePath(dir.path(QStringLiteral("else")));
     controller->ResetPreferenceSetting();
     EXPECT_EQ(controller->storagelocation(), dir.path(QStringLiteral("else")));
+    const platform::NSUserDefaults stored(dir.path(QStringLiteral("prefs.conf")));
+    EXPECT_EQ(stored.stringForKey(QStringLiteral("Postion")), u"lower left corner")
+        << "nothing was chosen in the pop-up";
+    controller->ShowPreferenceSetting();
+    preferences->findChild<QComboBox*>(QStringLiteral("postionBtn"))->setCurrentIndex(1);
+    controller->changeFont(QFont(QStringLiteral("DejaVu Serif"), 21));
+    controller->ResetPreferenceSetting();
+    const platform::NSUserDefaults again(dir.path(QStringLiteral("prefs.conf")));
+    EXPECT_EQ(again.stringForKey(QStringLiteral("Postion")), u"Upper right corner");
+    EXPECT_EQ(again.stringForKey(QStringLiteral("fontName")), u"DejaVu Serif");
+    EXPECT_EQ(again.integerForKey(QStringLiteral("fontsize")), 21);
     EXPECT_TRUE(QDir(dir.path(QStringLiteral("else"))).exists());
     EXPECT_TRUE(preferences->isHidden());
 }
@@ -228,6 +303,25 @@ TEST_F(WindowTest, EveryControlHasANameForAssistiveTechnology) {
     QStringList unnamed;
     collectUnnamed(QAccessible::queryAccessibleInterface(window()), unnamed);
     EXPECT_TRUE(unnamed.isEmpty()) << unnamed.join(u", ").toStdString();
+}
+
+TEST_F(WindowTest, F6GoesRoundTheBandsBothWays) {
+    importThree();
+    window()->selectRow(0);
+    window()->activateWindow();
+    child<QWidget>("importPhotobtn")->setFocus();
+    const auto press = [&](Qt::KeyboardModifiers modifiers) {
+        QTest::keyClick(window(), Qt::Key_F6, modifiers);
+        return QApplication::focusWidget();
+    };
+    QList<QWidget*> stops;
+    for (int i = 0; i < 4; ++i)
+        stops.append(press(Qt::NoModifier));
+    EXPECT_EQ(stops[0], window()->table());
+    EXPECT_TRUE(window()->detailPane()->isAncestorOf(stops[1]));
+    EXPECT_EQ(QSet<QWidget*>(stops.begin(), stops.end()).size(), 4);
+    EXPECT_EQ(press(Qt::ShiftModifier), stops[2]);
+    EXPECT_EQ(press(Qt::ShiftModifier), stops[1]);
 }
 
 TEST_F(WindowTest, TabWalksTheFieldsOfThePaneInOrder) {
