@@ -101,6 +101,7 @@ void AudioPaneView::show(const media::IKImageItem& item, const media::AudioPane&
     m_artwork->setPicture(pane.texts.audioArtImageView);
     refreshChanges();
     player()->setFile(item.filePath);
+    m_player->transport()->showWaveform(item.filePath, item.modificationDate);
 }
 
 media::AudioPane AudioPaneView::pane() const {

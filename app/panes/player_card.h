@@ -18,6 +18,7 @@ public:
     ~PlayerCard() override;
 
     [[nodiscard]] PlayerView* player() const { return m_player; }
+    [[nodiscard]] TransportBar* transport() const { return m_transport; }
     /// px; the picture is 16:9 of it.
     void setCardWidth(int width);
     void toggleFullScreen();

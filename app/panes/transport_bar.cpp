@@ -1,19 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/panes/transport_bar.h"
 
+#include "app/panes/scrub_line.h"
+#include "app/panes/waveform.h"
 #include "platform/player/mpv_player.h"
 
 #include <QFocusEvent>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMouseEvent>
 #include <QPainter>
-#include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
 #include <algorithm>
-#include <climits>
 #include <cmath>
 
 namespace clipheave::app {
@@ -25,18 +24,11 @@ namespace {
 constexpr double kBarRadius = 8;
 constexpr int kWheelStep = 120; // one notch
 constexpr int kVolumeStep = 5;  // per cent
-constexpr double kTrackHeight = 4;
-constexpr double kKnobRadius = 6;
-constexpr int kSecond = 1000;
 constexpr double kPartDisabledOpacity = 0.4;
 
 /// The bar continues the picture, so it is dark in both themes.
 QColor barColour(Token token) {
     return Theme::colorOf(token, true);
-}
-
-int milliseconds(double seconds) {
-    return static_cast<int>(std::clamp(std::round(seconds * kSecond), 0.0, double{INT_MAX}));
 }
 
 void setLabelColour(QLabel* label, Token token) {
@@ -56,89 +48,6 @@ QString transportTime(double seconds, bool hundredths) {
     const QString text =
         QStringLiteral("%1:%2").arg(ticks / 6000, 2, 10, zero).arg(ticks / 100 % 60, 2, 10, zero);
     return hundredths ? QStringLiteral("%1.%2").arg(text).arg(ticks % 100, 2, 10, zero) : text;
-}
-
-ScrubLine::ScrubLine(QWidget* parent) : QSlider(Qt::Horizontal, parent) {
-    setAccessibleName(tr("Position"));
-    setFocusPolicy(Qt::TabFocus);
-    setSingleStep(kSecond);
-    setPageStep(10 * kSecond);
-    setRange(0, 0);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-}
-
-void ScrubLine::showPosition(double seconds, double duration) {
-    if (isSliderDown())
-        return;
-    const QSignalBlocker quiet(this);
-    setRange(0, milliseconds(duration));
-    setValue(milliseconds(seconds));
-    update();
-}
-
-int ScrubLine::valueAt(double x) const {
-    const double length = std::max(width() - 2 * kKnobRadius, 1.0);
-    const double part = std::clamp((x - kKnobRadius) / length, 0.0, 1.0);
-    return static_cast<int>(std::lround(part * maximum()));
-}
-
-double ScrubLine::placeOf(int value) const {
-    const double part = maximum() > 0 ? static_cast<double>(value) / maximum() : 0;
-    return kKnobRadius + part * (width() - 2 * kKnobRadius);
-}
-
-void ScrubLine::mousePressEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton || maximum() == 0)
-        return event->ignore();
-    setSliderDown(true);
-    setSliderPosition(valueAt(event->position().x()));
-    event->accept();
-}
-
-void ScrubLine::mouseMoveEvent(QMouseEvent* event) {
-    if (!isSliderDown())
-        return event->ignore();
-    setSliderPosition(valueAt(event->position().x()));
-    event->accept();
-}
-
-void ScrubLine::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton || !isSliderDown())
-        return event->ignore();
-    setSliderDown(false);
-    event->accept();
-}
-
-/// Deliberate: scrolling the pane never moves the position by accident.
-void ScrubLine::wheelEvent(QWheelEvent* event) {
-    event->ignore();
-}
-
-void ScrubLine::focusInEvent(QFocusEvent* event) {
-    m_focusRing = showsFocusRing(event->reason());
-    QSlider::focusInEvent(event);
-}
-
-void ScrubLine::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    if (!isEnabled())
-        painter.setOpacity(kPartDisabledOpacity);
-    const double middle = height() / 2.0;
-    const double place = placeOf(sliderPosition());
-    QRectF track(kKnobRadius, middle - kTrackHeight / 2, width() - 2 * kKnobRadius, kTrackHeight);
-    painter.setBrush(barColour(Token::line2));
-    painter.drawRoundedRect(track, kTrackHeight / 2, kTrackHeight / 2);
-    if (!isEnabled())
-        return; // nothing is open: no knob that could be taken
-    track.setRight(place);
-    painter.setBrush(barColour(Token::accent));
-    painter.drawRoundedRect(track, kTrackHeight / 2, kTrackHeight / 2);
-    if (m_focusRing && hasFocus())
-        painter.drawEllipse(QPointF(place, middle), kKnobRadius + 2, kKnobRadius + 2);
-    painter.setBrush(barColour(Token::name));
-    painter.drawEllipse(QPointF(place, middle), kKnobRadius, kKnobRadius);
 }
 
 TransportButton::TransportButton(const QString& label, const QString& picture, QWidget* parent)
@@ -224,7 +133,16 @@ void TransportBar::layOutVideo() {
 }
 
 void TransportBar::layOutAudio() {
-    auto* row = new QHBoxLayout(this);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    m_waveform = new Waveform(this);
+    m_waveform->hide();
+    auto* inset = new QHBoxLayout;
+    inset->setContentsMargins(10, 0, 10, 0);
+    inset->addWidget(m_waveform);
+    column->addLayout(inset);
+    auto* row = new QHBoxLayout;
     row->setContentsMargins(8, 6, 8, 6);
     row->setSpacing(2);
     row->addWidget(m_play);
@@ -236,7 +154,13 @@ void TransportBar::layOutAudio() {
     row->addWidget(m_total);
     row->addSpacing(4);
     row->addWidget(m_sound);
+    column->addLayout(row);
     m_fullScreen->hide();
+}
+
+void TransportBar::showWaveform(const QString& path, const QDateTime& changed) {
+    if (m_waveform != nullptr)
+        m_waveform->showFile(path, changed);
 }
 
 void TransportBar::setFrameStepping(bool shown) {
@@ -245,11 +169,15 @@ void TransportBar::setFrameStepping(bool shown) {
 }
 
 void TransportBar::connectControls() {
-    connect(m_scrub, &ScrubLine::valueChanged, this, [this](int milliseconds) {
-        if (m_player != nullptr)
-            m_player->seek(milliseconds / 1000.0);
-    });
-    connect(m_scrub, &ScrubLine::sliderReleased, this, &TransportBar::refreshTimes);
+    for (ScrubLine* line : {m_scrub, static_cast<ScrubLine*>(m_waveform)}) {
+        if (line == nullptr)
+            continue;
+        connect(line, &ScrubLine::valueChanged, this, [this](int milliseconds) {
+            if (m_player != nullptr)
+                m_player->seek(milliseconds / 1000.0);
+        });
+        connect(line, &ScrubLine::sliderReleased, this, &TransportBar::refreshTimes);
+    }
     connect(m_play, &PictureButton::clicked, this, [this] {
         if (m_player != nullptr)
             m_player->setPaused(!m_player->isPaused());
@@ -288,6 +216,11 @@ void TransportBar::refreshState() {
     setLabelColour(m_time, loaded ? Token::text1 : Token::text3);
     setLabelColour(m_total, loaded ? Token::text2 : Token::text3);
     m_scrub->setEnabled(loaded && m_player->duration() > 0);
+    if (m_waveform != nullptr) {
+        m_waveform->setEnabled(m_scrub->isEnabled());
+        if (m_player == nullptr || !m_player->isOpen())
+            m_waveform->clear();
+    }
     for (QWidget* button : {m_back, m_forward, m_fullScreen})
         button->setEnabled(loaded && m_player->hasVideo());
     refreshTimes();
@@ -303,6 +236,8 @@ void TransportBar::refreshTimes() {
     // As wide as the longest time, so that nothing beside it moves while it plays.
     m_time->setMinimumWidth(m_time->fontMetrics().horizontalAdvance(total));
     m_scrub->showPosition(position, duration);
+    if (m_waveform != nullptr)
+        m_waveform->showPosition(position, duration);
 }
 
 void TransportBar::refreshSound() {
@@ -339,6 +274,11 @@ void TransportBar::paintEvent(QPaintEvent*) {
         card.setTop(card.top() - 2 * kBarRadius); // the upper corners belong to the picture
     painter.setPen(Theme::instance().color(Token::line1));
     painter.setBrush(barColour(Token::bg1));
+    painter.drawRoundedRect(card, kBarRadius, kBarRadius);
+    if (m_waveform == nullptr || m_waveform->isHidden())
+        return;
+    painter.setClipRect(0, 0, width(), m_waveform->geometry().bottom() + 1);
+    painter.setBrush(barColour(Token::well));
     painter.drawRoundedRect(card, kBarRadius, kBarRadius);
 }
 

@@ -3,8 +3,8 @@
 
 #include "app/widgets/picture_button.h"
 
+#include <QDateTime>
 #include <QPointer>
-#include <QSlider>
 #include <QString>
 #include <QWidget>
 
@@ -17,36 +17,12 @@ class MpvPlayer;
 
 namespace clipheave::app {
 
+class ScrubLine;
+class Waveform;
+
 /// "01:15.08": minutes, seconds and hundredths, cut and not rounded; more than 99 minutes are
 /// written out ("125:00.00"). Without hundredths "01:15". Nothing negative.
 [[nodiscard]] QString transportTime(double seconds, bool hundredths = true);
-
-/// The line on which the position is seen and chosen; its value is in milliseconds. A press goes to
-/// that place and drags on; Left and Right go a second, Page Up and Page Down ten.
-class ScrubLine : public QSlider {
-    Q_OBJECT
-public:
-    explicit ScrubLine(QWidget* parent = nullptr);
-    /// Moves the knob without telling anybody; ignored while it is dragged.
-    void showPosition(double seconds, double duration);
-
-    [[nodiscard]] QSize sizeHint() const override { return {120, 16}; }
-    [[nodiscard]] QSize minimumSizeHint() const override { return {48, 16}; }
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-
-private:
-    [[nodiscard]] int valueAt(double x) const;
-    [[nodiscard]] double placeOf(int value) const;
-
-    bool m_focusRing = false;
-};
 
 /// An icon button in the colours of the dark theme, whichever is chosen.
 class TransportButton : public PictureButton {
@@ -67,7 +43,7 @@ private:
 };
 
 /// The controls below a player. Two forms: for videos the scrub line above a row of buttons, for
-/// sounds one row. Dark in both themes, as the picture above it.
+/// sounds one row below the waveform. Dark in both themes, as the picture above it.
 class TransportBar : public QWidget {
     Q_OBJECT
 public:
@@ -82,6 +58,9 @@ public:
     /// video form only; the audio form has no place for them.
     void setFrameStepping(bool shown);
     [[nodiscard]] Form form() const { return m_form; }
+    /// Audio form: shows how loud the file is over its time, once that is known. Call it after the
+    /// player got the file; it is taken away with that. `changed`: when the file was changed.
+    void showWaveform(const QString& path, const QDateTime& changed);
 
 Q_SIGNALS:
     void fullScreenRequested();
@@ -103,6 +82,7 @@ private:
     Form m_form;
     QPointer<platform::MpvPlayer> m_player;
     ScrubLine* m_scrub;
+    Waveform* m_waveform = nullptr; ///< audio form only
     TransportButton *m_back, *m_play, *m_forward, *m_sound, *m_fullScreen;
     QLabel *m_time, *m_total;
 };

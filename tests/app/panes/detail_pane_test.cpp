@@ -274,6 +274,37 @@ TEST_F(Panes, TheFootSaysWhatSaveWrites) {
               QStringLiteral("Saves a copy in the storage folder; the original is not changed"));
 }
 
+TEST_F(Panes, WhileSortedTheFootNamesTheFiles) {
+    showVideo(video());
+    const QStringList three{QStringLiteral("a.mp4"), QStringLiteral("b.mov"),
+                            QStringLiteral("<b>c.mkv")};
+    m_pane.setTouchedNames(three, false);
+    EXPECT_EQ(m_pane.footNote(),
+              QStringLiteral("Writes to all 3 selected files, as copies in the storage folder"));
+    m_pane.setTouchedNames(three, true);
+    EXPECT_EQ(
+        m_pane.footNote(),
+        QStringLiteral("Writes to a.mp4, b.mov and <b>c.mkv, as copies in the storage folder"));
+    m_pane.setTouchedNames(three.first(1), true);
+    EXPECT_EQ(m_pane.footNote(),
+              QStringLiteral("Writes to a.mp4, as a copy in the storage folder"));
+    auto* note = m_pane.findChild<QLabel*>(QStringLiteral("saveNote"));
+    QStringList many;
+    for (int i = 0; i < 50; ++i)
+        many.append(QStringLiteral("%1%2.mp4").arg(QString(280, u'x')).arg(i));
+    for (const int width : {520, 600, 960}) {
+        m_pane.resize(width, 820);
+        m_pane.setTouchedNames(many, true);
+        EXPECT_TRUE(m_pane.footNote().contains(QStringLiteral("0.mp4"))) << width;
+        EXPECT_TRUE(m_pane.footNote().contains(QStringLiteral("more, as copies"))) << width;
+        const int needed = note->heightForWidth(note->width());
+        EXPECT_LE(needed, 2 * note->fontMetrics().lineSpacing() + 2) << width;
+    }
+    EXPECT_TRUE(note->toolTip().contains(QStringLiteral("29.mp4\nand 20 more")));
+    m_pane.setTouchedCount(1);
+    EXPECT_TRUE(note->toolTip().isEmpty());
+}
+
 /// Controls of a body that reach out of it or lie over each other.
 QStringList misplaced(const QWidget* part) {
     QStringList faults;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/panes/player_view.h"
+#include "app/panes/scrub_line.h"
 #include "app/panes/transport_bar.h"
 #include "platform/foundation/paths.h"
 #include "platform/player/mpv_player.h"

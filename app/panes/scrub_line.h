@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QSlider>
+
+namespace clipheave::app {
+
+/// The line on which the position is seen and chosen; its value is in milliseconds. A press goes to
+/// that place and drags on; Left and Right go a second, Page Up and Page Down ten.
+class ScrubLine : public QSlider {
+    Q_OBJECT
+public:
+    explicit ScrubLine(QWidget* parent = nullptr);
+    /// Moves the knob without telling anybody; ignored while it is dragged.
+    void showPosition(double seconds, double duration);
+
+    [[nodiscard]] QSize sizeHint() const override { return {120, 16}; }
+    [[nodiscard]] QSize minimumSizeHint() const override { return {48, 16}; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+
+    /// px at both ends that no value lies on
+    static constexpr double kEnd = 6;
+    [[nodiscard]] double placeOf(int value) const;
+    [[nodiscard]] bool showsRing() const { return m_focusRing && hasFocus(); }
+
+private:
+    [[nodiscard]] int valueAt(double x) const;
+
+    bool m_focusRing = false;
+};
+
+} // namespace clipheave::app
