@@ -79,6 +79,7 @@ QScrollArea* DetailPane::scrolled(QWidget* body) {
     body->setAutoFillBackground(false);
     area->setFrameShape(QFrame::NoFrame);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setFocusPolicy(Qt::NoFocus); // it follows the field that has the focus
     return area;
 }
 
