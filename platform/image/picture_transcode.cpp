@@ -13,16 +13,23 @@ namespace {
 constexpr qint64 kMostArtworkPixels = 100'000'000;
 constexpr std::uint64_t kMostArtworkBytes = 64u << 20;
 
+bool hasTooManyPixels(QSize size) {
+    return size.isValid() && qint64{size.width()} * size.height() > kMostArtworkPixels;
+}
+
+tl::unexpected<Error> tooManyPixels(const QString& path) {
+    return failure(ErrorCode::LimitExceeded, QStringLiteral("read the picture"), path,
+                   QStringLiteral("too many pixels"));
+}
+
 Result<QByteArray> asPng(const QByteArray& bytes, const QString& path) {
     QBuffer input;
     input.setData(bytes);
     input.open(QIODevice::ReadOnly);
     QImageReader reader(&input);
     reader.setAutoTransform(true);
-    const QSize size = reader.size();
-    if (size.isValid() && qint64{size.width()} * size.height() > kMostArtworkPixels)
-        return failure(ErrorCode::LimitExceeded, QStringLiteral("read the picture"), path,
-                       QStringLiteral("too many pixels"));
+    if (hasTooManyPixels(reader.size()))
+        return tooManyPixels(path);
     const QImage image = reader.read();
     if (image.isNull())
         return failure(ErrorCode::InvalidData, QStringLiteral("read the picture"), path,
@@ -47,6 +54,9 @@ Result<EncodedPicture> pictureForArtwork(const QString& path) {
     if (!bytes)
         return tl::unexpected(bytes.error());
     EncodedPicture picture = EncodedPicture::fromBytes(*bytes);
+    // These are written as they are; players that show them must decode them all the same.
+    if (hasTooManyPixels(picture.size()))
+        return tooManyPixels(path);
     if (picture.format() == u"jpeg" || picture.format() == u"png")
         return picture;
     const auto png = asPng(*bytes, path);
