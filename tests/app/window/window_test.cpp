@@ -119,6 +119,61 @@ TEST_F(WindowTest, TypingATitleAndPressingSaveWritesANewFile) {
     EXPECT_EQ(job.files.front().outputs, QStringList{dir.path(QStringLiteral("out/c.mp4"))});
 }
 
+TEST_F(WindowTest, SaveWritesThePaneIntoEveryVideoAndTellsTheOneThatFails) {
+    QStringList paths;
+    for (const char* name : {"one", "two"})
+        paths.append(dir.write(QLatin1String(name) + QStringLiteral(".mp4"), movie(name)));
+    paths.append(dir.write(QStringLiteral("cut.mp4"), movie("cut").left(60)));
+    import(paths);
+    window()->selectRow(0);
+    window()->selectAll();
+    for (const char* field : {"mediaArtist", "mediaCopyright", "mediaModel"}) {
+        child<QLineEdit>(field)->setFocus();
+        QTest::keyClicks(child<QLineEdit>(field), QStringLiteral("Typed ") + QLatin1String(field));
+    }
+    QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
+    controller->SaveMeidaFileChangesAction();
+    ASSERT_TRUE(saved.wait(10'000));
+    for (const char* name : {"one", "two"}) {
+        const QByteArray written =
+            testkit::TempDir::read(dir.path(QStringLiteral("out/%1.mp4").arg(QLatin1String(name))));
+        for (const char* field : {"mediaArtist", "mediaCopyright", "mediaModel"})
+            EXPECT_TRUE(written.contains(QByteArray("Typed ") + field)) << name << field;
+        EXPECT_TRUE(written.contains(name)) << "its own title stays";
+    }
+    EXPECT_EQ(testkit::TempDir::read(dir.path(QStringLiteral("out/cut.mp4"))),
+              movie("cut").left(60))
+        << "copied as it is";
+    const ActivityJob& job = controller->activity()->jobs().front();
+    EXPECT_EQ(job.succeeded(), 2);
+    EXPECT_EQ(job.failed, 1);
+    EXPECT_TRUE(job.canRetry);
+    for (const ActivityFile& file : job.files)
+        EXPECT_EQ(file.state == FileState::Failed,
+                  file.source.endsWith(u"cut.mp4"_qs) && !file.note.isEmpty());
+}
+
+TEST_F(WindowTest, CancelEndsTheRestOfARunAndLeavesNoPartOfAFile) {
+    QStringList paths;
+    for (int i = 0; i < 300; ++i)
+        paths.append(dir.write(QStringLiteral("in/%1.mp4").arg(i), movie("x")));
+    import(paths);
+    window()->selectRow(0);
+    window()->selectAll();
+    QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
+    controller->performCommand(QStringLiteral("CopyvideofilenametoTitleAction"));
+    Q_EMIT controller->activity()->cancelRequested(controller->activity()->jobs().front().id);
+    ASSERT_TRUE(saved.wait(20'000));
+    const ActivityJob& job = controller->activity()->jobs().front();
+    EXPECT_EQ(job.state, JobState::Cancelled);
+    EXPECT_GT(job.cancelled, 0);
+    EXPECT_EQ(job.cancelled + job.succeeded(), 300);
+    EXPECT_EQ(QDir(dir.path(QStringLiteral("out")))
+                  .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
+                  .size(),
+              job.succeeded());
+}
+
 TEST_F(WindowTest, SortingKeepsImportOrderForJobsAndRemovalRestoresIt) {
     importThree();
     controller->tableView_didClickTableColumn(0);
