@@ -212,7 +212,20 @@ void MediaTableView::keyPressEvent(QKeyEvent* event) {
         Q_EMIT removeRequested();
         return;
     }
+    const bool isArrow = event->key() == Qt::Key_Down || event->key() == Qt::Key_Up;
+    if (isArrow && currentIndex().isValid() && !selectionModel()->hasSelection()) {
+        selectRow(currentIndex().row()); // the first arrow takes the row that it starts from
+        return;
+    }
     QTableView::keyPressEvent(event);
+}
+
+QModelIndex MediaTableView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
+    const int rows = model() != nullptr ? model()->rowCount() : 0;
+    const bool toEdge = action == MoveHome || action == MoveEnd;
+    if (!toEdge || rows == 0)
+        return QTableView::moveCursor(action, modifiers);
+    return model()->index(action == MoveHome ? 0 : rows - 1, std::max(0, currentIndex().column()));
 }
 
 void MediaTableView::startDrag(Qt::DropActions supportedActions) {
