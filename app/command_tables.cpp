@@ -106,6 +106,7 @@ constexpr MenuEntry kEditVideo[] = {
     subMenu("Slow Down", kSlowDown),
     kSeparator,
     {"Merge", "MergeSelectedMediaFileFormatAction", "Ctrl+M"},
+    kSeparator,
     {"Remove Sound", "removeSoundFromMediaFileFormatAction", nullptr},
     {"Remove Captions", "removeCaptionMediaFileFormatAction", nullptr},
     {"Black and White", "AddVideoEffectsMediaFileAction", nullptr},

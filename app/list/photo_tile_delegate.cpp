@@ -5,6 +5,7 @@
 #include "app/list/media_list_model.h"
 #include "app/list/photo_grid.h"
 #include "app/theme/theme.h"
+#include "app/widgets/fact_label.h"
 #include "media/media_kind.h"
 #include "platform/foundation/paths.h"
 
@@ -118,9 +119,8 @@ void PhotoTileDelegate::paintTexts(QPainter& painter, const QRect& room,
     painter.setFont(theme.font(FontRole::Caption));
     painter.setPen(theme.color(isSelected ? Token::text2 : Token::text3));
     const QRect below(room.left(), room.top() + kLineHeight, room.width(), kLineHeight);
-    painter.drawText(
-        below, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
-        painter.fontMetrics().elidedText(detailOf(item), Qt::ElideRight, below.width()));
+    drawWithPlainX(painter, below,
+                   painter.fontMetrics().elidedText(detailOf(item), Qt::ElideRight, below.width()));
 }
 
 void PhotoTileDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,

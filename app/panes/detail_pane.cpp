@@ -152,7 +152,6 @@ void DetailPane::paintEvent(QPaintEvent*) {
     if (!m_foot->isHidden())
         painter.fillRect(m_foot->geometry(), theme.color(Token::bg2));
     painter.setPen(theme.color(Token::line1));
-    painter.drawLine(0, 0, 0, height());
     painter.drawLine(0, kPaneHead - 1, width(), kPaneHead - 1);
     if (!m_foot->isHidden())
         painter.drawLine(0, m_foot->y(), width(), m_foot->y());

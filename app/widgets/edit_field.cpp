@@ -15,6 +15,7 @@ namespace {
 
 constexpr int kRowHeight = 28;
 constexpr int kSuffixMargin = 8;
+constexpr int kTextInset = 7, kFade = 24;
 
 bool isEditingKey(const QKeyEvent& event) {
     if (event.matches(QKeySequence::Paste) || event.matches(QKeySequence::Cut) ||
@@ -95,8 +96,28 @@ void EditField::focusInEvent(QFocusEvent* event) {
     QLineEdit::focusInEvent(event);
 }
 
+/// The end of a text that is too long fades out while nobody edits it: a letter cut in half looks
+/// like a fault.
+void EditField::fadeEnd() {
+    const int room = width() - 2 * kTextInset - textMargins().right();
+    if (hasFocus() || cursorPosition() != 0 || fontMetrics().horizontalAdvance(text()) <= room)
+        return;
+    QPainter painter(this);
+    const bool atRight = !text().isRightToLeft();
+    const QRect end(atRight ? kTextInset + room - kFade : kTextInset, 4, kFade + 1, height() - 8);
+    const QColor ground = Theme::instance().color(Token::bg3);
+    QColor clear = ground;
+    clear.setAlpha(0);
+    QLinearGradient fade(end.topLeft(), end.topRight());
+    fade.setColorAt(0, atRight ? clear : ground);
+    fade.setColorAt(1, atRight ? ground : clear);
+    painter.fillRect(end, fade);
+}
+
 void EditField::paintEvent(QPaintEvent* event) {
     QLineEdit::paintEvent(event);
+    if (isEnabled())
+        fadeEnd();
     if (m_suffix.isEmpty())
         return;
     QPainter painter(this);

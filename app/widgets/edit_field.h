@@ -38,6 +38,7 @@ protected:
 private:
     void begin();
     void refreshMark();
+    void fadeEnd();
 
     QString m_shown;
     QString m_suffix;

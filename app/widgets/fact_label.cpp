@@ -19,6 +19,20 @@ qsizetype valueStart(const QString& text) {
 
 } // namespace
 
+void drawWithPlainX(QPainter& painter, QRect rect, const QString& text) {
+    const auto draw = [&painter, &rect](const QString& piece) {
+        painter.drawText(rect, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, piece);
+        rect.setLeft(rect.left() + painter.fontMetrics().horizontalAdvance(piece));
+    };
+    const QStringList sides = text.split(QStringLiteral(" x "));
+    draw(sides.first());
+    for (qsizetype i = 1; i < sides.size(); ++i) {
+        draw(QStringLiteral(" "));
+        draw(QStringLiteral("x"));
+        draw(u' ' + sides[i]);
+    }
+}
+
 FactLabel::FactLabel(const QString& label, QWidget* parent) : QLabel(parent) {
     setFont(Theme::instance().font(FontRole::Cell));
     setTextFormat(Qt::PlainText);
@@ -57,8 +71,8 @@ void FactLabel::paintEvent(QPaintEvent*) {
     painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, label);
     painter.setPen(theme.color(Token::text1));
     const QRect space = rect().adjusted(labelWidth, 0, 0, 0);
-    painter.drawText(space, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
-                     fontMetrics().elidedText(text().mid(start), Qt::ElideMiddle, space.width()));
+    drawWithPlainX(painter, space,
+                   fontMetrics().elidedText(text().mid(start), Qt::ElideMiddle, space.width()));
 }
 
 } // namespace clipheave::app

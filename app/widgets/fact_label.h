@@ -5,6 +5,10 @@
 
 namespace clipheave::app {
 
+/// Draws one line at the left, "3840 x 2160" with its letter: some fonts put a multiplication sign
+/// in place of an x between numbers when they see it as a whole.
+void drawWithPlainX(QPainter& painter, QRect rect, const QString& text);
+
 /// One fact of a file. text() is the whole string ("File Size: 1.94 GB"), also when it is too long
 /// to be shown; the part up to the first ": " is drawn as a label, the rest as the value, shortened
 /// in its middle. The whole value is the tool tip.

@@ -140,15 +140,21 @@ void StorageChip::paintEvent(QPaintEvent*) {
     painter.setBrush(theme.color(isDown() ? Token::bg4 : underMouse() ? Token::bg3 : Token::bg1));
     const double inset = hasFocus() ? 1 : 0.5;
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), 8, 8);
-    painter.drawPixmap(
-        QRect(kStoragePadding, (height() - kStoragePicture) / 2, kStoragePicture, kStoragePicture),
-        themePixmap(QStringLiteral("folder"), kStoragePicture, theme.color(Token::text2),
-                    devicePixelRatioF()));
-    const int left = kStoragePadding + kStoragePicture + kStorageGap;
+    // Where the tools leave too little room, the text is worth more than the picture.
+    const QFontMetrics caption(theme.font(FontRole::Caption));
+    int left = kStoragePadding + kStoragePicture + kStorageGap;
+    if (width() - left - kStoragePadding + 2 < caption.horizontalAdvance(storageCaption()))
+        left = kStoragePadding;
+    else
+        painter.drawPixmap(QRect(kStoragePadding, (height() - kStoragePicture) / 2, kStoragePicture,
+                                 kStoragePicture),
+                           themePixmap(QStringLiteral("folder"), kStoragePicture,
+                                       theme.color(Token::text2), devicePixelRatioF()));
     const QRect line(left, 5, width() - left - kStoragePadding + 2, 14);
     painter.setFont(theme.font(FontRole::Caption));
     painter.setPen(theme.color(Token::text3));
-    painter.drawText(line, Qt::AlignVCenter | Qt::AlignLeft, storageCaption());
+    painter.drawText(line, Qt::AlignVCenter | Qt::AlignLeft,
+                     caption.elidedText(storageCaption(), Qt::ElideRight, line.width()));
     painter.setFont(storageNameFont());
     painter.setPen(theme.color(Token::text1));
     const QRect below = line.adjusted(0, 15, 0, 17);

@@ -77,6 +77,7 @@ DropTip::DropTip(QWidget* parent) : QWidget(parent) {
                                    Token::text2, this));
     layout->addSpacing(20);
     auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(0);
     auto* add = new Button(ButtonKind::Primary, tr("Add Files or Folders…"),
                            QStringLiteral("add-files"), this);
     auto* device =

@@ -13,6 +13,7 @@
 #include "app/widgets/picture_button.h"
 #include "app/widgets/title_bar.h"
 #include "app/windows/drop_tip.h"
+#include "app/windows/list_head.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -86,7 +87,7 @@ void MainWindow::showComputer() {
 }
 
 void MainWindow::showList() {
-    m_viewSegment->setCurrentIndex(0);
+    m_listHead->views()->setCurrentIndex(0);
     m_listStack->setCurrentIndex(0);
     m_toolSets->setCurrentIndex(0);
     m_detailPane->show();
@@ -94,7 +95,7 @@ void MainWindow::showList() {
 }
 
 void MainWindow::showPhotos() {
-    m_viewSegment->setCurrentIndex(1);
+    m_listHead->views()->setCurrentIndex(1);
     m_listStack->setCurrentIndex(1);
     m_toolSets->setCurrentIndex(1);
     m_leftStack->setCurrentIndex(1);
@@ -150,8 +151,7 @@ void MainWindow::deselect() {
 }
 
 void MainWindow::setListSummary(const QString& summary, bool sorted) {
-    m_summary->setText(summary);
-    m_sortedNote->setVisible(sorted);
+    m_listHead->setSummary(summary, sorted);
 }
 
 void MainWindow::setTotals(const QString& totals) {

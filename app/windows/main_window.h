@@ -6,7 +6,6 @@
 #include <QStringList>
 
 class QAbstractItemView;
-class QLabel;
 class QMenu;
 class QSplitter;
 class QStackedWidget;
@@ -17,6 +16,7 @@ class ActivityBar;
 class ActivityModel;
 class ActivityPanel;
 class DetailPane;
+class ListHead;
 class MediaListModel;
 class MediaTableView;
 class PhotoGrid;
@@ -105,7 +105,6 @@ private:
     QWidget* makeListTools();
     QWidget* makePhotoTools();
     QWidget* makeLeftSide(MediaListModel& model);
-    QWidget* makeListHead();
     QWidget* makeTip();
     void makeMenus();
     void fillMenu(QMenu& menu, const MenuEntry* entries, int count, bool withShortcuts);
@@ -126,10 +125,8 @@ private:
     QStackedWidget* m_toolSets = nullptr;
     QSplitter* m_splitter = nullptr;
     Segment* m_sourceSegment = nullptr;
-    Segment* m_viewSegment = nullptr;
     StorageChip* m_storageChip = nullptr;
-    QLabel* m_summary = nullptr;
-    QLabel* m_sortedNote = nullptr;
+    ListHead* m_listHead = nullptr;
     QStackedWidget* m_leftStack = nullptr; ///< leftTipView | leftphotoScrView
     QStackedWidget* m_listStack = nullptr; ///< dragtableView | localImageBrowserView
     MediaTableView* m_table = nullptr;

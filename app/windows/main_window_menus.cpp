@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/command_tables.h"
+#include "app/theme/theme.h"
 #include "app/widgets/picture_button.h"
 #include "app/widgets/title_bar.h"
 #include "app/windows/main_window.h"
+#include "app/windows/menu_pictures.h"
 
 #include <QAction>
 #include <QMenu>
@@ -19,16 +21,21 @@ void MainWindow::fillMenu(QMenu& menu, const MenuEntry* entries, int count, bool
         }
         const QString title = tr(entry.title);
         if (entry.submenu) {
-            fillMenu(*menu.addMenu(title), entry.submenu, entry.submenuCount, withShortcuts);
+            QMenu* submenu = menu.addMenu(title);
+            submenu->setIcon(themeIcon(menuPicture({}, QLatin1String(entry.title)), Token::text2));
+            fillMenu(*submenu, entry.submenu, entry.submenuCount, withShortcuts);
             continue;
         }
         QAction* action = menu.addAction(title);
         // Workers compare the fixed title; desktops may put mnemonics into the text.
         action->setData(QString::fromUtf8(entry.title));
         action->setObjectName(QLatin1String(entry.command));
-        if (withShortcuts && entry.shortcut)
-            action->setShortcut(QKeySequence(QLatin1String(entry.shortcut)));
         const QString command = QLatin1String(entry.command);
+        action->setIcon(themeIcon(menuPicture(command, {}), Token::text2));
+        if (entry.shortcut)
+            action->setShortcut(QKeySequence(QLatin1String(entry.shortcut)));
+        if (!withShortcuts) // shown only: the entry of the menu bar has the key
+            action->setShortcutContext(Qt::WidgetShortcut);
         connect(action, &QAction::triggered, this, [this, action, command] {
             Q_EMIT commandRequested(command, action->data().toString());
         });

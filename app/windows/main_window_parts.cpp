@@ -9,15 +9,14 @@
 #include "app/widgets/parts.h"
 #include "app/widgets/picture_button.h"
 #include "app/widgets/title_bar.h"
-#include "app/widgets/token_label.h"
 #include "app/windows/drop_tip.h"
+#include "app/windows/list_head.h"
 #include "app/windows/main_window.h"
 #include "app/windows/window_settings.h"
 
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QItemSelectionModel>
-#include <QLabel>
 #include <QMenu>
 #include <QSettings>
 #include <QShortcut>
@@ -32,7 +31,6 @@ namespace clipheave::app {
 namespace {
 
 constexpr int kRightWidth = 600, kRightLeast = 520, kRightMost = 960, kLeftLeast = 480;
-constexpr int kHeadHeight = 44;
 
 QVBoxLayout* tightColumn(QWidget* widget) {
     auto* layout = new QVBoxLayout(widget);
@@ -150,7 +148,10 @@ QWidget* MainWindow::makeLeftSide(MediaListModel& model) {
     auto* side = new QWidget(this);
     side->setMinimumWidth(kLeftLeast);
     QVBoxLayout* column = tightColumn(side);
-    column->addWidget(makeListHead());
+    m_listHead = new ListHead(side);
+    connect(m_listHead, &ListHead::addRequested, this, &MainWindow::addRequested);
+    connect(m_listHead, &ListHead::removeRequested, this, &MainWindow::removeRequested);
+    column->addWidget(m_listHead);
     m_leftStack = new QStackedWidget(side);
     auto* tip = new DropTip(m_leftStack);
     connect(tip, &DropTip::pathsDropped, this, &MainWindow::pathsDropped);
@@ -173,43 +174,8 @@ QWidget* MainWindow::makeLeftSide(MediaListModel& model) {
     return side;
 }
 
-QWidget* MainWindow::makeListHead() {
-    auto* head = new QFrame(this);
-    head->setObjectName(QStringLiteral("listHead"));
-    head->setFixedHeight(kHeadHeight);
-    auto* row = new QHBoxLayout(head);
-    row->setContentsMargins(16, 0, 16, 0);
-    row->setSpacing(8);
-    m_viewSegment = new Segment(Segment::Size::Small, head);
-    m_viewSegment->addPart(tr("List"), QStringLiteral("list"));
-    m_viewSegment->addPart(tr("Photos"), QStringLiteral("grid"));
-    m_viewSegment->setCurrentIndex(0);
-    row->addWidget(m_viewSegment);
-    row->addSpacing(8);
-    m_summary = new TokenLabel({}, FontRole::Cell, Token::text2, head);
-    m_summary->setObjectName(QStringLiteral("listSummary"));
-    row->addWidget(m_summary);
-    m_sortedNote = new TokenLabel(tr("Sorted view: jobs follow the import order"), FontRole::Cell,
-                                  Token::warn, head);
-    m_sortedNote->setObjectName(QStringLiteral("sortedNote"));
-    m_sortedNote->hide();
-    row->addWidget(m_sortedNote);
-    row->addStretch();
-    auto* add = new PictureButton(ButtonKind::Icon, tr("Add files or folders"),
-                                  QStringLiteral("add"), head);
-    add->setObjectName(QStringLiteral("addMediaFileBtn"));
-    auto* remove = new PictureButton(ButtonKind::Icon, tr("Remove from the list"),
-                                     QStringLiteral("remove"), head);
-    remove->setObjectName(QStringLiteral("removeMediaFileBtn"));
-    row->addWidget(add);
-    row->addWidget(remove);
-    connect(add, &PictureButton::clicked, this, &MainWindow::addRequested);
-    connect(remove, &PictureButton::clicked, this, &MainWindow::removeRequested);
-    return head;
-}
-
 void MainWindow::connectViews() {
-    connect(m_viewSegment, &Segment::currentChanged, this,
+    connect(m_listHead->views(), &Segment::currentChanged, this,
             [this](int index) { index == 0 ? showList() : showPhotos(); });
     connect(m_table, &MediaTableView::columnClicked, this, &MainWindow::columnClicked);
     connect(m_table, &MediaTableView::pathsDropped, this, &MainWindow::pathsDropped);

@@ -226,7 +226,8 @@ void PreferencesWindow::buildFoot() {
 void PreferencesWindow::show(const media::Preferences& preferences, const QColor& fontColor) {
     setStoragePath(preferences.storagelocation);
     // Deliberate: "lower left corner", the stored default, is none of the titles and chooses
-    // nothing, so that the pop-up never claims what is not stored.
+    // nothing, so that the pop-up never claims what is not stored; it shows the stored text.
+    m_position->setPlaceholderText(preferences.position);
     m_position->setCurrentIndex(
         static_cast<int>(media::stampPositions().indexOf(preferences.position)));
     m_dateFormat->setCurrentIndex(
