@@ -2,12 +2,17 @@
 #include "app/grab.h"
 
 #include "app/AppDelegate.h"
+#include "app/activity/activity_model.h"
 #include "app/activity/activity_panel.h"
+#include "app/grab_states.h"
 #include "app/list/media_list_model.h"
+#include "app/list/media_table_view.h"
 #include "app/panes/detail_pane.h"
+#include "app/widgets/alert_box.h"
+#include "app/widgets/picture_button.h"
 #include "app/windows/main_window.h"
-#include "app/windows/preferences_window.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -40,69 +45,160 @@ template <class Test> int rowWhere(const AppDelegate& controller, Test test) {
     return -1;
 }
 
-void selectVideo(AppDelegate& controller) {
-    controller.mainWindow()->selectRow(rowWhere(controller, [](const media::IKImageItem& item) {
+int videoRow(const AppDelegate& controller) {
+    return rowWhere(controller, [](const media::IKImageItem& item) {
         return media::MediaKind::isVideo(item.filePath) && !item.latitudeFormat.isEmpty();
-    }));
+    });
+}
+
+void selectVideo(AppDelegate& controller) {
+    controller.mainWindow()->selectRow(videoRow(controller));
 }
 
 void selectAudio(AppDelegate& controller) {
     controller.mainWindow()->selectRow(rowWhere(controller, [](const media::IKImageItem& item) {
-        return media::MediaKind::isAudio(item.filePath) && !item.fileTitle.isEmpty();
+        return media::MediaKind::isAudio(item.filePath) && !item.fileAblumName.isEmpty();
     }));
 }
 
+/// The first rows of a list, the current one among them.
+void selectSome(QAbstractItemView& view, int count) {
+    const QModelIndex last = view.model()->index(count - 1, 0);
+    view.selectionModel()->select(QItemSelection(view.model()->index(0, 0), last),
+                                  QItemSelectionModel::Select | QItemSelectionModel::Rows);
+}
+
+void edit(AppDelegate& controller, const char* field, const char* text) {
+    auto* line = controller.mainWindow()->findChild<QLineEdit*>(QLatin1String(field));
+    line->setText(QString::fromUtf8(text));
+    line->setCursorPosition(0);
+}
+
+/// What stands above the window, and where on the screen.
+struct Above {
+    QWidget* widget;
+    QPoint position;
+};
+
 /// The window with whatever stands above it (menus, dialogs), which a grab of the window leaves
 /// out.
-QPixmap grabWithWindows(AppDelegate& controller, const QList<QWidget*>& above) {
+QPixmap grabWithWindows(AppDelegate& controller, const QList<Above>& above) {
     MainWindow* window = controller.mainWindow();
     QPixmap picture = window->grab();
     QPainter painter(&picture);
-    for (QWidget* widget : above)
-        painter.drawPixmap(widget->pos() - window->pos(), widget->grab());
+    for (const Above& part : above)
+        painter.drawPixmap(part.position - window->pos(), part.widget->grab());
     return picture;
 }
 
-QList<QWidget*> bringUp(AppDelegate& controller, const QString& view) {
+/// Menus are placed by hand: the screen of a grab may be smaller than the window.
+QList<Above> openMenus(AppDelegate& controller) {
     MainWindow* window = controller.mainWindow();
-    if (view == u"audio") {
-        selectAudio(controller);
-    } else if (view == u"photos") {
+    auto* button = window->findChild<PictureButton*>(QStringLiteral("videoEditBtn"));
+    window->popUpMenu(QStringLiteral("videoEditMenu"), button);
+    QMenu* menu = window->menu(QStringLiteral("videoEditMenu"));
+    button->setDown(true);
+    QAction* rotate = menu->actions().constFirst();
+    menu->setActiveAction(rotate);
+    QMenu* submenu = rotate->menu();
+    submenu->popup({});
+    const QPoint place = button->menuPosition();
+    const QPoint beside(menu->width() - 3, menu->actionGeometry(rotate).top() - 5);
+    return {{menu, place}, {submenu, place + beside}};
+}
+
+QList<Above> openAlert(AppDelegate& controller) {
+    MainWindow* window = controller.mainWindow();
+    auto* alert = new AlertBox(window, QStringLiteral("Are you sure you want to Exit ?"), {},
+                               {QStringLiteral(" Exit "), QStringLiteral("Cancel")});
+    alert->show();
+    const QPoint inset((window->width() - alert->width()) / 2,
+                       (window->height() - alert->height()) / 2);
+    return {{alert, window->pos() + inset}};
+}
+
+QList<Above> centredDialog(AppDelegate& controller, const char* name) {
+    MainWindow* window = controller.mainWindow();
+    auto* dialog = window->findChild<QWidget*>(QLatin1String(name));
+    if (dialog == nullptr)
+        return {};
+    return {{dialog, {window->x() + (window->width() - dialog->width()) / 2, dialog->y()}}};
+}
+
+void waitForJobs(AppDelegate& controller) {
+    while (controller.isImporting() || controller.activity()->newestRunning() != nullptr)
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+}
+
+/// A save of the first files; into the storage folder that the caller named, never the user's.
+void saveSome(AppDelegate& controller, const GrabRequest& request) {
+    if (!request.mayWrite)
+        return;
+    selectSome(*controller.mainWindow()->table(), 5);
+    edit(controller, "mediaAlumArtis", "Ring Road");
+    QMetaObject::invokeMethod(controller.mainWindow()->detailPane(), "fieldEditingBegan",
+                              Q_ARG(QString, QStringLiteral("mediaAlumArtis")));
+    controller.SaveMeidaFileChangesAction();
+    waitForJobs(controller);
+}
+
+QList<Above> bringUp(AppDelegate& controller, const GrabRequest& request) {
+    MainWindow* window = controller.mainWindow();
+    const QString& view = request.view;
+    if (view == u"photos") {
         window->showPhotos();
-    } else if (view != u"empty") {
-        selectVideo(controller);
+        window->selectRow(0);
+        return {};
     }
-    if (view == u"activity")
-        window->toggleActivity();
+    if (view == u"empty")
+        return {};
+    if (view == u"sorted")
+        controller.tableView_didClickTableColumn(0);
+    view == u"audio" ? selectAudio(controller) : selectVideo(controller);
+    if (view == u"changed" || view == u"sorted")
+        selectSome(*window->table(), 3);
+    if (view == u"changed") {
+        edit(controller, "mediaTitle", "Reynisfjara before the storm");
+        edit(controller, "mediakeywords", "drone, sea stacks");
+    }
+    if (view == u"activity" || view == u"failed") {
+        saveSome(controller, request);
+        window->activityPanel()->setOpen(true);
+    }
     if (view == u"preferences") {
         controller.ShowPreferenceSetting();
-        return {controller.preferencesWindow()};
+        return centredDialog(controller, "preferenceWindow");
     }
-    if (view == u"menus") {
-        window->popUpMenu(QStringLiteral("videoEditMenu"),
-                          window->findChild<QObject*>(QStringLiteral("videoEditBtn")));
-        return {window->menu(QStringLiteral("videoEditMenu"))};
+    if (view == u"about") {
+        controller.ClickAbout();
+        return centredDialog(controller, "aboutWindow");
     }
-    return {};
+    if (view == u"alert")
+        return openAlert(controller);
+    return view == u"menus" ? openMenus(controller) : QList<Above>();
 }
 
 void importAll(AppDelegate& controller, const GrabRequest& request) {
     if (request.paths.isEmpty() || request.view == u"empty")
         return;
+    QStringList paths = request.paths;
+    if (request.view == u"failed") // a file that was there when it was chosen
+        paths.append(paths.constFirst() + QStringLiteral("/Iceland/aurora-camp-night.mp4"));
     if (request.view == u"photos")
-        controller.importPhotoPaths(request.paths);
+        controller.importPhotoPaths(paths);
     else
-        controller.importPaths(request.paths);
-    while (controller.isImporting())
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+        controller.importPaths(paths);
+    waitForJobs(controller);
 }
 
 } // namespace
 
 QStringList grabViewNames() {
-    return {QStringLiteral("video"), QStringLiteral("audio"),    QStringLiteral("photos"),
-            QStringLiteral("empty"), QStringLiteral("activity"), QStringLiteral("preferences"),
-            QStringLiteral("menus")};
+    return {QStringLiteral("video"),    QStringLiteral("audio"),  QStringLiteral("photos"),
+            QStringLiteral("empty"),    QStringLiteral("sorted"), QStringLiteral("changed"),
+            QStringLiteral("activity"), QStringLiteral("failed"), QStringLiteral("preferences"),
+            QStringLiteral("menus"),    QStringLiteral("about"),  QStringLiteral("alert"),
+            QStringLiteral("states")};
 }
 
 int grabView(AppDelegate& controller, const GrabRequest& request) {
@@ -113,10 +209,16 @@ int grabView(AppDelegate& controller, const GrabRequest& request) {
     }
     const QStringList sides = request.size.split(u'x');
     controller.mainWindow()->resize(sides.value(0).toInt(), sides.value(1).toInt());
-    importAll(controller, request);
-    const QList<QWidget*> above = bringUp(controller, request.view);
-    settle(kSettleTime);
-    const bool written = grabWithWindows(controller, above).save(request.file, "PNG");
+    QPixmap picture;
+    if (request.view == u"states") {
+        picture = grabStates();
+    } else {
+        importAll(controller, request);
+        const QList<Above> above = bringUp(controller, request);
+        settle(kSettleTime);
+        picture = grabWithWindows(controller, above);
+    }
+    const bool written = picture.save(request.file, "PNG");
     if (!written)
         std::fprintf(stderr, "clipheave: %s could not be written\n", qPrintable(request.file));
     return written ? 0 : 1;

@@ -13,6 +13,9 @@ struct GrabRequest {
     QString view;
     QString size; ///< "1440x900"
     QStringList paths;
+    /// Whether jobs may be run for the picture, which write to the storage folder: only where the
+    /// preferences are not the user's own.
+    bool mayWrite = false;
 };
 
 [[nodiscard]] QStringList grabViewNames();

@@ -84,7 +84,8 @@ int main(int argc, char** argv) {
     if (parser.isSet(QStringLiteral("grab")))
         return app::grabView(
             controller, {parser.value(QStringLiteral("grab")), parser.value(QStringLiteral("view")),
-                         parser.value(QStringLiteral("size")), parser.positionalArguments()});
+                         parser.value(QStringLiteral("size")), parser.positionalArguments(),
+                         parser.isSet(QStringLiteral("config"))});
     controller.importPaths(parser.positionalArguments());
     return QApplication::exec();
 }
