@@ -148,6 +148,7 @@ public:
 private:
     void observeNotifications();
     void takeLogLines();
+    void takeLogLine(const platform::LogLine& line);
     void connectWindow();
     void connectPanes();
     void connectPreferences();

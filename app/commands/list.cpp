@@ -140,7 +140,10 @@ void AppDelegate::refreshSummary() {
     m_window->setListSummary(summary, m_mediaController->isSorted());
     m_window->setTotals(count == 1 ? tr("1 item, %1").arg(sizeText(m_totalBytes))
                                    : tr("%1 items, %2").arg(count).arg(sizeText(m_totalBytes)));
-    m_window->detailPane()->setTouchedCount(static_cast<int>(selected.size()));
+    QStringList names;
+    for (const auto& item : selected)
+        names.append(item->fileName);
+    m_window->detailPane()->setTouchedNames(names, m_mediaController->isSorted());
 }
 
 } // namespace clipheave::app

@@ -70,6 +70,7 @@ struct AppDelegate::WriteRun {
     int job = 0;
     int left = 0;
     QStringList outputs;
+    QSet<QString> sources;
     std::unique_ptr<metadata::VideoMetadata> writer;
 };
 
@@ -159,6 +160,8 @@ void AppDelegate::startWrite(JobKind kind, const std::vector<media::ItemPointer>
     auto run = std::make_shared<WriteRun>();
     run->job = m_activity->beginJob(titleOfJob(kind), static_cast<int>(items.size()));
     run->left = static_cast<int>(items.size());
+    for (const auto& item : items)
+        run->sources.insert(item->filePath);
     m_jobKinds[run->job] = kind;
     m_writeRuns[run->job] = run;
     m_activity->setCanCancel(run->job, true);
@@ -189,6 +192,20 @@ void AppDelegate::watchProgress(const std::shared_ptr<WriteRun>& run) {
             m_activity->setProgress(run->job, run->writer->runningProgress());
     });
     timer->start(kProgressInterval);
+}
+
+/// A line about a file that is being written belongs to that job. Its error comes once more with
+/// the outcome, and is told then.
+void AppDelegate::takeLogLine(const platform::LogLine& line) {
+    const auto run =
+        std::find_if(m_writeRuns.begin(), m_writeRuns.end(), [&line](const auto& entry) {
+            return entry.second->sources.contains(line.path);
+        });
+    const bool ofJob = run != m_writeRuns.end();
+    if (ofJob && line.level == platform::LogLevel::Error)
+        return;
+    m_activity->addLog(line.text, line.path, line.level >= platform::LogLevel::Warning,
+                       ofJob ? run->first : 0);
 }
 
 void AppDelegate::takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome) {

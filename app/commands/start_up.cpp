@@ -74,12 +74,7 @@ void AppDelegate::takeLogLines() {
     m_logLines = std::make_unique<platform::LogSubscription>(
         platform::LogLevel::Info, [this](const platform::LogLine& line) {
             QMetaObject::invokeMethod(
-                this,
-                [this, line] {
-                    m_activity->addLog(line.text, line.path,
-                                       line.level >= platform::LogLevel::Warning);
-                },
-                Qt::QueuedConnection);
+                this, [this, line] { takeLogLine(line); }, Qt::QueuedConnection);
         });
 }
 

@@ -94,7 +94,11 @@ public:
     }
 
     void accept() override {
-        m_paths = m_mode == OpenPanel::FilesAndFolders ? selectedPaths() : QStringList();
+        if (!isVisible())
+            return; // Return in the name field comes by two ways
+        m_paths = m_mode == OpenPanel::FilesAndFolders ? typedPath() : QStringList();
+        if (m_paths.isEmpty() && m_mode == OpenPanel::FilesAndFolders)
+            m_paths = selectedPaths();
         if (m_paths.isEmpty())
             QFileDialog::accept(); // files alone, typed names, a folder to enter
         else
@@ -174,6 +178,15 @@ private:
         QPushButton* button = box ? box->button(QDialogButtonBox::Open) : nullptr;
         if (button && !selectedPaths().isEmpty())
             button->setEnabled(true);
+    }
+
+    /// A whole path in the name field. The list's selection follows what is typed, late and not
+    /// always to the end: the text is what the user means.
+    [[nodiscard]] QStringList typedPath() const {
+        const auto* name = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        const QString text = name ? name->text() : QString();
+        return text.startsWith(u'/') && QFileInfo::exists(text) ? QStringList{QDir::cleanPath(text)}
+                                                                : QStringList();
     }
 
     /// What is selected in the list, files and folders alike. Empty when names were typed: the user

@@ -178,6 +178,19 @@ protected:
     QList<QStringList> answers;
 };
 
+TEST_F(OpenPanelTest, AWholePathThatIsTypedIsTakenOnceAndAlone) {
+    QFileDialog* panel = open(OpenPanel::FilesAndFolders);
+    select(panel, {QStringLiteral("b.mp4")}); // left over from the completion of the typed text
+    auto* name = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    name->setFocus();
+    name->selectAll();
+    QTest::keyClicks(name, folder.path(QStringLiteral("clips")) + u'/');
+    QTest::keyClick(name, Qt::Key_Return);
+    static_cast<QDialog*>(panel)->accept(); // the other way that Return takes
+    ASSERT_EQ(answers.size(), 1);
+    EXPECT_EQ(answers.front(), paths({QStringLiteral("clips")}));
+}
+
 TEST_F(OpenPanelTest, TakesFilesAndFoldersTogether) {
     QFileDialog* panel = open(OpenPanel::FilesAndFolders);
     EXPECT_TRUE(panel->isVisible()) << "and open() came back";

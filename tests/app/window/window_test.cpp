@@ -187,6 +187,7 @@ TEST_F(WindowTest, SortingKeepsImportOrderForJobsAndRemovalRestoresIt) {
     EXPECT_TRUE((once == up && twice == down) || (once == down && twice == up));
     EXPECT_EQ(window()->currentRow(), 0);
     EXPECT_FALSE(child<QLabel>("sortedNote")->isHidden());
+    EXPECT_TRUE(window()->detailPane()->footNote().contains(u"b.mp4"_qs)) << "what Save will take";
     // Row 0 of the list is row 0 of the import order for a command: b.mp4.
     controller->RemoveMediaFileAction();
     EXPECT_EQ(names(), list({"c.mp4", "a.mp4"}));
