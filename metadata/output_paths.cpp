@@ -49,9 +49,13 @@ QString titledOutputPath(const WriteRequest& request) {
 }
 
 void OutputPaths::protect(const QStringList& sources) {
-    for (const QString& source : sources)
+    for (const QString& source : sources) {
+        if (m_protectedPaths.contains(source))
+            continue;
+        m_protectedPaths.insert(source);
         if (const auto found = NSFileManager::defaultManager().attributesOfItemAtPath(source))
             m_protected.insert({found->device, found->inode});
+    }
 }
 
 bool OutputPaths::isProtected(const QString& path) const {

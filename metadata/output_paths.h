@@ -36,7 +36,8 @@ private:
     [[nodiscard]] bool isProtected(const QString& path) const;
 
     QSet<QString> m_taken;
-    QSet<QPair<quint64, quint64>> m_protected; ///< device and inode
+    QSet<QString> m_protectedPaths;
+    QSet<QPair<quint64, quint64>> m_protected; ///< device and inode of each
 };
 
 } // namespace clipheave::metadata

@@ -91,16 +91,14 @@ void completeCopy(const WriteJob& job, const AVAssetExportSession& session, cons
 
 void RunningExports::start(const std::shared_ptr<AVAssetExportSession>& session,
                            std::function<void()> completionHandler) {
-    bool cancelled = false;
     {
         const std::lock_guard lock(m_mutex);
         std::erase_if(m_sessions, [](const auto& ended) { return ended.expired(); });
         m_sessions.push_back(session);
-        cancelled = m_cancelled;
+        if (m_cancelled)
+            session->cancelExport();
     }
     session->exportAsynchronouslyWithCompletionHandler(std::move(completionHandler));
-    if (cancelled)
-        session->cancelExport();
 }
 
 void RunningExports::cancel() {

@@ -135,6 +135,9 @@ int makeDurable(int fd) {
     return errno;
 }
 
+/// Folders whose new names are to be made durable later; null: at once.
+thread_local QStringList* t_deferredFolders = nullptr;
+
 void makeFolderDurable(const QString& folder) {
     const FileDescriptor fd(
         ::open(nativePath(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -163,8 +166,10 @@ Result<AtomicFile> AtomicFile::create(const QString& target, std::uint64_t sizeH
     if (!file.m_fd)
         return systemFailure(operation, target, EEXIST);
     adoptPermissions(file.m_fd.get(), file.m_target);
-    if (const Result<void> reserved = file.reserve(sizeHint); !reserved)
-        return tl::unexpected(reserved.error());
+    if (sizeHint >= kWorthReserving) {
+        if (const Result<void> reserved = file.reserve(sizeHint); !reserved)
+            return tl::unexpected(reserved.error());
+    }
     return file;
 }
 
@@ -287,8 +292,28 @@ Result<void> AtomicFile::commit(NSFileManager::IfExists ifExists) {
         return systemFailure(operation, m_target, error);
     m_temporary.clear();
     m_fd.reset();
-    makeFolderDurable(folderOf(m_target));
+    if (!t_deferredFolders)
+        makeFolderDurable(folderOf(m_target));
+    else if (!t_deferredFolders->contains(folderOf(m_target)))
+        t_deferredFolders->append(folderOf(m_target));
     return {};
+}
+
+DeferredFolderSyncs::DeferredFolderSyncs() {
+    t_deferredFolders = new QStringList;
+}
+
+DeferredFolderSyncs::~DeferredFolderSyncs() {
+    delete std::exchange(t_deferredFolders, nullptr);
+}
+
+QStringList DeferredFolderSyncs::take() {
+    return std::exchange(*t_deferredFolders, {});
+}
+
+void syncFolders(const QStringList& folders) {
+    for (const QString& folder : folders)
+        makeFolderDurable(folder);
 }
 
 Result<void> NSFileManager::copyItem(const QString& from, const QString& to, IfExists ifExists,

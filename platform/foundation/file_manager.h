@@ -90,8 +90,9 @@ public:
 /// removeStaleTemporaries().
 class AtomicFile {
 public:
-    /// `sizeHint` bytes are reserved when known, so that a full disk is found at once and the file
-    /// lies in one piece. A link is followed. A file that is replaced hands on its permissions.
+    /// `sizeHint` bytes, from 1 MiB on, are reserved when known, so that a full disk is found at
+    /// once and the file lies in one piece. A link is followed. A file that is replaced hands on
+    /// its permissions.
     [[nodiscard]] static Result<AtomicFile> create(const QString& target,
                                                    std::uint64_t sizeHint = 0);
     AtomicFile(AtomicFile&&) noexcept;
@@ -128,6 +129,19 @@ private:
     std::uint64_t m_position = 0;
     std::uint64_t m_reserved = 0; ///< bytes of blocks taken in advance
 };
+
+/// While one lives, AtomicFile::commit() of this thread makes the bytes of a file durable as ever,
+/// but leaves its new name to whoever calls syncFolders() with what take() gives. Many small files
+/// then wait for their folder once. A power cut in between costs new names, never whole files.
+class DeferredFolderSyncs {
+public:
+    DeferredFolderSyncs();
+    ~DeferredFolderSyncs();
+    DeferredFolderSyncs(const DeferredFolderSyncs&) = delete;
+    DeferredFolderSyncs& operator=(const DeferredFolderSyncs&) = delete;
+    [[nodiscard]] QStringList take();
+};
+void syncFolders(const QStringList& folders);
 
 /// Removes temporaries in `folder` whose process is gone.
 void removeStaleTemporaries(const QString& folder);

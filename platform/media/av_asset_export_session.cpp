@@ -110,7 +110,8 @@ bool AVAssetExportSession::State::startWaiting() {
     const std::lock_guard lock(mutex);
     if (status != AVAssetExportSessionStatus::Unknown)
         return false;
-    status = AVAssetExportSessionStatus::Waiting;
+    status =
+        cancelled ? AVAssetExportSessionStatus::Cancelled : AVAssetExportSessionStatus::Waiting;
     return true;
 }
 
@@ -256,7 +257,7 @@ void AVAssetExportSession::exportAsynchronouslyWithCompletionHandler(
     std::function<void()> completionHandler) {
     if (!m_state->startWaiting())
         return; // one session is one export
-    if (const auto valid = m_state->validated(); !valid)
+    if (const auto valid = m_state->validated(); !valid && !m_state->cancelled)
         m_state->finish(tl::unexpected(valid.error()));
     LiveSessions::shared().add(m_state);
     exportQueue().add([state = m_state, handler = std::move(completionHandler)] {

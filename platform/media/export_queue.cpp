@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/export_queue.h"
 
+#include "platform/foundation/file_manager.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -54,7 +56,18 @@ void ExportQueue::startThreadIfNeeded() {
         m_threads.emplace_back([this] { work(); });
 }
 
+/// With nothing else running or waiting: what was written gets its names for good.
+void ExportQueue::finishRound(std::unique_lock<std::mutex>& lock) {
+    while (m_jobs.empty() && m_running == 1 && !m_changedFolders.isEmpty()) {
+        const QStringList folders = std::exchange(m_changedFolders, {});
+        lock.unlock();
+        syncFolders(folders);
+        lock.lock();
+    }
+}
+
 void ExportQueue::work() {
+    DeferredFolderSyncs deferred;
     std::unique_lock lock(m_mutex);
     while (true) {
         m_wake.wait(lock,
@@ -68,6 +81,10 @@ void ExportQueue::work() {
         job();
         job = nullptr; // what it holds goes before anybody is told that it is done
         lock.lock();
+        for (const QString& folder : deferred.take())
+            if (!m_changedFolders.contains(folder))
+                m_changedFolders.append(folder);
+        finishRound(lock);
         --m_running;
         m_wake.notify_one();
         if (m_jobs.empty() && m_running == 0)

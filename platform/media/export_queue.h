@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QStringList>
+
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -10,7 +12,8 @@
 
 namespace clipheave::platform {
 
-/// Runs jobs on threads of its own, at most so many at once, in the order they came. Thread-safe.
+/// Runs jobs on threads of its own, at most so many at once, in the order they came. The folders of
+/// the files that they commit are synced when nothing is left to do. Thread-safe.
 class ExportQueue {
 public:
     /// The one of this process.
@@ -30,11 +33,13 @@ public:
 private:
     void work();
     void startThreadIfNeeded();
+    void finishRound(std::unique_lock<std::mutex>& lock);
 
     std::mutex m_mutex;
     std::condition_variable m_wake, m_idle;
     std::deque<std::function<void()>> m_jobs;
     std::vector<std::thread> m_threads;
+    QStringList m_changedFolders; ///< their new names are not durable yet
     std::size_t m_maximum = 1, m_running = 0;
     bool m_stopping = false;
 };

@@ -264,7 +264,9 @@ void setTypedValue(AVMetadataItem& item, HeaderReader& reader, std::uint32_t typ
     if (payload.length <= kLargestNumber &&
         setNumber(item, typeCode, reader.view(payload.offset, payload.length)))
         return;
-    keepBytes(item, reader, payload, kMaxKeptBytes);
+    // Keywords are text under the type of bytes.
+    const bool isKeywords = item.key == u"com.apple.quicktime.keywords";
+    keepBytes(item, reader, payload, isKeywords ? HeaderReader::kMaxView : kMaxKeptBytes);
     item.dataType = isText(typeCode) ? QStringLiteral("com.apple.metadata.datatype.UTF-8")
                                      : bytesTypeName(typeCode);
 }

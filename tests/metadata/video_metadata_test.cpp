@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/video_metadata.h"
+
+#include "platform/foundation/file_manager.h"
+#include "tests/testkit/testkit.h"
+
+#include <QDir>
+#include <QFile>
+
+namespace {
+
+using namespace clipheave;
+using metadata::VideoMetadata;
+using metadata::WriteOutcome;
+using metadata::WriteStatus;
+
+/// One run over made-up items; outcomes in the order of their sources' names.
+class Writers : public testing::Test {
+protected:
+    metadata::WriteRequest request(const QString& path) const {
+        metadata::WriteRequest made;
+        made.item = std::make_shared<media::IKImageItem>();
+        made.item->filePath = path;
+        made.item->fileName = path.section(u'/', -1);
+        made.pane = media::ShowVideoViewWithItem(*made.item);
+        made.storagelocation = m_dir.path(QStringLiteral("out"));
+        return made;
+    }
+    std::vector<WriteOutcome> run(const std::function<void(VideoMetadata&)>& commands) const {
+        std::vector<WriteOutcome> outcomes;
+        std::mutex mutex;
+        VideoMetadata writer([&](const WriteOutcome& outcome) {
+            const std::lock_guard lock(mutex);
+            outcomes.push_back(outcome);
+        });
+        commands(writer);
+        platform::AVAssetExportSession::waitForAllExports();
+        std::sort(outcomes.begin(), outcomes.end(),
+                  [](const auto& a, const auto& b) { return a.source < b.source; });
+        return outcomes;
+    }
+    static QString valueOf(const QString& path, const char* identifier) {
+        const auto asset = platform::AVURLAsset::assetWithPath(path);
+        for (const auto& item : asset ? asset->metadata() : QList<platform::AVMetadataItem>())
+            if (item.effectiveIdentifier() == QLatin1String(identifier))
+                return item.stringValue();
+        return {};
+    }
+    static QDateTime modified(const QString& path) {
+        const auto found = platform::NSFileManager::defaultManager().attributesOfItemAtPath(path);
+        return found ? found->NSFileModificationDate : QDateTime();
+    }
+    QStringList filesOut() const {
+        return QDir(m_dir.path(QStringLiteral("out")))
+            .entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    }
+    testkit::TempDir m_dir;
+};
+
+TEST_F(Writers, TheDateWriterSetsTheItemAndBothFileDates) {
+    const QString source = m_dir.write(QStringLiteral("a.mp4"), testkit::movie("t"));
+    const QString output = m_dir.path(QStringLiteral("out/a.mp4"));
+    const auto write = [&](const QString& to, const char* date) {
+        return run([&](VideoMetadata& writer) {
+            writer.SetVideoFileWithFilePath_WithExifPath_withDateStr(source, to,
+                                                                     QString::fromUtf8(date));
+        });
+    };
+    ASSERT_EQ(write(output, "2020:01:31 10:00:00").front().status, WriteStatus::Completed);
+    EXPECT_EQ(valueOf(output, "uiso/date"), u"2020:01:31 10:00:00");
+    EXPECT_EQ(valueOf(output, "itsk/%A9nam"), u"t");
+    EXPECT_EQ(modified(output), QDateTime(QDate(2020, 1, 31), QTime(10, 0)));
+    EXPECT_EQ(testkit::TempDir::read(output).mid(8, 4), "qt  ");
+    ASSERT_EQ(write(output, "someday").front().status, WriteStatus::Completed);
+    EXPECT_EQ(modified(output), modified(source));
+    EXPECT_EQ(write(source, "2020:01:31 10:00:00").front().outputs,
+              QStringList{m_dir.path(QStringLiteral("a 2.mp4"))});
+}
+
+TEST_F(Writers, TheCreatedDateOfThePaneDatesSavesAndRemovals) {
+    auto edited = request(m_dir.write(QStringLiteral("a.mp4"), testkit::movie("t")));
+    edited.pane.texts.mediaCreatedDate = QStringLiteral("2019:02:03 04:05:06");
+    auto plain = request(m_dir.write(QStringLiteral("b.MXF"), "not really"));
+    auto junk = request(m_dir.write(QStringLiteral("c.mp4"), "nothing of the kind"));
+    junk.pane = edited.pane;
+    const auto outcomes = run([&](VideoMetadata& writer) {
+        for (const auto& one : {edited, plain, junk})
+            writer.SaveMeidaFileChangesAction(one);
+    });
+    ASSERT_EQ(outcomes.size(), 3u);
+    const QDateTime asked(QDate(2019, 2, 3), QTime(4, 5, 6));
+    EXPECT_EQ(modified(outcomes[0].outputs.front()), asked);
+    EXPECT_EQ(outcomes[1].status, WriteStatus::Completed);
+    EXPECT_EQ(testkit::TempDir::read(outcomes[1].outputs.front()), "not really");
+    EXPECT_EQ(modified(outcomes[1].outputs.front()), modified(plain.item->filePath));
+    // What cannot be rewritten is there all the same, dated as asked, and says so.
+    EXPECT_EQ(outcomes[2].status, WriteStatus::Failed);
+    EXPECT_TRUE(outcomes[2].message.contains(QStringLiteral("copied unchanged")));
+    EXPECT_EQ(testkit::TempDir::read(outcomes[2].outputs.front()), "nothing of the kind");
+    EXPECT_EQ(modified(outcomes[2].outputs.front()), asked);
+    const auto removed = run([&](VideoMetadata& writer) {
+        edited.item->fileTitle = QStringLiteral("t");
+        writer.RemoveMediaFileAction(edited);
+    });
+    EXPECT_EQ(valueOf(removed.front().outputs.front(), "itsk/%A9nam"), QString());
+    EXPECT_EQ(modified(removed.front().outputs.front()), asked);
+}
+
+TEST_F(Writers, TextsOfEveryKindAndLengthReadBack) {
+    QString planes;
+    for (char32_t plane = 0; plane <= 16; ++plane) {
+        const char32_t character = plane << 16 | 0x4E42;
+        planes += QString::fromUcs4(&character, 1);
+    }
+    for (const QString& title : {planes, QString(500000, QChar(0x00E9)),
+                                 QStringLiteral("a\nb\t\"c\"\\"), QStringLiteral(" ")}) {
+        auto made = request(m_dir.write(QStringLiteral("a.mov"), testkit::movie("t")));
+        media::typeIntoField(made.pane, *media::videoField(QStringLiteral("title")), title);
+        media::typeIntoField(made.pane, *media::videoField(QStringLiteral("keywords")), title);
+        const auto outcome =
+            run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); }).front();
+        ASSERT_EQ(outcome.status, WriteStatus::Completed);
+        EXPECT_TRUE(valueOf(outcome.outputs.front(), "itsk/%A9nam") == title);
+        EXPECT_TRUE(valueOf(outcome.outputs.front(), "mdta/com.apple.quicktime.keywords") == title);
+    }
+}
+
+TEST_F(Writers, TitlesBecomeNamesOnlyInsideAndOnlyWhereNothingIs) {
+    const auto titled = [&](const char* name, const char* title) {
+        auto made = request(m_dir.write(QString::fromUtf8(name), name));
+        made.item->fileTitle = QString::fromUtf8(title);
+        return made;
+    };
+    m_dir.write(QStringLiteral("out/There.mp4"), "old");
+    const auto outcomes = run([&](VideoMetadata& writer) {
+        for (const auto& one :
+             {titled("1.mp4", "Same"), titled("2.mp4", "Same"), titled("3.mp4", "../escaped"),
+              titled("4.mp4", "no/folder"), titled("5.mp4", "There"), titled("6.mp4", ""),
+              titled("7.mov", "Dots..")})
+            writer.CopyvideoTitletoFileNameAction(one);
+    });
+    ASSERT_EQ(outcomes.size(), 7u);
+    for (const std::size_t failed : {1u, 2u, 3u, 4u}) {
+        EXPECT_EQ(outcomes[failed].status, WriteStatus::Failed) << failed;
+        EXPECT_FALSE(outcomes[failed].message.isEmpty());
+    }
+    EXPECT_EQ(filesOut(), (QStringList{QStringLiteral(".mp4"), QStringLiteral("Dots...mov"),
+                                       QStringLiteral("Same.mp4"), QStringLiteral("There.mp4")}));
+    EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/There.mp4"))), "old");
+    EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/Same.mp4"))), "1.mp4");
+    EXPECT_EQ(modified(m_dir.path(QStringLiteral("out/Same.mp4"))),
+              modified(m_dir.path(QStringLiteral("1.mp4"))));
+    EXPECT_FALSE(QFile::exists(m_dir.path(QStringLiteral("escaped.mp4"))));
+}
+
+TEST_F(Writers, OutputsSpareEverySourceOfTheListAndStopWhenToldTo) {
+    const QString other = m_dir.write(QStringLiteral("out/a.mp4"), "another source of the list");
+    const auto made = request(m_dir.write(QStringLiteral("a.mp4"), testkit::movie("t")));
+    const auto outcome = run([&](VideoMetadata& writer) {
+                             writer.protectSources({other});
+                             writer.CopyvideofilenametoTitleAction(made);
+                         }).front();
+    EXPECT_EQ(outcome.outputs, QStringList{m_dir.path(QStringLiteral("out/a 2.mp4"))});
+    EXPECT_EQ(valueOf(outcome.outputs.front(), "itsk/%A9nam"), u"a");
+    EXPECT_EQ(testkit::TempDir::read(other), "another source of the list");
+    const auto cancelled = run([&](VideoMetadata& writer) {
+        writer.cancel();
+        for (int i = 0; i < 20; ++i)
+            writer.SaveMeidaFileChangesAction(made);
+    });
+    for (const auto& one : cancelled)
+        EXPECT_EQ(one.status, WriteStatus::Cancelled);
+    EXPECT_EQ(cancelled.size(), 20u);
+    EXPECT_EQ(filesOut().size(), 2);
+}
+
+} // namespace
