@@ -45,19 +45,16 @@ template <class Test> int rowWhere(const AppDelegate& controller, Test test) {
     return -1;
 }
 
-int videoRow(const AppDelegate& controller) {
-    return rowWhere(controller, [](const media::IKImageItem& item) {
-        return media::MediaKind::isVideo(item.filePath) && !item.latitudeFormat.isEmpty();
-    });
-}
-
 void selectVideo(AppDelegate& controller) {
-    controller.mainWindow()->selectRow(videoRow(controller));
+    controller.mainWindow()->selectRow(rowWhere(controller, [](const media::IKImageItem& item) {
+        return media::MediaKind::isVideo(item.filePath) && !item.latitudeFormat.isEmpty() &&
+               !item.fileImage.isNull();
+    }));
 }
 
 void selectAudio(AppDelegate& controller) {
     controller.mainWindow()->selectRow(rowWhere(controller, [](const media::IKImageItem& item) {
-        return media::MediaKind::isAudio(item.filePath) && !item.fileAblumName.isEmpty();
+        return media::MediaKind::isAudio(item.filePath) && !item.fileComposer.isEmpty();
     }));
 }
 

@@ -24,6 +24,12 @@ constexpr int kFilesPadding = 6;
 constexpr int kShownFiles = 5; // the log gets the rest
 constexpr int kLeastTitle = 150;
 
+/// The reason as far as the row does not say it already: without the path of its own file.
+QString shortNote(const ActivityFile& file) {
+    QString note = file.note;
+    return file.source.isEmpty() ? note : note.remove(file.source + QStringLiteral(": "));
+}
+
 class FileDelegate : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -175,7 +181,7 @@ QVariant JobFiles::data(const QModelIndex& index, int role) const {
     case NoteRole:
         if (entry->note.isEmpty() && entry->state != FileState::Done)
             return fileStateWord(entry->state);
-        return entry->note;
+        return shortNote(*entry);
     case StateRole:
         return static_cast<int>(entry->state);
     default:

@@ -133,10 +133,11 @@ void AppDelegate::refreshSummary() {
     const int count = static_cast<int>(m_items.size());
     QString summary;
     if (!selected.empty())
-        summary = tr("%1 selected of %2, %3, %4")
-                      .arg(selected.size())
-                      .arg(count)
-                      .arg(getMediaDuration(static_cast<int>(seconds)), sizeText(selectedBytes));
+        summary = tr("%1 selected of %2").arg(selected.size()).arg(count);
+    if (!selected.empty() && seconds >= 1) // photos have no length
+        summary += QStringLiteral(", ") + getMediaDuration(static_cast<int>(seconds));
+    if (!selected.empty())
+        summary += QStringLiteral(", ") + sizeText(selectedBytes);
     m_window->setListSummary(summary, m_mediaController->isSorted());
     m_window->setTotals(count == 1 ? tr("1 item, %1").arg(sizeText(m_totalBytes))
                                    : tr("%1 items, %2").arg(count).arg(sizeText(m_totalBytes)));

@@ -9,6 +9,7 @@
 #include "app/widgets/picture_button.h"
 #include "app/widgets/token_label.h"
 
+#include <QEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QPainter>
@@ -137,6 +138,7 @@ QWidget* DetailPane::makeFoot() {
     m_note->setObjectName(QStringLiteral("saveNote"));
     m_note->setWordWrap(true);            // two lines in a narrow pane
     m_note->setTextFormat(Qt::PlainText); // names of files
+    m_note->installEventFilter(this);
     row->addWidget(m_note, 1);
     auto* save =
         new PictureButton(ButtonKind::Primary, tr("Save Changes"), QStringLiteral("check"), foot);
@@ -161,9 +163,12 @@ void DetailPane::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     m_video->setPaneWidth(width());
     m_audio->setPaneWidth(width());
-    if (m_foot->layout())
-        m_foot->layout()->activate();
-    refreshNote();
+}
+
+bool DetailPane::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_note && event->type() == QEvent::Resize)
+        refreshNote();
+    return QWidget::eventFilter(watched, event);
 }
 
 void DetailPane::setHead(const QString& name, const QString& icon, Token token) {
@@ -241,9 +246,10 @@ void DetailPane::refreshNote() {
         return;
     const QFontMetrics metrics = m_note->fontMetrics();
     const auto fits = [&](const QString& text) {
-        const QRect room(0, 0, std::max(m_note->width(), 1), 1000);
-        return metrics.boundingRect(room, Qt::TextWordWrap | Qt::TextWrapAnywhere, text).height() <=
-               kNoteLines * metrics.lineSpacing();
+        const QRect room(0, 0, std::max(m_note->width() - 2, 1), 1000);
+        const QRect needed = metrics.boundingRect(room, Qt::TextWordWrap, text);
+        return needed.width() <= room.width() &&
+               needed.height() <= kNoteLines * metrics.lineSpacing();
     };
     const auto most = std::min<qsizetype>(m_touchedNames.size(), kMostNotedNames);
     QString text;

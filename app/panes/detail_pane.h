@@ -46,6 +46,8 @@ public:
     void setTouchedNames(const QStringList& names, bool sorted);
     [[nodiscard]] QString footNote() const;
 
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 Q_SIGNALS:
     void fieldEditingBegan(const QString& objectName);
     void revealRequested();

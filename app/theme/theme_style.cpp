@@ -3,9 +3,11 @@
 
 #include "app/theme/theme.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QMenu>
 #include <QPainter>
+#include <QRadioButton>
 #include <QStyleFactory>
 #include <QStyleOption>
 
@@ -95,6 +97,19 @@ void drawPopup(QPainter& painter, const QStyleOptionComboBox& option) {
     painter.restore();
 }
 
+/// Around the text of a check box or radio button, whose mark may be filled with the accent itself.
+void drawLabelRing(QPainter& painter, const QStyleOption& option, const QWidget* widget) {
+    if (qobject_cast<const QCheckBox*>(widget) == nullptr &&
+        qobject_cast<const QRadioButton*>(widget) == nullptr)
+        return;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Theme::instance().color(Token::accent), 2));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(option.rect).adjusted(1, 1, -1, -1), 4, 4);
+    painter.restore();
+}
+
 QString arrowName(QStyle::PrimitiveElement element) {
     switch (element) {
     case QStyle::PE_IndicatorArrowDown:
@@ -137,8 +152,8 @@ void ThemeStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opt
         return drawCheckBox(*painter, *option);
     if (element == PE_IndicatorRadioButton)
         return drawRadioButton(*painter, *option);
-    if (element == PE_FrameFocusRect)
-        return; // rings are drawn by the controls themselves
+    if (element == PE_FrameFocusRect) // other rings are drawn by the controls themselves
+        return drawLabelRing(*painter, *option, widget);
     if (element == PE_PanelMenu)
         return drawMenuPanel(*painter, option->rect);
     if (element == PE_FrameMenu)

@@ -74,7 +74,7 @@ protected:
         model.fileFinished(job, {QStringLiteral("/in/mist.mkv"),
                                  {},
                                  FileState::Failed,
-                                 QStringLiteral("no audio track")});
+                                 QStringLiteral("extract: /in/mist.mkv: no audio track")});
         model.addLog(QStringLiteral("Export failed: no audio track"), {}, true, job);
         model.endJob(job);
         return job;
@@ -218,7 +218,8 @@ TEST_F(ActivityViews, DetailsShowFilesWithReasonsAndActOnThem) {
     EXPECT_EQ(files->index(0, 0).data(JobFiles::NoteRole).toString(), QStringLiteral("4.71 MB"));
     EXPECT_EQ(files->index(1, 0).data().toString(), QStringLiteral("mist.mkv"));
     EXPECT_EQ(files->index(1, 0).data(JobFiles::NoteRole).toString(),
-              QStringLiteral("no audio track"));
+              QStringLiteral("extract: no audio track"))
+        << "the row says the file already";
     EXPECT_EQ(part<ToneLabel>("jobResult")->text(), QStringLiteral("1 done, 1 failed"));
     EXPECT_TRUE(logText("jobLog").endsWith(QLatin1String("Export failed: no audio track")));
 

@@ -300,6 +300,13 @@ TEST_F(Panes, WhileSortedTheFootNamesTheFiles) {
         const int needed = note->heightForWidth(note->width());
         EXPECT_LE(needed, 2 * note->fontMetrics().lineSpacing() + 2) << width;
     }
+    m_pane.resize(520, 820);
+    QCoreApplication::processEvents();
+    m_pane.setTouchedNames(many, true);
+    const auto narrow = m_pane.footNote().size();
+    m_pane.resize(960, 820);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return m_pane.footNote().size() > narrow; }))
+        << "a wider foot names more: " << m_pane.footNote().toStdString();
     EXPECT_TRUE(note->toolTip().contains(QStringLiteral("29.mp4\nand 20 more")));
     m_pane.setTouchedCount(1);
     EXPECT_TRUE(note->toolTip().isEmpty());
