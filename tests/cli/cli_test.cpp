@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The whole program through its command line, on the library that it makes itself; what it wrote is
 // read by programs that this project did not write.
-#include "tests/testkit/testkit.h"
+#include "tests/cli/cli_kit.h"
 
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
 #include <QSet>
 #include <QThread>
@@ -20,19 +17,8 @@ namespace {
 
 using testkit::RunResult;
 
-RunResult cli(const QStringList& arguments) {
-    return testkit::run(QStringLiteral(CLIPHEAVE_CLI), arguments);
-}
-
-QJsonArray listed(const QStringList& arguments) {
-    const RunResult result =
-        cli(QStringList{QStringLiteral("--json"), QStringLiteral("list")} + arguments);
-    EXPECT_LE(result.exitCode, 1) << result.err.toStdString();
-    QJsonParseError error;
-    const QJsonArray items = QJsonDocument::fromJson(result.out, &error).array();
-    EXPECT_EQ(error.error, QJsonParseError::NoError) << error.errorString().toStdString();
-    return items;
-}
+using clitest::cli;
+using clitest::listed;
 
 QJsonObject itemNamed(const QJsonArray& items, const QString& name) {
     for (const auto& item : items)
