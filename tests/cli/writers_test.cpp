@@ -167,7 +167,7 @@ TEST_F(Commands, AKilledSaveLeavesTheOldFileOrTheNewOne) {
         QProcess process;
         process.start(QStringLiteral(CLIPHEAVE_CLI), save);
         ASSERT_TRUE(process.waitForStarted());
-        QThread::usleep(QRandomGenerator::global()->bounded(1 + whole * 1000));
+        QThread::usleep(QRandomGenerator::global()->bounded(1 + whole * 1500));
         process.kill();
         ASSERT_TRUE(process.waitForFinished());
         killed += process.exitStatus() == QProcess::CrashExit;
