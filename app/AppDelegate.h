@@ -9,6 +9,7 @@
 #include "platform/foundation/log.h"
 
 #include <QColor>
+#include <QElapsedTimer>
 #include <QFontDialog>
 #include <QObject>
 #include <QPointF>
@@ -168,6 +169,7 @@ private:
     void runImport(const QStringList& paths, bool photos);
     void appendNewItem(int job, const media::ItemPointer& item);
     void finishImport(const media::MediaImport& import, int job);
+    [[nodiscard]] static QString importSummary(int added, int failed);
     [[nodiscard]] std::vector<media::ItemPointer> selectedItems() const;
     struct WriteRun;
     void watchProgress(const std::shared_ptr<WriteRun>& run);
@@ -193,6 +195,7 @@ private:
     std::size_t m_shownItems = 0;            ///< of m_items, how many the list shows already
     std::atomic<bool> m_stopping{false};     ///< read by workers
     int m_runningImports = 0;
+    QElapsedTimer m_summaryAge;
     std::map<int, JobKind> m_jobKinds; ///< of the jobs in the panel, for another try
     std::map<int, std::shared_ptr<WriteRun>> m_writeRuns; ///< by job, until their last outcome
     QPointF m_currentCoords;

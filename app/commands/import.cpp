@@ -18,6 +18,8 @@ namespace {
 /// one hand-over, so that the reading does not wait for a picture that nobody can see.
 constexpr auto kHandOverInterval = std::chrono::milliseconds(8);
 
+constexpr int kSummaryInterval = 100; // ms
+
 constexpr char kPanelMessage[] = "Please select videos or auidos to import.";
 
 } // namespace
@@ -104,7 +106,19 @@ void AppDelegate::LoadImportedMediasonMainThread() {
             m_mediaController->appendItem(m_items[i]);
     }
     m_shownItems = m_items.size();
+    // With everything selected the summary walks the whole list: not after every file.
+    if (m_summaryAge.isValid() && m_summaryAge.elapsed() < kSummaryInterval && m_runningImports > 0)
+        return;
     refreshSummary();
+    m_summaryAge.start();
+}
+
+QString AppDelegate::importSummary(int added, int failed) {
+    if (added == 0 && failed == 0)
+        return tr("No media file found");
+    if (failed > 0)
+        return tr("%1 added, %2 failed").arg(added).arg(failed);
+    return added == 1 ? tr("1 file added") : tr("%1 files added").arg(added);
 }
 
 void AppDelegate::finishImport(const media::MediaImport& import, int job) {
@@ -116,10 +130,13 @@ void AppDelegate::finishImport(const media::MediaImport& import, int job) {
         m_activity->fileFinished(job, {skipped.path, {}, FileState::Failed, skipped.reason});
     const int count = static_cast<int>(import.localPhotoItemArray().size());
     m_activity->setTotal(job, count + static_cast<int>(import.skipped().size()));
-    m_activity->endJob(job, count == 1   ? tr("1 file added")
-                            : count == 0 ? tr("No media file found")
-                                         : tr("%1 files added").arg(count));
+    const ActivityJob* row = m_activity->job(job);
+    const int failed = row ? row->failed : 0;
+    // A file that was read only in part is in the list, and counts as failed.
+    m_activity->endJob(
+        job, importSummary(count + static_cast<int>(import.skipped().size()) - failed, failed));
     --m_runningImports;
+    refreshSummary();
     Q_EMIT importFinished();
 }
 
