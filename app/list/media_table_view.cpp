@@ -142,7 +142,11 @@ void MediaTableView::setUserColumnWidths(const QList<int>& widths) {
 void MediaTableView::layoutColumns() {
     if (m_listModel == nullptr)
         return;
-    std::array<int, 7> widths = kDesignWidths;
+    std::array<int, 7> designs = kDesignWidths;
+    for (std::size_t i = 0; i < designs.size(); ++i)
+        if (i != kNameColumn) // names are shortened anyway
+            designs[i] = Theme::instance().scaled(designs[i]);
+    std::array<int, 7> widths = designs;
     widths.back() += kLastColumnExtra;
     for (std::size_t i = 0; i < widths.size(); ++i)
         widths[i] = m_userWidths[i] > 0
@@ -153,7 +157,7 @@ void MediaTableView::layoutColumns() {
     int& album = widths[kAlbumColumn];
     const bool nameIsFree = m_userWidths[kNameColumn] == 0;
     const bool albumIsFree = m_userWidths[kAlbumColumn] == 0;
-    const int designed = std::accumulate(kDesignWidths.begin(), kDesignWidths.end(), 0);
+    const int designed = std::accumulate(designs.begin(), designs.end(), 0);
     const int leastName = std::clamp(kDesignWidths[kNameColumn] + designed - total, kLeastName,
                                      kDesignWidths[kNameColumn]);
     const int leastAlbum = std::max(kLeastAlbum, m_header->leastWidth(kAlbumColumn));

@@ -102,7 +102,8 @@ QLayout* VideoPaneView::makePositionFields() {
         auto* field = new EditField(this);
         field->setObjectName(QLatin1String(name));
         auto* line = new FieldRow(label, field, kPositionLabel, this);
-        line->setFixedWidth(FieldRow::kGutter + kPositionLabel + kPositionField);
+        line->setFixedWidth(FieldRow::kGutter +
+                            Theme::instance().scaled(kPositionLabel + kPositionField));
         fields->addWidget(line);
         fields->addStretch();
         return field;

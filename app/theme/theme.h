@@ -82,6 +82,8 @@ public:
     [[nodiscard]] QFont font(FontRole role) const;
     /// What the system font asks for: 1 at 13 px, never smaller, at most 2.
     [[nodiscard]] double fontScale() const { return m_scale; }
+    /// A width that text of the design's size fills, in px for the size of the system font.
+    [[nodiscard]] int scaled(int width) const { return qRound(width * m_scale); }
     /// The style sheet of the current colours.
     [[nodiscard]] QString styleSheet() const;
 

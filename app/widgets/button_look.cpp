@@ -152,13 +152,15 @@ void drawTool(QPainter& painter, const QRect& rect, const ButtonLook& look, cons
     drawPicture(painter, look.picture,
                 {rect.center().x() - kToolPictureSide / 2 + 1, rect.top() + 5}, kToolPictureSide,
                 Theme::instance().color(Token::text1));
-    const int width = metrics.horizontalAdvance(look.text);
-    const int whole = width + (look.caret ? kCaretSide + 1 : 0);
+    const int caret = look.caret ? kCaretSide + 1 : 0;
+    const QString label = metrics.elidedText(look.text, Qt::ElideRight, rect.width() - caret - 2);
+    const int width = metrics.horizontalAdvance(label);
+    const int whole = width + caret;
     const int left = rect.left() + (rect.width() - whole) / 2;
     const QRect line(left, rect.top() + 28, width + 2, 16);
     painter.setFont(font);
     painter.setPen(text);
-    painter.drawText(line, Qt::AlignVCenter | Qt::AlignLeft, look.text);
+    painter.drawText(line, Qt::AlignVCenter | Qt::AlignLeft, label);
     if (look.caret)
         drawPicture(painter, QStringLiteral("chevron-down"), {left + width + 3, line.top() + 2},
                     kCaretSide, text);

@@ -143,7 +143,6 @@ void FieldRow::build(const QString& label, QWidget* control, int labelWidth) {
     row->setContentsMargins(kGutter, 0, 0, 0);
     row->setSpacing(0);
     m_label = new QLabel(label);
-    m_label->setFixedWidth(labelWidth);
     m_label->setTextFormat(Qt::PlainText);
     row->addWidget(m_label);
     if (control != nullptr) {
@@ -154,7 +153,8 @@ void FieldRow::build(const QString& label, QWidget* control, int labelWidth) {
     }
     setMinimumHeight(kRowHeight);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    const auto dress = [this] {
+    const auto dress = [this, labelWidth] {
+        m_label->setFixedWidth(Theme::instance().scaled(labelWidth));
         m_label->setFont(Theme::instance().font(FontRole::Cell));
         showMark(m_field != nullptr && m_field->isChanged());
     };

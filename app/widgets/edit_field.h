@@ -52,7 +52,7 @@ class FieldRow : public QWidget {
     Q_OBJECT
 public:
     static constexpr int kGutter = 10;
-    static constexpr int kLabelWidth = 76;
+    static constexpr int kLabelWidth = 76; ///< for the design's font; grows with the system's
 
     FieldRow(const QString& label, EditField* field, int labelWidth = kLabelWidth,
              QWidget* parent = nullptr);

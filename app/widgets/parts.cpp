@@ -20,6 +20,7 @@ constexpr int kChipHeight = 20;
 constexpr int kChipPadding = 8;
 constexpr int kChipPicture = 12;
 constexpr int kChipGap = 5;
+constexpr int kSeparatorWidth = 17, kLeastSeparator = 7;
 
 void updateOnThemeChange(QWidget* widget) {
     QObject::connect(&Theme::instance(), &Theme::changed, widget, [widget] {
@@ -217,13 +218,15 @@ void ToolBand::paintEvent(QPaintEvent*) {
 }
 
 ToolSeparator::ToolSeparator(QWidget* parent) : QWidget(parent) {
-    setFixedSize(17, 32);
+    setFixedHeight(32);
+    setMinimumWidth(kLeastSeparator);
+    setMaximumWidth(kSeparatorWidth);
     updateOnThemeChange(this);
 }
 
 void ToolSeparator::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.fillRect(QRect(8, 0, 1, height()), Theme::instance().color(Token::line1));
+    painter.fillRect(QRect(width() / 2, 0, 1, height()), Theme::instance().color(Token::line1));
 }
 
 Scrim::Scrim(QWidget* window, int top) : QWidget(window), m_top(top) {

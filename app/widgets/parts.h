@@ -132,6 +132,7 @@ class ToolSeparator : public QWidget {
     Q_OBJECT
 public:
     explicit ToolSeparator(QWidget* parent = nullptr);
+    [[nodiscard]] QSize sizeHint() const override { return {maximumWidth(), height()}; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -13,6 +13,8 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace clipheave::app {
 namespace {
 
@@ -112,6 +114,14 @@ ButtonLook PictureButton::look() const {
 
 QSize PictureButton::sizeHint() const {
     return buttonSize(look());
+}
+
+QSize PictureButton::minimumSizeHint() const {
+    constexpr int kLeastTool = 48, kGivenAway = 14; // px
+    const QSize whole = sizeHint();
+    return m_kind == Kind::Tool
+               ? QSize(std::max(kLeastTool, whole.width() - kGivenAway), whole.height())
+               : whole;
 }
 
 void PictureButton::paintEvent(QPaintEvent*) {

@@ -128,7 +128,12 @@ QSize StorageChip::sizeHint() const {
 }
 
 QSize StorageChip::minimumSizeHint() const {
-    return {2 * kStoragePadding + kStoragePicture + kStorageGap + 60, kStorageHeight};
+    // A larger font leaves no room for the text beside the tools in the least window.
+    constexpr double kTightScale = 1.1;
+    const int caption =
+        QFontMetrics(Theme::instance().font(FontRole::Caption)).horizontalAdvance(storageCaption());
+    const int text = Theme::instance().fontScale() > kTightScale ? kStoragePicture : caption + 2;
+    return {2 * kStoragePadding + text, kStorageHeight};
 }
 
 void StorageChip::paintEvent(QPaintEvent*) {
@@ -140,16 +145,21 @@ void StorageChip::paintEvent(QPaintEvent*) {
     painter.setBrush(theme.color(isDown() ? Token::bg4 : underMouse() ? Token::bg3 : Token::bg1));
     const double inset = hasFocus() ? 1 : 0.5;
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), 8, 8);
-    // Where the tools leave too little room, the text is worth more than the picture.
+    // Where the tools leave too little room, the text is worth more than the picture, but not a
+    // text of a few letters.
     const QFontMetrics caption(theme.font(FontRole::Caption));
+    const int captionWidth = caption.horizontalAdvance(storageCaption());
     int left = kStoragePadding + kStoragePicture + kStorageGap;
-    if (width() - left - kStoragePadding + 2 < caption.horizontalAdvance(storageCaption()))
+    const bool noText = width() - 2 * kStoragePadding < captionWidth * 2 / 3;
+    if (!noText && width() - left - kStoragePadding + 2 < captionWidth)
         left = kStoragePadding;
     else
         painter.drawPixmap(QRect(kStoragePadding, (height() - kStoragePicture) / 2, kStoragePicture,
                                  kStoragePicture),
                            themePixmap(QStringLiteral("folder"), kStoragePicture,
                                        theme.color(Token::text2), devicePixelRatioF()));
+    if (noText)
+        return;
     const QRect line(left, 5, width() - left - kStoragePadding + 2, 14);
     painter.setFont(theme.font(FontRole::Caption));
     painter.setPen(theme.color(Token::text3));

@@ -89,9 +89,11 @@ DropTip::DropTip(QWidget* parent) : QWidget(parent) {
     buttons->addStretch();
     layout->addLayout(buttons);
     layout->addSpacing(24);
-    layout->addWidget(
+    QLabel* note =
         centredLabel(tr("Edits and exports are written as new files to the storage folder."),
-                     FontRole::Cell, Token::text3, this));
+                     FontRole::Cell, Token::text3, this);
+    note->setWordWrap(true);
+    layout->addWidget(note);
     layout->addStretch();
     connect(add, &Button::clicked, this, &DropTip::addRequested);
     connect(device, &Button::clicked, this, &DropTip::deviceRequested);
