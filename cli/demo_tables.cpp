@@ -33,6 +33,7 @@ constexpr DemoVideo kVideos[] = {
        {"mdta/com.apple.quicktime.keywords", "drone, black sand, sea stacks"},
        {"mdta/com.apple.quicktime.description", "One pass west to east, wind from the sea"},
        {"mdta/com.apple.quicktime.creationdate", "2025-06-14T21:41:07+0000"},
+       {"itsk/covr", "cover"},
        {"mdta/com.apple.quicktime.location.ISO6709", "+63.4043-019.0571+084.200/"}}}},
     {"Iceland/dyrholaey-timelapse.mp4",
      "2025:06:14 22:30:00",

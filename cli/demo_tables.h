@@ -26,7 +26,7 @@ struct DemoVideo {
     int frameRate, sampleRate, channels, pattern;
     double rotation;
     platform::OutputContainer container;
-    std::array<DemoItem, 12> items;
+    std::array<DemoItem, 13> items;
 };
 
 struct DemoTag {
