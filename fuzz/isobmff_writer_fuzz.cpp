@@ -39,6 +39,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 items += facts->metadata;
         }
         request.metadata = items;
+    } else if ((choice & 16) != 0) {
+        request.metadata = QList<AVMetadataItem>();
+        request.removesMetadata = (choice & 32) != 0;
     }
     QFile::remove(target);
     const bool written = writePassthrough(request).has_value();
