@@ -31,7 +31,7 @@ class Node:
             raise Gone(str(error)) from error
 
     def __eq__(self, other):
-        return (self.service, self.path) == (other.service, other.path)
+        return isinstance(other, Node) and (self.service, self.path) == (other.service, other.path)
 
     @property
     def children(self):

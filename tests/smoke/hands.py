@@ -1,7 +1,9 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Keyboard, mouse, clipboard and a drag from another program, as events that come from the X server."""
-from urllib.parse import quote
+import os
+import subprocess
 import time
+from urllib.parse import quote
 
 from Xlib import X, XK, Xatom, display
 from Xlib.ext import xtest
@@ -14,6 +16,11 @@ SIGNS = {" ": "space", "/": "slash", "-": "minus", ".": "period", ",": "comma", 
 DRAG_VERSION = 5
 
 
+def differing(one, other):
+    """How many pixels of two pictures of one size differ."""
+    return sum(a != b for a, b in zip(memoryview(one).cast("I"), memoryview(other).cast("I")))
+
+
 class Hands:
     """A user of one display. Every act returns once the server has taken it."""
 
@@ -22,7 +29,7 @@ class Hands:
         self.screen = self.display.screen()
         self.window = self.screen.root.create_window(-10, -10, 1, 1, 0, X.CopyFromParent,
                                                      event_mask=X.PropertyChangeMask)
-        self.offers = {}
+        self.dragged = b""  # as "text/uri-list"
 
     def atom(self, name):
         return self.display.intern_atom(name)
@@ -62,25 +69,49 @@ class Hands:
             xtest.fake_input(self.display, kind, button)
         self.display.sync()
 
+    def pixels(self, extents, margin):
+        """What is painted in a place of the screen and a little around it, four bytes a pixel."""
+        x, y, width, height = extents
+        x, y = max(x - margin, 0), max(y - margin, 0)
+        width = min(width + 2 * margin, self.screen.width_in_pixels - x)
+        height = min(height + 2 * margin, self.screen.height_in_pixels - y)
+        return self.screen.root.get_image(x, y, width, height, X.ZPixmap, 0xFFFFFFFF).data
+
     def menu_is_open(self):
         """Whether any window is up that is none of the window manager's: a menu. The window manager may hand on a click
         later than keys that come after it, so that keys for a menu must wait for the menu."""
         attributes = [window.get_attributes() for window in self.screen.root.query_tree().children]
         return any(a.override_redirect and a.map_state == X.IsViewable for a in attributes)
 
-    # Selections: the clipboard, and what a drag carries
-
-    def offer(self, selection, kind, data):
-        self.offers[self.atom(selection)] = (self.atom(kind), data)
-        self.window.set_selection_owner(self.atom(selection), X.CurrentTime)
-        self.display.sync()
+    # The clipboard
 
     def copy(self, text):
-        """Puts a text on the clipboard; serve() must run until it was pasted."""
-        self.offer("CLIPBOARD", "UTF8_STRING", text.encode())
+        """Puts a text on the clipboard, where a program of its own keeps it: the window under test waits for the answer
+        and would not answer us meanwhile."""
+        subprocess.run(["xclip", "-selection", "clipboard", "-target", "UTF8_STRING"], input=text.encode(), check=True,
+                       env=os.environ | {"DISPLAY": self.display.get_display_name()}, stdout=subprocess.DEVNULL,
+                       stderr=subprocess.DEVNULL)
+
+    # Drag and drop between programs
+
+    def drag(self, paths, place):
+        """Drags files in from outside as another program would; true when the window under the pointer took them."""
+        self.dragged = "".join(f"file://{quote(str(path))}\r\n" for path in paths).encode()
+        self.window.set_selection_owner(self.atom("XdndSelection"), X.CurrentTime)
+        self.move(*place)
+        target = self.aware_window_below_pointer()
+        self.tell(target, "XdndEnter", DRAG_VERSION << 24, self.atom("text/uri-list"))
+        x, y = place
+        self.tell(target, "XdndPosition", 0, x << 16 | y, X.CurrentTime, self.atom("XdndActionCopy"))
+        status = self.serve(lambda e: self.says(e, "XdndStatus"))
+        if not status.data[1][1] & 1:
+            self.tell(target, "XdndLeave")
+            return False
+        self.tell(target, "XdndDrop", 0, X.CurrentTime)
+        return bool(self.serve(lambda e: self.says(e, "XdndFinished")).data[1][1] & 1)
 
     def serve(self, until, patience=10):
-        """Answers other programs' questions until `until` is true of one of the events, or nothing is left."""
+        """Answers the target's questions until `until` is true of an event, which it returns."""
         end = time.monotonic() + patience
         while time.monotonic() < end:
             while self.display.pending_events():
@@ -93,38 +124,18 @@ class Hands:
         raise AssertionError("the program did not answer")
 
     def answer(self, request):
-        kind, data = self.offers[request.selection]
+        kind = self.atom("text/uri-list")
         place = request.property or request.target
         if request.target == self.atom("TARGETS"):
             request.requestor.change_property(place, Xatom.ATOM, 32, [self.atom("TARGETS"), kind])
         elif request.target == kind:
-            request.requestor.change_property(place, kind, 8, data)
+            request.requestor.change_property(place, kind, 8, self.dragged)
         else:
             place = X.NONE
         request.requestor.send_event(event.SelectionNotify(
             time=request.time, requestor=request.requestor, selection=request.selection, target=request.target,
             property=place))
         self.display.sync()
-
-    # Drag and drop between programs
-
-    def drag(self, paths, place, drop=True):
-        """Drags files in from outside as another program would; true when the window under the pointer took them."""
-        self.offer("XdndSelection", "text/uri-list", "".join(f"file://{quote(str(p))}\r\n" for p in paths).encode())
-        self.move(*place)
-        target = self.aware_window_below_pointer()
-        self.tell(target, "XdndEnter", DRAG_VERSION << 24, self.atom("text/uri-list"))
-        x, y = place
-        self.tell(target, "XdndPosition", 0, x << 16 | y, X.CurrentTime, self.atom("XdndActionCopy"))
-        status = self.serve(lambda e: self.says(e, "XdndStatus"))
-        if not status.data[1][1] & 1:
-            self.tell(target, "XdndLeave")
-            return False
-        if not drop:
-            self.tell(target, "XdndLeave")
-            return True
-        self.tell(target, "XdndDrop", 0, X.CurrentTime)
-        return bool(self.serve(lambda e: self.says(e, "XdndFinished")).data[1][1] & 1)
 
     def says(self, happened, message):
         return happened.type == X.ClientMessage and happened.client_type == self.atom(message)

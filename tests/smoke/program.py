@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The window under test, as a user and assistive technology meet it."""
 import subprocess
+import time
 
 import access
 import hands
@@ -80,7 +81,16 @@ class Program:
     # What a user does
 
     def click(self, role, name=None):
-        self.hands.click(self.get(role, name).centre)
+        self.click_on(self.get(role, name))
+
+    def click_on(self, node):
+        """Clicks once it stands still: panels slide."""
+        def still():
+            before = node.extents
+            time.sleep(0.04)
+            return node.extents == before
+        eventually(still, f"{node} stands still")
+        self.hands.click(node.centre)
 
     def open_by_panel(self, path, key="Ctrl+o"):
         self.hands.key(key)
@@ -96,19 +106,18 @@ class Program:
         eventually(lambda: len(self.names()) == count, lambda: f"{count} rows, but {self.names()}")
 
     def select(self, name):
-        self.hands.click(self.cell(name).centre)
+        self.click_on(self.cell(name))
         self.fact(f"File Name: {name}")
 
     def enter(self, field, text, paste=False):
         """Replaces the text of a field of the detail pane."""
         node = self.get("text", field)
-        self.hands.click(node.centre)
+        self.click_on(node)
         eventually(lambda: self.has_focus("text", field), f"{field} has the focus")
         self.hands.key("Ctrl+a")
         if paste:
             self.hands.copy(text)
             self.hands.key("Ctrl+v")
-            self.hands.serve(lambda _: node.text == text)
         else:
             self.hands.type(text)
         eventually(lambda: node.text == text, lambda: f"{node.text} is {text}")

@@ -6,14 +6,16 @@ import hashlib
 import pathlib
 import re
 import shutil
+import struct
 import subprocess
 import sys
 import unittest
+import zlib
 
 import desktop
+import hands
 import program
 from desktop import eventually
-from hands import X, event
 
 BINARIES = pathlib.Path(".")
 MEDIA_FILES = 17  # of the demo library, without its photos
@@ -33,17 +35,18 @@ def digest(path):
     return hashlib.sha256(path.read_bytes()).hexdigest()
 
 
+def setUpModule():
+    WindowTest.desktop = desktop.Desktop()
+    unittest.addModuleCleanup(WindowTest.desktop.close)
+    WindowTest.demo = WindowTest.desktop.folder / "demo"
+    subprocess.run([BINARIES / "clipheave-cli", "demo", WindowTest.demo], env=WindowTest.desktop.env, check=True,
+                   stdout=subprocess.DEVNULL)
+
+
 class WindowTest(unittest.TestCase):
+    """Each test has a window of its own, as after a first start."""
     arguments = ()
     noise = ("urls==",)  # lines of the activity log, which the console shows too
-
-    @classmethod
-    def setUpClass(cls):
-        cls.desktop = desktop.Desktop()
-        cls.addClassCleanup(cls.desktop.close)
-        cls.demo = cls.desktop.folder / "demo"
-        subprocess.run([BINARIES / "clipheave-cli", "demo", cls.demo], env=cls.desktop.env, check=True,
-                       stdout=subprocess.DEVNULL)
 
     def setUp(self):
         shutil.rmtree(self.desktop.home / ".config/clipheave", ignore_errors=True)
@@ -95,7 +98,7 @@ class MouseTest(WindowTest):
         user.open_by_panel(self.demo / "Photos/IMG_0412.jpg", "Ctrl+Shift+o")
         photos = eventually(lambda: user.tree.find("list", "Photo browser"), "the photo browser")
         tile = eventually(lambda: next((n for n in photos.children if n.name == "IMG_0412.jpg"), None), "its tile")
-        user.hands.click(tile.centre)
+        user.click_on(tile)
         eventually(lambda: "selected" in tile.states, "the photo is selected")
 
     def test_headers_sort(self):
@@ -180,6 +183,294 @@ class MouseTest(WindowTest):
     def test_the_system_closes_at_once(self):
         self.user.hands.key("Alt+F4")
         self.assertEqual(self.user.process.wait(desktop.PATIENCE), 0)
+
+
+class KeyboardTest(WindowTest):
+    """Without a mouse."""
+
+    def setUp(self):
+        super().setUp()
+        # Away from everything, so that nothing is hovered.
+        self.user.hands.move(1599, 999)
+
+    def stops(self):
+        """What can have the focus in the window, in the order of the tree."""
+        return [node for node in self.user.window.shown() if "focusable" in node.states]
+
+    def focus(self, stops, previous):
+        """The one of them that has the focus, once that is no longer the previous one."""
+        return eventually(lambda: next((n for n in stops if n != previous and "focused" in n.states), None),
+                          lambda: f"the focus leaves {previous}")
+
+    def band(self, node):
+        """The part of the window where a node stands, from its place on the screen."""
+        left, top, width, height = self.user.window.extents
+        x, y, table = node.extents[0] - left, node.extents[1] - top, node.role == "table"
+        pane = x > width - 600
+        return ("tools" if y < 96 else "activity" if y > height - 33 else "list" if table else
+                ("pane head" if pane else "list head") if y < 140 else
+                "save" if pane and y > height - 85 else "pane")
+
+    def test_tab_goes_round_the_window(self):
+        user = self.user
+        user.add(self.demo / "Iceland", 3)
+        user.hands.key("F6")
+        user.hands.key("Down")
+        user.fact(f"File Name: {user.names()[0]}")
+        stops = self.stops()
+        ring, here = [], self.focus(stops, None)
+        while here not in ring and len(ring) <= len(stops):
+            ring.append(here)
+            user.hands.key("Tab")
+            here = self.focus(stops, here)
+        self.assertEqual(here, ring[0], "the focus is trapped")
+        self.assertEqual([repr(n) for n in stops if n not in ring], [], "Tab does not come here")
+        bands = [self.band(node) for node in ring]
+        first = next(i for i, band in enumerate(bands) if band == "tools" and bands[i - 1] != "tools")
+        ring = ring[first:] + ring[:first]
+        bands = list(dict.fromkeys(bands[first:] + bands[:first]))
+        self.assertEqual(bands, ["tools", "list head", "list", "pane head", "pane", "save", "activity"])
+        self.assertEqual([self.band(n) for n in ring], sorted([self.band(n) for n in ring], key=bands.index))
+        fields = [node.name for node in ring if node.role == "text"]
+        self.assertEqual(fields, ["Title", "Album", "Artist", "Director", "Performer", "Producer", "Publisher",
+                                  "Copyright", "Keywords", "Description", "Shot", "Created", "Latitude", "Longitude",
+                                  "Altitude"])
+        self.walk_back(ring, here)
+
+    def walk_back(self, ring, here):
+        """Shift+Tab takes the same way, and every stop looks other with the focus than without."""
+        user = self.user
+        start = ring.index(here)
+        way = [ring[start - i - 1] for i in range(len(ring))]
+        plain = {node.path: user.hands.pixels(node.extents, 3) for node in ring if node != here}
+        unseen = []
+        for stop in way:
+            user.hands.key("Shift+Tab")
+            here = self.focus(ring, here)
+            self.assertEqual(here, stop, "Shift+Tab goes another way than Tab")
+            if stop.path in plain and not self.looks_other(stop, plain[stop.path]):
+                unseen.append(repr(stop))
+        self.assertEqual(unseen, [], "nobody sees that these have the focus")
+
+    def looks_other(self, node, before):
+        least = 60  # pixels; a text cursor has fewer
+        try:
+            eventually(lambda: hands.differing(self.user.hands.pixels(node.extents, 3), before) >= least, "", 1)
+        except AssertionError:
+            return False
+        return True
+
+    def test_f6_goes_from_band_to_band(self):
+        user = self.user
+        user.add(self.demo / "Iceland", 3)
+        user.select(user.names()[0])
+        stops = self.stops()
+        ways = {}
+        here = self.focus(stops, None)
+        for key in ("F6", "Shift+F6"):
+            ways[key] = [self.band(here).split()[0]]
+            for _ in range(4):
+                user.hands.key(key)
+                here = self.focus(stops, here)
+                ways[key].append(self.band(here).split()[0])
+        self.assertEqual(ways["F6"], ["list", "pane", "activity", "tools", "list"])
+        self.assertEqual(ways["Shift+F6"], ways["F6"][::-1])
+
+    def test_menus(self):
+        user = self.user
+        user.hands.key("Alt")
+        eventually(lambda: user.has_focus("menu item", "File"), "Alt goes to the menu bar")
+        user.hands.key("Right", "Down")
+        eventually(lambda: user.has_focus("menu item", "Undo"), "the second menu is open")
+        user.hands.key("Left")
+        eventually(lambda: user.has_focus("menu item", "Add Files or Folders…"), "the first one, in its place")
+        user.hands.key("Return")
+        user.dialog("Open")
+        user.hands.key("Escape")
+        eventually(lambda: not user.tree.find("dialog"), "Escape closes it")
+        user.hands.key("Alt+v")
+        eventually(user.hands.menu_is_open, "the menu of this letter is open")
+        user.hands.key("Escape", "Escape")
+
+    def test_edit_and_save_with_keys_alone(self):
+        user = self.user
+        user.add(self.demo / "Harbour", 4)
+        user.hands.key("F6", "End")
+        name = user.names()[-1]
+        user.fact(f"File Name: {name}")
+        title = user.get("text", "Title")
+        for _ in range(40):
+            if "focused" in title.states:
+                break
+            user.hands.key("Tab")
+            eventually(user.focused, "something has the focus")
+        user.hands.key("Ctrl+a")
+        user.hands.type("typed without a mouse")
+        eventually(lambda: title.text == "typed without a mouse", lambda: title.text)
+        user.hands.key("Shift+Tab", "Tab", "Ctrl+s", "Ctrl+j")
+        user.task_done("Save changes", "1 done")
+        self.assertEqual(title_of(storage(user) / name), "typed without a mouse")
+
+
+class AccessTest(WindowTest):
+    """What assistive technology is told."""
+
+    def test_the_window(self):
+        user = self.user
+        user.add(self.demo, MEDIA_FILES)
+        user.select("VID_20250615_123045.mp4")
+        faults = self.nameless("the window")
+        shown = [(node.role, node.name) for node in user.window.shown()]
+        menus = [node.name for node in user.get("menu bar").children]
+        self.assertEqual(menus, ["File", "Edit", "Metadata", "Dates", "Video", "Photo", "Device", "View", "Help"])
+        wanted = [("button menu", name) for name in
+                  ("Add", "Dates", "Metadata", "Convert", "Compress", "Edit", "Watermark", "Extract")]
+        wanted += [("push button", name) for name in
+                   ("Rename", "Storage folder", "Save Changes", "Add files or folders", "Remove from the list", "Play")]
+        faults += [f"there is no {role} '{name}'" for role, name in wanted if (role, name) not in shown]
+        # Each field has the name of the label beside it.
+        faults += [f"field '{name}' has no label" for role, name in shown
+                   if role == "text" and ("label", name) not in shown]
+        headers = [node.name for node in user.table("Media list").children if node.role == "column header"]
+        self.assertEqual(headers, list(program.COLUMNS))
+        user.open_activity()
+        faults += self.nameless("the activity panel")
+        self.assertEqual(faults, [], "\n" + "\n".join(faults))
+
+    def nameless(self, place):
+        return [f"{place}: a {node.role} at {node.extents} can have the focus and has no name"
+                for node in self.user.tree.shown(into_tables=True)
+                if "focusable" in node.states and not node.name and node.role not in ("cell", "list item", "tree item")]
+
+    def test_states_follow(self):
+        user = self.user
+        user.add(self.demo / "Iceland", 3)
+        names = user.names()
+        user.select(names[1])
+        chosen = [["selected" in node.states for node in row] for row in user.cells()]
+        self.assertEqual([set(row) for row in chosen], [{False}, {True}, {False}])
+        eventually(lambda: user.has_focus("table", "Media list"), "the list has the focus")
+        parts = {name: user.get("push button", name) for name in ("List", "Photos")}
+        for key, name in (("Ctrl+2", "Photos"), ("Ctrl+1", "List")):
+            user.hands.key(key)
+            eventually(lambda n=name: [p for p in parts if "checked" in parts[p].states] == [n], f"{name} is chosen")
+
+    def test_other_windows(self):
+        user, faults = self.user, []
+        for keys, name in ((("Ctrl+comma",), "Preferences"), (("Ctrl+o",), "Open"),
+                           (("Ctrl+q",), "Are you sure you want to Exit ?")):
+            user.hands.key(*keys)
+            window = user.dialog(name)
+            eventually(user.focused, f"something has the focus in {name}")
+            faults += self.nameless(name)
+            self.assertIn("active", window.states)
+            user.hands.key("Escape")
+            eventually(lambda: not user.tree.find("dialog"), f"Escape closes {name}")
+        self.assertEqual(faults, [], "\n" + "\n".join(faults))
+
+
+def black_png(path, side):
+    """A picture of one bit a pixel, which is small as a file."""
+    def chunk(kind, data):
+        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+    rows = zlib.compress(bytes((side // 8 + 1) * side))
+    path.write_bytes(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", side, side, 1, 0, 0, 0, 0)) +
+                     chunk(b"IDAT", rows) + chunk(b"IEND", b""))
+
+
+class BadInputTest(WindowTest):
+    """No crash, and a reason in the activity panel."""
+    noise = WindowTest.noise + ("No such file or directory", "Not a directory", "too many pixels", "clipheave.conf")
+
+    def prepare(self):
+        self.work = self.desktop.folder / "work"
+        shutil.rmtree(self.work, ignore_errors=True)
+        shutil.copytree(self.demo / "Iceland", self.work)
+        config = self.desktop.home / ".config/clipheave"
+        config.mkdir(exist_ok=True)
+        self.config = config / "clipheave.conf"
+        if "preferences" in self._testMethodName:
+            self.config.write_bytes(b"\x00\xff\xfe[[[\nstoragePath=\x01\"unclosed\n" * 20)
+        if "folder" in self._testMethodName:
+            self.config.write_text(f"[General]\nstoragePath={self.demo / 'Photos/scan-1987.png'}/results\n")
+
+    def save(self, result):
+        """Saves, and answers what the panel says of the files."""
+        user = self.user
+        user.hands.key("Ctrl+s")
+        if "failed" not in result:  # the first failure opens the panel by itself
+            user.open_activity()
+        user.task_done("Save changes", result)
+        user.click_on(user.cells("Tasks")[0][1])
+        return eventually(user.task_files, "files of the job")
+
+    def log(self):
+        user = self.user
+        if not user.tree.find("push button", "Log"):
+            user.open_activity()
+        user.click("push button", "Log")
+        lines = eventually(lambda: user.tree.find("list", "Log"), "the log")
+        return eventually(lambda: [node.name for node in lines.children], "a line in the log")
+
+    def test_files_that_vanish(self):
+        user = self.user
+        user.add(self.work, 3)
+        name = user.names()[0]
+        user.select(name)
+        shutil.rmtree(self.work)
+        user.enter("Title", "too late")
+        self.assertRegex(self.save("1 failed")[0], "No such file or directory")
+        user.select(user.names()[1])
+
+    def test_texts_of_all_kinds(self):
+        """Names and titles that are long, run from right to left or carry combining marks."""
+        user = self.user
+        # The same text may be stored with other combinations of marks: composed here.
+        name = "\u05e9\u05dc\u05d5\u05dd abc e\u0301.mp4"
+        (self.work / "dyrholaey-timelapse.mp4").rename(self.work / name)
+        user.hands.drag([self.work / name], user.get("filler", "Drop your files here").centre)
+        eventually(lambda: user.tree.find("table"), "the list")
+        eventually(lambda: user.names() == [name], lambda: user.names())
+        user.select(name)
+        for title in ("t" * 300, "\u0645\u0631\u062d\u0628\u0627 (1) \u202eabc\u202c o\u0308\u0323 \U0001f3ac"):
+            user.enter("Title", title, paste=True)
+            if user.tree.find("table", "Tasks"):
+                user.hands.key("Ctrl+j")
+            self.save("1 done")
+            written = sorted(storage(user).glob("*.mp4"), key=lambda path: path.stat().st_mtime)[-1]
+            self.assertEqual(title_of(written), title)
+
+    def test_artwork_of_20000_pixels(self):
+        user = self.user
+        picture = self.desktop.folder / "huge.png"
+        black_png(picture, 20000)
+        user.add(self.work, 3)
+        user.select(user.names()[0])
+        well = next(node for node in user.window.shown() if node.name == "Artwork")
+        user.hands.drag([picture], well.centre)
+        self.assertRegex("\n".join(self.log()), "too many pixels")
+
+    def test_broken_preferences(self):
+        user = self.user
+        self.assertRegex("\n".join(self.log()), "clipheave.conf")
+        self.assertIn(f"storagePath={storage(user)}", self.config.read_text())
+        kept = [path for path in self.config.parent.iterdir() if b"unclosed" in path.read_bytes()]
+        self.assertEqual(len(kept), 1, "the broken file is kept aside")
+
+    def test_storage_folder_below_a_file(self):
+        user = self.user
+        user.add(self.work, 3)
+        user.select(user.names()[0])
+        user.enter("Title", "nowhere to go")
+        self.assertRegex(self.save("1 failed")[0], "Not a directory")
+
+    def test_sound_without_a_device(self):
+        user = self.user
+        user.add(self.demo / "Northbound/beacon.au", 1)
+        user.select("beacon.au")
+        user.click("push button", "Play")
+        user.get("push button", "Pause")
+        user.get("push button", "Play")  # after its two seconds
 
 
 if __name__ == "__main__":
