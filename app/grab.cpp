@@ -8,9 +8,11 @@
 #include "app/list/media_list_model.h"
 #include "app/list/media_table_view.h"
 #include "app/panes/detail_pane.h"
+#include "app/panes/player_view.h"
 #include "app/widgets/alert_box.h"
 #include "app/widgets/picture_button.h"
 #include "app/windows/main_window.h"
+#include "platform/player/mpv_player.h"
 
 #include <QAction>
 #include <QApplication>
@@ -28,6 +30,7 @@ namespace clipheave::app {
 namespace {
 
 constexpr int kSettleTime = 1500; // ms for thumbnails, player and animations
+constexpr int kSeekTime = 700;    // ms
 
 void settle(int milliseconds) {
     QElapsedTimer timer;
@@ -100,7 +103,10 @@ QList<Above> openMenus(AppDelegate& controller) {
     QMenu* submenu = rotate->menu();
     submenu->popup({});
     const QPoint place = button->menuPosition();
-    const QPoint beside(menu->width() - 3, menu->actionGeometry(rotate).top() - 5);
+    QPoint beside(menu->width() - 3, menu->actionGeometry(rotate).top() - 5);
+    if ((place + beside).x() + submenu->width() >
+        window->geometry().right()) // as at a screen's end
+        beside.setX(3 - submenu->width());
     return {{menu, place}, {submenu, place + beside}};
 }
 
@@ -120,6 +126,14 @@ QList<Above> centredDialog(AppDelegate& controller, const char* name) {
     if (dialog == nullptr)
         return {};
     return {{dialog, {window->x() + (window->width() - dialog->width()) / 2, dialog->y()}}};
+}
+
+/// Into the film or sound, so that the line and the waveform show what is played.
+void seekPlayers(AppDelegate& controller) {
+    constexpr double kPart = 0.31;
+    for (const PlayerView* view : controller.mainWindow()->findChildren<PlayerView*>())
+        if (view->player()->isLoaded())
+            view->player()->seek(view->player()->duration() * kPart);
 }
 
 void waitForJobs(AppDelegate& controller) {
@@ -213,6 +227,8 @@ int grabView(AppDelegate& controller, const GrabRequest& request) {
         importAll(controller, request);
         const QList<Above> above = bringUp(controller, request);
         settle(kSettleTime);
+        seekPlayers(controller);
+        settle(kSeekTime);
         picture = grabWithWindows(controller, above);
     }
     const bool written = picture.save(request.file, "PNG");

@@ -70,8 +70,10 @@ QPixmap controlIn(ControlState state, const MakeControl& make) {
     }
     if (auto* button = qobject_cast<QAbstractButton*>(control))
         button->setDown(state == ControlState::Pressed);
-    if (state == ControlState::Focus)
+    if (state == ControlState::Focus) {
+        window.setAttribute(Qt::WA_KeyboardFocusChange); // as after a Tab
         control->setFocus(Qt::TabFocusReason);
+    }
     QApplication::processEvents();
     return window.grab();
 }

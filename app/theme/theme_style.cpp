@@ -3,11 +3,9 @@
 
 #include "app/theme/theme.h"
 
-#include <QCheckBox>
 #include <QComboBox>
 #include <QMenu>
 #include <QPainter>
-#include <QRadioButton>
 #include <QStyleFactory>
 #include <QStyleOption>
 
@@ -42,6 +40,18 @@ QPen indicatorPen(const QStyleOption& option) {
     return {theme.color(on || hasFocusRing(option) ? Token::accent : Token::line3), 1.5};
 }
 
+/// The mark of a check box or radio button; with the focus it makes room for a ring around it,
+/// because its fill may be the accent itself.
+QRectF markWithRing(QPainter& painter, const QStyleOption& option, double radius) {
+    const QRectF mark = QRectF(option.rect).adjusted(0.75, 0.75, -0.75, -0.75);
+    if (!hasFocusRing(option))
+        return mark;
+    painter.setPen(QPen(Theme::instance().color(Token::accent), 2));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(option.rect).adjusted(1, 1, -1, -1), radius, radius);
+    return mark.adjusted(2.5, 2.5, -2.5, -2.5);
+}
+
 void drawCheckBox(QPainter& painter, const QStyleOption& option) {
     const Theme& theme = Theme::instance();
     const bool on = option.state.testFlag(QStyle::State_On);
@@ -49,9 +59,10 @@ void drawCheckBox(QPainter& painter, const QStyleOption& option) {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setOpacity(option.state.testFlag(QStyle::State_Enabled) ? 1 : 0.5);
+    const QRectF box = markWithRing(painter, option, 5);
     painter.setPen(indicatorPen(option));
     painter.setBrush(theme.color(on || partly ? Token::accent : Token::bg3));
-    painter.drawRoundedRect(QRectF(option.rect).adjusted(0.75, 0.75, -0.75, -0.75), 4, 4);
+    painter.drawRoundedRect(box, box.width() / 4, box.width() / 4);
     if (on || partly) {
         const QRect mark(option.rect.center() - QPoint(5, 5), QSize(12, 12));
         painter.drawPixmap(
@@ -66,14 +77,14 @@ void drawRadioButton(QPainter& painter, const QStyleOption& option) {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setOpacity(option.state.testFlag(QStyle::State_Enabled) ? 1 : 0.5);
+    const QRectF circle = markWithRing(painter, option, option.rect.width() / 2.0);
     painter.setPen(indicatorPen(option));
     painter.setBrush(theme.color(Token::bg3));
-    const QRectF circle = QRectF(option.rect).adjusted(0.75, 0.75, -0.75, -0.75);
     painter.drawEllipse(circle);
     if (option.state.testFlag(QStyle::State_On)) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(theme.color(Token::accent));
-        painter.drawEllipse(circle.center(), 4.0, 4.0);
+        painter.drawEllipse(circle.center(), circle.width() / 3.6, circle.width() / 3.6);
     }
     painter.restore();
 }
@@ -94,19 +105,6 @@ void drawPopup(QPainter& painter, const QStyleOptionComboBox& option) {
     const QRect arrow(option.rect.right() - 20, option.rect.center().y() - 7, 16, 16);
     painter.drawPixmap(arrow, themePixmap(QStringLiteral("updown"), 16, theme.color(Token::text2),
                                           painter.device()->devicePixelRatioF()));
-    painter.restore();
-}
-
-/// Around the text of a check box or radio button, whose mark may be filled with the accent itself.
-void drawLabelRing(QPainter& painter, const QStyleOption& option, const QWidget* widget) {
-    if (qobject_cast<const QCheckBox*>(widget) == nullptr &&
-        qobject_cast<const QRadioButton*>(widget) == nullptr)
-        return;
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(Theme::instance().color(Token::accent), 2));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(QRectF(option.rect).adjusted(1, 1, -1, -1), 4, 4);
     painter.restore();
 }
 
@@ -152,8 +150,8 @@ void ThemeStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opt
         return drawCheckBox(*painter, *option);
     if (element == PE_IndicatorRadioButton)
         return drawRadioButton(*painter, *option);
-    if (element == PE_FrameFocusRect) // other rings are drawn by the controls themselves
-        return drawLabelRing(*painter, *option, widget);
+    if (element == PE_FrameFocusRect)
+        return; // rings are drawn by the controls themselves
     if (element == PE_PanelMenu)
         return drawMenuPanel(*painter, option->rect);
     if (element == PE_FrameMenu)
