@@ -31,6 +31,8 @@ constexpr InfoSource kInfoSources[] = {
     {QLatin1String("id3/TCOM"), QLatin1String("composer")},
     {QLatin1String("itsk/%A9wrt"), QLatin1String("composer")},
     {QLatin1String("id3/TEXT"), QLatin1String("lyricist")},
+    {QLatin1String("itsk/%A9lyr"), QLatin1String("lyricist")},
+    {QLatin1String("uiso/date"), QLatin1String("recorded date")},
     {QLatin1String("id3/TIT3"), QLatin1String("subtitle")},
     {QLatin1String("itsk/%A9st3"), QLatin1String("subtitle")},
     {QLatin1String("id3/TCON"), QLatin1String("genre")},
@@ -62,17 +64,6 @@ bool isAudioFile(const MediaFacts& facts) {
     return false;
 }
 
-/// Track and number of tracks as MPEG-4 files store them: two bytes each at 2 and 4.
-QString packedTrack(const AVMetadataItem& item) {
-    const QByteArray bytes = item.dataValue();
-    const ByteView view(bytes);
-    const int number = view.be16(2).value_or(0);
-    const int total = view.be16(4).value_or(0);
-    if (number == 0)
-        return {};
-    return total == 0 ? QString::number(number) : QStringLiteral("%1/%2").arg(number).arg(total);
-}
-
 QMap<QString, QString> dictionaryOf(const QList<AVMetadataItem>& items) {
     QMap<QString, QString> info;
     const auto put = [&info](QLatin1String key, const QString& text) {
@@ -82,7 +73,7 @@ QMap<QString, QString> dictionaryOf(const QList<AVMetadataItem>& items) {
     for (const AVMetadataItem& item : items) {
         const QString identifier = item.effectiveIdentifier();
         if (identifier == QLatin1String("itsk/trkn"))
-            put(QLatin1String("track number"), packedTrack(item));
+            put(QLatin1String("track number"), trackNumberText(item));
         const auto* row =
             std::find_if(std::begin(kInfoSources), std::end(kInfoSources),
                          [&](const InfoSource& source) { return identifier == source.identifier; });
