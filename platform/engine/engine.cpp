@@ -4,6 +4,7 @@
 #include "platform/engine/probe.h"
 #include "platform/engine/remux.h"
 #include "platform/engine/sample_writer.h"
+#include "platform/engine/sound_export.h"
 #include "platform/engine/sound_peaks.h"
 #include "platform/media/model/media_engine.h"
 
@@ -25,6 +26,10 @@ public:
     Result<void> remuxToMp4(const QString& source, const QString& target,
                             const std::function<bool(double)>& progress) override {
         return remuxFile(source, target, progress);
+    }
+    Result<QStringList> soundToM4a(const QString& source, const QString& target,
+                                   const std::function<bool(double)>& progress) override {
+        return exportSound(source, target, progress);
     }
     Result<void> writeSample(const SampleMedia& sample, const QString& target) override {
         return writeSampleFile(sample, target);

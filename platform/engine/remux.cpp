@@ -33,10 +33,24 @@ std::uint32_t targetTag(const AVOutputFormat& format, const AVCodecParameters& c
     return kept ? codec.codec_tag : 0;
 }
 
+enum class StreamChoice { All, Sound };
+
+/// Keeps the streams that are not wanted from giving packets, and from being added.
+void chooseStreams(AVFormatContext& source, StreamChoice choice) {
+    if (choice == StreamChoice::All)
+        return;
+    const int best = av_find_best_stream(&source, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    for (unsigned i = 0; i < source.nb_streams; ++i)
+        if (static_cast<int>(i) != best)
+            source.streams[i]->discard = AVDISCARD_ALL;
+}
+
 Result<void> addStreams(const AVFormatContext& source, FileOutput& output, const QString& path) {
     QStringList refused;
     for (unsigned i = 0; i < source.nb_streams; ++i) {
         const AVStream& from = *source.streams[i];
+        if (from.discard == AVDISCARD_ALL)
+            continue;
         const AVOutputFormat& format = *output.context()->oformat;
         if (avformat_query_codec(&format, from.codecpar->codec_id, FF_COMPLIANCE_NORMAL) != 1) {
             refused << streamText(*from.codecpar);
@@ -99,16 +113,20 @@ private:
 Result<void> copyPackets(AVFormatContext& source, FileOutput& output,
                          const std::function<bool(double)>& progress) {
     std::vector<TimestampRepair> repairs;
-    for (unsigned i = 0; i < source.nb_streams; ++i)
+    std::vector<int> targets; // by source stream; -1: not wanted
+    int wanted = 0;
+    for (unsigned i = 0; i < source.nb_streams; ++i) {
         repairs.emplace_back(*source.streams[i], source.start_time);
+        targets.push_back(source.streams[i]->discard == AVDISCARD_ALL ? -1 : wanted++);
+    }
     const double total = source.duration > 0 ? static_cast<double>(source.duration) * 1e-6 : 0;
     const Packet packet(av_packet_alloc());
     int code = packet ? 0 : AVERROR(ENOMEM);
     double done = 0;
     for (int count = 0; code >= 0 && (code = av_read_frame(&source, packet.get())) >= 0; ++count) {
         const auto index = static_cast<std::size_t>(packet->stream_index);
-        if (index >= repairs.size() || packet->stream_index < 0) {
-            av_packet_unref(packet.get()); // a stream that appeared after the header
+        if (packet->stream_index < 0 || index >= repairs.size() || targets[index] < 0) {
+            av_packet_unref(packet.get()); // not wanted, or appeared after the header
             continue;
         }
         repairs[index].apply(*packet);
@@ -116,8 +134,9 @@ Result<void> copyPackets(AVFormatContext& source, FileOutput& output,
         if (total > 0)
             done = std::clamp(static_cast<double>(packet->dts) * av_q2d(from.time_base) / total,
                               done, 1.0);
+        packet->stream_index = targets[index];
         av_packet_rescale_ts(packet.get(), from.time_base,
-                             output.context()->streams[index]->time_base);
+                             output.context()->streams[targets[index]]->time_base);
         packet->pos = -1;
         code = av_interleaved_write_frame(output.context(), packet.get());
         if (progress && count % kPacketsBetweenReports == 0 && !progress(done))
@@ -146,10 +165,8 @@ void copyChapters(const AVFormatContext& source, AVFormatContext& target) {
     }
 }
 
-} // namespace
-
-Result<void> remuxFile(const QString& source, const QString& target,
-                       const std::function<bool(double)>& progress) {
+Result<void> remuxStreams(const QString& source, const QString& target, StreamChoice choice,
+                          const std::function<bool(double)>& progress) {
     // Opening the target empties it.
     if (NSFileManager::defaultManager().isSameFile(source, target))
         return failure(ErrorCode::InvalidArgument, QStringLiteral("copy the streams"), target,
@@ -166,6 +183,7 @@ Result<void> remuxFile(const QString& source, const QString& target,
     if (!(*input)->findStreamInfo())
         return failure(ErrorCode::InvalidData, QStringLiteral("read the streams"), source);
 
+    chooseStreams(from, choice);
     const bool movie =
         pathExtension(target).compare(QLatin1String("mov"), Qt::CaseInsensitive) == 0;
     auto output = FileOutput::create(movie ? "mov" : "mp4", target);
@@ -183,6 +201,18 @@ Result<void> remuxFile(const QString& source, const QString& target,
     if (progress)
         progress(1);
     return (*output)->finish();
+}
+
+} // namespace
+
+Result<void> remuxFile(const QString& source, const QString& target,
+                       const std::function<bool(double)>& progress) {
+    return remuxStreams(source, target, StreamChoice::All, progress);
+}
+
+Result<void> remuxSound(const QString& source, const QString& target,
+                        const std::function<bool(double)>& progress) {
+    return remuxStreams(source, target, StreamChoice::Sound, progress);
 }
 
 } // namespace clipheave::platform

@@ -12,4 +12,8 @@ namespace clipheave::platform {
 [[nodiscard]] Result<void> remuxFile(const QString& source, const QString& target,
                                      const std::function<bool(double)>& progress);
 
+/// The sound that a player would play, and nothing else, as MP4.
+[[nodiscard]] Result<void> remuxSound(const QString& source, const QString& target,
+                                      const std::function<bool(double)>& progress);
+
 } // namespace clipheave::platform

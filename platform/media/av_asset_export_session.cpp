@@ -46,7 +46,8 @@ bool isPresetName(const QString& name) {
 struct AVAssetExportSession::State {
     // Set before the start, by one thread; read by the job alone from then on.
     QString sourcePath;
-    std::optional<AVURLAsset> asset; ///< none: the file is copied as it is
+    std::optional<AVURLAsset> asset; ///< none: the file is copied as it is, or `writer` writes it
+    Writer writer;
     NSFileManager::IfExists ifExists = NSFileManager::IfExists::Replace; ///< of such a copy
     QString presetName, outputPath, outputFileType;
     std::optional<QList<AVMetadataItem>> metadata;
@@ -68,6 +69,8 @@ struct AVAssetExportSession::State {
     [[nodiscard]] Result<void> validated() const;
     [[nodiscard]] Result<PassthroughOutcome> run();
     [[nodiscard]] Result<PassthroughOutcome> runThroughEngine(PassthroughRequest request);
+    [[nodiscard]] Result<QStringList>
+    copyIntoMp4(MediaEngine& engine, const PassthroughRequest& request, const QString& target);
     [[nodiscard]] bool report(double done);
 };
 
@@ -173,6 +176,11 @@ bool AVAssetExportSession::State::report(double done) {
 
 Result<PassthroughOutcome> AVAssetExportSession::State::run() {
     const auto reports = [this](double done) { return report(done); };
+    if (writer) {
+        const auto written = writer(reports);
+        return written ? Result<PassthroughOutcome>(PassthroughOutcome{*written})
+                       : tl::unexpected(written.error());
+    }
     if (!asset) {
         const auto copied =
             NSFileManager::defaultManager().copyItem(sourcePath, outputPath, ifExists, reports);
@@ -202,8 +210,7 @@ AVAssetExportSession::State::runThroughEngine(PassthroughRequest request) {
     const auto temporary = AtomicFile::create(request.target);
     if (!temporary)
         return tl::unexpected(temporary.error());
-    const auto copied = (*engine)->remuxToMp4(request.source, temporary->temporaryPath(),
-                                              [this](double done) { return report(done / 2); });
+    const auto copied = copyIntoMp4(**engine, request, temporary->temporaryPath());
     if (!copied)
         return tl::unexpected(copied.error());
     // What the copy wrote by itself (encoder names) is no metadata of the source.
@@ -212,7 +219,21 @@ AVAssetExportSession::State::runThroughEngine(PassthroughRequest request) {
     request.attributesOf = request.source;
     request.source = temporary->temporaryPath();
     request.progress = [this](double done) { return report(0.5 + done / 2); };
-    return writePassthrough(request);
+    auto outcome = writePassthrough(request);
+    if (outcome)
+        outcome->notes = *copied + outcome->notes;
+    return outcome;
+}
+
+/// M4A holds sound alone, and of three codecs.
+Result<QStringList> AVAssetExportSession::State::copyIntoMp4(MediaEngine& engine,
+                                                             const PassthroughRequest& request,
+                                                             const QString& target) {
+    const auto reports = [this](double done) { return report(done / 2); };
+    if (request.container == OutputContainer::M4A)
+        return engine.soundToM4a(request.source, target, reports);
+    const auto copied = engine.remuxToMp4(request.source, target, reports);
+    return copied ? Result<QStringList>({}) : tl::unexpected(copied.error());
 }
 
 AVAssetExportSession::AVAssetExportSession(AVURLAsset asset, QString presetName)
@@ -229,6 +250,15 @@ AVAssetExportSession::unchangedCopy(const QString& source, const QString& target
     session->m_state->sourcePath = source;
     session->m_state->outputPath = target;
     session->m_state->ifExists = ifExists;
+    return session;
+}
+
+std::shared_ptr<AVAssetExportSession>
+AVAssetExportSession::rewriting(const QString& source, const QString& target, Writer writer) {
+    std::shared_ptr<AVAssetExportSession> session(new AVAssetExportSession);
+    session->m_state->sourcePath = source;
+    session->m_state->outputPath = target;
+    session->m_state->writer = std::move(writer);
     return session;
 }
 

@@ -36,6 +36,11 @@ public:
     /// It waits, runs, reports and is cancelled like an export.
     [[nodiscard]] static std::shared_ptr<AVAssetExportSession>
     unchangedCopy(const QString& source, const QString& target, NSFileManager::IfExists ifExists);
+    /// Another job beside the exports: `writer` makes `target` out of `source` in one step and
+    /// answers notes; it is given what takes its progress (0 to 1) and stops it by answering false.
+    using Writer = std::function<Result<QStringList>(const std::function<bool(double)>& progress)>;
+    [[nodiscard]] static std::shared_ptr<AVAssetExportSession>
+    rewriting(const QString& source, const QString& target, Writer writer);
     ~AVAssetExportSession();
     AVAssetExportSession(const AVAssetExportSession&) = delete;
     AVAssetExportSession& operator=(const AVAssetExportSession&) = delete;

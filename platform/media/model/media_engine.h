@@ -4,6 +4,7 @@
 #include "platform/media/model/media_facts.h"
 
 #include <QByteArray>
+#include <QStringList>
 
 #include <functional>
 
@@ -45,6 +46,13 @@ public:
     /// NotSupported when a stream cannot be held. `progress` (0 to 1) stops it by answering false.
     [[nodiscard]] virtual Result<void> remuxToMp4(const QString& source, const QString& target,
                                                   const std::function<bool(double)>& progress) = 0;
+    /// The sound of `source` alone as an MP4-family file at `target`: AAC, ALAC and AC-3 are
+    /// copied, other lossless codecs become ALAC (16 or 24 bits), all others AAC at 256 kbit/s.
+    /// Answers what is worth telling. NotSupported without a sound or a decoder. `progress` as
+    /// above.
+    [[nodiscard]] virtual Result<QStringList>
+    soundToM4a(const QString& source, const QString& target,
+               const std::function<bool(double)>& progress) = 0;
     /// Writes a generated file at `target`, without metadata.
     [[nodiscard]] virtual Result<void> writeSample(const SampleMedia& sample,
                                                    const QString& target) = 0;
