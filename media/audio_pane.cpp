@@ -91,7 +91,7 @@ AudioPane ShowAudioViewWithItem(const IKImageItem& item, const QString& videoPan
     texts.keywordslab = shownText(item.fileKeyWords);
     texts.imageDescrilab = shownText(item.fileDescription);
     texts.lyricslab = shownText(item.fileLyricist);
-    texts.audioArtImageView = item.fileImage;
+    texts.audioArtImageView = pane.shown.shownArtwork = item.fileImage;
     for (const AudioField& field : kAudioFields)
         pane.shown.*field.shown = texts.*field.text;
     pane.shown.oldArtistStr = shownText(videoPaneArtist);

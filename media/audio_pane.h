@@ -46,6 +46,8 @@ struct AudioShownTexts {
     QString oldCreateDateStr;
     QString oldKeywordStr;
     QString oldImageDescStr;
+    /// Tells a cover that was put into the pane from the one that the file holds.
+    platform::EncodedPicture shownArtwork;
 };
 
 struct AudioPane {

@@ -94,6 +94,7 @@ constexpr Row kAudioRows[] = {
     {"id3/TIT3", Target::Text, &IKImageItem::fileSubTitle},
     {"itsk/%A9st3", Target::Text, &IKImageItem::fileSubTitle},
     {"id3/TPE2", Target::Text, &IKImageItem::fileBand},
+    {"itlk/com.apple.iTunes.BAND", Target::Text, &IKImageItem::fileBand}, // as a save writes it
     {"id3/TEXT", Target::Text, &IKImageItem::fileLyricist},
     {"itsk/%A9lyr", Target::Text, &IKImageItem::fileLyricist},
     {"id3/TCOM", Target::Text, &IKImageItem::fileComposer},

@@ -37,23 +37,7 @@ template <class Planner> void exportByPlan(const WriteJob& job, const Planner& p
 } // namespace
 
 std::optional<WriteJob> VideoMetadata::begin(const QString& source, const QString& output) {
-    WriteJob job;
-    job.source = source;
-    job.output = output;
-    job.handler = m_handler;
-    job.running = m_running;
-    const NSFileManager& files = NSFileManager::defaultManager();
-    const auto attributes = files.attributesOfItemAtPath(source);
-    if (!attributes) {
-        failJob(job, attributes.error().text());
-        return std::nullopt;
-    }
-    job.dates = {attributes->NSFileCreationDate, attributes->NSFileModificationDate};
-    if (const auto made = files.createDirectoryAtPath(deletingLastPathComponent(output)); !made) {
-        failJob(job, made.error().text());
-        return std::nullopt;
-    }
-    return job;
+    return beginJob(source, output, m_handler, m_running);
 }
 
 std::optional<WriteJob> VideoMetadata::begin(const WriteRequest& request, const QString& output) {
@@ -74,7 +58,7 @@ void VideoMetadata::refuse(const WriteRequest& request, const QString& reason, W
 void VideoMetadata::SaveMeidaFileChangesAction(const WriteRequest& request) {
     const QString& path = request.item->filePath;
     if (MediaKind::isAudio(path))
-        return refuse(request, QStringLiteral("saving audio tags is not available yet"));
+        return m_audio.save(request);
     if (!MediaKind::isVideo(path))
         return refuse(request, QStringLiteral("neither a video nor an audio file"),
                       WriteStatus::Skipped);
@@ -96,7 +80,7 @@ void VideoMetadata::RemoveMediaFileAction(const WriteRequest& request) {
     if (MediaKind::isVideo(path))
         return RemoveVideoExifDateAction(request);
     if (MediaKind::isAudio(path))
-        return refuse(request, QStringLiteral("removing audio tags is not available yet"));
+        return m_audio.remove(request);
     refuse(request, QStringLiteral("neither a video nor an audio file"), WriteStatus::Skipped);
 }
 

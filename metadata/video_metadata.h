@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "metadata/audio_metadata.h"
 #include "metadata/output_paths.h"
 #include "metadata/video_plans.h"
 #include "metadata/write_job.h"
@@ -17,15 +18,17 @@ namespace clipheave::metadata {
 class VideoMetadata {
 public:
     explicit VideoMetadata(OutcomeHandler handler) : m_handler(std::move(handler)) {}
+    VideoMetadata(const VideoMetadata&) = delete;
+    VideoMetadata& operator=(const VideoMetadata&) = delete;
 
     /// Files that no output of this run may replace: every file of the media list.
     void protectSources(const QStringList& paths) { m_paths.protect(paths); }
 
-    /// The save of one item by its kind. Audio and photos answer Failed until their writers are
-    /// there; an MXF video is copied with the dates alone.
+    /// The save of one item by its kind; an MXF video is copied with the dates alone, other kinds
+    /// are Skipped. An audio file needs the request's audio pane.
     void SaveMeidaFileChangesAction(const WriteRequest& request);
-    /// The removal of one item by its kind, for both removal commands of the list. Audio answers
-    /// Failed until its writers are there; other kinds are Skipped.
+    /// The removal of one item by its kind, for both removal commands of the list. An
+    /// audio file needs the request's audio pane; other kinds are Skipped.
     void RemoveMediaFileAction(const WriteRequest& request);
     /// A copy of the item under its title, as it stands; never replaces a file.
     void CopyvideoTitletoFileNameAction(const WriteRequest& request);
@@ -46,6 +49,9 @@ public:
                                                            const QString& exifPath,
                                                            const QString& dateText);
 
+    /// The writers of audio files by name, for the commands that set dates and reload texts.
+    [[nodiscard]] AudioMetadata& audio() { return m_audio; }
+
     /// Mean progress of the exports that are running now, 0 to 1; -1 when none is.
     [[nodiscard]] double runningProgress() const { return m_running->progress(); }
     /// Stops this run: what waits or runs ends as Cancelled and leaves no file.
@@ -61,6 +67,7 @@ private:
     OutcomeHandler m_handler;
     OutputPaths m_paths;
     std::shared_ptr<RunningExports> m_running = std::make_shared<RunningExports>();
+    AudioMetadata m_audio{m_handler, m_paths, m_running};
 };
 
 } // namespace clipheave::metadata

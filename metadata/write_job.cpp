@@ -3,6 +3,7 @@
 
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
+#include "platform/foundation/paths.h"
 
 namespace clipheave::metadata {
 
@@ -60,6 +61,8 @@ void completeExport(const WriteJob& job, const AVAssetExportSession& session) {
     if (endedWithoutOutput(job, status))
         return;
     if (status == Status::Failed) {
+        if (!job.copiesOnFailure)
+            return failJob(job, session.error().text());
         log(LogLevel::Error, session.error().text(), job.source);
         return startCopy(job, NSFileManager::IfExists::Replace, session.error().text());
     }
@@ -123,6 +126,32 @@ double RunningExports::progress() const {
     return running > 0 ? sum / running : -1;
 }
 
+std::optional<WriteJob> beginJob(const QString& source, const QString& output,
+                                 const OutcomeHandler& handler,
+                                 const std::shared_ptr<RunningExports>& running) {
+    WriteJob job;
+    job.source = source;
+    job.output = output;
+    job.handler = handler;
+    job.running = running;
+    const NSFileManager& files = NSFileManager::defaultManager();
+    const auto attributes = files.attributesOfItemAtPath(source);
+    if (!attributes) {
+        failJob(job, attributes.error().text());
+        return std::nullopt;
+    }
+    job.dates = {attributes->NSFileCreationDate, attributes->NSFileModificationDate};
+    if (const auto made = files.createDirectoryAtPath(deletingLastPathComponent(output)); !made) {
+        failJob(job, made.error().text());
+        return std::nullopt;
+    }
+    return job;
+}
+
+void startSession(const WriteJob& job, const std::shared_ptr<AVAssetExportSession>& session) {
+    job.running->start(session, [session, job] { completeExport(job, *session); });
+}
+
 void failJob(const WriteJob& job, const QString& reason) {
     log(LogLevel::Error, reason, job.source);
     finish(job, WriteStatus::Failed, {}, {reason});
@@ -138,7 +167,7 @@ void startExport(const WriteJob& job, const AVURLAsset& asset, const VideoPlan& 
     // items leaves it as it is.
     if (job.removes || !plan.metadata.isEmpty() || !asset.metadata().isEmpty())
         session->setMetadata(plan.metadata);
-    job.running->start(session, [session, job] { completeExport(job, *session); });
+    startSession(job, session);
 }
 
 void startCopy(const WriteJob& job, NSFileManager::IfExists ifExists, const QString& reason) {

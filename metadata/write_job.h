@@ -43,11 +43,21 @@ struct WriteJob {
     std::shared_ptr<RunningExports> running;
     /// A removal: see AVAssetExportSession::setRemovesMetadata().
     bool removes = false;
+    /// A failed rewrite still delivers the source unchanged; else it leaves no output.
+    bool copiesOnFailure = true;
     /// What a user should know whatever comes of it.
     QStringList notes;
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
 };
 
+/// The job of one item with the dates of its source; none when the source cannot be looked at or
+/// there is no folder for the output, which the handler has been told.
+[[nodiscard]] std::optional<WriteJob> beginJob(const QString& source, const QString& output,
+                                               const OutcomeHandler& handler,
+                                               const std::shared_ptr<RunningExports>& running);
+/// Runs a session that has been set up for the job; ends as startExport() says.
+void startSession(const WriteJob& job,
+                  const std::shared_ptr<platform::AVAssetExportSession>& session);
 /// Ends a job that wrote nothing.
 void failJob(const WriteJob& job, const QString& reason);
 /// The pass-through export by `plan`; its end sets the dates and answers the handler, on the

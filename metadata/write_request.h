@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "media/panes.h"
+#include "media/audio_pane.h"
 
 #include <QString>
+
+#include <optional>
 
 namespace clipheave::metadata {
 
@@ -18,6 +20,9 @@ struct WriteRequest {
     /// As the import left them; the mirrored output path needs both.
     bool bImportLocalFolder = false;
     QString bImportLocalPath;
+    /// The audio pane at that moment, ShowAudioViewWithItem() for a front without one. Without it
+    /// audio files are not written: an empty pane would take all their texts away.
+    std::optional<media::AudioPane> audioPane = std::nullopt;
 };
 using SaveRequest = WriteRequest;
 

@@ -1,0 +1,231 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/audio_metadata.h"
+
+#include "metadata/temporary_artwork.h"
+#include "platform/audio/flac_tags.h"
+#include "platform/audio/mpeg_tags.h"
+#include "platform/foundation/dates.h"
+#include "platform/foundation/log.h"
+#include "platform/foundation/paths.h"
+#include "platform/image/tiff_representation.h"
+
+namespace clipheave::metadata {
+
+namespace {
+
+using namespace platform;
+
+/// Room for the head of a FLAC picture block, whose whole size is 24 bits.
+constexpr std::uint64_t kLargestFlacPicture = (1u << 24) - 1024;
+
+bool hasExtension(const WriteRequest& request, const char16_t* extension) {
+    return pathExtension(request.item->filePath)
+               .compare(QStringView(extension), Qt::CaseInsensitive) == 0;
+}
+
+/// The date writers take an empty date text for no date.
+const QString& createdTextOf(const WriteRequest& request) {
+    return request.audioPane->texts.createdDatelab;
+}
+
+bool holdsListedArtwork(const QList<AVMetadataItem>& items) {
+    return std::any_of(items.begin(), items.end(), [](const AVMetadataItem& item) {
+        return item.effectiveIdentifier() == u"itsk/covr";
+    });
+}
+
+/// The cover as an M4A file stores it; null when the source's own box is carried over.
+EncodedPicture coverForM4a(const CoverPlan& cover, const QList<AVMetadataItem>& source,
+                           QStringList& notes) {
+    if (cover.picture.isNull() || (cover.isUntouched && holdsListedArtwork(source)))
+        return {};
+    const auto picture = pictureForItemList(cover.picture);
+    if (picture)
+        return *picture;
+    notes.append(picture.error().text());
+    return {};
+}
+
+/// TIFF, or the picture's own bytes where a block cannot hold as much.
+EncodedPicture coverForFlac(const EncodedPicture& picture, QStringList& notes) {
+    const auto tiff = TIFFRepresentation(picture);
+    if (tiff && tiff->byteCount() <= kLargestFlacPicture)
+        return *tiff;
+    notes.append(tiff ? QStringLiteral("The cover is stored as it was given: as TIFF it is over "
+                                       "16 MiB")
+                      : tiff.error().text());
+    return picture;
+}
+
+} // namespace
+
+void AudioMetadata::save(const WriteRequest& request) {
+    if (hasExtension(request, u"mp3"))
+        return SaveChangedMp3MetadateItem(request);
+    if (hasExtension(request, u"flac"))
+        return SaveChangedFlaCAuidoExifItem(request);
+    SaveChangedAuidoExifDateItem(request);
+}
+
+void AudioMetadata::remove(const WriteRequest& request) {
+    if (hasExtension(request, u"mp3"))
+        return RemoveMp3metadataItem(request);
+    RemoveAuidoExifDateItem(request);
+}
+
+std::optional<WriteJob> AudioMetadata::begin(const WriteRequest& request,
+                                             const QString& createdText) {
+    const QString& source = request.item->filePath;
+    if (!request.audioPane) {
+        WriteJob job;
+        job.source = source;
+        job.handler = m_handler;
+        failJob(job, QStringLiteral("no audio pane was given"));
+        return std::nullopt;
+    }
+    m_paths.protect({source});
+    auto job = beginJob(source, m_paths.claim(flatOutputPath(request)), m_handler, m_running);
+    if (!job || createdText.isNull() || createdText == request.audioPane->shown.oldCreateDateStr)
+        return job;
+    if (const auto date = parseDateText(createdText))
+        job->dates = {*date, *date};
+    return job;
+}
+
+void AudioMetadata::writeMp3(const WriteRequest& request, const QList<Id3TextFrame>& frames,
+                             const EncodedPicture& cover, const QString& createdText) {
+    auto job = begin(request, createdText);
+    if (!job)
+        return;
+    const auto write = [source = job->source, output = job->output, frames,
+                        cover](const auto& progress) -> Result<QStringList> {
+        QByteArray picture;
+        if (!cover.isNull()) {
+            const auto tiff = TIFFRepresentation(cover);
+            if (!tiff)
+                return tl::unexpected(tiff.error());
+            picture = tiff->bytes();
+            writeTemporaryArtwork(picture);
+        }
+        const auto tag = renderId3Tag(frames, picture);
+        if (!tag)
+            return tl::unexpected(tag.error());
+        const auto written = replaceMpegTags(source, output, *tag, progress);
+        if (!written)
+            return tl::unexpected(written.error());
+        return QStringList();
+    };
+    startSession(*job, AVAssetExportSession::rewriting(job->source, job->output, write));
+}
+
+void AudioMetadata::SaveChangedMp3MetadateItem(const WriteRequest& request) {
+    SetMp3MetadateItem_withDateStr(request, {});
+}
+
+void AudioMetadata::SetMp3MetadateItem_withDateStr(const WriteRequest& request,
+                                                   const QString& dateText) {
+    if (!request.audioPane)
+        return static_cast<void>(begin(request, {}));
+    writeMp3(request, planMp3Save(*request.audioPane, dateText),
+             planCover(*request.audioPane, *request.item).picture,
+             dateText.isNull() ? createdTextOf(request) : dateText);
+}
+
+void AudioMetadata::RemoveMp3metadataItem(const WriteRequest& request) {
+    if (!request.audioPane)
+        return static_cast<void>(begin(request, {}));
+    writeMp3(request, planMp3Removal(*request.audioPane),
+             planCover(*request.audioPane, *request.item).picture, createdTextOf(request));
+}
+
+void AudioMetadata::ReloadMp3MetadateItem_withExif(const WriteRequest& request,
+                                                   const AudioDictionary& exif) {
+    writeMp3(request, planMp3Reload(exif), {},
+             exif.value(QStringLiteral("Created Date"), QStringLiteral("")));
+}
+
+void AudioMetadata::writeM4a(
+    const WriteRequest& request, const QString& createdText,
+    const std::function<QList<AVMetadataItem>(WriteJob& job, const QList<AVMetadataItem>&)>& plan) {
+    auto job = begin(request, createdText);
+    if (!job)
+        return;
+    job->copiesOnFailure = false;
+    const auto asset = AVURLAsset::assetWithPath(job->source);
+    if (!asset)
+        return failJob(*job, asset.error().text());
+    auto session = std::make_shared<AVAssetExportSession>(
+        *asset, QString::fromUtf16(AVAssetExportPresetPassthrough));
+    session->setOutputPath(job->output);
+    session->setOutputFileType(QString::fromUtf16(AVFileTypeAppleM4A));
+    session->setMetadata(plan(*job, asset->metadata()));
+    startSession(*job, session);
+}
+
+void AudioMetadata::SaveChangedAuidoExifDateItem(const WriteRequest& request) {
+    SetAuidoExifDateItem_withDateStr(request, {});
+}
+
+void AudioMetadata::SetAuidoExifDateItem_withDateStr(const WriteRequest& request,
+                                                     const QString& dateText) {
+    if (!request.audioPane)
+        return static_cast<void>(begin(request, {}));
+    const CoverPlan cover = planCover(*request.audioPane, *request.item);
+    writeM4a(request, dateText.isNull() ? createdTextOf(request) : dateText,
+             [&](WriteJob& job, const auto& source) {
+                 return planAudioSave(*request.audioPane, coverForM4a(cover, source, job.notes),
+                                      source, dateText);
+             });
+}
+
+void AudioMetadata::ReloadChangedAuidoExifDateItem_withExif(const WriteRequest& request,
+                                                            const AudioDictionary& exif) {
+    writeM4a(request, exif.value(QStringLiteral("Created Date"), QStringLiteral("")),
+             [&](WriteJob&, const auto& source) { return planAudioReload(exif, source); });
+}
+
+void AudioMetadata::RemoveAuidoExifDateItem(const WriteRequest& request) {
+    if (!request.audioPane)
+        return static_cast<void>(begin(request, {}));
+    writeM4a(request, createdTextOf(request),
+             [](WriteJob&, const auto&) { return QList<AVMetadataItem>(); });
+}
+
+void AudioMetadata::writeFlac(const WriteRequest& request, const QMap<QString, QString>& info,
+                              const CoverPlan& cover) {
+    auto job = begin(request, {});
+    if (!job)
+        return;
+    FlacTagChanges changes{info, {}};
+    // A cover that nobody has touched stays as the file holds it.
+    const bool hasNewCover = !cover.isUntouched && !cover.picture.isNull();
+    const auto write = [source = job->source, output = job->output, changes,
+                        picture = hasNewCover ? cover.picture : EncodedPicture()](
+                           const auto& progress) mutable -> Result<QStringList> {
+        QStringList notes;
+        if (!picture.isNull())
+            changes.picture = coverForFlac(picture, notes);
+        const auto written = rewriteFlacTags(source, output, changes, progress);
+        return written ? Result<QStringList>(notes) : tl::unexpected(written.error());
+    };
+    startSession(*job, AVAssetExportSession::rewriting(job->source, job->output, write));
+}
+
+void AudioMetadata::SaveChangedFlaCAuidoExifItem(const WriteRequest& request) {
+    SetFlaCAuidoExifItem_withDateStr(request, {});
+}
+
+void AudioMetadata::SetFlaCAuidoExifItem_withDateStr(const WriteRequest& request,
+                                                     const QString& dateText) {
+    if (!request.audioPane)
+        return static_cast<void>(begin(request, {}));
+    writeFlac(request, planFlacSave(*request.audioPane, dateText),
+              planCover(*request.audioPane, *request.item));
+}
+
+void AudioMetadata::ReloadChangedFlaCAuidoExifItem_withExif(const WriteRequest& request,
+                                                            const AudioDictionary& exif) {
+    writeFlac(request, planFlacReload(exif), {});
+}
+
+} // namespace clipheave::metadata
