@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/audio_fields.h"
 #include "cli/write_run.h"
 #include "media/media_kind.h"
 #include "platform/foundation/dates.h"
@@ -8,13 +9,10 @@ namespace clipheave::cli {
 
 namespace {
 
-/// Fields that another kind's pane has; known names, so not wrong usage, but not on a video.
+/// Fields of the photo pane alone; known names, so not wrong usage, but on no other pane.
 constexpr const char* kOtherKindsFields[] = {
-    "subtitle",     "fileSubTitle", "albumArtist", "fileAlbumArist",   "composer",
-    "fileComposer", "band",         "fileBand",    "lyricist",         "fileLyricist",
-    "comments",     "fileComments", "year",        "fileReleasedYear", "make",
-    "fileMake",     "model",        "fileModel",   "imageDescription", "cameraDate",
-    "gpsDate",      "gpsTime",
+    "make",       "fileMake", "model",   "fileModel", "imageDescription",
+    "cameraDate", "gpsDate",  "gpsTime",
 };
 
 bool isOtherKindsField(const QString& name) {
@@ -37,7 +35,7 @@ bool isPlainNumber(const QString& text) {
 QString usageFault(const SaveOptions& options) {
     for (const auto& [name, text] : options.set) {
         const media::VideoField* field = media::videoField(name);
-        if (!field && !isOtherKindsField(name))
+        if (!field && !audioField(name) && !isOtherKindsField(name))
             return QStringLiteral("unknown field \"%1\"").arg(name);
         if (field && QLatin1String(field->name) == u"created" && !platform::parseDateText(text))
             return QString::fromUtf16(kDateAlert);
@@ -62,6 +60,20 @@ QString fillPane(media::VideoPane& pane, const SaveOptions& options,
     return {};
 }
 
+/// The same for an audio file.
+QString fillAudioPane(media::AudioPane& pane, const SaveOptions& options,
+                      const platform::EncodedPicture& artwork) {
+    for (const auto& [name, text] : options.set) {
+        const AudioFieldName* field = audioField(name);
+        if (!field)
+            return QStringLiteral("an audio file has no field \"%1\"").arg(name);
+        pane.texts.*field->text = text;
+    }
+    if (!artwork.isNull())
+        pane.texts.audioArtImageView = artwork;
+    return {};
+}
+
 } // namespace
 
 int runSave(const GlobalOptions& global, const SaveOptions& options, Console& console) {
@@ -80,11 +92,13 @@ int runSave(const GlobalOptions& global, const SaveOptions& options, Console& co
         artwork = *picture;
     }
     const auto start = [&](metadata::VideoMetadata& writer, metadata::WriteRequest request) {
-        if (media::MediaKind::isVideo(request.item->filePath)) {
-            const QString notThere = fillPane(request.pane, options, artwork);
-            if (!notThere.isEmpty())
-                return writer.refuse(request, notThere);
-        }
+        QString notThere;
+        if (request.audioPane)
+            notThere = fillAudioPane(*request.audioPane, options, artwork);
+        else if (media::MediaKind::isVideo(request.item->filePath))
+            notThere = fillPane(request.pane, options, artwork);
+        if (!notThere.isEmpty())
+            return writer.refuse(request, notThere);
         writer.SaveMeidaFileChangesAction(request);
     };
     return runWriting(global, options.paths, QStringLiteral("saved"), start, console);

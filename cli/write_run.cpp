@@ -2,6 +2,7 @@
 #include "cli/write_run.h"
 
 #include "cli/item_json.h"
+#include "media/media_kind.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
 
@@ -73,8 +74,12 @@ WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped) {
 
 metadata::WriteRequest requestFor(const media::ItemPointer& item, const QString& storage,
                                   const media::MediaImport& import) {
-    return {item, media::ShowVideoViewWithItem(*item), storage, import.bImportLocalFolder(),
-            import.bImportLocalPath()};
+    metadata::WriteRequest request{item, media::ShowVideoViewWithItem(*item), storage,
+                                   import.bImportLocalFolder(), import.bImportLocalPath()};
+    // There is no video pane beside it whose artist could stand in the memory.
+    if (media::MediaKind::isAudio(item->filePath))
+        request.audioPane = media::ShowAudioViewWithItem(*item, item->fileArist);
+    return request;
 }
 
 int report(const GlobalOptions& global, const std::vector<WriteOutcome>& outcomes,
