@@ -134,5 +134,7 @@ class Program:
         eventually(lambda: (name, result) in self.tasks(), lambda: f"{name}: {result}, but {self.tasks()}")
 
     def task_files(self):
-        """What the activity panel says of the files of the chosen job."""
-        return [node.name for node in self.get("list", "Files").children]
+        """What the activity panel says of the files of the newest job."""
+        self.click_on(self.cells("Tasks")[0][1])
+        files = self.get("list", "Files")
+        return eventually(lambda: [node.name for node in files.children], "files of the job")
