@@ -148,11 +148,23 @@ void AppDelegate::retryImport(const QStringList& paths, bool photos) {
 
 std::vector<metadata::WriteRequest>
 AppDelegate::writeRequests(const std::vector<media::ItemPointer>& items) const {
-    const media::VideoPane pane = m_window->detailPane()->videoPane();
+    const DetailPane* pane = m_window->detailPane();
+    const bool showsAudio = m_shownItem && isAudio(m_shownItem->filePath);
+    const bool showsVideo = m_shownItem && !showsAudio;
     std::vector<metadata::WriteRequest> requests;
-    for (const auto& item : items)
-        requests.push_back(
-            {item, pane, m_preferences.storagelocation, m_bImportLocalFolder, m_bImportLocalPath});
+    for (const auto& item : items) {
+        metadata::WriteRequest& request = requests.emplace_back();
+        request.item = item;
+        request.storagelocation = m_preferences.storagelocation;
+        request.bImportLocalFolder = m_bImportLocalFolder;
+        request.bImportLocalPath = m_bImportLocalPath;
+        // A file of the other kind than the one in the pane keeps its own texts: what its pane
+        // holds is of an earlier file, or nothing.
+        request.pane = showsVideo ? pane->videoPane() : media::ShowVideoViewWithItem(*item);
+        if (isAudio(item->filePath))
+            request.audioPane = showsAudio ? pane->audioPane()
+                                           : media::ShowAudioViewWithItem(*item, item->fileArist);
+    }
     return requests;
 }
 

@@ -153,6 +153,41 @@ TEST_F(WindowTest, SaveWritesThePaneIntoEveryVideoAndTellsTheOneThatFails) {
                   file.source.endsWith(u"cut.mp4"_qs) && !file.note.isEmpty());
 }
 
+TEST_F(WindowTest, SaveWritesSoundsFromTheirPaneAndVideosFromTheirs) {
+    const auto made =
+        testkit::run(QStringLiteral("ffmpeg"),
+                     {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
+                      QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("sine"),
+                      QStringLiteral("-t"), QStringLiteral("0.3"), QStringLiteral("-metadata"),
+                      QStringLiteral("title=Own"), dir.path(QStringLiteral("a.mp3"))});
+    ASSERT_EQ(made.exitCode, 0) << made.err.toStdString();
+    import({dir.path(QStringLiteral("a.mp3")), dir.write(QStringLiteral("v.mp4"), movie("v"))});
+    const auto titleOf = [&](const char* name) {
+        media::MediaImport written;
+        written.importMediaItemsThreader({dir.path(QStringLiteral("out/") + QLatin1String(name))});
+        return written.localPhotoItemArray().empty()
+                   ? QStringLiteral("no file")
+                   : written.localPhotoItemArray().front()->fileTitle;
+    };
+    const auto saveAll = [&] {
+        QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
+        controller->SaveMeidaFileChangesAction();
+        ASSERT_TRUE(saved.wait(10'000));
+    };
+    window()->selectRow(1); // the video's pane
+    window()->selectAll();
+    saveAll();
+    EXPECT_EQ(titleOf("a.mp3"), u"Own")
+        << "not the empty texts of a pane that shows something else";
+    window()->selectRow(0);
+    auto* title = child<QLineEdit>("titlelab");
+    title->setFocus();
+    title->selectAll();
+    QTest::keyClicks(title, QStringLiteral("Typed"));
+    saveAll();
+    EXPECT_EQ(titleOf("a.mp3"), u"Typed");
+}
+
 TEST_F(WindowTest, CancelEndsTheRestOfARunAndLeavesNoPartOfAFile) {
     QStringList paths;
     for (int i = 0; i < 300; ++i)
