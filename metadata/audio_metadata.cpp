@@ -28,6 +28,23 @@ const QString& createdTextOf(const WriteRequest& request) {
     return request.audioPane->texts.createdDatelab;
 }
 
+/// A text that was typed and that the file has no place for is not kept in silence.
+void noteUnstored(WriteJob& job, const media::AudioPane& pane, bool isFlac) {
+    const auto note = [&](const QString& text, const QString& old, const char* name) {
+        if (text != old)
+            job.notes.append(QStringLiteral("%1 not stored: the file has no place for it")
+                                 .arg(QLatin1String(name)));
+    };
+    note(pane.texts.keywordslab, pane.shown.oldKeywordStr, "Keywords");
+    note(pane.texts.imageDescrilab, pane.shown.oldImageDescStr, "Description");
+    if (!isFlac)
+        return;
+    note(pane.texts.ablumAristlab, pane.shown.oldAlbumArtistStr, "Track");
+    note(pane.texts.publishlab, pane.shown.oldPublisherStr, "Publisher");
+    note(pane.texts.bandlab, pane.shown.oldBandStr, "Band");
+    note(pane.texts.createdDatelab, pane.shown.oldCreateDateStr, "Created date");
+}
+
 bool holdsListedArtwork(const QList<AVMetadataItem>& items) {
     return std::any_of(items.begin(), items.end(), [](const AVMetadataItem& item) {
         return item.effectiveIdentifier() == u"itsk/covr";
@@ -85,6 +102,8 @@ std::optional<WriteJob> AudioMetadata::begin(const WriteRequest& request,
     }
     m_paths.protect({source});
     auto job = beginJob(source, m_paths.claim(flatOutputPath(request)), m_handler, m_running);
+    if (job)
+        noteUnstored(*job, *request.audioPane, hasExtension(request, u"flac"));
     if (!job || createdText.isNull() || createdText == request.audioPane->shown.oldCreateDateStr)
         return job;
     if (const auto date = parseDateText(createdText))

@@ -61,7 +61,7 @@ ID3_Frame& addFrame(ID3_Tag& tag, ID3_FrameID id) {
     return *frame;
 }
 
-/// The library pads in steps of 2 KiB also where it was told not to.
+/// The library renders a copy of the tag, which pads in steps of 2 KiB whatever the tag was told.
 void dropPadding(QByteArray& tag) {
     const ByteView view(tag);
     auto end = static_cast<std::uint64_t>(kTagHeaderSize);

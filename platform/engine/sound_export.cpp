@@ -313,10 +313,13 @@ Result<void> SoundConverter::convert(const std::function<bool(double)>& progress
 
 QStringList SoundConverter::notes() const {
     QStringList notes;
+    if (!m_lossless)
+        notes << QStringLiteral("The sound was encoded again as AAC: M4A does not hold %1")
+                     .arg(QString::fromLatin1(avcodec_get_name(m_stream.codecpar->codec_id)));
     if (m_rounded)
         notes << QStringLiteral("Samples stored with 24 bits: M4A holds no more without loss");
     if (m_damaged > 0)
-        notes << QStringLiteral("%1 damaged pieces of the sound left out").arg(m_damaged);
+        notes << QStringLiteral("Damaged pieces of the sound left out: %1").arg(m_damaged);
     return notes;
 }
 

@@ -128,3 +128,20 @@ What a track says about its camera is metadata, too, and goes.
 The QuickTime metadata stands in the user data, where exiftool does not look; saved, it is in its own place.
   video/media__sample_android_slow_motion.mp4 clear exiftool-save
 """
+
+AUDIO = """
+Cut to its first kilobytes, or made without sound: no program here decodes a sample of it.
+  audio/Audio-Scan__wma-live.wma save failed
+  audio/exifast__FLAC_id3v24_footer.flac clear failed
+  audio/exifast__RIFF_cset_info.wav save failed
+  audio/exiftool__AIFF.aif save failed
+  audio/exiftool__Opus.opus save failed
+  audio/lofty-rs__issue_174_waveformatextensible-ieeefloat-44100Hz-mono95060.wav save failed
+  audio/lofty-rs__test_full.id3v22.mp3 save failed
+  audio/mutagen__flac_application.flac clear failed
+The payload that the movie header points to is cut off, or there is no header.
+  audio/Audio-Scan__leading-mdat.m4a save failed
+  audio/music-metadata__issue-151.m4a save failed
+  audio/mutagen__nero-chapters.m4b clear failed
+  audio/tinytag__alac_file.m4a save failed
+"""

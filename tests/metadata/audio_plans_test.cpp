@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/video_metadata.h"
+
+#include "platform/foundation/file_manager.h"
+#include "platform/media/av_url_asset.h"
+#include "tests/testkit/testkit.h"
+
+#include <QDir>
+
+namespace {
+
+using namespace clipheave;
+using namespace clipheave::metadata;
+using platform::AVMetadataItem;
+
+media::AudioPane paneOf(const media::IKImageItem& item) {
+    return media::ShowAudioViewWithItem(item, item.fileArist);
+}
+
+media::IKImageItem itemWithTexts() {
+    media::IKImageItem item;
+    item.fileTitle = QStringLiteral("T");
+    item.fileArist = QStringLiteral("A");
+    item.fileAlbumArist = QStringLiteral("3/12");
+    item.fileBand = QStringLiteral("B");
+    item.fileLyricist = QStringLiteral("L");
+    item.shootDateStr = QStringLiteral("2001:02:03 04:05:06");
+    return item;
+}
+
+QStringList framesOf(const QList<platform::Id3TextFrame>& frames) {
+    QStringList texts;
+    for (const auto& frame : frames)
+        texts << QStringLiteral("%1=%2").arg(static_cast<int>(frame.frame)).arg(frame.text);
+    return texts;
+}
+
+QStringList identifiersOf(const QList<AVMetadataItem>& items) {
+    QStringList texts;
+    for (const AVMetadataItem& item : items)
+        texts << item.effectiveIdentifier() + u'=' + item.stringValue();
+    return texts;
+}
+
+TEST(AudioPlans, Mp3WritesEveryFieldThatIsNotEmptyInItsOrder) {
+    media::AudioPane pane = paneOf(itemWithTexts());
+    pane.texts.abulmlab = QStringLiteral("Al");
+    EXPECT_EQ(framesOf(planMp3Save(pane)).join(u' '),
+              u"47=T 61=A 29=Al 68=3/12 69=2001:02:03 04:05:06 62=B 43=L");
+    EXPECT_EQ(framesOf(planMp3Removal(pane)).join(u' '), u"47= 61= 29= 68= 69= 62= 43=");
+    EXPECT_EQ(framesOf(planMp3Save(pane, QStringLiteral("D")))[4], u"69=D");
+    EXPECT_EQ(framesOf(planMp3Save(pane, QStringLiteral("")))[4], u"69=");
+    EXPECT_TRUE(planMp3Save(paneOf({})).isEmpty());
+    const AudioDictionary exif{{QStringLiteral("Track Number"), QStringLiteral("7")},
+                               {QStringLiteral("Title"), QStringLiteral("R")},
+                               {QStringLiteral("Album"), QStringLiteral("")}};
+    EXPECT_EQ(framesOf(planMp3Reload(exif)).join(u' '), u"47=R");
+}
+
+TEST(AudioPlans, OthersWriteWhatChangedBeforeWhatTheSourceKeeps) {
+    media::AudioPane pane = paneOf(itemWithTexts());
+    const auto kept = [](const char* space, const char* key, const char* identifier) {
+        return AVMetadataItem::make(QLatin1String(space), QLatin1String(key),
+                                    QLatin1String(identifier), QStringLiteral("old"));
+    };
+    const QList<AVMetadataItem> source{kept("itsk", "title", "itsk/%A9nam"),
+                                       kept("itsk", "genre", "itsk/%A9gen"),
+                                       kept("org.id3", "TPE2", "id3/TPE2")};
+    EXPECT_EQ(identifiersOf(planAudioSave(pane, {}, source)).join(u' '),
+              u"itsk/%A9nam=old itsk/%A9gen=old id3/TPE2=old itlk/com.apple.iTunes.BAND=old");
+    EXPECT_TRUE(planFlacSave(pane).isEmpty());
+    pane.texts.titlelab = QStringLiteral("N");
+    pane.texts.bandlab = QStringLiteral("");
+    pane.texts.publishlab = QStringLiteral("P");
+    EXPECT_EQ(identifiersOf(planAudioSave(pane, {}, source, QStringLiteral("D"))).join(u' '),
+              u"itsk/%A9nam=N common/creationDate=D common/publisher=P id3/TPE2= "
+              u"itlk/com.apple.iTunes.BAND= itsk/%A9gen=old");
+    EXPECT_EQ(planFlacSave(pane),
+              (QMap<QString, QString>{{QStringLiteral("title"), QStringLiteral("N")}}));
+}
+
+TEST(AudioPlans, EachFileKeepsItsOwnCoverUntilANewOneIsGiven) {
+    const auto picture = [](char width) {
+        return platform::EncodedPicture::fromBytes(
+            QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0", 19) + width +
+            QByteArray("\0\0\0\3\10\2\0\0\0", 9));
+    };
+    media::IKImageItem shown, other;
+    shown.fileImage = picture(1);
+    other.fileImage = picture(2);
+    media::AudioPane pane = paneOf(shown);
+    EXPECT_TRUE(planCover(pane, other).picture == other.fileImage);
+    pane.texts.audioArtImageView = picture(3);
+    EXPECT_TRUE(planCover(pane, other).picture == picture(3));
+    EXPECT_FALSE(planCover(pane, other).isUntouched);
+    pane.texts.audioArtImageView = {};
+    EXPECT_TRUE(planCover(pane, other).picture.isNull());
+}
+
+class AudioWriters : public testing::Test {
+protected:
+    WriteRequest request(const QString& path) const {
+        WriteRequest made;
+        made.item = std::make_shared<media::IKImageItem>();
+        made.item->filePath = path;
+        made.item->fileName = path.section(u'/', -1);
+        made.storagelocation = m_dir.path(QStringLiteral("out"));
+        return made;
+    }
+    WriteOutcome run(const std::function<void(VideoMetadata&)>& command) const {
+        WriteOutcome last;
+        VideoMetadata writer([&](const WriteOutcome& outcome) { last = outcome; });
+        command(writer);
+        platform::AVAssetExportSession::waitForAllExports();
+        return last;
+    }
+    QStringList filesOut() const {
+        return QDir(m_dir.path(QStringLiteral("out"))).entryList(QDir::Files | QDir::Hidden);
+    }
+    testkit::TempDir m_dir;
+};
+
+TEST_F(AudioWriters, WithoutAPaneNothingIsWritten) {
+    const QString path = m_dir.write(QStringLiteral("a.mp3"), "x");
+    for (const bool removes : {false, true}) {
+        const auto outcome = run([&](VideoMetadata& writer) {
+            removes ? writer.RemoveMediaFileAction(request(path))
+                    : writer.SaveMeidaFileChangesAction(request(path));
+        });
+        EXPECT_EQ(outcome.status, WriteStatus::Failed);
+        EXPECT_EQ(outcome.message, u"no audio pane was given");
+    }
+    EXPECT_TRUE(filesOut().isEmpty());
+}
+
+TEST_F(AudioWriters, AFailureDeliversMp3UnchangedAndNothingForOthers) {
+    for (const char* name : {"a.mp3", "a.flac", "a.wav"}) {
+        WriteRequest made = request(m_dir.write(QLatin1String(name), "no sound at all"));
+        made.audioPane = paneOf(itemWithTexts());
+        const auto outcome =
+            run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); });
+        EXPECT_EQ(outcome.status, WriteStatus::Failed) << name;
+    }
+    EXPECT_EQ(filesOut(), (QStringList{QStringLiteral("a.flac"), QStringLiteral("a.mp3")}));
+    EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/a.mp3"))), "no sound at all");
+}
+
+TEST_F(AudioWriters, TheDateWriterDatesTheFile) {
+    QByteArray sound;
+    for (int i = 0; i < 3; ++i)
+        sound += QByteArray("\xFF\xFB\x90\x64", 4) + QByteArray(413, 'x');
+    WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), sound));
+    made.audioPane = paneOf({});
+    const QString output = m_dir.path(QStringLiteral("out/a.mp3"));
+    const auto modified = [&](const QString& date) {
+        run([&](VideoMetadata& writer) {
+            writer.audio().SetMp3MetadateItem_withDateStr(made, date);
+        });
+        return platform::NSFileManager::defaultManager()
+            .attributesOfItemAtPath(output)
+            ->NSFileModificationDate;
+    };
+    EXPECT_EQ(modified(QStringLiteral("2020-01-31 10:00:00")),
+              QDateTime(QDate(2020, 1, 31), QTime(10, 0)));
+    EXPECT_NE(modified(QStringLiteral("someday")), QDateTime(QDate(2020, 1, 31), QTime(10, 0)));
+    EXPECT_TRUE(testkit::TempDir::read(output).endsWith(sound));
+}
+
+} // namespace
