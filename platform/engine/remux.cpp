@@ -4,7 +4,6 @@
 #include "platform/engine/file_input.h"
 #include "platform/engine/file_output.h"
 #include "platform/foundation/file_manager.h"
-#include "platform/foundation/paths.h"
 
 #include <algorithm>
 #include <vector>
@@ -165,8 +164,8 @@ void copyChapters(const AVFormatContext& source, AVFormatContext& target) {
     }
 }
 
-Result<void> remuxStreams(const QString& source, const QString& target, StreamChoice choice,
-                          const std::function<bool(double)>& progress) {
+Result<void> remuxStreams(const QString& source, const QString& target, RemuxTarget kind,
+                          StreamChoice choice, const std::function<bool(double)>& progress) {
     // Opening the target empties it.
     if (NSFileManager::defaultManager().isSameFile(source, target))
         return failure(ErrorCode::InvalidArgument, QStringLiteral("copy the streams"), target,
@@ -184,9 +183,7 @@ Result<void> remuxStreams(const QString& source, const QString& target, StreamCh
         return failure(ErrorCode::InvalidData, QStringLiteral("read the streams"), source);
 
     chooseStreams(from, choice);
-    const bool movie =
-        pathExtension(target).compare(QLatin1String("mov"), Qt::CaseInsensitive) == 0;
-    auto output = FileOutput::create(movie ? "mov" : "mp4", target);
+    auto output = FileOutput::create(kind == RemuxTarget::QuickTimeMovie ? "mov" : "mp4", target);
     if (!output)
         return tl::unexpected(output.error());
     if (auto added = addStreams(from, **output, source); !added)
@@ -205,14 +202,14 @@ Result<void> remuxStreams(const QString& source, const QString& target, StreamCh
 
 } // namespace
 
-Result<void> remuxFile(const QString& source, const QString& target,
+Result<void> remuxFile(const QString& source, const QString& target, RemuxTarget kind,
                        const std::function<bool(double)>& progress) {
-    return remuxStreams(source, target, StreamChoice::All, progress);
+    return remuxStreams(source, target, kind, StreamChoice::All, progress);
 }
 
 Result<void> remuxSound(const QString& source, const QString& target,
                         const std::function<bool(double)>& progress) {
-    return remuxStreams(source, target, StreamChoice::Sound, progress);
+    return remuxStreams(source, target, RemuxTarget::Mp4, StreamChoice::Sound, progress);
 }
 
 } // namespace clipheave::platform

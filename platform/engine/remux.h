@@ -2,14 +2,14 @@
 #pragma once
 
 #include "platform/foundation/result.h"
+#include "platform/media/model/media_engine.h"
 
 #include <functional>
 
 namespace clipheave::platform {
 
-/// See MediaEngine::remuxToMp4. A target named ".mov" becomes a QuickTime movie, which holds more
-/// codecs; every other name MP4.
-[[nodiscard]] Result<void> remuxFile(const QString& source, const QString& target,
+/// See MediaEngine::remux.
+[[nodiscard]] Result<void> remuxFile(const QString& source, const QString& target, RemuxTarget kind,
                                      const std::function<bool(double)>& progress);
 
 /// The sound that a player would play, and nothing else, as MP4.

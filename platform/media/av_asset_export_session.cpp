@@ -200,7 +200,8 @@ Result<PassthroughOutcome> AVAssetExportSession::State::run() {
     return runThroughEngine(std::move(request));
 }
 
-/// Other containers become an MP4 beside the target first; it goes when the target is written.
+/// Other containers become one of this family beside the target first; it goes when the target is
+/// written.
 Result<PassthroughOutcome>
 AVAssetExportSession::State::runThroughEngine(PassthroughRequest request) {
     const auto engine = mediaEngine();
@@ -232,7 +233,10 @@ Result<QStringList> AVAssetExportSession::State::copyIntoMp4(MediaEngine& engine
     const auto reports = [this](double done) { return report(done / 2); };
     if (request.container == OutputContainer::M4A)
         return engine.soundToM4a(request.source, target, reports);
-    const auto copied = engine.remuxToMp4(request.source, target, reports);
+    const RemuxTarget kind = request.container == OutputContainer::QuickTimeMovie
+                                 ? RemuxTarget::QuickTimeMovie
+                                 : RemuxTarget::Mp4;
+    const auto copied = engine.remux(request.source, target, kind, reports);
     return copied ? Result<QStringList>({}) : tl::unexpected(copied.error());
 }
 

@@ -35,6 +35,9 @@ struct RawPicture {
     QByteArray rgb32;
 };
 
+/// A QuickTime movie holds more codecs than MP4, uncompressed sound among them.
+enum class RemuxTarget { Mp4, QuickTimeMovie };
+
 /// The FFmpeg libraries behind one interface, in a module of their own. All calls are thread-safe.
 class MediaEngine {
 public:
@@ -42,10 +45,11 @@ public:
     /// Facts of any file that libavformat can open, headers only: bounded in bytes and time, tags
     /// mapped to the identifiers of the import. `reader` gives the bytes.
     [[nodiscard]] virtual Result<MediaFacts> probe(FileReader& reader) = 0;
-    /// Copies all streams of `source` into an MP4-family file at `target` without re-encoding;
-    /// NotSupported when a stream cannot be held. `progress` (0 to 1) stops it by answering false.
-    [[nodiscard]] virtual Result<void> remuxToMp4(const QString& source, const QString& target,
-                                                  const std::function<bool(double)>& progress) = 0;
+    /// Copies all streams of `source` into a file at `target` without re-encoding; NotSupported
+    /// when a stream cannot be held. `progress` (0 to 1) stops it by answering false.
+    [[nodiscard]] virtual Result<void> remux(const QString& source, const QString& target,
+                                             RemuxTarget kind,
+                                             const std::function<bool(double)>& progress) = 0;
     /// The sound of `source` alone as an MP4-family file at `target`: AAC, ALAC and AC-3 are
     /// copied, other lossless codecs become ALAC (16 or 24 bits), all others AAC at 256 kbit/s.
     /// Answers what is worth telling. NotSupported without a sound or a decoder. `progress` as

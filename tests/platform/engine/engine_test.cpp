@@ -184,7 +184,7 @@ TEST_F(Engine, RemuxKeepsEveryPacket) {
                                     QStringLiteral("-c:v mpeg4 -bf 2 -c:a aac").split(u' '));
         const QString target = m_dir.path(QStringLiteral("out.mp4"));
         double last = -1;
-        const auto done = m_engine->remuxToMp4(source, target, [&](double part) {
+        const auto done = m_engine->remux(source, target, RemuxTarget::Mp4, [&](double part) {
             EXPECT_GE(part, last);
             last = part;
             return true;
@@ -206,20 +206,24 @@ TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
     const QString source =
         make(QStringLiteral("s.mkv"), QStringLiteral("-c:v libx264 -c:a pcm_s16le").split(u' '));
     const QString target = m_dir.path(QStringLiteral("x.mp4"));
-    const auto refused = m_engine->remuxToMp4(source, target, {});
+    const auto refused = m_engine->remux(source, target, RemuxTarget::Mp4, {});
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().code, ErrorCode::NotSupported);
     EXPECT_TRUE(refused.error().detail.contains(QLatin1String("pcm_s16le")));
     EXPECT_FALSE(QFileInfo::exists(target));
+    // A QuickTime movie holds it, whatever the file is called.
+    ASSERT_TRUE(m_engine->remux(source, target, RemuxTarget::QuickTimeMovie, {}));
+    EXPECT_EQ(streamHashes(target), streamHashes(source));
 
-    const auto cancelled = m_engine->remuxToMp4(source, m_dir.path(QStringLiteral("x.mov")),
-                                                [](double) { return false; });
+    const auto cancelled =
+        m_engine->remux(source, m_dir.path(QStringLiteral("x.mov")), RemuxTarget::QuickTimeMovie,
+                        [](double) { return false; });
     ASSERT_FALSE(cancelled);
     EXPECT_EQ(cancelled.error().code, ErrorCode::Cancelled);
     EXPECT_FALSE(QFileInfo::exists(m_dir.path(QStringLiteral("x.mov"))));
 
     const QByteArray before = testkit::TempDir::read(source);
-    EXPECT_FALSE(m_engine->remuxToMp4(source, source, {}));
+    EXPECT_FALSE(m_engine->remux(source, source, RemuxTarget::Mp4, {}));
     EXPECT_EQ(testkit::TempDir::read(source), before);
 }
 
