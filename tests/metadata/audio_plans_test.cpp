@@ -134,8 +134,16 @@ TEST_F(AudioWriters, WithoutAPaneNothingIsWritten) {
 }
 
 TEST_F(AudioWriters, AFailureDeliversMp3UnchangedAndNothingForOthers) {
-    for (const char* name : {"a.mp3", "a.flac", "a.wav"}) {
-        WriteRequest made = request(m_dir.write(QLatin1String(name), "no sound at all"));
+    using testkit::le;
+    // Of a codec that nobody has: it can be opened, but not written again.
+    const QByteArray wave = "RIFF" + le(44, 4) + "WAVEfmt " + le(16, 4) + le(0x4321, 2) + le(1, 2) +
+                            le(8000, 4) + le(8000, 4) + le(1, 2) + le(8, 2) + "data" + le(8, 4) +
+                            QByteArray(8, 'x');
+    const QByteArray none = "no sound at all";
+    const std::pair<const char*, QByteArray> files[] = {
+        {"a.mp3", none}, {"a.flac", none}, {"a.ogg", none}, {"a.wav", wave}};
+    for (const auto& [name, bytes] : files) {
+        WriteRequest made = request(m_dir.write(QLatin1String(name), bytes));
         made.audioPane = paneOf(itemWithTexts());
         const auto outcome =
             run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); });
