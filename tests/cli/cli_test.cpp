@@ -214,8 +214,9 @@ TEST_F(Cli, ExitStatusesSayWhatHappened) {
     const RunResult nothing = cli({QStringLiteral("list"), library(QStringLiteral("Photos"))});
     EXPECT_EQ(nothing.exitCode, 3);
     EXPECT_TRUE(nothing.err.contains("No Item has been selected"));
+    const testkit::TempDir broken;
     const RunResult mixed = save({QStringLiteral("--set"), QStringLiteral("title=x"), video,
-                                  library(QStringLiteral("Northbound/07 Salt & Cedar.mp3"))});
+                                  broken.write(QStringLiteral("silent.wma"), "no sound in here")});
     EXPECT_EQ(mixed.exitCode, 1);
     EXPECT_EQ(mixed.out.count('\n'), 1);
 }

@@ -9,6 +9,8 @@ from Xlib import X, XK, Xatom, display
 from Xlib.ext import xtest
 from Xlib.protocol import event
 
+from desktop import eventually
+
 KEYS = {"Ctrl": XK.XK_Control_L, "Shift": XK.XK_Shift_L, "Alt": XK.XK_Alt_L}
 # Unshifted keys of the server's US keyboard that have no name of one letter.
 SIGNS = {" ": "space", "/": "slash", "-": "minus", ".": "period", ",": "comma", "\\": "backslash", "_": "underscore",
@@ -88,9 +90,15 @@ class Hands:
     def copy(self, text):
         """Puts a text on the clipboard, where a program of its own keeps it: the window under test waits for the answer
         and would not answer us meanwhile."""
-        subprocess.run(["xclip", "-selection", "clipboard", "-target", "UTF8_STRING"], input=text.encode(), check=True,
-                       env=os.environ | {"DISPLAY": self.display.get_display_name()}, stdout=subprocess.DEVNULL,
+        command = ["xclip", "-selection", "clipboard", "-target", "UTF8_STRING"]
+        environment = os.environ | {"DISPLAY": self.display.get_display_name()}
+        subprocess.run(command, input=text.encode(), check=True, env=environment, stdout=subprocess.DEVNULL,
                        stderr=subprocess.DEVNULL)
+
+        # It goes into the background before the server knows that the clipboard is its own.
+        def kept():
+            return subprocess.run([*command, "-o"], env=environment, capture_output=True, timeout=10).stdout
+        eventually(lambda: kept() == text.encode(), lambda: f"the clipboard holds {kept()}")
 
     # Drag and drop between programs
 
