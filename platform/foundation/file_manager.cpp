@@ -145,6 +145,9 @@ Result<void> NSFileManager::createDirectoryAtPath(const QString& path) const {
     const QString operation = QStringLiteral("create the folder");
     if (path.isEmpty() || path.contains(QChar::Null))
         return failure(ErrorCode::InvalidArgument, operation, path);
+    bool isThere = false;
+    if (fileExistsAtPath(path, isThere) && isThere)
+        return {}; // as for every file of a run but the first
     const QByteArray name = nativePath(path);
     // From the inside out would need fewer calls, but existing parents need not be searchable.
     for (qsizetype slash = 0; slash >= 0;) {
