@@ -48,7 +48,7 @@ public:
 private:
     static constexpr qint64 kNoEntry = -1;
     /// What an answer is about; asked together with m_generation.
-    enum class Question : quint8 { Open, Other, Video, Turn, Duration, Width, Height };
+    enum class Question : quint8 { Open, Other, Video, Turn, Duration, Width, Height, SoundOutput };
 
     MpvCore(const MpvLibrary& library, MpvPlayer& owner) : m_mpv(library), m_owner(owner) {}
     bool start(QString& reason);
@@ -67,6 +67,8 @@ private:
     void handleOpened(const mpv_event& event);
     void handleAnswer(const mpv_event& event);
     void fileLoaded(double duration);
+    /// Said once a run: the panel then explains why nothing is heard.
+    static void tellSilence(const char* output);
     void setCodedSize(QSize size);
     void reachedEnd();
     void forgetFile();

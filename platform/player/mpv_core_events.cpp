@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/foundation/log.h"
 #include "platform/player/mpv_core.h"
 #include "platform/player/mpv_player.h"
 
@@ -36,6 +37,8 @@ void MpvCore::handle(const mpv_event& event) {
         m_ownPictures = m_known;
         ask(Question::Width, "dwidth", MPV_FORMAT_INT64);
         return ask(Question::Height, "dheight", MPV_FORMAT_INT64);
+    case MPV_EVENT_AUDIO_RECONFIG:
+        return ask(Question::SoundOutput, "current-ao", MPV_FORMAT_STRING);
     case MPV_EVENT_COMMAND_REPLY:
         return event.reply_userdata == mark(Question::Open) ? handleOpened(event) : void();
     case MPV_EVENT_GET_PROPERTY_REPLY:
@@ -101,9 +104,18 @@ void MpvCore::handleAnswer(const mpv_event& event) {
         return setCodedSize({small, m_codedSize.height()});
     case Question::Height:
         return setCodedSize({m_codedSize.width(), small});
+    case Question::SoundOutput:
+        return told ? tellSilence(*static_cast<char* const*>(property.data)) : void();
     default:
         return;
     }
+}
+
+void MpvCore::tellSilence(const char* output) {
+    static bool told = false;
+    if (std::strcmp(output, "null") != 0 || std::exchange(told, true))
+        return;
+    log(LogLevel::Info, MpvPlayer::tr("No sound device answers: files play without sound"));
 }
 
 void MpvCore::fileLoaded(double duration) {
