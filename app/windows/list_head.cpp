@@ -50,10 +50,28 @@ protected:
     }
 };
 
+/// A warning is read to its end: two small lines where one does not fit.
+class NoteLabel : public ElidedLabel {
+public:
+    explicit NoteLabel(QWidget* parent)
+        : ElidedLabel(Qt::ElideRight, FontRole::Cell, Token::warn, parent) {
+        setSizePolicy(sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
+    }
+
+protected:
+    void paintEvent(QPaintEvent* event) override {
+        if (fontMetrics().horizontalAdvance(text()) <= width())
+            return ElidedLabel::paintEvent(event);
+        QPainter painter(this);
+        painter.setFont(Theme::instance().font(FontRole::Caption));
+        painter.setPen(Theme::instance().color(Token::warn));
+        painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextWordWrap, text());
+    }
+};
+
 ListHead::ListHead(QWidget* parent)
     : QWidget(parent), m_views(new Segment(Segment::Size::Small, this)),
-      m_summary(new SummaryLabel(this)),
-      m_sortedNote(new ElidedLabel(Qt::ElideRight, FontRole::Cell, Token::warn, this)) {
+      m_summary(new SummaryLabel(this)), m_sortedNote(new NoteLabel(this)) {
     setObjectName(QStringLiteral("listHead"));
     setFixedHeight(kListHeadHeight);
     auto* row = new QHBoxLayout(this);
