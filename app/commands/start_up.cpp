@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
 #include "app/list/media_list_model.h"
+#include "app/widgets/accessible_roles.h"
 #include "app/widgets/alert_box.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
@@ -96,6 +97,7 @@ void AppDelegate::getSystemVersionMajor_minor_bugFix(unsigned* major, unsigned* 
 }
 
 void AppDelegate::awakeFromNib() {
+    installAccessibleRoles();
     getSystemVersionMajor_minor_bugFix(nullptr, &m_macOsVer, nullptr);
     m_window = std::make_unique<MainWindow>(*m_mediaController, *m_activity);
     m_preferencesWindow = std::make_unique<PreferencesWindow>(m_window.get());

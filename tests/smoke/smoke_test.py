@@ -328,6 +328,7 @@ class AccessTest(WindowTest):
                   ("Add", "Dates", "Metadata", "Convert", "Compress", "Edit", "Watermark", "Extract")]
         wanted += [("push button", name) for name in
                    ("Rename", "Storage folder", "Save Changes", "Add files or folders", "Remove from the list", "Play")]
+        wanted += [("animation", "Player"), ("graphic", "Artwork"), ("graphic", "Map")]
         faults += [f"there is no {role} '{name}'" for role, name in wanted if (role, name) not in shown]
         # Each field has the name of the label beside it.
         faults += [f"field '{name}' has no label" for role, name in shown
