@@ -219,6 +219,7 @@ int grabView(AppDelegate& controller, const GrabRequest& request) {
         return 2;
     }
     const QStringList sides = request.size.split(u'x');
+    controller.mainWindow()->setKeepsLayout(false);
     controller.mainWindow()->resize(sides.value(0).toInt(), sides.value(1).toInt());
     QPixmap picture;
     if (request.view == u"states") {

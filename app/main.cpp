@@ -59,9 +59,21 @@ void printLine(const app::ActivityLogLine& line) {
     std::fprintf(stderr, "%s\n", platform::nativePath(text).constData());
 }
 
+/// Painting a view into a file, the help and the version need no screen.
+void useNoScreenWhereNoneIsNeeded(int argc, char** argv) {
+    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        if (qEnvironmentVariableIsSet(variable))
+            return;
+    for (int i = 1; i < argc; ++i)
+        for (const char* option : {"--grab", "--help", "--version", "-h", "-v"})
+            if (QByteArrayView(argv[i]).startsWith(option))
+                qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    useNoScreenWhereNoneIsNeeded(argc, argv);
     // Local times are asked for thousands of times; without this the zone file is looked at each
     // time.
     if (!qEnvironmentVariableIsSet("TZ"))

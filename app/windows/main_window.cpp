@@ -40,7 +40,8 @@ QItemSelectionModel* selectionOf(QAbstractItemView* view) {
 } // namespace
 
 MainWindow::~MainWindow() {
-    saveLayout();
+    if (m_keepsLayout)
+        saveLayout();
 }
 
 bool MainWindow::showsPhotos() const {

@@ -40,6 +40,9 @@ public:
     [[nodiscard]] PhotoGrid* photoGrid() const { return m_grid; }
     [[nodiscard]] ActivityPanel* activityPanel() const { return m_activityPanel; }
 
+    /// Off for a window that is only painted: its size is not the user's.
+    void setKeepsLayout(bool keeps) { m_keepsLayout = keeps; }
+
     // Selection, in rows of the view that is shown
     [[nodiscard]] int currentRow() const;
     [[nodiscard]] QList<int> selectedRows() const; ///< ascending
@@ -136,6 +139,7 @@ private:
     ActivityPanel* m_activityPanel = nullptr;
     QList<QMenu*> m_menus;
     bool m_recentSystem = true;
+    bool m_keepsLayout = true;
 };
 
 } // namespace clipheave::app
