@@ -63,7 +63,6 @@ void completeExport(const WriteJob& job, const AVAssetExportSession& session) {
     if (status == Status::Failed) {
         if (!job.copiesOnFailure)
             return failJob(job, session.error().text());
-        log(LogLevel::Error, session.error().text(), job.source);
         return startCopy(job, NSFileManager::IfExists::Replace, session.error().text());
     }
     QStringList messages = session.notes();
@@ -80,7 +79,6 @@ void completeCopy(const WriteJob& job, const AVAssetExportSession& session, cons
         messages.append(reason);
     if (status == Status::Failed) {
         messages.append(session.error().text());
-        log(LogLevel::Error, messages.join(QStringLiteral("; ")), job.source);
         return finish(job, WriteStatus::Failed, {}, messages);
     }
     if (!reason.isEmpty())
@@ -153,7 +151,6 @@ void startSession(const WriteJob& job, const std::shared_ptr<AVAssetExportSessio
 }
 
 void failJob(const WriteJob& job, const QString& reason) {
-    log(LogLevel::Error, reason, job.source);
     finish(job, WriteStatus::Failed, {}, {reason});
 }
 

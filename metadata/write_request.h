@@ -24,6 +24,5 @@ struct WriteRequest {
     /// audio files are not written: an empty pane would take all their texts away.
     std::optional<media::AudioPane> audioPane = std::nullopt;
 };
-using SaveRequest = WriteRequest;
 
 } // namespace clipheave::metadata

@@ -206,18 +206,14 @@ void AppDelegate::watchProgress(const std::shared_ptr<WriteRun>& run) {
     timer->start(kProgressInterval);
 }
 
-/// A line about a file that is being written belongs to that job. Its error comes once more with
-/// the outcome, and is told then.
+/// A line about a file that is being written belongs to that job.
 void AppDelegate::takeLogLine(const platform::LogLine& line) {
     const auto run =
         std::find_if(m_writeRuns.begin(), m_writeRuns.end(), [&line](const auto& entry) {
             return entry.second->sources.contains(line.path);
         });
-    const bool ofJob = run != m_writeRuns.end();
-    if (ofJob && line.level == platform::LogLevel::Error)
-        return;
     m_activity->addLog(line.text, line.path, line.level >= platform::LogLevel::Warning,
-                       ofJob ? run->first : 0);
+                       run != m_writeRuns.end() ? run->first : 0);
 }
 
 void AppDelegate::takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome) {
