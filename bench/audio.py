@@ -23,9 +23,9 @@ def library(folder, kind):
     return made
 
 
-def editors(target):
-    """name -> command that writes the title into every MP3 of a folder in place."""
-    files = sorted(target.glob("*.mp3"))
+def editors(source, target):
+    """name -> command that writes the title into every MP3 of `target`, a copy of `source`, in place."""
+    files = [target / path.name for path in sorted(source.glob("*.mp3"))]
     return {"id3v2 -t": ["id3v2", "-t", "Measured", *files],
             "kid3-cli": ["kid3-cli", "-c", "select all", "-c", "set title Measured", "-c", "save", target],
             "eyeD3": ["eyeD3", "-Q", "--to-v2.3", "-t", "Measured", *files]}
@@ -56,27 +56,36 @@ def bench_format(options, table, storage, kind, most):
     table.add(f"title saved in {PER_FORMAT} {kind.upper()} files", f"{mine * 1000:.0f} ms, peak memory "
                                                                      f"{peak / MIB:.1f} MiB")
     table.add("cp of the same files", f"{copy * 1000:.0f} ms with sync")
-    table.add("those saves against cp", f"{mine / copy:.2f}", f"at most {most}", mine / copy <= most)
+    table.add("those saves against cp", f"{mine / copy:.2f}", *([f"at most {most}", mine / copy <= most] if most else []))
     return source, mine
 
 
 def bench_editors(table, storage, source, mine):
-    """The same work by others: a copy of the folder, edited in place. Copying and editing count."""
-    for name in editors(source):
+    """The same work by others: a copy of the folder, edited in place, until it is on the disk as a save's files are."""
+    target = storage / "edited"
+
+    def clean():
+        shutil.rmtree(storage, ignore_errors=True)
+        storage.mkdir()
+        sync()
+
+    def sync():
+        subprocess.run(["sync", "-f", str(storage)], check=True)
+
+    for name, most in (("id3v2 -t", 1.5), ("kid3-cli", 1), ("eyeD3", 1)):
         if not shutil.which(name.split()[0]):
             print(f"{name.split()[0]} is not there: scripts/install-packages bench")
             continue
-        shutil.rmtree(storage, ignore_errors=True)
-        storage.mkdir()
-        target = storage / "edited"
-        copy = measure.child("cp", "-r", source, target).seconds
-        edit = measure.child(*editors(target)[name]).seconds
-        table.add(f"cp and {name}", f"{(copy + edit) * 1000:.0f} ms, {(copy + edit) / mine:.1f} times as long")
+        edit = editors(source, target)[name]
+        command = ["sh", "-c", 'cp -r "$0" "$1" && shift && exec "$@"', source, target, *edit]
+        theirs, = measure.median_seconds(RUNS, command, between=clean, after=sync)
+        table.add(f"cp and {name}", f"{theirs * 1000:.0f} ms with sync")
+        table.add(f"saves against cp and {name}", f"{mine / theirs:.2f}", f"at most {most}", mine / theirs <= most)
 
 
 def bench_audio(options, table):
     storage = options.folder / "storage"
-    for kind, most in (("mp3", 3), ("flac", 3), ("m4a", 3)):
+    for kind, most in (("mp3", None), ("flac", 2), ("m4a", 2)):
         source, mine = bench_format(options, table, storage, kind, most)
         if kind == "mp3":
             bench_editors(table, storage, source, mine)
