@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/export_runner.h"
 #include "platform/engine/ffmpeg.h"
 #include "platform/engine/frame_grabber.h"
+#include "platform/engine/frame_source.h"
 #include "platform/engine/probe.h"
 #include "platform/engine/remux.h"
 #include "platform/engine/sample_writer.h"
@@ -30,6 +32,15 @@ public:
     Result<QStringList> soundToM4a(const QString& source, const QString& target,
                                    const std::function<bool(double)>& progress) override {
         return exportSound(source, target, progress);
+    }
+    Result<QStringList> runExport(const ExportPlan& plan, const QString& target,
+                                  const ExportResources& resources,
+                                  const std::function<bool(double)>& progress) override {
+        return runExportPlan(plan, target, resources, progress);
+    }
+    Result<std::unique_ptr<FrameSource>> openFrames(const QString& path,
+                                                    std::optional<QSize> size) override {
+        return openFrameSource(path, size);
     }
     Result<void> writeSample(const SampleMedia& sample, const QString& target) override {
         return writeSampleFile(sample, target);

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/media/model/export_plan.h"
 #include "platform/media/model/media_facts.h"
 
 #include <QByteArray>
 #include <QStringList>
 
 #include <functional>
+#include <memory>
+#include <optional>
 
 namespace clipheave::platform {
 
@@ -35,6 +38,20 @@ struct RawPicture {
     QByteArray rgb32;
 };
 
+/// Pictures of a film at exact times, upright as the display matrix says. One thread at a time.
+class FrameSource {
+public:
+    virtual ~FrameSource() = default;
+    /// The frame that is shown at `time`: the last one that begins at or before it (the first frame
+    /// of the film for times before that). Times asked in rising order are decoded in one pass.
+    /// InvalidArgument beyond the end, InvalidData when the frame cannot be decoded.
+    [[nodiscard]] virtual Result<RawPicture> frameAt(CMTime time) = 0;
+    /// Size of the pictures in square pixels, turned.
+    [[nodiscard]] virtual QSize size() const = 0;
+    /// Duration of the file's presentation in seconds.
+    [[nodiscard]] virtual double durationSeconds() const = 0;
+};
+
 /// A QuickTime movie holds more codecs than MP4, uncompressed sound among them.
 enum class RemuxTarget { Mp4, QuickTimeMovie };
 
@@ -57,6 +74,17 @@ public:
     [[nodiscard]] virtual Result<QStringList>
     soundToM4a(const QString& source, const QString& target,
                const std::function<bool(double)>& progress) = 0;
+    /// Carries out `plan` into a file at `target`, which is replaced and must be nobody's source.
+    /// Answers what is worth telling (a stream that was left out, a colour conversion). The output
+    /// has no metadata of the source but its header dates. `progress` (0 to 1) stops it by
+    /// answering false. NotSupported without a decoder, InvalidData when a source breaks off.
+    [[nodiscard]] virtual Result<QStringList>
+    runExport(const ExportPlan& plan, const QString& target, const ExportResources& resources,
+              const std::function<bool(double)>& progress) = 0;
+    /// The first film of the file that is no attached picture; pictures scaled to `size` where
+    /// given. NotSupported without a film or decoder.
+    [[nodiscard]] virtual Result<std::unique_ptr<FrameSource>>
+    openFrames(const QString& path, std::optional<QSize> size) = 0;
     /// Writes a generated file at `target`, without metadata.
     [[nodiscard]] virtual Result<void> writeSample(const SampleMedia& sample,
                                                    const QString& target) = 0;
