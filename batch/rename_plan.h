@@ -49,6 +49,8 @@ enum class RenameNote {
     EmptyName,   ///< nothing before the dot
     NameTooLong, ///< over 255 bytes: the file will stay
     Missing,     ///< the source is not there any more
+    NoFolder,    ///< the text leads into a folder that is not there: the file will stay
+    NotPossible, ///< no file can be called so: the file will stay
 };
 [[nodiscard]] QString renameNoteText(RenameNote note); ///< "name exists", …; empty for None
 
