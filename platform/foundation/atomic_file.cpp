@@ -32,12 +32,6 @@ QString folderOf(const QString& path) {
     return folder.isEmpty() ? QStringLiteral(".") : folder;
 }
 
-QString temporaryName() {
-    return QStringLiteral(".clipheave-%1-%2.tmp")
-        .arg(::getpid())
-        .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0'));
-}
-
 /// Saving through a link writes the file it leads to; the link stays.
 QString withoutLinks(const QString& path) {
     struct stat status {};
@@ -148,6 +142,14 @@ void makeFolderDurable(const QString& folder) {
 
 } // namespace
 
+QString temporaryNameBeside(const QString& target) {
+    return appendingPathComponent(
+        folderOf(target),
+        QStringLiteral(".clipheave-%1-%2.tmp")
+            .arg(::getpid())
+            .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0')));
+}
+
 Result<AtomicFile> AtomicFile::create(const QString& target, std::uint64_t sizeHint) {
     const QString operation = QStringLiteral("create");
     if (lastPathComponent(target).isEmpty() || target.contains(QChar::Null) ||
@@ -156,7 +158,7 @@ Result<AtomicFile> AtomicFile::create(const QString& target, std::uint64_t sizeH
     AtomicFile file;
     file.m_target = withoutLinks(target);
     for (int attempt = 0; attempt < kNameAttempts && !file.m_fd; ++attempt) {
-        const QString temporary = appendingPathComponent(folderOf(file.m_target), temporaryName());
+        const QString temporary = temporaryNameBeside(file.m_target);
         file.m_fd.reset(::open(nativePath(temporary).constData(),
                                O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
         if (!file.m_fd && errno != EEXIST)
@@ -316,22 +318,20 @@ void syncFolders(const QStringList& folders) {
         makeFolderDurable(folder);
 }
 
-Result<void> NSFileManager::copyItem(const QString& from, const QString& to, IfExists ifExists,
-                                     const std::function<bool(double)>& progress) const {
-    if (ifExists == IfExists::Fail && nameIsTaken(nativePath(to)))
-        return systemFailure(QStringLiteral("copy"), to, EEXIST);
+Result<AtomicFile> AtomicFile::copyOf(const QString& from, const QString& to,
+                                      const std::function<bool(double)>& progress) {
     const Result<FileReader> source = FileReader::open(from);
     if (!source)
         return tl::unexpected(source.error());
-    Result<AtomicFile> copy = AtomicFile::create(to, source->size());
+    Result<AtomicFile> copy = create(to, source->size());
     if (!copy)
-        return tl::unexpected(copy.error());
+        return copy;
     const auto goOn = [&](std::uint64_t done) {
         return !progress ||
                progress(static_cast<double>(done) / static_cast<double>(source->size()));
     };
-    if (Result<void> copied = copy->copyFrom(source->fd(), 0, source->size(), goOn); !copied)
-        return copied;
+    if (const Result<void> copied = copy->copyFrom(source->fd(), 0, source->size(), goOn); !copied)
+        return tl::unexpected(copied.error());
     struct stat status {};
     if (::fstat(source->fd(), &status) != 0 || ::fchmod(copy->fd(), status.st_mode & 0777) != 0)
         return systemFailure(QStringLiteral("copy the permissions"), to, errno);
@@ -339,6 +339,16 @@ Result<void> NSFileManager::copyItem(const QString& from, const QString& to, IfE
     const timespec times[2] = {status.st_atim, status.st_mtim};
     if (::futimens(copy->fd(), times) != 0)
         return systemFailure(QStringLiteral("copy the dates"), to, errno);
+    return copy;
+}
+
+Result<void> NSFileManager::copyItem(const QString& from, const QString& to, IfExists ifExists,
+                                     const std::function<bool(double)>& progress) const {
+    if (ifExists == IfExists::Fail && nameIsTaken(nativePath(to)))
+        return systemFailure(QStringLiteral("copy"), to, EEXIST);
+    Result<AtomicFile> copy = AtomicFile::copyOf(from, to, progress);
+    if (!copy)
+        return tl::unexpected(copy.error());
     return copy->commit(ifExists);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/foundation/file_manager.h"
 
+#include "platform/foundation/file_moves.h"
 #include "platform/foundation/file_system.h"
 #include "platform/foundation/paths.h"
 
@@ -66,18 +67,6 @@ bool isDirectoryEntry(int folder, const dirent& entry) {
         return entry.d_type == DT_DIR;
     struct stat status {};
     return ::fstatat(folder, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
-}
-
-/// "a.JPG" to "a.jpg" where both are one name: the target is there, but it is the file itself.
-bool isOtherSpellingOfItself(const QString& from, const QString& to) {
-    if (from == to || from.compare(to, Qt::CaseInsensitive) != 0)
-        return false;
-    struct stat a {};
-    struct stat b {};
-    const bool same = ::lstat(nativePath(from).constData(), &a) == 0 &&
-                      ::lstat(nativePath(to).constData(), &b) == 0 && a.st_dev == b.st_dev &&
-                      a.st_ino == b.st_ino;
-    return same && (S_ISDIR(a.st_mode) || a.st_nlink == 1); // else: two hard links
 }
 
 } // namespace
@@ -182,19 +171,11 @@ Result<void> NSFileManager::removeItemAtPath(const QString& path) const {
 }
 
 Result<void> NSFileManager::moveItem(const QString& from, const QString& to) const {
-    const QString operation = QStringLiteral("move");
-    if (to.contains(QChar::Null)) // the system would take the text before it
-        return failure(ErrorCode::InvalidArgument, operation, to);
-    int error = renameWithoutReplacing(nativePath(from), nativePath(to));
-    if (error == EEXIST && isOtherSpellingOfItself(from, to))
-        error = ::rename(nativePath(from).constData(), nativePath(to).constData()) ? errno : 0;
-    if (error == EXDEV) {
-        if (Result<void> copied = copyItem(from, to, IfExists::Fail); !copied)
-            return copied;
-        return removeItemAtPath(from);
-    }
-    if (error != 0)
-        return systemFailure(operation, error == EEXIST ? to : from, error);
+    const Result<MoveOutcome> moved = moveItemTelling(from, to, {});
+    if (!moved)
+        return tl::unexpected(moved.error());
+    if (moved->sourceKept)
+        return tl::unexpected(*moved->sourceKept);
     return {};
 }
 

@@ -95,6 +95,11 @@ public:
     /// its permissions.
     [[nodiscard]] static Result<AtomicFile> create(const QString& target,
                                                    std::uint64_t sizeHint = 0);
+    /// The bytes of `from` with its extended attributes, permissions and dates, not committed yet.
+    /// `progress` as in NSFileManager::copyItem().
+    [[nodiscard]] static Result<AtomicFile>
+    copyOf(const QString& from, const QString& to,
+           const std::function<bool(double)>& progress = {});
     AtomicFile(AtomicFile&&) noexcept;
     AtomicFile& operator=(AtomicFile&&) noexcept;
     ~AtomicFile();

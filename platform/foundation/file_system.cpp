@@ -112,8 +112,12 @@ int renameWithoutReplacing(const QByteArray& from, const QByteArray& to) {
         return error;
     // Not known here (network and FUSE file systems): a hard link never replaces either.
     error = outcome(::linkat(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), 0));
-    if (error == 0)
-        return outcome(::unlink(from.constData()));
+    if (error == 0) {
+        error = outcome(::unlink(from.constData()));
+        if (error != 0) // one file, one name
+            ::unlink(to.constData());
+        return error;
+    }
     if (error == EEXIST || error == ENOENT || error == EXDEV)
         return error;
     // Neither here: looking first leaves a moment in which another program could take the name.

@@ -43,6 +43,8 @@ struct FileReference {
 
 /// True when the name is taken, also by a link that leads nowhere.
 [[nodiscard]] bool nameIsTaken(const QByteArray& name);
+/// A new hidden name in the target's folder, ".clipheave-<pid>-<random>.tmp".
+[[nodiscard]] QString temporaryNameBeside(const QString& target);
 /// rename(2) that never replaces; 0 or errno (EEXIST).
 int renameWithoutReplacing(const QByteArray& from, const QByteArray& to);
 

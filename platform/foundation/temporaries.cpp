@@ -69,9 +69,11 @@ void removeStaleTemporaries(const QString& folder) {
         const pid_t maker = makerOfTemporary(entry.name);
         const QByteArray path = nativePath(appendingPathComponent(folder, entry.name));
         struct stat status {};
-        if (maker == 0 || ::lstat(path.constData(), &status) != 0 || !S_ISREG(status.st_mode))
+        if (maker == 0 || ::lstat(path.constData(), &status) != 0 ||
+            !(S_ISREG(status.st_mode) || S_ISLNK(status.st_mode)))
             continue;
-        if (std::time(nullptr) - status.st_mtime > age && !makerIsAlive(maker, status.st_mtime))
+        // A copy has the modification date of its source before it is complete.
+        if (std::time(nullptr) - status.st_mtime > age && !makerIsAlive(maker, status.st_ctime))
             ::unlink(path.constData());
     }
 }
