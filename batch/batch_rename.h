@@ -3,7 +3,9 @@
 
 #include "batch/rename_plan.h"
 
-#include <atomic>
+#include <cstddef>
+#include <functional>
+#include <vector>
 
 namespace clipheave::batch {
 
@@ -33,7 +35,12 @@ runRename(const std::vector<RenameMove>& plan, const RenameProgress& progress);
 [[nodiscard]] bool canUndoRename();
 /// Puts the files of the last job back under their old names, last one first. A file whose old name
 /// has been taken since, or that is not the same file any more, stays where it is and its outcome
-/// says why. Afterwards the job before it can be taken back. NotFound without a job.
+/// says why. Files that the job had not moved have no outcome. NotFound without a job, NotSupported
+/// while the last one is still running.
+///
+/// Afterwards the job before it can be taken back. Deliberate: where some files were put back and
+/// others could not be although they are there, or where their disk is away, the job stays the last
+/// one, so that the rest can be tried again.
 [[nodiscard]] platform::Result<std::vector<RenameOutcome>>
 undoLastRename(const RenameProgress& progress);
 

@@ -78,6 +78,8 @@ public:
         move.target = name.target;
         move.retryTarget = name.retry;
         move.note = name.note;
+        if (!isCustom())
+            move.storageFolder = m_request.storagelocation;
         settle(move, base.contains(u'/'));
         if (!move.stays)
             m_names.move(move.source, move.target);

@@ -60,7 +60,10 @@ struct RenameMove {
     QString target;      ///< full path, the retry name already taken
     QString newFileName; ///< base name and extension, what metadata mode writes into `fileName`
     QString retryTarget; ///< used once when the target turns out to be taken; null when used up
-    bool stays = false;  ///< the move is bound to fail (its note says why)
+    /// The storage folder, where a retry name may lead: created when it is not there. No other
+    /// folder ever is. Null in custom-text mode.
+    QString storageFolder;
+    bool stays = false; ///< the move is bound to fail (its note says why)
     RenameNote note = RenameNote::None;
 };
 
