@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "batch/rename_plan.h"
 #include "cli/console.h"
 #include "media/media_import.h"
 
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -34,12 +36,23 @@ struct SaveOptions {
     QString artwork;                              ///< picture file, empty: none
 };
 
+struct RenameOptions {
+    QStringList paths;
+    std::optional<batch::RenameMode> mode;
+    QString text; ///< the custom text or the template
+    bool number = false;
+    QString dateFormat; ///< a title; null: not given
+    bool dryRun = false;
+    bool undo = false;
+};
+
 // Each command answers an ExitStatus.
 int runList(const GlobalOptions& global, const ListOptions& options, Console& console);
 int runSave(const GlobalOptions& global, const SaveOptions& options, Console& console);
 int runClear(const GlobalOptions& global, const QStringList& paths, Console& console);
 int runTitleToName(const GlobalOptions& global, const QStringList& paths, Console& console);
 int runNameToTitle(const GlobalOptions& global, const QStringList& paths, Console& console);
+int runRename(const GlobalOptions& global, const RenameOptions& options, Console& console);
 int runPrefs(const GlobalOptions& global, const QString& key, const QString& value, bool hasValue);
 int runDemo(const GlobalOptions& global, const QString& folder, Console& console);
 

@@ -33,6 +33,8 @@ struct Arguments {
     std::vector<std::string> paths, set;
     GlobalOptions global;
     ListOptions list;
+    RenameOptions rename;
+    std::string renameText, dateFormat;
 };
 
 void addGlobalOptions(CLI::App& app, Arguments& arguments) {
@@ -67,6 +69,35 @@ CLI::App* addSave(CLI::App& app, Arguments& arguments) {
     save->add_option("--artwork", arguments.artwork, "Cover picture")->type_name("IMAGE");
     save->add_option("PATH", arguments.paths, "Files and folders")->required();
     return save;
+}
+
+CLI::App* addRename(CLI::App& app, Arguments& arguments) {
+    CLI::App* rename = app.add_subcommand("rename", "Give the files new names, in place");
+    CLI::Option* text = rename->add_option("--text", arguments.renameText, "One text for all");
+    rename
+        ->add_option("--template", arguments.renameText,
+                     "Text with tag words, such as \"{Title} {Artist}\"")
+        ->excludes(text);
+    rename->add_flag("--number", arguments.rename.number, "A number at the end, from 000001 on");
+    rename->add_option("--date-format", arguments.dateFormat, "Layout of {Camera Date}")
+        ->type_name("TITLE");
+    rename->add_flag("--dry-run", arguments.rename.dryRun, "Print \"old -> new\" only");
+    rename->add_flag("--undo", arguments.rename.undo, "Put the last job's names back");
+    rename->add_option("PATH", arguments.paths, "Files and folders");
+    return rename;
+}
+
+int rename(const CLI::App& command, Arguments& arguments, Console& console) {
+    RenameOptions& options = arguments.rename;
+    options.paths = absolutePaths(arguments.paths);
+    options.text = textOf(arguments.renameText);
+    if (command.count("--text") > 0)
+        options.mode = batch::RenameMode::CustomText;
+    else if (command.count("--template") > 0)
+        options.mode = batch::RenameMode::MetadataTags;
+    if (command.count("--date-format") > 0)
+        options.dateFormat = textOf(arguments.dateFormat);
+    return runRename(arguments.global, options, console);
 }
 
 /// A command that takes nothing but paths.
@@ -111,6 +142,7 @@ int run(int argc, char** argv) {
     addGlobalOptions(app, arguments);
     CLI::App* listCommand = addList(app, arguments);
     CLI::App* saveCommand = addSave(app, arguments);
+    CLI::App* renameCommand = addRename(app, arguments);
     addPathCommands(app, arguments);
     CLI::App* prefs = app.add_subcommand("prefs", "Print or set the preferences");
     prefs->add_option("KEY", arguments.key);
@@ -137,6 +169,8 @@ int run(int argc, char** argv) {
     }
     if (saveCommand->parsed())
         return save(arguments, console);
+    if (renameCommand->parsed())
+        return rename(*renameCommand, arguments, console);
     for (const PathCommand& command : kPathCommands)
         if (app.got_subcommand(command.name))
             return command.run(global, absolutePaths(arguments.paths), console);

@@ -64,14 +64,6 @@ private:
     int m_count = 0;
 };
 
-WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped) {
-    WriteOutcome outcome;
-    outcome.source = skipped.path;
-    outcome.status = WriteStatus::Skipped;
-    outcome.message = skipped.reason;
-    return outcome;
-}
-
 metadata::WriteRequest requestFor(const media::ItemPointer& item, const QString& storage,
                                   const media::MediaImport& import) {
     metadata::WriteRequest request{item, media::ShowVideoViewWithItem(*item), storage,
@@ -82,8 +74,18 @@ metadata::WriteRequest requestFor(const media::ItemPointer& item, const QString&
     return request;
 }
 
-int report(const GlobalOptions& global, const std::vector<WriteOutcome>& outcomes,
-           bool allImported) {
+} // namespace
+
+WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped) {
+    WriteOutcome outcome;
+    outcome.source = skipped.path;
+    outcome.status = WriteStatus::Skipped;
+    outcome.message = skipped.reason;
+    return outcome;
+}
+
+int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>& outcomes,
+                   bool allImported) {
     bool allDone = allImported;
     QByteArray lines;
     for (const WriteOutcome& outcome : outcomes) {
@@ -109,8 +111,6 @@ int report(const GlobalOptions& global, const std::vector<WriteOutcome>& outcome
         return interruption();
     return allDone ? kAllDone : kSomeFailed;
 }
-
-} // namespace
 
 int runWriting(const GlobalOptions& global, const QStringList& paths, const QString& what,
                const StartWriting& start, Console& console) {
@@ -149,7 +149,7 @@ int runWriting(const GlobalOptions& global, const QStringList& paths, const QStr
     std::vector<WriteOutcome> outcomes = collector.inOrderOf(items);
     for (const media::SkippedPath& skipped : import.skipped())
         outcomes.push_back(outcomeOfSkipped(skipped));
-    return report(global, outcomes, import.skipped().empty());
+    return reportOutcomes(global, outcomes, import.skipped().empty());
 }
 
 } // namespace clipheave::cli

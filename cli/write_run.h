@@ -18,4 +18,11 @@ using StartWriting =
 [[nodiscard]] int runWriting(const GlobalOptions& global, const QStringList& paths,
                              const QString& what, const StartWriting& start, Console& console);
 
+/// Outputs or, with --json, the outcomes on standard output, messages on standard error. Answers an
+/// ExitStatus: that all is done only when the import had left out nothing either.
+[[nodiscard]] int reportOutcomes(const GlobalOptions& global,
+                                 const std::vector<metadata::WriteOutcome>& outcomes,
+                                 bool allImported);
+[[nodiscard]] metadata::WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped);
+
 } // namespace clipheave::cli
