@@ -25,9 +25,10 @@ public:
     FfmpegEngine() { av_log_set_callback(&dropLibraryLog); }
 
     Result<MediaFacts> probe(FileReader& reader) override { return probeFile(reader); }
-    Result<void> remux(const QString& source, const QString& target, RemuxTarget kind,
-                       const std::function<bool(double)>& progress) override {
-        return remuxFile(source, target, kind, progress);
+    Result<QStringList> remux(const QString& source, const QString& target, RemuxTarget kind,
+                              UnheldStreams unheld,
+                              const std::function<bool(double)>& progress) override {
+        return remuxFile(source, target, kind, unheld, progress);
     }
     Result<QStringList> soundToM4a(const QString& source, const QString& target,
                                    const std::function<bool(double)>& progress) override {

@@ -101,6 +101,8 @@ AVAssetTrack trackOf(const AVStream& stream) {
     if (codec.codec_type == AVMEDIA_TYPE_VIDEO) {
         track.naturalSize = QSize(std::max(codec.width, 0), std::max(codec.height, 0));
         track.preferredTransform = displayMatrix(stream);
+        if (const double aspect = seconds(codec.sample_aspect_ratio); aspect > 0)
+            track.pixelAspect = aspect;
         track.nominalFrameRate = seconds(stream.avg_frame_rate);
         if (track.nominalFrameRate <= 0)
             track.nominalFrameRate = seconds(stream.r_frame_rate);

@@ -44,15 +44,26 @@ void chooseStreams(AVFormatContext& source, StreamChoice choice) {
             source.streams[i]->discard = AVDISCARD_ALL;
 }
 
-Result<void> addStreams(const AVFormatContext& source, FileOutput& output, const QString& path) {
-    QStringList refused;
+/// Cover art carried as a stream is no film.
+bool mayBeLeftOut(const AVStream& stream) {
+    const AVMediaType type = stream.codecpar->codec_type;
+    return (type != AVMEDIA_TYPE_VIDEO && type != AVMEDIA_TYPE_AUDIO) ||
+           (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+}
+
+/// Answers what is left out; its streams are then discarded.
+Result<QStringList> addStreams(const AVFormatContext& source, FileOutput& output,
+                               UnheldStreams unheld, const QString& path) {
+    QStringList refused, leftOut;
     for (unsigned i = 0; i < source.nb_streams; ++i) {
-        const AVStream& from = *source.streams[i];
+        AVStream& from = *source.streams[i];
         if (from.discard == AVDISCARD_ALL)
             continue;
         const AVOutputFormat& format = *output.context()->oformat;
         if (avformat_query_codec(&format, from.codecpar->codec_id, FF_COMPLIANCE_NORMAL) != 1) {
-            refused << streamText(*from.codecpar);
+            const bool leaves = unheld == UnheldStreams::LeaveOut && mayBeLeftOut(from);
+            (leaves ? leftOut : refused) << streamText(*from.codecpar);
+            from.discard = AVDISCARD_ALL;
             continue;
         }
         AVStream* to = avformat_new_stream(output.context(), nullptr);
@@ -77,7 +88,9 @@ Result<void> addStreams(const AVFormatContext& source, FileOutput& output, const
     if (output.context()->nb_streams == 0)
         return failure(ErrorCode::NotSupported, QStringLiteral("copy the streams"), path,
                        QStringLiteral("there are none"));
-    return {};
+    if (leftOut.isEmpty())
+        return QStringList();
+    return QStringList{QStringLiteral("not carried over: ") + leftOut.join(QStringLiteral(", "))};
 }
 
 /// Keeps the time stamps of one stream as a writer must have them: present and rising.
@@ -164,8 +177,9 @@ void copyChapters(const AVFormatContext& source, AVFormatContext& target) {
     }
 }
 
-Result<void> remuxStreams(const QString& source, const QString& target, RemuxTarget kind,
-                          StreamChoice choice, const std::function<bool(double)>& progress) {
+Result<QStringList> remuxStreams(const QString& source, const QString& target, RemuxTarget kind,
+                                 StreamChoice choice, UnheldStreams unheld,
+                                 const std::function<bool(double)>& progress) {
     // Opening the target empties it.
     if (NSFileManager::defaultManager().isSameFile(source, target))
         return failure(ErrorCode::InvalidArgument, QStringLiteral("copy the streams"), target,
@@ -186,30 +200,35 @@ Result<void> remuxStreams(const QString& source, const QString& target, RemuxTar
     auto output = FileOutput::create(kind == RemuxTarget::QuickTimeMovie ? "mov" : "mp4", target);
     if (!output)
         return tl::unexpected(output.error());
-    if (auto added = addStreams(from, **output, source); !added)
-        return added;
+    const auto leftOut = addStreams(from, **output, unheld, source);
+    if (!leftOut)
+        return leftOut;
     av_dict_copy(&(*output)->context()->metadata, from.metadata, 0);
     copyChapters(from, *(*output)->context());
     Dictionary options;
     if (auto begun = (*output)->writeHeader(options); !begun)
-        return begun;
+        return tl::unexpected(begun.error());
     if (auto copied = copyPackets(from, **output, progress); !copied)
-        return copied;
+        return tl::unexpected(copied.error());
     if (progress)
         progress(1);
-    return (*output)->finish();
+    if (auto finished = (*output)->finish(); !finished)
+        return tl::unexpected(finished.error());
+    return leftOut;
 }
 
 } // namespace
 
-Result<void> remuxFile(const QString& source, const QString& target, RemuxTarget kind,
-                       const std::function<bool(double)>& progress) {
-    return remuxStreams(source, target, kind, StreamChoice::All, progress);
+Result<QStringList> remuxFile(const QString& source, const QString& target, RemuxTarget kind,
+                              UnheldStreams unheld, const std::function<bool(double)>& progress) {
+    return remuxStreams(source, target, kind, StreamChoice::All, unheld, progress);
 }
 
 Result<void> remuxSound(const QString& source, const QString& target,
                         const std::function<bool(double)>& progress) {
-    return remuxStreams(source, target, RemuxTarget::Mp4, StreamChoice::Sound, progress);
+    const auto done = remuxStreams(source, target, RemuxTarget::Mp4, StreamChoice::Sound,
+                                   UnheldStreams::Refuse, progress);
+    return done ? Result<void>() : tl::unexpected(done.error());
 }
 
 } // namespace clipheave::platform

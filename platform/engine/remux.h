@@ -9,8 +9,9 @@
 namespace clipheave::platform {
 
 /// See MediaEngine::remux.
-[[nodiscard]] Result<void> remuxFile(const QString& source, const QString& target, RemuxTarget kind,
-                                     const std::function<bool(double)>& progress);
+[[nodiscard]] Result<QStringList> remuxFile(const QString& source, const QString& target,
+                                            RemuxTarget kind, UnheldStreams unheld,
+                                            const std::function<bool(double)>& progress);
 
 /// The sound that a player would play, and nothing else, as MP4.
 [[nodiscard]] Result<void> remuxSound(const QString& source, const QString& target,

@@ -1,28 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/av_asset_export_session.h"
 
+#include "platform/foundation/paths.h"
 #include "platform/media/export_queue.h"
 #include "platform/media/isobmff/isobmff_writer.h"
 #include "platform/media/model/media_engine.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <mutex>
+#include <thread>
 
 namespace clipheave::platform {
 namespace {
 
 const QString kExportOperation = QStringLiteral("export");
-
-/// Presets that exist; of them only the pass-through is there so far.
-constexpr std::array kPresetNames{
-    std::u16string_view(AVAssetExportPresetPassthrough),
-    std::u16string_view(u"AVAssetExportPresetLowQuality"),
-    std::u16string_view(u"AVAssetExportPresetMediumQuality"),
-    std::u16string_view(u"AVAssetExportPresetHighestQuality"),
-    std::u16string_view(u"AVAssetExportPresetAppleM4A"),
-};
 
 std::optional<OutputContainer> outputContainer(const QString& type) {
     if (type == QStringView(AVFileTypeQuickTimeMovie))
@@ -36,22 +28,43 @@ std::optional<OutputContainer> outputContainer(const QString& type) {
     return std::nullopt;
 }
 
-bool isPresetName(const QString& name) {
-    return std::any_of(kPresetNames.begin(), kPresetNames.end(),
-                       [&](std::u16string_view known) { return name == QStringView(known); });
+ExportContainer exportContainer(OutputContainer container) {
+    switch (container) {
+    case OutputContainer::QuickTimeMovie:
+        return ExportContainer::QuickTimeMovie;
+    case OutputContainer::M4A:
+        return ExportContainer::M4A;
+    case OutputContainer::M4V:
+    case OutputContainer::Mp4:
+        break;
+    }
+    return ExportContainer::Mp4;
 }
+
+bool isIsoMedia(Container container) {
+    return container == Container::QuickTime || container == Container::Mp4;
+}
+
+/// Each of the exports that run gets as many cores as the others.
+ExportResources fairShare() {
+    const auto cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    return {std::max(1, cores / ExportQueue::shared().concurrency())};
+}
+
+/// Of an export through a file in between: the encoding, then the metadata.
+constexpr double kEncodingShare = 0.98;
 
 } // namespace
 
 struct AVAssetExportSession::State {
     // Set before the start, by one thread; read by the job alone from then on.
     QString sourcePath;
-    std::optional<AVURLAsset> asset; ///< none: the file is copied as it is, or `writer` writes it
+    std::optional<ExportOrder> order; ///< none: the file is copied as it is, or `writer` writes it
     Writer writer;
     NSFileManager::IfExists ifExists = NSFileManager::IfExists::Replace; ///< of such a copy
-    QString presetName, outputPath, outputFileType;
+    QString outputPath, outputFileType;
     std::optional<QList<AVMetadataItem>> metadata;
-    bool removes = false, optimize = false;
+    bool removes = false, leavesOut = false;
 
     std::atomic<double> progress = 0;
     std::atomic<bool> cancelled = false;
@@ -68,7 +81,13 @@ struct AVAssetExportSession::State {
 
     [[nodiscard]] Result<void> validated() const;
     [[nodiscard]] Result<PassthroughOutcome> run();
-    [[nodiscard]] Result<PassthroughOutcome> runThroughEngine(PassthroughRequest request);
+    /// Makes a file of this family at `target`; answers what is worth telling.
+    using Maker = std::function<Result<QStringList>(MediaEngine& engine, const QString& target)>;
+    [[nodiscard]] Result<PassthroughOutcome> runThroughEngine(PassthroughRequest request,
+                                                              const AVURLAsset& original,
+                                                              double share, const Maker& maker);
+    [[nodiscard]] Result<PassthroughOutcome> runOrder(PassthroughRequest request);
+    [[nodiscard]] Result<PassthroughOutcome> runPlan(PassthroughRequest request);
     [[nodiscard]] Result<QStringList>
     copyIntoMp4(MediaEngine& engine, const PassthroughRequest& request, const QString& target);
     [[nodiscard]] bool report(double done);
@@ -150,17 +169,16 @@ Result<void> AVAssetExportSession::State::validated() const {
     const auto refused = [&](ErrorCode code, const QString& why) {
         return failure(code, kExportOperation, sourcePath, why);
     };
-    if (asset) {
-        if (!isPresetName(presetName))
-            return refused(ErrorCode::InvalidArgument,
-                           QStringLiteral("unknown preset \"%1\"").arg(presetName));
-        if (presetName != QStringView(AVAssetExportPresetPassthrough))
-            return refused(ErrorCode::NotSupported,
-                           QStringLiteral("\"%1\" is not available yet").arg(presetName));
-        if (!outputContainer(outputFileType))
-            return refused(ErrorCode::InvalidArgument,
-                           QStringLiteral("unknown output type \"%1\"").arg(outputFileType));
-    }
+    if (order && !isExportPreset(order->presetName))
+        return refused(ErrorCode::InvalidArgument,
+                       QStringLiteral("unknown preset \"%1\"").arg(order->presetName));
+    if (order && outputFileType.isEmpty())
+        return refused(ErrorCode::InvalidArgument,
+                       QStringLiteral("no file type for an output named \"%1\"")
+                           .arg(lastPathComponent(outputPath)));
+    if (order && !outputContainer(outputFileType))
+        return refused(ErrorCode::InvalidArgument,
+                       QStringLiteral("unknown output type \"%1\"").arg(outputFileType));
     if (outputPath.isEmpty())
         return refused(ErrorCode::InvalidArgument, QStringLiteral("no output path"));
     if (NSFileManager::defaultManager().isSameFile(sourcePath, outputPath))
@@ -181,7 +199,7 @@ Result<PassthroughOutcome> AVAssetExportSession::State::run() {
         return written ? Result<PassthroughOutcome>(PassthroughOutcome{*written})
                        : tl::unexpected(written.error());
     }
-    if (!asset) {
+    if (!order) {
         const auto copied =
             NSFileManager::defaultManager().copyItem(sourcePath, outputPath, ifExists, reports);
         return copied ? Result<PassthroughOutcome>({}) : tl::unexpected(copied.error());
@@ -192,18 +210,57 @@ Result<PassthroughOutcome> AVAssetExportSession::State::run() {
     request.container = outputContainer(outputFileType).value_or(request.container);
     request.metadata = metadata;
     request.removesMetadata = removes;
-    request.moovFirst = optimize;
+    request.moovFirst = order->moovFirst;
     request.progress = reports;
-    const Container source = asset->file()->facts().container;
-    if (source == Container::QuickTime || source == Container::Mp4)
-        return writePassthrough(request);
-    return runThroughEngine(std::move(request));
+    return runOrder(std::move(request));
 }
 
-/// Other containers become one of this family beside the target first; it goes when the target is
-/// written.
-Result<PassthroughOutcome>
-AVAssetExportSession::State::runThroughEngine(PassthroughRequest request) {
+Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequest request) {
+    const bool wholeFile = order->asset && !order->timeRange &&
+                           order->presetName == QStringView(AVAssetExportPresetPassthrough);
+    if (!wholeFile)
+        return runPlan(std::move(request));
+    if (isIsoMedia(order->asset->file()->facts().container))
+        return writePassthrough(request);
+    const PassthroughRequest asked = request;
+    return runThroughEngine(std::move(request), *order->asset, 0.5,
+                            [&](MediaEngine& engine, const QString& target) {
+                                return copyIntoMp4(engine, asked, target);
+                            });
+}
+
+/// What is encoded, cut or put together: the engine makes the streams, the metadata follows.
+Result<PassthroughOutcome> AVAssetExportSession::State::runPlan(PassthroughRequest request) {
+    order->container = exportContainer(request.container);
+    const auto planned = planExport(*order);
+    if (!planned)
+        return tl::unexpected(planned.error());
+    const auto original = order->asset ? Result<AVURLAsset>(*order->asset)
+                                       : AVURLAsset::assetWithPath(planned->plan.headerDatesOf);
+    if (!original)
+        return tl::unexpected(original.error());
+    request.source = original->path();
+    if (isIsoMedia(original->file()->facts().container))
+        request.xmpPacketOf = original->path();
+    ExportPlan plan = planned->plan;
+    plan.moovFirst = false; // where the header goes is settled when the metadata is written
+    auto outcome = runThroughEngine(
+        std::move(request), *original, kEncodingShare,
+        [&](MediaEngine& engine, const QString& target) {
+            return engine.runExport(plan, target, fairShare(),
+                                    [this](double done) { return report(kEncodingShare * done); });
+        });
+    if (outcome)
+        outcome->notes = planned->notes + outcome->notes;
+    return outcome;
+}
+
+/// `maker` writes beside the target first; that file goes when the target is written. `share` of
+/// the whole progress is the maker's.
+Result<PassthroughOutcome> AVAssetExportSession::State::runThroughEngine(PassthroughRequest request,
+                                                                         const AVURLAsset& original,
+                                                                         double share,
+                                                                         const Maker& maker) {
     const auto engine = mediaEngine();
     if (!engine)
         return tl::unexpected(engine.error());
@@ -211,18 +268,18 @@ AVAssetExportSession::State::runThroughEngine(PassthroughRequest request) {
     const auto temporary = AtomicFile::create(request.target);
     if (!temporary)
         return tl::unexpected(temporary.error());
-    const auto copied = copyIntoMp4(**engine, request, temporary->temporaryPath());
-    if (!copied)
-        return tl::unexpected(copied.error());
-    // What the copy wrote by itself (encoder names) is no metadata of the source.
+    const auto made = maker(**engine, temporary->temporaryPath());
+    if (!made)
+        return tl::unexpected(made.error());
+    // What the engine wrote by itself (encoder names) is no metadata of the source.
     if (!request.metadata)
-        request.metadata = asset->metadata();
-    request.attributesOf = request.source;
+        request.metadata = original.metadata();
+    request.attributesOf = original.path();
     request.source = temporary->temporaryPath();
-    request.progress = [this](double done) { return report(0.5 + done / 2); };
+    request.progress = [this, share](double done) { return report(share + done * (1 - share)); };
     auto outcome = writePassthrough(request);
     if (outcome)
-        outcome->notes = *copied + outcome->notes;
+        outcome->notes = *made + outcome->notes;
     return outcome;
 }
 
@@ -236,15 +293,25 @@ Result<QStringList> AVAssetExportSession::State::copyIntoMp4(MediaEngine& engine
     const RemuxTarget kind = request.container == OutputContainer::QuickTimeMovie
                                  ? RemuxTarget::QuickTimeMovie
                                  : RemuxTarget::Mp4;
-    const auto copied = engine.remux(request.source, target, kind, reports);
-    return copied ? Result<QStringList>({}) : tl::unexpected(copied.error());
+    return engine.remux(request.source, target, kind,
+                        leavesOut ? UnheldStreams::LeaveOut : UnheldStreams::Refuse, reports);
 }
 
 AVAssetExportSession::AVAssetExportSession(AVURLAsset asset, QString presetName)
     : m_state(std::make_shared<State>()) {
     m_state->sourcePath = asset.path();
-    m_state->asset = std::move(asset);
-    m_state->presetName = std::move(presetName);
+    m_state->order.emplace().asset = std::move(asset);
+    m_state->order->presetName = std::move(presetName);
+}
+
+AVAssetExportSession::AVAssetExportSession(AVMutableComposition composition, QString presetName)
+    : m_state(std::make_shared<State>()) {
+    for (const auto& track : composition.tracks())
+        for (const auto& segment : track.segments())
+            if (m_state->sourcePath.isEmpty())
+                m_state->sourcePath = segment.path;
+    m_state->order.emplace().composition = std::move(composition);
+    m_state->order->presetName = std::move(presetName);
 }
 
 std::shared_ptr<AVAssetExportSession>
@@ -283,8 +350,24 @@ void AVAssetExportSession::setMetadata(const std::optional<QList<AVMetadataItem>
 void AVAssetExportSession::setRemovesMetadata(bool removes) {
     m_state->removes = removes;
 }
+void AVAssetExportSession::setLeavesOutUnheldTracks(bool leavesOut) {
+    m_state->leavesOut = leavesOut;
+}
 void AVAssetExportSession::setShouldOptimizeForNetworkUse(bool optimize) {
-    m_state->optimize = optimize;
+    if (m_state->order)
+        m_state->order->moovFirst = optimize;
+}
+void AVAssetExportSession::setTimeRange(CMTimeRange range) {
+    if (m_state->order)
+        m_state->order->timeRange = range;
+}
+void AVAssetExportSession::setVideoComposition(AVMutableVideoComposition composition) {
+    if (m_state->order)
+        m_state->order->videoComposition = std::move(composition);
+}
+void AVAssetExportSession::setAudioMix(AVMutableAudioMix mix) {
+    if (m_state->order)
+        m_state->order->audioMix = std::move(mix);
 }
 
 void AVAssetExportSession::exportAsynchronouslyWithCompletionHandler(

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/media/av_url_asset.h"
+#include "platform/media/export_planning.h"
 
 #include <QList>
 #include <QString>
@@ -12,7 +12,6 @@
 
 namespace clipheave::platform {
 
-inline constexpr char16_t AVAssetExportPresetPassthrough[] = u"AVAssetExportPresetPassthrough";
 inline constexpr char16_t AVFileTypeQuickTimeMovie[] = u"com.apple.quicktime-movie";
 inline constexpr char16_t AVFileTypeMPEG4[] = u"public.mpeg-4";
 inline constexpr char16_t AVFileTypeAppleM4V[] = u"com.apple.m4v-video";
@@ -32,6 +31,8 @@ enum class AVAssetExportSessionStatus {
 class AVAssetExportSession {
 public:
     AVAssetExportSession(AVURLAsset asset, QString presetName);
+    /// The metadata, dates and attributes of the output are those of the composition's first file.
+    AVAssetExportSession(AVMutableComposition composition, QString presetName);
     /// A job beside the exports: `source` as it is under `target`, with its dates and attributes.
     /// It waits, runs, reports and is cancelled like an export.
     [[nodiscard]] static std::shared_ptr<AVAssetExportSession>
@@ -53,6 +54,14 @@ public:
     /// The list is that of a removal: hidden copies of old texts (padding, XMP) go as well, and a
     /// location that the list does not name stays even when the list is empty. Off by default.
     void setRemovesMetadata(bool removes);
+    /// Only this part of the source; beyond its end there is nothing. None: all of it.
+    void setTimeRange(CMTimeRange range);
+    void setVideoComposition(AVMutableVideoComposition composition);
+    void setAudioMix(AVMutableAudioMix mix);
+    /// A pass-through into another container leaves out what that cannot hold beside films and
+    /// sounds (subtitles, attachments) and tells so; else such a stream fails the export. Off by
+    /// default: nobody loses a subtitle by saving a title.
+    void setLeavesOutUnheldTracks(bool leavesOut);
     /// Movie header before the payload. Off by default.
     void setShouldOptimizeForNetworkUse(bool optimize);
 

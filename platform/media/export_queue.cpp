@@ -50,6 +50,12 @@ void ExportQueue::waitForAll() {
     m_idle.wait(lock, [this] { return m_jobs.empty() && m_running == 0; });
 }
 
+int ExportQueue::concurrency() {
+    const std::lock_guard lock(m_mutex);
+    const std::size_t wanted = std::min(m_maximum, m_running + m_jobs.size());
+    return static_cast<int>(std::max<std::size_t>(wanted, 1));
+}
+
 /// With the mutex held: as many threads as there is work for, up to the limit.
 void ExportQueue::startThreadIfNeeded() {
     while (m_threads.size() < std::min(m_maximum, m_running + m_jobs.size()))

@@ -29,6 +29,8 @@ public:
     void setMaximum(int count);
     /// Returns when nothing waits or runs. Not to be called from a job.
     void waitForAll();
+    /// How many jobs run at once now, or will when those that wait have begun; at least 1.
+    [[nodiscard]] int concurrency();
 
 private:
     void work();

@@ -29,6 +29,7 @@ struct CopyProgress {
 
 struct PlannedTarget {
     QByteArray ftyp, moov;
+    QByteArray appendix; ///< whole boxes behind everything else
     TargetLayout layout;
 };
 
@@ -36,7 +37,7 @@ struct PlannedTarget {
 /// whether the tracks are written anew, and with offsets of which width. Each happens once.
 Result<PlannedTarget> planTarget(const std::vector<SourceRun>& runs, MovieHeaderBuilder& builder,
                                  const QByteArray& ftyp, bool moovFirst) {
-    PlannedTarget target{ftyp, {}, {}};
+    PlannedTarget target{ftyp, {}, {}, {}};
     auto moov = builder.build({});
     constexpr int kMaxRounds = 6;
     for (int round = 0; moov && round < kMaxRounds; ++round) {
@@ -171,7 +172,10 @@ Result<void> writeTarget(const PassthroughRequest& request, SourceFile& source,
         if (!done)
             return done;
     }
-    if (target->position() != plan.layout.size)
+    if (auto done = target->write(plan.appendix); !done)
+        return done;
+    const auto appended = static_cast<std::uint64_t>(plan.appendix.size());
+    if (target->position() != plan.layout.size + appended)
         return failure(ErrorCode::Io, QStringLiteral("write the file"), request.target);
     if (!progress.goOn(plan.layout.size))
         return failure(ErrorCode::Cancelled, QStringLiteral("copy"), request.target);
@@ -179,6 +183,13 @@ Result<void> writeTarget(const PassthroughRequest& request, SourceFile& source,
         FileReader::open(request.attributesOf.isEmpty() ? request.source : request.attributesOf);
     target->copyExtendedAttributes(attributes ? attributes->fd() : source.reader.fd());
     return target->commit();
+}
+
+QByteArray xmpPacketOf(const QString& path) {
+    if (path.isEmpty())
+        return {};
+    auto original = openSourceFile(path);
+    return original ? readXmpPacket(*original) : QByteArray();
 }
 
 } // namespace
@@ -209,8 +220,10 @@ Result<PassthroughOutcome> writePassthrough(const PassthroughRequest& request) {
     const std::vector<SourceRun> runs = keptRuns(*source, stripped);
     auto done = builder.check();
     if (done) {
-        const auto plan = planTarget(runs, builder, renderFileType(request.container, source->ftyp),
-                                     request.moovFirst);
+        auto plan = planTarget(runs, builder, renderFileType(request.container, source->ftyp),
+                               request.moovFirst);
+        if (plan)
+            plan->appendix = xmpPacketOf(request.xmpPacketOf);
         done = plan ? writeTarget(request, *source, runs, *plan) : tl::unexpected(plan.error());
     }
     if (done)

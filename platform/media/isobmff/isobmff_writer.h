@@ -23,6 +23,9 @@ struct PassthroughRequest {
     /// list does not name stays even when the list is empty.
     bool removesMetadata = false;
     bool moovFirst = false;
+    /// For a newly encoded source its original, when that is of this family: the XMP packet at file
+    /// level comes along from there.
+    QString xmpPacketOf;
     /// Extended attributes come from this file instead of `source`; empty: from `source`.
     QString attributesOf;
     /// Fraction done, 0 to 1; answering false stops (Cancelled) and leaves nothing behind.

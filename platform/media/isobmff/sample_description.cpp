@@ -175,8 +175,18 @@ void applyFlac(AVAssetTrack& track, ByteView bytes) {
     track.channels = static_cast<int>((*packed >> 9 & 7) + 1);
 }
 
+/// Beyond this a pixel's shape is damage.
+constexpr double kMostAspect = 16;
+
+void setPixelAspect(AVAssetTrack& track, double width, double height) {
+    if (width > 0 && height > 0 && width / height < kMostAspect && height / width < kMostAspect)
+        track.pixelAspect = width / height;
+}
+
 void applyChild(AVAssetTrack& track, std::uint32_t type, ByteView payload) {
     switch (type) {
+    case fourCc("pasp"):
+        return setPixelAspect(track, payload.be32(0).value_or(0), payload.be32(4).value_or(0));
     case fourCc("esds"):
         return applyElementaryStream(track, payload);
     case fourCc("alac"):
@@ -224,8 +234,12 @@ void applyChildren(AVAssetTrack& track, ByteView children) {
 void readVisual(AVAssetTrack& track, ByteView entry) {
     constexpr std::uint64_t kVisualHead = 86;
     const QSize stored(entry.be16(32).value_or(0), entry.be16(34).value_or(0));
+    const QSize shown = track.naturalSize; // as the track's header has it
     if (!stored.isEmpty())
         track.naturalSize = stored;
+    if (!stored.isEmpty() && !shown.isEmpty())
+        setPixelAspect(track, static_cast<double>(shown.width()) * stored.height(),
+                       static_cast<double>(shown.height()) * stored.width());
     applyChildren(track, entry.sub(kVisualHead));
 }
 

@@ -14,6 +14,8 @@ constexpr std::uint64_t kMaxSlack = FileReader::kWindow;
 constexpr std::uint64_t kLongRun = 64u << 10;
 constexpr std::uint64_t kMinBox = 8;
 
+/// An XMP packet beyond this is not carried into another file.
+constexpr std::uint64_t kMaxXmpPacket = 64u << 20;
 /// uuid of the XMP packet in ISO base media files (Adobe XMP, part 3).
 constexpr char kXmpUuid[] = "\xBE\x7A\xCF\xCB\x97\xA9\x42\xE8\x9C\x71\x99\x94\x91\xE3\xAF\xAC";
 
@@ -119,6 +121,16 @@ Result<SourceFile> openSourceFile(const QString& path) {
             source.reader.viewUpTo(source.boxes[0].payloadOffset(), source.boxes[0].payloadSize())
                 .toByteArray();
     return source;
+}
+
+QByteArray readXmpPacket(SourceFile& source) {
+    for (const Box& box : source.boxes) {
+        if (box.cut || box.size > kMaxXmpPacket || !isXmpPacket(source.reader, box))
+            continue;
+        const auto bytes = source.reader.read(box.offset, box.size);
+        return bytes ? *bytes : QByteArray();
+    }
+    return {};
 }
 
 std::vector<SourceRun> keptRuns(SourceFile& source, bool strip) {

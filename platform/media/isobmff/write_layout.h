@@ -30,6 +30,9 @@ struct SourceFile {
 /// NotFound and the like; InvalidData without a `moov`, Truncated when it is cut, LimitExceeded.
 [[nodiscard]] Result<SourceFile> openSourceFile(const QString& path);
 
+/// The XMP packet at file level as a whole box; empty when there is none, or none of a sane size.
+[[nodiscard]] QByteArray readXmpPacket(SourceFile& source);
+
 /// Bytes of the source that stay together.
 struct SourceRun {
     std::uint64_t begin = 0, end = 0;

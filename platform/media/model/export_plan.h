@@ -44,6 +44,8 @@ struct ExportVideo {
     /// is fitted into `size`; one value a segment, or one for all, or none for 0. Sources that do
     /// not fill `size` are centred on black.
     std::vector<int> turns;
+    /// Mirrors it left to right before that; counted like `turns`.
+    std::vector<bool> mirrored;
     /// Display matrix of the output track, {a b u c d v x y w}; identity: none.
     std::array<double, 9> preferredTransform{1, 0, 0, 0, 1, 0, 0, 0, 1};
     /// A constant frame duration; none keeps the timing of the source's frames.

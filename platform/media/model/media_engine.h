@@ -46,6 +46,8 @@ public:
     /// of the film for times before that). Times asked in rising order are decoded in one pass.
     /// InvalidArgument beyond the end, InvalidData when the frame cannot be decoded.
     [[nodiscard]] virtual Result<RawPicture> frameAt(CMTime time) = 0;
+    /// When the picture begins that was given last; invalid before the first.
+    [[nodiscard]] virtual CMTime shownTime() const = 0;
     /// Size of the pictures in square pixels, turned.
     [[nodiscard]] virtual QSize size() const = 0;
     /// Duration of the file's presentation in seconds.
@@ -54,6 +56,8 @@ public:
 
 /// A QuickTime movie holds more codecs than MP4, uncompressed sound among them.
 enum class RemuxTarget { Mp4, QuickTimeMovie };
+/// What becomes of a stream that the target cannot hold. Films and sounds always refuse.
+enum class UnheldStreams { Refuse, LeaveOut };
 
 /// The FFmpeg libraries behind one interface, in a module of their own. All calls are thread-safe.
 class MediaEngine {
@@ -63,10 +67,11 @@ public:
     /// mapped to the identifiers of the import. `reader` gives the bytes.
     [[nodiscard]] virtual Result<MediaFacts> probe(FileReader& reader) = 0;
     /// Copies all streams of `source` into a file at `target` without re-encoding; NotSupported
-    /// when a stream cannot be held. `progress` (0 to 1) stops it by answering false.
-    [[nodiscard]] virtual Result<void> remux(const QString& source, const QString& target,
-                                             RemuxTarget kind,
-                                             const std::function<bool(double)>& progress) = 0;
+    /// when a stream cannot be held. `progress` (0 to 1) stops it by answering false. Answers what
+    /// was left out.
+    [[nodiscard]] virtual Result<QStringList>
+    remux(const QString& source, const QString& target, RemuxTarget kind, UnheldStreams unheld,
+          const std::function<bool(double)>& progress) = 0;
     /// The sound of `source` alone as an MP4-family file at `target`: AAC, ALAC and AC-3 are
     /// copied, other lossless codecs become ALAC (16 or 24 bits), all others AAC at 256 kbit/s.
     /// Answers what is worth telling. NotSupported without a sound or a decoder. `progress` as

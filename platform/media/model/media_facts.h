@@ -36,7 +36,8 @@ struct AVAssetTrack {
     QString mediaType; ///< "vide", "soun", "text", "meta", "tmcd", "sbtl", …
     QString codec;     ///< four-character code or the library's name
     double durationSeconds = 0;
-    QSize naturalSize; ///< pixels as stored, before the transform; video only
+    QSize naturalSize;      ///< pixels as stored, before the transform; video only
+    double pixelAspect = 1; ///< width of a stored pixel by its height; video only
     /// The 3x3 display matrix {a b u c d v x y w} as real numbers; identity when absent.
     std::array<double, 9> preferredTransform{1, 0, 0, 0, 1, 0, 0, 0, 1};
     bool enabled = true;

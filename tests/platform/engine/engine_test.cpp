@@ -184,11 +184,12 @@ TEST_F(Engine, RemuxKeepsEveryPacket) {
                                     QStringLiteral("-c:v mpeg4 -bf 2 -c:a aac").split(u' '));
         const QString target = m_dir.path(QStringLiteral("out.mp4"));
         double last = -1;
-        const auto done = m_engine->remux(source, target, RemuxTarget::Mp4, [&](double part) {
-            EXPECT_GE(part, last);
-            last = part;
-            return true;
-        });
+        const auto done = m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse,
+                                          [&](double part) {
+                                              EXPECT_GE(part, last);
+                                              last = part;
+                                              return true;
+                                          });
         ASSERT_TRUE(done) << name << done.error().text().toStdString();
         EXPECT_EQ(last, 1.0);
         EXPECT_NEAR(ffprobe(target, "format=duration").toDouble(), 3, 0.15) << name;
@@ -206,24 +207,26 @@ TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
     const QString source =
         make(QStringLiteral("s.mkv"), QStringLiteral("-c:v libx264 -c:a pcm_s16le").split(u' '));
     const QString target = m_dir.path(QStringLiteral("x.mp4"));
-    const auto refused = m_engine->remux(source, target, RemuxTarget::Mp4, {});
+    const auto refused =
+        m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse, {});
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().code, ErrorCode::NotSupported);
     EXPECT_TRUE(refused.error().detail.contains(QLatin1String("pcm_s16le")));
     EXPECT_FALSE(QFileInfo::exists(target));
     // A QuickTime movie holds it, whatever the file is called.
-    ASSERT_TRUE(m_engine->remux(source, target, RemuxTarget::QuickTimeMovie, {}));
+    ASSERT_TRUE(
+        m_engine->remux(source, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {}));
     EXPECT_EQ(streamHashes(target), streamHashes(source));
 
     const auto cancelled =
         m_engine->remux(source, m_dir.path(QStringLiteral("x.mov")), RemuxTarget::QuickTimeMovie,
-                        [](double) { return false; });
+                        UnheldStreams::Refuse, [](double) { return false; });
     ASSERT_FALSE(cancelled);
     EXPECT_EQ(cancelled.error().code, ErrorCode::Cancelled);
     EXPECT_FALSE(QFileInfo::exists(m_dir.path(QStringLiteral("x.mov"))));
 
     const QByteArray before = testkit::TempDir::read(source);
-    EXPECT_FALSE(m_engine->remux(source, source, RemuxTarget::Mp4, {}));
+    EXPECT_FALSE(m_engine->remux(source, source, RemuxTarget::Mp4, UnheldStreams::Refuse, {}));
     EXPECT_EQ(testkit::TempDir::read(source), before);
 }
 
