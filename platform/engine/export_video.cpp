@@ -1,0 +1,250 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/export_video.h"
+
+#include "platform/engine/export_video_encoder.h"
+#include "platform/engine/export_video_reader.h"
+
+#include <algorithm>
+#include <numeric>
+#include <thread>
+
+namespace clipheave::platform {
+
+namespace {
+
+/// Pictures between the filters and the encoder: enough to keep both at work, few for their size.
+constexpr std::size_t kMostPictures = 3;
+constexpr std::chrono::milliseconds kStopPatience{50};
+/// Black that is not repeated is still told this often, for players to jump into.
+constexpr Ticks kBlackPiece = kTicksPerSecond * 10;
+constexpr std::int64_t kLeastUnits = 12'000; ///< of a film's time base in a second
+constexpr std::int64_t kLeastScaledUnits = 90'000;
+constexpr std::int64_t kMostUnits = 360'000;
+constexpr AVRational kCommonBase{1, 90'000}; ///< where the sources have no finer one in common
+
+/// Pictures on their way to the encoder.
+class PictureQueue {
+public:
+    explicit PictureQueue(const ExportLanes& lanes) : m_lanes(lanes) {}
+
+    bool push(StampedPicture picture) {
+        std::unique_lock lock(m_mutex);
+        while (m_pictures.size() >= kMostPictures && !m_lanes.stopped())
+            m_changed.wait_for(lock, kStopPatience);
+        if (m_lanes.stopped())
+            return false;
+        m_pictures.push_back(std::move(picture));
+        m_changed.notify_all();
+        return true;
+    }
+    void close() {
+        const std::lock_guard lock(m_mutex);
+        m_closed = true;
+        m_changed.notify_all();
+    }
+    /// None at the end.
+    std::optional<StampedPicture> pop() {
+        std::unique_lock lock(m_mutex);
+        while (m_pictures.empty() && !m_closed && !m_lanes.stopped())
+            m_changed.wait_for(lock, kStopPatience);
+        if (m_pictures.empty() || m_lanes.stopped())
+            return std::nullopt;
+        StampedPicture picture = std::move(m_pictures.front());
+        m_pictures.pop_front();
+        m_changed.notify_all();
+        return picture;
+    }
+
+private:
+    const ExportLanes& m_lanes;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<StampedPicture> m_pictures;
+    bool m_closed = false;
+};
+
+/// A time base in which the times of all segments are whole, where there is one.
+AVRational commonTimeBase(const ExportVideo& video, const std::vector<PlannedSegment>& segments) {
+    if (video.frameDuration) {
+        AVRational base{0, 1};
+        av_reduce(&base.num, &base.den, video.frameDuration->value, video.frameDuration->timescale,
+                  INT_MAX);
+        return base;
+    }
+    std::int64_t units = 1;
+    bool scaled = false;
+    for (const PlannedSegment& segment : segments) {
+        const AVRational base = segment.facts->timeBase;
+        if (base.den <= 0 || base.den > kMostUnits)
+            return kCommonBase;
+        scaled = scaled || segment.stretch.speed() != 1;
+        units = std::lcm(units, static_cast<std::int64_t>(base.den));
+        if (units > kMostUnits)
+            return kCommonBase;
+    }
+    while (units < (scaled ? kLeastScaledUnits : kLeastUnits))
+        units *= 2;
+    return {1, static_cast<int>(units)};
+}
+
+AVRational frameRateOf(const ExportVideo& video, const PlannedSegment& first, AVRational base) {
+    if (video.frameDuration)
+        return av_inv_q(base);
+    const AVRational rate = first.facts->frameRate;
+    return rate.num > 0 && rate.den > 0 ? rate : AVRational{25, 1};
+}
+
+bool survivesEncoding(AVPacketSideDataType type, const PictureLook& look, int turn) {
+    if (type == AV_PKT_DATA_MASTERING_DISPLAY_METADATA || type == AV_PKT_DATA_CONTENT_LIGHT_LEVEL)
+        return isHighDynamicRange(look.transfer);
+    return (type == AV_PKT_DATA_SPHERICAL || type == AV_PKT_DATA_STEREO3D) && turn == 0;
+}
+
+/// The reading half: fills the queue with the pictures of all segments and the black between them.
+class PictureFeeder {
+public:
+    PictureFeeder(const ExportVideo& video, std::vector<PlannedSegment>& segments,
+                  const PictureLook& look, AVRational timeBase, int threads, ExportLanes& lanes,
+                  PictureQueue& queue)
+        : m_segments(segments), m_look(look), m_threads(threads), m_lanes(lanes), m_queue(queue),
+          m_pacer(timeBase, video.frameDuration.has_value()) {}
+
+    void run() {
+        Ticks end = 0;
+        for (PlannedSegment& segment : m_segments) {
+            auto fed = feedBlack(end, segment.stretch.targetStart);
+            if (fed)
+                fed = feedSegment(segment);
+            if (!fed) {
+                m_lanes.fail(fed.error());
+                break;
+            }
+            if (m_lanes.stopped())
+                break;
+            end = segment.stretch.targetEnd;
+        }
+        m_queue.close();
+    }
+
+private:
+    Result<void> feedBlack(Ticks start, Ticks end);
+    Result<void> feedSegment(PlannedSegment& segment);
+    int place(TimedPicture picture);
+    Result<void> checked(int code, const QString& path) const;
+
+    std::vector<PlannedSegment>& m_segments;
+    const PictureLook& m_look;
+    int m_threads;
+    ExportLanes& m_lanes;
+    PictureQueue& m_queue;
+    PicturePacer m_pacer;
+    int m_placed = 0; ///< outcome of the last place()
+};
+
+Result<void> PictureFeeder::checked(int code, const QString& path) const {
+    if (code >= 0 || code == AVERROR_EXIT)
+        return {};
+    if (code == AVERROR(ERANGE))
+        return failure(ErrorCode::LimitExceeded, QStringLiteral("encode the film"), path,
+                       QStringLiteral("a gap of more than half a day"));
+    return failure(ErrorCode::Io, QStringLiteral("filter the film"), path, ffmpegText(code));
+}
+
+int PictureFeeder::place(TimedPicture picture) {
+    return m_pacer.place(std::move(picture), [this](StampedPicture stamped) {
+        return m_queue.push(std::move(stamped));
+    });
+}
+
+Result<void> PictureFeeder::feedBlack(Ticks start, Ticks end) {
+    if (end - start < kSliverTicks)
+        return {};
+    int code = end - start > kLongestFiller ? AVERROR(ERANGE) : 0;
+    const Frame black = code < 0 ? nullptr : blackPicture(m_look);
+    for (Ticks at = start; code >= 0 && at < end && !m_lanes.stopped(); at += kBlackPiece) {
+        Frame copy(black ? av_frame_clone(black.get()) : nullptr);
+        code =
+            copy ? place({std::move(copy), at, std::min(at + kBlackPiece, end)}) : AVERROR(ENOMEM);
+    }
+    return checked(code, {});
+}
+
+Result<void> PictureFeeder::feedSegment(PlannedSegment& segment) {
+    auto reader = VideoSegmentReader::open(segment, m_threads);
+    if (!reader)
+        return tl::unexpected(reader.error());
+    PictureFilter filter(m_look, segment.turn, m_threads);
+    const auto sink = [this](TimedPicture picture) {
+        m_placed = place(std::move(picture));
+        return m_placed >= 0;
+    };
+    int code = 0;
+    while (code >= 0 && !m_lanes.stopped()) {
+        auto picture = (*reader)->next();
+        if (!picture)
+            return tl::unexpected(picture.error());
+        if (!picture->frame) {
+            code = filter.finish(sink);
+            break;
+        }
+        if (!m_pacer.wants(picture->start, picture->end))
+            continue;
+        const AVRational aspect = (*reader)->aspectOf(*picture->frame);
+        code = filter.push(std::move(*picture), aspect, sink);
+    }
+    for (const QString& text : (*reader)->notes())
+        m_lanes.note(text);
+    if (code >= 0 && !m_lanes.stopped() && !(*reader)->anyDecoded())
+        return failure(ErrorCode::InvalidData, QStringLiteral("decode the film"), segment.path,
+                       QStringLiteral("nothing of it can be decoded: ") + (*reader)->complaint());
+    return checked(m_placed < 0 ? m_placed : code, segment.path);
+}
+
+void encodePictures(VideoEncoder& encoder, PictureQueue& queue, ExportLanes& lanes,
+                    std::size_t lane) {
+    const auto sink = [&](Packet packet) { return lanes.push(lane, std::move(packet)); };
+    int code = 0;
+    while (code >= 0) {
+        auto picture = queue.pop();
+        if (!picture)
+            break;
+        code = encoder.encode(&*picture, sink);
+    }
+    if (code >= 0 && !lanes.stopped())
+        code = encoder.encode(nullptr, sink);
+    if (code < 0 && code != AVERROR_EXIT)
+        lanes.fail({ErrorCode::Io, QStringLiteral("encode the film"), {}, ffmpegText(code)});
+}
+
+} // namespace
+
+void encodeVideo(const ExportVideo& video, std::vector<PlannedSegment>& segments, int threads,
+                 ExportLanes& lanes, std::size_t lane) {
+    QStringList notes;
+    const PictureLook look = lookOf(video, segments, notes);
+    for (const QString& text : notes)
+        lanes.note(text);
+    const AVRational base = commonTimeBase(video, segments);
+    auto encoder = VideoEncoder::open(look, video, base, frameRateOf(video, segments.front(), base),
+                                      threads > 1 ? threads * 3 / 2 : 1);
+    if (!encoder)
+        return lanes.fail(encoder.error());
+    auto track = (*encoder)->track();
+    if (!track)
+        return lanes.fail(track.error());
+    track->displayMatrix = video.preferredTransform;
+    track->language = segments.front().facts->language;
+    for (const OutputTrack::SideData& data : segments.front().facts->sideData)
+        if (survivesEncoding(data.type, look, segments.front().turn))
+            track->sideData.push_back(data);
+    if (!lanes.announce(lane, std::move(*track)))
+        return;
+    PictureQueue queue(lanes);
+    PictureFeeder feeder(video, segments, look, base, threads, lanes, queue);
+    std::thread reading([&] { feeder.run(); });
+    encodePictures(**encoder, queue, lanes, lane);
+    reading.join();
+    lanes.finish(lane);
+}
+
+} // namespace clipheave::platform
