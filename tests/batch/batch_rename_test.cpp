@@ -1,0 +1,385 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "batch/batch_rename.h"
+#include "batch/rename_journal.h"
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/file_moves.h"
+#include "platform/foundation/file_system.h"
+#include "platform/foundation/paths.h"
+#include "tests/testkit/testkit.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QElapsedTimer>
+
+#include <csignal>
+#include <map>
+#include <random>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace clipheave;
+using batch::RenameMove;
+using batch::RenameOutcome;
+using batch::runRename;
+using batch::undoLastRename;
+using platform::identityOfItem;
+using platform::NSFileManager;
+using testing::ElementsAre;
+using testkit::TempDir;
+
+constexpr uid_t kNobody = 65534;
+
+/// {name: inode} of a folder; hidden leftovers of killed copies do not count.
+using Inodes = std::map<std::string, ino_t>;
+Inodes inodesIn(const QString& folder) {
+    Inodes inodes;
+    const auto entries = NSFileManager::defaultManager().contentsOfDirectoryAtPath(folder);
+    for (const auto& entry : entries.value())
+        if (!entry.name.startsWith(QLatin1String(".clipheave-")))
+            inodes[platform::nativePath(entry.name).toStdString()] =
+                identityOfItem(platform::appendingPathComponent(folder, entry.name)).inode;
+    return inodes;
+}
+
+std::vector<ino_t> sortedInodes(const Inodes& inodes) {
+    std::vector<ino_t> sorted;
+    for (const auto& [name, inode] : inodes)
+        sorted.push_back(inode);
+    std::sort(sorted.begin(), sorted.end());
+    return sorted;
+}
+
+class BatchRename : public testing::Test {
+protected:
+    BatchRename() { qputenv("XDG_STATE_HOME", m_dir.path(QStringLiteral("state")).toUtf8()); }
+    ~BatchRename() override { qunsetenv("XDG_STATE_HOME"); }
+
+    [[nodiscard]] QString at(const QString& name) const {
+        return m_dir.path(QStringLiteral("media/") + name);
+    }
+    [[nodiscard]] QString media() const { return m_dir.path(QStringLiteral("media")); }
+    QString write(const QString& name, const QByteArray& bytes = "x") {
+        return m_dir.write(QStringLiteral("media/") + name, bytes);
+    }
+    [[nodiscard]] RenameMove move(const char* from, const char* to) const {
+        RenameMove move;
+        move.source = at(QString::fromUtf8(from));
+        move.target = at(QString::fromUtf8(to));
+        return move;
+    }
+    std::vector<RenameOutcome> run(const std::vector<RenameMove>& plan) {
+        return runRename(plan, {}).value();
+    }
+    std::vector<std::string> messagesOf(const std::vector<RenameOutcome>& outcomes) {
+        std::vector<std::string> messages;
+        for (const RenameOutcome& outcome : outcomes)
+            messages.push_back((outcome.moved ? "+" : "-") + outcome.message.toStdString());
+        return messages;
+    }
+
+    TempDir m_dir;
+};
+
+TEST_F(BatchRename, EveryFileEndsUnderOneName) {
+    for (const char* name : {"a", "b", "folder/inside", "target"})
+        write(QLatin1String(name), name);
+    ASSERT_EQ(::symlink("nowhere", at(QStringLiteral("link")).toUtf8().constData()), 0);
+    const Inodes before = inodesIn(media());
+    RenameMove taken = move("b", "a");
+    taken.retryTarget = m_dir.path(QStringLiteral("store/b 1"));
+    taken.storageFolder = m_dir.path(QStringLiteral("store/"));
+    RenameMove stays = move("target", "x");
+    stays.stays = true;
+    stays.note = batch::RenameNote::NameExists;
+    const auto outcomes = run({move("a", "A"), taken, move("link", "folder"),
+                               move("link", "link 2"), move("gone", "x"), move("target", "no/such"),
+                               stays, move("b", "b 2"), move("A", "folder")});
+    // "a" is free by then, so the retry name is not needed; "b" is gone when it is listed again.
+    EXPECT_THAT(messagesOf(outcomes),
+                ElementsAre("+", "+", "-name exists", "+", "-file missing", "-no such folder",
+                            "-name exists", "-file missing", "-name exists"));
+    EXPECT_EQ(outcomes[2].target, outcomes[2].source);
+    EXPECT_EQ(TempDir::read(at(QStringLiteral("a"))), "b");
+    EXPECT_EQ(sortedInodes(inodesIn(media())), sortedInodes(before));
+    EXPECT_TRUE(identityOfItem(at(QStringLiteral("link 2"))).isKnown());
+    ASSERT_TRUE(batch::canUndoRename());
+    EXPECT_THAT(messagesOf(undoLastRename({}).value()), ElementsAre("+", "+", "+"));
+    EXPECT_EQ(inodesIn(media()), before);
+    EXPECT_FALSE(batch::canUndoRename());
+    EXPECT_EQ(undoLastRename({}).error().code, platform::ErrorCode::NotFound);
+}
+
+TEST_F(BatchRename, ANameThatIsTakenMeanwhileIsEvadedOnce) {
+    write(QStringLiteral("a"));
+    write(QStringLiteral("b"));
+    write(QStringLiteral("taken"), "other");
+    RenameMove first = move("a", "taken");
+    first.retryTarget = m_dir.path(QStringLiteral("store/taken 1"));
+    first.storageFolder = m_dir.path(QStringLiteral("store/"));
+    RenameMove second = move("b", "taken");
+    second.retryTarget = first.retryTarget;
+    second.storageFolder = first.storageFolder;
+    const Inodes before = inodesIn(media());
+    const auto outcomes = run({first, second});
+    EXPECT_THAT(messagesOf(outcomes), ElementsAre("+name exists", "-name exists"));
+    EXPECT_EQ(outcomes[0].target, first.retryTarget);
+    EXPECT_EQ(TempDir::read(at(QStringLiteral("taken"))), "other");
+    EXPECT_THAT(messagesOf(undoLastRename({}).value()), ElementsAre("+"));
+    EXPECT_EQ(inodesIn(media()), before);
+}
+
+TEST_F(BatchRename, AnyNameGoesThereAndBack) {
+    const std::vector<QByteArray> names = {"caf\xC3\xA9", "cafe\xCC\x81", "\xF0\x9F\x8E\xAC",
+                                           "\xFF\xFE %20\n\x7F", QByteArray(255, 'n')};
+    std::vector<RenameMove> plan;
+    for (const QByteArray& name : names) {
+        RenameMove move;
+        move.source = write(QString::number(plan.size()));
+        move.target = at(platform::pathFromNative(name));
+        plan.push_back(move);
+    }
+    RenameMove tooLong = move("0", "x");
+    tooLong.source = write(QStringLiteral("long"));
+    tooLong.target = at(QString(256, u'n'));
+    plan.push_back(tooLong);
+    const Inodes before = inodesIn(media());
+    const auto outcomes = run(plan);
+    const Inodes after = inodesIn(media());
+    for (const QByteArray& name : names)
+        EXPECT_EQ(after.count(name.toStdString()), 1u) << name.toPercentEncoding().toStdString();
+    EXPECT_FALSE(outcomes.back().moved);
+    EXPECT_EQ(undoLastRename({}).value().size(), names.size());
+    EXPECT_EQ(inodesIn(media()), before);
+}
+
+TEST_F(BatchRename, UndoRefusesWhatIsNotItsOwn) {
+    for (const char* name : {"a", "b", "c", "d"})
+        write(QLatin1String(name), name);
+    run({move("a", "a1"), move("b", "b1"), move("c", "c1"), move("d", "d1")});
+    write(QStringLiteral("a"), "new");
+    QFile::remove(at(QStringLiteral("b1")));
+    write(QStringLiteral("c2"), "another");
+    QFile::remove(at(QStringLiteral("c1")));
+    ASSERT_TRUE(QFile::rename(at(QStringLiteral("c2")), at(QStringLiteral("c1"))));
+    EXPECT_THAT(messagesOf(undoLastRename({}).value()),
+                ElementsAre("+", "-not the same file any more", "-the file is not there any more",
+                            "-the old name has been taken since"));
+    EXPECT_EQ(TempDir::read(at(QStringLiteral("a"))), "new");
+    EXPECT_EQ(TempDir::read(at(QStringLiteral("a1"))), "a");
+    // What was in the way may go: the job waits for that once.
+    QFile::remove(at(QStringLiteral("a")));
+    EXPECT_EQ(undoLastRename({}).value().size(), 3u);
+    EXPECT_EQ(TempDir::read(at(QStringLiteral("a"))), "a");
+    EXPECT_FALSE(batch::canUndoRename());
+}
+
+TEST_F(BatchRename, JobsAreTakenBackOneByOneAndNeverMixed) {
+    write(QStringLiteral("0"));
+    for (int i = 0; i < 24; ++i)
+        run({move(QByteArray::number(i).constData(), QByteArray::number(i + 1).constData())});
+    {
+        // A job that runs elsewhere is not taken for the last one.
+        batch::JournalMove next;
+        next.source = at(QStringLiteral("24"));
+        next.target = at(QStringLiteral("25"));
+        const auto running = batch::RenameJournal::create({next});
+        ASSERT_TRUE(running);
+        EXPECT_EQ(undoLastRename({}).error().code, platform::ErrorCode::NotSupported);
+    }
+    EXPECT_TRUE(undoLastRename({}).value().empty()); // it had moved nothing
+    m_dir.write(QStringLiteral("state/clipheave/9999999999-1-x.renames"), "no journal");
+    int undone = 0;
+    while (undoLastRename({}))
+        ++undone;
+    EXPECT_EQ(undone, 19); // the last twenty jobs, one of which was the empty one
+    EXPECT_EQ(inodesIn(media()).count("5"), 1u);
+}
+
+TEST_F(BatchRename, AJournalThatCannotBeWrittenStopsTheJob) {
+    write(QStringLiteral("a"));
+    m_dir.write(QStringLiteral("state"), "no folder");
+    EXPECT_FALSE(runRename({move("a", "b")}, {}));
+    EXPECT_TRUE(QFile::exists(at(QStringLiteral("a"))));
+}
+
+TEST_F(BatchRename, AReadOnlyFolderKeepsItsNames) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "needs to become another user";
+    write(QStringLiteral("a"));
+    ASSERT_EQ(::chmod(m_dir.path().toUtf8().constData(), 0777), 0);
+    ASSERT_EQ(::seteuid(kNobody), 0);
+    const auto outcomes = runRename({move("a", "b")}, {});
+    ASSERT_EQ(::seteuid(0), 0);
+    ASSERT_TRUE(outcomes);
+    EXPECT_THAT(messagesOf(*outcomes), ElementsAre("-Permission denied"));
+    EXPECT_FALSE(batch::canUndoRename());
+}
+
+/// Jobs in a child process that is killed at any moment.
+class KilledRename : public BatchRename {
+protected:
+    /// Runs `work` in a child and kills it after `delay`; true when it was killed before its end.
+    static bool killAfter(std::chrono::microseconds delay, const std::function<void()>& work) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            work();
+            ::_exit(0);
+        }
+        ::usleep(static_cast<useconds_t>(delay.count()));
+        ::kill(child, SIGKILL);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        return WIFSIGNALED(status);
+    }
+    std::chrono::microseconds anyMoment(double longest) {
+        return std::chrono::microseconds(
+            static_cast<int>(std::uniform_real_distribution(0.0, longest)(m_random)));
+    }
+    static double microseconds(const std::function<void()>& work) {
+        QElapsedTimer timer;
+        timer.start();
+        work();
+        return static_cast<double>(timer.nsecsElapsed()) / 1000;
+    }
+    std::vector<RenameMove> planOf(int count) {
+        std::vector<RenameMove> plan;
+        for (int i = 0; i < count; ++i) {
+            write(QString::number(i), QByteArray::number(i));
+            // Every third takes the name that the one before it has just left.
+            plan.push_back(move(QByteArray::number(i).constData(),
+                                i % 3 == 1 ? QByteArray::number(i - 1).constData()
+                                           : ("n" + QByteArray::number(i)).constData()));
+        }
+        return plan;
+    }
+
+    std::mt19937 m_random{20261};
+};
+
+TEST_F(KilledRename, TenThousandFilesComeBack) {
+    const auto plan = planOf(10'000);
+    const Inodes before = inodesIn(media());
+    double renaming = 0;
+    double undoing = 0;
+    renaming = microseconds([&] { EXPECT_TRUE(runRename(plan, {})); });
+    EXPECT_EQ(inodesIn(media()).count("n9999"), 1u);
+    EXPECT_EQ(inodesIn(media()).count("9999"), 0u);
+    EXPECT_EQ(sortedInodes(inodesIn(media())), sortedInodes(before));
+    undoing = microseconds([] { EXPECT_EQ(undoLastRename({}).value().size(), 10'000u); });
+    EXPECT_EQ(inodesIn(media()), before);
+    int killed = 0;
+    int begun = 0;
+    for (int round = 0; round < 12; ++round) {
+        killed += killAfter(anyMoment(renaming), [&] { (void)runRename(plan, {}); });
+        begun += inodesIn(media()) != before;
+        for (int i = 0; i < 3; ++i)
+            killed += killAfter(anyMoment(undoing), [] { (void)undoLastRename({}); });
+        ASSERT_EQ(sortedInodes(inodesIn(media())), sortedInodes(before));
+        while (const auto undone = undoLastRename({}))
+            for (const RenameOutcome& outcome : *undone)
+                ASSERT_TRUE(outcome.moved) << outcome.message.toStdString();
+        ASSERT_EQ(inodesIn(media()), before) << "round " << round;
+    }
+    EXPECT_GT(killed, 5);
+    EXPECT_GT(begun, 3);
+}
+
+/// Moves to another file system, which memory is for most temporary folders.
+class RenameAcross : public KilledRename {
+protected:
+    void SetUp() override {
+        QDir().mkpath(media());
+        if (!m_far.isValid() ||
+            identityOfItem(m_far.path()).device == identityOfItem(media()).device)
+            GTEST_SKIP() << "one file system only";
+        ::chmod(m_far.path().toUtf8().constData(), 0777);
+    }
+    [[nodiscard]] QString far(const QString& name) const { return m_far.filePath(name); }
+    RenameMove moveFar(const QString& name) {
+        RenameMove move;
+        move.source = at(name);
+        move.target = far(name);
+        return move;
+    }
+
+    QTemporaryDir m_far{QStringLiteral("/dev/shm/rename-XXXXXX")};
+};
+
+TEST_F(RenameAcross, BytesDatesAndLinksTravel) {
+    const QString file = write(QStringLiteral("a"), QByteArray(300'000, 'v'));
+    const QDateTime created(QDate(2011, 2, 3), QTime(4, 5, 6), Qt::UTC);
+    const auto& manager = NSFileManager::defaultManager();
+    ASSERT_TRUE(manager.setAttributes(file, created, created.addDays(9)));
+    ASSERT_EQ(::symlink("a", at(QStringLiteral("link")).toUtf8().constData()), 0);
+    write(QStringLiteral("folder/x"));
+    write(QStringLiteral("b"));
+    QFile taken(far(QStringLiteral("b")));
+    ASSERT_TRUE(taken.open(QIODevice::WriteOnly));
+    EXPECT_THAT(messagesOf(run({moveFar(QStringLiteral("a")), moveFar(QStringLiteral("link")),
+                                moveFar(QStringLiteral("folder")), moveFar(QStringLiteral("b"))})),
+                ElementsAre("+", "+", "-neither a file nor a link", "-name exists"));
+    EXPECT_EQ(inodesIn(media()).size(), 2u);
+    EXPECT_EQ(TempDir::read(far(QStringLiteral("a"))), QByteArray(300'000, 'v'));
+    const auto attributes = manager.attributesOfItemAtPath(far(QStringLiteral("a"))).value();
+    EXPECT_EQ(attributes.NSFileModificationDate, created.addDays(9));
+    EXPECT_EQ(attributes.NSFileCreationDate, created);
+    EXPECT_EQ(QFile::symLinkTarget(far(QStringLiteral("link"))), far(QStringLiteral("a")));
+    EXPECT_THAT(messagesOf(undoLastRename({}).value()), ElementsAre("+", "+"));
+    EXPECT_EQ(manager.attributesOfItemAtPath(file).value().NSFileCreationDate, created);
+    EXPECT_EQ(inodesIn(media()).size(), 4u);
+    EXPECT_EQ(inodesIn(m_far.path()).size(), 1u);
+}
+
+TEST_F(RenameAcross, DatesCrossWhenTheOriginalStays) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "needs to become another user";
+    const QString file = write(QStringLiteral("a"), "bytes");
+    const QDateTime created(QDate(2011, 2, 3), QTime(4, 5, 6), Qt::UTC);
+    const auto& manager = NSFileManager::defaultManager();
+    ASSERT_TRUE(manager.setAttributes(file, created, created.addDays(9)));
+    ASSERT_EQ(::chmod(m_dir.path().toUtf8().constData(), 0777), 0);
+    ASSERT_EQ(::seteuid(kNobody), 0);
+    const auto outcomes = runRename({moveFar(QStringLiteral("a"))}, {});
+    ASSERT_EQ(::seteuid(0), 0);
+    ASSERT_TRUE(outcomes);
+    EXPECT_THAT(messagesOf(*outcomes), ElementsAre("+the original stays too: Permission denied"));
+    const auto attributes = manager.attributesOfItemAtPath(far(QStringLiteral("a"))).value();
+    EXPECT_EQ(attributes.NSFileModificationDate, created);
+    EXPECT_EQ(attributes.NSFileCreationDate, created.addDays(9));
+    EXPECT_THAT(messagesOf(undoLastRename({}).value()), ElementsAre("+"));
+    EXPECT_TRUE(inodesIn(m_far.path()).empty());
+    EXPECT_EQ(TempDir::read(file), "bytes");
+}
+
+TEST_F(RenameAcross, AKilledCopyLosesNothing) {
+    std::vector<RenameMove> plan;
+    for (int i = 0; i < 60; ++i) {
+        write(QString::number(i), QByteArray::number(i).repeated(3000));
+        plan.push_back(moveFar(QString::number(i)));
+    }
+    const auto namesNow = [&] {
+        std::vector<std::string> names;
+        for (const auto& [name, inode] : inodesIn(media()))
+            names.push_back(name);
+        return names;
+    };
+    const auto before = namesNow();
+    const double renaming = microseconds([&] { EXPECT_TRUE(runRename(plan, {})); });
+    const double undoing = microseconds([] { EXPECT_EQ(undoLastRename({}).value().size(), 60u); });
+    for (int round = 0; round < 12; ++round) {
+        killAfter(anyMoment(renaming), [&] { (void)runRename(plan, {}); });
+        killAfter(anyMoment(undoing), [] { (void)undoLastRename({}); });
+        while (const auto undone = undoLastRename({}))
+            for (const RenameOutcome& outcome : *undone)
+                ASSERT_TRUE(outcome.moved) << outcome.message.toStdString();
+        ASSERT_EQ(namesNow(), before);
+        ASSERT_TRUE(inodesIn(m_far.path()).empty());
+        for (int i = 0; i < 60; ++i)
+            ASSERT_EQ(TempDir::read(at(QString::number(i))), QByteArray::number(i).repeated(3000));
+    }
+}
+
+} // namespace
