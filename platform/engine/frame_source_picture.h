@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/engine/ffmpeg.h"
+#include "platform/engine/frame_source_tone.h"
+#include "platform/media/model/media_engine.h"
+
+#include <optional>
+
+namespace clipheave::platform {
+
+/// The display matrix as a turn by quarters, mirrored or not: x' = a x + c y, y' = b x + d y.
+struct QuarterTurn {
+    int a = 1, b = 0, c = 0, d = 1;
+    [[nodiscard]] bool isIdentity() const { return a == 1 && d == 1; }
+    [[nodiscard]] bool swapsSides() const { return a == 0; }
+};
+/// The nearest quarter to the stream's display matrix.
+[[nodiscard]] QuarterTurn quarterTurnOf(const AVStream& stream);
+[[nodiscard]] RawPicture turnedPicture(const RawPicture& source, const QuarterTurn& turn);
+
+/// Makes upright pictures of one size out of decoded frames, in the colours of a common screen.
+class PictureMaker {
+public:
+    /// `size` of the upright picture; `film` is borrowed.
+    PictureMaker(const AVStream& film, QSize size);
+    /// Nothing when the frame has a pixel format that is not known.
+    [[nodiscard]] std::optional<RawPicture> picture(const AVFrame& frame);
+
+private:
+    [[nodiscard]] bool prepare(const AVFrame& frame);
+    [[nodiscard]] bool convert(const AVFrame& frame, RawPicture& picture);
+
+    /// What a scaler was made for.
+    struct Kind {
+        int width = 0, height = 0, format = -1, space = 0, fullRange = 0;
+        bool isWide = false;
+        bool operator==(const Kind&) const = default;
+    };
+    const AVStream& m_film;
+    QuarterTurn m_turn;
+    QSize m_stored; ///< of the picture before it is turned
+    Kind m_kind;
+    Scaler m_scaler;
+    std::optional<ToneMapper> m_tones;
+};
+
+} // namespace clipheave::platform
