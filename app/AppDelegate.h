@@ -19,7 +19,12 @@
 #include <atomic>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <vector>
+
+namespace clipheave::batch {
+struct RenameProgress;
+} // namespace clipheave::batch
 
 namespace clipheave::metadata {
 struct WriteOutcome;
@@ -33,6 +38,7 @@ class MainWindow;
 class MediaListModel;
 class PictureButton;
 class PreferencesWindow;
+class RenameWindow;
 
 /// The one controller: owns the windows, the media list and the preference values, and carries
 /// every command as one of its operations. Only the main thread calls it, except where a line says
@@ -119,6 +125,21 @@ public:
     Q_INVOKABLE void CopyvideoTitletoFileNameAction();
     Q_INVOKABLE void CopyvideofilenametoTitleAction();
 
+    // Rename
+    Q_INVOKABLE void ShowRenameWindowAction(); ///< always opens for a custom text
+    Q_INVOKABLE void ClickRenamewithCustomtextAction();
+    Q_INVOKABLE void ClickRenamewithMetadataAction();
+    Q_INVOKABLE void KeepExistingFileNameAction();
+    Q_INVOKABLE void InsertPhotoTagsFileNameAction();
+    Q_INVOKABLE void CloseRenameWindowAction();
+    Q_INVOKABLE void SaveChangesRenameWindowAction(); ///< the rename itself, on a new thread
+    Q_INVOKABLE void undoRename(); ///< the files of the last rename get their old names back
+    struct RenameRun;
+    /// The job, on a thread of its own; one after the other.
+    void ReNameLocalphotowithFileThreader(const std::shared_ptr<RenameRun>& run);
+    void RefreshRenamePhotoProcessToMainThread(const QString& progress); ///< "%d/%d"
+    void RenamePhotoFinishedHanderToMainThread();
+
     /// A command of a tool that is still to come: a line in the activity log.
     Q_INVOKABLE void notAvailableYet(const QString& command);
     /// Runs the command of this fixed name, or says that it is not available yet. `title`: the
@@ -127,6 +148,7 @@ public:
 
     [[nodiscard]] MainWindow* mainWindow() const { return m_window.get(); }
     [[nodiscard]] PreferencesWindow* preferencesWindow() const { return m_preferencesWindow.get(); }
+    [[nodiscard]] RenameWindow* renameWindow() const { return m_renameWindow.get(); }
     [[nodiscard]] ActivityModel* activity() const { return m_activity.get(); }
     [[nodiscard]] MediaListModel* mediaController() const { return m_mediaController.get(); }
     [[nodiscard]] const std::vector<media::ItemPointer>& localPhotoItemArray() const {
@@ -145,6 +167,7 @@ public:
 
     Q_SIGNAL void importFinished();
     Q_SIGNAL void saveFinished();
+    Q_SIGNAL void renameFinished(); ///< a rename or its undoing
 
 private:
     void observeNotifications();
@@ -174,6 +197,15 @@ private:
     struct WriteRun;
     void watchProgress(const std::shared_ptr<WriteRun>& run);
     void takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome);
+    void connectRename();
+    void refreshRenameItems();
+    void startRename(const std::shared_ptr<RenameRun>& run, const QString& title);
+    void retryRename(int job);
+    void undoRenameThreader(const std::shared_ptr<RenameRun>& run);
+    [[nodiscard]] batch::RenameProgress renameProgress(const std::shared_ptr<RenameRun>& run);
+    void takeRenamed(RenameRun& run);
+    void finishRename(RenameRun& run, const platform::Error* failure);
+    void restoreItemNames(const RenameRun& run);
     void takeArtwork(const QString& path);
     void refreshSummary();
     void showNoSelectionAlert();
@@ -198,6 +230,10 @@ private:
     QElapsedTimer m_summaryAge;
     std::map<int, JobKind> m_jobKinds; ///< of the jobs in the panel, for another try
     std::map<int, std::shared_ptr<WriteRun>> m_writeRuns; ///< by job, until their last outcome
+    bool m_useCustomName = true;                          ///< the mode of the rename window
+    int m_runningRenames = 0;
+    std::mutex m_renameTurn; ///< held by the rename that runs; never on the main thread
+    std::map<int, std::shared_ptr<RenameRun>> m_renameRuns; ///< by job: what runs or failed in part
     QPointF m_currentCoords;
     bool m_bMapPreview = false;
     QString m_commandTitle;            ///< of the menu entry whose command runs
@@ -207,6 +243,7 @@ private:
     std::unique_ptr<MediaListModel> m_mediaController;
     std::unique_ptr<MainWindow> m_window;
     std::unique_ptr<PreferencesWindow> m_preferencesWindow;
+    std::unique_ptr<RenameWindow> m_renameWindow;
 };
 
 } // namespace clipheave::app

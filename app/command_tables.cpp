@@ -192,6 +192,7 @@ constexpr MenuEntry kEdit[] = {
     {"Deselect", "deselect", "Ctrl+Shift+A"},
     kSeparator,
     {"Rename…", "ShowRenameWindowAction", "F2"},
+    {"Undo Rename", "undoRename", nullptr},
     {"Remove from List", "RemoveMediaFileAction", "Del"},
 };
 constexpr MenuEntry kDates[] = {

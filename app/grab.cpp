@@ -12,10 +12,13 @@
 #include "app/widgets/alert_box.h"
 #include "app/widgets/picture_button.h"
 #include "app/windows/main_window.h"
+#include "app/windows/rename_window.h"
 #include "platform/player/mpv_player.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QLineEdit>
@@ -136,6 +139,21 @@ void seekPlayers(AppDelegate& controller) {
             view->player()->seek(view->player()->duration() * kPart);
 }
 
+/// The picture's window: two tags before the existing names, dated and numbered.
+QList<Above> openRename(AppDelegate& controller) {
+    selectSome(*controller.mainWindow()->table(), 5);
+    controller.ShowRenameWindowAction();
+    controller.ClickRenamewithMetadataAction();
+    const RenameControls& controls = controller.renameWindow()->controls();
+    for (const char* tag : {"Title", "Camera Date"}) {
+        controls.addTagsButton->setCurrentText(QLatin1String(tag));
+        controller.InsertPhotoTagsFileNameAction();
+    }
+    controls.renameDateFormatBtn->setCurrentText(QStringLiteral("YYYY_MM_DD HH.MM.ss"));
+    controls.seqNumBtn->setChecked(true);
+    return centredDialog(controller, "renameWindow");
+}
+
 void waitForJobs(AppDelegate& controller) {
     while (controller.isImporting() || controller.activity()->newestRunning() != nullptr)
         QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
@@ -180,6 +198,8 @@ QList<Above> bringUp(AppDelegate& controller, const GrabRequest& request) {
         controller.ShowPreferenceSetting();
         return centredDialog(controller, "preferenceWindow");
     }
+    if (view == u"rename")
+        return openRename(controller);
     if (view == u"about") {
         controller.ClickAbout();
         return centredDialog(controller, "aboutWindow");
@@ -208,8 +228,8 @@ QStringList grabViewNames() {
     return {QStringLiteral("video"),    QStringLiteral("audio"),  QStringLiteral("photos"),
             QStringLiteral("empty"),    QStringLiteral("sorted"), QStringLiteral("changed"),
             QStringLiteral("activity"), QStringLiteral("failed"), QStringLiteral("preferences"),
-            QStringLiteral("menus"),    QStringLiteral("about"),  QStringLiteral("alert"),
-            QStringLiteral("states")};
+            QStringLiteral("rename"),   QStringLiteral("menus"),  QStringLiteral("about"),
+            QStringLiteral("alert"),    QStringLiteral("states")};
 }
 
 int grabView(AppDelegate& controller, const GrabRequest& request) {

@@ -6,6 +6,7 @@
 #include "app/widgets/alert_box.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
+#include "app/windows/rename_window.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/notification_center.h"
 #include "platform/media/av_asset_export_session.h"
@@ -39,7 +40,7 @@ AppDelegate::~AppDelegate() {
     m_stopping = true;
     platform::AVAssetExportSession::cancelAllExports();
     // Workers hand over to this thread and wait for it: let them through until they have ended.
-    while (m_runningImports > 0 || !m_writeRuns.empty())
+    while (m_runningImports > 0 || !m_writeRuns.empty() || m_runningRenames > 0)
         QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
     platform::AVAssetExportSession::waitForAllExports();
     platform::NSNotificationCenter::defaultCenter().removeObserver(this);
@@ -101,7 +102,9 @@ void AppDelegate::awakeFromNib() {
     getSystemVersionMajor_minor_bugFix(nullptr, &m_macOsVer, nullptr);
     m_window = std::make_unique<MainWindow>(*m_mediaController, *m_activity);
     m_preferencesWindow = std::make_unique<PreferencesWindow>(m_window.get());
+    m_renameWindow = std::make_unique<RenameWindow>(m_window.get());
     connectWindow();
+    connectRename();
 }
 
 void AppDelegate::applicationDidFinishLaunching() {

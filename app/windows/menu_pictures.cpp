@@ -32,6 +32,7 @@ constexpr MenuPicture kMenuPictures[] = {
     {"CloseTheMainWindow", "exit"},
     {"undo", "undo"},
     {"revertEdits", "undo"},
+    {"undoRename", "undo"},
     {"ShowRenameWindowAction", "rename"},
     {"RemoveMediaFileAction", "remove"},
     {"ExportSelectedItemAllmetadataAction", "export"},

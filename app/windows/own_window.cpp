@@ -36,6 +36,10 @@ OwnWindow::OwnWindow(const QString& title, QWidget* parent)
     auto* name = new ToneLabel(FontRole::BodyStrong, Token::text1, this);
     name->setText(title);
     name->setFixedHeight(kHeadHeight);
+    name->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
+    m_subtitle = new ToneLabel(FontRole::Cell, Token::text3, this);
+    m_subtitle->setObjectName(QStringLiteral("windowSubtitle"));
+    m_subtitle->setFixedHeight(kHeadHeight);
     auto* close = new Button(ButtonKind::Icon, {}, QStringLiteral("close"), this);
     close->setObjectName(QStringLiteral("windowCloseBtn"));
     close->setAccessibleName(tr("Close"));
@@ -43,11 +47,18 @@ OwnWindow::OwnWindow(const QString& title, QWidget* parent)
     allowLowButton(close);
     close->setFixedWidth(32);
     connect(close, &Button::clicked, this, &QDialog::reject);
-    head->addWidget(name, 1);
+    head->setSpacing(8);
+    head->addWidget(name);
+    head->addWidget(m_subtitle, 1);
     head->addWidget(close);
     column->addLayout(head);
     column->addWidget(m_body, 1);
     connect(&Theme::instance(), &Theme::changed, this, [this] { update(); });
+}
+
+void OwnWindow::setSubtitle(const QString& text) {
+    m_subtitle->setText(text);
+    setAccessibleDescription(text);
 }
 
 QHBoxLayout* OwnWindow::foot() {

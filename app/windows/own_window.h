@@ -8,6 +8,7 @@ class QHBoxLayout;
 namespace clipheave::app {
 
 class Button;
+class ToneLabel;
 
 /// A movable window with a head of its own (title and close button), a body and, once asked for, a
 /// foot for its buttons. Esc and the close button reject it. The head drags it.
@@ -19,6 +20,8 @@ public:
 
     OwnWindow(const QString& title, QWidget* parent);
 
+    /// A quiet text behind the title; none when empty.
+    void setSubtitle(const QString& text);
     /// Lay the contents out in here.
     [[nodiscard]] QWidget* body() const { return m_body; }
     /// Put the buttons here from left to right; begins with a stretch.
@@ -31,6 +34,7 @@ protected:
 
 private:
     QWidget* m_body;
+    ToneLabel* m_subtitle;
     QWidget* m_foot = nullptr;
     bool m_placed = false;
 };

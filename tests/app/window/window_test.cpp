@@ -343,7 +343,7 @@ TEST_F(WindowTest, EveryButtonOfTheDispatcherReachesSomething) {
     stranger.setObjectName(QStringLiteral("strangerBtn"));
     controller->MybuttonMouseDownHandle(&stranger);
     EXPECT_EQ(controller->activity()->log().size(), lines);
-    QTest::mousePress(child<PictureButton>("videoRenameBtn"), Qt::LeftButton);
+    controller->performCommand(QStringLiteral("OpenDeviceAction"));
     ASSERT_EQ(controller->activity()->log().size(), lines + 1);
     EXPECT_TRUE(controller->activity()->log().back().text.contains(u"not available yet"));
 }
