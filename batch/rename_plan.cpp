@@ -21,7 +21,11 @@ namespace {
 constexpr qsizetype kLongestFileName = 255; // bytes, on every file system that media lie on
 
 bool isTooLong(const QString& path) {
-    return platform::nativePath(path.sliced(path.lastIndexOf(u'/') + 1)).size() > kLongestFileName;
+    const qsizetype start = path.lastIndexOf(u'/') + 1;
+    constexpr qsizetype kMostBytesAUnit = 3;
+    if ((path.size() - start) * kMostBytesAUnit <= kLongestFileName)
+        return false;
+    return platform::nativePath(path.sliced(start)).size() > kLongestFileName;
 }
 
 /// "%@/%@": the text may lead into another folder.
@@ -33,16 +37,19 @@ QString inFolder(const QString& folder, const QString& name) {
 
 /// One spelling for each name, for comparing; links are not looked through.
 QString comparableName(const QString& path) {
-    if (path.contains(QLatin1String("//")) || path.contains(QLatin1String("/.")))
-        return QDir::cleanPath(path);
+    for (qsizetype i = 1; i < path.size(); ++i)
+        if (path[i - 1] == u'/' && (path[i] == u'/' || path[i] == u'.'))
+            return QDir::cleanPath(path);
     return path;
 }
 
 /// The names on the disk, changed by the moves that are planned already.
 class NamesAfterMoves {
 public:
-    explicit NamesAfterMoves(const RenameSurroundings& surroundings)
-        : m_surroundings(surroundings) {}
+    NamesAfterMoves(const RenameSurroundings& surroundings, std::size_t moves)
+        : m_surroundings(surroundings) {
+        m_changed.reserve(static_cast<qsizetype>(moves) * 2);
+    }
 
     [[nodiscard]] bool isTaken(const QString& path) const {
         const auto changed = m_changed.constFind(comparableName(path));
@@ -66,8 +73,8 @@ struct NewName {
 
 class Planner {
 public:
-    Planner(const RenameRequest& request, const RenameSurroundings& surroundings)
-        : m_request(request), m_surroundings(surroundings), m_names(surroundings) {}
+    Planner(const RenameRequest& request, const RenameSurroundings& surroundings, std::size_t items)
+        : m_request(request), m_surroundings(surroundings), m_names(surroundings, items) {}
 
     RenameMove plan(const media::IKImageItem& item, int number) {
         const QString base = baseName(item, number);
@@ -163,10 +170,13 @@ class FolderListings {
 public:
     bool isTaken(const QString& path) {
         const qsizetype slash = path.lastIndexOf(u'/');
-        const QString name = path.sliced(slash + 1);
-        const QString folder = slash < 0 ? QStringLiteral(".") : path.first(slash > 0 ? slash : 1);
+        // Borrowed: this is asked several times an item.
+        const QString name =
+            QString::fromRawData(path.constData() + slash + 1, path.size() - slash - 1);
         if (name.isEmpty() || name == u"." || name == u"..")
             return platform::nameIsTaken(platform::nativePath(path));
+        const QString folder =
+            QString::fromRawData(path.constData(), slash > 0 ? slash : slash + 1);
         const Listing& listing = listingOf(folder);
         // A folder that may be entered but not read.
         if (!listing.isRead)
@@ -185,15 +195,16 @@ private:
         if (known != m_listings.cend())
             return *known;
         Listing listing;
-        const auto entries =
-            platform::NSFileManager::defaultManager().contentsOfDirectoryAtPath(folder);
+        const QString own(folder.constData(), folder.size()); // `folder` is borrowed
+        const auto entries = platform::NSFileManager::defaultManager().contentsOfDirectoryAtPath(
+            own.isEmpty() ? QStringLiteral(".") : own);
         listing.isRead = entries.has_value();
         if (entries) {
             listing.names.reserve(static_cast<qsizetype>(entries->size()));
             for (const platform::DirectoryEntry& entry : *entries)
                 listing.names.insert(entry.name);
         }
-        return *m_listings.insert(folder, listing);
+        return *m_listings.insert(own, listing);
     }
 
     QHash<QString, Listing> m_listings;
@@ -237,7 +248,7 @@ RenameSurroundings surroundingsOnDisk() {
 std::vector<RenameMove> planRename(const RenameRequest& request,
                                    const std::vector<media::ItemPointer>& items,
                                    const RenameSurroundings& surroundings) {
-    Planner planner(request, surroundings);
+    Planner planner(request, surroundings, items.size());
     std::vector<RenameMove> moves;
     moves.reserve(items.size());
     int number = 0;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 namespace clipheave::batch {
 namespace {
@@ -86,8 +87,19 @@ QString dateSource(const IKImageItem& item, const CreationDateText& creationDate
 }
 
 bool isRemoved(QChar c) {
-    constexpr QStringView kRemoved = u"{},()/";
-    return kRemoved.contains(c);
+    return c == u'{' || c == u'}' || c == u',' || c == u'(' || c == u')' || c == u'/';
+}
+
+/// One bit for each Latin capital in the text: most words can be told to be absent by their first
+/// letter, which is a good part of the time that a plan takes.
+std::uint32_t bitOfCapital(QChar c) {
+    return c >= u'A' && c <= u'Z' ? 1u << (c.unicode() - u'A') : 0;
+}
+std::uint32_t capitalsIn(QStringView text) {
+    std::uint32_t capitals = 0;
+    for (const QChar c : text)
+        capitals |= bitOfCapital(c);
+    return capitals;
 }
 
 } // namespace
@@ -166,8 +178,10 @@ QString cameraDateText(const IKImageItem& item, const QString& dateFormat,
 QString nameFromTemplate(const QString& filenameTemplate, const IKImageItem& item,
                          const QString& dateFormat, const CreationDateText& creationDateText) {
     QString name = filenameTemplate;
+    std::uint32_t capitals = capitalsIn(name);
     for (const TagWord& tag : kTagWords) {
-        if (!name.contains(tag.word))
+        const bool mayBeThere = (capitals & bitOfCapital(QChar(tag.word.front()))) != 0;
+        if (!mayBeThere || !name.contains(tag.word))
             continue;
         QString value;
         if (tag.word == kCameraDateWord)
@@ -178,13 +192,14 @@ QString nameFromTemplate(const QString& filenameTemplate, const IKImageItem& ite
         if (tag.word == kCameraDateWord && value.isNull())
             continue;
         name.replace(tag.word, value);
+        capitals = capitalsIn(name);
     }
     name.removeIf(&isRemoved);
     return name;
 }
 
 QString paddedNumber(int number) {
-    return QStringLiteral("%1").arg(number, 6, 10, QLatin1Char('0'));
+    return QString::number(number).rightJustified(6, u'0');
 }
 
 } // namespace clipheave::batch
