@@ -78,9 +78,14 @@ std::optional<PacketCopier::Times> PacketCopier::timesOf(const AVPacket& packet)
     const AVRational base = m_source->stream().time_base;
     Times times;
     times.duration = ticksOf(std::max<std::int64_t>(packet.duration, 0), base).value_or(0);
+    if (times.duration == 0 && isFilm())
+        times.duration = ticksOf(1, av_inv_q(m_source->stream().avg_frame_rate)).value_or(0);
     if (!pts && !dts && !m_begun)
         return std::nullopt;
-    times.dts = dts ? *dts : (m_begun ? m_lastSourceDts + times.duration : *pts);
+    // Where the first packets have no decoding time, as many pictures earlier as are reordered.
+    times.dts = dts       ? *dts
+                : m_begun ? m_lastSourceDts + times.duration
+                          : *pts - m_source->codec().video_delay * times.duration;
     times.pts = pts ? *pts : times.dts;
     const AVCodecParameters& codec = m_source->codec();
     if (!isFilm() && codec.frame_size > 0) {

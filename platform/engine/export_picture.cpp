@@ -83,7 +83,7 @@ void chooseColours(const std::vector<PlannedSegment>& segments, PictureLook& loo
     } else if (any) {
         takeStandardRange(look);
         notes << QStringLiteral("Pieces of high dynamic range were changed to standard range");
-    } else if (first.color_range == AVCOL_RANGE_JPEG || first.format == AV_PIX_FMT_YUVJ420P) {
+    } else if (!isRgb(first.format) && first.color_range == AVCOL_RANGE_JPEG) {
         look.format = AV_PIX_FMT_YUVJ420P;
         look.range = AVCOL_RANGE_JPEG;
     }

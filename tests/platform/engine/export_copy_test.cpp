@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/platform/engine/export_fixture.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <sys/mount.h>
+#include <unistd.h>
+
+namespace clipheave::platform {
+
+namespace {
+
+class ExportCopyTest : public ExportTest {
+protected:
+    [[nodiscard]] static ExportPlan copyOf(const QString& path, double seconds = 3.5) {
+        ExportPlan plan = planFor(path, seconds);
+        plan.video->coding = plan.sound->coding = ExportCoding::Copy;
+        return plan;
+    }
+    [[nodiscard]] QByteArray decoded(const QString& path) const {
+        return testkit::run(QStringLiteral("ffmpeg"),
+                            {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"),
+                             path, QStringLiteral("-an"), QStringLiteral("-vsync"),
+                             QStringLiteral("passthrough"), QStringLiteral("-f"),
+                             QStringLiteral("md5"), QStringLiteral("-")})
+            .out;
+    }
+    /// The export fails with `code` and leaves nothing behind.
+    void expectFailure(const ExportPlan& plan, ErrorCode code, const char* what) {
+        const auto done = run(plan);
+        ASSERT_FALSE(done) << what;
+        EXPECT_EQ(static_cast<int>(done.error().code), static_cast<int>(code))
+            << what << ": " << done.error().text().toStdString();
+        EXPECT_FALSE(QFileInfo::exists(m_out)) << what;
+    }
+};
+
+constexpr char kFilm[] = "-c:v libx264 -g 25 -c:a aac -ac 2";
+
+} // namespace
+
+TEST_F(ExportCopyTest, CopiesStreamsOfManyContainers) {
+    const struct {
+        const char *name, *options, *tags;
+    } cases[] = {
+        {"a.mp4", kFilm, "avc1 mp4a"},
+        {"a.mkv", kFilm, "avc1 mp4a"},
+        {"a.ts", kFilm, "avc1 mp4a"},
+        {"a.avi", "-c:v mpeg4 -c:a libmp3lame", "mp4v mp4a"},
+        {"h.mkv", "-c:v libx265 -x265-params log-level=none -c:a ac3", "hvc1 ac-3"},
+        {"h.ts", "-c:v libx265 -x265-params log-level=none -c:a aac", "hvc1 mp4a"},
+    };
+    for (const auto& [name, options, tags] : cases) {
+        const QString source = make(name, options);
+        EXPECT_EQ(exported(copyOf(source)), QStringList()) << name;
+        EXPECT_EQ(ffprobe(m_out, "v", "stream=codec_tag_string") + ' ' +
+                      ffprobe(m_out, "a", "stream=codec_tag_string"),
+                  tags)
+            << name;
+        EXPECT_EQ(decoded(m_out), decoded(source)) << name;
+        EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "75") << name;
+        EXPECT_NEAR(ffprobe(m_out, "v", "stream=duration").toDouble(), 3, 0.041) << name;
+        EXPECT_GT(correlation(samples(m_out), samples(source)), 0.99) << name;
+    }
+}
+
+TEST_F(ExportCopyTest, StretchesCutsAndJoinsWithoutEncoding) {
+    const QString source = make("a.mp4", kFilm);
+    ExportPlan plan = copyOf(source);
+    plan.sound->coding = ExportCoding::Encode;
+    plan.video->segments = plan.sound->segments = {segment(source, 0, 3, 0, 0.2)};
+    plan.container = ExportContainer::QuickTimeMovie;
+    exported(plan, "slow.mov");
+    EXPECT_EQ(decoded(m_out), decoded(source));
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "15.000000,75");
+    EXPECT_EQ(ffprobe(m_out, "a", "stream=duration"), "15.000000");
+
+    // From within a group of pictures: the edit list hides those before the start.
+    plan = copyOf(source);
+    plan.video->segments = plan.sound->segments = {segment(source, 1.4, 3)};
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=duration"), "1.600000");
+    EXPECT_GT(likeness(m_out, source, "trim=1.39:3"), 0.999);
+
+    plan.video->segments = plan.sound->segments = {segment(source, 0, 3), segment(source, 0, 3, 3)};
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "6.000000,150");
+    // Of another size: one track cannot hold both uncoded.
+    const QString other = make("b.mp4", kFilm, "testsrc2=d=3:s=64x64:r=25");
+    plan.video->segments[1] = segment(other, 0, 3, 3);
+    expectFailure(plan, ErrorCode::NotSupported, "two sizes");
+}
+
+TEST_F(ExportCopyTest, CarriesHeaderDatesAndNothingElse) {
+    const QString source =
+        make("a.mov", "-metadata title=Name -metadata creation_time=2019-03-04T05:06:07Z "
+                      "-c:v libx264 -c:a aac");
+    ExportPlan plan = planFor(source);
+    plan.headerDatesOf = source;
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "v", "stream_tags=creation_time"), "2019-03-04T05:06:07.000000Z");
+    EXPECT_EQ(ffprobe(m_out, "v", "format_tags=creation_time,title,encoder"),
+              "2019-03-04T05:06:07.000000Z");
+    plan.headerDatesOf.clear();
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "v", "format_tags=creation_time"), "");
+}
+
+TEST_F(ExportCopyTest, FailsPlainlyAndLeavesNothing) {
+    const QString source = make("a.mp4", kFilm);
+    const QString soundOnly = make("s.m4a", "-vn -c:a aac");
+    const QString text = m_dir.write(QStringLiteral("t.mp4"), "no film at all");
+    expectFailure(planFor(m_dir.path(QStringLiteral("none.mp4"))), ErrorCode::NotFound, "missing");
+    expectFailure(planFor(soundOnly), ErrorCode::NotSupported, "no film");
+    const auto asText = run(planFor(text));
+    ASSERT_FALSE(asText);
+    EXPECT_FALSE(QFileInfo::exists(m_out));
+
+    ExportPlan plan = planFor(source);
+    plan.video->segments[0].source.duration = kCMTimeZero;
+    expectFailure(plan, ErrorCode::InvalidArgument, "no duration");
+    plan = planFor(source);
+    plan.video->segments.push_back(segment(source, 0, 3, 1));
+    expectFailure(plan, ErrorCode::InvalidArgument, "overlap");
+    plan.video->segments[1] = segment(source, 0, 3, 1e6);
+    expectFailure(plan, ErrorCode::LimitExceeded, "days of black");
+
+    const auto onto = m_engine->runExport(planFor(source), source, {}, {});
+    ASSERT_FALSE(onto);
+    EXPECT_TRUE(QFileInfo::exists(source));
+
+    // An absurd length that no one can check: what is there is taken.
+    ExportPlan endless = planFor(make("e.mkv", kFilm), 1e6);
+    exported(endless);
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "75");
+}
+
+TEST_F(ExportCopyTest, StopsWhenToldTo) {
+    const QString source = make("a.mp4", kFilm, "testsrc2=d=20:s=320x240:r=25");
+    std::vector<double> told;
+    m_progress = [&](double part) {
+        told.push_back(part);
+        return part < 0.3;
+    };
+    expectFailure(planFor(source, 20), ErrorCode::Cancelled, "cancelled");
+    m_progress = [&](double part) {
+        told.push_back(part);
+        return true;
+    };
+    told.clear();
+    exported(planFor(source, 20));
+    EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+    EXPECT_GT(told.size(), 3u);
+    EXPECT_EQ(told.back(), 1);
+}
+
+TEST_F(ExportCopyTest, GoesOnPastDamageButNotPastABreak) {
+    const QString source = make("a.mp4", "-movflags +faststart -c:v libx264 -g 10 -c:a aac");
+    QByteArray bytes = testkit::TempDir::read(source);
+    const qsizetype data = bytes.indexOf("mdat");
+    const QString torn = m_dir.write(QStringLiteral("torn.mp4"), bytes.left(bytes.size() * 2 / 3));
+    expectFailure(planFor(torn), ErrorCode::InvalidData, "torn");
+
+    for (qsizetype at = data + 20'000; at < data + 24'000; ++at)
+        bytes[at] = '\x5a';
+    const QString hurt = m_dir.write(QStringLiteral("hurt.mp4"), bytes);
+    const QStringList notes = exported(planFor(hurt));
+    EXPECT_THAT(notes.join(u' ').toStdString(), testing::HasSubstr("damaged pieces"));
+    EXPECT_NEAR(ffprobe(m_out, "v", "stream=duration").toDouble(), 3, 0.2);
+
+    for (qsizetype at = data + 8; at < bytes.size(); ++at)
+        bytes[at] = '\x5a';
+    const QString gone = m_dir.write(QStringLiteral("gone.mp4"), bytes);
+    expectFailure(planFor(gone), ErrorCode::InvalidData, "all damaged");
+}
+
+TEST_F(ExportCopyTest, TellsThatTheDiskIsFull) {
+    const QString small = m_dir.path(QStringLiteral("small"));
+    QDir().mkpath(small);
+    if (geteuid() != 0 || mount("none", small.toUtf8().constData(), "tmpfs", 0, "size=64k") != 0)
+        GTEST_SKIP() << "needs the right to mount";
+    const QString source = make("a.mp4", kFilm, "testsrc2=d=3:s=320x240:r=25");
+    for (const bool first : {false, true}) {
+        ExportPlan plan = planFor(source);
+        plan.moovFirst = first;
+        const QString out = small + QStringLiteral("/out.mp4");
+        const auto done = m_engine->runExport(plan, out, {}, {});
+        EXPECT_FALSE(done);
+        EXPECT_TRUE(done || done.error().code == ErrorCode::NoSpace)
+            << done.error().text().toStdString();
+        EXPECT_FALSE(QFileInfo::exists(out));
+    }
+    umount(small.toUtf8().constData());
+}
+
+} // namespace clipheave::platform

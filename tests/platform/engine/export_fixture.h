@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/foundation/file_reader.h"
+#include "platform/media/model/media_engine.h"
+#include "tests/testkit/testkit.h"
+
+#include <QFile>
+
+#include <cmath>
+
+namespace clipheave::platform {
+
+/// Films made by another program, exports of them by the engine, and that program's judgement.
+class ExportTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
+            GTEST_SKIP() << "needs ffmpeg";
+        const auto loaded = mediaEngine();
+        ASSERT_TRUE(loaded) << loaded.error().text().toStdString();
+        m_engine = *loaded;
+    }
+
+    /// Three seconds of a moving picture and a tone; `options` as on the command line.
+    [[nodiscard]] QString make(const char* name, const char* options,
+                               const char* picture = "testsrc2=d=3:s=192x128:r=25",
+                               const char* sound = "sine=d=3:r=44100") const {
+        const QString path = m_dir.path(QString::fromLatin1(name));
+        const QByteArray inputs = QByteArray("-f lavfi -i ") + picture + " -f lavfi -i " + sound;
+        ffmpeg(inputs + " -pix_fmt yuv420p " + options, path);
+        return path;
+    }
+    static QByteArray ffmpeg(const QByteArray& options, const QString& output) {
+        QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y")};
+        arguments += QString::fromUtf8(options).split(u' ', Qt::SkipEmptyParts);
+        const auto made = testkit::run(QStringLiteral("ffmpeg"), arguments + QStringList{output});
+        EXPECT_EQ(made.exitCode, 0) << made.err.toStdString();
+        return made.out;
+    }
+    [[nodiscard]] static QByteArray ffprobe(const QString& path, const char* stream,
+                                            const char* entries) {
+        QByteArray text =
+            testkit::run(QStringLiteral("ffprobe"),
+                         {QStringLiteral("-v"), QStringLiteral("error"),
+                          QStringLiteral("-select_streams"), QString::fromLatin1(stream),
+                          QStringLiteral("-show_entries"), QString::fromLatin1(entries),
+                          QStringLiteral("-of"), QStringLiteral("csv=p=0"), path})
+                .out.trimmed();
+        // Empty side data leaves commas and lines behind.
+        text.replace(",\n", "\n").replace("\n\n", "\n");
+        while (text.endsWith(','))
+            text.chop(1);
+        return text;
+    }
+    /// Likeness of the pictures of `output` and those of `source` behind `filter`, 0 to 1; frame by
+    /// frame in order.
+    [[nodiscard]] static double likeness(const QString& output, const QString& source,
+                                         const char* filter) {
+        const QByteArray graph = QByteArray("[0:v]format=yuv420p,settb=1/25,setpts=N[a];[1:v]") +
+                                 filter +
+                                 ",format=yuv420p,settb=1/25,setpts=N[b];[a][b]ssim=shortest=1";
+        const auto judged =
+            testkit::run(QStringLiteral("ffmpeg"),
+                         {QStringLiteral("-noautorotate"), QStringLiteral("-i"), output,
+                          QStringLiteral("-noautorotate"), QStringLiteral("-i"), source,
+                          QStringLiteral("-lavfi"), QString::fromLatin1(graph),
+                          QStringLiteral("-f"), QStringLiteral("null"), QStringLiteral("-")});
+        const qsizetype at = judged.err.lastIndexOf("All:");
+        return at < 0 ? -1 : judged.err.mid(at + 4, 6).toDouble();
+    }
+    /// Mono samples of the sound at 8000 Hz, as a player would give them.
+    [[nodiscard]] static std::vector<float> samples(const QString& path) {
+        const auto got =
+            testkit::run(QStringLiteral("ffmpeg"),
+                         {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), path,
+                          QStringLiteral("-vn"), QStringLiteral("-ac"), QStringLiteral("1"),
+                          QStringLiteral("-ar"), QStringLiteral("8000"), QStringLiteral("-f"),
+                          QStringLiteral("f32le"), QStringLiteral("-")});
+        std::vector<float> values(static_cast<std::size_t>(got.out.size()) / sizeof(float));
+        std::memcpy(values.data(), got.out.constData(), values.size() * sizeof(float));
+        return values;
+    }
+    /// Correlation of two sounds, 1 for the same; a millisecond of shift is allowed, which is as
+    /// fine as some containers tell times.
+    [[nodiscard]] static double correlation(const std::vector<float>& a,
+                                            const std::vector<float>& b) {
+        double best = -1;
+        for (std::ptrdiff_t lag = -8; lag <= 8; ++lag) {
+            const auto from = static_cast<std::size_t>(std::max<std::ptrdiff_t>(lag, 0));
+            const auto to = static_cast<std::size_t>(std::max<std::ptrdiff_t>(-lag, 0));
+            double ab = 0, aa = 0, bb = 0;
+            for (std::size_t i = 0; i + from < a.size() && i + to < b.size(); ++i) {
+                const double x = double(a[i + from]), y = double(b[i + to]);
+                ab += x * y;
+                aa += x * x;
+                bb += y * y;
+            }
+            best = std::max(best, aa > 0 && bb > 0 ? ab / std::sqrt(aa * bb) : 0);
+        }
+        return best;
+    }
+
+    [[nodiscard]] static ExportSegment segment(const QString& path, double from, double to,
+                                               double at = 0, double speed = 1) {
+        const CMTime length = CMTimeMakeWithSeconds(to - from, 90000);
+        return {
+            path,
+            0,
+            {CMTimeMakeWithSeconds(from, 90000), length},
+            {CMTimeMakeWithSeconds(at, 90000), CMTimeMakeWithSeconds((to - from) / speed, 90000)}};
+    }
+    /// Film and sound of a whole file, encoded.
+    [[nodiscard]] static ExportPlan planFor(const QString& path, double seconds = 3) {
+        ExportPlan plan;
+        plan.video.emplace().segments = {segment(path, 0, seconds)};
+        plan.sound.emplace().segments = {segment(path, 0, seconds)};
+        return plan;
+    }
+    [[nodiscard]] Result<QStringList> run(const ExportPlan& plan, const char* name = "out.mp4") {
+        m_out = m_dir.path(QString::fromLatin1(name));
+        return m_engine->runExport(plan, m_out, {}, m_progress);
+    }
+    /// The same, to succeed.
+    QStringList exported(const ExportPlan& plan, const char* name = "out.mp4") {
+        const auto done = run(plan, name);
+        EXPECT_TRUE(done) << done.error().text().toStdString();
+        return done.value_or(QStringList());
+    }
+
+    testkit::TempDir m_dir;
+    MediaEngine* m_engine = nullptr;
+    QString m_out;
+    std::function<bool(double)> m_progress;
+};
+
+} // namespace clipheave::platform

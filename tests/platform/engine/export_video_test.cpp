@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/platform/engine/export_fixture.h"
+
+#include <QFileInfo>
+
+namespace clipheave::platform {
+
+namespace {
+
+class ExportVideoTest : public ExportTest {};
+
+constexpr char kH264[] = "-c:v libx264 -c:a aac -ac 2";
+
+} // namespace
+
+TEST_F(ExportVideoTest, TurnsPicturesAtAConstantRate) {
+    const QString source = make("a.mp4", kH264);
+    const struct {
+        int turn;
+        const char* filter;
+    } cases[] = {
+        {0, "null"}, {90, "transpose=clock"}, {180, "hflip,vflip"}, {270, "transpose=cclock"}};
+    for (const auto& [turn, filter] : cases) {
+        ExportPlan plan = planFor(source);
+        plan.video->turns = {turn};
+        plan.video->size = turn % 180 == 0 ? QSize(192, 128) : QSize(128, 192);
+        plan.video->frameDuration = CMTimeMake(1, 30);
+        plan.moovFirst = true;
+        EXPECT_EQ(exported(plan), QStringList()) << turn;
+        EXPECT_GT(likeness(m_out, source, (QByteArray("fps=30,") + filter).constData()), 0.98)
+            << turn;
+        EXPECT_EQ(ffprobe(m_out, "v", "stream=codec_name,r_frame_rate,duration,nb_frames"),
+                  "h264,30/1,3.000000,90");
+        EXPECT_EQ(ffprobe(m_out, "a", "stream=codec_name,channels,duration"), "aac,2,3.000000");
+    }
+    QFile file(m_out);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+    EXPECT_LT(bytes.indexOf("moov"), bytes.indexOf("mdat"));
+}
+
+TEST_F(ExportVideoTest, KeepsTheTimesOfAVariableRateAndTheDisplayMatrix) {
+    const QString source = make("a.mov", "-vf select='not(mod(n\\,3))+between(n\\,30\\,60)' "
+                                         "-vsync vfr -c:v libx264 -bf 2 -c:a aac");
+    ExportPlan plan = planFor(source);
+    plan.container = ExportContainer::QuickTimeMovie;
+    plan.video->preferredTransform = {0, 1, 0, -1, 0, 0, 128, 0, 1};
+    exported(plan);
+    const auto times = [](const QString& path) { return ffprobe(path, "v", "frame=pts_time"); };
+    EXPECT_EQ(times(m_out), times(source));
+    EXPECT_EQ(ffprobe(m_out, "v", "format=duration"), ffprobe(source, "v", "format=duration"));
+    EXPECT_GT(likeness(m_out, source, "null"), 0.98);
+    EXPECT_THAT(ffprobe(m_out, "v", "stream_side_data=rotation").toStdString(),
+                testing::HasSubstr("-90"));
+}
+
+TEST_F(ExportVideoTest, TakesSourcesOfManyKinds) {
+    const struct {
+        const char *name, *options, *expected, *filter;
+    } cases[] = {
+        {"a.mkv", "-c:v libx264 -c:a aac", "192,128,1:1,75", "null"},
+        {"a.avi", "-c:v mpeg4 -q:v 2 -c:a libmp3lame", "192,128,1:1,75", "null"},
+        {"a.webm", "-c:v libvpx -b:v 2M -c:a libopus", "192,128,1:1,75", "null"},
+        {"a.ts", "-c:v libx264 -c:a aac", "192,128,1:1,75", "null"},
+        {"a.mpg", "-c:v mpeg2video -q:v 2 -c:a mp2", "192,128,1:1,75", "null"},
+        {"odd.mkv", "-vf crop=177:99:0:0:exact=1 -c:v ffv1 -c:a aac", "176,98,1:1,75",
+         "crop=176:98:0:0"},
+        {"wide.mp4", "-vf setsar=4/3 -c:v libx264 -c:a aac", "192,128,4:3,75", "null"},
+    };
+    for (const auto& [name, options, expected, filter] : cases) {
+        const QString source = make(name, options);
+        exported(planFor(source, 3.1)); // to their ends
+        EXPECT_EQ(ffprobe(m_out, "v", "stream=width,height,sample_aspect_ratio,nb_frames"),
+                  expected)
+            << name;
+        EXPECT_GT(likeness(m_out, source, filter), 0.98) << name;
+        EXPECT_GT(correlation(samples(m_out), samples(source)), 0.95) << name;
+        EXPECT_NEAR(ffprobe(m_out, "v", "stream=duration").toDouble(), 3, 0.041) << name;
+    }
+}
+
+TEST_F(ExportVideoTest, FitsIntoSquarePixelsWithBars) {
+    const QString source = make("a.mp4", "-vf setsar=4/3 -c:v libx264 -c:a aac");
+    ExportPlan plan = planFor(source);
+    plan.video->size = {128, 128}; // shown as 256x128, fitted to 128x64
+    plan.video->bitRate = 400'000;
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=width,height,sample_aspect_ratio"), "128,128,1:1");
+    EXPECT_GT(likeness(m_out, source, "scale=128:64:flags=bicubic,pad=128:128:0:32,setsar=1"),
+              0.95);
+}
+
+TEST_F(ExportVideoTest, KeepsColoursAndDepthSoThatNothingIsWashedOut) {
+    const struct {
+        const char *name, *options, *expected, *filter, *note;
+    } cases[] = {
+        {"full.mp4", "-pix_fmt yuvj420p -c:v libx264 -colorspace bt709 -color_trc bt709",
+         "yuvj420p,pc,bt709,bt709,unknown", "null", ""},
+        {"sdr10.mp4", "-pix_fmt yuv420p10le -c:v libx264",
+         "yuv420p,unknown,unknown,unknown,unknown", "null", ""},
+        {"rgb.mov", "-pix_fmt rgb24 -c:v png", "yuv420p,tv,bt709,unknown,unknown",
+         "scale=out_color_matrix=bt709:out_range=tv", ""},
+        {"hdr.mov",
+         "-pix_fmt yuv420p10le -c:v libx265 -x265-params log-level=none -color_range tv "
+         "-colorspace bt2020nc -color_trc smpte2084 -color_primaries bt2020",
+         "yuv420p10le,tv,bt2020nc,smpte2084,bt2020", "null", "High dynamic range was kept"},
+    };
+    for (const auto& [name, options, expected, filter, note] : cases) {
+        const QString source = make(name, (QByteArray(options) + " -an").constData());
+        ExportPlan plan = planFor(source);
+        plan.sound.reset();
+        EXPECT_THAT(exported(plan).join(u' ').toStdString(), testing::HasSubstr(note)) << name;
+        EXPECT_EQ(ffprobe(m_out, "v",
+                          "stream=pix_fmt,color_range,color_space,color_transfer,color_primaries"),
+                  expected)
+            << name;
+        EXPECT_GT(likeness(m_out, source, filter), 0.98) << name;
+    }
+    // Both kinds in one film: the high range is brought down, and neither is dark or pale.
+    const QString standard = make("b.mp4", "-c:v libx264 -an");
+    ExportPlan plan = planFor(m_dir.path(QStringLiteral("hdr.mov")));
+    plan.sound.reset();
+    plan.video->segments.push_back(segment(standard, 0, 3, 3));
+    EXPECT_THAT(exported(plan).join(u' ').toStdString(), testing::HasSubstr("standard range"));
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=pix_fmt,color_transfer,nb_frames"), "yuv420p,bt709,150");
+}
+
+TEST_F(ExportVideoTest, KeepsFieldsWhereThePictureIsUntouchedAndWeavesThemElse) {
+    const QString source = make("a.mpg", "-c:v mpeg2video -q:v 2 -flags +ildct+ilme -top 1 -an");
+    ExportPlan plan = planFor(source);
+    plan.sound.reset();
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=field_order,nb_frames"), "tt,75");
+    plan.video->turns = {90};
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=width,height,field_order,nb_frames"),
+              "128,192,progressive,75");
+}
+
+TEST_F(ExportVideoTest, JoinsPiecesOfDifferentFilesAroundASplit) {
+    const QString first = make("a.mp4", kH264);
+    const QString second = make("b.webm", "-c:v libvpx -b:v 2M -c:a libopus -ac 1",
+                                "smptebars=d=3:s=128x128:r=30", "sine=d=3:f=880:r=48000");
+    // The first second of one, all of the other, the rest of the first; then a second of nothing
+    // and one more.
+    const std::vector<ExportSegment> pieces{segment(first, 0, 1), segment(second, 0, 3, 1),
+                                            segment(first, 1, 3, 4), segment(first, 0.5, 1.5, 7)};
+    ExportPlan plan = planFor(first);
+    plan.video->segments = plan.sound->segments = pieces;
+    plan.sound->channels = 1;
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=width,height,duration"), "192,128,8.000000");
+    EXPECT_EQ(ffprobe(m_out, "a", "stream=sample_rate,channels,duration"), "44100,1,8.000000");
+    const struct {
+        const char* range;
+        QString source;
+        const char* filter;
+    } cases[] = {
+        {"0:0.99", first, "trim=0:0.99"},
+        {"0.99:3.99", second, "pad=192:128:32:0"},
+        {"3.99:5.99", first, "trim=0.99:3"},
+        {"7.001:7.99", first, "trim=0.5:1.49"},
+    };
+    for (const auto& [range, source, filter] : cases) {
+        const QString part = m_dir.path(QStringLiteral("part.mkv"));
+        ffmpeg("-i " + m_out.toUtf8() + " -an -vf trim=" + range + " -c:v ffv1 -vsync passthrough",
+               part);
+        EXPECT_GT(likeness(part, source, filter), 0.97) << range;
+    }
+    const std::vector<float> sound = samples(m_out);
+    const auto loudest = [&](double from, double to) {
+        float most = 0;
+        for (auto i = static_cast<std::size_t>(from * 8000);
+             i < static_cast<std::size_t>(to * 8000) && i < sound.size(); ++i)
+            most = std::max(most, std::abs(sound[i]));
+        return most;
+    };
+    EXPECT_LT(loudest(6.05, 6.95), 0.001F); // the stretch of nothing
+    EXPECT_GT(loudest(7.05, 7.95), 0.05F);
+    EXPECT_GT(loudest(1.05, 3.9), 0.05F);
+}
+
+TEST_F(ExportVideoTest, CutsToTheFrameAndStretchesTime) {
+    const QString source = make("a.mp4", "-c:v libx264 -g 50 -c:a aac");
+    ExportPlan plan = planFor(source);
+    plan.video->segments = plan.sound->segments = {segment(source, 1.4, 2.6)};
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "1.200000,30");
+    EXPECT_GT(likeness(m_out, source, "trim=1.4:2.6"), 0.98);
+    plan.video->segments = plan.sound->segments = {segment(source, 0, 3, 0, 0.5)};
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "6.000000,75");
+    EXPECT_EQ(ffprobe(m_out, "a", "stream=duration"), "6.000000");
+}
+
+TEST_F(ExportVideoTest, GivesRealFilesTheirWholeLength) {
+    if (testkit::corpus().isEmpty())
+        GTEST_SKIP() << "needs CLIPHEAVE_CORPUS";
+    for (const char* name :
+         {"media__dolbyVision-hdr.MOV", "photoprism__quicktime-hvc1.mov", "nom-exif__meta.mov",
+          "media__sample_shorter_audio.mp4", "libwebm__bbb_480p_vp9_opus_1second.webm",
+          "file-type__fixture.ps.mpg", "media__sd-hls0000000000.ts", "exiv2__flame.avi"}) {
+        const QString source =
+            testkit::corpus() + QStringLiteral("/video/") + QString::fromLatin1(name);
+        const double length = ffprobe(source, "v:0", "format=duration").toDouble();
+        const auto frames =
+            static_cast<double>(ffprobe(source, "v:0", "frame=media_type").count("video"));
+        ExportPlan plan = planFor(source, length);
+        plan.sound.reset();
+        plan.video->size = {64, 64};
+        exported(plan);
+        EXPECT_NEAR(ffprobe(m_out, "v", "stream=nb_frames").toDouble(), frames, 1) << name;
+        EXPECT_NEAR(ffprobe(m_out, "v", "stream=duration").toDouble(), length, 0.15) << name;
+    }
+}
+
+} // namespace clipheave::platform
