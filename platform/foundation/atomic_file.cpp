@@ -8,6 +8,7 @@
 #include <QRandomGenerator>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
@@ -178,7 +179,7 @@ Result<AtomicFile> AtomicFile::create(const QString& target, std::uint64_t sizeH
 AtomicFile::AtomicFile(AtomicFile&& other) noexcept
     : m_target(std::exchange(other.m_target, {})),
       m_temporary(std::exchange(other.m_temporary, {})), m_fd(std::move(other.m_fd)),
-      m_position(other.m_position), m_reserved(other.m_reserved) {
+      m_position(other.m_position), m_reserved(other.m_reserved), m_dates(other.m_dates) {
 }
 
 AtomicFile& AtomicFile::operator=(AtomicFile&& other) noexcept {
@@ -190,6 +191,7 @@ AtomicFile& AtomicFile::operator=(AtomicFile&& other) noexcept {
     m_fd = std::move(other.m_fd);
     m_position = other.m_position;
     m_reserved = other.m_reserved;
+    m_dates = other.m_dates;
     return *this;
 }
 
@@ -283,6 +285,9 @@ Result<void> AtomicFile::commit(NSFileManager::IfExists ifExists) {
         return systemFailure(operation, m_target, errno);
     if (const int error = makeDurable(m_fd.get()))
         return systemFailure(operation, m_target, error);
+    // As late as can be: an old date would make the temporary look like a left-over.
+    if (m_dates && ::futimens(m_fd.get(), m_dates->data()) != 0)
+        return systemFailure(QStringLiteral("copy the dates"), m_target, errno);
     const QByteArray from = nativePath(m_temporary);
     const QByteArray to = nativePath(m_target);
     int error = 0;
@@ -336,9 +341,7 @@ Result<AtomicFile> AtomicFile::copyOf(const QString& from, const QString& to,
     if (::fstat(source->fd(), &status) != 0 || ::fchmod(copy->fd(), status.st_mode & 0777) != 0)
         return systemFailure(QStringLiteral("copy the permissions"), to, errno);
     copy->copyExtendedAttributes(source->fd());
-    const timespec times[2] = {status.st_atim, status.st_mtim};
-    if (::futimens(copy->fd(), times) != 0)
-        return systemFailure(QStringLiteral("copy the dates"), to, errno);
+    copy->m_dates = std::array<timespec, 2>{status.st_atim, status.st_mtim};
     return copy;
 }
 

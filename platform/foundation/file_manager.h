@@ -8,7 +8,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <array>
 #include <cstdint>
+#include <ctime>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -132,7 +134,8 @@ private:
     QString m_target, m_temporary;
     FileDescriptor m_fd;
     std::uint64_t m_position = 0;
-    std::uint64_t m_reserved = 0; ///< bytes of blocks taken in advance
+    std::uint64_t m_reserved = 0;                   ///< bytes of blocks taken in advance
+    std::optional<std::array<timespec, 2>> m_dates; ///< of access and modification, for commit()
 };
 
 /// While one lives, AtomicFile::commit() of this thread makes the bytes of a file durable as ever,

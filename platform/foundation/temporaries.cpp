@@ -72,8 +72,7 @@ void removeStaleTemporaries(const QString& folder) {
         if (maker == 0 || ::lstat(path.constData(), &status) != 0 ||
             !(S_ISREG(status.st_mode) || S_ISLNK(status.st_mode)))
             continue;
-        // A copy has the modification date of its source before it is complete.
-        if (std::time(nullptr) - status.st_mtime > age && !makerIsAlive(maker, status.st_ctime))
+        if (std::time(nullptr) - status.st_mtime > age && !makerIsAlive(maker, status.st_mtime))
             ::unlink(path.constData());
     }
 }
