@@ -22,6 +22,7 @@ constexpr int kPreviewPadding = 6;
 constexpr int kPreviewLead = 12, kPreviewEnd = 8; // of a row, outside its cells' own padding
 constexpr int kChevronColumn = 28;                // at the right end of the current name
 constexpr int kNoteColumn = 128;
+constexpr int kHintGap = 8;
 constexpr int kNotePicture = 16, kNoteGap = 6;
 constexpr double kOddRow = 0.55;
 
@@ -103,7 +104,7 @@ private:
         const QString name =
             elidedName(RenamePreviewModel::newName(move), metrics, cell.width() - hintWidth);
         paintLine(painter, cell, move.stays ? Token::text3 : Token::text1, name);
-        paintLine(painter, cell.adjusted(metrics.horizontalAdvance(name) + 8, 0, 0, 0),
+        paintLine(painter, cell.adjusted(metrics.horizontalAdvance(name) + kHintGap, 0, 0, 0),
                   Token::text3, hint);
     }
 
@@ -178,10 +179,14 @@ QString RenamePreviewModel::newName(const batch::RenameMove& move) {
 }
 
 QString RenamePreviewModel::hint(const batch::RenameMove& move) {
-    if (move.stays)
-        return tr("keeps its name");
+    if (move.stays) // the reason stands in the note; where there is none, nobody wants another name
+        return move.note == batch::RenameNote::None ? QString() : tr("keeps its name");
     const QString folder = folderOf(move.target);
-    return folder == folderOf(move.source) ? QString() : tr("moves to %1").arg(nameOf(folder));
+    if (folder == folderOf(move.source))
+        return {};
+    return folder == folderOf(move.storageFolder + QLatin1String("/x"))
+               ? tr("to the storage folder")
+               : tr("to %1").arg(nameOf(folder));
 }
 
 int RenamePreviewModel::rowCount(const QModelIndex& parent) const {

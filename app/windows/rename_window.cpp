@@ -140,10 +140,12 @@ QGridLayout* RenameWindow::makeTagGrid() {
         renameCheck(tr("Keep existing file name text"), "keepFileNameBtn", parent);
     all.keepFileNameBtn->setChecked(true);
     all.seqNumBtn = renameCheck(tr("Start number at: 1"), "seqNumBtn", parent);
+    // Deliberate: this box changes nothing. The characters that a template may not keep are left
+    // out, whether it is on or off, and no "_" takes their place; the table of new names shows it.
     all.replaceInvaidStrBtn =
         renameCheck(tr("Replace invalid characters with _"), "replaceInvaidStrBtn", parent);
-    // Deliberate: it changes nothing. The characters that a template may not keep are left out,
-    // whether it is on or off, and no "_" takes their place; the table of new names shows that.
+    all.replaceInvaidStrBtn->setToolTip(
+        tr("Braces, brackets, commas and slashes are left out of the names in any case"));
     all.AddSuffixStrBtn = renameCheck(tr("Add suffix"), "AddSuffixStrBtn", parent);
     all.AddSuffixStrBtn->hide();
     auto* grid = new QGridLayout;
@@ -281,10 +283,12 @@ void RenameWindow::refreshTexts() {
                                              : tr("Rename %1 Files").arg(count));
     const int leaving = m_preview->previewModel()->leavingCount();
     const QString files = count == 1 ? tr("1 file") : tr("%1 files").arg(count);
-    setSubtitle(count == 0 ? tr("no file is selected")
-                : keeps    ? files
-                : leaving == 0
-                    ? tr("%1, renamed where they are").arg(files)
+    setSubtitle(count == 0                   ? tr("no file is selected")
+                : keeps                      ? files
+                : leaving == 0 && count == 1 ? tr("1 file, renamed where it is")
+                : leaving == 0               ? tr("%1, renamed where they are").arg(files)
+                : leaving == count
+                    ? tr("%1, moved to the storage folder").arg(files)
                     : tr("%1, %2 of them moved to the storage folder").arg(files).arg(leaving));
 }
 

@@ -9,7 +9,7 @@ from desktop import eventually
 
 COLUMNS = ("Media Name", "Media Size", "Media Length", "Media Kind", "Media Artist", "Media Album",
            "Media Created Date")
-COUNTS = {"Media list": len(COLUMNS), "Tasks": 6}  # columns of the tables
+COUNTS = {"Media list": len(COLUMNS), "Tasks": 6, "Current and new names": 3}  # columns of the tables
 
 
 class Program:

@@ -138,6 +138,34 @@ class MouseTest(WindowTest):
         user.get("label", "Nothing selected")
         self.assertTrue(list(self.demo.rglob(before[2])))
 
+    def test_rename_and_take_it_back(self):
+        user = self.user
+        folder = self.desktop.folder / "rename"
+        shutil.copytree(self.demo / "Iceland", folder)
+        self.addCleanup(shutil.rmtree, folder)
+        before = {path.name: digest(path) for path in folder.iterdir()}
+        user.add(folder, 3)
+        user.select(user.names()[0])
+        user.hands.key("Ctrl+a")
+        user.click("push button", "Rename")
+        user.dialog("Rename")
+        eventually(lambda: user.has_focus("text", "Custom text"), "the text has the focus")
+        user.hands.type("Trip")
+        numbers = [node for node in user.tree.shown() if (node.role, node.name) == ("check box", "Start number at: 1")]
+        user.click_on(numbers[0])
+        new = [f"Trip{number:06}{pathlib.Path(name).suffix}" for number, name in enumerate(user.names(), 1)]
+        eventually(lambda: [row[1] for row in user.rows("Current and new names")] == new, lambda: new)
+        self.assertEqual([path.name for path in folder.iterdir() if path.name not in before], [], "before Return")
+        user.hands.key("Return")
+        user.open_activity()
+        user.task_done("Rename", "3 done")
+        self.assertEqual(sorted(path.name for path in folder.iterdir()), sorted(new))
+        user.hands.key("Alt+e")
+        eventually(user.hands.menu_is_open, "the menu is open")
+        user.click("menu item", "Undo Rename")
+        user.task_done("Undo rename", "3 done")
+        self.assertEqual({path.name: digest(path) for path in folder.iterdir()}, before)
+
     def test_edit_and_save(self):
         user = self.user
         source = self.demo / "Iceland/dyrholaey-timelapse.mp4"
@@ -360,7 +388,7 @@ class AccessTest(WindowTest):
     def test_other_windows(self):
         user, faults = self.user, []
         for keys, name in ((("Ctrl+comma",), "Preferences"), (("Ctrl+o",), "Open"),
-                           (("Ctrl+q",), "Are you sure you want to Exit ?")):
+                           (("F2",), "Rename"), (("Ctrl+q",), "Are you sure you want to Exit ?")):
             user.hands.key(*keys)
             window = user.dialog(name)
             eventually(user.focused, f"something has the focus in {name}")

@@ -215,9 +215,8 @@ TEST_F(RenameTest, WhatTheTableShowsIsWhatHappensWhereNamesExist) {
     EXPECT_EQ(targets(), (QStringList{dir.path(u"out/b 1.mp4"_qs), dir.path(u"out/c 2.mp4"_qs),
                                       dir.path(u"out/a 3.mp4"_qs)}));
     EXPECT_EQ(window().preview()->previewModel()->index(1, 1).data(Qt::AccessibleTextRole),
-              u"c 2.mp4, moves to out"_qs);
-    EXPECT_TRUE(
-        window().findChild<QLabel*>(u"windowSubtitle"_qs)->text().contains(u"3 of them"_qs));
+              u"c 2.mp4, to the storage folder"_qs);
+    EXPECT_TRUE(window().findChild<QLabel*>(u"windowSubtitle"_qs)->text().contains(u"moved to"_qs));
     finish();
     EXPECT_EQ(onDisk("out"), (QStringList{u"a 3.mp4"_qs, u"b 1.mp4"_qs, u"c 2.mp4"_qs}));
     EXPECT_TRUE(onDisk("in").isEmpty());
