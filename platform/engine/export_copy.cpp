@@ -101,7 +101,8 @@ std::optional<PacketCopier::Times> PacketCopier::timesOf(const AVPacket& packet)
 }
 
 int PacketCopier::give(Packet packet, const Times& times) {
-    const std::int64_t end = ticksTo(m_stretch.toTarget(times.pts + times.duration), m_base);
+    const Ticks shownTo = std::min(times.pts + times.duration, m_stretch.sourceEnd);
+    const std::int64_t end = ticksTo(m_stretch.toTarget(shownTo), m_base);
     packet->pts = ticksTo(m_stretch.toTarget(times.pts), m_base);
     packet->dts = ticksTo(m_stretch.toTarget(times.dts), m_base);
     packet->duration = std::max<std::int64_t>(end - packet->pts, 0);
@@ -135,9 +136,7 @@ int PacketCopier::take(AVPacket& packet, const Times& times) {
     }
     if (const int code = giveHeld(); code < 0)
         return code;
-    Times cut = times;
-    cut.duration = std::min(times.duration, m_stretch.sourceEnd - times.pts);
-    return give(std::move(copy), cut);
+    return give(std::move(copy), times);
 }
 
 /// The packet's times once the segment has begun, none before.

@@ -35,30 +35,45 @@ std::array<std::int32_t, 9> fixedMatrix(const std::array<double, 9>& matrix) {
     return fixed;
 }
 
+tl::unexpected<Error> cannotHold(const AVCodecParameters& codec) {
+    return failure(ErrorCode::NotSupported, QString::fromLatin1(kWriteExportText), {},
+                   QStringLiteral("the container cannot hold ") +
+                       QString::fromLatin1(avcodec_get_name(codec.codec_id)) +
+                       QStringLiteral(" as it is"));
+}
+
 /// Writes packets of all lanes and reports.
 class LaneWriter {
 public:
     LaneWriter(ExportLanes& lanes, FileOutput& output, Ticks end,
                const std::function<bool(double)>& progress)
         : m_lanes(lanes), m_output(output), m_end(end), m_progress(progress),
-          m_streams(lanes.count(), nullptr) {}
+          m_written(lanes.count()) {}
 
     Result<void> begin(const ExportPlan& plan, const PlannedExport& planned);
     Result<void> writeAll();
 
 private:
+    /// A track so far, in the time base of its lane. The newest packet waits for the next one.
+    struct Written {
+        AVStream* stream = nullptr;
+        Packet newest;
+        std::int64_t firstDts = 0, firstPts = 0, end = 0;
+    };
     Result<void> waitForTracks();
     Result<void> addTracks();
     Result<void> addTrack(OutputTrack& track, AVStream*& stream);
     static bool addSideData(const OutputTrack& track, AVStream& stream);
     Result<void> report(Ticks written);
-    Result<void> write(AVPacket& packet, std::size_t lane);
+    Result<void> write(Packet packet, std::size_t lane);
+    Result<void> writeNewest(std::size_t lane);
+    Result<void> writeRest();
 
     ExportLanes& m_lanes;
     FileOutput& m_output;
     Ticks m_end;
     const std::function<bool(double)>& m_progress;
-    std::vector<AVStream*> m_streams; ///< by lane, null: none
+    std::vector<Written> m_written; ///< by lane
     std::chrono::steady_clock::time_point m_lastReport{};
     double m_done = 0;
 };
@@ -140,7 +155,7 @@ Result<void> LaneWriter::addTrack(OutputTrack& track, AVStream*& stream) {
 Result<void> LaneWriter::addTracks() {
     for (std::size_t lane = 0; lane < m_lanes.count(); ++lane)
         if (OutputTrack* track = m_lanes.track(lane))
-            if (auto added = addTrack(*track, m_streams[lane]); !added)
+            if (auto added = addTrack(*track, m_written[lane].stream); !added)
                 return added;
     return {};
 }
@@ -164,18 +179,60 @@ Result<void> LaneWriter::begin(const ExportPlan& plan, const PlannedExport& plan
     while (units < 10'000) // so does the writer with a track's time base
         units *= 2;
     options.set("movie_timescale", QByteArray::number(units).constData());
-    return m_output.writeHeader(options);
+    auto begun = m_output.writeHeader(options);
+    // Nothing but a coding that this container does not take is invalid here.
+    if (!begun && begun.error().code == ErrorCode::InvalidData)
+        return cannotHold(*format.streams[0]->codecpar);
+    return begun;
 }
 
-Result<void> LaneWriter::write(AVPacket& packet, std::size_t lane) {
-    AVStream& stream = *m_streams[lane];
+Result<void> LaneWriter::write(Packet packet, std::size_t lane) {
+    Written& written = m_written[lane];
+    const std::int64_t end = packet->duration > 0 ? packet->pts + packet->duration : packet->pts;
+    if (written.newest) {
+        written.end = std::max(written.end, end);
+        if (auto done = writeNewest(lane); !done)
+            return done;
+    } else {
+        written.firstDts = packet->dts;
+        written.firstPts = packet->pts;
+        written.end = end;
+    }
+    written.newest = std::move(packet);
+    return {};
+}
+
+Result<void> LaneWriter::writeNewest(std::size_t lane) {
+    const Written& written = m_written[lane];
+    AVPacket& packet = *written.newest;
     const AVRational base = m_lanes.track(lane)->timeBase;
     const Ticks time = ticksOf(packet.dts, base).value_or(0);
-    packet.stream_index = stream.index;
-    av_packet_rescale_ts(&packet, base, stream.time_base);
-    if (const int code = av_write_frame(m_output.context(), &packet); code < 0)
+    packet.stream_index = written.stream->index;
+    av_packet_rescale_ts(&packet, base, written.stream->time_base);
+    const int code = av_write_frame(m_output.context(), &packet);
+    if (code == AVERROR(EPERM) || code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA ||
+        code == AVERROR_PATCHWELCOME)
+        return cannotHold(*written.stream->codecpar);
+    if (code < 0)
         return m_output.failed(kWriteExportText, code);
     return report(time);
+}
+
+/// The writer takes the length of a track from its last packet in decoding order; the last one that
+/// is shown may be another.
+Result<void> LaneWriter::writeRest() {
+    for (std::size_t lane = 0; lane < m_written.size(); ++lane) {
+        const Written& written = m_written[lane];
+        if (!written.newest)
+            continue;
+        AVPacket& packet = *written.newest;
+        if (written.stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO)
+            packet.duration = std::max<std::int64_t>(
+                written.end - written.firstPts - (packet.dts - written.firstDts), 1);
+        if (auto done = writeNewest(lane); !done)
+            return done;
+    }
+    return {};
 }
 
 Result<void> LaneWriter::writeAll() {
@@ -186,8 +243,9 @@ Result<void> LaneWriter::writeAll() {
         if (outcome == ExportLanes::Outcome::Failed)
             return tl::unexpected(m_lanes.error());
         if (outcome == ExportLanes::Outcome::End)
-            return {};
-        auto done = outcome == ExportLanes::Outcome::Ready ? write(*packet, lane) : report(0);
+            return writeRest();
+        auto done =
+            outcome == ExportLanes::Outcome::Ready ? write(std::move(packet), lane) : report(0);
         if (!done)
             return done;
     }

@@ -181,10 +181,8 @@ Result<void> readSound(const ExportPlan& plan, PlannedExport& planned) {
         return valid;
     const bool decoded = plan.sound->coding == ExportCoding::Encode && plan.sound->volume > 0;
     auto segments = TrackReader(AVMEDIA_TYPE_AUDIO, decoded).read(plan.sound->segments);
-    const bool unknownCodec =
-        !segments && segments.error().code == ErrorCode::NotSupported && decoded;
-    if (unknownCodec && plan.video) {
-        // The film is worth having without a sound that nothing here can play.
+    if (!segments && segments.error().code == ErrorCode::NotSupported && plan.video) {
+        // The film is worth having without a sound that is not there or that nothing can play.
         planned.notes << QStringLiteral("%1: %2; left out")
                              .arg(QFileInfo(segments.error().path).fileName(),
                                   segments.error().detail);

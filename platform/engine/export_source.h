@@ -57,7 +57,9 @@ public:
     void restart();
     [[nodiscard]] int damaged() const { return m_damaged; }
     /// What the decoder said last of a damaged packet.
-    [[nodiscard]] QString complaint() const { return ffmpegText(m_complaint); }
+    [[nodiscard]] QString complaint() const {
+        return m_complaint < 0 ? ffmpegText(m_complaint) : QStringLiteral("no data");
+    }
 
 private:
     explicit ExportDecoder(ExportSource& source) : m_source(source) {}
