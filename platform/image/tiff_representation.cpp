@@ -5,6 +5,10 @@
 #include <QImage>
 #include <QImageReader>
 #include <QImageWriter>
+#include <QtEndian>
+
+#include <array>
+#include <cstring>
 
 namespace clipheave::platform {
 
@@ -39,7 +43,79 @@ Result<EncodedPicture> transcoded(const EncodedPicture& picture, const char* for
     return result;
 }
 
+/// TIFF 6.0, section 2: a little-endian file of one directory, whose numbers are all known.
+class TiffHeader {
+public:
+    static constexpr std::uint32_t kSize = 8 + 2 + 14 * 12 + 4 + 6 + 2 + 16;
+
+    TiffHeader(std::uint32_t width, std::uint32_t height) {
+        constexpr std::uint32_t kEntries = 14, kBits = 8 + 2 + kEntries * 12 + 4;
+        constexpr std::uint32_t kResolutions = kBits + 8;
+        m_bytes.append("II*\0\x08\0\0\0", 8);
+        number<std::uint16_t>(kEntries);
+        entry(256, kLong, width);
+        entry(257, kLong, height);
+        entry(258, kShort, kBits, 3); // bits per sample
+        entry(259, kShort, 1);        // not compressed
+        entry(262, kShort, 2);        // RGB
+        entry(273, kLong, kSize);     // one strip
+        entry(274, kShort, 1);        // upright
+        entry(277, kShort, 3);        // samples per pixel
+        entry(278, kLong, height);    // rows of the strip
+        entry(279, kLong, width * height * 3);
+        entry(282, kRational, kResolutions);
+        entry(283, kRational, kResolutions + 8);
+        entry(284, kShort, 1); // components beside each other
+        entry(296, kShort, 2); // resolution per inch
+        number<std::uint32_t>(0);
+        for (const int bits : {8, 8, 8, 0})
+            number(static_cast<std::uint16_t>(bits));
+        for (const std::uint32_t part : {72u, 1u, 72u, 1u})
+            number(part);
+    }
+    [[nodiscard]] const QByteArray& bytes() const { return m_bytes; }
+
+private:
+    static constexpr std::uint16_t kShort = 3, kLong = 4, kRational = 5;
+    template <class T> void number(T value) {
+        const T ordered = qToLittleEndian(value);
+        m_bytes.append(reinterpret_cast<const char*>(&ordered), sizeof ordered);
+    }
+    /// A single short stands in the first half of the value, which little-endian does by itself.
+    void entry(std::uint16_t tag, std::uint16_t type, std::uint32_t value,
+               std::uint32_t count = 1) {
+        number(tag);
+        number(type);
+        number(count);
+        number(value);
+    }
+    QByteArray m_bytes;
+};
+
 } // namespace
+
+Result<QByteArray> TIFFRepresentation(const RawPicture& picture) {
+    const QString operation = QStringLiteral("make the TIFF picture");
+    const qint64 pixels = qint64{std::max(picture.width, 0)} * std::max(picture.height, 0);
+    if (pixels == 0 || picture.rgb32.size() != pixels * 4)
+        return failure(ErrorCode::InvalidArgument, operation);
+    if (pixels > (qint64{UINT32_MAX} - TiffHeader::kSize) / 3)
+        return failure(ErrorCode::LimitExceeded, operation);
+    const TiffHeader header(static_cast<std::uint32_t>(picture.width),
+                            static_cast<std::uint32_t>(picture.height));
+    // Four bytes are written for each three; one more at the end takes the last.
+    QByteArray bytes(header.bytes().size() + pixels * 3 + 1, Qt::Uninitialized);
+    std::memcpy(bytes.data(), header.bytes().constData(),
+                static_cast<std::size_t>(header.bytes().size()));
+    char* to = bytes.data() + header.bytes().size();
+    const auto* pixel = reinterpret_cast<const std::uint32_t*>(picture.rgb32.constData());
+    for (qint64 i = 0; i < pixels; ++i, to += 3) {
+        const std::uint32_t ordered = qToBigEndian(pixel[i] << 8);
+        std::memcpy(to, &ordered, sizeof ordered);
+    }
+    bytes.chop(1);
+    return bytes;
+}
 
 Result<EncodedPicture> TIFFRepresentation(const EncodedPicture& picture) {
     return picture.format() == u"tiff" ? Result<EncodedPicture>(picture)
