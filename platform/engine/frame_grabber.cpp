@@ -2,6 +2,7 @@
 #include "platform/engine/frame_grabber.h"
 
 #include "platform/engine/file_input.h"
+#include "platform/engine/frame_source_picture.h"
 
 #include <algorithm>
 #include <array>
@@ -182,48 +183,6 @@ bool convertPicture(const AVFrame& frame, RawPicture& picture) {
     return true;
 }
 
-/// The display matrix as a turn by quarters, mirrored or not: x' = a x + c y, y' = b x + d y.
-struct Turn {
-    int a = 1, b = 0, c = 0, d = 1;
-};
-
-Turn turnOf(const AVStream& stream) {
-    std::size_t size = 0;
-    const std::uint8_t* bytes = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
-    std::array<std::int32_t, 9> matrix{};
-    if (bytes == nullptr || size < sizeof matrix)
-        return {};
-    std::memcpy(matrix.data(), bytes, sizeof matrix);
-    const auto sign = [](std::int32_t value) { return value > 0 ? 1 : value < 0 ? -1 : 0; };
-    const auto magnitude = [](std::int32_t value) { return std::abs(std::int64_t{value}); };
-    Turn turn{sign(matrix[0]), sign(matrix[1]), sign(matrix[3]), sign(matrix[4])};
-    if (magnitude(matrix[0]) >= magnitude(matrix[1]))
-        turn.b = turn.c = 0;
-    else
-        turn.a = turn.d = 0;
-    return turn.a * turn.d - turn.b * turn.c != 0 ? turn : Turn{};
-}
-
-RawPicture turned(const RawPicture& source, const Turn& turn) {
-    if (turn.a == 1 && turn.d == 1)
-        return source;
-    const bool swapsSides = turn.a == 0;
-    RawPicture target;
-    target.width = swapsSides ? source.height : source.width;
-    target.height = swapsSides ? source.width : source.height;
-    target.rgb32.resize(source.rgb32.size());
-    const auto* from = reinterpret_cast<const std::uint32_t*>(source.rgb32.constData());
-    auto* to = reinterpret_cast<std::uint32_t*>(target.rgb32.data());
-    const int left = turn.a + turn.c < 0 ? target.width - 1 : 0;
-    const int top = turn.b + turn.d < 0 ? target.height - 1 : 0;
-    for (int y = 0; y < source.height; ++y)
-        for (int x = 0; x < source.width; ++x) {
-            const std::int64_t row = top + turn.b * x + turn.d * y;
-            to[row * target.width + left + turn.a * x + turn.c * y] = *from++;
-        }
-    return target;
-}
-
 void makeOpaque(RawPicture& picture) {
     auto* pixel = reinterpret_cast<std::uint32_t*>(picture.rgb32.data());
     for (qsizetype i = 0; i < picture.rgb32.size() / 4; ++i)
@@ -257,7 +216,7 @@ Result<RawPicture> grabPicture(const QString& path, double seconds, int largestS
         return tl::unexpected(
             grabError(ErrorCode::InvalidData, path, QStringLiteral("no picture was decoded")));
     makeOpaque(picture);
-    return turned(picture, turnOf(*stream));
+    return turnedPicture(picture, quarterTurnOf(*stream));
 }
 
 } // namespace clipheave::platform

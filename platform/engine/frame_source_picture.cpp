@@ -7,7 +7,6 @@ extern "C" {
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
 
 namespace clipheave::platform {
@@ -42,45 +41,13 @@ void makeOpaquePicture(RawPicture& picture) {
 QuarterTurn quarterTurnOf(const AVStream& stream) {
     std::size_t size = 0;
     const std::uint8_t* bytes = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
-    std::array<std::int32_t, 9> matrix{};
-    if (bytes == nullptr || size < sizeof matrix)
+    std::array<std::int32_t, 9> fixed{};
+    if (bytes == nullptr || size < sizeof fixed)
         return {};
-    std::memcpy(matrix.data(), bytes, sizeof matrix);
-    const auto sign = [](std::int32_t value) { return value > 0 ? 1 : value < 0 ? -1 : 0; };
-    const auto magnitude = [](std::int32_t value) { return std::abs(std::int64_t{value}); };
-    QuarterTurn turn{sign(matrix[0]), sign(matrix[1]), sign(matrix[3]), sign(matrix[4])};
-    if (magnitude(matrix[0]) >= magnitude(matrix[1]))
-        turn.b = turn.c = 0;
-    else
-        turn.a = turn.d = 0;
-    return turn.a * turn.d - turn.b * turn.c != 0 ? turn : QuarterTurn{};
-}
-
-RawPicture turnedPicture(const RawPicture& source, const QuarterTurn& turn) {
-    constexpr int kBlock = 32; // both sides of a block stay in the cache
-    if (turn.isIdentity())
-        return source;
-    RawPicture target;
-    target.width = turn.swapsSides() ? source.height : source.width;
-    target.height = turn.swapsSides() ? source.width : source.height;
-    target.rgb32 = QByteArray(source.rgb32.size(), Qt::Uninitialized);
-    const auto* from = reinterpret_cast<const std::uint32_t*>(source.rgb32.constData());
-    auto* to = reinterpret_cast<std::uint32_t*>(target.rgb32.data());
-    const std::int64_t left = turn.a + turn.c < 0 ? target.width - 1 : 0;
-    const std::int64_t top = turn.b + turn.d < 0 ? target.height - 1 : 0;
-    const std::int64_t perColumn = turn.a + std::int64_t{turn.b} * target.width;
-    const std::int64_t perRow = turn.c + std::int64_t{turn.d} * target.width;
-    for (int blockY = 0; blockY < source.height; blockY += kBlock)
-        for (int blockX = 0; blockX < source.width; blockX += kBlock)
-            for (int y = blockY; y < std::min(blockY + kBlock, source.height); ++y) {
-                std::int64_t at = top * target.width + left + perRow * y + perColumn * blockX;
-                const std::uint32_t* pixel = from + std::int64_t{y} * source.width + blockX;
-                for (int x = blockX; x < std::min(blockX + kBlock, source.width); ++x) {
-                    to[at] = *pixel++;
-                    at += perColumn;
-                }
-            }
-    return target;
+    std::memcpy(fixed.data(), bytes, sizeof fixed);
+    std::array<double, 9> matrix{};
+    std::copy(fixed.begin(), fixed.end(), matrix.begin());
+    return nearestQuarterTurn(matrix);
 }
 
 PictureMaker::PictureMaker(const AVStream& film, QSize size)

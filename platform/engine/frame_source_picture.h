@@ -3,21 +3,14 @@
 
 #include "platform/engine/ffmpeg.h"
 #include "platform/engine/frame_source_tone.h"
-#include "platform/media/model/media_engine.h"
+#include "platform/media/model/picture_turn.h"
 
 #include <optional>
 
 namespace clipheave::platform {
 
-/// The display matrix as a turn by quarters, mirrored or not: x' = a x + c y, y' = b x + d y.
-struct QuarterTurn {
-    int a = 1, b = 0, c = 0, d = 1;
-    [[nodiscard]] bool isIdentity() const { return a == 1 && d == 1; }
-    [[nodiscard]] bool swapsSides() const { return a == 0; }
-};
 /// The nearest quarter to the stream's display matrix.
 [[nodiscard]] QuarterTurn quarterTurnOf(const AVStream& stream);
-[[nodiscard]] RawPicture turnedPicture(const RawPicture& source, const QuarterTurn& turn);
 
 /// Makes upright pictures of one size out of decoded frames, in the colours of a common screen.
 class PictureMaker {

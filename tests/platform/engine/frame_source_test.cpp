@@ -172,4 +172,150 @@ TEST_F(FrameSourceTest, EndsWhereTheFilmEnds) {
     EXPECT_EQ(number(film->frameAt({8, 1})), -1);
 }
 
+TEST_F(FrameSourceTest, ShowsShapesAndColoursAsTheyAreMeant) {
+    const struct {
+        const char *name, *options;
+        QSize size;
+        const char* reference; ///< filters that make ffmpeg show the same
+    } films[] = {{"709.mp4", "-colorspace bt709 -color_range tv", {320, 180}, "null"},
+                 {"601.mp4", "-colorspace smpte170m", {320, 180}, "null"},
+                 {"full.mp4", "-pix_fmt yuvj420p -colorspace bt709", {320, 180}, "null"},
+                 {"untagged.mp4", "-s 1280x720", {1280, 720}, "scale=in_color_matrix=bt709"},
+                 {"wide.mkv", "-vf setsar=2 -colorspace bt709", {640, 180}, "scale=640:180"},
+                 {"ten.mkv",
+                  "-c:v libx265 -x265-params log-level=none -pix_fmt yuv420p10 -colorspace bt709",
+                  {320, 180},
+                  "null"},
+                 {"odd.mkv",
+                  "-vf scale=319:179,setsar=1 -pix_fmt yuv444p -colorspace bt709",
+                  {319, 179},
+                  "null"}};
+    for (const auto& [name, options, size, reference] : films) {
+        const QString path = m_dir.path(QString::fromLatin1(name));
+        ffmpeg(QStringLiteral("-f lavfi -i testsrc2=s=320x180:d=1 -pix_fmt yuv420p %1 %2")
+                   .arg(QLatin1String(options), path));
+        const QByteArray shown =
+            ffmpeg(QStringLiteral("-i %1 -vf select=eq(n\\,10),%2 -frames:v 1 -f rawvideo "
+                                  "-sws_flags bicubic+accurate_rnd -pix_fmt bgra -")
+                       .arg(path, QLatin1String(reference)));
+        const auto frames = open(path);
+        ASSERT_TRUE(frames);
+        EXPECT_EQ(frames->size(), size) << name;
+        const auto picture = frames->frameAt({41, 100});
+        ASSERT_TRUE(picture) << name;
+        EXPECT_EQ(QSize(picture->width, picture->height), size) << name;
+        ASSERT_EQ(picture->rgb32.size(), shown.size()) << name;
+        double sum = 0;
+        for (qsizetype i = 0; i < shown.size(); ++i)
+            sum += std::pow((shown[i] & 255) - (picture->rgb32[i] & 255), 2);
+        const double mean = sum / static_cast<double>(shown.size());
+        EXPECT_LT(mean, 4) << name; // 42 dB; the wrong matrix or range is far above 30
+    }
+    const auto small = open(m_dir.path(QStringLiteral("709.mp4")), QSize(32, 18));
+    ASSERT_TRUE(small);
+    EXPECT_EQ(small->frameAt({0, 1})->width, 32);
+}
+
+TEST_F(FrameSourceTest, BringsHighDynamicRangeToTheScreen) {
+    // Grey of 26, 203 and 1000 cd/m2 and saturated red, as PQ and as HLG values of 10 bits.
+    const struct {
+        const char *name, *transfer, *greys;
+    } films[] = {
+        {"pq.mkv", "smpte2084", "if(lt(X,80),381,if(lt(X,160),573,if(lt(X,240),723,64)))"},
+        {"hlg.mkv", "arib-std-b67", "if(lt(X,80),396,if(lt(X,160),721,if(lt(X,240),940,64)))"}};
+    for (const auto& [name, transfer, greys] : films) {
+        const QString path = m_dir.path(QString::fromLatin1(name));
+        ffmpeg(
+            QStringLiteral("-f lavfi -i color=black:s=320x160:d=0.2,format=yuv420p10,"
+                           "geq=lum='%1':cb=512:cr=512 -c:v libx265 -x265-params log-level=none "
+                           "-crf 4 -color_primaries bt2020 -colorspace bt2020nc -color_trc %2 %3")
+                .arg(QLatin1String(greys), QLatin1String(transfer), path));
+        const auto frames = open(path);
+        ASSERT_TRUE(frames);
+        const auto picture = frames->frameAt(kCMTimeZero);
+        ASSERT_TRUE(picture);
+        const auto grey = [&](int x) {
+            const auto pixel =
+                reinterpret_cast<const std::uint32_t*>(picture->rgb32.constData())[80 * 320 + x];
+            EXPECT_NEAR(pixel & 0xFF, pixel >> 16 & 0xFF, 2) << name;
+            return static_cast<int>(pixel & 0xFF);
+        };
+        EXPECT_NEAR(grey(40), 100, 12) << name; // an eighth of white, unchanged: 0.128 in sRGB
+        EXPECT_NEAR(grey(120), 225, 8) << name; // paper
+        EXPECT_GT(grey(200), 250) << name;
+        EXPECT_LT(grey(280), 4) << name;
+    }
+}
+
+TEST_F(FrameSourceTest, GoesOnAfterDamageAndFailsPlainly) {
+    const QString path = film("a.mp4", "-c:v libx264 -g 25 -movflags +faststart");
+    const QByteArray whole = testkit::TempDir::read(path);
+    const qsizetype payload = whole.indexOf("mdat") + 4;
+    // A third of the pictures is noise.
+    QByteArray noisy = whole;
+    for (qsizetype i = payload + (whole.size() - payload) / 3;
+         i < payload + (whole.size() - payload) * 2 / 3; ++i)
+        noisy[i] = static_cast<char>(i * 7919 >> 3);
+    const auto damaged = open(m_dir.write(QStringLiteral("noisy.mp4"), noisy));
+    ASSERT_TRUE(damaged);
+    EXPECT_EQ(number(damaged->frameAt({1, 1})), 25);
+    EXPECT_EQ(number(damaged->frameAt({585, 100})), 146);
+    // Headers that promise six seconds, and half the film.
+    const auto cut = open(
+        m_dir.write(QStringLiteral("cut.mp4"), whole.left(payload + (whole.size() - payload) / 2)));
+    ASSERT_TRUE(cut);
+    EXPECT_EQ(number(cut->frameAt({1, 1})), 25);
+    const auto lost = cut->frameAt({59, 10});
+    ASSERT_FALSE(lost);
+    EXPECT_EQ(lost.error().code, ErrorCode::InvalidArgument);
+    // A duration of a million seconds.
+    QByteArray endless = whole;
+    endless.replace(endless.indexOf("mvhd") + 20, 4, testkit::be(1'000'000'000, 4));
+    const auto hostile = open(m_dir.write(QStringLiteral("endless.mp4"), endless));
+    ASSERT_TRUE(hostile);
+    EXPECT_FALSE(hostile->frameAt({500000, 1}));
+    EXPECT_EQ(number(hostile->frameAt({2, 1})), 50);
+    const auto failure = [&](const QString& name, const QByteArray& bytes) {
+        const auto opened = m_engine->openFrames(m_dir.write(name, bytes), {});
+        return opened ? (*opened)->frameAt({0, 1}).error().code : opened.error().code;
+    };
+    EXPECT_EQ(failure(QStringLiteral("text.mp4"), "not a film at all"), ErrorCode::InvalidData);
+    EXPECT_EQ(failure(QStringLiteral("head.mp4"), whole.left(payload)), ErrorCode::InvalidData);
+    EXPECT_EQ(m_engine->openFrames(m_dir.path(QStringLiteral("no.mp4")), {}).error().code,
+              ErrorCode::NotFound);
+    EXPECT_FALSE(m_engine->openFrames(path, QSize(0, 5)));
+}
+
+TEST_F(FrameSourceTest, ReadsRealFilms) {
+    if (testkit::corpus().isEmpty())
+        GTEST_SKIP() << "needs CLIPHEAVE_CORPUS";
+    const struct {
+        const char* name;
+        QSize size;
+    } films[] = {{"ExoPlayer__video_1.mp4", {288, 352}},
+                 {"media__dolbyVision-hdr.MOV", {720, 1280}},
+                 {"metadata-extractor-images__with-gps.mov", {320, 568}},
+                 {"libwebm__bbb_480p_vp9_opus_1second.webm", {854, 480}},
+                 {"media__sd-hls0000000000.ts", {}},
+                 {"exiv2__flame.avi", {}},
+                 {"media__video.mp4", {}}};
+    for (const auto& [name, size] : films) {
+        const QString path = testkit::corpus() + QStringLiteral("/video/") + QLatin1String(name);
+        const auto begins = times(path);
+        ASSERT_FALSE(begins.empty()) << name;
+        const auto frames = open(path);
+        ASSERT_TRUE(frames);
+        if (!size.isEmpty()) {
+            EXPECT_EQ(frames->size(), size) << name;
+        }
+        for (const double second : {0.0, 0.05, 0.1, frames->durationSeconds() - 0.02}) {
+            const auto picture = frames->frameAt(CMTimeMakeWithSeconds(second, 1'000'000));
+            ASSERT_TRUE(picture) << name << second << picture.error().text().toStdString();
+            EXPECT_NEAR(CMTimeGetSeconds(frames->shownTime()),
+                        begins[static_cast<std::size_t>(expected(begins, second))], 2e-6)
+                << name << " " << second;
+        }
+    }
+}
+
 } // namespace clipheave::platform

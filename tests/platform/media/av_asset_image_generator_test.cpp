@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/av_asset_image_generator.h"
+#include "tests/testkit/testkit.h"
+
+namespace clipheave::platform {
+
+namespace {
+
+/// One second each of red, lime and blue, with a white upper left corner; turned by `degrees`.
+QString colourFilm(const testkit::TempDir& dir, int degrees) {
+    const QString plain = dir.path(QStringLiteral("plain.mov")),
+                  path = dir.path(QStringLiteral("%1.mov").arg(degrees));
+    for (const QString& options :
+         {QStringLiteral("-filter_complex "
+                         "color=red:s=64x32:d=1:r=10[a];color=lime:s=64x32:d=1:r=10[b];"
+                         "color=blue:s=64x32:d=1:r=10[c];[a][b][c]concat=n=3,drawbox=0:0:16:16:"
+                         "white:fill -c:v libx264 -pix_fmt yuv420p ") +
+              plain,
+          QStringLiteral("-i %1 -c copy -metadata:s:v rotate=%2 %3")
+              .arg(plain, QString::number((360 - degrees) % 360), path)})
+        EXPECT_EQ(testkit::run(QStringLiteral("ffmpeg"),
+                               (QStringLiteral("-v error -y ") + options).split(u' '))
+                      .exitCode,
+                  0);
+    return path;
+}
+
+std::uint32_t pixelAt(const RawPicture& picture, int x, int y) {
+    return reinterpret_cast<const std::uint32_t*>(picture.rgb32.constData())[picture.width * y + x];
+}
+
+bool isWhite(std::uint32_t pixel) {
+    return (pixel & 0xFF) > 200 && (pixel >> 8 & 0xFF) > 200 && (pixel >> 16 & 0xFF) > 200;
+}
+
+} // namespace
+
+TEST(AVAssetImageGenerator, TurnsThePictureOnlyWhenAsked) {
+    if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
+        GTEST_SKIP() << "needs ffmpeg";
+    const testkit::TempDir dir;
+    const struct {
+        int degrees, width, x, y; ///< where the corner is, turned clockwise
+    } turns[] = {{0, 64, 4, 4}, {90, 32, 28, 4}, {180, 64, 60, 28}, {270, 32, 4, 60}};
+    for (const auto& [degrees, width, x, y] : turns) {
+        const auto asset = AVURLAsset::assetWithPath(colourFilm(dir, degrees));
+        ASSERT_TRUE(asset);
+        auto generator = AVAssetImageGenerator::initWithAsset(*asset);
+        const auto stored = generator.copyCGImageAtTime({0, 1});
+        ASSERT_TRUE(stored) << stored.error().text().toStdString();
+        EXPECT_EQ(stored->width, 64);
+        EXPECT_TRUE(isWhite(pixelAt(*stored, 4, 4))) << degrees;
+        generator.setAppliesPreferredTrackTransform(true);
+        const auto upright = generator.copyCGImageAtTime({0, 1});
+        ASSERT_TRUE(upright);
+        EXPECT_EQ(upright->width, width) << degrees;
+        EXPECT_TRUE(isWhite(pixelAt(*upright, x, y))) << degrees;
+        EXPECT_FALSE(isWhite(pixelAt(*upright, upright->width / 2, upright->height / 2)));
+    }
+}
+
+TEST(AVAssetImageGenerator, TellsWhenThePictureBegins) {
+    if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
+        GTEST_SKIP() << "needs ffmpeg";
+    const testkit::TempDir dir;
+    const auto asset = AVURLAsset::assetWithPath(colourFilm(dir, 0));
+    ASSERT_TRUE(asset);
+    auto generator = AVAssetImageGenerator::initWithAsset(*asset);
+    generator.setRequestedTimeToleranceBefore(kCMTimeZero);
+    generator.setRequestedTimeToleranceAfter(kCMTimeZero);
+    CMTime actual{-1, 1};
+    const auto green = generator.copyCGImageAtTime(CMTimeMakeWithSeconds(1.96, 600), &actual);
+    ASSERT_TRUE(green);
+    EXPECT_EQ(CMTimeCompare(actual, {19, 10}), 0);
+    EXPECT_GT(pixelAt(*green, 40, 20) >> 8 & 0xFF, 200u);
+    EXPECT_FALSE(generator.copyCGImageAtTime({4, 1}));
+    const auto blue = generator.copyCGImageAtTime({2, 1}, &actual);
+    ASSERT_TRUE(blue);
+    EXPECT_GT(pixelAt(*blue, 40, 20) & 0xFF, 200u);
+    // Sound alone gives the same plain failure each time.
+    const QString sound = dir.path(QStringLiteral("s.wav"));
+    ASSERT_EQ(
+        testkit::run(QStringLiteral("ffmpeg"),
+                     QStringLiteral("-v error -f lavfi -i sine=d=1 %1").arg(sound).split(u' '))
+            .exitCode,
+        0);
+    const auto silentFilm = AVURLAsset::assetWithPath(sound);
+    ASSERT_TRUE(silentFilm);
+    auto none = AVAssetImageGenerator::initWithAsset(*silentFilm);
+    for (int i = 0; i < 2; ++i) {
+        const auto picture = none.copyCGImageAtTime({0, 1});
+        ASSERT_FALSE(picture);
+        EXPECT_EQ(picture.error().code, ErrorCode::NotSupported);
+    }
+}
+
+} // namespace clipheave::platform
