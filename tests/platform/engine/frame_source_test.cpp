@@ -238,6 +238,7 @@ TEST_F(FrameSourceTest, BringsHighDynamicRangeToTheScreen) {
             const auto pixel =
                 reinterpret_cast<const std::uint32_t*>(picture->rgb32.constData())[80 * 320 + x];
             EXPECT_NEAR(pixel & 0xFF, pixel >> 16 & 0xFF, 2) << name;
+            EXPECT_NEAR(pixel & 0xFF, pixel >> 8 & 0xFF, 2) << name;
             return static_cast<int>(pixel & 0xFF);
         };
         EXPECT_NEAR(grey(40), 100, 12) << name; // an eighth of white, unchanged: 0.128 in sRGB

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/export_planning.h"
+#include "tests/testkit/testkit.h"
+
+#include <numbers>
+
+namespace {
+
+using namespace clipheave::platform;
+using testing::ElementsAre;
+
+const QString kFilm = QString::fromUtf16(AVMediaTypeVideo);
+const QString kSound = QString::fromUtf16(AVMediaTypeAudio);
+
+/// A clip of one second, 96x64 pixels stored, shown twice as wide, with AAC.
+class Compositions : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_dir = new testkit::TempDir;
+        const auto made = testkit::run(
+            QStringLiteral("ffmpeg"),
+            QStringLiteral("-v error -f lavfi -i testsrc2=size=96x64:rate=10:duration=1 -f lavfi "
+                           "-i sine=440:duration=1 -vf setsar=2 -c:v libx264 -c:a aac")
+                    .split(u' ')
+                << s_dir->path(QStringLiteral("clip.mp4")));
+        ASSERT_EQ(made.exitCode, 0) << made.err.constData();
+    }
+    static void TearDownTestSuite() { delete s_dir; }
+
+    Compositions() : m_clip(*AVURLAsset::assetWithPath(s_dir->path(QStringLiteral("clip.mp4")))) {}
+
+    [[nodiscard]] static CMTimeRange range(int start, int duration) {
+        return CMTimeRangeMake(CMTimeMake(start, 1), CMTimeMake(duration, 1));
+    }
+    /// Inserts the whole seconds of `source` at `at`.
+    void insert(AVMutableCompositionTrack& track, CMTimeRange source, int at) const {
+        const auto inserted = track.insertTimeRange_ofTrack_atTime(
+            source, m_clip, tracksWithMediaType(m_clip, track.mediaType()).front(),
+            CMTimeMake(at, 1));
+        ASSERT_TRUE(inserted) << inserted.error().text().toStdString();
+    }
+    /// "source start+duration > target start+duration" of each segment, in seconds.
+    [[nodiscard]] static QStringList segments(const std::vector<ExportSegment>& list) {
+        QStringList texts;
+        for (const ExportSegment& segment : list)
+            texts.append(QStringLiteral("%1+%2 > %3+%4")
+                             .arg(CMTimeGetSeconds(segment.source.start))
+                             .arg(CMTimeGetSeconds(segment.source.duration))
+                             .arg(CMTimeGetSeconds(segment.target.start))
+                             .arg(CMTimeGetSeconds(segment.target.duration)));
+        return texts;
+    }
+    [[nodiscard]] ExportOrder order(const char16_t* preset) const {
+        ExportOrder made;
+        made.asset = m_clip;
+        made.presetName = QString::fromUtf16(preset);
+        return made;
+    }
+    AVURLAsset m_clip;
+
+private:
+    static inline testkit::TempDir* s_dir = nullptr;
+};
+
+TEST_F(Compositions, AnInsertionInsideATrackSplitsItAndMovesTheRest) {
+    AVMutableComposition composition;
+    auto& track = composition.addMutableTrackWithMediaType(kFilm);
+    insert(track, range(0, 10), 0);
+    insert(track, range(0, 20), 10);
+    insert(track, range(0, 5), 20);
+    EXPECT_THAT(segments(track.segments()),
+                ElementsAre(u"0+10 > 0+10", u"0+10 > 10+10", u"0+5 > 20+5", u"10+10 > 25+10"));
+    insert(track, range(3, 1), 40); // beyond the end: an empty stretch before it
+    EXPECT_EQ(CMTimeGetSeconds(composition.duration()), 41);
+    EXPECT_EQ(track.sourceTracks().size(), track.segments().size());
+
+    const auto wrong = track.insertTimeRange_ofTrack_atTime(
+        range(0, 1), m_clip, tracksWithMediaType(m_clip, kSound).front(), kCMTimeZero);
+    EXPECT_FALSE(wrong) << "a sound in a film";
+    EXPECT_FALSE(track.insertTimeRange_ofTrack_atTime(
+        range(0, 0), m_clip, tracksWithMediaType(m_clip, kFilm).front(), kCMTimeZero));
+}
+
+TEST_F(Compositions, ScalingStretchesWhatLiesInTheRange) {
+    AVMutableComposition composition;
+    auto& track = composition.addMutableTrackWithMediaType(kFilm);
+    insert(track, range(0, 10), 0);
+    composition.scaleTimeRange_toDuration(range(2, 4), CMTimeMake(8, 1));
+    EXPECT_THAT(segments(track.segments()), ElementsAre(u"0+2 > 0+2", u"2+4 > 2+8", u"6+4 > 10+4"));
+    insert(track, range(0, 1), 4); // cuts a stretched segment where the film is at 3 s
+    EXPECT_THAT(segments(track.segments()),
+                ElementsAre(u"0+2 > 0+2", u"2+1 > 2+2", u"0+1 > 4+1", u"3+3 > 5+6", u"6+4 > 11+4"));
+}
+
+TEST_F(Compositions, PresetsChooseSizesCodecsAndRates) {
+    auto planned = planExport(order(AVAssetExportPresetHighestQuality));
+    ASSERT_TRUE(planned);
+    EXPECT_TRUE(planned->plan.video->size.isEmpty()) << "the size of the source";
+    EXPECT_EQ(planned->plan.video->crf, 18);
+    EXPECT_EQ(planned->plan.sound->bitRate, 192'000);
+    EXPECT_EQ(planned->plan.sound->coding, ExportCoding::Encode);
+
+    planned = planExport(order(AVAssetExportPresetLowQuality));
+    EXPECT_EQ(planned->plan.sound->channels, 1);
+    EXPECT_TRUE(planned->plan.video->size.isEmpty()) << "192x64 is within 224x128";
+
+    planned = planExport(order(AVAssetExportPresetAppleM4A));
+    EXPECT_FALSE(planned->plan.video);
+    EXPECT_EQ(planned->plan.sound->coding, ExportCoding::Copy) << "it is AAC already";
+
+    ExportOrder silent = order(AVAssetExportPresetHighestQuality);
+    silent.audioMix.emplace().inputParameters.emplace_back().setVolume_atTime(0, kCMTimeZero);
+    EXPECT_EQ(planExport(silent)->plan.sound->volume, 0);
+
+    const auto unknown = planExport(order(u"High video quality"));
+    EXPECT_EQ(unknown.error().code, ErrorCode::InvalidArgument);
+
+    ExportOrder cut = order(AVAssetExportPresetHighestQuality);
+    cut.timeRange = CMTimeRangeMake(kCMTimeZero, CMTimeMake(1, 4));
+    EXPECT_THAT(segments(planExport(cut)->plan.video->segments), ElementsAre(u"0+0.25 > 0+0.25"));
+    cut.timeRange = range(0, 5); // longer than the film
+    EXPECT_NEAR(CMTimeGetSeconds(planExport(cut)->plan.video->segments.front().target.duration), 1,
+                0.05);
+}
+
+TEST_F(Compositions, ASlowerPassthroughCopiesTheFilmAndEncodesTheSound) {
+    ExportOrder slow;
+    slow.presetName = QString::fromUtf16(AVAssetExportPresetPassthrough);
+    insert(slow.composition.addMutableTrackWithMediaType(kFilm), range(0, 1), 0);
+    insert(slow.composition.addMutableTrackWithMediaType(kSound), range(0, 1), 0);
+    EXPECT_EQ(planExport(slow)->plan.sound->coding, ExportCoding::Copy);
+    slow.composition.scaleTimeRange_toDuration(range(0, 1), CMTimeMake(2, 1));
+    const auto planned = planExport(slow);
+    EXPECT_EQ(planned->plan.video->coding, ExportCoding::Copy);
+    EXPECT_EQ(planned->plan.sound->coding, ExportCoding::Encode);
+    EXPECT_THAT(segments(planned->plan.sound->segments), ElementsAre(u"0+1 > 0+2"));
+}
+
+TEST(Transforms, RightAnglesBecomeTurns) {
+    constexpr double kPi = std::numbers::pi;
+    const CGAffineTransform mirror{-1, 0, 0, 1, 0, 0};
+    for (const int degrees : {0, 90, 180, 270}) {
+        const auto rotation = CGAffineTransformMakeRotation(degrees * kPi / 180);
+        const auto turn = pictureTurn(
+            CGAffineTransformConcat(rotation, CGAffineTransformMakeTranslation(640, 360)));
+        ASSERT_TRUE(turn);
+        EXPECT_EQ(turn->degrees, degrees);
+        EXPECT_FALSE(turn->mirrored);
+        const auto mirrored = pictureTurn(CGAffineTransformConcat(mirror, rotation));
+        EXPECT_EQ(mirrored->degrees, degrees);
+        EXPECT_TRUE(mirrored->mirrored);
+    }
+    EXPECT_FALSE(pictureTurn(CGAffineTransformMakeRotation(0.3)));
+    EXPECT_FALSE(pictureTurn({0, 0, 0, 0, 0, 0}));
+    EXPECT_FALSE(pictureTurn({1, 0, 1, 0, 0, 0})) << "flattened";
+}
+
+TEST(Times, AreExactAndNeverOverflow) {
+    EXPECT_EQ(CMTimeCompare(CMTimeMake(1, 3), CMTimeMake(333333333, 1000000000)), 1);
+    EXPECT_EQ(CMTimeCompare(CMTimeAdd(CMTimeMake(1, 3), CMTimeMake(1, 6)), CMTimeMake(1, 2)), 0);
+    EXPECT_EQ(CMTimeGetSeconds(CMTimeMultiplyByFloat64(CMTimeMake(60, 1), 0.5)), 30);
+    const CMTime most = CMTimeMake(INT64_MAX, 1);
+    EXPECT_EQ(CMTimeAdd(most, most).value, INT64_MAX);
+    EXPECT_EQ(CMTimeSubtract(kCMTimeZero, CMTimeMake(INT64_MIN, 1)).value, INT64_MAX);
+    EXPECT_EQ(CMTimeMakeWithSeconds(1e300, 600).value, INT64_MAX);
+    EXPECT_EQ(CMTimeMakeWithSeconds(std::nan(""), 600).value, 0);
+}
+
+} // namespace
