@@ -75,6 +75,10 @@ QString OutputPaths::claim(const QString& wanted) {
     return path;
 }
 
+QString OutputPaths::claimShared(const QString& wanted) const {
+    return isProtected(wanted) ? NSFileManager::defaultManager().nextFreeName(wanted) : wanted;
+}
+
 bool OutputPaths::claimExactly(const QString& path) {
     if (m_taken.contains(path))
         return false;

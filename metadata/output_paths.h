@@ -29,12 +29,16 @@ public:
     /// `wanted`, or the first free "B 2.E", "B 3.E" … when it is a protected file or was given out
     /// in this run already. Any other file there is the run's to replace.
     [[nodiscard]] QString claim(const QString& wanted);
+    /// `wanted`, or the first free name when it is a protected file; the same name as often as it
+    /// is asked for.
+    [[nodiscard]] QString claimShared(const QString& wanted) const;
     /// False when `path` was given out in this run already.
     [[nodiscard]] bool claimExactly(const QString& path);
 
-private:
+    /// True when the path leads to a protected file.
     [[nodiscard]] bool isProtected(const QString& path) const;
 
+private:
     QSet<QString> m_taken;
     QSet<QString> m_protectedPaths;
     QSet<QPair<quint64, quint64>> m_protected; ///< device and inode of each

@@ -1,2 +1,79 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "video/video_jobs.h"
+
+#include "media/media_kind.h"
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/log.h"
+#include "platform/foundation/paths.h"
+
+namespace clipheave::video {
+
+using namespace platform;
+using metadata::WriteOutcome;
+using metadata::WriteStatus;
+
+namespace {
+
+void logText(const char* text, const WriteOutcome& outcome) {
+    if (text)
+        log(LogLevel::Info, QString::fromLatin1(text).replace(u"%1"_qs, outcome.message),
+            outcome.source);
+}
+
+} // namespace
+
+void VideoJobs::refuse(const QString& source, const QString& reason, WriteStatus status) const {
+    WriteOutcome outcome;
+    outcome.source = source;
+    outcome.status = status;
+    outcome.message = reason;
+    m_handler(outcome);
+}
+
+bool VideoJobs::skips(const media::ItemPointer& item) const {
+    if (media::MediaKind::GetViedoType(pathExtension(item->filePath).toUtf8().constData()) >= 0)
+        return false;
+    refuse(item->filePath, QStringLiteral("not a video"), WriteStatus::Skipped);
+    return true;
+}
+
+void VideoJobs::startExport(const media::ItemPointer& item, const QString& wanted,
+                            const ExportRecipe& recipe) {
+    const QString output = m_paths.claimShared(wanted);
+    const auto handler = [turns = m_turns, output, texts = recipe.texts,
+                          report = m_handler](const WriteOutcome& outcome) {
+        const bool failed = outcome.status == WriteStatus::Failed ||
+                            (texts.cancelledIsFailed && outcome.status == WriteStatus::Cancelled);
+        if (outcome.status == WriteStatus::Completed)
+            logText(texts.completed, outcome);
+        if (failed)
+            logText(texts.failed, outcome);
+        if (failed)
+            logText(texts.afterFailure, outcome);
+        turns->ended(output);
+        report(outcome);
+    };
+    m_turns->begin(output, [this, source = item->filePath, output, recipe, handler] {
+        beginExport(source, output, recipe, handler);
+    });
+}
+
+void VideoJobs::beginExport(const QString& source, const QString& output,
+                            const ExportRecipe& recipe, const metadata::OutcomeHandler& handler) {
+    auto job = metadata::beginJob(source, output, handler, m_running);
+    if (!job)
+        return;
+    job->copiesOnFailure = false;
+    if (NSFileManager::defaultManager().fileExistsAtPath(output))
+        job->notes.append(QStringLiteral("replaced an older file"));
+    const auto asset = AVURLAsset::assetWithPath(source);
+    if (!asset)
+        return metadata::failJob(*job, asset.error().text());
+    const auto session = recipe.maker(*asset, output);
+    if (!session)
+        return metadata::failJob(*job, session.error().text());
+    (*session)->setOutputPath(output);
+    metadata::startSession(*job, *session);
+}
+
+} // namespace clipheave::video

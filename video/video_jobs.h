@@ -1,6 +1,99 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QString>
+#include "metadata/output_paths.h"
+#include "metadata/write_job.h"
+#include "video/output_turns.h"
 
-namespace clipheave::video {} // namespace clipheave::video
+namespace clipheave::video {
+
+/// What started a job: the title of the menu entry and the selection, in list order.
+struct VideoJobRequest {
+    QString title; ///< see video_labels.h
+    std::vector<media::ItemPointer> items;
+    QString storagelocation;
+    /// As the import left them; compress and convert mirror the imported folders.
+    bool bImportLocalFolder = false;
+    QString bImportLocalPath;
+};
+
+/// The workers of one job. Each call walks the items, starts their exports and returns; one outcome
+/// an item arrives, on any thread. Outputs lie in the storage folder and replace older files of
+/// their name when they are complete; of two items with one name the second replaces the first. No
+/// source is ever touched: an output that would be one takes the next free name. Revealing the
+/// outputs is the front's. The calls come from one thread; progress and cancel from any.
+class VideoJobs {
+public:
+    explicit VideoJobs(metadata::OutcomeHandler handler) : m_handler(std::move(handler)) {}
+    VideoJobs(const VideoJobs&) = delete;
+    VideoJobs& operator=(const VideoJobs&) = delete;
+
+    /// Files that no output may replace: every file of the media list.
+    void protectSources(const QStringList& paths) { m_paths.protect(paths); }
+
+    void RotateVideoMediaFileFileThreader(const VideoJobRequest& request);
+    /// All items in one film. Deliberate: each clip goes in at the longest duration before it, not
+    /// at the end of the film, as it always has. One item carries the output, the others say where
+    /// they went.
+    void MergeVideoMediaFileFileThreader(const VideoJobRequest& request);
+    /// Deliberate: cuts the film after its duration divided by the factor, at normal speed.
+    void SpeedUpVideoMediaFileFileThreader(const VideoJobRequest& request);
+    void SlowDownVideoMediaFileFileThreader(const VideoJobRequest& request);
+    void CompressVideoMediaFileFileThreader(const VideoJobRequest& request);
+    void ConvertVideoMediaFileFileThreader(const VideoJobRequest& request);
+    void ConvertGIFMediaFileFileThreader(const VideoJobRequest& request);
+    void ExtractAudioMediaFileFileThreader(const VideoJobRequest& request);
+    void ExtractImagesMediaFileFileThreader(const VideoJobRequest& request);
+    /// The sound stays as a silent track.
+    void RemoveAudioMediaFileFileThreader(const VideoJobRequest& request);
+
+    /// Mean progress of the exports that are running now, 0 to 1; -1 when none is.
+    [[nodiscard]] double runningProgress() const { return m_running->progress(); }
+    /// Stops this job: what waits or runs ends as Cancelled and leaves no file.
+    void cancel() { m_running->cancel(); }
+
+private:
+    /// What the fixed log says of an export; null: nothing. `%1` is the reason.
+    struct CompletionTexts {
+        const char* completed = nullptr;
+        const char* failed = nullptr;
+        const char* afterFailure = nullptr; ///< a line of its own
+        bool cancelledIsFailed = false;
+    };
+    /// Builds the session of one asset; the failure is the item's.
+    using SessionMaker =
+        std::function<platform::Result<std::shared_ptr<platform::AVAssetExportSession>>(
+            const platform::AVURLAsset& asset, const QString& output)>;
+    struct ExportRecipe {
+        CompletionTexts texts;
+        SessionMaker maker;
+    };
+
+    /// The export of one item into `wanted`.
+    void startExport(const media::ItemPointer& item, const QString& wanted,
+                     const ExportRecipe& recipe);
+    void beginExport(const QString& source, const QString& output, const ExportRecipe& recipe,
+                     const metadata::OutcomeHandler& handler);
+    /// True when the item is no video; its outcome says so.
+    using Clock = std::chrono::steady_clock;
+    [[nodiscard]] bool skips(const media::ItemPointer& item) const;
+    void refuse(const QString& source, const QString& reason,
+                metadata::WriteStatus status = metadata::WriteStatus::Failed) const;
+    void finishMerge(const QString& output, const std::vector<media::ItemPointer>& merged,
+                     const platform::AVMutableComposition& composition);
+
+    // The export routines. Their completion logs "Export failed: %@" and "11111", or "22222".
+    void ConvertVideo_OutPutPath(const media::ItemPointer& item, const QString& outputPath);
+    void compressVideo_outputURL_withVideoQuality(const media::ItemPointer& item,
+                                                  const QString& outputPath,
+                                                  const QString& presetName);
+    void extractVideo_M4AoutputURL(const media::ItemPointer& item, const QString& outputPath);
+
+    metadata::OutcomeHandler m_handler;
+    metadata::OutputPaths m_paths;
+    std::shared_ptr<OutputTurns> m_turns = std::make_shared<OutputTurns>();
+    std::shared_ptr<metadata::RunningExports> m_running =
+        std::make_shared<metadata::RunningExports>();
+};
+
+} // namespace clipheave::video

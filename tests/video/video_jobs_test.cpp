@@ -1,0 +1,283 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/log.h"
+#include "tests/testkit/testkit.h"
+#include "video/video_jobs.h"
+#include "video/video_labels.h"
+
+#include <QDir>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace {
+
+using namespace clipheave;
+using metadata::WriteOutcome;
+using metadata::WriteStatus;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using video::VideoJobs;
+using Worker = void (VideoJobs::*)(const video::VideoJobRequest&);
+
+/// Jobs over small films that ffmpeg has made, looked at with ffprobe.
+class Jobs : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_films = new testkit::TempDir;
+        // Each second has a colour of its own: red, green, blue.
+        const QString colours = QStringLiteral(
+            "color=red:s=96x64:r=10:d=1[a];color=green:s=96x64:r=10:d=1[b];color=blue:s=96x64:r=10:"
+            "d=1[c];[a][b][c]concat=n=3,format=yuv420p");
+        const auto made = testkit::run(
+            QStringLiteral("ffmpeg"),
+            {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
+             QStringLiteral("lavfi"), QStringLiteral("-i"), colours, QStringLiteral("-f"),
+             QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("sine=440:d=3"),
+             QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-c:a"),
+             QStringLiteral("aac"), QStringLiteral("-metadata"), QStringLiteral("title=Tide"),
+             QStringLiteral("-metadata"), QStringLiteral("creation_time=2019-05-06T07:08:09Z"),
+             film("clip.mp4")});
+        ASSERT_EQ(made.exitCode, 0) << made.err.constData();
+        remux("clip.mkv", {});
+        remux("upright.mov", {"-metadata:s:v", "rotate=90"});
+        remux("silent.mov", {"-an"});
+        remux("sound.m4a", {"-vn"});
+    }
+    static void TearDownTestSuite() { delete s_films; }
+    static QString film(const char* name) { return s_films->path(QString::fromLatin1(name)); }
+    static void remux(const char* name, const std::vector<const char*>& options) {
+        QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"),
+                              QStringLiteral("-i"), film("clip.mp4"),
+                              QStringLiteral("-c"), QStringLiteral("copy")};
+        for (const char* option : options)
+            arguments << QString::fromLatin1(option);
+        ASSERT_EQ(testkit::run(QStringLiteral("ffmpeg"), arguments << film(name)).exitCode, 0);
+    }
+
+    std::vector<WriteOutcome> run(Worker worker, const QString& title, const QStringList& paths) {
+        video::VideoJobRequest request{title, {}, out(), false, {}};
+        for (const QString& path : paths) {
+            auto item = std::make_shared<media::IKImageItem>();
+            item->filePath = path;
+            item->fileName = path.section(u'/', -1);
+            request.items.push_back(item);
+        }
+        std::vector<WriteOutcome> outcomes;
+        std::mutex mutex;
+        VideoJobs jobs([&](const WriteOutcome& outcome) {
+            const std::lock_guard lock(mutex);
+            outcomes.push_back(outcome);
+        });
+        jobs.protectSources(paths);
+        (jobs.*worker)(request);
+        platform::AVAssetExportSession::waitForAllExports();
+        std::stable_sort(outcomes.begin(), outcomes.end(), [&](const auto& a, const auto& b) {
+            return paths.indexOf(a.source) < paths.indexOf(b.source);
+        });
+        return outcomes;
+    }
+    [[nodiscard]] QString out(const char* name = "") const {
+        return m_dir.path(QStringLiteral("out/") + QString::fromLatin1(name));
+    }
+    [[nodiscard]] QStringList filesOut() const {
+        return QDir(out()).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    }
+    static QJsonObject probe(const QString& path) {
+        const auto probed = testkit::run(
+            QStringLiteral("ffprobe"),
+            QStringLiteral("-v error -of json -show_format -show_streams").split(u' ') << path);
+        return QJsonDocument::fromJson(probed.out).object();
+    }
+    /// "h264 64x96 3.0" and "aac 3.0" of each stream, durations in tenths.
+    static QStringList streams(const QString& path) {
+        QStringList texts;
+        for (const auto& value : probe(path)[u"streams"].toArray()) {
+            const QJsonObject stream = value.toObject();
+            QString text = stream[u"codec_name"].toString();
+            if (stream.contains(u"width"))
+                text += QStringLiteral(" %1x%2")
+                            .arg(stream[u"width"].toInt())
+                            .arg(stream[u"height"].toInt());
+            texts << text + QStringLiteral(" %1").arg(stream[u"duration"].toString().toDouble(), 0,
+                                                      'f', 1);
+        }
+        return texts;
+    }
+    static QString tag(const QString& path, const char16_t* name) {
+        return probe(path)[u"format"].toObject()[u"tags"].toObject()[name].toString();
+    }
+    /// 'r', 'g' or 'b': what the pixel in the middle is most.
+    static char colour(const QImage& picture) {
+        const QColor pixel = picture.pixelColor(picture.width() / 2, picture.height() / 2);
+        if (pixel.red() > pixel.green() && pixel.red() > pixel.blue())
+            return 'r';
+        return pixel.green() > pixel.blue() ? 'g' : 'b';
+    }
+    testkit::TempDir m_dir;
+
+private:
+    static inline testkit::TempDir* s_films = nullptr;
+};
+
+TEST_F(Jobs, RotateTurnsEachFilmAsItIsShownAndKeepsWhatItCarries) {
+    const auto outcomes =
+        run(&VideoJobs::RotateVideoMediaFileFileThreader, video::rotateTitles().at(0),
+            {film("clip.mp4"), film("upright.mov"), film("clip.mkv"), film("sound.m4a")});
+    ASSERT_EQ(outcomes.size(), 4U);
+    EXPECT_THAT(streams(out("clip.mp4")), ElementsAre(u"h264 64x96 3.0", u"aac 3.0"));
+    EXPECT_THAT(streams(out("upright.mov")), ElementsAre(u"h264 96x64 3.0", u"aac 3.0"));
+    EXPECT_EQ(tag(out("clip.mp4"), u"title"), u"Tide");
+    EXPECT_EQ(tag(out("clip.mp4"), u"creation_time"), u"2019-05-06T07:08:09.000000Z");
+    const auto source =
+        platform::NSFileManager::defaultManager().attributesOfItemAtPath(film("clip.mp4"));
+    const auto output =
+        platform::NSFileManager::defaultManager().attributesOfItemAtPath(out("clip.mp4"));
+    EXPECT_EQ(source->NSFileModificationDate, output->NSFileModificationDate);
+    // No output type for this extension, and no film: both fail alone.
+    EXPECT_EQ(outcomes[2].status, WriteStatus::Failed);
+    EXPECT_THAT(outcomes[2].message.toStdString(), HasSubstr("clip.mkv"));
+    EXPECT_THAT(outcomes[3].message.toStdString(), HasSubstr("no film"));
+    EXPECT_THAT(filesOut(), ElementsAre(u"clip.mp4", u"upright.mov"));
+}
+
+TEST_F(Jobs, SpeedUpCutsAndSlowDownStretches) {
+    (void)run(&VideoJobs::SpeedUpVideoMediaFileFileThreader, QStringLiteral("2X"),
+              {film("clip.mp4")});
+    EXPECT_THAT(streams(out("clip.mp4")), ElementsAre(u"h264 96x64 1.5", u"aac 1.5"));
+    EXPECT_EQ(tag(out("clip.mp4"), u"major_brand"), u"qt  ")
+        << "a QuickTime movie whatever the name says";
+    (void)run(&VideoJobs::SlowDownVideoMediaFileFileThreader, QStringLiteral("0.5X"),
+              {film("clip.mkv")});
+    EXPECT_THAT(streams(out("clip.mkv")), ElementsAre(u"h264 96x64 6.0", u"aac 6.0"));
+    EXPECT_EQ(tag(out("clip.mkv"), u"title"), u"Tide");
+    EXPECT_EQ(video::slowDownFactor(QStringLiteral("2X")), 1) << "slowing down knows no 2X";
+    EXPECT_EQ(video::speedUpFactor(QStringLiteral("3X")), 1);
+}
+
+TEST_F(Jobs, MergePutsEachClipAtTheLongestDurationBeforeIt) {
+    const auto outcomes =
+        run(&VideoJobs::MergeVideoMediaFileFileThreader, {},
+            {film("clip.mp4"), film("silent.mov"), film("sound.m4a"), film("none.mp4")});
+    EXPECT_THAT(filesOut(), ElementsAre(u"MergeVideo.mp4")) << "named by the last item";
+    EXPECT_THAT(streams(out("MergeVideo.mp4")).first().toStdString(), HasSubstr("6.0"));
+    EXPECT_EQ(outcomes[0].outputs, QStringList{out("MergeVideo.mp4")});
+    EXPECT_EQ(outcomes[1].message, u"in MergeVideo.mp4");
+    EXPECT_EQ(outcomes[3].status, WriteStatus::Failed);
+    (void)run(&VideoJobs::MergeVideoMediaFileFileThreader, {}, {film("clip.mp4")});
+    EXPECT_THAT(filesOut(), ElementsAre(u"MergeVideo.mp4", u"clip_MergeVideo.mp4"));
+}
+
+TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
+    auto outcomes = run(&VideoJobs::CompressVideoMediaFileFileThreader, QStringLiteral("Best"),
+                        {film("clip.mp4"), film("sound.m4a")});
+    EXPECT_THAT(outcomes[0].message.toStdString(), HasSubstr("High video quality"))
+        << "an unlisted title is a preset that nobody knows";
+    EXPECT_EQ(outcomes[1].status, WriteStatus::Skipped);
+    EXPECT_TRUE(filesOut().isEmpty());
+    outcomes = run(&VideoJobs::CompressVideoMediaFileFileThreader, video::compressTitles().at(2),
+                   {film("clip.mp4")});
+    EXPECT_THAT(streams(out("clip.mp4")), ElementsAre(u"h264 96x64 3.0", u"aac 3.0"));
+    (void)run(&VideoJobs::ConvertVideoMediaFileFileThreader, QStringLiteral("Convert to MOV"),
+              {film("clip.mkv")});
+    EXPECT_EQ(tag(out("clip.mov"), u"major_brand"), u"qt  ");
+    EXPECT_EQ(tag(out("clip.mov"), u"title"), u"Tide");
+}
+
+TEST_F(Jobs, ExtractAudioCopiesTheSoundAndDropsAnOlderFilm) {
+    m_dir.write(QStringLiteral("out/clip.mp4"), "older");
+    (void)run(&VideoJobs::ExtractAudioMediaFileFileThreader, {}, {film("clip.mp4")});
+    EXPECT_THAT(filesOut(), ElementsAre(u"clip.mp4.m4a"));
+    const auto hash = [](const QString& path) {
+        const QByteArray line =
+            testkit::run(QStringLiteral("ffmpeg"),
+                         QStringLiteral("-v error -i").split(u' ')
+                             << path << QStringLiteral("-map") << QStringLiteral("0:a")
+                             << QStringLiteral("-c") << QStringLiteral("copy")
+                             << QStringLiteral("-f") << QStringLiteral("streamhash")
+                             << QStringLiteral("-"))
+                .out;
+        return line.mid(line.indexOf('='));
+    };
+    EXPECT_EQ(hash(film("clip.mp4")), hash(out("clip.mp4.m4a")));
+    // A film of the list that lies in the storage folder is never taken away.
+    const QString inside =
+        m_dir.write(QStringLiteral("out/own.mp4"), testkit::TempDir::read(film("clip.mp4")));
+    (void)run(&VideoJobs::ExtractAudioMediaFileFileThreader, {}, {inside});
+    EXPECT_THAT(filesOut(), ElementsAre(u"clip.mp4.m4a", u"own.mp4", u"own.mp4.m4a"));
+}
+
+TEST_F(Jobs, PicturesAreThoseOfTheirSeconds) {
+    (void)run(&VideoJobs::ExtractImagesMediaFileFileThreader, QStringLiteral("5 pics per second"),
+              {film("upright.mov")});
+    EXPECT_THAT(filesOut(), ElementsAre(u"upright_0.jpg", u"upright_1.jpg", u"upright_2.jpg"));
+    const QByteArray bytes = testkit::TempDir::read(out("upright_1.jpg"));
+    EXPECT_TRUE(bytes.startsWith("II*") || bytes.startsWith("MM")) << "TIFF under this name";
+    const char expected[] = {'r', 'g', 'b'};
+    for (int second = 0; second < 3; ++second) {
+        const QImage picture = QImage::fromData(
+            testkit::TempDir::read(m_dir.path(QStringLiteral("out/upright_%1.jpg").arg(second))));
+        EXPECT_EQ(picture.size(), QSize(64, 96)) << "upright";
+        EXPECT_EQ(colour(picture), expected[second]);
+    }
+    (void)run(&VideoJobs::ConvertGIFMediaFileFileThreader, {}, {film("clip.mp4")});
+    const QByteArray gif = testkit::TempDir::read(out("clip.gif"));
+    EXPECT_TRUE(gif.startsWith("GIF89a"));
+    EXPECT_TRUE(gif.contains(QByteArray("NETSCAPE2.0\x03\x01\0\0", 15))) << "for ever";
+    EXPECT_EQ(gif.count(QByteArray("\x2c\0\0\0\0\x60\0\x40\0", 9)), 3) << "a picture a second";
+    const auto failed =
+        run(&VideoJobs::ConvertGIFMediaFileFileThreader, {},
+            {m_dir.write(QStringLiteral("text.mp4"), "no film at all"), film("sound.m4a")});
+    EXPECT_EQ(failed[0].status, WriteStatus::Failed);
+    EXPECT_EQ(failed[1].status, WriteStatus::Failed);
+}
+
+TEST_F(Jobs, RemoveSoundLeavesASilentTrack) {
+    QStringList lines;
+    const platform::LogSubscription subscription(
+        platform::LogLevel::Info, [&](const platform::LogLine& line) { lines << line.text; });
+    (void)run(&VideoJobs::RemoveAudioMediaFileFileThreader, {}, {film("upright.mov")});
+    EXPECT_THAT(lines, ElementsAre(u"Background sound removed successfully."));
+    EXPECT_THAT(streams(out("upright.mov")), ElementsAre(u"h264 96x64 3.0", u"aac 3.0"));
+    const auto volume = testkit::run(
+        QStringLiteral("ffmpeg"),
+        QStringLiteral("-i %1 -af volumedetect -f null -").arg(out("upright.mov")).split(u' '));
+    EXPECT_THAT(volume.err.toStdString(), HasSubstr("max_volume: -91.0 dB"));
+}
+
+TEST_F(Jobs, OfTwoFilmsWithOneNameTheSecondStays) {
+    QDir().mkpath(m_dir.path(QStringLiteral("a")));
+    QDir().mkpath(m_dir.path(QStringLiteral("b")));
+    const QString first = m_dir.path(QStringLiteral("a/x.mov"));
+    const QString second = m_dir.path(QStringLiteral("b/x.mov"));
+    ASSERT_TRUE(QFile::copy(film("clip.mp4"), first));
+    ASSERT_TRUE(QFile::copy(film("upright.mov"), second));
+    const auto outcomes = run(&VideoJobs::RotateVideoMediaFileFileThreader,
+                              video::rotateTitles().at(0), {first, second});
+    EXPECT_THAT(streams(out("x.mov")).first().toStdString(), HasSubstr("96x64"));
+    EXPECT_THAT(filesOut(), ElementsAre(u"x.mov"));
+    EXPECT_EQ(outcomes[1].message, u"replaced an older file");
+    // A source in the storage folder is no older output.
+    const auto own = run(&VideoJobs::RemoveAudioMediaFileFileThreader, {}, {out("x.mov")});
+    EXPECT_EQ(own[0].outputs, QStringList{out("x 2.mov")});
+}
+
+TEST_F(Jobs, CancelLeavesNoFile) {
+    std::atomic<int> cancelled = 0;
+    VideoJobs jobs([&](const WriteOutcome& outcome) {
+        cancelled += outcome.status == WriteStatus::Cancelled ? 1 : 0;
+    });
+    video::VideoJobRequest request{video::rotateTitles().at(1), {}, out(), false, {}};
+    auto item = std::make_shared<media::IKImageItem>();
+    item->filePath = film("clip.mp4");
+    item->fileName = QStringLiteral("clip.mp4");
+    request.items.assign(6, item); // one name: they wait for each other
+    jobs.cancel();
+    jobs.RotateVideoMediaFileFileThreader(request);
+    platform::AVAssetExportSession::waitForAllExports();
+    EXPECT_EQ(cancelled, 6);
+    EXPECT_TRUE(filesOut().isEmpty());
+}
+
+} // namespace

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+// The titles of the menu entries that start video jobs, and what each stands for. A worker compares
+// the title that started it.
+namespace clipheave::video {
+
+[[nodiscard]] const QStringList& rotateTitles();   ///< 90, 180, 270 degrees
+[[nodiscard]] const QStringList& speedUpTitles();  ///< "0.2X" to "8X"
+[[nodiscard]] const QStringList& slowDownTitles(); ///< "0.2X", "0.5X", "1X"
+[[nodiscard]] const QStringList& compressTitles(); ///< high, medium, low
+[[nodiscard]] const QStringList& convertTitles();  ///< MP4, MOV, M4V
+[[nodiscard]] const QStringList& extractImagesTitles();
+
+/// Degrees clockwise; none for another title.
+[[nodiscard]] std::optional<int> rotationOfTitle(const QString& title);
+/// Factor of the speed; 1 for another title. Deliberate: slowing down knows no factor over 1 and
+/// leaves the speed alone for "2X" and more.
+[[nodiscard]] double speedUpFactor(const QString& title);
+[[nodiscard]] double slowDownFactor(const QString& title);
+/// Name of the export preset. Deliberate: another title gives a name that no export knows, so that
+/// job fails in sight instead of choosing a quality for the user.
+[[nodiscard]] QString compressPreset(const QString& title);
+/// "mp4" for another title.
+[[nodiscard]] QString convertExtension(const QString& title);
+/// Seconds between the pictures; 1 for another title.
+[[nodiscard]] double extractInterval(const QString& title);
+
+/// Output file type by the extension of `path`, whatever its case: "mp4", "mpeg", "m4v", "mov".
+/// Null for all others: the export then fails.
+[[nodiscard]] QString outputFileTypeOfPath(const QString& path);
+
+} // namespace clipheave::video

@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "video/video_jobs.h"
+#include "video/video_labels.h"
+
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/log.h"
+#include "platform/foundation/paths.h"
+#include "platform/image/cg_image_destination.h"
+#include "platform/image/tiff_representation.h"
+#include "platform/media/av_asset_image_generator.h"
+
+#include <algorithm>
+#include <cmath>
+
+// The jobs that make pictures of a film: an animated one, or single ones.
+namespace clipheave::video {
+
+using namespace platform;
+using metadata::WriteOutcome;
+using metadata::WriteStatus;
+using Progress = std::function<bool(double)>;
+
+namespace {
+
+constexpr std::int32_t kTimescale = 600;
+/// Seconds; a file that claims more ends much earlier, and the walk with it.
+constexpr double kLongestFilm = 1e9;
+
+tl::unexpected<Error> stopped(const QString& path) {
+    return failure(ErrorCode::Cancelled, QStringLiteral("read frames"), path);
+}
+
+struct Film {
+    AVAssetImageGenerator generator;
+    double duration; ///< seconds
+};
+
+/// Pictures at exact times, upright.
+Result<Film> openFilm(const QString& source) {
+    const auto asset = AVURLAsset::assetWithPath(source);
+    if (!asset)
+        return tl::unexpected(asset.error());
+    if (tracksWithMediaType(*asset, QString::fromUtf16(AVMediaTypeVideo)).empty())
+        return failure(ErrorCode::NotSupported, QStringLiteral("read frames"), source,
+                       QStringLiteral("there is no film"));
+    AVAssetImageGenerator generator = AVAssetImageGenerator::initWithAsset(*asset);
+    generator.setAppliesPreferredTrackTransform(true);
+    generator.setRequestedTimeToleranceBefore(kCMTimeZero);
+    generator.setRequestedTimeToleranceAfter(kCMTimeZero);
+    const double duration = std::min(CMTimeGetSeconds(assetDuration(*asset)), kLongestFilm);
+    return Film{std::move(generator), duration};
+}
+
+/// One picture a second, for ever in a circle. Without delays: players then use their own pace.
+Result<QStringList> writeGif(const QString& source, const QString& target,
+                             const Progress& progress) {
+    auto film = openFilm(source);
+    if (!film)
+        return tl::unexpected(film.error());
+    const double duration = film->duration;
+    auto destination = CGImageDestinationCreateWithURL(target, QString::fromUtf16(kUTTypeGIF),
+                                                       static_cast<int>(std::ceil(duration)));
+    const auto prepared = destination ? CGImageDestinationSetProperties(**destination, {0})
+                                      : Result<void>(tl::unexpected(destination.error()));
+    if (!prepared) {
+        log(LogLevel::Info, QStringLiteral("Failed to create GIF destination"), source);
+        return tl::unexpected(prepared.error());
+    }
+    std::size_t frames = 0, missing = 0;
+    for (double t = 0; t < duration; t += 1) {
+        if (!progress(t / duration))
+            return stopped(source);
+        const auto frame = film->generator.copyCGImageAtTime(CMTimeMakeWithSeconds(t, kTimescale));
+        if (!frame && frame.error().code == ErrorCode::InvalidArgument)
+            break; // the film ends before its file says so
+        if (frame)
+            if (const auto added = CGImageDestinationAddImage(**destination, *frame); !added)
+                return tl::unexpected(added.error());
+        ++(frame ? frames : missing);
+    }
+    if (frames == 0)
+        return failure(ErrorCode::InvalidData, QStringLiteral("read frames"), source,
+                       QStringLiteral("no frame could be decoded"));
+    if (const auto finalized = CGImageDestinationFinalize(**destination); !finalized) {
+        log(LogLevel::Info, QStringLiteral("Failed to finalize GIF destination"), source);
+        return tl::unexpected(finalized.error());
+    }
+    if (missing == 0)
+        return QStringList();
+    return QStringList{QStringLiteral("%1 frames could not be decoded").arg(missing)};
+}
+
+Result<void> writeFile(const QString& path, const Result<QByteArray>& bytes) {
+    if (!bytes)
+        return tl::unexpected(bytes.error());
+    auto file = AtomicFile::create(path, static_cast<std::uint64_t>(bytes->size()));
+    if (!file)
+        return tl::unexpected(file.error());
+    if (const auto written = file->write(*bytes); !written)
+        return written;
+    return file->commit();
+}
+
+/// Writes single pictures of one film.
+class PictureWriter {
+public:
+    PictureWriter(QString source, QString folder, QString base, double interval,
+                  const metadata::OutputPaths& paths, std::shared_ptr<QStringList> outputs)
+        : m_source(std::move(source)), m_folder(std::move(folder)), m_base(std::move(base)),
+          m_interval(interval), m_paths(paths), m_outputs(std::move(outputs)) {}
+
+    Result<QStringList> run(const Progress& progress) {
+        auto film = openFilm(m_source);
+        if (!film)
+            return tl::unexpected(film.error());
+        if (const auto found = NSFileManager::defaultManager().attributesOfItemAtPath(m_source))
+            m_dates = *found;
+        const auto made = NSFileManager::defaultManager().createDirectoryAtPath(m_folder);
+        if (!made)
+            return tl::unexpected(made.error());
+        const double duration = film->duration;
+        double t = 0;
+        while (t < duration && !m_ended) {
+            if (!progress(t / duration))
+                return stopped(m_source);
+            const auto written = writeNext(film->generator, timesOfOneName(t, duration));
+            if (!written)
+                return tl::unexpected(written.error());
+        }
+        if (m_outputs->isEmpty())
+            return failure(ErrorCode::InvalidData, QStringLiteral("read frames"), m_source,
+                           QStringLiteral("no frame could be decoded"));
+        QStringList notes{QStringLiteral("%1 pictures").arg(m_outputs->size())};
+        if (m_failed > 0)
+            notes.append(QStringLiteral("%1 could not be decoded").arg(m_failed));
+        return notes;
+    }
+
+private:
+    /// The times from `t` on whose pictures have one name, that of their whole second; moves `t`
+    /// past them. The last one wins.
+    std::vector<double> timesOfOneName(double& t, double duration) const {
+        std::vector<double> times;
+        for (const double second = std::floor(t); t < duration && std::floor(t) == second;
+             t += m_interval)
+            times.push_back(t);
+        return times;
+    }
+
+    /// Of several pictures for one name only the last one is decoded; an earlier one stands in
+    /// where that fails.
+    Result<void> writeNext(AVAssetImageGenerator& generator, const std::vector<double>& times) {
+        for (auto time = times.rbegin(); time != times.rend(); ++time) {
+            const auto frame =
+                generator.copyCGImageAtTime(CMTimeMakeWithSeconds(*time, kTimescale));
+            if (frame)
+                return write(*frame, static_cast<int>(times.front()));
+            if (frame.error().code == ErrorCode::InvalidArgument)
+                m_ended = true; // the film ends before its file says so
+            log(LogLevel::Info,
+                QStringLiteral("Error while extracting image: ") + frame.error().text(), m_source);
+        }
+        m_failed += m_ended ? 0 : 1;
+        return {};
+    }
+
+    /// Deliberate: TIFF bytes under a name that says JPEG, as this job has always written them.
+    Result<void> write(const RawPicture& frame, int second) {
+        const QString path = m_paths.claimShared(
+            appendingPathComponent(m_folder, QStringLiteral("%1_%2.jpg").arg(m_base).arg(second)));
+        const auto written = writeFile(path, TIFFRepresentation(frame));
+        if (!written)
+            return written;
+        m_outputs->append(path);
+        const auto dated = NSFileManager::defaultManager().setAttributes(
+            path, m_dates.NSFileCreationDate, m_dates.NSFileModificationDate);
+        return dated ? Result<void>() : tl::unexpected(dated.error());
+    }
+
+    QString m_source, m_folder, m_base;
+    double m_interval;
+    const metadata::OutputPaths& m_paths;
+    std::shared_ptr<QStringList> m_outputs;
+    FileAttributes m_dates;
+    bool m_ended = false;
+    int m_failed = 0;
+};
+
+WriteStatus endOf(const AVAssetExportSession& session) {
+    switch (session.status()) {
+    case AVAssetExportSessionStatus::Completed:
+        return WriteStatus::Completed;
+    case AVAssetExportSessionStatus::Cancelled:
+        return WriteStatus::Cancelled;
+    default:
+        return WriteStatus::Failed;
+    }
+}
+
+} // namespace
+
+void VideoJobs::ConvertGIFMediaFileFileThreader(const VideoJobRequest& request) {
+    for (const auto& item : request.items)
+        startExport(
+            item,
+            appendingPathComponent(request.storagelocation,
+                                   deletingPathExtension(item->fileName) + QStringLiteral(".gif")),
+            {{},
+             [](const AVURLAsset& asset,
+                const QString& output) -> Result<std::shared_ptr<AVAssetExportSession>> {
+                 const QString source = asset.path();
+                 return AVAssetExportSession::rewriting(
+                     source, output, [source, output](const Progress& progress) {
+                         return writeGif(source, output, progress);
+                     });
+             }});
+}
+
+void VideoJobs::ExtractImagesMediaFileFileThreader(const VideoJobRequest& request) {
+    const double interval = extractInterval(request.title);
+    for (const auto& item : request.items) {
+        const QString source = item->filePath;
+        const QString base = deletingPathExtension(item->fileName);
+        const auto outputs = std::make_shared<QStringList>();
+        const auto writer = std::make_shared<PictureWriter>(source, request.storagelocation, base,
+                                                            interval, m_paths, outputs);
+        const auto session = AVAssetExportSession::rewriting(
+            source, appendingPathComponent(request.storagelocation, base),
+            [writer](const Progress& progress) { return writer->run(progress); });
+        m_running->start(session, [session, outputs, source, start = Clock::now(),
+                                   handler = m_handler] {
+            WriteOutcome outcome;
+            outcome.source = source;
+            outcome.outputs = *outputs;
+            outcome.status = endOf(*session);
+            outcome.message = outcome.status == WriteStatus::Completed
+                                  ? session->notes().join(QStringLiteral("; "))
+                              : outcome.status == WriteStatus::Failed ? session->error().text()
+                                                                      : QStringLiteral("cancelled");
+            outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+            handler(outcome);
+        });
+    }
+}
+
+} // namespace clipheave::video

@@ -1,0 +1,276 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "video/video_jobs.h"
+#include "video/video_labels.h"
+
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/log.h"
+#include "platform/foundation/paths.h"
+
+#include <cmath>
+#include <numbers>
+
+// The jobs that put a film together anew: rotate, merge, speed, silence.
+namespace clipheave::video {
+
+using namespace platform;
+using metadata::WriteOutcome;
+using metadata::WriteStatus;
+
+namespace {
+
+using SessionResult = Result<std::shared_ptr<AVAssetExportSession>>;
+
+const QString kVideo = QString::fromUtf16(AVMediaTypeVideo);
+const QString kAudio = QString::fromUtf16(AVMediaTypeAudio);
+
+QString preset(const char16_t* name) {
+    return QString::fromUtf16(name);
+}
+
+Result<AVAssetTrack> firstFilm(const AVURLAsset& asset) {
+    const auto films = tracksWithMediaType(asset, kVideo);
+    if (films.empty())
+        return failure(ErrorCode::NotSupported, QStringLiteral("export"), asset.path(),
+                       QStringLiteral("there is no film"));
+    return films.front();
+}
+
+/// The first track of the type at `at`, from its start to its end; the result is that of the
+/// insertion, or success where the file has no such track.
+Result<void> insertFirst(AVMutableCompositionTrack& track, const AVURLAsset& asset, CMTime at) {
+    const auto sources = tracksWithMediaType(asset, track.mediaType());
+    if (sources.empty())
+        return {};
+    if (track.segments().empty())
+        track.preferredTransform = sources.front().preferredTransform;
+    return track.insertTimeRange_ofTrack_atTime(CMTimeRangeMake(kCMTimeZero, assetDuration(asset)),
+                                                asset, sources.front(), at);
+}
+
+/// The first film and the first sound of a file, as a composition; a film must be there.
+Result<AVMutableComposition> compositionOfAsset(const AVURLAsset& asset) {
+    const auto film = firstFilm(asset);
+    if (!film)
+        return tl::unexpected(film.error());
+    AVMutableComposition composition;
+    for (const QString& type : {kVideo, kAudio}) {
+        const auto inserted =
+            insertFirst(composition.addMutableTrackWithMediaType(type), asset, kCMTimeZero);
+        if (!inserted)
+            return tl::unexpected(inserted.error());
+    }
+    return composition;
+}
+
+struct Rotation {
+    CGAffineTransform transform;
+    QSize renderSize;
+};
+
+/// The turn of the label for a picture of this size, which then fills `renderSize`.
+Rotation labelledRotation(int degrees, QSize size) {
+    const double width = size.width(), height = size.height();
+    const auto turned = [](double angle, double tx, double ty) {
+        return CGAffineTransformConcat(CGAffineTransformMakeRotation(angle),
+                                       CGAffineTransformMakeTranslation(tx, ty));
+    };
+    constexpr double kPi = std::numbers::pi;
+    switch (degrees) {
+    case 90:
+        return {turned(kPi / 2, height, 0), size.transposed()};
+    case 180:
+        return {turned(kPi, width, height), size};
+    case 270:
+        return {turned(3 * kPi / 2, 0, width), size.transposed()};
+    default:
+        return {{}, size};
+    }
+}
+
+/// A track that has been turned before is turned on from how it is shown.
+Rotation rotationOfTrack(const AVAssetTrack& track, int degrees) {
+    const CGAffineTransform own = transformOfMatrix(track.preferredTransform);
+    const auto turn = pictureTurn(own);
+    const bool lies = turn && turn->degrees % 180 != 0;
+    Rotation rotation =
+        labelledRotation(degrees, lies ? track.naturalSize.transposed() : track.naturalSize);
+    rotation.transform = CGAffineTransformConcat(own, rotation.transform);
+    return rotation;
+}
+
+void logTrack(const AVURLAsset& asset, const AVAssetTrack& track) {
+    log(LogLevel::Trace,
+        QString::asprintf("videoTrack.naturalSize.width==%f, videoTrack.naturalSize.height===%f",
+                          static_cast<double>(track.naturalSize.width()),
+                          static_cast<double>(track.naturalSize.height())),
+        asset.path());
+    log(LogLevel::Trace,
+        QString::asprintf("[videoTrack preferredTransform].tx==%f, [videoTrack "
+                          "preferredTransform].ty===%f",
+                          track.preferredTransform[6], track.preferredTransform[7]),
+        asset.path());
+}
+
+SessionResult rotatingSession(const AVURLAsset& asset, const QString& output, int degrees) {
+    auto composition = compositionOfAsset(asset);
+    if (!composition)
+        return tl::unexpected(composition.error());
+    const AVAssetTrack film = tracksWithMediaType(asset, kVideo).front();
+    logTrack(asset, film);
+    const Rotation rotation = rotationOfTrack(film, degrees);
+    AVMutableVideoCompositionLayerInstruction layer;
+    layer.setTransform_atTime(rotation.transform, kCMTimeZero);
+    AVMutableVideoComposition instructions;
+    instructions.setFrameDuration(CMTimeMake(1, 30));
+    instructions.setRenderSize(rotation.renderSize);
+    instructions.instructions.push_back(
+        {CMTimeRangeMake(kCMTimeZero, composition->duration()), {layer}});
+    auto session = std::make_shared<AVAssetExportSession>(
+        std::move(*composition), preset(AVAssetExportPresetHighestQuality));
+    session->setVideoComposition(std::move(instructions));
+    session->setOutputFileType(outputFileTypeOfPath(output));
+    session->setShouldOptimizeForNetworkUse(true);
+    return session;
+}
+
+SessionResult cuttingSession(const AVURLAsset& asset, double factor) {
+    if (const auto film = firstFilm(asset); !film)
+        return tl::unexpected(film.error());
+    auto session =
+        std::make_shared<AVAssetExportSession>(asset, preset(AVAssetExportPresetHighestQuality));
+    session->setOutputFileType(QString::fromUtf16(AVFileTypeQuickTimeMovie));
+    session->setTimeRange(
+        CMTimeRangeMake(kCMTimeZero, CMTimeMultiplyByFloat64(assetDuration(asset), 1 / factor)));
+    return session;
+}
+
+SessionResult slowingSession(const AVURLAsset& asset, double factor) {
+    auto composition = compositionOfAsset(asset);
+    if (!composition)
+        return tl::unexpected(composition.error());
+    const CMTime duration = assetDuration(asset);
+    if (factor != 1)
+        composition->scaleTimeRange_toDuration(CMTimeRangeMake(kCMTimeZero, duration),
+                                               CMTimeMultiplyByFloat64(duration, 1 / factor));
+    auto session = std::make_shared<AVAssetExportSession>(std::move(*composition),
+                                                          preset(AVAssetExportPresetPassthrough));
+    session->setOutputFileType(QString::fromUtf16(AVFileTypeQuickTimeMovie));
+    return session;
+}
+
+SessionResult silencingSession(const AVURLAsset& asset) {
+    auto composition = compositionOfAsset(asset);
+    if (!composition)
+        return tl::unexpected(composition.error());
+    AVMutableAudioMixInputParameters silence;
+    silence.setVolume_atTime(0, kCMTimeZero);
+    auto session = std::make_shared<AVAssetExportSession>(
+        std::move(*composition), preset(AVAssetExportPresetHighestQuality));
+    session->setAudioMix({{silence}});
+    session->setOutputFileType(QString::fromUtf16(AVFileTypeQuickTimeMovie));
+    return session;
+}
+
+QString flatPath(const VideoJobRequest& request, const QString& name) {
+    return appendingPathComponent(request.storagelocation, name);
+}
+
+constexpr char kSpeedText[] = "Change Video Speed Success";
+
+} // namespace
+
+void VideoJobs::RotateVideoMediaFileFileThreader(const VideoJobRequest& request) {
+    const int degrees = rotationOfTitle(request.title).value_or(0);
+    for (const auto& item : request.items)
+        startExport(item, flatPath(request, item->fileName),
+                    {{}, [degrees](const AVURLAsset& asset, const QString& output) {
+                         return rotatingSession(asset, output, degrees);
+                     }});
+}
+
+void VideoJobs::SpeedUpVideoMediaFileFileThreader(const VideoJobRequest& request) {
+    const double factor = speedUpFactor(request.title);
+    for (const auto& item : request.items)
+        startExport(item, flatPath(request, item->fileName),
+                    {{kSpeedText}, [factor](const AVURLAsset& asset, const QString&) {
+                         return cuttingSession(asset, factor);
+                     }});
+}
+
+void VideoJobs::SlowDownVideoMediaFileFileThreader(const VideoJobRequest& request) {
+    const double factor = slowDownFactor(request.title);
+    for (const auto& item : request.items)
+        startExport(item, flatPath(request, item->fileName),
+                    {{kSpeedText}, [factor](const AVURLAsset& asset, const QString&) {
+                         return slowingSession(asset, factor);
+                     }});
+}
+
+void VideoJobs::RemoveAudioMediaFileFileThreader(const VideoJobRequest& request) {
+    for (const auto& item : request.items)
+        startExport(
+            item, flatPath(request, item->fileName),
+            {{"Background sound removed successfully.", "Error removing background sound: %1"},
+             [](const AVURLAsset& asset, const QString&) { return silencingSession(asset); }});
+}
+
+void VideoJobs::MergeVideoMediaFileFileThreader(const VideoJobRequest& request) {
+    AVMutableComposition composition;
+    auto& film = composition.addMutableTrackWithMediaType(kVideo);
+    auto& sound = composition.addMutableTrackWithMediaType(kAudio);
+    std::vector<media::ItemPointer> merged;
+    CMTime cursor = kCMTimeZero;
+    QString output;
+    for (const auto& item : request.items) {
+        const QString extension = pathExtension(item->fileName);
+        output = flatPath(request, QStringLiteral("MergeVideo.") + extension);
+        if (NSFileManager::defaultManager().fileExistsAtPath(output))
+            output = flatPath(request, deletingPathExtension(item->fileName) +
+                                           QStringLiteral("_MergeVideo.") + extension);
+        const auto asset = AVURLAsset::assetWithPath(item->filePath);
+        auto inserted = asset ? insertFirst(film, *asset, cursor) : tl::unexpected(asset.error());
+        if (inserted)
+            inserted = insertFirst(sound, *asset, cursor);
+        if (!inserted) {
+            refuse(item->filePath, inserted.error().text());
+            continue;
+        }
+        const CMTime duration = assetDuration(*asset);
+        cursor = CMTimeCompare(cursor, duration) > 0 ? cursor : duration;
+        merged.push_back(item);
+    }
+    if (!merged.empty())
+        finishMerge(m_paths.claimShared(output), merged, composition);
+}
+
+void VideoJobs::finishMerge(const QString& output, const std::vector<media::ItemPointer>& merged,
+                            const AVMutableComposition& composition) {
+    const auto handler = [report = m_handler, merged, output](const WriteOutcome& outcome) {
+        if (outcome.status == WriteStatus::Completed)
+            log(LogLevel::Info, QStringLiteral("Merging completed!"), output);
+        else if (outcome.status == WriteStatus::Failed)
+            log(LogLevel::Info, QStringLiteral("Merging failed: ") + outcome.message, output);
+        for (std::size_t i = 1; i < merged.size(); ++i) {
+            WriteOutcome other = outcome;
+            other.source = merged[i]->filePath;
+            other.outputs.clear();
+            if (outcome.status == WriteStatus::Completed)
+                other.message = QStringLiteral("in ") + lastPathComponent(output);
+            report(other);
+        }
+        report(outcome);
+    };
+    auto job = metadata::beginJob(merged.front()->filePath, output, handler, m_running);
+    if (!job)
+        return;
+    job->copiesOnFailure = false;
+    if (NSFileManager::defaultManager().fileExistsAtPath(output))
+        job->notes.append(QStringLiteral("replaced an older file"));
+    auto session = std::make_shared<AVAssetExportSession>(
+        composition, preset(AVAssetExportPresetHighestQuality));
+    session->setOutputPath(output);
+    session->setOutputFileType(outputFileTypeOfPath(output));
+    metadata::startSession(*job, session);
+}
+
+} // namespace clipheave::video
