@@ -46,6 +46,12 @@ struct RenameOptions {
     bool undo = false;
 };
 
+struct VideoOptions {
+    QStringList paths;
+    QString job;    ///< "rotate", "merge", …
+    QString choice; ///< the menu title or its short form; empty for jobs without a choice
+};
+
 // Each command answers an ExitStatus.
 int runList(const GlobalOptions& global, const ListOptions& options, Console& console);
 int runSave(const GlobalOptions& global, const SaveOptions& options, Console& console);
@@ -53,6 +59,7 @@ int runClear(const GlobalOptions& global, const QStringList& paths, Console& con
 int runTitleToName(const GlobalOptions& global, const QStringList& paths, Console& console);
 int runNameToTitle(const GlobalOptions& global, const QStringList& paths, Console& console);
 int runRename(const GlobalOptions& global, const RenameOptions& options, Console& console);
+int runVideo(const GlobalOptions& global, const VideoOptions& options, Console& console);
 int runPrefs(const GlobalOptions& global, const QString& key, const QString& value, bool hasValue);
 int runDemo(const GlobalOptions& global, const QString& folder, Console& console);
 

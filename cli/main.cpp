@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/commands.h"
+#include "cli/video_arguments.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 #include "platform/media/av_asset_export_session.h"
@@ -143,6 +144,8 @@ int run(int argc, char** argv) {
     CLI::App* listCommand = addList(app, arguments);
     CLI::App* saveCommand = addSave(app, arguments);
     CLI::App* renameCommand = addRename(app, arguments);
+    VideoArguments videoArguments;
+    CLI::App* videoCommand = addVideo(app, videoArguments);
     addPathCommands(app, arguments);
     CLI::App* prefs = app.add_subcommand("prefs", "Print or set the preferences");
     prefs->add_option("KEY", arguments.key);
@@ -171,6 +174,12 @@ int run(int argc, char** argv) {
         return save(arguments, console);
     if (renameCommand->parsed())
         return rename(*renameCommand, arguments, console);
+    if (videoCommand->parsed())
+        return runVideo(global,
+                        {absolutePaths(videoArguments.paths),
+                         textOf(videoCommand->get_subcommands().front()->get_name()),
+                         textOf(videoArguments.choice)},
+                        console);
     for (const PathCommand& command : kPathCommands)
         if (app.got_subcommand(command.name))
             return command.run(global, absolutePaths(arguments.paths), console);

@@ -112,8 +112,8 @@ int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>&
     return allDone ? kAllDone : kSomeFailed;
 }
 
-int runWriting(const GlobalOptions& global, const QStringList& paths, const QString& what,
-               const StartWriting& start, Console& console) {
+int runOverItems(const GlobalOptions& global, const QStringList& paths, const QString& what,
+                 const StartRun& start, Console& console) {
     media::MediaImport import;
     import.setStopRequested(&isInterrupted);
     import.importMediaItemsThreader(paths);
@@ -129,27 +129,39 @@ int runWriting(const GlobalOptions& global, const QStringList& paths, const QStr
     }
     platform::removeStaleTemporaries(storage);
     OutcomeCollector collector;
-    metadata::VideoMetadata writer(collector.handler());
-    QStringList sources;
-    for (const auto& item : items)
-        sources.append(item->filePath);
-    writer.protectSources(sources);
-    int started = 0;
-    for (const auto& item : items) {
-        if (isInterrupted())
-            break;
-        start(writer, requestFor(item, storage, import));
-        ++started;
-    }
-    collector.waitFor(started, [&](int done) {
-        console.progress(what, done, started, writer.runningProgress());
-    });
+    const auto progress = start({collector.handler(), import, storage});
+    const auto total = static_cast<int>(items.size());
+    collector.waitFor(total, [&](int done) { console.progress(what, done, total, progress()); });
     platform::AVAssetExportSession::waitForAllExports();
     console.clearProgress();
     std::vector<WriteOutcome> outcomes = collector.inOrderOf(items);
     for (const media::SkippedPath& skipped : import.skipped())
         outcomes.push_back(outcomeOfSkipped(skipped));
     return reportOutcomes(global, outcomes, import.skipped().empty());
+}
+
+int runWriting(const GlobalOptions& global, const QStringList& paths, const QString& what,
+               const StartWriting& start, Console& console) {
+    const auto startAll = [&start](const ItemRun& run) -> std::function<double()> {
+        auto writer = std::make_shared<metadata::VideoMetadata>(run.handler);
+        writer->protectSources(sourcesOf(run.import));
+        for (const auto& item : run.import.localPhotoItemArray()) {
+            auto request = requestFor(item, run.storage, run.import);
+            if (isInterrupted())
+                writer->refuse(request, QStringLiteral("cancelled"), WriteStatus::Cancelled);
+            else
+                start(*writer, std::move(request));
+        }
+        return [writer] { return writer->runningProgress(); };
+    };
+    return runOverItems(global, paths, what, startAll, console);
+}
+
+QStringList sourcesOf(const media::MediaImport& import) {
+    QStringList sources;
+    for (const auto& item : import.localPhotoItemArray())
+        sources.append(item->filePath);
+    return sources;
 }
 
 } // namespace clipheave::cli

@@ -18,6 +18,21 @@ using StartWriting =
 [[nodiscard]] int runWriting(const GlobalOptions& global, const QStringList& paths,
                              const QString& what, const StartWriting& start, Console& console);
 
+/// What a run over the imported items works with. The outcomes go to `handler`, one an item.
+struct ItemRun {
+    metadata::OutcomeHandler handler;
+    const media::MediaImport& import;
+    QString storage; ///< output folder; it exists
+};
+/// Starts the work on all items and returns; answers what tells the progress of what runs, 0 to 1,
+/// below 0 for nothing. The answer owns what must live until all outcomes are there.
+using StartRun = std::function<std::function<double()>(const ItemRun& run)>;
+/// The paths of all imported items.
+[[nodiscard]] QStringList sourcesOf(const media::MediaImport& import);
+/// Imports the paths, starts the run, waits for one outcome an item, and reports.
+[[nodiscard]] int runOverItems(const GlobalOptions& global, const QStringList& paths,
+                               const QString& what, const StartRun& start, Console& console);
+
 /// Outputs or, with --json, the outcomes on standard output, messages on standard error. Answers an
 /// ExitStatus: that all is done only when the import had left out nothing either.
 [[nodiscard]] int reportOutcomes(const GlobalOptions& global,

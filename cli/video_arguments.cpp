@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/video_arguments.h"
+
+namespace clipheave::cli {
+
+namespace {
+
+struct JobArguments {
+    const char* name;
+    const char* help;
+    const char* option; ///< null: the job has no choice
+    const char* choice;
+};
+constexpr JobArguments kJobs[] = {
+    {"rotate", "Turns the pictures clockwise", "--by", "90|180|270"},
+    {"merge", "One film of all; each clip goes in at the longest duration before it", nullptr,
+     nullptr},
+    {"speed", "Cuts the film to its duration divided by the factor", "--factor", "TITLE"},
+    {"slow", "Stretches the film", "--factor", "TITLE"},
+    {"compress", "Encodes the film anew", "--quality", "high|medium|low"},
+    {"convert", "The same streams in another container", "--to", "mp4|mov|m4v"},
+    {"gif", "An animated picture, one frame a second", nullptr, nullptr},
+    {"audio", "The sound alone, as M4A", nullptr, nullptr},
+    {"frames", "Single pictures as files", "--every", "TITLE"},
+    {"mute", "Silences the sound", nullptr, nullptr},
+};
+
+} // namespace
+
+CLI::App* addVideo(CLI::App& app, VideoArguments& arguments) {
+    CLI::App* video = app.add_subcommand("video", "Makes new films, sounds and pictures of videos");
+    video->require_subcommand(1);
+    video->fallthrough();
+    for (const JobArguments& job : kJobs) {
+        CLI::App* command = video->add_subcommand(job.name, job.help);
+        command->fallthrough();
+        if (job.option)
+            command->add_option(job.option, arguments.choice, "As in the menu, or in short")
+                ->type_name(job.choice)
+                ->required();
+        command->add_option("PATH", arguments.paths, "Files and folders")->required();
+    }
+    return video;
+}
+
+} // namespace clipheave::cli

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/write_run.h"
+#include "video/video_jobs.h"
+#include "video/video_labels.h"
+
+namespace clipheave::cli {
+
+namespace {
+
+using video::VideoJobs;
+
+/// What is typed for a title of the menus.
+struct ShortForm {
+    const char* text;
+    int title; ///< index in the titles
+};
+
+/// One job of the video menu, with the option that chooses its title.
+struct VideoCommand {
+    const char* name;
+    const QStringList& (*titles)(); ///< null: the job has no choice
+    std::vector<ShortForm> shortForms;
+    void (VideoJobs::*worker)(const video::VideoJobRequest& request);
+};
+
+const std::vector<VideoCommand>& videoCommands() {
+    static const std::vector<VideoCommand> commands{
+        {"rotate",
+         &video::rotateTitles,
+         {{"90", 0}, {"180", 1}, {"270", 2}},
+         &VideoJobs::RotateVideoMediaFileFileThreader},
+        {"merge", nullptr, {}, &VideoJobs::MergeVideoMediaFileFileThreader},
+        {"speed", &video::speedUpTitles, {}, &VideoJobs::SpeedUpVideoMediaFileFileThreader},
+        // Factors that leave the speed alone are titles of the job all the same.
+        {"slow", &video::speedUpTitles, {}, &VideoJobs::SlowDownVideoMediaFileFileThreader},
+        {"compress",
+         &video::compressTitles,
+         {{"high", 0}, {"medium", 1}, {"low", 2}},
+         &VideoJobs::CompressVideoMediaFileFileThreader},
+        {"convert",
+         &video::convertTitles,
+         {{"mp4", 0}, {"mov", 1}, {"m4v", 2}},
+         &VideoJobs::ConvertVideoMediaFileFileThreader},
+        {"gif", nullptr, {}, &VideoJobs::ConvertGIFMediaFileFileThreader},
+        {"audio", nullptr, {}, &VideoJobs::ExtractAudioMediaFileFileThreader},
+        {"frames", &video::extractImagesTitles, {}, &VideoJobs::ExtractImagesMediaFileFileThreader},
+        {"mute", nullptr, {}, &VideoJobs::RemoveAudioMediaFileFileThreader},
+    };
+    return commands;
+}
+
+/// The menu title that was asked for; null when there is none of it.
+QString titleOf(const VideoCommand& command, const QString& choice) {
+    const QStringList& titles = command.titles();
+    for (const ShortForm& form : command.shortForms)
+        if (choice.compare(QLatin1String(form.text), Qt::CaseInsensitive) == 0)
+            return titles.at(form.title);
+    const qsizetype index = titles.indexOf(choice);
+    return index < 0 ? QString() : titles.at(index);
+}
+
+} // namespace
+
+int runVideo(const GlobalOptions& global, const VideoOptions& options, Console& console) {
+    for (const VideoCommand& command : videoCommands()) {
+        if (options.job != QLatin1String(command.name))
+            continue;
+        const QString title = command.titles ? titleOf(command, options.choice) : QString();
+        if (command.titles && title.isNull()) {
+            printError(QStringLiteral("video %1: \"%2\" is none of \"%3\"")
+                           .arg(options.job, options.choice,
+                                command.titles().join(QStringLiteral("\", \""))));
+            return kWrongUsage;
+        }
+        const auto start = [&](const ItemRun& run) -> std::function<double()> {
+            auto jobs = std::make_shared<VideoJobs>(run.handler);
+            jobs->protectSources(sourcesOf(run.import));
+            (jobs.get()->*command.worker)({title, run.import.localPhotoItemArray(), run.storage,
+                                           run.import.bImportLocalFolder(),
+                                           run.import.bImportLocalPath()});
+            return [jobs] {
+                if (isInterrupted())
+                    jobs->cancel();
+                return jobs->runningProgress();
+            };
+        };
+        return runOverItems(global, options.paths, QStringLiteral("made"), start, console);
+    }
+    printError(QStringLiteral("video: unknown job \"%1\"").arg(options.job));
+    return kWrongUsage;
+}
+
+} // namespace clipheave::cli
