@@ -17,6 +17,7 @@
 #include <QVariantMap>
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -140,6 +141,32 @@ public:
     void RefreshRenamePhotoProcessToMainThread(const QString& progress); ///< "%d/%d"
     void RenamePhotoFinishedHanderToMainThread();
 
+    // Video jobs. The title of the menu entry that starts one chooses what it does.
+    Q_INVOKABLE void RotateVideoMediaFileAction();
+    Q_INVOKABLE void MergeSelectedMediaFileFormatAction();
+    Q_INVOKABLE void SpeedSelectedMediaFileFormatAction();
+    Q_INVOKABLE void SlowdownSelectedMediaFileFormatAction();
+    Q_INVOKABLE void CompressSelectedMediaFileAction();
+    Q_INVOKABLE void ConvertSelectedMediaFileFormatAction();
+    Q_INVOKABLE void ConvertSelectedMediaFileToGIFAction();
+    Q_INVOKABLE void ExtractSelectedMediaFileAction();
+    Q_INVOKABLE void ExtractImagesSelectedMediaFileAction();
+    Q_INVOKABLE void removeSoundFromMediaFileFormatAction();
+    struct VideoRun;
+    // Their workers, each on a thread of its own.
+    void RotateVideoMediaFileFileThreader(const VideoRun& run);
+    void MergeVideoMediaFileFileThreader(const VideoRun& run);
+    void SpeedUpVideoMediaFileFileThreader(const VideoRun& run);
+    void SlowDownVideoMediaFileFileThreader(const VideoRun& run);
+    void CompressVideoMediaFileFileThreader(const VideoRun& run);
+    void ConvertVideoMediaFileFileThreader(const VideoRun& run);
+    void ConvertGIFMediaFileFileThreader(const VideoRun& run);
+    void ExtractAudioMediaFileFileThreader(const VideoRun& run);
+    void ExtractImagesMediaFileFileThreader(const VideoRun& run);
+    void RemoveAudioMediaFileFileThreader(const VideoRun& run);
+    /// Every export of a worker is on its way: the busy indicator rests. The exports may still run.
+    void BatchVideosItemCompleteToMainThread();
+
     /// A command of a tool that is still to come: a line in the activity log.
     Q_INVOKABLE void notAvailableYet(const QString& command);
     /// Runs the command of this fixed name, or says that it is not available yet. `title`: the
@@ -162,8 +189,8 @@ public:
     [[nodiscard]] QPointF currentCoords() const { return m_currentCoords; }
     [[nodiscard]] bool isImporting() const { return m_runningImports > 0; }
 
-    /// What a job of the activity panel does.
-    enum class JobKind { Import, ImportPhotos, Save, RemoveMetadata, TitleToName, NameToTitle };
+    /// What a writing command does.
+    enum class JobKind { Save, RemoveMetadata, TitleToName, NameToTitle };
 
     Q_SIGNAL void importFinished();
     Q_SIGNAL void saveFinished();
@@ -180,7 +207,7 @@ private:
     /// shows now.
     void retryJob(int job);
     void retryImport(const QStringList& paths, bool photos);
-    void retryWrite(JobKind kind, const QStringList& paths);
+    [[nodiscard]] std::vector<media::ItemPointer> itemsAt(const QStringList& paths) const;
     void cancelJob(int job);
     void chooseAppearance(Appearance appearance);
     void storeStampChoices();
@@ -195,6 +222,16 @@ private:
     [[nodiscard]] static QString importSummary(int added, int failed);
     [[nodiscard]] std::vector<media::ItemPointer> selectedItems() const;
     struct WriteRun;
+    /// The run of a job that tells an outcome an item; `outcomesTo` is what to give its writer.
+    [[nodiscard]] std::shared_ptr<WriteRun> beginRun(const QString& title,
+                                                     const std::vector<media::ItemPointer>& items);
+    [[nodiscard]] std::function<void(const metadata::WriteOutcome&)>
+    outcomesTo(const std::shared_ptr<WriteRun>& run);
+    [[nodiscard]] QStringList allPaths() const;
+    using VideoWorker = void (AppDelegate::*)(const VideoRun& run);
+    void detachVideoWorker(VideoWorker worker, const QString& activity);
+    void startVideoJob(VideoWorker worker, const QString& activity, const QString& title,
+                       const std::vector<media::ItemPointer>& items);
     void watchProgress(const std::shared_ptr<WriteRun>& run);
     void takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome);
     void connectRename();
@@ -228,7 +265,9 @@ private:
     std::atomic<bool> m_stopping{false};     ///< read by workers
     int m_runningImports = 0;
     QElapsedTimer m_summaryAge;
-    std::map<int, JobKind> m_jobKinds; ///< of the jobs in the panel, for another try
+    /// Of the jobs in the panel: another try of their failed files.
+    std::map<int, std::function<void(const QStringList& failed)>> m_retries;
+    int m_startingVideoJobs = 0; ///< workers that are still starting exports
     std::map<int, std::shared_ptr<WriteRun>> m_writeRuns; ///< by job, until their last outcome
     bool m_useCustomName = true;                          ///< the mode of the rename window
     int m_runningRenames = 0;

@@ -59,7 +59,7 @@ void AppDelegate::importPhotoPaths(const QStringList& paths) {
 
 void AppDelegate::runImport(const QStringList& paths, bool photos) {
     const int job = m_activity->beginJob(photos ? tr("Import photos") : tr("Import"));
-    m_jobKinds[job] = photos ? JobKind::ImportPhotos : JobKind::Import;
+    m_retries[job] = [this, photos](const QStringList& failed) { retryImport(failed, photos); };
     ++m_runningImports;
     platform::BackgroundJob::detach([this, paths, photos, job] {
         std::vector<media::ItemPointer> ready;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/write_run.h"
 #include "app/panes/detail_pane.h"
 #include "app/windows/main_window.h"
 #include "metadata/video_metadata.h"
@@ -65,15 +66,6 @@ QString titleOfJob(AppDelegate::JobKind kind) {
 
 } // namespace
 
-/// One press of a writing command: what is still under way and what came out.
-struct AppDelegate::WriteRun {
-    int job = 0;
-    int left = 0;
-    QStringList outputs;
-    QSet<QString> sources;
-    std::unique_ptr<metadata::VideoMetadata> writer;
-};
-
 void AppDelegate::SaveMeidaFileChangesAction() {
     writeItems(JobKind::Save, selectedItems());
 }
@@ -102,35 +94,31 @@ void AppDelegate::writeItems(JobKind kind, const std::vector<media::ItemPointer>
 
 void AppDelegate::retryJob(int id) {
     const ActivityJob* job = m_activity->job(id);
-    const auto kind = m_jobKinds.find(id);
-    if (!job || kind == m_jobKinds.end())
+    const auto again = m_retries.find(id);
+    if (!job || again == m_retries.end())
         return;
     QStringList failed;
     for (const ActivityFile& file : job->files)
         if (file.state == FileState::Failed)
             failed.append(file.source);
-    if (kind->second == JobKind::Import || kind->second == JobKind::ImportPhotos)
-        retryImport(failed, kind->second == JobKind::ImportPhotos);
-    else
-        retryWrite(kind->second, failed);
+    again->second(failed);
 }
 
 void AppDelegate::cancelJob(int id) {
     if (const auto run = m_writeRuns.find(id); run != m_writeRuns.end())
-        run->second->writer->cancel();
+        run->second->cancel();
 }
 
-void AppDelegate::retryWrite(JobKind kind, const QStringList& paths) {
-    std::vector<media::ItemPointer> again;
+std::vector<media::ItemPointer> AppDelegate::itemsAt(const QStringList& paths) const {
+    std::vector<media::ItemPointer> found;
     for (const QString& path : paths) {
         const auto item =
             std::find_if(m_items.begin(), m_items.end(),
                          [&path](const auto& candidate) { return candidate->filePath == path; });
         if (item != m_items.end())
-            again.push_back(*item);
+            found.push_back(*item);
     }
-    if (!again.empty())
-        startWrite(kind, again);
+    return found;
 }
 
 void AppDelegate::retryImport(const QStringList& paths, bool photos) {
@@ -168,31 +156,50 @@ AppDelegate::writeRequests(const std::vector<media::ItemPointer>& items) const {
     return requests;
 }
 
-void AppDelegate::startWrite(JobKind kind, const std::vector<media::ItemPointer>& items) {
+std::shared_ptr<AppDelegate::WriteRun>
+AppDelegate::beginRun(const QString& title, const std::vector<media::ItemPointer>& items) {
     auto run = std::make_shared<WriteRun>();
-    run->job = m_activity->beginJob(titleOfJob(kind), static_cast<int>(items.size()));
+    run->job = m_activity->beginJob(title, static_cast<int>(items.size()));
     run->left = static_cast<int>(items.size());
     for (const auto& item : items)
         run->sources.insert(item->filePath);
-    m_jobKinds[run->job] = kind;
     m_writeRuns[run->job] = run;
     m_activity->setCanCancel(run->job, true);
-    // Outcomes arrive on export threads; the run's own state lives on this one.
-    run->writer = std::make_unique<metadata::VideoMetadata>(
-        [this, run = run.get()](const metadata::WriteOutcome& outcome) {
-            QMetaObject::invokeMethod(
-                this, [this, run, outcome] { takeOutcome(*run, outcome); }, Qt::QueuedConnection);
-        });
-    QStringList sources;
-    for (const auto& item : m_items)
-        sources.append(item->filePath);
     watchProgress(run);
+    return run;
+}
+
+/// Outcomes arrive on export threads; the run's own state lives on this one.
+metadata::OutcomeHandler AppDelegate::outcomesTo(const std::shared_ptr<WriteRun>& run) {
+    return [this, run = run.get()](const metadata::WriteOutcome& outcome) {
+        QMetaObject::invokeMethod(
+            this, [this, run, outcome] { takeOutcome(*run, outcome); }, Qt::QueuedConnection);
+    };
+}
+
+QStringList AppDelegate::allPaths() const {
+    QStringList paths;
+    for (const auto& item : m_items)
+        paths.append(item->filePath);
+    return paths;
+}
+
+void AppDelegate::startWrite(JobKind kind, const std::vector<media::ItemPointer>& items) {
+    const auto run = beginRun(titleOfJob(kind), items);
+    m_retries[run->job] = [this, kind](const QStringList& failed) {
+        if (const auto again = itemsAt(failed); !again.empty())
+            startWrite(kind, again);
+    };
+    auto writer = std::make_shared<metadata::VideoMetadata>(outcomesTo(run));
+    run->progress = [writer] { return writer->runningProgress(); };
+    run->cancel = [writer] { writer->cancel(); };
     // Looking at files, reading headers and copying take their time: not on this thread.
-    platform::BackgroundJob::detach([run, kind, sources, requests = writeRequests(items)] {
-        run->writer->protectSources(sources);
-        for (const metadata::WriteRequest& request : requests)
-            (run->writer.get()->*writerOf(kind))(request);
-    });
+    platform::BackgroundJob::detach(
+        [writer, kind, sources = allPaths(), requests = writeRequests(items)] {
+            writer->protectSources(sources);
+            for (const metadata::WriteRequest& request : requests)
+                (writer.get()->*writerOf(kind))(request);
+        });
 }
 
 void AppDelegate::watchProgress(const std::shared_ptr<WriteRun>& run) {
@@ -201,7 +208,7 @@ void AppDelegate::watchProgress(const std::shared_ptr<WriteRun>& run) {
         if (run->left == 0)
             timer->deleteLater();
         else
-            m_activity->setProgress(run->job, run->writer->runningProgress());
+            m_activity->setProgress(run->job, run->progress());
     });
     timer->start(kProgressInterval);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/write_run.h"
 #include "app/list/media_list_model.h"
 #include "app/widgets/accessible_roles.h"
 #include "app/widgets/alert_box.h"
@@ -38,9 +39,12 @@ AppDelegate::AppDelegate(std::unique_ptr<platform::NSUserDefaults> defaults, QOb
 AppDelegate::~AppDelegate() {
     m_logLines.reset();
     m_stopping = true;
+    for (const auto& [job, run] : m_writeRuns)
+        run->cancel();
     platform::AVAssetExportSession::cancelAllExports();
     // Workers hand over to this thread and wait for it: let them through until they have ended.
-    while (m_runningImports > 0 || !m_writeRuns.empty() || m_runningRenames > 0)
+    while (m_runningImports > 0 || !m_writeRuns.empty() || m_runningRenames > 0 ||
+           m_startingVideoJobs > 0)
         QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
     platform::AVAssetExportSession::waitForAllExports();
     platform::NSNotificationCenter::defaultCenter().removeObserver(this);

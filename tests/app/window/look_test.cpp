@@ -61,9 +61,10 @@ TEST(Look, MenusShowPicturesAndKeysAndAKeyActsOnce) {
     EXPECT_TRUE(std::ranges::any_of(
         popUp->actions(), [](const QAction* action) { return !action->shortcut().isEmpty(); }));
     // Shown by the pop-up as well; only the menu bar's entry acts.
-    QTest::keyClick(window, Qt::Key_M, Qt::ControlModifier);
+    QTest::keyClick(window, Qt::Key_T, Qt::ControlModifier);
     ASSERT_EQ(asked.count(), 1);
-    EXPECT_EQ(asked.at(0).at(0).toString(), QStringLiteral("MergeSelectedMediaFileFormatAction"));
+    EXPECT_EQ(asked.at(0).at(0).toString(),
+              QStringLiteral("ClickShowAddWaterMarktoVideoFileAction"));
 
     for (const QSize size : {QSize(1100, 680), QSize(1440, 900)}) {
         window->resize(size);

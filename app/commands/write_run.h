@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/AppDelegate.h"
+
+#include <QSet>
+
+namespace clipheave::app {
+
+/// One press of a command that writes outputs: what is still under way and what came out. Lives
+/// until the last outcome, on the main thread; the functions keep their writer alive.
+struct AppDelegate::WriteRun {
+    int job = 0;
+    int left = 0;
+    QStringList outputs;
+    QSet<QString> sources;
+    std::function<double()> progress = [] { return -1.0; };
+    std::function<void()> cancel = [] {};
+};
+
+} // namespace clipheave::app

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Video jobs from the menus of the window.
+#include "app/AppDelegate.h"
+#include "app/activity/activity_model.h"
+#include "app/command_tables.h"
+#include "app/widgets/alert_box.h"
+#include "app/windows/main_window.h"
+#include "tests/testkit/testkit.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QImage>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+using namespace clipheave;
+using namespace clipheave::app;
+
+class VideoJobsTest : public testing::Test {
+protected:
+    void SetUp() override {
+        auto defaults =
+            std::make_unique<platform::NSUserDefaults>(dir.path(QStringLiteral("prefs.conf")));
+        ASSERT_TRUE(defaults->setObject_forKey(dir.path(QStringLiteral("out")),
+                                               QStringLiteral("storagePath")));
+        controller = std::make_unique<AppDelegate>(std::move(defaults));
+        controller->awakeFromNib();
+        controller->applicationDidFinishLaunching();
+        AlertBox::setAnswerer([this](const AlertBox& alert) {
+            alerts.append(alert.message());
+            return 0;
+        });
+    }
+    void TearDown() override { AlertBox::setAnswerer({}); }
+
+    QString clip(const char* name, int seconds = 1) {
+        const QString path = dir.path(QLatin1String(name));
+        const auto made = testkit::run(
+            QStringLiteral("ffmpeg"),
+            QStringLiteral("-v error -f lavfi -i testsrc2=size=96x64:rate=10:duration=%1 -f lavfi "
+                           "-i sine=440:duration=%1 -c:v libx264 -c:a aac -metadata title=Tide")
+                    .arg(seconds)
+                    .split(u' ')
+                << path);
+        EXPECT_EQ(made.exitCode, 0) << made.err.constData();
+        return path;
+    }
+    void importAndSelect(const QStringList& paths) {
+        QSignalSpy done(controller.get(), &AppDelegate::importFinished);
+        controller->importPaths(paths);
+        ASSERT_TRUE(done.wait(10'000));
+        controller->mainWindow()->selectRow(0);
+        controller->mainWindow()->selectAll();
+    }
+    /// Triggers the entry of a pop-up menu, sub-menus included, by its title.
+    void choose(const char* menuName, const char* title) {
+        const QMenu* menu = controller->mainWindow()->menu(QLatin1String(menuName));
+        for (QAction* action : menu->findChildren<QAction*>())
+            if (action->text() == QLatin1String(title) && !action->menu())
+                return action->trigger();
+        ADD_FAILURE() << "no entry " << title;
+    }
+    const ActivityJob& runToEnd(const char* menuName, const char* title) {
+        QSignalSpy done(controller.get(), &AppDelegate::saveFinished);
+        choose(menuName, title);
+        EXPECT_TRUE(done.wait(60'000));
+        return controller->activity()->jobs().front();
+    }
+    QStringList filesOut() const {
+        return QDir(dir.path(QStringLiteral("out")))
+            .entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    }
+
+    testkit::TempDir dir;
+    std::unique_ptr<AppDelegate> controller;
+    QStringList alerts;
+};
+
+TEST_F(VideoJobsTest, EveryMenuEntryDoesItsJobOverTheSelection) {
+    choose("videoEditMenu", "Merge");
+    EXPECT_EQ(alerts, QStringList{QStringLiteral("No Item has been selected")});
+    importAndSelect({clip("a.mp4"), clip("b.mov"), dir.write(QStringLiteral("c.mp4"), "text")});
+    struct Case {
+        const char* menu;
+        const char* title;
+        const char* activity;
+        int outputs;
+    };
+    constexpr Case kCases[] = {
+        {"videoEditMenu", "right (clockwise) by 90 degrees",
+         "Rotate right (clockwise) by 90 degrees", 2},
+        {"videoCompressMenu", "Low video quality", "Compress: Low video quality", 2},
+        {"VideoConvertMenu", "Convert to M4V", "Convert to M4V", 2},
+        {"VideoConvertMenu", "Convert to GIF", "Convert to GIF", 2},
+        {"videoExtractMenu", "Extract Audio", "Extract audio", 2},
+        {"videoExtractMenu", "1 pic per second", "Extract images: 1 pic per second", 2},
+        {"videoEditMenu", "Remove Sound", "Remove sound", 2},
+        {"videoEditMenu", "Merge", "Merge", 1},
+        {"videoEditMenu", "8X", "Speed up 8X", 2},
+    };
+    for (const Case& wanted : kCases) {
+        SCOPED_TRACE(wanted.title);
+        QDir(dir.path(QStringLiteral("out"))).removeRecursively();
+        const ActivityJob& job = runToEnd(wanted.menu, wanted.title);
+        EXPECT_EQ(job.title, QLatin1String(wanted.activity));
+        EXPECT_EQ(job.failed, 1) << "the text that is no film";
+        EXPECT_EQ(job.finished, 3);
+        EXPECT_EQ(filesOut().size(), wanted.outputs) << filesOut().join(u' ').toStdString();
+    }
+}
+
+TEST_F(VideoJobsTest, AFailedFileTellsItsReasonAndIsTriedAgain) {
+    const QString broken = dir.write(QStringLiteral("late.mp4"), "not yet a film");
+    importAndSelect({broken});
+    const int first = runToEnd("videoEditMenu", "right (clockwise) by 180 degrees").id;
+    EXPECT_FALSE(controller->activity()->job(first)->files.front().note.isEmpty());
+    ASSERT_TRUE(QFile::remove(broken));
+    clip("late.mp4");
+    QSignalSpy done(controller.get(), &AppDelegate::saveFinished);
+    Q_EMIT controller->activity()->retryRequested(first);
+    ASSERT_TRUE(done.wait(60'000));
+    EXPECT_EQ(controller->activity()->jobs().front().title,
+              u"Rotate right (clockwise) by 180 degrees");
+    EXPECT_EQ(filesOut(), QStringList{QStringLiteral("late.mp4")});
+}
+
+TEST_F(VideoJobsTest, CancelEndsTheExportsAndLeavesNoFile) {
+    importAndSelect({clip("a.mp4", 60), clip("b.mov", 60), clip("c.m4v", 60)});
+    QSignalSpy done(controller.get(), &AppDelegate::saveFinished);
+    choose("videoEditMenu", "right (clockwise) by 90 degrees");
+    const int job = controller->activity()->jobs().front().id;
+    QTest::qWait(100);
+    Q_EMIT controller->activity()->cancelRequested(job);
+    ASSERT_TRUE(done.wait(60'000));
+    EXPECT_GT(controller->activity()->job(job)->cancelled, 0);
+    EXPECT_EQ(filesOut().size(), 3 - controller->activity()->job(job)->cancelled);
+}
+
+} // namespace
