@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Measures the whole window: an import with the list on screen, the start up to the first frame,
 // the choice of another video. Prints rows as list_bench does.
-// usage: window_bench import FOLDER | frame STARTED | select VIDEO VIDEO…
+// usage: window_bench import FOLDER | frame STARTED | select VIDEO VIDEO… | jobs VIDEO VIDEO…
 //   STARTED: nanoseconds of the monotonic clock when the program was started
 #include "app/AppDelegate.h"
 #include "app/list/media_list_model.h"
@@ -11,19 +11,23 @@
 #include "app/theme/theme.h"
 #include "app/windows/main_window.h"
 #include "bench/report.h"
+#include "platform/media/av_asset_export_session.h"
 #include "platform/player/mpv_player.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimer>
 
 #include <algorithm>
+#include <atomic>
 #include <clocale>
 #include <cstdlib>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -125,6 +129,48 @@ int measureSelection(app::AppDelegate& controller, const QStringList& videos) {
     return 0;
 }
 
+/// Key presses in a field while the videos are rotated all at once: from the press, which another
+/// thread makes, to the end of its handling.
+int measureJobs(app::AppDelegate& controller, const QStringList& videos) {
+    if (!importAll(controller, videos))
+        return 1;
+    platform::AVAssetExportSession::setMaximumConcurrentExports(static_cast<int>(videos.size()));
+    app::MainWindow* window = controller.mainWindow();
+    window->selectRow(0);
+    window->selectAll();
+    auto* field = window->findChild<QLineEdit*>(QStringLiteral("mediaTitle"));
+    std::vector<double> handled;
+    bool done = false;
+    QObject::connect(&controller, &app::AppDelegate::saveFinished, window, [&] { done = true; });
+    controller.performCommand(QStringLiteral("RotateVideoMediaFileAction"),
+                              QStringLiteral("right (clockwise) by 90 degrees"));
+    std::atomic<bool> pressing{true};
+    std::thread presser([&] {
+        while (pressing) {
+            QMetaObject::invokeMethod(
+                field,
+                [&, watch = Stopwatch()] {
+                    QKeyEvent press(QEvent::KeyPress, Qt::Key_A, {}, QStringLiteral("a"));
+                    QApplication::sendEvent(field, &press);
+                    handled.push_back(watch.milliseconds());
+                },
+                Qt::QueuedConnection);
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    });
+    while (!done)
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    pressing = false;
+    presser.join();
+    QApplication::processEvents();
+    std::sort(handled.begin(), handled.end());
+    if (handled.empty())
+        return 1;
+    bench::tell("key press while four exports run, median", handled[handled.size() / 2], "ms");
+    bench::report("key press while four exports run, slowest", handled.back(), 50, "ms");
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -155,6 +201,8 @@ int main(int argc, char** argv) {
         result = measureImport(controller, arguments.value(1));
     else if (what == u"select")
         result = measureSelection(controller, arguments.mid(1));
+    else if (what == u"jobs")
+        result = measureJobs(controller, arguments.mid(1));
     else
         return 2;
     return result != 0 || !bench::allMet ? 1 : 0;
