@@ -237,13 +237,29 @@ TEST_F(BatchRename, AReadOnlyFolderKeepsItsNames) {
 /// Jobs in a child process that is killed at any moment.
 class KilledRename : public BatchRename {
 protected:
-    /// Runs `work` in a child and kills it after `delay`; true when it was killed before its end.
-    static bool killAfter(std::chrono::microseconds delay, const std::function<void()>& work) {
+    /// Runs `work` in a child and kills it; true when that was before its end. The delay begins
+    /// with the first file of which `work` tells, or at once.
+    enum class From { FirstFile, Start };
+    static bool killAfter(std::chrono::microseconds delay, From from,
+                          const std::function<void(const batch::RenameProgress&)>& work) {
+        int ends[2];
+        if (::pipe(ends) != 0)
+            return false;
         const pid_t child = ::fork();
         if (child == 0) {
-            work();
+            batch::RenameProgress progress;
+            progress.done = [&](const RenameOutcome&, std::size_t, std::size_t) {
+                if (const int end = std::exchange(ends[1], -1); end >= 0)
+                    ::close(end);
+            };
+            work(progress);
             ::_exit(0);
         }
+        ::close(ends[1]);
+        char byte = 0;
+        if (from == From::FirstFile && ::read(ends[0], &byte, 1) != 0) // until the child closes it
+            ADD_FAILURE();
+        ::close(ends[0]);
         ::usleep(static_cast<useconds_t>(delay.count()));
         ::kill(child, SIGKILL);
         int status = 0;
@@ -286,21 +302,23 @@ TEST_F(KilledRename, TenThousandFilesComeBack) {
     EXPECT_EQ(sortedInodes(inodesIn(media())), sortedInodes(before));
     undoing = microseconds([] { EXPECT_EQ(undoLastRename({}).value().size(), 10'000u); });
     EXPECT_EQ(inodesIn(media()), before);
-    int killed = 0;
-    int begun = 0;
+    int killedMidway = 0;
     for (int round = 0; round < 6; ++round) {
-        killed += killAfter(anyMoment(renaming), [&] { (void)runRename(plan, {}); });
-        begun += inodesIn(media()) != before;
-        for (int i = 0; i < 2; ++i)
-            killed += killAfter(anyMoment(undoing), [] { (void)undoLastRename({}); });
+        const From from = round % 3 == 0 ? From::Start : From::FirstFile;
+        const bool killed = killAfter(anyMoment(renaming / 3), from, [&](const auto& progress) {
+            (void)runRename(plan, progress);
+        });
+        killedMidway += killed && inodesIn(media()) != before;
+        for (const From undoFrom : {From::Start, From::FirstFile})
+            killAfter(anyMoment(undoing / 3), undoFrom,
+                      [](const auto& progress) { (void)undoLastRename(progress); });
         ASSERT_EQ(sortedInodes(inodesIn(media())), sortedInodes(before));
         while (const auto undone = undoLastRename({}))
             for (const RenameOutcome& outcome : *undone)
                 ASSERT_TRUE(outcome.moved) << outcome.message.toStdString();
         ASSERT_EQ(inodesIn(media()), before) << "round " << round;
     }
-    EXPECT_GT(killed, 2);
-    EXPECT_GT(begun, 1);
+    EXPECT_GT(killedMidway, 0);
 }
 
 /// Moves to another file system, which memory is for most temporary folders.
@@ -386,8 +404,10 @@ TEST_F(RenameAcross, AKilledCopyLosesNothing) {
     const double renaming = microseconds([&] { EXPECT_TRUE(runRename(plan, {})); });
     const double undoing = microseconds([] { EXPECT_EQ(undoLastRename({}).value().size(), 60u); });
     for (int round = 0; round < 12; ++round) {
-        killAfter(anyMoment(renaming), [&] { (void)runRename(plan, {}); });
-        killAfter(anyMoment(undoing), [] { (void)undoLastRename({}); });
+        killAfter(anyMoment(renaming), From::Start,
+                  [&](const auto& progress) { (void)runRename(plan, progress); });
+        killAfter(anyMoment(undoing), From::Start,
+                  [](const auto& progress) { (void)undoLastRename(progress); });
         while (const auto undone = undoLastRename({}))
             for (const RenameOutcome& outcome : *undone)
                 ASSERT_TRUE(outcome.moved) << outcome.message.toStdString();
