@@ -2,6 +2,9 @@
 #include "platform/media/model/media_engine.h"
 #include "tests/testkit/testkit.h"
 
+#include <QDirIterator>
+#include <QElapsedTimer>
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -317,6 +320,31 @@ TEST_F(FrameSourceTest, ReadsRealFilms) {
                 << name << " " << second;
         }
     }
+}
+
+TEST_F(FrameSourceTest, ReadsEveryFilmWithoutHarm) {
+    if (testkit::corpus().isEmpty())
+        GTEST_SKIP() << "needs CLIPHEAVE_CORPUS";
+    int opened = 0, pictures = 0;
+    for (const char* folder : {"video", "broken"})
+        for (QDirIterator files(testkit::corpus() + u'/' + QLatin1String(folder), QDir::Files);
+             files.hasNext();) {
+            QElapsedTimer timer;
+            timer.start();
+            const auto frames = m_engine->openFrames(files.next(), {});
+            opened += frames ? 1 : 0;
+            for (const CMTime time : {CMTime{1, 2}, CMTime{5, 1}, CMTime{0, 1}, CMTime{400000, 1}})
+                if (frames) {
+                    const auto picture = (*frames)->frameAt(time);
+                    pictures += picture ? 1 : 0;
+                    if (picture) {
+                        EXPECT_EQ(QSize(picture->width, picture->height), (*frames)->size());
+                    }
+                }
+            EXPECT_LT(timer.elapsed(), 20000) << files.filePath().toStdString();
+        }
+    EXPECT_GT(opened, 40);
+    EXPECT_GT(pictures, 60);
 }
 
 } // namespace clipheave::platform
