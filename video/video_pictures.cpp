@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <future>
 
 // The jobs that make pictures of a film: an animated one, or single ones.
 namespace clipheave::video {
@@ -90,7 +91,10 @@ Result<QStringList> writeGif(const QString& source, const QString& target,
     return QStringList{QStringLiteral("%1 frames could not be decoded").arg(missing)};
 }
 
-Result<void> writeFile(const QString& path, const Result<QByteArray>& bytes) {
+/// The picture as TIFF under `path`, with the dates of the film. The new name is not durable yet.
+Result<void> writeTiff(const QString& path, const RawPicture& frame, const FileAttributes& dates) {
+    const DeferredFolderSyncs deferred;
+    const auto bytes = TIFFRepresentation(frame);
     if (!bytes)
         return tl::unexpected(bytes.error());
     auto file = AtomicFile::create(path, static_cast<std::uint64_t>(bytes->size()));
@@ -98,7 +102,9 @@ Result<void> writeFile(const QString& path, const Result<QByteArray>& bytes) {
         return tl::unexpected(file.error());
     if (const auto written = file->write(*bytes); !written)
         return written;
-    return file->commit();
+    const auto dated = NSFileManager::defaultManager().setAttributesOfOpenFile(
+        file->fd(), path, dates.NSFileCreationDate, dates.NSFileModificationDate);
+    return dated ? file->commit() : tl::unexpected(dated.error());
 }
 
 /// Writes single pictures of one film.
@@ -121,12 +127,17 @@ public:
         const double duration = film->duration;
         double t = 0;
         while (t < duration && !m_ended) {
-            if (!progress(t / duration))
+            if (!progress(t / duration)) {
+                ignoreFailure(awaitWriting(), "the job was stopped");
                 return stopped(m_source);
+            }
             const auto written = writeNext(film->generator, timesOfOneName(t, duration));
             if (!written)
                 return tl::unexpected(written.error());
         }
+        if (const auto written = awaitWriting(); !written)
+            return tl::unexpected(written.error());
+        syncFolders({m_folder});
         if (m_outputs->isEmpty())
             return failure(ErrorCode::InvalidData, QStringLiteral("read frames"), m_source,
                            QStringLiteral("no frame could be decoded"));
@@ -168,13 +179,23 @@ private:
     Result<void> write(const RawPicture& frame, int second) {
         const QString path = m_paths.claimShared(
             appendingPathComponent(m_folder, QStringLiteral("%1_%2.jpg").arg(m_base).arg(second)));
-        const auto written = writeFile(path, TIFFRepresentation(frame));
-        if (!written)
-            return written;
-        m_outputs->append(path);
-        const auto dated = NSFileManager::defaultManager().setAttributes(
-            path, m_dates.NSFileCreationDate, m_dates.NSFileModificationDate);
-        return dated ? Result<void>() : tl::unexpected(dated.error());
+        if (const auto before = awaitWriting(); !before)
+            return before;
+        m_writingPath = path;
+        m_writing = std::async(std::launch::async, [path, frame, dates = m_dates] {
+            return writeTiff(path, frame, dates);
+        });
+        return {};
+    }
+
+    /// The picture before is on the disk; it is written while the next one is decoded.
+    Result<void> awaitWriting() {
+        if (!m_writing.valid())
+            return {};
+        const auto written = m_writing.get();
+        if (written)
+            m_outputs->append(m_writingPath);
+        return written;
     }
 
     QString m_source, m_folder, m_base;
@@ -182,6 +203,8 @@ private:
     const metadata::OutputPaths& m_paths;
     std::shared_ptr<QStringList> m_outputs;
     FileAttributes m_dates;
+    std::future<Result<void>> m_writing;
+    QString m_writingPath;
     bool m_ended = false;
     int m_failed = 0;
 };
