@@ -76,7 +76,8 @@ protected:
     std::vector<std::string> messagesOf(const std::vector<RenameOutcome>& outcomes) {
         std::vector<std::string> messages;
         for (const RenameOutcome& outcome : outcomes)
-            messages.push_back((outcome.moved ? "+" : "-") + outcome.message.toStdString());
+            messages.push_back(
+                (QString(QLatin1Char(outcome.moved ? '+' : '-')) + outcome.message).toStdString());
         return messages;
     }
 

@@ -55,7 +55,8 @@ std::vector<std::string> targetsOf(const std::vector<RenameMove>& moves) {
         QString target = move.target;
         if (target.startsWith(QLatin1String(kDisk)))
             target = target.mid(3);
-        targets.push_back((move.stays ? "=" : "") + platform::nativePath(target).toStdString());
+        targets.push_back(
+            (QByteArray(move.stays ? "=" : "") + platform::nativePath(target)).toStdString());
     }
     return targets;
 }
