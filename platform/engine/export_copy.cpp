@@ -68,6 +68,7 @@ private:
     std::optional<Ticks> m_expected; ///< time of the next packet, sound of constant frames
     Ticks m_lastSourceDts = 0;
     bool m_begun = false, m_skipped = false;
+    std::int64_t m_beyond = 0; ///< packets given that are shown after the end
     /// Packets shown after the end: wanted only if one shown before it follows them.
     std::vector<std::pair<Packet, Times>> m_held;
 };
@@ -104,6 +105,9 @@ int PacketCopier::give(Packet packet, const Times& times) {
     const Ticks shownTo = std::min(times.pts + times.duration, m_stretch.sourceEnd);
     const std::int64_t end = ticksTo(m_stretch.toTarget(shownTo), m_base);
     packet->pts = ticksTo(m_stretch.toTarget(times.pts), m_base);
+    // What only others need, from beyond the end, is shown for a moment too short to see.
+    if (times.pts >= m_stretch.sourceEnd - kSliverTicks)
+        packet->pts = end - ++m_beyond;
     packet->dts = ticksTo(m_stretch.toTarget(times.dts), m_base);
     packet->duration = std::max<std::int64_t>(end - packet->pts, 0);
     if (m_lastDts && packet->dts <= *m_lastDts)
@@ -178,6 +182,7 @@ Result<void> PacketCopier::copy(PlannedSegment& segment, bool first) {
     m_source = std::move(*source);
     m_stretch = segment.stretch;
     m_begun = m_skipped = false;
+    m_beyond = 0;
     m_expected.reset();
     m_held.clear();
     if (m_stretch.sourceStart > kCopyShortestSeek && !m_source->seekBefore(m_stretch.sourceStart) &&

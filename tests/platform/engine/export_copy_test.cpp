@@ -82,9 +82,9 @@ TEST_F(ExportCopyTest, StretchesCutsAndJoinsWithoutEncoding) {
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration"), "1.600000");
     EXPECT_GT(likeness(m_out, source, "trim=1.39:3"), 0.999);
-    plan.video->segments = plan.sound->segments = {segment(source, 1.4, 2.2)};
+    plan.video->segments = plan.sound->segments = {segment(source, 1.31, 2.57)};
     exported(plan);
-    EXPECT_EQ(ffprobe(m_out, "v", "stream=duration"), "0.800000");
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=duration"), "1.260000");
 
     plan.video->segments = plan.sound->segments = {segment(source, 0, 3), segment(source, 0, 3, 3)};
     exported(plan);

@@ -156,9 +156,8 @@ TEST_F(ExportVideoTest, JoinsPiecesOfDifferentFilesAroundASplit) {
         QString source;
         const char* filter;
     } cases[] = {
-        {"0:0.99", first, "trim=0:0.99"},
-        {"0.99:3.99", second, "pad=192:128:32:0"},
-        {"3.99:5.99", first, "trim=0.99:3"},
+        {"0:0.99", first, "trim=0:0.99"},       {"0.99:3.99", second, "pad=192:128:32:0"},
+        {"3.99:5.99", first, "trim=0.99:3"},    {"5.99:6.99", first, "lutyuv=y=16:u=128:v=128"},
         {"7.001:7.99", first, "trim=0.5:1.49"},
     };
     for (const auto& [range, source, filter] : cases) {
@@ -187,6 +186,11 @@ TEST_F(ExportVideoTest, CutsToTheFrameAndStretchesTime) {
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "1.200000,30");
     EXPECT_GT(likeness(m_out, source, "trim=1.4:2.6"), 0.98);
+    for (const double end : {1.05, 1.09, 1.13}) { // within a picture
+        plan.video->segments = plan.sound->segments = {segment(source, 0, end)};
+        exported(plan);
+        EXPECT_NEAR(ffprobe(m_out, "v", "stream=duration").toDouble(), end, 0.001);
+    }
     plan.video->segments = plan.sound->segments = {segment(source, 0, 3, 0, 0.5)};
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "6.000000,75");
