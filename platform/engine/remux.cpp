@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/remux.h"
 
+#include "platform/engine/chapters.h"
 #include "platform/engine/file_input.h"
 #include "platform/engine/file_output.h"
 #include "platform/foundation/file_manager.h"
@@ -157,24 +158,6 @@ Result<void> copyPackets(AVFormatContext& source, FileOutput& output,
     if (code != AVERROR_EOF)
         return output.failed("copy the streams", code);
     return {};
-}
-
-void copyChapters(const AVFormatContext& source, AVFormatContext& target) {
-    for (unsigned i = 0; i < source.nb_chapters; ++i) {
-        auto* copy = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
-        if (copy == nullptr)
-            return;
-        *copy = *source.chapters[i];
-        copy->metadata = nullptr;
-        av_dict_copy(&copy->metadata, source.chapters[i]->metadata, 0);
-        if (source.start_time != kNoTimestamp) {
-            const std::int64_t shift =
-                av_rescale_q(source.start_time, kMicroseconds, copy->time_base);
-            copy->start -= shift;
-            copy->end -= shift;
-        }
-        av_dynarray_add(&target.chapters, reinterpret_cast<int*>(&target.nb_chapters), copy);
-    }
 }
 
 Result<QStringList> remuxStreams(const QString& source, const QString& target, RemuxTarget kind,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/sound_export.h"
 
+#include "platform/engine/chapters.h"
 #include "platform/engine/file_input.h"
 #include "platform/engine/file_output.h"
 #include "platform/engine/remux.h"
@@ -332,6 +333,7 @@ Result<QStringList> convertSound(FileInput& input, const AVStream& stream, const
     SoundConverter converter(*input.context(), stream, **output, source);
     if (auto opened = converter.open(); !opened)
         return tl::unexpected(opened.error());
+    copyChapters(*input.context(), *(*output)->context());
     Dictionary options;
     if (auto begun = (*output)->writeHeader(options); !begun)
         return tl::unexpected(begun.error());
