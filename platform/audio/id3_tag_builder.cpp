@@ -5,6 +5,8 @@
 
 #include <QtEndian>
 
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 #include <id3/tag.h>
@@ -17,7 +19,7 @@ namespace {
 constexpr std::uint32_t kTextEncodingUtf16 = 1;
 constexpr std::uint32_t kFrontCoverType = 3;
 constexpr qsizetype kTagHeaderSize = 10;
-constexpr std::uint64_t kFrameHeaderSize = 10;
+constexpr qsizetype kFrameHeaderSize = 10;
 constexpr qsizetype kLargestTag = (qsizetype{1} << 28) - 1; // four bytes of seven bits
 
 static_assert(static_cast<int>(ID3FID_TITLE_) == static_cast<int>(ID3FID_TITLE) &&
@@ -61,13 +63,45 @@ ID3_Frame& addFrame(ID3_Tag& tag, ID3_FrameID id) {
     return *frame;
 }
 
+/// Answers the offset of the next frame; the end of the bytes when there is none.
+qsizetype frameBehind(const QByteArray& tag, qsizetype at) {
+    const std::uint32_t size = ByteView(tag).be32(static_cast<std::uint64_t>(at) + 4).value_or(0);
+    return std::min(at + kFrameHeaderSize + static_cast<qsizetype>(size), tag.size());
+}
+
+bool hasFrame(const QByteArray& tag, qsizetype at) {
+    return tag.size() - at >= kFrameHeaderSize && tag[at] != 0;
+}
+
 /// The library renders a copy of the tag, which pads in steps of 2 KiB whatever the tag was told.
 void dropPadding(QByteArray& tag) {
-    const ByteView view(tag);
-    auto end = static_cast<std::uint64_t>(kTagHeaderSize);
-    while (view.has(end, kFrameHeaderSize) && view.u8(end) != 0)
-        end += kFrameHeaderSize + view.be32(end + 4).value_or(0);
-    tag.truncate(static_cast<qsizetype>(end));
+    qsizetype end = kTagHeaderSize;
+    while (hasFrame(tag, end))
+        end = frameBehind(tag, end);
+    tag.truncate(end);
+}
+
+/// The library writes an empty description without the byte order mark of its encoding. Some
+/// readers refuse the whole frame then, and the user would not find the comment again.
+void markEmptyDescriptions(QByteArray& tag) {
+    constexpr std::pair<QByteArrayView, qsizetype> kDescriptions[] = {
+        {"COMM", 1 + 3},    // behind encoding and language
+        {"APIC", 1 + 1 + 1} // behind encoding, an empty type and the kind of picture
+    };
+    for (qsizetype at = kTagHeaderSize; hasFrame(tag, at); at = frameBehind(tag, at)) {
+        const qsizetype size = frameBehind(tag, at) - at - kFrameHeaderSize;
+        for (const auto& [id, offset] : kDescriptions) {
+            const qsizetype place = at + kFrameHeaderSize + offset;
+            if (!QByteArrayView(tag).sliced(at).startsWith(id) || size < offset + 2 ||
+                tag[place] != 0 || tag[place + 1] != 0)
+                continue;
+            tag.insert(place, "\xFF\xFE", 2);
+            qToBigEndian(static_cast<std::uint32_t>(size + 2), tag.data() + at + 4);
+        }
+    }
+}
+
+void writeTagSize(QByteArray& tag) {
     auto size = static_cast<std::uint32_t>(tag.size() - kTagHeaderSize);
     for (qsizetype at = kTagHeaderSize - 1; at >= 6; --at, size >>= 7)
         tag[at] = static_cast<char>(size & 0x7F);
@@ -107,6 +141,8 @@ Result<QByteArray> renderId3Tag(const QList<Id3TextFrame>& frames, const QByteAr
         return failure(ErrorCode::Io, QStringLiteral("build the ID3 tag"), {},
                        QStringLiteral("the library gave none"));
     dropPadding(writer.bytes);
+    markEmptyDescriptions(writer.bytes);
+    writeTagSize(writer.bytes);
     return writer.bytes;
 }
 

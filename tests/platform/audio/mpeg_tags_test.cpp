@@ -97,10 +97,10 @@ TEST_F(MpegTags, TheNewTagIsExactlyWhatTheFormatSays) {
     const QByteArray tag = *renderId3Tag(
         {{ID3FID_SUBTITLE_, QStringLiteral("")}, {ID3FID_COMMENT_, QStringLiteral("C")}}, "II*");
     EXPECT_EQ(tag, id3(frame("TIT3", QByteArray("\x01")) +
-                       frame("COMM", QByteArray("\x01\0\0\0\0\0\xFF\xFE"
+                       frame("COMM", QByteArray("\x01\0\0\0\xFF\xFE\0\0\xFF\xFE"
                                                 "C\0",
-                                                10)) +
-                       frame("APIC", QByteArray("\x01\0\x03\0\0II*", 8))));
+                                                12)) +
+                       frame("APIC", QByteArray("\x01\0\x03\xFF\xFE\0\0II*", 10))));
     EXPECT_EQ(renderId3Tag({}, {}), QByteArray());
 }
 
