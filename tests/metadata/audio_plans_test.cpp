@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "media/media_import.h"
 #include "metadata/video_metadata.h"
 
 #include "platform/foundation/file_manager.h"
@@ -153,25 +154,73 @@ TEST_F(AudioWriters, AFailureDeliversMp3UnchangedAndNothingForOthers) {
     EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/a.mp3"))), "no sound at all");
 }
 
-TEST_F(AudioWriters, TheDateWriterDatesTheFile) {
+QByteArray mpegSound() {
     QByteArray sound;
     for (int i = 0; i < 3; ++i)
         sound += QByteArray("\xFF\xFB\x90\x64", 4) + QByteArray(413, 'x');
-    WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), sound));
-    made.audioPane = paneOf({});
-    const QString output = m_dir.path(QStringLiteral("out/a.mp3"));
-    const auto modified = [&](const QString& date) {
-        run([&](VideoMetadata& writer) {
-            writer.audio().SetMp3MetadateItem_withDateStr(made, date);
-        });
-        return platform::NSFileManager::defaultManager()
-            .attributesOfItemAtPath(output)
-            ->NSFileModificationDate;
+    return sound;
+}
+
+QByteArray syncSafeSize(qsizetype size) {
+    QByteArray bytes;
+    for (int shift = 21; shift >= 0; shift -= 7)
+        bytes += static_cast<char>(size >> shift & 0x7F);
+    return bytes;
+}
+
+QByteArray id3Tag(int version, int flags, const QByteArray& frames) {
+    return QByteArray("ID3") + static_cast<char>(version) + '\0' + static_cast<char>(flags) +
+           syncSafeSize(frames.size()) + frames;
+}
+
+QByteArray id3Frame(const char* id, int version, int flags, const QByteArray& body) {
+    const auto size = static_cast<quint64>(body.size());
+    return QByteArray(id) + (version == 4 ? syncSafeSize(body.size()) : testkit::be(size, 4)) +
+           '\0' + static_cast<char>(flags) + body;
+}
+
+TEST_F(AudioWriters, TransformedAndHugeTagsGiveWayToOneOfOurs) {
+    const QByteArray text("\0Packed", 7), wide("\1\xFF\0\xFE\xFF\0\0", 7);
+    const QByteArray v3 = qCompress(text); // its length first, as that version has it
+    const QByteArray v4 = syncSafeSize(text.size()) + v3.mid(4);
+    const QByteArray bomb = qCompress(QByteArray(64 << 20, 'x'), 9);
+    const QByteArray lying = testkit::be(0x7FFFFFFF, 4) + v3.mid(4);
+    const QByteArray later = id3Frame("TPE1", 3, 0, QByteArray("\0A", 2));
+    const struct {
+        const char* name;
+        QByteArray tag;
+        const char16_t* title;
+    } cases[] = {
+        {"compressed", id3Tag(3, 0, id3Frame("TIT2", 3, 0x80, v3) + later), u"Packed"},
+        {"compressed, 2.4", id3Tag(4, 0, id3Frame("TIT2", 4, 0x09, v4)), u"Packed"},
+        {"unsynchronised", id3Tag(3, 0x80, id3Frame("TIT2", 3, 0, wide).replace(7, 1, "\5")),
+         u"\u00FF"},
+        {"unsynchronised, 2.4", id3Tag(4, 0x80, id3Frame("TIT2", 4, 0x02, wide)), u"\u00FF"},
+        {"a bomb", id3Tag(3, 0, id3Frame("TIT2", 3, 0x80, bomb) + later), u""},
+        {"a lying length", id3Tag(3, 0, id3Frame("TIT2", 3, 0x80, lying) + later), u"Packed"},
+        {"encrypted", id3Tag(4, 0, id3Frame("TIT2", 4, 0x04, "\x80secret")), u""},
+        {"100 MB",
+         id3Tag(3, 0,
+                id3Frame("TIT2", 3, 0, text) + id3Frame("APIC", 3, 0, QByteArray(100 << 20, '\0'))),
+         u"Packed"},
     };
-    EXPECT_EQ(modified(QStringLiteral("2020-01-31 10:00:00")),
-              QDateTime(QDate(2020, 1, 31), QTime(10, 0)));
-    EXPECT_NE(modified(QStringLiteral("someday")), QDateTime(QDate(2020, 1, 31), QTime(10, 0)));
-    EXPECT_TRUE(testkit::TempDir::read(output).endsWith(sound));
+    for (const auto& [name, tag, title] : cases) {
+        SCOPED_TRACE(name);
+        WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), tag + mpegSound()));
+        media::MediaImport import;
+        import.importMediaItemsThreader({made.item->filePath});
+        ASSERT_EQ(import.localPhotoItemArray().size(), 1u);
+        made.item = import.localPhotoItemArray().front();
+        EXPECT_EQ(made.item->fileTitle, QString::fromUtf16(title));
+        made.audioPane = paneOf({});
+        made.audioPane->texts.titlelab = QStringLiteral("N");
+        EXPECT_EQ(
+            run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); }).status,
+            WriteStatus::Completed);
+        EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/a.mp3"))),
+                  id3Tag(3, 0, id3Frame("TIT2", 3, 0, QByteArray("\1\xFF\xFEN\0", 5))) +
+                      mpegSound());
+    }
 }
 
 } // namespace
