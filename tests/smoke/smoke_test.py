@@ -183,6 +183,27 @@ class MouseTest(WindowTest):
         self.assertEqual(title_of(storage(user) / source.name), "black sand at 5, by mouse")
         self.assertEqual(digest(source), original, "the source is changed")
 
+    def test_video_jobs_from_menus_and_keys(self):
+        user = self.user
+        folder = self.demo / "Iceland"
+        before = {path.name: digest(path) for path in folder.iterdir()}
+        user.add(folder, 3)
+        user.select(user.names()[0])
+        user.hands.key("Ctrl+a", "Ctrl+r")
+        user.open_activity()
+        user.task_done("Rotate right (clockwise) by 90 degrees", "3 done")
+        for name in before:
+            sizes = [subprocess.run(["ffprobe", "-v", "error", "-select_streams", "V:0", "-of", "csv=p=0", "-show_entries",
+                                     "stream=width,height", path], capture_output=True, text=True).stdout.strip().split(",")
+                     for path in (folder / name, storage(user) / name)]
+            self.assertEqual(sizes[0][::-1], sizes[1], name)
+            self.assertEqual(title_of(storage(user) / name), title_of(folder / name))
+        user.click("button menu", "Extract")
+        user.click("menu item", "1 pic per second")
+        user.task_done("Extract images: 1 pic per second", "3 done")
+        self.assertTrue(list(storage(user).glob("*_1.jpg")))
+        self.assertEqual({path.name: digest(path) for path in folder.iterdir()}, before)
+
     def test_preferences_are_kept(self):
         user = self.user
         user.hands.key("Ctrl+comma")

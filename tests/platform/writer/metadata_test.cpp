@@ -156,8 +156,11 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
     const QString source = dir.write(QStringLiteral("s"), media.bytes());
     const QString target = dir.path(QStringLiteral("t"));
     const auto remove = [&](const Items& blanks, bool ofVideo) {
-        PassthroughRequest request{source, target, OutputContainer::M4V, blanks, ofVideo, false,
-                                   {},     {}};
+        PassthroughRequest request;
+        request.source = source;
+        request.target = target;
+        request.metadata = blanks;
+        request.removesMetadata = ofVideo;
         const auto outcome = writePassthrough(request);
         EXPECT_TRUE(outcome);
         const QByteArray bytes = TempDir::read(target);
