@@ -10,6 +10,9 @@ namespace {
 // One lane may run this far ahead of the other.
 constexpr std::size_t kMostPackets = 512;
 constexpr std::size_t kMostPacketBytes = 16 << 20;
+/// The writer is woken for so many packets at once, or looks by itself when its patience ends: a
+/// change of threads costs more than a packet of sound.
+constexpr std::size_t kPacketsAtOnce = 32;
 
 } // namespace
 
@@ -23,15 +26,17 @@ bool ExportLanes::announce(std::size_t lane, OutputTrack track) {
 bool ExportLanes::push(std::size_t lane, Packet packet) {
     std::unique_lock lock(m_mutex);
     Lane& to = m_lanes[lane];
-    m_changed.wait(lock, [&] {
-        return m_stopped || to.packets.empty() ||
-               (to.packets.size() < kMostPackets && to.bytes < kMostPacketBytes);
-    });
+    if (to.packets.size() >= kMostPackets || to.bytes >= kMostPacketBytes) {
+        to.blocked = true;
+        m_changed.notify_all();
+        m_changed.wait(lock, [&] { return m_stopped || !to.blocked; });
+    }
     if (m_stopped)
         return false;
     to.bytes += static_cast<std::size_t>(std::max(packet->size, 0));
     to.packets.push_back(std::move(packet));
-    m_changed.notify_all();
+    if (to.packets.size() % kPacketsAtOnce == 0)
+        m_changed.notify_all();
     return true;
 }
 
@@ -115,7 +120,12 @@ ExportLanes::Outcome ExportLanes::take(std::chrono::milliseconds patience, Packe
     from.packets.pop_front();
     from.bytes -= static_cast<std::size_t>(std::max(packet->size, 0));
     lane = *next;
-    m_changed.notify_all();
+    const bool roomy =
+        from.packets.size() <= kMostPackets / 2 && from.bytes <= kMostPacketBytes / 2;
+    if (from.blocked && roomy) {
+        from.blocked = false;
+        m_changed.notify_all();
+    }
     return Outcome::Ready;
 }
 

@@ -68,6 +68,7 @@ private:
         std::size_t bytes = 0;
         std::optional<OutputTrack> track;
         bool finished = false;
+        bool blocked = false; ///< its thread waits for half of the room
     };
     [[nodiscard]] bool isEarlier(const Lane& a, const Lane& b) const;
     [[nodiscard]] std::optional<std::size_t> nextLane() const;

@@ -20,6 +20,24 @@ constexpr Ticks kSoundPreroll = kTicksPerSecond / 4;
 constexpr Ticks kToleratedCut = kTicksPerSecond / 2;
 constexpr const char* kSourceText = "read the source";
 
+constexpr int kIndexedReadAhead = 4 << 10;
+constexpr int kPlainReadAhead = 32 << 10;
+
+/// ISO base media files are read by their index, one stream here and there.
+InputLimits readingOf(FileReader& reader) {
+    InputLimits limits = InputLimits::none();
+    const ByteView head = reader.viewUpTo(0, 8);
+    const QByteArray type =
+        head.size() < 8
+            ? QByteArray()
+            : QByteArray(static_cast<const char*>(static_cast<const void*>(head.data())) + 4, 4);
+    const bool indexed = type == "ftyp" || type == "moov" || type == "mdat" || type == "wide" ||
+                         type == "free" || type == "skip";
+    limits.readAhead = indexed ? kIndexedReadAhead : kPlainReadAhead;
+    limits.direct = true;
+    return limits;
+}
+
 bool hasExactIndex(const AVFormatContext& context) {
     const QByteArray name(context.iformat->name);
     return name.startsWith("mov,") || name.startsWith("matroska,");
@@ -52,7 +70,7 @@ Result<std::unique_ptr<ExportSource>> ExportSource::open(const QString& path, AV
     if (!reader)
         return tl::unexpected(reader.error());
     std::unique_ptr<ExportSource> source(new ExportSource(std::move(*reader)));
-    auto input = FileInput::open(source->m_reader, InputLimits::none());
+    auto input = FileInput::open(source->m_reader, readingOf(source->m_reader));
     if (!input)
         return tl::unexpected(input.error());
     source->m_input = std::move(*input);

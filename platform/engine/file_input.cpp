@@ -2,15 +2,16 @@
 #include "platform/engine/file_input.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <limits>
+#include <unistd.h>
 #include <vector>
 
 namespace clipheave::platform {
 
 namespace {
 
-constexpr int kIoBuffer = 32 << 10;
 constexpr std::int64_t kProbeBytes = 512 << 10;
 constexpr std::int64_t kAnalyzeMicroseconds = 2'000'000;
 /// Below this score the demuxer is a guess: text and noise look a little like MPEG audio.
@@ -51,10 +52,22 @@ int FileInput::interrupted(void* self) {
     return static_cast<FileInput*>(self)->checkLimits() ? 1 : 0;
 }
 
+int FileInput::readDirect(std::uint8_t* buffer, int size) {
+    const auto wanted = static_cast<std::size_t>(std::max(size, 0));
+    const ssize_t got = pread(m_reader.fd(), buffer, wanted, static_cast<off_t>(m_position));
+    if (got <= 0)
+        return got == 0 ? AVERROR_EOF : AVERROR(errno);
+    m_position += static_cast<std::uint64_t>(got);
+    m_fetched += static_cast<std::uint64_t>(got);
+    return static_cast<int>(got);
+}
+
 int FileInput::readBytes(void* self, std::uint8_t* buffer, int size) {
     auto& input = *static_cast<FileInput*>(self);
     if (input.checkLimits())
         return AVERROR_EXIT;
+    if (input.m_limits.direct)
+        return input.readDirect(buffer, size);
     const ByteView bytes =
         input.m_reader.viewUpTo(input.m_position, static_cast<std::uint64_t>(std::max(size, 0)));
     if (bytes.empty())
@@ -93,8 +106,9 @@ Result<std::unique_ptr<FileInput>> FileInput::open(FileReader& reader, const Inp
                                : ffmpegText(code));
     };
     std::unique_ptr<FileInput> input(new FileInput(reader, limits));
-    auto* buffer = static_cast<std::uint8_t*>(av_malloc(kIoBuffer));
-    input->m_io = avio_alloc_context(buffer, kIoBuffer, 0, input.get(), &readBytes, nullptr, &seek);
+    const int readAhead = std::max(limits.readAhead, 1 << 10);
+    auto* buffer = static_cast<std::uint8_t*>(av_malloc(static_cast<std::size_t>(readAhead)));
+    input->m_io = avio_alloc_context(buffer, readAhead, 0, input.get(), &readBytes, nullptr, &seek);
     AVFormatContext* context = avformat_alloc_context();
     if (input->m_io == nullptr || context == nullptr) {
         avformat_free_context(context);

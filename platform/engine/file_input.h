@@ -12,7 +12,12 @@ namespace clipheave::platform {
 struct InputLimits {
     std::uint64_t bytes = 16u << 20;
     std::chrono::milliseconds time{3000};
-    static InputLimits none() { return {UINT64_MAX, std::chrono::hours(24 * 365)}; }
+    /// Bytes that libavformat reads ahead: few for one stream among others whose places are known.
+    int readAhead = 32 << 10;
+    bool direct = false; ///< past the reader's window, for whole files
+    static InputLimits none() {
+        return {UINT64_MAX, std::chrono::hours(24 * 365), 32 << 10, false};
+    }
 };
 
 /// A file opened by libavformat over a FileReader: only the demuxers of media containers, and no
@@ -32,6 +37,7 @@ public:
 
 private:
     FileInput(FileReader& reader, const InputLimits& limits);
+    [[nodiscard]] int readDirect(std::uint8_t* buffer, int size);
     static int readBytes(void* self, std::uint8_t* buffer, int size);
     static std::int64_t seek(void* self, std::int64_t offset, int whence);
     static int interrupted(void* self);
