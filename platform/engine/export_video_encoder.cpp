@@ -34,7 +34,9 @@ void describe(const PictureLook& look, AVCodecContext& encoder) {
 } // namespace
 
 bool PicturePacer::wants(Ticks start, Ticks end) const {
-    return !m_constant || ticksTo(end, m_timeBase) > std::max(ticksTo(start, m_timeBase), m_next);
+    // The first one always, be it shorter than a whole frame: a film has a picture.
+    return !m_constant || !m_last ||
+           ticksTo(end, m_timeBase) > std::max(ticksTo(start, m_timeBase), m_next);
 }
 
 int PicturePacer::repeat(const AVFrame& frame, std::int64_t until, const Sink& sink) {
@@ -53,7 +55,7 @@ int PicturePacer::repeat(const AVFrame& frame, std::int64_t until, const Sink& s
 
 int PicturePacer::place(TimedPicture picture, const Sink& sink) {
     std::int64_t first = ticksTo(picture.start, m_timeBase);
-    const std::int64_t last = ticksTo(picture.end, m_timeBase);
+    std::int64_t last = ticksTo(picture.end, m_timeBase);
     if (!m_constant) {
         first = std::max(first, m_next);
         m_next = first + 1;
@@ -63,8 +65,10 @@ int PicturePacer::place(TimedPicture picture, const Sink& sink) {
     if (m_last && first > m_next)
         if (const int code = repeat(*m_last, first, sink); code < 0)
             return code;
-    if (!m_last)
+    if (!m_last) {
         m_next = std::max(m_next, first); // a film that begins late does so in the output
+        last = std::max(last, m_next + 1);
+    }
     if (last <= m_next)
         return 0;
     if (const int code = repeat(*picture.frame, last, sink); code < 0)
