@@ -233,6 +233,7 @@ private:
     void startVideoJob(VideoWorker worker, const QString& activity, const QString& title,
                        const std::vector<media::ItemPointer>& items);
     void watchProgress(const std::shared_ptr<WriteRun>& run);
+    static void addSizes(WriteRun& run, const metadata::WriteOutcome& outcome);
     void takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome);
     void connectRename();
     void refreshRenameItems();

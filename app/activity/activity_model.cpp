@@ -27,13 +27,14 @@ QString stateName(const ActivityJob& job) {
     return ActivityModel::tr("Cancelled");
 }
 
-/// Running time while it runs ("1:12", "1:02:03"), the clock time of the end afterwards.
-QString timeText(const ActivityJob& job) {
-    if (job.state != JobState::Running)
-        return job.ended.toString(QStringLiteral("HH:mm"));
+/// A clock that was set back meanwhile must not show a negative time.
+qint64 secondsRunning(const ActivityJob& job) {
+    return std::max<qint64>(0, job.started.secsTo(QDateTime::currentDateTime()));
+}
+
+/// "1:12", "1:02:03".
+QString clockText(qint64 seconds) {
     const QLatin1Char zero('0');
-    // A clock that was set back meanwhile must not show a negative time.
-    const qint64 seconds = std::max<qint64>(0, job.started.secsTo(QDateTime::currentDateTime()));
     const qint64 hours = seconds / 3600, minutes = seconds / 60 % 60;
     if (hours == 0)
         return QStringLiteral("%1:%2").arg(minutes).arg(seconds % 60, 2, 10, zero);
@@ -41,6 +42,35 @@ QString timeText(const ActivityJob& job) {
         .arg(hours)
         .arg(minutes, 2, 10, zero)
         .arg(seconds % 60, 2, 10, zero);
+}
+
+/// Running time while it runs, the clock time of the end afterwards.
+QString timeText(const ActivityJob& job) {
+    return job.state == JobState::Running ? clockText(secondsRunning(job))
+                                          : job.ended.toString(QStringLiteral("HH:mm"));
+}
+
+/// How long the rest takes at the pace so far; empty while that says nothing.
+QString timeLeft(const ActivityJob& job) {
+    constexpr double kTooEarly = 0.02;
+    constexpr qint64 kTooFew = 3; // seconds
+    constexpr double kLongest = 100 * 3600.0;
+    const double done = job.fraction();
+    const qint64 seconds = secondsRunning(job);
+    if (job.state != JobState::Running || done < kTooEarly || seconds < kTooFew)
+        return {};
+    const double left = static_cast<double>(seconds) * (1 - done) / done;
+    return left < kLongest
+               ? ActivityModel::tr("%1 left").arg(clockText(static_cast<qint64>(std::ceil(left))))
+               : QString();
+}
+
+/// While it runs: the file at hand and how long it will go on; afterwards the summary.
+QString resultText(const ActivityJob& job) {
+    const QString left = timeLeft(job);
+    if (left.isEmpty() || job.result.isEmpty())
+        return left + job.result;
+    return job.result + QStringLiteral(", ") + left;
 }
 
 /// "4 done, 1 failed"; what did not happen is left out.
@@ -322,7 +352,7 @@ QVariant ActivityModel::cellText(const ActivityJob& job, int column, int role) {
         return QStringLiteral("%1%").arg(static_cast<int>(fraction * 100));
     }
     case ResultColumn:
-        return job.result;
+        return resultText(job);
     case TimeColumn:
         return timeText(job);
     default:

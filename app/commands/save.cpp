@@ -223,6 +223,16 @@ void AppDelegate::takeLogLine(const platform::LogLine& line) {
                        run != m_writeRuns.end() ? run->first : 0);
 }
 
+void AppDelegate::addSizes(WriteRun& run, const metadata::WriteOutcome& outcome) {
+    const auto& files = platform::NSFileManager::defaultManager();
+    const auto before = files.attributesOfItemAtPath(outcome.source);
+    const auto after = files.attributesOfItemAtPath(outcome.outputs.value(0));
+    if (!before || !after)
+        return;
+    run.bytesBefore += before->NSFileSize;
+    run.bytesAfter += after->NSFileSize;
+}
+
 void AppDelegate::takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome) {
     ActivityFile file{outcome.source, outcome.outputs, stateOf(outcome.status), outcome.message};
     if (file.note.isEmpty() && !outcome.outputs.isEmpty())
@@ -230,13 +240,18 @@ void AppDelegate::takeOutcome(WriteRun& run, const metadata::WriteOutcome& outco
                 platform::NSFileManager::defaultManager().attributesOfItemAtPath(
                     outcome.outputs.first()))
             file.note = sizeText(attributes->NSFileSize);
+    if (run.tellsSizes && outcome.status == metadata::WriteStatus::Completed)
+        addSizes(run, outcome);
     m_activity->fileFinished(run.job, file);
     if (outcome.status == metadata::WriteStatus::Failed)
         m_activity->addLog(outcome.message, outcome.source, true, run.job);
     run.outputs += outcome.outputs;
     if (--run.left > 0)
         return;
-    m_activity->endJob(run.job);
+    m_activity->endJob(run.job,
+                       run.bytesAfter > 0 && m_activity->job(run.job)->failed == 0
+                           ? tr("%1 to %2").arg(sizeText(run.bytesBefore), sizeText(run.bytesAfter))
+                           : QString());
     if (!run.outputs.isEmpty())
         platform::NSWorkspace::sharedWorkspace().selectFiles(run.outputs);
     m_writeRuns.erase(run.job); // the last use of the run

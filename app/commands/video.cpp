@@ -27,7 +27,7 @@ void AppDelegate::SlowdownSelectedMediaFileFormatAction() {
     detachVideoWorker(&AppDelegate::SlowDownVideoMediaFileFileThreader, tr("Slow down %1"));
 }
 void AppDelegate::CompressSelectedMediaFileAction() {
-    detachVideoWorker(&AppDelegate::CompressVideoMediaFileFileThreader, tr("Compress: %1"));
+    detachVideoWorker(&AppDelegate::CompressVideoMediaFileFileThreader, tr("Compress, %1"));
 }
 void AppDelegate::ConvertSelectedMediaFileFormatAction() {
     detachVideoWorker(&AppDelegate::ConvertVideoMediaFileFileThreader, QStringLiteral("%1"));
@@ -39,7 +39,7 @@ void AppDelegate::ExtractSelectedMediaFileAction() {
     detachVideoWorker(&AppDelegate::ExtractAudioMediaFileFileThreader, tr("Extract audio"));
 }
 void AppDelegate::ExtractImagesSelectedMediaFileAction() {
-    detachVideoWorker(&AppDelegate::ExtractImagesMediaFileFileThreader, tr("Extract images: %1"));
+    detachVideoWorker(&AppDelegate::ExtractImagesMediaFileFileThreader, tr("Extract images, %1"));
 }
 void AppDelegate::removeSoundFromMediaFileFormatAction() {
     detachVideoWorker(&AppDelegate::RemoveAudioMediaFileFileThreader, tr("Remove sound"));
@@ -92,6 +92,7 @@ void AppDelegate::startVideoJob(VideoWorker worker, const QString& activity, con
         if (const auto again = itemsAt(failed); !again.empty())
             startVideoJob(worker, activity, title, again);
     };
+    run->tellsSizes = worker == &AppDelegate::CompressVideoMediaFileFileThreader;
     VideoRun video;
     video.request = {title, items, m_preferences.storagelocation, m_bImportLocalFolder,
                      m_bImportLocalPath};

@@ -13,6 +13,8 @@ struct AppDelegate::WriteRun {
     int job = 0;
     int left = 0;
     QStringList outputs;
+    bool tellsSizes = false; ///< the job is about sizes: its summary tells them
+    std::uint64_t bytesBefore = 0, bytesAfter = 0; ///< of what came out well
     QSet<QString> sources;
     std::function<double()> progress = [] { return -1.0; };
     std::function<void()> cancel = [] {};

@@ -200,7 +200,7 @@ class MouseTest(WindowTest):
             self.assertEqual(title_of(storage(user) / name), title_of(folder / name))
         user.click("button menu", "Extract")
         user.click("menu item", "1 pic per second")
-        user.task_done("Extract images: 1 pic per second", "3 done")
+        user.task_done("Extract images, 1 pic per second", "3 done")
         self.assertTrue(list(storage(user).glob("*_1.jpg")))
         self.assertEqual({path.name: digest(path) for path in folder.iterdir()}, before)
 

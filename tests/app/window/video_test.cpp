@@ -92,11 +92,11 @@ TEST_F(VideoJobsTest, EveryMenuEntryDoesItsJobOverTheSelection) {
     constexpr Case kCases[] = {
         {"videoEditMenu", "right (clockwise) by 90 degrees",
          "Rotate right (clockwise) by 90 degrees", 2},
-        {"videoCompressMenu", "Low video quality", "Compress: Low video quality", 2},
+        {"videoCompressMenu", "Low video quality", "Compress, Low video quality", 2},
         {"VideoConvertMenu", "Convert to M4V", "Convert to M4V", 2},
         {"VideoConvertMenu", "Convert to GIF", "Convert to GIF", 2},
         {"videoExtractMenu", "Extract Audio", "Extract audio", 2},
-        {"videoExtractMenu", "1 pic per second", "Extract images: 1 pic per second", 2},
+        {"videoExtractMenu", "1 pic per second", "Extract images, 1 pic per second", 2},
         {"videoEditMenu", "Remove Sound", "Remove sound", 2},
         {"videoEditMenu", "Merge", "Merge", 1},
         {"videoEditMenu", "8X", "Speed up 8X", 2},
