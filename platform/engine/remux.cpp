@@ -136,6 +136,7 @@ Result<void> copyPackets(AVFormatContext& source, FileOutput& output,
     const Packet packet(av_packet_alloc());
     int code = packet ? 0 : AVERROR(ENOMEM);
     double done = 0;
+    bool any = false;
     for (int count = 0; code >= 0 && (code = av_read_frame(&source, packet.get())) >= 0; ++count) {
         const auto index = static_cast<std::size_t>(packet->stream_index);
         if (packet->stream_index < 0 || index >= repairs.size() || targets[index] < 0) {
@@ -151,12 +152,16 @@ Result<void> copyPackets(AVFormatContext& source, FileOutput& output,
         av_packet_rescale_ts(packet.get(), from.time_base,
                              output.context()->streams[targets[index]]->time_base);
         packet->pos = -1;
+        any = true;
         code = av_interleaved_write_frame(output.context(), packet.get());
         if (progress && count % kPacketsBetweenReports == 0 && !progress(done))
             return failure(ErrorCode::Cancelled, QStringLiteral("copy the streams"));
     }
     if (code != AVERROR_EOF)
         return output.failed("copy the streams", code);
+    if (!any)
+        return failure(ErrorCode::InvalidData, QStringLiteral("copy the streams"), {},
+                       QStringLiteral("there is nothing in them"));
     return {};
 }
 

@@ -51,6 +51,15 @@ ExportResources fairShare() {
     return {std::max(1, cores / ExportQueue::shared().concurrency())};
 }
 
+/// The text that tells players how many samples to skip is true of the source's packets alone; the
+/// edit list of what was written anew says it there.
+QList<AVMetadataItem> withoutGaplessItem(QList<AVMetadataItem> items) {
+    items.removeIf([](const AVMetadataItem& item) {
+        return item.effectiveIdentifier().endsWith(QLatin1String("iTunSMPB"));
+    });
+    return items;
+}
+
 /// Of an export through a file in between: the encoding, then the metadata.
 constexpr double kEncodingShare = 0.98;
 
@@ -240,6 +249,8 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runPlan(PassthroughReque
     if (!original)
         return tl::unexpected(original.error());
     request.source = original->path();
+    if (!request.metadata)
+        request.metadata = withoutGaplessItem(original->metadata());
     if (isIsoMedia(original->file()->facts().container))
         request.xmpPacketOf = original->path();
     ExportPlan plan = planned->plan;
