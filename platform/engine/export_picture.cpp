@@ -33,6 +33,12 @@ AVRational turned(AVRational aspect, int turn) {
     return turn % 180 != 0 ? AVRational{aspect.den, aspect.num} : aspect;
 }
 
+AVChromaLocation mirrored(AVChromaLocation chroma, bool isMirrored) {
+    const bool same = chroma == AVCHROMA_LOC_CENTER || chroma == AVCHROMA_LOC_TOP ||
+                      chroma == AVCHROMA_LOC_BOTTOM;
+    return !isMirrored || same ? chroma : AVCHROMA_LOC_UNSPECIFIED;
+}
+
 /// Where the colour samples are after a turn; unspecified where no name is left for it.
 AVChromaLocation turned(AVChromaLocation chroma, int turn) {
     if (turn == 0 || chroma == AVCHROMA_LOC_CENTER)
@@ -74,7 +80,8 @@ void chooseColours(const std::vector<PlannedSegment>& segments, PictureLook& loo
     look.primaries = first.color_primaries;
     look.transfer = first.color_trc;
     look.matrix = isRgb(first.format) ? AVCOL_SPC_BT709 : first.color_space;
-    look.chroma = turned(first.chroma_location, segments.front().turn);
+    look.chroma =
+        turned(mirrored(first.chroma_location, segments.front().mirrored), segments.front().turn);
     if (any && same) {
         // Deliberate: ten bits of H.264, which some players cannot show, rather than colours that
         // cannot be had back.
@@ -198,16 +205,16 @@ PictureLook lookOf(const ExportVideo& video, const std::vector<PlannedSegment>& 
     }
     chooseColours(segments, look, notes);
     // Fields survive only where nothing but their coding changes; else they are woven to pictures.
-    const bool untouched = segments.size() == 1 && first.turn == 0 && look.width == source.width &&
-                           look.height == source.height && look.height % 4 == 0 &&
-                           !video.frameDuration;
+    const bool untouched = segments.size() == 1 && first.turn == 0 && !first.mirrored &&
+                           look.width == source.width && look.height == source.height &&
+                           look.height % 4 == 0 && !video.frameDuration;
     const AVFieldOrder order = source.field_order;
     look.interlaced = untouched && order > AV_FIELD_PROGRESSIVE;
     look.topFieldFirst = order == AV_FIELD_TT || order == AV_FIELD_BT;
     return look;
 }
 
-QByteArray filtersFor(const PictureShape& shape, const PictureLook& look, int turn) {
+QByteArray filtersFor(const PictureShape& shape, const PictureLook& look, int turn, bool mirrored) {
     QByteArrayList filters;
     if (shape.deinterlace)
         filters << "bwdif=mode=send_frame:deint=interlaced";
@@ -229,6 +236,8 @@ QByteArray filtersFor(const PictureShape& shape, const PictureLook& look, int tu
         filters << scaleText(keptWidth, keptHeight, shape, look, look.format);
     if (size.crop && (width.toInt() != shape.width || height.toInt() != shape.height))
         filters << "crop=" + width + ':' + height + ":0:0";
+    if (mirrored)
+        filters << "hflip";
     if (turn == 90 || turn == 270)
         filters << (turn == 90 ? "transpose=clock" : "transpose=cclock");
     if (turn == 180)

@@ -40,8 +40,10 @@ struct PictureShape {
 [[nodiscard]] bool isHighDynamicRange(AVColorTransferCharacteristic transfer);
 
 /// The filters, as libavfilter reads them, that make `look` of pictures of `shape`, turned
-/// clockwise by `turn` degrees, fitted into the size and centred on black.
-[[nodiscard]] QByteArray filtersFor(const PictureShape& shape, const PictureLook& look, int turn);
+/// clockwise by `turn` degrees, `mirrored` left to right before, fitted into the size and centred
+/// on black.
+[[nodiscard]] QByteArray filtersFor(const PictureShape& shape, const PictureLook& look, int turn,
+                                    bool mirrored);
 
 /// Null without memory.
 [[nodiscard]] Frame blackPicture(const PictureLook& look);

@@ -68,7 +68,7 @@ int PictureFilter::start(const PictureShape& shape) {
         ":pix_fmt=" + QByteArray::number(shape.format) +
         ":time_base=1/1000:pixel_aspect=" + QByteArray::number(shape.aspect.num) + '/' +
         QByteArray::number(shape.aspect.den);
-    return m_graph.build({}, options, filtersFor(shape, m_look, m_turn), m_threads);
+    return m_graph.build({}, options, filtersFor(shape, m_look, m_turn, m_mirrored), m_threads);
 }
 
 int PictureFilter::push(TimedPicture picture, AVRational aspect, const Sink& sink) {

@@ -31,8 +31,8 @@ struct TimedPicture {
 class PictureFilter {
 public:
     using Sink = std::function<bool(TimedPicture)>; ///< false stops
-    PictureFilter(const PictureLook& look, int turn, int threads)
-        : m_look(look), m_turn(turn), m_threads(threads) {}
+    PictureFilter(const PictureLook& look, int turn, bool mirrored, int threads)
+        : m_look(look), m_turn(turn), m_threads(threads), m_mirrored(mirrored) {}
 
     /// AVERROR_EXIT when the sink stopped it.
     [[nodiscard]] int push(TimedPicture picture, AVRational aspect, const Sink& sink);
@@ -46,6 +46,7 @@ private:
 
     PictureLook m_look;
     int m_turn, m_threads;
+    bool m_mirrored;
     PictureShape m_shape;
     LinearGraph m_graph;
     /// One filtered picture comes for each that went in, in the same order.

@@ -121,9 +121,14 @@ private:
     std::map<std::pair<QString, int>, std::shared_ptr<const SourceFacts>> m_facts;
 };
 
-Result<void> readTurns(const std::vector<int>& turns, std::vector<PlannedSegment>& segments) {
-    if (turns.size() > 1 && turns.size() != segments.size())
+Result<void> readTurns(const ExportVideo& video, std::vector<PlannedSegment>& segments) {
+    const std::vector<int>& turns = video.turns;
+    const std::vector<bool>& mirrored = video.mirrored;
+    const auto isCount = [&segments](std::size_t n) { return n <= 1 || n == segments.size(); };
+    if (!isCount(turns.size()) || !isCount(mirrored.size()))
         return planError("as many turns as segments are needed");
+    for (std::size_t i = 0; i < segments.size() && !mirrored.empty(); ++i)
+        segments[i].mirrored = mirrored[mirrored.size() == 1 ? 0 : i];
     for (std::size_t i = 0; i < segments.size() && !turns.empty(); ++i) {
         const int turn = turns.size() == 1 ? turns.front() : turns[i];
         if (turn != 0 && turn != 90 && turn != 180 && turn != 270)
@@ -210,7 +215,7 @@ Result<PlannedExport> readExportPlan(const ExportPlan& plan) {
         if (!segments)
             return tl::unexpected(segments.error());
         planned.video = std::move(*segments);
-        if (auto turned = readTurns(plan.video->turns, planned.video); !turned)
+        if (auto turned = readTurns(*plan.video, planned.video); !turned)
             return tl::unexpected(turned.error());
         planned.end = planned.video.back().stretch.targetEnd;
     }

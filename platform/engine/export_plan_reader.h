@@ -22,7 +22,8 @@ struct PlannedSegment {
     QString path;
     int stream = 0;
     Stretch stretch;
-    int turn = 0; ///< degrees clockwise
+    int turn = 0;          ///< degrees clockwise
+    bool mirrored = false; ///< left to right, before that
     std::shared_ptr<const SourceFacts> facts;
     /// The first segment's source, still open from the reading of its facts.
     std::unique_ptr<ExportSource> opened;

@@ -94,10 +94,10 @@ AVRational frameRateOf(const ExportVideo& video, const PlannedSegment& first, AV
     return rate.num > 0 && rate.den > 0 ? rate : AVRational{25, 1};
 }
 
-bool survivesEncoding(AVPacketSideDataType type, const PictureLook& look, int turn) {
+bool survivesEncoding(AVPacketSideDataType type, const PictureLook& look, bool turned) {
     if (type == AV_PKT_DATA_MASTERING_DISPLAY_METADATA || type == AV_PKT_DATA_CONTENT_LIGHT_LEVEL)
         return isHighDynamicRange(look.transfer);
-    return (type == AV_PKT_DATA_SPHERICAL || type == AV_PKT_DATA_STEREO3D) && turn == 0;
+    return (type == AV_PKT_DATA_SPHERICAL || type == AV_PKT_DATA_STEREO3D) && !turned;
 }
 
 /// The reading half: fills the queue with the pictures of all segments and the black between them.
@@ -173,7 +173,7 @@ Result<void> PictureFeeder::feedSegment(PlannedSegment& segment) {
     auto reader = VideoSegmentReader::open(segment, m_threads);
     if (!reader)
         return tl::unexpected(reader.error());
-    PictureFilter filter(m_look, segment.turn, m_threads);
+    PictureFilter filter(m_look, segment.turn, segment.mirrored, m_threads);
     const auto sink = [this](TimedPicture picture) {
         m_placed = place(std::move(picture));
         return m_placed >= 0;
@@ -234,8 +234,9 @@ void encodeVideo(const ExportVideo& video, std::vector<PlannedSegment>& segments
         return lanes.fail(track.error());
     track->displayMatrix = video.preferredTransform;
     track->language = segments.front().facts->language;
+    const bool turned = segments.front().turn != 0 || segments.front().mirrored;
     for (const OutputTrack::SideData& data : segments.front().facts->sideData)
-        if (survivesEncoding(data.type, look, segments.front().turn))
+        if (survivesEncoding(data.type, look, turned))
             track->sideData.push_back(data);
     if (!lanes.announce(lane, std::move(*track)))
         return;

@@ -39,6 +39,26 @@ TEST_F(ExportVideoTest, TurnsPicturesAtAConstantRate) {
     EXPECT_LT(bytes.indexOf("moov"), bytes.indexOf("mdat"));
 }
 
+TEST_F(ExportVideoTest, MirrorsBeforeItTurns) {
+    const QString source = make("a.mp4", kH264);
+    ExportPlan plan = planFor(source);
+    plan.video->mirrored = {true};
+    exported(plan);
+    EXPECT_GT(likeness(m_out, source, "hflip"), 0.98);
+    plan.video->turns = {90};
+    exported(plan);
+    EXPECT_GT(likeness(m_out, source, "hflip,transpose=clock"), 0.98);
+}
+
+TEST_F(ExportVideoTest, AFilmShorterThanAFrameKeepsItsPicture) {
+    const QString source = make("a.mov", "-c:v libx264 -c:a aac", "testsrc2=d=0.01:s=192x128:r=100",
+                                "sine=d=0.01:r=44100");
+    ExportPlan plan = planFor(source, 0.01);
+    plan.video->frameDuration = CMTimeMake(1, 30);
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "1");
+}
+
 TEST_F(ExportVideoTest, KeepsTheTimesOfAVariableRateAndTheDisplayMatrix) {
     const QString source = make("a.mov", "-vf select='not(mod(n\\,3))+between(n\\,30\\,60)' "
                                          "-vsync vfr -c:v libx264 -bf 2 -c:a aac");
