@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/chapters.h"
 
+#include "platform/engine/file_input.h"
+
 #include <algorithm>
 
 namespace clipheave::platform {
@@ -39,6 +41,26 @@ void copyChapters(const AVFormatContext& source, AVFormatContext& target) {
         copy->end = end;
         av_dict_copy(&copy->metadata, chapter.metadata, 0);
         av_dynarray_add(&target.chapters, reinterpret_cast<int*>(&target.nb_chapters), copy);
+    }
+}
+
+void copyChaptersOfFile(const QString& path, double seconds, AVFormatContext& target) {
+    Result<FileReader> reader = FileReader::open(path);
+    if (!reader)
+        return;
+    const auto input = FileInput::open(*reader, InputLimits());
+    if (!input)
+        return;
+    copyChapters(*(*input)->context(), target);
+    while (target.nb_chapters > 0) {
+        AVChapter* last = target.chapters[target.nb_chapters - 1];
+        const double length = av_q2d(last->time_base);
+        if (static_cast<double>(last->start) * length < seconds) {
+            last->end = std::min(last->end, static_cast<std::int64_t>(seconds / length));
+            return;
+        }
+        av_dict_free(&last->metadata);
+        av_freep(&target.chapters[--target.nb_chapters]);
     }
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/export_muxer.h"
 
+#include "platform/engine/chapters.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -167,6 +169,9 @@ Result<void> LaneWriter::begin(const ExportPlan& plan, const PlannedExport& plan
         return added;
     AVFormatContext& format = *m_output.context();
     format.strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
+    if (!plan.chaptersOf.isEmpty())
+        copyChaptersOfFile(plan.chaptersOf, static_cast<double>(planned.end) / kTicksPerSecond,
+                           format);
     if (!planned.creationTime.isEmpty())
         av_dict_set(&format.metadata, "creation_time", planned.creationTime.constData(), 0);
     Dictionary options;

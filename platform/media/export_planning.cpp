@@ -248,6 +248,19 @@ void trim(ExportPlan& plan, CMTimeRange range) {
         plan.sound.reset();
 }
 
+/// The one file whose times are those of the output; null when there is none.
+QString chapterSource(const ExportPlan& plan) {
+    if (!plan.video && !plan.sound)
+        return {};
+    const auto& segments = plan.video ? plan.video->segments : plan.sound->segments;
+    if (segments.size() != 1)
+        return {};
+    const ExportSegment& only = segments.front();
+    const bool keepsTimes = CMTimeCompare(only.source.start, only.target.start) == 0 &&
+                            CMTimeCompare(only.source.duration, only.target.duration) == 0;
+    return keepsTimes ? only.path : QString();
+}
+
 QString firstPath(const ExportOrder& order) {
     if (order.asset)
         return order.asset->path();
@@ -289,6 +302,7 @@ Result<PlannedExport> planExport(const ExportOrder& order) {
         plan.sound = planSound(order, *sound, preset);
     if (order.timeRange)
         trim(plan, *order.timeRange);
+    plan.chaptersOf = chapterSource(plan);
     if (order.asset)
         planned.notes = notCarried(*order.asset, plan);
     if (plan.video || plan.sound)

@@ -156,6 +156,34 @@ TEST_F(Jobs, SpeedUpCutsAndSlowDownStretches) {
     EXPECT_EQ(video::speedUpFactor(QStringLiteral("3X")), 1);
 }
 
+TEST_F(Jobs, ChaptersComeAlongAsFarAsTheFilmGoes) {
+    const QString list = m_dir.write(
+        QStringLiteral("chapters.txt"),
+        ";FFMETADATA1\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=1000\ntitle=One\n[CHAPTER]\n"
+        "TIMEBASE=1/1000\nSTART=1000\nEND=2000\ntitle=Two\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=2000"
+        "\nEND=3000\ntitle=Three\n");
+    const QString book = m_dir.path(QStringLiteral("book.mp4"));
+    ASSERT_EQ(testkit::run(QStringLiteral("ffmpeg"),
+                           QStringLiteral("-v error -i %1 -i %2 -map_chapters 1 -c copy %3")
+                               .arg(film("clip.mp4"), list, book)
+                               .split(u' '))
+                  .exitCode,
+              0);
+    const auto chapters = [](const QString& path) {
+        return testkit::run(QStringLiteral("ffprobe"),
+                            QStringLiteral("-v error -show_entries "
+                                           "chapter=start_time,end_time:chapter_tags=title -of "
+                                           "csv=p=0 %1")
+                                .arg(path)
+                                .split(u' '))
+            .out;
+    };
+    (void)run(&VideoJobs::RotateVideoMediaFileFileThreader, video::rotateTitles().at(0), {book});
+    EXPECT_EQ(chapters(out("book.mp4")), chapters(book));
+    (void)run(&VideoJobs::SpeedUpVideoMediaFileFileThreader, QStringLiteral("2X"), {book});
+    EXPECT_EQ(chapters(out("book.mp4")), "0.000000,1.000000,One\n1.000000,1.500000,Two\n");
+}
+
 TEST_F(Jobs, MergePutsEachClipAtTheLongestDurationBeforeIt) {
     const auto outcomes =
         run(&VideoJobs::MergeVideoMediaFileFileThreader, {},

@@ -72,6 +72,9 @@ struct ExportPlan {
     bool moovFirst = false;
     /// Header dates of the output's movie and tracks are those of this file; empty: none.
     QString headerDatesOf;
+    /// The chapters of this file come along, as far as they begin before the end; empty: none. For
+    /// an output that begins where the file does and keeps its pace.
+    QString chaptersOf;
 };
 
 /// How many threads an export may use: the cores, divided among the exports that run.
