@@ -49,6 +49,9 @@ Result<Film> openFilm(const QString& source) {
     generator.setRequestedTimeToleranceBefore(kCMTimeZero);
     generator.setRequestedTimeToleranceAfter(kCMTimeZero);
     const double duration = std::min(CMTimeGetSeconds(assetDuration(*asset)), kLongestFilm);
+    if (!(duration > 0))
+        return failure(ErrorCode::InvalidData, QStringLiteral("read frames"), source,
+                       QStringLiteral("it has no duration"));
     return Film{std::move(generator), duration};
 }
 

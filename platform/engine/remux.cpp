@@ -33,6 +33,12 @@ std::uint32_t targetTag(const AVOutputFormat& format, const AVCodecParameters& c
     return kept ? codec.codec_tag : 0;
 }
 
+/// VP8 has a code in this family, but nothing that describes it; the muxer refuses it late.
+bool holds(const AVOutputFormat& format, AVCodecID codec) {
+    return codec != AV_CODEC_ID_VP8 &&
+           avformat_query_codec(&format, codec, FF_COMPLIANCE_NORMAL) == 1;
+}
+
 enum class StreamChoice { All, Sound };
 
 /// Keeps the streams that are not wanted from giving packets, and from being added.
@@ -61,7 +67,7 @@ Result<QStringList> addStreams(const AVFormatContext& source, FileOutput& output
         if (from.discard == AVDISCARD_ALL)
             continue;
         const AVOutputFormat& format = *output.context()->oformat;
-        if (avformat_query_codec(&format, from.codecpar->codec_id, FF_COMPLIANCE_NORMAL) != 1) {
+        if (!holds(format, from.codecpar->codec_id)) {
             const bool leaves = unheld == UnheldStreams::LeaveOut && mayBeLeftOut(from);
             (leaves ? leftOut : refused) << streamText(*from.codecpar);
             from.discard = AVDISCARD_ALL;

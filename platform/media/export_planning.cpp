@@ -52,10 +52,9 @@ AVMutableComposition compositionOf(const AVURLAsset& asset) {
             continue;
         auto& track = composition.addMutableTrackWithMediaType(QString::fromUtf16(type));
         track.preferredTransform = tracks.front().preferredTransform;
-        // A file without a duration has nothing to insert; the plan then says so.
         ignoreFailure(
             track.insertTimeRange_ofTrack_atTime(whole, asset, tracks.front(), kCMTimeZero),
-            "the missing track is reported by the plan");
+            "the file has a duration, and the missing track would be reported by the plan");
     }
     return composition;
 }
@@ -281,6 +280,9 @@ Result<PlannedExport> planExport(const ExportOrder& order) {
     if (!isExportPreset(order.presetName))
         return failure(ErrorCode::InvalidArgument, kPlan, firstPath(order),
                        QStringLiteral("unknown preset \"%1\"").arg(order.presetName));
+    if (order.asset && CMTimeCompare(assetDuration(*order.asset), kCMTimeZero) <= 0)
+        return failure(ErrorCode::InvalidData, kPlan, order.asset->path(),
+                       QStringLiteral("it has no duration"));
     const AVMutableComposition composition =
         order.asset ? compositionOf(*order.asset) : order.composition;
     PlannedExport planned;
