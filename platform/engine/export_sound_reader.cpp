@@ -31,9 +31,9 @@ QByteArray layoutName(const AVChannelLayout& layout) {
 /// A change of speed that keeps the pitch, in steps that do not leave sound out.
 QByteArray tempoFilters(double speed) {
     const int steps = std::max(1, static_cast<int>(std::ceil(std::abs(std::log2(speed)) - 1e-6)));
-    const QByteArray step =
-        "atempo=" + QByteArray::number(std::pow(speed, 1.0 / steps), 'f', 12) + ',';
-    return step.repeated(steps);
+    // Times in whole units make a half a little less than that, which the filter refuses.
+    const double tempo = std::clamp(std::pow(speed, 1.0 / steps), 0.5, 2.0);
+    return QByteArray("atempo=" + QByteArray::number(tempo, 'f', 12) + ',').repeated(steps);
 }
 
 Frame plainSoundFrame(const AVFrame& like, int samples) {
