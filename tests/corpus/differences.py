@@ -145,3 +145,57 @@ The payload that the movie header points to is cut off, or there is no header.
   audio/mutagen__nero-chapters.m4b clear failed
   audio/tinytag__alac_file.m4a save failed
 """
+
+# The video jobs: "file job what". Films of the corpus and made ones.
+VIDEO_JOBS = """
+Cut out of a stream: its times begin at 10 s, its length is counted from 0, and the last picture stands for the rest.
+  video/mp4ff__cbcsdec.mp4 rotate90 duration
+  video/mp4ff__cbcsdec.mp4 gif pictures
+  video/mp4ff__cbcsdec.mp4 frames pictures
+The film ends before its header says; the last picture is taken once or twice more.
+  made/million-seconds.mp4 gif pictures
+  made/million-seconds.mp4 frames pictures
+  video/XMP-Toolkit-SDK__BlueSquare.avi gif pictures
+  video/XMP-Toolkit-SDK__BlueSquare.avi frames pictures
+  video/exiftool__Flash.flv gif pictures
+  video/exiftool__Flash.flv frames pictures
+  video/music-metadata__matroska-test-w1-test5-short.mkv gif pictures
+  video/music-metadata__matroska-test-w1-test5-short.mkv frames pictures
+No packet in the file, or none that can be read: the copy is a movie without tracks and should be refused.
+  broken/exifast__MXF_bad_array.mxf mov opens
+  video/exiftool__MXF.mxf mov opens
+Another program writes these old codings into QuickTime, where players do not show them; here they are refused.
+  made/odd.mkv slow failed
+  made/odd.mkv mov failed
+  made/windows.wmv slow failed
+  made/windows.wmv mov failed
+  video/Audio-Scan__wmv92.wmv mov failed
+  video/exiftool__Flash.flv slow failed
+  video/exiftool__Flash.flv mov failed
+  video/exiv2__flame.avi slow failed
+  video/exiv2__flame.avi mov failed
+  video/file-type__fixture.avi slow failed
+  video/file-type__fixture.avi mov failed
+  video/music-metadata__elephant.asf mov failed
+VP8 in QuickTime is refused, with the library's words instead of plain ones.
+  made/web.mkv slow failed
+  video/fq__vp8.mkv slow failed
+MP3 in an MP4 has the code of AAC and is copied where it should be encoded.
+  made/mp3.mp4 audio failed
+A name of 255 bytes has no room for what these jobs add.
+  made/nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.mp4 audio failed
+  made/nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.mp4 frames failed
+The reading ends after the first of its pictures.
+  video/exiftool__Flash.flv mute failed
+The picture that is shown at the very end of the edit list is kept too.
+  video/media__sample_sef_slow_motion.mp4 slow pictures
+The sound begins 23 ms before the film's zero, which the copy counts from: chapters and film stand that much later.
+  video/media__sample_with_chapters.mkv mov chapters
+  video/media__sample_with_chapters.mkv mov start
+Pure colours side by side: their halved colours fall on other lines when the picture was turned first.
+  made/rgb.mov rotate90 ssim
+  made/rgb.mov rotate270 ssim
+Hard edges of pure colours, whose halved colours are spread in another way.
+  made/narrow.mov frames ssim
+  made/bt2020.mp4 frames ssim
+"""

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/cli/cli_kit.h"
+
+#include <QDir>
+
+namespace {
+
+using testkit::TempDir;
+
+class VideoCommand : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
+            GTEST_SKIP() << "needs ffmpeg";
+        const auto made = testkit::run(
+            QStringLiteral("ffmpeg"),
+            QStringLiteral("-v error -f lavfi -i testsrc2=s=64x48:r=10:d=1.5 -f lavfi -i "
+                           "sine=d=1.5 -c:v libx264 -c:a aac")
+                    .split(u' ') +
+                QStringList{m_film});
+        ASSERT_EQ(made.exitCode, 0) << made.err.toStdString();
+        m_dir.write(QStringLiteral("text.mp4"), "This is no film.");
+    }
+    testkit::RunResult video(const QString& job, const QStringList& more) {
+        return clitest::cli(QStringList{QStringLiteral("--quiet"), QStringLiteral("--storage"),
+                                        m_dir.path(QStringLiteral("store")),
+                                        QStringLiteral("video")} +
+                            job.split(u' ') + more);
+    }
+    [[nodiscard]] QString stored() const {
+        return QDir(m_dir.path(QStringLiteral("store")))
+            .entryList(QDir::Files | QDir::Hidden)
+            .join(u' ');
+    }
+
+    TempDir m_dir;
+    QString m_film = m_dir.path(QStringLiteral("a.mp4"));
+    QString m_text = m_dir.path(QStringLiteral("text.mp4"));
+};
+
+TEST_F(VideoCommand, NamesOutputsAfterTheirJobs) {
+    const struct {
+        const char *job, *names;
+    } cases[] = {
+        {"rotate --by 90", "a.mp4"},
+        {"convert --to mov", "a.mov a.mp4"},
+        {"gif", "a.gif a.mov a.mp4"},
+        {"audio", "a.gif a.mov a.mp4.m4a"}, // an older film of the name goes
+        {"merge", "a.gif a.mov a.mp4.m4a MergeVideo.mp4"},
+        {"merge", "a.gif a.mov a.mp4.m4a a_MergeVideo.mp4 MergeVideo.mp4"},
+    };
+    for (const auto& [job, names] : cases) {
+        const auto result = video(QLatin1String(job), {m_film});
+        EXPECT_EQ(result.exitCode, 0) << job << result.err.toStdString();
+        EXPECT_EQ(stored(), QString::fromLatin1(names)) << job;
+    }
+}
+
+TEST_F(VideoCommand, TakesTitlesOfTheMenus) {
+    const auto result =
+        video(QStringLiteral("frames"),
+              {QStringLiteral("--every"), QStringLiteral("5 pics per second"), m_film});
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_EQ(stored(), QLatin1String("a_0.jpg a_1.jpg"));
+    EXPECT_EQ(
+        video(QStringLiteral("rotate"),
+              {QStringLiteral("--by"), QStringLiteral("right (clockwise) by 180 degrees"), m_film})
+            .exitCode,
+        0);
+    EXPECT_EQ(video(QStringLiteral("rotate --by 45"), {m_film}).exitCode, 2);
+    EXPECT_EQ(video(QStringLiteral("speed --factor 3X"), {m_film}).exitCode, 2);
+}
+
+TEST_F(VideoCommand, GoesOnAfterAFailure) {
+    const auto result = video(QStringLiteral("mute"), {m_text, m_film});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.err.contains("text.mp4: failed: ")) << result.err.toStdString();
+    EXPECT_EQ(stored(), QLatin1String("a.mp4"));
+    EXPECT_EQ(TempDir::read(m_text), "This is no film.");
+}
+
+} // namespace
