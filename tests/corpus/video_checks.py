@@ -4,7 +4,6 @@ import math
 import os
 import pathlib
 import re
-import shutil
 import tempfile
 
 import video_oracles as oracles
