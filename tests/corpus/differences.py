@@ -161,9 +161,6 @@ The film ends before its header says; the last picture is taken once or twice mo
   video/exiftool__Flash.flv frames pictures
   video/music-metadata__matroska-test-w1-test5-short.mkv gif pictures
   video/music-metadata__matroska-test-w1-test5-short.mkv frames pictures
-No packet in the file, or none that can be read: the copy is a movie without tracks and should be refused.
-  broken/exifast__MXF_bad_array.mxf mov opens
-  video/exiftool__MXF.mxf mov opens
 Another program writes these old codings into QuickTime, where players do not show them; here they are refused.
   made/odd.mkv slow failed
   made/odd.mkv mov failed
@@ -180,8 +177,6 @@ Another program writes these old codings into QuickTime, where players do not sh
 VP8 in QuickTime is refused, with the library's words instead of plain ones.
   made/web.mkv slow failed
   video/fq__vp8.mkv slow failed
-MP3 in an MP4 has the code of AAC and is copied where it should be encoded.
-  made/mp3.mp4 audio failed
 A name of 255 bytes has no room for what these jobs add.
   made/nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.mp4 audio failed
   made/nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.mp4 frames failed
