@@ -158,7 +158,7 @@ Result<void> copyPackets(AVFormatContext& source, FileOutput& output,
         av_packet_rescale_ts(packet.get(), from.time_base,
                              output.context()->streams[targets[index]]->time_base);
         packet->pos = -1;
-        any = true;
+        any = any || packet->size > 0;
         code = av_interleaved_write_frame(output.context(), packet.get());
         if (progress && count % kPacketsBetweenReports == 0 && !progress(done))
             return failure(ErrorCode::Cancelled, QStringLiteral("copy the streams"));

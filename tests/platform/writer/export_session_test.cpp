@@ -70,7 +70,7 @@ TEST_F(Export, RefusesWhatItCannotDo) {
     const QString target = QStringLiteral("t.mp4");
     EXPECT_EQ(codeOf(u"High", target, AVFileTypeMPEG4), ErrorCode::InvalidArgument);
     EXPECT_EQ(codeOf(u"AVAssetExportPresetLowQuality", target, AVFileTypeMPEG4),
-              ErrorCode::NotSupported);
+              ErrorCode::InvalidData);
     EXPECT_EQ(codeOf(AVAssetExportPresetPassthrough, target, u"public.jpeg"),
               ErrorCode::InvalidArgument);
     EXPECT_EQ(codeOf(AVAssetExportPresetPassthrough, {}, AVFileTypeMPEG4),
