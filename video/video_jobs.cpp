@@ -22,6 +22,18 @@ void logText(const char* text, const WriteOutcome& outcome) {
 
 } // namespace
 
+metadata::OutcomeHandler tellingReplacement(const QString& output,
+                                            const metadata::OutcomeHandler& handler) {
+    if (!NSFileManager::defaultManager().fileExistsAtPath(output))
+        return handler;
+    return [handler](WriteOutcome outcome) {
+        if (outcome.status == WriteStatus::Completed)
+            outcome.message += (outcome.message.isEmpty() ? u""_qs : u"; "_qs) +
+                               QStringLiteral("replaced an older file");
+        handler(outcome);
+    };
+}
+
 void VideoJobs::refuse(const QString& source, const QString& reason, WriteStatus status) const {
     WriteOutcome outcome;
     outcome.source = source;
@@ -60,12 +72,10 @@ void VideoJobs::startExport(const media::ItemPointer& item, const QString& wante
 
 void VideoJobs::beginExport(const QString& source, const QString& output,
                             const ExportRecipe& recipe, const metadata::OutcomeHandler& handler) {
-    auto job = metadata::beginJob(source, output, handler, m_running);
+    auto job = metadata::beginJob(source, output, tellingReplacement(output, handler), m_running);
     if (!job)
         return;
     job->copiesOnFailure = false;
-    if (NSFileManager::defaultManager().fileExistsAtPath(output))
-        job->notes.append(QStringLiteral("replaced an older file"));
     const auto asset = AVURLAsset::assetWithPath(source);
     if (!asset)
         return metadata::failJob(*job, asset.error().text());

@@ -17,6 +17,10 @@ struct VideoJobRequest {
     QString bImportLocalPath;
 };
 
+/// `handler`, told of a success that it took the place of the file that stands at `output` now.
+[[nodiscard]] metadata::OutcomeHandler tellingReplacement(const QString& output,
+                                                          const metadata::OutcomeHandler& handler);
+
 /// The workers of one job. Each call walks the items, starts their exports and returns; one outcome
 /// an item arrives, on any thread. Outputs lie in the storage folder and replace older files of
 /// their name when they are complete; of two items with one name the second replaces the first. No

@@ -260,12 +260,11 @@ void VideoJobs::finishMerge(const QString& output, const std::vector<media::Item
         }
         report(outcome);
     };
-    auto job = metadata::beginJob(merged.front()->filePath, output, handler, m_running);
+    auto job = metadata::beginJob(merged.front()->filePath, output,
+                                  tellingReplacement(output, handler), m_running);
     if (!job)
         return;
     job->copiesOnFailure = false;
-    if (NSFileManager::defaultManager().fileExistsAtPath(output))
-        job->notes.append(QStringLiteral("replaced an older file"));
     auto session = std::make_shared<AVAssetExportSession>(
         composition, preset(AVAssetExportPresetHighestQuality));
     session->setOutputPath(output);

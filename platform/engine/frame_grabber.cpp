@@ -28,16 +28,6 @@ Error grabError(ErrorCode code, const QString& path, const QString& detail) {
     return {code, QStringLiteral("take a picture from the film"), path, detail};
 }
 
-AVStream* filmStream(AVFormatContext& context) {
-    for (unsigned i = 0; i < context.nb_streams; ++i) {
-        AVStream& stream = *context.streams[i];
-        if (stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO &&
-            (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0)
-            return &stream;
-    }
-    return nullptr;
-}
-
 /// The film's stream, the only one that will give packets; null without one.
 const AVStream* selectFilm(FileInput& input) {
     AVFormatContext& context = *input.context();

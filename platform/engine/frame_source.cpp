@@ -28,16 +28,6 @@ Error frameError(ErrorCode code, const QString& path, const QString& detail) {
     return {code, QStringLiteral("read a frame of the film"), path, detail};
 }
 
-AVStream* firstFilm(AVFormatContext& context) {
-    for (unsigned i = 0; i < context.nb_streams; ++i) {
-        AVStream& stream = *context.streams[i];
-        if (stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO &&
-            (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0)
-            return &stream;
-    }
-    return nullptr;
-}
-
 Result<Codec> openFilmDecoder(const AVStream& film, const QString& path) {
     const AVCodec* decoder = avcodec_find_decoder(film.codecpar->codec_id);
     if (decoder == nullptr)
@@ -148,7 +138,7 @@ Result<void> DecodedFilm::open(std::optional<QSize> size) {
     context.probesize = kProbeFilmBytes;
     if (!m_input->findStreamInfo())
         return failed(ErrorCode::InvalidData, QStringLiteral("no streams found"));
-    m_film = firstFilm(context);
+    m_film = filmStream(context);
     if (m_film == nullptr || m_film->time_base.num <= 0 || m_film->time_base.den <= 0)
         return failed(ErrorCode::NotSupported, QStringLiteral("no film in it"));
     for (unsigned i = 0; i < context.nb_streams; ++i)

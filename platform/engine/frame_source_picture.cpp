@@ -38,6 +38,16 @@ void makeOpaquePicture(RawPicture& picture) {
 
 } // namespace
 
+AVStream* filmStream(AVFormatContext& context) {
+    for (unsigned i = 0; i < context.nb_streams; ++i) {
+        AVStream& stream = *context.streams[i];
+        if (stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO &&
+            (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0)
+            return &stream;
+    }
+    return nullptr;
+}
+
 QuarterTurn quarterTurnOf(const AVStream& stream) {
     std::size_t size = 0;
     const std::uint8_t* bytes = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);

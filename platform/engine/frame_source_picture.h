@@ -9,6 +9,8 @@
 
 namespace clipheave::platform {
 
+/// The first film that is no attached picture; null when there is none.
+[[nodiscard]] AVStream* filmStream(AVFormatContext& context);
 /// The nearest quarter to the stream's display matrix.
 [[nodiscard]] QuarterTurn quarterTurnOf(const AVStream& stream);
 

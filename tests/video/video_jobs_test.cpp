@@ -198,8 +198,12 @@ TEST_F(Jobs, MergePutsEachClipAtTheLongestDurationBeforeIt) {
 }
 
 TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
+    m_dir.write(QStringLiteral("out/clip.mp4"), "older");
     auto outcomes = run(&VideoJobs::CompressVideoMediaFileFileThreader, QStringLiteral("Best"),
                         {film("clip.mp4"), film("sound.m4a")});
+    EXPECT_FALSE(outcomes[0].message.contains(u"replaced")) << "nothing was";
+    EXPECT_EQ(testkit::TempDir::read(out("clip.mp4")), "older");
+    ASSERT_TRUE(QFile::remove(out("clip.mp4")));
     EXPECT_THAT(outcomes[0].message.toStdString(), HasSubstr("High video quality"))
         << "an unlisted title is a preset that nobody knows";
     EXPECT_EQ(outcomes[1].status, WriteStatus::Skipped);

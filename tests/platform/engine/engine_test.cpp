@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/av_url_asset.h"
 #include "platform/media/model/media_engine.h"
-#include "tests/testkit/testkit.h"
+#include "tests/platform/engine/engine_fixture.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -19,15 +19,8 @@ using testkit::run;
 
 namespace {
 
-class Engine : public testing::Test {
+class Engine : public EngineTest {
 protected:
-    void SetUp() override {
-        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-            GTEST_SKIP() << "needs ffmpeg";
-        const auto loaded = mediaEngine();
-        ASSERT_TRUE(loaded) << loaded.error().text().toStdString();
-        m_engine = *loaded;
-    }
     /// A film made by another program.
     [[nodiscard]] QString make(const QString& name, const QStringList& options) const {
         QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y")};
@@ -69,8 +62,6 @@ protected:
         return {};
     }
 
-    testkit::TempDir m_dir;
-    MediaEngine* m_engine = nullptr;
     std::uint64_t m_fetched = 0;
 };
 

@@ -3,7 +3,7 @@
 
 #include "platform/foundation/file_reader.h"
 #include "platform/media/model/media_engine.h"
-#include "tests/testkit/testkit.h"
+#include "tests/platform/engine/engine_fixture.h"
 
 #include <QFile>
 
@@ -12,16 +12,8 @@
 namespace clipheave::platform {
 
 /// Films made by another program, exports of them by the engine, and that program's judgement.
-class ExportTest : public testing::Test {
+class ExportTest : public EngineTest {
 protected:
-    void SetUp() override {
-        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-            GTEST_SKIP() << "needs ffmpeg";
-        const auto loaded = mediaEngine();
-        ASSERT_TRUE(loaded) << loaded.error().text().toStdString();
-        m_engine = *loaded;
-    }
-
     /// Three seconds of a moving picture and a tone; `options` as on the command line.
     [[nodiscard]] QString make(const char* name, const char* options,
                                const char* picture = "testsrc2=d=3:s=192x128:r=25",
@@ -128,8 +120,6 @@ protected:
         return done.value_or(QStringList());
     }
 
-    testkit::TempDir m_dir;
-    MediaEngine* m_engine = nullptr;
     QString m_out;
     std::function<bool(double)> m_progress;
 };

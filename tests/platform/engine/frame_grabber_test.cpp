@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/model/media_engine.h"
-#include "tests/testkit/testkit.h"
+#include "tests/platform/engine/engine_fixture.h"
 
 #include <chrono>
 #include <cmath>
@@ -10,15 +10,8 @@ namespace clipheave::platform {
 namespace {
 
 /// Red, then green from second 2, then blue from second 4: a key frame each second.
-class FrameGrabber : public testing::Test {
+class FrameGrabber : public EngineTest {
 protected:
-    void SetUp() override {
-        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-            GTEST_SKIP() << "needs ffmpeg";
-        const auto loaded = mediaEngine();
-        ASSERT_TRUE(loaded) << loaded.error().text().toStdString();
-        m_engine = *loaded;
-    }
     [[nodiscard]] QString film(const QString& name, const char* options,
                                const char* graph = "null") const {
         const QString colours =
@@ -50,9 +43,6 @@ protected:
                 return name;
         return off(16) && off(8) && off(0) ? 'k' : '?';
     }
-
-    testkit::TempDir m_dir;
-    MediaEngine* m_engine = nullptr;
 };
 
 } // namespace

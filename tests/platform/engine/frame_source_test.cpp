@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/model/media_engine.h"
-#include "tests/testkit/testkit.h"
+#include "tests/platform/engine/engine_fixture.h"
 
 #include <QDirIterator>
 #include <QElapsedTimer>
@@ -16,15 +16,8 @@ namespace {
 using FrameList = std::unique_ptr<FrameSource>;
 
 /// Films whose pictures carry their number in ten black or white columns.
-class FrameSourceTest : public testing::Test {
+class FrameSourceTest : public EngineTest {
 protected:
-    void SetUp() override {
-        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-            GTEST_SKIP() << "needs ffmpeg";
-        const auto loaded = mediaEngine();
-        ASSERT_TRUE(loaded) << loaded.error().text().toStdString();
-        m_engine = *loaded;
-    }
     static QByteArray ffmpeg(const QString& options) {
         const auto made = testkit::run(QStringLiteral("ffmpeg"),
                                        (QStringLiteral("-v error -y ") + options).split(u' '));
@@ -93,9 +86,6 @@ protected:
             EXPECT_NEAR(CMTimeGetSeconds(frames->shownTime()), begins[index], 2e-6);
         }
     }
-
-    testkit::TempDir m_dir;
-    MediaEngine* m_engine = nullptr;
 };
 
 } // namespace

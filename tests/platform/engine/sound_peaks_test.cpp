@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/model/media_engine.h"
-#include "tests/testkit/testkit.h"
+#include "tests/platform/engine/engine_fixture.h"
 
 #include <array>
 #include <cmath>
@@ -15,15 +15,8 @@ using testing::Ge;
 using testing::Le;
 
 /// Silence, then half of full scale, then full scale on one channel only: two seconds each.
-class SoundPeaks : public testing::Test {
+class SoundPeaks : public EngineTest {
 protected:
-    void SetUp() override {
-        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-            GTEST_SKIP() << "needs ffmpeg";
-        const auto loaded = mediaEngine();
-        ASSERT_TRUE(loaded) << loaded.error().text().toStdString();
-        m_engine = *loaded;
-    }
     [[nodiscard]] QString sound(const QString& name, const char* options) const {
         const QString tones = QStringLiteral(
             "aevalsrc=0|if(lt(t\\,2)\\,0\\,if(lt(t\\,4)\\,0.5\\,1))*sin(2513*t):d=6:s=44100");
@@ -38,9 +31,6 @@ protected:
     [[nodiscard]] Result<QByteArray> peaks(const QString& path, int columns) const {
         return m_engine->soundPeaks(path, columns, [] { return true; });
     }
-
-    testkit::TempDir m_dir;
-    MediaEngine* m_engine = nullptr;
 };
 
 } // namespace

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/media/model/media_engine.h"
+#include "tests/testkit/testkit.h"
+
+namespace clipheave::platform {
+
+/// The engine, and a folder for the films that another program makes for it.
+class EngineTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
+            GTEST_SKIP() << "needs ffmpeg";
+        const auto loaded = mediaEngine();
+        ASSERT_TRUE(loaded) << loaded.error().text().toStdString();
+        m_engine = *loaded;
+    }
+
+    testkit::TempDir m_dir;
+    MediaEngine* m_engine = nullptr;
+};
+
+} // namespace clipheave::platform
