@@ -77,7 +77,8 @@ Result<std::unique_ptr<ExportSource>> ExportSource::open(const QString& path, AV
     AVFormatContext& context = source->context();
     context.flags |= AVFMT_FLAG_GENPTS;
     context.probesize = kExportProbeBytes;
-    if (!source->m_input->findStreamInfo())
+    const auto use = type == AVMEDIA_TYPE_AUDIO ? StreamsOfUse::Sound : StreamsOfUse::All;
+    if (!source->m_input->findStreamInfo(use))
         return source->failed(ErrorCode::InvalidData, QStringLiteral("the streams cannot be read"));
     // Deliberate: a start below zero is sound that the decoder swallows; 0 stays 0 then, so that
     // picture and sound stay together.

@@ -132,11 +132,15 @@ Result<std::unique_ptr<FileInput>> FileInput::open(FileReader& reader, const Inp
     return input;
 }
 
-bool FileInput::findStreamInfo() {
+bool FileInput::findStreamInfo(StreamsOfUse use) {
     // One thread each: the decoders see a few frames only, and imports run several files at once.
     std::vector<AVDictionary*> options(m_context->nb_streams, nullptr);
-    for (AVDictionary*& option : options)
-        av_dict_set(&option, "threads", "1", 0);
+    for (std::size_t i = 0; i < options.size(); ++i) {
+        av_dict_set(&options[i], "threads", "1", 0);
+        if (use == StreamsOfUse::Sound &&
+            m_context->streams[i]->codecpar->codec_type == AVMEDIA_TYPE_VIDEO)
+            av_dict_set(&options[i], "skip_frame", "all", 0);
+    }
     const int found =
         avformat_find_stream_info(m_context.get(), options.empty() ? nullptr : options.data());
     for (AVDictionary*& option : options)

@@ -354,7 +354,7 @@ Result<QStringList> exportSound(const QString& source, const QString& target,
     auto input = FileInput::open(*reader, InputLimits::none());
     if (!input)
         return tl::unexpected(input.error());
-    if (!(*input)->findStreamInfo())
+    if (!(*input)->findStreamInfo(StreamsOfUse::Sound))
         return tl::unexpected(soundError(ErrorCode::InvalidData, source,
                                          QStringLiteral("the streams cannot be read")));
     AVFormatContext& context = *(*input)->context();

@@ -25,7 +25,7 @@ Error peakError(ErrorCode code, const QString& path, const QString& detail = {})
 
 /// The stream that a player would play; all others give no packets. Null without one.
 AVStream* selectSound(FileInput& input) {
-    if (!input.findStreamInfo())
+    if (!input.findStreamInfo(StreamsOfUse::Sound))
         return nullptr;
     AVFormatContext& context = *input.context();
     const int best = av_find_best_stream(&context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
