@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/engine/ffmpeg.h"
-#include "platform/engine/frame_source_tone.h"
+#include "platform/engine/picture_painter.h"
 #include "platform/media/model/picture_turn.h"
 
 #include <optional>
@@ -23,21 +23,9 @@ public:
     [[nodiscard]] std::optional<RawPicture> picture(const AVFrame& frame);
 
 private:
-    [[nodiscard]] bool prepare(const AVFrame& frame);
-    [[nodiscard]] bool convert(const AVFrame& frame, RawPicture& picture);
-
-    /// What a scaler was made for.
-    struct Kind {
-        int width = 0, height = 0, format = -1, space = 0, fullRange = 0;
-        bool isWide = false;
-        bool operator==(const Kind&) const = default;
-    };
-    const AVStream& m_film;
     QuarterTurn m_turn;
     QSize m_stored; ///< of the picture before it is turned
-    Kind m_kind;
-    Scaler m_scaler;
-    std::optional<ToneMapper> m_tones;
+    PicturePainter m_painter;
 };
 
 } // namespace clipheave::platform
