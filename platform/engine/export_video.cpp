@@ -18,6 +18,8 @@ constexpr std::chrono::milliseconds kStopPatience{50};
 /// Threads beyond those that the encoder would choose: its pictures wait for each other, and with
 /// these no core does. Worth 5 to 8 % of the time on two cores, for 5 % more memory each.
 constexpr int kMoreEncoderThreads = 2;
+/// Of an export beside others: one that outlasts them shall not be left on one core.
+constexpr int kLeastEncoderThreads = 4;
 /// Black that is not repeated is still told this often, for players to jump into.
 constexpr Ticks kBlackPiece = kTicksPerSecond * 10;
 constexpr std::int64_t kLeastUnits = 12'000; ///< of a film's time base in a second
@@ -203,6 +205,12 @@ Result<void> PictureFeeder::feedSegment(PlannedSegment& segment) {
     return checked(m_placed < 0 ? m_placed : code, segment.path);
 }
 
+int encoderThreads(int threads) {
+    const int cores = static_cast<int>(std::max(std::thread::hardware_concurrency(), 1U));
+    return threads > 1 ? threads * 3 / 2 + kMoreEncoderThreads
+                       : std::min(cores, kLeastEncoderThreads);
+}
+
 void encodePictures(VideoEncoder& encoder, PictureQueue& queue, ExportLanes& lanes,
                     std::size_t lane) {
     const auto sink = [&](Packet packet) { return lanes.push(lane, std::move(packet)); };
@@ -229,7 +237,7 @@ void encodeVideo(const ExportVideo& video, std::vector<PlannedSegment>& segments
         lanes.note(text);
     const AVRational base = commonTimeBase(video, segments);
     auto encoder = VideoEncoder::open(look, video, base, frameRateOf(video, segments.front(), base),
-                                      threads > 1 ? threads * 3 / 2 + kMoreEncoderThreads : 1);
+                                      encoderThreads(threads));
     if (!encoder)
         return lanes.fail(encoder.error());
     auto track = (*encoder)->track();
