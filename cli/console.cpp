@@ -77,7 +77,7 @@ void Console::eraseBar() {
     m_barDrawn = false;
 }
 
-void Console::progress(const QString& what, int done, int total, double fraction) {
+void Console::progress(const QString& what, int done, int total, const RunningItems& running) {
     const auto now = std::chrono::steady_clock::now();
     const std::scoped_lock lock(m_mutex);
     if (!m_showsBar || now - m_lastDrawn < kRedrawInterval)
@@ -86,9 +86,9 @@ void Console::progress(const QString& what, int done, int total, double fraction
     const double elapsed = std::chrono::duration<double>(now - m_start).count();
     QString text = total > 0 ? QStringLiteral("%1 %2 of %3").arg(what).arg(done).arg(total)
                              : QStringLiteral("%1 %2").arg(what).arg(done);
-    if (fraction >= 0)
-        text += QStringLiteral(", %1 %").arg(static_cast<int>(fraction * 100));
-    const double finished = done + (fraction > 0 ? fraction : 0);
+    if (running.fraction >= 0)
+        text += QStringLiteral(", %1 %").arg(static_cast<int>(running.fraction * 100));
+    const double finished = done + running.items;
     if (elapsed > 0 && finished > 0)
         text += QStringLiteral(", %1/s").arg(finished / elapsed, 0, 'f', 1);
     if (total > 0 && finished > 0 && finished < total)

@@ -21,6 +21,12 @@ enum ExitStatus : int {
     kTerminated = 143,  ///< SIGTERM
 };
 
+/// How far the items are that are not done yet.
+struct RunningItems {
+    double fraction = -1; ///< of those that run, 0 to 1; below 0 for none
+    double items = 0;     ///< of all of them together: two that are half done are 1
+};
+
 /// Standard error of one run: log lines and, on a terminal, a progress bar below them. Thread-safe.
 class Console {
 public:
@@ -28,9 +34,9 @@ public:
     explicit Console(Detail detail);
     ~Console();
 
-    /// "item k of n, percent, rate, time left"; `fraction` is of the running export, below 0 for
-    /// none. A total of 0 is unknown. Redrawn at most ten times a second.
-    void progress(const QString& what, int done, int total, double fraction = -1);
+    /// "item k of n, percent, rate, time left". A total of 0 is unknown. Redrawn at most ten times
+    /// a second.
+    void progress(const QString& what, int done, int total, const RunningItems& running = {});
     void clearProgress();
 
 private:

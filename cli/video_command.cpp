@@ -72,7 +72,7 @@ int runVideo(const GlobalOptions& global, const VideoOptions& options, Console& 
                                 command.titles().join(QStringLiteral("\", \""))));
             return kWrongUsage;
         }
-        const auto start = [&](const ItemRun& run) -> std::function<double()> {
+        const auto start = [&](const ItemRun& run) -> RunProgressTeller {
             auto jobs = std::make_shared<VideoJobs>(run.handler);
             jobs->protectSources(sourcesOf(run.import));
             (jobs.get()->*command.worker)({title, run.import.localPhotoItemArray(), run.storage,

@@ -131,7 +131,10 @@ int runOverItems(const GlobalOptions& global, const QStringList& paths, const QS
     OutcomeCollector collector;
     const auto progress = start({collector.handler(), import, storage});
     const auto total = static_cast<int>(items.size());
-    collector.waitFor(total, [&](int done) { console.progress(what, done, total, progress()); });
+    collector.waitFor(total, [&](int done) {
+        const metadata::RunProgress running = progress();
+        console.progress(what, done, total, {running.mean(), running.files()});
+    });
     platform::AVAssetExportSession::waitForAllExports();
     console.clearProgress();
     std::vector<WriteOutcome> outcomes = collector.inOrderOf(items);
@@ -142,7 +145,7 @@ int runOverItems(const GlobalOptions& global, const QStringList& paths, const QS
 
 int runWriting(const GlobalOptions& global, const QStringList& paths, const QString& what,
                const StartWriting& start, Console& console) {
-    const auto startAll = [&start](const ItemRun& run) -> std::function<double()> {
+    const auto startAll = [&start](const ItemRun& run) -> RunProgressTeller {
         auto writer = std::make_shared<metadata::VideoMetadata>(run.handler);
         writer->protectSources(sourcesOf(run.import));
         for (const auto& item : run.import.localPhotoItemArray()) {

@@ -24,9 +24,10 @@ struct ItemRun {
     const media::MediaImport& import;
     QString storage; ///< output folder; it exists
 };
-/// Starts the work on all items and returns; answers what tells the progress of what runs, 0 to 1,
-/// below 0 for nothing. The answer owns what must live until all outcomes are there.
-using StartRun = std::function<std::function<double()>(const ItemRun& run)>;
+using RunProgressTeller = std::function<metadata::RunProgress()>;
+/// Starts the work on all items and returns; answers what tells the progress of what runs. The
+/// answer owns what must live until all outcomes are there.
+using StartRun = std::function<RunProgressTeller(const ItemRun& run)>;
 /// The paths of all imported items.
 [[nodiscard]] QStringList sourcesOf(const media::MediaImport& import);
 /// Imports the paths, starts the run, waits for one outcome an item, and reports.

@@ -53,7 +53,7 @@ public:
     [[nodiscard]] AudioMetadata& audio() { return m_audio; }
 
     /// Mean progress of the exports that are running now, 0 to 1; -1 when none is.
-    [[nodiscard]] double runningProgress() const { return m_running->progress(); }
+    [[nodiscard]] RunProgress runningProgress() const { return m_running->progress(); }
     /// Stops this run: what waits or runs ends as Cancelled and leaves no file.
     void cancel() { m_running->cancel(); }
 

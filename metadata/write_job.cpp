@@ -90,12 +90,27 @@ void completeCopy(const WriteJob& job, const AVAssetExportSession& session, cons
 
 } // namespace
 
+double RunProgress::files() const {
+    double sum = 0;
+    for (const Export& running : exports)
+        sum += running.done * running.files;
+    return sum;
+}
+
+double RunProgress::mean() const {
+    int all = 0;
+    for (const Export& running : exports)
+        all += running.files;
+    return all > 0 ? files() / all : -1;
+}
+
 void RunningExports::start(const std::shared_ptr<AVAssetExportSession>& session,
-                           std::function<void()> completionHandler) {
+                           const QString& source, std::function<void()> completionHandler,
+                           int files) {
     {
         const std::lock_guard lock(m_mutex);
-        std::erase_if(m_sessions, [](const auto& ended) { return ended.expired(); });
-        m_sessions.push_back(session);
+        std::erase_if(m_running, [](const Running& ended) { return ended.session.expired(); });
+        m_running.push_back({session, source, files});
         if (m_cancelled)
             session->cancelExport();
     }
@@ -105,23 +120,18 @@ void RunningExports::start(const std::shared_ptr<AVAssetExportSession>& session,
 void RunningExports::cancel() {
     const std::lock_guard lock(m_mutex);
     m_cancelled = true;
-    for (const auto& weak : m_sessions)
-        if (const auto session = weak.lock())
+    for (const Running& running : m_running)
+        if (const auto session = running.session.lock())
             session->cancelExport();
 }
 
-double RunningExports::progress() const {
+RunProgress RunningExports::progress() const {
     const std::lock_guard lock(m_mutex);
-    double sum = 0;
-    int running = 0;
-    for (const auto& weak : m_sessions) {
-        const auto session = weak.lock();
-        if (!session || session->status() != Status::Exporting)
-            continue;
-        sum += session->progress();
-        ++running;
-    }
-    return running > 0 ? sum / running : -1;
+    RunProgress progress;
+    for (const auto& [weak, source, files] : m_running)
+        if (const auto session = weak.lock(); session && session->status() == Status::Exporting)
+            progress.exports.push_back({source, session->progress(), files});
+    return progress;
 }
 
 std::optional<WriteJob> beginJob(const QString& source, const QString& output,
@@ -147,7 +157,8 @@ std::optional<WriteJob> beginJob(const QString& source, const QString& output,
 }
 
 void startSession(const WriteJob& job, const std::shared_ptr<AVAssetExportSession>& session) {
-    job.running->start(session, [session, job] { completeExport(job, *session); });
+    job.running->start(
+        session, job.source, [session, job] { completeExport(job, *session); }, job.files);
 }
 
 void failJob(const WriteJob& job, const QString& reason) {
@@ -169,7 +180,8 @@ void startExport(const WriteJob& job, const AVURLAsset& asset, const VideoPlan& 
 
 void startCopy(const WriteJob& job, NSFileManager::IfExists ifExists, const QString& reason) {
     const auto session = AVAssetExportSession::unchangedCopy(job.source, job.output, ifExists);
-    job.running->start(session, [session, job, reason] { completeCopy(job, *session, reason); });
+    job.running->start(session, job.source,
+                       [session, job, reason] { completeCopy(job, *session, reason); });
 }
 
 } // namespace clipheave::metadata

@@ -14,19 +14,39 @@
 
 namespace clipheave::metadata {
 
+/// How far the exports are that run now, in the order in which they were started.
+struct RunProgress {
+    struct Export {
+        QString source;
+        double done = 0; ///< 0 to 1
+        int files = 1;   ///< how many of the run's files it stands for
+    };
+    std::vector<Export> exports;
+
+    /// Of all together, in files: one that is half done counts 0.5.
+    [[nodiscard]] double files() const;
+    /// 0 to 1; -1 when nothing runs.
+    [[nodiscard]] double mean() const;
+};
+
 /// The exports of one command run, for its progress and its end. Thread-safe.
 class RunningExports {
 public:
-    /// Starts the job; after cancel() it ends as Cancelled at once.
+    /// Starts the export of `source`; after cancel() it ends as Cancelled at once. `files`: how
+    /// many of the run's files it stands for.
     void start(const std::shared_ptr<platform::AVAssetExportSession>& session,
-               std::function<void()> completionHandler);
+               const QString& source, std::function<void()> completionHandler, int files = 1);
     void cancel();
-    /// Mean progress of those that are running now, 0 to 1; -1 when none is.
-    [[nodiscard]] double progress() const;
+    [[nodiscard]] RunProgress progress() const;
 
 private:
     mutable std::mutex m_mutex;
-    std::vector<std::weak_ptr<platform::AVAssetExportSession>> m_sessions;
+    struct Running {
+        std::weak_ptr<platform::AVAssetExportSession> session;
+        QString source;
+        int files;
+    };
+    std::vector<Running> m_running;
     bool m_cancelled = false;
 };
 
@@ -45,6 +65,7 @@ struct WriteJob {
     bool removes = false;
     /// A failed rewrite still delivers the source unchanged; else it leaves no output.
     bool copiesOnFailure = true;
+    int files = 1; ///< how many of the run's files end with it
     /// What a user should know whatever comes of it.
     QStringList notes;
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();

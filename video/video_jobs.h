@@ -51,8 +51,8 @@ public:
     /// The sound stays as a silent track.
     void RemoveAudioMediaFileFileThreader(const VideoJobRequest& request);
 
-    /// Mean progress of the exports that are running now, 0 to 1; -1 when none is.
-    [[nodiscard]] double runningProgress() const { return m_running->progress(); }
+    /// Of the exports that are running now; a merge stands for all its files.
+    [[nodiscard]] metadata::RunProgress runningProgress() const { return m_running->progress(); }
     /// Stops this job: what waits or runs ends as Cancelled and leaves no file.
     void cancel() { m_running->cancel(); }
 

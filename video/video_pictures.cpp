@@ -253,19 +253,20 @@ void VideoJobs::ExtractImagesMediaFileFileThreader(const VideoJobRequest& reques
         const auto session = AVAssetExportSession::rewriting(
             source, appendingPathComponent(request.storagelocation, base),
             [writer](const Progress& progress) { return writer->run(progress); });
-        m_running->start(session, [session, outputs, source, start = Clock::now(),
-                                   handler = m_handler] {
-            WriteOutcome outcome;
-            outcome.source = source;
-            outcome.outputs = *outputs;
-            outcome.status = endOf(*session);
-            outcome.message = outcome.status == WriteStatus::Completed
-                                  ? session->notes().join(QStringLiteral("; "))
-                              : outcome.status == WriteStatus::Failed ? session->error().text()
-                                                                      : QStringLiteral("cancelled");
-            outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
-            handler(outcome);
-        });
+        m_running->start(
+            session, source, [session, outputs, source, start = Clock::now(), handler = m_handler] {
+                WriteOutcome outcome;
+                outcome.source = source;
+                outcome.outputs = *outputs;
+                outcome.status = endOf(*session);
+                outcome.message = outcome.status == WriteStatus::Completed
+                                      ? session->notes().join(QStringLiteral("; "))
+                                  : outcome.status == WriteStatus::Failed
+                                      ? session->error().text()
+                                      : QStringLiteral("cancelled");
+                outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+                handler(outcome);
+            });
     }
 }
 

@@ -265,6 +265,7 @@ void VideoJobs::finishMerge(const QString& output, const std::vector<media::Item
     if (!job)
         return;
     job->copiesOnFailure = false;
+    job->files = static_cast<int>(merged.size());
     auto session = std::make_shared<AVAssetExportSession>(
         composition, preset(AVAssetExportPresetHighestQuality));
     session->setOutputPath(output);

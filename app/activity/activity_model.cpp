@@ -50,29 +50,6 @@ QString timeText(const ActivityJob& job) {
                                           : job.ended.toString(QStringLiteral("HH:mm"));
 }
 
-/// How long the rest takes at the pace so far; empty while that says nothing.
-QString timeLeft(const ActivityJob& job) {
-    constexpr double kTooEarly = 0.02;
-    constexpr qint64 kTooFew = 3; // seconds
-    constexpr double kLongest = 100 * 3600.0;
-    const double done = job.fraction();
-    const qint64 seconds = secondsRunning(job);
-    if (job.state != JobState::Running || done < kTooEarly || seconds < kTooFew)
-        return {};
-    const double left = static_cast<double>(seconds) * (1 - done) / done;
-    return left < kLongest
-               ? ActivityModel::tr("%1 left").arg(clockText(static_cast<qint64>(std::ceil(left))))
-               : QString();
-}
-
-/// While it runs: the file at hand and how long it will go on; afterwards the summary.
-QString resultText(const ActivityJob& job) {
-    const QString left = timeLeft(job);
-    if (left.isEmpty() || job.result.isEmpty())
-        return left + job.result;
-    return job.result + QStringLiteral(", ") + left;
-}
-
 /// "4 done, 1 failed"; what did not happen is left out.
 QString summaryOf(const ActivityJob& job) {
     if (job.finished == 1 && job.failed == 0 && !job.files.empty() &&
@@ -90,6 +67,11 @@ QString summaryOf(const ActivityJob& job) {
     return parts.isEmpty() ? ActivityModel::tr("Nothing to do") : parts.join(QLatin1String(", "));
 }
 
+/// The two are shown alike.
+bool looksLike(const RunningFile& a, const RunningFile& b) {
+    return a.source == b.source && percentOf(a.done) == percentOf(b.done);
+}
+
 template <typename Lines> void keepNewest(Lines& lines) {
     while (lines.size() > ActivityModel::kMostLogLines)
         lines.pop_front();
@@ -101,8 +83,22 @@ double ActivityJob::fraction() const {
     if (state == JobState::Done || state == JobState::Failed)
         return 1;
     if (total <= 0)
-        return state == JobState::Running ? progress : 1;
-    return std::min(1.0, (finished + std::max(0.0, progress)) / total);
+        return state == JobState::Running ? -1 : 1;
+    return reached;
+}
+
+QString ActivityJob::timeLeftText() const {
+    constexpr double kTooEarly = 0.02;
+    constexpr qint64 kTooFew = 3; // seconds
+    constexpr double kLongest = 100 * 3600.0;
+    const double done = fraction();
+    const qint64 seconds = secondsRunning(*this);
+    if (state != JobState::Running || done < kTooEarly || seconds < kTooFew)
+        return {};
+    const double left = static_cast<double>(seconds) * (1 - done) / done;
+    return left < kLongest
+               ? ActivityModel::tr("%1 left").arg(clockText(static_cast<qint64>(std::ceil(left))))
+               : QString();
 }
 
 int ActivityJob::succeeded() const {
@@ -209,9 +205,22 @@ void ActivityModel::trim() {
             removeRowAt(row);
 }
 
+/// What was cancelled is not done: the bar of a cancelled job stays where it was stopped. What ran
+/// a moment ago is in the bar until its end is told.
+void ActivityModel::advance(ActivityJob& job) {
+    if (job.total <= 0)
+        return;
+    double done = job.finished - job.cancelled;
+    for (const RunningFile& file : job.running)
+        done += file.done * file.files;
+    job.reached = std::max(job.reached, std::min(1.0, done / job.total));
+}
+
 void ActivityModel::setTotal(int id, int total) {
     if (ActivityJob* job = find(id)) {
         job->total = std::max(0, total);
+        job->reached = 0;
+        advance(*job);
         changed(*job);
     }
 }
@@ -223,35 +232,39 @@ void ActivityModel::setCanCancel(int id, bool can) {
     }
 }
 
-void ActivityModel::fileStarted(int id, const QString& source) {
-    ActivityJob* job = find(id);
-    if (!job || job->state != JobState::Running)
-        return;
-    job->result = platform::displayPath(platform::lastPathComponent(source));
-    changed(*job);
-}
-
 void ActivityModel::fileFinished(int id, const ActivityFile& file) {
     ActivityJob* job = find(id);
     if (!job)
         return;
     job->files.push_back(file);
     ++job->finished;
-    job->progress = -1;
+    std::erase_if(job->running,
+                  [&file](const RunningFile& other) { return other.source == file.source; });
     const bool first = file.state == FileState::Failed && job->failed == 0;
     job->failed += file.state == FileState::Failed ? 1 : 0;
     job->skipped += file.state == FileState::Skipped ? 1 : 0;
     job->cancelled += file.state == FileState::Cancelled ? 1 : 0;
+    advance(*job);
     changed(*job);
     if (first)
         Q_EMIT firstFailure(id);
 }
 
-void ActivityModel::setProgress(int id, double fraction) {
-    if (ActivityJob* job = find(id)) {
-        job->progress = std::isfinite(fraction) ? std::min(fraction, 1.0) : -1;
-        changed(*job);
-    }
+void ActivityModel::setRunning(int id, std::vector<RunningFile> files) {
+    ActivityJob* job = find(id);
+    if (!job || job->state != JobState::Running)
+        return;
+    const int before = percentOf(job->fraction());
+    const bool same =
+        std::equal(files.begin(), files.end(), job->running.begin(), job->running.end(), looksLike);
+    job->running = std::move(files);
+    advance(*job);
+    if (same && percentOf(job->fraction()) == before)
+        return; // nobody could see it
+    if (!job->running.empty())
+        job->result =
+            platform::displayPath(platform::lastPathComponent(job->running.front().source));
+    changed(*job);
 }
 
 void ActivityModel::endJob(int id, const QString& summary) {
@@ -263,7 +276,7 @@ void ActivityModel::endJob(int id, const QString& summary) {
                                       : JobState::Done;
     job->ended = QDateTime::currentDateTime();
     job->result = summary.isNull() ? summaryOf(*job) : summary;
-    job->progress = -1;
+    job->running.clear();
     job->canCancel = false;
     job->canRetry = job->failed > 0;
     changed(*job);
@@ -349,10 +362,12 @@ QVariant ActivityModel::cellText(const ActivityJob& job, int column, int role) {
         const double fraction = job.fraction();
         if (fraction < 0 || (fraction >= 1 && role == Qt::DisplayRole))
             return QString();
-        return QStringLiteral("%1%").arg(static_cast<int>(fraction * 100));
+        const QString percent = QStringLiteral("%1%").arg(percentOf(fraction));
+        const QString left = role == Qt::DisplayRole ? QString() : job.timeLeftText();
+        return left.isEmpty() ? percent : percent + QLatin1String(", ") + left;
     }
     case ResultColumn:
-        return resultText(job);
+        return job.result;
     case TimeColumn:
         return timeText(job);
     default:

@@ -31,6 +31,18 @@ struct ActivityLogLine {
     bool isError = false;
 };
 
+/// A file that is being written.
+struct RunningFile {
+    QString source;
+    double done = 0; ///< 0 to 1
+    int files = 1;   ///< how many of the job's files it stands for
+};
+
+/// 0 to 100 of a share of 0 to 1; what is not there yet is not said to be.
+[[nodiscard]] inline int percentOf(double share) {
+    return static_cast<int>(share * 100);
+}
+
 /// One row of the panel: an import, a save, a batch command.
 struct ActivityJob {
     int id = 0;
@@ -39,8 +51,9 @@ struct ActivityJob {
     int total = 0; ///< files; 0 while unknown
     int finished = 0;
     int failed = 0, skipped = 0, cancelled = 0; ///< of the finished ones
-    double progress = -1; ///< of the running export, 0 to 1; below 0 when unknown
-    QString result;       ///< while running: the file at hand; afterwards a summary
+    std::vector<RunningFile> running;           ///< in the order in which they were started
+    double reached = 0;                         ///< the most that the job's bar has shown, 0 to 1
+    QString result; ///< while running: the file at hand; afterwards a summary
     QDateTime started, ended;
     std::vector<ActivityFile> files;
     std::deque<ActivityLogLine> log;
@@ -48,8 +61,11 @@ struct ActivityJob {
     bool canRetry = false;
     bool canCancel = false;
 
-    /// Share of the job that is done, 0 to 1; below 0 when nothing is known yet.
+    /// Share of the job that is done, 0 to 1; below 0 when nothing is known yet. Never less than it
+    /// was, unless the total has become another.
     [[nodiscard]] double fraction() const;
+    /// "1:12 left"; empty while its pace says nothing yet, and once it has ended.
+    [[nodiscard]] QString timeLeftText() const;
     /// Files that came out well: neither failed nor skipped nor cancelled.
     [[nodiscard]] int succeeded() const;
     /// It ended and there was nothing for it to do.
@@ -88,10 +104,9 @@ public:
     int beginJob(const QString& title, int total = 0);
     void setTotal(int job, int total);
     void setCanCancel(int job, bool can);
-    void fileStarted(int job, const QString& source);
     void fileFinished(int job, const ActivityFile& file);
-    /// Of the running export, 0 to 1; below 0: unknown.
-    void setProgress(int job, double fraction);
+    /// What is being written now, instead of what was before.
+    void setRunning(int job, std::vector<RunningFile> files);
     /// `summary` null: one is made from the counts.
     void endJob(int job, const QString& summary = {});
     /// A line of the log; `job` 0: of no job.
@@ -126,6 +141,7 @@ private:
     ActivityJob* find(int id);
     [[nodiscard]] int rowOf(int id) const;
     void changed(const ActivityJob& job);
+    static void advance(ActivityJob& job);
     void refresh();
     void removeRowAt(std::size_t row);
     [[nodiscard]] static QVariant cellText(const ActivityJob& job, int column, int role);

@@ -82,6 +82,16 @@ QString fileStateWord(FileState state) {
     return JobFiles::tr("cancelled");
 }
 
+QString nameOfFile(const QString& path) {
+    return platform::displayPath(platform::lastPathComponent(path));
+}
+
+/// "3 of 6 files, 1:12 left".
+QString runningSummary(const ActivityJob& job) {
+    const QString left = job.timeLeftText();
+    return left.isEmpty() ? job.itemsText() : job.itemsText() + QLatin1String(", ") + left;
+}
+
 /// What the file is called now: the result's name once there is one.
 QString shownPath(const ActivityFile& file) {
     return file.outputs.isEmpty() ? file.source : file.outputs.first();
@@ -133,57 +143,107 @@ JobFiles::JobFiles(ActivityModel& model, QObject* parent)
 void JobFiles::setJob(int job) {
     beginResetModel();
     m_job = job;
-    m_rows = 0;
+    m_running = m_ended = 0;
     endResetModel();
     refresh();
 }
 
+void JobFiles::resizeRunning(int rows) {
+    if (rows > m_running) {
+        beginInsertRows({}, m_running, rows - 1);
+        m_running = rows;
+        endInsertRows();
+    } else if (rows < m_running) {
+        beginRemoveRows({}, rows, m_running - 1);
+        m_running = rows;
+        endRemoveRows();
+    }
+}
+
 void JobFiles::refresh() {
     const ActivityJob* job = m_model.job(m_job);
-    const int rows = job ? static_cast<int>(job->files.size()) : 0;
-    if (rows > m_rows) {
-        beginInsertRows({}, m_rows, rows - 1);
-        m_rows = rows;
-        endInsertRows();
-    } else if (rows < m_rows) { // the job was dropped
+    const int ended = job ? static_cast<int>(job->files.size()) : 0;
+    if (ended < m_ended) { // the job was dropped
         beginResetModel();
-        m_rows = rows;
+        m_running = m_ended = 0;
         endResetModel();
     }
+    resizeRunning(job ? static_cast<int>(job->running.size()) : 0);
+    if (m_running > 0)
+        Q_EMIT dataChanged(index(0), index(m_running - 1));
+    if (ended > m_ended) {
+        beginInsertRows({}, m_running + m_ended, m_running + ended - 1);
+        m_ended = ended;
+        endInsertRows();
+    }
+}
+
+const RunningFile* JobFiles::running(int row) const {
+    const ActivityJob* job = m_model.job(m_job);
+    const auto place = static_cast<std::size_t>(row);
+    return job && row >= 0 && row < m_running && place < job->running.size() ? &job->running[place]
+                                                                             : nullptr;
 }
 
 const ActivityFile* JobFiles::file(int row) const {
     const ActivityJob* job = m_model.job(m_job);
-    if (!job || row < 0 || static_cast<std::size_t>(row) >= job->files.size())
-        return nullptr;
-    return &job->files[static_cast<std::size_t>(row)];
+    const auto place = static_cast<std::size_t>(row - m_running);
+    return job && row >= m_running && place < job->files.size() ? &job->files[place] : nullptr;
 }
 
 int JobFiles::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : m_rows;
+    return parent.isValid() ? 0 : m_running + m_ended;
+}
+
+/// There is nothing yet to show of what is being written.
+Qt::ItemFlags JobFiles::flags(const QModelIndex& index) const {
+    const Qt::ItemFlags flags = QAbstractListModel::flags(index);
+    return index.row() < m_running ? flags & ~Qt::ItemIsSelectable : flags;
 }
 
 QVariant JobFiles::data(const QModelIndex& index, int role) const {
+    if (const RunningFile* writing = running(index.row()))
+        return ofRunning(*writing, role);
     const ActivityFile* entry = file(index.row());
-    if (!entry)
-        return {};
-    const QString name = platform::displayPath(platform::lastPathComponent(shownPath(*entry)));
+    return entry ? ofEnded(*entry, role) : QVariant();
+}
+
+QVariant JobFiles::ofRunning(const RunningFile& file, int role) {
+    const QString percent = QStringLiteral("%1%").arg(percentOf(file.done));
     switch (role) {
     case Qt::DisplayRole:
-        return name;
+        return nameOfFile(file.source);
     case Qt::AccessibleTextRole:
-        return QStringList{name, fileStateWord(entry->state), entry->note}.join(
+        return QStringList{nameOfFile(file.source), fileStateWord(FileState::Running), percent}
+            .join(QLatin1String(", "));
+    case Qt::ToolTipRole:
+        return platform::displayPath(file.source);
+    case NoteRole:
+        return percent;
+    case StateRole:
+        return static_cast<int>(FileState::Running);
+    default:
+        return {};
+    }
+}
+
+QVariant JobFiles::ofEnded(const ActivityFile& file, int role) {
+    const QString path = shownPath(file);
+    switch (role) {
+    case Qt::DisplayRole:
+        return nameOfFile(path);
+    case Qt::AccessibleTextRole:
+        return QStringList{nameOfFile(path), fileStateWord(file.state), file.note}.join(
             QLatin1String(", "));
     case Qt::ToolTipRole:
-        return entry->note.isEmpty()
-                   ? platform::displayPath(shownPath(*entry))
-                   : platform::displayPath(shownPath(*entry)) + QLatin1Char('\n') + entry->note;
+        return file.note.isEmpty() ? platform::displayPath(path)
+                                   : platform::displayPath(path) + QLatin1Char('\n') + file.note;
     case NoteRole:
-        if (entry->note.isEmpty() && entry->state != FileState::Done)
-            return fileStateWord(entry->state);
-        return shortNote(*entry);
+        if (file.note.isEmpty() && file.state != FileState::Done)
+            return fileStateWord(file.state);
+        return shortNote(file);
     case StateRole:
-        return static_cast<int>(entry->state);
+        return static_cast<int>(file.state);
     default:
         return {};
     }
@@ -276,7 +336,7 @@ void JobDetails::refresh() {
     // In a narrow window the result gives way first: the table has it too.
     m_title->setMinimumWidth(std::min(m_title->sizeHint().width(), kLeastTitle));
     m_result->setText(!job                              ? tr("No task chosen")
-                      : job->state == JobState::Running ? job->itemsText()
+                      : job->state == JobState::Running ? runningSummary(*job)
                                                         : job->result);
     m_retry->setVisible(job && job->canRetry);
     m_cancel->setVisible(job && job->canCancel);

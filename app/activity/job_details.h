@@ -15,8 +15,10 @@ class LogView;
 class StateIcon;
 class ToneLabel;
 struct ActivityFile;
+struct RunningFile;
 
-/// The files of one job. A job's files only ever grow at the end.
+/// The files of one job: those that are being written, then those that have ended, which only ever
+/// grow at the end.
 class JobFiles : public QAbstractListModel {
     Q_OBJECT
 public:
@@ -26,15 +28,23 @@ public:
     void setJob(int job);
     /// Takes over what was added since.
     void refresh();
+    /// Null for one that is being written.
     [[nodiscard]] const ActivityFile* file(int row) const;
+    /// Null for one that has ended.
+    [[nodiscard]] const RunningFile* running(int row) const;
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+    [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 private:
+    void resizeRunning(int rows);
+    [[nodiscard]] static QVariant ofRunning(const RunningFile& file, int role);
+    [[nodiscard]] static QVariant ofEnded(const ActivityFile& file, int role);
+
     ActivityModel& m_model;
     int m_job = 0;
-    int m_rows = 0;
+    int m_running = 0, m_ended = 0; ///< rows
 };
 
 /// The right side of the panel: what became of each file of the chosen job and what was logged.

@@ -64,6 +64,13 @@ QString titleOfJob(AppDelegate::JobKind kind) {
     }
 }
 
+std::vector<RunningFile> runningFiles(const metadata::RunProgress& progress) {
+    std::vector<RunningFile> files;
+    for (const auto& [source, done, count] : progress.exports)
+        files.push_back({source, done, count});
+    return files;
+}
+
 } // namespace
 
 void AppDelegate::SaveMeidaFileChangesAction() {
@@ -208,7 +215,7 @@ void AppDelegate::watchProgress(const std::shared_ptr<WriteRun>& run) {
         if (run->left == 0)
             timer->deleteLater();
         else
-            m_activity->setProgress(run->job, run->progress());
+            m_activity->setRunning(run->job, runningFiles(run->progress()));
     });
     timer->start(kProgressInterval);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/AppDelegate.h"
+#include "metadata/write_job.h"
 
 #include <QSet>
 
@@ -16,7 +17,7 @@ struct AppDelegate::WriteRun {
     bool tellsSizes = false; ///< the job is about sizes: its summary tells them
     std::uint64_t bytesBefore = 0, bytesAfter = 0; ///< of what came out well
     QSet<QString> sources;
-    std::function<double()> progress = [] { return -1.0; };
+    std::function<metadata::RunProgress()> progress = [] { return metadata::RunProgress(); };
     std::function<void()> cancel = [] {};
 };
 

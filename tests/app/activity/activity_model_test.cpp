@@ -26,8 +26,6 @@ TEST(ActivityModel, CountsJobsAndNamesTheirItems) {
     model.fileFinished(good, fileIn(FileState::Done));
     EXPECT_EQ(cell(model, 2, ActivityModel::ItemsColumn), QStringLiteral("1 of 2 files"));
     EXPECT_EQ(cell(model, 2, ActivityModel::ProgressColumn), QStringLiteral("50%"));
-    model.setProgress(good, 0.5);
-    EXPECT_EQ(cell(model, 2, ActivityModel::ProgressColumn), QStringLiteral("75%"));
     model.fileFinished(good, fileIn(FileState::Done));
     model.endJob(good);
     model.fileFinished(bad, fileIn(FileState::Done));
@@ -67,15 +65,43 @@ TEST(ActivityModel, EndsAJobOnceAndSaysWhatBecameOfIt) {
     model.endJob(cancelled);
     const ActivityJob* job = model.job(cancelled);
     EXPECT_EQ(job->state, JobState::Cancelled);
-    EXPECT_DOUBLE_EQ(job->fraction(), 0.5) << "the bar stays where it was stopped";
+    EXPECT_DOUBLE_EQ(job->fraction(), 0.25) << "the bar stays where it was stopped";
     EXPECT_FALSE(job->canCancel);
 
     const int own = model.beginJob(QStringLiteral("Import"));
-    model.setProgress(own, std::nan(""));
     EXPECT_LT(model.job(own)->fraction(), 0) << "unknown";
     model.endJob(own, QStringLiteral("3 files added"));
     EXPECT_EQ(model.job(own)->result, QStringLiteral("3 files added"));
     EXPECT_EQ(model.job(own)->fraction(), 1);
+}
+
+TEST(ActivityModel, EveryFileThatRunsCountsByItself) {
+    ActivityModel model;
+    const int id = model.beginJob(QStringLiteral("Convert to MP4"), 8);
+    const ActivityJob* job = model.job(id);
+    model.fileFinished(id, fileIn(FileState::Done));
+    const std::vector<RunningFile> four{{QStringLiteral("/in/b.mov"), 0.5},
+                                        {QStringLiteral("/in/c.mov"), 0.75},
+                                        {QStringLiteral("/in/d.mov"), 0.5},
+                                        {QStringLiteral("/in/e.mov"), 0.25}};
+    model.setRunning(id, four);
+    EXPECT_DOUBLE_EQ(job->fraction(), 3.0 / 8);
+    EXPECT_EQ(cell(model, 0, ActivityModel::ProgressColumn), QStringLiteral("37%"));
+    EXPECT_EQ(cell(model, 0, ActivityModel::ResultColumn), QStringLiteral("b.mov"))
+        << "what is at hand, and nothing else";
+    // An export has ended and nobody has told it yet; then its file is there.
+    model.setRunning(id, {four[0], four[2], four[3]});
+    EXPECT_DOUBLE_EQ(job->fraction(), 3.0 / 8) << "never backwards";
+    model.fileFinished(id, {QStringLiteral("/in/c.mov"), {}, FileState::Done, {}});
+    EXPECT_DOUBLE_EQ(job->fraction(), 3.25 / 8);
+    // A merge is one export of all files.
+    const int merge = model.beginJob(QStringLiteral("Merge"), 3);
+    model.setRunning(merge, {{QStringLiteral("/in/a.mov"), 0.5, 3}});
+    EXPECT_DOUBLE_EQ(model.job(merge)->fraction(), 0.5);
+
+    QSignalSpy changes(&model, &ActivityModel::jobChanged);
+    model.setRunning(merge, {{QStringLiteral("/in/a.mov"), 0.501, 3}});
+    EXPECT_EQ(changes.count(), 0) << "nobody could see the difference";
 }
 
 TEST(ActivityModel, KeepsTheNewestJobsAndEveryRunningOne) {
@@ -122,7 +148,7 @@ TEST(ActivityModel, GathersRepaintsAndSendsTheLastAtOnce) {
     EXPECT_EQ(repaints.count(), 0);
     EXPECT_TRUE(repaints.wait(500));
     EXPECT_EQ(repaints.count(), 1);
-    model.setProgress(job, 0.1);
+    model.setRunning(job, {{QStringLiteral("/in/b.mov"), 0.5}});
     model.endJob(job);
     EXPECT_EQ(repaints.count(), 2) << "an end is seen at once";
     EXPECT_FALSE(repaints.wait(120)) << "and nothing is left over";

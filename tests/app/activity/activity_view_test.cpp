@@ -253,6 +253,35 @@ TEST_F(ActivityViews, DetailsShowFilesWithReasonsAndActOnThem) {
     EXPECT_EQ(files->rowCount(), 1);
 }
 
+TEST_F(ActivityViews, DetailsShowHowFarEachExportIs) {
+    const int job = model.beginJob(QStringLiteral("Convert to MP4"), 4);
+    bar->toggle();
+    const auto* files = part<QListView>("jobFiles")->model();
+    const auto shown = [&] {
+        settle();
+        QStringList rows;
+        for (int row = 0; row < files->rowCount(); ++row)
+            rows += files->index(row, 0).data().toString() + u' ' +
+                    files->index(row, 0).data(JobFiles::NoteRole).toString();
+        return rows.join(u", ");
+    };
+    const QString a = QStringLiteral("/in/a.mov"), b = QStringLiteral("/in/b.mov");
+    model.setRunning(job, {{a, 0.1}, {b, 0.2}});
+    EXPECT_EQ(shown(), u"a.mov 10%, b.mov 20%");
+    EXPECT_FALSE(files->index(0, 0).flags().testFlag(Qt::ItemIsSelectable));
+    model.fileFinished(job, {a, {QStringLiteral("/out/a.mp4")}, FileState::Done, {}});
+    model.setRunning(job, {{b, 0.6}});
+    EXPECT_EQ(shown(), u"b.mov 60%, a.mp4 ");
+    part<QListView>("jobFiles")->setCurrentIndex(files->index(1, 0));
+    model.fileFinished(job, {b, {}, FileState::Failed, QStringLiteral("no film")});
+    EXPECT_EQ(shown(), u"a.mp4 , b.mov no film");
+    EXPECT_EQ(part<QListView>("jobFiles")->currentIndex().row(), 0) << "the same file as before";
+    model.clearFinished();
+    model.endJob(job);
+    model.clearFinished();
+    EXPECT_EQ(shown(), QString());
+}
+
 TEST(LogLines, FollowsALogThatLosesItsOldestLines) {
     std::deque<ActivityLogLine> log;
     LogLines lines([&log] { return &log; });
