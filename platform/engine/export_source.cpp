@@ -38,9 +38,12 @@ InputLimits readingOf(FileReader& reader) {
     return limits;
 }
 
+bool hasSampleTable(const AVFormatContext& context) {
+    return QByteArray(context.iformat->name).startsWith("mov,");
+}
+
 bool hasExactIndex(const AVFormatContext& context) {
-    const QByteArray name(context.iformat->name);
-    return name.startsWith("mov,") || name.startsWith("matroska,");
+    return hasSampleTable(context) || QByteArray(context.iformat->name).startsWith("matroska,");
 }
 
 } // namespace
@@ -95,9 +98,18 @@ std::optional<Ticks> ExportSource::time(std::int64_t timestamp) const {
     return ticks ? std::optional(*ticks - m_origin) : std::nullopt;
 }
 
+bool ExportSource::isPieceOfStream() const {
+    const int count = hasSampleTable(context()) ? avformat_index_get_entries_count(m_stream) : 0;
+    const AVIndexEntry* first = avformat_index_get_entry(m_stream, 0);
+    const AVIndexEntry* last = avformat_index_get_entry(m_stream, count - 1);
+    return count > 0 && first != nullptr && last != nullptr && first->timestamp > 0 &&
+           m_stream->duration > last->timestamp;
+}
+
 std::optional<Ticks> ExportSource::announcedEnd() const {
     const bool estimated = context().duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
-    if (estimated || m_stream->start_time == kNoTimestamp || m_stream->duration <= 0)
+    if (estimated || isPieceOfStream() || m_stream->start_time == kNoTimestamp ||
+        m_stream->duration <= 0)
         return std::nullopt;
     const auto start = time(m_stream->start_time);
     const auto length = ticksOf(m_stream->duration, m_stream->time_base);
@@ -134,7 +146,7 @@ bool ExportSource::rewind() {
 }
 
 Result<void> ExportSource::checkComplete() const {
-    if (!QByteArray(context().iformat->name).startsWith("mov,"))
+    if (!hasSampleTable(context()))
         return {};
     const auto size = static_cast<std::int64_t>(m_reader.size());
     const int count = avformat_index_get_entries_count(m_stream);

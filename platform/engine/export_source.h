@@ -20,6 +20,9 @@ public:
     [[nodiscard]] AVStream& stream() const { return *m_stream; }
     [[nodiscard]] const AVCodecParameters& codec() const { return *m_stream->codecpar; }
     [[nodiscard]] std::optional<Ticks> time(std::int64_t timestamp) const;
+    /// Fragments cut out of a longer stream: the times begin far from zero, and what the headers
+    /// give as the length counts from zero or is that of the whole stream.
+    [[nodiscard]] bool isPieceOfStream() const;
     /// End of the stream as the headers tell it; none where they do not.
     [[nodiscard]] std::optional<Ticks> announcedEnd() const;
     /// The next packet of the stream, AVERROR_EOF at the end. Unreadable pieces are jumped over.

@@ -97,7 +97,8 @@ Result<void> VideoSegmentReader::checkBreak(Ticks end) {
     const AVFormatContext& context = m_source->context();
     const auto track = m_source->announcedEnd();
     auto announced = track;
-    if (!track && context.duration_estimation_method == AVFMT_DURATION_FROM_STREAM)
+    if (!track && !m_source->isPieceOfStream() &&
+        context.duration_estimation_method == AVFMT_DURATION_FROM_STREAM)
         announced = ticksOf(context.duration, AV_TIME_BASE_Q);
     if (!announced)
         return {};

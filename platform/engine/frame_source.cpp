@@ -19,8 +19,10 @@ constexpr std::int64_t kProbeFilmBytes = 16 << 20;
 constexpr int kMostPacketsWithoutFrame = 20000;
 /// Other readers round the duration of a file in other ways.
 constexpr double kDurationRounding = 0.001;
-/// A film may end a little before its file: its last picture stays for so long.
-constexpr double kLastPictureStays = 1;
+/// Of a picture that tells no duration, in a film that tells no rate, in seconds.
+constexpr double kUnknownDuration = 1;
+/// A picture that claims to stay longer, in seconds, is damage.
+constexpr double kLongestPicture = 60;
 /// Ways back from a place where nothing can be decoded in time, in seconds.
 constexpr double kWaysBack[] = {0, 1, 4, 15};
 
@@ -60,6 +62,17 @@ QSize squareSize(AVFormatContext& context, AVStream& film) {
     };
     const QSize size(side(width), side(height));
     return quarterTurnOf(film).swapsSides() ? size.transposed() : size;
+}
+
+/// How long a picture is shown, in the film's units: as it says, else as films of this rate do.
+std::int64_t shownFor(const AVFrame& frame, const AVStream& film) {
+    const double unit = seconds(film.time_base);
+    if (frame.pkt_duration > 0 && static_cast<double>(frame.pkt_duration) * unit <= kLongestPicture)
+        return frame.pkt_duration;
+    const bool isAverage = film.avg_frame_rate.num > 0;
+    const double rate = seconds(isAverage ? film.avg_frame_rate : film.r_frame_rate);
+    const double usual = rate > 1 / kLongestPicture ? 1 / rate : kUnknownDuration;
+    return std::max<std::int64_t>(std::llround(usual / unit), 1);
 }
 
 /// Time of the film that is second 0 of the file's presentation.
@@ -176,11 +189,7 @@ std::optional<std::int64_t> DecodedFilm::filmTime(CMTime time) const {
 }
 
 bool DecodedFilm::isBeyondEnd(std::int64_t wanted) const {
-    std::int64_t over = 0;
-    if (m_end == kNoTimestamp || wanted < m_end)
-        return false;
-    return __builtin_sub_overflow(wanted, m_end, &over) ||
-           static_cast<double>(over) * seconds(m_film->time_base) > kLastPictureStays;
+    return m_end != kNoTimestamp && wanted >= m_end;
 }
 
 bool DecodedFilm::mustGoBack(std::int64_t wanted) const {
@@ -197,8 +206,7 @@ void DecodedFilm::take(std::int64_t wanted) {
     shown.time = time != kNoTimestamp ? time : m_count > 1 ? m_lastEnd : m_start;
     if (m_current.frame != nullptr)
         shown.time = std::max(shown.time, m_current.time);
-    if (__builtin_add_overflow(shown.time, std::max<std::int64_t>(frame.pkt_duration, 1),
-                               &m_lastEnd))
+    if (__builtin_add_overflow(shown.time, shownFor(frame, *m_film), &m_lastEnd))
         m_lastEnd = shown.time;
     if (m_isFromStart && m_first == kNoTimestamp)
         m_first = shown.time;

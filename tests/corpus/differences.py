@@ -148,19 +148,6 @@ The payload that the movie header points to is cut off, or there is no header.
 
 # The video jobs: "file job what". Films of the corpus and made ones.
 VIDEO_JOBS = """
-Cut out of a stream: its times begin at 10 s, its length is counted from 0, and the last picture stands for the rest.
-  video/mp4ff__cbcsdec.mp4 rotate90 duration
-  video/mp4ff__cbcsdec.mp4 gif pictures
-  video/mp4ff__cbcsdec.mp4 frames pictures
-The film ends before its header says; the last picture is taken once or twice more.
-  made/million-seconds.mp4 gif pictures
-  made/million-seconds.mp4 frames pictures
-  video/XMP-Toolkit-SDK__BlueSquare.avi gif pictures
-  video/XMP-Toolkit-SDK__BlueSquare.avi frames pictures
-  video/exiftool__Flash.flv gif pictures
-  video/exiftool__Flash.flv frames pictures
-  video/music-metadata__matroska-test-w1-test5-short.mkv gif pictures
-  video/music-metadata__matroska-test-w1-test5-short.mkv frames pictures
 Another program writes these old codings into QuickTime, where players do not show them; here they are refused.
   made/odd.mkv slow failed
   made/odd.mkv mov failed

@@ -2,6 +2,7 @@
 #include "tests/platform/engine/export_fixture.h"
 
 #include <QFileInfo>
+#include <QtEndian>
 
 namespace clipheave::platform {
 
@@ -215,6 +216,26 @@ TEST_F(ExportVideoTest, CutsToTheFrameAndStretchesTime) {
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "6.000000,75");
     EXPECT_EQ(ffprobe(m_out, "a", "stream=duration"), "6.000000");
+}
+
+TEST_F(ExportVideoTest, APieceOfAStreamEndsWithItsLastPicture) {
+    const QString film = make(
+        "whole.mp4", "-an -c:v libx264 -g 25 -bf 0 -movflags frag_keyframe+empty_moov -shortest");
+    QByteArray piece = testkit::TempDir::read(film);
+    constexpr std::int64_t kUnits = 12800; // a second
+    for (auto at = piece.indexOf("tfdt"); at > 0; at = piece.indexOf("tfdt", at + 4)) {
+        const auto time = qFromBigEndian<std::int64_t>(piece.constData() + at + 8);
+        piece.replace(at + 8, 8, testkit::be(static_cast<std::uint64_t>(time + 10 * kUnits), 8));
+    }
+    QByteArray ofWhole = piece; // whose header tells the length of the stream that it was cut from
+    ofWhole.replace(ofWhole.indexOf("mdhd") + 20, 4, testkit::be(48 * kUnits, 4));
+    for (const QByteArray& bytes : {piece, ofWhole}) {
+        const QString source = m_dir.write(QStringLiteral("piece.mp4"), bytes);
+        ExportPlan plan = planFor(source, 20);
+        plan.sound.reset();
+        exported(plan);
+        EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "3.000000,75");
+    }
 }
 
 TEST_F(ExportVideoTest, GivesRealFilesTheirWholeLength) {

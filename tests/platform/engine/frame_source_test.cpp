@@ -155,14 +155,14 @@ TEST_F(FrameSourceTest, EndsWhereTheFilmEnds) {
         EXPECT_EQ(beyond.error().code, ErrorCode::InvalidArgument);
     }
     EXPECT_EQ(number(frames->frameAt({1, 1})), 25); // usable afterwards
-    // Sound that lasts longer: the last picture stays for a moment, then there is no film.
+    // Sound that lasts longer: there is no film then.
     const QString longer = m_dir.path(QStringLiteral("longer.mp4"));
     ffmpeg(
         QStringLiteral("-i %1 -f lavfi -i sine=d=9 -map 0 -map 1 -c:v copy %2").arg(path, longer));
     const auto film = open(longer);
     ASSERT_TRUE(film);
-    EXPECT_EQ(number(film->frameAt({65, 10})), 149);
-    EXPECT_EQ(number(film->frameAt({8, 1})), -1);
+    EXPECT_EQ(number(film->frameAt({599, 100})), 149);
+    EXPECT_EQ(number(film->frameAt({6, 1})), -1);
 }
 
 TEST_F(FrameSourceTest, ShowsShapesAndColoursAsTheyAreMeant) {
@@ -302,7 +302,7 @@ TEST_F(FrameSourceTest, ReadsRealFilms) {
         if (!size.isEmpty()) {
             EXPECT_EQ(frames->size(), size) << name;
         }
-        for (const double second : {0.0, 0.05, 0.1, frames->durationSeconds() - 0.02}) {
+        for (const double second : {0.0, 0.05, 0.1, begins.back() + 0.001}) {
             const auto picture = frames->frameAt(CMTimeMakeWithSeconds(second, 1'000'000));
             ASSERT_TRUE(picture) << name << second << picture.error().text().toStdString();
             EXPECT_NEAR(CMTimeGetSeconds(frames->shownTime()),
