@@ -19,6 +19,7 @@ const char* muxerName(ExportContainer container) {
     case ExportContainer::QuickTimeMovie:
         return "mov";
     case ExportContainer::M4A:
+    case ExportContainer::M4V:
         return "ipod";
     case ExportContainer::Mp4:
         break;

@@ -179,6 +179,14 @@ QByteArray toneMapText(int width, int height, const PictureShape& shape) {
 
 } // namespace
 
+PictureLook standardLook(int width, int height) {
+    PictureLook look;
+    look.width = evenSide(width);
+    look.height = evenSide(height);
+    takeStandardRange(look);
+    return look;
+}
+
 bool isHighDynamicRange(AVColorTransferCharacteristic transfer) {
     return transfer == AVCOL_TRC_SMPTE2084 || transfer == AVCOL_TRC_ARIB_STD_B67;
 }

@@ -37,6 +37,9 @@ struct PictureShape {
 [[nodiscard]] PictureLook lookOf(const ExportVideo& video,
                                  const std::vector<PlannedSegment>& segments, QStringList& notes);
 
+/// Eight bits and BT.709; sides that are odd lose a line.
+[[nodiscard]] PictureLook standardLook(int width, int height);
+
 [[nodiscard]] bool isHighDynamicRange(AVColorTransferCharacteristic transfer);
 
 /// The filters, as libavfilter reads them, that make `look` of pictures of `shape`, turned

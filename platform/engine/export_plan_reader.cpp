@@ -166,21 +166,6 @@ Result<void> checkSound(const ExportSound& sound) {
     return {};
 }
 
-/// The date in the movie header of a file; empty when there is none.
-QByteArray creationTimeOf(const QString& path) {
-    if (path.isEmpty())
-        return {};
-    Result<FileReader> reader = FileReader::open(path);
-    if (!reader)
-        return {};
-    const auto input = FileInput::open(*reader, InputLimits());
-    if (!input)
-        return {};
-    const AVDictionaryEntry* entry =
-        av_dict_get((*input)->context()->metadata, "creation_time", nullptr, 0);
-    return entry != nullptr ? QByteArray(entry->value) : QByteArray();
-}
-
 Result<void> readSound(const ExportPlan& plan, PlannedExport& planned) {
     if (auto valid = checkSound(*plan.sound); !valid)
         return valid;
@@ -200,6 +185,20 @@ Result<void> readSound(const ExportPlan& plan, PlannedExport& planned) {
 }
 
 } // namespace
+
+QByteArray creationTimeOf(const QString& path) {
+    if (path.isEmpty())
+        return {};
+    Result<FileReader> reader = FileReader::open(path);
+    if (!reader)
+        return {};
+    const auto input = FileInput::open(*reader, InputLimits());
+    if (!input)
+        return {};
+    const AVDictionaryEntry* entry =
+        av_dict_get((*input)->context()->metadata, "creation_time", nullptr, 0);
+    return entry != nullptr ? QByteArray(entry->value) : QByteArray();
+}
 
 Result<PlannedExport> readExportPlan(const ExportPlan& plan) {
     PlannedExport planned;

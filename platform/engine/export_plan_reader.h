@@ -41,6 +41,9 @@ struct PlannedExport {
 /// or there is no decoder for it.
 [[nodiscard]] Result<PlannedExport> readExportPlan(const ExportPlan& plan);
 
+/// The date in the movie header of a file; empty when there is none.
+[[nodiscard]] QByteArray creationTimeOf(const QString& path);
+
 /// The source of a segment, opened unless it is still open.
 [[nodiscard]] Result<std::unique_ptr<ExportSource>> openSegment(PlannedSegment& segment,
                                                                 AVMediaType type);

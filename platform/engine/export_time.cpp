@@ -2,8 +2,16 @@
 #include "platform/engine/export_time.h"
 
 #include <cstdlib>
+#include <numeric>
 
 namespace clipheave::platform {
+
+namespace {
+
+constexpr std::int64_t kMostUnits = 360'000;
+constexpr AVRational kCommonBase{1, 90'000}; ///< where the times have no finer one in common
+
+} // namespace
 
 std::optional<Ticks> ticksOf(std::int64_t timestamp, AVRational base) {
     if (timestamp == kNoTimestamp || base.num <= 0 || base.den <= 0)
@@ -28,6 +36,20 @@ std::int64_t ticksToUnits(Ticks time, std::int64_t unitsPerSecond) {
 
 double ticksToSeconds(Ticks time) {
     return static_cast<double>(time) / static_cast<double>(kTicksPerSecond);
+}
+
+AVRational wholeTimeBase(const std::vector<std::int64_t>& units, std::int64_t least) {
+    std::int64_t common = 1;
+    for (const std::int64_t each : units) {
+        if (each <= 0 || each > kMostUnits)
+            return kCommonBase;
+        common = std::lcm(common, each);
+        if (common > kMostUnits)
+            return kCommonBase;
+    }
+    while (common < least)
+        common *= 2;
+    return {1, static_cast<int>(common)};
 }
 
 std::optional<Stretch> Stretch::of(CMTimeRange source, CMTimeRange target) {

@@ -5,6 +5,7 @@
 #include "platform/media/model/cm_time.h"
 
 #include <optional>
+#include <vector>
 
 namespace clipheave::platform {
 
@@ -26,6 +27,12 @@ inline constexpr Ticks kLongestFiller = kTicksPerSecond * 3600 * 12;
 [[nodiscard]] std::int64_t ticksTo(Ticks time, AVRational base); ///< to the nearest
 [[nodiscard]] std::int64_t ticksToUnits(Ticks time, std::int64_t unitsPerSecond);
 [[nodiscard]] double ticksToSeconds(Ticks time);
+
+/// Units in a second of an output film's time base, at least.
+inline constexpr std::int64_t kLeastFilmUnits = 12'000;
+/// A time base in which all of these are whole, each given by its units in a second, and as fine as
+/// `least`; 1/90000 where that would be too fine.
+[[nodiscard]] AVRational wholeTimeBase(const std::vector<std::int64_t>& units, std::int64_t least);
 
 /// A stretch of a source and its place in the output.
 struct Stretch {

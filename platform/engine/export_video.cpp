@@ -5,68 +5,15 @@
 #include "platform/engine/export_video_reader.h"
 
 #include <algorithm>
-#include <numeric>
 #include <thread>
 
 namespace clipheave::platform {
 
 namespace {
 
-/// Pictures between the filters and the encoder: enough to keep both at work, few for their size.
-constexpr std::size_t kMostPictures = 3;
-constexpr std::chrono::milliseconds kStopPatience{50};
-/// Threads beyond those that the encoder would choose: its pictures wait for each other, and with
-/// these no core does. Worth 5 to 8 % of the time on two cores, for 5 % more memory each.
-constexpr int kMoreEncoderThreads = 2;
-/// Of an export beside others: one that outlasts them shall not be left on one core.
-constexpr int kLeastEncoderThreads = 4;
 /// Black that is not repeated is still told this often, for players to jump into.
 constexpr Ticks kBlackPiece = kTicksPerSecond * 10;
-constexpr std::int64_t kLeastUnits = 12'000; ///< of a film's time base in a second
-constexpr std::int64_t kLeastScaledUnits = 90'000;
-constexpr std::int64_t kMostUnits = 360'000;
-constexpr AVRational kCommonBase{1, 90'000}; ///< where the sources have no finer one in common
-
-/// Pictures on their way to the encoder.
-class PictureQueue {
-public:
-    explicit PictureQueue(const ExportLanes& lanes) : m_lanes(lanes) {}
-
-    bool push(StampedPicture picture) {
-        std::unique_lock lock(m_mutex);
-        while (m_pictures.size() >= kMostPictures && !m_lanes.stopped())
-            m_changed.wait_for(lock, kStopPatience);
-        if (m_lanes.stopped())
-            return false;
-        m_pictures.push_back(std::move(picture));
-        m_changed.notify_all();
-        return true;
-    }
-    void close() {
-        const std::lock_guard lock(m_mutex);
-        m_closed = true;
-        m_changed.notify_all();
-    }
-    /// None at the end.
-    std::optional<StampedPicture> pop() {
-        std::unique_lock lock(m_mutex);
-        while (m_pictures.empty() && !m_closed && !m_lanes.stopped())
-            m_changed.wait_for(lock, kStopPatience);
-        if (m_pictures.empty() || m_lanes.stopped())
-            return std::nullopt;
-        StampedPicture picture = std::move(m_pictures.front());
-        m_pictures.pop_front();
-        m_changed.notify_all();
-        return picture;
-    }
-
-private:
-    const ExportLanes& m_lanes;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::deque<StampedPicture> m_pictures;
-    bool m_closed = false;
-};
+constexpr std::int64_t kLeastScaledUnits = 90'000; ///< of a time base in a second
 
 /// A time base in which the times of all segments are whole, where there is one.
 AVRational commonTimeBase(const ExportVideo& video, const std::vector<PlannedSegment>& segments) {
@@ -76,20 +23,13 @@ AVRational commonTimeBase(const ExportVideo& video, const std::vector<PlannedSeg
                   INT_MAX);
         return base;
     }
-    std::int64_t units = 1;
+    std::vector<std::int64_t> units;
     bool scaled = false;
     for (const PlannedSegment& segment : segments) {
-        const AVRational base = segment.facts->timeBase;
-        if (base.den <= 0 || base.den > kMostUnits)
-            return kCommonBase;
+        units.push_back(segment.facts->timeBase.den);
         scaled = scaled || segment.stretch.speed() != 1;
-        units = std::lcm(units, static_cast<std::int64_t>(base.den));
-        if (units > kMostUnits)
-            return kCommonBase;
     }
-    while (units < (scaled ? kLeastScaledUnits : kLeastUnits))
-        units *= 2;
-    return {1, static_cast<int>(units)};
+    return wholeTimeBase(units, scaled ? kLeastScaledUnits : kLeastFilmUnits);
 }
 
 AVRational frameRateOf(const ExportVideo& video, const PlannedSegment& first, AVRational base) {
@@ -205,28 +145,6 @@ Result<void> PictureFeeder::feedSegment(PlannedSegment& segment) {
     return checked(m_placed < 0 ? m_placed : code, segment.path);
 }
 
-int encoderThreads(int threads) {
-    const int cores = static_cast<int>(std::max(std::thread::hardware_concurrency(), 1U));
-    return threads > 1 ? threads * 3 / 2 + kMoreEncoderThreads
-                       : std::min(cores, kLeastEncoderThreads);
-}
-
-void encodePictures(VideoEncoder& encoder, PictureQueue& queue, ExportLanes& lanes,
-                    std::size_t lane) {
-    const auto sink = [&](Packet packet) { return lanes.push(lane, std::move(packet)); };
-    int code = 0;
-    while (code >= 0) {
-        auto picture = queue.pop();
-        if (!picture)
-            break;
-        code = encoder.encode(&*picture, sink);
-    }
-    if (code >= 0 && !lanes.stopped())
-        code = encoder.encode(nullptr, sink);
-    if (code < 0 && code != AVERROR_EXIT)
-        lanes.fail({ErrorCode::Io, QStringLiteral("encode the film"), {}, ffmpegText(code)});
-}
-
 } // namespace
 
 void encodeVideo(const ExportVideo& video, std::vector<PlannedSegment>& segments, int threads,
@@ -251,7 +169,7 @@ void encodeVideo(const ExportVideo& video, std::vector<PlannedSegment>& segments
             track->sideData.push_back(data);
     if (!lanes.announce(lane, std::move(*track)))
         return;
-    PictureQueue queue(lanes);
+    PictureQueue queue(kMostWaitingPictures, [&lanes] { return lanes.stopped(); });
     PictureFeeder feeder(video, segments, look, base, threads, lanes, queue);
     std::thread reading([&] { feeder.run(); });
     encodePictures(**encoder, queue, lanes, lane);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/engine/bounded_queue.h"
 #include "platform/engine/export_picture_filter.h"
 
 #include <map>
@@ -49,5 +50,18 @@ private:
     PictureLook m_look;
     std::map<std::int64_t, std::int64_t> m_durations; ///< by time stamp, of pictures inside
 };
+
+/// Pictures on their way to the encoder.
+using PictureQueue = BoundedQueue<StampedPicture>;
+/// Pictures between the filters and the encoder: enough to keep both at work, few for their size.
+inline constexpr std::size_t kMostWaitingPictures = 3;
+
+/// Threads of an encoder in an export that has `threads`.
+[[nodiscard]] int encoderThreads(int threads);
+
+/// Encodes what the queue gives into a lane, until its end or the lanes' stop; a failure is told to
+/// the lanes.
+void encodePictures(VideoEncoder& encoder, PictureQueue& queue, ExportLanes& lanes,
+                    std::size_t lane);
 
 } // namespace clipheave::platform

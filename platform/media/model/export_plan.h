@@ -63,7 +63,7 @@ struct ExportSound {
     double volume = 1;             ///< factor for all of it; other than 1 needs Encode
 };
 
-enum class ExportContainer { QuickTimeMovie, Mp4, M4A };
+enum class ExportContainer { QuickTimeMovie, Mp4, M4A, M4V };
 
 struct ExportPlan {
     std::optional<ExportVideo> video;
