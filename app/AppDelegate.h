@@ -219,7 +219,7 @@ private:
     void runImport(const QStringList& paths, bool photos);
     void appendNewItem(int job, const media::ItemPointer& item);
     void finishImport(const media::MediaImport& import, int job);
-    [[nodiscard]] static QString importSummary(int added, int failed);
+    [[nodiscard]] static QString importSummary(int added, int failed, int skipped);
     [[nodiscard]] std::vector<media::ItemPointer> selectedItems() const;
     struct WriteRun;
     /// The run of a job that tells an outcome an item; `outcomesTo` is what to give its writer.

@@ -84,6 +84,17 @@ WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped) {
     return outcome;
 }
 
+std::vector<media::SkippedPath> leftOut(const media::MediaImport& import) {
+    std::vector<media::SkippedPath> paths = import.skipped();
+    paths.insert(paths.end(), import.unknown().begin(), import.unknown().end());
+    return paths;
+}
+
+void reportUnknown(const media::MediaImport& import) {
+    for (const media::SkippedPath& unknown : import.unknown())
+        printError(QStringLiteral("%1: skipped: %2").arg(unknown.path, unknown.reason));
+}
+
 int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>& outcomes,
                    bool allImported) {
     bool allDone = allImported;
@@ -118,8 +129,11 @@ int runOverItems(const GlobalOptions& global, const QStringList& paths, const QS
     import.setStopRequested(&isInterrupted);
     import.importMediaItemsThreader(paths);
     const auto& items = import.localPhotoItemArray();
-    if (items.empty() && import.skipped().empty())
+    const std::vector<media::SkippedPath> absent = leftOut(import);
+    if (items.empty() && import.skipped().empty()) {
+        reportUnknown(import);
         return reportNothingToDo();
+    }
 
     const QString storage = storageLocation(global);
     const auto made = platform::NSFileManager::defaultManager().createDirectoryAtPath(storage);
@@ -138,9 +152,9 @@ int runOverItems(const GlobalOptions& global, const QStringList& paths, const QS
     platform::AVAssetExportSession::waitForAllExports();
     console.clearProgress();
     std::vector<WriteOutcome> outcomes = collector.inOrderOf(items);
-    for (const media::SkippedPath& skipped : import.skipped())
+    for (const media::SkippedPath& skipped : absent)
         outcomes.push_back(outcomeOfSkipped(skipped));
-    return reportOutcomes(global, outcomes, import.skipped().empty());
+    return reportOutcomes(global, outcomes, absent.empty());
 }
 
 int runWriting(const GlobalOptions& global, const QStringList& paths, const QString& what,

@@ -40,5 +40,9 @@ using StartRun = std::function<RunProgressTeller(const ItemRun& run)>;
                                  const std::vector<metadata::WriteOutcome>& outcomes,
                                  bool allImported);
 [[nodiscard]] metadata::WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped);
+/// Names the files of unknown kinds on standard error.
+void reportUnknown(const media::MediaImport& import);
+/// The paths that gave no item, with the reasons.
+[[nodiscard]] std::vector<media::SkippedPath> leftOut(const media::MediaImport& import);
 
 } // namespace clipheave::cli

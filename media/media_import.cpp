@@ -42,6 +42,29 @@ Result<ItemPointer> readBrowserItem(const QString& path) {
     return item;
 }
 
+/// A film by its name whose kind the list does not take.
+bool isFilmOfNoKind(const QString& path) {
+    static constexpr QStringView kExtensions[] = {u"webm", u"ogv", u"mts",  u"m2v",
+                                                  u"m1v",  u"mpv", u"dv",   u"3gpp",
+                                                  u"wm",   u"ivf", u"gifv", u"nut"};
+    const QString extension = pathExtension(path);
+    return std::any_of(std::begin(kExtensions), std::end(kExtensions), [&](QStringView known) {
+        return extension.compare(known, Qt::CaseInsensitive) == 0;
+    });
+}
+
+QString reasonOfUnknown(const QString& path) {
+    if (const auto found = NSFileManager::defaultManager().attributesOfItemAtPath(path); !found)
+        return found.error().text();
+    if (MediaKind::isPhoto(path))
+        return QStringLiteral("a photo, not a video or an audio file");
+    const QString extension = pathExtension(path);
+    return extension.isEmpty()
+               ? QStringLiteral("not a video or an audio file")
+               : QStringLiteral("\".%1\" is none of the known kinds of video and audio files")
+                     .arg(extension);
+}
+
 /// What reads the file, or nothing when its kind is not wanted.
 ReadAhead::Reader readerFor(const QString& path, bool forBrowser, bool inFolder) {
     if (forBrowser)
@@ -92,7 +115,10 @@ struct MediaImport::Pipeline {
     }
 
     void addFile(const QString& path, bool inFolder) {
-        ahead.add(path, readerFor(path, wanted == Wanted::PhotosAndVideos, inFolder));
+        const auto reader = readerFor(path, wanted == Wanted::PhotosAndVideos, inFolder);
+        if (!reader && (!inFolder || isFilmOfNoKind(path)))
+            import.m_unknown.push_back({path, reasonOfUnknown(path)});
+        ahead.add(path, reader);
     }
 
     void walk(const QString& folder) {

@@ -11,8 +11,7 @@
 
 namespace clipheave::media {
 
-/// A path that gave no item although it was asked for or met: why. Files of unknown kinds are not
-/// worth an entry; they are skipped silently.
+/// A path that gave no item although it was asked for or met: why.
 struct SkippedPath {
     QString path;
     QString reason;
@@ -41,7 +40,11 @@ public:
     void importPhotos(const QStringList& paths);
 
     [[nodiscard]] const std::vector<ItemPointer>& localPhotoItemArray() const { return m_items; }
+    /// What could not be read.
     [[nodiscard]] const std::vector<SkippedPath>& skipped() const { return m_skipped; }
+    /// Files of kinds that the list does not take: those that were asked for by name, and of those
+    /// met in folders the ones that are films all the same. Nothing is logged about them.
+    [[nodiscard]] const std::vector<SkippedPath>& unknown() const { return m_unknown; }
     /// True when the last path handled was a folder; then `bImportLocalPath` is its parent.
     [[nodiscard]] bool bImportLocalFolder() const { return m_bImportLocalFolder; }
     [[nodiscard]] QString bImportLocalPath() const { return m_bImportLocalPath; }
@@ -58,7 +61,7 @@ private:
     ImportStep m_step;
     std::function<bool()> m_stop;
     std::vector<ItemPointer> m_items;
-    std::vector<SkippedPath> m_skipped;
+    std::vector<SkippedPath> m_skipped, m_unknown;
     bool m_bImportLocalFolder = false;
     QString m_bImportLocalPath;
     int m_readAheadThreads;

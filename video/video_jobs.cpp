@@ -43,9 +43,16 @@ void VideoJobs::refuse(const QString& source, const QString& reason, WriteStatus
 }
 
 bool VideoJobs::skips(const media::ItemPointer& item) const {
-    if (media::MediaKind::GetViedoType(pathExtension(item->filePath).toUtf8().constData()) >= 0)
+    const QString& path = item->filePath;
+    const QString extension = pathExtension(path);
+    if (media::MediaKind::GetViedoType(extension.toUtf8().constData()) >= 0)
         return false;
-    refuse(item->filePath, QStringLiteral("not a video"), WriteStatus::Skipped);
+    const bool isOther =
+        extension.isEmpty() || media::MediaKind::isAudio(path) || media::MediaKind::isPhoto(path);
+    refuse(path,
+           isOther ? QStringLiteral("not a video")
+                   : QStringLiteral("\".%1\" is none of the known kinds of video").arg(extension),
+           WriteStatus::Skipped);
     return true;
 }
 

@@ -113,12 +113,17 @@ void AppDelegate::LoadImportedMediasonMainThread() {
     m_summaryAge.start();
 }
 
-QString AppDelegate::importSummary(int added, int failed) {
+QString AppDelegate::importSummary(int added, int failed, int skipped) {
     if (added == 0 && failed == 0)
-        return tr("No media file found");
+        return skipped > 0 ? tr("%1 skipped").arg(skipped) : tr("No media file found");
+    if (failed == 0 && skipped == 0)
+        return added == 1 ? tr("1 file added") : tr("%1 files added").arg(added);
+    QString summary = tr("%1 added").arg(added);
     if (failed > 0)
-        return tr("%1 added, %2 failed").arg(added).arg(failed);
-    return added == 1 ? tr("1 file added") : tr("%1 files added").arg(added);
+        summary += tr(", %1 failed").arg(failed);
+    if (skipped > 0)
+        summary += tr(", %1 skipped").arg(skipped);
+    return summary;
 }
 
 void AppDelegate::finishImport(const media::MediaImport& import, int job) {
@@ -128,13 +133,17 @@ void AppDelegate::finishImport(const media::MediaImport& import, int job) {
     }
     for (const media::SkippedPath& skipped : import.skipped())
         m_activity->fileFinished(job, {skipped.path, {}, FileState::Failed, skipped.reason});
+    for (const media::SkippedPath& unknown : import.unknown())
+        m_activity->fileFinished(job, {unknown.path, {}, FileState::Skipped, unknown.reason});
     const int count = static_cast<int>(import.localPhotoItemArray().size());
-    m_activity->setTotal(job, count + static_cast<int>(import.skipped().size()));
+    m_activity->setTotal(
+        job, count + static_cast<int>(import.skipped().size() + import.unknown().size()));
     const ActivityJob* row = m_activity->job(job);
     const int failed = row ? row->failed : 0;
     // A file that was read only in part is in the list, and counts as failed.
-    m_activity->endJob(
-        job, importSummary(count + static_cast<int>(import.skipped().size()) - failed, failed));
+    m_activity->endJob(job,
+                       importSummary(count + static_cast<int>(import.skipped().size()) - failed,
+                                     failed, static_cast<int>(import.unknown().size())));
     --m_runningImports;
     refreshSummary();
     Q_EMIT importFinished();

@@ -79,4 +79,31 @@ TEST_F(VideoCommand, GoesOnAfterAFailure) {
     EXPECT_EQ(TempDir::read(m_text), "This is no film.");
 }
 
+TEST_F(VideoCommand, NamesWhatIsNoVideo) {
+    const QString web = m_dir.path(QStringLiteral("web.webm"));
+    const QString sound = m_dir.path(QStringLiteral("sound.m4a"));
+    ASSERT_TRUE(QFile::copy(m_film, web));
+    const auto made = video(QStringLiteral("audio"), {m_film});
+    ASSERT_TRUE(QFile::rename(m_dir.path(QStringLiteral("store/a.mp4.m4a")), sound))
+        << made.err.toStdString();
+    const QString typo = m_dir.path(QStringLiteral("typo"));
+    for (const char* job : {"compress --quality low", "convert --to mp4", "rotate --by 90"}) {
+        const auto result = video(QLatin1String(job), {web, m_film, typo});
+        EXPECT_EQ(result.exitCode, 1) << job;
+        EXPECT_TRUE(result.err.contains("web.webm: skipped: \".webm\" is none of the known kinds"))
+            << result.err.toStdString();
+        EXPECT_TRUE(result.err.contains("typo: skipped: ")) << result.err.toStdString();
+        EXPECT_EQ(stored(), QLatin1String("a.mp4")) << job;
+    }
+    const auto skipped = video(QStringLiteral("convert --to mov"), {sound});
+    EXPECT_TRUE(skipped.err.contains("sound.m4a: skipped: not a video"))
+        << skipped.err.toStdString();
+    const auto tried = video(QStringLiteral("gif"), {sound});
+    EXPECT_TRUE(tried.err.contains("sound.m4a: failed: ")) << tried.err.toStdString();
+    const auto nothing = video(QStringLiteral("compress --quality low"), {web});
+    EXPECT_EQ(nothing.exitCode, 3);
+    EXPECT_TRUE(nothing.err.contains("web.webm: skipped: ")) << nothing.err.toStdString();
+    EXPECT_EQ(stored(), QLatin1String("a.mp4"));
+}
+
 } // namespace

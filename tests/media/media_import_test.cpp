@@ -78,6 +78,27 @@ TEST(MediaImport, ReadingAheadKeepsTheOrder) {
     }
 }
 
+TEST(MediaImport, TellsWhichFilesAreOfNoKnownKind) {
+    const testkit::TempDir dir;
+    dir.write(QStringLiteral("in/web.WEBM"), "film");
+    dir.write(QStringLiteral("in/list.txt"), "of no interest in a folder");
+    const QString text = dir.write(QStringLiteral("notes.txt"), "asked for by name");
+    MediaImport import;
+    import.importMediaItemsThreader({dir.path(QStringLiteral("in")), text,
+                                     dir.write(QStringLiteral("a.jpg"), "photo"),
+                                     dir.path(QStringLiteral("gone.txt"))});
+    QStringList told;
+    for (const media::SkippedPath& path : import.unknown())
+        told.append(platform::lastPathComponent(path.path) + u' ' + path.reason);
+    ASSERT_EQ(told.size(), 4);
+    EXPECT_EQ(told[0], u"web.WEBM \".WEBM\" is none of the known kinds of video and audio files");
+    EXPECT_TRUE(told[1].startsWith(u"notes.txt \".txt\""));
+    EXPECT_EQ(told[2], u"a.jpg a photo, not a video or an audio file");
+    EXPECT_TRUE(told[3].contains(u"No such file")) << told[3].toStdString();
+    EXPECT_TRUE(import.skipped().empty());
+    EXPECT_TRUE(import.localPhotoItemArray().empty());
+}
+
 TEST(MediaImport, TroubledPathsAreToldAndTheWalkGoesOn) {
     const testkit::TempDir dir;
     const QByteArray root = dir.path(QStringLiteral("in")).toUtf8();

@@ -127,6 +127,30 @@ TEST_F(VideoJobsTest, AFailedFileTellsItsReasonAndIsTriedAgain) {
     EXPECT_EQ(filesOut(), QStringList{QStringLiteral("late.mp4")});
 }
 
+TEST_F(VideoJobsTest, WhatIsNoVideoIsNamedAndNothingIsWrittenForIt) {
+    const QString web = dir.path(QStringLiteral("web.webm"));
+    ASSERT_TRUE(QFile::copy(clip("a.mp4"), web));
+    QSignalSpy browsed(controller.get(), &AppDelegate::importFinished);
+    controller->importPhotoPaths({web}); // the photo browser takes any file
+    ASSERT_TRUE(browsed.wait(10'000));
+    importAndSelect({dir.path(QStringLiteral("a.mp4")), web});
+    const ActivityJob& import = controller->activity()->jobs().front();
+    EXPECT_EQ(import.result, u"1 added, 1 skipped");
+    EXPECT_EQ(import.files.front().state, FileState::Skipped);
+    for (const auto& [menu, title] : {std::pair("videoCompressMenu", "Low video quality"),
+                                      std::pair("VideoConvertMenu", "Convert to MP4"),
+                                      std::pair("videoExtractMenu", "Extract Audio")}) {
+        QDir(dir.path(QStringLiteral("out"))).removeRecursively();
+        const ActivityJob& job = runToEnd(menu, title);
+        EXPECT_EQ(job.skipped, 1) << title;
+        EXPECT_EQ(job.failed, 0) << title;
+        const ActivityFile& file = job.files.front();
+        EXPECT_EQ(file.note, u"\".webm\" is none of the known kinds of video") << title;
+        EXPECT_EQ(filesOut().size(), 1) << title;
+    }
+    EXPECT_TRUE(alerts.isEmpty());
+}
+
 TEST_F(VideoJobsTest, CancelEndsTheExportsAndLeavesNoFile) {
     importAndSelect({clip("a.mp4", 60), clip("b.mov", 60), clip("c.m4v", 60)});
     QSignalSpy done(controller.get(), &AppDelegate::saveFinished);
