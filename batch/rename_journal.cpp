@@ -224,7 +224,7 @@ bool RenameJournal::read() {
     const qsizetype whole = text.lastIndexOf('\n') + 1;
     if (whole < text.size() && ::ftruncate(m_fd.get(), static_cast<off_t>(whole)) != 0)
         return false;
-    for (qsizetype start = qstrlen(kFormatLine); start < whole;) {
+    for (auto start = static_cast<qsizetype>(qstrlen(kFormatLine)); start < whole;) {
         const qsizetype end = text.indexOf('\n', start);
         take(text.sliced(start, end - start));
         start = end + 1;

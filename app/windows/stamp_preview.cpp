@@ -93,7 +93,7 @@ void drawLandscape(QPainter& painter, const QRectF& area) {
 
 StampPreview::StampPreview(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("stampPreview"));
-    setFixedSize(sizeHint());
+    setFixedSize(StampPreview::sizeHint());
     setStamp({}, {});
     connect(&Theme::instance(), &Theme::changed, this, [this] { update(); });
 }

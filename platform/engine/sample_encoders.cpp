@@ -217,7 +217,7 @@ double SampleStream::position() const {
 }
 
 Result<bool> SampleStream::step() {
-    const Result<bool> drawn = nextFrame();
+    Result<bool> drawn = nextFrame();
     if (!drawn)
         return drawn;
     m_done = !*drawn;

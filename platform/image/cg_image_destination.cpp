@@ -181,7 +181,7 @@ Result<void> CGImageDestinationFinalize(CGImageDestination& destination) {
         state.file.reset();
         return tl::unexpected(*state.error);
     }
-    const auto committed = state.file->commit();
+    auto committed = state.file->commit();
     state.file.reset();
     return committed;
 }
