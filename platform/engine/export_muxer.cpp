@@ -2,6 +2,7 @@
 #include "platform/engine/export_muxer.h"
 
 #include "platform/engine/chapters.h"
+#include "platform/engine/plain_words.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,13 +37,6 @@ std::array<std::int32_t, 9> fixedMatrix(const std::array<double, 9>& matrix) {
         fixed[i] = static_cast<std::int32_t>(std::clamp(value, -2147483648.0, 2147483647.0));
     }
     return fixed;
-}
-
-tl::unexpected<Error> cannotHold(const AVCodecParameters& codec) {
-    return failure(ErrorCode::NotSupported, QString::fromLatin1(kWriteExportText), {},
-                   QStringLiteral("the container cannot hold ") +
-                       QString::fromLatin1(avcodec_get_name(codec.codec_id)) +
-                       QStringLiteral(" as it is"));
 }
 
 /// Writes packets of all lanes and reports.
@@ -127,9 +121,7 @@ Result<void> LaneWriter::addTrack(OutputTrack& track, AVStream*& stream) {
     const bool held =
         avformat_query_codec(format.oformat, codec.codec_id, FF_COMPLIANCE_EXPERIMENTAL) == 1;
     if (!held)
-        return failure(ErrorCode::NotSupported, QString::fromLatin1(kWriteExportText), {},
-                       QStringLiteral("the container cannot hold ") +
-                           QString::fromLatin1(avcodec_get_name(codec.codec_id)));
+        return cannotHold(kWriteExportText, format, {codingText(codec.codec_id)});
     unsigned other = 0;
     const bool knownTag =
         av_codec_get_id(format.oformat->codec_tag, codec.codec_tag) == codec.codec_id ||
@@ -186,10 +178,10 @@ Result<void> LaneWriter::begin(const ExportPlan& plan, const PlannedExport& plan
         units *= 2;
     options.set("movie_timescale", QByteArray::number(units).constData());
     auto begun = m_output.writeHeader(options);
-    // Nothing but a coding that this container does not take is invalid here.
-    if (!begun && begun.error().code == ErrorCode::InvalidData)
-        return cannotHold(*format.streams[0]->codecpar);
-    return begun;
+    if (begun)
+        return {};
+    const QStringList refused = refusedCodings(format);
+    return refused.isEmpty() ? begun : cannotHold(kWriteExportText, format, refused);
 }
 
 Result<void> LaneWriter::write(Packet packet, std::size_t lane) {
@@ -218,7 +210,9 @@ Result<void> LaneWriter::writeNewest(std::size_t lane) {
     const int code = av_write_frame(m_output.context(), &packet);
     if (code == AVERROR(EPERM) || code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA ||
         code == AVERROR_PATCHWELCOME)
-        return cannotHold(*written.stream->codecpar);
+        return cannotHold(
+            kWriteExportText, *m_output.context(),
+            {codingText(written.stream->codecpar->codec_id) + QStringLiteral(" as it is here")});
     if (code < 0)
         return m_output.failed(kWriteExportText, code);
     return report(time);

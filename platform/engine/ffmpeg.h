@@ -44,11 +44,8 @@ struct Dictionary {
 
 inline constexpr std::int64_t kNoTimestamp = INT64_MIN; // AV_NOPTS_VALUE
 
-inline QString ffmpegText(int code) {
-    char text[AV_ERROR_MAX_STRING_SIZE] = {};
-    av_strerror(code, text, sizeof text);
-    return QString::fromUtf8(text);
-}
+/// What an error code of the libraries means, in plain words.
+[[nodiscard]] QString ffmpegText(int code);
 
 inline double seconds(AVRational rational) {
     return rational.num > 0 && rational.den > 0 ? av_q2d(rational) : 0;

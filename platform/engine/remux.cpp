@@ -4,6 +4,7 @@
 #include "platform/engine/chapters.h"
 #include "platform/engine/file_input.h"
 #include "platform/engine/file_output.h"
+#include "platform/engine/plain_words.h"
 #include "platform/foundation/file_manager.h"
 
 #include <algorithm>
@@ -69,7 +70,10 @@ Result<QStringList> addStreams(const AVFormatContext& source, FileOutput& output
         const AVOutputFormat& format = *output.context()->oformat;
         if (!holds(format, from.codecpar->codec_id)) {
             const bool leaves = unheld == UnheldStreams::LeaveOut && mayBeLeftOut(from);
-            (leaves ? leftOut : refused) << streamText(*from.codecpar);
+            if (leaves)
+                leftOut << streamText(*from.codecpar);
+            else
+                refused << codingText(from.codecpar->codec_id);
             from.discard = AVDISCARD_ALL;
             continue;
         }
@@ -89,9 +93,7 @@ Result<QStringList> addStreams(const AVFormatContext& source, FileOutput& output
         }
     }
     if (!refused.isEmpty())
-        return failure(ErrorCode::NotSupported, QStringLiteral("copy the streams"), path,
-                       QStringLiteral("the target cannot hold ") +
-                           refused.join(QStringLiteral(", ")));
+        return cannotHold("copy the streams", *output.context(), refused);
     if (output.context()->nb_streams == 0)
         return failure(ErrorCode::NotSupported, QStringLiteral("copy the streams"), path,
                        QStringLiteral("there are none"));
@@ -200,8 +202,11 @@ Result<QStringList> remuxStreams(const QString& source, const QString& target, R
     av_dict_copy(&(*output)->context()->metadata, from.metadata, 0);
     copyChapters(from, *(*output)->context());
     Dictionary options;
-    if (auto begun = (*output)->writeHeader(options); !begun)
-        return tl::unexpected(begun.error());
+    if (auto begun = (*output)->writeHeader(options); !begun) {
+        const QStringList refused = refusedCodings(*(*output)->context());
+        return refused.isEmpty() ? tl::unexpected(begun.error())
+                                 : cannotHold("copy the streams", *(*output)->context(), refused);
+    }
     if (auto copied = copyPackets(from, **output, progress); !copied)
         return tl::unexpected(copied.error());
     if (progress)
