@@ -92,6 +92,10 @@ private:
                                                   const QString& outputPath,
                                                   const QString& presetName);
     void extractVideo_M4AoutputURL(const media::ItemPointer& item, const QString& outputPath);
+    /// The same under another name.
+    void compressVideo_M4AoutputURL(const media::ItemPointer& item, const QString& outputPath) {
+        extractVideo_M4AoutputURL(item, outputPath);
+    }
 
     metadata::OutcomeHandler m_handler;
     metadata::OutputPaths m_paths;

@@ -8,6 +8,7 @@
 #include "platform/image/cg_image_destination.h"
 #include "platform/image/tiff_representation.h"
 #include "platform/media/av_asset_image_generator.h"
+#include "platform/media/output_place.h"
 
 #include <algorithm>
 #include <cmath>
@@ -61,6 +62,8 @@ Result<QStringList> writeGif(const QString& source, const QString& target,
     auto film = openFilm(source);
     if (!film)
         return tl::unexpected(film.error());
+    if (const auto usable = OutputPlace(target).check(); !usable)
+        return tl::unexpected(usable.error());
     const double duration = film->duration;
     auto destination = CGImageDestinationCreateWithURL(target, QString::fromUtf16(kUTTypeGIF),
                                                        static_cast<int>(std::ceil(duration)));
@@ -127,6 +130,9 @@ public:
         const auto made = NSFileManager::defaultManager().createDirectoryAtPath(m_folder);
         if (!made)
             return tl::unexpected(made.error());
+        const OutputPlace place(appendingPathComponent(m_folder, m_base));
+        if (const auto usable = place.check(); !usable)
+            return tl::unexpected(usable.error());
         const double duration = film->duration;
         double t = 0;
         while (t < duration && !m_ended) {

@@ -5,6 +5,7 @@
 #include "platform/media/export_queue.h"
 #include "platform/media/isobmff/isobmff_writer.h"
 #include "platform/media/model/media_engine.h"
+#include "platform/media/output_place.h"
 
 #include <algorithm>
 #include <atomic>
@@ -75,6 +76,7 @@ struct AVAssetExportSession::State {
     std::optional<QList<AVMetadataItem>> metadata;
     bool removes = false, leavesOut = false;
 
+    std::optional<OutputPlace> place; ///< the job's alone
     std::atomic<double> progress = 0;
     std::atomic<bool> cancelled = false;
 
@@ -90,11 +92,17 @@ struct AVAssetExportSession::State {
 
     [[nodiscard]] Result<void> validated() const;
     [[nodiscard]] Result<PassthroughOutcome> run();
+    [[nodiscard]] Result<PassthroughOutcome> runJob();
     /// Makes a file of this family at `target`; answers what is worth telling.
     using Maker = std::function<Result<QStringList>(MediaEngine& engine, const QString& target)>;
+    struct EngineWork {
+        double share = 0;             ///< of the whole progress
+        std::uint64_t leastBytes = 0; ///< of its file, as far as that is known
+    };
+    /// `maker` writes beside the target first; that file goes when the target is written.
     [[nodiscard]] Result<PassthroughOutcome> runThroughEngine(PassthroughRequest request,
                                                               const AVURLAsset& original,
-                                                              double share, const Maker& maker);
+                                                              EngineWork work, const Maker& maker);
     [[nodiscard]] Result<PassthroughOutcome> runOrder(PassthroughRequest request);
     [[nodiscard]] Result<PassthroughOutcome> runPlan(PassthroughRequest request);
     [[nodiscard]] Result<QStringList>
@@ -198,10 +206,19 @@ Result<void> AVAssetExportSession::State::validated() const {
 
 bool AVAssetExportSession::State::report(double done) {
     progress = done;
-    return !cancelled;
+    return !cancelled && !place->isGone();
 }
 
 Result<PassthroughOutcome> AVAssetExportSession::State::run() {
+    place.emplace(outputPath);
+    auto outcome = runJob();
+    if (!outcome && !cancelled)
+        if (const auto blamed = place->blame(); !blamed)
+            return tl::unexpected(blamed.error());
+    return outcome;
+}
+
+Result<PassthroughOutcome> AVAssetExportSession::State::runJob() {
     const auto reports = [this](double done) { return report(done); };
     if (writer) {
         const auto written = writer(reports);
@@ -232,7 +249,10 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequ
     if (isIsoMedia(order->asset->file()->facts().container))
         return writePassthrough(request);
     const PassthroughRequest asked = request;
-    return runThroughEngine(std::move(request), *order->asset, 0.5,
+    // Packets take about as much room in one container as in another, unless much is left out.
+    const std::uint64_t bytes = order->asset->file()->attributes().NSFileSize;
+    const EngineWork work{0.5, request.container == OutputContainer::M4A ? 0 : bytes / 2};
+    return runThroughEngine(std::move(request), *order->asset, work,
                             [&](MediaEngine& engine, const QString& target) {
                                 return copyIntoMp4(engine, asked, target);
                             });
@@ -256,7 +276,7 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runPlan(PassthroughReque
     ExportPlan plan = planned->plan;
     plan.moovFirst = false; // where the header goes is settled when the metadata is written
     auto outcome = runThroughEngine(
-        std::move(request), *original, kEncodingShare,
+        std::move(request), *original, {kEncodingShare},
         [&](MediaEngine& engine, const QString& target) {
             return engine.runExport(plan, target, fairShare(),
                                     [this](double done) { return report(kEncodingShare * done); });
@@ -266,31 +286,41 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runPlan(PassthroughReque
     return outcome;
 }
 
-/// `maker` writes beside the target first; that file goes when the target is written. `share` of
-/// the whole progress is the maker's.
 Result<PassthroughOutcome> AVAssetExportSession::State::runThroughEngine(PassthroughRequest request,
                                                                          const AVURLAsset& original,
-                                                                         double share,
+                                                                         EngineWork work,
                                                                          const Maker& maker) {
     const auto engine = mediaEngine();
     if (!engine)
         return tl::unexpected(engine.error());
+    if (const auto usable = place->check(work.leastBytes); !usable)
+        return tl::unexpected(usable.error());
     // Only for its name, which is unique, hidden, and cleared away after a crash.
     const auto temporary = AtomicFile::create(request.target);
     if (!temporary)
         return tl::unexpected(temporary.error());
+    place->watch(temporary->temporaryPath());
+    // Nobody but us knows the file in between.
+    const auto failed = [&, target = request.target](Error error) {
+        if (error.path == temporary->temporaryPath())
+            error.path = target;
+        return tl::unexpected(std::move(error));
+    };
     const auto made = maker(**engine, temporary->temporaryPath());
     if (!made)
-        return tl::unexpected(made.error());
+        return failed(made.error());
     // What the engine wrote by itself (encoder names) is no metadata of the source.
     if (!request.metadata)
         request.metadata = original.metadata();
     request.attributesOf = original.path();
     request.source = temporary->temporaryPath();
-    request.progress = [this, share](double done) { return report(share + done * (1 - share)); };
+    request.progress = [this, share = work.share](double done) {
+        return report(share + done * (1 - share));
+    };
     auto outcome = writePassthrough(request);
-    if (outcome)
-        outcome->notes = *made + outcome->notes;
+    if (!outcome)
+        return failed(outcome.error());
+    outcome->notes = *made + outcome->notes;
     return outcome;
 }
 

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/av_asset_export_session.h"
+#include "tests/testkit/testkit.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+
+#include <sys/mount.h>
+#include <thread>
+
+namespace clipheave::platform {
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using Status = AVAssetExportSessionStatus;
+
+/// Exports that cannot succeed: each says why in plain words and leaves nothing.
+class ExportFailures : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
+            GTEST_SKIP() << "needs ffmpeg";
+        ASSERT_TRUE(QDir().mkpath(out()));
+    }
+    [[nodiscard]] QString make(const char* name, const char* options, int seconds = 2) const {
+        const QString path = m_dir.path(QString::fromLatin1(name));
+        const auto made = testkit::run(
+            QStringLiteral("ffmpeg"),
+            QStringLiteral("-v error -y -f lavfi -i testsrc2=d=%1:s=640x360:r=25 -f lavfi -i "
+                           "sine=d=%1 -pix_fmt yuv420p %2 %3")
+                .arg(QString::number(seconds), QString::fromLatin1(options), path)
+                .split(u' '));
+        EXPECT_EQ(made.exitCode, 0) << made.err.toStdString();
+        return path;
+    }
+    [[nodiscard]] QString out(const char* name = "") const {
+        return m_dir.path(QStringLiteral("out/") + QString::fromLatin1(name));
+    }
+    [[nodiscard]] QStringList filesOut() const {
+        return QDir(out()).entryList(QDir::Files | QDir::Hidden);
+    }
+    std::shared_ptr<AVAssetExportSession> start(const QString& source, const char16_t* preset) {
+        const auto asset = AVURLAsset::assetWithPath(source);
+        EXPECT_TRUE(asset);
+        return start(std::make_shared<AVAssetExportSession>(*asset, QString::fromUtf16(preset)));
+    }
+    std::shared_ptr<AVAssetExportSession> start(std::shared_ptr<AVAssetExportSession> session) {
+        session->setOutputPath(out("a.mov"));
+        session->setOutputFileType(QString::fromUtf16(AVFileTypeQuickTimeMovie));
+        session->exportAsynchronouslyWithCompletionHandler({});
+        return session;
+    }
+    /// The reason, once the export has ended.
+    static std::string reasonOf(const std::shared_ptr<AVAssetExportSession>& session) {
+        AVAssetExportSession::waitForAllExports();
+        EXPECT_EQ(session->status(), Status::Failed);
+        const std::string reason = session->error().text().toStdString();
+        EXPECT_THAT(reason, Not(HasSubstr(".tmp"))) << "that is nobody's file";
+        EXPECT_THAT(reason, Not(HasSubstr("FFmpeg")));
+        return reason;
+    }
+    /// Waits until the export writes.
+    [[nodiscard]] bool isUnderWay() const {
+        QElapsedTimer timer;
+        for (timer.start(); timer.elapsed() < 20000;) {
+            for (const QFileInfo& file : QDir(out()).entryInfoList(QDir::Files | QDir::Hidden))
+                if (file.size() > 0)
+                    return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return false;
+    }
+    testkit::TempDir m_dir;
+};
+
+} // namespace
+
+TEST_F(ExportFailures, SayWhichCodingTheContainerDoesNotHold) {
+    const struct {
+        const char *name, *options, *copied, *slowed;
+    } films[] = {{"vp8.mkv", "-c:v libvpx -deadline realtime -an", "VP8", "VP8"},
+                 {"vp9.mkv", "-c:v libvpx-vp9 -deadline realtime -an", "VP9", "VP9"},
+                 {"ffv1.mkv", "-c:v ffv1 -c:a flac", "FFV1", "FFV1"}};
+    for (const auto& [name, options, copied, slowed] : films) {
+        const QString source = make(name, options, 1);
+        const std::string cannot = "QuickTime movies cannot hold ";
+        EXPECT_THAT(reasonOf(start(source, AVAssetExportPresetPassthrough)),
+                    testing::EndsWith(cannot + copied));
+        // The way of a film that is slowed down.
+        const auto asset = AVURLAsset::assetWithPath(source);
+        AVMutableComposition composition;
+        auto& track =
+            composition.addMutableTrackWithMediaType(QString::fromUtf16(AVMediaTypeVideo));
+        const CMTimeRange whole{kCMTimeZero, {1, 1}};
+        ASSERT_TRUE(track.insertTimeRange_ofTrack_atTime(
+            whole, *asset, tracksWithMediaType(*asset, track.mediaType()).front(), kCMTimeZero));
+        composition.scaleTimeRange_toDuration(whole, {2, 1});
+        EXPECT_THAT(reasonOf(start(std::make_shared<AVAssetExportSession>(
+                        composition, QString::fromUtf16(AVAssetExportPresetPassthrough)))),
+                    testing::EndsWith(cannot + slowed));
+    }
+    EXPECT_THAT(filesOut(), testing::IsEmpty());
+}
+
+TEST_F(ExportFailures, NoticeThatTheFolderIsGone) {
+    const QString source = make("long.mp4", "-c:v libx264 -preset ultrafast -c:a aac", 60);
+    for (const bool madeAgain : {false, true}) {
+        const auto session = start(source, AVAssetExportPresetHighestQuality);
+        ASSERT_TRUE(isUnderWay());
+        ASSERT_TRUE(QDir(out()).removeRecursively());
+        ASSERT_TRUE(!madeAgain || QDir().mkpath(out()));
+        EXPECT_THAT(reasonOf(session), HasSubstr(madeAgain ? "taken away" : "folder is gone"));
+        EXPECT_LT(session->progress(), 0.9) << "not at the end of a long encoding";
+        EXPECT_THAT(filesOut(), testing::IsEmpty());
+        EXPECT_EQ(QDir(out()).exists(), madeAgain);
+        ASSERT_TRUE(QDir().mkpath(out()));
+    }
+    // Before it begins.
+    ASSERT_TRUE(QDir(out()).removeRecursively());
+    EXPECT_THAT(reasonOf(start(source, AVAssetExportPresetHighestQuality)),
+                HasSubstr("folder is gone"));
+}
+
+TEST_F(ExportFailures, NoticeAFullDiskBeforeAndWhileTheyWrite) {
+    const QByteArray folder = out().toUtf8();
+    const auto mounted = [&](const char* size) {
+        return ::mount("tmpfs", folder.constData(), "tmpfs", 0, size) == 0;
+    };
+    const QString source = make("a.mp4", "-c:v libx264 -preset ultrafast -c:a aac", 10);
+    const QString packets = make("a.mkv", "-c:v libx264 -preset ultrafast -c:a aac", 10);
+    if (!mounted("size=400k"))
+        GTEST_SKIP() << "needs the right to mount";
+    const auto noRoom = HasSubstr("No space left on device");
+    const auto within = start(source, AVAssetExportPresetHighestQuality);
+    EXPECT_THAT(reasonOf(within), noRoom);
+    EXPECT_GT(within->progress(), 0) << "there was room to begin with";
+    const auto copying = start(packets, AVAssetExportPresetPassthrough);
+    EXPECT_THAT(reasonOf(copying), noRoom);
+    EXPECT_EQ(copying->progress(), 0) << "the size of a copy is known before";
+    EXPECT_THAT(filesOut(), testing::IsEmpty());
+    QFile filler(out("filler"));
+    ASSERT_TRUE(filler.open(QIODevice::WriteOnly));
+    filler.write(QByteArray(396 << 10, 'x'));
+    filler.close();
+    const auto full = start(source, AVAssetExportPresetHighestQuality);
+    EXPECT_THAT(reasonOf(full), noRoom);
+    EXPECT_EQ(full->progress(), 0) << "before the first picture";
+    EXPECT_EQ(filesOut().size(), 1);
+    EXPECT_EQ(::umount2(folder.constData(), MNT_DETACH), 0);
+}
+
+TEST_F(ExportFailures, LeaveNothingWhenTheyAreCancelled) {
+    const QString source = make("long.mp4", "-c:v libx264 -preset ultrafast -c:a aac", 60);
+    const QString older = m_dir.write(QStringLiteral("out/a.mov"), "an older output");
+    const auto session = start(source, AVAssetExportPresetHighestQuality);
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    session->cancelExport();
+    AVAssetExportSession::waitForAllExports();
+    EXPECT_EQ(session->status(), Status::Cancelled);
+    EXPECT_LT(session->progress(), 0.9);
+    EXPECT_THAT(filesOut(), testing::ElementsAre(u"a.mov"));
+    EXPECT_EQ(testkit::TempDir::read(older), "an older output");
+}
+
+} // namespace clipheave::platform
