@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/export_runner.h"
 #include "platform/engine/ffmpeg.h"
+#include "platform/engine/film_writer.h"
 #include "platform/engine/frame_grabber.h"
 #include "platform/engine/frame_source.h"
+#include "platform/engine/picture_reader.h"
 #include "platform/engine/probe.h"
 #include "platform/engine/remux.h"
 #include "platform/engine/sample_writer.h"
@@ -42,6 +44,15 @@ public:
     Result<std::unique_ptr<FrameSource>> openFrames(const QString& path,
                                                     std::optional<QSize> size) override {
         return openFrameSource(path, size);
+    }
+    Result<std::unique_ptr<PictureReader>> openPictures(const QString& path, int stream,
+                                                        const ExportResources& resources) override {
+        return openPictureReader(path, stream, resources);
+    }
+    Result<std::unique_ptr<FilmWriter>> writeFilm(const FilmSettings& settings,
+                                                  const QString& target,
+                                                  const ExportResources& resources) override {
+        return openFilmWriter(settings, target, resources);
     }
     Result<void> writeSample(const SampleMedia& sample, const QString& target) override {
         return writeSampleFile(sample, target);

@@ -219,7 +219,7 @@ Result<void> LaneWriter::writeNewest(std::size_t lane) {
 }
 
 /// The writer takes the length of a track from its last packet in decoding order; the last one that
-/// is shown may be another.
+/// is shown may be another. It takes the film's end from there too, which no packet may pass.
 Result<void> LaneWriter::writeRest() {
     for (std::size_t lane = 0; lane < m_written.size(); ++lane) {
         const Written& written = m_written[lane];
@@ -227,8 +227,9 @@ Result<void> LaneWriter::writeRest() {
             continue;
         AVPacket& packet = *written.newest;
         if (written.stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO)
-            packet.duration = std::max<std::int64_t>(
-                written.end - written.firstPts - (packet.dts - written.firstDts), 1);
+            packet.duration = std::clamp<std::int64_t>(
+                written.end - written.firstPts - (packet.dts - written.firstDts), 1,
+                std::max<std::int64_t>(written.end - packet.pts, 1));
         if (auto done = writeNewest(lane); !done)
             return done;
     }

@@ -75,6 +75,11 @@ void runLanes(const ExportPlan& plan, PlannedExport& planned, int threads, Expor
 
 } // namespace
 
+int threadsOf(const ExportResources& resources) {
+    const int cores = static_cast<int>(std::max(std::thread::hardware_concurrency(), 1u));
+    return std::clamp(resources.threads > 0 ? resources.threads : cores, 1, kMostThreads);
+}
+
 Result<QStringList> runExportPlan(const ExportPlan& plan, const QString& target,
                                   const ExportResources& resources,
                                   const std::function<bool(double)>& progress) {
@@ -83,9 +88,7 @@ Result<QStringList> runExportPlan(const ExportPlan& plan, const QString& target,
     auto planned = readExportPlan(plan);
     if (!planned)
         return tl::unexpected(planned.error());
-    const int cores = static_cast<int>(std::max(std::thread::hardware_concurrency(), 1u));
-    const int threads =
-        std::clamp(resources.threads > 0 ? resources.threads : cores, 1, kMostThreads);
+    const int threads = threadsOf(resources);
     const auto count = static_cast<std::size_t>(!planned->video.empty()) +
                        static_cast<std::size_t>(!planned->sound.empty());
     ExportLanes lanes(count);

@@ -10,6 +10,9 @@
 
 namespace clipheave::platform {
 
+/// At least one.
+[[nodiscard]] int threadsOf(const ExportResources& resources);
+
 /// See MediaEngine::runExport.
 [[nodiscard]] Result<QStringList> runExportPlan(const ExportPlan& plan, const QString& target,
                                                 const ExportResources& resources,

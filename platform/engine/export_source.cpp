@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/export_source.h"
 
+#include "platform/media/model/cv_pixel_buffer.h"
+
 #include <QFileInfo>
 
 #include <algorithm>
@@ -83,9 +85,7 @@ Result<std::unique_ptr<ExportSource>> ExportSource::open(const QString& path, AV
     const auto use = type == AVMEDIA_TYPE_AUDIO ? StreamsOfUse::Sound : StreamsOfUse::All;
     if (!source->m_input->findStreamInfo(use))
         return source->failed(ErrorCode::InvalidData, QStringLiteral("the streams cannot be read"));
-    // Deliberate: a start below zero is sound that the decoder swallows; 0 stays 0 then, so that
-    // picture and sound stay together.
-    source->m_origin = std::max<Ticks>(ticksOf(context.start_time, AV_TIME_BASE_Q).value_or(0), 0);
+    source->m_origin = ticksOf(startMicroseconds(context), AV_TIME_BASE_Q).value_or(0);
     if (!source->chooseStream(type, index))
         return source->failed(ErrorCode::NotSupported, type == AVMEDIA_TYPE_VIDEO
                                                            ? QStringLiteral("there is no film")
@@ -180,6 +180,7 @@ Result<std::unique_ptr<ExportDecoder>> ExportDecoder::open(ExportSource& source,
         return source.failed(ErrorCode::Io, ffmpegText(AVERROR(ENOMEM)));
     context->pkt_timebase = source.stream().time_base;
     context->thread_count = threads;
+    context->max_pixels = CVPixelBuffer::kMostPixels;
     if (const int code = avcodec_open2(context, codec, nullptr); code < 0)
         return source.failed(ErrorCode::NotSupported, ffmpegText(code));
     return decoder;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/media/model/cm_sample_buffer.h"
 #include "platform/media/model/export_plan.h"
 #include "platform/media/model/media_facts.h"
 
@@ -54,6 +55,53 @@ public:
     [[nodiscard]] virtual double durationSeconds() const = 0;
 };
 
+/// Every picture of a film in the order they are shown, at the size and the way round in which they
+/// are stored. Decoding runs a few pictures ahead on a thread of its own, which ends with this.
+class PictureReader {
+public:
+    virtual ~PictureReader() = default;
+    /// Waits for the next picture; one without a picture at the end. Times are exact and those of
+    /// the file's presentation, the pixels those of a common screen (BT.709, sRGB for high dynamic
+    /// range). InvalidData when nothing can be decoded or the film breaks off.
+    [[nodiscard]] virtual Result<CMSampleBuffer> next() = 0;
+    /// From any thread: next() fails with Cancelled from now on.
+    virtual void cancel() = 0;
+    /// What is worth telling so far: damage that was left out.
+    [[nodiscard]] virtual QStringList notes() const = 0;
+};
+
+/// What a film that is made of pictures looks like.
+struct FilmSettings {
+    ExportContainer container = ExportContainer::QuickTimeMovie;
+    QSize size; ///< of the stored pictures; an odd side loses a line
+    /// Display matrix of the track, {a b u c d v x y w}; identity: none.
+    std::array<double, 9> preferredTransform{1, 0, 0, 0, 1, 0, 0, 0, 1};
+    bool moovFirst = false;
+    /// Header dates of the film are those of this file; empty: none.
+    QString headerDatesOf;
+};
+
+/// Makes a film of one H.264 track (BT.709, the quality of ExportVideo's default) out of pictures.
+/// Colours are changed and pictures encoded and written on threads of their own. Dropped without
+/// finish() it leaves no file. append() and finish() from one thread, the rest from any.
+class FilmWriter {
+public:
+    virtual ~FilmWriter() = default;
+    /// False while as many pictures wait as are kept at most. True after a failure, so that nobody
+    /// waits for ever.
+    [[nodiscard]] virtual bool isReady() const = 0;
+    /// Takes a picture without waiting. All are of the size of the first, which is fitted into that
+    /// of the film; what is shown before time 0 is left out. LimitExceeded when it is not ready;
+    /// InvalidArgument for another size and a time that is not later than the last one, which fail
+    /// the film; the failure itself when it has failed.
+    [[nodiscard]] virtual Result<void> append(const CMSampleBuffer& sample) = 0;
+    /// Waits for the complete file.
+    [[nodiscard]] virtual Result<void> finish() = 0;
+    /// finish() and append() fail with Cancelled from now on.
+    virtual void cancel() = 0;
+    [[nodiscard]] virtual std::optional<Error> failure() const = 0;
+};
+
 /// A QuickTime movie holds more codecs than MP4, uncompressed sound among them.
 enum class RemuxTarget { Mp4, QuickTimeMovie };
 /// What becomes of a stream that the target cannot hold. Films and sounds always refuse.
@@ -90,6 +138,14 @@ public:
     /// given. NotSupported without a film or decoder.
     [[nodiscard]] virtual Result<std::unique_ptr<FrameSource>>
     openFrames(const QString& path, std::optional<QSize> size) = 0;
+    /// All pictures of a film; `stream` as ExportSegment has it. NotSupported without such a film
+    /// or a decoder, LimitExceeded for pictures beyond CVPixelBuffer's limits.
+    [[nodiscard]] virtual Result<std::unique_ptr<PictureReader>>
+    openPictures(const QString& path, int stream, const ExportResources& resources) = 0;
+    /// Begins a film at `target`, which is replaced.
+    [[nodiscard]] virtual Result<std::unique_ptr<FilmWriter>>
+    writeFilm(const FilmSettings& settings, const QString& target,
+              const ExportResources& resources) = 0;
     /// Writes a generated file at `target`, without metadata.
     [[nodiscard]] virtual Result<void> writeSample(const SampleMedia& sample,
                                                    const QString& target) = 0;

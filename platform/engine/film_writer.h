@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/media/model/media_engine.h"
+
+namespace clipheave::platform {
+
+/// See MediaEngine::writeFilm.
+[[nodiscard]] Result<std::unique_ptr<FilmWriter>> openFilmWriter(const FilmSettings& settings,
+                                                                 const QString& target,
+                                                                 const ExportResources& resources);
+
+} // namespace clipheave::platform

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/media/model/media_engine.h"
+
+namespace clipheave::platform {
+
+/// See MediaEngine::openPictures.
+[[nodiscard]] Result<std::unique_ptr<PictureReader>>
+openPictureReader(const QString& path, int stream, const ExportResources& resources);
+
+} // namespace clipheave::platform
