@@ -175,24 +175,23 @@ int runRename(const GlobalOptions& global, const RenameOptions& options, Console
     if (isInterrupted())
         return interruption();
     const auto& items = import.localPhotoItemArray();
-    const std::vector<media::SkippedPath> absent = leftOut(import);
-    if (items.empty() && import.skipped().empty()) {
-        reportUnknown(import);
+    reportUnknown(import);
+    if (items.empty() && import.skipped().empty())
         return reportNothingToDo();
-    }
     const auto plan =
         batch::planRename(requestOf(global, options), items, batch::surroundingsOnDisk());
     if (options.dryRun)
-        return global.json ? printPlanAsJson(plan, absent) : printPlan(global, plan, absent);
+        return global.json ? printPlanAsJson(plan, import.skipped())
+                           : printPlan(global, plan, import.skipped());
     RenameRun run(console, QStringLiteral("renamed"));
     const auto renamed = batch::runRename(plan, run.progress());
     console.clearProgress();
     if (!renamed)
         return failRename(renamed.error());
     addCancelled(run.outcomes(), plan);
-    for (const media::SkippedPath& skipped : absent)
+    for (const media::SkippedPath& skipped : import.skipped())
         run.outcomes().push_back(outcomeOfSkipped(skipped));
-    return reportOutcomes(global, run.outcomes(), absent.empty());
+    return reportOutcomes(global, run.outcomes(), import.skipped().empty());
 }
 
 } // namespace clipheave::cli

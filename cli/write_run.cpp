@@ -84,12 +84,6 @@ WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped) {
     return outcome;
 }
 
-std::vector<media::SkippedPath> leftOut(const media::MediaImport& import) {
-    std::vector<media::SkippedPath> paths = import.skipped();
-    paths.insert(paths.end(), import.unknown().begin(), import.unknown().end());
-    return paths;
-}
-
 void reportUnknown(const media::MediaImport& import) {
     for (const media::SkippedPath& unknown : import.unknown())
         printError(QStringLiteral("%1: skipped: %2").arg(unknown.path, unknown.reason));
@@ -129,11 +123,9 @@ int runOverItems(const GlobalOptions& global, const QStringList& paths, const QS
     import.setStopRequested(&isInterrupted);
     import.importMediaItemsThreader(paths);
     const auto& items = import.localPhotoItemArray();
-    const std::vector<media::SkippedPath> absent = leftOut(import);
-    if (items.empty() && import.skipped().empty()) {
-        reportUnknown(import);
+    reportUnknown(import);
+    if (items.empty() && import.skipped().empty())
         return reportNothingToDo();
-    }
 
     const QString storage = storageLocation(global);
     const auto made = platform::NSFileManager::defaultManager().createDirectoryAtPath(storage);
@@ -152,9 +144,9 @@ int runOverItems(const GlobalOptions& global, const QStringList& paths, const QS
     platform::AVAssetExportSession::waitForAllExports();
     console.clearProgress();
     std::vector<WriteOutcome> outcomes = collector.inOrderOf(items);
-    for (const media::SkippedPath& skipped : absent)
+    for (const media::SkippedPath& skipped : import.skipped())
         outcomes.push_back(outcomeOfSkipped(skipped));
-    return reportOutcomes(global, outcomes, absent.empty());
+    return reportOutcomes(global, outcomes, import.skipped().empty());
 }
 
 int runWriting(const GlobalOptions& global, const QStringList& paths, const QString& what,

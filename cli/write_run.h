@@ -40,9 +40,7 @@ using StartRun = std::function<RunProgressTeller(const ItemRun& run)>;
                                  const std::vector<metadata::WriteOutcome>& outcomes,
                                  bool allImported);
 [[nodiscard]] metadata::WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped);
-/// Names the files of unknown kinds on standard error.
+/// Names the files of unknown kinds on standard error. They are no items: nothing of them failed.
 void reportUnknown(const media::MediaImport& import);
-/// The paths that gave no item, with the reasons.
-[[nodiscard]] std::vector<media::SkippedPath> leftOut(const media::MediaImport& import);
 
 } // namespace clipheave::cli

@@ -54,8 +54,6 @@ bool isFilmOfNoKind(const QString& path) {
 }
 
 QString reasonOfUnknown(const QString& path) {
-    if (const auto found = NSFileManager::defaultManager().attributesOfItemAtPath(path); !found)
-        return found.error().text();
     if (MediaKind::isPhoto(path))
         return QStringLiteral("a photo, not a video or an audio file");
     const QString extension = pathExtension(path);
@@ -117,8 +115,16 @@ struct MediaImport::Pipeline {
     void addFile(const QString& path, bool inFolder) {
         const auto reader = readerFor(path, wanted == Wanted::PhotosAndVideos, inFolder);
         if (!reader && (!inFolder || isFilmOfNoKind(path)))
-            import.m_unknown.push_back({path, reasonOfUnknown(path)});
+            noteUnknown(path);
         ahead.add(path, reader);
+    }
+
+    void noteUnknown(const QString& path) {
+        const auto found = NSFileManager::defaultManager().attributesOfItemAtPath(path);
+        if (found)
+            import.m_unknown.push_back({path, reasonOfUnknown(path)});
+        else
+            import.m_skipped.push_back({path, found.error().text()});
     }
 
     void walk(const QString& folder) {

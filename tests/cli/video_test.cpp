@@ -88,6 +88,8 @@ TEST_F(VideoCommand, NamesWhatIsNoVideo) {
         << made.err.toStdString();
     const QString typo = m_dir.path(QStringLiteral("typo"));
     for (const char* job : {"compress --quality low", "convert --to mp4", "rotate --by 90"}) {
+        const auto beside = video(QLatin1String(job), {web, m_film});
+        EXPECT_EQ(beside.exitCode, 0) << beside.err.toStdString();
         const auto result = video(QLatin1String(job), {web, m_film, typo});
         EXPECT_EQ(result.exitCode, 1) << job;
         EXPECT_TRUE(result.err.contains("web.webm: skipped: \".webm\" is none of the known kinds"))
