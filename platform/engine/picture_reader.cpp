@@ -15,8 +15,8 @@ namespace clipheave::platform {
 namespace {
 
 /// Pictures that wait for the reader: few, and fewer where they are large.
-constexpr std::int64_t kWaitingBytes = 64 << 20;
-constexpr std::int64_t kMostWaitingRead = 8, kLeastWaitingRead = 2;
+constexpr std::int64_t kWaitingBytes = 32 << 20;
+constexpr std::int64_t kMostWaitingRead = 4, kLeastWaitingRead = 2;
 
 std::size_t waitingPictures(QSize size) {
     const std::int64_t bytes = std::int64_t{size.width()} * size.height() * 4;

@@ -432,6 +432,7 @@ TEST_F(ReaderWriterTest, TellsThatTheDiskIsFullOrTheFolderGone) {
         for (int i = 0; going && i < (waits ? 5000 : 40); ++i)
             going = to.append(noise({320, 240}, i));
         EXPECT_EQ(going, !waits) << "it was noticed at the end only, or too early";
+        EXPECT_TRUE(!waits || to.writer->status() == WriterStatus::Failed);
         EXPECT_EQ(to.finish(), WriterStatus::Failed);
         EXPECT_EQ(to.writer->error().code, ErrorCode::NoSpace) << to.why();
         EXPECT_EQ(to.writer->error().path, target);
