@@ -14,7 +14,7 @@ constexpr unsigned kMostChapters = 1 << 16; ///< more than a book has; a lying f
 
 /// `time` less `start` (in microseconds); kNoTimestamp when that is no number.
 std::int64_t fromStart(std::int64_t time, std::int64_t start, AVRational timeBase) {
-    if (time == kNoTimestamp || start == kNoTimestamp)
+    if (time == kNoTimestamp)
         return time;
     std::int64_t left = 0;
     const std::int64_t shift = av_rescale_q(start, kStartTimeBase, timeBase);
@@ -27,8 +27,8 @@ void copyChapters(const AVFormatContext& source, AVFormatContext& target) {
     for (unsigned i = 0; i < std::min(source.nb_chapters, kMostChapters); ++i) {
         const AVChapter& chapter = *source.chapters[i];
         const AVRational base = chapter.time_base;
-        const std::int64_t start = fromStart(chapter.start, source.start_time, base);
-        const std::int64_t end = fromStart(chapter.end, source.start_time, base);
+        const std::int64_t start = fromStart(chapter.start, startMicroseconds(source), base);
+        const std::int64_t end = fromStart(chapter.end, startMicroseconds(source), base);
         // No time at all is the smallest number.
         if (base.num <= 0 || base.den <= 0 || start == kNoTimestamp || end <= 0 || end < start)
             continue;

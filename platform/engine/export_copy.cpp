@@ -58,6 +58,10 @@ private:
     int give(Packet packet, const Times& times);
     int giveHeld();
     [[nodiscard]] bool isFilm() const { return m_source->codec().codec_type == AVMEDIA_TYPE_VIDEO; }
+    /// Behind the end of the edit list: not shown, though others may need it.
+    [[nodiscard]] bool isCutOff(const AVPacket& packet, const Times& times) const {
+        return (packet.flags & AV_PKT_FLAG_DISCARD) != 0 && times.pts >= m_stretch.sourceStart;
+    }
 
     AVRational m_base;
     ExportLanes& m_lanes;
@@ -68,7 +72,6 @@ private:
     std::optional<Ticks> m_expected; ///< time of the next packet, sound of constant frames
     Ticks m_lastSourceDts = 0;
     bool m_begun = false, m_skipped = false;
-    std::int64_t m_beyond = 0; ///< packets given that are shown after the end
     /// Packets shown after the end: wanted only if one shown before it follows them.
     std::vector<std::pair<Packet, Times>> m_held;
 };
@@ -102,12 +105,14 @@ std::optional<PacketCopier::Times> PacketCopier::timesOf(const AVPacket& packet)
 }
 
 int PacketCopier::give(Packet packet, const Times& times) {
-    const Ticks shownTo = std::min(times.pts + times.duration, m_stretch.sourceEnd);
+    const bool cutOff = isCutOff(*packet, times);
+    const Ticks shownTo =
+        cutOff ? times.pts : std::min(times.pts + times.duration, m_stretch.sourceEnd);
     const std::int64_t end = ticksTo(m_stretch.toTarget(shownTo), m_base);
     packet->pts = ticksTo(m_stretch.toTarget(times.pts), m_base);
-    // What only others need, from beyond the end, is shown for a moment too short to see.
-    if (times.pts >= m_stretch.sourceEnd - kSliverTicks)
-        packet->pts = end - ++m_beyond;
+    // What only others need, from beyond the end, stands where the edit list ends, for no time.
+    if (cutOff || times.pts >= m_stretch.sourceEnd - kSliverTicks)
+        packet->pts = end;
     packet->dts = ticksTo(m_stretch.toTarget(times.dts), m_base);
     packet->duration = std::max<std::int64_t>(end - packet->pts, 0);
     if (m_lastDts && packet->dts <= *m_lastDts)
@@ -134,9 +139,14 @@ int PacketCopier::take(AVPacket& packet, const Times& times) {
     av_packet_move_ref(copy.get(), &packet);
     if (times.dts >= m_stretch.sourceEnd - kSliverTicks)
         return 1;
-    if (times.pts >= m_stretch.sourceEnd - kSliverTicks && m_held.size() < kMostHeld) {
-        m_held.emplace_back(std::move(copy), times);
-        return 0;
+    const bool cutOff = isCutOff(*copy, times);
+    if (cutOff || times.pts >= m_stretch.sourceEnd - kSliverTicks) {
+        if (m_held.size() < kMostHeld) {
+            m_held.emplace_back(std::move(copy), times);
+            return 0;
+        }
+        if (cutOff)
+            return 0; // no coding reaches so far
     }
     if (const int code = giveHeld(); code < 0)
         return code;
@@ -182,7 +192,6 @@ Result<void> PacketCopier::copy(PlannedSegment& segment, bool first) {
     m_source = std::move(*source);
     m_stretch = segment.stretch;
     m_begun = m_skipped = false;
-    m_beyond = 0;
     m_expected.reset();
     m_held.clear();
     if (m_stretch.sourceStart > kCopyShortestSeek && !m_source->seekBefore(m_stretch.sourceStart) &&

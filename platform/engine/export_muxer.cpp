@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace clipheave::platform {
 
@@ -207,7 +208,11 @@ Result<void> LaneWriter::writeNewest(std::size_t lane) {
     const Ticks time = ticksOf(packet.dts, base).value_or(0);
     packet.stream_index = written.stream->index;
     av_packet_rescale_ts(&packet, base, written.stream->time_base);
+    // A packet for no time is meant so; by the rate the library would give it some.
+    AVRational& rate = written.stream->avg_frame_rate;
+    const AVRational known = std::exchange(rate, packet.duration == 0 ? AVRational{0, 1} : rate);
     const int code = av_write_frame(m_output.context(), &packet);
+    rate = known;
     if (code == AVERROR(EPERM) || code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA ||
         code == AVERROR_PATCHWELCOME)
         return cannotHold(

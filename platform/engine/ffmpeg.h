@@ -47,6 +47,13 @@ inline constexpr std::int64_t kNoTimestamp = INT64_MIN; // AV_NOPTS_VALUE
 /// What an error code of the libraries means, in plain words.
 [[nodiscard]] QString ffmpegText(int code);
 
+/// Where the presentation of an opened file begins, in microseconds. Deliberate: a start below zero
+/// is sound that the decoder swallows; 0 stays 0 then, so that pictures, sound and chapters stay
+/// where they are.
+inline std::int64_t startMicroseconds(const AVFormatContext& context) {
+    return context.start_time > 0 ? context.start_time : 0;
+}
+
 inline double seconds(AVRational rational) {
     return rational.num > 0 && rational.den > 0 ? av_q2d(rational) : 0;
 }

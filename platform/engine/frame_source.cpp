@@ -80,11 +80,10 @@ std::int64_t presentationStart(const AVFormatContext& context, const AVStream& f
     const std::int64_t own = film.start_time == kNoTimestamp ? 0 : film.start_time;
     if (context.start_time == kNoTimestamp)
         return own;
+    const std::int64_t start = startMicroseconds(context);
     // The film's own time is exact, the file's is rounded.
     const std::int64_t rounded = av_rescale_q(own, film.time_base, AV_TIME_BASE_Q);
-    return rounded == context.start_time
-               ? own
-               : av_rescale_q(context.start_time, AV_TIME_BASE_Q, film.time_base);
+    return rounded == start ? own : av_rescale_q(start, AV_TIME_BASE_Q, film.time_base);
 }
 
 class DecodedFilm final : public FrameSource {

@@ -68,7 +68,8 @@ QString ffmpegText(int code) {
 }
 
 QString codingText(AVCodecID codec) {
-    return QString::fromLatin1(avcodec_get_name(codec)).toUpper();
+    const QString name = QString::fromLatin1(avcodec_get_name(codec)).toUpper();
+    return name.startsWith(u"PCM_") ? QStringLiteral("PCM") : name;
 }
 
 tl::unexpected<Error> cannotHold(const char* operation, const AVFormatContext& output,

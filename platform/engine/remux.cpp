@@ -105,10 +105,8 @@ Result<QStringList> addStreams(const AVFormatContext& source, FileOutput& output
 /// Keeps the time stamps of one stream as a writer must have them: present and rising.
 class TimestampRepair {
 public:
-    TimestampRepair(const AVStream& stream, std::int64_t startMicroseconds)
-        : m_shift(startMicroseconds == kNoTimestamp
-                      ? 0
-                      : av_rescale_q(startMicroseconds, kMicroseconds, stream.time_base)) {}
+    TimestampRepair(const AVStream& stream, const AVFormatContext& source)
+        : m_shift(av_rescale_q(startMicroseconds(source), kMicroseconds, stream.time_base)) {}
 
     void apply(AVPacket& packet) {
         if (packet.dts == kNoTimestamp)
@@ -137,7 +135,7 @@ Result<void> copyPackets(AVFormatContext& source, FileOutput& output,
     std::vector<int> targets; // by source stream; -1: not wanted
     int wanted = 0;
     for (unsigned i = 0; i < source.nb_streams; ++i) {
-        repairs.emplace_back(*source.streams[i], source.start_time);
+        repairs.emplace_back(*source.streams[i], source);
         targets.push_back(source.streams[i]->discard == AVDISCARD_ALL ? -1 : wanted++);
     }
     const double total = source.duration > 0 ? static_cast<double>(source.duration) * 1e-6 : 0;

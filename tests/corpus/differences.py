@@ -166,11 +166,6 @@ A name of 255 bytes has no room for what these jobs add.
   made/nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.mp4 frames failed
 The reading ends after the first of its pictures.
   video/exiftool__Flash.flv mute failed
-The picture that is shown at the very end of the edit list is kept too.
-  video/media__sample_sef_slow_motion.mp4 slow pictures
-The sound begins 23 ms before the film's zero, which the copy counts from: chapters and film stand that much later.
-  video/media__sample_with_chapters.mkv mov chapters
-  video/media__sample_with_chapters.mkv mov start
 Pure colours side by side: their halved colours fall on other lines when the picture was turned first.
   made/rgb.mov rotate90 ssim
   made/rgb.mov rotate270 ssim

@@ -194,6 +194,32 @@ TEST_F(Engine, RemuxKeepsEveryPacket) {
     }
 }
 
+TEST_F(Engine, SoundBeforeTheStartMovesNeitherFilmNorChapters) {
+    const QString chapters = m_dir.write(
+        QStringLiteral("list.txt"),
+        ";FFMETADATA1\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=1000\ntitle=One\n[CHAPTER]\n"
+        "TIMEBASE=1/1000\nSTART=1000\nEND=2000\ntitle=Two\n");
+    const QString source =
+        make(QStringLiteral("early.mkv"),
+             QStringLiteral(
+                 "-f ffmetadata -i %1 -map_chapters 2 -c:v mpeg4 -bf 0 -c:a libopus -ar 48000")
+                 .arg(chapters)
+                 .split(u' '));
+    ASSERT_LT(ffprobe(source, "format=start_time").toDouble(), -0.005) << "the decoder's run-in";
+    const QString target = m_dir.path(QStringLiteral("out.mp4"));
+    ASSERT_TRUE(m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse, {}));
+    const auto times = [&](const char* entries, qsizetype line) {
+        return ffprobe(target, entries).split('\n').at(line).toDouble() -
+               ffprobe(source, entries).split('\n').at(line).toDouble();
+    };
+    EXPECT_NEAR(times("chapter=start_time", 1), 0, 0.002);
+    EXPECT_NEAR(times("stream=start_time", 0), 0, 0.002) << "of the film";
+    const auto shown = m_engine->openFrames(source, {});
+    ASSERT_TRUE(shown);
+    ASSERT_TRUE((*shown)->frameAt({1, 1}));
+    EXPECT_NEAR(CMTimeGetSeconds((*shown)->shownTime()), 0.967, 0.001) << "as the file says";
+}
+
 TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
     const QString source =
         make(QStringLiteral("s.mkv"), QStringLiteral("-c:v libx264 -c:a pcm_s16le").split(u' '));
@@ -202,7 +228,7 @@ TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
         m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse, {});
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().code, ErrorCode::NotSupported);
-    EXPECT_TRUE(refused.error().detail.contains(QLatin1String("pcm_s16le")));
+    EXPECT_EQ(refused.error().detail, u"MP4 files cannot hold PCM");
     EXPECT_FALSE(QFileInfo::exists(target));
     // A QuickTime movie holds it, whatever the file is called.
     ASSERT_TRUE(

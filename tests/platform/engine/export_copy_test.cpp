@@ -86,6 +86,17 @@ TEST_F(ExportCopyTest, StretchesCutsAndJoinsWithoutEncoding) {
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration"), "1.260000");
 
+    // Pictures that the source's edit list hides at its end, though those before need them.
+    QByteArray shorter = testkit::TempDir::read(source);
+    const auto length = shorter.indexOf("elst") + 12;
+    ASSERT_EQ(shorter.mid(length, 4), testkit::be(3000, 4));
+    shorter.replace(length, 4, testkit::be(2960, 4));
+    const QString hiding = m_dir.write(QStringLiteral("hiding.mp4"), shorter);
+    plan.video->segments = plan.sound->segments = {segment(hiding, 0, 3)};
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "v", "packet=flags").count("D"), 1);
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=duration"), "2.960000");
+
     plan.video->segments = plan.sound->segments = {segment(source, 0, 3), segment(source, 0, 3, 3)};
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "6.000000,150");
