@@ -233,8 +233,9 @@ private:
     void startVideoJob(VideoWorker worker, const QString& activity, const QString& title,
                        const std::vector<media::ItemPointer>& items);
     void watchProgress(const std::shared_ptr<WriteRun>& run);
-    static void addSizes(WriteRun& run, const metadata::WriteOutcome& outcome);
-    void takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome);
+    struct FileSizes;
+    [[nodiscard]] static FileSizes sizesOf(const metadata::WriteOutcome& outcome);
+    void takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome, const FileSizes& sizes);
     void connectRename();
     void refreshRenameItems();
     void startRename(const std::shared_ptr<RenameRun>& run, const QString& title);

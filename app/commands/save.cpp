@@ -176,11 +176,14 @@ AppDelegate::beginRun(const QString& title, const std::vector<media::ItemPointer
     return run;
 }
 
-/// Outcomes arrive on export threads; the run's own state lives on this one.
+/// Outcomes arrive on export threads, where the files are looked at; the run's own state lives on
+/// the main thread.
 metadata::OutcomeHandler AppDelegate::outcomesTo(const std::shared_ptr<WriteRun>& run) {
     return [this, run = run.get()](const metadata::WriteOutcome& outcome) {
         QMetaObject::invokeMethod(
-            this, [this, run, outcome] { takeOutcome(*run, outcome); }, Qt::QueuedConnection);
+            this,
+            [this, run, outcome, sizes = sizesOf(outcome)] { takeOutcome(*run, outcome, sizes); },
+            Qt::QueuedConnection);
     };
 }
 
@@ -230,35 +233,35 @@ void AppDelegate::takeLogLine(const platform::LogLine& line) {
                        run != m_writeRuns.end() ? run->first : 0);
 }
 
-void AppDelegate::addSizes(WriteRun& run, const metadata::WriteOutcome& outcome) {
+AppDelegate::FileSizes AppDelegate::sizesOf(const metadata::WriteOutcome& outcome) {
+    if (outcome.outputs.isEmpty())
+        return {};
     const auto& files = platform::NSFileManager::defaultManager();
     const auto before = files.attributesOfItemAtPath(outcome.source);
-    const auto after = files.attributesOfItemAtPath(outcome.outputs.value(0));
-    if (!before || !after)
-        return;
-    run.bytesBefore += before->NSFileSize;
-    run.bytesAfter += after->NSFileSize;
+    const auto after = files.attributesOfItemAtPath(outcome.outputs.first());
+    return {before ? before->NSFileSize : 0, after ? after->NSFileSize : 0};
 }
 
-void AppDelegate::takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome) {
+void AppDelegate::takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome,
+                              const FileSizes& sizes) {
     ActivityFile file{outcome.source, outcome.outputs, stateOf(outcome.status), outcome.message};
-    if (file.note.isEmpty() && !outcome.outputs.isEmpty())
-        if (const auto attributes =
-                platform::NSFileManager::defaultManager().attributesOfItemAtPath(
-                    outcome.outputs.first()))
-            file.note = sizeText(attributes->NSFileSize);
-    if (run.tellsSizes && outcome.status == metadata::WriteStatus::Completed)
-        addSizes(run, outcome);
+    if (outcome.outputs.size() == 1 && sizes.after > 0)
+        file.note = sizeText(sizes.after) +
+                    (file.note.isEmpty() ? QString() : QStringLiteral("; ") + file.note);
+    if (run.tellsSizes && outcome.status == metadata::WriteStatus::Completed && sizes.before > 0) {
+        run.sizes.before += sizes.before;
+        run.sizes.after += sizes.after;
+    }
     m_activity->fileFinished(run.job, file);
     if (outcome.status == metadata::WriteStatus::Failed)
         m_activity->addLog(outcome.message, outcome.source, true, run.job);
     run.outputs += outcome.outputs;
     if (--run.left > 0)
         return;
-    m_activity->endJob(run.job,
-                       run.bytesAfter > 0 && m_activity->job(run.job)->failed == 0
-                           ? tr("%1 to %2").arg(sizeText(run.bytesBefore), sizeText(run.bytesAfter))
-                           : QString());
+    m_activity->endJob(
+        run.job, run.sizes.after > 0 && m_activity->job(run.job)->failed == 0
+                     ? tr("%1 to %2").arg(sizeText(run.sizes.before), sizeText(run.sizes.after))
+                     : QString());
     if (!run.outputs.isEmpty())
         platform::NSWorkspace::sharedWorkspace().selectFiles(run.outputs);
     m_writeRuns.erase(run.job); // the last use of the run

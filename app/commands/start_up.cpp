@@ -11,6 +11,7 @@
 #include "platform/foundation/log.h"
 #include "platform/foundation/notification_center.h"
 #include "platform/media/av_asset_export_session.h"
+#include "platform/media/export_queue.h"
 #include "platform/player/mpv_player.h"
 #include "platform/workspace/system_version.h"
 
@@ -32,6 +33,7 @@ AppDelegate::AppDelegate(std::unique_ptr<platform::NSUserDefaults> defaults, QOb
       m_activity(std::make_unique<ActivityModel>()),
       m_mediaController(std::make_unique<MediaListModel>()) {
     s_controller = this;
+    platform::ExportQueue::shared().giveWayToOthers();
     observeNotifications();
     takeLogLines();
 }

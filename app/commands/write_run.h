@@ -8,6 +8,11 @@
 
 namespace clipheave::app {
 
+/// Bytes of a source and of its first output; of what is not there 0.
+struct AppDelegate::FileSizes {
+    std::uint64_t before = 0, after = 0;
+};
+
 /// One press of a command that writes outputs: what is still under way and what came out. Lives
 /// until the last outcome, on the main thread; the functions keep their writer alive.
 struct AppDelegate::WriteRun {
@@ -15,7 +20,7 @@ struct AppDelegate::WriteRun {
     int left = 0;
     QStringList outputs;
     bool tellsSizes = false; ///< the job is about sizes: its summary tells them
-    std::uint64_t bytesBefore = 0, bytesAfter = 0; ///< of what came out well
+    FileSizes sizes;         ///< of what came out well
     QSet<QString> sources;
     std::function<metadata::RunProgress()> progress = [] { return metadata::RunProgress(); };
     std::function<void()> cancel = [] {};

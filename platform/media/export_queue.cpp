@@ -2,11 +2,29 @@
 #include "platform/media/export_queue.h"
 
 #include "platform/foundation/file_manager.h"
+#include "platform/foundation/log.h"
 
 #include <algorithm>
 #include <utility>
 
+#include <sched.h>
+#include <unistd.h>
+
 namespace clipheave::platform {
+
+namespace {
+
+constexpr int kGivesWay = 10; // steps of niceness: a tenth of the weight
+
+/// This thread and those that it starts, which have its priority.
+void lowerPriority() {
+    const sched_param none{};
+    // Both are kindness alone: where the system refuses, exports run as they are.
+    if (::sched_setscheduler(0, SCHED_BATCH, &none) != 0 || ::nice(kGivesWay) == -1)
+        log(LogLevel::Trace, QStringLiteral("exports keep their priority"));
+}
+
+} // namespace
 
 ExportQueue& ExportQueue::shared() {
     static ExportQueue queue;
@@ -73,6 +91,8 @@ void ExportQueue::finishRound(std::unique_lock<std::mutex>& lock) {
 }
 
 void ExportQueue::work() {
+    if (m_givesWay)
+        lowerPriority();
     DeferredFolderSyncs deferred;
     std::unique_lock lock(m_mutex);
     while (true) {

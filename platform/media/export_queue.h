@@ -3,6 +3,7 @@
 
 #include <QStringList>
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -25,6 +26,10 @@ public:
     ExportQueue& operator=(const ExportQueue&) = delete;
 
     void add(std::function<void()> job);
+    /// From now on jobs, with all threads that they start, give way to the other threads of the
+    /// program: a window stays quick while they run on all cores. Where nothing else wants to run
+    /// they are as fast as before. Not to be taken back; to be called before the first job.
+    void giveWayToOthers() { m_givesWay = true; }
     /// 1 or more. Jobs beyond a lowered limit run to their end.
     void setMaximum(int count);
     /// Returns when nothing waits or runs. Not to be called from a job.
@@ -44,6 +49,7 @@ private:
     QStringList m_changedFolders; ///< their new names are not durable yet
     std::size_t m_maximum = 1, m_running = 0;
     bool m_stopping = false;
+    std::atomic<bool> m_givesWay = false;
 };
 
 } // namespace clipheave::platform

@@ -10,11 +10,16 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDir>
-#include <QProcess>
 #include <QStandardPaths>
 
 #include <array>
+#include <csignal>
+#include <thread>
+
+#include <fcntl.h>
 #include <pwd.h>
+#include <spawn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace clipheave::platform {
@@ -37,17 +42,37 @@ bool hasDesktop() {
            !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
+/// In a session of its own, with nothing to read or write. A plain fork, as QProcess does it,
+/// copies the page tables of the whole program first: while films are encoded the window would
+/// hang.
+bool startHandler(QByteArray url) {
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawnattr_init(&attributes);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_RDWR, 0);
+    sigset_t none;
+    sigemptyset(&none); // threads of the command line block signals
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK);
+    char name[] = "xdg-open";
+    char* const arguments[] = {name, url.data(), nullptr};
+    pid_t pid = 0;
+    const bool started =
+        ::posix_spawnp(&pid, name, &actions, &attributes, arguments, ::environ) == 0;
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    if (started) // its end is taken by a thread that nobody waits for
+        std::thread([pid] { ::waitpid(pid, nullptr, 0); }).detach();
+    return started;
+}
+
 bool openEncoded(const QString& url) {
     // Without a desktop the handler would start a text browser that nobody sees.
     if (!hasDesktop())
         return false;
-    QProcess handler;
-    handler.setProgram(QStringLiteral("xdg-open"));
-    handler.setArguments({url});
-    handler.setStandardInputFile(QProcess::nullDevice());
-    handler.setStandardOutputFile(QProcess::nullDevice());
-    handler.setStandardErrorFile(QProcess::nullDevice());
-    return handler.startDetached();
+    return startHandler(url.toUtf8());
 }
 
 void logPaths(const QStringList& paths) {
