@@ -28,6 +28,38 @@ constexpr std::int32_t kTimescale = 600;
 /// Seconds; a file that claims more ends much earlier, and the walk with it.
 constexpr double kLongestFilm = 1e9;
 
+/// After so many pictures in a row that cannot be decoded nothing is hoped for any more: a header
+/// may promise thousands of hours.
+constexpr int kMostFailures = 600;
+
+/// Judges pictures that could not be had.
+class PictureFailures {
+public:
+    void succeeded() { m_inARow = 0; }
+    /// One that the film should have.
+    void missed() { ++m_count; }
+    /// False when there is no use in asking for later ones.
+    [[nodiscard]] bool goesOnAfter(const Error& error) {
+        // The film ends before its file says so.
+        if (error.code == ErrorCode::InvalidArgument)
+            return false;
+        m_reason = error;
+        return error.code != ErrorCode::NotSupported && ++m_inARow < kMostFailures;
+    }
+    [[nodiscard]] int count() const { return m_count; }
+    /// Why there is no picture at all.
+    [[nodiscard]] tl::unexpected<Error> none(const QString& path) const {
+        if (m_reason && m_reason->code == ErrorCode::NotSupported)
+            return tl::unexpected(*m_reason);
+        return failure(ErrorCode::InvalidData, QStringLiteral("read frames"), path,
+                       QStringLiteral("no frame could be decoded"));
+    }
+
+private:
+    int m_count = 0, m_inARow = 0;
+    std::optional<Error> m_reason; ///< of the latest
+};
+
 tl::unexpected<Error> stopped(const QString& path) {
     return failure(ErrorCode::Cancelled, QStringLiteral("read frames"), path);
 }
@@ -73,28 +105,32 @@ Result<QStringList> writeGif(const QString& source, const QString& target,
         log(LogLevel::Info, QStringLiteral("Failed to create GIF destination"), source);
         return tl::unexpected(prepared.error());
     }
-    std::size_t frames = 0, missing = 0;
+    std::size_t frames = 0;
+    PictureFailures failures;
     for (double t = 0; t < duration; t += 1) {
         if (!progress(t / duration))
             return stopped(source);
         const auto frame = film->generator.copyCGImageAtTime(CMTimeMakeWithSeconds(t, kTimescale));
-        if (!frame && frame.error().code == ErrorCode::InvalidArgument)
-            break; // the film ends before its file says so
-        if (frame)
-            if (const auto added = CGImageDestinationAddImage(**destination, *frame); !added)
-                return tl::unexpected(added.error());
-        ++(frame ? frames : missing);
+        if (!frame) {
+            if (!failures.goesOnAfter(frame.error()))
+                break;
+            failures.missed();
+            continue;
+        }
+        failures.succeeded();
+        ++frames;
+        if (const auto added = CGImageDestinationAddImage(**destination, *frame); !added)
+            return tl::unexpected(added.error());
     }
     if (frames == 0)
-        return failure(ErrorCode::InvalidData, QStringLiteral("read frames"), source,
-                       QStringLiteral("no frame could be decoded"));
+        return failures.none(source);
     if (const auto finalized = CGImageDestinationFinalize(**destination); !finalized) {
         log(LogLevel::Info, QStringLiteral("Failed to finalize GIF destination"), source);
         return tl::unexpected(finalized.error());
     }
-    if (missing == 0)
+    if (failures.count() == 0)
         return QStringList();
-    return QStringList{QStringLiteral("%1 frames could not be decoded").arg(missing)};
+    return QStringList{QStringLiteral("%1 frames could not be decoded").arg(failures.count())};
 }
 
 /// The picture as TIFF under `path`, with the dates of the film. The new name is not durable yet.
@@ -148,11 +184,10 @@ public:
             return tl::unexpected(written.error());
         syncFolders({m_folder});
         if (m_outputs->isEmpty())
-            return failure(ErrorCode::InvalidData, QStringLiteral("read frames"), m_source,
-                           QStringLiteral("no frame could be decoded"));
+            return m_failures.none(m_source);
         QStringList notes{QStringLiteral("%1 pictures").arg(m_outputs->size())};
-        if (m_failed > 0)
-            notes.append(QStringLiteral("%1 could not be decoded").arg(m_failed));
+        if (m_failures.count() > 0)
+            notes.append(QStringLiteral("%1 could not be decoded").arg(m_failures.count()));
         return notes;
     }
 
@@ -173,14 +208,17 @@ private:
         for (auto time = times.rbegin(); time != times.rend(); ++time) {
             const auto frame =
                 generator.copyCGImageAtTime(CMTimeMakeWithSeconds(*time, kTimescale));
-            if (frame)
+            if (frame) {
+                m_failures.succeeded();
                 return write(*frame, static_cast<int>(times.front()));
-            if (frame.error().code == ErrorCode::InvalidArgument)
-                m_ended = true; // the film ends before its file says so
+            }
+            if (!m_failures.goesOnAfter(frame.error()))
+                m_ended = true;
             log(LogLevel::Info,
                 QStringLiteral("Error while extracting image: ") + frame.error().text(), m_source);
         }
-        m_failed += m_ended ? 0 : 1;
+        if (!m_ended)
+            m_failures.missed();
         return {};
     }
 
@@ -214,8 +252,8 @@ private:
     FileAttributes m_dates;
     std::future<Result<void>> m_writing;
     QString m_writingPath;
+    PictureFailures m_failures;
     bool m_ended = false;
-    int m_failed = 0;
 };
 
 WriteStatus endOf(const AVAssetExportSession& session) {

@@ -265,6 +265,51 @@ TEST_F(Jobs, PicturesAreThoseOfTheirSeconds) {
     EXPECT_EQ(failed[1].status, WriteStatus::Failed);
 }
 
+TEST_F(Jobs, FilmsThatLieFailPlainlyOrGiveWhatTheyHold) {
+    const QByteArray whole = testkit::TempDir::read(film("clip.mp4"));
+    const auto lying = [&](const char* name, const std::vector<std::pair<const char*, int>>& places,
+                           const QByteArray& bytes) {
+        QByteArray film = whole;
+        for (const auto& [box, offset] : places)
+            for (auto at = film.indexOf(box); at > 0; at = film.indexOf(box, at + 4))
+                film.replace(at + offset, bytes.size(), bytes);
+        return m_dir.write(QString::fromLatin1(name), film);
+    };
+    const std::vector<std::pair<const char*, int>> durations{
+        {"mvhd", 20}, {"tkhd", 24}, {"elst", 12}, {"mdhd", 20}};
+    const QStringList films{lying("none.mp4", durations, testkit::be(0, 4)),
+                            lying("long.mp4", durations, testkit::be(1'000'000'000, 4)),
+                            lying("coding.mp4", {{"avc1", 0}}, "zzzz")};
+    const struct {
+        Worker worker;
+        QString title;
+        QStringList files;
+    } jobs[] = {
+        {&VideoJobs::RotateVideoMediaFileFileThreader,
+         video::rotateTitles().at(0),
+         {u"long.mp4"_qs}},
+        {&VideoJobs::RemoveAudioMediaFileFileThreader, {}, {u"long.mp4"_qs}},
+        {&VideoJobs::ConvertGIFMediaFileFileThreader, {}, {u"long.gif"_qs}},
+        {&VideoJobs::ExtractImagesMediaFileFileThreader,
+         {},
+         {u"long_0.jpg"_qs, u"long_1.jpg"_qs, u"long_2.jpg"_qs}},
+    };
+    for (const auto& [worker, title, files] : jobs) {
+        const auto outcomes = run(worker, title, films);
+        ASSERT_EQ(outcomes.size(), 3U);
+        EXPECT_THAT(outcomes[0].message.toStdString(), HasSubstr("it has no duration"));
+        EXPECT_EQ(outcomes[1].status, WriteStatus::Completed) << outcomes[1].message.toStdString();
+        EXPECT_THAT(outcomes[2].message.toStdString(), HasSubstr("no decoder"));
+        EXPECT_EQ(filesOut(), files);
+        if (files.first() == u"long.mp4") {
+            EXPECT_NEAR(probe(out("long.mp4"))[u"streams"][0][u"duration"].toString().toDouble(), 3,
+                        0.04);
+        }
+        for (const QString& file : files)
+            ASSERT_TRUE(QFile::remove(out() + file));
+    }
+}
+
 TEST_F(Jobs, RemoveSoundLeavesASilentTrack) {
     QStringList lines;
     const platform::LogSubscription subscription(
