@@ -2,6 +2,7 @@
 #include "platform/engine/export_plan_reader.h"
 
 #include "platform/engine/file_input.h"
+#include "platform/engine/plain_words.h"
 
 #include <QFileInfo>
 
@@ -57,9 +58,11 @@ Result<void> checkFacts(const ExportSource& source, bool decoded) {
     const bool film = codec.codec_type == AVMEDIA_TYPE_VIDEO;
     if (decoded && avcodec_find_decoder(codec.codec_id) == nullptr)
         return source.failed(ErrorCode::NotSupported,
-                             QStringLiteral("no decoder for the ") +
-                                 (film ? QStringLiteral("film (") : QStringLiteral("sound (")) +
-                                 QString::fromLatin1(avcodec_get_name(codec.codec_id)) + u')');
+                             QStringLiteral("no decoder for the %1 (%2)")
+                                 .arg(film ? QStringLiteral("film") : QStringLiteral("sound"),
+                                      codec.codec_id == AV_CODEC_ID_NONE
+                                          ? QStringLiteral("of an unknown coding")
+                                          : codingText(codec.codec_id)));
     if (film && (codec.width <= 0 || codec.height <= 0))
         return source.failed(ErrorCode::InvalidData,
                              QStringLiteral("nothing of the film can be decoded"));

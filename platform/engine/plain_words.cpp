@@ -16,6 +16,14 @@ QString containerText(const AVOutputFormat& format) {
     return QStringLiteral("files of this kind");
 }
 
+/// Without that it is no question of the coding.
+bool tellsItsShape(const AVCodecParameters& codec) {
+    if (codec.codec_type == AVMEDIA_TYPE_VIDEO)
+        return codec.width > 0 && codec.height > 0;
+    return codec.codec_type != AVMEDIA_TYPE_AUDIO ||
+           (codec.sample_rate > 0 && codec.ch_layout.nb_channels > 0);
+}
+
 /// Whether a file with nothing but this stream can be begun.
 bool canBegin(const AVFormatContext& output, const AVStream& stream) {
     AVFormatContext* context = nullptr;
@@ -58,7 +66,7 @@ QString ffmpegText(int code) {
     case AVERROR_UNKNOWN:
         return QStringLiteral("it cannot be processed");
     case AVERROR(EINVAL):
-        return QStringLiteral("its properties contradict each other");
+        return QStringLiteral("its properties are missing or wrong");
     default:
         break;
     }
@@ -81,9 +89,11 @@ tl::unexpected<Error> cannotHold(const char* operation, const AVFormatContext& o
 
 QStringList refusedCodings(const AVFormatContext& output) {
     QStringList refused;
-    for (unsigned i = 0; i < output.nb_streams; ++i)
-        if (const AVStream& stream = *output.streams[i]; !canBegin(output, stream))
+    for (unsigned i = 0; i < output.nb_streams; ++i) {
+        const AVStream& stream = *output.streams[i];
+        if (tellsItsShape(*stream.codecpar) && !canBegin(output, stream))
             refused << codingText(stream.codecpar->codec_id);
+    }
     return refused;
 }
 

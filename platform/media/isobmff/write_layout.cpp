@@ -70,9 +70,11 @@ Result<void> loadMovieHeader(SourceFile& source) {
         return failure(ErrorCode::InvalidData, operation, source.reader.path(),
                        QStringLiteral("there is none"));
     if (moov->cut)
-        return failure(ErrorCode::Truncated, operation, source.reader.path());
+        return failure(ErrorCode::Truncated, operation, source.reader.path(),
+                       QStringLiteral("the file ends within it"));
     if (moov->payloadSize() > kMaxMoovSize)
-        return failure(ErrorCode::LimitExceeded, operation, source.reader.path());
+        return failure(ErrorCode::LimitExceeded, operation, source.reader.path(),
+                       QStringLiteral("it is too large"));
     source.moovIndex = static_cast<std::size_t>(moov - source.boxes.begin());
     auto bytes = source.reader.read(moov->payloadOffset(), moov->payloadSize());
     if (!bytes)

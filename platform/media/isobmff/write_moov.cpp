@@ -16,6 +16,11 @@ tl::unexpected<Error> headerFailure(ErrorCode code, const QString& detail) {
     return failure(code, kRebuildHeader, {}, detail);
 }
 
+tl::unexpected<Error> cutBox(const Box& box) {
+    return headerFailure(ErrorCode::InvalidData,
+                         QStringLiteral("its part \"%1\" is cut off").arg(fourCcText(box.type)));
+}
+
 /// Tracks whose samples lie in other files: their offsets are none of this file.
 enum class SampleHome { ThisFile, OtherFiles, Both };
 
@@ -73,7 +78,7 @@ struct MovieHeaderBuilder::Pass {
         BoxWalker walker(payload);
         while (const auto box = walker.next()) {
             if (box->cut)
-                return headerFailure(ErrorCode::InvalidData, fourCcText(box->type));
+                return cutBox(*box);
             const auto done = sampleBox(walker, *box);
             if (!done)
                 return done;
@@ -128,7 +133,7 @@ Result<void> MovieHeaderBuilder::check() const {
             return headerFailure(ErrorCode::NotSupported, QStringLiteral("it is compressed"));
         // A box that reaches over the end would swallow what is written behind it.
         if (box->cut)
-            return headerFailure(ErrorCode::InvalidData, fourCcText(box->type));
+            return cutBox(*box);
     }
     if (!walker.problem().isNull())
         return headerFailure(ErrorCode::InvalidData, walker.problem());
