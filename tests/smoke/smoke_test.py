@@ -233,6 +233,52 @@ class MouseTest(WindowTest):
         self.assertEqual(self.user.process.wait(desktop.PATIENCE), 0)
 
 
+class VideoJobTest(WindowTest):
+    noise = WindowTest.noise + ("late.mp4", "Export failed: ", "11111", "22222", "cancelled")
+
+    def film(self, name, seconds):
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", f"testsrc2=size=960x540:duration={seconds}",
+                        "-f", "lavfi", "-i", f"sine=duration={seconds}", "-c:v", "libx264", "-preset", "ultrafast",
+                        "-c:a", "aac", "-metadata", "title=Tide", self.work / name], check=True)
+
+    def prepare(self):
+        self.work = self.desktop.folder / "films"
+        self.work.mkdir()
+        self.addCleanup(shutil.rmtree, self.work)
+        self.film("a.mp4", 40)
+        self.film("b.mov", 40)
+        (self.work / "late.mp4").write_text("not yet a film")
+
+    def test_cancel_and_try_again(self):
+        user = self.user
+        job = "Compress, Medium video quality"
+        out = storage(user)
+        before = set(out.rglob("*.*"))
+        user.add(self.work, 3)
+        user.select("a.mp4")
+        user.hands.key("Ctrl+a")
+        user.click("button menu", "Compress")
+        eventually(user.hands.menu_is_open, "the menu is open")
+        user.hands.key("Down", "Down", "Return")
+        # The file that is no film opens the panel.
+        eventually(lambda: user.tree.find("table", "Tasks") and user.tasks()[0][0] == job, "the job is listed")
+        user.click_on(user.cells("Tasks")[0][1])
+        files = user.get("list", "Files")
+        eventually(lambda: any(re.match(r"(a\.mp4|b\.mov), running, \d+%", node.name) for node in files.children),
+                   lambda: f"progress, but {[node.name for node in files.children]}")
+        user.click("push button", "Cancel")
+        user.task_done(job, "1 failed, 2 cancelled")
+        self.assertEqual(set(out.rglob("*.*")), before, "something half done is left")
+        self.film("late.mp4", 1)
+        user.click("push button", "Try Again")
+        eventually(lambda: re.fullmatch(r"[\d.]+ KB to [\d.]+ KB", user.tasks()[0][1]), lambda: user.tasks())
+        self.assertEqual(user.tasks()[0][0], job)
+        made = out / "films/late.mp4"  # the folder was imported: its films keep their places in it
+        self.assertEqual(set(out.rglob("*.*")) - before, {made})
+        self.assertEqual(title_of(made), "Tide")
+        self.assertEqual(sorted(path.name for path in self.work.iterdir()), ["a.mp4", "b.mov", "late.mp4"])
+
+
 class KeyboardTest(WindowTest):
     """Without a mouse."""
 
