@@ -20,6 +20,8 @@ constexpr Ticks kSeekMargin = kTicksPerSecond * 10;
 constexpr Ticks kSoundPreroll = kTicksPerSecond / 4;
 /// So much may be missing at the end of a file.
 constexpr Ticks kToleratedCut = kTicksPerSecond / 2;
+/// Packets from a place found by its time; more than lie between a key frame and the end.
+constexpr int kMostLookedAt = 2000;
 constexpr const char* kSourceText = "read the source";
 
 constexpr int kIndexedReadAhead = 4 << 10;
@@ -143,6 +145,24 @@ bool ExportSource::rewind() {
     return avformat_seek_file(&context(), m_stream->index, INT64_MIN, INT64_MIN, INT64_MAX, 0) >=
                0 ||
            av_seek_frame(&context(), -1, 0, AVSEEK_FLAG_BYTE) >= 0;
+}
+
+bool ExportSource::fileReaches(Ticks time) {
+    AVFormatContext& from = context();
+    for (unsigned i = 0; i < from.nb_streams; ++i)
+        from.streams[i]->discard = AVDISCARD_DEFAULT;
+    const std::int64_t wanted = ticksTo(time - kToleratedCut + m_origin, AV_TIME_BASE_Q);
+    const Packet packet(av_packet_alloc());
+    if (!packet || avformat_seek_file(&from, -1, INT64_MIN, wanted, INT64_MAX, 0) < 0)
+        return false;
+    for (int tried = 0; tried < kMostLookedAt && av_read_frame(&from, packet.get()) >= 0; ++tried) {
+        const AVRational base = from.streams[packet->stream_index]->time_base;
+        const auto end = ticksOf(std::max(packet->pts, packet->dts), base);
+        av_packet_unref(packet.get());
+        if (end && *end - m_origin >= time - kToleratedCut * 2)
+            return true;
+    }
+    return false;
 }
 
 Result<void> ExportSource::checkComplete() const {

@@ -33,6 +33,9 @@ public:
     [[nodiscard]] bool rewind();
     /// InvalidData when the file is shorter than its index says, so far as an index is there.
     [[nodiscard]] Result<void> checkComplete() const;
+    /// Whether the file, some stream of it, goes on about as far as `time`. At the end of the
+    /// reading: the place is another one afterwards.
+    [[nodiscard]] bool fileReaches(Ticks time);
     [[nodiscard]] int unreadable() const { return m_unreadable; }
 
     [[nodiscard]] tl::unexpected<Error> failed(ErrorCode code, const QString& detail) const;

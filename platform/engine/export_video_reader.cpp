@@ -13,7 +13,7 @@ namespace {
 constexpr AVRational kUsualRate{25, 1}; ///< where a file tells none
 /// Segments that begin earlier are read from the start of the file.
 constexpr Ticks kShortestSeek = kTicksPerSecond;
-/// A last picture that would stay longer is damage.
+/// A last picture that would stay longer is damage, unless something else goes on so long.
 constexpr Ticks kLongestLastPicture = kTicksPerSecond * 60;
 /// So much of the announced length may be missing at the end.
 constexpr Ticks kToleratedLoss = kTicksPerSecond * 2;
@@ -87,7 +87,8 @@ Result<VideoSegmentReader::Decoded> VideoSegmentReader::decodeFirst() {
 /// The last picture stays to the end of the stream, where that is told and can be.
 Ticks VideoSegmentReader::lastEnd(const Decoded& last) const {
     const auto end = m_source->announcedEnd();
-    const bool holds = end && *end > last.time && *end - last.time <= kLongestLastPicture;
+    const bool holds = end && *end > last.time &&
+                       (*end - last.time <= kLongestLastPicture || m_source->fileReaches(*end));
     return holds ? *end : last.time + std::min(last.duration, kLongestLastPicture);
 }
 
@@ -106,7 +107,7 @@ Result<void> VideoSegmentReader::checkBreak(Ticks end) {
     if (missing <= std::max(kToleratedLoss, wanted / 20))
         return {};
     const QString at = QString::number(ticksToSeconds(end), 'f', 1);
-    if (track || missing > wanted / 5)
+    if (track || (missing > wanted / 5 && !m_source->fileReaches(wanted)))
         return m_source->failed(ErrorCode::InvalidData,
                                 QStringLiteral("the film breaks off at %1 s").arg(at));
     m_endNote = QStringLiteral("%1: the film ends at %2 s, before the file does")

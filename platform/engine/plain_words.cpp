@@ -76,8 +76,8 @@ QString ffmpegText(int code) {
 }
 
 QString codingText(AVCodecID codec) {
-    const QString name = QString::fromLatin1(avcodec_get_name(codec)).toUpper();
-    return name.startsWith(u"PCM_") ? QStringLiteral("PCM") : name;
+    const QString name = QString::fromLatin1(avcodec_get_name(codec)).toUpper().replace(u'_', u' ');
+    return name.startsWith(u"PCM ") ? QStringLiteral("PCM") : name;
 }
 
 tl::unexpected<Error> cannotHold(const char* operation, const AVFormatContext& output,

@@ -218,6 +218,20 @@ TEST_F(ExportVideoTest, CutsToTheFrameAndStretchesTime) {
     EXPECT_EQ(ffprobe(m_out, "a", "stream=duration"), "6.000000");
 }
 
+TEST_F(ExportVideoTest, OnePictureForALongSoundIsWholeUnlessTheFileIsCut) {
+    const QString source = make("still.mkv", "-c:v libx264 -c:a aac",
+                                "testsrc2=d=0.04:s=192x128:r=25", "sine=d=90:r=44100");
+    EXPECT_EQ(exported(planFor(source, 90)), QStringList());
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "1");
+    for (const char* track : {"v", "a"})
+        EXPECT_NEAR(ffprobe(m_out, track, "stream=duration").toDouble(), 90, 0.03) << track;
+    const QByteArray bytes = testkit::TempDir::read(source);
+    const auto cut =
+        run(planFor(m_dir.write(QStringLiteral("cut.mkv"), bytes.left(bytes.size() / 2)), 90));
+    ASSERT_FALSE(cut);
+    EXPECT_EQ(cut.error().code, ErrorCode::InvalidData);
+}
+
 TEST_F(ExportVideoTest, APieceOfAStreamEndsWithItsLastPicture) {
     const QString film = make(
         "whole.mp4", "-an -c:v libx264 -g 25 -bf 0 -movflags frag_keyframe+empty_moov -shortest");
