@@ -21,8 +21,8 @@ namespace {
 
 constexpr int kFileRow = 22;
 constexpr int kFilesPadding = 6;
-constexpr int kShownFiles = 5; // the log gets the rest
-constexpr int kLeastTitle = 150;
+constexpr int kShownFiles = 5;                   // the log gets the rest
+constexpr int kLeastTitle = 7, kLeastResult = 3; // parts of the width
 
 /// The reason as far as the row does not say it already: without the path of its own file.
 QString shortNote(const ActivityFile& file) {
@@ -45,9 +45,13 @@ public:
         paintState(*painter, QRect(row.left(), row.top(), 16, row.height()), lookOf(state), true);
         painter->setFont(theme.font(FontRole::Cell));
         const QFontMetrics metrics(painter->font());
-        // The reason may take most of the row: it is what the row is looked at for.
-        const QString note = metrics.elidedText(index.data(JobFiles::NoteRole).toString(),
-                                                Qt::ElideRight, row.width() * 6 / 10);
+        // The reason may take most of the row, or all that a short name leaves: it is what the row
+        // is looked at for.
+        const int besideName =
+            row.width() - 24 - 12 - metrics.horizontalAdvance(index.data().toString());
+        const QString note =
+            metrics.elidedText(index.data(JobFiles::NoteRole).toString(), Qt::ElideRight,
+                               std::max(row.width() * 6 / 10, besideName));
         const int noteWidth = metrics.horizontalAdvance(note);
         const QRect name = row.adjusted(24, 0, -noteWidth - (noteWidth > 0 ? 12 : 0), 0);
         painter->setPen(theme.color(Token::text1));
@@ -86,10 +90,10 @@ QString nameOfFile(const QString& path) {
     return platform::displayPath(platform::lastPathComponent(path));
 }
 
-/// "3 of 6 files, 1:12 left".
+/// "1:12 left, 3 of 6 files": the table has the files too.
 QString runningSummary(const ActivityJob& job) {
     const QString left = job.timeLeftText();
-    return left.isEmpty() ? job.itemsText() : job.itemsText() + QLatin1String(", ") + left;
+    return left.isEmpty() ? job.itemsText() : left + QLatin1String(", ") + job.itemsText();
 }
 
 /// What the file is called now: the result's name once there is one.
@@ -333,11 +337,10 @@ void JobDetails::refresh() {
     const ActivityJob* job = m_model.job(m_job);
     m_icon->setVisible(job);
     m_title->setText(job ? job->title : QString());
-    // In a narrow window the result gives way first: the table has it too.
-    m_title->setMinimumWidth(std::min(m_title->sizeHint().width(), kLeastTitle));
     m_result->setText(!job                              ? tr("No task chosen")
                       : job->state == JobState::Running ? runningSummary(*job)
                                                         : job->result);
+    fitHead();
     m_retry->setVisible(job && job->canRetry);
     m_cancel->setVisible(job && job->canCancel);
     m_reveal->setEnabled(job && !job->files.empty());
@@ -348,6 +351,17 @@ void JobDetails::refresh() {
     }
     m_log->setVisible(job && !job->log.empty());
     placeParts();
+}
+
+/// Where both do not fit, the title gives way first: the table has it too.
+void JobDetails::fitHead() {
+    m_title->setMinimumWidth(std::min(m_title->sizeHint().width(), width() / kLeastTitle));
+    m_result->setMinimumWidth(std::min(m_result->sizeHint().width(), width() / kLeastResult));
+}
+
+void JobDetails::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    fitHead();
 }
 
 void JobDetails::placeParts() {

@@ -66,9 +66,11 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     QWidget* makeHead();
+    void fitHead();
     void placeParts();
     [[nodiscard]] QStringList pathsToReveal() const;
 
