@@ -36,6 +36,7 @@ using namespace clipheave;
 using bench::Stopwatch;
 
 constexpr int kMostWait = 10'000; // ms
+constexpr int kSettled = 1000;    // ms
 constexpr int kChoices = 12;
 
 /// Ends the program once the window has painted itself.
@@ -138,6 +139,10 @@ int measureJobs(app::AppDelegate& controller, const QStringList& videos) {
     app::MainWindow* window = controller.mainWindow();
     window->selectRow(0);
     window->selectAll();
+    // The choice of a video, its player and its first picture are measured by themselves.
+    QElapsedTimer settling;
+    settling.start();
+    waitFor([&] { return settling.elapsed() > kSettled; });
     auto* field = window->findChild<QLineEdit*>(QStringLiteral("mediaTitle"));
     std::vector<double> handled;
     bool done = false;
