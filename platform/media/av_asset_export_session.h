@@ -84,7 +84,7 @@ public:
     /// Cancels all queued and running exports.
     static void cancelAllExports();
 
-    struct State; ///< shared with the queue's thread; defined beside the implementation
+    struct State; ///< shared with the queue's thread; export_job.h
 
 private:
     AVAssetExportSession();
