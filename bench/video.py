@@ -8,7 +8,7 @@ import measure
 import samples
 import window
 
-RUNS = 2
+RUNS = 4
 MIB = 1 << 20
 SECONDS = 20
 LOOPS = 60  # of the dense film; makes about a gigabyte
