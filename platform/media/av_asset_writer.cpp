@@ -3,7 +3,7 @@
 
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
-#include "platform/media/av_asset_export_session.h"
+#include "platform/media/export_job.h"
 #include "platform/media/model/media_engine.h"
 
 #include <algorithm>
@@ -19,12 +19,16 @@ namespace {
 const QString kWriterOperation = QStringLiteral("write the film");
 
 std::optional<ExportContainer> writerContainer(const QString& type) {
-    if (type == QStringView(AVFileTypeQuickTimeMovie))
+    switch (outputContainerOf(type).value_or(OutputContainer::M4A)) {
+    case OutputContainer::QuickTimeMovie:
         return ExportContainer::QuickTimeMovie;
-    if (type == QStringView(AVFileTypeMPEG4))
+    case OutputContainer::Mp4:
         return ExportContainer::Mp4;
-    if (type == QStringView(AVFileTypeAppleM4V))
+    case OutputContainer::M4V:
         return ExportContainer::M4V;
+    case OutputContainer::M4A:
+        break; // holds no film
+    }
     return std::nullopt;
 }
 

@@ -13,18 +13,6 @@ namespace {
 
 const QString kExportOperation = QStringLiteral("export");
 
-std::optional<OutputContainer> outputContainer(const QString& type) {
-    if (type == QStringView(AVFileTypeQuickTimeMovie))
-        return OutputContainer::QuickTimeMovie;
-    if (type == QStringView(AVFileTypeAppleM4V))
-        return OutputContainer::M4V;
-    if (type == QStringView(AVFileTypeAppleM4A))
-        return OutputContainer::M4A;
-    if (type == QStringView(AVFileTypeMPEG4))
-        return OutputContainer::Mp4;
-    return std::nullopt;
-}
-
 ExportContainer exportContainer(OutputContainer container) {
     switch (container) {
     case OutputContainer::QuickTimeMovie:
@@ -61,6 +49,18 @@ QList<AVMetadataItem> withoutGaplessItem(QList<AVMetadataItem> items) {
 constexpr double kEncodingShare = 0.98;
 
 } // namespace
+
+std::optional<OutputContainer> outputContainerOf(const QString& type) {
+    if (type == QStringView(AVFileTypeQuickTimeMovie))
+        return OutputContainer::QuickTimeMovie;
+    if (type == QStringView(AVFileTypeAppleM4V))
+        return OutputContainer::M4V;
+    if (type == QStringView(AVFileTypeAppleM4A))
+        return OutputContainer::M4A;
+    if (type == QStringView(AVFileTypeMPEG4))
+        return OutputContainer::Mp4;
+    return std::nullopt;
+}
 
 bool AVAssetExportSession::State::startWaiting() {
     const std::lock_guard lock(mutex);
@@ -110,7 +110,7 @@ Result<void> AVAssetExportSession::State::validated() const {
         return refused(ErrorCode::InvalidArgument,
                        QStringLiteral("no file type for an output named \"%1\"")
                            .arg(lastPathComponent(outputPath)));
-    if (order && !outputContainer(outputFileType))
+    if (order && !outputContainerOf(outputFileType))
         return refused(ErrorCode::InvalidArgument,
                        QStringLiteral("unknown output type \"%1\"").arg(outputFileType));
     if (outputPath.isEmpty())
@@ -150,7 +150,7 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runJob() {
     PassthroughRequest request;
     request.source = sourcePath;
     request.target = outputPath;
-    request.container = outputContainer(outputFileType).value_or(request.container);
+    request.container = outputContainerOf(outputFileType).value_or(request.container);
     request.metadata = metadata;
     request.removesMetadata = removes;
     request.moovFirst = order->moovFirst;

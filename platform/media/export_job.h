@@ -11,6 +11,9 @@
 
 namespace clipheave::platform {
 
+/// Of one of the AVFileType constants.
+[[nodiscard]] std::optional<OutputContainer> outputContainerOf(const QString& fileType);
+
 /// What a session and the queue's thread share: the order, and how far it is carried out.
 struct AVAssetExportSession::State {
     // Set before the start, by one thread; read by the job alone from then on.
