@@ -8,6 +8,7 @@
 #include "app/widgets/alert_box.h"
 #include "app/widgets/picture_button.h"
 #include "app/windows/main_window.h"
+#include "tests/app/window/started_controller.h"
 #include "tests/testkit/testkit.h"
 
 #include <QDir>
@@ -29,13 +30,8 @@ protected:
     void SetUp() override {
         if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
             GTEST_SKIP() << "needs ffmpeg";
-        auto defaults =
-            std::make_unique<platform::NSUserDefaults>(dir.path(QStringLiteral("prefs.conf")));
-        ASSERT_TRUE(defaults->setObject_forKey(dir.path(QStringLiteral("out")),
-                                               QStringLiteral("storagePath")));
-        controller = std::make_unique<AppDelegate>(std::move(defaults));
-        controller->awakeFromNib();
-        controller->applicationDidFinishLaunching();
+        controller = startedController(dir);
+        ASSERT_NE(controller, nullptr);
         AlertBox::setAnswerer([](const AlertBox&) { return 0; });
         importAlbum();
     }

@@ -10,6 +10,7 @@
 #include "app/windows/rename_window.h"
 #include "app/windows/template_field.h"
 #include "platform/workspace/ns_workspace.h"
+#include "tests/app/window/started_controller.h"
 #include "tests/testkit/testkit.h"
 
 #include <QAction>
@@ -34,13 +35,8 @@ protected:
         qputenv("XDG_STATE_HOME", dir.path(QStringLiteral("state")).toUtf8());
         platform::NSWorkspace::sharedWorkspace().setRevealEnabled(false);
         Theme::instance().apply(Appearance::Dark);
-        auto defaults =
-            std::make_unique<platform::NSUserDefaults>(dir.path(QStringLiteral("prefs.conf")));
-        ASSERT_TRUE(defaults->setObject_forKey(dir.path(QStringLiteral("out")),
-                                               QStringLiteral("storagePath")));
-        controller = std::make_unique<AppDelegate>(std::move(defaults));
-        controller->awakeFromNib();
-        controller->applicationDidFinishLaunching();
+        controller = startedController(dir);
+        ASSERT_NE(controller, nullptr);
         waitFor(*controller->mainWindow());
     }
     void TearDown() override {

@@ -5,6 +5,7 @@
 #include "app/command_tables.h"
 #include "app/widgets/alert_box.h"
 #include "app/windows/main_window.h"
+#include "tests/app/window/started_controller.h"
 #include "tests/testkit/testkit.h"
 
 #include <QApplication>
@@ -22,13 +23,8 @@ using namespace clipheave::app;
 class VideoJobsTest : public testing::Test {
 protected:
     void SetUp() override {
-        auto defaults =
-            std::make_unique<platform::NSUserDefaults>(dir.path(QStringLiteral("prefs.conf")));
-        ASSERT_TRUE(defaults->setObject_forKey(dir.path(QStringLiteral("out")),
-                                               QStringLiteral("storagePath")));
-        controller = std::make_unique<AppDelegate>(std::move(defaults));
-        controller->awakeFromNib();
-        controller->applicationDidFinishLaunching();
+        controller = startedController(dir);
+        ASSERT_NE(controller, nullptr);
         AlertBox::setAnswerer([this](const AlertBox& alert) {
             alerts.append(alert.message());
             return 0;

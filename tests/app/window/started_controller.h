@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "tests/testkit/testkit.h"
+
+#include <memory>
+
+namespace clipheave::app {
+
+/// The application as after its start, its preferences and its storage folder "out" within `dir`.
+/// None when the preferences cannot be written.
+inline std::unique_ptr<AppDelegate> startedController(const testkit::TempDir& dir) {
+    auto defaults =
+        std::make_unique<platform::NSUserDefaults>(dir.path(QStringLiteral("prefs.conf")));
+    if (!defaults->setObject_forKey(dir.path(QStringLiteral("out")), QStringLiteral("storagePath")))
+        return nullptr;
+    auto controller = std::make_unique<AppDelegate>(std::move(defaults));
+    controller->awakeFromNib();
+    controller->applicationDidFinishLaunching();
+    return controller;
+}
+
+} // namespace clipheave::app
