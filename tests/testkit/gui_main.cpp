@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/testkit/testkit.h"
+
 #include <QApplication>
-#include <QStandardPaths>
 
 #include <clocale>
-
-#include <gmock/gmock.h>
 
 int main(int argc, char** argv) {
     if (!qEnvironmentVariableIsSet("TZ"))
         qputenv("TZ", "UTC");
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    QStandardPaths::setTestModeEnabled(true);
+    const testkit::OwnUserFolders folders;
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     const QApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C"); // the player asks for it

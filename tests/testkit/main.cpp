@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <QCoreApplication>
-#include <QStandardPaths>
+#include "tests/testkit/testkit.h"
 
-#include <gmock/gmock.h>
+#include <QCoreApplication>
 
 int main(int argc, char** argv) {
     // Fixed surroundings, also when a test is started by hand.
@@ -10,7 +9,7 @@ int main(int argc, char** argv) {
         qputenv("TZ", "UTC");
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    QStandardPaths::setTestModeEnabled(true);
+    const testkit::OwnUserFolders folders;
     const QCoreApplication application(argc, argv);
     testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();

@@ -31,6 +31,15 @@ QByteArray TempDir::read(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+OwnUserFolders::OwnUserFolders() {
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME",
+                             "XDG_RUNTIME_DIR"}) {
+        const QString folder = m_dir.path(QString::fromLatin1(name).toLower());
+        QDir().mkdir(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        qputenv(name, QFile::encodeName(folder));
+    }
+}
+
 RunResult run(const QString& program, const QStringList& arguments, const QByteArray& input) {
     QProcess process;
     process.start(program, arguments);

@@ -42,6 +42,16 @@ private:
     QTemporaryDir m_dir;
 };
 
+/// Settings, caches and state of this process alone, gone with it: tests run side by side, and the
+/// developer's own are not theirs to read. Before the first question for a standard folder.
+class OwnUserFolders {
+public:
+    OwnUserFolders();
+
+private:
+    TempDir m_dir;
+};
+
 struct RunResult {
     int exitCode = -1; ///< -1 when it could not be started or was killed
     QByteArray out, err;

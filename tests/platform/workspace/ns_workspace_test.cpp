@@ -12,7 +12,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
-#include <QStandardPaths>
 
 #include <csignal>
 #include <sys/prctl.h>
@@ -155,13 +154,11 @@ TEST_F(Desktop, PagesAndDraftsGoToTheDesktopsHandler) {
 TEST_F(Desktop, TheVideosFolderIsTheUsersOwn) {
     qputenv("HOME", dir.path().toUtf8());
     qputenv("XDG_CONFIG_HOME", dir.path().toUtf8() + "/config");
-    QStandardPaths::setTestModeEnabled(false); // it hides the user's folders
     EXPECT_EQ(videosFolder(), dir.path(u"Videos"_qs));
     dir.write(u"config/user-dirs.dirs"_qs, "XDG_VIDEOS_DIR=\"$HOME/Filme \xC3\xBC\"\n");
     EXPECT_EQ(videosFolder(), dir.path(u"Filme \u00FC"_qs));
     dir.write(u"config/user-dirs.dirs"_qs, "XDG_VIDEOS_DIR=\"$HOME/\"\n");
     EXPECT_EQ(videosFolder(), dir.path(u"Videos"_qs));
-    QStandardPaths::setTestModeEnabled(true);
     EXPECT_EQ(loginName(),
               QString::fromUtf8(testkit::run(u"/usr/bin/id"_qs, {u"-un"_qs}).out.trimmed()));
 }
