@@ -158,10 +158,15 @@ Result<AtomicFile> AtomicFile::create(const QString& target, std::uint64_t sizeH
         return failure(ErrorCode::InvalidArgument, operation, target);
     AtomicFile file;
     file.m_target = withoutLinks(target);
+    file.m_folder.reset(
+        ::open(nativePath(folderOf(file.m_target)).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!file.m_folder)
+        return systemFailure(operation, target, errno);
     for (int attempt = 0; attempt < kNameAttempts && !file.m_fd; ++attempt) {
         const QString temporary = temporaryNameBeside(file.m_target);
-        file.m_fd.reset(::open(nativePath(temporary).constData(),
-                               O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
+        file.m_fd.reset(::openat(file.m_folder.get(),
+                                 nativePath(lastPathComponent(temporary)).constData(),
+                                 O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
         if (!file.m_fd && errno != EEXIST)
             return systemFailure(operation, target, errno);
         file.m_temporary = temporary;
@@ -178,8 +183,9 @@ Result<AtomicFile> AtomicFile::create(const QString& target, std::uint64_t sizeH
 
 AtomicFile::AtomicFile(AtomicFile&& other) noexcept
     : m_target(std::exchange(other.m_target, {})),
-      m_temporary(std::exchange(other.m_temporary, {})), m_fd(std::move(other.m_fd)),
-      m_position(other.m_position), m_reserved(other.m_reserved), m_dates(other.m_dates) {
+      m_temporary(std::exchange(other.m_temporary, {})), m_folder(std::move(other.m_folder)),
+      m_fd(std::move(other.m_fd)), m_position(other.m_position), m_reserved(other.m_reserved),
+      m_dates(other.m_dates) {
 }
 
 AtomicFile& AtomicFile::operator=(AtomicFile&& other) noexcept {
@@ -188,6 +194,7 @@ AtomicFile& AtomicFile::operator=(AtomicFile&& other) noexcept {
     discard();
     m_target = std::exchange(other.m_target, {});
     m_temporary = std::exchange(other.m_temporary, {});
+    m_folder = std::move(other.m_folder);
     m_fd = std::move(other.m_fd);
     m_position = other.m_position;
     m_reserved = other.m_reserved;
@@ -215,8 +222,9 @@ Result<void> AtomicFile::reserve(std::uint64_t size) {
 
 void AtomicFile::discard() {
     if (!m_temporary.isEmpty())
-        ::unlink(nativePath(m_temporary).constData());
+        ::unlinkat(m_folder.get(), nativePath(lastPathComponent(m_temporary)).constData(), 0);
     m_temporary.clear();
+    m_folder.reset();
     m_fd.reset();
 }
 
@@ -298,6 +306,7 @@ Result<void> AtomicFile::commit(NSFileManager::IfExists ifExists) {
     if (error != 0)
         return systemFailure(operation, m_target, error);
     m_temporary.clear();
+    m_folder.reset();
     m_fd.reset();
     if (!t_deferredFolders)
         makeFolderDurable(folderOf(m_target));

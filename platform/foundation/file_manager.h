@@ -132,6 +132,7 @@ private:
     [[nodiscard]] Result<void> reserve(std::uint64_t size);
 
     QString m_target, m_temporary;
+    FileDescriptor m_folder; ///< of the temporary, also when somebody renames the folder meanwhile
     FileDescriptor m_fd;
     std::uint64_t m_position = 0;
     std::uint64_t m_reserved = 0;                   ///< bytes of blocks taken in advance
