@@ -78,8 +78,8 @@ private:
                      const ExportRecipe& recipe);
     void beginExport(const QString& source, const QString& output, const ExportRecipe& recipe,
                      const metadata::OutcomeHandler& handler);
-    /// True when the item is no video; its outcome says so.
     using Clock = std::chrono::steady_clock;
+    /// True when the item is no video; its outcome says so.
     [[nodiscard]] bool skips(const media::ItemPointer& item) const;
     void refuse(const QString& source, const QString& reason,
                 metadata::WriteStatus status = metadata::WriteStatus::Failed) const;

@@ -245,17 +245,19 @@ void VideoJobs::MergeVideoMediaFileFileThreader(const VideoJobRequest& request) 
 
 void VideoJobs::finishMerge(const QString& output, const std::vector<media::ItemPointer>& merged,
                             const AVMutableComposition& composition) {
-    const auto handler = [report = m_handler, merged, output](const WriteOutcome& outcome) {
+    const auto handler = [report = m_handler, merged,
+                          name = lastPathComponent(output)](const WriteOutcome& outcome) {
         if (outcome.status == WriteStatus::Completed)
-            log(LogLevel::Info, QStringLiteral("Merging completed!"), output);
+            log(LogLevel::Info, QStringLiteral("Merging completed!"), outcome.source);
         else if (outcome.status == WriteStatus::Failed)
-            log(LogLevel::Info, QStringLiteral("Merging failed: ") + outcome.message, output);
+            log(LogLevel::Info, QStringLiteral("Merging failed: ") + outcome.message,
+                outcome.source);
         for (std::size_t i = 1; i < merged.size(); ++i) {
             WriteOutcome other = outcome;
             other.source = merged[i]->filePath;
             other.outputs.clear();
             if (outcome.status == WriteStatus::Completed)
-                other.message = QStringLiteral("in ") + lastPathComponent(output);
+                other.message = QStringLiteral("in ") + name;
             report(other);
         }
         report(outcome);

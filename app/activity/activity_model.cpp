@@ -50,8 +50,8 @@ QString timeText(const ActivityJob& job) {
                                           : job.ended.toString(QStringLiteral("HH:mm"));
 }
 
-/// "4 done, 1 failed"; what did not happen is left out.
-QString summaryOf(const ActivityJob& job) {
+/// "4 written, 1 failed"; what did not happen is left out.
+QString summaryOf(const ActivityJob& job, const QString& success) {
     if (job.finished == 1 && job.failed == 0 && !job.files.empty() &&
         job.files.front().state == FileState::Skipped && !job.files.front().note.isEmpty())
         return ActivityModel::tr("Skipped, %1").arg(job.files.front().note);
@@ -60,7 +60,7 @@ QString summaryOf(const ActivityJob& job) {
         if (count > 0)
             parts += text.arg(count);
     };
-    add(job.succeeded(), ActivityModel::tr("%1 done"));
+    add(job.succeeded(), success.isNull() ? ActivityModel::tr("%1 done") : success);
     add(job.failed, ActivityModel::tr("%1 failed"));
     add(job.skipped, ActivityModel::tr("%1 skipped"));
     add(job.cancelled, ActivityModel::tr("%1 cancelled"));
@@ -267,7 +267,7 @@ void ActivityModel::setRunning(int id, std::vector<RunningFile> files) {
     changed(*job);
 }
 
-void ActivityModel::endJob(int id, const QString& summary) {
+void ActivityModel::endJob(int id, const QString& summary, const QString& success) {
     ActivityJob* job = find(id);
     if (!job || job->state != JobState::Running)
         return;
@@ -275,7 +275,7 @@ void ActivityModel::endJob(int id, const QString& summary) {
                  : job->cancelled > 0 ? JobState::Cancelled
                                       : JobState::Done;
     job->ended = QDateTime::currentDateTime();
-    job->result = summary.isNull() ? summaryOf(*job) : summary;
+    job->result = summary.isNull() ? summaryOf(*job, success) : summary;
     job->running.clear();
     job->canCancel = false;
     job->canRetry = job->failed > 0;

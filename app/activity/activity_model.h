@@ -107,8 +107,9 @@ public:
     void fileFinished(int job, const ActivityFile& file);
     /// What is being written now, instead of what was before.
     void setRunning(int job, std::vector<RunningFile> files);
-    /// `summary` null: one is made from the counts.
-    void endJob(int job, const QString& summary = {});
+    /// `summary` null: one is made from the counts, with `success` ("%1 written") for what came out
+    /// well; null: "%1 done".
+    void endJob(int job, const QString& summary = {}, const QString& success = {});
     /// A line of the log; `job` 0: of no job.
     void addLog(const QString& text, const QString& path = {}, bool isError = false, int job = 0);
     /// Drops every job that has ended.

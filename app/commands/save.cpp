@@ -256,12 +256,15 @@ void AppDelegate::takeOutcome(WriteRun& run, const metadata::WriteOutcome& outco
     if (outcome.status == metadata::WriteStatus::Failed)
         m_activity->addLog(outcome.message, outcome.source, true, run.job);
     run.outputs += outcome.outputs;
+    run.oneEach &= file.state != FileState::Done || outcome.outputs.size() == 1;
     if (--run.left > 0)
         return;
     m_activity->endJob(
-        run.job, run.sizes.after > 0 && m_activity->job(run.job)->failed == 0
-                     ? tr("%1 to %2").arg(sizeText(run.sizes.before), sizeText(run.sizes.after))
-                     : QString());
+        run.job,
+        run.sizes.after > 0 && m_activity->job(run.job)->failed == 0
+            ? tr("%1 to %2").arg(sizeText(run.sizes.before), sizeText(run.sizes.after))
+            : QString(),
+        run.oneEach ? tr("%1 written") : QString());
     if (!run.outputs.isEmpty())
         platform::NSWorkspace::sharedWorkspace().selectFiles(run.outputs);
     m_writeRuns.erase(run.job); // the last use of the run

@@ -21,6 +21,7 @@ struct AppDelegate::WriteRun {
     QStringList outputs;
     bool tellsSizes = false; ///< the job is about sizes: its summary tells them
     FileSizes sizes;         ///< of what came out well
+    bool oneEach = true;     ///< so far every file that came out well became one output
     QSet<QString> sources;
     std::function<metadata::RunProgress()> progress = [] { return metadata::RunProgress(); };
     std::function<void()> cancel = [] {};

@@ -177,7 +177,7 @@ class MouseTest(WindowTest):
         user.enter("Title", "black sand at 5, by mouse")
         user.click("push button", "Save Changes")
         user.open_activity()
-        user.task_done("Save changes", "1 done")
+        user.task_done("Save changes", "1 written")
         self.assertEqual(user.tasks()[1], ("Import", "3 files added"))
         files = user.task_files()
         self.assertEqual(len(files), 1)
@@ -193,7 +193,7 @@ class MouseTest(WindowTest):
         user.select(user.names()[0])
         user.hands.key("Ctrl+a", "Ctrl+r")
         user.open_activity()
-        user.task_done("Rotate right (clockwise) by 90 degrees", "3 done")
+        user.task_done("Rotate right (clockwise) by 90 degrees", "3 written")
         for name in before:
             sizes = [subprocess.run(["ffprobe", "-v", "error", "-select_streams", "V:0", "-of", "csv=p=0", "-show_entries",
                                      "stream=width,height", path], capture_output=True, text=True).stdout.strip().split(",")
@@ -402,7 +402,7 @@ class KeyboardTest(WindowTest):
         user.hands.type("typed without a mouse")
         eventually(lambda: title.text == "typed without a mouse", lambda: title.text)
         user.hands.key("Shift+Tab", "Tab", "Ctrl+s", "Ctrl+j")
-        user.task_done("Save changes", "1 done")
+        user.task_done("Save changes", "1 written")
         self.assertEqual(title_of(storage(user) / name), "typed without a mouse")
 
 
@@ -530,7 +530,7 @@ class BadInputTest(WindowTest):
             user.enter("Title", title, paste=True)
             if user.tree.find("table", "Tasks"):
                 user.hands.key("Ctrl+j")
-            self.save("1 done")
+            self.save("1 written")
             written = sorted(storage(user).glob("*.mp4"), key=lambda path: path.stat().st_mtime)[-1]
             self.assertEqual(title_of(written), title)
 

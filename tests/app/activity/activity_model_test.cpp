@@ -31,7 +31,7 @@ TEST(ActivityModel, CountsJobsAndNamesTheirItems) {
     model.fileFinished(bad, fileIn(FileState::Done));
     model.fileFinished(bad, fileIn(FileState::Failed));
     model.fileFinished(bad, fileIn(FileState::Skipped));
-    model.endJob(bad);
+    model.endJob(bad, {}, QStringLiteral("%1 written"));
 
     EXPECT_EQ(model.runningCount(), 1);
     EXPECT_EQ(model.failedCount(), 1);
@@ -40,7 +40,7 @@ TEST(ActivityModel, CountsJobsAndNamesTheirItems) {
     EXPECT_EQ(cell(model, 2, ActivityModel::ResultColumn), QStringLiteral("2 done"));
     EXPECT_EQ(cell(model, 1, ActivityModel::ItemsColumn), QStringLiteral("1 of 3 files"));
     EXPECT_EQ(cell(model, 1, ActivityModel::ResultColumn),
-              QStringLiteral("1 done, 1 failed, 1 skipped"));
+              QStringLiteral("1 written, 1 failed, 1 skipped"));
     EXPECT_EQ(cell(model, 1, ActivityModel::StateColumn, Qt::AccessibleTextRole),
               QStringLiteral("Failed"));
     EXPECT_EQ(model.newestRunning()->title, QStringLiteral("Import"));

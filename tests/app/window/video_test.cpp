@@ -15,6 +15,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <algorithm>
+
 namespace {
 
 using namespace clipheave;
@@ -105,6 +107,12 @@ TEST_F(VideoJobsTest, EveryMenuEntryDoesItsJobOverTheSelection) {
         EXPECT_EQ(job.failed, 1) << "the text that is no film";
         EXPECT_EQ(job.finished, 3);
         EXPECT_EQ(filesOut().size(), wanted.outputs) << filesOut().join(u' ').toStdString();
+        // Of a merge not every file became one.
+        const bool merges = job.title == u"Merge";
+        EXPECT_EQ(job.result, merges ? u"2 done, 1 failed"_qs : u"2 written, 1 failed"_qs);
+        EXPECT_EQ(merges, std::any_of(job.log.begin(), job.log.end(), [](const auto& line) {
+                      return line.text == u"Merging completed!";
+                  }));
     }
 }
 
