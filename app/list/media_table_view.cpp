@@ -32,14 +32,12 @@ constexpr int kLeastName = 176;
 constexpr int kLeastColumn = 48;
 constexpr int kNameColumn = static_cast<int>(media::Column::Name);
 constexpr int kAlbumColumn = static_cast<int>(media::Column::Album);
-/// Rows that scroll past quickly are not worth a thumbnail.
-constexpr int kRequestDelay = 40; // ms
-
 } // namespace
 
 MediaTableView::MediaTableView(QWidget* parent)
     : QTableView(parent), m_header(new MediaTableHeader(this)),
-      m_delegate(new MediaRowDelegate(this)), m_thumbnails(&ThumbnailService::shared()) {
+      m_delegate(new MediaRowDelegate(this)),
+      m_thumbnails(*this, [this](const MediaListModel& list) { return visibleThumbnails(list); }) {
     setObjectName(QStringLiteral("dragtableView"));
     setAccessibleName(tr("Media list"));
     setUpLook();
@@ -57,15 +55,6 @@ MediaTableView::MediaTableView(QWidget* parent)
                 if (!m_layingOut && section < static_cast<int>(m_userWidths.size()))
                     m_userWidths[static_cast<std::size_t>(section)] = width;
             });
-    m_requestTimer.setSingleShot(true);
-    m_requestTimer.setInterval(kRequestDelay);
-    connect(&m_requestTimer, &QTimer::timeout, this, &MediaTableView::requestThumbnails);
-    setThumbnailService(m_thumbnails);
-}
-
-MediaTableView::~MediaTableView() {
-    if (m_thumbnails != nullptr)
-        m_thumbnails->cancel(this);
 }
 
 void MediaTableView::setUpLook() {
@@ -93,15 +82,9 @@ void MediaTableView::setModel(QAbstractItemModel* model) {
         m_listModel->disconnect(this);
     m_listModel = qobject_cast<MediaListModel*>(model);
     QTableView::setModel(model);
+    m_thumbnails.setModel(m_listModel);
     if (m_listModel == nullptr)
         return;
-    const auto askLater = [this] {
-        if (!m_requestTimer.isActive())
-            m_requestTimer.start();
-    };
-    connect(m_listModel, &QAbstractItemModel::rowsInserted, this, askLater);
-    connect(m_listModel, &QAbstractItemModel::rowsRemoved, this, askLater);
-    connect(m_listModel, &QAbstractItemModel::dataChanged, this, askLater);
     connect(m_listModel, &MediaListModel::contentSorted, this,
             [this] { selectionModel()->clear(); });
     connect(m_listModel, &MediaListModel::sortStateChanged, this, [this] {
@@ -109,17 +92,6 @@ void MediaTableView::setModel(QAbstractItemModel* model) {
         m_header->viewport()->update();
     });
     layoutColumns();
-    askLater();
-}
-
-void MediaTableView::setThumbnailService(ThumbnailService* service) {
-    if (m_thumbnails != nullptr) {
-        m_thumbnails->cancel(this);
-        m_thumbnails->disconnect(this);
-    }
-    m_thumbnails = service;
-    connect(service, &QObject::destroyed, this, [this] { m_thumbnails = nullptr; });
-    connect(service, &ThumbnailService::picturesReady, this, [this] { viewport()->update(); });
 }
 
 QList<int> MediaTableView::userColumnWidths() const {
@@ -181,12 +153,12 @@ void MediaTableView::layoutColumns() {
 void MediaTableView::resizeEvent(QResizeEvent* event) {
     QTableView::resizeEvent(event);
     layoutColumns();
-    m_requestTimer.start();
+    m_thumbnails.moved();
 }
 
 void MediaTableView::scrollContentsBy(int dx, int dy) {
     QTableView::scrollContentsBy(dx, dy);
-    m_requestTimer.start();
+    m_thumbnails.moved();
     if (viewport()->underMouse())
         hoverRowAt(rowAt(viewport()->mapFromGlobal(QCursor::pos()).y()));
 }
@@ -244,16 +216,14 @@ void MediaTableView::startDrag(Qt::DropActions supportedActions) {
     drag->exec(supportedActions, Qt::CopyAction);
 }
 
-void MediaTableView::requestThumbnails() {
-    if (m_listModel == nullptr || m_thumbnails == nullptr || !isVisible())
-        return;
+QList<ThumbnailRequest> MediaTableView::visibleThumbnails(const MediaListModel& model) const {
     const int first = std::max(rowAt(0), 0);
     const int last = rowAt(viewport()->height() - 1);
     QList<ThumbnailRequest> wanted;
-    for (int row = first; row <= (last < 0 ? m_listModel->rowCount() - 1 : last); ++row)
-        if (const media::ItemPointer item = m_listModel->itemAt(row))
+    for (int row = first; row <= (last < 0 ? model.rowCount() - 1 : last); ++row)
+        if (const media::ItemPointer item = model.itemAt(row))
             wanted.append({item, MediaRowDelegate::shapeFor(*item, devicePixelRatioF())});
-    m_thumbnails->request(this, wanted);
+    return wanted;
 }
 
 } // namespace clipheave::app

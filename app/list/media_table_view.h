@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "app/list/thumbnail_service.h"
+#include "app/list/visible_thumbnails.h"
 
 #include <QTableView>
-#include <QTimer>
 
 #include <array>
 
@@ -19,14 +18,13 @@ class MediaTableView : public QTableView {
     Q_OBJECT
 public:
     explicit MediaTableView(QWidget* parent = nullptr);
-    ~MediaTableView() override;
 
     /// A MediaListModel.
     void setModel(QAbstractItemModel* model) override;
     [[nodiscard]] MediaListModel* listModel() const { return m_listModel; }
     /// ThumbnailService::shared() unless set; outlives the view.
-    void setThumbnailService(ThumbnailService* service);
-    [[nodiscard]] ThumbnailService* thumbnailService() const { return m_thumbnails; }
+    void setThumbnailService(ThumbnailService* service) { m_thumbnails.setService(service); }
+    [[nodiscard]] ThumbnailService* thumbnailService() const { return m_thumbnails.service(); }
     /// The row under the pointer, -1 for none.
     [[nodiscard]] int hoveredRow() const { return m_hoveredRow; }
 
@@ -57,16 +55,15 @@ private:
     void setUpLook();
     void layoutColumns();
     void hoverRowAt(int row);
-    void requestThumbnails();
+    [[nodiscard]] QList<ThumbnailRequest> visibleThumbnails(const MediaListModel& model) const;
 
     MediaListModel* m_listModel = nullptr;
     MediaTableHeader* m_header;
     MediaRowDelegate* m_delegate;
-    ThumbnailService* m_thumbnails;
+    VisibleThumbnails m_thumbnails;
     std::array<int, 7> m_userWidths{};
     bool m_layingOut = false;
     int m_hoveredRow = -1;
-    QTimer m_requestTimer;
 };
 
 } // namespace clipheave::app

@@ -20,12 +20,12 @@ constexpr int kLeastTileWidth = 172;
 /// From the edge to the first cell; the tile has half a gap around it.
 constexpr int kSideMargin = 10;
 constexpr int kBatch = 500;
-constexpr int kTileRequestDelay = 40; // ms
 
 } // namespace
 
 PhotoGrid::PhotoGrid(QWidget* parent)
-    : QListView(parent), m_thumbnails(&ThumbnailService::shared()) {
+    : QListView(parent),
+      m_thumbnails(*this, [this](const MediaListModel& list) { return visibleThumbnails(list); }) {
     setObjectName(QStringLiteral("localImageBrowserView"));
     setAccessibleName(tr("Photo browser"));
     setFrameShape(QFrame::NoFrame);
@@ -50,15 +50,6 @@ PhotoGrid::PhotoGrid(QWidget* parent)
     auto* drop = new DropOutline(this, true);
     connect(drop, &DropOutline::pathsDropped, this, &PhotoGrid::pathsDropped);
     connect(&Theme::instance(), &Theme::changed, viewport(), qOverload<>(&QWidget::update));
-    m_requestTimer.setSingleShot(true);
-    m_requestTimer.setInterval(kTileRequestDelay);
-    connect(&m_requestTimer, &QTimer::timeout, this, &PhotoGrid::requestThumbnails);
-    setThumbnailService(m_thumbnails);
-}
-
-PhotoGrid::~PhotoGrid() {
-    if (m_thumbnails != nullptr)
-        m_thumbnails->cancel(this);
 }
 
 void PhotoGrid::setModel(QAbstractItemModel* model) {
@@ -66,28 +57,10 @@ void PhotoGrid::setModel(QAbstractItemModel* model) {
         m_listModel->disconnect(this);
     m_listModel = qobject_cast<MediaListModel*>(model);
     QListView::setModel(model);
-    if (m_listModel == nullptr)
-        return;
-    const auto askLater = [this] {
-        if (!m_requestTimer.isActive())
-            m_requestTimer.start();
-    };
-    connect(m_listModel, &QAbstractItemModel::rowsInserted, this, askLater);
-    connect(m_listModel, &QAbstractItemModel::rowsRemoved, this, askLater);
-    connect(m_listModel, &QAbstractItemModel::dataChanged, this, askLater);
-    connect(m_listModel, &MediaListModel::contentSorted, this,
-            [this] { selectionModel()->clear(); });
-    askLater();
-}
-
-void PhotoGrid::setThumbnailService(ThumbnailService* service) {
-    if (m_thumbnails != nullptr) {
-        m_thumbnails->cancel(this);
-        m_thumbnails->disconnect(this);
-    }
-    m_thumbnails = service;
-    connect(service, &QObject::destroyed, this, [this] { m_thumbnails = nullptr; });
-    connect(service, &ThumbnailService::picturesReady, this, [this] { viewport()->update(); });
+    m_thumbnails.setModel(m_listModel);
+    if (m_listModel != nullptr)
+        connect(m_listModel, &MediaListModel::contentSorted, this,
+                [this] { selectionModel()->clear(); });
 }
 
 /// As many tiles in a row as fit at their least width; they grow to fill it.
@@ -105,17 +78,17 @@ void PhotoGrid::layoutTiles() {
 void PhotoGrid::resizeEvent(QResizeEvent* event) {
     layoutTiles();
     QListView::resizeEvent(event);
-    m_requestTimer.start();
+    m_thumbnails.moved();
 }
 
 void PhotoGrid::showEvent(QShowEvent* event) {
     QListView::showEvent(event);
-    m_requestTimer.start();
+    m_thumbnails.moved();
 }
 
 void PhotoGrid::scrollContentsBy(int dx, int dy) {
     QListView::scrollContentsBy(dx, dy);
-    m_requestTimer.start();
+    m_thumbnails.moved();
 }
 
 void PhotoGrid::keyPressEvent(QKeyEvent* event) {
@@ -126,17 +99,15 @@ void PhotoGrid::keyPressEvent(QKeyEvent* event) {
     QListView::keyPressEvent(event);
 }
 
-void PhotoGrid::requestThumbnails() {
-    if (m_listModel == nullptr || m_thumbnails == nullptr || !isVisible())
-        return;
+QList<ThumbnailRequest> PhotoGrid::visibleThumbnails(const MediaListModel& model) const {
     const int firstLine = verticalOffset() / PhotoTileDelegate::kCellHeight;
     const int lines = viewport()->height() / PhotoTileDelegate::kCellHeight + 2;
-    const int end = std::min((firstLine + lines) * m_tilesPerRow, m_listModel->rowCount());
+    const int end = std::min((firstLine + lines) * m_tilesPerRow, model.rowCount());
     QList<ThumbnailRequest> wanted;
     for (int row = std::max(firstLine * m_tilesPerRow, 0); row < end; ++row)
-        if (const media::ItemPointer item = m_listModel->itemAt(row))
+        if (const media::ItemPointer item = model.itemAt(row))
             wanted.append({item, PhotoTileDelegate::shape()});
-    m_thumbnails->request(this, wanted);
+    return wanted;
 }
 
 } // namespace clipheave::app

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "app/list/thumbnail_service.h"
+#include "app/list/visible_thumbnails.h"
 
 #include <QListView>
-#include <QTimer>
 
 namespace clipheave::app {
 
@@ -16,14 +15,13 @@ class PhotoGrid : public QListView {
     Q_OBJECT
 public:
     explicit PhotoGrid(QWidget* parent = nullptr);
-    ~PhotoGrid() override;
 
     /// A MediaListModel.
     void setModel(QAbstractItemModel* model) override;
     [[nodiscard]] MediaListModel* listModel() const { return m_listModel; }
     /// ThumbnailService::shared() unless set; outlives the view.
-    void setThumbnailService(ThumbnailService* service);
-    [[nodiscard]] ThumbnailService* thumbnailService() const { return m_thumbnails; }
+    void setThumbnailService(ThumbnailService* service) { m_thumbnails.setService(service); }
+    [[nodiscard]] ThumbnailService* thumbnailService() const { return m_thumbnails.service(); }
     /// Tiles side by side.
     [[nodiscard]] int tilesPerRow() const { return m_tilesPerRow; }
 
@@ -41,12 +39,11 @@ protected:
 
 private:
     void layoutTiles();
-    void requestThumbnails();
+    [[nodiscard]] QList<ThumbnailRequest> visibleThumbnails(const MediaListModel& model) const;
 
     MediaListModel* m_listModel = nullptr;
-    ThumbnailService* m_thumbnails;
+    VisibleThumbnails m_thumbnails;
     int m_tilesPerRow = 1;
-    QTimer m_requestTimer;
 };
 
 } // namespace clipheave::app
