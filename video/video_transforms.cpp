@@ -144,14 +144,26 @@ SessionResult cuttingSession(const AVURLAsset& asset, double factor) {
     return session;
 }
 
+/// The film as it is, with all that a movie holds.
+SessionResult copyingSession(const AVURLAsset& asset) {
+    if (const auto film = firstFilm(asset); !film)
+        return tl::unexpected(film.error());
+    auto session =
+        std::make_shared<AVAssetExportSession>(asset, preset(AVAssetExportPresetPassthrough));
+    session->setOutputFileType(QString::fromUtf16(AVFileTypeQuickTimeMovie));
+    session->setLeavesOutUnheldTracks(true);
+    return session;
+}
+
 SessionResult slowingSession(const AVURLAsset& asset, double factor) {
+    if (factor == 1)
+        return copyingSession(asset);
     auto composition = compositionOfAsset(asset);
     if (!composition)
         return tl::unexpected(composition.error());
     const CMTime duration = assetDuration(asset);
-    if (factor != 1)
-        composition->scaleTimeRange_toDuration(CMTimeRangeMake(kCMTimeZero, duration),
-                                               CMTimeMultiplyByFloat64(duration, 1 / factor));
+    composition->scaleTimeRange_toDuration(CMTimeRangeMake(kCMTimeZero, duration),
+                                           CMTimeMultiplyByFloat64(duration, 1 / factor));
     auto session = std::make_shared<AVAssetExportSession>(std::move(*composition),
                                                           preset(AVAssetExportPresetPassthrough));
     session->setOutputFileType(QString::fromUtf16(AVFileTypeQuickTimeMovie));

@@ -167,6 +167,7 @@ Result<MediaFacts> probeFile(FileReader& reader) {
     addTracks(context, reader.size(), facts);
     facts.metadata = mappedTags(context);
     facts.contentCreationDate = creationTime(context);
+    facts.hasChapters = context.nb_chapters > 0;
     if (!saysAnything(facts))
         return failure(ErrorCode::InvalidData, QStringLiteral("read the media container"),
                        reader.path(), QStringLiteral("no stream found"));

@@ -33,6 +33,14 @@ CMTime scaledTime(CMTime time, CMTimeRange range, double factor) {
     return CMTimeCompare(time, end) < 0 ? moved : CMTimeAdd(moved, CMTimeSubtract(time, end));
 }
 
+void addAsset(std::vector<AVURLAsset>& assets, const AVURLAsset& asset) {
+    const bool known = std::any_of(assets.begin(), assets.end(), [&asset](const AVURLAsset& other) {
+        return other.path() == asset.path();
+    });
+    if (!known)
+        assets.push_back(asset);
+}
+
 } // namespace
 
 std::vector<AVAssetTrack> tracksWithMediaType(const AVURLAsset& asset, const QString& mediaType) {
@@ -76,6 +84,7 @@ Result<void> AVMutableCompositionTrack::insertTimeRange_ofTrack_atTime(CMTimeRan
     for (auto later = place; later != m_segments.end(); ++later)
         later->target.start = CMTimeAdd(later->target.start, range.duration);
     m_sources.insert(m_sources.begin() + (place - m_segments.begin()), track);
+    addAsset(m_assets, asset);
     m_segments.insert(place, {asset.path(), static_cast<int>(stream - siblings.begin()), range,
                               CMTimeRangeMake(at, range.duration)});
     return {};
@@ -118,6 +127,14 @@ void AVMutableCompositionTrack::scaleTimeRange_toDuration(CMTimeRange range, CMT
 
 CMTime AVMutableCompositionTrack::duration() const {
     return m_segments.empty() ? kCMTimeZero : CMTimeRangeGetEnd(m_segments.back().target);
+}
+
+std::vector<AVURLAsset> AVMutableComposition::sourceAssets() const {
+    std::vector<AVURLAsset> all;
+    for (const AVMutableCompositionTrack& track : m_tracks)
+        for (const AVURLAsset& asset : track.sourceAssets())
+            addAsset(all, asset);
+    return all;
 }
 
 AVMutableCompositionTrack&

@@ -42,6 +42,8 @@ public:
     [[nodiscard]] const std::vector<ExportSegment>& segments() const { return m_segments; }
     /// The source track of each segment.
     [[nodiscard]] const std::vector<AVAssetTrack>& sourceTracks() const { return m_sources; }
+    /// Every file of which a stretch was put in, once, in that order.
+    [[nodiscard]] const std::vector<AVURLAsset>& sourceAssets() const { return m_assets; }
     [[nodiscard]] CMTime duration() const; ///< end of the last segment
 
 private:
@@ -50,6 +52,7 @@ private:
     QString m_mediaType;
     std::vector<ExportSegment> m_segments; ///< in time order
     std::vector<AVAssetTrack> m_sources;   ///< of each
+    std::vector<AVURLAsset> m_assets;
 };
 
 /// Tracks put together from files. Copies are independent.
@@ -60,6 +63,8 @@ public:
     void scaleTimeRange_toDuration(CMTimeRange range, CMTime duration); ///< of every track
     [[nodiscard]] CMTime duration() const;                              ///< of the longest track
     [[nodiscard]] const std::deque<AVMutableCompositionTrack>& tracks() const { return m_tracks; }
+    /// Every file of which a track holds something, once.
+    [[nodiscard]] std::vector<AVURLAsset> sourceAssets() const;
     /// The first track of this type that has segments; null when there is none.
     [[nodiscard]] const AVMutableCompositionTrack* trackOfType(const QString& mediaType) const;
 

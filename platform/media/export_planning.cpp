@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/export_planning.h"
 
+#include "platform/foundation/paths.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -59,11 +61,19 @@ AVMutableComposition compositionOf(const AVURLAsset& asset) {
     return composition;
 }
 
-/// Tracks of the file that no output of an encoding holds.
-QStringList notCarried(const AVURLAsset& asset, const ExportPlan& plan) {
-    int films = plan.video ? -1 : 0, sounds = plan.sound ? -1 : 0, others = 0;
+template <class Track>
+bool holdsSomethingOf(const std::optional<Track>& track, const QString& path) {
+    return track && std::any_of(track->segments.begin(), track->segments.end(),
+                                [&](const ExportSegment& segment) { return segment.path == path; });
+}
+
+/// What of the file the output does not hold; null when that is nothing.
+QString notCarried(const AVURLAsset& asset, const ExportPlan& plan) {
+    int films = holdsSomethingOf(plan.video, asset.path()) ? -1 : 0;
+    int sounds = holdsSomethingOf(plan.sound, asset.path()) ? -1 : 0;
+    int others = 0;
     for (const AVAssetTrack& track : asset.tracks()) {
-        if (track.isAttachedPicture)
+        if (track.isAttachedPicture || track.isChapterTrack)
             continue;
         if (track.mediaType == QStringView(AVMediaTypeVideo))
             films += plan.video ? 1 : 0;
@@ -80,9 +90,24 @@ QStringList notCarried(const AVURLAsset& asset, const ExportPlan& plan) {
     tell(films, QStringLiteral("further film(s)"));
     tell(sounds, QStringLiteral("further sound track(s)"));
     tell(others, QStringLiteral("track(s) of text or data"));
-    if (kinds.isEmpty())
-        return {};
-    return {QStringLiteral("not carried over: ") + kinds.join(QStringLiteral(", "))};
+    if (asset.file()->facts().hasChapters && plan.chaptersOf != asset.path())
+        kinds.append(QStringLiteral("chapters"));
+    return kinds.isEmpty()
+               ? QString()
+               : QStringLiteral("not carried over: ") + kinds.join(QStringLiteral(", "));
+}
+
+/// Of several files each by its name.
+QStringList notCarried(const std::vector<AVURLAsset>& assets, const ExportPlan& plan) {
+    QStringList notes;
+    for (const AVURLAsset& asset : assets) {
+        const QString note = notCarried(asset, plan);
+        if (!note.isNull())
+            notes += assets.size() == 1
+                         ? note
+                         : lastPathComponent(asset.path()) + QStringLiteral(": ") + note;
+    }
+    return notes;
 }
 
 /// The part of the segments that lies in `range`, which then begins at zero.
@@ -305,8 +330,7 @@ Result<PlannedExport> planExport(const ExportOrder& order) {
     if (order.timeRange)
         trim(plan, *order.timeRange);
     plan.chaptersOf = chapterSource(plan);
-    if (order.asset)
-        planned.notes = notCarried(*order.asset, plan);
+    planned.notes = notCarried(composition.sourceAssets(), plan);
     if (plan.video || plan.sound)
         return planned;
     return unsupported(firstPath(order), preset && !preset->video

@@ -65,7 +65,7 @@ private:
     void readMovieTrack(const Box& trak);
     void addFragments(std::uint64_t moovEnd);
     void applyFragmentRates(const FragmentTotals& totals);
-    void markAttachedPictures();
+    void markChapterTracks();
     void summarize();
 
     HeaderReader m_reader;
@@ -106,7 +106,7 @@ void MovieReader::readMovie(const Box& moov) {
     m_sink.noteProblem(walker.problem());
     if (m_fragments.present)
         addFragments(moov.end());
-    markAttachedPictures();
+    markChapterTracks();
     summarize();
 }
 
@@ -179,13 +179,14 @@ void MovieReader::applyFragmentRates(const FragmentTotals& totals) {
     }
 }
 
-void MovieReader::markAttachedPictures() {
+void MovieReader::markChapterTracks() {
     for (const MovieTrack& movie : m_tracks) {
         for (MovieTrack& other : m_tracks) {
-            // A chapter track of pictures shows no video.
-            if (movie.chapterOf != 0 && other.track.trackID == movie.chapterOf &&
-                other.track.mediaType == QLatin1String("vide"))
-                other.track.isAttachedPicture = true;
+            if (movie.chapterOf == 0 || other.track.trackID != movie.chapterOf)
+                continue;
+            other.track.isChapterTrack = m_facts.hasChapters = true;
+            // One of pictures shows no video.
+            other.track.isAttachedPicture = other.track.mediaType == QLatin1String("vide");
         }
     }
 }

@@ -42,6 +42,7 @@ struct AVAssetTrack {
     std::array<double, 9> preferredTransform{1, 0, 0, 0, 1, 0, 0, 0, 1};
     bool enabled = true;
     bool isAttachedPicture = false; ///< cover art carried as a video track
+    bool isChapterTrack = false;    ///< titles or pictures of another track's chapters
     double nominalFrameRate = 0;    ///< frames per second, 0 when unknown
     double sampleRate = 0;          ///< Hz
     int channels = 0;
@@ -62,6 +63,7 @@ struct MediaFacts {
     int audioChannels = 0;
     QSize
         pixelSize; ///< of the first video track that is no attached picture, as stored, not rotated
+    bool hasChapters = false;      ///< of ISO base media: as a track
     QDateTime contentCreationDate; ///< embedded creation time; invalid when there is none
 
     // What the audio-file properties answer; filled for WAV, FLAC, AU, AIFF and CAF.

@@ -92,6 +92,55 @@ TEST_F(Compositions, ScalingStretchesWhatLiesInTheRange) {
                 ElementsAre(u"0+2 > 0+2", u"2+1 > 2+2", u"0+1 > 4+1", u"3+3 > 5+6", u"6+4 > 11+4"));
 }
 
+TEST_F(Compositions, WhatIsNotCarriedOverIsNamedFileByFile) {
+    const testkit::TempDir dir;
+    const QString list = dir.write(QStringLiteral("list.txt"),
+                                   ";FFMETADATA1\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=500\n"
+                                   "title=One\n");
+    const QString words =
+        dir.write(QStringLiteral("words.srt"), "1\n00:00:00,000 --> 00:00:01,000\nHello\n");
+    const auto assetOf = [&](const char* name, const char* options) {
+        const QString path = dir.path(QString::fromLatin1(name));
+        const auto made =
+            testkit::run(QStringLiteral("ffmpeg"),
+                         QStringLiteral("-v error -i %1 -i %2 -i %3 %4 -c copy %5")
+                             .arg(m_clip.path(), list, words, QString::fromLatin1(options), path)
+                             .split(u' '));
+        EXPECT_EQ(made.exitCode, 0) << made.err.constData();
+        return *AVURLAsset::assetWithPath(path);
+    };
+    const AVURLAsset chaptered = assetOf("chapters.mp4", "-map 0 -map_chapters 1");
+    const AVURLAsset rich = assetOf("rich.mkv", "-map 0 -map 0:a -map 2 -map_chapters 1");
+    const auto notesOf = [&](const std::vector<AVURLAsset>& assets, double factor) {
+        AVMutableComposition composition;
+        for (const QString& type : {kFilm, kSound}) {
+            auto& track = composition.addMutableTrackWithMediaType(type);
+            for (const AVURLAsset& asset : assets)
+                EXPECT_TRUE(track.insertTimeRange_ofTrack_atTime(
+                    range(0, 1), asset, tracksWithMediaType(asset, type).front(),
+                    track.duration()));
+        }
+        composition.scaleTimeRange_toDuration(
+            CMTimeRangeMake(kCMTimeZero, composition.duration()),
+            CMTimeMultiplyByFloat64(composition.duration(), factor));
+        ExportOrder put;
+        put.composition = composition;
+        put.presetName = QString::fromUtf16(AVAssetExportPresetHighestQuality);
+        const auto planned = planExport(put);
+        EXPECT_TRUE(planned);
+        return planned ? planned->notes : QStringList();
+    };
+    EXPECT_TRUE(notesOf({chaptered}, 1).isEmpty()) << "its track of titles is its chapters";
+    EXPECT_THAT(notesOf({chaptered}, 2), ElementsAre(u"not carried over: chapters"));
+    EXPECT_THAT(notesOf({rich}, 1),
+                ElementsAre(u"not carried over: 1 further sound track(s), 1 track(s) of text or "
+                            u"data"));
+    EXPECT_THAT(notesOf({m_clip, rich, chaptered}, 1),
+                ElementsAre(u"rich.mkv: not carried over: 1 further sound track(s), 1 track(s) of "
+                            u"text or data, chapters",
+                            u"chapters.mp4: not carried over: chapters"));
+}
+
 TEST_F(Compositions, PresetsChooseSizesCodecsAndRates) {
     auto planned = planExport(order(AVAssetExportPresetHighestQuality));
     ASSERT_TRUE(planned);
