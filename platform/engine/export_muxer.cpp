@@ -65,6 +65,7 @@ private:
     Result<void> report(Ticks written);
     Result<void> write(Packet packet, std::size_t lane);
     Result<void> writeNewest(std::size_t lane);
+    static void endFilm(const Written& written, AVPacket& packet);
     Result<void> writeRest();
 
     ExportLanes& m_lanes;
@@ -223,18 +224,27 @@ Result<void> LaneWriter::writeNewest(std::size_t lane) {
     return report(time);
 }
 
-/// The writer takes the length of a track from its last packet in decoding order; the last one that
-/// is shown may be another. It takes the film's end from there too, which no packet may pass.
+/// The writer takes the length of a film from its last packet in decoding order, and the end of its
+/// edit list from there too; the last one that is shown may be another. Decoding runs ahead of
+/// showing by some pictures, which is another time at the end where the rate has changed: the
+/// packet keeps its own time at least, lasts no longer than the film, and is decoded later where
+/// the track would still be shorter than what it shows.
+void LaneWriter::endFilm(const Written& written, AVPacket& packet) {
+    const std::int64_t own = std::max<std::int64_t>(packet.duration, 1);
+    const std::int64_t shown = written.end - written.firstPts;
+    packet.duration = std::clamp(shown - (packet.dts - written.firstDts), own,
+                                 std::max(written.end - packet.pts, own));
+    const std::int64_t late = written.firstDts + shown - packet.duration;
+    packet.dts = std::max(packet.dts, std::min(late, packet.pts));
+}
+
 Result<void> LaneWriter::writeRest() {
     for (std::size_t lane = 0; lane < m_written.size(); ++lane) {
         const Written& written = m_written[lane];
         if (!written.newest)
             continue;
-        AVPacket& packet = *written.newest;
         if (written.stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO)
-            packet.duration = std::clamp<std::int64_t>(
-                written.end - written.firstPts - (packet.dts - written.firstDts), 1,
-                std::max<std::int64_t>(written.end - packet.pts, 1));
+            endFilm(written, *written.newest);
         if (auto done = writeNewest(lane); !done)
             return done;
     }

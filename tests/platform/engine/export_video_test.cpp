@@ -200,6 +200,38 @@ TEST_F(ExportVideoTest, JoinsPiecesOfDifferentFilesAroundASplit) {
     EXPECT_GT(loudest(1.05, 3.9), 0.05F);
 }
 
+/// Where pictures follow each other faster at one end than at the other.
+TEST_F(ExportVideoTest, TheLastPictureIsShownWholeWhateverTheRateWasBefore) {
+    const QString slow = make("a.mp4", kH264, "testsrc2=d=3:s=192x128:r=10");
+    const QString fast = make("b.mp4", kH264, "testsrc2=d=3:s=192x128:r=30");
+    const struct {
+        ExportCoding coding;
+        std::vector<ExportSegment> segments;
+        QByteArray duration;
+    } cases[] = {
+        // The last one may follow others in decoding or not.
+        {ExportCoding::Encode, {segment(slow, 0, 3), segment(fast, 0, 3, 3)}, "6.000000"},
+        {ExportCoding::Encode, {segment(slow, 0, 3), segment(fast, 0, 2.7, 3)}, "5.700000"},
+        {ExportCoding::Encode, {segment(fast, 0, 3), segment(slow, 0, 3, 3)}, "6.000000"},
+        // Black until the film begins, as where a clip without pictures comes first.
+        {ExportCoding::Encode, {segment(fast, 0, 3, 3)}, "6.000000"},
+        {ExportCoding::Copy, {segment(fast, 0, 3, 0, 0.5), segment(fast, 0, 3, 6, 2)}, "7.500000"},
+        {ExportCoding::Copy,
+         {segment(fast, 0, 3, 0, 2), segment(fast, 0, 3, 1.5, 0.5)},
+         "7.500000"},
+    };
+    for (const auto& [coding, segments, duration] : cases) {
+        ExportPlan plan = planFor(slow);
+        plan.sound.reset();
+        plan.video->coding = coding;
+        plan.video->segments = segments;
+        exported(plan);
+        // That of the edit list and that of the samples.
+        EXPECT_EQ(ffprobe(m_out, "v", "format=duration"), duration);
+        EXPECT_EQ(ffprobe(m_out, "v", "stream=duration"), duration);
+    }
+}
+
 TEST_F(ExportVideoTest, CutsToTheFrameAndStretchesTime) {
     const QString source = make("a.mp4", "-c:v libx264 -g 50 -c:a aac");
     ExportPlan plan = planFor(source);
