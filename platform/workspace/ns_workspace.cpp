@@ -10,6 +10,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDir>
+#include <QSet>
 #include <QStandardPaths>
 
 #include <array>
@@ -26,6 +27,7 @@ namespace clipheave::platform {
 namespace {
 
 constexpr int kAnswerTimeout = 5000; // milliseconds
+constexpr int kMostShownFiles = 100, kMostShownFolders = 4;
 
 QString absolutePath(const QString& path) {
     return path.startsWith(u'/') ? path : appendingPathComponent(QDir::currentPath(), path);
@@ -80,6 +82,25 @@ void logPaths(const QStringList& paths) {
         log(LogLevel::Info, QStringLiteral("Output: %1").arg(displayPath(path)), path);
 }
 
+QString commonFolder(const QSet<QString>& folders) {
+    QString common = *folders.constBegin();
+    for (const QString& folder : folders)
+        while (common.size() > 1 && !(folder + u'/').startsWith(common + u'/'))
+            common = deletingLastPathComponent(common);
+    return common;
+}
+
+/// File browsers open a window a folder, and mark thousands of files only slowly: the folder that
+/// has them all is shown in their place.
+QStringList worthShowing(const QStringList& paths) {
+    QSet<QString> folders;
+    for (const QString& path : paths)
+        folders.insert(deletingLastPathComponent(absolutePath(path)));
+    if (paths.size() <= kMostShownFiles && folders.size() <= kMostShownFolders)
+        return paths;
+    return {commonFolder(folders)};
+}
+
 void openFolderOf(const QStringList& paths) {
     const QString folder = deletingLastPathComponent(absolutePath(paths.constFirst()));
     if (!openEncoded(fileUrl(folder)))
@@ -93,7 +114,7 @@ void showInFileBrowser(const QStringList& paths) {
         return;
     }
     QStringList urls;
-    for (const QString& path : paths)
+    for (const QString& path : worthShowing(paths))
         urls += fileUrl(path);
     QDBusMessage call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.FileManager1"),

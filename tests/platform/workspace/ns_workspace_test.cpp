@@ -113,6 +113,21 @@ TEST_F(DesktopWithBus, FilesAreShownInTheFileBrowserFromAnyThread) {
               QStringList({u"file:///a%20b/%C3%BC%23%3F%25.mov"_qs, u"file:///caf%E9"_qs}));
     EXPECT_EQ(browser.calls.size(), 1);
 
+    const auto shownOf = [&](const QStringList& paths) {
+        browser.calls.clear();
+        NSWorkspace::sharedWorkspace().selectFiles(paths);
+        EXPECT_TRUE(waitUntil([&] { return !browser.calls.isEmpty(); }));
+        return browser.calls.constFirst().constFirst().toStringList();
+    };
+    QStringList frames, mirrored;
+    for (int i = 0; i < 3600; ++i)
+        frames += QStringLiteral("/out/film_%1.jpg").arg(i);
+    for (int i = 0; i < 50; ++i)
+        mirrored += QStringLiteral("/out/2025/day %1/film.mp4").arg(i);
+    EXPECT_EQ(shownOf(frames), QStringList{u"file:///out"_qs});
+    EXPECT_EQ(shownOf(mirrored), QStringList{u"file:///out/2025"_qs}) << "not fifty windows";
+    EXPECT_EQ(shownOf(mirrored.first(2)).size(), 2);
+
     NSWorkspace::sharedWorkspace().setRevealEnabled(false);
     NSWorkspace::sharedWorkspace().selectFiles({u"/logged"_qs});
     NSWorkspace::sharedWorkspace().setRevealEnabled(true);
