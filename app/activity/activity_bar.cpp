@@ -129,7 +129,8 @@ void ActivityBar::refreshSoon() {
 void ActivityBar::refresh() {
     m_refreshTimer.stop();
     const ActivityJob* job = m_model.newestRunning();
-    m_indicator->setVisible(job || m_busy);
+    // Deliberate: it turns with the workers. An export that goes on alone has its row and the bar.
+    m_indicator->setVisible(m_busy || m_model.hasWorker());
     m_progress->setVisible(job);
     if (job)
         m_progress->setFraction(job->fraction());

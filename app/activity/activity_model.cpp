@@ -232,6 +232,13 @@ void ActivityModel::setCanCancel(int id, bool can) {
     }
 }
 
+void ActivityModel::setExportsAlone(int id) {
+    if (ActivityJob* job = find(id)) {
+        job->exportsAlone = true;
+        changed(*job);
+    }
+}
+
 void ActivityModel::fileFinished(int id, const ActivityFile& file) {
     ActivityJob* job = find(id);
     if (!job)
@@ -309,6 +316,12 @@ int ActivityModel::runningCount() const {
     return static_cast<int>(std::count_if(m_jobs.begin(), m_jobs.end(), [](const ActivityJob& job) {
         return job.state == JobState::Running;
     }));
+}
+
+bool ActivityModel::hasWorker() const {
+    return std::any_of(m_jobs.begin(), m_jobs.end(), [](const ActivityJob& job) {
+        return job.state == JobState::Running && !job.exportsAlone;
+    });
 }
 
 int ActivityModel::failedCount() const {

@@ -60,6 +60,7 @@ struct ActivityJob {
     qint64 linesLogged = 0; ///< ever; more than log holds once the oldest lines are gone
     bool canRetry = false;
     bool canCancel = false;
+    bool exportsAlone = false; ///< its worker has ended; exports go on without it
 
     /// Share of the job that is done, 0 to 1; below 0 when nothing is known yet. Never less than it
     /// was, unless the total has become another.
@@ -104,6 +105,8 @@ public:
     int beginJob(const QString& title, int total = 0);
     void setTotal(int job, int total);
     void setCanCancel(int job, bool can);
+    /// What is left of the job runs without its worker.
+    void setExportsAlone(int job);
     void fileFinished(int job, const ActivityFile& file);
     /// What is being written now, instead of what was before.
     void setRunning(int job, std::vector<RunningFile> files);
@@ -122,6 +125,7 @@ public:
     [[nodiscard]] qint64 linesLogged() const { return m_linesLogged; }
     [[nodiscard]] const ActivityJob* newestRunning() const;
     [[nodiscard]] int runningCount() const;
+    [[nodiscard]] bool hasWorker() const;  ///< of a job that runs, some worker still works
     [[nodiscard]] int failedCount() const; ///< jobs with a failed file
     [[nodiscard]] int doneCount() const;
 

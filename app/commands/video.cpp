@@ -101,10 +101,13 @@ void AppDelegate::startVideoJob(VideoWorker worker, const QString& activity, con
     run->cancel = [jobs = video.jobs] { jobs->cancel(); };
     m_window->setJobProgressVisible(true);
     ++m_startingVideoJobs;
-    platform::BackgroundJob::detach([this, worker, video, sources = allPaths()] {
+    platform::BackgroundJob::detach([this, worker, video, job = run->job, sources = allPaths()] {
         video.jobs->protectSources(sources);
         (this->*worker)(video);
-        platform::performOnMainThread([this] { BatchVideosItemCompleteToMainThread(); });
+        platform::performOnMainThread([this, job] {
+            m_activity->setExportsAlone(job);
+            BatchVideosItemCompleteToMainThread();
+        });
     });
 }
 

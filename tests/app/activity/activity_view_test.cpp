@@ -102,6 +102,9 @@ TEST_F(ActivityViews, BarSaysWhatRunsAndHowManyDid) {
     settle();
     EXPECT_EQ(bar->statusText(), QStringLiteral("Convert to MP4, 3 of 6 files"));
     EXPECT_TRUE(part<BusyIndicator>("jobProgressor")->isTurning());
+    model.setExportsAlone(job);
+    settle();
+    EXPECT_FALSE(part<BusyIndicator>("jobProgressor")->isTurning()) << "it is the worker's";
     EXPECT_EQ(part<ThinProgress>("jobProgress")->value(), 500);
     EXPECT_EQ(chip("runningChip"), QStringLiteral("1 running"));
     EXPECT_EQ(chip("failedChip"), QStringLiteral("1 failed"));
