@@ -94,8 +94,10 @@ Result<QStringList> writeGif(const QString& source, const QString& target,
     auto film = openFilm(source);
     if (!film)
         return tl::unexpected(film.error());
-    if (const auto usable = OutputPlace(target).check(); !usable)
+    const OutputPlace place(target);
+    if (const auto usable = place.check(); !usable)
         return tl::unexpected(usable.error());
+    place.removeLink();
     const double duration = film->duration;
     auto destination = CGImageDestinationCreateWithURL(target, QString::fromUtf16(kUTTypeGIF),
                                                        static_cast<int>(std::ceil(duration)));
@@ -139,6 +141,7 @@ Result<void> writeTiff(const QString& path, const RawPicture& frame, const FileA
     const auto bytes = TIFFRepresentation(frame);
     if (!bytes)
         return tl::unexpected(bytes.error());
+    OutputPlace(path).removeLink();
     auto file = AtomicFile::create(path, static_cast<std::uint64_t>(bytes->size()));
     if (!file)
         return tl::unexpected(file.error());

@@ -128,6 +128,8 @@ bool AVAssetExportSession::State::report(double done) {
 
 Result<PassthroughOutcome> AVAssetExportSession::State::run() {
     place.emplace(outputPath);
+    if (!writer) // which knows itself what it writes
+        place->removeLink();
     auto outcome = runJob();
     if (!outcome && !cancelled)
         if (const auto blamed = place->blame(); !blamed)

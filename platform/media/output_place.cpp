@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
@@ -43,6 +44,13 @@ Result<void> OutputPlace::check(std::uint64_t bytes) const {
     if (room.f_bavail * unit < std::max(bytes, kLeastRoom))
         return systemFailure(kPrepareOutput, folder, ENOSPC);
     return {};
+}
+
+void OutputPlace::removeLink() const {
+    struct stat status {};
+    if (::lstat(nativePath(m_output).constData(), &status) == 0 && S_ISLNK(status.st_mode))
+        ignoreFailure(NSFileManager::defaultManager().removeItemAtPath(m_output),
+                      "nothing can be made in this folder, and the export says so");
 }
 
 bool OutputPlace::isGone() {

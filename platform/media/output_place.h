@@ -17,6 +17,9 @@ public:
     /// NotFound or AccessDenied when no file can be made in the folder, NoSpace when its file
     /// system has less room than `bytes`, or none for even a short film.
     [[nodiscard]] Result<void> check(std::uint64_t bytes = 0) const;
+    /// Deliberate: a link of the output's name goes away, so that the output takes its place;
+    /// written through it, a file that nobody has selected would be lost.
+    void removeLink() const;
     /// A file in the folder that has to stay there while the work goes on.
     void watch(const QString& path) { m_watched = path; }
     /// True when it, or the folder, is not there any more. Looks now and then, else answers as

@@ -340,6 +340,23 @@ TEST_F(Jobs, OfTwoFilmsWithOneNameTheSecondStays) {
     EXPECT_EQ(own[0].outputs, QStringList{out("x 2.mov")});
 }
 
+TEST_F(Jobs, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {
+    const QString kept = m_dir.write(QStringLiteral("kept.mp4"), "not selected");
+    ASSERT_TRUE(QDir().mkpath(out()));
+    for (const char* name : {"clip.mp4", "clip.gif", "clip_0.jpg"})
+        ASSERT_TRUE(QFile::link(kept, out(name)));
+    run(&VideoJobs::SlowDownVideoMediaFileFileThreader, QStringLiteral("1X"), {film("clip.mp4")});
+    run(&VideoJobs::ConvertGIFMediaFileFileThreader, {}, {film("clip.mp4")});
+    run(&VideoJobs::ExtractImagesMediaFileFileThreader, {}, {film("clip.mp4")});
+    for (const char* name : {"clip.mp4", "clip.gif", "clip_0.jpg"}) {
+        EXPECT_FALSE(QFileInfo(out(name)).isSymLink()) << name;
+        EXPECT_GT(QFileInfo(out(name)).size(), 100) << name;
+    }
+    QFile file(kept);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), "not selected");
+}
+
 TEST_F(Jobs, CancelLeavesNoFile) {
     std::atomic<int> cancelled = 0;
     VideoJobs jobs([&](const WriteOutcome& outcome) {
