@@ -84,7 +84,10 @@ Result<std::unique_ptr<ExportSource>> ExportSource::open(const QString& path, AV
     AVFormatContext& context = source->context();
     context.flags |= AVFMT_FLAG_GENPTS;
     context.probesize = kExportProbeBytes;
-    const auto use = type == AVMEDIA_TYPE_AUDIO ? StreamsOfUse::Sound : StreamsOfUse::All;
+    // Deliberate: where the film tells its times only when it is decoded, it is, for the sound too.
+    // Both count from the earliest, and would begin side by side otherwise.
+    const bool soundAlone = type == AVMEDIA_TYPE_AUDIO && hasSampleTable(context);
+    const auto use = soundAlone ? StreamsOfUse::Sound : StreamsOfUse::All;
     if (!source->m_input->findStreamInfo(use))
         return source->failed(ErrorCode::InvalidData, QStringLiteral("the streams cannot be read"));
     source->m_origin = ticksOf(startMicroseconds(context), AV_TIME_BASE_Q).value_or(0);

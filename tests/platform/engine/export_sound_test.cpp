@@ -85,9 +85,12 @@ TEST_F(ExportSoundTest, KeepsPictureAndSoundTogether) {
     // The sound begins half a second after the film, behind an edit list.
     const QString film = make("film.mp4", "-c:v libx264 -an");
     const QString tone = make("tone.m4a", "-vn -c:a aac", "testsrc2=d=3", kChirp);
-    const QString source = m_dir.path(QStringLiteral("late.mp4"));
-    ffmpeg("-i " + film.toUtf8() + " -itsoffset 0.5 -i " + tone.toUtf8() + " -c copy", source);
-    for (const ExportCoding coding : {ExportCoding::Encode, ExportCoding::Copy}) {
+    // The other container has no such thing; its film tells its times when it is decoded.
+    for (int i = 0; i < 4; ++i) {
+        const QString source =
+            m_dir.path(i < 2 ? QStringLiteral("late.mp4") : QStringLiteral("late.mkv"));
+        ffmpeg("-i " + film.toUtf8() + " -itsoffset 0.5 -i " + tone.toUtf8() + " -c copy", source);
+        const auto coding = i % 2 == 0 ? ExportCoding::Encode : ExportCoding::Copy;
         ExportPlan plan = planFor(source, 3.5);
         plan.video->coding = plan.sound->coding = coding;
         exported(plan);
@@ -95,7 +98,7 @@ TEST_F(ExportSoundTest, KeepsPictureAndSoundTogether) {
         ffmpeg("-i " + m_out.toUtf8() + " -vn -af aresample=async=1:first_pts=0", sound);
         const std::vector<float> got = samples(sound);
         ASSERT_GT(got.size(), 5000u);
-        EXPECT_GT(correlation({got.begin() + 4000, got.end()}, samples(tone)), 0.95);
+        EXPECT_GT(correlation({got.begin() + 4000, got.end()}, samples(tone)), 0.95) << i;
     }
 }
 
