@@ -92,12 +92,15 @@ void reportUnknown(const media::MediaImport& import) {
 int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>& outcomes,
                    bool allImported) {
     bool allDone = allImported;
+    // Deliberate: a sound among the films of a folder is no failure of the job that passes it over.
+    bool anythingDone = outcomes.empty();
     QByteArray lines;
     for (const WriteOutcome& outcome : outcomes) {
         for (const QString& output : outcome.outputs)
             lines += platform::nativePath(output) + '\n';
+        anythingDone |= outcome.status == WriteStatus::Completed;
         if (outcome.status != WriteStatus::Completed) {
-            allDone = false;
+            allDone &= outcome.status == WriteStatus::Skipped;
             printError(QStringLiteral("%1: %2: %3")
                            .arg(outcome.source, QLatin1String(statusName(outcome.status)),
                                 outcome.message));
@@ -114,7 +117,7 @@ int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>&
         allDone = false;
     if (interruption())
         return interruption();
-    return allDone ? kAllDone : kSomeFailed;
+    return allDone && anythingDone ? kAllDone : kSomeFailed;
 }
 
 int runOverItems(const GlobalOptions& global, const QStringList& paths, const QString& what,

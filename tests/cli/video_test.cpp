@@ -97,7 +97,9 @@ TEST_F(VideoCommand, NamesWhatIsNoVideo) {
         EXPECT_TRUE(result.err.contains("typo: skipped: ")) << result.err.toStdString();
         EXPECT_EQ(stored(), QLatin1String("a.mp4")) << job;
     }
+    EXPECT_EQ(video(QStringLiteral("convert --to mp4"), {sound, m_film}).exitCode, 0);
     const auto skipped = video(QStringLiteral("convert --to mov"), {sound});
+    EXPECT_EQ(skipped.exitCode, 1) << "nothing was done";
     EXPECT_TRUE(skipped.err.contains("sound.m4a: skipped: not a video"))
         << skipped.err.toStdString();
     const auto tried = video(QStringLiteral("gif"), {sound});
