@@ -60,8 +60,8 @@ bool mayBeLeftOut(const AVStream& stream) {
 }
 
 /// Answers what is left out; its streams are then discarded.
-Result<QStringList> addStreams(const AVFormatContext& source, FileOutput& output,
-                               UnheldStreams unheld, const QString& path) {
+Result<QStringList> addStreams(AVFormatContext& source, FileOutput& output, UnheldStreams unheld,
+                               const QString& path) {
     QStringList refused, leftOut;
     for (unsigned i = 0; i < source.nb_streams; ++i) {
         AVStream& from = *source.streams[i];
@@ -83,7 +83,10 @@ Result<QStringList> addStreams(const AVFormatContext& source, FileOutput& output
         to->codecpar->codec_tag = targetTag(format, *from.codecpar);
         to->time_base = from.time_base;
         to->avg_frame_rate = from.avg_frame_rate;
-        to->sample_aspect_ratio = from.sample_aspect_ratio;
+        // Where container and coding disagree the container's shape is the one that is shown; the
+        // writer takes but one.
+        to->sample_aspect_ratio = av_guess_sample_aspect_ratio(&source, &from, nullptr);
+        to->codecpar->sample_aspect_ratio = to->sample_aspect_ratio;
         to->disposition = from.disposition;
         av_dict_copy(&to->metadata, from.metadata, 0);
         for (int n = 0; n < from.nb_side_data; ++n) {
@@ -123,14 +126,38 @@ public:
         packet.pts -= m_shift;
         packet.dts -= m_shift;
     }
+    /// Into the writer's units, which may be coarser: rising there too.
+    void rescale(AVPacket& packet, AVRational from, AVRational to) {
+        av_packet_rescale_ts(&packet, from, to);
+        if (m_written != kNoTimestamp && packet.dts <= m_written)
+            packet.dts = m_written + 1;
+        packet.pts = std::max(packet.pts, packet.dts);
+        m_written = packet.dts;
+    }
 
 private:
     std::int64_t m_shift;
-    std::int64_t m_last = kNoTimestamp, m_lastDuration = 1;
+    std::int64_t m_last = kNoTimestamp, m_lastDuration = 1, m_written = kNoTimestamp;
 };
 
-Result<void> copyPackets(AVFormatContext& source, FileOutput& output,
-                         const std::function<bool(double)>& progress) {
+/// Counts what is written and what the writer finds to be no data of its coding.
+struct PacketCount {
+    int written = 0, damaged = 0;
+
+    /// The code that the copying goes on with.
+    int add(int code, bool holdsData) {
+        if (code == AVERROR_INVALIDDATA) {
+            ++damaged;
+            return 0;
+        }
+        written += code >= 0 && holdsData ? 1 : 0;
+        return code;
+    }
+};
+
+/// Answers the number of damaged packets that were left out.
+Result<int> copyPackets(AVFormatContext& source, FileOutput& output,
+                        const std::function<bool(double)>& progress) {
     std::vector<TimestampRepair> repairs;
     std::vector<int> targets; // by source stream; -1: not wanted
     int wanted = 0;
@@ -142,7 +169,7 @@ Result<void> copyPackets(AVFormatContext& source, FileOutput& output,
     const Packet packet(av_packet_alloc());
     int code = packet ? 0 : AVERROR(ENOMEM);
     double done = 0;
-    bool any = false;
+    PacketCount packets;
     for (int count = 0; code >= 0 && (code = av_read_frame(&source, packet.get())) >= 0; ++count) {
         const auto index = static_cast<std::size_t>(packet->stream_index);
         if (packet->stream_index < 0 || index >= repairs.size() || targets[index] < 0) {
@@ -155,20 +182,22 @@ Result<void> copyPackets(AVFormatContext& source, FileOutput& output,
             done = std::clamp(static_cast<double>(packet->dts) * av_q2d(from.time_base) / total,
                               done, 1.0);
         packet->stream_index = targets[index];
-        av_packet_rescale_ts(packet.get(), from.time_base,
-                             output.context()->streams[targets[index]]->time_base);
+        repairs[index].rescale(*packet, from.time_base,
+                               output.context()->streams[targets[index]]->time_base);
         packet->pos = -1;
-        any = any || packet->size > 0;
-        code = av_interleaved_write_frame(output.context(), packet.get());
+        const bool holdsData = packet->size > 0;
+        code = packets.add(av_interleaved_write_frame(output.context(), packet.get()), holdsData);
         if (progress && count % kPacketsBetweenReports == 0 && !progress(done))
             return failure(ErrorCode::Cancelled, QStringLiteral("copy the streams"));
     }
     if (code != AVERROR_EOF)
         return output.failed("copy the streams", code);
-    if (!any)
+    if (packets.damaged > packets.written)
+        return output.failed("copy the streams", AVERROR_INVALIDDATA);
+    if (packets.written == 0)
         return failure(ErrorCode::InvalidData, QStringLiteral("copy the streams"), {},
                        QStringLiteral("there is nothing in them"));
-    return {};
+    return packets.damaged;
 }
 
 Result<QStringList> remuxStreams(const QString& source, const QString& target, RemuxTarget kind,
@@ -194,9 +223,9 @@ Result<QStringList> remuxStreams(const QString& source, const QString& target, R
     auto output = FileOutput::create(kind == RemuxTarget::QuickTimeMovie ? "mov" : "mp4", target);
     if (!output)
         return tl::unexpected(output.error());
-    const auto leftOut = addStreams(from, **output, unheld, source);
-    if (!leftOut)
-        return leftOut;
+    auto notes = addStreams(from, **output, unheld, source);
+    if (!notes)
+        return notes;
     av_dict_copy(&(*output)->context()->metadata, from.metadata, 0);
     copyChapters(from, *(*output)->context());
     Dictionary options;
@@ -205,13 +234,16 @@ Result<QStringList> remuxStreams(const QString& source, const QString& target, R
         return refused.isEmpty() ? tl::unexpected(begun.error())
                                  : cannotHold("copy the streams", *(*output)->context(), refused);
     }
-    if (auto copied = copyPackets(from, **output, progress); !copied)
-        return tl::unexpected(copied.error());
+    const auto damaged = copyPackets(from, **output, progress);
+    if (!damaged)
+        return tl::unexpected(damaged.error());
+    if (*damaged > 0)
+        notes->append(QStringLiteral("damaged pieces left out: %1").arg(*damaged));
     if (progress)
         progress(1);
     if (auto finished = (*output)->finish(); !finished)
         return tl::unexpected(finished.error());
-    return leftOut;
+    return notes;
 }
 
 } // namespace

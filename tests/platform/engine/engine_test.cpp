@@ -194,6 +194,40 @@ TEST_F(Engine, RemuxKeepsEveryPacket) {
     }
 }
 
+TEST_F(Engine, RemuxTakesTheShapeThatTheContainerTells) {
+    const QString square =
+        make(QStringLiteral("q.mkv"), QStringLiteral("-an -c:v mpeg4 -vf setsar=1").split(u' '));
+    const QString target = m_dir.path(QStringLiteral("out.mov"));
+    for (const char* name : {"wide.mkv", "wide.avi"}) {
+        const QString source =
+            make(QString::fromLatin1(name),
+                 QStringLiteral("-i %1 -map 2 -c copy -aspect 2:1").arg(square).split(u' '));
+        const auto done =
+            m_engine->remux(source, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {});
+        ASSERT_TRUE(done) << name << done.error().text().toStdString();
+        EXPECT_EQ(ffprobe(target, "stream=display_aspect_ratio"), "2:1\n") << name;
+    }
+}
+
+TEST_F(Engine, RemuxGoesOnPastDamageAndPastTimesThatBeginAnew) {
+    const QString source = make(QStringLiteral("p.ts"),
+                                QStringLiteral("-c:v libx264 -g 5 -c:a aac -b:a 256k").split(u' '));
+    const QByteArray whole = testkit::TempDir::read(source);
+    QByteArray hurt = whole;
+    constexpr qsizetype kTsPacket = 188;
+    for (qsizetype at = kTsPacket * 40; at + 3 * kTsPacket < hurt.size(); at += kTsPacket * 60)
+        std::fill_n(hurt.begin() + at + 4, 3 * kTsPacket - 4, '\x5a');
+    const QString target = m_dir.path(QStringLiteral("out.mov"));
+    for (const QByteArray& bytes : {hurt, whole + whole}) {
+        const QString path = m_dir.write(QStringLiteral("x.ts"), bytes);
+        const auto done =
+            m_engine->remux(path, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {});
+        ASSERT_TRUE(done) << done.error().text().toStdString();
+        EXPECT_EQ(done->join(u' ').contains(u"damaged"), bytes.size() == whole.size());
+        EXPECT_GT(ffprobe(target, "stream=nb_frames").split('\n').at(1).toInt(), 60) << "of sound";
+    }
+}
+
 TEST_F(Engine, SoundBeforeTheStartMovesNeitherFilmNorChapters) {
     const QString chapters = m_dir.write(
         QStringLiteral("list.txt"),
