@@ -100,7 +100,8 @@ Result<void> VideoSegmentReader::checkBreak(Ticks end) {
     auto announced = track;
     if (!track && !m_source->isPieceOfStream() &&
         context.duration_estimation_method == AVFMT_DURATION_FROM_STREAM)
-        announced = ticksOf(context.duration, AV_TIME_BASE_Q);
+        // Some writers count from zero where the first picture comes much later.
+        announced = ticksOf(context.duration - startMicroseconds(context), AV_TIME_BASE_Q);
     if (!announced)
         return {};
     const Ticks wanted = std::min(*announced, m_stretch.sourceEnd), missing = wanted - end;

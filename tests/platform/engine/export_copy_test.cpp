@@ -183,6 +183,10 @@ TEST_F(ExportCopyTest, GoesOnPastDamageButNotPastABreak) {
     EXPECT_THAT(notes.join(u' ').toStdString(), testing::HasSubstr("damaged pieces"));
     EXPECT_NEAR(ffprobe(m_out, "v", "stream=duration").toDouble(), 3, 0.2);
 
+    // A whole film of 3 s, whose container counts from zero to the end: 103 s.
+    exported(planFor(make("late.mkv", "-output_ts_offset 100 -c:v libx264 -c:a aac"), 103));
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "75");
+
     for (qsizetype at = data + 8; at < bytes.size(); ++at)
         bytes[at] = '\x5a';
     const QString gone = m_dir.write(QStringLiteral("gone.mp4"), bytes);
