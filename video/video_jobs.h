@@ -53,7 +53,8 @@ public:
 
     /// Of the exports that are running now; a merge stands for all its files.
     [[nodiscard]] metadata::RunProgress runningProgress() const { return m_running->progress(); }
-    /// Stops this job: what waits or runs ends as Cancelled and leaves no file.
+    /// Stops this job: what waits or runs ends as Cancelled and leaves no part of a file. Single
+    /// pictures that are complete stay.
     void cancel() { m_running->cancel(); }
 
 private:
@@ -83,6 +84,9 @@ private:
     [[nodiscard]] bool skips(const media::ItemPointer& item) const;
     void refuse(const QString& source, const QString& reason,
                 metadata::WriteStatus status = metadata::WriteStatus::Failed) const;
+    /// The pictures of one film, "BASE_SECOND.jpg".
+    void beginPictures(const QString& source, const QString& folder, const QString& base,
+                       double interval);
     void finishMerge(const QString& output, const std::vector<media::ItemPointer>& merged,
                      const platform::AVMutableComposition& composition);
 

@@ -88,24 +88,32 @@ Result<Film> openFilm(const QString& source) {
     return Film{std::move(generator), duration};
 }
 
+/// That goes round for ever. Says at once when nothing can be written there.
+Result<std::unique_ptr<CGImageDestination>> createGif(const QString& target, int pictures) {
+    const OutputPlace place(target);
+    if (const auto usable = place.check(); !usable)
+        return tl::unexpected(usable.error());
+    place.removeLink();
+    auto destination =
+        CGImageDestinationCreateWithURL(target, QString::fromUtf16(kUTTypeGIF), pictures);
+    if (!destination)
+        return destination;
+    if (const auto set = CGImageDestinationSetProperties(**destination, {0}); !set)
+        return tl::unexpected(set.error());
+    return destination;
+}
+
 /// One picture a second, for ever in a circle. Without delays: players then use their own pace.
 Result<QStringList> writeGif(const QString& source, const QString& target,
                              const Progress& progress) {
     auto film = openFilm(source);
     if (!film)
         return tl::unexpected(film.error());
-    const OutputPlace place(target);
-    if (const auto usable = place.check(); !usable)
-        return tl::unexpected(usable.error());
-    place.removeLink();
     const double duration = film->duration;
-    auto destination = CGImageDestinationCreateWithURL(target, QString::fromUtf16(kUTTypeGIF),
-                                                       static_cast<int>(std::ceil(duration)));
-    const auto prepared = destination ? CGImageDestinationSetProperties(**destination, {0})
-                                      : Result<void>(tl::unexpected(destination.error()));
-    if (!prepared) {
+    auto destination = createGif(target, static_cast<int>(std::ceil(duration)));
+    if (!destination) {
         log(LogLevel::Info, QStringLiteral("Failed to create GIF destination"), source);
-        return tl::unexpected(prepared.error());
+        return tl::unexpected(destination.error());
     }
     std::size_t frames = 0;
     PictureFailures failures;
@@ -228,7 +236,7 @@ private:
     /// Deliberate: TIFF bytes under a name that says JPEG, as this job has always written them.
     Result<void> write(const RawPicture& frame, int second) {
         const QString path = m_paths.claimShared(
-            appendingPathComponent(m_folder, QStringLiteral("%1_%2.jpg").arg(m_base).arg(second)));
+            appendingPathComponent(m_folder, m_base + QStringLiteral("_%1.jpg").arg(second)));
         if (const auto before = awaitWriting(); !before)
             return before;
         m_writingPath = path;
@@ -292,29 +300,36 @@ void VideoJobs::ConvertGIFMediaFileFileThreader(const VideoJobRequest& request) 
 void VideoJobs::ExtractImagesMediaFileFileThreader(const VideoJobRequest& request) {
     const double interval = extractInterval(request.title);
     for (const auto& item : request.items) {
-        const QString source = item->filePath;
         const QString base = deletingPathExtension(item->fileName);
-        const auto outputs = std::make_shared<QStringList>();
-        const auto writer = std::make_shared<PictureWriter>(source, request.storagelocation, base,
-                                                            interval, m_paths, outputs);
-        const auto session = AVAssetExportSession::rewriting(
-            source, appendingPathComponent(request.storagelocation, base),
-            [writer](const Progress& progress) { return writer->run(progress); });
-        m_running->start(
-            session, source, [session, outputs, source, start = Clock::now(), handler = m_handler] {
-                WriteOutcome outcome;
-                outcome.source = source;
-                outcome.outputs = *outputs;
-                outcome.status = endOf(*session);
-                outcome.message = outcome.status == WriteStatus::Completed
-                                      ? session->notes().join(QStringLiteral("; "))
-                                  : outcome.status == WriteStatus::Failed
-                                      ? session->error().text()
-                                      : QStringLiteral("cancelled");
-                outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
-                handler(outcome);
-            });
+        m_turns->begin(appendingPathComponent(request.storagelocation, base),
+                       [this, source = item->filePath, folder = request.storagelocation, base,
+                        interval] { beginPictures(source, folder, base, interval); });
     }
+}
+
+void VideoJobs::beginPictures(const QString& source, const QString& folder, const QString& base,
+                              double interval) {
+    const QString pictures = appendingPathComponent(folder, base);
+    const auto outputs = std::make_shared<QStringList>();
+    const auto writer =
+        std::make_shared<PictureWriter>(source, folder, base, interval, m_paths, outputs);
+    const auto session = AVAssetExportSession::rewriting(
+        source, pictures, [writer](const Progress& progress) { return writer->run(progress); });
+    const auto ended = [session, outputs, source, pictures, start = Clock::now(), turns = m_turns,
+                        handler = m_handler] {
+        WriteOutcome outcome;
+        outcome.source = source;
+        outcome.outputs = *outputs;
+        outcome.status = endOf(*session);
+        outcome.message = outcome.status == WriteStatus::Completed
+                              ? session->notes().join(QStringLiteral("; "))
+                          : outcome.status == WriteStatus::Failed ? session->error().text()
+                                                                  : QStringLiteral("cancelled");
+        outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        turns->ended(pictures);
+        handler(outcome);
+    };
+    m_running->start(session, source, ended);
 }
 
 } // namespace clipheave::video

@@ -47,6 +47,13 @@ Result<void> insertFirst(AVMutableCompositionTrack& track, const AVURLAsset& ass
                                                 asset, sources.front(), at);
 }
 
+Result<void> filmOrSoundOf(const AVURLAsset& asset) {
+    if (tracksWithMediaType(asset, kVideo).empty() && tracksWithMediaType(asset, kAudio).empty())
+        return failure(ErrorCode::NotSupported, QStringLiteral("export"), asset.path(),
+                       QStringLiteral("there is neither film nor sound"));
+    return {};
+}
+
 /// The first film and the first sound of a file, as a composition; a film must be there.
 Result<AVMutableComposition> compositionOfAsset(const AVURLAsset& asset) {
     const auto film = firstFilm(asset);
@@ -188,6 +195,7 @@ QString flatPath(const VideoJobRequest& request, const QString& name) {
 }
 
 constexpr char kSpeedText[] = "Change Video Speed Success";
+const QString kMergingFailed = QStringLiteral("Merging failed: ");
 
 } // namespace
 
@@ -243,16 +251,21 @@ void VideoJobs::MergeVideoMediaFileFileThreader(const VideoJobRequest& request) 
         auto inserted = asset ? insertFirst(film, *asset, cursor) : tl::unexpected(asset.error());
         if (inserted)
             inserted = insertFirst(sound, *asset, cursor);
-        if (!inserted) {
-            refuse(item->filePath, inserted.error().text());
-            continue;
+        if (inserted) {
+            const CMTime duration = assetDuration(*asset);
+            cursor = CMTimeCompare(cursor, duration) > 0 ? cursor : duration;
+            inserted = filmOrSoundOf(*asset);
         }
-        const CMTime duration = assetDuration(*asset);
-        cursor = CMTimeCompare(cursor, duration) > 0 ? cursor : duration;
-        merged.push_back(item);
+        if (inserted)
+            merged.push_back(item);
+        else
+            refuse(item->filePath, inserted.error().text());
     }
     if (!merged.empty())
         finishMerge(m_paths.claimShared(output), merged, composition);
+    else if (!request.items.empty())
+        log(LogLevel::Info, kMergingFailed + QStringLiteral("there is nothing to merge"),
+            request.items.front()->filePath);
 }
 
 void VideoJobs::finishMerge(const QString& output, const std::vector<media::ItemPointer>& merged,
@@ -262,8 +275,7 @@ void VideoJobs::finishMerge(const QString& output, const std::vector<media::Item
         if (outcome.status == WriteStatus::Completed)
             log(LogLevel::Info, QStringLiteral("Merging completed!"), outcome.source);
         else if (outcome.status == WriteStatus::Failed)
-            log(LogLevel::Info, QStringLiteral("Merging failed: ") + outcome.message,
-                outcome.source);
+            log(LogLevel::Info, kMergingFailed + outcome.message, outcome.source);
         for (std::size_t i = 1; i < merged.size(); ++i) {
             WriteOutcome other = outcome;
             other.source = merged[i]->filePath;

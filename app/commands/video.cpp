@@ -88,8 +88,10 @@ void AppDelegate::detachVideoWorker(VideoWorker worker, const QString& activity)
 void AppDelegate::startVideoJob(VideoWorker worker, const QString& activity, const QString& title,
                                 const std::vector<media::ItemPointer>& items) {
     const auto run = beginRun(activity, items);
-    m_retries[run->job] = [this, worker, activity, title](const QStringList& failed) {
-        if (const auto again = itemsAt(failed); !again.empty())
+    m_retries[run->job] = [this, worker, activity, title, items](const QStringList& failed) {
+        // A merge without the others is none.
+        const bool merges = worker == &AppDelegate::MergeVideoMediaFileFileThreader;
+        if (const auto again = merges ? items : itemsAt(failed); !again.empty())
             startVideoJob(worker, activity, title, again);
     };
     run->tellsSizes = worker == &AppDelegate::CompressVideoMediaFileFileThreader;

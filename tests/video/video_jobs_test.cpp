@@ -195,6 +195,20 @@ TEST_F(Jobs, MergePutsEachClipAtTheLongestDurationBeforeIt) {
     EXPECT_EQ(outcomes[3].status, WriteStatus::Failed);
     (void)run(&VideoJobs::MergeVideoMediaFileFileThreader, {}, {film("clip.mp4")});
     EXPECT_THAT(filesOut(), ElementsAre(u"MergeVideo.mp4", u"clip_MergeVideo.mp4"));
+
+    const QString words = m_dir.path(QStringLiteral("words.mp4"));
+    const QString lines =
+        m_dir.write(QStringLiteral("words.srt"), "1\n00:00:00,000 --> 00:00:09,000\na\n");
+    ASSERT_EQ(testkit::run(u"ffmpeg"_qs, {u"-v"_qs, u"error"_qs, u"-i"_qs, lines, u"-map"_qs,
+                                          u"0"_qs, u"-c"_qs, u"mov_text"_qs, words})
+                  .exitCode,
+              0);
+    QStringList logged;
+    const platform::LogSubscription subscription(
+        platform::LogLevel::Info, [&](const platform::LogLine& line) { logged << line.text; });
+    const auto nothing = run(&VideoJobs::MergeVideoMediaFileFileThreader, {}, {words});
+    EXPECT_THAT(nothing[0].message.toStdString(), HasSubstr("neither film nor sound"));
+    EXPECT_THAT(logged, testing::Contains(u"Merging failed: there is nothing to merge"));
 }
 
 TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
@@ -263,6 +277,22 @@ TEST_F(Jobs, PicturesAreThoseOfTheirSeconds) {
             {m_dir.write(QStringLiteral("text.mp4"), "no film at all"), film("sound.m4a")});
     EXPECT_EQ(failed[0].status, WriteStatus::Failed);
     EXPECT_EQ(failed[1].status, WriteStatus::Failed);
+}
+
+TEST_F(Jobs, PicturesOfFilmsWithOneNameAreThoseOfTheLast) {
+    ASSERT_TRUE(QDir().mkpath(m_dir.path(QStringLiteral("a"))));
+    const QString name = QStringLiteral("50%1 off%2C.mp4"); // no pattern to fill
+    const QString larger = m_dir.path(QStringLiteral("a/") + name), smaller = m_dir.path(name);
+    ASSERT_TRUE(QFile::copy(film("clip.mp4"), smaller));
+    ASSERT_EQ(testkit::run(u"ffmpeg"_qs, {u"-v"_qs, u"error"_qs, u"-i"_qs, smaller, u"-vf"_qs,
+                                          u"scale=1920:1280"_qs, larger})
+                  .exitCode,
+              0);
+    (void)run(&VideoJobs::ExtractImagesMediaFileFileThreader, {}, {larger, smaller});
+    EXPECT_THAT(filesOut(),
+                ElementsAre(u"50%1 off%2C_0.jpg", u"50%1 off%2C_1.jpg", u"50%1 off%2C_2.jpg"));
+    for (const QString& file : filesOut())
+        EXPECT_EQ(QImage::fromData(testkit::TempDir::read(out() + file)).width(), 96);
 }
 
 TEST_F(Jobs, FilmsThatLieFailPlainlyOrGiveWhatTheyHold) {
