@@ -57,6 +57,7 @@ private:
         AVStream* stream = nullptr;
         Packet newest;
         std::int64_t firstDts = 0, firstPts = 0, end = 0;
+        int packets = 0, damaged = 0;
     };
     Result<void> waitForTracks();
     Result<void> addTracks();
@@ -163,7 +164,14 @@ Result<void> LaneWriter::begin(const ExportPlan& plan, const PlannedExport& plan
     if (auto added = addTracks(); !added)
         return added;
     AVFormatContext& format = *m_output.context();
-    format.strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
+    const bool plainPictures =
+        std::any_of(m_written.begin(), m_written.end(), [](const Written& track) {
+            return track.stream != nullptr &&
+                   track.stream->codecpar->codec_id == AV_CODEC_ID_RAWVIDEO;
+        });
+    // Only a strict writer names plain pictures by the order of their colours.
+    format.strict_std_compliance =
+        plainPictures ? FF_COMPLIANCE_NORMAL : FF_COMPLIANCE_EXPERIMENTAL;
     if (!plan.chaptersOf.isEmpty())
         copyChaptersOfFile(plan.chaptersOf, static_cast<double>(planned.end) / kTicksPerSecond,
                            format);
@@ -203,7 +211,7 @@ Result<void> LaneWriter::write(Packet packet, std::size_t lane) {
 }
 
 Result<void> LaneWriter::writeNewest(std::size_t lane) {
-    const Written& written = m_written[lane];
+    Written& written = m_written[lane];
     AVPacket& packet = *written.newest;
     const AVRational base = m_lanes.track(lane)->timeBase;
     const Ticks time = ticksOf(packet.dts, base).value_or(0);
@@ -214,6 +222,11 @@ Result<void> LaneWriter::writeNewest(std::size_t lane) {
     const AVRational known = std::exchange(rate, packet.duration == 0 ? AVRational{0, 1} : rate);
     const int code = av_write_frame(m_output.context(), &packet);
     rate = known;
+    // No data of its coding, and not for want of a description: others were.
+    const bool isDamaged = code == AVERROR_INVALIDDATA && written.packets > written.damaged;
+    ++(isDamaged ? written.damaged : written.packets);
+    if (isDamaged)
+        return report(time);
     if (code == AVERROR(EPERM) || code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA ||
         code == AVERROR_PATCHWELCOME)
         return cannotHold(
@@ -247,6 +260,8 @@ Result<void> LaneWriter::writeRest() {
             endFilm(written, *written.newest);
         if (auto done = writeNewest(lane); !done)
             return done;
+        if (written.damaged > 0)
+            m_lanes.note(QStringLiteral("damaged pieces left out: %1").arg(written.damaged));
     }
     return {};
 }

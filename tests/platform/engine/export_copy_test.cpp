@@ -22,8 +22,9 @@ protected:
         return testkit::run(QStringLiteral("ffmpeg"),
                             {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"),
                              path, QStringLiteral("-an"), QStringLiteral("-vsync"),
-                             QStringLiteral("passthrough"), QStringLiteral("-f"),
-                             QStringLiteral("md5"), QStringLiteral("-")})
+                             QStringLiteral("passthrough"), QStringLiteral("-pix_fmt"),
+                             QStringLiteral("rgb24"), QStringLiteral("-f"), QStringLiteral("md5"),
+                             QStringLiteral("-")})
             .out;
     }
     /// The export fails with `code` and leaves nothing behind.
@@ -62,6 +63,17 @@ TEST_F(ExportCopyTest, CopiesStreamsOfManyContainers) {
         EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "75") << name;
         EXPECT_NEAR(ffprobe(m_out, "v", "stream=duration").toDouble(), 3, 0.041) << name;
         EXPECT_GT(correlation(samples(m_out), samples(source)), 0.99) << name;
+    }
+}
+
+TEST_F(ExportCopyTest, CopiesPlainPicturesInTheOrderOfTheirColours) {
+    for (const char* order : {"bgr24", "yuyv422"}) {
+        const QString source =
+            make("a.avi", QByteArray("-c:v rawvideo -c:a aac -pix_fmt ") + order);
+        ExportPlan plan = copyOf(source);
+        plan.container = ExportContainer::QuickTimeMovie;
+        exported(plan, "out.mov");
+        EXPECT_EQ(decoded(m_out), decoded(source)) << order;
     }
 }
 
@@ -183,10 +195,20 @@ TEST_F(ExportCopyTest, GoesOnPastDamageButNotPastABreak) {
     EXPECT_THAT(notes.join(u' ').toStdString(), testing::HasSubstr("damaged pieces"));
     EXPECT_NEAR(ffprobe(m_out, "v", "stream=duration").toDouble(), 3, 0.2);
 
+    // A damaged packet of sound in a stream of such, which no film can hold.
+    const QString stream = make("a.ts", "-c:v libx264 -c:a aac -b:a 256k");
+    bytes = testkit::TempDir::read(stream);
+    for (qsizetype at = 188 * 40; at + 188 * 3 < bytes.size(); at += 188 * 60)
+        std::fill_n(bytes.begin() + at + 4, 188 * 3 - 4, '\x5a');
+    const QStringList left =
+        exported(copyOf(m_dir.write(QStringLiteral("b.ts"), bytes)), "out.mov");
+    EXPECT_THAT(left.join(u' ').toStdString(), testing::HasSubstr("damaged pieces"));
+
     // A whole film of 3 s, whose container counts from zero to the end: 103 s.
     exported(planFor(make("late.mkv", "-output_ts_offset 100 -c:v libx264 -c:a aac"), 103));
     EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "75");
 
+    bytes = testkit::TempDir::read(source);
     for (qsizetype at = data + 8; at < bytes.size(); ++at)
         bytes[at] = '\x5a';
     const QString gone = m_dir.write(QStringLiteral("gone.mp4"), bytes);
