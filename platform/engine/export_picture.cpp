@@ -18,11 +18,25 @@ namespace {
 
 constexpr int kHighDefinitionHeight = 720; ///< from here BT.709 is meant where nothing is said
 constexpr int kInvisibleBar = 2;           ///< bars of that many pixels are rounding
+constexpr int kPlainDepth = 8;             ///< bits of a component
+constexpr int kDeepDepth = 10;             ///< the most that the encoder takes
 
 bool isRgb(int format) {
     const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(format));
     return descriptor != nullptr &&
            (descriptor->flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL)) != 0;
+}
+
+/// Bits of a component, the most that a source has.
+int depthOf(const std::vector<PlannedSegment>& segments) {
+    int depth = kPlainDepth;
+    for (const PlannedSegment& segment : segments) {
+        const auto format = static_cast<AVPixelFormat>(segment.facts->parameters->format);
+        const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
+        for (int i = 0; descriptor != nullptr && i < descriptor->nb_components; ++i)
+            depth = std::max(depth, descriptor->comp[i].depth);
+    }
+    return depth;
 }
 
 int evenSide(int side) {
@@ -67,9 +81,27 @@ void takeStandardRange(PictureLook& look) {
     look.chroma = AVCHROMA_LOC_LEFT;
 }
 
+/// More than eight bits stay where the quality is to stay. Deliberate: a small film of a bit rate
+/// is for any player, and some cannot show H.264 of ten.
+void chooseDepth(const ExportVideo& video, const std::vector<PlannedSegment>& segments,
+                 PictureLook& look, QStringList& notes) {
+    const int depth = depthOf(segments);
+    if (depth <= kPlainDepth)
+        return;
+    const QString bits = QStringLiteral("%1 bits ").arg(depth);
+    if (video.bitRate > 0) {
+        notes << bits + QStringLiteral("became 8");
+        return;
+    }
+    look.format = AV_PIX_FMT_YUV420P10LE;
+    const QString what =
+        depth > kDeepDepth ? QStringLiteral("became 10") : QStringLiteral("were kept");
+    notes << bits + what + QStringLiteral(" (H.264 with 10 bits)");
+}
+
 /// Colours and bit depth.
-void chooseColours(const std::vector<PlannedSegment>& segments, PictureLook& look,
-                   QStringList& notes) {
+void chooseColours(const ExportVideo& video, const std::vector<PlannedSegment>& segments,
+                   PictureLook& look, QStringList& notes) {
     const AVCodecParameters& first = *segments.front().facts->parameters;
     bool any = false, same = true;
     for (const PlannedSegment& segment : segments) {
@@ -87,13 +119,18 @@ void chooseColours(const std::vector<PlannedSegment>& segments, PictureLook& loo
         // cannot be had back.
         look.format = AV_PIX_FMT_YUV420P10LE;
         notes << QStringLiteral("High dynamic range was kept (H.264 with 10 bits)");
-    } else if (any) {
+        return;
+    }
+    if (any) {
         takeStandardRange(look);
         notes << QStringLiteral("Pieces of high dynamic range were changed to standard range");
-    } else if (!isRgb(first.format) && first.color_range == AVCOL_RANGE_JPEG) {
+        return;
+    }
+    if (!isRgb(first.format) && first.color_range == AVCOL_RANGE_JPEG) {
         look.format = AV_PIX_FMT_YUVJ420P;
         look.range = AVCOL_RANGE_JPEG;
     }
+    chooseDepth(video, segments, look, notes);
 }
 
 struct FittedSize {
@@ -211,7 +248,7 @@ PictureLook lookOf(const ExportVideo& video, const std::vector<PlannedSegment>& 
         look.height = video.size.height();
         look.aspect = {1, 1};
     }
-    chooseColours(segments, look, notes);
+    chooseColours(video, segments, look, notes);
     // Fields survive only where nothing but their coding changes; else they are woven to pictures.
     const bool untouched = segments.size() == 1 && first.turn == 0 && !first.mirrored &&
                            look.width == source.width && look.height == source.height &&
@@ -250,9 +287,6 @@ QByteArray filtersFor(const PictureShape& shape, const PictureLook& look, int tu
         filters << (turn == 90 ? "transpose=clock" : "transpose=cclock");
     if (turn == 180)
         filters << "hflip,vflip";
-    if (size.width != look.width || size.height != look.height)
-        filters << "pad=" + QByteArray::number(look.width) + ':' + QByteArray::number(look.height) +
-                       ":(ow-iw)/2:(oh-ih)/2";
     filters << QByteArray("format=") + av_get_pix_fmt_name(look.format);
     return filters.join(',');
 }
@@ -274,6 +308,31 @@ Frame blackPicture(const PictureLook& look) {
         return nullptr;
     frame->sample_aspect_ratio = look.aspect;
     return frame;
+}
+
+Frame centredOnBlack(const AVFrame& picture, const PictureLook& look) {
+    Frame whole = blackPicture(look);
+    const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(look.format);
+    if (!whole || format == nullptr || picture.format != look.format ||
+        picture.width > look.width || picture.height > look.height ||
+        av_frame_copy_props(whole.get(), &picture) < 0)
+        return nullptr;
+    const int left = (look.width - picture.width) / 4 * 2; // even, as colours are halved
+    const int top = (look.height - picture.height) / 4 * 2;
+    std::uint8_t* to[4] = {};
+    const std::uint8_t* from[4] = {};
+    for (int i = 0; i < format->nb_components; ++i) {
+        const auto& part = format->comp[i];
+        const bool colour = i > 0;
+        to[part.plane] = whole->data[part.plane] +
+                         std::ptrdiff_t{top >> (colour ? format->log2_chroma_h : 0)} *
+                             whole->linesize[part.plane] +
+                         std::ptrdiff_t{left >> (colour ? format->log2_chroma_w : 0)} * part.step;
+        from[part.plane] = picture.data[part.plane];
+    }
+    av_image_copy(to, whole->linesize, from, picture.linesize, look.format, picture.width,
+                  picture.height);
+    return whole;
 }
 
 void normalizeRange(AVFrame& frame) {

@@ -33,7 +33,8 @@ struct PictureShape {
 
 /// The look of a plan's film: that of its first source so far as the plan does not say otherwise.
 /// A film of high dynamic range stays one (10 bits, its transfer and primaries) unless pieces of
-/// both kinds meet, then all are shown in standard range; `notes` tells either.
+/// both kinds meet, then all are shown in standard range. More than 8 bits of standard range become
+/// 10 in a film of constant quality, 8 in one of a bit rate. `notes` tells any of these.
 [[nodiscard]] PictureLook lookOf(const ExportVideo& video,
                                  const std::vector<PlannedSegment>& segments, QStringList& notes);
 
@@ -43,13 +44,16 @@ struct PictureShape {
 [[nodiscard]] bool isHighDynamicRange(AVColorTransferCharacteristic transfer);
 
 /// The filters, as libavfilter reads them, that make `look` of pictures of `shape`, turned
-/// clockwise by `turn` degrees, `mirrored` left to right before, fitted into the size and centred
-/// on black.
+/// clockwise by `turn` degrees, `mirrored` left to right before, fitted into the size.
 [[nodiscard]] QByteArray filtersFor(const PictureShape& shape, const PictureLook& look, int turn,
                                     bool mirrored);
 
 /// Null without memory.
 [[nodiscard]] Frame blackPicture(const PictureLook& look);
+
+/// A filtered picture that is smaller than the look, with black around it; null without memory. The
+/// library's own filter for it knows no black of full range in ten bits.
+[[nodiscard]] Frame centredOnBlack(const AVFrame& picture, const PictureLook& look);
 
 /// Marks a picture of full range by its format, as the filters want it.
 void normalizeRange(AVFrame& frame);

@@ -109,6 +109,10 @@ int PictureFilter::pull(const Sink& sink) {
             return code;
         if (m_times.empty())
             return AVERROR_BUG;
+        if (picture.frame->width != m_look.width || picture.frame->height != m_look.height)
+            picture.frame = centredOnBlack(*picture.frame, m_look);
+        if (!picture.frame)
+            return AVERROR(ENOMEM);
         std::tie(picture.start, picture.end) = m_times.front();
         m_times.pop_front();
         mark(*picture.frame);

@@ -109,31 +109,71 @@ TEST_F(ExportVideoTest, FitsIntoSquarePixelsWithBars) {
     EXPECT_EQ(ffprobe(m_out, "v", "stream=width,height,sample_aspect_ratio"), "128,128,1:1");
     EXPECT_GT(likeness(m_out, source, "scale=128:64:flags=bicubic,pad=128:128:0:32,setsar=1"),
               0.95);
+    // The bars are black in each range and depth.
+    plan.video->bitRate = 0;
+    const struct {
+        const char *name, *options, *corner;
+    } cases[] = {
+        {"tv.mp4", "", "10"},
+        {"pc.mp4", "-vf scale=out_range=pc -pix_fmt yuvj420p", "00"},
+        {"tv10.mp4", "-pix_fmt yuv420p10le", "4000"},
+        {"pc10.mp4", "-vf scale=out_range=pc -pix_fmt yuv420p10le -color_range pc", "0000"}};
+    for (const auto& [name, options, corner] : cases) {
+        plan.video->segments.front().path =
+            make(name, (QByteArray("-c:v libx264 -c:a aac ") + options).constData());
+        exported(plan);
+        const QString raw = m_dir.path(QStringLiteral("corner.yuv"));
+        ffmpeg("-i " + m_out.toUtf8() + " -frames:v 1 -vf crop=8:8:0:0 -f rawvideo", raw);
+        const QByteArray first = testkit::TempDir::read(raw).toHex();
+        EXPECT_TRUE(first.startsWith(corner)) << name << ' ' << first.left(8).toStdString();
+    }
 }
 
 TEST_F(ExportVideoTest, KeepsColoursAndDepthSoThatNothingIsWashedOut) {
     const struct {
         const char *name, *options, *expected, *filter, *note;
+        std::int64_t bitRate = 0;
     } cases[] = {
         {"full.mp4", "-pix_fmt yuvj420p -c:v libx264 -colorspace bt709 -color_trc bt709",
-         "yuvj420p,pc,bt709,bt709,unknown", "null", ""},
+         "High,yuvj420p,pc,bt709,bt709,unknown", "null", ""},
         {"sdr10.mp4", "-pix_fmt yuv420p10le -c:v libx264",
-         "yuv420p,unknown,unknown,unknown,unknown", "null", ""},
-        {"rgb.mov", "-pix_fmt rgb24 -c:v png", "yuv420p,tv,bt709,unknown,unknown",
+         "High 10,yuv420p10le,unknown,unknown,unknown,unknown", "null",
+         "10 bits were kept (H.264 with 10 bits)"},
+        {"sdr10.mp4", "-pix_fmt yuv420p10le -c:v libx264",
+         "High,yuv420p,unknown,unknown,unknown,unknown", "null", "10 bits became 8", 2'000'000},
+        {"full10.mov",
+         "-vf scale=out_range=pc -pix_fmt yuv422p10le -c:v libx264 -color_range pc "
+         "-colorspace bt709 -color_trc bt709 -color_primaries bt709",
+         "High 10,yuv420p10le,pc,bt709,bt709,bt709", "null", "10 bits were kept"},
+        {"full10.mov",
+         "-vf scale=out_range=pc -pix_fmt yuv422p10le -c:v libx264 -color_range pc "
+         "-colorspace bt709 -color_trc bt709 -color_primaries bt709",
+         "High,yuvj420p,pc,bt709,bt709,bt709", "null", "10 bits became 8", 2'000'000},
+        {"twelve.mkv", "-pix_fmt yuv444p12le -c:v ffv1",
+         "High 10,yuv420p10le,unknown,unknown,unknown,unknown", "null", "12 bits became 10"},
+        {"rgb.mov", "-pix_fmt rgb24 -c:v png", "High,yuv420p,tv,bt709,unknown,unknown",
          "scale=out_color_matrix=bt709:out_range=tv", ""},
+        {"rgb48.mov", "-pix_fmt rgb48be -c:v png", "High 10,yuv420p10le,tv,bt709,unknown,unknown",
+         "scale=out_color_matrix=bt709:out_range=tv", "16 bits became 10"},
         {"hdr.mov",
          "-pix_fmt yuv420p10le -c:v libx265 -x265-params log-level=none -color_range tv "
          "-colorspace bt2020nc -color_trc smpte2084 -color_primaries bt2020",
-         "yuv420p10le,tv,bt2020nc,smpte2084,bt2020", "null", "High dynamic range was kept"},
+         "High 10,yuv420p10le,tv,bt2020nc,smpte2084,bt2020", "null",
+         "High dynamic range was kept (H.264 with 10 bits)"},
     };
-    for (const auto& [name, options, expected, filter, note] : cases) {
+    for (const auto& [name, options, expected, filter, note, bitRate] : cases) {
         const QString source = make(name, (QByteArray(options) + " -an").constData());
         ExportPlan plan = planFor(source);
         plan.sound.reset();
-        EXPECT_THAT(exported(plan).join(u' ').toStdString(), testing::HasSubstr(note)) << name;
-        EXPECT_EQ(ffprobe(m_out, "v",
-                          "stream=pix_fmt,color_range,color_space,color_transfer,color_primaries"),
-                  expected)
+        plan.video->bitRate = bitRate;
+        const std::string told = exported(plan).join(u' ').toStdString();
+        EXPECT_THAT(told, testing::StartsWith(note)) << name;
+        EXPECT_EQ(told.empty(), *note == 0) << name << told;
+        EXPECT_EQ(
+            ffprobe(
+                m_out, "v",
+                "stream=profile,pix_fmt,color_range,color_space,color_transfer,color_primaries"),
+            expected)
             << name;
         EXPECT_GT(likeness(m_out, source, filter), 0.98) << name;
     }
