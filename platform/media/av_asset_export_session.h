@@ -59,8 +59,8 @@ public:
     void setVideoComposition(AVMutableVideoComposition composition);
     void setAudioMix(AVMutableAudioMix mix);
     /// A pass-through into another container leaves out what that cannot hold beside films and
-    /// sounds (subtitles, attachments) and tells so; else such a stream fails the export. Off by
-    /// default: nobody loses a subtitle by saving a title.
+    /// sounds (subtitles, attachments) and tells so, also of codings that have no place there; else
+    /// such a stream fails the export. Off by default: nobody loses a subtitle by saving a title.
     void setLeavesOutUnheldTracks(bool leavesOut);
     /// Movie header before the payload. Off by default.
     void setShouldOptimizeForNetworkUse(bool optimize);

@@ -3,6 +3,7 @@
 
 #include "platform/foundation/paths.h"
 #include "platform/media/export_queue.h"
+#include "platform/media/quicktime_codings.h"
 
 #include <algorithm>
 #include <thread>
@@ -43,6 +44,12 @@ QList<AVMetadataItem> withoutGaplessItem(QList<AVMetadataItem> items) {
         return item.effectiveIdentifier().endsWith(QLatin1String("iTunSMPB"));
     });
     return items;
+}
+
+Result<PassthroughOutcome> told(Result<PassthroughOutcome> outcome, const QStringList& notes) {
+    if (outcome)
+        outcome->notes = notes + outcome->notes;
+    return outcome;
 }
 
 /// Of an export through a file in between: the encoding, then the metadata.
@@ -166,7 +173,7 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequ
     if (!wholeFile)
         return runPlan(std::move(request));
     if (isIsoMedia(order->asset->file()->facts().container))
-        return writePassthrough(request);
+        return told(writePassthrough(request), notesOnCodings(request.container));
     const PassthroughRequest asked = request;
     // Packets take about as much room in one container as in another, unless much is left out.
     const std::uint64_t bytes = order->asset->file()->attributes().NSFileSize;
@@ -175,6 +182,19 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequ
                             [&](MediaEngine& engine, const QString& target) {
                                 return copyIntoMp4(engine, asked, target);
                             });
+}
+
+/// Deliberate: such a film is converted, and its user warned; cameras write PCM into MP4 files,
+/// too, and many players take it. A save says nothing: the film is what it was.
+QStringList AVAssetExportSession::State::notesOnCodings(OutputContainer container) const {
+    if (!leavesOut || container == OutputContainer::QuickTimeMovie ||
+        order->asset->file()->facts().container != Container::QuickTime)
+        return {};
+    const QStringList codings = codingsOfQuickTimeAlone(order->asset->tracks());
+    if (codings.isEmpty())
+        return {};
+    return {QStringLiteral("%1 has no place in MP4 files: some players will not play it")
+                .arg(codings.join(QStringLiteral(", ")))};
 }
 
 /// What is encoded, cut or put together: the engine makes the streams, the metadata follows.
@@ -194,15 +214,12 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runPlan(PassthroughReque
         request.xmpPacketOf = original->path();
     ExportPlan plan = planned->plan;
     plan.moovFirst = false; // where the header goes is settled when the metadata is written
-    auto outcome = runThroughEngine(
-        std::move(request), *original, {kEncodingShare},
-        [&](MediaEngine& engine, const QString& target) {
-            return engine.runExport(plan, target, fairShare(),
-                                    [this](double done) { return report(kEncodingShare * done); });
-        });
-    if (outcome)
-        outcome->notes = planned->notes + outcome->notes;
-    return outcome;
+    const auto run = [&](MediaEngine& engine, const QString& target) {
+        return engine.runExport(plan, target, fairShare(),
+                                [this](double done) { return report(kEncodingShare * done); });
+    };
+    return told(runThroughEngine(std::move(request), *original, {kEncodingShare}, run),
+                planned->notes);
 }
 
 Result<PassthroughOutcome> AVAssetExportSession::State::runThroughEngine(PassthroughRequest request,

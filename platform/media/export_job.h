@@ -53,6 +53,7 @@ struct AVAssetExportSession::State {
                                                               const AVURLAsset& original,
                                                               EngineWork work, const Maker& maker);
     [[nodiscard]] Result<PassthroughOutcome> runOrder(PassthroughRequest request);
+    [[nodiscard]] QStringList notesOnCodings(OutputContainer container) const;
     [[nodiscard]] Result<PassthroughOutcome> runPlan(PassthroughRequest request);
     [[nodiscard]] Result<QStringList>
     copyIntoMp4(MediaEngine& engine, const PassthroughRequest& request, const QString& target);

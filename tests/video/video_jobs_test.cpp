@@ -229,6 +229,22 @@ TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
               {film("clip.mkv")});
     EXPECT_EQ(tag(out("clip.mov"), u"major_brand"), u"qt  ");
     EXPECT_EQ(tag(out("clip.mov"), u"title"), u"Tide");
+
+    const QString camera = m_dir.path(QStringLiteral("camera.mov"));
+    ASSERT_EQ(testkit::run(u"ffmpeg"_qs, {u"-v"_qs, u"error"_qs, u"-i"_qs, film("clip.mp4"),
+                                          u"-map"_qs, u"0"_qs, u"-map"_qs, u"0:a"_qs, u"-c:v"_qs,
+                                          u"copy"_qs, u"-c:a"_qs, u"pcm_s16le"_qs, camera})
+                  .exitCode,
+              0);
+    for (const auto& [title, warned] :
+         {std::pair(u"Convert to MP4"_qs, true), {u"Convert to MOV"_qs, false}}) {
+        const auto converted = run(&VideoJobs::ConvertVideoMediaFileFileThreader, title, {camera});
+        EXPECT_EQ(converted[0].status, WriteStatus::Completed);
+        EXPECT_EQ(converted[0].message.contains(u"PCM has no place in MP4 files"), warned);
+    }
+    // What is not slowed down at all keeps every track of its own.
+    (void)run(&VideoJobs::SlowDownVideoMediaFileFileThreader, QStringLiteral("1X"), {camera});
+    EXPECT_EQ(streams(out("camera.mov")).size(), 3);
 }
 
 TEST_F(Jobs, ExtractAudioCopiesTheSoundAndDropsAnOlderFilm) {
