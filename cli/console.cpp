@@ -7,6 +7,7 @@
 #include <QByteArray>
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <thread>
@@ -20,6 +21,8 @@ namespace {
 using platform::LogLevel;
 
 constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
+/// Programs that run others send one signal to the program and to its group.
+constexpr auto kOneSignal = std::chrono::milliseconds(500);
 std::atomic<int> s_interruption{0};
 
 const char* prefixOf(LogLevel level) {
@@ -132,13 +135,18 @@ void watchSignals() {
     // Blocked in every thread started from here on; one thread waits for them and may do real work.
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread([signals] {
+        std::chrono::steady_clock::time_point first;
         int signal = 0;
         while (sigwait(&signals, &signal) == 0) {
+            const auto now = std::chrono::steady_clock::now();
             const int status = signal == SIGINT ? kInterrupted : kTerminated;
-            if (s_interruption.exchange(status) != 0)
-                ::_exit(
-                    status); // asked twice: leave at once, temporaries are removed at the next run
-            platform::AVAssetExportSession::cancelAllExports();
+            if (s_interruption.exchange(status) == 0) {
+                first = now;
+                platform::AVAssetExportSession::cancelAllExports();
+            } else if (now - first > kOneSignal) {
+                // Asked again: leave at once, temporaries are removed at the next run.
+                ::_exit(status);
+            }
         }
     }).detach();
 }
