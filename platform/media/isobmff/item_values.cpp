@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/isobmff/item_values.h"
 
+#include "platform/media/isobmff/data_codes.h"
+
 #include <QHash>
 #include <QStringConverter>
 
@@ -15,34 +17,7 @@ constexpr qsizetype kMaxInternedKeys = 1024;
 /// Untyped bytes of `ilst` (keywords, private blobs) that are kept in memory.
 constexpr std::uint64_t kMaxKeptBytes = 64u << 10;
 
-// The codes of QuickTime's "well-known data types".
-enum TypeCode : std::uint32_t {
-    Untyped = 0,
-    Utf8 = 1,
-    Utf16 = 2,
-    Utf8Sort = 4,
-    Utf16Sort = 5,
-    Gif = 12,
-    Jpeg = 13,
-    Png = 14,
-    SignedInteger = 21,
-    UnsignedInteger = 22,
-    Float32 = 23,
-    Float64 = 24,
-    Bmp = 27,
-    Int8 = 65,
-    Int16 = 66,
-    Int32 = 67,
-    PointF32 = 70,
-    DimensionsF32 = 71,
-    RectF32 = 72,
-    Int64 = 74,
-    Uint8 = 75,
-    Uint16 = 76,
-    Uint32 = 77,
-    Uint64 = 78,
-    Json = 82,
-};
+using enum DataCode::Value;
 
 QString pictureTypeName(ByteView head) {
     if (head.startsWith("\xFF\xD8\xFF"))

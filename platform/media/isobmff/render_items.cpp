@@ -3,6 +3,7 @@
 
 #include "platform/foundation/text.h"
 #include "platform/media/isobmff/box.h"
+#include "platform/media/isobmff/data_codes.h"
 
 #include <QLocale>
 #include <QtEndian>
@@ -14,22 +15,7 @@
 namespace clipheave::platform {
 namespace {
 
-/// "Well-known types" of a `data` box.
-enum class DataCode : std::uint32_t {
-    Reserved = 0,
-    Utf8 = 1,
-    Utf16 = 2,
-    Gif = 12,
-    Jpeg = 13,
-    Png = 14,
-    SignedInteger = 21,
-    UnsignedInteger = 22,
-    Float32 = 23,
-    Float64 = 24,
-    Bmp = 27,
-};
-
-QByteArray renderData(DataCode code, QByteArrayView value, std::uint16_t language = 0) {
+QByteArray renderData(DataCode::Value code, QByteArrayView value, std::uint16_t language = 0) {
     QByteArray payload(8, '\0');
     qToBigEndian(static_cast<quint32>(code), payload.data());
     qToBigEndian(language, payload.data() + 6);
@@ -42,7 +28,7 @@ QByteArray renderInteger(qint64 value, int width) {
     return bytes.right(width);
 }
 
-std::optional<DataCode> pictureCode(QByteArrayView bytes) {
+std::optional<DataCode::Value> pictureCode(QByteArrayView bytes) {
     if (bytes.startsWith("\xFF\xD8\xFF"))
         return DataCode::Jpeg;
     if (bytes.startsWith("\x89PNG"))
@@ -79,7 +65,7 @@ QByteArray renderPair(const QString& text, qsizetype size) {
     QByteArray pair(size, '\0');
     qToBigEndian(numbers[0], pair.data() + 2);
     qToBigEndian(numbers[1], pair.data() + 4);
-    return renderData(DataCode::Reserved, pair);
+    return renderData(DataCode::Untyped, pair);
 }
 
 struct IntegerAtom {
@@ -111,7 +97,7 @@ QByteArray renderListValue(std::uint32_t code, const AVMetadataItem& item, QStri
     if (const auto* bytes = std::get_if<QByteArray>(&item.value)) {
         // Bytes are the payload of the binary codes; elsewhere text when they can be read as text.
         if (isPair || item.stringValue().isNull())
-            return renderData(DataCode::Reserved, *bytes);
+            return renderData(DataCode::Untyped, *bytes);
     } else if (isPair) {
         const QByteArray pair = renderPair(item.stringValue(), code == fourCc("trkn") ? 8 : 6);
         if (!pair.isEmpty())
@@ -135,10 +121,10 @@ QByteArray renderNamedEntry(const QByteArray& key, const AVMetadataItem& item, Q
 
 struct DataTypeName {
     QLatin1String name; ///< behind "com.apple.metadata.datatype."
-    DataCode code;
+    DataCode::Value code;
 };
 constexpr std::array kDataTypes{
-    DataTypeName{QLatin1String("raw-data"), DataCode::Reserved},
+    DataTypeName{QLatin1String("raw-data"), DataCode::Untyped},
     DataTypeName{QLatin1String("UTF-8"), DataCode::Utf8},
     DataTypeName{QLatin1String("UTF-16"), DataCode::Utf16},
     DataTypeName{QLatin1String("JPEG"), DataCode::Jpeg},
@@ -149,7 +135,7 @@ constexpr std::array kDataTypes{
     DataTypeName{QLatin1String("float64"), DataCode::Float64},
 };
 
-DataCode dataCode(const AVMetadataItem& item) {
+DataCode::Value dataCode(const AVMetadataItem& item) {
     constexpr QLatin1String prefix("com.apple.metadata.datatype.");
     if (item.dataType.startsWith(prefix))
         for (const DataTypeName& type : kDataTypes)
@@ -157,7 +143,7 @@ DataCode dataCode(const AVMetadataItem& item) {
                 return type.code;
     if (std::holds_alternative<QString>(item.value))
         return DataCode::Utf8;
-    return pictureCode(item.dataValue()).value_or(DataCode::Reserved);
+    return pictureCode(item.dataValue()).value_or(DataCode::Untyped);
 }
 
 } // namespace
@@ -195,7 +181,7 @@ QByteArray renderKeyData(const AVMetadataItem& item, QStringList& notes) {
             : packedLanguage(item.extendedLanguageTag);
     if (const double* number = std::get_if<double>(&item.value)) {
         QByteArray bytes(8, '\0');
-        const DataCode code = dataCode(item);
+        const DataCode::Value code = dataCode(item);
         if (code == DataCode::Float32) {
             qToBigEndian(static_cast<float>(*number), bytes.data());
             return renderData(code, bytes.left(4), language);
