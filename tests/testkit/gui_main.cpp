@@ -6,11 +6,7 @@
 #include <clocale>
 
 int main(int argc, char** argv) {
-    if (!qEnvironmentVariableIsSet("TZ"))
-        qputenv("TZ", "UTC");
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    const testkit::OwnUserFolders folders;
+    const testkit::Surroundings surroundings;
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     const QApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C"); // the player asks for it

@@ -31,7 +31,11 @@ QByteArray TempDir::read(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-OwnUserFolders::OwnUserFolders() {
+Surroundings::Surroundings() {
+    if (!qEnvironmentVariableIsSet("TZ"))
+        qputenv("TZ", "UTC");
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     for (const char* name : {"XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME",
                              "XDG_RUNTIME_DIR"}) {
         const QString folder = m_dir.path(QString::fromLatin1(name).toLower());

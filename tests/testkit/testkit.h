@@ -42,11 +42,12 @@ private:
     QTemporaryDir m_dir;
 };
 
-/// Settings, caches and state of this process alone, gone with it: tests run side by side, and the
-/// developer's own are not theirs to read. Before the first question for a standard folder.
-class OwnUserFolders {
+/// Fixed surroundings, also when a test is started by hand: UTC, no screen, and settings, caches
+/// and state of this process alone, gone with it. Tests run side by side, and the developer's own
+/// files are not theirs to read. Before the application object.
+class Surroundings {
 public:
-    OwnUserFolders();
+    Surroundings();
 
 private:
     TempDir m_dir;
