@@ -38,7 +38,7 @@ private:
     }
     int fillTo(std::int64_t position);
     Result<void> feed(PlannedSegment& segment);
-    Result<void> feedSilent(const PlannedSegment& segment);
+    Result<void> feedSilent(PlannedSegment& segment);
     static Result<void> checked(int code, const QString& path);
 
     SoundEncoder& m_encoder;
@@ -63,11 +63,11 @@ int SoundFeeder::fillTo(std::int64_t position) {
     return count > 0 ? m_encoder.writeSilence(count, m_sink) : 0;
 }
 
-/// Nothing needs to be decoded for silence.
-Result<void> SoundFeeder::feedSilent(const PlannedSegment& segment) {
+/// Nothing needs to be decoded for silence. It ends with the sound that it stands for.
+Result<void> SoundFeeder::feedSilent(PlannedSegment& segment) {
     Ticks end = segment.stretch.targetEnd;
-    if (segment.facts->end && *segment.facts->end < segment.stretch.sourceEnd)
-        end = std::min(end, segment.stretch.toTarget(*segment.facts->end));
+    if (const auto soundEnd = soundEndOf(segment, m_lanes); soundEnd)
+        end = std::min(end, segment.stretch.toTarget(*soundEnd));
     return checked(fillTo(position(end)), segment.path);
 }
 

@@ -36,6 +36,11 @@ QByteArray tempoFilters(double speed) {
     return QByteArray("atempo=" + QByteArray::number(tempo, 'f', 12) + ',').repeated(steps);
 }
 
+/// ISO base media files list every packet, and edit lists may cut the last one.
+bool knowsItsEnd(const AVFormatContext& context) {
+    return QByteArray(context.iformat->name).startsWith("mov,");
+}
+
 Frame plainSoundFrame(const AVFrame& like, int samples) {
     Frame frame(av_frame_alloc());
     if (!frame)
@@ -229,6 +234,28 @@ Result<void> SoundSegmentReader::check() const {
     return m_source->failed(ErrorCode::InvalidData,
                             QStringLiteral("the sound breaks off at %1 s")
                                 .arg(ticksToSeconds(m_stretch.sourceStart + got), 0, 'f', 1));
+}
+
+std::optional<Ticks> soundEndOf(PlannedSegment& segment, const ExportLanes& lanes) {
+    const std::optional<Ticks> announced = segment.facts->end;
+    if (!announced || *announced >= segment.stretch.sourceEnd)
+        return announced;
+    const auto source = openSegment(segment, AVMEDIA_TYPE_AUDIO);
+    const Packet packet(av_packet_alloc());
+    if (!source || !packet || knowsItsEnd((*source)->context()))
+        return announced;
+    // Where it cannot be entered near the end it is read from the start.
+    (void)(*source)->seekBefore(*announced);
+    std::optional<Ticks> end;
+    while (!lanes.stopped() && (*source)->read(*packet) >= 0) {
+        const auto time = (*source)->time(packet->pts);
+        const auto length =
+            ticksOf(std::max<std::int64_t>(packet->duration, 0), (*source)->stream().time_base);
+        if (time && length)
+            end = std::max(end.value_or(0), *time + *length);
+        av_packet_unref(packet.get());
+    }
+    return end ? end : announced;
 }
 
 } // namespace clipheave::platform

@@ -40,4 +40,8 @@ private:
     bool m_sought = false, m_begun = false, m_decodedAny = false;
 };
 
+/// Where the sound of a segment's source ends, in its presentation: as its index says, or as its
+/// last packets do where the headers only guess. None where nothing tells.
+[[nodiscard]] std::optional<Ticks> soundEndOf(PlannedSegment& segment, const ExportLanes& lanes);
+
 } // namespace clipheave::platform

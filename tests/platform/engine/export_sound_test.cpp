@@ -81,6 +81,26 @@ TEST_F(ExportSoundTest, ChangesVolumeAndChannels) {
     EXPECT_GE(sound.size(), 24000u);
 }
 
+TEST_F(ExportSoundTest, SilenceLastsAsLongAsTheSound) {
+    const struct {
+        const char *name, *options; // some of them guess their ends
+    } cases[] = {{"a.mov", "-c:v mpeg2video -c:a mp2"},
+                 {"b.ts", "-c:v mpeg2video -c:a aac"},
+                 {"c.mpg", "-c:v mpeg2video -c:a mp2"},
+                 {"d.avi", "-c:v mpeg4 -c:a libmp3lame"}};
+    for (const auto& [name, options] : cases)
+        for (const char* tone : {"sine=d=3:r=44100", "sine=d=2:r=44100"}) {
+            const QString source = make(name, options, "testsrc2=d=3:s=64x64:r=25", tone);
+            ExportPlan plan = planFor(source, 3.2);
+            exported(plan);
+            const double heard = ffprobe(m_out, "a", "stream=duration").toDouble();
+            plan.sound->volume = 0;
+            exported(plan);
+            EXPECT_NEAR(ffprobe(m_out, "a", "stream=duration").toDouble(), heard, 0.001)
+                << name << ' ' << tone;
+        }
+}
+
 TEST_F(ExportSoundTest, KeepsPictureAndSoundTogether) {
     // The sound begins half a second after the film, behind an edit list.
     const QString film = make("film.mp4", "-c:v libx264 -an");
