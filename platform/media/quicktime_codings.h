@@ -7,10 +7,10 @@
 
 namespace clipheave::platform {
 
-/// Plain names of the films' and sounds' codings that only QuickTime movies know, each once: in
-/// a file of the MP4 family not every player takes them. The four-character codes are
-/// those of the QuickTime File Format Specification ("Video/Sound Sample Description") that the
-/// MP4 Registration Authority lists for QuickTime alone.
+/// Plain names of the films' and sounds' codings that only QuickTime movies know, each once: in a
+/// file of the MP4 family not every player takes them. The four-character codes are those of
+/// QuickTime's file format ("Video/Sound Sample Description") that the MP4 Registration Authority
+/// lists for QuickTime alone.
 [[nodiscard]] QStringList codingsOfQuickTimeAlone(const std::vector<AVAssetTrack>& tracks);
 
 } // namespace clipheave::platform

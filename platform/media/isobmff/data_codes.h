@@ -5,8 +5,7 @@
 
 namespace clipheave::platform {
 
-/// What the value of a `data` box is: the "well-known data types" of the QuickTime File Format
-/// Specification.
+/// What the value of a `data` box is: the "well-known data types" of QuickTime's file format.
 struct DataCode {
     enum Value : std::uint32_t {
         Untyped = 0, ///< also "reserved"
