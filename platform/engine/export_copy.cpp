@@ -72,6 +72,7 @@ private:
     std::optional<Ticks> m_expected; ///< time of the next packet, sound of constant frames
     Ticks m_lastSourceDts = 0;
     bool m_begun = false, m_skipped = false;
+    std::optional<Ticks> m_cutOffFrom; ///< time of the first packet that is cut off
     /// Packets shown after the end: wanted only if one shown before it follows them.
     std::vector<std::pair<Packet, Times>> m_held;
 };
@@ -140,6 +141,11 @@ int PacketCopier::take(AVPacket& packet, const Times& times) {
     if (times.dts >= m_stretch.sourceEnd - kSliverTicks)
         return 1;
     const bool cutOff = isCutOff(*copy, times);
+    if (cutOff && !m_cutOffFrom)
+        m_cutOffFrom = times.pts;
+    // What is left out in the middle cannot be: the pictures behind it may need it.
+    if (!cutOff && m_cutOffFrom && times.pts > *m_cutOffFrom && isFilm())
+        return AVERROR_PATCHWELCOME;
     if (cutOff || times.pts >= m_stretch.sourceEnd - kSliverTicks) {
         if (m_held.size() < kMostHeld) {
             m_held.emplace_back(std::move(copy), times);
@@ -193,6 +199,7 @@ Result<void> PacketCopier::copy(PlannedSegment& segment, bool first) {
     m_stretch = segment.stretch;
     m_begun = m_skipped = false;
     m_expected.reset();
+    m_cutOffFrom.reset();
     m_held.clear();
     if (m_stretch.sourceStart > kCopyShortestSeek && !m_source->seekBefore(m_stretch.sourceStart) &&
         !m_source->rewind())
@@ -202,6 +209,10 @@ Result<void> PacketCopier::copy(PlannedSegment& segment, bool first) {
     m_lanes.note(damageNote(*m_source, 0));
     if (m_skipped)
         m_lanes.note(QStringLiteral("A piece of the film begins later, at its next key frame"));
+    if (code == AVERROR_PATCHWELCOME)
+        return m_source->failed(ErrorCode::NotSupported,
+                                QStringLiteral("the film shows several pieces of its pictures, "
+                                               "which cannot be copied"));
     if (code < 0 && code != AVERROR_EXIT)
         return m_source->failed(ErrorCode::Io, ffmpegText(code));
     if (!m_begun && !m_lanes.stopped())

@@ -121,9 +121,7 @@ bool LaneWriter::addSideData(const OutputTrack& track, AVStream& stream) {
 Result<void> LaneWriter::addTrack(OutputTrack& track, AVStream*& stream) {
     AVFormatContext& format = *m_output.context();
     AVCodecParameters& codec = *track.parameters;
-    const bool held =
-        avformat_query_codec(format.oformat, codec.codec_id, FF_COMPLIANCE_EXPERIMENTAL) == 1;
-    if (!held)
+    if (!holdsCoding(*format.oformat, codec.codec_id, FF_COMPLIANCE_EXPERIMENTAL))
         return cannotHold(kWriteExportText, format, {codingText(codec.codec_id)});
     unsigned other = 0;
     const bool knownTag =

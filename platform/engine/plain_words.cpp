@@ -76,8 +76,17 @@ QString ffmpegText(int code) {
 }
 
 QString codingText(AVCodecID codec) {
+    if (codec == AV_CODEC_ID_NONE)
+        return QStringLiteral("an unknown coding");
     const QString name = QString::fromLatin1(avcodec_get_name(codec)).toUpper().replace(u'_', u' ');
     return name.startsWith(u"PCM ") ? QStringLiteral("PCM") : name;
+}
+
+bool holdsCoding(const AVOutputFormat& format, AVCodecID codec, int compliance) {
+    // Cameras and editors write it into QuickTime movies, under the name that it has elsewhere.
+    if (codec == AV_CODEC_ID_CFHD && QByteArray(format.name) == "mov")
+        return true;
+    return avformat_query_codec(&format, codec, compliance) == 1;
 }
 
 tl::unexpected<Error> cannotHold(const char* operation, const AVFormatContext& output,

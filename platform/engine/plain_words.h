@@ -11,6 +11,8 @@ namespace clipheave::platform {
 
 /// "VP8".
 [[nodiscard]] QString codingText(AVCodecID codec);
+/// Whether the container has a place for the coding; what the stream holds may yet be refused.
+[[nodiscard]] bool holdsCoding(const AVOutputFormat& format, AVCodecID codec, int compliance);
 /// NotSupported: "QuickTime movies cannot hold VP8".
 [[nodiscard]] tl::unexpected<Error> cannotHold(const char* operation, const AVFormatContext& output,
                                                const QStringList& codings);

@@ -36,8 +36,7 @@ std::uint32_t targetTag(const AVOutputFormat& format, const AVCodecParameters& c
 
 /// VP8 has a code in this family, but nothing that describes it; the muxer refuses it late.
 bool holds(const AVOutputFormat& format, AVCodecID codec) {
-    return codec != AV_CODEC_ID_VP8 &&
-           avformat_query_codec(&format, codec, FF_COMPLIANCE_NORMAL) == 1;
+    return codec != AV_CODEC_ID_VP8 && holdsCoding(format, codec, FF_COMPLIANCE_NORMAL);
 }
 
 enum class StreamChoice { All, Sound };

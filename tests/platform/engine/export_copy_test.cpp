@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QtEndian>
 
 #include <sys/mount.h>
 #include <unistd.h>
@@ -49,12 +50,16 @@ TEST_F(ExportCopyTest, CopiesStreamsOfManyContainers) {
         {"a.mkv", kFilm, "avc1 mp4a"},
         {"a.ts", kFilm, "avc1 mp4a"},
         {"a.avi", "-c:v mpeg4 -c:a libmp3lame", "mp4v mp4a"},
+        {"c.mov", "-c:v cfhd -pix_fmt yuv422p10 -c:a aac", "CFHD mp4a"},
         {"h.mkv", "-c:v libx265 -x265-params log-level=none -c:a ac3", "hvc1 ac-3"},
         {"h.ts", "-c:v libx265 -x265-params log-level=none -c:a aac", "hvc1 mp4a"},
     };
     for (const auto& [name, options, tags] : cases) {
         const QString source = make(name, options);
-        EXPECT_EQ(exported(copyOf(source)), QStringList()) << name;
+        ExportPlan plan = copyOf(source);
+        if (source.endsWith(u".mov"))
+            plan.container = ExportContainer::QuickTimeMovie;
+        EXPECT_EQ(exported(plan), QStringList()) << name;
         EXPECT_EQ(ffprobe(m_out, "v", "stream=codec_tag_string") + ' ' +
                       ffprobe(m_out, "a", "stream=codec_tag_string"),
                   tags)
@@ -160,6 +165,35 @@ TEST_F(ExportCopyTest, FailsPlainlyAndLeavesNothing) {
     ExportPlan endless = planFor(make("e.mkv", kFilm), 1e6);
     exported(endless);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "75");
+}
+
+TEST_F(ExportCopyTest, SaysWhatCannotBeCopied) {
+    const QString source = make("a.mp4", "-c:v libx264 -bf 0 -c:a aac");
+    QByteArray bytes = testkit::TempDir::read(source);
+    const auto refused = [&](const char* why) {
+        const auto done = run(copyOf(m_dir.write(QStringLiteral("b.mp4"), bytes)), "out.mov");
+        ASSERT_FALSE(done) << why;
+        EXPECT_THAT(done.error().text().toStdString(), testing::HasSubstr(why));
+    };
+    bytes.replace("avc1", "xyz1");
+    refused("an unknown coding");
+
+    // A second piece of the film in its edit list; the header stands behind all that it points to.
+    bytes = testkit::TempDir::read(source);
+    const qsizetype elst = bytes.indexOf("elst");
+    const auto add = [&](qsizetype at, quint32 value) {
+        const auto old = qFromBigEndian<quint32>(bytes.constData() + at);
+        qToBigEndian(old + value, bytes.data() + at);
+    };
+    constexpr quint32 kEntry = 12;
+    for (const char* box : {"moov", "trak", "edts", "elst"})
+        add(bytes.lastIndexOf(box, elst) - 4, kEntry);
+    add(elst + 8, 1);
+    const QByteArray first = bytes.mid(elst + 12, kEntry);
+    bytes.insert(elst + 12 + kEntry, first);
+    qToBigEndian<quint32>(600, bytes.data() + elst + 12);
+    qToBigEndian<quint32>(600, bytes.data() + elst + 12 + kEntry);
+    refused("several pieces");
 }
 
 TEST_F(ExportCopyTest, StopsWhenToldTo) {
