@@ -96,7 +96,10 @@ Rotation labelledRotation(int degrees, QSize size) {
 
 /// A track that has been turned before is turned on from how it is shown.
 Rotation rotationOfTrack(const AVAssetTrack& track, int degrees) {
-    const CGAffineTransform own = transformOfMatrix(track.preferredTransform);
+    CGAffineTransform own = transformOfMatrix(track.preferredTransform);
+    // A matrix of zeros shows nothing; players take it for none.
+    if (own.a == 0 && own.b == 0 && own.c == 0 && own.d == 0)
+        own = {};
     const auto turn = pictureTurn(own);
     const bool lies = turn && turn->degrees % 180 != 0;
     Rotation rotation =

@@ -140,6 +140,13 @@ TEST_F(Jobs, RotateTurnsEachFilmAsItIsShownAndKeepsWhatItCarries) {
     EXPECT_THAT(outcomes[2].message.toStdString(), HasSubstr("clip.mkv"));
     EXPECT_THAT(outcomes[3].message.toStdString(), HasSubstr("no film"));
     EXPECT_THAT(filesOut(), ElementsAre(u"clip.mp4", u"upright.mov"));
+    // A display matrix of zeros: players show the film as it is stored.
+    QByteArray bytes = testkit::TempDir::read(film("upright.mov"));
+    const qsizetype matrix = bytes.indexOf("tkhd") + 44;
+    std::fill_n(bytes.begin() + matrix, 9 * 4, '\0');
+    run(&VideoJobs::RotateVideoMediaFileFileThreader, video::rotateTitles().at(0),
+        {m_dir.write(QStringLiteral("zeros.mov"), bytes)});
+    EXPECT_THAT(streams(out("zeros.mov")), ElementsAre(u"h264 64x96 3.0", u"aac 3.0"));
 }
 
 TEST_F(Jobs, SpeedUpCutsAndSlowDownStretches) {
