@@ -250,10 +250,12 @@ void LaneWriter::endFilm(const Written& written, AVPacket& packet) {
 }
 
 Result<void> LaneWriter::writeRest() {
+    bool any = false;
     for (std::size_t lane = 0; lane < m_written.size(); ++lane) {
         const Written& written = m_written[lane];
         if (!written.newest)
             continue;
+        any = true;
         if (written.stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO)
             endFilm(written, *written.newest);
         if (auto done = writeNewest(lane); !done)
@@ -261,6 +263,9 @@ Result<void> LaneWriter::writeRest() {
         if (written.damaged > 0)
             m_lanes.note(QStringLiteral("damaged pieces left out: %1").arg(written.damaged));
     }
+    if (!any)
+        return failure(ErrorCode::InvalidData, QString::fromLatin1(kWriteExportText), {},
+                       QStringLiteral("nothing of the sources is in the time that is wanted"));
     return {};
 }
 

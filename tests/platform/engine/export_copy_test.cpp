@@ -157,6 +157,13 @@ TEST_F(ExportCopyTest, FailsPlainlyAndLeavesNothing) {
     plan.video->segments[1] = segment(source, 0, 3, 1e6);
     expectFailure(plan, ErrorCode::LimitExceeded, "days of black");
 
+    // Nothing at all of the file lies there.
+    plan = planFor(source);
+    plan.video->segments = plan.sound->segments = {segment(source, 10, 12)};
+    expectFailure(plan, ErrorCode::InvalidData, "beyond the end");
+    plan.sound->volume = 0;
+    expectFailure(plan, ErrorCode::InvalidData, "beyond the end, silent");
+
     const auto onto = m_engine->runExport(planFor(source), source, {}, {});
     ASSERT_FALSE(onto);
     EXPECT_TRUE(QFileInfo::exists(source));
