@@ -51,7 +51,8 @@ protected:
             value |= (row[picture->width * (2 * bit + 1) / 20] & 0xFF) > 128 ? 1 << bit : 0;
         return value;
     }
-    /// When the pictures begin, by ffprobe, from the start of the file.
+    /// When the pictures begin, by ffprobe, from the start of the file; one below zero is sound
+    /// that the decoder swallows.
     [[nodiscard]] static std::vector<double> times(const QString& path) {
         const auto list = [&](const char* what, const char* entries) {
             return testkit::run(QStringLiteral("ffprobe"),
@@ -61,7 +62,7 @@ protected:
                                     .split(u' '))
                 .out.split('\n');
         };
-        const double start = list("v", "format=start_time").value(0).toDouble();
+        const double start = std::max(0.0, list("v", "format=start_time").value(0).toDouble());
         std::vector<double> result;
         for (const QByteArray& line : list("v:0", "frame=best_effort_timestamp_time"))
             if (line.contains('.'))
