@@ -40,6 +40,25 @@ std::array<std::int32_t, 9> fixedMatrix(const std::array<double, 9>& matrix) {
     return fixed;
 }
 
+/// The language's name among those that the writer of QuickTime movies knows; it leaves out others,
+/// such as the codes that MP4 files have for the same languages.
+const char* movieLanguage(const QByteArray& language) {
+    constexpr std::array<std::array<const char*, 2>, 10> kNames{{{"deu", "ger"},
+                                                                 {"nld", "dut"},
+                                                                 {"swe", "sve"},
+                                                                 {"ell", "gre"},
+                                                                 {"isl", "ice"},
+                                                                 {"zho", "chi"},
+                                                                 {"sqi", "alb"},
+                                                                 {"hye", "arm"},
+                                                                 {"kat", "geo"},
+                                                                 {"msa", "may"}}};
+    for (const auto& [code, name] : kNames)
+        if (language == code)
+            return name;
+    return language.constData();
+}
+
 /// Writes packets of all lanes and reports.
 class LaneWriter {
 public:
@@ -144,7 +163,10 @@ Result<void> LaneWriter::addTrack(OutputTrack& track, AVStream*& stream) {
     }
     stream->disposition = AV_DISPOSITION_DEFAULT;
     if (!track.language.isEmpty())
-        av_dict_set(&stream->metadata, "language", track.language.constData(), 0);
+        av_dict_set(&stream->metadata, "language",
+                    QByteArray(format.oformat->name) == "mov" ? movieLanguage(track.language)
+                                                              : track.language.constData(),
+                    0);
     return {};
 }
 

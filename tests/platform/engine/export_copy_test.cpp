@@ -136,6 +136,13 @@ TEST_F(ExportCopyTest, CarriesHeaderDatesAndNothingElse) {
     plan.headerDatesOf.clear();
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "format_tags=creation_time"), "");
+    // The same language has one name in MP4 files and another in QuickTime movies.
+    plan = planFor(make("de.mp4", "-c:v libx264 -c:a aac -metadata:s:a language=deu"));
+    exported(plan);
+    EXPECT_EQ(ffprobe(m_out, "a", "stream_tags=language"), "deu");
+    plan.container = ExportContainer::QuickTimeMovie;
+    exported(plan, "out.mov");
+    EXPECT_EQ(ffprobe(m_out, "a", "stream_tags=language"), "ger");
 }
 
 TEST_F(ExportCopyTest, FailsPlainlyAndLeavesNothing) {
