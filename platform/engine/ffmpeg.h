@@ -47,11 +47,13 @@ inline constexpr std::int64_t kNoTimestamp = INT64_MIN; // AV_NOPTS_VALUE
 /// What an error code of the libraries means, in plain words.
 [[nodiscard]] QString ffmpegText(int code);
 
-/// Where the presentation of an opened file begins, in microseconds. Deliberate: a start below zero
-/// is sound that the decoder swallows; 0 stays 0 then, so that pictures, sound and chapters stay
-/// where they are.
+/// Where the presentation of an opened file begins, in microseconds. Deliberate: a start just below
+/// zero is sound that the decoder swallows; 0 stays 0 then, so that pictures, sound and chapters
+/// stay where they are. A broadcast whose clock runs over begins up to a day below zero.
 inline std::int64_t startMicroseconds(const AVFormatContext& context) {
-    return context.start_time > 0 ? context.start_time : 0;
+    constexpr std::int64_t kLongestPriming = 1'000'000;
+    const bool isPriming = context.start_time < 0 && context.start_time > -kLongestPriming;
+    return isPriming || context.start_time == kNoTimestamp ? 0 : context.start_time;
 }
 
 inline double seconds(AVRational rational) {

@@ -255,6 +255,9 @@ TEST_F(ExportCopyTest, GoesOnPastDamageButNotPastABreak) {
     // A whole film of 3 s, whose container counts from zero to the end: 103 s.
     exported(planFor(make("late.mkv", "-output_ts_offset 100 -c:v libx264 -c:a aac"), 103));
     EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "75");
+    // A recording whose clock of 33 bits is about to run over: the library begins below zero.
+    exported(planFor(make("clock.ts", "-output_ts_offset 95400 -c:v libx264 -c:a aac")));
+    EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "75");
 
     bytes = testkit::TempDir::read(source);
     for (qsizetype at = data + 8; at < bytes.size(); ++at)
