@@ -127,9 +127,11 @@ void applyElementaryStream(AVAssetTrack& track, ByteView esds) {
     const unsigned objectType = descriptor.body.u8(0).value_or(0);
     const Descriptor info = descriptorAt(descriptor.body, kDecoderConfigSize);
     // MP3 has the code of AAC too (ISO/IEC 14496-1, object types 0x69 and 0x6B); QuickTime's own
-    // code tells them apart.
+    // code tells them apart. So has Vorbis, under a user's type that several writers agree on.
     if (objectType == 0x69 || objectType == 0x6B)
         track.codec = QStringLiteral(".mp3");
+    if (objectType == 0xDD)
+        track.codec = QStringLiteral("vorbis");
     const bool isAac = objectType == 0x40 || (objectType >= 0x66 && objectType <= 0x68);
     if (!isAac || info.tag != kSpecificInfo || track.mediaType != QLatin1String("soun"))
         return;
