@@ -42,6 +42,13 @@ void writeStandardError(const QByteArray& bytes) {
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
 }
 
+/// As "nohup" and shells want it for what runs in the background; waiting would take them all the
+/// same.
+bool isIgnored(int signal) {
+    struct sigaction action {};
+    return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 QString durationLeft(double seconds) {
     const int whole = static_cast<int>(seconds + 0.5);
     return whole >= 60 ? QStringLiteral("%1m %2s").arg(whole / 60).arg(whole % 60)
@@ -130,8 +137,9 @@ int reportNothingToDo() {
 void watchSignals() {
     sigset_t signals;
     sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        if (!isIgnored(signal))
+            sigaddset(&signals, signal);
     // Blocked in every thread started from here on; one thread waits for them and may do real work.
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread([signals] {
@@ -139,7 +147,7 @@ void watchSignals() {
         int signal = 0;
         while (sigwait(&signals, &signal) == 0) {
             const auto now = std::chrono::steady_clock::now();
-            const int status = signal == SIGINT ? kInterrupted : kTerminated;
+            const int status = 128 + signal;
             if (s_interruption.exchange(status) == 0) {
                 first = now;
                 platform::AVAssetExportSession::cancelAllExports();

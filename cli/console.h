@@ -19,6 +19,7 @@ enum ExitStatus : int {
     kNothingToDo = 3,
     kInterrupted = 130, ///< SIGINT
     kTerminated = 143,  ///< SIGTERM
+    kHungUp = 129,      ///< SIGHUP
 };
 
 /// How far the items are that are not done yet.
@@ -61,7 +62,7 @@ int reportNothingToDo();
 
 /// SIGINT and SIGTERM cancel the running exports; `interruption()` then gives the exit status.
 void watchSignals();
-[[nodiscard]] int interruption(); ///< 0, kInterrupted or kTerminated
+[[nodiscard]] int interruption(); ///< 0, or one of the last three statuses
 [[nodiscard]] bool isInterrupted();
 
 } // namespace clipheave::cli

@@ -278,24 +278,32 @@ TEST_F(Cli, AnInterruptedSaveLeavesNothingBehind) {
     grown.write(testkit::be(1, 4) + "free" + testkit::be(static_cast<quint64>(payload) + 16, 8));
     ASSERT_TRUE(grown.resize(grown.size() + payload));
     grown.close();
-    QProcess process;
-    process.start(QStringLiteral(CLIPHEAVE_CLI),
-                  {QStringLiteral("--storage"), dir.path(QStringLiteral("out")),
-                   QStringLiteral("save"), QStringLiteral("--set"), QStringLiteral("title=x"),
-                   big});
-    ASSERT_TRUE(process.waitForStarted());
     QDir out(dir.path(QStringLiteral("out")));
-    for (int i = 0; i < 500 && out.entryList(QDir::Files | QDir::Hidden).isEmpty(); ++i)
-        QThread::msleep(2);
-    // Twice, as a program gets it whose parent passes signals on to it and to its group.
-    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
-    QThread::msleep(2);
-    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
-    ASSERT_TRUE(process.waitForFinished(60'000));
-    if (process.exitCode() == 0)
-        GTEST_SKIP() << "the copy was faster than the signal";
-    EXPECT_EQ(process.exitCode(), 130);
-    EXPECT_TRUE(out.entryList(QDir::Files | QDir::Hidden).isEmpty());
+    const QString save = QStringLiteral("exec %1 --storage %2 save --set title=x %3")
+                             .arg(QStringLiteral(CLIPHEAVE_CLI), out.path(), big);
+    const struct {
+        QString shell;
+        int first, second, status;
+    } cases[] = {// Twice, as a program gets it whose parent passes it on to it and to its group.
+                 {save, SIGINT, SIGINT, 130},
+                 {save, SIGHUP, SIGHUP, 129},
+                 {QStringLiteral("trap '' HUP; ") + save, SIGHUP, SIGINT, 130}};
+    for (const auto& [shell, first, second, status] : cases) {
+        QProcess process;
+        process.start(QStringLiteral("sh"), {QStringLiteral("-c"), shell});
+        ASSERT_TRUE(process.waitForStarted());
+        for (int i = 0; i < 500 && out.entryList(QDir::Files | QDir::Hidden).isEmpty(); ++i)
+            QThread::msleep(2);
+        for (const int signal : {first, second}) {
+            ::kill(static_cast<pid_t>(process.processId()), signal);
+            QThread::msleep(2);
+        }
+        ASSERT_TRUE(process.waitForFinished(60'000));
+        if (process.exitCode() == 0)
+            GTEST_SKIP() << "the copy was faster than the signal";
+        EXPECT_EQ(process.exitCode(), status);
+        EXPECT_TRUE(out.entryList(QDir::Files | QDir::Hidden).isEmpty());
+    }
 }
 
 } // namespace
