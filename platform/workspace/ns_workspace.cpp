@@ -101,10 +101,16 @@ QStringList worthShowing(const QStringList& paths) {
     return {commonFolder(folders)};
 }
 
+/// On a thread of its own: until the handler is read from a disk that is busy with somebody's films
+/// its caller stands still, and that would be the window.
 void openFolderOf(const QStringList& paths) {
-    const QString folder = deletingLastPathComponent(absolutePath(paths.constFirst()));
-    if (!openEncoded(fileUrl(folder)))
-        logPaths(paths);
+    if (!hasDesktop())
+        return logPaths(paths);
+    std::thread([paths] {
+        const QString folder = deletingLastPathComponent(absolutePath(paths.constFirst()));
+        if (!openEncoded(fileUrl(folder)))
+            logPaths(paths);
+    }).detach();
 }
 
 void showInFileBrowser(const QStringList& paths) {
