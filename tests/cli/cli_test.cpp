@@ -292,7 +292,7 @@ TEST_F(Cli, AnInterruptedSaveLeavesNothingBehind) {
         QProcess process;
         process.start(QStringLiteral("sh"), {QStringLiteral("-c"), shell});
         ASSERT_TRUE(process.waitForStarted());
-        for (int i = 0; i < 500 && out.entryList(QDir::Files | QDir::Hidden).isEmpty(); ++i)
+        for (int i = 0; i < 5000 && out.entryList(QDir::Files | QDir::Hidden).isEmpty(); ++i)
             QThread::msleep(2);
         for (const int signal : {first, second}) {
             ::kill(static_cast<pid_t>(process.processId()), signal);
