@@ -8,6 +8,7 @@
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 #include "platform/image/tiff_representation.h"
+#include "platform/media/output_place.h"
 
 namespace clipheave::metadata {
 
@@ -129,6 +130,7 @@ void AudioMetadata::writeMp3(const WriteRequest& request, const QList<Id3TextFra
         const auto tag = renderId3Tag(frames, picture);
         if (!tag)
             return tl::unexpected(tag.error());
+        OutputPlace(output).removeLink();
         const auto written = replaceMpegTags(source, output, *tag, progress);
         if (!written)
             return tl::unexpected(written.error());
@@ -224,6 +226,7 @@ void AudioMetadata::writeFlac(const WriteRequest& request, const QMap<QString, Q
         QStringList notes;
         if (!picture.isNull())
             changes.picture = coverForFlac(picture, notes);
+        OutputPlace(output).removeLink();
         const auto written = rewriteFlacTags(source, output, changes, progress);
         return written ? Result<QStringList>(notes) : tl::unexpected(written.error());
     };

@@ -135,7 +135,8 @@ bool AVAssetExportSession::State::report(double done) {
 
 Result<PassthroughOutcome> AVAssetExportSession::State::run() {
     place.emplace(outputPath);
-    if (!writer) // which knows itself what it writes
+    // A writer knows itself what it writes; where a taken name is to fail, a link takes it, too.
+    if (!writer && ifExists == NSFileManager::IfExists::Replace)
         place->removeLink();
     auto outcome = runJob();
     if (!outcome && !cancelled)

@@ -161,6 +161,20 @@ QByteArray mpegSound() {
     return sound;
 }
 
+TEST_F(AudioWriters, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {
+    const QString kept = m_dir.write(QStringLiteral("kept.mp3"), "not selected");
+    const QString link = m_dir.path(QStringLiteral("out/a.mp3"));
+    ASSERT_TRUE(QDir().mkpath(m_dir.path(QStringLiteral("out"))));
+    ASSERT_TRUE(QFile::link(kept, link));
+    WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), mpegSound()));
+    made.audioPane = paneOf(itemWithTexts());
+    const auto outcome =
+        run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); });
+    EXPECT_EQ(outcome.status, WriteStatus::Completed) << outcome.message.toStdString();
+    EXPECT_FALSE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(testkit::TempDir::read(kept), "not selected");
+}
+
 QByteArray syncSafeSize(qsizetype size) {
     QByteArray bytes;
     for (int shift = 21; shift >= 0; shift -= 7)

@@ -131,21 +131,25 @@ TEST_F(Writers, TitlesBecomeNamesOnlyInsideAndOnlyWhereNothingIs) {
         made.item->fileTitle = QString::fromUtf8(title);
         return made;
     };
-    m_dir.write(QStringLiteral("out/There.mp4"), "old");
+    const QString old = m_dir.write(QStringLiteral("out/There.mp4"), "old");
+    const QString link = m_dir.path(QStringLiteral("out/Link.mp4"));
+    ASSERT_TRUE(QFile::link(old, link));
     const auto outcomes = run([&](VideoMetadata& writer) {
         for (const auto& one :
              {titled("1.mp4", "Same"), titled("2.mp4", "Same"), titled("3.mp4", "../escaped"),
               titled("4.mp4", "no/folder"), titled("5.mp4", "There"), titled("6.mp4", ""),
-              titled("7.mov", "Dots..")})
+              titled("7.mov", "Dots.."), titled("8.mp4", "Link")})
             writer.CopyvideoTitletoFileNameAction(one);
     });
-    ASSERT_EQ(outcomes.size(), 7u);
-    for (const std::size_t failed : {1u, 2u, 3u, 4u}) {
+    ASSERT_EQ(outcomes.size(), 8u);
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    for (const std::size_t failed : {1u, 2u, 3u, 4u, 7u}) {
         EXPECT_EQ(outcomes[failed].status, WriteStatus::Failed) << failed;
         EXPECT_FALSE(outcomes[failed].message.isEmpty());
     }
     EXPECT_EQ(filesOut(), (QStringList{QStringLiteral(".mp4"), QStringLiteral("Dots...mov"),
-                                       QStringLiteral("Same.mp4"), QStringLiteral("There.mp4")}));
+                                       QStringLiteral("Link.mp4"), QStringLiteral("Same.mp4"),
+                                       QStringLiteral("There.mp4")}));
     EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/There.mp4"))), "old");
     EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/Same.mp4"))), "1.mp4");
     EXPECT_EQ(modified(m_dir.path(QStringLiteral("out/Same.mp4"))),
