@@ -27,10 +27,10 @@ namespace clipheave::batch {
 struct RenameProgress;
 } // namespace clipheave::batch
 
-namespace clipheave::metadata {
+namespace clipheave::jobs {
 struct WriteOutcome;
 struct WriteRequest;
-} // namespace clipheave::metadata
+} // namespace clipheave::jobs
 
 namespace clipheave::app {
 
@@ -213,7 +213,7 @@ private:
     void storeStampChoices();
     void writeItems(JobKind kind, const std::vector<media::ItemPointer>& items);
     void startWrite(JobKind kind, const std::vector<media::ItemPointer>& items);
-    [[nodiscard]] std::vector<metadata::WriteRequest>
+    [[nodiscard]] std::vector<jobs::WriteRequest>
     writeRequests(const std::vector<media::ItemPointer>& items) const;
     void applyPreferenceValues();
     void runImport(const QStringList& paths, bool photos);
@@ -225,7 +225,7 @@ private:
     /// The run of a job that tells an outcome an item; `outcomesTo` is what to give its writer.
     [[nodiscard]] std::shared_ptr<WriteRun> beginRun(const QString& title,
                                                      const std::vector<media::ItemPointer>& items);
-    [[nodiscard]] std::function<void(const metadata::WriteOutcome&)>
+    [[nodiscard]] std::function<void(const jobs::WriteOutcome&)>
     outcomesTo(const std::shared_ptr<WriteRun>& run);
     [[nodiscard]] QStringList allPaths() const;
     using VideoWorker = void (AppDelegate::*)(const VideoRun& run);
@@ -234,8 +234,8 @@ private:
                        const std::vector<media::ItemPointer>& items);
     void watchProgress(const std::shared_ptr<WriteRun>& run);
     struct FileSizes;
-    [[nodiscard]] static FileSizes sizesOf(const metadata::WriteOutcome& outcome);
-    void takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome, const FileSizes& sizes);
+    [[nodiscard]] static FileSizes sizesOf(const jobs::WriteOutcome& outcome);
+    void takeOutcome(WriteRun& run, const jobs::WriteOutcome& outcome, const FileSizes& sizes);
     void connectRename();
     void refreshRenameItems();
     void startRename(const std::shared_ptr<RenameRun>& run, const QString& title);

@@ -10,7 +10,7 @@
 #include "app/panes/detail_pane.h"
 #include "app/panes/player_view.h"
 #include "app/widgets/alert_box.h"
-#include "app/widgets/picture_button.h"
+#include "app/widgets/image_button.h"
 #include "app/windows/main_window.h"
 #include "app/windows/rename_window.h"
 #include "platform/player/mpv_player.h"

@@ -4,7 +4,7 @@
 #include "app/theme/theme.h"
 #include "app/widgets/button_look.h"
 #include "app/widgets/edit_field.h"
-#include "app/widgets/picture_button.h"
+#include "app/widgets/image_button.h"
 
 #include <QApplication>
 #include <QCheckBox>

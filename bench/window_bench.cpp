@@ -11,7 +11,7 @@
 #include "app/theme/theme.h"
 #include "app/windows/main_window.h"
 #include "bench/report.h"
-#include "platform/media/av_asset_export_session.h"
+#include "platform/media/export/av_asset_export_session.h"
 #include "platform/player/mpv_player.h"
 
 #include <QApplication>

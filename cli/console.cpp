@@ -2,7 +2,7 @@
 #include "cli/console.h"
 
 #include "platform/foundation/paths.h"
-#include "platform/media/av_asset_export_session.h"
+#include "platform/media/export/av_asset_export_session.h"
 
 #include <QByteArray>
 

@@ -6,7 +6,7 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
 #include "platform/image/sample_photo.h"
-#include "platform/media/isobmff/isobmff_writer.h"
+#include "platform/isobmff/write/isobmff_writer.h"
 #include "platform/media/model/media_engine.h"
 
 namespace clipheave::cli {

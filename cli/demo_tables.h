@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/image/sample_photo.h"
-#include "platform/media/isobmff/isobmff_writer.h"
+#include "platform/isobmff/write/isobmff_writer.h"
 
 #include <array>
 #include <span>

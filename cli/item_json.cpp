@@ -136,23 +136,23 @@ void writeSkipped(JsonWriter& json, const media::SkippedPath& skipped) {
     json.endObject();
 }
 
-const char* statusName(metadata::WriteStatus status) {
+const char* statusName(jobs::WriteStatus status) {
     switch (status) {
-    case metadata::WriteStatus::Completed:
+    case jobs::WriteStatus::Completed:
         return "completed";
-    case metadata::WriteStatus::Failed:
+    case jobs::WriteStatus::Failed:
         return "failed";
-    case metadata::WriteStatus::Cancelled:
+    case jobs::WriteStatus::Cancelled:
         return "cancelled";
-    case metadata::WriteStatus::Skipped:
+    case jobs::WriteStatus::Skipped:
         break;
     }
     return "skipped";
 }
 
-void writeOutcomes(JsonWriter& json, const std::vector<metadata::WriteOutcome>& outcomes) {
+void writeOutcomes(JsonWriter& json, const std::vector<jobs::WriteOutcome>& outcomes) {
     json.beginObject().key("items").beginArray();
-    for (const metadata::WriteOutcome& outcome : outcomes) {
+    for (const jobs::WriteOutcome& outcome : outcomes) {
         json.beginObject();
         json.key("source").string(outcome.source);
         json.key("outputs").beginArray();

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "cli/json_writer.h"
+#include "jobs/write_outcome.h"
 #include "media/image_item.h"
 #include "media/media_import.h"
-#include "metadata/write_outcome.h"
 
 namespace clipheave::cli {
 
@@ -13,7 +13,7 @@ void writeItem(JsonWriter& json, const media::IKImageItem& item, bool withMetada
 /// A path that was skipped although it was asked for or met.
 void writeSkipped(JsonWriter& json, const media::SkippedPath& skipped);
 /// {"items":[{"source","outputs","status","message","seconds"}]}
-void writeOutcomes(JsonWriter& json, const std::vector<metadata::WriteOutcome>& outcomes);
-[[nodiscard]] const char* statusName(metadata::WriteStatus status);
+void writeOutcomes(JsonWriter& json, const std::vector<jobs::WriteOutcome>& outcomes);
+[[nodiscard]] const char* statusName(jobs::WriteStatus status);
 
 } // namespace clipheave::cli

@@ -3,7 +3,7 @@
 #include "cli/video_arguments.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
-#include "platform/media/av_asset_export_session.h"
+#include "platform/media/export/av_asset_export_session.h"
 #include "platform/workspace/ns_workspace.h"
 
 #include <CLI/CLI.hpp>

@@ -13,8 +13,8 @@ namespace {
 using batch::RenameMove;
 using batch::RenameNote;
 using batch::RenameOutcome;
-using metadata::WriteOutcome;
-using metadata::WriteStatus;
+using jobs::WriteOutcome;
+using jobs::WriteStatus;
 
 /// Collects the outcomes of a job and shows how far it is.
 class RenameRun {

@@ -3,7 +3,7 @@
 #include "cli/write_run.h"
 #include "media/media_kind.h"
 #include "platform/foundation/dates.h"
-#include "platform/image/picture_transcode.h"
+#include "platform/image/image_transcode.h"
 
 namespace clipheave::cli {
 
@@ -91,7 +91,7 @@ int runSave(const GlobalOptions& global, const SaveOptions& options, Console& co
         }
         artwork = *picture;
     }
-    const auto start = [&](metadata::VideoMetadata& writer, metadata::WriteRequest request) {
+    const auto start = [&](metadata::VideoMetadata& writer, jobs::WriteRequest request) {
         QString notThere;
         if (request.audioPane)
             notThere = fillAudioPane(*request.audioPane, options, artwork);

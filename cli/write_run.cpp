@@ -14,13 +14,13 @@ namespace clipheave::cli {
 
 namespace {
 
-using metadata::WriteOutcome;
-using metadata::WriteStatus;
+using jobs::WriteOutcome;
+using jobs::WriteStatus;
 
 /// Collects outcomes that arrive on export threads.
 class OutcomeCollector {
 public:
-    metadata::OutcomeHandler handler() {
+    jobs::OutcomeHandler handler() {
         return [this](const WriteOutcome& outcome) {
             const std::scoped_lock lock(m_mutex);
             m_bySource[outcome.source].push_back(outcome);
@@ -64,10 +64,10 @@ private:
     int m_count = 0;
 };
 
-metadata::WriteRequest requestFor(const media::ItemPointer& item, const QString& storage,
-                                  const media::MediaImport& import) {
-    metadata::WriteRequest request{item, media::ShowVideoViewWithItem(*item), storage,
-                                   import.bImportLocalFolder(), import.bImportLocalPath()};
+jobs::WriteRequest requestFor(const media::ItemPointer& item, const QString& storage,
+                              const media::MediaImport& import) {
+    jobs::WriteRequest request{item, media::ShowVideoViewWithItem(*item), storage,
+                               import.bImportLocalFolder(), import.bImportLocalPath()};
     // There is no video pane beside it whose artist could stand in the memory.
     if (media::MediaKind::isAudio(item->filePath))
         request.audioPane = media::ShowAudioViewWithItem(*item, item->fileArist);
@@ -141,7 +141,7 @@ int runOverItems(const GlobalOptions& global, const QStringList& paths, const QS
     const auto progress = start({collector.handler(), import, storage});
     const auto total = static_cast<int>(items.size());
     collector.waitFor(total, [&](int done) {
-        const metadata::RunProgress running = progress();
+        const jobs::RunProgress running = progress();
         console.progress(what, done, total, {running.mean(), running.files()});
     });
     platform::AVAssetExportSession::waitForAllExports();

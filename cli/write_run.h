@@ -11,7 +11,7 @@ namespace clipheave::cli {
 /// Starts the writer of one item; the request holds the item, its pane as the item fills it, and
 /// the folders.
 using StartWriting =
-    std::function<void(metadata::VideoMetadata& writer, metadata::WriteRequest request)>;
+    std::function<void(metadata::VideoMetadata& writer, jobs::WriteRequest request)>;
 
 /// What every writing command does: imports the paths, starts the writer of each item, waits for
 /// all exports and reports. `what` stands in the progress bar ("saved"). Answers an ExitStatus.
@@ -20,11 +20,11 @@ using StartWriting =
 
 /// What a run over the imported items works with. The outcomes go to `handler`, one an item.
 struct ItemRun {
-    metadata::OutcomeHandler handler;
+    jobs::OutcomeHandler handler;
     const media::MediaImport& import;
     QString storage; ///< output folder; it exists
 };
-using RunProgressTeller = std::function<metadata::RunProgress()>;
+using RunProgressTeller = std::function<jobs::RunProgress()>;
 /// Starts the work on all items and returns; answers what tells the progress of what runs. The
 /// answer owns what must live until all outcomes are there.
 using StartRun = std::function<RunProgressTeller(const ItemRun& run)>;
@@ -37,9 +37,8 @@ using StartRun = std::function<RunProgressTeller(const ItemRun& run)>;
 /// Outputs or, with --json, the outcomes on standard output, messages on standard error. Answers an
 /// ExitStatus: that all is done only when the import had left out nothing either.
 [[nodiscard]] int reportOutcomes(const GlobalOptions& global,
-                                 const std::vector<metadata::WriteOutcome>& outcomes,
-                                 bool allImported);
-[[nodiscard]] metadata::WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped);
+                                 const std::vector<jobs::WriteOutcome>& outcomes, bool allImported);
+[[nodiscard]] jobs::WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped);
 /// Names the files of unknown kinds on standard error. They are no items: nothing of them failed.
 void reportUnknown(const media::MediaImport& import);
 

@@ -1,12 +1,16 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# clipheave_layer(NAME [DEPENDS targets…] [PRIVATE_DEPENDS targets…])
-# One static library of all sources in the calling folder (not its sub-folders). DEPENDS are the
+# clipheave_layer(NAME [FOLDERS folders…] [DEPENDS targets…] [PRIVATE_DEPENDS targets…])
+# One static library of all sources in the calling folder and in the named folders below it. DEPENDS are the
 # layers and vocabulary that its headers use; PRIVATE_DEPENDS are third-party libraries that stay in
 # its .cpp files. A tiny executable links the whole archive, so that an undeclared use of another
 # layer fails the build even when no test pulls that object in.
 function(clipheave_layer name)
-  cmake_parse_arguments(ARG "" "" "DEPENDS;PRIVATE_DEPENDS" ${ARGN})
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  cmake_parse_arguments(ARG "" "" "FOLDERS;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+  set(patterns)
+  foreach(folder . ${ARG_FOLDERS})
+    list(APPEND patterns ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.h)
+  endforeach()
+  file(GLOB sources CONFIGURE_DEPENDS ${patterns})
   add_library(${name} STATIC ${sources})
   set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
   target_link_libraries(

@@ -2,8 +2,8 @@
 // The boxes of HEIF and CR3 as a file, and its parts alone, which a cut file would not reach.
 #include "platform/image/heif_items.h"
 #include "platform/image/heif_reader.h"
-#include "platform/image/picture_layout.h"
-#include "platform/media/isobmff/box.h"
+#include "platform/image/image_layout.h"
+#include "platform/isobmff/box.h"
 
 #include <cstdint>
 #include <sys/mman.h>

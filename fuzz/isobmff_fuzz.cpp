@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/media/isobmff/isobmff_reader.h"
+#include "platform/isobmff/read/isobmff_reader.h"
 
 #include <cstddef>
 #include <sys/mman.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/media/isobmff/isobmff_reader.h"
-#include "platform/media/isobmff/isobmff_writer.h"
+#include "platform/isobmff/read/isobmff_reader.h"
+#include "platform/isobmff/write/isobmff_writer.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "fuzz/audio_file_input.h"
-#include "platform/audio/flac_tags.h"
-#include "platform/audio/id3_tag_builder.h"
-#include "platform/audio/mpeg_tags.h"
+#include "platform/formats/flac/flac_tags.h"
+#include "platform/formats/mpeg/id3_tag_builder.h"
+#include "platform/formats/mpeg/mpeg_tags.h"
 
 #include <QFile>
 #include <QTemporaryDir>

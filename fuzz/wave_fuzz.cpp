@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "fuzz/audio_file_input.h"
-#include "platform/media/formats/format_readers.h"
+#include "platform/formats/format_readers.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     withAudioInput(data, size,

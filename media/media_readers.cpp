@@ -8,7 +8,7 @@
 #include "platform/foundation/paths.h"
 #include "platform/foundation/text.h"
 #include "platform/index/md_item.h"
-#include "platform/media/av_url_asset.h"
+#include "platform/media/asset/av_url_asset.h"
 
 #include <cmath>
 

@@ -2,13 +2,13 @@
 #include "metadata/audio_metadata.h"
 
 #include "metadata/temporary_artwork.h"
-#include "platform/audio/flac_tags.h"
-#include "platform/audio/mpeg_tags.h"
+#include "platform/formats/flac/flac_tags.h"
+#include "platform/formats/mpeg/mpeg_tags.h"
 #include "platform/foundation/dates.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 #include "platform/image/tiff_representation.h"
-#include "platform/media/output_place.h"
+#include "platform/media/export/output_place.h"
 
 namespace clipheave::metadata {
 
@@ -19,18 +19,18 @@ using namespace platform;
 /// Room for the head of a FLAC picture block, whose whole size is 24 bits.
 constexpr std::uint64_t kLargestFlacPicture = (1u << 24) - 1024;
 
-bool hasExtension(const WriteRequest& request, const char16_t* extension) {
+bool hasExtension(const jobs::WriteRequest& request, const char16_t* extension) {
     return pathExtension(request.item->filePath)
                .compare(QStringView(extension), Qt::CaseInsensitive) == 0;
 }
 
 /// The date writers take an empty date text for no date.
-const QString& createdTextOf(const WriteRequest& request) {
+const QString& createdTextOf(const jobs::WriteRequest& request) {
     return request.audioPane->texts.createdDatelab;
 }
 
 /// A text that was typed and that the file has no place for is not kept in silence.
-void noteUnstored(WriteJob& job, const media::AudioPane& pane, bool isFlac) {
+void noteUnstored(jobs::WriteJob& job, const media::AudioPane& pane, bool isFlac) {
     const auto note = [&](const QString& text, const QString& old, const char* name) {
         if (text != old)
             job.notes.append(QStringLiteral("%1 not stored: the file has no place for it")
@@ -77,7 +77,7 @@ EncodedPicture coverForFlac(const EncodedPicture& picture, QStringList& notes) {
 
 } // namespace
 
-void AudioMetadata::save(const WriteRequest& request) {
+void AudioMetadata::save(const jobs::WriteRequest& request) {
     if (hasExtension(request, u"mp3"))
         return SaveChangedMp3MetadateItem(request);
     if (hasExtension(request, u"flac"))
@@ -85,24 +85,25 @@ void AudioMetadata::save(const WriteRequest& request) {
     SaveChangedAuidoExifDateItem(request);
 }
 
-void AudioMetadata::remove(const WriteRequest& request) {
+void AudioMetadata::remove(const jobs::WriteRequest& request) {
     if (hasExtension(request, u"mp3"))
         return RemoveMp3metadataItem(request);
     RemoveAuidoExifDateItem(request);
 }
 
-std::optional<WriteJob> AudioMetadata::begin(const WriteRequest& request,
-                                             const QString& createdText) {
+std::optional<jobs::WriteJob> AudioMetadata::begin(const jobs::WriteRequest& request,
+                                                   const QString& createdText) {
     const QString& source = request.item->filePath;
     if (!request.audioPane) {
-        WriteJob job;
+        jobs::WriteJob job;
         job.source = source;
         job.handler = m_handler;
-        failJob(job, QStringLiteral("no audio pane was given"));
+        jobs::failJob(job, QStringLiteral("no audio pane was given"));
         return std::nullopt;
     }
     m_paths.protect({source});
-    auto job = beginJob(source, m_paths.claim(flatOutputPath(request)), m_handler, m_running);
+    auto job =
+        jobs::beginJob(source, m_paths.claim(jobs::flatOutputPath(request)), m_handler, m_running);
     if (job)
         noteUnstored(*job, *request.audioPane, hasExtension(request, u"flac"));
     if (!job || createdText.isNull() || createdText == request.audioPane->shown.oldCreateDateStr)
@@ -112,7 +113,7 @@ std::optional<WriteJob> AudioMetadata::begin(const WriteRequest& request,
     return job;
 }
 
-void AudioMetadata::writeMp3(const WriteRequest& request, const QList<Id3TextFrame>& frames,
+void AudioMetadata::writeMp3(const jobs::WriteRequest& request, const QList<Id3TextFrame>& frames,
                              const EncodedPicture& cover, const QString& createdText) {
     auto job = begin(request, createdText);
     if (!job)
@@ -136,14 +137,14 @@ void AudioMetadata::writeMp3(const WriteRequest& request, const QList<Id3TextFra
             return tl::unexpected(written.error());
         return QStringList();
     };
-    startSession(*job, AVAssetExportSession::rewriting(job->source, job->output, write));
+    jobs::startSession(*job, AVAssetExportSession::rewriting(job->source, job->output, write));
 }
 
-void AudioMetadata::SaveChangedMp3MetadateItem(const WriteRequest& request) {
+void AudioMetadata::SaveChangedMp3MetadateItem(const jobs::WriteRequest& request) {
     SetMp3MetadateItem_withDateStr(request, {});
 }
 
-void AudioMetadata::SetMp3MetadateItem_withDateStr(const WriteRequest& request,
+void AudioMetadata::SetMp3MetadateItem_withDateStr(const jobs::WriteRequest& request,
                                                    const QString& dateText) {
     if (!request.audioPane)
         return static_cast<void>(begin(request, {}));
@@ -152,67 +153,68 @@ void AudioMetadata::SetMp3MetadateItem_withDateStr(const WriteRequest& request,
              dateText.isNull() ? createdTextOf(request) : dateText);
 }
 
-void AudioMetadata::RemoveMp3metadataItem(const WriteRequest& request) {
+void AudioMetadata::RemoveMp3metadataItem(const jobs::WriteRequest& request) {
     if (!request.audioPane)
         return static_cast<void>(begin(request, {}));
     writeMp3(request, planMp3Removal(*request.audioPane),
              planCover(*request.audioPane, *request.item).picture, createdTextOf(request));
 }
 
-void AudioMetadata::ReloadMp3MetadateItem_withExif(const WriteRequest& request,
+void AudioMetadata::ReloadMp3MetadateItem_withExif(const jobs::WriteRequest& request,
                                                    const AudioDictionary& exif) {
     writeMp3(request, planMp3Reload(exif), {},
              exif.value(QStringLiteral("Created Date"), QStringLiteral("")));
 }
 
 void AudioMetadata::writeM4a(
-    const WriteRequest& request, const QString& createdText,
-    const std::function<QList<AVMetadataItem>(WriteJob& job, const QList<AVMetadataItem>&)>& plan) {
+    const jobs::WriteRequest& request, const QString& createdText,
+    const std::function<QList<AVMetadataItem>(jobs::WriteJob& job, const QList<AVMetadataItem>&)>&
+        plan) {
     auto job = begin(request, createdText);
     if (!job)
         return;
     job->copiesOnFailure = false;
     const auto asset = AVURLAsset::assetWithPath(job->source);
     if (!asset)
-        return failJob(*job, asset.error().text());
+        return jobs::failJob(*job, asset.error().text());
     auto session = std::make_shared<AVAssetExportSession>(
         *asset, QString::fromUtf16(AVAssetExportPresetPassthrough));
     session->setOutputPath(job->output);
     session->setOutputFileType(QString::fromUtf16(AVFileTypeAppleM4A));
     session->setMetadata(plan(*job, asset->metadata()));
-    startSession(*job, session);
+    jobs::startSession(*job, session);
 }
 
-void AudioMetadata::SaveChangedAuidoExifDateItem(const WriteRequest& request) {
+void AudioMetadata::SaveChangedAuidoExifDateItem(const jobs::WriteRequest& request) {
     SetAuidoExifDateItem_withDateStr(request, {});
 }
 
-void AudioMetadata::SetAuidoExifDateItem_withDateStr(const WriteRequest& request,
+void AudioMetadata::SetAuidoExifDateItem_withDateStr(const jobs::WriteRequest& request,
                                                      const QString& dateText) {
     if (!request.audioPane)
         return static_cast<void>(begin(request, {}));
     const CoverPlan cover = planCover(*request.audioPane, *request.item);
     writeM4a(request, dateText.isNull() ? createdTextOf(request) : dateText,
-             [&](WriteJob& job, const auto& source) {
+             [&](jobs::WriteJob& job, const auto& source) {
                  return planAudioSave(*request.audioPane, coverForM4a(cover, source, job.notes),
                                       source, dateText);
              });
 }
 
-void AudioMetadata::ReloadChangedAuidoExifDateItem_withExif(const WriteRequest& request,
+void AudioMetadata::ReloadChangedAuidoExifDateItem_withExif(const jobs::WriteRequest& request,
                                                             const AudioDictionary& exif) {
     writeM4a(request, exif.value(QStringLiteral("Created Date"), QStringLiteral("")),
-             [&](WriteJob&, const auto& source) { return planAudioReload(exif, source); });
+             [&](jobs::WriteJob&, const auto& source) { return planAudioReload(exif, source); });
 }
 
-void AudioMetadata::RemoveAuidoExifDateItem(const WriteRequest& request) {
+void AudioMetadata::RemoveAuidoExifDateItem(const jobs::WriteRequest& request) {
     if (!request.audioPane)
         return static_cast<void>(begin(request, {}));
     writeM4a(request, createdTextOf(request),
-             [](WriteJob&, const auto&) { return QList<AVMetadataItem>(); });
+             [](jobs::WriteJob&, const auto&) { return QList<AVMetadataItem>(); });
 }
 
-void AudioMetadata::writeFlac(const WriteRequest& request, const QMap<QString, QString>& info,
+void AudioMetadata::writeFlac(const jobs::WriteRequest& request, const QMap<QString, QString>& info,
                               const CoverPlan& cover) {
     auto job = begin(request, {});
     if (!job)
@@ -230,14 +232,14 @@ void AudioMetadata::writeFlac(const WriteRequest& request, const QMap<QString, Q
         const auto written = rewriteFlacTags(source, output, changes, progress);
         return written ? Result<QStringList>(notes) : tl::unexpected(written.error());
     };
-    startSession(*job, AVAssetExportSession::rewriting(job->source, job->output, write));
+    jobs::startSession(*job, AVAssetExportSession::rewriting(job->source, job->output, write));
 }
 
-void AudioMetadata::SaveChangedFlaCAuidoExifItem(const WriteRequest& request) {
+void AudioMetadata::SaveChangedFlaCAuidoExifItem(const jobs::WriteRequest& request) {
     SetFlaCAuidoExifItem_withDateStr(request, {});
 }
 
-void AudioMetadata::SetFlaCAuidoExifItem_withDateStr(const WriteRequest& request,
+void AudioMetadata::SetFlaCAuidoExifItem_withDateStr(const jobs::WriteRequest& request,
                                                      const QString& dateText) {
     if (!request.audioPane)
         return static_cast<void>(begin(request, {}));
@@ -245,7 +247,7 @@ void AudioMetadata::SetFlaCAuidoExifItem_withDateStr(const WriteRequest& request
               planCover(*request.audioPane, *request.item));
 }
 
-void AudioMetadata::ReloadChangedFlaCAuidoExifItem_withExif(const WriteRequest& request,
+void AudioMetadata::ReloadChangedFlaCAuidoExifItem_withExif(const jobs::WriteRequest& request,
                                                             const AudioDictionary& exif) {
     writeFlac(request, planFlacReload(exif), {});
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "jobs/output_paths.h"
+#include "jobs/write_job.h"
+#include "jobs/write_request.h"
 #include "metadata/audio_plans.h"
-#include "metadata/output_paths.h"
-#include "metadata/write_job.h"
-#include "metadata/write_request.h"
 
 namespace clipheave::metadata {
 
@@ -14,57 +14,60 @@ namespace clipheave::metadata {
 /// A request without an audio pane answers Failed.
 class AudioMetadata {
 public:
-    AudioMetadata(OutcomeHandler handler, OutputPaths& paths,
-                  std::shared_ptr<RunningExports> running)
+    AudioMetadata(jobs::OutcomeHandler handler, jobs::OutputPaths& paths,
+                  std::shared_ptr<jobs::RunningExports> running)
         : m_handler(std::move(handler)), m_paths(paths), m_running(std::move(running)) {}
 
     /// By the extension: MP3, FLAC (saving alone), any other sound.
-    void save(const WriteRequest& request);
-    void remove(const WriteRequest& request);
+    void save(const jobs::WriteRequest& request);
+    void remove(const jobs::WriteRequest& request);
 
     // MP3: one new ID3v2.3 tag in place of all old tags; the sound stays byte for byte. A file
     // whose tags cannot be taken off safely is copied unchanged and answers Failed.
-    void SaveChangedMp3MetadateItem(const WriteRequest& request);
+    void SaveChangedMp3MetadateItem(const jobs::WriteRequest& request);
     /// Blank frames for the fields that the pane shows; the cover stays.
-    void RemoveMp3metadataItem(const WriteRequest& request);
+    void RemoveMp3metadataItem(const jobs::WriteRequest& request);
     /// As the save, with `dateText` as recording date (null: the pane's) and as file dates.
-    void SetMp3MetadateItem_withDateStr(const WriteRequest& request, const QString& dateText);
+    void SetMp3MetadateItem_withDateStr(const jobs::WriteRequest& request, const QString& dateText);
     /// Texts and "Created Date" from a property list; no track number and no cover.
-    void ReloadMp3MetadateItem_withExif(const WriteRequest& request, const AudioDictionary& exif);
+    void ReloadMp3MetadateItem_withExif(const jobs::WriteRequest& request,
+                                        const AudioDictionary& exif);
 
     // Any other sound: becomes M4A. AAC, ALAC and AC-3 are copied, other lossless codecs become
     // ALAC, other lossy ones AAC. A failure leaves no output.
-    void SaveChangedAuidoExifDateItem(const WriteRequest& request);
-    void SetAuidoExifDateItem_withDateStr(const WriteRequest& request, const QString& dateText);
-    void ReloadChangedAuidoExifDateItem_withExif(const WriteRequest& request,
+    void SaveChangedAuidoExifDateItem(const jobs::WriteRequest& request);
+    void SetAuidoExifDateItem_withDateStr(const jobs::WriteRequest& request,
+                                          const QString& dateText);
+    void ReloadChangedAuidoExifDateItem_withExif(const jobs::WriteRequest& request,
                                                  const AudioDictionary& exif);
     /// Leaves no item at all; FLAC files too.
-    void RemoveAuidoExifDateItem(const WriteRequest& request);
+    void RemoveAuidoExifDateItem(const jobs::WriteRequest& request);
 
     // FLAC: changed comments and a new cover; everything else byte for byte. Deliberate: the output
     // always has the file dates of the source.
-    void SaveChangedFlaCAuidoExifItem(const WriteRequest& request);
-    void SetFlaCAuidoExifItem_withDateStr(const WriteRequest& request, const QString& dateText);
-    void ReloadChangedFlaCAuidoExifItem_withExif(const WriteRequest& request,
+    void SaveChangedFlaCAuidoExifItem(const jobs::WriteRequest& request);
+    void SetFlaCAuidoExifItem_withDateStr(const jobs::WriteRequest& request,
+                                          const QString& dateText);
+    void ReloadChangedFlaCAuidoExifItem_withExif(const jobs::WriteRequest& request,
                                                  const AudioDictionary& exif);
 
 private:
     /// The job with the dates that `createdText` asks for; null: those of the source. None when it
     /// cannot begin, which the handler has been told.
-    [[nodiscard]] std::optional<WriteJob> begin(const WriteRequest& request,
-                                                const QString& createdText);
-    void writeMp3(const WriteRequest& request, const QList<platform::Id3TextFrame>& frames,
+    [[nodiscard]] std::optional<jobs::WriteJob> begin(const jobs::WriteRequest& request,
+                                                      const QString& createdText);
+    void writeMp3(const jobs::WriteRequest& request, const QList<platform::Id3TextFrame>& frames,
                   const platform::EncodedPicture& cover, const QString& createdText);
     /// `plan` makes the items out of the source's.
-    void writeM4a(const WriteRequest& request, const QString& createdText,
+    void writeM4a(const jobs::WriteRequest& request, const QString& createdText,
                   const std::function<QList<platform::AVMetadataItem>(
-                      WriteJob& job, const QList<platform::AVMetadataItem>&)>& plan);
-    void writeFlac(const WriteRequest& request, const QMap<QString, QString>& info,
+                      jobs::WriteJob& job, const QList<platform::AVMetadataItem>&)>& plan);
+    void writeFlac(const jobs::WriteRequest& request, const QMap<QString, QString>& info,
                    const CoverPlan& cover);
 
-    OutcomeHandler m_handler;
-    OutputPaths& m_paths;
-    std::shared_ptr<RunningExports> m_running;
+    jobs::OutcomeHandler m_handler;
+    jobs::OutputPaths& m_paths;
+    std::shared_ptr<jobs::RunningExports> m_running;
 };
 
 } // namespace clipheave::metadata

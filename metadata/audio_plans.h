@@ -2,7 +2,7 @@
 #pragma once
 
 #include "media/audio_pane.h"
-#include "platform/audio/id3_tag_builder.h"
+#include "platform/formats/mpeg/id3_tag_builder.h"
 
 #include <QMap>
 

@@ -30,8 +30,8 @@ bool isNorthAndEast(const media::IKImageItem& item) {
 
 } // namespace
 
-VideoPlan planVideoRemoval(const media::IKImageItem& item) {
-    VideoPlan plan;
+jobs::MetadataPlan planVideoRemoval(const media::IKImageItem& item) {
+    jobs::MetadataPlan plan;
     for (const VideoTextRow& row : kVideoTextRows)
         if (!(item.*row.record).isEmpty())
             plan.metadata.append(blankItem(row));

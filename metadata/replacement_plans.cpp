@@ -28,13 +28,14 @@ QList<AVMetadataItem> replaced(const QList<AVMetadataItem>& source, const AVMeta
 }
 
 // Both writers make QuickTime movies, whatever the source was.
-VideoPlan quickTimePlan(QList<AVMetadataItem> items) {
+jobs::MetadataPlan quickTimePlan(QList<AVMetadataItem> items) {
     return {std::move(items), QString::fromUtf16(platform::AVFileTypeQuickTimeMovie)};
 }
 
 } // namespace
 
-VideoPlan planVideoTitle(const QString& title, const QList<AVMetadataItem>& sourceMetadata) {
+jobs::MetadataPlan planVideoTitle(const QString& title,
+                                  const QList<AVMetadataItem>& sourceMetadata) {
     const AVMetadataItem fresh =
         newMetadataItem(kKeySpaceITunes, u"title", kITunesTitleIdentifier, title);
     return quickTimePlan(replaced(sourceMetadata, fresh, [](const QString& identifier) {
@@ -42,7 +43,8 @@ VideoPlan planVideoTitle(const QString& title, const QList<AVMetadataItem>& sour
     }));
 }
 
-VideoPlan planVideoDate(const QString& dateText, const QList<AVMetadataItem>& sourceMetadata) {
+jobs::MetadataPlan planVideoDate(const QString& dateText,
+                                 const QList<AVMetadataItem>& sourceMetadata) {
     const AVMetadataItem fresh =
         newMetadataItem(kKeySpaceISOUserData, u"date", kISODateIdentifier, dateText);
     return quickTimePlan(replaced(sourceMetadata, fresh, &isDateIdentifier));

@@ -81,8 +81,9 @@ QString locationText(const QString& latitude, const QString& longitude, const QS
     return text;
 }
 
-VideoPlan planVideoSave(const media::VideoPane& pane, const QList<AVMetadataItem>& sourceMetadata) {
-    VideoPlan plan;
+jobs::MetadataPlan planVideoSave(const media::VideoPane& pane,
+                                 const QList<AVMetadataItem>& sourceMetadata) {
+    jobs::MetadataPlan plan;
     appendTexts(pane, plan.metadata);
     const bool quickTime = appendDates(pane, sourceMetadata, plan.metadata);
     appendLocation(pane, plan.metadata);

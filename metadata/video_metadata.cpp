@@ -18,7 +18,7 @@ bool isMaterialExchange(const QString& path) {
 }
 
 /// What the created-date field asks for, else the source's own dates.
-void takeDatesOfPane(WriteJob& job, const media::VideoPane& pane) {
+void takeDatesOfPane(jobs::WriteJob& job, const media::VideoPane& pane) {
     const QString& text = pane.texts.mediaCreatedDate;
     if (text == pane.shown.oldMovieCreatedDate)
         return;
@@ -27,66 +27,69 @@ void takeDatesOfPane(WriteJob& job, const media::VideoPane& pane) {
 }
 
 /// Exports what `plan` makes of the source's items; a source that nobody can read is copied.
-template <class Planner> void exportByPlan(const WriteJob& job, const Planner& plan) {
+template <class Planner> void exportByPlan(const jobs::WriteJob& job, const Planner& plan) {
     const auto asset = AVURLAsset::assetWithPath(job.source);
     if (!asset)
-        return startCopy(job, NSFileManager::IfExists::Replace, asset.error().text());
-    startExport(job, *asset, plan(asset->metadata()));
+        return jobs::startCopy(job, NSFileManager::IfExists::Replace, asset.error().text());
+    jobs::startExport(job, *asset, plan(asset->metadata()));
 }
 
 } // namespace
 
-std::optional<WriteJob> VideoMetadata::begin(const QString& source, const QString& output) {
-    return beginJob(source, output, m_handler, m_running);
+std::optional<jobs::WriteJob> VideoMetadata::begin(const QString& source, const QString& output) {
+    return jobs::beginJob(source, output, m_handler, m_running);
 }
 
-std::optional<WriteJob> VideoMetadata::begin(const WriteRequest& request, const QString& output) {
+std::optional<jobs::WriteJob> VideoMetadata::begin(const jobs::WriteRequest& request,
+                                                   const QString& output) {
     auto job = begin(request.item->filePath, output);
     if (job)
         takeDatesOfPane(*job, request.pane);
     return job;
 }
 
-void VideoMetadata::refuse(const WriteRequest& request, const QString& reason, WriteStatus status) {
-    WriteOutcome outcome;
+void VideoMetadata::refuse(const jobs::WriteRequest& request, const QString& reason,
+                           jobs::WriteStatus status) {
+    jobs::WriteOutcome outcome;
     outcome.source = request.item->filePath;
     outcome.status = status;
     outcome.message = reason;
     m_handler(outcome);
 }
 
-void VideoMetadata::SaveMeidaFileChangesAction(const WriteRequest& request) {
+void VideoMetadata::SaveMeidaFileChangesAction(const jobs::WriteRequest& request) {
     const QString& path = request.item->filePath;
     if (MediaKind::isAudio(path))
         return m_audio.save(request);
     if (!MediaKind::isVideo(path))
         return refuse(request, QStringLiteral("neither a video nor an audio file"),
-                      WriteStatus::Skipped);
+                      jobs::WriteStatus::Skipped);
     SaveChangedVideoExifDateAction(request);
 }
 
-void VideoMetadata::SaveChangedVideoExifDateAction(const WriteRequest& request) {
+void VideoMetadata::SaveChangedVideoExifDateAction(const jobs::WriteRequest& request) {
     m_paths.protect({request.item->filePath});
-    const auto job = begin(request, m_paths.claim(flatOutputPath(request)));
+    const auto job = begin(request, m_paths.claim(jobs::flatOutputPath(request)));
     if (!job)
         return;
     if (isMaterialExchange(job->source))
-        return startCopy(*job, NSFileManager::IfExists::Replace);
+        return jobs::startCopy(*job, NSFileManager::IfExists::Replace);
     exportByPlan(*job, [&](const auto& items) { return planVideoSave(request.pane, items); });
 }
 
-void VideoMetadata::RemoveMediaFileAction(const WriteRequest& request) {
+void VideoMetadata::RemoveMediaFileAction(const jobs::WriteRequest& request) {
     const QString& path = request.item->filePath;
     if (MediaKind::isVideo(path))
         return RemoveVideoExifDateAction(request);
     if (MediaKind::isAudio(path))
         return m_audio.remove(request);
-    refuse(request, QStringLiteral("neither a video nor an audio file"), WriteStatus::Skipped);
+    refuse(request, QStringLiteral("neither a video nor an audio file"),
+           jobs::WriteStatus::Skipped);
 }
 
-void VideoMetadata::RemoveVideoExifDateAction(const WriteRequest& request) {
+void VideoMetadata::RemoveVideoExifDateAction(const jobs::WriteRequest& request) {
     m_paths.protect({request.item->filePath});
-    auto job = begin(request, m_paths.claim(mirroredOutputPath(request)));
+    auto job = begin(request, m_paths.claim(jobs::mirroredOutputPath(request)));
     if (!job)
         return;
     job->removes = true;
@@ -105,8 +108,8 @@ void VideoMetadata::SetVideoFileWithFilePath_WithExifPath_withDateStr(const QStr
     exportByPlan(*job, [&](const auto& items) { return planVideoDate(dateText, items); });
 }
 
-void VideoMetadata::CopyvideoTitletoFileNameAction(const WriteRequest& request) {
-    const QString output = titledOutputPath(request);
+void VideoMetadata::CopyvideoTitletoFileNameAction(const jobs::WriteRequest& request) {
+    const QString output = jobs::titledOutputPath(request);
     if (output.isEmpty())
         return refuse(request,
                       QStringLiteral("the title \"%1\" would lead out of the output folder")
@@ -115,21 +118,21 @@ void VideoMetadata::CopyvideoTitletoFileNameAction(const WriteRequest& request) 
         return refuse(request,
                       QStringLiteral("%1: another file of this run has that title").arg(output));
     // The folder by the mirrored rule is made; one that only the title names is not.
-    auto job = begin(request.item->filePath, mirroredOutputPath(request));
+    auto job = begin(request.item->filePath, jobs::mirroredOutputPath(request));
     if (!job)
         return;
     job->output = output;
     if (request.item->fileTitle.isEmpty())
         job->notes.append(QStringLiteral("the title is empty, and so is the name"));
-    startCopy(*job, NSFileManager::IfExists::Fail);
+    jobs::startCopy(*job, NSFileManager::IfExists::Fail);
 }
 
-void VideoMetadata::CopyvideofilenametoTitleAction(const WriteRequest& request) {
+void VideoMetadata::CopyvideofilenametoTitleAction(const jobs::WriteRequest& request) {
     const QString& path = request.item->filePath;
     if (!MediaKind::isVideo(path))
-        return refuse(request, QStringLiteral("not a video"), WriteStatus::Skipped);
+        return refuse(request, QStringLiteral("not a video"), jobs::WriteStatus::Skipped);
     m_paths.protect({path});
-    const auto job = begin(path, m_paths.claim(mirroredOutputPath(request)));
+    const auto job = begin(path, m_paths.claim(jobs::mirroredOutputPath(request)));
     if (!job)
         return;
     const QString title = deletingPathExtension(request.item->fileName);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "jobs/write_job.h"
 #include "media/panes.h"
-#include "platform/media/av_asset_export_session.h"
 
 #include <QList>
 #include <QString>
@@ -11,32 +11,27 @@
 // check it without a file.
 namespace clipheave::metadata {
 
-struct VideoPlan {
-    QList<platform::AVMetadataItem> metadata; ///< replaces the items of the source, in order
-    QString outputFileType;                   ///< the container, whatever the file's extension
-};
-
 /// The save: new items first, then what the source keeps. A field whose text is what was shown
 /// writes nothing; a group whose flag is not set is not looked at.
-[[nodiscard]] VideoPlan planVideoSave(const media::VideoPane& pane,
-                                      const QList<platform::AVMetadataItem>& sourceMetadata);
+[[nodiscard]] jobs::MetadataPlan
+planVideoSave(const media::VideoPane& pane, const QList<platform::AVMetadataItem>& sourceMetadata);
 
 /// The removal: one item with an empty value for each field that holds something, and nothing of
 /// the source.
 /// Deliberate: keywords are blanked under another identifier than a save writes them to, and the
 /// position only when the video was taken north of the equator and east of Greenwich. Elsewhere it
 /// stays in the output.
-[[nodiscard]] VideoPlan planVideoRemoval(const media::IKImageItem& item);
+[[nodiscard]] jobs::MetadataPlan planVideoRemoval(const media::IKImageItem& item);
 
 /// The new title in the place of every title of the source, else behind its items; a null title
 /// replaces none.
-[[nodiscard]] VideoPlan planVideoTitle(const QString& title,
-                                       const QList<platform::AVMetadataItem>& sourceMetadata);
+[[nodiscard]] jobs::MetadataPlan
+planVideoTitle(const QString& title, const QList<platform::AVMetadataItem>& sourceMetadata);
 
 /// The date text, as it stands, in the place of every date item of the source, else behind its
 /// items; a null text replaces none.
-[[nodiscard]] VideoPlan planVideoDate(const QString& dateText,
-                                      const QList<platform::AVMetadataItem>& sourceMetadata);
+[[nodiscard]] jobs::MetadataPlan
+planVideoDate(const QString& dateText, const QList<platform::AVMetadataItem>& sourceMetadata);
 
 /// "+31.2304+121.4737+12.5": each text without a "-" gets a "+" in front. An empty altitude leaves
 /// a lone "+" at the end.

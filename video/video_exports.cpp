@@ -14,8 +14,8 @@ using namespace platform;
 namespace {
 
 /// The output rules of the metadata writers, which these jobs share.
-metadata::WriteRequest pathRequest(const VideoJobRequest& request, const media::ItemPointer& item) {
-    metadata::WriteRequest paths;
+jobs::WriteRequest pathRequest(const VideoJobRequest& request, const media::ItemPointer& item) {
+    jobs::WriteRequest paths;
     paths.item = item;
     paths.storagelocation = request.storagelocation;
     paths.bImportLocalFolder = request.bImportLocalFolder;
@@ -28,7 +28,7 @@ metadata::WriteRequest pathRequest(const VideoJobRequest& request, const media::
 void makeMirroredFolders(const VideoJobRequest& request, const media::ItemPointer& item) {
     if (!request.bImportLocalFolder)
         return;
-    const QString mirrored = metadata::mirroredOutputPath(pathRequest(request, item));
+    const QString mirrored = jobs::mirroredOutputPath(pathRequest(request, item));
     ignoreFailure(
         NSFileManager::defaultManager().createDirectoryAtPath(deletingLastPathComponent(mirrored)),
         "the films do not go there");
@@ -83,7 +83,7 @@ void VideoJobs::CompressVideoMediaFileFileThreader(const VideoJobRequest& reques
     for (const auto& item : request.items)
         if (!skips(item))
             compressVideo_outputURL_withVideoQuality(
-                item, metadata::mirroredOutputPath(pathRequest(request, item)),
+                item, jobs::mirroredOutputPath(pathRequest(request, item)),
                 compressPreset(request.title));
 }
 

@@ -9,8 +9,8 @@
 namespace clipheave::video {
 
 using namespace platform;
-using metadata::WriteOutcome;
-using metadata::WriteStatus;
+using jobs::WriteOutcome;
+using jobs::WriteStatus;
 
 namespace {
 
@@ -22,8 +22,8 @@ void logText(const char* text, const WriteOutcome& outcome) {
 
 } // namespace
 
-metadata::OutcomeHandler tellingReplacement(const QString& output,
-                                            const metadata::OutcomeHandler& handler) {
+jobs::OutcomeHandler tellingReplacement(const QString& output,
+                                        const jobs::OutcomeHandler& handler) {
     if (!NSFileManager::defaultManager().fileExistsAtPath(output))
         return handler;
     return [handler](WriteOutcome outcome) {
@@ -78,19 +78,19 @@ void VideoJobs::startExport(const media::ItemPointer& item, const QString& wante
 }
 
 void VideoJobs::beginExport(const QString& source, const QString& output,
-                            const ExportRecipe& recipe, const metadata::OutcomeHandler& handler) {
-    auto job = metadata::beginJob(source, output, tellingReplacement(output, handler), m_running);
+                            const ExportRecipe& recipe, const jobs::OutcomeHandler& handler) {
+    auto job = jobs::beginJob(source, output, tellingReplacement(output, handler), m_running);
     if (!job)
         return;
     job->copiesOnFailure = false;
     const auto asset = AVURLAsset::assetWithPath(source);
     if (!asset)
-        return metadata::failJob(*job, asset.error().text());
+        return jobs::failJob(*job, asset.error().text());
     const auto session = recipe.maker(*asset, output);
     if (!session)
-        return metadata::failJob(*job, session.error().text());
+        return jobs::failJob(*job, session.error().text());
     (*session)->setOutputPath(output);
-    metadata::startSession(*job, *session);
+    jobs::startSession(*job, *session);
 }
 
 } // namespace clipheave::video

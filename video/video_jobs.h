@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/output_paths.h"
-#include "metadata/write_job.h"
-#include "video/output_turns.h"
+#include "jobs/output_paths.h"
+#include "jobs/output_turns.h"
+#include "jobs/write_job.h"
 
 namespace clipheave::video {
 
@@ -18,8 +18,8 @@ struct VideoJobRequest {
 };
 
 /// `handler`, told of a success that it took the place of the file that stands at `output` now.
-[[nodiscard]] metadata::OutcomeHandler tellingReplacement(const QString& output,
-                                                          const metadata::OutcomeHandler& handler);
+[[nodiscard]] jobs::OutcomeHandler tellingReplacement(const QString& output,
+                                                      const jobs::OutcomeHandler& handler);
 
 /// The workers of one job. Each call walks the items, starts their exports and returns; one outcome
 /// an item arrives, on any thread. Outputs lie in the storage folder and replace older files of
@@ -28,7 +28,7 @@ struct VideoJobRequest {
 /// outputs is the front's. The calls come from one thread; progress and cancel from any.
 class VideoJobs {
 public:
-    explicit VideoJobs(metadata::OutcomeHandler handler) : m_handler(std::move(handler)) {}
+    explicit VideoJobs(jobs::OutcomeHandler handler) : m_handler(std::move(handler)) {}
     VideoJobs(const VideoJobs&) = delete;
     VideoJobs& operator=(const VideoJobs&) = delete;
 
@@ -52,7 +52,7 @@ public:
     void RemoveAudioMediaFileFileThreader(const VideoJobRequest& request);
 
     /// Of the exports that are running now; a merge stands for all its files.
-    [[nodiscard]] metadata::RunProgress runningProgress() const { return m_running->progress(); }
+    [[nodiscard]] jobs::RunProgress runningProgress() const { return m_running->progress(); }
     /// Stops this job: what waits or runs ends as Cancelled and leaves no part of a file. Single
     /// pictures that are complete stay.
     void cancel() { m_running->cancel(); }
@@ -78,12 +78,12 @@ private:
     void startExport(const media::ItemPointer& item, const QString& wanted,
                      const ExportRecipe& recipe);
     void beginExport(const QString& source, const QString& output, const ExportRecipe& recipe,
-                     const metadata::OutcomeHandler& handler);
+                     const jobs::OutcomeHandler& handler);
     using Clock = std::chrono::steady_clock;
     /// True when the item is no video; its outcome says so.
     [[nodiscard]] bool skips(const media::ItemPointer& item) const;
     void refuse(const QString& source, const QString& reason,
-                metadata::WriteStatus status = metadata::WriteStatus::Failed) const;
+                jobs::WriteStatus status = jobs::WriteStatus::Failed) const;
     /// The pictures of one film, "BASE_SECOND.jpg".
     void beginPictures(const QString& source, const QString& folder, const QString& base,
                        double interval);
@@ -101,11 +101,10 @@ private:
         extractVideo_M4AoutputURL(item, outputPath);
     }
 
-    metadata::OutcomeHandler m_handler;
-    metadata::OutputPaths m_paths;
-    std::shared_ptr<OutputTurns> m_turns = std::make_shared<OutputTurns>();
-    std::shared_ptr<metadata::RunningExports> m_running =
-        std::make_shared<metadata::RunningExports>();
+    jobs::OutcomeHandler m_handler;
+    jobs::OutputPaths m_paths;
+    std::shared_ptr<jobs::OutputTurns> m_turns = std::make_shared<jobs::OutputTurns>();
+    std::shared_ptr<jobs::RunningExports> m_running = std::make_shared<jobs::RunningExports>();
 };
 
 } // namespace clipheave::video

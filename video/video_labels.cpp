@@ -2,7 +2,7 @@
 #include "video/video_labels.h"
 
 #include "platform/foundation/paths.h"
-#include "platform/media/av_asset_export_session.h"
+#include "platform/media/export/av_asset_export_session.h"
 
 #include <algorithm>
 #include <array>

@@ -13,8 +13,8 @@
 namespace clipheave::video {
 
 using namespace platform;
-using metadata::WriteOutcome;
-using metadata::WriteStatus;
+using jobs::WriteOutcome;
+using jobs::WriteStatus;
 
 namespace {
 
@@ -289,8 +289,8 @@ void VideoJobs::finishMerge(const QString& output, const std::vector<media::Item
         }
         report(outcome);
     };
-    auto job = metadata::beginJob(merged.front()->filePath, output,
-                                  tellingReplacement(output, handler), m_running);
+    auto job = jobs::beginJob(merged.front()->filePath, output, tellingReplacement(output, handler),
+                              m_running);
     if (!job)
         return;
     job->copiesOnFailure = false;
@@ -299,7 +299,7 @@ void VideoJobs::finishMerge(const QString& output, const std::vector<media::Item
         composition, preset(AVAssetExportPresetHighestQuality));
     session->setOutputPath(output);
     session->setOutputFileType(outputFileTypeOfPath(output));
-    metadata::startSession(*job, session);
+    jobs::startSession(*job, session);
 }
 
 } // namespace clipheave::video

@@ -7,8 +7,8 @@
 #include "app/activity/job_table.h"
 #include "app/activity/log_view.h"
 #include "app/widgets/button_look.h"
+#include "app/widgets/image_button.h"
 #include "app/widgets/parts.h"
-#include "app/widgets/picture_button.h"
 
 #include <QHBoxLayout>
 #include <QPainter>

@@ -7,7 +7,7 @@
 #include "metadata/video_metadata.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/main_thread.h"
-#include "platform/image/picture_transcode.h"
+#include "platform/image/image_transcode.h"
 #include "platform/workspace/ns_workspace.h"
 
 #include <QSet>
@@ -21,22 +21,22 @@ namespace {
 
 constexpr int kProgressInterval = 100; // ms
 
-FileState stateOf(metadata::WriteStatus status) {
+FileState stateOf(jobs::WriteStatus status) {
     switch (status) {
-    case metadata::WriteStatus::Completed:
+    case jobs::WriteStatus::Completed:
         return FileState::Done;
-    case metadata::WriteStatus::Failed:
+    case jobs::WriteStatus::Failed:
         return FileState::Failed;
-    case metadata::WriteStatus::Cancelled:
+    case jobs::WriteStatus::Cancelled:
         return FileState::Cancelled;
-    case metadata::WriteStatus::Skipped:
+    case jobs::WriteStatus::Skipped:
         break;
     }
     return FileState::Skipped;
 }
 
 /// The operation of a writing command.
-using Writer = void (metadata::VideoMetadata::*)(const metadata::WriteRequest&);
+using Writer = void (metadata::VideoMetadata::*)(const jobs::WriteRequest&);
 
 Writer writerOf(AppDelegate::JobKind kind) {
     switch (kind) {
@@ -64,7 +64,7 @@ QString titleOfJob(AppDelegate::JobKind kind) {
     }
 }
 
-std::vector<RunningFile> runningFiles(const metadata::RunProgress& progress) {
+std::vector<RunningFile> runningFiles(const jobs::RunProgress& progress) {
     std::vector<RunningFile> files;
     for (const auto& [source, done, count] : progress.exports)
         files.push_back({source, done, count});
@@ -141,14 +141,14 @@ void AppDelegate::retryImport(const QStringList& paths, bool photos) {
     runImport(paths, photos);
 }
 
-std::vector<metadata::WriteRequest>
+std::vector<jobs::WriteRequest>
 AppDelegate::writeRequests(const std::vector<media::ItemPointer>& items) const {
     const DetailPane* pane = m_window->detailPane();
     const bool showsAudio = m_shownItem && isAudio(m_shownItem->filePath);
     const bool showsVideo = m_shownItem && !showsAudio;
-    std::vector<metadata::WriteRequest> requests;
+    std::vector<jobs::WriteRequest> requests;
     for (const auto& item : items) {
-        metadata::WriteRequest& request = requests.emplace_back();
+        jobs::WriteRequest& request = requests.emplace_back();
         request.item = item;
         request.storagelocation = m_preferences.storagelocation;
         request.bImportLocalFolder = m_bImportLocalFolder;
@@ -178,8 +178,8 @@ AppDelegate::beginRun(const QString& title, const std::vector<media::ItemPointer
 
 /// Outcomes arrive on export threads, where the files are looked at; the run's own state lives on
 /// the main thread.
-metadata::OutcomeHandler AppDelegate::outcomesTo(const std::shared_ptr<WriteRun>& run) {
-    return [this, run = run.get()](const metadata::WriteOutcome& outcome) {
+jobs::OutcomeHandler AppDelegate::outcomesTo(const std::shared_ptr<WriteRun>& run) {
+    return [this, run = run.get()](const jobs::WriteOutcome& outcome) {
         QMetaObject::invokeMethod(
             this,
             [this, run, outcome, sizes = sizesOf(outcome)] { takeOutcome(*run, outcome, sizes); },
@@ -207,7 +207,7 @@ void AppDelegate::startWrite(JobKind kind, const std::vector<media::ItemPointer>
     platform::BackgroundJob::detach(
         [writer, kind, sources = allPaths(), requests = writeRequests(items)] {
             writer->protectSources(sources);
-            for (const metadata::WriteRequest& request : requests)
+            for (const jobs::WriteRequest& request : requests)
                 (writer.get()->*writerOf(kind))(request);
         });
 }
@@ -233,7 +233,7 @@ void AppDelegate::takeLogLine(const platform::LogLine& line) {
                        run != m_writeRuns.end() ? run->first : 0);
 }
 
-AppDelegate::FileSizes AppDelegate::sizesOf(const metadata::WriteOutcome& outcome) {
+AppDelegate::FileSizes AppDelegate::sizesOf(const jobs::WriteOutcome& outcome) {
     if (outcome.outputs.isEmpty())
         return {};
     const auto& files = platform::NSFileManager::defaultManager();
@@ -242,18 +242,18 @@ AppDelegate::FileSizes AppDelegate::sizesOf(const metadata::WriteOutcome& outcom
     return {before ? before->NSFileSize : 0, after ? after->NSFileSize : 0};
 }
 
-void AppDelegate::takeOutcome(WriteRun& run, const metadata::WriteOutcome& outcome,
+void AppDelegate::takeOutcome(WriteRun& run, const jobs::WriteOutcome& outcome,
                               const FileSizes& sizes) {
     ActivityFile file{outcome.source, outcome.outputs, stateOf(outcome.status), outcome.message};
     if (outcome.outputs.size() == 1 && sizes.after > 0)
         file.note = sizeText(sizes.after) +
                     (file.note.isEmpty() ? QString() : QStringLiteral("; ") + file.note);
-    if (run.tellsSizes && outcome.status == metadata::WriteStatus::Completed && sizes.before > 0) {
+    if (run.tellsSizes && outcome.status == jobs::WriteStatus::Completed && sizes.before > 0) {
         run.sizes.before += sizes.before;
         run.sizes.after += sizes.after;
     }
     m_activity->fileFinished(run.job, file);
-    if (outcome.status == metadata::WriteStatus::Failed)
+    if (outcome.status == jobs::WriteStatus::Failed)
         m_activity->addLog(outcome.message, outcome.source, true, run.job);
     run.outputs += outcome.outputs;
     run.oneEach &= file.state != FileState::Done || outcome.outputs.size() == 1;

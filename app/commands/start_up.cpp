@@ -10,8 +10,8 @@
 #include "app/windows/rename_window.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/notification_center.h"
-#include "platform/media/av_asset_export_session.h"
-#include "platform/media/export_queue.h"
+#include "platform/media/export/av_asset_export_session.h"
+#include "platform/media/export/export_queue.h"
 #include "platform/player/mpv_player.h"
 #include "platform/workspace/system_version.h"
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
+#include "app/activity/activity_model.h"
 #include "app/commands/write_run.h"
 #include "app/windows/main_window.h"
-#include "metadata/write_outcome.h"
+#include "jobs/write_outcome.h"
 #include "platform/foundation/main_thread.h"
 #include "video/video_jobs.h"
 

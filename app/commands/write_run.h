@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "metadata/write_job.h"
+#include "jobs/write_job.h"
 
 #include <QSet>
 
@@ -23,7 +23,7 @@ struct AppDelegate::WriteRun {
     FileSizes sizes;         ///< of what came out well
     bool oneEach = true;     ///< so far every file that came out well became one output
     QSet<QString> sources;
-    std::function<metadata::RunProgress()> progress = [] { return metadata::RunProgress(); };
+    std::function<jobs::RunProgress()> progress = [] { return jobs::RunProgress(); };
     std::function<void()> cancel = [] {};
 };
 

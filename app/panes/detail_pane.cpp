@@ -6,7 +6,7 @@
 #include "app/panes/elided_label.h"
 #include "app/panes/player_view.h"
 #include "app/theme/theme.h"
-#include "app/widgets/picture_button.h"
+#include "app/widgets/image_button.h"
 #include "app/widgets/token_label.h"
 
 #include <QEvent>

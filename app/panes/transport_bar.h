@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "app/widgets/picture_button.h"
+#include "app/widgets/image_button.h"
 
 #include <QDateTime>
 #include <QPointer>

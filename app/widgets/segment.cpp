@@ -2,7 +2,7 @@
 #include "app/widgets/parts.h"
 
 #include "app/widgets/button_look.h"
-#include "app/widgets/picture_button.h"
+#include "app/widgets/image_button.h"
 
 #include <QFileInfo>
 #include <QHBoxLayout>

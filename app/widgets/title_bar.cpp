@@ -2,7 +2,7 @@
 #include "app/widgets/title_bar.h"
 
 #include "app/theme/theme.h"
-#include "app/widgets/picture_button.h"
+#include "app/widgets/image_button.h"
 
 #include <QApplication>
 #include <QHBoxLayout>

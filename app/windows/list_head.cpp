@@ -2,8 +2,8 @@
 #include "app/windows/list_head.h"
 
 #include "app/panes/elided_label.h"
+#include "app/widgets/image_button.h"
 #include "app/widgets/parts.h"
-#include "app/widgets/picture_button.h"
 
 #include <QHBoxLayout>
 #include <QPainter>

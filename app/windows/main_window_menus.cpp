@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/command_tables.h"
 #include "app/theme/theme.h"
-#include "app/widgets/picture_button.h"
+#include "app/widgets/image_button.h"
 #include "app/widgets/title_bar.h"
 #include "app/windows/main_window.h"
-#include "app/windows/menu_pictures.h"
+#include "app/windows/menu_images.h"
 
 #include <QAction>
 #include <QMenu>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/media/media_file.h"
+#include "platform/media/asset/media_file.h"
 
 #include <QByteArray>
 #include <QMap>

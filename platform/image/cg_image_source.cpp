@@ -3,9 +3,9 @@
 
 #include "platform/foundation/paths.h"
 #include "platform/image/heif_reader.h"
+#include "platform/image/image_layout.h"
 #include "platform/image/photo_tags.h"
-#include "platform/image/picture_layout.h"
-#include "platform/media/model/encoded_picture.h"
+#include "platform/media/model/encoded_image.h"
 
 #include <QFile>
 #include <QImageReader>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/heif_items.h"
 
-#include "platform/media/isobmff/box.h"
+#include "platform/isobmff/box.h"
 
 #include <algorithm>
 #include <array>

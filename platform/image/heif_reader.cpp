@@ -2,7 +2,7 @@
 #include "platform/image/heif_reader.h"
 
 #include "platform/image/heif_items.h"
-#include "platform/media/isobmff/box.h"
+#include "platform/isobmff/box.h"
 
 #include <algorithm>
 #include <array>

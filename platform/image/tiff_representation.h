@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/foundation/result.h"
-#include "platform/media/model/encoded_picture.h"
+#include "platform/media/model/encoded_image.h"
 #include "platform/media/model/media_engine.h"
 
 namespace clipheave::platform {

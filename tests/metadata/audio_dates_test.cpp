@@ -3,7 +3,7 @@
 #include "media/media_import.h"
 #include "metadata/video_metadata.h"
 #include "platform/foundation/file_manager.h"
-#include "platform/media/av_asset_export_session.h"
+#include "platform/media/export/av_asset_export_session.h"
 #include "tests/testkit/testkit.h"
 
 #include <QJsonArray>
@@ -34,7 +34,7 @@ protected:
                                                     : import.localPhotoItemArray().front();
     }
     /// Two seconds with title, artist, album and comment.
-    WriteRequest sound(const QString& name, const QStringList& options = {}) {
+    jobs::WriteRequest sound(const QString& name, const QStringList& options = {}) {
         const QString path = m_dir.path(name);
         QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"),
                               QStringLiteral("-f"), QStringLiteral("lavfi"),
@@ -46,17 +46,18 @@ protected:
         EXPECT_EQ(made.exitCode, 0) << made.err.toStdString();
         EXPECT_TRUE(platform::NSFileManager::defaultManager().setAttributes(path, kSourceDate,
                                                                             kSourceDate));
-        WriteRequest request;
+        jobs::WriteRequest request;
         request.item = read(path);
         request.storagelocation = m_dir.path(QStringLiteral("out"));
         request.audioPane = media::ShowAudioViewWithItem(*request.item, request.item->fileArist);
         return request;
     }
     /// The writer's output as the import reads it.
-    media::ItemPointer written(const WriteRequest& request,
+    media::ItemPointer written(const jobs::WriteRequest& request,
                                const std::function<void(AudioMetadata&)>& command) {
-        VideoMetadata writer([](const WriteOutcome& outcome) {
-            EXPECT_EQ(outcome.status, WriteStatus::Completed) << outcome.message.toStdString();
+        VideoMetadata writer([](const jobs::WriteOutcome& outcome) {
+            EXPECT_EQ(outcome.status, jobs::WriteStatus::Completed)
+                << outcome.message.toStdString();
         });
         command(writer.audio());
         platform::AVAssetExportSession::waitForAllExports();
@@ -77,7 +78,7 @@ protected:
 TEST_F(AudioDates, TheDateWritersDateTheFileAndTheRecordingAlone) {
     for (const char* kind : kAudioKinds) {
         SCOPED_TRACE(kind);
-        const WriteRequest request = sound(QStringLiteral("a.") + QLatin1String(kind));
+        const jobs::WriteRequest request = sound(QStringLiteral("a.") + QLatin1String(kind));
         const bool isMp3 = request.item->fileName.endsWith(u"mp3");
         const bool isFlac = request.item->fileName.endsWith(u"flac");
         const auto dated = [&](const QString& date) {
@@ -116,7 +117,7 @@ TEST_F(AudioDates, TheReloadWritersTakeTextsAndDatesFromTheirList) {
         exif.insert(QLatin1String(key), QString::fromUtf8(text));
     for (const char* kind : kAudioKinds) {
         SCOPED_TRACE(kind);
-        WriteRequest request = sound(QStringLiteral("a.") + QLatin1String(kind));
+        jobs::WriteRequest request = sound(QStringLiteral("a.") + QLatin1String(kind));
         request.audioPane->texts.titlelab = QStringLiteral("typed, not reloaded");
         request.audioPane->texts.createdDatelab = QStringLiteral("2011:01:01 00:00:00");
         const bool isMp3 = request.item->fileName.endsWith(u"mp3");
@@ -183,7 +184,7 @@ TEST_F(AudioDates, ChaptersOutliveAnEncodingAndTheTagsAfterIt) {
                                      {"a.m4a", "ipod", "aac"}};
     for (const auto& [name, format, codec] : kFiles) {
         SCOPED_TRACE(name);
-        WriteRequest request =
+        jobs::WriteRequest request =
             sound(QLatin1String(name),
                   {QStringLiteral("-f"), QStringLiteral("ffmetadata"), QStringLiteral("-i"), list,
                    QStringLiteral("-map_chapters"), QStringLiteral("1"), QStringLiteral("-c:a"),

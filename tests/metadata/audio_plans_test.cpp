@@ -3,7 +3,7 @@
 #include "metadata/video_metadata.h"
 
 #include "platform/foundation/file_manager.h"
-#include "platform/media/av_url_asset.h"
+#include "platform/media/asset/av_url_asset.h"
 #include "tests/testkit/testkit.h"
 
 #include <QDir>
@@ -100,17 +100,17 @@ TEST(AudioPlans, EachFileKeepsItsOwnCoverUntilANewOneIsGiven) {
 
 class AudioWriters : public testing::Test {
 protected:
-    WriteRequest request(const QString& path) const {
-        WriteRequest made;
+    jobs::WriteRequest request(const QString& path) const {
+        jobs::WriteRequest made;
         made.item = std::make_shared<media::IKImageItem>();
         made.item->filePath = path;
         made.item->fileName = path.section(u'/', -1);
         made.storagelocation = m_dir.path(QStringLiteral("out"));
         return made;
     }
-    WriteOutcome run(const std::function<void(VideoMetadata&)>& command) const {
-        WriteOutcome last;
-        VideoMetadata writer([&](const WriteOutcome& outcome) { last = outcome; });
+    jobs::WriteOutcome run(const std::function<void(VideoMetadata&)>& command) const {
+        jobs::WriteOutcome last;
+        VideoMetadata writer([&](const jobs::WriteOutcome& outcome) { last = outcome; });
         command(writer);
         platform::AVAssetExportSession::waitForAllExports();
         return last;
@@ -128,7 +128,7 @@ TEST_F(AudioWriters, WithoutAPaneNothingIsWritten) {
             removes ? writer.RemoveMediaFileAction(request(path))
                     : writer.SaveMeidaFileChangesAction(request(path));
         });
-        EXPECT_EQ(outcome.status, WriteStatus::Failed);
+        EXPECT_EQ(outcome.status, jobs::WriteStatus::Failed);
         EXPECT_EQ(outcome.message, u"no audio pane was given");
     }
     EXPECT_TRUE(filesOut().isEmpty());
@@ -144,11 +144,11 @@ TEST_F(AudioWriters, AFailureDeliversMp3UnchangedAndNothingForOthers) {
     const std::pair<const char*, QByteArray> files[] = {
         {"a.mp3", none}, {"a.flac", none}, {"a.ogg", none}, {"a.wav", wave}};
     for (const auto& [name, bytes] : files) {
-        WriteRequest made = request(m_dir.write(QLatin1String(name), bytes));
+        jobs::WriteRequest made = request(m_dir.write(QLatin1String(name), bytes));
         made.audioPane = paneOf(itemWithTexts());
         const auto outcome =
             run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); });
-        EXPECT_EQ(outcome.status, WriteStatus::Failed) << name;
+        EXPECT_EQ(outcome.status, jobs::WriteStatus::Failed) << name;
     }
     EXPECT_EQ(filesOut(), (QStringList{QStringLiteral("a.flac"), QStringLiteral("a.mp3")}));
     EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/a.mp3"))), "no sound at all");
@@ -166,11 +166,11 @@ TEST_F(AudioWriters, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {
     const QString link = m_dir.path(QStringLiteral("out/a.mp3"));
     ASSERT_TRUE(QDir().mkpath(m_dir.path(QStringLiteral("out"))));
     ASSERT_TRUE(QFile::link(kept, link));
-    WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), mpegSound()));
+    jobs::WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), mpegSound()));
     made.audioPane = paneOf(itemWithTexts());
     const auto outcome =
         run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); });
-    EXPECT_EQ(outcome.status, WriteStatus::Completed) << outcome.message.toStdString();
+    EXPECT_EQ(outcome.status, jobs::WriteStatus::Completed) << outcome.message.toStdString();
     EXPECT_FALSE(QFileInfo(link).isSymLink());
     EXPECT_EQ(testkit::TempDir::read(kept), "not selected");
 }
@@ -220,7 +220,7 @@ TEST_F(AudioWriters, TransformedAndHugeTagsGiveWayToOneOfOurs) {
     };
     for (const auto& [name, tag, title] : cases) {
         SCOPED_TRACE(name);
-        WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), tag + mpegSound()));
+        jobs::WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), tag + mpegSound()));
         media::MediaImport import;
         import.importMediaItemsThreader({made.item->filePath});
         ASSERT_EQ(import.localPhotoItemArray().size(), 1u);
@@ -230,7 +230,7 @@ TEST_F(AudioWriters, TransformedAndHugeTagsGiveWayToOneOfOurs) {
         made.audioPane->texts.titlelab = QStringLiteral("N");
         EXPECT_EQ(
             run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); }).status,
-            WriteStatus::Completed);
+            jobs::WriteStatus::Completed);
         EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/a.mp3"))),
                   id3Tag(3, 0, id3Frame("TIT2", 3, 0, QByteArray("\1\xFF\xFEN\0", 5))) +
                       mpegSound());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "metadata/output_paths.h"
+#include "jobs/output_paths.h"
 #include "metadata/video_plans.h"
 
 #include "tests/testkit/testkit.h"
@@ -17,7 +17,7 @@ AVMetadataItem sourceItem(const char* identifier, const char* value) {
     return AVMetadataItem::make(id.left(slash), id.mid(slash + 1), id, QString::fromUtf8(value));
 }
 
-QStringList shown(const metadata::VideoPlan& plan) {
+QStringList shown(const jobs::MetadataPlan& plan) {
     QStringList lines;
     for (const AVMetadataItem& one : plan.metadata)
         lines.append(one.effectiveIdentifier() + u'=' + one.stringValue());
@@ -88,8 +88,8 @@ TEST(ReplacementPlans, PutTheTextInThePlaceOfEveryOldOne) {
     EXPECT_TRUE(shown(metadata::planVideoDate({}, source)).contains(QStringLiteral("uiso/date=d")));
 }
 
-metadata::WriteRequest requestFor(const QString& path, const QString& imported) {
-    metadata::WriteRequest request;
+jobs::WriteRequest requestFor(const QString& path, const QString& imported) {
+    jobs::WriteRequest request;
     request.item = std::make_shared<media::IKImageItem>();
     request.item->filePath = path;
     request.item->fileName = path.section(u'/', -1);
@@ -101,7 +101,7 @@ metadata::WriteRequest requestFor(const QString& path, const QString& imported) 
 
 TEST(OutputPathRules, MirrorTheImportedFolderAndStayInside) {
     const auto mirrored = [](const char* path, const char* imported) {
-        return metadata::mirroredOutputPath(
+        return jobs::mirroredOutputPath(
             requestFor(QString::fromUtf8(path), QString::fromUtf8(imported)));
     };
     EXPECT_EQ(mirrored("/m/lib/a/x.mp4", "/m"), u"/s/out/lib/a/x.mp4");
@@ -111,12 +111,12 @@ TEST(OutputPathRules, MirrorTheImportedFolderAndStayInside) {
     EXPECT_EQ(mirrored("/lib/x.mp4", "/"), u"/s/out/lib/x.mp4");
     EXPECT_EQ(mirrored("/m/../../x.mp4", "/m"), u"/s/out/x.mp4");
     EXPECT_EQ(
-        metadata::flatOutputPath(requestFor(QStringLiteral("/m/lib/x.mp4"), QStringLiteral("/m"))),
+        jobs::flatOutputPath(requestFor(QStringLiteral("/m/lib/x.mp4"), QStringLiteral("/m"))),
         u"/s/out/x.mp4");
     const auto titled = [](const char* title) {
         auto request = requestFor(QStringLiteral("/m/lib/x.mp4"), QStringLiteral("/m"));
         request.item->fileTitle = QString::fromUtf8(title);
-        return metadata::titledOutputPath(request);
+        return jobs::titledOutputPath(request);
     };
     EXPECT_EQ(titled("Café 1.2"), u"/s/out/lib/Café 1.2.mp4");
     EXPECT_EQ(titled("a/b"), u"/s/out/lib/a/b.mp4");
@@ -131,7 +131,7 @@ TEST(OutputPathRules, ClaimsNeverMeetASourceOrAnotherOutput) {
     const QString linked = dir.path(QStringLiteral("linked.mov"));
     ASSERT_EQ(::symlink("clip.mov", linked.toUtf8().constData()), 0);
     const QString old = dir.write(QStringLiteral("old.mov"), "x");
-    metadata::OutputPaths paths;
+    jobs::OutputPaths paths;
     paths.protect({source, dir.path(QStringLiteral("gone"))});
     EXPECT_EQ(paths.claim(source), dir.path(QStringLiteral("clip 2.mov")));
     EXPECT_EQ(paths.claim(source), dir.path(QStringLiteral("clip 3.mov")));

@@ -15,7 +15,7 @@ AVMetadataItem item(const char* identifier, const char* value) {
 }
 
 /// "identifier=value" a line.
-QStringList linesOf(const metadata::VideoPlan& plan) {
+QStringList linesOf(const jobs::MetadataPlan& plan) {
     QStringList lines;
     for (const AVMetadataItem& one : plan.metadata)
         lines.append(one.effectiveIdentifier() + u'=' + one.stringValue());

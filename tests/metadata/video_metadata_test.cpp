@@ -10,15 +10,15 @@
 namespace {
 
 using namespace clipheave;
+using jobs::WriteOutcome;
+using jobs::WriteStatus;
 using metadata::VideoMetadata;
-using metadata::WriteOutcome;
-using metadata::WriteStatus;
 
 /// One run over made-up items; outcomes in the order of their sources' names.
 class Writers : public testing::Test {
 protected:
-    metadata::WriteRequest request(const QString& path) const {
-        metadata::WriteRequest made;
+    jobs::WriteRequest request(const QString& path) const {
+        jobs::WriteRequest made;
         made.item = std::make_shared<media::IKImageItem>();
         made.item->filePath = path;
         made.item->fileName = path.section(u'/', -1);
@@ -26,10 +26,10 @@ protected:
         made.storagelocation = m_dir.path(QStringLiteral("out"));
         return made;
     }
-    std::vector<WriteOutcome> run(const std::function<void(VideoMetadata&)>& commands) const {
-        std::vector<WriteOutcome> outcomes;
+    std::vector<jobs::WriteOutcome> run(const std::function<void(VideoMetadata&)>& commands) const {
+        std::vector<jobs::WriteOutcome> outcomes;
         std::mutex mutex;
-        VideoMetadata writer([&](const WriteOutcome& outcome) {
+        VideoMetadata writer([&](const jobs::WriteOutcome& outcome) {
             const std::lock_guard lock(mutex);
             outcomes.push_back(outcome);
         });
@@ -66,12 +66,12 @@ TEST_F(Writers, TheDateWriterSetsTheItemAndBothFileDates) {
                                                                      QString::fromUtf8(date));
         });
     };
-    ASSERT_EQ(write(output, "2020:01:31 10:00:00").front().status, WriteStatus::Completed);
+    ASSERT_EQ(write(output, "2020:01:31 10:00:00").front().status, jobs::WriteStatus::Completed);
     EXPECT_EQ(valueOf(output, "uiso/date"), u"2020:01:31 10:00:00");
     EXPECT_EQ(valueOf(output, "itsk/%A9nam"), u"t");
     EXPECT_EQ(modified(output), QDateTime(QDate(2020, 1, 31), QTime(10, 0)));
     EXPECT_EQ(testkit::TempDir::read(output).mid(8, 4), "qt  ");
-    ASSERT_EQ(write(output, "someday").front().status, WriteStatus::Completed);
+    ASSERT_EQ(write(output, "someday").front().status, jobs::WriteStatus::Completed);
     EXPECT_EQ(modified(output), modified(source));
     EXPECT_EQ(write(source, "2020:01:31 10:00:00").front().outputs,
               QStringList{m_dir.path(QStringLiteral("a 2.mp4"))});
@@ -90,11 +90,11 @@ TEST_F(Writers, TheCreatedDateOfThePaneDatesSavesAndRemovals) {
     ASSERT_EQ(outcomes.size(), 3u);
     const QDateTime asked(QDate(2019, 2, 3), QTime(4, 5, 6));
     EXPECT_EQ(modified(outcomes[0].outputs.front()), asked);
-    EXPECT_EQ(outcomes[1].status, WriteStatus::Completed);
+    EXPECT_EQ(outcomes[1].status, jobs::WriteStatus::Completed);
     EXPECT_EQ(testkit::TempDir::read(outcomes[1].outputs.front()), "not really");
     EXPECT_EQ(modified(outcomes[1].outputs.front()), modified(plain.item->filePath));
     // What cannot be rewritten is there all the same, dated as asked, and says so.
-    EXPECT_EQ(outcomes[2].status, WriteStatus::Failed);
+    EXPECT_EQ(outcomes[2].status, jobs::WriteStatus::Failed);
     EXPECT_TRUE(outcomes[2].message.contains(QStringLiteral("copied unchanged")));
     EXPECT_EQ(testkit::TempDir::read(outcomes[2].outputs.front()), "nothing of the kind");
     EXPECT_EQ(modified(outcomes[2].outputs.front()), asked);
@@ -119,7 +119,7 @@ TEST_F(Writers, TextsOfEveryKindAndLengthReadBack) {
         media::typeIntoField(made.pane, *media::videoField(QStringLiteral("keywords")), title);
         const auto outcome =
             run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); }).front();
-        ASSERT_EQ(outcome.status, WriteStatus::Completed);
+        ASSERT_EQ(outcome.status, jobs::WriteStatus::Completed);
         EXPECT_TRUE(valueOf(outcome.outputs.front(), "itsk/%A9nam") == title);
         EXPECT_TRUE(valueOf(outcome.outputs.front(), "mdta/com.apple.quicktime.keywords") == title);
     }
@@ -144,7 +144,7 @@ TEST_F(Writers, TitlesBecomeNamesOnlyInsideAndOnlyWhereNothingIs) {
     ASSERT_EQ(outcomes.size(), 8u);
     EXPECT_TRUE(QFileInfo(link).isSymLink());
     for (const std::size_t failed : {1u, 2u, 3u, 4u, 7u}) {
-        EXPECT_EQ(outcomes[failed].status, WriteStatus::Failed) << failed;
+        EXPECT_EQ(outcomes[failed].status, jobs::WriteStatus::Failed) << failed;
         EXPECT_FALSE(outcomes[failed].message.isEmpty());
     }
     EXPECT_EQ(filesOut(), (QStringList{QStringLiteral(".mp4"), QStringLiteral("Dots...mov"),
@@ -173,7 +173,7 @@ TEST_F(Writers, OutputsSpareEverySourceOfTheListAndStopWhenToldTo) {
             writer.SaveMeidaFileChangesAction(made);
     });
     for (const auto& one : cancelled)
-        EXPECT_EQ(one.status, WriteStatus::Cancelled);
+        EXPECT_EQ(one.status, jobs::WriteStatus::Cancelled);
     EXPECT_EQ(cancelled.size(), 20u);
     EXPECT_EQ(filesOut().size(), 2);
 }

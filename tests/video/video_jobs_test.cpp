@@ -14,8 +14,8 @@
 namespace {
 
 using namespace clipheave;
-using metadata::WriteOutcome;
-using metadata::WriteStatus;
+using jobs::WriteOutcome;
+using jobs::WriteStatus;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using video::VideoJobs;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/media/model/encoded_picture.h"
+#include "platform/media/model/encoded_image.h"
 #include "platform/media/model/metadata_item.h"
 
 #include <QDateTime>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/activity/activity_parts.h"
 #include "app/widgets/button_look.h"
+#include "app/widgets/image_button.h"
 #include "app/widgets/parts.h"
-#include "app/widgets/picture_button.h"
 #include "app/windows/about_window.h"
 #include "app/windows/open_panel.h"
 #include "app/windows/preferences_window.h"

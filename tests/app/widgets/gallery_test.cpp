@@ -3,9 +3,9 @@
 #include "app/widgets/alert_box.h"
 #include "app/widgets/edit_field.h"
 #include "app/widgets/fact_label.h"
+#include "app/widgets/image_button.h"
 #include "app/widgets/map_view.h"
 #include "app/widgets/parts.h"
-#include "app/widgets/picture_button.h"
 #include "app/widgets/title_bar.h"
 #include "tests/testkit/testkit.h"
 

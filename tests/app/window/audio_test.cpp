@@ -6,7 +6,7 @@
 #include "app/panes/artwork_well.h"
 #include "app/panes/detail_pane.h"
 #include "app/widgets/alert_box.h"
-#include "app/widgets/picture_button.h"
+#include "app/widgets/image_button.h"
 #include "app/windows/main_window.h"
 #include "tests/app/window/started_controller.h"
 #include "tests/testkit/testkit.h"

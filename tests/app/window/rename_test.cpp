@@ -4,7 +4,7 @@
 #include "app/activity/activity_model.h"
 #include "app/theme/theme.h"
 #include "app/widgets/button_look.h"
-#include "app/widgets/picture_button.h"
+#include "app/widgets/image_button.h"
 #include "app/windows/main_window.h"
 #include "app/windows/rename_preview.h"
 #include "app/windows/rename_window.h"

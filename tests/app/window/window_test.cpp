@@ -9,7 +9,7 @@
 #include "app/panes/detail_pane.h"
 #include "app/theme/theme.h"
 #include "app/widgets/alert_box.h"
-#include "app/widgets/picture_button.h"
+#include "app/widgets/image_button.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "app/windows/window_settings.h"

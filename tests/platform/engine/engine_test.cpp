@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/media/av_url_asset.h"
+#include "platform/media/asset/av_url_asset.h"
 #include "platform/media/model/media_engine.h"
 #include "tests/platform/engine/engine_fixture.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/media/container_sniffer.h"
+#include "platform/media/asset/container_sniffer.h"
 #include "tests/testkit/testkit.h"
 
 namespace clipheave::platform {

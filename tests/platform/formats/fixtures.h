@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/media/formats/format_readers.h"
+#include "platform/formats/format_readers.h"
 #include "tests/testkit/testkit.h"
 
 #include <map>

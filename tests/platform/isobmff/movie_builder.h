@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/media/isobmff/isobmff_reader.h"
+#include "platform/isobmff/read/isobmff_reader.h"
 #include "tests/testkit/testkit.h"
 
 /// Hand-made movies for the tests of the reader.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/platform/isobmff/movie_builder.h"
 
-#include "platform/media/isobmff/box.h"
+#include "platform/isobmff/box.h"
 
 #include <QFile>
 #include <QJsonArray>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/media/av_asset_image_generator.h"
+#include "platform/media/asset/av_asset_image_generator.h"
 #include "tests/testkit/testkit.h"
 
 namespace clipheave::platform {

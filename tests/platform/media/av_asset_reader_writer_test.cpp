@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/media/av_asset_export_session.h"
-#include "platform/media/av_asset_image_generator.h"
-#include "platform/media/av_asset_reader.h"
-#include "platform/media/av_asset_writer.h"
+#include "platform/media/asset/av_asset_image_generator.h"
+#include "platform/media/asset/av_asset_reader.h"
+#include "platform/media/asset/av_asset_writer.h"
+#include "platform/media/export/av_asset_export_session.h"
 #include "tests/platform/engine/export_fixture.h"
 
 #include <QDir>

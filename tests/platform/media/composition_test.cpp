@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/media/export_planning.h"
+#include "platform/media/export/export_planning.h"
 #include "tests/testkit/testkit.h"
 
 #include <numbers>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/media/av_asset_export_session.h"
+#include "platform/media/export/av_asset_export_session.h"
 #include "tests/testkit/testkit.h"
 
 #include <QDir>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/media/export_queue.h"
+#include "platform/media/export/export_queue.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/platform/writer/writer_kit.h"
 
-#include "platform/media/av_asset_export_session.h"
+#include "platform/media/export/av_asset_export_session.h"
 #include "platform/media/model/media_engine.h"
 
 #include <QDir>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/platform/writer/writer_kit.h"
 
-#include "platform/media/isobmff/write_layout.h"
+#include "platform/isobmff/write/write_layout.h"
 
 #include <QDir>
 #include <QtEndian>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/media/isobmff/isobmff_reader.h"
-#include "platform/media/isobmff/isobmff_writer.h"
+#include "platform/isobmff/read/isobmff_reader.h"
+#include "platform/isobmff/write/isobmff_writer.h"
 #include "tests/testkit/testkit.h"
 
 namespace writertest {

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "jobs/output_paths.h"
+
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/paths.h"
+
+namespace clipheave::jobs {
+
+namespace {
+
+using namespace platform;
+
+/// The path without components that lead upwards or nowhere.
+QString withoutWaysOut(const QString& path) {
+    QStringList kept;
+    for (const QString& component : path.split(u'/', Qt::SkipEmptyParts))
+        if (component != u"." && component != u"..")
+            kept.append(component);
+    return kept.join(u'/');
+}
+
+/// Below the storage folder, with the file's name; the name alone without an imported folder.
+QString relativePath(const WriteRequest& request) {
+    if (!request.bImportLocalFolder)
+        return request.item->fileName;
+    QString path = request.item->filePath;
+    // Of the root nothing is taken out: that would leave one long name without folders.
+    if (!request.bImportLocalPath.isEmpty() && request.bImportLocalPath != u"/")
+        path.remove(request.bImportLocalPath);
+    return withoutWaysOut(path);
+}
+
+} // namespace
+
+QString flatOutputPath(const WriteRequest& request) {
+    return appendingPathComponent(request.storagelocation, request.item->fileName);
+}
+
+QString mirroredOutputPath(const WriteRequest& request) {
+    return appendingPathComponent(request.storagelocation, relativePath(request));
+}
+
+QString titledOutputPath(const WriteRequest& request) {
+    const QString& title = request.item->fileTitle;
+    if (title.split(u'/').contains(u".."))
+        return {};
+    const QString folder = deletingLastPathComponent(mirroredOutputPath(request));
+    return folder + u'/' + title + u'.' + pathExtension(request.item->fileName);
+}
+
+void OutputPaths::protect(const QStringList& sources) {
+    for (const QString& source : sources) {
+        if (m_protectedPaths.contains(source))
+            continue;
+        m_protectedPaths.insert(source);
+        if (const auto found = NSFileManager::defaultManager().attributesOfItemAtPath(source))
+            m_protected.insert({found->device, found->inode});
+    }
+}
+
+bool OutputPaths::isProtected(const QString& path) const {
+    const auto found = NSFileManager::defaultManager().attributesOfItemAtPath(path);
+    return found && m_protected.contains({found->device, found->inode});
+}
+
+QString OutputPaths::claim(const QString& wanted) {
+    const NSFileManager& files = NSFileManager::defaultManager();
+    QString path = wanted;
+    if (m_taken.contains(path) || isProtected(path)) {
+        // Outputs of this run may not be there yet: step past them by name.
+        for (int number = 2; m_taken.contains(path) || files.fileExistsAtPath(path); ++number)
+            path = numberedName(wanted, number);
+    }
+    m_taken.insert(path);
+    return path;
+}
+
+QString OutputPaths::claimShared(const QString& wanted) const {
+    return isProtected(wanted) ? NSFileManager::defaultManager().nextFreeName(wanted) : wanted;
+}
+
+bool OutputPaths::claimExactly(const QString& path) {
+    if (m_taken.contains(path))
+        return false;
+    m_taken.insert(path);
+    return true;
+}
+
+} // namespace clipheave::jobs

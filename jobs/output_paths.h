@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "jobs/write_request.h"
+
+#include <QPair>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+namespace clipheave::jobs {
+
+/// The flat rule: the file's name in the storage folder.
+[[nodiscard]] QString flatOutputPath(const WriteRequest& request);
+/// The mirrored rule: below the storage folder as below the parent of the imported folder; flat
+/// when no folder was imported. The path's folder may still be missing.
+/// Deliberate: the text of the parent folder is taken out wherever it stands in the path, so a
+/// folder inside that repeats it is gone too. Never leads out of the storage folder.
+[[nodiscard]] QString mirroredOutputPath(const WriteRequest& request);
+/// Where a video is copied under its title, folder by the mirrored rule. The title is used as it
+/// stands; null when it would lead out of the storage folder.
+[[nodiscard]] QString titledOutputPath(const WriteRequest& request);
+
+/// The output paths of one command run. Not thread-safe.
+class OutputPaths {
+public:
+    /// No output replaces one of these files, whatever leads to it.
+    void protect(const QStringList& sources);
+    /// `wanted`, or the first free "B 2.E", "B 3.E" … when it is a protected file or was given out
+    /// in this run already. Any other file there is the run's to replace.
+    [[nodiscard]] QString claim(const QString& wanted);
+    /// `wanted`, or the first free name when it is a protected file; the same name as often as it
+    /// is asked for.
+    [[nodiscard]] QString claimShared(const QString& wanted) const;
+    /// False when `path` was given out in this run already.
+    [[nodiscard]] bool claimExactly(const QString& path);
+
+    /// True when the path leads to a protected file.
+    [[nodiscard]] bool isProtected(const QString& path) const;
+
+private:
+    QSet<QString> m_taken;
+    QSet<QString> m_protectedPaths;
+    QSet<QPair<quint64, quint64>> m_protected; ///< device and inode of each
+};
+
+} // namespace clipheave::jobs

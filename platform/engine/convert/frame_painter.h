@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/engine/convert/tone.h"
+
+#include <QSize>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace clipheave::platform {
+
+/// Draws decoded frames at one size, as they are stored, in the colours of a common screen.
+class PicturePainter {
+public:
+    /// The scaler writes whole vectors: rows are a multiple of this long, and behind the last one
+    /// there is as much room again.
+    static constexpr int kRowAlignment = 64;
+
+    /// `film` is borrowed.
+    PicturePainter(const AVCodecParameters& film, QSize size, int threads);
+    /// Opaque pixels of four bytes, 0xffRRGGBB in the machine's order, into rows of `stride` bytes.
+    /// False when the frame has a pixel format that is not known.
+    [[nodiscard]] bool paint(const AVFrame& frame, std::uint8_t* to, int stride);
+
+private:
+    [[nodiscard]] bool prepare(const AVFrame& frame);
+    [[nodiscard]] bool scale(const AVFrame& frame, std::uint8_t* to, int stride);
+    [[nodiscard]] bool paintWide(const AVFrame& frame, std::uint8_t* to, int stride);
+    void makeOpaque(std::uint8_t* to, int stride) const;
+
+    /// What a scaler was made for.
+    struct Kind {
+        int width = 0, height = 0, format = -1, space = 0, fullRange = 0;
+        bool isWide = false;
+        bool operator==(const Kind&) const = default;
+    };
+    const AVCodecParameters& m_film;
+    QSize m_size;
+    int m_threads;
+    Kind m_kind;
+    Scaler m_scaler;
+    std::optional<ToneMapper> m_tones;
+    std::vector<std::uint8_t> m_wide; ///< 16 bits a component, before the tones are mapped
+};
+
+} // namespace clipheave::platform

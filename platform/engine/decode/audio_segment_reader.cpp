@@ -1,0 +1,261 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/decode/audio_segment_reader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+extern "C" {
+#include <libavutil/samplefmt.h>
+}
+
+namespace clipheave::platform {
+
+namespace {
+
+/// Segments that begin earlier are read from the start of the file.
+constexpr Ticks kSoundShortestSeek = kTicksPerSecond;
+/// Time stamps that are off by less, a 25th of a second, are rounding; filling would be heard.
+constexpr int kToleratedPart = 25;
+constexpr int kSilencePiece = 4096;
+constexpr int kHighestRate = 768'000;
+constexpr Ticks kToleratedSoundLoss = kTicksPerSecond * 2;
+constexpr double kFastest = 1000; ///< beyond, and below its inverse, nothing can be heard
+
+QByteArray layoutName(const AVChannelLayout& layout) {
+    char text[256] = {};
+    return av_channel_layout_describe(&layout, text, sizeof text) > 0 ? QByteArray(text)
+                                                                      : QByteArray();
+}
+
+/// A change of speed that keeps the pitch, in steps that do not leave sound out.
+QByteArray tempoFilters(double speed) {
+    const int steps = std::max(1, static_cast<int>(std::ceil(std::abs(std::log2(speed)) - 1e-6)));
+    // Times in whole units make a half a little less than that, which the filter refuses.
+    const double tempo = std::clamp(std::pow(speed, 1.0 / steps), 0.5, 2.0);
+    return QByteArray("atempo=" + QByteArray::number(tempo, 'f', 12) + ',').repeated(steps);
+}
+
+/// ISO base media files list every packet, and edit lists may cut the last one.
+bool knowsItsEnd(const AVFormatContext& context) {
+    return QByteArray(context.iformat->name).startsWith("mov,");
+}
+
+Frame plainSoundFrame(const AVFrame& like, int samples) {
+    Frame frame(av_frame_alloc());
+    if (!frame)
+        return frame;
+    frame->format = like.format;
+    frame->sample_rate = like.sample_rate;
+    frame->nb_samples = samples;
+    if (av_channel_layout_copy(&frame->ch_layout, &like.ch_layout) < 0 ||
+        av_frame_get_buffer(frame.get(), 0) < 0)
+        return nullptr;
+    return frame;
+}
+
+} // namespace
+
+Result<std::unique_ptr<SoundSegmentReader>>
+SoundSegmentReader::open(PlannedSegment& segment, double volume, const SoundEncoder& encoder) {
+    const double speed = segment.stretch.speed();
+    if (!(speed <= kFastest && speed >= 1 / kFastest))
+        return failure(ErrorCode::InvalidArgument, QStringLiteral("change the speed"),
+                       segment.path);
+    auto source = openSegment(segment, AVMEDIA_TYPE_AUDIO);
+    if (!source)
+        return tl::unexpected(source.error());
+    std::unique_ptr<SoundSegmentReader> reader(new SoundSegmentReader);
+    reader->m_stretch = segment.stretch;
+    reader->m_source = std::move(*source);
+    if (segment.stretch.sourceStart > kSoundShortestSeek)
+        reader->m_sought = reader->m_source->seekBefore(segment.stretch.sourceStart);
+    auto decoder = ExportDecoder::open(*reader->m_source, 1);
+    if (!decoder)
+        return tl::unexpected(decoder.error());
+    reader->m_decoder = std::move(*decoder);
+    const QByteArray rate = QByteArray::number(encoder.sampleRate());
+    if (volume != 1)
+        reader->m_filters += "volume=" + QByteArray::number(volume, 'f', 9) + ":precision=float,";
+    reader->m_filters += "aresample=" + rate + ',';
+    if (speed != 1)
+        reader->m_filters += tempoFilters(speed);
+    reader->m_filters += "aformat=sample_fmts=fltp:sample_rates=" + rate +
+                         ":channel_layouts=" + layoutName(encoder.layout());
+    return reader;
+}
+
+/// Filters anew when the stream changes its form on the way.
+int SoundSegmentReader::useForm(AVFrame& frame, const Sink& sink) {
+    if (frame.ch_layout.order == AV_CHANNEL_ORDER_UNSPEC)
+        av_channel_layout_default(&frame.ch_layout, frame.ch_layout.nb_channels);
+    const QByteArray layout = layoutName(frame.ch_layout);
+    if (frame.sample_rate <= 0 || frame.sample_rate > kHighestRate || frame.nb_samples <= 0)
+        return AVERROR_INVALIDDATA;
+    if (frame.format == m_format && frame.sample_rate == m_rate && layout == m_layout)
+        return 0;
+    if (m_graph.graph)
+        if (const int code = send(nullptr, sink); code < 0)
+            return code;
+    if (m_rate > 0)
+        m_position = av_rescale(m_position, frame.sample_rate, m_rate);
+    m_format = frame.format;
+    m_rate = frame.sample_rate;
+    m_layout = layout;
+    const char* format = av_get_sample_fmt_name(static_cast<AVSampleFormat>(m_format));
+    const QByteArray rate = QByteArray::number(m_rate);
+    return m_graph.build("a",
+                         "time_base=1/" + rate + ":sample_rate=" + rate + ":sample_fmt=" +
+                             (format != nullptr ? format : "") + ":channel_layout=" + m_layout,
+                         m_filters, 1);
+}
+
+int SoundSegmentReader::send(AVFrame* frame, const Sink& sink) {
+    int code = av_buffersrc_add_frame(m_graph.source, frame);
+    const Frame out(av_frame_alloc());
+    if (!out)
+        return AVERROR(ENOMEM);
+    while (code >= 0 && (code = av_buffersink_get_frame(m_graph.sink, out.get())) >= 0) {
+        code = sink(*out);
+        av_frame_unref(out.get());
+    }
+    return code == AVERROR(EAGAIN) || code == AVERROR_EOF ? 0 : code;
+}
+
+int SoundSegmentReader::feedSilence(const AVFrame& like, std::int64_t count, const Sink& sink) {
+    if (count > ticksToUnits(kLongestFiller, m_rate))
+        return AVERROR(ERANGE);
+    int code = 0;
+    while (count > 0 && code >= 0) {
+        const int piece = static_cast<int>(std::min<std::int64_t>(count, kSilencePiece));
+        const Frame frame = plainSoundFrame(like, piece);
+        if (!frame)
+            return AVERROR(ENOMEM);
+        av_samples_set_silence(frame->extended_data, 0, piece, like.ch_layout.nb_channels,
+                               static_cast<AVSampleFormat>(like.format));
+        frame->pts = m_position;
+        m_position += piece;
+        count -= piece;
+        code = send(frame.get(), sink);
+    }
+    return code;
+}
+
+int SoundSegmentReader::feed(AVFrame& frame, std::int64_t skip, std::int64_t count,
+                             const Sink& sink) {
+    const auto start = m_position;
+    m_position += count;
+    frame.pts = start;
+    if (skip == 0) {
+        frame.nb_samples = static_cast<int>(count);
+        return send(&frame, sink);
+    }
+    const Frame rest = plainSoundFrame(frame, static_cast<int>(count));
+    if (!rest)
+        return AVERROR(ENOMEM);
+    av_samples_copy(rest->extended_data, frame.extended_data, 0, static_cast<int>(skip),
+                    static_cast<int>(count), frame.ch_layout.nb_channels,
+                    static_cast<AVSampleFormat>(frame.format));
+    rest->pts = start;
+    return send(rest.get(), sink);
+}
+
+int SoundSegmentReader::takeFrame(AVFrame& frame, const Sink& sink) {
+    if (const int code = useForm(frame, sink); code < 0)
+        return code;
+    const std::int64_t total = ticksToUnits(m_stretch.sourceEnd - m_stretch.sourceStart, m_rate);
+    const auto time = m_source->time(frame.best_effort_timestamp);
+    std::int64_t offset = time ? ticksToUnits(*time - m_stretch.sourceStart, m_rate) : m_position;
+    if (m_begun && std::abs(offset - m_position) <= m_rate / kToleratedPart)
+        offset = m_position;
+    const std::int64_t skip = std::max<std::int64_t>(m_position - offset, 0);
+    if (skip >= frame.nb_samples)
+        return 0;
+    m_begun = true;
+    const std::int64_t gap =
+        std::min(std::max<std::int64_t>(offset - m_position, 0), total - m_position);
+    if (const int code = gap > 0 ? feedSilence(frame, gap, sink) : 0; code < 0)
+        return code;
+    const std::int64_t count = std::min(frame.nb_samples - skip, total - m_position);
+    if (count > 0)
+        if (const int code = feed(frame, skip, count, sink); code < 0)
+            return code;
+    return m_position >= total ? 1 : 0;
+}
+
+/// After a jump that went too far, once more from the start of the file.
+bool SoundSegmentReader::rewindIfLate(const AVFrame* frame) {
+    const auto time =
+        frame != nullptr ? m_source->time(frame->best_effort_timestamp) : std::optional<Ticks>();
+    const bool late = !time || *time > m_stretch.sourceStart;
+    const bool again = m_sought && late && m_source->rewind();
+    m_sought = false;
+    if (again)
+        m_decoder->restart();
+    return again;
+}
+
+int SoundSegmentReader::run(const Sink& sink, const ExportLanes& lanes) {
+    const Frame frame(av_frame_alloc());
+    int code = frame ? 0 : AVERROR(ENOMEM);
+    while (code == 0) {
+        if (lanes.stopped())
+            return AVERROR_EXIT;
+        code = m_decoder->next(*frame);
+        if (m_sought && rewindIfLate(code >= 0 ? frame.get() : nullptr)) {
+            code = 0;
+            continue;
+        }
+        if (code < 0)
+            break;
+        m_decodedAny = true;
+        code = takeFrame(*frame, sink);
+        if (code == AVERROR_INVALIDDATA)
+            code = 0;
+        av_frame_unref(frame.get());
+    }
+    if (code != 1 && code != AVERROR_EOF)
+        return code;
+    return m_graph.graph ? send(nullptr, sink) : 0;
+}
+
+Result<void> SoundSegmentReader::check() const {
+    if (!m_decodedAny)
+        return m_source->failed(ErrorCode::InvalidData,
+                                QStringLiteral("nothing of the sound can be decoded: ") +
+                                    m_decoder->complaint());
+    const auto announced = m_source->announcedEnd();
+    if (!announced || m_rate <= 0)
+        return {};
+    const Ticks wanted = std::min(*announced, m_stretch.sourceEnd) - m_stretch.sourceStart;
+    const Ticks got = ticksOf(m_position, {1, m_rate}).value_or(wanted);
+    if (wanted - got <= std::max(kToleratedSoundLoss, wanted / 20))
+        return {};
+    return m_source->failed(ErrorCode::InvalidData,
+                            QStringLiteral("the sound breaks off at %1 s")
+                                .arg(ticksToSeconds(m_stretch.sourceStart + got), 0, 'f', 1));
+}
+
+std::optional<Ticks> soundEndOf(PlannedSegment& segment, const ExportLanes& lanes) {
+    const std::optional<Ticks> announced = segment.facts->end;
+    if (!announced || *announced >= segment.stretch.sourceEnd)
+        return announced;
+    const auto source = openSegment(segment, AVMEDIA_TYPE_AUDIO);
+    const Packet packet(av_packet_alloc());
+    if (!source || !packet || knowsItsEnd((*source)->context()))
+        return announced;
+    // Where it cannot be entered near the end it is read from the start.
+    (void)(*source)->seekBefore(*announced);
+    std::optional<Ticks> end;
+    while (!lanes.stopped() && (*source)->read(*packet) >= 0) {
+        const auto time = (*source)->time(packet->pts);
+        const auto length =
+            ticksOf(std::max<std::int64_t>(packet->duration, 0), (*source)->stream().time_base);
+        if (time && length)
+            end = std::max(end.value_or(0), *time + *length);
+        av_packet_unref(packet.get());
+    }
+    return end ? end : announced;
+}
+
+} // namespace clipheave::platform

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/decode/video_segment_reader.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <utility>
+
+namespace clipheave::platform {
+
+namespace {
+
+constexpr AVRational kUsualRate{25, 1}; ///< where a file tells none
+/// Segments that begin earlier are read from the start of the file.
+constexpr Ticks kShortestSeek = kTicksPerSecond;
+/// A last picture that would stay longer is damage, unless something else goes on so long.
+constexpr Ticks kLongestLastPicture = kTicksPerSecond * 60;
+/// So much of the announced length may be missing at the end.
+constexpr Ticks kToleratedLoss = kTicksPerSecond * 2;
+
+} // namespace
+
+Result<std::unique_ptr<VideoSegmentReader>> VideoSegmentReader::open(PlannedSegment& segment,
+                                                                     int threads) {
+    auto source = openSegment(segment, AVMEDIA_TYPE_VIDEO);
+    if (!source)
+        return tl::unexpected(source.error());
+    std::unique_ptr<VideoSegmentReader> reader(new VideoSegmentReader);
+    reader->m_stretch = segment.stretch;
+    reader->m_source = std::move(*source);
+    if (segment.stretch.sourceStart > kShortestSeek)
+        reader->m_sought = reader->m_source->seekBefore(segment.stretch.sourceStart);
+    auto decoder = ExportDecoder::open(*reader->m_source, threads);
+    if (!decoder)
+        return tl::unexpected(decoder.error());
+    reader->m_decoder = std::move(*decoder);
+    const AVRational rate = segment.facts->frameRate;
+    const bool known = rate.num > 0 && rate.den > 0 && av_q2d(rate) >= 0.1;
+    reader->m_usualDuration =
+        ticksOf(1, av_inv_q(known ? rate : kUsualRate)).value_or(kTicksPerSecond / 25);
+    return reader;
+}
+
+QStringList VideoSegmentReader::notes() const {
+    return {damageNote(*m_source, m_decoder->damaged()), m_endNote};
+}
+
+AVRational VideoSegmentReader::aspectOf(AVFrame& frame) const {
+    return av_guess_sample_aspect_ratio(&m_source->context(), &m_source->stream(), &frame);
+}
+
+/// The next picture with a time later than the one before.
+Result<VideoSegmentReader::Decoded> VideoSegmentReader::decode() {
+    Decoded decoded{Frame(av_frame_alloc())};
+    if (!decoded.frame)
+        return m_source->failed(ErrorCode::Io, ffmpegText(AVERROR(ENOMEM)));
+    const int code = m_decoder->next(*decoded.frame);
+    if (code == AVERROR_EOF)
+        return Decoded{};
+    if (code < 0)
+        return m_source->failed(ErrorCode::Io, ffmpegText(code));
+    const auto duration =
+        ticksOf(decoded.frame->pkt_duration, m_source->stream().time_base).value_or(0);
+    decoded.duration = duration > 0 ? duration : m_usualDuration;
+    const auto time = m_source->time(decoded.frame->best_effort_timestamp);
+    decoded.time = time.value_or(m_lastTime ? *m_lastTime + m_usualDuration : 0);
+    if (m_lastTime && decoded.time <= *m_lastTime)
+        decoded.time = *m_lastTime + std::min(m_usualDuration, kSliverTicks);
+    m_lastTime = decoded.time;
+    return decoded;
+}
+
+/// After a jump that went too far, once more from the start of the file.
+Result<VideoSegmentReader::Decoded> VideoSegmentReader::decodeFirst() {
+    auto first = decode();
+    const bool late = first && (!first->frame || first->time > m_stretch.sourceStart);
+    if (!m_sought || !late)
+        return first;
+    m_sought = false;
+    if (!m_source->rewind())
+        return first;
+    m_decoder->restart();
+    m_lastTime.reset();
+    return decode();
+}
+
+/// The last picture stays to the end of the stream, where that is told and can be.
+Ticks VideoSegmentReader::lastEnd(const Decoded& last) const {
+    const auto end = m_source->announcedEnd();
+    const bool holds = end && *end > last.time &&
+                       (*end - last.time <= kLongestLastPicture || m_source->fileReaches(*end));
+    return holds ? *end : last.time + std::min(last.duration, kLongestLastPicture);
+}
+
+/// The film must last as long as its track says. A container's length may be that of another
+/// stream.
+Result<void> VideoSegmentReader::checkBreak(Ticks end) {
+    const AVFormatContext& context = m_source->context();
+    const auto track = m_source->announcedEnd();
+    auto announced = track;
+    if (!track && !m_source->isPieceOfStream() &&
+        context.duration_estimation_method == AVFMT_DURATION_FROM_STREAM)
+        // Some writers count from zero where the first picture comes much later.
+        announced = ticksOf(context.duration - startMicroseconds(context), AV_TIME_BASE_Q);
+    if (!announced)
+        return {};
+    const Ticks wanted = std::min(*announced, m_stretch.sourceEnd), missing = wanted - end;
+    if (missing <= std::max(kToleratedLoss, wanted / 20))
+        return {};
+    const QString at = QString::number(ticksToSeconds(end), 'f', 1);
+    if (track || (missing > wanted / 5 && !m_source->fileReaches(wanted)))
+        return m_source->failed(ErrorCode::InvalidData,
+                                QStringLiteral("the film breaks off at %1 s").arg(at));
+    m_endNote = QStringLiteral("%1: the film ends at %2 s, before the file does")
+                    .arg(QFileInfo(m_source->path()).fileName(), at);
+    return {};
+}
+
+Result<TimedPicture> VideoSegmentReader::next() {
+    if (!m_begun) {
+        m_begun = true;
+        auto first = decodeFirst();
+        if (!first)
+            return tl::unexpected(first.error());
+        m_current = std::move(*first);
+    }
+    while (m_current.frame && m_current.time < m_stretch.sourceEnd) {
+        auto following = decode();
+        if (!following)
+            return tl::unexpected(following.error());
+        Decoded shown = std::exchange(m_current, std::move(*following));
+        const Ticks end = m_current.frame ? m_current.time : lastEnd(shown);
+        if (!m_current.frame)
+            if (auto whole = checkBreak(end); !whole)
+                return tl::unexpected(whole.error());
+        const Ticks from = std::max(shown.time, m_stretch.sourceStart);
+        const Ticks to = std::min(end, m_stretch.sourceEnd);
+        if (to - from < std::min(kSliverTicks, (end - shown.time) / 2))
+            continue;
+        TimedPicture picture{std::move(shown.frame)};
+        // A first picture whose forerunner was a sliver takes over its time.
+        const bool atStart = !m_shown && from - m_stretch.sourceStart < kSliverTicks;
+        picture.start = m_stretch.toTarget(atStart ? m_stretch.sourceStart : from);
+        picture.end = m_stretch.toTarget(to);
+        m_shown = true;
+        return picture;
+    }
+    return TimedPicture{};
+}
+
+} // namespace clipheave::platform

@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/export/export_audio.h"
+
+#include "platform/engine/decode/audio_segment_reader.h"
+#include "platform/engine/encode/audio_encoder.h"
+
+#include <algorithm>
+
+namespace clipheave::platform {
+
+namespace {
+
+/// A change of speed may give this part of a second too little; it is filled up.
+constexpr int kTempoLoss = 10;
+
+/// Puts the segments one after the other, silence between them.
+class SoundFeeder {
+public:
+    SoundFeeder(SoundEncoder& encoder, double volume, ExportLanes& lanes, std::size_t lane)
+        : m_encoder(encoder), m_volume(volume), m_lanes(lanes),
+          m_sink([&lanes, lane](Packet packet) { return lanes.push(lane, std::move(packet)); }) {}
+
+    Result<void> run(std::vector<PlannedSegment>& segments) {
+        for (PlannedSegment& segment : segments) {
+            const std::int64_t start = position(segment.stretch.targetStart);
+            if (const int code = fillTo(start); code < 0)
+                return checked(code, segment.path);
+            auto fed = m_volume > 0 ? feed(segment) : feedSilent(segment);
+            if (!fed || m_lanes.stopped())
+                return fed;
+        }
+        return checked(m_encoder.finish(m_sink), {});
+    }
+
+private:
+    [[nodiscard]] std::int64_t position(Ticks time) const {
+        return ticksToUnits(time, m_encoder.sampleRate());
+    }
+    int fillTo(std::int64_t position);
+    Result<void> feed(PlannedSegment& segment);
+    Result<void> feedSilent(PlannedSegment& segment);
+    static Result<void> checked(int code, const QString& path);
+
+    SoundEncoder& m_encoder;
+    double m_volume;
+    ExportLanes& m_lanes;
+    SoundEncoder::Sink m_sink;
+};
+
+Result<void> SoundFeeder::checked(int code, const QString& path) {
+    if (code >= 0 || code == AVERROR_EXIT)
+        return {};
+    if (code == AVERROR(ERANGE))
+        return failure(ErrorCode::LimitExceeded, QStringLiteral("encode the sound"), path,
+                       QStringLiteral("a gap of more than half a day"));
+    return failure(ErrorCode::Io, QStringLiteral("encode the sound"), path, ffmpegText(code));
+}
+
+int SoundFeeder::fillTo(std::int64_t position) {
+    const std::int64_t count = position - m_encoder.samples();
+    if (count > ticksToUnits(kLongestFiller, m_encoder.sampleRate()))
+        return AVERROR(ERANGE);
+    return count > 0 ? m_encoder.writeSilence(count, m_sink) : 0;
+}
+
+/// Nothing needs to be decoded for silence. It ends with the sound that it stands for.
+Result<void> SoundFeeder::feedSilent(PlannedSegment& segment) {
+    Ticks end = segment.stretch.targetEnd;
+    if (const auto soundEnd = soundEndOf(segment, m_lanes); soundEnd)
+        end = std::min(end, segment.stretch.toTarget(*soundEnd));
+    return checked(fillTo(position(end)), segment.path);
+}
+
+Result<void> SoundFeeder::feed(PlannedSegment& segment) {
+    auto reader = SoundSegmentReader::open(segment, m_volume, m_encoder);
+    if (!reader)
+        return tl::unexpected(reader.error());
+    const std::int64_t end = position(segment.stretch.targetEnd);
+    const auto sink = [&](const AVFrame& frame) {
+        const std::int64_t room = end - m_encoder.samples();
+        const int count = static_cast<int>(std::clamp<std::int64_t>(room, 0, frame.nb_samples));
+        return count > 0 ? m_encoder.write(frame, count, m_sink) : 0;
+    };
+    int code = (*reader)->run(sink, m_lanes);
+    m_lanes.note((*reader)->note());
+    if (code < 0 || m_lanes.stopped())
+        return checked(code, segment.path);
+    if (auto complete = (*reader)->check(); !complete)
+        return complete;
+    const std::int64_t missing = end - m_encoder.samples();
+    if (segment.stretch.speed() != 1 && missing < m_encoder.sampleRate() / kTempoLoss)
+        code = fillTo(end);
+    return checked(code, segment.path);
+}
+
+} // namespace
+
+void encodeSound(const ExportSound& sound, std::vector<PlannedSegment>& segments,
+                 ExportLanes& lanes, std::size_t lane) {
+    auto encoder = SoundEncoder::open(sound, *segments.front().facts);
+    if (!encoder)
+        return lanes.fail(encoder.error());
+    auto track = (*encoder)->track();
+    if (!track)
+        return lanes.fail(track.error());
+    track->language = segments.front().facts->language;
+    if (!lanes.announce(lane, std::move(*track)))
+        return;
+    SoundFeeder feeder(**encoder, sound.volume, lanes, lane);
+    if (auto fed = feeder.run(segments); !fed)
+        return lanes.fail(fed.error());
+    lanes.finish(lane);
+}
+
+} // namespace clipheave::platform

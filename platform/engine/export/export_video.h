@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/engine/plan/export_lanes.h"
+#include "platform/engine/plan/export_plan_reader.h"
+
+namespace clipheave::platform {
+
+/// Decodes, filters and encodes a film into a lane; decoding and encoding overlap. Returns when the
+/// film is complete, the lanes were stopped or something failed (told to the lanes).
+void encodeVideo(const ExportVideo& video, std::vector<PlannedSegment>& segments, int threads,
+                 ExportLanes& lanes, std::size_t lane);
+
+} // namespace clipheave::platform

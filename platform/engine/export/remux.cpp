@@ -1,0 +1,262 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/export/remux.h"
+
+#include "platform/engine/io/chapters.h"
+#include "platform/engine/io/error_texts.h"
+#include "platform/engine/io/file_input.h"
+#include "platform/engine/io/file_output.h"
+#include "platform/foundation/file_manager.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace clipheave::platform {
+
+namespace {
+
+constexpr AVRational kMicroseconds{1, 1'000'000};
+constexpr int kPacketsBetweenReports = 32;
+/// Packets may look far ahead for their codec parameters: the file is read in full anyway.
+constexpr std::int64_t kRemuxProbeBytes = 16 << 20;
+
+/// The streams as a text for the user: "subtitle (subrip)".
+QString streamText(const AVCodecParameters& codec) {
+    const char* type = av_get_media_type_string(codec.codec_type);
+    return QString::fromLatin1(type != nullptr ? type : "unknown") + QStringLiteral(" (") +
+           QString::fromLatin1(avcodec_get_name(codec.codec_id)) + u')';
+}
+
+/// The tag of the source where the target knows it for this codec, else the target's own.
+std::uint32_t targetTag(const AVOutputFormat& format, const AVCodecParameters& codec) {
+    unsigned known = 0;
+    const bool kept = av_codec_get_id(format.codec_tag, codec.codec_tag) == codec.codec_id ||
+                      av_codec_get_tag2(format.codec_tag, codec.codec_id, &known) == 0;
+    return kept ? codec.codec_tag : 0;
+}
+
+/// VP8 has a code in this family, but nothing that describes it; the muxer refuses it late.
+bool holds(const AVOutputFormat& format, AVCodecID codec) {
+    return codec != AV_CODEC_ID_VP8 && holdsCoding(format, codec, FF_COMPLIANCE_NORMAL);
+}
+
+enum class StreamChoice { All, Sound };
+
+/// Keeps the streams that are not wanted from giving packets, and from being added.
+void chooseStreams(AVFormatContext& source, StreamChoice choice) {
+    if (choice == StreamChoice::All)
+        return;
+    const int best = av_find_best_stream(&source, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    for (unsigned i = 0; i < source.nb_streams; ++i)
+        if (static_cast<int>(i) != best)
+            source.streams[i]->discard = AVDISCARD_ALL;
+}
+
+/// Cover art carried as a stream is no film.
+bool mayBeLeftOut(const AVStream& stream) {
+    const AVMediaType type = stream.codecpar->codec_type;
+    return (type != AVMEDIA_TYPE_VIDEO && type != AVMEDIA_TYPE_AUDIO) ||
+           (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+}
+
+/// Answers what is left out; its streams are then discarded.
+Result<QStringList> addStreams(AVFormatContext& source, FileOutput& output, UnheldStreams unheld,
+                               const QString& path) {
+    QStringList refused, leftOut;
+    for (unsigned i = 0; i < source.nb_streams; ++i) {
+        AVStream& from = *source.streams[i];
+        if (from.discard == AVDISCARD_ALL)
+            continue;
+        const AVOutputFormat& format = *output.context()->oformat;
+        if (!holds(format, from.codecpar->codec_id)) {
+            const bool leaves = unheld == UnheldStreams::LeaveOut && mayBeLeftOut(from);
+            if (leaves)
+                leftOut << streamText(*from.codecpar);
+            else
+                refused << codingText(from.codecpar->codec_id);
+            from.discard = AVDISCARD_ALL;
+            continue;
+        }
+        AVStream* to = avformat_new_stream(output.context(), nullptr);
+        if (to == nullptr || avcodec_parameters_copy(to->codecpar, from.codecpar) < 0)
+            return output.failed("copy the streams", AVERROR(ENOMEM));
+        to->codecpar->codec_tag = targetTag(format, *from.codecpar);
+        to->time_base = from.time_base;
+        to->avg_frame_rate = from.avg_frame_rate;
+        // Where container and coding disagree the container's shape is the one that is shown; the
+        // writer takes but one.
+        to->sample_aspect_ratio = av_guess_sample_aspect_ratio(&source, &from, nullptr);
+        to->codecpar->sample_aspect_ratio = to->sample_aspect_ratio;
+        to->disposition = from.disposition;
+        av_dict_copy(&to->metadata, from.metadata, 0);
+        for (int n = 0; n < from.nb_side_data; ++n) {
+            const AVPacketSideData& data = from.side_data[n];
+            if (std::uint8_t* copy = av_stream_new_side_data(to, data.type, data.size))
+                std::copy_n(data.data, data.size, copy);
+        }
+    }
+    if (!refused.isEmpty())
+        return cannotHold("copy the streams", *output.context(), refused);
+    if (output.context()->nb_streams == 0)
+        return failure(ErrorCode::NotSupported, QStringLiteral("copy the streams"), path,
+                       QStringLiteral("there are none"));
+    if (leftOut.isEmpty())
+        return QStringList();
+    return QStringList{QStringLiteral("not carried over: ") + leftOut.join(QStringLiteral(", "))};
+}
+
+/// Keeps the time stamps of one stream as a writer must have them: present and rising.
+class TimestampRepair {
+public:
+    TimestampRepair(const AVStream& stream, const AVFormatContext& source)
+        : m_shift(av_rescale_q(startMicroseconds(source), kMicroseconds, stream.time_base)) {}
+
+    void apply(AVPacket& packet) {
+        if (packet.dts == kNoTimestamp)
+            packet.dts = m_last == kNoTimestamp ? packet.pts : m_last + m_lastDuration;
+        if (packet.dts == kNoTimestamp)
+            packet.dts = m_shift;
+        if (packet.pts == kNoTimestamp)
+            packet.pts = packet.dts;
+        if (m_last != kNoTimestamp && packet.dts <= m_last)
+            packet.dts = m_last + 1;
+        packet.pts = std::max(packet.pts, packet.dts);
+        m_last = packet.dts;
+        m_lastDuration = std::max<std::int64_t>(packet.duration, 1);
+        packet.pts -= m_shift;
+        packet.dts -= m_shift;
+    }
+    /// Into the writer's units, which may be coarser: rising there too.
+    void rescale(AVPacket& packet, AVRational from, AVRational to) {
+        av_packet_rescale_ts(&packet, from, to);
+        if (m_written != kNoTimestamp && packet.dts <= m_written)
+            packet.dts = m_written + 1;
+        packet.pts = std::max(packet.pts, packet.dts);
+        m_written = packet.dts;
+    }
+
+private:
+    std::int64_t m_shift;
+    std::int64_t m_last = kNoTimestamp, m_lastDuration = 1, m_written = kNoTimestamp;
+};
+
+/// Counts what is written and what the writer finds to be no data of its coding.
+struct PacketCount {
+    int written = 0, damaged = 0;
+
+    /// The code that the copying goes on with.
+    int add(int code, bool holdsData) {
+        if (code == AVERROR_INVALIDDATA) {
+            ++damaged;
+            return 0;
+        }
+        written += code >= 0 && holdsData ? 1 : 0;
+        return code;
+    }
+};
+
+/// Answers the number of damaged packets that were left out.
+Result<int> copyPackets(AVFormatContext& source, FileOutput& output,
+                        const std::function<bool(double)>& progress) {
+    std::vector<TimestampRepair> repairs;
+    std::vector<int> targets; // by source stream; -1: not wanted
+    int wanted = 0;
+    for (unsigned i = 0; i < source.nb_streams; ++i) {
+        repairs.emplace_back(*source.streams[i], source);
+        targets.push_back(source.streams[i]->discard == AVDISCARD_ALL ? -1 : wanted++);
+    }
+    const double total = source.duration > 0 ? static_cast<double>(source.duration) * 1e-6 : 0;
+    const Packet packet(av_packet_alloc());
+    int code = packet ? 0 : AVERROR(ENOMEM);
+    double done = 0;
+    PacketCount packets;
+    for (int count = 0; code >= 0 && (code = av_read_frame(&source, packet.get())) >= 0; ++count) {
+        const auto index = static_cast<std::size_t>(packet->stream_index);
+        if (packet->stream_index < 0 || index >= repairs.size() || targets[index] < 0) {
+            av_packet_unref(packet.get()); // not wanted, or appeared after the header
+            continue;
+        }
+        repairs[index].apply(*packet);
+        const AVStream& from = *source.streams[index];
+        if (total > 0)
+            done = std::clamp(static_cast<double>(packet->dts) * av_q2d(from.time_base) / total,
+                              done, 1.0);
+        packet->stream_index = targets[index];
+        repairs[index].rescale(*packet, from.time_base,
+                               output.context()->streams[targets[index]]->time_base);
+        packet->pos = -1;
+        const bool holdsData = packet->size > 0;
+        code = packets.add(av_interleaved_write_frame(output.context(), packet.get()), holdsData);
+        if (progress && count % kPacketsBetweenReports == 0 && !progress(done))
+            return failure(ErrorCode::Cancelled, QStringLiteral("copy the streams"));
+    }
+    if (code != AVERROR_EOF)
+        return output.failed("copy the streams", code);
+    if (packets.damaged > packets.written)
+        return output.failed("copy the streams", AVERROR_INVALIDDATA);
+    if (packets.written == 0)
+        return failure(ErrorCode::InvalidData, QStringLiteral("copy the streams"), {},
+                       QStringLiteral("there is nothing in them"));
+    return packets.damaged;
+}
+
+Result<QStringList> remuxStreams(const QString& source, const QString& target, RemuxTarget kind,
+                                 StreamChoice choice, UnheldStreams unheld,
+                                 const std::function<bool(double)>& progress) {
+    // Opening the target empties it.
+    if (NSFileManager::defaultManager().isSameFile(source, target))
+        return failure(ErrorCode::InvalidArgument, QStringLiteral("copy the streams"), target,
+                       QStringLiteral("the target is the source"));
+    Result<FileReader> reader = FileReader::open(source);
+    if (!reader)
+        return tl::unexpected(reader.error());
+    auto input = FileInput::open(*reader, InputLimits::none());
+    if (!input)
+        return tl::unexpected(input.error());
+    AVFormatContext& from = *(*input)->context();
+    from.flags |= AVFMT_FLAG_GENPTS;
+    from.probesize = kRemuxProbeBytes;
+    if (!(*input)->findStreamInfo())
+        return failure(ErrorCode::InvalidData, QStringLiteral("read the streams"), source);
+
+    chooseStreams(from, choice);
+    auto output = FileOutput::create(kind == RemuxTarget::QuickTimeMovie ? "mov" : "mp4", target);
+    if (!output)
+        return tl::unexpected(output.error());
+    auto notes = addStreams(from, **output, unheld, source);
+    if (!notes)
+        return notes;
+    av_dict_copy(&(*output)->context()->metadata, from.metadata, 0);
+    copyChapters(from, *(*output)->context());
+    Dictionary options;
+    if (auto begun = (*output)->writeHeader(options); !begun) {
+        const QStringList refused = refusedCodings(*(*output)->context());
+        return refused.isEmpty() ? tl::unexpected(begun.error())
+                                 : cannotHold("copy the streams", *(*output)->context(), refused);
+    }
+    const auto damaged = copyPackets(from, **output, progress);
+    if (!damaged)
+        return tl::unexpected(damaged.error());
+    if (*damaged > 0)
+        notes->append(QStringLiteral("damaged pieces left out: %1").arg(*damaged));
+    if (progress)
+        progress(1);
+    if (auto finished = (*output)->finish(); !finished)
+        return tl::unexpected(finished.error());
+    return notes;
+}
+
+} // namespace
+
+Result<QStringList> remuxFile(const QString& source, const QString& target, RemuxTarget kind,
+                              UnheldStreams unheld, const std::function<bool(double)>& progress) {
+    return remuxStreams(source, target, kind, StreamChoice::All, unheld, progress);
+}
+
+Result<void> remuxSound(const QString& source, const QString& target,
+                        const std::function<bool(double)>& progress) {
+    const auto done = remuxStreams(source, target, RemuxTarget::Mp4, StreamChoice::Sound,
+                                   UnheldStreams::Refuse, progress);
+    return done ? Result<void>() : tl::unexpected(done.error());
+}
+
+} // namespace clipheave::platform

@@ -1,0 +1,295 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/export/video_writer.h"
+
+#include "platform/engine/encode/video_encoder.h"
+#include "platform/engine/export/export_muxer.h"
+#include "platform/engine/export/export_runner.h"
+#include "platform/engine/io/bounded_queue.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace clipheave::platform {
+
+namespace {
+
+constexpr std::size_t kFilmLane = 0;
+/// Pictures that wait to be encoded: few, but as many small ones as keep the encoder at work while
+/// somebody sleeps for a tenth of a second.
+constexpr std::int64_t kWaitingFilmBytes = 64 << 20;
+constexpr std::int64_t kMostWaitingFilm = 64, kLeastWaitingFilm = 2;
+constexpr AVRational kUsualFilmRate{25, 1};
+constexpr const char* kNoPictureText = "no picture was given";
+
+std::size_t waitingFor(QSize size) {
+    const std::int64_t bytes = std::int64_t{size.width()} * size.height() * 4;
+    return static_cast<std::size_t>(std::clamp(kWaitingFilmBytes / std::max<std::int64_t>(bytes, 1),
+                                               kLeastWaitingFilm, kMostWaitingFilm));
+}
+
+tl::unexpected<Error> filmError(ErrorCode code, const QString& detail) {
+    return failure(code, QStringLiteral("write the film"), {}, detail);
+}
+
+AVRational aspectOfBuffer(const CVPixelBuffer& buffer) {
+    const bool told = buffer.pixelAspectWidth > 0 && buffer.pixelAspectHeight > 0;
+    return told ? AVRational{buffer.pixelAspectWidth, buffer.pixelAspectHeight} : AVRational{1, 1};
+}
+
+/// Borrows the picture's memory and keeps it alive.
+Frame frameOfBuffer(const std::shared_ptr<CVPixelBuffer>& buffer) {
+    Frame frame(av_frame_alloc());
+    if (!frame)
+        return frame;
+    using Holder = std::shared_ptr<CVPixelBuffer>;
+    auto holder = std::make_unique<Holder>(buffer);
+    const auto release = [](void* held, std::uint8_t*) { delete static_cast<Holder*>(held); };
+    const std::size_t bytes = static_cast<std::size_t>(buffer->bytesPerRow()) *
+                              static_cast<std::size_t>(buffer->height());
+    frame->buf[0] = av_buffer_create(buffer->baseAddress(), bytes, release, holder.get(),
+                                     AV_BUFFER_FLAG_READONLY);
+    if (frame->buf[0] == nullptr)
+        return nullptr;
+    static_cast<void>(holder.release()); // now the frame's
+    frame->data[0] = buffer->baseAddress();
+    frame->linesize[0] = buffer->bytesPerRow();
+    frame->width = buffer->width();
+    frame->height = buffer->height();
+    frame->format = AV_PIX_FMT_BGR0;
+    return frame;
+}
+
+/// The film's look for its first picture: another size than the film's is fitted into it.
+PictureLook lookFor(const FilmSettings& settings, const CVPixelBuffer& first) {
+    PictureLook look = standardLook(settings.size.width(), settings.size.height());
+    if (first.size() == settings.size)
+        look.aspect = aspectOfBuffer(first);
+    return look;
+}
+
+AVRational timeBaseFor(const CMSampleBuffer& first) {
+    std::vector<std::int64_t> units{first.presentationTimeStamp.timescale};
+    if (first.duration.timescale > 0)
+        units.push_back(first.duration.timescale);
+    return wholeTimeBase(units, kLeastFilmUnits);
+}
+
+AVRational rateFor(const CMSampleBuffer& first) {
+    const double length = CMTimeGetSeconds(first.duration);
+    if (!(length >= 0.001 && length <= 10) || first.duration.value > INT32_MAX)
+        return kUsualFilmRate;
+    AVRational rate{};
+    av_reduce(&rate.num, &rate.den, first.duration.timescale, first.duration.value, INT32_MAX);
+    return rate;
+}
+
+class EncodedFilm final : public FilmWriter {
+public:
+    EncodedFilm(const FilmSettings& settings, const QString& target, int threads)
+        : m_settings(settings), m_target(target), m_threads(threads), m_lanes(1),
+          m_input(waitingFor(settings.size), [this] { return m_lanes.stopped(); }),
+          m_pictures(kMostWaitingPictures, [this] { return m_lanes.stopped(); }),
+          m_encoding([this] { encode(); }), m_writing([this] { write(); }) {}
+    ~EncodedFilm() override {
+        cancel();
+        join();
+    }
+
+    bool isReady() const override { return m_lanes.stopped() || m_input.hasRoom(); }
+    Result<void> append(const CMSampleBuffer& sample) override;
+    Result<void> finish() override {
+        m_input.close();
+        join();
+        m_finished = true;
+        return m_written;
+    }
+    void cancel() override {
+        stop({ErrorCode::Cancelled, QStringLiteral("write the film"), {}, {}});
+    }
+    std::optional<Error> failure() const override {
+        return m_lanes.stopped() ? std::optional(m_lanes.error()) : std::nullopt;
+    }
+
+private:
+    [[nodiscard]] Result<void> check(const CMSampleBuffer& sample) const;
+    void stop(const Error& error);
+    void join();
+    void encode();
+    void write();
+    [[nodiscard]] bool place(TimedPicture picture);
+    void feed(CMSampleBuffer sample, PictureFilter& filter);
+    [[nodiscard]] Result<void> feedAll(CMSampleBuffer sample, PictureFilter& filter);
+    [[nodiscard]] Result<void> push(const CMSampleBuffer& sample, Ticks end, PictureFilter& filter);
+
+    const FilmSettings m_settings;
+    const QString m_target;
+    const int m_threads;
+    ExportLanes m_lanes;
+    BoundedQueue<CMSampleBuffer> m_input; ///< as they were appended
+    PictureQueue m_pictures;              ///< in the colours of the film
+    std::optional<PicturePacer> m_pacer;  ///< of the feeding thread
+    bool m_anyPlaced = false;             ///< of the feeding thread
+    CMTime m_last{0, 0};                  ///< time stamp of the newest picture
+    QSize m_pictureSize;                  ///< of the first
+    bool m_finished = false;
+    Result<void> m_written;
+    std::thread m_encoding, m_writing;
+};
+
+Result<void> EncodedFilm::check(const CMSampleBuffer& sample) const {
+    if (sample.imageBuffer == nullptr)
+        return filmError(ErrorCode::InvalidArgument, QStringLiteral("a sample without a picture"));
+    const QSize size = sample.imageBuffer->size();
+    if (!m_pictureSize.isEmpty() && size != m_pictureSize)
+        return filmError(ErrorCode::InvalidArgument, QStringLiteral("a picture of %1 x %2 pixels "
+                                                                    "in a film of %3 x %4")
+                                                         .arg(size.width())
+                                                         .arg(size.height())
+                                                         .arg(m_pictureSize.width())
+                                                         .arg(m_pictureSize.height()));
+    const auto start = ticksOf(sample.presentationTimeStamp);
+    const auto length = ticksOf(sample.duration);
+    if (!start || (length && *length < 0))
+        return filmError(ErrorCode::InvalidArgument,
+                         QStringLiteral("a picture without a valid time"));
+    if (m_last.timescale > 0 && CMTimeCompare(sample.presentationTimeStamp, m_last) <= 0)
+        return filmError(ErrorCode::InvalidArgument,
+                         QStringLiteral("a picture that is not later than the one before"));
+    return {};
+}
+
+Result<void> EncodedFilm::append(const CMSampleBuffer& sample) {
+    if (const auto failed = failure())
+        return tl::unexpected(*failed);
+    if (m_finished || !m_input.hasRoom())
+        return filmError(m_finished ? ErrorCode::InvalidArgument : ErrorCode::LimitExceeded,
+                         m_finished ? QStringLiteral("the film is complete")
+                                    : QStringLiteral("too many pictures wait"));
+    if (auto checked = check(sample); !checked) {
+        stop(checked.error());
+        return checked;
+    }
+    m_last = sample.presentationTimeStamp;
+    m_pictureSize = sample.imageBuffer->size();
+    return m_input.push(sample) ? Result<void>() : tl::unexpected(m_lanes.error());
+}
+
+void EncodedFilm::stop(const Error& error) {
+    m_lanes.fail(error);
+    m_input.wake();
+    m_pictures.wake();
+}
+
+void EncodedFilm::join() {
+    if (m_encoding.joinable())
+        m_encoding.join();
+    if (m_writing.joinable())
+        m_writing.join();
+}
+
+void EncodedFilm::write() {
+    ExportPlan plan;
+    plan.container = m_settings.container;
+    plan.moovFirst = m_settings.moovFirst;
+    PlannedExport planned;
+    planned.creationTime = creationTimeOf(m_settings.headerDatesOf);
+    m_written = writeLanes(m_lanes, plan, planned, m_target, {});
+    if (!m_written)
+        stop(m_written.error());
+}
+
+void EncodedFilm::encode() {
+    auto first = m_input.pop();
+    if (!first) {
+        stop({ErrorCode::InvalidArgument,
+              QStringLiteral("write the film"),
+              {},
+              QString::fromLatin1(kNoPictureText)});
+        return;
+    }
+    const PictureLook look = lookFor(m_settings, *first->imageBuffer);
+    const AVRational base = timeBaseFor(*first);
+    auto encoder =
+        VideoEncoder::open(look, ExportVideo(), base, rateFor(*first), encoderThreads(m_threads));
+    auto track = encoder ? (*encoder)->track() : tl::unexpected(encoder.error());
+    if (!track)
+        return stop(track.error());
+    track->displayMatrix = m_settings.preferredTransform;
+    if (!m_lanes.announce(kFilmLane, std::move(*track)))
+        return;
+    m_pacer.emplace(base, false);
+    PictureFilter filter(look, 0, false, m_threads);
+    std::thread feeding([&] { feed(std::move(*first), filter); });
+    encodePictures(**encoder, m_pictures, m_lanes, kFilmLane);
+    feeding.join();
+    m_lanes.finish(kFilmLane);
+}
+
+void EncodedFilm::feed(CMSampleBuffer sample, PictureFilter& filter) {
+    if (const auto fed = feedAll(std::move(sample), filter); !fed)
+        stop(fed.error());
+    m_pictures.close();
+}
+
+/// A picture lasts to the next one; the last as long as it says, or as the one before did.
+Result<void> EncodedFilm::feedAll(CMSampleBuffer sample, PictureFilter& filter) {
+    Ticks length = ticksOf(1, av_inv_q(kUsualFilmRate)).value_or(0);
+    while (auto following = m_input.pop()) {
+        const Ticks start = ticksOf(sample.presentationTimeStamp).value_or(0);
+        const Ticks end = ticksOf(following->presentationTimeStamp).value_or(start);
+        length = end - start;
+        if (auto pushed = push(sample, end, filter); !pushed)
+            return pushed;
+        sample = std::move(*following);
+    }
+    if (m_lanes.stopped())
+        return {};
+    const Ticks told = ticksOf(sample.duration).value_or(0);
+    const Ticks start = ticksOf(sample.presentationTimeStamp).value_or(0);
+    if (auto pushed = push(sample, start + (told > 0 ? told : length), filter); !pushed)
+        return pushed;
+    const int code =
+        filter.finish([this](TimedPicture picture) { return place(std::move(picture)); });
+    if (code < 0 && code != AVERROR_EXIT)
+        return filmError(ErrorCode::Io, ffmpegText(code));
+    if (!m_anyPlaced && !m_lanes.stopped())
+        return filmError(ErrorCode::InvalidArgument, QString::fromLatin1(kNoPictureText));
+    return {};
+}
+
+bool EncodedFilm::place(TimedPicture picture) {
+    m_anyPlaced = true;
+    return m_pacer->place(std::move(picture), [this](StampedPicture stamped) {
+        return m_pictures.push(std::move(stamped));
+    }) >= 0;
+}
+
+Result<void> EncodedFilm::push(const CMSampleBuffer& sample, Ticks end, PictureFilter& filter) {
+    if (end <= 0)
+        return {};
+    TimedPicture picture{frameOfBuffer(sample.imageBuffer)};
+    picture.start = std::max<Ticks>(ticksOf(sample.presentationTimeStamp).value_or(0), 0);
+    picture.end = end;
+    int code = AVERROR(ENOMEM);
+    if (picture.frame)
+        code = filter.push(std::move(picture), aspectOfBuffer(*sample.imageBuffer),
+                           [this](TimedPicture filtered) { return place(std::move(filtered)); });
+    return code < 0 && code != AVERROR_EXIT ? filmError(ErrorCode::Io, ffmpegText(code))
+                                            : Result<void>();
+}
+
+} // namespace
+
+Result<std::unique_ptr<FilmWriter>> openFilmWriter(const FilmSettings& settings,
+                                                   const QString& target,
+                                                   const ExportResources& resources) {
+    const QSize size = settings.size;
+    if (size.width() < 2 || size.height() < 2 || size.width() > CVPixelBuffer::kMostSide ||
+        size.height() > CVPixelBuffer::kMostSide)
+        return filmError(
+            ErrorCode::InvalidArgument,
+            QStringLiteral("pictures of %1 x %2 pixels").arg(size.width()).arg(size.height()));
+    return std::make_unique<EncodedFilm>(settings, target, threadsOf(resources));
+}
+
+} // namespace clipheave::platform

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/engine/io/ffmpeg.h"
+#include "platform/media/model/cm_time.h"
+
+#include <optional>
+#include <vector>
+
+namespace clipheave::platform {
+
+/// Time in an export: a unit in which the usual frame and sample rates are whole numbers.
+using Ticks = std::int64_t;
+inline constexpr Ticks kTicksPerSecond = 705'600'000;
+inline constexpr AVRational kTickBase{1, 705'600'000};
+/// Times beyond ten years are damage; with the bound sums and differences cannot overflow.
+inline constexpr Ticks kFarthestTicks = kTicksPerSecond * 86400 * 3653;
+/// Stretches shorter than this are rounding, not frames or gaps: a millisecond.
+inline constexpr Ticks kSliverTicks = kTicksPerSecond / 1000;
+/// The longest stretch that is filled with black, silence or one repeated frame: half a day. Time
+/// stamps that ask for more are damage, and would keep the encoder busy for days.
+inline constexpr Ticks kLongestFiller = kTicksPerSecond * 3600 * 12;
+
+/// None for an invalid time, a missing time stamp and times beyond kFarthestTicks.
+[[nodiscard]] std::optional<Ticks> ticksOf(CMTime time);
+[[nodiscard]] std::optional<Ticks> ticksOf(std::int64_t timestamp, AVRational base);
+[[nodiscard]] std::int64_t ticksTo(Ticks time, AVRational base); ///< to the nearest
+[[nodiscard]] std::int64_t ticksToUnits(Ticks time, std::int64_t unitsPerSecond);
+[[nodiscard]] double ticksToSeconds(Ticks time);
+
+/// Units in a second of an output film's time base, at least.
+inline constexpr std::int64_t kLeastFilmUnits = 12'000;
+/// A time base in which all of these are whole, each given by its units in a second, and as fine as
+/// `least`; 1/90000 where that would be too fine.
+[[nodiscard]] AVRational wholeTimeBase(const std::vector<std::int64_t>& units, std::int64_t least);
+
+/// A stretch of a source and its place in the output.
+struct Stretch {
+    Ticks sourceStart = 0, sourceEnd = 0, targetStart = 0, targetEnd = 0;
+
+    /// None when a time is invalid or a duration is not positive.
+    [[nodiscard]] static std::optional<Stretch> of(CMTimeRange source, CMTimeRange target);
+    [[nodiscard]] Ticks toTarget(Ticks source) const;
+    /// Source time that passes in a second of the output: 2 is twice as fast. Exactly 1 unless the
+    /// durations differ by more than rounding.
+    [[nodiscard]] double speed() const;
+};
+
+} // namespace clipheave::platform

@@ -1,0 +1,239 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/plan/export_plan_reader.h"
+
+#include "platform/engine/io/error_texts.h"
+#include "platform/engine/io/file_input.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <map>
+
+namespace clipheave::platform {
+
+namespace {
+
+constexpr std::size_t kMostSegments = 100'000;
+
+tl::unexpected<Error> planError(const char* what, const QString& path = {}) {
+    return failure(ErrorCode::InvalidArgument, QStringLiteral("read the export plan"), path,
+                   QString::fromLatin1(what));
+}
+
+/// Side data of a film that belongs to its track whatever becomes of the pictures' coding.
+bool isKeptSideData(AVPacketSideDataType type) {
+    return type == AV_PKT_DATA_MASTERING_DISPLAY_METADATA ||
+           type == AV_PKT_DATA_CONTENT_LIGHT_LEVEL || type == AV_PKT_DATA_SPHERICAL ||
+           type == AV_PKT_DATA_STEREO3D || type == AV_PKT_DATA_DOVI_CONF;
+}
+
+Result<std::shared_ptr<const SourceFacts>> factsOf(ExportSource& source) {
+    auto facts = std::make_shared<SourceFacts>();
+    AVStream& stream = source.stream();
+    facts->parameters.reset(avcodec_parameters_alloc());
+    if (!facts->parameters || avcodec_parameters_copy(facts->parameters.get(), stream.codecpar) < 0)
+        return source.failed(ErrorCode::Io, ffmpegText(AVERROR(ENOMEM)));
+    facts->timeBase = stream.time_base;
+    facts->frameRate = stream.avg_frame_rate.num > 0 && stream.avg_frame_rate.den > 0
+                           ? stream.avg_frame_rate
+                           : stream.r_frame_rate;
+    const AVRational aspect = av_guess_sample_aspect_ratio(&source.context(), &stream, nullptr);
+    if (aspect.num > 0 && aspect.den > 0)
+        facts->aspect = aspect;
+    facts->end = source.announcedEnd();
+    if (const AVDictionaryEntry* entry = av_dict_get(stream.metadata, "language", nullptr, 0))
+        facts->language = entry->value;
+    for (int i = 0; i < stream.nb_side_data; ++i) {
+        const AVPacketSideData& data = stream.side_data[i];
+        if (isKeptSideData(data.type) && data.size < (1 << 20))
+            facts->sideData.push_back(
+                {data.type, QByteArray(static_cast<const char*>(static_cast<void*>(data.data)),
+                                       static_cast<qsizetype>(data.size))});
+    }
+    return facts;
+}
+
+Result<void> checkFacts(const ExportSource& source, bool decoded) {
+    const AVCodecParameters& codec = source.codec();
+    const bool film = codec.codec_type == AVMEDIA_TYPE_VIDEO;
+    if (decoded && avcodec_find_decoder(codec.codec_id) == nullptr)
+        return source.failed(ErrorCode::NotSupported,
+                             QStringLiteral("no decoder for the %1 (%2)")
+                                 .arg(film ? QStringLiteral("film") : QStringLiteral("sound"),
+                                      codec.codec_id == AV_CODEC_ID_NONE
+                                          ? QStringLiteral("of an unknown coding")
+                                          : codingText(codec.codec_id)));
+    if (film && (codec.width <= 0 || codec.height <= 0))
+        return source.failed(ErrorCode::InvalidData,
+                             QStringLiteral("nothing of the film can be decoded"));
+    if (!film && (codec.sample_rate <= 0 || codec.ch_layout.nb_channels <= 0))
+        return source.failed(ErrorCode::InvalidData,
+                             QStringLiteral("nothing of the sound can be decoded"));
+    return source.checkComplete();
+}
+
+/// Reads the segments of one track, each source's facts once.
+class TrackReader {
+public:
+    TrackReader(AVMediaType type, bool decoded) : m_type(type), m_decoded(decoded) {}
+
+    Result<std::vector<PlannedSegment>> read(const std::vector<ExportSegment>& segments) {
+        std::vector<PlannedSegment> planned;
+        Ticks end = 0;
+        if (segments.empty() || segments.size() > kMostSegments)
+            return planError("a track without a segment, or with too many");
+        for (const ExportSegment& segment : segments) {
+            const auto stretch = Stretch::of(segment.source, segment.target);
+            if (!stretch || segment.stream < 0)
+                return planError("a segment without a valid time", segment.path);
+            if (stretch->targetStart < end - kSliverTicks)
+                return planError("segments overlap", segment.path);
+            end = stretch->targetEnd;
+            PlannedSegment& added = planned.emplace_back();
+            added.path = segment.path;
+            added.stream = segment.stream;
+            added.stretch = *stretch;
+            if (auto found = addFacts(added, planned.size() == 1); !found)
+                return tl::unexpected(found.error());
+        }
+        return planned;
+    }
+
+private:
+    Result<void> addFacts(PlannedSegment& segment, bool keepOpen) {
+        auto& known = m_facts[{segment.path, segment.stream}];
+        if (known == nullptr) {
+            auto source = ExportSource::open(segment.path, m_type, segment.stream);
+            if (!source)
+                return tl::unexpected(source.error());
+            if (auto checked = checkFacts(**source, m_decoded); !checked)
+                return checked;
+            auto facts = factsOf(**source);
+            if (!facts)
+                return tl::unexpected(facts.error());
+            known = *facts;
+            if (keepOpen)
+                segment.opened = std::move(*source);
+        }
+        segment.facts = known;
+        return {};
+    }
+
+    AVMediaType m_type;
+    bool m_decoded;
+    std::map<std::pair<QString, int>, std::shared_ptr<const SourceFacts>> m_facts;
+};
+
+Result<void> readTurns(const ExportVideo& video, std::vector<PlannedSegment>& segments) {
+    const std::vector<int>& turns = video.turns;
+    const std::vector<bool>& mirrored = video.mirrored;
+    const auto isCount = [&segments](std::size_t n) { return n <= 1 || n == segments.size(); };
+    if (!isCount(turns.size()) || !isCount(mirrored.size()))
+        return planError("as many turns as segments are needed");
+    for (std::size_t i = 0; i < segments.size() && !mirrored.empty(); ++i)
+        segments[i].mirrored = mirrored[mirrored.size() == 1 ? 0 : i];
+    for (std::size_t i = 0; i < segments.size() && !turns.empty(); ++i) {
+        const int turn = turns.size() == 1 ? turns.front() : turns[i];
+        if (turn != 0 && turn != 90 && turn != 180 && turn != 270)
+            return planError("pictures are turned by quarters only");
+        segments[i].turn = turn;
+    }
+    return {};
+}
+
+Result<void> checkVideo(const ExportVideo& video) {
+    constexpr int kLargestSide = 16384;
+    const QSize size = video.size;
+    const bool valid = size.width() > 0 && size.height() > 0 && size.width() <= kLargestSide &&
+                       size.height() <= kLargestSide && size.width() % 2 == 0 &&
+                       size.height() % 2 == 0;
+    if (!size.isEmpty() && !valid)
+        return planError("the picture size is not even or too large");
+    if (video.frameDuration) {
+        const auto ticks = ticksOf(*video.frameDuration);
+        if (!ticks || *ticks < kTicksPerSecond / 1000 || *ticks > kTicksPerSecond * 60 ||
+            video.frameDuration->value > INT32_MAX)
+            return planError("the frame duration is out of range");
+    }
+    if (video.bitRate < 0 || video.bitRate > 1'000'000'000 || video.crf < 0 || video.crf > 51)
+        return planError("the quality is out of range");
+    return {};
+}
+
+Result<void> checkSound(const ExportSound& sound) {
+    const bool plain = sound.volume == 1;
+    if (!(sound.volume >= 0 && sound.volume <= 100) || sound.channels < 0 || sound.bitRate <= 0)
+        return planError("the sound's settings are out of range");
+    if (sound.coding == ExportCoding::Copy && !plain)
+        return planError("copied sound keeps its volume");
+    return {};
+}
+
+Result<void> readSound(const ExportPlan& plan, PlannedExport& planned) {
+    if (auto valid = checkSound(*plan.sound); !valid)
+        return valid;
+    const bool decoded = plan.sound->coding == ExportCoding::Encode && plan.sound->volume > 0;
+    auto segments = TrackReader(AVMEDIA_TYPE_AUDIO, decoded).read(plan.sound->segments);
+    if (!segments && segments.error().code == ErrorCode::NotSupported && plan.video) {
+        // The film is worth having without a sound that is not there or that nothing can play.
+        planned.notes << QStringLiteral("%1: %2; left out")
+                             .arg(QFileInfo(segments.error().path).fileName(),
+                                  segments.error().detail);
+        return {};
+    }
+    if (!segments)
+        return tl::unexpected(segments.error());
+    planned.sound = std::move(*segments);
+    return {};
+}
+
+} // namespace
+
+QByteArray creationTimeOf(const QString& path) {
+    if (path.isEmpty())
+        return {};
+    Result<FileReader> reader = FileReader::open(path);
+    if (!reader)
+        return {};
+    const auto input = FileInput::open(*reader, InputLimits());
+    if (!input)
+        return {};
+    const AVDictionaryEntry* entry =
+        av_dict_get((*input)->context()->metadata, "creation_time", nullptr, 0);
+    return entry != nullptr ? QByteArray(entry->value) : QByteArray();
+}
+
+Result<PlannedExport> readExportPlan(const ExportPlan& plan) {
+    PlannedExport planned;
+    if (!plan.video && !plan.sound)
+        return planError("neither film nor sound");
+    if (plan.video && plan.container == ExportContainer::M4A)
+        return planError("M4A holds no film");
+    if (plan.video) {
+        if (auto valid = checkVideo(*plan.video); !valid)
+            return tl::unexpected(valid.error());
+        const bool decoded = plan.video->coding == ExportCoding::Encode;
+        auto segments = TrackReader(AVMEDIA_TYPE_VIDEO, decoded).read(plan.video->segments);
+        if (!segments)
+            return tl::unexpected(segments.error());
+        planned.video = std::move(*segments);
+        if (auto turned = readTurns(*plan.video, planned.video); !turned)
+            return tl::unexpected(turned.error());
+        planned.end = planned.video.back().stretch.targetEnd;
+    }
+    if (plan.sound)
+        if (auto read = readSound(plan, planned); !read)
+            return tl::unexpected(read.error());
+    if (!planned.sound.empty())
+        planned.end = std::max(planned.end, planned.sound.back().stretch.targetEnd);
+    planned.creationTime = creationTimeOf(plan.headerDatesOf);
+    return planned;
+}
+
+Result<std::unique_ptr<ExportSource>> openSegment(PlannedSegment& segment, AVMediaType type) {
+    if (segment.opened)
+        return std::move(segment.opened);
+    return ExportSource::open(segment.path, type, segment.stream);
+}
+
+} // namespace clipheave::platform

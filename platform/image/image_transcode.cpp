@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/image/image_transcode.h"
+
+#include <QBuffer>
+#include <QImage>
+#include <QImageReader>
+
+namespace clipheave::platform {
+
+namespace {
+
+/// Pixels of a cover beyond which decoding is refused; a damaged header must not ask for gigabytes.
+constexpr qint64 kMostArtworkPixels = 100'000'000;
+constexpr std::uint64_t kMostArtworkBytes = 64u << 20;
+
+bool hasTooManyPixels(QSize size) {
+    return size.isValid() && qint64{size.width()} * size.height() > kMostArtworkPixels;
+}
+
+tl::unexpected<Error> tooManyPixels(const QString& path) {
+    return failure(ErrorCode::LimitExceeded, QStringLiteral("read the picture"), path,
+                   QStringLiteral("too many pixels"));
+}
+
+Result<QByteArray> asPng(const QByteArray& bytes, const QString& path) {
+    QBuffer input;
+    input.setData(bytes);
+    input.open(QIODevice::ReadOnly);
+    QImageReader reader(&input);
+    reader.setAutoTransform(true);
+    if (hasTooManyPixels(reader.size()))
+        return tooManyPixels(path);
+    const QImage image = reader.read();
+    if (image.isNull())
+        return failure(ErrorCode::InvalidData, QStringLiteral("read the picture"), path,
+                       reader.errorString());
+    QBuffer output;
+    output.open(QIODevice::WriteOnly);
+    if (!image.save(&output, "PNG"))
+        return failure(ErrorCode::Io, QStringLiteral("encode the picture"), path);
+    return output.data();
+}
+
+} // namespace
+
+Result<EncodedPicture> pictureForArtwork(const QString& path) {
+    auto reader = FileReader::open(path);
+    if (!reader)
+        return tl::unexpected(reader.error());
+    if (reader->size() > kMostArtworkBytes)
+        return failure(ErrorCode::LimitExceeded, QStringLiteral("read the picture"), path,
+                       QStringLiteral("larger than 64 MiB"));
+    const auto bytes = reader->read(0, reader->size());
+    if (!bytes)
+        return tl::unexpected(bytes.error());
+    EncodedPicture picture = EncodedPicture::fromBytes(*bytes);
+    // These are written as they are; players that show them must decode them all the same.
+    if (hasTooManyPixels(picture.size()))
+        return tooManyPixels(path);
+    if (picture.format() == u"jpeg" || picture.format() == u"png")
+        return picture;
+    const auto png = asPng(*bytes, path);
+    if (!png)
+        return tl::unexpected(png.error());
+    return EncodedPicture::fromBytes(*png);
+}
+
+} // namespace clipheave::platform

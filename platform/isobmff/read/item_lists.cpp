@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/isobmff/read/item_lists.h"
+
+#include <array>
+#include <vector>
+
+// Sources: QuickTime File Format, "Metadata"; for `ilst` the layout that iTunes writes.
+namespace clipheave::platform {
+
+namespace {
+
+constexpr std::uint64_t kFullBoxHead = 4;
+constexpr std::uint64_t kDataHead = 8; // type and locale
+
+// Numbers that some writers leave untyped.
+constexpr std::array kNumberEntries{fourCc("cpil"), fourCc("tmpo"), fourCc("pgap"),
+                                    fourCc("pcst"), fourCc("hdvd"), fourCc("stik"),
+                                    fourCc("rtng"), fourCc("tvsn"), fourCc("tves")};
+
+struct MetaParts {
+    std::uint32_t handler = 0;
+    std::optional<Box> keys, list;
+};
+
+MetaParts findMetaParts(ItemSink& sink, const Box& meta) {
+    const ByteView head =
+        sink.reader.viewUpTo(meta.payloadOffset(), std::min<std::uint64_t>(meta.payloadSize(), 8));
+    const std::uint64_t skipped = metaChildrenOffset(head);
+    FileBoxWalker walker(sink.reader, meta.payloadOffset() + skipped, meta.end());
+    MetaParts parts;
+    while (const auto box = walker.next()) {
+        if (box->type == fourCc("hdlr"))
+            parts.handler = sink.reader.view(box->payloadOffset(), 12).be32(8).value_or(0);
+        else if (box->type == fourCc("keys") && !parts.keys)
+            parts.keys = box;
+        else if (box->type == fourCc("ilst") && !parts.list)
+            parts.list = box;
+    }
+    if (!walker.problem().isNull())
+        sink.noteProblem(walker.problem());
+    return parts;
+}
+
+/// The names of a `keys` box, index 1 first.
+class KeyTable {
+public:
+    KeyTable(HeaderReader& reader, const Box& keys)
+        : m_bytes(reader.viewUpTo(keys.payloadOffset(), keys.payloadSize()).toByteArray()) {
+        const ByteView bytes(m_bytes);
+        const std::uint64_t count = bytes.be32(kFullBoxHead).value_or(0);
+        std::uint64_t at = kFullBoxHead + 4;
+        constexpr std::uint64_t kKeyHead = 8; // size and name space
+        while (m_names.size() < count) {
+            const std::uint64_t size = bytes.be32(at).value_or(0);
+            if (size < kKeyHead || !bytes.has(at, size))
+                break;
+            m_names.push_back(bytes.sub(at + kKeyHead, size - kKeyHead));
+            at += size;
+        }
+    }
+    [[nodiscard]] std::optional<ByteView> name(std::uint32_t index) const {
+        if (index == 0 || index > m_names.size())
+            return std::nullopt;
+        return m_names[index - 1];
+    }
+
+private:
+    QByteArray m_bytes;
+    std::vector<ByteView> m_names;
+};
+
+QString localeTag(std::uint32_t locale) {
+    const auto language = static_cast<std::uint16_t>(locale);
+    // Below the packed codes stand indexes into language lists that nobody writes.
+    if (language < kMacLanguageEnd)
+        return {};
+    QString tag = languageTag(language);
+    const QString country = fourCcText(locale).left(2);
+    const auto isLetter = [](QChar c) { return c >= QLatin1Char('A') && c <= QLatin1Char('Z'); };
+    if (!tag.isEmpty() && isLetter(country[0]) && isLetter(country[1]))
+        tag += QLatin1Char('-') + country;
+    return tag;
+}
+
+struct EntryKey {
+    KeyNames names;
+    std::uint32_t code = 0; ///< four-character code, 0 for named keys
+    bool isPicture = false;
+};
+
+void addDataItem(ItemSink& sink, QList<AVMetadataItem>& group, const EntryKey& key, const Box& data,
+                 const std::shared_ptr<const SourceBox>& source) {
+    const ByteView head = sink.reader.view(data.payloadOffset(), kDataHead);
+    if (data.payloadSize() < kDataHead || head.size() < kDataHead)
+        return sink.noteProblem(QStringLiteral("a metadata value is too short"));
+    // The high byte names a set of types; only set 0 is defined.
+    std::uint32_t code = *head.be32(0) <= 0xFFFFFF ? *head.be32(0) : 0;
+    const std::uint32_t locale = *head.be32(4);
+    const FileSlice payload{sink.reader.path(), data.payloadOffset() + kDataHead,
+                            data.payloadSize() - kDataHead};
+    constexpr std::uint32_t kSignedInteger = 21;
+    const bool isNumber =
+        std::find(kNumberEntries.begin(), kNumberEntries.end(), key.code) != kNumberEntries.end();
+    if (code == 0 && isNumber)
+        code = kSignedInteger;
+    AVMetadataItem item = newItem(key.names);
+    setTypedValue(item, sink.reader, code, payload, key.isPicture);
+    item.extendedLanguageTag = localeTag(locale);
+    item.source = source;
+    sink.add(group, std::move(item));
+}
+
+/// The `data` boxes of one entry, an item each: several languages, or several pictures.
+void addEntry(ItemSink& sink, QList<AVMetadataItem>& group, const EntryKey& key, const Box& entry) {
+    const auto source = sourceOf(sink.reader, entry);
+    FileBoxWalker walker(sink.reader, entry.payloadOffset(), entry.end());
+    while (const auto box = walker.next()) {
+        if (box->type == fourCc("data") && !box->cut)
+            addDataItem(sink, group, key, *box, source);
+    }
+    if (!walker.problem().isNull())
+        sink.noteProblem(walker.problem());
+}
+
+/// The name of a `----` entry: "com.apple.iTunes.MusicBrainz Album Id".
+QByteArray longName(ItemSink& sink, const Box& entry) {
+    QByteArray mean, name;
+    FileBoxWalker walker(sink.reader, entry.payloadOffset(), entry.end());
+    while (const auto box = walker.next()) {
+        const bool isMean = box->type == fourCc("mean");
+        if ((!isMean && box->type != fourCc("name")) || box->payloadSize() < kFullBoxHead)
+            continue;
+        const ByteView text = sink.reader.view(box->payloadOffset() + kFullBoxHead,
+                                               box->payloadSize() - kFullBoxHead);
+        (isMean ? mean : name) = text.toByteArray();
+    }
+    return mean.isEmpty() ? name : mean + '.' + name;
+}
+
+void readITunesList(ItemSink& sink, const Box& list) {
+    FileBoxWalker walker(sink.reader, list.payloadOffset(), list.end());
+    while (const auto entry = walker.next()) {
+        EntryKey key;
+        key.code = entry->type;
+        key.isPicture = entry->type == fourCc("covr");
+        const QByteArray code = fourCcText(entry->type).toLatin1();
+        key.names = entry->type == fourCc("----") ? internKey("itlk", longName(sink, *entry))
+                                                  : internKey("itsk", code);
+        addEntry(sink, sink.itunes, key, *entry);
+    }
+    if (!walker.problem().isNull())
+        sink.noteProblem(walker.problem());
+}
+
+void readKeyedList(ItemSink& sink, const Box& list, const KeyTable& keys) {
+    FileBoxWalker walker(sink.reader, list.payloadOffset(), list.end());
+    while (const auto entry = walker.next()) {
+        const auto name = keys.name(entry->type);
+        if (!name) {
+            sink.noteProblem(QStringLiteral("a metadata entry names no key"));
+            continue;
+        }
+        EntryKey key;
+        key.names = internKey("mdta", *name);
+        key.isPicture = name->bytes() == "com.apple.quicktime.artwork";
+        addEntry(sink, sink.keyed, key, *entry);
+    }
+    if (!walker.problem().isNull())
+        sink.noteProblem(walker.problem());
+}
+
+} // namespace
+
+void readMetaItems(ItemSink& sink, const Box& meta) {
+    const MetaParts parts = findMetaParts(sink, meta);
+    if (!parts.list)
+        return;
+    if (parts.keys)
+        readKeyedList(sink, *parts.list, KeyTable(sink.reader, *parts.keys));
+    else if (parts.handler == fourCc("mdta"))
+        sink.noteProblem(QStringLiteral("the metadata entries have no keys"));
+    else
+        readITunesList(sink, *parts.list);
+}
+
+} // namespace clipheave::platform

@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/isobmff/write/isobmff_writer.h"
+
+#include "platform/foundation/file_manager.h"
+#include "platform/isobmff/write/render_items.h"
+#include "platform/isobmff/write/write_layout.h"
+#include "platform/isobmff/write/write_metadata.h"
+#include "platform/isobmff/write/write_moov.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+
+namespace clipheave::platform {
+namespace {
+
+/// Tells how far a copy is and hears when to stop.
+struct CopyProgress {
+    const std::function<bool(double)>& report;
+    std::uint64_t total = 0;
+
+    [[nodiscard]] bool goOn(std::uint64_t done) const {
+        return !report ||
+               report(total == 0
+                          ? 1.0
+                          : std::min(1.0, static_cast<double>(done) / static_cast<double>(total)));
+    }
+};
+
+struct PlannedTarget {
+    QByteArray ftyp, moov;
+    QByteArray appendix; ///< whole boxes behind everything else
+    TargetLayout layout;
+};
+
+/// The header's size decides where the payload goes, and where it goes decides the header's size:
+/// whether the tracks are written anew, and with offsets of which width. Each happens once.
+Result<PlannedTarget> planTarget(const std::vector<SourceRun>& runs, MovieHeaderBuilder& builder,
+                                 const QByteArray& ftyp, bool moovFirst) {
+    PlannedTarget target{ftyp, {}, {}, {}};
+    auto moov = builder.build({});
+    constexpr int kMaxRounds = 6;
+    for (int round = 0; moov && round < kMaxRounds; ++round) {
+        const auto size = static_cast<std::uint64_t>(moov->size());
+        moov = {};
+        target.layout = planLayout(runs, static_cast<std::uint64_t>(ftyp.size()), size, moovFirst);
+        moov = builder.build(target.layout.map);
+        if (!moov && moov.error().code == ErrorCode::LimitExceeded && !builder.isWide()) {
+            builder.widen();
+            moov = builder.build(target.layout.map);
+        }
+        if (moov && static_cast<std::uint64_t>(moov->size()) == size) {
+            target.moov = std::move(*moov);
+            return target;
+        }
+        builder.rewriteTracks();
+    }
+    if (!moov)
+        return tl::unexpected(moov.error());
+    return failure(ErrorCode::InvalidData, QStringLiteral("lay out the file"));
+}
+
+/// Brings the runs of the source into the target.
+class RunWriter {
+public:
+    RunWriter(SourceFile& source, AtomicFile& target, const OffsetMap& map,
+              const CopyProgress& progress)
+        : m_source(source), m_target(target), m_map(map), m_progress(progress) {}
+
+    [[nodiscard]] Result<void> write(const SourceRun& run);
+
+private:
+    [[nodiscard]] Result<void> copy(std::uint64_t begin, std::uint64_t end);
+    /// The box with moved offsets; empty when it stays as it is.
+    [[nodiscard]] Result<QByteArray> patched(const Box& box);
+
+    SourceFile& m_source;
+    AtomicFile& m_target;
+    const OffsetMap& m_map;
+    const CopyProgress& m_progress;
+};
+
+Result<void> RunWriter::write(const SourceRun& run) {
+    std::uint64_t begin = run.begin;
+    const auto first =
+        std::lower_bound(m_source.boxes.begin(), m_source.boxes.end(), run.begin,
+                         [](const Box& box, std::uint64_t at) { return box.offset < at; });
+    for (auto box = first;
+         !m_map.isIdentity() && box != m_source.boxes.end() && box->offset < run.end; ++box) {
+        if (!holdsOffsets(box->type) || box->cut)
+            continue;
+        const auto bytes = patched(*box);
+        if (!bytes)
+            return tl::unexpected(bytes.error());
+        if (bytes->isEmpty())
+            continue;
+        auto done = copy(begin, box->offset);
+        if (done)
+            done = m_target.write(*bytes);
+        if (!done)
+            return done;
+        begin = box->end();
+    }
+    return copy(begin, run.end);
+}
+
+Result<QByteArray> RunWriter::patched(const Box& box) {
+    if (box.size > kMaxPatchedBox)
+        return failure(ErrorCode::LimitExceeded, QStringLiteral("move the file offsets"),
+                       m_source.reader.path(), fourCcText(box.type));
+    auto bytes = m_source.reader.read(box.offset, box.size);
+    if (!bytes)
+        return bytes;
+    const auto changed = box.type == fourCc("sidx") ? patchSegmentIndex(*bytes, box.end(), m_map)
+                                                    : patchBox(*bytes, m_map);
+    if (!changed)
+        return tl::unexpected(changed.error());
+    return *changed ? bytes : Result<QByteArray>(QByteArray());
+}
+
+Result<void> RunWriter::copy(std::uint64_t begin, std::uint64_t end) {
+    if (begin == end)
+        return {};
+    // Whole blocks can be shared by the file system: go to the next block border first.
+    std::uint64_t start = begin;
+    if (begin % kCloneBlock == m_target.position() % kCloneBlock && begin % kCloneBlock != 0) {
+        start = std::min(end, begin - begin % kCloneBlock + kCloneBlock);
+        const auto head = m_source.reader.read(begin, start - begin);
+        if (!head)
+            return tl::unexpected(head.error());
+        const auto written = m_target.write(*head);
+        if (!written)
+            return written;
+    }
+    const std::uint64_t before = m_target.position();
+    if (!m_progress.goOn(before))
+        return failure(ErrorCode::Cancelled, QStringLiteral("copy"));
+    return m_target.copyFrom(m_source.reader.fd(), start, end - start,
+                             [&](std::uint64_t done) { return m_progress.goOn(before + done); });
+}
+
+QByteArray paddingBox(std::uint64_t size) {
+    QByteArray box = renderBox(fourCc("free"), {});
+    box.resize(static_cast<qsizetype>(size), '\0');
+    qToBigEndian(static_cast<quint32>(size), box.data());
+    return box;
+}
+
+Result<void> writeTarget(const PassthroughRequest& request, SourceFile& source,
+                         const std::vector<SourceRun>& runs, const PlannedTarget& plan) {
+    auto target = AtomicFile::create(request.target, plan.layout.size);
+    if (!target)
+        return tl::unexpected(target.error());
+    const CopyProgress progress{request.progress, plan.layout.size};
+    RunWriter writer(source, *target, plan.layout.map, progress);
+    for (const TargetPart& part : plan.layout.parts) {
+        Result<void> done;
+        switch (part.kind) {
+        case TargetPart::Kind::Ftyp:
+            done = target->write(plan.ftyp);
+            break;
+        case TargetPart::Kind::Moov:
+            done = target->write(plan.moov);
+            break;
+        case TargetPart::Kind::Padding:
+            done = target->write(paddingBox(part.size));
+            break;
+        case TargetPart::Kind::Run:
+            done = writer.write(runs.at(part.run));
+            break;
+        }
+        if (!done)
+            return done;
+    }
+    if (auto done = target->write(plan.appendix); !done)
+        return done;
+    const auto appended = static_cast<std::uint64_t>(plan.appendix.size());
+    if (target->position() != plan.layout.size + appended)
+        return failure(ErrorCode::Io, QStringLiteral("write the file"), request.target);
+    if (!progress.goOn(plan.layout.size))
+        return failure(ErrorCode::Cancelled, QStringLiteral("copy"), request.target);
+    const auto attributes =
+        FileReader::open(request.attributesOf.isEmpty() ? request.source : request.attributesOf);
+    target->copyExtendedAttributes(attributes ? attributes->fd() : source.reader.fd());
+    return target->commit();
+}
+
+QByteArray xmpPacketOf(const QString& path) {
+    if (path.isEmpty())
+        return {};
+    auto original = openSourceFile(path);
+    return original ? readXmpPacket(*original) : QByteArray();
+}
+
+} // namespace
+
+Result<PassthroughOutcome> writePassthrough(const PassthroughRequest& request) {
+    if (NSFileManager::defaultManager().isSameFile(request.source, request.target))
+        return failure(ErrorCode::InvalidArgument, QStringLiteral("write the file"), request.target,
+                       QStringLiteral("it is the source itself"));
+    auto source = openSourceFile(request.source);
+    if (!source)
+        return tl::unexpected(source.error());
+    PassthroughOutcome outcome;
+    std::optional<MovieMetadata> metadata;
+    bool stripped = false;
+    if (request.metadata) {
+        auto rendered =
+            renderMetadataList(*request.metadata, request.container,
+                               readSourceUserData(source->moov), request.removesMetadata);
+        if (!rendered)
+            return tl::unexpected(rendered.error());
+        outcome.notes = rendered->notes;
+        stripped = rendered->stripped;
+        metadata = std::move(rendered->boxes);
+    }
+    if (stripped)
+        source->moov = withoutTrackMetadata(source->moov);
+    MovieHeaderBuilder builder(source->moov, std::move(metadata));
+    const std::vector<SourceRun> runs = keptRuns(*source, stripped);
+    auto done = builder.check();
+    if (done) {
+        auto plan = planTarget(runs, builder, renderFileType(request.container, source->ftyp),
+                               request.moovFirst);
+        if (plan)
+            plan->appendix = xmpPacketOf(request.xmpPacketOf);
+        done = plan ? writeTarget(request, *source, runs, *plan) : tl::unexpected(plan.error());
+    }
+    if (done)
+        return outcome;
+    Error error = done.error();
+    if (error.path.isEmpty())
+        error.path = request.source;
+    return tl::unexpected(error);
+}
+
+} // namespace clipheave::platform

@@ -1,0 +1,302 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/isobmff/write/write_metadata.h"
+
+#include "platform/isobmff/write/render_items.h"
+#include "platform/isobmff/write/write_tables.h"
+
+#include <QSet>
+#include <QtEndian>
+
+#include <algorithm>
+#include <map>
+
+namespace clipheave::platform {
+namespace {
+
+using Place = ItemTarget::Place;
+
+std::string_view viewOf(const QByteArray& bytes) {
+    return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
+}
+
+bool writesNothing(const AVMetadataItem& item) {
+    if (item.source)
+        return false;
+    if (const auto* text = std::get_if<QString>(&item.value))
+        return text->isEmpty();
+    if (const auto* bytes = std::get_if<QByteArray>(&item.value))
+        return bytes->isEmpty();
+    if (const auto* slice = std::get_if<FileSlice>(&item.value))
+        return slice->length == 0;
+    return std::holds_alternative<std::monostate>(item.value);
+}
+
+/// Builds the three lists of boxes, deciding who wins where several items want one place.
+class ListRenderer {
+public:
+    ListRenderer(const QList<AVMetadataItem>& items, OutputContainer container)
+        : m_items(items), m_container(container) {}
+
+    /// First pass: what the new items claim. Nothing that was carried over may shadow it.
+    void renderNewItems();
+    /// Second pass, in list order: carried boxes and the rendered ones.
+    [[nodiscard]] Result<void> emitItems();
+    void keepLocation(const SourceUserData& source);
+    [[nodiscard]] MovieMetadata boxes(const SourceUserData& source, bool strip) const;
+
+    [[nodiscard]] bool namesLocation() const { return m_namesLocation; }
+    [[nodiscard]] QStringList& notes() { return m_notes; }
+
+private:
+    struct NewItem {
+        ItemTarget target;
+        QByteArray box;
+    };
+    [[nodiscard]] QByteArray render(const ItemTarget& target, const AVMetadataItem& item);
+    [[nodiscard]] bool isShadowing(const AVMetadataItem& carried, const ItemTarget& target) const;
+    [[nodiscard]] bool claims(const AVMetadataItem& item, const ItemTarget& target);
+    void emitBox(const ItemTarget& target, const QByteArray& box);
+    void emitKeyValues(const QByteArray& name, const QByteArray& values, bool joinEntries);
+    [[nodiscard]] QByteArray keysMeta(const SourceUserData& source) const;
+
+    const QList<AVMetadataItem>& m_items;
+    OutputContainer m_container;
+    bool m_namesLocation = false;
+    QStringList m_notes;
+
+    std::map<qsizetype, NewItem> m_newItems; ///< by place in the list
+    QSet<QByteArray> m_claimed;              ///< place and key
+    QSet<QString> m_newIdentifiers;
+    std::map<RecordField, QString> m_newFields; ///< with the value that came first
+    QSet<const SourceBox*> m_emitted;
+
+    QByteArray m_list, m_userData, m_keyEntries;
+    std::vector<QByteArray> m_keyNames;
+    std::map<QByteArray, qsizetype> m_joinable; ///< where the entry of a new key begins
+};
+
+QByteArray claimName(const ItemTarget& target, const QString& language) {
+    QByteArray name(1, static_cast<char>(target.place));
+    name += target.key;
+    // A QuickTime key may stand once for each language.
+    if (target.place == Place::Keys && !language.isEmpty() && language != QLatin1String("und"))
+        name += '\0' + language.toUtf8();
+    return name;
+}
+
+QByteArray ListRenderer::render(const ItemTarget& target, const AVMetadataItem& item) {
+    switch (target.place) {
+    case Place::List:
+        return renderListEntry(target.key, item, m_notes);
+    case Place::UserData:
+        return renderUserData(qFromBigEndian<quint32>(target.key.constData()), item, m_notes);
+    case Place::Keys:
+        return renderKeyData(item, m_notes);
+    case Place::Nowhere:
+        break;
+    }
+    return {};
+}
+
+/// True when the item's place and field are its own: the first in the list is what people see.
+bool ListRenderer::claims(const AVMetadataItem& item, const ItemTarget& target) {
+    if (m_claimed.contains(claimName(target, item.extendedLanguageTag)))
+        return false;
+    const QByteArray identifier = item.effectiveIdentifier().toLatin1();
+    const RecordField field = recordField(viewOf(identifier));
+    if (field == RecordField::None)
+        return true;
+    const auto first = m_newFields.find(field);
+    return first == m_newFields.end() || first->second == item.stringValue() ||
+           identifier.startsWith("mdta/com.apple.quicktime.location.");
+}
+
+void ListRenderer::renderNewItems() {
+    for (qsizetype i = 0; i < m_items.size(); ++i) {
+        const AVMetadataItem& item = m_items[i];
+        const QString identifier = item.effectiveIdentifier();
+        const QByteArray latin = identifier.toLatin1();
+        const RecordField field = recordField(viewOf(latin));
+        m_namesLocation |= field == RecordField::Location;
+        if (item.source)
+            continue;
+        const ItemTarget target = itemTarget(identifier, m_container, false);
+        const bool blank = writesNothing(item);
+        if (!blank && (target.place == Place::Nowhere || !claims(item, target)))
+            continue;
+        NewItem rendered{target, blank ? QByteArray() : render(target, item)};
+        if (!blank && rendered.box.isEmpty())
+            continue; // cannot be stored: what stands there stays
+        m_newIdentifiers.insert(identifier);
+        m_claimed.insert(claimName(target, item.extendedLanguageTag));
+        if (field != RecordField::None)
+            m_newFields.try_emplace(field, item.stringValue());
+        if (!blank)
+            m_newItems.emplace(i, std::move(rendered));
+    }
+}
+
+bool ListRenderer::isShadowing(const AVMetadataItem& carried, const ItemTarget& target) const {
+    const QString identifier = carried.effectiveIdentifier();
+    const QByteArray latin = identifier.toLatin1();
+    const RecordField field = recordField(viewOf(latin));
+    return m_newIdentifiers.contains(identifier) ||
+           (field != RecordField::None && m_newFields.contains(field)) ||
+           m_claimed.contains(claimName(target, {}));
+}
+
+Result<void> ListRenderer::emitItems() {
+    for (qsizetype i = 0; i < m_items.size(); ++i) {
+        const AVMetadataItem& item = m_items[i];
+        if (const auto rendered = m_newItems.find(i); rendered != m_newItems.end())
+            emitBox(rendered->second.target, rendered->second.box);
+        if (!item.source || m_emitted.contains(item.source.get()))
+            continue;
+        const ItemTarget target = itemTarget(item.effectiveIdentifier(), m_container, true);
+        if (target.place == Place::Nowhere || isShadowing(item, target))
+            continue;
+        const auto bytes = item.source->load();
+        if (!bytes)
+            return tl::unexpected(bytes.error());
+        m_emitted.insert(item.source.get());
+        const QByteArray box = renderCarriedBox(*bytes);
+        const std::uint32_t type = ByteView(box).be32(4).value_or(0);
+        if (target.place == Place::UserData && isStructuralUserData(type))
+            continue; // stands in the file anyway
+        if (target.place == Place::Keys)
+            emitKeyValues(target.key, box.mid(8), false);
+        else
+            emitBox(target, box);
+    }
+    return {};
+}
+
+void ListRenderer::emitBox(const ItemTarget& target, const QByteArray& box) {
+    if (target.place == Place::Keys)
+        emitKeyValues(target.key, box, true);
+    else
+        (target.place == Place::List ? m_list : m_userData) += box;
+}
+
+void ListRenderer::emitKeyValues(const QByteArray& name, const QByteArray& values,
+                                 bool joinEntries) {
+    if (joinEntries) {
+        if (const auto entry = m_joinable.find(name); entry != m_joinable.end()) {
+            // Another language of a key: one entry with several values.
+            const qsizetype at = entry->second;
+            const auto size = qFromBigEndian<quint32>(m_keyEntries.constData() + at);
+            m_keyEntries.insert(at + size, values);
+            qToBigEndian(size + static_cast<quint32>(values.size()), m_keyEntries.data() + at);
+            for (auto& [other, position] : m_joinable)
+                position += position > at ? values.size() : 0;
+            return;
+        }
+        m_joinable.emplace(name, m_keyEntries.size());
+    }
+    auto known = std::find(m_keyNames.begin(), m_keyNames.end(), name);
+    if (known == m_keyNames.end())
+        known = m_keyNames.insert(m_keyNames.end(), name);
+    const auto index = static_cast<std::uint32_t>(known - m_keyNames.begin() + 1);
+    m_keyEntries += renderBox(index, values);
+}
+
+void ListRenderer::keepLocation(const SourceUserData& source) {
+    if (source.location.empty() && source.locationKeys.empty())
+        return;
+    for (const QByteArray& box : source.location)
+        m_userData += box;
+    for (const SourceUserData::KeyEntry& entry : source.locationKeys)
+        emitKeyValues(entry.name, entry.values, false);
+    m_notes << QStringLiteral("Location kept");
+}
+
+QByteArray handlerBox(const char* handler, const char* manufacturer) {
+    // Version and flags, predefined, handler, three reserved words, an empty name.
+    return renderBox(fourCc("hdlr"), QByteArray(8, '\0') + QByteArray(handler, 4) +
+                                         QByteArray(manufacturer, 4) + QByteArray(9, '\0'));
+}
+
+QByteArray ListRenderer::keysMeta(const SourceUserData& source) const {
+    QByteArray keys(8, '\0');
+    qToBigEndian(static_cast<quint32>(m_keyNames.size()), keys.data() + 4);
+    for (const QByteArray& name : m_keyNames)
+        keys += renderBox(fourCc("mdta"), name);
+    QByteArray children = handlerBox("mdta", "\0\0\0\0") + renderBox(fourCc("keys"), keys) +
+                          renderBox(fourCc("ilst"), m_keyEntries);
+    for (const QByteArray& table : source.localeTables)
+        children += table;
+    // Without version and flags in every brand: QuickTime's form, which cameras also write into MP4
+    // and which readers that know this box at the movie level expect (exiftool stops at a FullBox).
+    return renderBox(fourCc("meta"), children);
+}
+
+MovieMetadata ListRenderer::boxes(const SourceUserData& source, bool strip) const {
+    QByteArray children = m_userData;
+    for (const QByteArray& box : source.structural)
+        children += box;
+    if (!m_list.isEmpty())
+        children += renderBox(fourCc("meta"), QByteArray(4, '\0') + handlerBox("mdir", "appl") +
+                                                  renderBox(fourCc("ilst"), m_list));
+    MovieMetadata result;
+    result.dropPadding = strip;
+    if (!m_keyEntries.isEmpty())
+        result.meta = keysMeta(source);
+    if (!strip) {
+        for (const QByteArray& box : source.foreignUserDataMeta)
+            children += box;
+        for (const QByteArray& box : source.foreignMeta)
+            result.meta += box;
+    }
+    if (!children.isEmpty())
+        result.udta = renderBox(fourCc("udta"), children);
+    return result;
+}
+
+std::string_view translated(std::string_view identifier, OutputContainer container) {
+    for (const ItemTranslation& row : kTranslations)
+        if (row.identifier == identifier)
+            return container == OutputContainer::QuickTimeMovie ? row.quickTime : row.mp4;
+    return identifier;
+}
+
+} // namespace
+
+ItemTarget itemTarget(const QString& identifier, OutputContainer container, bool carried) {
+    const QByteArray latin = identifier.toLatin1();
+    const std::string_view wanted = carried ? viewOf(latin) : translated(viewOf(latin), container);
+    const QByteArray name(wanted.data(), static_cast<qsizetype>(wanted.size()));
+    const qsizetype slash = name.indexOf('/');
+    const QByteArray space = name.left(slash);
+    ItemTarget target;
+    target.key = QByteArray::fromPercentEncoding(name.mid(slash + 1));
+    if (slash < 0 || target.key.isEmpty())
+        return target;
+    if (space == "itsk" || space == "itlk")
+        target.place = Place::List;
+    else if (space == "mdta")
+        target.place = Place::Keys;
+    else if ((space == "uiso" || space == "udta") && target.key.size() == 4)
+        target.place = Place::UserData;
+    return target;
+}
+
+Result<RenderedList> renderMetadataList(const QList<AVMetadataItem>& items,
+                                        OutputContainer container, const SourceUserData& source,
+                                        bool removes) {
+    ListRenderer renderer(items, container);
+    renderer.renderNewItems();
+    const auto emitted = renderer.emitItems();
+    if (!emitted)
+        return tl::unexpected(emitted.error());
+    RenderedList result;
+    result.stripped = removes || items.isEmpty();
+    // A list that does not name the location leaves it; an empty one that is no removal of a video
+    // leaves nothing.
+    if ((removes || !items.isEmpty()) && !renderer.namesLocation())
+        renderer.keepLocation(source);
+    result.boxes = renderer.boxes(source, result.stripped);
+    result.notes = renderer.notes();
+    return result;
+}
+
+} // namespace clipheave::platform

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/asset/av_asset_image_generator.h"
+
+#include "platform/media/model/picture_turn.h"
+
+#include <algorithm>
+
+namespace clipheave::platform {
+
+namespace {
+
+QuarterTurn turnOfFilm(const AVURLAsset& asset) {
+    const auto& tracks = asset.tracks();
+    const auto film = std::find_if(tracks.begin(), tracks.end(), [](const AVAssetTrack& track) {
+        return track.mediaType == u"vide" && !track.isAttachedPicture;
+    });
+    return film == tracks.end() ? QuarterTurn{} : nearestQuarterTurn(film->preferredTransform);
+}
+
+} // namespace
+
+AVAssetImageGenerator AVAssetImageGenerator::initWithAsset(AVURLAsset asset) {
+    return AVAssetImageGenerator(std::move(asset));
+}
+
+Result<void> AVAssetImageGenerator::openFrames() {
+    if (m_openError)
+        return tl::unexpected(*m_openError);
+    if (m_frames)
+        return {};
+    auto frames = mediaEngine().and_then(
+        [&](MediaEngine* engine) { return engine->openFrames(m_asset.path(), std::nullopt); });
+    if (!frames) {
+        m_openError = frames.error();
+        return tl::unexpected(*m_openError);
+    }
+    m_frames = std::move(*frames);
+    return {};
+}
+
+Result<RawPicture> AVAssetImageGenerator::copyCGImageAtTime(CMTime time, CMTime* actualTime) {
+    if (const auto opened = openFrames(); !opened)
+        return tl::unexpected(opened.error());
+    auto picture = m_frames->frameAt(time);
+    if (!picture)
+        return picture;
+    if (actualTime != nullptr)
+        *actualTime = m_frames->shownTime();
+    return m_appliesTransform ? std::move(picture)
+                              : turnedPicture(*picture, turnOfFilm(m_asset).inverted());
+}
+
+} // namespace clipheave::platform

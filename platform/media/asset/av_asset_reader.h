@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/media/asset/av_url_asset.h"
+#include "platform/media/model/av_video_settings.h"
+#include "platform/media/model/cm_sample_buffer.h"
+
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+namespace clipheave::platform {
+
+enum class AVAssetReaderStatus {
+    Unknown = 0,
+    Reading = 1,
+    Completed = 2,
+    Failed = 3,
+    Cancelled = 4,
+};
+
+class AVAssetReader;
+
+/// The pictures of one video track, as they are stored: neither turned nor stretched.
+class AVAssetReaderTrackOutput {
+public:
+    /// `outputSettings`: kCVPixelBufferPixelFormatTypeKey with kCVPixelFormatType_32BGRA, the only
+    /// format there is. What does not fit is told by AVAssetReader::addOutput().
+    [[nodiscard]] static std::shared_ptr<AVAssetReaderTrackOutput>
+    assetReaderTrackOutputWithTrack(AVAssetTrack track, AVVideoSettings outputSettings);
+
+    /// Waits for the next picture in the order they are shown. None at the end, and when the reader
+    /// is not reading, has failed or was cancelled: its status tells.
+    [[nodiscard]] std::optional<CMSampleBuffer> copyNextSampleBuffer();
+
+    [[nodiscard]] const AVAssetTrack& track() const { return m_track; }
+
+private:
+    friend class AVAssetReader;
+    AVAssetReaderTrackOutput() = default;
+    struct State;
+
+    AVAssetTrack m_track;
+    AVVideoSettings m_settings;
+    std::shared_ptr<State> m_state; ///< the reader's, once added
+};
+
+/// Reads the pictures of a film one after the other. Decoding runs a few pictures ahead. Set it up
+/// and read on one thread; status(), error() and cancelReading() are for any. Dropped, it stops.
+class AVAssetReader {
+public:
+    /// NotFound and the like when the file cannot be opened any more.
+    [[nodiscard]] static Result<std::unique_ptr<AVAssetReader>> initWithAsset(AVURLAsset asset);
+    ~AVAssetReader();
+    AVAssetReader(const AVAssetReader&) = delete;
+    AVAssetReader& operator=(const AVAssetReader&) = delete;
+
+    /// One output, before the start. InvalidArgument for a track of another file or type,
+    /// NotSupported for another pixel format.
+    [[nodiscard]] Result<void> addOutput(const std::shared_ptr<AVAssetReaderTrackOutput>& output);
+    /// False when it was started before, has no output or fails: error() tells (NotSupported
+    /// without a decoder, InvalidData, LimitExceeded for pictures that are too large).
+    [[nodiscard]] bool startReading();
+    /// Completed once copyNextSampleBuffer() has met the end.
+    [[nodiscard]] AVAssetReaderStatus status() const;
+    [[nodiscard]] Error error() const; ///< why it failed or refused
+    void cancelReading();
+    /// What is worth telling so far and is no failure: damaged pieces that were left out.
+    [[nodiscard]] QStringList notes() const;
+
+private:
+    explicit AVAssetReader(AVURLAsset asset);
+
+    AVURLAsset m_asset;
+    int m_stream = 0;
+    std::shared_ptr<AVAssetReaderTrackOutput::State> m_state;
+    bool m_hasOutput = false;
+};
+
+} // namespace clipheave::platform

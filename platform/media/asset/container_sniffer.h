@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/media/asset/media_file.h"
+
+namespace clipheave::platform {
+
+/// What the first bytes of a file say, with what stands behind ID3v2 tags at its start.
+struct SniffedFile {
+    Container container = Container::Unknown;
+    bool hasId3Prefix = false; ///< at least one ID3v2 tag stands first
+    bool hasVideo = false;     ///< Ogg and ASF only: a video stream is announced
+};
+/// Reads at most a few kilobytes.
+[[nodiscard]] SniffedFile sniffFile(FileReader& reader);
+
+} // namespace clipheave::platform

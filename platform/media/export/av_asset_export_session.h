@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/media/export/export_planning.h"
+
+#include <QList>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace clipheave::platform {
+
+inline constexpr char16_t AVFileTypeQuickTimeMovie[] = u"com.apple.quicktime-movie";
+inline constexpr char16_t AVFileTypeMPEG4[] = u"public.mpeg-4";
+inline constexpr char16_t AVFileTypeAppleM4V[] = u"com.apple.m4v-video";
+inline constexpr char16_t AVFileTypeAppleM4A[] = u"com.apple.m4a-audio";
+
+enum class AVAssetExportSessionStatus {
+    Unknown = 0,
+    Waiting = 1,
+    Exporting = 2,
+    Completed = 3,
+    Failed = 4,
+    Cancelled = 5,
+};
+
+/// One export job: everything it needs is captured before it starts; it never touches the user
+/// interface. Set it up on one thread, start it, then read status and progress from any thread.
+class AVAssetExportSession {
+public:
+    AVAssetExportSession(AVURLAsset asset, QString presetName);
+    /// The metadata, dates and attributes of the output are those of the composition's first file.
+    AVAssetExportSession(AVMutableComposition composition, QString presetName);
+    /// A job beside the exports: `source` as it is under `target`, with its dates and attributes.
+    /// It waits, runs, reports and is cancelled like an export.
+    [[nodiscard]] static std::shared_ptr<AVAssetExportSession>
+    unchangedCopy(const QString& source, const QString& target, NSFileManager::IfExists ifExists);
+    /// Another job beside the exports: `writer` makes `target` out of `source` in one step and
+    /// answers notes; it is given what takes its progress (0 to 1) and stops it by answering false.
+    using Writer = std::function<Result<QStringList>(const std::function<bool(double)>& progress)>;
+    [[nodiscard]] static std::shared_ptr<AVAssetExportSession>
+    rewriting(const QString& source, const QString& target, Writer writer);
+    ~AVAssetExportSession();
+    AVAssetExportSession(const AVAssetExportSession&) = delete;
+    AVAssetExportSession& operator=(const AVAssetExportSession&) = delete;
+
+    void setOutputPath(const QString& path);
+    void setOutputFileType(const QString& type);
+    /// No list keeps the source's metadata; a list replaces it: items with an empty value write
+    /// nothing, and an empty list leaves no item at all.
+    void setMetadata(const std::optional<QList<AVMetadataItem>>& items);
+    /// The list is that of a removal: hidden copies of old texts (padding, XMP) go as well, and a
+    /// location that the list does not name stays even when the list is empty. Off by default.
+    void setRemovesMetadata(bool removes);
+    /// Only this part of the source; beyond its end there is nothing. None: all of it.
+    void setTimeRange(CMTimeRange range);
+    void setVideoComposition(AVMutableVideoComposition composition);
+    void setAudioMix(AVMutableAudioMix mix);
+    /// A pass-through into another container leaves out what that cannot hold beside films and
+    /// sounds (subtitles, attachments) and tells so, also of codings that have no place there; else
+    /// such a stream fails the export. Off by default: nobody loses a subtitle by saving a title.
+    void setLeavesOutUnheldTracks(bool leavesOut);
+    /// Movie header before the payload. Off by default.
+    void setShouldOptimizeForNetworkUse(bool optimize);
+
+    /// Queues the job; `completionHandler` runs on the queue's thread when status() is final.
+    void exportAsynchronouslyWithCompletionHandler(std::function<void()> completionHandler);
+    /// Stops between chunks; the partial output is removed, status becomes Cancelled.
+    void cancelExport();
+
+    [[nodiscard]] AVAssetExportSessionStatus status() const;
+    [[nodiscard]] double progress() const; ///< 0 to 1
+    /// Why it failed; meaningful with status Failed.
+    [[nodiscard]] Error error() const;
+    /// Things worth telling that are no failure ("Location kept").
+    [[nodiscard]] QStringList notes() const;
+
+    /// How many exports run at once in this process (default: the machine's cores).
+    static void setMaximumConcurrentExports(int count);
+    /// Returns when no export is queued or running.
+    static void waitForAllExports();
+    /// Cancels all queued and running exports.
+    static void cancelAllExports();
+
+    struct State; ///< shared with the queue's thread; export_job.h
+
+private:
+    AVAssetExportSession();
+    std::shared_ptr<State> m_state;
+};
+
+} // namespace clipheave::platform

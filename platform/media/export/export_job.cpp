@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/export/export_job.h"
+
+#include "platform/foundation/paths.h"
+#include "platform/media/export/export_queue.h"
+#include "platform/media/export/quicktime_codecs.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace clipheave::platform {
+
+namespace {
+
+const QString kExportOperation = QStringLiteral("export");
+
+ExportContainer exportContainer(OutputContainer container) {
+    switch (container) {
+    case OutputContainer::QuickTimeMovie:
+        return ExportContainer::QuickTimeMovie;
+    case OutputContainer::M4A:
+        return ExportContainer::M4A;
+    case OutputContainer::M4V:
+    case OutputContainer::Mp4:
+        break;
+    }
+    return ExportContainer::Mp4;
+}
+
+bool isIsoMedia(Container container) {
+    return container == Container::QuickTime || container == Container::Mp4;
+}
+
+/// Each of the exports that run gets as many cores as the others.
+ExportResources fairShare() {
+    const auto cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    return {std::max(1, cores / ExportQueue::shared().concurrency())};
+}
+
+/// The text that tells players how many samples to skip is true of the source's packets alone; the
+/// edit list of what was written anew says it there.
+QList<AVMetadataItem> withoutGaplessItem(QList<AVMetadataItem> items) {
+    items.removeIf([](const AVMetadataItem& item) {
+        return item.effectiveIdentifier().endsWith(QLatin1String("iTunSMPB"));
+    });
+    return items;
+}
+
+Result<PassthroughOutcome> told(Result<PassthroughOutcome> outcome, const QStringList& notes) {
+    if (outcome)
+        outcome->notes = notes + outcome->notes;
+    return outcome;
+}
+
+/// Of an export through a file in between: the encoding, then the metadata.
+constexpr double kEncodingShare = 0.98;
+
+} // namespace
+
+std::optional<OutputContainer> outputContainerOf(const QString& type) {
+    if (type == QStringView(AVFileTypeQuickTimeMovie))
+        return OutputContainer::QuickTimeMovie;
+    if (type == QStringView(AVFileTypeAppleM4V))
+        return OutputContainer::M4V;
+    if (type == QStringView(AVFileTypeAppleM4A))
+        return OutputContainer::M4A;
+    if (type == QStringView(AVFileTypeMPEG4))
+        return OutputContainer::Mp4;
+    return std::nullopt;
+}
+
+bool AVAssetExportSession::State::startWaiting() {
+    const std::lock_guard lock(mutex);
+    if (status != AVAssetExportSessionStatus::Unknown)
+        return false;
+    status =
+        cancelled ? AVAssetExportSessionStatus::Cancelled : AVAssetExportSessionStatus::Waiting;
+    return true;
+}
+
+bool AVAssetExportSession::State::startExporting() {
+    const std::lock_guard lock(mutex);
+    if (status != AVAssetExportSessionStatus::Waiting)
+        return false;
+    status = AVAssetExportSessionStatus::Exporting;
+    return true;
+}
+
+void AVAssetExportSession::State::finish(const Result<PassthroughOutcome>& outcome) {
+    const std::lock_guard lock(mutex);
+    if (outcome) {
+        status = AVAssetExportSessionStatus::Completed;
+        notes = outcome->notes;
+        progress = 1;
+        return;
+    }
+    error = outcome.error();
+    status = error.code == ErrorCode::Cancelled ? AVAssetExportSessionStatus::Cancelled
+                                                : AVAssetExportSessionStatus::Failed;
+}
+
+void AVAssetExportSession::State::cancel() {
+    cancelled = true;
+    const std::lock_guard lock(mutex);
+    if (status == AVAssetExportSessionStatus::Waiting)
+        status = AVAssetExportSessionStatus::Cancelled;
+}
+
+Result<void> AVAssetExportSession::State::validated() const {
+    const auto refused = [&](ErrorCode code, const QString& why) {
+        return failure(code, kExportOperation, sourcePath, why);
+    };
+    if (order && !isExportPreset(order->presetName))
+        return refused(ErrorCode::InvalidArgument,
+                       QStringLiteral("unknown preset \"%1\"").arg(order->presetName));
+    if (order && outputFileType.isEmpty())
+        return refused(ErrorCode::InvalidArgument,
+                       QStringLiteral("no file type for an output named \"%1\"")
+                           .arg(lastPathComponent(outputPath)));
+    if (order && !outputContainerOf(outputFileType))
+        return refused(ErrorCode::InvalidArgument,
+                       QStringLiteral("unknown output type \"%1\"").arg(outputFileType));
+    if (outputPath.isEmpty())
+        return refused(ErrorCode::InvalidArgument, QStringLiteral("no output path"));
+    if (NSFileManager::defaultManager().isSameFile(sourcePath, outputPath))
+        return refused(ErrorCode::InvalidArgument,
+                       QStringLiteral("the output is the source itself"));
+    return {};
+}
+
+bool AVAssetExportSession::State::report(double done) {
+    progress = done;
+    return !cancelled && !place->isGone();
+}
+
+Result<PassthroughOutcome> AVAssetExportSession::State::run() {
+    place.emplace(outputPath);
+    // A writer knows itself what it writes; where a taken name is to fail, a link takes it, too.
+    if (!writer && ifExists == NSFileManager::IfExists::Replace)
+        place->removeLink();
+    auto outcome = runJob();
+    if (!outcome && !cancelled)
+        if (const auto blamed = place->blame(); !blamed)
+            return tl::unexpected(blamed.error());
+    return outcome;
+}
+
+Result<PassthroughOutcome> AVAssetExportSession::State::runJob() {
+    const auto reports = [this](double done) { return report(done); };
+    if (writer) {
+        const auto written = writer(reports);
+        return written ? Result<PassthroughOutcome>(PassthroughOutcome{*written})
+                       : tl::unexpected(written.error());
+    }
+    if (!order) {
+        const auto copied =
+            NSFileManager::defaultManager().copyItem(sourcePath, outputPath, ifExists, reports);
+        return copied ? Result<PassthroughOutcome>({}) : tl::unexpected(copied.error());
+    }
+    PassthroughRequest request;
+    request.source = sourcePath;
+    request.target = outputPath;
+    request.container = outputContainerOf(outputFileType).value_or(request.container);
+    request.metadata = metadata;
+    request.removesMetadata = removes;
+    request.moovFirst = order->moovFirst;
+    request.progress = reports;
+    return runOrder(std::move(request));
+}
+
+Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequest request) {
+    const bool wholeFile = order->asset && !order->timeRange &&
+                           order->presetName == QStringView(AVAssetExportPresetPassthrough);
+    if (!wholeFile)
+        return runPlan(std::move(request));
+    if (isIsoMedia(order->asset->file()->facts().container))
+        return told(writePassthrough(request), notesOnCodings(request.container));
+    const PassthroughRequest asked = request;
+    // Packets take about as much room in one container as in another, unless much is left out.
+    const std::uint64_t bytes = order->asset->file()->attributes().NSFileSize;
+    const EngineWork work{0.5, request.container == OutputContainer::M4A ? 0 : bytes / 2};
+    return runThroughEngine(std::move(request), *order->asset, work,
+                            [&](MediaEngine& engine, const QString& target) {
+                                return copyIntoMp4(engine, asked, target);
+                            });
+}
+
+/// Deliberate: such a film is converted, and its user warned; cameras write PCM into MP4 files,
+/// too, and many players take it. A save says nothing: the film is what it was.
+QStringList AVAssetExportSession::State::notesOnCodings(OutputContainer container) const {
+    if (!leavesOut || container == OutputContainer::QuickTimeMovie ||
+        order->asset->file()->facts().container != Container::QuickTime)
+        return {};
+    const QStringList codings = codingsOfQuickTimeAlone(order->asset->tracks());
+    if (codings.isEmpty())
+        return {};
+    return {QStringLiteral("%1 has no place in MP4 files: some players will not play it")
+                .arg(codings.join(QStringLiteral(", ")))};
+}
+
+/// What is encoded, cut or put together: the engine makes the streams, the metadata follows.
+Result<PassthroughOutcome> AVAssetExportSession::State::runPlan(PassthroughRequest request) {
+    order->container = exportContainer(request.container);
+    const auto planned = planExport(*order);
+    if (!planned)
+        return tl::unexpected(planned.error());
+    const auto original = order->asset ? Result<AVURLAsset>(*order->asset)
+                                       : AVURLAsset::assetWithPath(planned->plan.headerDatesOf);
+    if (!original)
+        return tl::unexpected(original.error());
+    request.source = original->path();
+    if (!request.metadata)
+        request.metadata = withoutGaplessItem(original->metadata());
+    if (isIsoMedia(original->file()->facts().container))
+        request.xmpPacketOf = original->path();
+    ExportPlan plan = planned->plan;
+    plan.moovFirst = false; // where the header goes is settled when the metadata is written
+    const auto run = [&](MediaEngine& engine, const QString& target) {
+        return engine.runExport(plan, target, fairShare(),
+                                [this](double done) { return report(kEncodingShare * done); });
+    };
+    return told(runThroughEngine(std::move(request), *original, {kEncodingShare}, run),
+                planned->notes);
+}
+
+Result<PassthroughOutcome> AVAssetExportSession::State::runThroughEngine(PassthroughRequest request,
+                                                                         const AVURLAsset& original,
+                                                                         EngineWork work,
+                                                                         const Maker& maker) {
+    const auto engine = mediaEngine();
+    if (!engine)
+        return tl::unexpected(engine.error());
+    if (const auto usable = place->check(work.leastBytes); !usable)
+        return tl::unexpected(usable.error());
+    // Only for its name, which is unique, hidden, and cleared away after a crash.
+    const auto temporary = AtomicFile::create(request.target);
+    if (!temporary)
+        return tl::unexpected(temporary.error());
+    place->watch(temporary->temporaryPath());
+    // Nobody but us knows the file in between.
+    const auto failed = [&, target = request.target](Error error) {
+        if (error.path == temporary->temporaryPath())
+            error.path = target;
+        return tl::unexpected(std::move(error));
+    };
+    const auto made = maker(**engine, temporary->temporaryPath());
+    if (!made)
+        return failed(made.error());
+    // What the engine wrote by itself (encoder names) is no metadata of the source.
+    if (!request.metadata)
+        request.metadata = original.metadata();
+    request.attributesOf = original.path();
+    request.source = temporary->temporaryPath();
+    request.progress = [this, share = work.share](double done) {
+        return report(share + done * (1 - share));
+    };
+    auto outcome = writePassthrough(request);
+    if (!outcome)
+        return failed(outcome.error());
+    outcome->notes = *made + outcome->notes;
+    return outcome;
+}
+
+/// M4A holds sound alone, and of three codecs.
+Result<QStringList> AVAssetExportSession::State::copyIntoMp4(MediaEngine& engine,
+                                                             const PassthroughRequest& request,
+                                                             const QString& target) {
+    const auto reports = [this](double done) { return report(done / 2); };
+    if (request.container == OutputContainer::M4A)
+        return engine.soundToM4a(request.source, target, reports);
+    const RemuxTarget kind = request.container == OutputContainer::QuickTimeMovie
+                                 ? RemuxTarget::QuickTimeMovie
+                                 : RemuxTarget::Mp4;
+    return engine.remux(request.source, target, kind,
+                        leavesOut ? UnheldStreams::LeaveOut : UnheldStreams::Refuse, reports);
+}
+
+} // namespace clipheave::platform

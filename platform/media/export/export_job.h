@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/isobmff/write/isobmff_writer.h"
+#include "platform/media/export/av_asset_export_session.h"
+#include "platform/media/export/output_place.h"
+#include "platform/media/model/media_engine.h"
+
+#include <atomic>
+#include <mutex>
+
+namespace clipheave::platform {
+
+/// Of one of the AVFileType constants.
+[[nodiscard]] std::optional<OutputContainer> outputContainerOf(const QString& fileType);
+
+/// What a session and the queue's thread share: the order, and how far it is carried out.
+struct AVAssetExportSession::State {
+    // Set before the start, by one thread; read by the job alone from then on.
+    QString sourcePath;
+    std::optional<ExportOrder> order; ///< none: the file is copied as it is, or `writer` writes it
+    Writer writer;
+    NSFileManager::IfExists ifExists = NSFileManager::IfExists::Replace; ///< of such a copy
+    QString outputPath, outputFileType;
+    std::optional<QList<AVMetadataItem>> metadata;
+    bool removes = false, leavesOut = false;
+
+    std::optional<OutputPlace> place; ///< the job's alone
+    std::atomic<double> progress = 0;
+    std::atomic<bool> cancelled = false;
+
+    std::mutex mutex; ///< guards what follows
+    AVAssetExportSessionStatus status = AVAssetExportSessionStatus::Unknown;
+    Error error;
+    QStringList notes;
+
+    [[nodiscard]] bool startWaiting();
+    [[nodiscard]] bool startExporting();
+    void finish(const Result<PassthroughOutcome>& outcome);
+    void cancel();
+
+    [[nodiscard]] Result<void> validated() const;
+    [[nodiscard]] Result<PassthroughOutcome> run();
+    [[nodiscard]] Result<PassthroughOutcome> runJob();
+    /// Makes a file of this family at `target`; answers what is worth telling.
+    using Maker = std::function<Result<QStringList>(MediaEngine& engine, const QString& target)>;
+    struct EngineWork {
+        double share = 0;             ///< of the whole progress
+        std::uint64_t leastBytes = 0; ///< of its file, as far as that is known
+    };
+    /// `maker` writes beside the target first; that file goes when the target is written.
+    [[nodiscard]] Result<PassthroughOutcome> runThroughEngine(PassthroughRequest request,
+                                                              const AVURLAsset& original,
+                                                              EngineWork work, const Maker& maker);
+    [[nodiscard]] Result<PassthroughOutcome> runOrder(PassthroughRequest request);
+    [[nodiscard]] QStringList notesOnCodings(OutputContainer container) const;
+    [[nodiscard]] Result<PassthroughOutcome> runPlan(PassthroughRequest request);
+    [[nodiscard]] Result<QStringList>
+    copyIntoMp4(MediaEngine& engine, const PassthroughRequest& request, const QString& target);
+    [[nodiscard]] bool report(double done);
+};
+
+} // namespace clipheave::platform

@@ -1,0 +1,341 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/export/export_planning.h"
+
+#include "platform/foundation/paths.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace clipheave::platform {
+
+namespace {
+
+const QString kPlan = QStringLiteral("plan the export");
+
+/// What a preset encodes to. The sizes are the largest that a picture gets, never scaled up.
+struct Preset {
+    std::u16string_view name;
+    QSize largest; ///< empty: the size of the source
+    int crf;
+    std::int64_t videoBitRate, soundBitRate;
+    int channels; ///< at most; 0: those of the source
+    bool video;
+};
+const std::array kPresets{
+    Preset{AVAssetExportPresetHighestQuality, {}, 18, 0, 192'000, 0, true},
+    Preset{AVAssetExportPresetMediumQuality, QSize(568, 320), 0, 700'000, 64'000, 0, true},
+    Preset{AVAssetExportPresetLowQuality, QSize(224, 128), 0, 128'000, 32'000, 1, true},
+    Preset{AVAssetExportPresetAppleM4A, {}, 0, 0, 192'000, 0, false},
+};
+
+const Preset* presetOf(const QString& name) {
+    const auto found = std::find_if(kPresets.begin(), kPresets.end(), [&](const Preset& preset) {
+        return name == QStringView(preset.name);
+    });
+    return found == kPresets.end() ? nullptr : &*found;
+}
+
+bool isPassthrough(const QString& name) {
+    return name == QStringView(AVAssetExportPresetPassthrough);
+}
+
+tl::unexpected<Error> unsupported(const QString& path, const QString& why) {
+    return failure(ErrorCode::NotSupported, kPlan, path, why);
+}
+
+/// A file as a composition: its first picture and its first sound, from their start to their end.
+AVMutableComposition compositionOf(const AVURLAsset& asset) {
+    AVMutableComposition composition;
+    const CMTimeRange whole = CMTimeRangeMake(kCMTimeZero, assetDuration(asset));
+    for (const char16_t* type : {AVMediaTypeVideo, AVMediaTypeAudio}) {
+        const auto tracks = tracksWithMediaType(asset, QString::fromUtf16(type));
+        if (tracks.empty())
+            continue;
+        auto& track = composition.addMutableTrackWithMediaType(QString::fromUtf16(type));
+        track.preferredTransform = tracks.front().preferredTransform;
+        ignoreFailure(
+            track.insertTimeRange_ofTrack_atTime(whole, asset, tracks.front(), kCMTimeZero),
+            "the file has a duration, and the missing track would be reported by the plan");
+    }
+    return composition;
+}
+
+template <class Track>
+bool holdsSomethingOf(const std::optional<Track>& track, const QString& path) {
+    return track && std::any_of(track->segments.begin(), track->segments.end(),
+                                [&](const ExportSegment& segment) { return segment.path == path; });
+}
+
+/// What of the file the output does not hold; null when that is nothing.
+QString notCarried(const AVURLAsset& asset, const ExportPlan& plan) {
+    int films = holdsSomethingOf(plan.video, asset.path()) ? -1 : 0;
+    int sounds = holdsSomethingOf(plan.sound, asset.path()) ? -1 : 0;
+    int others = 0;
+    for (const AVAssetTrack& track : asset.tracks()) {
+        if (track.isAttachedPicture || track.isChapterTrack)
+            continue;
+        if (track.mediaType == QStringView(AVMediaTypeVideo))
+            films += plan.video ? 1 : 0;
+        else if (track.mediaType == QStringView(AVMediaTypeAudio))
+            ++sounds;
+        else
+            ++others;
+    }
+    QStringList kinds;
+    const auto tell = [&kinds](int count, const QString& what) {
+        if (count > 0)
+            kinds.append(QStringLiteral("%1 %2").arg(count).arg(what));
+    };
+    tell(films, QStringLiteral("further film(s)"));
+    tell(sounds, QStringLiteral("further sound track(s)"));
+    tell(others, QStringLiteral("track(s) of text or data"));
+    if (asset.file()->facts().hasChapters && plan.chaptersOf != asset.path())
+        kinds.append(QStringLiteral("chapters"));
+    return kinds.isEmpty()
+               ? QString()
+               : QStringLiteral("not carried over: ") + kinds.join(QStringLiteral(", "));
+}
+
+/// Of several files each by its name.
+QStringList notCarried(const std::vector<AVURLAsset>& assets, const ExportPlan& plan) {
+    QStringList notes;
+    for (const AVURLAsset& asset : assets) {
+        const QString note = notCarried(asset, plan);
+        if (!note.isNull())
+            notes += assets.size() == 1
+                         ? note
+                         : lastPathComponent(asset.path()) + QStringLiteral(": ") + note;
+    }
+    return notes;
+}
+
+/// The part of the segments that lies in `range`, which then begins at zero.
+std::vector<ExportSegment> trimmed(const std::vector<ExportSegment>& segments, CMTimeRange range) {
+    std::vector<ExportSegment> kept;
+    const CMTime end = CMTimeRangeGetEnd(range);
+    for (ExportSegment segment : segments) {
+        const CMTime start = segment.target.start, stop = CMTimeRangeGetEnd(segment.target);
+        const CMTime from = CMTimeCompare(start, range.start) > 0 ? start : range.start;
+        const CMTime to = CMTimeCompare(stop, end) < 0 ? stop : end;
+        if (CMTimeCompare(from, to) >= 0)
+            continue;
+        const bool scaled = CMTimeCompare(segment.source.duration, segment.target.duration) != 0;
+        const double speed = scaled ? CMTimeGetSeconds(segment.source.duration) /
+                                          CMTimeGetSeconds(segment.target.duration)
+                                    : 1;
+        const auto inSource = [&](CMTime time) {
+            return scaled ? CMTimeMultiplyByFloat64(time, speed) : time;
+        };
+        segment.source = {CMTimeAdd(segment.source.start, inSource(CMTimeSubtract(from, start))),
+                          inSource(CMTimeSubtract(to, from))};
+        segment.target = {CMTimeSubtract(from, range.start), CMTimeSubtract(to, from)};
+        kept.push_back(std::move(segment));
+    }
+    return kept;
+}
+
+/// Size in square pixels as the track is stored, not turned.
+QSizeF displaySize(const AVAssetTrack& track) {
+    const double aspect = track.pixelAspect > 0 ? track.pixelAspect : 1;
+    // As players do: the longer direction is never squeezed.
+    return aspect >= 1 ? QSizeF(track.naturalSize.width() * aspect, track.naturalSize.height())
+                       : QSizeF(track.naturalSize.width(), track.naturalSize.height() / aspect);
+}
+
+int evenSide(double side) {
+    return std::max(2, static_cast<int>(std::lround(side / 2)) * 2);
+}
+
+/// The picture fitted into `largest`, which lies the way the picture does: 568x320 is 320x568 for
+/// one that stands upright. Empty when it is no larger.
+QSize fittedSize(const AVAssetTrack& track, QSize largest) {
+    const QSizeF shown = displaySize(track);
+    if (largest.isEmpty() || shown.isEmpty())
+        return {};
+    if (shown.height() > shown.width())
+        largest.transpose();
+    if (shown.width() <= largest.width() && shown.height() <= largest.height())
+        return {};
+    const QSizeF fitted = shown.scaled(largest, Qt::KeepAspectRatio);
+    return {evenSide(fitted.width()), evenSide(fitted.height())};
+}
+
+bool sameShape(const AVAssetTrack& a, const AVAssetTrack& b) {
+    return a.naturalSize == b.naturalSize && std::abs(a.pixelAspect - b.pixelAspect) < 1e-3 &&
+           a.preferredTransform == b.preferredTransform;
+}
+
+Result<void> applyVideoComposition(const AVMutableVideoComposition& instructions,
+                                   const QString& path, ExportVideo& video) {
+    if (instructions.frameDuration().timescale > 0 && instructions.frameDuration().value > 0)
+        video.frameDuration = instructions.frameDuration();
+    video.preferredTransform = ExportVideo{}.preferredTransform; // what is drawn stands upright
+    for (const auto& instruction : instructions.instructions)
+        for (const auto& layer : instruction.layerInstructions) {
+            if (!layer.transform())
+                continue;
+            const auto turn = pictureTurn(*layer.transform());
+            if (!turn)
+                return unsupported(path, QStringLiteral("only turns by right angles are drawn"));
+            video.turns = {turn->degrees};
+            video.mirrored = {turn->mirrored};
+        }
+    return {};
+}
+
+/// Clips of several shapes are drawn upright into the size of the first.
+void drawUpright(const AVMutableCompositionTrack& track, ExportVideo& video) {
+    const AVAssetTrack& first = track.sourceTracks().front();
+    const bool alike =
+        std::all_of(track.sourceTracks().begin(), track.sourceTracks().end(),
+                    [&first](const AVAssetTrack& other) { return sameShape(first, other); });
+    if (alike)
+        return;
+    for (const AVAssetTrack& source : track.sourceTracks()) {
+        const auto turn = pictureTurn(transformOfMatrix(source.preferredTransform));
+        video.turns.push_back(turn ? turn->degrees : 0);
+        video.mirrored.push_back(turn && turn->mirrored);
+    }
+    QSizeF size = displaySize(first);
+    if (video.turns.front() % 180 != 0)
+        size.transpose();
+    video.size = {evenSide(size.width()), evenSide(size.height())};
+    video.preferredTransform = ExportVideo{}.preferredTransform;
+}
+
+Result<ExportVideo> planVideo(const ExportOrder& order, const AVMutableCompositionTrack& track,
+                              const Preset* preset) {
+    ExportVideo video;
+    video.segments = track.segments();
+    video.preferredTransform = track.preferredTransform;
+    if (!preset) {
+        video.coding = ExportCoding::Copy;
+        return video;
+    }
+    video.crf = preset->crf;
+    video.bitRate = preset->videoBitRate;
+    if (order.videoComposition) {
+        const auto applied =
+            applyVideoComposition(*order.videoComposition, video.segments.front().path, video);
+        if (!applied)
+            return tl::unexpected(applied.error());
+        return video;
+    }
+    drawUpright(track, video);
+    if (video.size.isEmpty())
+        video.size = fittedSize(track.sourceTracks().front(), preset->largest);
+    return video;
+}
+
+bool isAac(const AVAssetTrack& track) {
+    return track.codec == u"mp4a" || track.codec.compare(u"aac", Qt::CaseInsensitive) == 0;
+}
+
+/// Copied where nothing is asked of it that a copy cannot give.
+bool copiesSound(const ExportOrder& order, const ExportSound& sound,
+                 const AVMutableCompositionTrack& track, const Preset* preset) {
+    if (sound.volume != 1 || sound.segments.size() != 1)
+        return false;
+    const ExportSegment& only = sound.segments.front();
+    if (CMTimeCompare(only.source.duration, only.target.duration) != 0)
+        return false;
+    if (!preset)
+        return true;
+    // AAC that a preset without a picture would only encode once more.
+    return !preset->video && !order.timeRange && isAac(track.sourceTracks().front());
+}
+
+ExportSound planSound(const ExportOrder& order, const AVMutableCompositionTrack& track,
+                      const Preset* preset) {
+    ExportSound sound;
+    sound.segments = track.segments();
+    if (order.audioMix && !order.audioMix->inputParameters.empty() && preset)
+        sound.volume = order.audioMix->inputParameters.front().volume();
+    if (preset) {
+        sound.bitRate = preset->soundBitRate;
+        sound.channels = preset->channels;
+    }
+    sound.coding =
+        copiesSound(order, sound, track, preset) ? ExportCoding::Copy : ExportCoding::Encode;
+    return sound;
+}
+
+void trim(ExportPlan& plan, CMTimeRange range) {
+    if (plan.video)
+        plan.video->segments = trimmed(plan.video->segments, range);
+    if (plan.sound)
+        plan.sound->segments = trimmed(plan.sound->segments, range);
+    if (plan.video && plan.video->segments.empty())
+        plan.video.reset();
+    if (plan.sound && plan.sound->segments.empty())
+        plan.sound.reset();
+}
+
+/// The one file whose times are those of the output; null when there is none.
+QString chapterSource(const ExportPlan& plan) {
+    if (!plan.video && !plan.sound)
+        return {};
+    const auto& segments = plan.video ? plan.video->segments : plan.sound->segments;
+    if (segments.size() != 1)
+        return {};
+    const ExportSegment& only = segments.front();
+    const bool keepsTimes = CMTimeCompare(only.source.start, only.target.start) == 0 &&
+                            CMTimeCompare(only.source.duration, only.target.duration) == 0;
+    return keepsTimes ? only.path : QString();
+}
+
+QString firstPath(const ExportOrder& order) {
+    if (order.asset)
+        return order.asset->path();
+    for (const auto& track : order.composition.tracks())
+        if (!track.segments().empty())
+            return track.segments().front().path;
+    return {};
+}
+
+} // namespace
+
+bool isExportPreset(const QString& name) {
+    return isPassthrough(name) || presetOf(name) != nullptr;
+}
+
+Result<PlannedExport> planExport(const ExportOrder& order) {
+    const Preset* preset = presetOf(order.presetName);
+    if (!isExportPreset(order.presetName))
+        return failure(ErrorCode::InvalidArgument, kPlan, firstPath(order),
+                       QStringLiteral("unknown preset \"%1\"").arg(order.presetName));
+    if (order.asset && CMTimeCompare(assetDuration(*order.asset), kCMTimeZero) <= 0)
+        return failure(ErrorCode::InvalidData, kPlan, order.asset->path(),
+                       QStringLiteral("it has no duration"));
+    const AVMutableComposition composition =
+        order.asset ? compositionOf(*order.asset) : order.composition;
+    PlannedExport planned;
+    ExportPlan& plan = planned.plan;
+    plan.container = order.container;
+    plan.moovFirst = order.moovFirst;
+    plan.headerDatesOf = firstPath(order);
+    const auto* film = composition.trackOfType(QString::fromUtf16(AVMediaTypeVideo));
+    const auto* sound = composition.trackOfType(QString::fromUtf16(AVMediaTypeAudio));
+    if (preset && !preset->video)
+        film = nullptr;
+    if (film) {
+        auto video = planVideo(order, *film, preset);
+        if (!video)
+            return tl::unexpected(video.error());
+        plan.video = std::move(*video);
+    }
+    if (sound)
+        plan.sound = planSound(order, *sound, preset);
+    if (order.timeRange)
+        trim(plan, *order.timeRange);
+    plan.chaptersOf = chapterSource(plan);
+    planned.notes = notCarried(composition.sourceAssets(), plan);
+    if (plan.video || plan.sound)
+        return planned;
+    return unsupported(firstPath(order), preset && !preset->video
+                                             ? QStringLiteral("there is no sound track")
+                                             : QStringLiteral("there is no film"));
+}
+
+} // namespace clipheave::platform

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/export/export_queue.h"
+
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/log.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <sched.h>
+#include <unistd.h>
+
+namespace clipheave::platform {
+
+namespace {
+
+constexpr int kGivesWay = 10; // steps of niceness: a tenth of the weight
+
+/// This thread and those that it starts, which have its priority.
+void lowerPriority() {
+    const sched_param none{};
+    // Both are kindness alone: where the system refuses, exports run as they are.
+    if (::sched_setscheduler(0, SCHED_BATCH, &none) != 0 || ::nice(kGivesWay) == -1)
+        log(LogLevel::Trace, QStringLiteral("exports keep their priority"));
+}
+
+} // namespace
+
+ExportQueue& ExportQueue::shared() {
+    static ExportQueue queue;
+    return queue;
+}
+
+ExportQueue::ExportQueue() : m_maximum(std::max(1U, std::thread::hardware_concurrency())) {
+}
+
+ExportQueue::~ExportQueue() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stopping = true;
+        m_jobs.clear();
+    }
+    m_wake.notify_all();
+    for (std::thread& thread : m_threads)
+        thread.join();
+}
+
+void ExportQueue::add(std::function<void()> job) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_jobs.push_back(std::move(job));
+        startThreadIfNeeded();
+    }
+    m_wake.notify_one();
+}
+
+void ExportQueue::setMaximum(int count) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_maximum = static_cast<std::size_t>(std::max(1, count));
+        startThreadIfNeeded();
+    }
+    m_wake.notify_all();
+}
+
+void ExportQueue::waitForAll() {
+    std::unique_lock lock(m_mutex);
+    m_idle.wait(lock, [this] { return m_jobs.empty() && m_running == 0; });
+}
+
+int ExportQueue::concurrency() {
+    const std::lock_guard lock(m_mutex);
+    const std::size_t wanted = std::min(m_maximum, m_running + m_jobs.size());
+    return static_cast<int>(std::max<std::size_t>(wanted, 1));
+}
+
+/// With the mutex held: as many threads as there is work for, up to the limit.
+void ExportQueue::startThreadIfNeeded() {
+    while (m_threads.size() < std::min(m_maximum, m_running + m_jobs.size()))
+        m_threads.emplace_back([this] { work(); });
+}
+
+/// With nothing else running or waiting: what was written gets its names for good.
+void ExportQueue::finishRound(std::unique_lock<std::mutex>& lock) {
+    while (m_jobs.empty() && m_running == 1 && !m_changedFolders.isEmpty()) {
+        const QStringList folders = std::exchange(m_changedFolders, {});
+        lock.unlock();
+        syncFolders(folders);
+        lock.lock();
+    }
+}
+
+void ExportQueue::work() {
+    if (m_givesWay)
+        lowerPriority();
+    DeferredFolderSyncs deferred;
+    std::unique_lock lock(m_mutex);
+    while (true) {
+        m_wake.wait(lock,
+                    [this] { return m_stopping || (!m_jobs.empty() && m_running < m_maximum); });
+        if (m_stopping)
+            return;
+        std::function<void()> job = std::move(m_jobs.front());
+        m_jobs.pop_front();
+        ++m_running;
+        lock.unlock();
+        job();
+        job = nullptr; // what it holds goes before anybody is told that it is done
+        lock.lock();
+        for (const QString& folder : deferred.take())
+            if (!m_changedFolders.contains(folder))
+                m_changedFolders.append(folder);
+        finishRound(lock);
+        --m_running;
+        m_wake.notify_one();
+        if (m_jobs.empty() && m_running == 0)
+            m_idle.notify_all();
+    }
+}
+
+} // namespace clipheave::platform

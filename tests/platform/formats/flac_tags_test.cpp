@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/formats/flac/flac_tags.h"
+#include "platform/foundation/file_manager.h"
+#include "tests/testkit/testkit.h"
+
+#include <QDir>
+
+namespace {
+
+using namespace clipheave::platform;
+using testkit::be;
+using testkit::le;
+using testkit::TempDir;
+
+QByteArray block(int type, const QByteArray& body, bool last = false) {
+    return be(static_cast<quint64>(type | (last ? 0x80 : 0)), 1) +
+           be(static_cast<quint64>(body.size()), 3) + body;
+}
+
+QByteArray countedText(const QByteArray& text) {
+    return le(static_cast<quint64>(text.size()), 4) + text;
+}
+
+QByteArray commentBlock(const QByteArrayList& entries) {
+    QByteArray body = countedText("maker") + le(static_cast<quint64>(entries.size()), 4);
+    for (const QByteArray& entry : entries)
+        body += countedText(entry);
+    return body;
+}
+
+const QByteArray kStreamInfo(34, '\1');
+const QByteArray kFlacSound = "\xFF\xF8 sound";
+
+QByteArray flacFile(const QByteArrayList& entries, const QByteArray& more = {}) {
+    return "fLaC" + block(0, kStreamInfo) + block(4, commentBlock(entries)) + more +
+           block(1, QByteArray(20, '\0'), true) + kFlacSound;
+}
+
+class FlacTags : public testing::Test {
+protected:
+    QByteArray changed(const QByteArray& file, const FlacTagChanges& changes) {
+        const QString source = m_dir.write(QStringLiteral("in/a.flac"), file);
+        const QString target = m_dir.path(QStringLiteral("out.flac"));
+        const auto done = rewriteFlacTags(source, target, changes, {});
+        EXPECT_EQ(TempDir::read(source), file);
+        EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden).size(), done ? 1 : 0);
+        const QByteArray written = TempDir::read(target);
+        QFile::remove(target);
+        return done ? written : done.error().detail.toUtf8();
+    }
+    TempDir m_dir;
+};
+
+TEST_F(FlacTags, OnlyTheChangedCommentsChange) {
+    const QByteArray other = block(2, "application") + block(6, be(4, 4) + "back cover");
+    const QByteArray file = flacFile(
+        {"Title=old", "ARTIST=A", "artist=B", "LABEL=kept", "\xFFno name", "COMMENTS=c"}, other);
+    EXPECT_EQ(
+        changed(file, {{{QStringLiteral("title"), QStringLiteral("N\u00E9")},
+                        {QStringLiteral("artist"), QStringLiteral("A; B")}, // as it was read
+                        {QStringLiteral("comments"), QStringLiteral("new")},
+                        {QStringLiteral("recorded date"), QStringLiteral("2001:02:03 04:05:06")},
+                        {QStringLiteral("year"), QString()},
+                        {QStringLiteral("track number"), QStringLiteral("7")}},
+                       {}}),
+        flacFile({"TITLE=N\xC3\xA9", "ARTIST=A", "artist=B", "LABEL=kept", "\xFFno name",
+                  "COMMENT=new", "DATE=2001:02:03 04:05:06"},
+                 other));
+    EXPECT_EQ(changed(file, {}), file);
+    EXPECT_EQ(changed(flacFile({"DESCRIPTION=d"}), {{{QStringLiteral("comments"), QString()}}, {}}),
+              flacFile({}));
+    const QByteArray bare = "fLaC" + block(0, kStreamInfo, true) + kFlacSound;
+    const QByteArray tagged = QByteArray("ID3\3\0\0\0\0\0\1x", 11) + bare;
+    EXPECT_EQ(changed(tagged, {{{QStringLiteral("album"), QStringLiteral("A")}}, {}}).left(15),
+              tagged.left(15));
+}
+
+TEST_F(FlacTags, ANewCoverReplacesTheFrontCoverAlone) {
+    const auto picture = EncodedPicture::fromBytes(
+        QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\2\0\0\0\3\10\2\0\0\0", 29));
+    ASSERT_FALSE(picture.isNull());
+    const QByteArray back = block(6, be(4, 4) + "back"), front = block(6, be(3, 4) + "front");
+    const QByteArray fresh =
+        block(6, be(3, 4) + be(9, 4) + "image/png" + be(0, 4) + be(2, 4) + be(3, 4) + be(24, 4) +
+                     be(0, 4) + be(29, 4) + picture.bytes());
+    EXPECT_EQ(changed(flacFile({}, back + front), {{}, picture}), flacFile({}, back + fresh));
+    const QByteArray added = changed(flacFile({}, back), {{}, picture});
+    EXPECT_TRUE(added.contains(back));
+    EXPECT_TRUE(added.endsWith("\x86" + fresh.mid(1) + kFlacSound));
+}
+
+TEST_F(FlacTags, DamagedFilesAreRefused) {
+    const FlacTagChanges changes{{{QStringLiteral("title"), QStringLiteral("n")}}, {}};
+    const QByteArray good = flacFile({"TITLE=t"});
+    EXPECT_EQ(changed(good.left(good.size() - 20), changes), "a metadata block is damaged");
+    EXPECT_EQ(changed("fLaC" + block(4, commentBlock({}), true) + kFlacSound, changes),
+              "there is no stream information");
+    EXPECT_EQ(changed("fLaC" + block(0, kStreamInfo, true) + "no sync", changes),
+              "no sound follows the metadata");
+    EXPECT_EQ(changed(QByteArray(good).replace("TITLE=t", "TITLE="), changes),
+              "a metadata block is damaged");
+    QByteArray lying = good;
+    lying.replace(lying.indexOf("maker") - 4, 4, le(0xFFFFFFFF, 4));
+    EXPECT_EQ(changed(lying, changes), "the comments are damaged");
+    EXPECT_EQ(changed(good, {{{QStringLiteral("title"), QString(17 << 20, u'x')}}, {}}),
+              "a block would be over 16 MiB");
+    EXPECT_EQ(changed({}, changes), "the signature is missing");
+}
+
+} // namespace

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/formats/mpeg/id3_tag_builder.h"
+#include "platform/formats/mpeg/mpeg_tags.h"
+#include "platform/foundation/file_manager.h"
+#include "tests/testkit/testkit.h"
+
+#include <QDir>
+
+namespace {
+
+using namespace clipheave::platform;
+using testkit::be;
+using testkit::le;
+using testkit::TempDir;
+
+/// Frames of 417 bytes: MPEG 1 layer III, 128 kbit/s, 44.1 kHz.
+QByteArray sound(int frames = 4) {
+    QByteArray bytes;
+    for (int i = 0; i < frames; ++i)
+        bytes += QByteArray("\xFF\xFB\x90\x64", 4) + QByteArray(413, static_cast<char>(i + 1));
+    return bytes;
+}
+
+QByteArray syncSafe(qsizetype size) {
+    QByteArray bytes;
+    for (int shift = 21; shift >= 0; shift -= 7)
+        bytes += static_cast<char>(size >> shift & 0x7F);
+    return bytes;
+}
+
+QByteArray id3(const QByteArray& frames, qsizetype claimed = -1, int version = 3, int flags = 0) {
+    return QByteArray("ID3") + static_cast<char>(version) + '\0' + static_cast<char>(flags) +
+           syncSafe(claimed < 0 ? frames.size() : claimed) + frames;
+}
+
+QByteArray frame(const char* id, const QByteArray& body) {
+    return QByteArray(id) + be(static_cast<quint64>(body.size()), 4) + QByteArray(2, '\0') + body;
+}
+
+QByteArray id3v1() {
+    return QByteArray("TAG") + QByteArray(125, 'x');
+}
+
+/// An APEv2 tag of one item.
+QByteArray ape(bool withHeader) {
+    const QByteArray item = le(3, 4) + le(0, 4) + QByteArray("Title\0abc", 9);
+    const auto block = [&](quint64 flags) {
+        return QByteArray("APETAGEX") + le(2000, 4) +
+               le(static_cast<quint64>(item.size()) + 32, 4) + le(1, 4) + le(flags, 4) +
+               QByteArray(8, '\0');
+    };
+    const quint64 has = withHeader ? 0x80000000u : 0;
+    return (withHeader ? block(has | 0x20000000u) : QByteArray()) + item + block(has);
+}
+
+QByteArray lyrics3v2() {
+    const QByteArray text = "LYRICSBEGININD0000200LYR00005Words";
+    return text + QByteArray::number(text.size()).rightJustified(6, '0') + "LYRICS200";
+}
+
+QByteArray musicMatch() {
+    const QByteArray version = "18273645" + QByteArray(248, ' ');
+    const QByteArray before = QByteArray(4 + 4 + 4, '\0'); // no picture
+    QByteArray offsets;
+    for (const int at : {1, 5, 9, 13, 13 + 256})
+        offsets += le(static_cast<quint64>(at), 4);
+    return version + before + version + QByteArray(7868, ' ') + offsets +
+           QByteArray("Brava Software Inc.").leftJustified(32, ' ') +
+           QByteArray("3.05").leftJustified(16, ' ');
+}
+
+QByteArray title(const QString& text) {
+    return renderId3Tag({{ID3FID_TITLE_, text}}, {}).value_or(QByteArray());
+}
+
+class MpegTags : public testing::Test {
+protected:
+    /// What the file becomes under a new title; the error's text when it is refused.
+    QByteArray retagged(const QByteArray& file) {
+        const QString source = m_dir.write(QStringLiteral("in/a.mp3"), file);
+        const QString target = m_dir.path(QStringLiteral("out.mp3"));
+        const auto done = replaceMpegTags(source, target, title(QStringLiteral("T")), {});
+        EXPECT_EQ(TempDir::read(source), file);
+        EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden).size(), done ? 1 : 0);
+        const QByteArray written = TempDir::read(target);
+        QFile::remove(target);
+        return done ? written : done.error().detail.toUtf8();
+    }
+    TempDir m_dir;
+};
+
+TEST_F(MpegTags, TheNewTagIsExactlyWhatTheFormatSays) {
+    EXPECT_EQ(title(QStringLiteral("T\u0416\U0001F3AC")),
+              id3(frame("TIT2", QByteArray("\x01\xFF\xFE"
+                                           "T\0\x16\x04\x3C\xD8\xAC\xDF",
+                                           11))));
+    const QByteArray tag = *renderId3Tag(
+        {{ID3FID_SUBTITLE_, QStringLiteral("")}, {ID3FID_COMMENT_, QStringLiteral("C")}}, "II*");
+    EXPECT_EQ(tag, id3(frame("TIT3", QByteArray("\x01")) +
+                       frame("COMM", QByteArray("\x01\0\0\0\xFF\xFE\0\0\xFF\xFE"
+                                                "C\0",
+                                                12)) +
+                       frame("APIC", QByteArray("\x01\0\x03\xFF\xFE\0\0II*", 10))));
+    EXPECT_EQ(renderId3Tag({}, {}), QByteArray());
+}
+
+TEST_F(MpegTags, EveryKindOfTagGoesAndTheSoundStays) {
+    const QByteArray old = id3(frame("TCON", QByteArray("\0Rock", 5)) + QByteArray(64, '\0'));
+    const QByteArray fresh = title(QStringLiteral("T"));
+    const QByteArray enhanced = "TAG+" + QByteArray(223, 'y') + id3v1();
+    const QByteArray appended = id3(frame("TIT2", "\3abc"), -1, 4, 0x10) + "3DI\4" +
+                                id3(frame("TIT2", "\3abc"), -1, 4, 0x10).mid(4, 6);
+    const QByteArray lyrics3v1 = "LYRICSBEGIN[00:01]WordsLYRICSEND";
+    EXPECT_EQ(retagged(old + old + sound() + musicMatch() + ape(true) + lyrics3v2() + enhanced),
+              fresh + sound());
+    for (const QByteArray& tail :
+         {id3v1(), enhanced, ape(true), ape(false), lyrics3v2() + id3v1(), lyrics3v1 + id3v1(),
+          appended, appended + ape(true) + id3v1(), musicMatch(), musicMatch() + id3v1()})
+        EXPECT_EQ(retagged(sound() + tail), fresh + sound());
+    EXPECT_EQ(retagged(ape(true) + sound()), fresh + sound()) << "at the start";
+    const QByteArray unsynchronised =
+        id3(QByteArray("TIT2\0\0\0\x05\0\0\1\xFF\0\xFE\xFF", 15), -1, 3, 0x80);
+    EXPECT_EQ(retagged(unsynchronised + sound()), fresh + sound());
+    EXPECT_EQ(retagged("junk in front" + sound()), fresh + "junk in front" + sound());
+}
+
+TEST_F(MpegTags, WhatCannotBeTrustedIsNotTakenOff) {
+    const QByteArray text = frame("TIT2", QByteArray("\0abc", 4));
+    EXPECT_EQ(retagged(id3(text, 100 << 20) + sound()),
+              "the tag at the start is larger than the file");
+    EXPECT_EQ(retagged(id3(text, text.size() + 900) + sound()),
+              "the tag at the start reaches into the sound");
+    EXPECT_EQ(retagged(id3(text)), "no frame of MPEG audio was found");
+    EXPECT_EQ(retagged({}), "no frame of MPEG audio was found");
+    EXPECT_EQ(retagged(QByteArray(5000, '\0')), "no frame of MPEG audio was found");
+    // Ends that only look like tags belong to the sound.
+    const QByteArray fresh = title(QStringLiteral("T"));
+    QByteArray lying = ape(true);
+    lying.replace(lying.size() - 20, 4, le(900, 4));
+    QByteArray cut = lyrics3v2().mid(4);
+    for (const QByteArray& tail :
+         {lying, cut, "9999999LYRICS200" + QByteArray(), ape(false).mid(3), musicMatch().mid(9000)})
+        EXPECT_EQ(retagged(sound() + tail), fresh + sound() + tail);
+}
+
+TEST_F(MpegTags, CancellingLeavesNothing) {
+    const QString source = m_dir.write(QStringLiteral("in/a.mp3"), sound());
+    const auto done = replaceMpegTags(source, m_dir.path(QStringLiteral("o.mp3")), {},
+                                      [](double) { return false; });
+    ASSERT_FALSE(done);
+    EXPECT_EQ(done.error().code, ErrorCode::Cancelled);
+    EXPECT_TRUE(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden).isEmpty());
+}
+
+} // namespace

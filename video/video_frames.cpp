@@ -1,0 +1,335 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "video/video_jobs.h"
+#include "video/video_labels.h"
+
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/log.h"
+#include "platform/foundation/paths.h"
+#include "platform/image/cg_image_destination.h"
+#include "platform/image/tiff_representation.h"
+#include "platform/media/asset/av_asset_image_generator.h"
+#include "platform/media/export/output_place.h"
+
+#include <algorithm>
+#include <cmath>
+#include <future>
+
+// The jobs that make pictures of a film: an animated one, or single ones.
+namespace clipheave::video {
+
+using namespace platform;
+using jobs::WriteOutcome;
+using jobs::WriteStatus;
+using Progress = std::function<bool(double)>;
+
+namespace {
+
+constexpr std::int32_t kTimescale = 600;
+/// Seconds; a file that claims more ends much earlier, and the walk with it.
+constexpr double kLongestFilm = 1e9;
+
+/// After so many pictures in a row that cannot be decoded nothing is hoped for any more: a header
+/// may promise thousands of hours.
+constexpr int kMostFailures = 600;
+
+/// Judges pictures that could not be had.
+class PictureFailures {
+public:
+    void succeeded() { m_inARow = 0; }
+    /// One that the film should have.
+    void missed() { ++m_count; }
+    /// False when there is no use in asking for later ones.
+    [[nodiscard]] bool goesOnAfter(const Error& error) {
+        // The film ends before its file says so.
+        if (error.code == ErrorCode::InvalidArgument)
+            return false;
+        m_reason = error;
+        return error.code != ErrorCode::NotSupported && ++m_inARow < kMostFailures;
+    }
+    [[nodiscard]] int count() const { return m_count; }
+    /// Why there is no picture at all.
+    [[nodiscard]] tl::unexpected<Error> none(const QString& path) const {
+        if (m_reason && m_reason->code == ErrorCode::NotSupported)
+            return tl::unexpected(*m_reason);
+        return failure(ErrorCode::InvalidData, QStringLiteral("read frames"), path,
+                       QStringLiteral("no frame could be decoded"));
+    }
+
+private:
+    int m_count = 0, m_inARow = 0;
+    std::optional<Error> m_reason; ///< of the latest
+};
+
+tl::unexpected<Error> stopped(const QString& path) {
+    return failure(ErrorCode::Cancelled, QStringLiteral("read frames"), path);
+}
+
+struct Film {
+    AVAssetImageGenerator generator;
+    double duration; ///< seconds
+};
+
+/// Pictures at exact times, upright.
+Result<Film> openFilm(const QString& source) {
+    const auto asset = AVURLAsset::assetWithPath(source);
+    if (!asset)
+        return tl::unexpected(asset.error());
+    if (tracksWithMediaType(*asset, QString::fromUtf16(AVMediaTypeVideo)).empty())
+        return failure(ErrorCode::NotSupported, QStringLiteral("read frames"), source,
+                       QStringLiteral("there is no film"));
+    AVAssetImageGenerator generator = AVAssetImageGenerator::initWithAsset(*asset);
+    generator.setAppliesPreferredTrackTransform(true);
+    generator.setRequestedTimeToleranceBefore(kCMTimeZero);
+    generator.setRequestedTimeToleranceAfter(kCMTimeZero);
+    const double duration = std::min(CMTimeGetSeconds(assetDuration(*asset)), kLongestFilm);
+    if (!(duration > 0))
+        return failure(ErrorCode::InvalidData, QStringLiteral("read frames"), source,
+                       QStringLiteral("it has no duration"));
+    return Film{std::move(generator), duration};
+}
+
+/// That goes round for ever. Says at once when nothing can be written there.
+Result<std::unique_ptr<CGImageDestination>> createGif(const QString& target, int pictures) {
+    const OutputPlace place(target);
+    if (const auto usable = place.check(); !usable)
+        return tl::unexpected(usable.error());
+    place.removeLink();
+    auto destination =
+        CGImageDestinationCreateWithURL(target, QString::fromUtf16(kUTTypeGIF), pictures);
+    if (!destination)
+        return destination;
+    if (const auto set = CGImageDestinationSetProperties(**destination, {0}); !set)
+        return tl::unexpected(set.error());
+    return destination;
+}
+
+/// One picture a second, for ever in a circle. Without delays: players then use their own pace.
+Result<QStringList> writeGif(const QString& source, const QString& target,
+                             const Progress& progress) {
+    auto film = openFilm(source);
+    if (!film)
+        return tl::unexpected(film.error());
+    const double duration = film->duration;
+    auto destination = createGif(target, static_cast<int>(std::ceil(duration)));
+    if (!destination) {
+        log(LogLevel::Info, QStringLiteral("Failed to create GIF destination"), source);
+        return tl::unexpected(destination.error());
+    }
+    std::size_t frames = 0;
+    PictureFailures failures;
+    for (double t = 0; t < duration; t += 1) {
+        if (!progress(t / duration))
+            return stopped(source);
+        const auto frame = film->generator.copyCGImageAtTime(CMTimeMakeWithSeconds(t, kTimescale));
+        if (!frame) {
+            if (!failures.goesOnAfter(frame.error()))
+                break;
+            failures.missed();
+            continue;
+        }
+        failures.succeeded();
+        ++frames;
+        if (const auto added = CGImageDestinationAddImage(**destination, *frame); !added)
+            return tl::unexpected(added.error());
+    }
+    if (frames == 0)
+        return failures.none(source);
+    if (const auto finalized = CGImageDestinationFinalize(**destination); !finalized) {
+        log(LogLevel::Info, QStringLiteral("Failed to finalize GIF destination"), source);
+        return tl::unexpected(finalized.error());
+    }
+    if (failures.count() == 0)
+        return QStringList();
+    return QStringList{QStringLiteral("%1 frames could not be decoded").arg(failures.count())};
+}
+
+/// The picture as TIFF under `path`, with the dates of the film. The new name is not durable yet.
+Result<void> writeTiff(const QString& path, const RawPicture& frame, const FileAttributes& dates) {
+    const DeferredFolderSyncs deferred;
+    const auto bytes = TIFFRepresentation(frame);
+    if (!bytes)
+        return tl::unexpected(bytes.error());
+    OutputPlace(path).removeLink();
+    auto file = AtomicFile::create(path, static_cast<std::uint64_t>(bytes->size()));
+    if (!file)
+        return tl::unexpected(file.error());
+    if (const auto written = file->write(*bytes); !written)
+        return written;
+    const auto dated = NSFileManager::defaultManager().setAttributesOfOpenFile(
+        file->fd(), path, dates.NSFileCreationDate, dates.NSFileModificationDate);
+    return dated ? file->commit() : tl::unexpected(dated.error());
+}
+
+/// Writes single pictures of one film.
+class PictureWriter {
+public:
+    PictureWriter(QString source, QString folder, QString base, double interval,
+                  const jobs::OutputPaths& paths, std::shared_ptr<QStringList> outputs)
+        : m_source(std::move(source)), m_folder(std::move(folder)), m_base(std::move(base)),
+          m_interval(interval), m_paths(paths), m_outputs(std::move(outputs)) {}
+
+    Result<QStringList> run(const Progress& progress) {
+        auto film = openFilm(m_source);
+        if (!film)
+            return tl::unexpected(film.error());
+        if (const auto found = NSFileManager::defaultManager().attributesOfItemAtPath(m_source))
+            m_dates = *found;
+        const auto made = NSFileManager::defaultManager().createDirectoryAtPath(m_folder);
+        if (!made)
+            return tl::unexpected(made.error());
+        const OutputPlace place(appendingPathComponent(m_folder, m_base));
+        if (const auto usable = place.check(); !usable)
+            return tl::unexpected(usable.error());
+        const double duration = film->duration;
+        double t = 0;
+        while (t < duration && !m_ended) {
+            if (!progress(t / duration)) {
+                ignoreFailure(awaitWriting(), "the job was stopped");
+                return stopped(m_source);
+            }
+            const auto written = writeNext(film->generator, timesOfOneName(t, duration));
+            if (!written)
+                return tl::unexpected(written.error());
+        }
+        if (const auto written = awaitWriting(); !written)
+            return tl::unexpected(written.error());
+        syncFolders({m_folder});
+        if (m_outputs->isEmpty())
+            return m_failures.none(m_source);
+        QStringList notes{QStringLiteral("%1 pictures").arg(m_outputs->size())};
+        if (m_failures.count() > 0)
+            notes.append(QStringLiteral("%1 could not be decoded").arg(m_failures.count()));
+        return notes;
+    }
+
+private:
+    /// The times from `t` on whose pictures have one name, that of their whole second; moves `t`
+    /// past them. The last one wins.
+    std::vector<double> timesOfOneName(double& t, double duration) const {
+        std::vector<double> times;
+        for (const double second = std::floor(t); t < duration && std::floor(t) == second;
+             t += m_interval)
+            times.push_back(t);
+        return times;
+    }
+
+    /// Of several pictures for one name only the last one is decoded; an earlier one stands in
+    /// where that fails.
+    Result<void> writeNext(AVAssetImageGenerator& generator, const std::vector<double>& times) {
+        for (auto time = times.rbegin(); time != times.rend(); ++time) {
+            const auto frame =
+                generator.copyCGImageAtTime(CMTimeMakeWithSeconds(*time, kTimescale));
+            if (frame) {
+                m_failures.succeeded();
+                return write(*frame, static_cast<int>(times.front()));
+            }
+            if (!m_failures.goesOnAfter(frame.error()))
+                m_ended = true;
+            log(LogLevel::Info,
+                QStringLiteral("Error while extracting image: ") + frame.error().text(), m_source);
+        }
+        if (!m_ended)
+            m_failures.missed();
+        return {};
+    }
+
+    /// Deliberate: TIFF bytes under a name that says JPEG, as this job has always written them.
+    Result<void> write(const RawPicture& frame, int second) {
+        const QString path = m_paths.claimShared(
+            appendingPathComponent(m_folder, m_base + QStringLiteral("_%1.jpg").arg(second)));
+        if (const auto before = awaitWriting(); !before)
+            return before;
+        m_writingPath = path;
+        m_writing = std::async(std::launch::async, [path, frame, dates = m_dates] {
+            return writeTiff(path, frame, dates);
+        });
+        return {};
+    }
+
+    /// The picture before is on the disk; it is written while the next one is decoded.
+    Result<void> awaitWriting() {
+        if (!m_writing.valid())
+            return {};
+        const auto written = m_writing.get();
+        if (written)
+            m_outputs->append(m_writingPath);
+        return written;
+    }
+
+    QString m_source, m_folder, m_base;
+    double m_interval;
+    const jobs::OutputPaths& m_paths;
+    std::shared_ptr<QStringList> m_outputs;
+    FileAttributes m_dates;
+    std::future<Result<void>> m_writing;
+    QString m_writingPath;
+    PictureFailures m_failures;
+    bool m_ended = false;
+};
+
+WriteStatus endOf(const AVAssetExportSession& session) {
+    switch (session.status()) {
+    case AVAssetExportSessionStatus::Completed:
+        return WriteStatus::Completed;
+    case AVAssetExportSessionStatus::Cancelled:
+        return WriteStatus::Cancelled;
+    default:
+        return WriteStatus::Failed;
+    }
+}
+
+} // namespace
+
+void VideoJobs::ConvertGIFMediaFileFileThreader(const VideoJobRequest& request) {
+    for (const auto& item : request.items)
+        startExport(
+            item,
+            appendingPathComponent(request.storagelocation,
+                                   deletingPathExtension(item->fileName) + QStringLiteral(".gif")),
+            {{},
+             [](const AVURLAsset& asset,
+                const QString& output) -> Result<std::shared_ptr<AVAssetExportSession>> {
+                 const QString source = asset.path();
+                 return AVAssetExportSession::rewriting(
+                     source, output, [source, output](const Progress& progress) {
+                         return writeGif(source, output, progress);
+                     });
+             }});
+}
+
+void VideoJobs::ExtractImagesMediaFileFileThreader(const VideoJobRequest& request) {
+    const double interval = extractInterval(request.title);
+    for (const auto& item : request.items) {
+        const QString base = deletingPathExtension(item->fileName);
+        m_turns->begin(appendingPathComponent(request.storagelocation, base),
+                       [this, source = item->filePath, folder = request.storagelocation, base,
+                        interval] { beginPictures(source, folder, base, interval); });
+    }
+}
+
+void VideoJobs::beginPictures(const QString& source, const QString& folder, const QString& base,
+                              double interval) {
+    const QString pictures = appendingPathComponent(folder, base);
+    const auto outputs = std::make_shared<QStringList>();
+    const auto writer =
+        std::make_shared<PictureWriter>(source, folder, base, interval, m_paths, outputs);
+    const auto session = AVAssetExportSession::rewriting(
+        source, pictures, [writer](const Progress& progress) { return writer->run(progress); });
+    const auto ended = [session, outputs, source, pictures, start = Clock::now(), turns = m_turns,
+                        handler = m_handler] {
+        WriteOutcome outcome;
+        outcome.source = source;
+        outcome.outputs = *outputs;
+        outcome.status = endOf(*session);
+        outcome.message = outcome.status == WriteStatus::Completed
+                              ? session->notes().join(QStringLiteral("; "))
+                          : outcome.status == WriteStatus::Failed ? session->error().text()
+                                                                  : QStringLiteral("cancelled");
+        outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        turns->ended(pictures);
+        handler(outcome);
+    };
+    m_running->start(session, source, ended);
+}
+
+} // namespace clipheave::video
