@@ -37,7 +37,7 @@ namespace clipheave::app {
 class ActivityModel;
 class MainWindow;
 class MediaListModel;
-class PictureButton;
+class ImageButton;
 class PreferencesWindow;
 class RenameWindow;
 
@@ -57,7 +57,7 @@ public:
     // Start and end
     void awakeFromNib();                              ///< builds and fills the interface
     Q_INVOKABLE void applicationDidFinishLaunching(); ///< applies the preferences, shows the window
-    Q_INVOKABLE bool windowShouldClose();  ///< the system's close: ends at once, answers yes
+    Q_INVOKABLE bool windowShouldClose();  ///< the system's close: ends at once, returns yes
     Q_INVOKABLE void CloseTheMainWindow(); ///< asks "Are you sure you want to Exit ?"
     /// Major, minor and fix number of the system; 10, 0, 0 when unknown. Null pointers are left
     /// alone.
@@ -107,7 +107,7 @@ public:
     Q_INVOKABLE void RemoveMediaFileAction();
     Q_INVOKABLE void RemoveAllMediaFileAction();
     Q_INVOKABLE void RemoveSelectedMediaFileAction();
-    /// Editing begins in the field of this name: sets the flag of its group; always answers yes.
+    /// Editing begins in the field of this name: sets the flag of its group; always returns yes.
     bool control_textShouldBeginEditing(const QString& field);
     void ShowVideoViewWithItem(const media::ItemPointer& item);
     void ShowAudioViewWithItem(const media::ItemPointer& item);

@@ -12,8 +12,8 @@ enum class DispatchKind { Command, Menu };
 /// One button of the dispatcher, in the fixed order of comparison.
 struct DispatchRow {
     const char* button;
-    const char* pressedPicture; ///< null: keeps its picture
-    const char* normalPicture;  ///< set again after a plain command; null: none
+    const char* pressedImage; ///< null: keeps its image
+    const char* normalImage;  ///< set again after a plain command; null: none
     DispatchKind kind;
     const char* target; ///< command or menu
 };

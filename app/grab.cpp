@@ -87,17 +87,17 @@ struct Above {
 /// out.
 QPixmap grabWithWindows(AppDelegate& controller, const QList<Above>& above) {
     MainWindow* window = controller.mainWindow();
-    QPixmap picture = window->grab();
-    QPainter painter(&picture);
+    QPixmap image = window->grab();
+    QPainter painter(&image);
     for (const Above& part : above)
         painter.drawPixmap(part.position - window->pos(), part.widget->grab());
-    return picture;
+    return image;
 }
 
 /// Menus are placed by hand: the screen of a grab may be smaller than the window.
 QList<Above> openMenus(AppDelegate& controller) {
     MainWindow* window = controller.mainWindow();
-    auto* button = window->findChild<PictureButton*>(QStringLiteral("videoEditBtn"));
+    auto* button = window->findChild<ImageButton*>(QStringLiteral("videoEditBtn"));
     window->popUpMenu(QStringLiteral("videoEditMenu"), button);
     QMenu* menu = window->menu(QStringLiteral("videoEditMenu"));
     button->setDown(true);
@@ -131,7 +131,7 @@ QList<Above> centredDialog(AppDelegate& controller, const char* name) {
     return {{dialog, {window->x() + (window->width() - dialog->width()) / 2, dialog->y()}}};
 }
 
-/// Into the film or sound, so that the line and the waveform show what is played.
+/// Into the video or audio, so that the line and the waveform show what is played.
 void seekPlayers(AppDelegate& controller) {
     constexpr double kPart = 0.31;
     for (const PlayerView* view : controller.mainWindow()->findChildren<PlayerView*>())
@@ -139,7 +139,7 @@ void seekPlayers(AppDelegate& controller) {
             view->player()->seek(view->player()->duration() * kPart);
 }
 
-/// The picture's window: two tags before the existing names, dated and numbered.
+/// The image's window: two tags before the existing names, dated and numbered.
 QList<Above> openRename(AppDelegate& controller) {
     selectSome(*controller.mainWindow()->table(), 5);
     controller.ShowRenameWindowAction();
@@ -241,18 +241,18 @@ int grabView(AppDelegate& controller, const GrabRequest& request) {
     const QStringList sides = request.size.split(u'x');
     controller.mainWindow()->setKeepsLayout(false);
     controller.mainWindow()->resize(sides.value(0).toInt(), sides.value(1).toInt());
-    QPixmap picture;
+    QPixmap image;
     if (request.view == u"states") {
-        picture = grabStates();
+        image = grabStates();
     } else {
         importAll(controller, request);
         const QList<Above> above = bringUp(controller, request);
         settle(kSettleTime);
         seekPlayers(controller);
         settle(kSeekTime);
-        picture = grabWithWindows(controller, above);
+        image = grabWithWindows(controller, above);
     }
-    const bool written = picture.save(request.file, "PNG");
+    const bool written = image.save(request.file, "PNG");
     if (!written)
         std::fprintf(stderr, "clipheave: %s could not be written\n", qPrintable(request.file));
     return written ? 0 : 1;

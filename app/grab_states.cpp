@@ -45,7 +45,7 @@ QString stateName(ControlState state) {
 }
 
 /// Only one control at a time can have the focus or the pointer: each is shown in a window of its
-/// own for its picture.
+/// own for its image.
 QPixmap controlIn(ControlState state, const MakeControl& make) {
     QWidget window;
     QPalette ground = window.palette();
@@ -80,8 +80,8 @@ QPixmap controlIn(ControlState state, const MakeControl& make) {
 
 std::vector<MakeControl> shownControls() {
     const auto tool = [](QWidget* parent) -> QWidget* {
-        auto* button = new PictureButton(ButtonKind::Tool, QStringLiteral("Convert"),
-                                         QStringLiteral("convert"), parent);
+        auto* button = new ImageButton(ButtonKind::Tool, QStringLiteral("Convert"),
+                                       QStringLiteral("convert"), parent);
         button->setOpensMenu(true);
         return button;
     };
@@ -111,9 +111,9 @@ std::vector<MakeControl> shownControls() {
         button->setChecked(true);
         return button;
     };
-    const auto button = [](ButtonKind kind, const char* label, const char* picture) {
-        return [kind, label, picture](QWidget* parent) -> QWidget* {
-            return new Button(kind, QLatin1String(label), QLatin1String(picture), parent);
+    const auto button = [](ButtonKind kind, const char* label, const char* image) {
+        return [kind, label, image](QWidget* parent) -> QWidget* {
+            return new Button(kind, QLatin1String(label), QLatin1String(image), parent);
         };
     };
     return {button(ButtonKind::Primary, "Save Changes", "check"),

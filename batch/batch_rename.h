@@ -20,7 +20,7 @@ struct RenameOutcome {
 struct RenameProgress {
     /// After every file, moved or not: the outcome, files done, files in all.
     std::function<void(const RenameOutcome& outcome, std::size_t index, std::size_t total)> done;
-    /// Stops before the next file by answering true. May be empty.
+    /// Stops before the next file by returning true. May be empty.
     std::function<bool()> stopRequested;
 };
 

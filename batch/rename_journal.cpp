@@ -232,7 +232,7 @@ bool RenameJournal::read() {
     return true;
 }
 
-/// A line that makes no sense is passed over: what the disk holds decides in the end.
+/// A line that makes no sense is skipped: what the disk holds decides in the end.
 void RenameJournal::take(const QByteArray& line) {
     const QByteArrayList words = line.split(' ');
     if (words[0] == "move" && words.size() == 7) {

@@ -26,7 +26,8 @@ struct JournalMove {
 /// happens. Lies in the user's state folder, one file a job, kept for the last kKeptJobs. As long
 /// as an object lives, its file is locked against other processes and objects.
 ///
-/// The file is lines of words parted by blanks; in names, bytes up to 0x20, 0x7F and "%" stand as
+/// The file is lines of words separated by blanks; in names, bytes up to 0x20, 0x7F and "%" stand
+/// as
 /// "%XX". The first line names the format, "move" lines give the plan, the lines after them
 /// ("target", "copy", "back", "stays", "end") are appended as things happen. A line that was not
 /// finished does not count.

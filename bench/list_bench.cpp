@@ -104,13 +104,13 @@ void measureSorts(MediaListModel& model) {
         }
 }
 
-/// Real pictures for the first tiles, so that thumbnails arrive while the grid scrolls.
+/// Real frames for the first tiles, so that thumbnails arrive while the grid scrolls.
 void makePhotos(const QTemporaryDir& folder, const std::vector<media::ItemPointer>& items) {
-    QImage picture(1600, 1200, QImage::Format_RGB32);
+    QImage videoFrame(1600, 1200, QImage::Format_RGB32);
     for (int i = 0; i < kPhotos; ++i) {
-        picture.fill(QColor::fromHsv(i * 6, 160, 200));
+        videoFrame.fill(QColor::fromHsv(i * 6, 160, 200));
         const QString path = folder.filePath(QStringLiteral("%1.jpg").arg(i));
-        picture.save(path, "jpeg");
+        videoFrame.save(path, "jpeg");
         items[static_cast<std::size_t>(i)]->filePath = path;
     }
 }

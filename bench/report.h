@@ -34,7 +34,7 @@ private:
 
 inline bool allMet = true;
 
-/// One row: what, value and unit, target, whether it is met; parted by tabs.
+/// One row: what, value and unit, target, whether it is met; separated by tabs.
 inline void report(const char* what, double value, double target, const char* unit) {
     const bool met = value < target;
     allMet = allMet && met;

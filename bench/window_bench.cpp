@@ -99,7 +99,7 @@ int measureSelection(app::AppDelegate& controller, const QStringList& videos) {
         return 1;
     app::MainWindow* window = controller.mainWindow();
     platform::MpvPlayer* player = window->findChild<app::VideoPaneView*>()->player()->player();
-    std::vector<double> panes, pictures;
+    std::vector<double> panes, frames;
     const int rows = static_cast<int>(controller.localPhotoItemArray().size());
     for (int i = 0; i < kChoices; ++i) {
         bool seen = false;
@@ -119,14 +119,14 @@ int measureSelection(app::AppDelegate& controller, const QStringList& videos) {
             continue;
         }
         panes.push_back(filled);
-        pictures.push_back(shown);
+        frames.push_back(shown);
     }
     std::sort(panes.begin(), panes.end());
-    std::sort(pictures.begin(), pictures.end());
+    std::sort(frames.begin(), frames.end());
     bench::report("select another video: pane filled, slowest", panes.back(), 50, "ms");
-    bench::report("select another video: first picture, median", pictures[pictures.size() / 2], 250,
+    bench::report("select another video: first picture, median", frames[frames.size() / 2], 250,
                   "ms");
-    bench::report("select another video: first picture, slowest", pictures.back(), 250, "ms");
+    bench::report("select another video: first picture, slowest", frames.back(), 250, "ms");
     return 0;
 }
 
@@ -139,7 +139,7 @@ int measureJobs(app::AppDelegate& controller, const QStringList& videos) {
     app::MainWindow* window = controller.mainWindow();
     window->selectRow(0);
     window->selectAll();
-    // The choice of a video, its player and its first picture are measured by themselves.
+    // The choice of a video, its player and its first frame are measured by themselves.
     QElapsedTimer settling;
     settling.start();
     waitFor([&] { return settling.elapsed() > kSettled; });

@@ -33,7 +33,7 @@ struct ListOptions {
 struct SaveOptions {
     QStringList paths;
     std::vector<std::pair<QString, QString>> set; ///< FIELD, TEXT
-    QString artwork;                              ///< picture file, empty: none
+    QString artwork;                              ///< image file, empty: none
 };
 
 struct RenameOptions {
@@ -52,7 +52,7 @@ struct VideoOptions {
     QString choice; ///< the menu title or its short form; empty for jobs without a choice
 };
 
-// Each command answers an ExitStatus.
+// Each command returns an ExitStatus.
 int runList(const GlobalOptions& global, const ListOptions& options, Console& console);
 int runSave(const GlobalOptions& global, const SaveOptions& options, Console& console);
 int runClear(const GlobalOptions& global, const QStringList& paths, Console& console);

@@ -57,7 +57,7 @@ private:
 /// A message to the user on standard error, "clipheave-cli: TEXT".
 void printError(const QString& text);
 
-/// The fixed text for an empty selection; answers kNothingToDo.
+/// The fixed text for an empty selection; returns kNothingToDo.
 int reportNothingToDo();
 
 /// SIGINT and SIGTERM cancel the running exports; `interruption()` then gives the exit status.

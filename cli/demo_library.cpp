@@ -19,7 +19,7 @@ QString text(const char* utf8) {
     return QString::fromUtf8(utf8);
 }
 
-/// Items of a sample. "cover" as a value stands for a drawn picture.
+/// Items of a sample. "cover" as a value stands for a drawn image.
 Result<QList<AVMetadataItem>> itemsOf(const DemoVideo& video) {
     QList<AVMetadataItem> items;
     for (const DemoItem& item : video.items) {
@@ -27,11 +27,10 @@ Result<QList<AVMetadataItem>> itemsOf(const DemoVideo& video) {
             break;
         AVMetadataItem::Value value = text(item.value);
         if (qstrcmp(item.value, "cover") == 0) {
-            auto picture =
-                drawSamplePicture(QSize(300, 300), video.pattern, QStringLiteral("jpeg"));
-            if (!picture)
-                return tl::unexpected(picture.error());
-            value = *picture;
+            auto image = drawSampleImage(QSize(300, 300), video.pattern, QStringLiteral("jpeg"));
+            if (!image)
+                return tl::unexpected(image.error());
+            value = *image;
         }
         const QString identifier = text(item.identifier);
         const qsizetype slash = identifier.indexOf(u'/');

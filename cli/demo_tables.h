@@ -12,7 +12,7 @@ namespace clipheave::cli {
 
 struct DemoItem {
     const char* identifier;
-    const char* value; ///< "cover": a drawn picture
+    const char* value; ///< "cover": a drawn image
 };
 
 struct DemoVideo {

@@ -61,13 +61,13 @@ void writeTechnicalFacts(JsonWriter& json, const IKImageItem& item) {
         json.key("channels").integer(platform::intValue(item.fileChannels));
 }
 
-void writeArtwork(JsonWriter& json, const platform::EncodedPicture& picture) {
-    if (picture.isNull())
+void writeArtwork(JsonWriter& json, const platform::EncodedImage& image) {
+    if (image.isNull())
         return;
     json.key("artwork").beginObject();
-    json.key("bytes").integer(static_cast<std::int64_t>(picture.byteCount()));
-    json.key("width").integer(picture.size().width());
-    json.key("height").integer(picture.size().height());
+    json.key("bytes").integer(static_cast<std::int64_t>(image.byteCount()));
+    json.key("width").integer(image.size().width());
+    json.key("height").integer(image.size().height());
     json.endObject();
 }
 

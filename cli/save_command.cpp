@@ -48,7 +48,7 @@ QString usageFault(const SaveOptions& options) {
 
 /// Shows the item in its pane and types the values; the reason when a field is not on its pane.
 QString fillPane(media::VideoPane& pane, const SaveOptions& options,
-                 const platform::EncodedPicture& artwork) {
+                 const platform::EncodedImage& artwork) {
     for (const auto& [name, text] : options.set) {
         const media::VideoField* field = media::videoField(name);
         if (!field)
@@ -62,7 +62,7 @@ QString fillPane(media::VideoPane& pane, const SaveOptions& options,
 
 /// The same for an audio file.
 QString fillAudioPane(media::AudioPane& pane, const SaveOptions& options,
-                      const platform::EncodedPicture& artwork) {
+                      const platform::EncodedImage& artwork) {
     for (const auto& [name, text] : options.set) {
         const AudioFieldName* field = audioField(name);
         if (!field)
@@ -82,14 +82,14 @@ int runSave(const GlobalOptions& global, const SaveOptions& options, Console& co
         printError(fault);
         return kWrongUsage;
     }
-    platform::EncodedPicture artwork;
+    platform::EncodedImage artwork;
     if (!options.artwork.isEmpty()) {
-        const auto picture = platform::pictureForArtwork(options.artwork);
-        if (!picture) {
-            printError(picture.error().text());
+        const auto image = platform::imageForArtwork(options.artwork);
+        if (!image) {
+            printError(image.error().text());
             return kWrongUsage;
         }
-        artwork = *picture;
+        artwork = *image;
     }
     const auto start = [&](metadata::VideoMetadata& writer, jobs::WriteRequest request) {
         QString notThere;

@@ -92,7 +92,8 @@ void reportUnknown(const media::MediaImport& import) {
 int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>& outcomes,
                    bool allImported) {
     bool allDone = allImported;
-    // Deliberate: a sound among the films of a folder is no failure of the job that passes it over.
+    // Deliberate: an audio file among the videos of a folder is no failure of the job that passes
+    // it over.
     bool anythingDone = outcomes.empty();
     QByteArray lines;
     for (const WriteOutcome& outcome : outcomes) {

@@ -14,7 +14,7 @@ using StartWriting =
     std::function<void(metadata::VideoMetadata& writer, jobs::WriteRequest request)>;
 
 /// What every writing command does: imports the paths, starts the writer of each item, waits for
-/// all exports and reports. `what` stands in the progress bar ("saved"). Answers an ExitStatus.
+/// all exports and reports. `what` stands in the progress bar ("saved"). Returns an ExitStatus.
 [[nodiscard]] int runWriting(const GlobalOptions& global, const QStringList& paths,
                              const QString& what, const StartWriting& start, Console& console);
 
@@ -25,7 +25,7 @@ struct ItemRun {
     QString storage; ///< output folder; it exists
 };
 using RunProgressTeller = std::function<jobs::RunProgress()>;
-/// Starts the work on all items and returns; answers what tells the progress of what runs. The
+/// Starts the work on all items and returns; returns what tells the progress of what runs. The
 /// answer owns what must live until all outcomes are there.
 using StartRun = std::function<RunProgressTeller(const ItemRun& run)>;
 /// The paths of all imported items.
@@ -34,7 +34,7 @@ using StartRun = std::function<RunProgressTeller(const ItemRun& run)>;
 [[nodiscard]] int runOverItems(const GlobalOptions& global, const QStringList& paths,
                                const QString& what, const StartRun& start, Console& console);
 
-/// Outputs or, with --json, the outcomes on standard output, messages on standard error. Answers an
+/// Outputs or, with --json, the outcomes on standard output, messages on standard error. Returns an
 /// ExitStatus: that all is done only when the import had left out nothing either.
 [[nodiscard]] int reportOutcomes(const GlobalOptions& global,
                                  const std::vector<jobs::WriteOutcome>& outcomes, bool allImported);

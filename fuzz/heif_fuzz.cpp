@@ -40,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const auto facts = readHeif(*reader);
         if (facts && facts->exif.size() > (8 << 20))
             __builtin_trap(); // more than the reader may hold
-        static_cast<void>(pictureLayout(*reader));
+        static_cast<void>(imageLayout(*reader));
     }
     close(fd);
     return 0;

@@ -13,14 +13,14 @@ using namespace clipheave::platform;
 
 namespace {
 
-/// A file that was written must have the sound of its source behind the new tag, and nothing else.
-void retag(const QString& source, const QString& target, const MpegSound& sound) {
+/// A file that was written must have the audio of its source behind the new tag, and nothing else.
+void retag(const QString& source, const QString& target, const MpegAudio& audio) {
     static const QByteArray tag = *renderId3Tag({{ID3FID_TITLE_, QStringLiteral("x")}}, "II*");
     if (!replaceMpegTags(source, target, tag, {}))
         std::abort();
     auto written = FileReader::open(target);
-    const auto again = written ? findMpegSound(*written) : tl::unexpected(written.error());
-    if (!again || again->end - again->start != sound.end - sound.start ||
+    const auto again = written ? findMpegAudio(*written) : tl::unexpected(written.error());
+    if (!again || again->end - again->start != audio.end - audio.start ||
         written->size() != static_cast<std::uint64_t>(tag.size()) + again->end - again->start)
         std::abort();
 }
@@ -31,10 +31,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const QTemporaryDir folder(QStringLiteral("/dev/shm/mpeg-tags-fuzz-XXXXXX"));
     const QString target = folder.filePath(QStringLiteral("target"));
     withAudioInput(data, size, [&](FileReader& reader) {
-        if (const auto sound = findMpegSound(reader)) {
-            if (sound->start >= sound->end || sound->end > reader.size())
+        if (const auto audio = findMpegAudio(reader)) {
+            if (audio->start >= audio->end || audio->end > reader.size())
                 std::abort();
-            retag(reader.path(), target, *sound);
+            retag(reader.path(), target, *audio);
         }
         const FlacTagChanges changes{{{QStringLiteral("title"), QStringLiteral("x")}}, {}};
         if (rewriteFlacTags(reader.path(), target, changes, {})) {

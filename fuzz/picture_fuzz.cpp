@@ -4,10 +4,10 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     withAudioInput(data, size, [size](auto& reader) {
-        const auto picture = clipheave::platform::EncodedPicture::fromSlice(
+        const auto image = clipheave::platform::EncodedImage::fromSlice(
             reader, {reader.path(), 0, static_cast<std::uint64_t>(size)});
-        // What was taken for a picture reads back whole.
-        if (!picture.isNull() && picture.bytes().size() != static_cast<qsizetype>(size))
+        // What was taken for an image reads back whole.
+        if (!image.isNull() && image.bytes().size() != static_cast<qsizetype>(size))
             __builtin_trap();
     });
     return 0;

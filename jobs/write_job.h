@@ -87,7 +87,7 @@ void startSession(const WriteJob& job,
                   const std::shared_ptr<platform::AVAssetExportSession>& session);
 /// Ends a job that wrote nothing.
 void failJob(const WriteJob& job, const QString& reason);
-/// The pass-through export by `plan`; its end sets the dates and answers the handler, on the
+/// The pass-through export by `plan`; its end sets the dates and returns the handler, on the
 /// export's thread. A file that cannot be rewritten is copied unchanged with the dates asked for,
 /// and the outcome says so (Failed): the user finds a file in the output folder in any case.
 void startExport(const WriteJob& job, const platform::AVURLAsset& asset, const MetadataPlan& plan);

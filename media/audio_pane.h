@@ -22,8 +22,8 @@ struct AudioPaneTexts {
     QString keywordslab;
     QString imageDescrilab; ///< description
     QString commentslab;
-    QString lyricslab;                          ///< lyricist
-    platform::EncodedPicture audioArtImageView; ///< null: the placeholder "artworkimage"
+    QString lyricslab;                        ///< lyricist
+    platform::EncodedImage audioArtImageView; ///< null: the placeholder "artworkimage"
 };
 
 /// What the audio pane showed when the item was displayed.
@@ -47,7 +47,7 @@ struct AudioShownTexts {
     QString oldKeywordStr;
     QString oldImageDescStr;
     /// Tells a cover that was put into the pane from the one that the file holds.
-    platform::EncodedPicture shownArtwork;
+    platform::EncodedImage shownArtwork;
 };
 
 struct AudioPane {

@@ -13,9 +13,9 @@
 
 namespace clipheave::media {
 
-/// How a thumbnail browser gets at the picture of an item.
+/// How a thumbnail browser gets at the image of an item.
 enum class ImageRepresentationType {
-    Path,      ///< a picture file
+    Path,      ///< an image file
     MoviePath, ///< a movie file
     QuickLook, ///< whatever the thumbnail service makes of the path
 };
@@ -24,8 +24,8 @@ enum class ImageRepresentationType {
 /// does not carry is a null text. Filled on one thread, then handed over; readers share it
 /// unchanged.
 struct IKImageItem {
-    platform::EncodedPicture fileImage;
-    QString fileImagePath; ///< picture file dropped onto the artwork well
+    platform::EncodedImage fileImage;
+    QString fileImagePath; ///< image file dropped onto the artwork well
     QString filePath;      ///< the item's identity
     QString fileType = QStringLiteral("Image");
     std::uint8_t bhasCopy = 0;      ///< reserved

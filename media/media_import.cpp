@@ -42,8 +42,8 @@ Result<ItemPointer> readBrowserItem(const QString& path) {
     return item;
 }
 
-/// A film by its name whose kind the list does not take.
-bool isFilmOfNoKind(const QString& path) {
+/// A video by its name whose kind the list does not take.
+bool isVideoOfNoKind(const QString& path) {
     static constexpr QStringView kExtensions[] = {u"webm", u"ogv", u"mts",  u"m2v",
                                                   u"m1v",  u"mpv", u"dv",   u"3gpp",
                                                   u"wm",   u"ivf", u"gifv", u"nut"};
@@ -114,7 +114,7 @@ struct MediaImport::Pipeline {
 
     void addFile(const QString& path, bool inFolder) {
         const auto reader = readerFor(path, wanted == Wanted::PhotosAndVideos, inFolder);
-        if (!reader && (!inFolder || isFilmOfNoKind(path)))
+        if (!reader && (!inFolder || isVideoOfNoKind(path)))
             noteUnknown(path);
         ahead.add(path, reader);
     }

@@ -43,7 +43,7 @@ public:
     /// What could not be read.
     [[nodiscard]] const std::vector<SkippedPath>& skipped() const { return m_skipped; }
     /// Files of kinds that the list does not take: those that were asked for by name, and of those
-    /// met in folders the ones that are films all the same. Nothing is logged about them.
+    /// met in folders the ones that are videos all the same. Nothing is logged about them.
     [[nodiscard]] const std::vector<SkippedPath>& unknown() const { return m_unknown; }
     /// True when the last path handled was a folder; then `bImportLocalPath` is its parent.
     [[nodiscard]] bool bImportLocalFolder() const { return m_bImportLocalFolder; }
@@ -51,7 +51,7 @@ public:
 
     /// Threads that read ahead, besides the importing one (default: the machine's other cores).
     void setReadAheadThreads(int count) { m_readAheadThreads = count; }
-    /// Asked between files; answering true ends the import early (a signal, the end of the
+    /// Asked between files; returning true ends the import early (a signal, the end of the
     /// program).
     void setStopRequested(std::function<bool()> stop) { m_stop = std::move(stop); }
 

@@ -9,7 +9,7 @@ namespace clipheave::media {
 
 /// The four extension tables, the size and the duration texts; stateless, the controller inherits
 /// them. A lookup takes the extension without its dot, compares the whole of it without regard to
-/// ASCII case and answers the 0-based index of the first equal entry, or -1 (also for null).
+/// ASCII case and returns the 0-based index of the first equal entry, or -1 (also for null).
 struct MediaKind {
     static int GetImageType(const char* extension);     ///< raw camera photos
     static int GetDragImageType(const char* extension); ///< photos and drawings taken by drop
@@ -21,7 +21,7 @@ struct MediaKind {
     static bool isVideo(const QString& path);
     static bool isPhoto(const QString& path);
 
-    /// Writes the size as text into `buffer` (100 bytes) and answers it: "999 bytes", "1.00 KB" …
+    /// Writes the size as text into `buffer` (100 bytes) and returns it: "999 bytes", "1.00 KB" …
     /// "1.00 TB"; decimal units, divided step by step in single precision.
     static char* size_to_unit_out_buffer(std::uint64_t size, char* buffer);
     static QString sizeText(std::uint64_t size);

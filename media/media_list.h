@@ -27,7 +27,7 @@ public:
     [[nodiscard]] static const QString& cellText(const IKImageItem& item, Column column);
 
     [[nodiscard]] static bool flag(Column column);
-    /// Flips the flag and answers its new value.
+    /// Flips the flag and returns its new value.
     static bool flipFlag(Column column);
     /// Clears all flags, as at the start of the program.
     static void resetFlags();

@@ -14,7 +14,7 @@ namespace clipheave::media {
 namespace {
 
 using platform::AVMetadataItem;
-using platform::EncodedPicture;
+using platform::EncodedImage;
 using platform::FileSlice;
 
 /// How an item's value reaches the record.
@@ -150,15 +150,15 @@ QString nothingIfEmpty(const QString& text) {
 }
 
 void setArtwork(IKImageItem& item, const AVMetadataItem& source) {
-    EncodedPicture picture;
+    EncodedImage image;
     if (const auto* slice = std::get_if<FileSlice>(&source.value)) {
         if (auto reader = platform::FileReader::open(slice->path))
-            picture = EncodedPicture::fromSlice(*reader, *slice);
+            image = EncodedImage::fromSlice(*reader, *slice);
     } else if (const auto* bytes = std::get_if<QByteArray>(&source.value)) {
-        picture = EncodedPicture::fromBytes(*bytes);
+        image = EncodedImage::fromBytes(*bytes);
     }
-    if (!picture.isNull())
-        item.fileImage = picture;
+    if (!image.isNull())
+        item.fileImage = image;
 }
 
 void setKeywords(IKImageItem& item, const AVMetadataItem& source) {

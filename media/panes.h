@@ -25,7 +25,7 @@ struct PaneTexts {
     QString mediaLatitude;
     QString mediaLongtitude;
     QString mediaAatitude;
-    platform::EncodedPicture mediaImageView; ///< null: the placeholder "artworkimage"
+    platform::EncodedImage mediaImageView; ///< null: the placeholder "artworkimage"
 };
 
 /// What the video pane showed when the item was displayed. Deliberate pairing: the album stands in
@@ -47,7 +47,7 @@ struct ShownTexts {
     // what the file holds already, so that a save leaves an untouched position and cover as they
     // are.
     QString shownLatitude, shownLongtitude, shownAtitude;
-    platform::EncodedPicture shownArtwork;
+    platform::EncodedImage shownArtwork;
 };
 
 /// Which groups of fields an edit has begun in. Only ever set by editing; cleared with another

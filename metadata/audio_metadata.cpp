@@ -17,7 +17,7 @@ namespace {
 using namespace platform;
 
 /// Room for the head of a FLAC picture block, whose whole size is 24 bits.
-constexpr std::uint64_t kLargestFlacPicture = (1u << 24) - 1024;
+constexpr std::uint64_t kLargestFlacImage = (1u << 24) - 1024;
 
 bool hasExtension(const jobs::WriteRequest& request, const char16_t* extension) {
     return pathExtension(request.item->filePath)
@@ -53,26 +53,26 @@ bool holdsListedArtwork(const QList<AVMetadataItem>& items) {
 }
 
 /// The cover as an M4A file stores it; null when the source's own box is carried over.
-EncodedPicture coverForM4a(const CoverPlan& cover, const QList<AVMetadataItem>& source,
-                           QStringList& notes) {
-    if (cover.picture.isNull() || (cover.isUntouched && holdsListedArtwork(source)))
+EncodedImage coverForM4a(const CoverPlan& cover, const QList<AVMetadataItem>& source,
+                         QStringList& notes) {
+    if (cover.image.isNull() || (cover.isUntouched && holdsListedArtwork(source)))
         return {};
-    const auto picture = pictureForItemList(cover.picture);
-    if (picture)
-        return *picture;
-    notes.append(picture.error().text());
+    const auto image = artworkForItemList(cover.image);
+    if (image)
+        return *image;
+    notes.append(image.error().text());
     return {};
 }
 
-/// TIFF, or the picture's own bytes where a block cannot hold as much.
-EncodedPicture coverForFlac(const EncodedPicture& picture, QStringList& notes) {
-    const auto tiff = TIFFRepresentation(picture);
-    if (tiff && tiff->byteCount() <= kLargestFlacPicture)
+/// TIFF, or the image's own bytes where a block cannot hold as much.
+EncodedImage coverForFlac(const EncodedImage& image, QStringList& notes) {
+    const auto tiff = TIFFRepresentation(image);
+    if (tiff && tiff->byteCount() <= kLargestFlacImage)
         return *tiff;
     notes.append(tiff ? QStringLiteral("The cover is stored as it was given: as TIFF it is over "
                                        "16 MiB")
                       : tiff.error().text());
-    return picture;
+    return image;
 }
 
 } // namespace
@@ -114,21 +114,21 @@ std::optional<jobs::WriteJob> AudioMetadata::begin(const jobs::WriteRequest& req
 }
 
 void AudioMetadata::writeMp3(const jobs::WriteRequest& request, const QList<Id3TextFrame>& frames,
-                             const EncodedPicture& cover, const QString& createdText) {
+                             const EncodedImage& cover, const QString& createdText) {
     auto job = begin(request, createdText);
     if (!job)
         return;
     const auto write = [source = job->source, output = job->output, frames,
                         cover](const auto& progress) -> Result<QStringList> {
-        QByteArray picture;
+        QByteArray image;
         if (!cover.isNull()) {
             const auto tiff = TIFFRepresentation(cover);
             if (!tiff)
                 return tl::unexpected(tiff.error());
-            picture = tiff->bytes();
-            writeTemporaryArtwork(picture);
+            image = tiff->bytes();
+            writeTemporaryArtwork(image);
         }
-        const auto tag = renderId3Tag(frames, picture);
+        const auto tag = renderId3Tag(frames, image);
         if (!tag)
             return tl::unexpected(tag.error());
         OutputPlace(output).removeLink();
@@ -149,7 +149,7 @@ void AudioMetadata::SetMp3MetadateItem_withDateStr(const jobs::WriteRequest& req
     if (!request.audioPane)
         return static_cast<void>(begin(request, {}));
     writeMp3(request, planMp3Save(*request.audioPane, dateText),
-             planCover(*request.audioPane, *request.item).picture,
+             planCover(*request.audioPane, *request.item).image,
              dateText.isNull() ? createdTextOf(request) : dateText);
 }
 
@@ -157,7 +157,7 @@ void AudioMetadata::RemoveMp3metadataItem(const jobs::WriteRequest& request) {
     if (!request.audioPane)
         return static_cast<void>(begin(request, {}));
     writeMp3(request, planMp3Removal(*request.audioPane),
-             planCover(*request.audioPane, *request.item).picture, createdTextOf(request));
+             planCover(*request.audioPane, *request.item).image, createdTextOf(request));
 }
 
 void AudioMetadata::ReloadMp3MetadateItem_withExif(const jobs::WriteRequest& request,
@@ -221,13 +221,13 @@ void AudioMetadata::writeFlac(const jobs::WriteRequest& request, const QMap<QStr
         return;
     FlacTagChanges changes{info, {}};
     // A cover that nobody has touched stays as the file holds it.
-    const bool hasNewCover = !cover.isUntouched && !cover.picture.isNull();
+    const bool hasNewCover = !cover.isUntouched && !cover.image.isNull();
     const auto write = [source = job->source, output = job->output, changes,
-                        picture = hasNewCover ? cover.picture : EncodedPicture()](
+                        image = hasNewCover ? cover.image : EncodedImage()](
                            const auto& progress) mutable -> Result<QStringList> {
         QStringList notes;
-        if (!picture.isNull())
-            changes.picture = coverForFlac(picture, notes);
+        if (!image.isNull())
+            changes.image = coverForFlac(image, notes);
         OutputPlace(output).removeLink();
         const auto written = rewriteFlacTags(source, output, changes, progress);
         return written ? Result<QStringList>(notes) : tl::unexpected(written.error());

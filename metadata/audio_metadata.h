@@ -11,19 +11,19 @@ namespace clipheave::metadata {
 /// Writers of audio files of one command run, beside those of VideoMetadata, which owns the run.
 /// Each call starts one item and returns; see VideoMetadata for the outcome. All outputs go flat
 /// into the storage folder under the source's name and extension, whatever the container becomes.
-/// A request without an audio pane answers Failed.
+/// A request without an audio pane returns Failed.
 class AudioMetadata {
 public:
     AudioMetadata(jobs::OutcomeHandler handler, jobs::OutputPaths& paths,
                   std::shared_ptr<jobs::RunningExports> running)
         : m_handler(std::move(handler)), m_paths(paths), m_running(std::move(running)) {}
 
-    /// By the extension: MP3, FLAC (saving alone), any other sound.
+    /// By the extension: MP3, FLAC (saving alone), any other audio.
     void save(const jobs::WriteRequest& request);
     void remove(const jobs::WriteRequest& request);
 
-    // MP3: one new ID3v2.3 tag in place of all old tags; the sound stays byte for byte. A file
-    // whose tags cannot be taken off safely is copied unchanged and answers Failed.
+    // MP3: one new ID3v2.3 tag in place of all old tags; the audio stays byte for byte. A file
+    // whose tags cannot be taken off safely is copied unchanged and returns Failed.
     void SaveChangedMp3MetadateItem(const jobs::WriteRequest& request);
     /// Blank frames for the fields that the pane shows; the cover stays.
     void RemoveMp3metadataItem(const jobs::WriteRequest& request);
@@ -33,7 +33,7 @@ public:
     void ReloadMp3MetadateItem_withExif(const jobs::WriteRequest& request,
                                         const AudioDictionary& exif);
 
-    // Any other sound: becomes M4A. AAC, ALAC and AC-3 are copied, other lossless codecs become
+    // Any other audio: becomes M4A. AAC, ALAC and AC-3 are copied, other lossless codecs become
     // ALAC, other lossy ones AAC. A failure leaves no output.
     void SaveChangedAuidoExifDateItem(const jobs::WriteRequest& request);
     void SetAuidoExifDateItem_withDateStr(const jobs::WriteRequest& request,
@@ -57,7 +57,7 @@ private:
     [[nodiscard]] std::optional<jobs::WriteJob> begin(const jobs::WriteRequest& request,
                                                       const QString& createdText);
     void writeMp3(const jobs::WriteRequest& request, const QList<platform::Id3TextFrame>& frames,
-                  const platform::EncodedPicture& cover, const QString& createdText);
+                  const platform::EncodedImage& cover, const QString& createdText);
     /// `plan` makes the items out of the source's.
     void writeM4a(const jobs::WriteRequest& request, const QString& createdText,
                   const std::function<QList<platform::AVMetadataItem>(

@@ -145,7 +145,7 @@ QMap<QString, QString> flacTexts(const QList<std::pair<const AudioTextRow*, QStr
 } // namespace
 
 CoverPlan planCover(const media::AudioPane& pane, const media::IKImageItem& item) {
-    const platform::EncodedPicture& shown = pane.texts.audioArtImageView;
+    const platform::EncodedImage& shown = pane.texts.audioArtImageView;
     if (shown.isNull())
         return {};
     if (shown == pane.shown.shownArtwork)
@@ -184,7 +184,7 @@ QList<Id3TextFrame> planMp3Reload(const AudioDictionary& texts) {
 }
 
 QList<AVMetadataItem> planAudioSave(const media::AudioPane& pane,
-                                    const platform::EncodedPicture& cover,
+                                    const platform::EncodedImage& cover,
                                     const QList<AVMetadataItem>& sourceMetadata,
                                     const QString& recordDate) {
     QList<AVMetadataItem> items = itemsOfTexts(changedTexts(pane, recordDate));

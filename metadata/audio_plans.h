@@ -16,12 +16,12 @@ using AudioDictionary = QMap<QString, QString>;
 
 /// The front cover of an output.
 struct CoverPlan {
-    platform::EncodedPicture picture; ///< null: none
-    /// The picture is the one that the file holds: nobody has put another into the pane.
+    platform::EncodedImage image; ///< null: none
+    /// The image is the one that the file holds: nobody has put another into the pane.
     bool isUntouched = true;
 };
 /// Deliberate: whether there is a cover at all is read from the pane; an untouched pane gives each
-/// file its own cover, a new picture all of them the new one.
+/// file its own cover, a new image all of them the new one.
 [[nodiscard]] CoverPlan planCover(const media::AudioPane& pane, const media::IKImageItem& item);
 
 /// The text frames of an MP3 file: every field that is not empty, changed or not. `recordDate`
@@ -37,7 +37,7 @@ struct CoverPlan {
 /// The items of an M4A file: the changed fields first, then what the source keeps. `recordDate` as
 /// above. A null `cover` leaves the source's.
 [[nodiscard]] QList<platform::AVMetadataItem>
-planAudioSave(const media::AudioPane& pane, const platform::EncodedPicture& cover,
+planAudioSave(const media::AudioPane& pane, const platform::EncodedImage& cover,
               const QList<platform::AVMetadataItem>& sourceMetadata,
               const QString& recordDate = {});
 /// Every key that is present, and the rest of the source.

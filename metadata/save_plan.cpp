@@ -28,7 +28,7 @@ void appendTexts(const media::VideoPane& pane, QList<AVMetadataItem>& items) {
 }
 
 /// Every date item of the source gets the new text; a source without one gets "uiso/date".
-/// Answers whether the output must be a QuickTime movie.
+/// Returns whether the output must be a QuickTime movie.
 bool appendDates(const media::VideoPane& pane, const QList<AVMetadataItem>& source,
                  QList<AVMetadataItem>& items) {
     const QString& text = pane.texts.mediaShootDate;
@@ -65,11 +65,11 @@ void appendLocation(const media::VideoPane& pane, QList<AVMetadataItem>& items) 
 }
 
 void appendArtwork(const media::VideoPane& pane, QList<AVMetadataItem>& items) {
-    const platform::EncodedPicture& picture = pane.texts.mediaImageView;
-    if (picture.isNull() || picture == pane.shown.shownArtwork)
+    const platform::EncodedImage& image = pane.texts.mediaImageView;
+    if (image.isNull() || image == pane.shown.shownArtwork)
         return;
     items.append(newMetadataItem(AVMetadataKeySpaceCommon, AVMetadataCommonKeyArtwork,
-                                 u"common/artwork", picture.bytes()));
+                                 u"common/artwork", image.bytes()));
 }
 
 } // namespace

@@ -6,7 +6,7 @@
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 
-// The jobs that hand a whole file to an export: compress, convert, extract the sound.
+// The jobs that hand a whole file to an export: compress, convert, extract the audio.
 namespace clipheave::video {
 
 using namespace platform;
@@ -24,7 +24,7 @@ jobs::WriteRequest pathRequest(const VideoJobRequest& request, const media::Item
 }
 
 /// Deliberate: the folders of an imported tree appear in the storage folder although the converted
-/// films lie beside them, as they always have.
+/// videos lie beside them, as they always have.
 void makeMirroredFolders(const VideoJobRequest& request, const media::ItemPointer& item) {
     if (!request.bImportLocalFolder)
         return;
@@ -103,7 +103,7 @@ void VideoJobs::ExtractAudioMediaFileFileThreader(const VideoJobRequest& request
     for (const auto& item : request.items) {
         if (skips(item))
             continue;
-        // Deliberate: an older output of the film itself goes, not one of its sound (that one is
+        // Deliberate: an older output of the video itself goes, not one of its audio (that one is
         // replaced). A file of the list is never taken away.
         const QString older = appendingPathComponent(request.storagelocation, item->fileName);
         bool isDirectory = false;

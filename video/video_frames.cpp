@@ -14,7 +14,7 @@
 #include <cmath>
 #include <future>
 
-// The jobs that make pictures of a film: an animated one, or single ones.
+// The jobs that make frames of a video: an animated one, or single ones.
 namespace clipheave::video {
 
 using namespace platform;
@@ -26,28 +26,28 @@ namespace {
 
 constexpr std::int32_t kTimescale = 600;
 /// Seconds; a file that claims more ends much earlier, and the walk with it.
-constexpr double kLongestFilm = 1e9;
+constexpr double kLongestVideo = 1e9;
 
-/// After so many pictures in a row that cannot be decoded nothing is hoped for any more: a header
+/// After so many frames in a row that cannot be decoded nothing is hoped for any more: a header
 /// may promise thousands of hours.
 constexpr int kMostFailures = 600;
 
-/// Judges pictures that could not be had.
-class PictureFailures {
+/// Judges frames that could not be had.
+class FrameFailures {
 public:
     void succeeded() { m_inARow = 0; }
-    /// One that the film should have.
+    /// One that the video should have.
     void missed() { ++m_count; }
     /// False when there is no use in asking for later ones.
     [[nodiscard]] bool goesOnAfter(const Error& error) {
-        // The film ends before its file says so.
+        // The video ends before its file says so.
         if (error.code == ErrorCode::InvalidArgument)
             return false;
         m_reason = error;
         return error.code != ErrorCode::NotSupported && ++m_inARow < kMostFailures;
     }
     [[nodiscard]] int count() const { return m_count; }
-    /// Why there is no picture at all.
+    /// Why there is no frame at all.
     [[nodiscard]] tl::unexpected<Error> none(const QString& path) const {
         if (m_reason && m_reason->code == ErrorCode::NotSupported)
             return tl::unexpected(*m_reason);
@@ -64,13 +64,13 @@ tl::unexpected<Error> stopped(const QString& path) {
     return failure(ErrorCode::Cancelled, QStringLiteral("read frames"), path);
 }
 
-struct Film {
+struct Video {
     AVAssetImageGenerator generator;
     double duration; ///< seconds
 };
 
-/// Pictures at exact times, upright.
-Result<Film> openFilm(const QString& source) {
+/// Frames at exact times, upright.
+Result<Video> openVideo(const QString& source) {
     const auto asset = AVURLAsset::assetWithPath(source);
     if (!asset)
         return tl::unexpected(asset.error());
@@ -81,21 +81,21 @@ Result<Film> openFilm(const QString& source) {
     generator.setAppliesPreferredTrackTransform(true);
     generator.setRequestedTimeToleranceBefore(kCMTimeZero);
     generator.setRequestedTimeToleranceAfter(kCMTimeZero);
-    const double duration = std::min(CMTimeGetSeconds(assetDuration(*asset)), kLongestFilm);
+    const double duration = std::min(CMTimeGetSeconds(assetDuration(*asset)), kLongestVideo);
     if (!(duration > 0))
         return failure(ErrorCode::InvalidData, QStringLiteral("read frames"), source,
                        QStringLiteral("it has no duration"));
-    return Film{std::move(generator), duration};
+    return Video{std::move(generator), duration};
 }
 
 /// That goes round for ever. Says at once when nothing can be written there.
-Result<std::unique_ptr<CGImageDestination>> createGif(const QString& target, int pictures) {
+Result<std::unique_ptr<CGImageDestination>> createGif(const QString& target, int allFrames) {
     const OutputPlace place(target);
     if (const auto usable = place.check(); !usable)
         return tl::unexpected(usable.error());
     place.removeLink();
     auto destination =
-        CGImageDestinationCreateWithURL(target, QString::fromUtf16(kUTTypeGIF), pictures);
+        CGImageDestinationCreateWithURL(target, QString::fromUtf16(kUTTypeGIF), allFrames);
     if (!destination)
         return destination;
     if (const auto set = CGImageDestinationSetProperties(**destination, {0}); !set)
@@ -103,24 +103,25 @@ Result<std::unique_ptr<CGImageDestination>> createGif(const QString& target, int
     return destination;
 }
 
-/// One picture a second, for ever in a circle. Without delays: players then use their own pace.
+/// One frame a second, for ever in a circle. Without delays: players then use their own pace.
 Result<QStringList> writeGif(const QString& source, const QString& target,
                              const Progress& progress) {
-    auto film = openFilm(source);
-    if (!film)
-        return tl::unexpected(film.error());
-    const double duration = film->duration;
+    auto videoFile = openVideo(source);
+    if (!videoFile)
+        return tl::unexpected(videoFile.error());
+    const double duration = videoFile->duration;
     auto destination = createGif(target, static_cast<int>(std::ceil(duration)));
     if (!destination) {
         log(LogLevel::Info, QStringLiteral("Failed to create GIF destination"), source);
         return tl::unexpected(destination.error());
     }
     std::size_t frames = 0;
-    PictureFailures failures;
+    FrameFailures failures;
     for (double t = 0; t < duration; t += 1) {
         if (!progress(t / duration))
             return stopped(source);
-        const auto frame = film->generator.copyCGImageAtTime(CMTimeMakeWithSeconds(t, kTimescale));
+        const auto frame =
+            videoFile->generator.copyCGImageAtTime(CMTimeMakeWithSeconds(t, kTimescale));
         if (!frame) {
             if (!failures.goesOnAfter(frame.error()))
                 break;
@@ -143,8 +144,8 @@ Result<QStringList> writeGif(const QString& source, const QString& target,
     return QStringList{QStringLiteral("%1 frames could not be decoded").arg(failures.count())};
 }
 
-/// The picture as TIFF under `path`, with the dates of the film. The new name is not durable yet.
-Result<void> writeTiff(const QString& path, const RawPicture& frame, const FileAttributes& dates) {
+/// The frame as TIFF under `path`, with the dates of the video. The new name is not durable yet.
+Result<void> writeTiff(const QString& path, const RawFrame& frame, const FileAttributes& dates) {
     const DeferredFolderSyncs deferred;
     const auto bytes = TIFFRepresentation(frame);
     if (!bytes)
@@ -160,18 +161,18 @@ Result<void> writeTiff(const QString& path, const RawPicture& frame, const FileA
     return dated ? file->commit() : tl::unexpected(dated.error());
 }
 
-/// Writes single pictures of one film.
-class PictureWriter {
+/// Writes single frames of one video.
+class FrameWriter {
 public:
-    PictureWriter(QString source, QString folder, QString base, double interval,
-                  const jobs::OutputPaths& paths, std::shared_ptr<QStringList> outputs)
+    FrameWriter(QString source, QString folder, QString base, double interval,
+                const jobs::OutputPaths& paths, std::shared_ptr<QStringList> outputs)
         : m_source(std::move(source)), m_folder(std::move(folder)), m_base(std::move(base)),
           m_interval(interval), m_paths(paths), m_outputs(std::move(outputs)) {}
 
     Result<QStringList> run(const Progress& progress) {
-        auto film = openFilm(m_source);
-        if (!film)
-            return tl::unexpected(film.error());
+        auto videoFile = openVideo(m_source);
+        if (!videoFile)
+            return tl::unexpected(videoFile.error());
         if (const auto found = NSFileManager::defaultManager().attributesOfItemAtPath(m_source))
             m_dates = *found;
         const auto made = NSFileManager::defaultManager().createDirectoryAtPath(m_folder);
@@ -180,14 +181,14 @@ public:
         const OutputPlace place(appendingPathComponent(m_folder, m_base));
         if (const auto usable = place.check(); !usable)
             return tl::unexpected(usable.error());
-        const double duration = film->duration;
+        const double duration = videoFile->duration;
         double t = 0;
         while (t < duration && !m_ended) {
             if (!progress(t / duration)) {
                 ignoreFailure(awaitWriting(), "the job was stopped");
                 return stopped(m_source);
             }
-            const auto written = writeNext(film->generator, timesOfOneName(t, duration));
+            const auto written = writeNext(videoFile->generator, timesOfOneName(t, duration));
             if (!written)
                 return tl::unexpected(written.error());
         }
@@ -203,7 +204,7 @@ public:
     }
 
 private:
-    /// The times from `t` on whose pictures have one name, that of their whole second; moves `t`
+    /// The times from `t` on whose frames have one name, that of their whole second; moves `t`
     /// past them. The last one wins.
     std::vector<double> timesOfOneName(double& t, double duration) const {
         std::vector<double> times;
@@ -213,7 +214,7 @@ private:
         return times;
     }
 
-    /// Of several pictures for one name only the last one is decoded; an earlier one stands in
+    /// Of several frames for one name only the last one is decoded; an earlier one stands in
     /// where that fails.
     Result<void> writeNext(AVAssetImageGenerator& generator, const std::vector<double>& times) {
         for (auto time = times.rbegin(); time != times.rend(); ++time) {
@@ -234,7 +235,7 @@ private:
     }
 
     /// Deliberate: TIFF bytes under a name that says JPEG, as this job has always written them.
-    Result<void> write(const RawPicture& frame, int second) {
+    Result<void> write(const RawFrame& frame, int second) {
         const QString path = m_paths.claimShared(
             appendingPathComponent(m_folder, m_base + QStringLiteral("_%1.jpg").arg(second)));
         if (const auto before = awaitWriting(); !before)
@@ -246,7 +247,7 @@ private:
         return {};
     }
 
-    /// The picture before is on the disk; it is written while the next one is decoded.
+    /// The frame before is on the disk; it is written while the next one is decoded.
     Result<void> awaitWriting() {
         if (!m_writing.valid())
             return {};
@@ -263,7 +264,7 @@ private:
     FileAttributes m_dates;
     std::future<Result<void>> m_writing;
     QString m_writingPath;
-    PictureFailures m_failures;
+    FrameFailures m_failures;
     bool m_ended = false;
 };
 
@@ -303,19 +304,19 @@ void VideoJobs::ExtractImagesMediaFileFileThreader(const VideoJobRequest& reques
         const QString base = deletingPathExtension(item->fileName);
         m_turns->begin(appendingPathComponent(request.storagelocation, base),
                        [this, source = item->filePath, folder = request.storagelocation, base,
-                        interval] { beginPictures(source, folder, base, interval); });
+                        interval] { beginFrames(source, folder, base, interval); });
     }
 }
 
-void VideoJobs::beginPictures(const QString& source, const QString& folder, const QString& base,
-                              double interval) {
-    const QString pictures = appendingPathComponent(folder, base);
+void VideoJobs::beginFrames(const QString& source, const QString& folder, const QString& base,
+                            double interval) {
+    const QString allFrames = appendingPathComponent(folder, base);
     const auto outputs = std::make_shared<QStringList>();
     const auto writer =
-        std::make_shared<PictureWriter>(source, folder, base, interval, m_paths, outputs);
+        std::make_shared<FrameWriter>(source, folder, base, interval, m_paths, outputs);
     const auto session = AVAssetExportSession::rewriting(
-        source, pictures, [writer](const Progress& progress) { return writer->run(progress); });
-    const auto ended = [session, outputs, source, pictures, start = Clock::now(), turns = m_turns,
+        source, allFrames, [writer](const Progress& progress) { return writer->run(progress); });
+    const auto ended = [session, outputs, source, allFrames, start = Clock::now(), turns = m_turns,
                         handler = m_handler] {
         WriteOutcome outcome;
         outcome.source = source;
@@ -326,7 +327,7 @@ void VideoJobs::beginPictures(const QString& source, const QString& folder, cons
                           : outcome.status == WriteStatus::Failed ? session->error().text()
                                                                   : QStringLiteral("cancelled");
         outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
-        turns->ended(pictures);
+        turns->ended(allFrames);
         handler(outcome);
     };
     m_running->start(session, source, ended);

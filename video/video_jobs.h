@@ -36,11 +36,11 @@ public:
     void protectSources(const QStringList& paths) { m_paths.protect(paths); }
 
     void RotateVideoMediaFileFileThreader(const VideoJobRequest& request);
-    /// All items in one film. Deliberate: each clip goes in at the longest duration before it, not
-    /// at the end of the film, as it always has. One item carries the output, the others say where
+    /// All items in one video. Deliberate: each clip goes in at the longest duration before it, not
+    /// at the end of the video, as it always has. One item carries the output, the others say where
     /// they went.
     void MergeVideoMediaFileFileThreader(const VideoJobRequest& request);
-    /// Deliberate: cuts the film after its duration divided by the factor, at normal speed.
+    /// Deliberate: cuts the video after its duration divided by the factor, at normal speed.
     void SpeedUpVideoMediaFileFileThreader(const VideoJobRequest& request);
     void SlowDownVideoMediaFileFileThreader(const VideoJobRequest& request);
     void CompressVideoMediaFileFileThreader(const VideoJobRequest& request);
@@ -48,13 +48,13 @@ public:
     void ConvertGIFMediaFileFileThreader(const VideoJobRequest& request);
     void ExtractAudioMediaFileFileThreader(const VideoJobRequest& request);
     void ExtractImagesMediaFileFileThreader(const VideoJobRequest& request);
-    /// The sound stays as a silent track.
+    /// The audio stays as a silent track.
     void RemoveAudioMediaFileFileThreader(const VideoJobRequest& request);
 
     /// Of the exports that are running now; a merge stands for all its files.
     [[nodiscard]] jobs::RunProgress runningProgress() const { return m_running->progress(); }
     /// Stops this job: what waits or runs ends as Cancelled and leaves no part of a file. Single
-    /// pictures that are complete stay.
+    /// frames that are complete stay.
     void cancel() { m_running->cancel(); }
 
 private:
@@ -84,9 +84,9 @@ private:
     [[nodiscard]] bool skips(const media::ItemPointer& item) const;
     void refuse(const QString& source, const QString& reason,
                 jobs::WriteStatus status = jobs::WriteStatus::Failed) const;
-    /// The pictures of one film, "BASE_SECOND.jpg".
-    void beginPictures(const QString& source, const QString& folder, const QString& base,
-                       double interval);
+    /// The frames of one video, "BASE_SECOND.jpg".
+    void beginFrames(const QString& source, const QString& folder, const QString& base,
+                     double interval);
     void finishMerge(const QString& output, const std::vector<media::ItemPointer>& merged,
                      const platform::AVMutableComposition& composition);
 

@@ -28,7 +28,7 @@ namespace clipheave::video {
 [[nodiscard]] QString compressPreset(const QString& title);
 /// "mp4" for another title.
 [[nodiscard]] QString convertExtension(const QString& title);
-/// Seconds between the pictures; 1 for another title.
+/// Seconds between the frames; 1 for another title.
 [[nodiscard]] double extractInterval(const QString& title);
 
 /// Output file type by the extension of `path`, whatever its case: "mp4", "mpeg", "m4v", "mov".

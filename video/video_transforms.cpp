@@ -9,7 +9,7 @@
 #include <cmath>
 #include <numbers>
 
-// The jobs that put a film together anew: rotate, merge, speed, silence.
+// The jobs that put a video together anew: rotate, merge, speed, silence.
 namespace clipheave::video {
 
 using namespace platform;
@@ -27,12 +27,12 @@ QString preset(const char16_t* name) {
     return QString::fromUtf16(name);
 }
 
-Result<AVAssetTrack> firstFilm(const AVURLAsset& asset) {
-    const auto films = tracksWithMediaType(asset, kVideo);
-    if (films.empty())
+Result<AVAssetTrack> firstVideo(const AVURLAsset& asset) {
+    const auto videos = tracksWithMediaType(asset, kVideo);
+    if (videos.empty())
         return failure(ErrorCode::NotSupported, QStringLiteral("export"), asset.path(),
                        QStringLiteral("there is no film"));
-    return films.front();
+    return videos.front();
 }
 
 /// The first track of the type at `at`, from its start to its end; the result is that of the
@@ -47,18 +47,18 @@ Result<void> insertFirst(AVMutableCompositionTrack& track, const AVURLAsset& ass
                                                 asset, sources.front(), at);
 }
 
-Result<void> filmOrSoundOf(const AVURLAsset& asset) {
+Result<void> videoOrAudioOf(const AVURLAsset& asset) {
     if (tracksWithMediaType(asset, kVideo).empty() && tracksWithMediaType(asset, kAudio).empty())
         return failure(ErrorCode::NotSupported, QStringLiteral("export"), asset.path(),
                        QStringLiteral("there is neither film nor sound"));
     return {};
 }
 
-/// The first film and the first sound of a file, as a composition; a film must be there.
+/// The first video and the first audio of a file, as a composition; a video must be there.
 Result<AVMutableComposition> compositionOfAsset(const AVURLAsset& asset) {
-    const auto film = firstFilm(asset);
-    if (!film)
-        return tl::unexpected(film.error());
+    const auto videoFile = firstVideo(asset);
+    if (!videoFile)
+        return tl::unexpected(videoFile.error());
     AVMutableComposition composition;
     for (const QString& type : {kVideo, kAudio}) {
         const auto inserted =
@@ -74,7 +74,7 @@ struct Rotation {
     QSize renderSize;
 };
 
-/// The turn of the label for a picture of this size, which then fills `renderSize`.
+/// The turn of the label for a frame of this size, which then fills `renderSize`.
 Rotation labelledRotation(int degrees, QSize size) {
     const double width = size.width(), height = size.height();
     const auto turned = [](double angle, double tx, double ty) {
@@ -100,7 +100,7 @@ Rotation rotationOfTrack(const AVAssetTrack& track, int degrees) {
     // A matrix of zeros shows nothing; players take it for none.
     if (own.a == 0 && own.b == 0 && own.c == 0 && own.d == 0)
         own = {};
-    const auto turn = pictureTurn(own);
+    const auto turn = frameTurn(own);
     const bool lies = turn && turn->degrees % 180 != 0;
     Rotation rotation =
         labelledRotation(degrees, lies ? track.naturalSize.transposed() : track.naturalSize);
@@ -125,9 +125,9 @@ SessionResult rotatingSession(const AVURLAsset& asset, const QString& output, in
     auto composition = compositionOfAsset(asset);
     if (!composition)
         return tl::unexpected(composition.error());
-    const AVAssetTrack film = tracksWithMediaType(asset, kVideo).front();
-    logTrack(asset, film);
-    const Rotation rotation = rotationOfTrack(film, degrees);
+    const AVAssetTrack videoFile = tracksWithMediaType(asset, kVideo).front();
+    logTrack(asset, videoFile);
+    const Rotation rotation = rotationOfTrack(videoFile, degrees);
     AVMutableVideoCompositionLayerInstruction layer;
     layer.setTransform_atTime(rotation.transform, kCMTimeZero);
     AVMutableVideoComposition instructions;
@@ -144,8 +144,8 @@ SessionResult rotatingSession(const AVURLAsset& asset, const QString& output, in
 }
 
 SessionResult cuttingSession(const AVURLAsset& asset, double factor) {
-    if (const auto film = firstFilm(asset); !film)
-        return tl::unexpected(film.error());
+    if (const auto videoFile = firstVideo(asset); !videoFile)
+        return tl::unexpected(videoFile.error());
     auto session =
         std::make_shared<AVAssetExportSession>(asset, preset(AVAssetExportPresetHighestQuality));
     session->setOutputFileType(QString::fromUtf16(AVFileTypeQuickTimeMovie));
@@ -154,10 +154,10 @@ SessionResult cuttingSession(const AVURLAsset& asset, double factor) {
     return session;
 }
 
-/// The film as it is, with all that a movie holds.
+/// The video as it is, with all that a movie holds.
 SessionResult copyingSession(const AVURLAsset& asset) {
-    if (const auto film = firstFilm(asset); !film)
-        return tl::unexpected(film.error());
+    if (const auto videoFile = firstVideo(asset); !videoFile)
+        return tl::unexpected(videoFile.error());
     auto session =
         std::make_shared<AVAssetExportSession>(asset, preset(AVAssetExportPresetPassthrough));
     session->setOutputFileType(QString::fromUtf16(AVFileTypeQuickTimeMovie));
@@ -239,8 +239,8 @@ void VideoJobs::RemoveAudioMediaFileFileThreader(const VideoJobRequest& request)
 
 void VideoJobs::MergeVideoMediaFileFileThreader(const VideoJobRequest& request) {
     AVMutableComposition composition;
-    auto& film = composition.addMutableTrackWithMediaType(kVideo);
-    auto& sound = composition.addMutableTrackWithMediaType(kAudio);
+    auto& videoFile = composition.addMutableTrackWithMediaType(kVideo);
+    auto& audio = composition.addMutableTrackWithMediaType(kAudio);
     std::vector<media::ItemPointer> merged;
     CMTime cursor = kCMTimeZero;
     QString output;
@@ -251,13 +251,14 @@ void VideoJobs::MergeVideoMediaFileFileThreader(const VideoJobRequest& request) 
             output = flatPath(request, deletingPathExtension(item->fileName) +
                                            QStringLiteral("_MergeVideo.") + extension);
         const auto asset = AVURLAsset::assetWithPath(item->filePath);
-        auto inserted = asset ? insertFirst(film, *asset, cursor) : tl::unexpected(asset.error());
+        auto inserted =
+            asset ? insertFirst(videoFile, *asset, cursor) : tl::unexpected(asset.error());
         if (inserted)
-            inserted = insertFirst(sound, *asset, cursor);
+            inserted = insertFirst(audio, *asset, cursor);
         if (inserted) {
             const CMTime duration = assetDuration(*asset);
             cursor = CMTimeCompare(cursor, duration) > 0 ? cursor : duration;
-            inserted = filmOrSoundOf(*asset);
+            inserted = videoOrAudioOf(*asset);
         }
         if (inserted)
             merged.push_back(item);

@@ -24,8 +24,8 @@ QString runningText(const ActivityJob& job) {
 }
 
 void showCount(Chip& chip, Chip::Kind kind, int count, const QString& text,
-               const QString& picture = {}) {
-    chip.set(kind, text.arg(count), picture);
+               const QString& image = {}) {
+    chip.set(kind, text.arg(count), image);
     chip.setVisible(count > 0);
 }
 
@@ -111,7 +111,7 @@ void ActivityBar::showMessage(const QString& text) {
 }
 
 void ActivityBar::setOpen(bool open) {
-    m_arrow->setPicture(open ? QStringLiteral("chevron-down") : QStringLiteral("chevron-up"));
+    m_arrow->setImage(open ? QStringLiteral("chevron-down") : QStringLiteral("chevron-up"));
     const QString name = open ? tr("Hide Activity") : tr("Show Activity");
     m_arrow->setAccessibleName(name);
     m_arrow->setToolTip(tr("%1 (Ctrl+J)").arg(name));

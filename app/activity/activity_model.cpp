@@ -365,7 +365,7 @@ QVariant ActivityModel::data(const QModelIndex& index, int role) const {
 
 QVariant ActivityModel::cellText(const ActivityJob& job, int column, int role) {
     switch (column) {
-    case StateColumn: // drawn as a picture: its word goes to the tool tip and to screen readers
+    case StateColumn: // drawn as an image: its word goes to the tool tip and to screen readers
         return role == Qt::DisplayRole ? QString() : stateName(job);
     case TaskColumn:
         return job.title;

@@ -101,7 +101,7 @@ public:
 
     explicit ActivityModel(QObject* parent = nullptr);
 
-    /// Answers the job's id.
+    /// Returns the job's id.
     int beginJob(const QString& title, int total = 0);
     void setTotal(int job, int total);
     void setCanCancel(int job, bool can);

@@ -195,7 +195,7 @@ void ActivityPanel::refreshCounts() {
                                              {tr("Failed"), m_model.failedCount()}};
     int index = 0;
     for (const auto& [label, count] : parts) {
-        PictureButton* part = m_segment->part(index++);
+        ImageButton* part = m_segment->part(index++);
         const QString text = countText(label, count);
         if (part->text() == text)
             continue;

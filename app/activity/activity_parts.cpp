@@ -26,7 +26,7 @@ double spinnerAngle() {
 }
 
 bool spins(const StateLook& look) {
-    return look.picture == QLatin1String("spinner");
+    return look.image == QLatin1String("spinner");
 }
 
 } // namespace
@@ -82,11 +82,11 @@ Token progressToken(const ActivityJob& job) {
 void paintState(QPainter& painter, const QRect& rect, const StateLook& look, bool still) {
     const double ratio = painter.device()->devicePixelRatioF();
     const QPixmap pixmap =
-        themePixmap(look.picture, kStateSide, Theme::instance().color(look.token), ratio);
+        themePixmap(look.image, kStateSide, Theme::instance().color(look.token), ratio);
     const QRectF target(-kStateSide / 2.0, -kStateSide / 2.0, kStateSide, kStateSide);
     painter.save();
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    // Whole pixels: a picture between them is blurred.
+    // Whole pixels: an image between them is blurred.
     const QPoint corner(rect.left() + (rect.width() - kStateSide) / 2,
                         rect.top() + (rect.height() - kStateSide) / 2);
     painter.translate(corner + QPoint(kStateSide / 2, kStateSide / 2));

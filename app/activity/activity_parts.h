@@ -19,9 +19,9 @@ namespace clipheave::app {
 /// Lets a button be lower than the 32 px that the window's sheet gives to every push button.
 void allowLowButton(QWidget* button);
 
-/// Picture and colour of a state; the picture tells it without the colour.
+/// Image and colour of a state; the image tells it without the colour.
 struct StateLook {
-    QString picture;
+    QString image;
     Token token = Token::text3;
 };
 [[nodiscard]] StateLook lookOf(const ActivityJob& job);
@@ -29,7 +29,7 @@ struct StateLook {
 /// The colour of the job's progress bar.
 [[nodiscard]] Token progressToken(const ActivityJob& job);
 
-/// A picture of 16 px; the spinner in the angle of the moment unless `still`.
+/// An image of 16 px; the spinner in the angle of the moment unless `still`.
 void paintState(QPainter& painter, const QRect& rect, const StateLook& look, bool still);
 /// A bar of 4 px; all of it in a faint colour when `fraction` is below 0.
 void paintProgress(QPainter& painter, const QRectF& bar, double fraction, Token token);
@@ -57,7 +57,7 @@ class BusyIndicator : public QWidget {
     Q_OBJECT
 public:
     static constexpr int kTurn = 900;    ///< ms
-    static constexpr int kInterval = 40; ///< ms between two pictures
+    static constexpr int kInterval = 40; ///< ms between two images
 
     explicit BusyIndicator(QWidget* parent = nullptr);
     [[nodiscard]] bool isTurning() const { return m_timer.isActive(); }

@@ -31,7 +31,7 @@ constexpr std::array<ColumnWidths, ActivityModel::ColumnCount> kColumnWidths{
 constexpr int kNarrowTable = 640, kUsualTable = 979;
 
 /// Paints every cell of a row by itself: a style sheet per cell would cost too much and could
-/// neither turn a picture nor draw a thin bar.
+/// neither turn an image nor draw a thin bar.
 class JobDelegate : public QStyledItemDelegate {
 public:
     JobDelegate(const ActivityModel& model, const JobTable& table)

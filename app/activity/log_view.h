@@ -15,7 +15,7 @@ class LogLines : public QAbstractListModel {
     Q_OBJECT
 public:
     enum Role { TimeRole = Qt::UserRole, PathRole, ErrorRole };
-    /// Answers null when the log is gone.
+    /// Returns null when the log is gone.
     using Source = std::function<const std::deque<ActivityLogLine>*()>;
 
     explicit LogLines(Source source, QObject* parent = nullptr);

@@ -32,13 +32,13 @@ void AppDelegate::MybuttonMouseDownHandle(QObject* button) {
     for (const DispatchRow& row : dispatchRows()) {
         if (button->objectName() != QLatin1String(row.button))
             continue;
-        m_window->setButtonPicture(button, row.pressedPicture);
+        m_window->setButtonImage(button, row.pressedImage);
         if (row.kind == DispatchKind::Menu) {
             m_window->popUpMenu(QLatin1String(row.target), button);
             return;
         }
         performCommand(QLatin1String(row.target));
-        m_window->setButtonPicture(button, row.normalPicture);
+        m_window->setButtonImage(button, row.normalImage);
         return;
     }
 }

@@ -15,7 +15,7 @@ namespace clipheave::app {
 namespace {
 
 /// The list is refreshed after every file; files that are read faster than a screen is drawn share
-/// one hand-over, so that the reading does not wait for a picture that nobody can see.
+/// one hand-over, so that the reading does not wait for an image that nobody can see.
 constexpr auto kHandOverInterval = std::chrono::milliseconds(8);
 
 constexpr int kSummaryInterval = 100; // ms

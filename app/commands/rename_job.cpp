@@ -24,7 +24,7 @@ namespace {
 
 /// Deliberate: progress is handed over after every file, but files that are renamed faster than a
 /// screen is drawn share one hand-over; otherwise ten thousand files would take as long as ten
-/// thousand pictures of the list.
+/// thousand images of the list.
 constexpr auto kRenameHandOver = std::chrono::milliseconds(33);
 
 QString nameOfPath(const QString& path) {

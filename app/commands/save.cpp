@@ -272,14 +272,14 @@ void AppDelegate::takeOutcome(WriteRun& run, const jobs::WriteOutcome& outcome,
 }
 
 void AppDelegate::takeArtwork(const QString& path) {
-    const auto picture = platform::pictureForArtwork(path);
-    if (!picture) {
-        m_activity->addLog(picture.error().text(), path, true);
+    const auto image = platform::imageForArtwork(path);
+    if (!image) {
+        m_activity->addLog(image.error().text(), path, true);
         return;
     }
     if (m_shownItem) {
         m_shownItem->fileImagePath = path;
-        m_window->detailPane()->setArtwork(*picture);
+        m_window->detailPane()->setArtwork(*image);
     }
 }
 

@@ -115,7 +115,7 @@ void AppDelegate::awakeFromNib() {
 
 void AppDelegate::applicationDidFinishLaunching() {
     applyPreferenceValues();
-    m_window->setTitleButtonPictures(m_macOsVer > 9);
+    m_window->setTitleButtonImages(m_macOsVer > 9);
     m_window->setJobProgressVisible(false);
     m_window->show();
     m_window->raise();

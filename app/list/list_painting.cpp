@@ -51,16 +51,16 @@ QString elidedName(const QString& name, const QFontMetrics& metrics, int width) 
 
 QPixmap kindPixmap(const QString& path, int side, double devicePixelRatio) {
     const Theme& theme = Theme::instance();
-    const auto picture = [&](const char* name, Token token) {
+    const auto image = [&](const char* name, Token token) {
         return themePixmap(QString::fromLatin1(name), side, theme.color(token), devicePixelRatio);
     };
     if (media::MediaKind::isAudio(path))
-        return picture("music", Token::kAudio);
+        return image("music", Token::kAudio);
     if (media::MediaKind::isVideo(path))
-        return picture("film", Token::kVideo);
+        return image("film", Token::kVideo);
     if (media::MediaKind::isPhoto(path))
-        return picture("image", Token::kPhoto);
-    return picture("template", Token::text3);
+        return image("image", Token::kPhoto);
+    return image("template", Token::text3);
 }
 
 } // namespace clipheave::app

@@ -11,7 +11,7 @@ namespace clipheave::app {
 /// of what stands before it.
 [[nodiscard]] QString elidedName(const QString& name, const QFontMetrics& metrics, int width);
 
-/// The picture of the file's kind (film, music, image, or a plain file), in the kind's colour.
+/// The image of the file's kind (video, music, image, or a plain file), in the kind's colour.
 [[nodiscard]] QPixmap kindPixmap(const QString& path, int side, double devicePixelRatio);
 
 } // namespace clipheave::app

@@ -19,7 +19,7 @@ constexpr int kLead = 12; // before the first cell
 constexpr int kCellPadding = 6;
 constexpr int kSlotSide = 24;
 constexpr int kSlotRadius = 4;
-constexpr int kSmallPicture = 16;
+constexpr int kSmallImage = 16;
 constexpr int kSlotGap = 10;
 constexpr int kBarWidth = 3;
 constexpr double kOddRow = 0.55;
@@ -68,7 +68,7 @@ ThumbnailShape MediaRowDelegate::shapeFor(const media::IKImageItem& item, double
         return static_cast<int>(std::lround(side * devicePixelRatio));
     };
     if (item.fileImage.isNull())
-        return {{device(kSmallPicture), device(kSmallPicture)}, ThumbnailShape::Fit, 0};
+        return {{device(kSmallImage), device(kSmallImage)}, ThumbnailShape::Fit, 0};
     return {{device(kSlotSide), device(kSlotSide)}, ThumbnailShape::Fill, device(kSlotRadius)};
 }
 
@@ -92,9 +92,8 @@ void MediaRowDelegate::paintSlot(QPainter& painter, const QRect& slot,
                                  const media::IKImageItem& item) const {
     const double ratio = m_view->devicePixelRatioF();
     ThumbnailService* service = m_view->thumbnailService();
-    QPixmap picture =
-        service != nullptr ? service->picture(item, shapeFor(item, ratio)) : QPixmap();
-    const bool fills = !picture.isNull() && !item.fileImage.isNull();
+    QPixmap image = service != nullptr ? service->image(item, shapeFor(item, ratio)) : QPixmap();
+    const bool fills = !image.isNull() && !item.fileImage.isNull();
     if (!fills) {
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
@@ -102,15 +101,15 @@ void MediaRowDelegate::paintSlot(QPainter& painter, const QRect& slot,
         painter.drawRoundedRect(slot, kSlotRadius, kSlotRadius);
         painter.setRenderHint(QPainter::Antialiasing, false);
     }
-    if (picture.isNull())
-        picture = kindPixmap(item.filePath, kSmallPicture, ratio);
+    if (image.isNull())
+        image = kindPixmap(item.filePath, kSmallImage, ratio);
     else
-        picture.setDevicePixelRatio(ratio);
-    const QSizeF size = picture.deviceIndependentSize();
+        image.setDevicePixelRatio(ratio);
+    const QSizeF size = image.deviceIndependentSize();
     painter.drawPixmap(slot.topLeft() + QPointF((slot.width() - size.width()) / 2,
                                                 (slot.height() - size.height()) / 2)
                                             .toPoint(),
-                       picture);
+                       image);
 }
 
 void MediaRowDelegate::paintName(QPainter& painter, const QRect& rect,
@@ -146,13 +145,13 @@ void MediaRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
                       painter->fontMetrics().elidedText(text, Qt::ElideRight, room.width()));
 }
 
-QPixmap MediaRowDelegate::dragPicture(const QModelIndex& first, int count,
-                                      double devicePixelRatio) const {
+QPixmap MediaRowDelegate::dragImage(const QModelIndex& first, int count,
+                                    double devicePixelRatio) const {
     constexpr int kWidth = 240;
-    QPixmap picture(QSize(kWidth, kRowSide) * devicePixelRatio);
-    picture.setDevicePixelRatio(devicePixelRatio);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
+    QPixmap image(QSize(kWidth, kRowSide) * devicePixelRatio);
+    image.setDevicePixelRatio(devicePixelRatio);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(m_selectedLine);
     painter.setBrush(m_selected);
@@ -164,7 +163,7 @@ QPixmap MediaRowDelegate::dragPicture(const QModelIndex& first, int count,
     const QRect room(kLead, 0, kWidth - 2 * kLead, kRowSide);
     painter.drawText(room, Qt::AlignVCenter | Qt::AlignLeft,
                      elidedName(text, painter.fontMetrics(), room.width()));
-    return picture;
+    return image;
 }
 
 } // namespace clipheave::app

@@ -20,12 +20,12 @@ public:
     [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
                                  const QModelIndex& index) const override;
 
-    /// Artwork fills the slot of 24 px; other pictures stand in it within 16.
+    /// Artwork fills the slot of 24 px; other images stand in it within 16.
     [[nodiscard]] static ThumbnailShape shapeFor(const media::IKImageItem& item,
                                                  double devicePixelRatio);
     /// What hangs at the pointer while rows are dragged.
-    [[nodiscard]] QPixmap dragPicture(const QModelIndex& first, int count,
-                                      double devicePixelRatio) const;
+    [[nodiscard]] QPixmap dragImage(const QModelIndex& first, int count,
+                                    double devicePixelRatio) const;
 
 private:
     void readTheme();

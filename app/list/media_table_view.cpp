@@ -212,7 +212,7 @@ void MediaTableView::startDrag(Qt::DropActions supportedActions) {
     auto* drag = new QDrag(this); // deletes itself
     drag->setMimeData(data.release());
     drag->setPixmap(
-        m_delegate->dragPicture(rows.front(), static_cast<int>(rows.size()), devicePixelRatioF()));
+        m_delegate->dragImage(rows.front(), static_cast<int>(rows.size()), devicePixelRatioF()));
     drag->exec(supportedActions, Qt::CopyAction);
 }
 

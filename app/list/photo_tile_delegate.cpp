@@ -22,8 +22,8 @@ namespace {
 constexpr int kAboveTile = 10;
 constexpr int kTileInset = 7; // outline and padding
 constexpr double kTileRadius = 8;
-constexpr int kPictureHeight = 116;
-constexpr double kPictureRadius = 5;
+constexpr int kImageHeight = 116;
+constexpr double kImageRadius = 5;
 constexpr int kTextGap = 7;
 constexpr int kLineHeight = 16;
 constexpr int kTextInset = 2;
@@ -32,11 +32,11 @@ constexpr int kKindSide = 32;
 constexpr int kBadgeInset = 6, kBadgeHeight = 20, kBadgePadding = 4;
 constexpr double kBadgeRadius = 4, kBadgeOpacity = 0.72;
 
-/// The middle of the picture, as large as the frame; a clip would leave ragged corners.
-QBrush fillingBrush(const QPixmap& picture, const QRectF& frame) {
-    const QSizeF size = QSizeF(picture.size()).scaled(frame.size(), Qt::KeepAspectRatioByExpanding);
-    const double scale = size.width() / picture.width();
-    QBrush brush(picture);
+/// The middle of the image, as large as the frame; a clip would leave ragged corners.
+QBrush fillingBrush(const QPixmap& image, const QRectF& frame) {
+    const QSizeF size = QSizeF(image.size()).scaled(frame.size(), Qt::KeepAspectRatioByExpanding);
+    const double scale = size.width() / image.width();
+    QBrush brush(image);
     brush.setTransform(QTransform::fromTranslate(frame.center().x() - size.width() / 2,
                                                  frame.center().y() - size.height() / 2)
                            .scale(scale, scale));
@@ -80,23 +80,22 @@ QString PhotoTileDelegate::detailOf(const media::IKImageItem& item) {
     return item.fileduratStr.isEmpty() ? item.fileSize : item.fileduratStr;
 }
 
-void PhotoTileDelegate::paintPicture(QPainter& painter, const QRect& frame,
-                                     const media::IKImageItem& item) const {
+void PhotoTileDelegate::paintImage(QPainter& painter, const QRect& frame,
+                                   const media::IKImageItem& item) const {
     const Theme& theme = Theme::instance();
     ThumbnailService* service = m_view->thumbnailService();
-    const QPixmap picture = service != nullptr ? service->picture(item, shape()) : QPixmap();
+    const QPixmap image = service != nullptr ? service->image(item, shape()) : QPixmap();
     painter.setPen(Qt::NoPen);
-    painter.setBrush(picture.isNull() ? QBrush(theme.color(Token::bg3))
-                                      : fillingBrush(picture, frame));
-    painter.drawRoundedRect(frame, kPictureRadius, kPictureRadius);
-    if (picture.isNull())
+    painter.setBrush(image.isNull() ? QBrush(theme.color(Token::bg3)) : fillingBrush(image, frame));
+    painter.drawRoundedRect(frame, kImageRadius, kImageRadius);
+    if (image.isNull())
         painter.drawPixmap(frame.center().x() + 1 - kKindSide / 2,
                            frame.center().y() + 1 - kKindSide / 2,
                            kindPixmap(item.filePath, kKindSide, m_view->devicePixelRatioF()));
     painter.setPen(theme.color(Token::line1));
     painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(QRectF(frame).adjusted(0.5, 0.5, -0.5, -0.5), kPictureRadius,
-                            kPictureRadius);
+    painter.drawRoundedRect(QRectF(frame).adjusted(0.5, 0.5, -0.5, -0.5), kImageRadius,
+                            kImageRadius);
     if (isRawPhoto(item.filePath))
         paintBadge(painter, frame, QStringLiteral("RAW"));
 }
@@ -147,8 +146,8 @@ void PhotoTileDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
                                  kTileRadius);
     }
     const QRect frame(tile.left() + kTileInset, tile.top() + kTileInset,
-                      tile.width() - 2 * kTileInset, kPictureHeight);
-    paintPicture(*painter, frame, *item);
+                      tile.width() - 2 * kTileInset, kImageHeight);
+    paintImage(*painter, frame, *item);
     const int textTop = frame.bottom() + 1 + kTextGap;
     paintTexts(
         *painter,

@@ -9,7 +9,7 @@ namespace clipheave::app {
 
 class PhotoGrid;
 
-/// Paints the tiles of the photo browser: the picture, the name with a pin where the position is
+/// Paints the tiles of the photo browser: the image, the name with a pin where the position is
 /// known, the size in pixels.
 class PhotoTileDelegate : public QStyledItemDelegate {
     Q_OBJECT
@@ -22,7 +22,7 @@ public:
                const QModelIndex& index) const override;
     [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
                                  const QModelIndex& index) const override;
-    /// The same whatever the width of the tiles, so that resizing the window makes no picture anew.
+    /// The same whatever the width of the tiles, so that resizing the window makes no image anew.
     [[nodiscard]] static ThumbnailShape shape() {
         return {{ThumbnailCache::kLargeSide, ThumbnailCache::kLargeSide}, ThumbnailShape::Fit, 0};
     }
@@ -30,7 +30,7 @@ public:
     [[nodiscard]] static QString detailOf(const media::IKImageItem& item);
 
 private:
-    void paintPicture(QPainter& painter, const QRect& frame, const media::IKImageItem& item) const;
+    void paintImage(QPainter& painter, const QRect& frame, const media::IKImageItem& item) const;
     void paintTexts(QPainter& painter, const QRect& room, const media::IKImageItem& item,
                     bool isSelected) const;
 

@@ -69,25 +69,25 @@ QImage ThumbnailCache::find(const QString& path, std::int64_t modified, int side
     // Whoever wrote it need not have kept to the standard.
     if (size.isEmpty() || size.width() > kLargeSide * 4 || size.height() > kLargeSide * 4)
         return {};
-    const QImage picture = reader.read();
+    const QImage image = reader.read();
     // Not asked of the reader: it takes such keys apart at their colons.
-    if (picture.text(kTimeKey).toLongLong() != modified ||
-        picture.text(kAddressKey).toUtf8() != fileAddress(path))
+    if (image.text(kTimeKey).toLongLong() != modified ||
+        image.text(kAddressKey).toUtf8() != fileAddress(path))
         return {};
-    return picture;
+    return image;
 }
 
 void ThumbnailCache::store(const QString& path, std::int64_t modified, int side,
-                           const QImage& picture) const {
+                           const QImage& image) const {
     const QString target = fileFor(path, side);
     const QString folder = QFileInfo(target).path();
-    if (!takes(path) || picture.isNull() || !makePrivateFolder(m_folder) ||
+    if (!takes(path) || image.isNull() || !makePrivateFolder(m_folder) ||
         !makePrivateFolder(folder))
         return;
     QTemporaryFile file(folder + QStringLiteral("/clipheave-XXXXXX.png"));
     if (!file.open()) // readable for the user alone
         return;
-    QImage described = picture;
+    QImage described = image;
     described.setText(kAddressKey, QString::fromLatin1(fileAddress(path)));
     described.setText(kTimeKey, QString::number(modified));
     described.setText(QStringLiteral("Software"), QStringLiteral("ClipHeave"));

@@ -9,7 +9,7 @@
 namespace clipheave::app {
 
 /// The user's thumbnail folder, shared with file managers (freedesktop.org, Thumbnail Managing
-/// Standard): "normal" holds pictures of at most 128 pixels, "large" of 256, each a PNG named by
+/// Standard): "normal" holds images of at most 128 pixels, "large" of 256, each a PNG named by
 /// the MD5 of the file's address, with the address and the modification time inside. Thread-safe;
 /// holds no state but the folder.
 class ThumbnailCache {
@@ -23,14 +23,14 @@ public:
     /// "file:///…" with every byte escaped that the standard's own programs escape.
     [[nodiscard]] static QByteArray fileAddress(const QString& path);
 
-    /// The stored picture; null when there is none or the file has changed since. `modified` in
+    /// The stored image; null when there is none or the file has changed since. `modified` in
     /// seconds since 1970; `side` is kNormalSide or kLargeSide.
     [[nodiscard]] QImage find(const QString& path, std::int64_t modified, int side) const;
-    /// Stores the picture in one step. Failures leave nothing behind and are not reported.
-    void store(const QString& path, std::int64_t modified, int side, const QImage& picture) const;
+    /// Stores the image in one step. Failures leave nothing behind and are not reported.
+    void store(const QString& path, std::int64_t modified, int side, const QImage& image) const;
     /// False for the thumbnails themselves: nothing is stored for them.
     [[nodiscard]] bool takes(const QString& path) const;
-    /// Where the picture of the file is, whether there or not.
+    /// Where the image of the file is, whether there or not.
     [[nodiscard]] QString fileFor(const QString& path, int side) const;
 
 private:

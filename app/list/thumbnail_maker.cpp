@@ -18,12 +18,12 @@ namespace clipheave::app {
 
 namespace {
 
-/// Pictures of more pixels are not opened: decoding one would take the memory of a film.
+/// Images of more pixels are not opened: decoding one would take the memory of a video.
 constexpr qint64 kMostPixelsDecoded = 200'000'000;
 constexpr qsizetype kMostArtworkBytes = 64 << 20;
-/// A film is shown by what it holds at a tenth of its length, within the first minute.
-constexpr double kPartOfFilm = 0.1;
-constexpr double kLatestFilmSecond = 60;
+/// A video is shown by what it holds at a tenth of its length, within the first minute.
+constexpr double kPartOfVideo = 0.1;
+constexpr double kLatestVideoSecond = 60;
 
 /// Formats whose decoders are meant for files of unknown origin.
 bool isDecodedFormat(const QByteArray& format) {
@@ -31,7 +31,7 @@ bool isDecodedFormat(const QByteArray& format) {
            format == "webp" || format == "tiff" || format == "tga" || format == "ico";
 }
 
-/// Decodes at about `side` pixels, upright; the whole picture, never enlarged.
+/// Decodes at about `side` pixels, upright; the whole image, never enlarged.
 QImage readScaled(QIODevice& device, int side) {
     QImageReader reader(&device);
     reader.setDecideFormatFromContent(true);
@@ -50,10 +50,10 @@ QImage readScaled(QIODevice& device, int side) {
     return reader.read();
 }
 
-QImage scaledWithin(const QImage& picture, int side) {
-    if (picture.isNull() || (picture.width() <= side && picture.height() <= side))
-        return picture;
-    return picture.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+QImage scaledWithin(const QImage& original, int side) {
+    if (original.isNull() || (original.width() <= side && original.height() <= side))
+        return original;
+    return original.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
 QImage decodePhoto(platform::FileReader& reader, int side) {
@@ -63,25 +63,25 @@ QImage decodePhoto(platform::FileReader& reader, int side) {
     return readScaled(file, side);
 }
 
-QImage decodeFilm(const ThumbnailSource& source, int side) {
+QImage decodeVideo(const ThumbnailSource& source, int side) {
     const auto engine = platform::mediaEngine();
     if (!engine)
         return {};
     const double second = std::isfinite(source.seconds)
-                              ? std::clamp(source.seconds * kPartOfFilm, 0.0, kLatestFilmSecond)
+                              ? std::clamp(source.seconds * kPartOfVideo, 0.0, kLatestVideoSecond)
                               : 0;
-    const auto picture = (*engine)->pictureAt(source.path, second, side);
-    if (!picture)
+    const auto keyframe = (*engine)->keyframeAt(source.path, second, side);
+    if (!keyframe)
         return {};
-    const QImage image(reinterpret_cast<const uchar*>(picture->rgb32.constData()), picture->width,
-                       picture->height, picture->width * 4, QImage::Format_RGB32);
+    const QImage image(reinterpret_cast<const uchar*>(keyframe->rgb32.constData()), keyframe->width,
+                       keyframe->height, keyframe->width * 4, QImage::Format_RGB32);
     return image.copy(); // its own bytes
 }
 
-/// The picture of the file within `side` pixels, from the thumbnail folder or made and put there.
-QImage pictureOfFile(const ThumbnailSource& source, int side, const ThumbnailCache& cache) {
-    const bool isFilm = media::MediaKind::isVideo(source.path);
-    if (!isFilm && !media::MediaKind::isPhoto(source.path))
+/// The image of the file within `side` pixels, from the thumbnail folder or made and put there.
+QImage imageOfFile(const ThumbnailSource& source, int side, const ThumbnailCache& cache) {
+    const bool isVideoFile = media::MediaKind::isVideo(source.path);
+    if (!isVideoFile && !media::MediaKind::isPhoto(source.path))
         return {};
     auto reader = platform::FileReader::open(source.path);
     if (!reader)
@@ -93,37 +93,37 @@ QImage pictureOfFile(const ThumbnailSource& source, int side, const ThumbnailCac
     const std::int64_t modified = attributes->NSFileModificationDate.toSecsSinceEpoch();
     if (const QImage stored = cache.find(source.path, modified, side); !stored.isNull())
         return stored;
-    const QImage picture =
-        scaledWithin(isFilm ? decodeFilm(source, side) : decodePhoto(*reader, side), side);
-    cache.store(source.path, modified, side, picture);
-    return picture;
+    const QImage original =
+        scaledWithin(isVideoFile ? decodeVideo(source, side) : decodePhoto(*reader, side), side);
+    cache.store(source.path, modified, side, original);
+    return original;
 }
 
-QImage rounded(const QImage& picture, int radius) {
-    QImage target(picture.size(), QImage::Format_ARGB32_Premultiplied);
+QImage rounded(const QImage& original, int radius) {
+    QImage target(original.size(), QImage::Format_ARGB32_Premultiplied);
     target.fill(Qt::transparent);
     QPainter painter(&target);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(QBrush(picture));
+    painter.setBrush(QBrush(original));
     painter.drawRoundedRect(target.rect(), radius, radius);
     return target;
 }
 
-QImage shaped(const QImage& picture, const ThumbnailShape& shape) {
-    if (picture.isNull() || shape.size.isEmpty())
+QImage shaped(const QImage& original, const ThumbnailShape& shape) {
+    if (original.isNull() || shape.size.isEmpty())
         return {};
-    QImage scaled = picture;
+    QImage scaled = original;
     if (shape.mode == ThumbnailShape::Fill) {
         scaled =
-            picture.scaled(shape.size, Qt::KeepAspectRatioByExpanding, Qt::SmoothTransformation);
+            original.scaled(shape.size, Qt::KeepAspectRatioByExpanding, Qt::SmoothTransformation);
         scaled = scaled.copy((scaled.width() - shape.size.width()) / 2,
                              (scaled.height() - shape.size.height()) / 2, shape.size.width(),
                              shape.size.height());
         if (shape.radius > 0)
             return rounded(scaled, shape.radius);
-    } else if (picture.width() > shape.size.width() || picture.height() > shape.size.height()) {
-        scaled = picture.scaled(shape.size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    } else if (original.width() > shape.size.width() || original.height() > shape.size.height()) {
+        scaled = original.scaled(shape.size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     }
     // What the screen takes without another conversion.
     return scaled.convertToFormat(scaled.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
@@ -144,12 +144,12 @@ QImage makeThumbnail(const ThumbnailSource& source, const ThumbnailShape& shape,
         QByteArray bytes = source.artwork.bytes();
         QBuffer buffer(&bytes);
         if (buffer.open(QIODevice::ReadOnly))
-            if (const QImage picture = readScaled(buffer, longest); !picture.isNull())
-                return shaped(picture, shape);
+            if (const QImage original = readScaled(buffer, longest); !original.isNull())
+                return shaped(original, shape);
     }
     const int side = longest <= ThumbnailCache::kNormalSide ? ThumbnailCache::kNormalSide
                                                             : ThumbnailCache::kLargeSide;
-    return shaped(pictureOfFile(source, side, cache), shape);
+    return shaped(imageOfFile(source, side, cache), shape);
 }
 
 } // namespace clipheave::app

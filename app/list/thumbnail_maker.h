@@ -12,8 +12,8 @@ namespace clipheave::app {
 struct ThumbnailShape {
     QSize size; ///< device pixels
     enum Mode {
-        Fit,  ///< the whole picture inside the size
-        Fill, ///< the middle of the picture, exactly of the size
+        Fit,  ///< the whole image inside the size
+        Fill, ///< the middle of the image, exactly of the size
     } mode = Fit;
     int radius = 0; ///< of the corners, device pixels; Fill only
     friend bool operator==(const ThumbnailShape&, const ThumbnailShape&) = default;
@@ -22,13 +22,13 @@ struct ThumbnailShape {
 /// What a thumbnail is made of; a copy of what the item says, so that a worker can have it.
 struct ThumbnailSource {
     QString path;
-    platform::EncodedPicture artwork; ///< taken first
-    double seconds = 0;               ///< duration of a film
+    platform::EncodedImage artwork; ///< taken first
+    double seconds = 0;             ///< duration of a video
     [[nodiscard]] static ThumbnailSource of(const media::IKImageItem& item);
 };
 
 /// Makes the thumbnail: of the artwork, else from the thumbnail folder, else of the file itself,
-/// which is then stored there. Null when nothing can be shown (unreadable, no picture, a kind that
+/// which is then stored there. Null when nothing can be shown (unreadable, no image, a kind that
 /// is not decoded). For worker threads.
 [[nodiscard]] QImage makeThumbnail(const ThumbnailSource& source, const ThumbnailShape& shape,
                                    const ThumbnailCache& cache);

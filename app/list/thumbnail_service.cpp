@@ -16,14 +16,14 @@ namespace {
 constexpr int kMemoryLimit = 96 << 10;
 constexpr int kMostWorkers = 3;
 
-int costOf(const QPixmap& picture) {
-    return 1 + picture.width() * picture.height() * picture.depth() / 8 / 1024;
+int costOf(const QPixmap& image) {
+    return 1 + image.width() * image.height() * image.depth() / 8 / 1024;
 }
 
 } // namespace
 
 ThumbnailService::ThumbnailService(ThumbnailCache cache, QObject* parent)
-    : QObject(parent), m_cache(std::move(cache)), m_pictures(kMemoryLimit) {
+    : QObject(parent), m_cache(std::move(cache)), m_images(kMemoryLimit) {
     m_pool.setMaxThreadCount(std::clamp(QThread::idealThreadCount() - 1, 1, kMostWorkers));
     m_pool.setThreadPriority(QThread::LowPriority);
 }
@@ -52,9 +52,9 @@ QString ThumbnailService::keyOf(const media::IKImageItem& item, const ThumbnailS
         .arg(item.filePath);
 }
 
-QPixmap ThumbnailService::picture(const media::IKImageItem& item, const ThumbnailShape& shape) {
-    const QPixmap* picture = m_pictures.object(keyOf(item, shape));
-    return picture != nullptr ? *picture : QPixmap();
+QPixmap ThumbnailService::image(const media::IKImageItem& item, const ThumbnailShape& shape) {
+    const QPixmap* image = m_images.object(keyOf(item, shape));
+    return image != nullptr ? *image : QPixmap();
 }
 
 void ThumbnailService::request(const QObject* viewer, const QList<ThumbnailRequest>& wanted) {
@@ -62,7 +62,7 @@ void ThumbnailService::request(const QObject* viewer, const QList<ThumbnailReque
     std::erase_if(m_waiting, [viewer](const Job& job) { return job.viewer == viewer; });
     for (const auto& [item, shape] : wanted) {
         QString key = keyOf(*item, shape);
-        if (!m_pictures.contains(key) && !m_running.contains(key))
+        if (!m_images.contains(key) && !m_running.contains(key))
             m_waiting.push_back({std::move(key), ThumbnailSource::of(*item), shape, viewer});
     }
     startWorkers();
@@ -99,22 +99,22 @@ void ThumbnailService::work() {
                 continue; // two viewers asked for it
             m_running.insert(job.key);
         }
-        const QImage picture = makeThumbnail(job.source, job.shape, m_cache);
+        const QImage image = makeThumbnail(job.source, job.shape, m_cache);
         QMetaObject::invokeMethod(
-            this, [this, key = job.key, picture] { take(key, picture); }, Qt::QueuedConnection);
+            this, [this, key = job.key, image] { take(key, image); }, Qt::QueuedConnection);
     }
 }
 
-void ThumbnailService::take(const QString& key, const QImage& picture) {
-    auto pixmap = std::make_unique<QPixmap>(QPixmap::fromImage(picture));
+void ThumbnailService::take(const QString& key, const QImage& image) {
+    auto pixmap = std::make_unique<QPixmap>(QPixmap::fromImage(image));
     const int cost = costOf(*pixmap);
-    m_pictures.insert(key, pixmap.release(), cost);
+    m_images.insert(key, pixmap.release(), cost);
     ++m_made;
     {
         const QMutexLocker lock(&m_mutex);
         m_running.remove(key);
     }
-    Q_EMIT picturesReady();
+    Q_EMIT imagesReady();
 }
 
 } // namespace clipheave::app

@@ -21,7 +21,7 @@ struct ThumbnailRequest {
     ThumbnailShape shape;
 };
 
-/// Pictures for rows and tiles, made by a few background threads for what is visible only. Main
+/// Images for rows and tiles, made by a few background threads for what is visible only. Main
 /// thread only.
 class ThumbnailService : public QObject {
     Q_OBJECT
@@ -32,21 +32,21 @@ public:
     /// The one that all lists share; lives as long as the application object.
     [[nodiscard]] static ThumbnailService& shared();
 
-    /// The picture as far as it is made; null when it is not or cannot be.
-    [[nodiscard]] QPixmap picture(const media::IKImageItem& item, const ThumbnailShape& shape);
+    /// The image as far as it is made; null when it is not or cannot be.
+    [[nodiscard]] QPixmap image(const media::IKImageItem& item, const ThumbnailShape& shape);
     /// Says what `viewer` shows now, in the order in which it should come. It replaces what the
-    /// viewer asked for before: of that, what is not begun is dropped. Pictures that are made
+    /// viewer asked for before: of that, what is not begun is dropped. Images that are made
     /// already, or could not be made, are not made again before the file changes.
     void request(const QObject* viewer, const QList<ThumbnailRequest>& wanted);
     void cancel(const QObject* viewer);
 
-    /// Pictures that were made or tried since the start; for tests and measurements.
+    /// Images that were made or tried since the start; for tests and measurements.
     [[nodiscard]] int madeCount() const { return m_made; }
     [[nodiscard]] bool isIdle() const;
 
 Q_SIGNALS:
-    /// Some pictures are there that were not.
-    void picturesReady();
+    /// Some images are there that were not.
+    void imagesReady();
 
 private:
     struct Job {
@@ -58,10 +58,10 @@ private:
     [[nodiscard]] static QString keyOf(const media::IKImageItem& item, const ThumbnailShape& shape);
     void startWorkers();
     void work();
-    void take(const QString& key, const QImage& picture);
+    void take(const QString& key, const QImage& image);
 
     ThumbnailCache m_cache;
-    QCache<QString, QPixmap> m_pictures; ///< null pictures: tried in vain
+    QCache<QString, QPixmap> m_images; ///< null images: tried in vain
     int m_made = 0;
 
     mutable QMutex m_mutex; ///< over what follows

@@ -50,8 +50,7 @@ void VisibleThumbnails::setService(ThumbnailService* service) {
     }
     m_service = service;
     connect(service, &QObject::destroyed, this, [this] { m_service = nullptr; });
-    connect(service, &ThumbnailService::picturesReady, this,
-            [this] { m_view.viewport()->update(); });
+    connect(service, &ThumbnailService::imagesReady, this, [this] { m_view.viewport()->update(); });
 }
 
 void VisibleThumbnails::request() {

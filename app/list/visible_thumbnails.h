@@ -12,7 +12,7 @@ namespace clipheave::app {
 
 class MediaListModel;
 
-/// What a view of the media list asks of the thumbnail service: pictures for what is visible, once
+/// What a view of the media list asks of the thumbnail service: images for what is visible, once
 /// the view has come to rest. A part of its view.
 class VisibleThumbnails : public QObject {
 public:

@@ -23,8 +23,8 @@ namespace clipheave::app {
 
 namespace {
 
-/// The one local picture file of a drag or of the clipboard; empty when it is anything else.
-QString picturePathOf(const QMimeData* data) {
+/// The one local image file of a drag or of the clipboard; empty when it is anything else.
+QString imagePathOf(const QMimeData* data) {
     const QList<QUrl> urls = data ? data->urls() : QList<QUrl>();
     if (urls.size() != 1 || !urls.first().isLocalFile())
         return {};
@@ -34,14 +34,14 @@ QString picturePathOf(const QMimeData* data) {
     return media::MediaKind::isPhoto(path) ? path : QString();
 }
 
-/// Above this many pixels a picture is decoded on another thread, so that walking through a list
+/// Above this many pixels an image is decoded on another thread, so that walking through a list
 /// of albums never waits for their covers.
 constexpr int kDecodedAtOnce = 256 * 256;
 
 /// Decodes no larger than it is shown: a cover may have thousands of pixels a side.
-QImage decodedPicture(const platform::EncodedPicture& picture, QSize most) {
+QImage decodedImage(const platform::EncodedImage& artwork, QSize most) {
     QBuffer buffer;
-    buffer.setData(picture.bytes());
+    buffer.setData(artwork.bytes());
     buffer.open(QIODevice::ReadOnly);
     QImageReader reader(&buffer);
     reader.setAutoTransform(true);
@@ -63,22 +63,22 @@ ArtworkWell::ArtworkWell(int side, QWidget* parent) : QWidget(parent) {
     setToolTip(tr("Drop or paste a picture, or click to choose one"));
 }
 
-void ArtworkWell::setPicture(const platform::EncodedPicture& picture) {
+void ArtworkWell::setImage(const platform::EncodedImage& artwork) {
     ++m_decoding;
-    m_picture = picture;
-    if (picture.isNull())
+    m_image = artwork;
+    if (artwork.isNull())
         return takeDecoded({});
-    const QSize pixels = picture.size();
+    const QSize pixels = artwork.size();
     if (qint64{pixels.width()} * pixels.height() <= kDecodedAtOnce)
-        return takeDecoded(decodedPicture(picture, size() * devicePixelRatioF()));
+        return takeDecoded(decodedImage(artwork, size() * devicePixelRatioF()));
     takeDecoded({});
     decode();
 }
 
 void ArtworkWell::decode() {
-    QThreadPool::globalInstance()->start([well = QPointer(this), picture = m_picture,
+    QThreadPool::globalInstance()->start([well = QPointer(this), artwork = m_image,
                                           turn = m_decoding, most = size() * devicePixelRatioF()] {
-        const QImage image = decodedPicture(picture, most);
+        const QImage image = decodedImage(artwork, most);
         // The pointer is looked at on the widget's own thread alone.
         QMetaObject::invokeMethod(qApp, [well, image, turn] {
             if (well && well->m_decoding == turn)
@@ -89,8 +89,8 @@ void ArtworkWell::decode() {
 
 void ArtworkWell::takeDecoded(const QImage& image) {
     m_pixmap = QPixmap::fromImage(image);
-    const QSize pixels = m_picture.size();
-    setAccessibleDescription(m_picture.isNull()
+    const QSize pixels = m_image.size();
+    setAccessibleDescription(m_image.isNull()
                                  ? tr("No artwork")
                                  : tr("%1 by %2 pixels").arg(pixels.width()).arg(pixels.height()));
     update();
@@ -142,7 +142,7 @@ void ArtworkWell::paste() {
 }
 
 bool ArtworkWell::take(const QMimeData* data) {
-    const QString path = picturePathOf(data);
+    const QString path = imagePathOf(data);
     if (path.isEmpty())
         return false;
     m_droppedPath = path;
@@ -152,7 +152,7 @@ bool ArtworkWell::take(const QMimeData* data) {
 }
 
 void ArtworkWell::dragEnterEvent(QDragEnterEvent* event) {
-    m_dragging = !picturePathOf(event->mimeData()).isEmpty();
+    m_dragging = !imagePathOf(event->mimeData()).isEmpty();
     event->setDropAction(Qt::CopyAction);
     event->setAccepted(m_dragging);
     update();

@@ -11,18 +11,18 @@ class QMimeData;
 
 namespace clipheave::app {
 
-/// Cover art in a square: takes one picture file by drop or paste, a click asks for one. Shows the
+/// Cover art in a square: takes one image file by drop or paste, a click asks for one. Shows the
 /// placeholder "artworkimage" when there is none.
 class ArtworkWell : public QWidget {
     Q_OBJECT
 public:
     explicit ArtworkWell(int side, QWidget* parent = nullptr);
 
-    void setPicture(const platform::EncodedPicture& picture);
-    [[nodiscard]] const platform::EncodedPicture& picture() const { return m_picture; }
-    /// The picture file that was dropped or pasted last; empty when none was.
+    void setImage(const platform::EncodedImage& artwork);
+    [[nodiscard]] const platform::EncodedImage& artwork() const { return m_image; }
+    /// The image file that was dropped or pasted last; empty when none was.
     [[nodiscard]] QString droppedPath() const { return m_droppedPath; }
-    /// Takes a picture file from the clipboard.
+    /// Takes an image file from the clipboard.
     void paste();
 
 Q_SIGNALS:
@@ -42,8 +42,8 @@ private:
     void decode();
     void takeDecoded(const QImage& image);
 
-    platform::EncodedPicture m_picture;
-    int m_decoding = 0; ///< counts setPicture() calls: a picture that comes late is dropped
+    platform::EncodedImage m_image;
+    int m_decoding = 0; ///< counts setPicture() calls: an image that comes late is dropped
     QPixmap m_pixmap;   ///< decoded, at most the well's own size; null: the placeholder
     QString m_droppedPath;
     bool m_dragging = false;

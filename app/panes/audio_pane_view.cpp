@@ -98,7 +98,7 @@ void AudioPaneView::show(const media::IKImageItem& item, const media::AudioPane&
                             facts[static_cast<qsizetype>(i)].value);
     for (std::size_t i = 0; i < m_fields.size(); ++i)
         m_fields[i]->setShownText(pane.texts.*media::audioFields()[i].text);
-    m_artwork->setPicture(pane.texts.audioArtImageView);
+    m_artwork->setImage(pane.texts.audioArtImageView);
     refreshChanges();
     player()->setFile(item.filePath);
     m_player->transport()->showWaveform(item.filePath, item.modificationDate);
@@ -108,12 +108,12 @@ media::AudioPane AudioPaneView::pane() const {
     media::AudioPane pane = m_pane;
     for (std::size_t i = 0; i < m_fields.size(); ++i)
         pane.texts.*media::audioFields()[i].text = m_fields[i]->text();
-    pane.texts.audioArtImageView = m_artwork->picture();
+    pane.texts.audioArtImageView = m_artwork->artwork();
     return pane;
 }
 
-void AudioPaneView::setArtwork(const platform::EncodedPicture& picture) {
-    m_artwork->setPicture(picture);
+void AudioPaneView::setArtwork(const platform::EncodedImage& image) {
+    m_artwork->setImage(image);
 }
 
 void AudioPaneView::refreshChanges() {

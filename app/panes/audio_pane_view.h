@@ -28,7 +28,7 @@ public:
     void show(const media::IKImageItem& item, const media::AudioPane& pane);
     using QWidget::show;
     [[nodiscard]] media::AudioPane pane() const;
-    void setArtwork(const platform::EncodedPicture& picture);
+    void setArtwork(const platform::EncodedImage& image);
     [[nodiscard]] PlayerView* player() const;
     /// As VideoPaneView::setPaneWidth().
     void setPaneWidth(int width);

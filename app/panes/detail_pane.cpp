@@ -93,15 +93,15 @@ QWidget* DetailPane::makeHead() {
     m_kind = new TokenIcon(16, head);
     m_name = new ElidedLabel(Qt::ElideMiddle, FontRole::BodyStrong, Token::text1, head);
     m_name->setObjectName(QStringLiteral("detailName"));
-    m_reveal = new PictureButton(ButtonKind::Icon, tr("Show in file manager"),
-                                 QStringLiteral("reveal"), head);
-    m_more = new PictureButton(ButtonKind::Icon, tr("More"), QStringLiteral("more"), head);
+    m_reveal = new ImageButton(ButtonKind::Icon, tr("Show in file manager"),
+                               QStringLiteral("reveal"), head);
+    m_more = new ImageButton(ButtonKind::Icon, tr("More"), QStringLiteral("more"), head);
     row->addWidget(m_kind);
     row->addWidget(m_name, 1);
     row->addWidget(m_reveal);
     row->addWidget(m_more);
-    connect(m_reveal, &PictureButton::clicked, this, &DetailPane::revealRequested);
-    connect(m_more, &PictureButton::clicked, this,
+    connect(m_reveal, &ImageButton::clicked, this, &DetailPane::revealRequested);
+    connect(m_more, &ImageButton::clicked, this,
             [this] { Q_EMIT moreRequested(m_more->menuPosition()); });
     return head;
 }
@@ -141,7 +141,7 @@ QWidget* DetailPane::makeFoot() {
     m_note->installEventFilter(this);
     row->addWidget(m_note, 1);
     auto* save =
-        new PictureButton(ButtonKind::Primary, tr("Save Changes"), QStringLiteral("check"), foot);
+        new ImageButton(ButtonKind::Primary, tr("Save Changes"), QStringLiteral("check"), foot);
     save->setObjectName(QStringLiteral("SaveMediaChangesBtn"));
     row->addWidget(save);
     return foot;
@@ -206,11 +206,11 @@ media::AudioPane DetailPane::audioPane() const {
     return m_audio->pane();
 }
 
-void DetailPane::setArtwork(const platform::EncodedPicture& picture) {
+void DetailPane::setArtwork(const platform::EncodedImage& image) {
     if (m_stack->currentIndex() == kAudioPane)
-        m_audio->setArtwork(picture);
+        m_audio->setArtwork(image);
     else
-        m_video->setArtwork(picture);
+        m_video->setArtwork(image);
 }
 
 void DetailPane::pasteArtwork() {

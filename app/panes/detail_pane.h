@@ -13,7 +13,7 @@ namespace clipheave::app {
 
 class AudioPaneView;
 class ElidedLabel;
-class PictureButton;
+class ImageButton;
 class TokenIcon;
 class TokenLabel;
 
@@ -30,14 +30,14 @@ public:
     [[nodiscard]] media::AudioPane audioPane() const;
     /// The text of the video pane's artist field, whatever is shown.
     [[nodiscard]] QString videoArtistText() const { return m_video->artistText(); }
-    /// Puts a picture into the well of the pane that is shown.
-    void setArtwork(const platform::EncodedPicture& picture);
+    /// Puts an image into the well of the pane that is shown.
+    void setArtwork(const platform::EncodedImage& image);
     void setLocationTextRule(VideoPaneView::LocationRule rule) {
         m_video->setLocationRule(std::move(rule));
     }
-    /// Asks for a picture file for the well of the pane that is shown.
+    /// Asks for an image file for the well of the pane that is shown.
     void chooseArtwork();
-    /// Takes a picture file from the clipboard into that well.
+    /// Takes an image file from the clipboard into that well.
     void pasteArtwork();
     /// How many files Save will write; the foot says so.
     void setTouchedCount(int count);
@@ -71,7 +71,7 @@ private:
     ElidedLabel* m_name = nullptr;
     TokenLabel* m_note = nullptr;
     QStringList m_touchedNames; ///< empty: the note counts them
-    PictureButton *m_reveal = nullptr, *m_more = nullptr;
+    ImageButton *m_reveal = nullptr, *m_more = nullptr;
     QWidget* m_foot = nullptr;
     QStackedWidget* m_stack;
     VideoPaneView* m_video;

@@ -9,7 +9,7 @@ namespace clipheave::app {
 
 class PlayerView;
 
-/// The picture and the controls below it as one card; for sounds the controls alone. Fills the
+/// The image and the controls below it as one card; for audio files the controls alone. Fills the
 /// screen on request, Esc brings it back.
 class PlayerCard : public QWidget {
     Q_OBJECT
@@ -19,7 +19,7 @@ public:
 
     [[nodiscard]] PlayerView* player() const { return m_player; }
     [[nodiscard]] TransportBar* transport() const { return m_transport; }
-    /// px; the picture is 16:9 of it.
+    /// px; the image is 16:9 of it.
     void setCardWidth(int width);
     void toggleFullScreen();
     [[nodiscard]] bool isFullScreen() const;

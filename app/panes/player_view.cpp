@@ -71,7 +71,7 @@ void PlayerView::setCorners(Corners corners) {
     update();
 }
 
-QRectF PlayerView::pictureRect() const {
+QRectF PlayerView::imageRect() const {
     const QSizeF fitted = QSizeF(m_player->videoSize()).scaled(size(), Qt::KeepAspectRatio);
     return {QPointF((width() - fitted.width()) / 2, (height() - fitted.height()) / 2), fitted};
 }
@@ -87,7 +87,7 @@ void PlayerView::paintContent(QPainter& painter) {
     }
     if (m_player->videoSize().isEmpty())
         return;
-    const QRectF target = pictureRect();
+    const QRectF target = imageRect();
     const QSize pixels = (target.size() * devicePixelRatioF()).toSize().expandedTo({1, 1});
     const QImage frame = m_player->render(pixels);
     if (!frame.isNull())

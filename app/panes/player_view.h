@@ -13,7 +13,7 @@ class MpvPlayer;
 
 namespace clipheave::app {
 
-/// The picture of the player, letterboxed on the well. With the focus: Space plays, comma and
+/// The image of the player, letterboxed on the well. With the focus: Space plays, comma and
 /// period step one frame, Left and Right go 5 s. A TransportBar below it completes the card.
 class PlayerView : public QWidget {
     Q_OBJECT
@@ -45,8 +45,8 @@ protected:
 
 private:
     void paintContent(QPainter& painter);
-    /// Where the picture is drawn, in logical px.
-    [[nodiscard]] QRectF pictureRect() const;
+    /// Where the image is drawn, in logical px.
+    [[nodiscard]] QRectF imageRect() const;
 
     platform::MpvPlayer* m_player;
     QString m_failure; ///< shown in the well

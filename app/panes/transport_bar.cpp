@@ -26,7 +26,7 @@ constexpr int kWheelStep = 120; // one notch
 constexpr int kVolumeStep = 5;  // per cent
 constexpr double kPartDisabledOpacity = 0.4;
 
-/// The bar continues the picture, so it is dark in both themes.
+/// The bar continues the image, so it is dark in both themes.
 QColor barColour(Token token) {
     return Theme::colorOf(token, true);
 }
@@ -50,20 +50,20 @@ QString transportTime(double seconds, bool hundredths) {
     return hundredths ? QStringLiteral("%1.%2").arg(text).arg(ticks % 100, 2, 10, zero) : text;
 }
 
-TransportButton::TransportButton(const QString& label, const QString& picture, QWidget* parent)
-    : PictureButton(Kind::Icon, label, picture, parent) {
+TransportButton::TransportButton(const QString& label, const QString& image, QWidget* parent)
+    : ImageButton(Kind::Icon, label, image, parent) {
 }
 
-void TransportButton::setMeaning(const QString& label, const QString& picture) {
+void TransportButton::setMeaning(const QString& label, const QString& image) {
     setText(label);
     setAccessibleName(label);
     setToolTip(label);
-    setPicture(picture);
+    setImage(image);
 }
 
 void TransportButton::focusInEvent(QFocusEvent* event) {
     m_ring = showsFocusRing(event->reason());
-    PictureButton::focusInEvent(event);
+    ImageButton::focusInEvent(event);
 }
 
 void TransportButton::paintEvent(QPaintEvent*) {
@@ -86,7 +86,7 @@ void TransportButton::paintEvent(QPaintEvent*) {
         painter.setOpacity(kPartDisabledOpacity);
     const Token token = m_prominent ? Token::name : lit ? Token::text1 : Token::text2;
     painter.drawPixmap(QRect((width() - kSide) / 2, (height() - kSide) / 2, kSide, kSide),
-                       themePixmap(picture(), kSide, barColour(token), devicePixelRatioF()));
+                       themePixmap(image(), kSide, barColour(token), devicePixelRatioF()));
 }
 
 TransportBar::TransportBar(MpvPlayer* player, Form form, QWidget* parent)
@@ -94,7 +94,7 @@ TransportBar::TransportBar(MpvPlayer* player, Form form, QWidget* parent)
       m_back(new TransportButton(tr("Frame Back"), QStringLiteral("frame-back"), this)),
       m_play(new TransportButton(tr("Play"), QStringLiteral("play"), this)),
       m_forward(new TransportButton(tr("Frame Forward"), QStringLiteral("frame-forward"), this)),
-      m_sound(new TransportButton(tr("Mute"), QStringLiteral("volume"), this)),
+      m_audio(new TransportButton(tr("Mute"), QStringLiteral("volume"), this)),
       m_fullScreen(new TransportButton(tr("Full Screen"), QStringLiteral("fullscreen"), this)),
       m_time(new QLabel(this)), m_total(new QLabel(this)) {
     m_play->setProminent();
@@ -111,7 +111,7 @@ TransportBar::TransportBar(MpvPlayer* player, Form form, QWidget* parent)
     connect(&Theme::instance(), &Theme::changed, this, &TransportBar::refreshFonts);
     refreshFonts();
     refreshState();
-    refreshSound();
+    refreshAudio();
 }
 
 void TransportBar::layOutVideo() {
@@ -127,7 +127,7 @@ void TransportBar::layOutVideo() {
     row->addWidget(m_time);
     row->addWidget(m_total);
     row->addStretch();
-    row->addWidget(m_sound);
+    row->addWidget(m_audio);
     row->addWidget(m_fullScreen);
     column->addLayout(row);
 }
@@ -153,7 +153,7 @@ void TransportBar::layOutAudio() {
     row->addSpacing(4);
     row->addWidget(m_total);
     row->addSpacing(4);
-    row->addWidget(m_sound);
+    row->addWidget(m_audio);
     column->addLayout(row);
     m_fullScreen->hide();
 }
@@ -178,23 +178,23 @@ void TransportBar::connectControls() {
         });
         connect(line, &ScrubLine::sliderReleased, this, &TransportBar::refreshTimes);
     }
-    connect(m_play, &PictureButton::clicked, this, [this] {
+    connect(m_play, &ImageButton::clicked, this, [this] {
         if (m_player != nullptr)
             m_player->setPaused(!m_player->isPaused());
     });
-    connect(m_back, &PictureButton::clicked, this, [this] {
+    connect(m_back, &ImageButton::clicked, this, [this] {
         if (m_player != nullptr)
             m_player->stepBackward();
     });
-    connect(m_forward, &PictureButton::clicked, this, [this] {
+    connect(m_forward, &ImageButton::clicked, this, [this] {
         if (m_player != nullptr)
             m_player->stepForward();
     });
-    connect(m_sound, &PictureButton::clicked, this, [this] {
+    connect(m_audio, &ImageButton::clicked, this, [this] {
         if (m_player != nullptr)
             m_player->setMuted(!m_player->isMuted());
     });
-    connect(m_fullScreen, &PictureButton::clicked, this, &TransportBar::fullScreenRequested);
+    connect(m_fullScreen, &ImageButton::clicked, this, &TransportBar::fullScreenRequested);
 }
 
 void TransportBar::connectPlayer() {
@@ -204,7 +204,7 @@ void TransportBar::connectPlayer() {
     connect(m_player, &MpvPlayer::durationChanged, this, &TransportBar::refreshState);
     connect(m_player, &MpvPlayer::pausedChanged, this, &TransportBar::refreshState);
     connect(m_player, &MpvPlayer::failed, this, &TransportBar::refreshState);
-    connect(m_player, &MpvPlayer::volumeChanged, this, &TransportBar::refreshSound);
+    connect(m_player, &MpvPlayer::volumeChanged, this, &TransportBar::refreshAudio);
 }
 
 void TransportBar::refreshState() {
@@ -240,12 +240,12 @@ void TransportBar::refreshTimes() {
         m_waveform->showPosition(position, duration);
 }
 
-void TransportBar::refreshSound() {
+void TransportBar::refreshAudio() {
     const bool silent = m_player != nullptr && (m_player->isMuted() || m_player->volume() == 0);
-    m_sound->setMeaning(silent ? tr("Unmute") : tr("Mute"),
+    m_audio->setMeaning(silent ? tr("Unmute") : tr("Mute"),
                         silent ? QStringLiteral("sound-off") : QStringLiteral("volume"));
     if (m_player != nullptr)
-        m_sound->setAccessibleDescription(tr("Volume %1 %").arg(m_player->volume()));
+        m_audio->setAccessibleDescription(tr("Volume %1 %").arg(m_player->volume()));
 }
 
 void TransportBar::refreshFonts() {
@@ -256,9 +256,9 @@ void TransportBar::refreshFonts() {
     update();
 }
 
-/// Over the sound button the wheel sets the volume; elsewhere it scrolls the pane.
+/// Over the audio button the wheel sets the volume; elsewhere it scrolls the pane.
 void TransportBar::wheelEvent(QWheelEvent* event) {
-    if (m_player == nullptr || !m_sound->geometry().contains(event->position().toPoint()))
+    if (m_player == nullptr || !m_audio->geometry().contains(event->position().toPoint()))
         return event->ignore();
     const int change = event->angleDelta().y() * kVolumeStep / kWheelStep;
     m_player->setVolume(m_player->volume() + change);
@@ -271,7 +271,7 @@ void TransportBar::paintEvent(QPaintEvent*) {
     painter.setClipRect(rect());
     QRectF card = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
     if (m_form == Form::Video)
-        card.setTop(card.top() - 2 * kBarRadius); // the upper corners belong to the picture
+        card.setTop(card.top() - 2 * kBarRadius); // the upper corners belong to the image
     painter.setPen(Theme::instance().color(Token::line1));
     painter.setBrush(barColour(Token::bg1));
     painter.drawRoundedRect(card, kBarRadius, kBarRadius);

@@ -25,11 +25,11 @@ class Waveform;
 [[nodiscard]] QString transportTime(double seconds, bool hundredths = true);
 
 /// An icon button in the colours of the dark theme, whichever is chosen.
-class TransportButton : public PictureButton {
+class TransportButton : public ImageButton {
     Q_OBJECT
 public:
-    TransportButton(const QString& label, const QString& picture, QWidget* parent);
-    void setMeaning(const QString& label, const QString& picture);
+    TransportButton(const QString& label, const QString& image, QWidget* parent);
+    void setMeaning(const QString& label, const QString& image);
     /// White, for the one that plays.
     void setProminent() { m_prominent = true; }
 
@@ -43,7 +43,7 @@ private:
 };
 
 /// The controls below a player. Two forms: for videos the scrub line above a row of buttons, for
-/// sounds one row below the waveform. Dark in both themes, as the picture above it.
+/// audio files one row below the waveform. Dark in both themes, as the image above it.
 class TransportBar : public QWidget {
     Q_OBJECT
 public:
@@ -76,14 +76,14 @@ private:
     void connectPlayer();
     void refreshState();
     void refreshTimes();
-    void refreshSound();
+    void refreshAudio();
     void refreshFonts();
 
     Form m_form;
     QPointer<platform::MpvPlayer> m_player;
     ScrubLine* m_scrub;
     Waveform* m_waveform = nullptr; ///< audio form only
-    TransportButton *m_back, *m_play, *m_forward, *m_sound, *m_fullScreen;
+    TransportButton *m_back, *m_play, *m_forward, *m_audio, *m_fullScreen;
     QLabel *m_time, *m_total;
 };
 

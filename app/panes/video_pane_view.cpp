@@ -188,7 +188,7 @@ void VideoPaneView::show(const media::IKImageItem& item, const media::VideoPane&
     m_latitude->setShownText(pane.texts.mediaLatitude);
     m_longitude->setShownText(pane.texts.mediaLongtitude);
     m_altitude->setShownText(pane.texts.mediaAatitude);
-    m_artwork->setPicture(pane.texts.mediaImageView);
+    m_artwork->setImage(pane.texts.mediaImageView);
     showPosition();
     refreshChanges();
     refreshLocation();
@@ -209,7 +209,7 @@ media::VideoPane VideoPaneView::pane() const {
     pane.texts.mediaLatitude = m_latitude->text();
     pane.texts.mediaLongtitude = m_longitude->text();
     pane.texts.mediaAatitude = m_altitude->text();
-    pane.texts.mediaImageView = m_artwork->picture();
+    pane.texts.mediaImageView = m_artwork->artwork();
     return pane;
 }
 
@@ -217,8 +217,8 @@ QString VideoPaneView::artistText() const {
     return m_fields[2]->text();
 }
 
-void VideoPaneView::setArtwork(const platform::EncodedPicture& picture) {
-    m_artwork->setPicture(picture);
+void VideoPaneView::setArtwork(const platform::EncodedImage& image) {
+    m_artwork->setImage(image);
     refreshChanges();
 }
 

@@ -42,7 +42,7 @@ public:
     /// Texts as they stand, what was shown, and the groups in which an edit has begun.
     [[nodiscard]] media::VideoPane pane() const;
     [[nodiscard]] QString artistText() const;
-    void setArtwork(const platform::EncodedPicture& picture);
+    void setArtwork(const platform::EncodedImage& image);
     /// How a save joins the three position texts; shown below the fields.
     void setLocationRule(LocationRule rule);
     [[nodiscard]] PlayerView* player() const;

@@ -67,7 +67,7 @@ void PeakLoader::load(const QString& path, const QDateTime& changed) {
         const auto engine = goOn() ? platform::mediaEngine() : nullptr;
         QByteArray peaks;
         if (engine && *engine != nullptr && goOn())
-            peaks = (*engine)->soundPeaks(path, kPeakCount, goOn).value_or(QByteArray());
+            peaks = (*engine)->audioPeaks(path, kPeakCount, goOn).value_or(QByteArray());
         QMetaObject::invokeMethod(this, [this, key, peaks, stop] {
             if (stop->load())
                 return; // another file was asked for meanwhile

@@ -34,7 +34,7 @@ private:
     QThreadPool m_pool;
 };
 
-/// The position on a picture of how loud the sound is; hidden while there is none. Heights are
+/// The position on an image of how loud the audio is; hidden while there is none. Heights are
 /// relative to the loudest place of the file: it is for finding places, not for measuring.
 class Waveform : public ScrubLine {
     Q_OBJECT

@@ -90,7 +90,7 @@ QIconEngine* IconEngine::clone() const {
     return new IconEngine(*this);
 }
 
-QString themePicturePath(const QString& name) {
+QString themeImagePath(const QString& name) {
     initThemeResources();
     for (const QString& path : {QStringLiteral(":/icons/") + name + QStringLiteral(".svg"),
                                 QStringLiteral(":/pictures/") + name})
@@ -100,13 +100,13 @@ QString themePicturePath(const QString& name) {
 }
 
 QIcon themeIcon(const QString& name, Token token) {
-    const QString path = themePicturePath(name);
+    const QString path = themeImagePath(name);
     return path.isEmpty() ? QIcon() : QIcon(new IconEngine(path, token));
 }
 
 QPixmap themePixmap(const QString& name, int side, const QColor& color, double devicePixelRatio) {
     const int pixels = static_cast<int>(std::lround(side * devicePixelRatio));
-    return drawIcon(themePicturePath(name), {pixels, pixels}, color, devicePixelRatio);
+    return drawIcon(themeImagePath(name), {pixels, pixels}, color, devicePixelRatio);
 }
 
 } // namespace clipheave::app

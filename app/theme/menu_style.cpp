@@ -14,25 +14,25 @@ constexpr int kMenuItemHeight = 28;
 constexpr int kMenuHeadHeight = 22; ///< a separator with a text
 constexpr int kMenuSeparatorHeight = 9;
 constexpr int kMenuPadding = 10;
-constexpr int kMenuPicture = 16;
+constexpr int kMenuImage = 16;
 constexpr int kMenuGap = 10;
 constexpr int kMenuKeyGap = 24;
 
-bool hasPictureColumn(const QStyleOptionMenuItem& item) {
+bool hasImageColumn(const QStyleOptionMenuItem& item) {
     return item.maxIconWidth > 0 || item.menuHasCheckableItems;
 }
 
 int menuTextLeft(const QStyleOptionMenuItem& item) {
-    return kMenuPadding + (hasPictureColumn(item) ? kMenuPicture + kMenuGap : 0);
+    return kMenuPadding + (hasImageColumn(item) ? kMenuImage + kMenuGap : 0);
 }
 
-void drawMenuPicture(QPainter& painter, const QStyleOptionMenuItem& item, const QRect& target,
-                     const QColor& color, bool active) {
+void drawMenuImage(QPainter& painter, const QStyleOptionMenuItem& item, const QRect& target,
+                   const QColor& color, bool active) {
     const double ratio = painter.device()->devicePixelRatioF();
     if (item.checkType != QStyleOptionMenuItem::NotCheckable) {
         if (item.checked)
             painter.drawPixmap(target,
-                               themePixmap(QStringLiteral("check"), kMenuPicture, color, ratio));
+                               themePixmap(QStringLiteral("check"), kMenuImage, color, ratio));
         return;
     }
     const bool enabled = item.state.testFlag(QStyle::State_Enabled);
@@ -85,10 +85,9 @@ void drawMenuItem(QPainter& painter, const QStyleOptionMenuItem& item) {
                                     : enabled ? Token::text1
                                               : Token::text3);
     const QColor quiet = theme.color(active ? Token::onAccent : Token::text3);
-    const int middle = item.rect.top() + (item.rect.height() - kMenuPicture) / 2;
-    drawMenuPicture(painter, item,
-                    {item.rect.left() + kMenuPadding, middle, kMenuPicture, kMenuPicture},
-                    active ? text : theme.color(Token::text2), active);
+    const int middle = item.rect.top() + (item.rect.height() - kMenuImage) / 2;
+    drawMenuImage(painter, item, {item.rect.left() + kMenuPadding, middle, kMenuImage, kMenuImage},
+                  active ? text : theme.color(Token::text2), active);
     const QRect line = item.rect.adjusted(menuTextLeft(item), 0, -kMenuPadding, 0);
     const QStringList parts = item.text.split(QLatin1Char('\t'));
     painter.setFont(item.font);
@@ -97,8 +96,8 @@ void drawMenuItem(QPainter& painter, const QStyleOptionMenuItem& item) {
                      Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine | Qt::TextShowMnemonic,
                      parts.first());
     if (item.menuItemType == QStyleOptionMenuItem::SubMenu) {
-        const QRect arrow(line.right() - kMenuPicture + 3, middle, kMenuPicture, kMenuPicture);
-        painter.drawPixmap(arrow, themePixmap(QStringLiteral("chevron-right"), kMenuPicture, quiet,
+        const QRect arrow(line.right() - kMenuImage + 3, middle, kMenuImage, kMenuImage);
+        painter.drawPixmap(arrow, themePixmap(QStringLiteral("chevron-right"), kMenuImage, quiet,
                                               painter.device()->devicePixelRatioF()));
     } else if (parts.size() > 1) {
         painter.setFont(theme.font(FontRole::Cell));
@@ -117,7 +116,7 @@ QSize menuItemSize(const QStyleOptionMenuItem& item, const QSize& label) {
                     .size(Qt::TextSingleLine | Qt::TextShowMnemonic, parts.first())
                     .width();
     if (item.menuItemType == QStyleOptionMenuItem::SubMenu)
-        width += kMenuKeyGap + kMenuPicture;
+        width += kMenuKeyGap + kMenuImage;
     else if (parts.size() > 1)
         width +=
             kMenuKeyGap +

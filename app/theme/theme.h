@@ -17,7 +17,7 @@ enum class Token {
     bg2,   ///< windows, sheets, menus, pane foot
     bg3,   ///< fields, buttons, hover on rows
     bg4,   ///< hover on buttons, pressed tools, chosen segment
-    well,  ///< behind pictures and players: dark in both themes
+    well,  ///< behind images and players: dark in both themes
     line1, ///< separators
     line2, ///< outlines of fields and buttons
     line3, ///< outlines of check boxes, radio buttons, sliders
@@ -93,7 +93,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
-    /// After new colours were applied: widgets that keep pictures of their own drop them here.
+    /// After new colours were applied: widgets that keep images of their own drop them here.
     void changed();
 
 private:
@@ -110,17 +110,17 @@ private:
     QString m_family; ///< empty: the desktop's own
 };
 
-/// An icon of resources/icons by its name ("compress") or by one of the controller's picture names
+/// An icon of resources/icons by its name ("compress") or by one of the controller's image names
 /// ("compressbtn.png", "artworkimage"). Drawn in the token's colour, text3 when disabled, onAccent
 /// when selected; follows theme changes by itself and is sharp at any device pixel ratio. Null for
 /// an unknown name.
 [[nodiscard]] QIcon themeIcon(const QString& name, Token token = Token::text1);
 
-/// The same as a picture of `side` logical px.
+/// The same as an image of `side` logical px.
 [[nodiscard]] QPixmap themePixmap(const QString& name, int side, const QColor& color,
                                   double devicePixelRatio);
 
-/// Resource path of an icon or picture name; empty for an unknown one.
-[[nodiscard]] QString themePicturePath(const QString& name);
+/// Resource path of an icon or image name; empty for an unknown one.
+[[nodiscard]] QString themeImagePath(const QString& name);
 
 } // namespace clipheave::app

@@ -7,7 +7,7 @@ class QStyleOptionMenuItem;
 
 namespace clipheave::app {
 
-/// Fusion with the marks that a style sheet could only take from coloured picture files: check
+/// Fusion with the marks that a style sheet could only take from coloured image files: check
 /// boxes, radio buttons, arrows and pop-up lists.
 class ThemeStyle : public QProxyStyle {
     Q_OBJECT

@@ -3,7 +3,7 @@
 
 namespace clipheave::app {
 
-/// Tells assistive technology what the drawn widgets are (pictures, a film) in place of "filler".
+/// Tells assistive technology what the drawn widgets are (images, a video) in place of "filler".
 /// Once, before the first of them is asked.
 void installAccessibleRoles();
 

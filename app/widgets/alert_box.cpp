@@ -16,8 +16,8 @@ namespace clipheave::app {
 namespace {
 
 constexpr int kAlertWidth = 420;
-constexpr int kPictureBox = 40;
-constexpr int kTextWidth = kAlertWidth - 2 * 20 - kPictureBox - 16;
+constexpr int kImageBox = 40;
+constexpr int kTextWidth = kAlertWidth - 2 * 20 - kImageBox - 16;
 
 AlertBox::Answerer& alertAnswerer() {
     static AlertBox::Answerer answerer;
@@ -32,8 +32,8 @@ bool cancels(const QString& button) {
     return button.trimmed() == QLatin1String("Cancel");
 }
 
-/// What the alert is about, as a picture.
-QString alertPicture(const QString& message, const QStringList& buttons) {
+/// What the alert is about, as an image.
+QString alertImage(const QString& message, const QStringList& buttons) {
     if (std::any_of(buttons.begin(), buttons.end(), destroys))
         return QStringLiteral("trash");
     if (message.contains(QLatin1String("Exit")))
@@ -45,10 +45,10 @@ QString alertPicture(const QString& message, const QStringList& buttons) {
     return QStringLiteral("info");
 }
 
-class AlertPicture : public QWidget {
+class AlertImage : public QWidget {
 public:
-    AlertPicture(QString name, Token token) : m_name(std::move(name)), m_token(token) {
-        setFixedSize(kPictureBox, kPictureBox);
+    AlertImage(QString name, Token token) : m_name(std::move(name)), m_token(token) {
+        setFixedSize(kImageBox, kImageBox);
     }
 
 protected:
@@ -104,9 +104,9 @@ void AlertBox::build() {
     grid->setContentsMargins(20, 20, 20, 16);
     grid->setHorizontalSpacing(16);
     grid->setVerticalSpacing(4);
-    const QString picture = alertPicture(m_message, m_texts);
-    const bool grave = picture == QLatin1String("trash");
-    grid->addWidget(new AlertPicture(picture, grave ? Token::bad : Token::accentText), 0, 0, 2, 1,
+    const QString image = alertImage(m_message, m_texts);
+    const bool grave = image == QLatin1String("trash");
+    grid->addWidget(new AlertImage(image, grave ? Token::bad : Token::accentText), 0, 0, 2, 1,
                     Qt::AlignTop);
     grid->addWidget(alertText(m_message, FontRole::AlertTitle, Token::text1), 0, 1);
     if (!m_informative.isEmpty())

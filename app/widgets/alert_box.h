@@ -24,14 +24,14 @@ public:
     /// In the order given.
     [[nodiscard]] QStringList buttonTexts() const { return m_texts; }
     [[nodiscard]] int defaultIndex() const { return m_default; }
-    /// What Esc answers: "Cancel" where there is one, else the only button, else -1.
+    /// What Esc returns: "Cancel" where there is one, else the only button, else -1.
     [[nodiscard]] int escapeIndex() const;
 
     /// Shows the alert and waits. Returns the index of the pressed button in `buttons`.
     static int run(QWidget* parent, const QString& message, const QString& informative,
                    const QStringList& buttons);
 
-    /// Answers run() in place of the user while set: tests need no event loop. Empty: ask the user.
+    /// Returns run() in place of the user while set: tests need no event loop. Empty: ask the user.
     using Answerer = std::function<int(const AlertBox&)>;
     static void setAnswerer(Answerer answerer);
 

@@ -11,10 +11,10 @@
 namespace clipheave::app {
 namespace {
 
-constexpr int kPictureSide = 16;
-constexpr int kToolPictureSide = 20;
+constexpr int kImageSide = 16;
+constexpr int kToolImageSide = 20;
 constexpr int kCaretSide = 12;
-constexpr int kPictureGap = 6;
+constexpr int kImageGap = 6;
 constexpr double kDisabledOpacity = 0.7;
 constexpr double kDisabledToolOpacity = 0.4;
 
@@ -62,7 +62,7 @@ QColor clear() {
 /// Buttons that show no surface of their own until they are used.
 ButtonColours quietColours(const ButtonLook& look) {
     const Theme& theme = Theme::instance();
-    ButtonColours colours{clear(), clear(), theme.color(look.pictureToken)};
+    ButtonColours colours{clear(), clear(), theme.color(look.imageToken)};
     switch (look.kind) {
     case ButtonKind::Tool:
         colours.text = theme.color(look.pressed || look.chosen ? Token::text1 : Token::text2);
@@ -94,7 +94,7 @@ ButtonColours quietColours(const ButtonLook& look) {
             colours.fill = theme.color(Token::bg3);
         if (look.hovered || look.pressed || look.chosen)
             colours.text =
-                look.pictureToken == Token::text2 ? theme.color(Token::text1) : colours.text;
+                look.imageToken == Token::text2 ? theme.color(Token::text1) : colours.text;
         return colours;
     }
 }
@@ -122,8 +122,8 @@ bool isQuiet(ButtonKind kind) {
            kind == ButtonKind::Window || kind == ButtonKind::WindowClose || isSegment(kind);
 }
 
-void drawPicture(QPainter& painter, const QString& name, const QPoint& corner, int side,
-                 const QColor& color) {
+void drawImage(QPainter& painter, const QString& name, const QPoint& corner, int side,
+               const QColor& color) {
     const QPixmap pixmap = themePixmap(name, side, color, painter.device()->devicePixelRatioF());
     painter.drawPixmap(QRect(corner, QSize(side, side)), pixmap);
 }
@@ -149,9 +149,8 @@ void drawSurface(QPainter& painter, const QRect& rect, const ButtonLook& look,
 void drawTool(QPainter& painter, const QRect& rect, const ButtonLook& look, const QColor& text) {
     const QFont font = Theme::instance().font(FontRole::Caption);
     const QFontMetrics metrics(font);
-    drawPicture(painter, look.picture,
-                {rect.center().x() - kToolPictureSide / 2 + 1, rect.top() + 5}, kToolPictureSide,
-                Theme::instance().color(Token::text1));
+    drawImage(painter, look.image, {rect.center().x() - kToolImageSide / 2 + 1, rect.top() + 5},
+              kToolImageSide, Theme::instance().color(Token::text1));
     const int caret = look.caret ? kCaretSide + 1 : 0;
     const QString label = metrics.elidedText(look.text, Qt::ElideRight, rect.width() - caret - 2);
     const int width = metrics.horizontalAdvance(label);
@@ -162,17 +161,16 @@ void drawTool(QPainter& painter, const QRect& rect, const ButtonLook& look, cons
     painter.setPen(text);
     painter.drawText(line, Qt::AlignVCenter | Qt::AlignLeft, label);
     if (look.caret)
-        drawPicture(painter, QStringLiteral("chevron-down"), {left + width + 3, line.top() + 2},
-                    kCaretSide, text);
+        drawImage(painter, QStringLiteral("chevron-down"), {left + width + 3, line.top() + 2},
+                  kCaretSide, text);
 }
 
 int rowWidth(const ButtonLook& look, const QFontMetrics& metrics) {
     int width = look.text.isEmpty() ? 0 : metrics.horizontalAdvance(look.text);
-    if (!look.picture.isEmpty())
-        width +=
-            kPictureSide + (look.text.isEmpty() ? 0 : kPictureGap) - (look.text.isEmpty() ? 0 : 2);
+    if (!look.image.isEmpty())
+        width += kImageSide + (look.text.isEmpty() ? 0 : kImageGap) - (look.text.isEmpty() ? 0 : 2);
     if (look.caret)
-        width += kPictureGap + kPictureSide - 4;
+        width += kImageGap + kImageSide - 4;
     return width;
 }
 
@@ -180,12 +178,12 @@ void drawRow(QPainter& painter, const QRect& rect, const ButtonLook& look, const
     const QFont font = Theme::instance().font(measuresOf(look.kind).font);
     const QFontMetrics metrics(font);
     const int whole = rowWidth(look, metrics);
-    const int middle = rect.top() + (rect.height() - kPictureSide) / 2;
+    const int middle = rect.top() + (rect.height() - kImageSide) / 2;
     int x = rect.left() + (rect.width() - whole) / 2;
-    if (!look.picture.isEmpty()) {
+    if (!look.image.isEmpty()) {
         const int left = look.text.isEmpty() && !look.caret ? x : x - 1;
-        drawPicture(painter, look.picture, {left, middle}, kPictureSide, color);
-        x += kPictureSide + kPictureGap - 2;
+        drawImage(painter, look.image, {left, middle}, kImageSide, color);
+        x += kImageSide + kImageGap - 2;
     }
     painter.setFont(font);
     painter.setPen(color);
@@ -193,9 +191,8 @@ void drawRow(QPainter& painter, const QRect& rect, const ButtonLook& look, const
     painter.drawText(QRect(x, rect.top(), width + 2, rect.height()),
                      Qt::AlignVCenter | Qt::AlignLeft, look.text);
     if (look.caret)
-        drawPicture(painter, QStringLiteral("chevron-down"),
-                    {x + width + (look.text.isEmpty() ? 0 : kPictureGap), middle}, kPictureSide,
-                    color);
+        drawImage(painter, QStringLiteral("chevron-down"),
+                  {x + width + (look.text.isEmpty() ? 0 : kImageGap), middle}, kImageSide, color);
 }
 
 } // namespace
@@ -239,8 +236,8 @@ void paintButton(QPainter& painter, const QRect& rect, const ButtonLook& look) {
     painter.restore();
 }
 
-Button::Button(ButtonKind kind, const QString& label, const QString& picture, QWidget* parent)
-    : QPushButton(label, parent), m_kind(kind), m_picture(picture) {
+Button::Button(ButtonKind kind, const QString& label, const QString& image, QWidget* parent)
+    : QPushButton(label, parent), m_kind(kind), m_image(image) {
     setAccessibleName(label.trimmed());
     setAttribute(Qt::WA_Hover);
     setAutoDefault(false);
@@ -254,8 +251,8 @@ void Button::setKind(ButtonKind kind) {
     update();
 }
 
-void Button::setPicture(const QString& picture) {
-    m_picture = picture;
+void Button::setImage(const QString& image) {
+    m_image = image;
     updateGeometry();
     update();
 }
@@ -263,7 +260,7 @@ void Button::setPicture(const QString& picture) {
 ButtonLook Button::look() const {
     return {.kind = m_kind,
             .text = text(),
-            .picture = m_picture,
+            .image = m_image,
             .caret = menu() != nullptr,
             .hovered = underMouse() && isEnabled(),
             .pressed = isDown(),

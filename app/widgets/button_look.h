@@ -12,13 +12,13 @@ class QPainter;
 namespace clipheave::app {
 
 enum class ButtonKind {
-    Tool,         ///< picture above a caption, 48 px high
+    Tool,         ///< image above a caption, 48 px high
     Plain,        ///< 32 px
     Small,        ///< 28 px
     Primary,      ///< 32 px, accent fill: one per window
     Danger,       ///< 32 px, text in the colour of failures
     Flat,         ///< 32 px, no outline
-    Icon,         ///< 28 x 28, picture only
+    Icon,         ///< 28 x 28, image only
     Segment,      ///< 30 px, a part of a Segment
     SmallSegment, ///< 24 px
     Window,       ///< 44 x 36, in the title bar
@@ -29,8 +29,8 @@ enum class ButtonKind {
 struct ButtonLook {
     ButtonKind kind = ButtonKind::Plain;
     QString text;
-    QString picture;
-    Token pictureToken = Token::text2;
+    QString image;
+    Token imageToken = Token::text2;
     bool caret = false, hovered = false, pressed = false, chosen = false, enabled = true,
          ring = false;
 };
@@ -44,11 +44,11 @@ void paintButton(QPainter& painter, const QRect& rect, const ButtonLook& look);
 class Button : public QPushButton {
     Q_OBJECT
 public:
-    explicit Button(ButtonKind kind, const QString& label, const QString& picture = {},
+    explicit Button(ButtonKind kind, const QString& label, const QString& image = {},
                     QWidget* parent = nullptr);
     void setKind(ButtonKind kind);
     [[nodiscard]] ButtonKind kind() const { return m_kind; }
-    void setPicture(const QString& picture);
+    void setImage(const QString& image);
 
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
@@ -62,7 +62,7 @@ private:
     [[nodiscard]] ButtonLook look() const;
 
     ButtonKind m_kind;
-    QString m_picture;
+    QString m_image;
     bool m_focusRing = false;
 };
 

@@ -19,9 +19,9 @@ namespace clipheave::app {
 namespace {
 
 /// Tells assistive technology of the pop-up, which QToolButton only does for a menu of its own.
-class PictureButtonAccess : public QAccessibleWidget {
+class ImageButtonAccess : public QAccessibleWidget {
 public:
-    explicit PictureButtonAccess(PictureButton* button)
+    explicit ImageButtonAccess(ImageButton* button)
         : QAccessibleWidget(button, QAccessible::Button) {}
 
     /// Asked anew each time: this object is often there before the button knows of its menu.
@@ -47,22 +47,21 @@ public:
     }
 
 private:
-    [[nodiscard]] PictureButton* button() const { return static_cast<PictureButton*>(object()); }
+    [[nodiscard]] ImageButton* button() const { return static_cast<ImageButton*>(object()); }
 };
 
-QAccessibleInterface* pictureButtonAccess(const QString&, QObject* object) {
-    auto* button = qobject_cast<PictureButton*>(object);
-    return button != nullptr ? new PictureButtonAccess(button) : nullptr;
+QAccessibleInterface* imageButtonAccess(const QString&, QObject* object) {
+    auto* button = qobject_cast<ImageButton*>(object);
+    return button != nullptr ? new ImageButtonAccess(button) : nullptr;
 }
 
 } // namespace
 
-PictureButton::PictureButton(Kind kind, const QString& label, const QString& picture,
-                             QWidget* parent)
-    : QToolButton(parent), m_kind(kind), m_picture(picture),
+ImageButton::ImageButton(Kind kind, const QString& label, const QString& image, QWidget* parent)
+    : QToolButton(parent), m_kind(kind), m_image(image),
       m_pressNotification(QStringLiteral("MybuttonMouseDown")) {
     static const bool once = [] {
-        QAccessible::installFactory(pictureButtonAccess);
+        QAccessible::installFactory(imageButtonAccess);
         return true;
     }();
     Q_UNUSED(once)
@@ -76,34 +75,34 @@ PictureButton::PictureButton(Kind kind, const QString& label, const QString& pic
     connect(&Theme::instance(), &Theme::changed, this, [this] { update(); });
 }
 
-void PictureButton::setPicture(const QString& picture) {
-    m_picture = picture;
+void ImageButton::setImage(const QString& image) {
+    m_image = image;
     update();
 }
 
-void PictureButton::setOpensMenu(bool opens) {
+void ImageButton::setOpensMenu(bool opens) {
     m_opensMenu = opens;
     updateGeometry();
     update();
 }
 
-void PictureButton::setPictureToken(Token token) {
-    m_pictureToken = token;
+void ImageButton::setImageToken(Token token) {
+    m_imageToken = token;
     update();
 }
 
-QPoint PictureButton::menuPosition() const {
+QPoint ImageButton::menuPosition() const {
     constexpr int kMenuGap = 4;
     return mapToGlobal(QPoint(0, height() + kMenuGap));
 }
 
-ButtonLook PictureButton::look() const {
+ButtonLook ImageButton::look() const {
     const bool withText =
         m_kind != Kind::Icon && m_kind != Kind::Window && m_kind != Kind::WindowClose;
     return {.kind = m_kind,
             .text = withText ? text() : QString(),
-            .picture = m_picture,
-            .pictureToken = m_pictureToken,
+            .image = m_image,
+            .imageToken = m_imageToken,
             .caret = m_opensMenu && m_kind != Kind::Icon,
             .hovered = underMouse() && isEnabled(),
             .pressed = isDown(),
@@ -112,11 +111,11 @@ ButtonLook PictureButton::look() const {
             .ring = m_focusRing && hasFocus()};
 }
 
-QSize PictureButton::sizeHint() const {
+QSize ImageButton::sizeHint() const {
     return buttonSize(look());
 }
 
-QSize PictureButton::minimumSizeHint() const {
+QSize ImageButton::minimumSizeHint() const {
     constexpr int kLeastTool = 48, kGivenAway = 14; // px
     const QSize whole = sizeHint();
     return m_kind == Kind::Tool
@@ -124,17 +123,17 @@ QSize PictureButton::minimumSizeHint() const {
                : whole;
 }
 
-void PictureButton::paintEvent(QPaintEvent*) {
+void ImageButton::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     paintButton(painter, rect(), look());
 }
 
-void PictureButton::post(const QString& name) {
+void ImageButton::post(const QString& name) {
     platform::NSNotificationCenter::defaultCenter().postNotificationName_object(name, this);
 }
 
-void PictureButton::activate() {
-    const QPointer<PictureButton> alive(this);
+void ImageButton::activate() {
+    const QPointer<ImageButton> alive(this);
     setDown(true);
     post(m_pressNotification);
     if (alive == nullptr)
@@ -143,11 +142,11 @@ void PictureButton::activate() {
     click();
 }
 
-void PictureButton::mousePressEvent(QMouseEvent* event) {
+void ImageButton::mousePressEvent(QMouseEvent* event) {
     QToolButton::mousePressEvent(event);
     if (event->button() != Qt::LeftButton)
         return;
-    const QPointer<PictureButton> alive(this);
+    const QPointer<ImageButton> alive(this);
     post(m_pressNotification);
     if (alive == nullptr)
         return;
@@ -158,7 +157,7 @@ void PictureButton::mousePressEvent(QMouseEvent* event) {
     });
 }
 
-void PictureButton::keyPressEvent(QKeyEvent* event) {
+void ImageButton::keyPressEvent(QKeyEvent* event) {
     const int key = event->key();
     if (key != Qt::Key_Space && key != Qt::Key_Return && key != Qt::Key_Enter)
         return QToolButton::keyPressEvent(event);
@@ -167,22 +166,22 @@ void PictureButton::keyPressEvent(QKeyEvent* event) {
         activate();
 }
 
-void PictureButton::enterEvent(QEnterEvent* event) {
+void ImageButton::enterEvent(QEnterEvent* event) {
     QToolButton::enterEvent(event);
     post(QStringLiteral("PRbuttonMouseEntered"));
 }
 
-void PictureButton::leaveEvent(QEvent* event) {
+void ImageButton::leaveEvent(QEvent* event) {
     QToolButton::leaveEvent(event);
     post(QStringLiteral("PRbuttonMouseExited"));
 }
 
-void PictureButton::focusInEvent(QFocusEvent* event) {
+void ImageButton::focusInEvent(QFocusEvent* event) {
     m_focusRing = showsFocusRing(event->reason());
     QToolButton::focusInEvent(event);
 }
 
-void PictureButton::focusOutEvent(QFocusEvent* event) {
+void ImageButton::focusOutEvent(QFocusEvent* event) {
     m_focusRing = false;
     QToolButton::focusOutEvent(event);
 }

@@ -7,29 +7,29 @@
 
 namespace clipheave::app {
 
-/// A button with a picture that tells the whole application when it is used: on mouse-down, Space
+/// A button with an image that tells the whole application when it is used: on mouse-down, Space
 /// and Return it posts "MybuttonMouseDown", when the pointer enters or leaves it
 /// "PRbuttonMouseEntered" and "PRbuttonMouseExited", each with itself as the object. clicked()
 /// comes as with any button, after the post.
-class PictureButton : public QToolButton {
+class ImageButton : public QToolButton {
     Q_OBJECT
 public:
     using Kind = ButtonKind;
 
-    /// `picture`: a name that themeIcon knows, or empty. The label is the accessible name.
-    explicit PictureButton(Kind kind, const QString& label = {}, const QString& picture = {},
-                           QWidget* parent = nullptr);
+    /// `image`: a name that themeIcon knows, or empty. The label is the accessible name.
+    explicit ImageButton(Kind kind, const QString& label = {}, const QString& image = {},
+                         QWidget* parent = nullptr);
 
     [[nodiscard]] Kind kind() const { return m_kind; }
-    void setPicture(const QString& picture);
-    [[nodiscard]] QString picture() const { return m_picture; }
+    void setImage(const QString& image);
+    [[nodiscard]] QString image() const { return m_image; }
     /// Draws the caret and reports a pop-up to assistive technology.
     void setOpensMenu(bool opens);
     [[nodiscard]] bool opensMenu() const { return m_opensMenu; }
     /// What is posted on press instead of "MybuttonMouseDown".
     void setPressNotification(const QString& name) { m_pressNotification = name; }
-    /// Colour of the picture of Icon buttons; text2 at first.
-    void setPictureToken(Token token);
+    /// Colour of the image of Icon buttons; text2 at first.
+    void setImageToken(Token token);
     /// Where a menu of this button opens: its lower-left corner, 4 px down, on the screen.
     [[nodiscard]] QPoint menuPosition() const;
     /// What a press does: the post, then a click.
@@ -53,9 +53,9 @@ private:
     void post(const QString& name);
 
     Kind m_kind;
-    QString m_picture;
+    QString m_image;
     QString m_pressNotification;
-    Token m_pictureToken = Token::text2;
+    Token m_imageToken = Token::text2;
     bool m_opensMenu = false;
     bool m_focusRing = false;
 };

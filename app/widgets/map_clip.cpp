@@ -9,7 +9,7 @@ namespace {
 
 /// Room around the view that is still drawn, in px: more than any stroke is wide.
 constexpr double kClipMargin = 8;
-/// The same where far-away runs are passed over: as wide as rounding a corner may reach.
+/// The same where far-away runs are skipped: as wide as rounding a corner may reach.
 constexpr double kRunMargin = 160;
 constexpr double kLeastStep = 0.75;
 /// Corners are rounded by at most this much, and from this length of a side on.

@@ -26,7 +26,7 @@ struct CoastLine {
     struct Point {
         float x = 0, y = 0;
     };
-    /// Bounds of a run of points, so that what lies far outside a view is passed over at once.
+    /// Bounds of a run of points, so that what lies far outside a view is skipped at once.
     struct Box {
         float left = 0, top = 0, right = 0, bottom = 0;
     };
@@ -65,7 +65,7 @@ struct MapFrame {
 };
 
 /// What of a line lies in the frame: its area cut to a little more than the frame, and its visible
-/// strokes. Points closer than 0.75 px are dropped; far-away runs are passed over.
+/// strokes. Points closer than 0.75 px are dropped; far-away runs are skipped.
 struct CoastShape {
     QPolygonF area;
     QPainterPath strokes;

@@ -32,8 +32,8 @@ constexpr int kZoomMargin = 8;
 /// Half of the pair of buttons in the map's corner.
 class MapZoomButton : public QAbstractButton {
 public:
-    MapZoomButton(const QString& name, const QString& picture, QWidget* parent)
-        : QAbstractButton(parent), m_picture(picture) {
+    MapZoomButton(const QString& name, const QString& image, QWidget* parent)
+        : QAbstractButton(parent), m_image(image) {
         setAccessibleName(name);
         setToolTip(name);
         setFixedSize(kZoomSide, kZoomSide);
@@ -53,13 +53,12 @@ protected:
             painter.setBrush(theme.color(isDown() ? Token::bg4 : Token::bg3));
             painter.drawRoundedRect(rect().adjusted(1, 1, -1, -1), 4, 4);
         }
-        painter.drawPixmap(
-            QRect(6, 6, 12, 12),
-            themePixmap(m_picture, 12, theme.color(Token::text1), devicePixelRatioF()));
+        painter.drawPixmap(QRect(6, 6, 12, 12), themePixmap(m_image, 12, theme.color(Token::text1),
+                                                            devicePixelRatioF()));
     }
 
 private:
-    QString m_picture;
+    QString m_image;
 };
 
 double wrapped(double longitude) {

@@ -18,7 +18,7 @@ constexpr int kHeadingGap = 8;
 constexpr int kDotSide = 6;
 constexpr int kChipHeight = 20;
 constexpr int kChipPadding = 8;
-constexpr int kChipPicture = 12;
+constexpr int kChipImage = 12;
 constexpr int kChipGap = 5;
 constexpr int kSeparatorWidth = 17, kLeastSeparator = 7;
 
@@ -55,7 +55,7 @@ ChipColours chipColours(Chip::Kind kind) {
     }
 }
 
-QString chipPicture(Chip::Kind kind) {
+QString chipImage(Chip::Kind kind) {
     switch (kind) {
     case Chip::Kind::Bad:
         return QStringLiteral("fail");
@@ -147,10 +147,10 @@ Chip::Chip(Kind kind, const QString& text, QWidget* parent) : QWidget(parent) {
     set(kind, text);
 }
 
-void Chip::set(Kind kind, const QString& text, const QString& picture) {
+void Chip::set(Kind kind, const QString& text, const QString& image) {
     m_kind = kind;
     m_text = text;
-    m_picture = picture.isEmpty() ? chipPicture(kind) : picture;
+    m_image = image.isEmpty() ? chipImage(kind) : image;
     setAccessibleName(text);
     updateGeometry();
     update();
@@ -159,8 +159,8 @@ void Chip::set(Kind kind, const QString& text, const QString& picture) {
 QSize Chip::sizeHint() const {
     QFont font = Theme::instance().font(FontRole::Caption);
     font.setWeight(QFont::Medium);
-    const int picture = m_picture.isEmpty() ? 0 : kChipPicture + kChipGap;
-    return {QFontMetrics(font).horizontalAdvance(m_text) + 1 + picture + 2 * kChipPadding,
+    const int image = m_image.isEmpty() ? 0 : kChipImage + kChipGap;
+    return {QFontMetrics(font).horizontalAdvance(m_text) + 1 + image + 2 * kChipPadding,
             kChipHeight};
 }
 
@@ -173,11 +173,11 @@ void Chip::paintEvent(QPaintEvent*) {
     painter.setBrush(theme.color(colours.fill));
     painter.drawRoundedRect(rect(), kChipHeight / 2.0, kChipHeight / 2.0);
     int x = kChipPadding;
-    if (!m_picture.isEmpty()) {
+    if (!m_image.isEmpty()) {
         painter.drawPixmap(
-            QRect(x, (height() - kChipPicture) / 2, kChipPicture, kChipPicture),
-            themePixmap(m_picture, kChipPicture, theme.color(colours.text), devicePixelRatioF()));
-        x += kChipPicture + kChipGap;
+            QRect(x, (height() - kChipImage) / 2, kChipImage, kChipImage),
+            themePixmap(m_image, kChipImage, theme.color(colours.text), devicePixelRatioF()));
+        x += kChipImage + kChipGap;
     }
     QFont font = theme.font(FontRole::Caption);
     font.setWeight(QFont::Medium);

@@ -12,7 +12,7 @@ class QHBoxLayout;
 
 namespace clipheave::app {
 
-class PictureButton;
+class ImageButton;
 
 /// The title of a part of a form with a rule to its right and an optional note at the end.
 class SectionHeading : public QWidget {
@@ -53,14 +53,14 @@ private:
     bool m_idle = false;
 };
 
-/// A short state in a pill of 20 px, with a picture, so that colour never says it alone.
+/// A short state in a pill of 20 px, with an image, so that colour never says it alone.
 class Chip : public QWidget {
     Q_OBJECT
 public:
     enum class Kind { Neutral, Ok, Bad, Running };
     explicit Chip(Kind kind = Kind::Neutral, const QString& text = {}, QWidget* parent = nullptr);
-    /// `picture` empty: the kind's own (none, check, fail, none).
-    void set(Kind kind, const QString& text, const QString& picture = {});
+    /// `image` empty: the kind's own (none, check, fail, none).
+    void set(Kind kind, const QString& text, const QString& image = {});
     [[nodiscard]] QString text() const { return m_text; }
     [[nodiscard]] Kind kind() const { return m_kind; }
     [[nodiscard]] QSize sizeHint() const override;
@@ -71,7 +71,7 @@ protected:
 
 private:
     Kind m_kind;
-    QString m_text, m_picture;
+    QString m_text, m_image;
 };
 
 /// Two or more buttons of which one is chosen.
@@ -80,9 +80,9 @@ class Segment : public QWidget {
 public:
     enum class Size { Normal, Small };
     explicit Segment(Size size = Size::Normal, QWidget* parent = nullptr);
-    PictureButton* addPart(const QString& label, const QString& picture = {},
-                           const QString& objectName = {});
-    [[nodiscard]] PictureButton* part(int index) const;
+    ImageButton* addPart(const QString& label, const QString& image = {},
+                         const QString& objectName = {});
+    [[nodiscard]] ImageButton* part(int index) const;
     [[nodiscard]] int count() const;
     [[nodiscard]] int currentIndex() const { return m_current; }
     /// Quiet: emits nothing.
@@ -103,7 +103,7 @@ private:
 
     Size m_size;
     QHBoxLayout* m_layout;
-    QList<PictureButton*> m_parts;
+    QList<ImageButton*> m_parts;
     int m_current = -1;
     bool m_switchesItself = true;
 };

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kStorageHeight = 40;
 constexpr int kStoragePadding = 12;
-constexpr int kStoragePicture = 16;
+constexpr int kStorageImage = 16;
 constexpr int kStorageGap = 10;
 constexpr int kStorageWidest = 220; ///< of the folder's name
 
@@ -40,10 +40,10 @@ Segment::Segment(Size size, QWidget* parent) : QWidget(parent), m_size(size) {
     connect(&Theme::instance(), &Theme::changed, this, [this] { update(); });
 }
 
-PictureButton* Segment::addPart(const QString& label, const QString& picture,
-                                const QString& objectName) {
+ImageButton* Segment::addPart(const QString& label, const QString& image,
+                              const QString& objectName) {
     const auto kind = m_size == Size::Small ? ButtonKind::SmallSegment : ButtonKind::Segment;
-    auto* part = new PictureButton(kind, label, picture, this);
+    auto* part = new ImageButton(kind, label, image, this);
     part->setObjectName(objectName);
     part->setCheckable(true);
     const int index = count();
@@ -55,7 +55,7 @@ PictureButton* Segment::addPart(const QString& label, const QString& picture,
     return part;
 }
 
-PictureButton* Segment::part(int index) const {
+ImageButton* Segment::part(int index) const {
     return m_parts.value(index, nullptr);
 }
 
@@ -124,7 +124,7 @@ QSize StorageChip::sizeHint() const {
         QFontMetrics(Theme::instance().font(FontRole::Caption)).horizontalAdvance(storageCaption());
     const int name = QFontMetrics(storageNameFont()).horizontalAdvance(text());
     const int width = std::max(caption, std::min(name, kStorageWidest)) + 2;
-    return {width + 2 * kStoragePadding + kStoragePicture + kStorageGap, kStorageHeight};
+    return {width + 2 * kStoragePadding + kStorageImage + kStorageGap, kStorageHeight};
 }
 
 QSize StorageChip::minimumSizeHint() const {
@@ -132,7 +132,7 @@ QSize StorageChip::minimumSizeHint() const {
     constexpr double kTightScale = 1.1;
     const int caption =
         QFontMetrics(Theme::instance().font(FontRole::Caption)).horizontalAdvance(storageCaption());
-    const int text = Theme::instance().fontScale() > kTightScale ? kStoragePicture : caption + 2;
+    const int text = Theme::instance().fontScale() > kTightScale ? kStorageImage : caption + 2;
     return {2 * kStoragePadding + text, kStorageHeight};
 }
 
@@ -145,19 +145,19 @@ void StorageChip::paintEvent(QPaintEvent*) {
     painter.setBrush(theme.color(isDown() ? Token::bg4 : underMouse() ? Token::bg3 : Token::bg1));
     const double inset = hasFocus() ? 1 : 0.5;
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), 8, 8);
-    // Where the tools leave too little room, the text is worth more than the picture, but not a
+    // Where the tools leave too little room, the text is worth more than the image, but not a
     // text of a few letters.
     const QFontMetrics caption(theme.font(FontRole::Caption));
     const int captionWidth = caption.horizontalAdvance(storageCaption());
-    int left = kStoragePadding + kStoragePicture + kStorageGap;
+    int left = kStoragePadding + kStorageImage + kStorageGap;
     const bool noText = width() - 2 * kStoragePadding < captionWidth * 2 / 3;
     if (!noText && width() - left - kStoragePadding + 2 < captionWidth)
         left = kStoragePadding;
     else
-        painter.drawPixmap(QRect(kStoragePadding, (height() - kStoragePicture) / 2, kStoragePicture,
-                                 kStoragePicture),
-                           themePixmap(QStringLiteral("folder"), kStoragePicture,
-                                       theme.color(Token::text2), devicePixelRatioF()));
+        painter.drawPixmap(
+            QRect(kStoragePadding, (height() - kStorageImage) / 2, kStorageImage, kStorageImage),
+            themePixmap(QStringLiteral("folder"), kStorageImage, theme.color(Token::text2),
+                        devicePixelRatioF()));
     if (noText)
         return;
     const QRect line(left, 5, width() - left - kStoragePadding + 2, 14);

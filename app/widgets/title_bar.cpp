@@ -32,14 +32,12 @@ TitleBar::TitleBar(QWidget* parent) : QWidget(parent) {
     m_menuBar->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
     row->addWidget(m_menuBar, 0, Qt::AlignVCenter);
     row->addStretch(1);
-    m_minimise =
-        new PictureButton(ButtonKind::Window, tr("Minimise"), QStringLiteral("Min_Nom.png"));
-    m_resize =
-        new PictureButton(ButtonKind::Window, tr("Resize"), QStringLiteral("Resize_Nom.png"));
+    m_minimise = new ImageButton(ButtonKind::Window, tr("Minimise"), QStringLiteral("Min_Nom.png"));
+    m_resize = new ImageButton(ButtonKind::Window, tr("Resize"), QStringLiteral("Resize_Nom.png"));
     m_close =
-        new PictureButton(ButtonKind::WindowClose, tr("Close"), QStringLiteral("Close_Nom.png"));
+        new ImageButton(ButtonKind::WindowClose, tr("Close"), QStringLiteral("Close_Nom.png"));
     m_close->setPressNotification(QStringLiteral("MyClosebuttonMouseDown"));
-    for (PictureButton* button : {m_minimise, m_resize, m_close})
+    for (ImageButton* button : {m_minimise, m_resize, m_close})
         row->addWidget(button);
     m_name = new QLabel(this);
     m_name->setAttribute(Qt::WA_TransparentForMouseEvents);

@@ -11,7 +11,7 @@ class QMenuBar;
 
 namespace clipheave::app {
 
-class PictureButton;
+class ImageButton;
 
 /// The 36 px at the top of a frameless window: mark, menus, name in the middle, three buttons. The
 /// empty space drags the window, a double click maximises it. Minimise and resize act by
@@ -24,9 +24,9 @@ public:
     explicit TitleBar(QWidget* parent = nullptr);
 
     [[nodiscard]] QMenuBar* menuBar() const { return m_menuBar; }
-    [[nodiscard]] PictureButton* minimiseButton() const { return m_minimise; }
-    [[nodiscard]] PictureButton* resizeButton() const { return m_resize; }
-    [[nodiscard]] PictureButton* closeButton() const { return m_close; }
+    [[nodiscard]] ImageButton* minimiseButton() const { return m_minimise; }
+    [[nodiscard]] ImageButton* resizeButton() const { return m_resize; }
+    [[nodiscard]] ImageButton* closeButton() const { return m_close; }
     void setName(const QString& name);
     [[nodiscard]] QString name() const;
 
@@ -45,9 +45,9 @@ private:
     std::optional<QPoint> m_pressed; ///< until the window begins to move
     QMenuBar* m_menuBar;
     QLabel* m_name;
-    PictureButton* m_minimise;
-    PictureButton* m_resize;
-    PictureButton* m_close;
+    ImageButton* m_minimise;
+    ImageButton* m_resize;
+    ImageButton* m_close;
 };
 
 } // namespace clipheave::app

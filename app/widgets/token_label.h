@@ -20,7 +20,7 @@ private:
     Token m_token;
 };
 
-/// A picture in a token's colour, `side` px square.
+/// An image in a token's colour, `side` px square.
 class TokenIcon : public QLabel {
     Q_OBJECT
 public:

@@ -16,10 +16,10 @@ namespace clipheave::app {
 
 namespace {
 
-/// Three pictures fanned out behind a plus, as an invitation.
-class TipPicture : public QWidget {
+/// Three images fanned out behind a plus, as an invitation.
+class TipImage : public QWidget {
 public:
-    explicit TipPicture(QWidget* parent) : QWidget(parent) { setFixedSize(180, 104); }
+    explicit TipImage(QWidget* parent) : QWidget(parent) { setFixedSize(180, 104); }
 
 protected:
     void paintEvent(QPaintEvent*) override {
@@ -68,7 +68,7 @@ DropTip::DropTip(QWidget* parent) : QWidget(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(32, 32, 32, 32);
     layout->addStretch();
-    layout->addWidget(new TipPicture(this), 0, Qt::AlignHCenter);
+    layout->addWidget(new TipImage(this), 0, Qt::AlignHCenter);
     layout->addSpacing(20);
     layout->addWidget(
         centredLabel(tr("Drop your files here"), FontRole::EmptyTitle, Token::text1, this));

@@ -15,9 +15,9 @@ namespace {
 constexpr int kListHeadHeight = 44, kListHeadGap = 8; // px
 constexpr QLatin1String kOfAll(" of ");
 
-PictureButton* headButton(const char* name, const QString& label, const char* picture,
-                          QWidget* parent) {
-    auto* button = new PictureButton(ButtonKind::Icon, label, QLatin1String(picture), parent);
+ImageButton* headButton(const char* name, const QString& label, const char* image,
+                        QWidget* parent) {
+    auto* button = new ImageButton(ButtonKind::Icon, label, QLatin1String(image), parent);
     button->setObjectName(QLatin1String(name));
     return button;
 }
@@ -86,8 +86,8 @@ ListHead::ListHead(QWidget* parent)
     m_sortedNote->hide();
     auto* add = headButton("addMediaFileBtn", tr("Add files or folders"), "add", this);
     auto* remove = headButton("removeMediaFileBtn", tr("Remove from the list"), "remove", this);
-    connect(add, &PictureButton::clicked, this, &ListHead::addRequested);
-    connect(remove, &PictureButton::clicked, this, &ListHead::removeRequested);
+    connect(add, &ImageButton::clicked, this, &ListHead::addRequested);
+    connect(remove, &ImageButton::clicked, this, &ListHead::removeRequested);
     row->addWidget(m_views);
     row->addSpacing(kListHeadGap);
     row->addWidget(m_summary);

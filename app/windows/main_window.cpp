@@ -167,29 +167,28 @@ void MainWindow::showStatus(const QString& text) {
     m_activityBar->showMessage(text);
 }
 
-void MainWindow::setTitleButtonPictures(bool recentSystem) {
-    m_titleBar->closeButton()->setPicture(recentSystem ? QStringLiteral("Close_Nom.png")
-                                                       : QStringLiteral("titlebarred.png"));
-    m_titleBar->minimiseButton()->setPicture(recentSystem ? QStringLiteral("Min_Nom.png")
-                                                          : QStringLiteral("titlebaryellow.png"));
-    m_titleBar->resizeButton()->setPicture(recentSystem ? QStringLiteral("Resize_Nom.png")
-                                                        : QStringLiteral("titlebargreen.png"));
+void MainWindow::setTitleButtonImages(bool recentSystem) {
+    m_titleBar->closeButton()->setImage(recentSystem ? QStringLiteral("Close_Nom.png")
+                                                     : QStringLiteral("titlebarred.png"));
+    m_titleBar->minimiseButton()->setImage(recentSystem ? QStringLiteral("Min_Nom.png")
+                                                        : QStringLiteral("titlebaryellow.png"));
+    m_titleBar->resizeButton()->setImage(recentSystem ? QStringLiteral("Resize_Nom.png")
+                                                      : QStringLiteral("titlebargreen.png"));
     m_recentSystem = recentSystem;
 }
 
 void MainWindow::setTitleButtonPressed(bool pressed) {
     if (pressed)
-        m_titleBar->closeButton()->setPicture(m_recentSystem
-                                                  ? QStringLiteral("Close_Down.png")
-                                                  : QStringLiteral("titlebarreddown.png"));
+        m_titleBar->closeButton()->setImage(m_recentSystem ? QStringLiteral("Close_Down.png")
+                                                           : QStringLiteral("titlebarreddown.png"));
     else
-        setTitleButtonPictures(m_recentSystem);
+        setTitleButtonImages(m_recentSystem);
 }
 
-void MainWindow::setButtonPicture(QObject* button, const char* picture) {
-    auto* pictureButton = qobject_cast<PictureButton*>(button);
-    if (pictureButton && picture && pictureButton->kind() == ButtonKind::Tool)
-        pictureButton->setPicture(QLatin1String(picture));
+void MainWindow::setButtonImage(QObject* button, const char* image) {
+    auto* imageButton = qobject_cast<ImageButton*>(button);
+    if (imageButton && image && imageButton->kind() == ButtonKind::Tool)
+        imageButton->setImage(QLatin1String(image));
 }
 
 void MainWindow::setButtonHovered(QObject* button, bool hovered) {

@@ -20,7 +20,7 @@ class ListHead;
 class MediaListModel;
 class MediaTableView;
 class PhotoGrid;
-class PictureButton;
+class ImageButton;
 class Segment;
 class StorageChip;
 struct MenuEntry;
@@ -72,10 +72,10 @@ public:
     void setStorageLocation(const QString& folder);
     void showStatus(const QString& text);
 
-    // Pictures of the custom buttons
-    void setTitleButtonPictures(bool recentSystem);
+    // Images of the custom buttons
+    void setTitleButtonImages(bool recentSystem);
     void setTitleButtonPressed(bool pressed);
-    void setButtonPicture(QObject* button, const char* picture); ///< null: leaves it
+    void setButtonImage(QObject* button, const char* image); ///< null: leaves it
     void setButtonHovered(QObject* button, bool hovered);
     void popUpMenu(const QString& name, QObject* button);
     [[nodiscard]] QMenu* menu(const QString& name) const;

@@ -22,7 +22,7 @@ void MainWindow::fillMenu(QMenu& menu, const MenuEntry* entries, int count, bool
         const QString title = tr(entry.title);
         if (entry.submenu) {
             QMenu* submenu = menu.addMenu(title);
-            submenu->setIcon(themeIcon(menuPicture({}, QLatin1String(entry.title)), Token::text2));
+            submenu->setIcon(themeIcon(menuImage({}, QLatin1String(entry.title)), Token::text2));
             fillMenu(*submenu, entry.submenu, entry.submenuCount, withShortcuts);
             continue;
         }
@@ -31,7 +31,7 @@ void MainWindow::fillMenu(QMenu& menu, const MenuEntry* entries, int count, bool
         action->setData(QString::fromUtf8(entry.title));
         action->setObjectName(QLatin1String(entry.command));
         const QString command = QLatin1String(entry.command);
-        action->setIcon(themeIcon(menuPicture(command, {}), Token::text2));
+        action->setIcon(themeIcon(menuImage(command, {}), Token::text2));
         if (entry.shortcut)
             action->setShortcut(QKeySequence(QLatin1String(entry.shortcut)));
         if (!withShortcuts) // shown only: the entry of the menu bar has the key
@@ -65,9 +65,9 @@ QMenu* MainWindow::menu(const QString& name) const {
 
 void MainWindow::popUpMenu(const QString& name, QObject* button) {
     QMenu* popUp = menu(name);
-    const auto* pictureButton = qobject_cast<PictureButton*>(button);
-    if (popUp && pictureButton)
-        popUp->popup(pictureButton->menuPosition());
+    const auto* imageButton = qobject_cast<ImageButton*>(button);
+    if (popUp && imageButton)
+        popUp->popup(imageButton->menuPosition());
 }
 
 } // namespace clipheave::app

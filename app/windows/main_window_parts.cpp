@@ -39,8 +39,8 @@ QVBoxLayout* tightColumn(QWidget* widget) {
     return layout;
 }
 
-PictureButton* tool(const char* name, const QString& label, const char* picture, bool menu) {
-    auto* button = new PictureButton(ButtonKind::Tool, label, QLatin1String(picture));
+ImageButton* tool(const char* name, const QString& label, const char* image, bool menu) {
+    auto* button = new ImageButton(ButtonKind::Tool, label, QLatin1String(image));
     button->setObjectName(QLatin1String(name));
     button->setOpensMenu(menu);
     return button;
@@ -99,7 +99,7 @@ QWidget* MainWindow::makeToolBar() {
     m_sourceSegment->setCurrentIndex(0);
     bar->add(m_sourceSegment);
     bar->addGap(8);
-    auto* add = new PictureButton(ButtonKind::Primary, tr("Add"), QStringLiteral("add"), bar);
+    auto* add = new ImageButton(ButtonKind::Primary, tr("Add"), QStringLiteral("add"), bar);
     add->setObjectName(QStringLiteral("importPhotobtn"));
     add->setOpensMenu(true);
     bar->add(add);
@@ -192,10 +192,10 @@ void MainWindow::connectViews() {
     connect(m_activityBar, &ActivityBar::toggled, m_activityPanel, &ActivityPanel::toggle);
     connect(m_activityPanel, &ActivityPanel::openChanged, m_activityBar, &ActivityBar::setOpen);
     connect(m_storageChip, &StorageChip::clicked, this, &MainWindow::storageFolderRequested);
-    connect(findChild<PictureButton*>(QStringLiteral("datesBtn")), &PictureButton::clicked, this,
+    connect(findChild<ImageButton*>(QStringLiteral("datesBtn")), &ImageButton::clicked, this,
             [this] {
                 popUpMenu(QStringLiteral("datesMenu"),
-                          findChild<PictureButton*>(QStringLiteral("datesBtn")));
+                          findChild<ImageButton*>(QStringLiteral("datesBtn")));
             });
 }
 

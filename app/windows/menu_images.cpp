@@ -7,11 +7,11 @@ namespace clipheave::app {
 
 namespace {
 
-struct MenuPicture {
-    const char *entry, *picture;
+struct MenuImage {
+    const char *entry, *image;
 };
 
-constexpr MenuPicture kMenuPictures[] = {
+constexpr MenuImage kMenuImages[] = {
     {"Convert", "convert"},
     {"Compress", "compress"},
     {"Rotate", "rotate"},
@@ -80,14 +80,14 @@ constexpr MenuPicture kMenuPictures[] = {
 
 } // namespace
 
-QString menuPicture(const QString& command, const QString& title) {
-    static const QHash<QString, QString> pictures = [] {
+QString menuImage(const QString& command, const QString& title) {
+    static const QHash<QString, QString> images = [] {
         QHash<QString, QString> all;
-        for (const MenuPicture& row : kMenuPictures)
-            all.insert(QLatin1String(row.entry), QLatin1String(row.picture));
+        for (const MenuImage& row : kMenuImages)
+            all.insert(QLatin1String(row.entry), QLatin1String(row.image));
         return all;
     }();
-    return pictures.value(command.isEmpty() ? title : command);
+    return images.value(command.isEmpty() ? title : command);
 }
 
 } // namespace clipheave::app

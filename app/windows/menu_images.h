@@ -5,8 +5,8 @@
 
 namespace clipheave::app {
 
-/// The picture beside a menu entry, by its command or, for one that opens others, by its title;
+/// The image beside a menu entry, by its command or, for one that opens others, by its title;
 /// empty: none.
-[[nodiscard]] QString menuPicture(const QString& command, const QString& title);
+[[nodiscard]] QString menuImage(const QString& command, const QString& title);
 
 } // namespace clipheave::app

@@ -132,19 +132,19 @@ private:
         grid->setContentsMargins(16, 12, 16, 16);
     }
 
-    /// The window's pictures in place of the library's, and nothing that does not help to choose.
+    /// The window's images in place of the library's, and nothing that does not help to choose.
     void dress() {
         setIconProvider(&panelIcons());
         static constexpr struct {
-            const char *button, *picture;
-        } kPictures[] = {{"backButton", "chevron-left"},
-                         {"forwardButton", "chevron-right"},
-                         {"toParentButton", "chevron-up"},
-                         {"listModeButton", "grid"},
-                         {"detailModeButton", "list"}};
-        for (const auto& [name, picture] : kPictures)
+            const char *button, *image;
+        } kImages[] = {{"backButton", "chevron-left"},
+                       {"forwardButton", "chevron-right"},
+                       {"toParentButton", "chevron-up"},
+                       {"listModeButton", "grid"},
+                       {"detailModeButton", "list"}};
+        for (const auto& [name, image] : kImages)
             if (auto* button = findChild<QToolButton*>(QLatin1String(name)))
-                button->setIcon(themeIcon(QLatin1String(picture)));
+                button->setIcon(themeIcon(QLatin1String(image)));
         for (const char* name : {"newFolderButton", "fileTypeLabel", "fileTypeCombo"})
             if (auto* widget = findChild<QWidget*>(QLatin1String(name)))
                 widget->hide();

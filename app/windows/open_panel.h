@@ -17,7 +17,7 @@ struct OpenPanel {
     static void open(QWidget* parent, const QString& message, Mode mode,
                      std::function<void(const QStringList&)> chosen);
 
-    /// Answers in place of the user while set; an empty answer is a cancelled panel.
+    /// Returns in place of the user while set; an empty answer is a cancelled panel.
     using Answerer = std::function<QStringList(const QString& message, Mode mode)>;
     static void setAnswerer(Answerer answerer);
 };

@@ -23,7 +23,7 @@ constexpr int kPreviewLead = 12, kPreviewEnd = 8; // of a row, outside its cells
 constexpr int kChevronColumn = 28;                // at the right end of the current name
 constexpr int kNoteColumn = 128;
 constexpr int kHintGap = 8;
-constexpr int kNotePicture = 16, kNoteGap = 6;
+constexpr int kNoteImage = 16, kNoteGap = 6;
 constexpr double kOddRow = 0.55;
 
 QString nameOf(const QString& path) {
@@ -34,7 +34,7 @@ QString folderOf(const QString& path) {
     return platform::deletingLastPathComponent(path);
 }
 
-/// Only what will happen otherwise than the user may expect gets a picture.
+/// Only what will happen otherwise than the user may expect gets an image.
 bool isWarning(batch::RenameNote note) {
     return note != batch::RenameNote::None && note != batch::RenameNote::NoTitle;
 }
@@ -79,10 +79,10 @@ private:
         painter.drawText(rect, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, text);
     }
 
-    static void paintPicture(QPainter& painter, const QRect& rect, const char* name, Token token) {
-        const QRect place(rect.left(), rect.center().y() - kNotePicture / 2 + 1, kNotePicture,
-                          kNotePicture);
-        painter.drawPixmap(place, themePixmap(QLatin1String(name), kNotePicture,
+    static void paintImage(QPainter& painter, const QRect& rect, const char* name, Token token) {
+        const QRect place(rect.left(), rect.center().y() - kNoteImage / 2 + 1, kNoteImage,
+                          kNoteImage);
+        painter.drawPixmap(place, themePixmap(QLatin1String(name), kNoteImage,
                                               Theme::instance().color(token),
                                               painter.device()->devicePixelRatioF()));
     }
@@ -91,8 +91,8 @@ private:
         const QRect name = cell.adjusted(0, 0, -kChevronColumn - kPreviewPadding, 0);
         paintLine(painter, name, Token::text2,
                   elidedName(nameOf(move.source), painter.fontMetrics(), name.width()));
-        paintPicture(painter, cell.adjusted(cell.width() - kChevronColumn, 0, 0, 0),
-                     "chevron-right", Token::text3);
+        paintImage(painter, cell.adjusted(cell.width() - kChevronColumn, 0, 0, 0), "chevron-right",
+                   Token::text3);
     }
 
     static void paintNew(QPainter& painter, const QRect& cell, const batch::RenameMove& move) {
@@ -112,8 +112,8 @@ private:
         QRect text = cell;
         const bool warning = isWarning(move.note);
         if (warning) {
-            paintPicture(painter, cell, "alert", Token::warn);
-            text.setLeft(cell.left() + kNotePicture + kNoteGap);
+            paintImage(painter, cell, "alert", Token::warn);
+            text.setLeft(cell.left() + kNoteImage + kNoteGap);
         }
         paintLine(painter, text, warning ? Token::warn : Token::text3,
                   painter.fontMetrics().elidedText(batch::renameNoteText(move.note), Qt::ElideRight,

@@ -43,7 +43,7 @@ QColor mixed(const QColor& a, const QColor& b, double share) {
                   between(a.blue(), b.blue()));
 }
 
-/// The same picture in both themes: a photo does not change with the window.
+/// The same image in both themes: a photo does not change with the window.
 QColor paint(Token token) {
     return Theme::colorOf(token, true);
 }

@@ -17,7 +17,7 @@ public:
     /// stands at the lower left, a format that is none of them leaves the date as it is recorded,
     /// as on the stamped photos.
     void setStamp(const QString& position, const QString& dateFormat);
-    /// Points; the picture is small, so that the size is shown only within what fits.
+    /// Points; the image is small, so that the size is shown only within what fits.
     void setStampFont(const QString& family, int size);
     void setStampColor(const QColor& color);
     [[nodiscard]] QString stampText() const { return m_text; }

@@ -39,7 +39,7 @@ constexpr InfoSource kInfoSources[] = {
     {QLatin1String("itsk/%A9gen"), QLatin1String("genre")},
 };
 
-bool hasSound(const MediaFacts& facts) {
+bool hasAudio(const MediaFacts& facts) {
     return std::any_of(facts.tracks.begin(), facts.tracks.end(),
                        [](const auto& track) { return track.mediaType == QLatin1String("soun"); });
 }
@@ -54,7 +54,7 @@ bool isAudioFile(const MediaFacts& facts) {
     case Container::MpegAudio:
         return true;
     case Container::Mp4:
-        return hasSound(facts);
+        return hasAudio(facts);
     case Container::Unknown:
     case Container::QuickTime:
     case Container::Tagged:
@@ -83,7 +83,7 @@ QMap<QString, QString> dictionaryOf(const QList<AVMetadataItem>& items) {
     return info;
 }
 
-EncodedPicture artworkAmong(const QList<AVMetadataItem>& items) {
+EncodedImage artworkAmong(const QList<AVMetadataItem>& items) {
     const auto isCover = [](const AVMetadataItem& item) {
         const QString identifier = item.effectiveIdentifier();
         return identifier == QLatin1String("id3/APIC") || identifier == QLatin1String("itsk/covr");
@@ -93,9 +93,9 @@ EncodedPicture artworkAmong(const QList<AVMetadataItem>& items) {
         return {};
     if (const auto* slice = std::get_if<FileSlice>(&found->value)) {
         auto reader = FileReader::open(slice->path);
-        return reader ? EncodedPicture::fromSlice(*reader, *slice) : EncodedPicture();
+        return reader ? EncodedImage::fromSlice(*reader, *slice) : EncodedImage();
     }
-    return EncodedPicture::fromBytes(found->dataValue());
+    return EncodedImage::fromBytes(found->dataValue());
 }
 
 tl::unexpected<Error> noSuchProperty() {
@@ -132,8 +132,8 @@ Result<std::uint64_t> AudioFileGetPropertyInfo(const AudioFile& file, std::uint3
             size +=
                 static_cast<std::uint64_t>(it.key().toUtf8().size() + it.value().toUtf8().size());
     } else if (property == kAudioFilePropertyAlbumArtwork) {
-        if (const auto picture = AudioFileGetAlbumArtwork(file))
-            size = picture->byteCount();
+        if (const auto image = AudioFileGetAlbumArtwork(file))
+            size = image->byteCount();
     }
     if (size == 0)
         return noSuchProperty();
@@ -148,13 +148,13 @@ Result<QMap<QString, QString>> AudioFileGetInfoDictionary(const AudioFile& file)
                                                     : facts.infoDictionary;
 }
 
-Result<EncodedPicture> AudioFileGetAlbumArtwork(const AudioFile& file) {
+Result<EncodedImage> AudioFileGetAlbumArtwork(const AudioFile& file) {
     const MediaFacts& facts = file.facts();
-    EncodedPicture picture =
+    EncodedImage image =
         facts.albumArtwork.isNull() ? artworkAmong(facts.metadata) : facts.albumArtwork;
-    if (picture.isNull())
+    if (image.isNull())
         return noSuchProperty();
-    return picture;
+    return image;
 }
 
 } // namespace clipheave::platform

@@ -43,7 +43,7 @@ private:
                                                              std::uint32_t property);
 /// 'info': key -> text; empty when the file carries none.
 [[nodiscard]] Result<QMap<QString, QString>> AudioFileGetInfoDictionary(const AudioFile& file);
-/// 'aart': the picture; NotFound when the file carries none.
-[[nodiscard]] Result<EncodedPicture> AudioFileGetAlbumArtwork(const AudioFile& file);
+/// 'aart': the image; NotFound when the file carries none.
+[[nodiscard]] Result<EncodedImage> AudioFileGetAlbumArtwork(const AudioFile& file);
 
 } // namespace clipheave::platform

@@ -32,9 +32,9 @@ public:
                               const std::function<bool(double)>& progress) override {
         return remuxFile(source, target, kind, unheld, progress);
     }
-    Result<QStringList> soundToM4a(const QString& source, const QString& target,
+    Result<QStringList> audioToM4a(const QString& source, const QString& target,
                                    const std::function<bool(double)>& progress) override {
-        return exportSound(source, target, progress);
+        return exportAudio(source, target, progress);
     }
     Result<QStringList> runExport(const ExportPlan& plan, const QString& target,
                                   const ExportResources& resources,
@@ -45,24 +45,24 @@ public:
                                                     std::optional<QSize> size) override {
         return openFrameSource(path, size);
     }
-    Result<std::unique_ptr<PictureReader>> openPictures(const QString& path, int stream,
-                                                        const ExportResources& resources) override {
-        return openPictureReader(path, stream, resources);
+    Result<std::unique_ptr<FrameReader>>
+    openFrameReader(const QString& path, int stream, const ExportResources& resources) override {
+        return makeFrameReader(path, stream, resources);
     }
-    Result<std::unique_ptr<FilmWriter>> writeFilm(const FilmSettings& settings,
-                                                  const QString& target,
-                                                  const ExportResources& resources) override {
-        return openFilmWriter(settings, target, resources);
+    Result<std::unique_ptr<VideoWriter>>
+    openVideoWriter(const VideoWriterSettings& settings, const QString& target,
+                    const ExportResources& resources) override {
+        return makeVideoWriter(settings, target, resources);
     }
     Result<void> writeSample(const SampleMedia& sample, const QString& target) override {
         return writeSampleFile(sample, target);
     }
-    Result<RawPicture> pictureAt(const QString& path, double seconds, int largestSide) override {
-        return grabPicture(path, seconds, largestSide);
+    Result<RawFrame> keyframeAt(const QString& path, double seconds, int largestSide) override {
+        return grabFrame(path, seconds, largestSide);
     }
-    Result<QByteArray> soundPeaks(const QString& path, int columns,
+    Result<QByteArray> audioPeaks(const QString& path, int columns,
                                   const std::function<bool()>& goOn) override {
-        return readSoundPeaks(path, columns, goOn);
+        return readAudioPeaks(path, columns, goOn);
     }
 };
 

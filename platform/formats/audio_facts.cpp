@@ -6,7 +6,7 @@
 namespace clipheave::platform {
 namespace {
 
-constexpr double kLongestSound = 100.0 * 366 * 86400;
+constexpr double kLongestAudio = 100.0 * 366 * 86400;
 constexpr double kHighestSampleRate = 1e7;
 constexpr double kHighestBitRate = 1e10;
 constexpr int kMostChannels = 1024;
@@ -60,15 +60,15 @@ constexpr InfoKey kId3InfoKeys[] = {
 
 } // namespace
 
-void setSound(MediaFacts& facts, const SoundFacts& sound) {
+void setAudio(MediaFacts& facts, const AudioFacts& audio) {
     AVAssetTrack track;
     track.trackID = 1;
     track.mediaType = QStringLiteral("soun");
-    track.codec = sound.codec;
-    track.durationSeconds = plausible(sound.durationSeconds, kLongestSound);
-    track.sampleRate = plausible(sound.sampleRate, kHighestSampleRate);
-    track.bitRate = plausible(sound.bitRate, kHighestBitRate);
-    track.channels = sound.channels > 0 && sound.channels <= kMostChannels ? sound.channels : 0;
+    track.codec = audio.codec;
+    track.durationSeconds = plausible(audio.durationSeconds, kLongestAudio);
+    track.sampleRate = plausible(audio.sampleRate, kHighestSampleRate);
+    track.bitRate = plausible(audio.bitRate, kHighestBitRate);
+    track.channels = audio.channels > 0 && audio.channels <= kMostChannels ? audio.channels : 0;
     track.enabled = true;
     facts.durationSeconds = track.durationSeconds;
     facts.audioBitRate = track.bitRate = std::round(track.bitRate);

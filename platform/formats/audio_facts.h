@@ -6,17 +6,17 @@
 
 namespace clipheave::platform {
 
-/// What is known of the one sound of a file. Zero is unknown.
-struct SoundFacts {
+/// What is known of the one audio of a file. Zero is unknown.
+struct AudioFacts {
     QString codec;
     double durationSeconds = 0;
     double bitRate = 0;    ///< bit/s
     double sampleRate = 0; ///< Hz
     int channels = 0;
 };
-/// Fills the audio facts and one "soun" track. Values that no sound has (not finite, negative, over
+/// Fills the audio facts and one "soun" track. Values that no audio has (not finite, negative, over
 /// a century, over 10 MHz) are left out.
-void setSound(MediaFacts& facts, const SoundFacts& sound);
+void setAudio(MediaFacts& facts, const AudioFacts& audio);
 
 using InfoDictionary = QMap<QString, QString>;
 /// The info dictionary of Vorbis comments or of texts under the names of FFmpeg; DATE is the

@@ -45,14 +45,13 @@ public:
     }
     /// The bytes as an item carries them: large ones stay in the file.
     [[nodiscard]] AVMetadataItem::Value value() const {
-        if (m_reader && m_length > EncodedPicture::kInlineLimit)
+        if (m_reader && m_length > EncodedImage::kInlineLimit)
             return FileSlice{m_reader->path(), m_offset, m_length};
         return load(UINT64_MAX).value_or(QByteArray());
     }
-    [[nodiscard]] EncodedPicture picture() const {
-        return m_reader
-                   ? EncodedPicture::fromSlice(*m_reader, {m_reader->path(), m_offset, m_length})
-                   : EncodedPicture::fromBytes(load(UINT64_MAX).value_or(QByteArray()));
+    [[nodiscard]] EncodedImage image() const {
+        return m_reader ? EncodedImage::fromSlice(*m_reader, {m_reader->path(), m_offset, m_length})
+                        : EncodedImage::fromBytes(load(UINT64_MAX).value_or(QByteArray()));
     }
 
 private:

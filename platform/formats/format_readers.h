@@ -5,7 +5,7 @@
 
 namespace clipheave::platform {
 
-// Readers of audio files, one a container. Each reads headers and tags, never the sound; a damaged
+// Readers of audio files, one a container. Each reads headers and tags, never the audio; a damaged
 // file gives what could be read, with `problem` set; InvalidData when there is nothing at all.
 [[nodiscard]] Result<MediaFacts> readMpegAudio(FileReader& reader);
 [[nodiscard]] Result<MediaFacts> readFlac(FileReader& reader);

@@ -9,7 +9,7 @@
 
 namespace clipheave::platform {
 
-/// Bounded view of bytes for parsers of hostile input. Every reader answers nothing instead of
+/// Bounded view of bytes for parsers of hostile input. Every reader returns nothing instead of
 /// reading outside; an offset may be any 64-bit number. Borrowed: the bytes must outlive the view.
 class ByteView {
 public:

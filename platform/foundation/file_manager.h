@@ -74,7 +74,7 @@ public:
     enum class IfExists { Fail, Replace };
     /// A whole new file under `to` in one step, with the bytes, extended attributes, permissions
     /// and modification date of `from`; the kernel copies (and clones where it can). `progress`
-    /// gets the fraction done and stops the copy by answering false (Cancelled, nothing is left).
+    /// gets the fraction done and stops the copy by returning false (Cancelled, nothing is left).
     [[nodiscard]] Result<void> copyItem(const QString& from, const QString& to, IfExists ifExists,
                                         const std::function<bool(double)>& progress = {}) const;
 
@@ -113,7 +113,7 @@ public:
     /// Appends at position().
     [[nodiscard]] Result<void> write(QByteArrayView bytes);
     /// Appends `length` bytes of `sourceFd` from `offset` by copy_file_range, falling back to
-    /// read/write; `progress` gets the bytes copied so far and stops the copy by answering false
+    /// read/write; `progress` gets the bytes copied so far and stops the copy by returning false
     /// (Cancelled).
     [[nodiscard]] Result<void> copyFrom(int sourceFd, std::uint64_t offset, std::uint64_t length,
                                         const std::function<bool(std::uint64_t)>& progress = {});

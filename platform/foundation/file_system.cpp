@@ -48,7 +48,7 @@ QByteArrayList FileReference::attributeNames() const {
         return fd >= 0 ? ::flistxattr(fd, target, size)
                        : ::listxattr(name.constData(), target, size);
     };
-    // Most files have none: the first call answers without an allocation.
+    // Most files have none: the first call returns without an allocation.
     std::array<char, kAttributeListGuess> guess;
     ssize_t size = list(guess.data(), guess.size());
     QByteArray names;

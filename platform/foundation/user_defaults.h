@@ -18,7 +18,7 @@ public:
 
     [[nodiscard]] QString filePath() const { return m_file; }
     /// A store that is no INI file of texts (cut, overwritten, binary) is renamed to
-    /// "<file>.broken" ("<file>.broken 2" …) and counts as missing from then on. Answers the new
+    /// "<file>.broken" ("<file>.broken 2" …) and counts as missing from then on. Returns the new
     /// path; empty when the store is whole, missing or could not be renamed.
     [[nodiscard]] QString setAsideWhenBroken() const;
     /// Null when the key is missing.

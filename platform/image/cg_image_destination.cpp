@@ -56,9 +56,9 @@ struct CGImageDestination::State {
 
     static int append(GifFileType* gif, const GifByteType* bytes, int length);
     void flush();
-    [[nodiscard]] bool begin(const RawPicture& picture);
+    [[nodiscard]] bool begin(const RawFrame& image);
     [[nodiscard]] bool putLoops();
-    [[nodiscard]] bool put(const RawPicture& picture);
+    [[nodiscard]] bool put(const RawFrame& image);
 };
 
 int CGImageDestination::State::append(GifFileType* gif, const GifByteType* bytes, int length) {
@@ -88,9 +88,9 @@ bool CGImageDestination::State::putLoops() {
            EGifPutExtensionTrailer(gif.get()) == GIF_OK;
 }
 
-bool CGImageDestination::State::begin(const RawPicture& picture) {
-    width = picture.width;
-    height = picture.height;
+bool CGImageDestination::State::begin(const RawFrame& image) {
+    width = image.width;
+    height = image.height;
     gif.reset(EGifOpen(this, &append, nullptr));
     if (gif == nullptr)
         return false;
@@ -99,11 +99,11 @@ bool CGImageDestination::State::begin(const RawPicture& picture) {
            (!properties.kCGImagePropertyGIFLoopCount || putLoops());
 }
 
-bool CGImageDestination::State::put(const RawPicture& picture) {
-    const GifPalette palette = GifPalette::of(picture);
-    QByteArray indices = ditheredIndices(picture, palette);
+bool CGImageDestination::State::put(const RawFrame& image) {
+    const GifPalette palette = GifPalette::of(image);
+    QByteArray indices = ditheredIndices(image, palette);
     const ColourMap map = colourMapOf(palette);
-    // The picture stays until the next covers it; no delay.
+    // The image stays until the next covers it; no delay.
     const std::array<GifByteType, 4> control{DISPOSE_DO_NOT << 2, 0, 0, 0};
     if (map == nullptr ||
         EGifPutExtension(gif.get(), GRAPHICS_EXT_FUNC_CODE, static_cast<int>(control.size()),
@@ -148,20 +148,19 @@ Result<void> CGImageDestinationSetProperties(CGImageDestination& destination,
     return {};
 }
 
-Result<void> CGImageDestinationAddImage(CGImageDestination& destination,
-                                        const RawPicture& picture) {
+Result<void> CGImageDestinationAddImage(CGImageDestination& destination, const RawFrame& image) {
     auto& state = *destination.m_state;
     if (state.error)
         return tl::unexpected(*state.error);
     const bool isFirst = state.added == 0;
-    const bool fits = isFirst ? std::min(picture.width, picture.height) > 0 &&
-                                    std::max(picture.width, picture.height) <= kMostGifSide
-                              : picture.width == state.width && picture.height == state.height;
-    if (!fits || picture.rgb32.size() != qsizetype{picture.width} * picture.height * 4)
+    const bool fits = isFirst ? std::min(image.width, image.height) > 0 &&
+                                    std::max(image.width, image.height) <= kMostGifSide
+                              : image.width == state.width && image.height == state.height;
+    if (!fits || image.rgb32.size() != qsizetype{image.width} * image.height * 4)
         return gifFailure(ErrorCode::InvalidArgument, state.path, QStringLiteral("picture size"));
     if (!state.file || state.added >= state.announced)
         return gifFailure(ErrorCode::InvalidArgument, state.path, QStringLiteral("one too many"));
-    if ((!isFirst || state.begin(picture)) && state.put(picture)) {
+    if ((!isFirst || state.begin(image)) && state.put(image)) {
         ++state.added;
         return {};
     }

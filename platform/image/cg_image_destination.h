@@ -13,12 +13,12 @@ inline constexpr char16_t kUTTypeGIF[] = u"com.compuserve.gif";
 
 /// The dictionary kCGImagePropertyGIFDictionary.
 struct CGImageGIFProperties {
-    /// How often the pictures are shown, 0 for ever; none: once.
+    /// How often the images are shown, 0 for ever; none: once.
     std::optional<int> kCGImagePropertyGIFLoopCount;
 };
 
-/// An animated picture file that comes into being in one step. Pictures are written as they come,
-/// each with a palette of its own; no picture carries a delay, players then use their default.
+/// An animated image file that comes into being in one step. Images are written as they come,
+/// each with a palette of its own; no image carries a delay, players then use their default.
 class CGImageDestination {
 public:
     ~CGImageDestination();
@@ -33,22 +33,22 @@ private:
     CGImageDestinationCreateWithURL(const QString&, const QString&, int);
     friend Result<void> CGImageDestinationSetProperties(CGImageDestination&,
                                                         const CGImageGIFProperties&);
-    friend Result<void> CGImageDestinationAddImage(CGImageDestination&, const RawPicture&);
+    friend Result<void> CGImageDestinationAddImage(CGImageDestination&, const RawFrame&);
     friend Result<void> CGImageDestinationFinalize(CGImageDestination&);
 };
 
-/// A file at `path` of up to `count` pictures; nothing stands there before it is finalized.
-/// NotSupported for a type other than kUTTypeGIF, InvalidArgument without a picture.
+/// A file at `path` of up to `count` images; nothing stands there before it is finalized.
+/// NotSupported for a type other than kUTTypeGIF, InvalidArgument without an image.
 [[nodiscard]] Result<std::unique_ptr<CGImageDestination>>
 CGImageDestinationCreateWithURL(const QString& path, const QString& type, int count);
-/// Before the first picture; InvalidArgument afterwards or for a count over 65535.
+/// Before the first image; InvalidArgument afterwards or for a count over 65535.
 [[nodiscard]] Result<void> CGImageDestinationSetProperties(CGImageDestination& destination,
                                                            const CGImageGIFProperties& properties);
-/// All pictures have the size of the first, at most 65535 x 65535; InvalidArgument otherwise and
+/// All images have the size of the first, at most 65535 x 65535; InvalidArgument otherwise and
 /// for more than were announced.
 [[nodiscard]] Result<void> CGImageDestinationAddImage(CGImageDestination& destination,
-                                                      const RawPicture& picture);
-/// Puts the file under its name, replacing an older one. InvalidArgument without a picture, the
+                                                      const RawFrame& image);
+/// Puts the file under its name, replacing an older one. InvalidArgument without an image, the
 /// first failure of the writing otherwise; then nothing is left.
 [[nodiscard]] Result<void> CGImageDestinationFinalize(CGImageDestination& destination);
 

@@ -23,13 +23,13 @@ constexpr std::uint64_t kSignatureBytes = 64;
 /// What the readers found, before it becomes the dictionaries.
 struct PhotoFacts {
     PhotoTags tags;
-    PictureLayout layout;
+    ImageLayout layout;
     QSize pixelSize;
     int orientation = 0; ///< 0: as the tags say
     QString problem;
 };
 
-/// Size of pictures that the header sniffer does not know, by the reader that the name calls for:
+/// Size of images that the header sniffer does not know, by the reader that the name calls for:
 /// TGA carries no signature.
 QSize sizeByImageReader(const FileReader& reader) {
     static constexpr std::array kFormats{"ico", "cur", "icns", "tga", "svg", "svgz",
@@ -45,16 +45,16 @@ QSize sizeByImageReader(const FileReader& reader) {
     return QImageReader(&file, format).size();
 }
 
-/// Pictures whose own header is the truth about their size. TIFF is not among them: the first
+/// Images whose own header is the truth about their size. TIFF is not among them: the first
 /// directory of a raw photo is its preview.
 QSize sizeByHeader(FileReader& reader) {
-    const auto header = sniffPicture(reader.viewUpTo(0, FileReader::kWindow));
+    const auto header = sniffImage(reader.viewUpTo(0, FileReader::kWindow));
     if (header && header->format != QLatin1String("tiff"))
         return header->size;
     return {};
 }
 
-/// The size that the camera states; for files cut before their picture.
+/// The size that the camera states; for files cut before their image.
 QSize statedSize(const QVariantMap& exif) {
     return {exif.value(QStringLiteral("PixelXDimension")).toInt(),
             exif.value(QStringLiteral("PixelYDimension")).toInt()};
@@ -80,7 +80,7 @@ Result<PhotoFacts> readHeifPhoto(FileReader& reader) {
 Result<PhotoFacts> readOtherPhoto(FileReader& reader) {
     PhotoFacts facts;
     facts.pixelSize = sizeByHeader(reader);
-    facts.layout = pictureLayout(reader);
+    facts.layout = imageLayout(reader);
     auto tags = readPhotoTags(reader);
     if (tags) {
         facts.tags = std::move(*tags);
@@ -90,7 +90,7 @@ Result<PhotoFacts> readOtherPhoto(FileReader& reader) {
             facts.pixelSize = facts.tags.pixelSize;
     }
     if (facts.pixelSize.isEmpty())
-        if (const auto header = sniffPicture(reader.viewUpTo(0, FileReader::kWindow)))
+        if (const auto header = sniffImage(reader.viewUpTo(0, FileReader::kWindow)))
             facts.pixelSize = header->size;
     if (facts.pixelSize.isEmpty() && tags)
         facts.pixelSize = statedSize(facts.tags.exif);
@@ -100,7 +100,7 @@ Result<PhotoFacts> readOtherPhoto(FileReader& reader) {
         return facts;
     if (facts.pixelSize.isEmpty())
         return tl::unexpected(tags.error());
-    if (tags.error().code != ErrorCode::NotSupported) // a picture without tags is no problem
+    if (tags.error().code != ErrorCode::NotSupported) // an image without tags is no problem
         facts.problem = tags.error().text();
     return facts;
 }

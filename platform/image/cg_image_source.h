@@ -13,7 +13,7 @@ namespace clipheave::platform {
 /// A photo opened for its properties; pixels are not decoded.
 class CGImageSource {
 public:
-    /// Reads headers only. InvalidData when nothing about the picture can be read, with the reason.
+    /// Reads headers only. InvalidData when nothing about the image can be read, with the reason.
     [[nodiscard]] static Result<CGImageSource> createWithPath(const QString& path);
 
     /// The property dictionaries of image 0 under their published names: top level "PixelWidth",

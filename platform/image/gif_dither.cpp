@@ -52,7 +52,7 @@ struct Spread {
 };
 
 /// Deliberate: an eighth of the error stays behind. Passing on all of it makes the grain of the
-/// picture stronger by 3 dB, which shows more than the gradients gain.
+/// image stronger by 3 dB, which shows more than the gradients gain.
 int passedOn(int error) {
     return error * 7 / 8;
 }
@@ -63,16 +63,16 @@ int withError(std::uint32_t component, int error) {
 
 } // namespace
 
-QByteArray ditheredIndices(const RawPicture& picture, const GifPalette& palette) {
-    const int width = picture.width, height = picture.height;
+QByteArray ditheredIndices(const RawFrame& image, const GifPalette& palette) {
+    const int width = image.width, height = image.height;
     QByteArray indices(qsizetype{width} * height, Qt::Uninitialized);
     NearestColours nearest(palette);
     const std::vector<GifColour>& colours = palette.colours();
     // One column more on both sides takes what falls off the edge.
     std::vector<Spread> row(static_cast<std::size_t>(width) + 2), below(row.size());
     for (int y = 0; y < height; ++y) {
-        const auto* pixels = reinterpret_cast<const std::uint32_t*>(picture.rgb32.constData()) +
-                             qsizetype{y} * width;
+        const auto* pixels =
+            reinterpret_cast<const std::uint32_t*>(image.rgb32.constData()) + qsizetype{y} * width;
         char* to = indices.data() + qsizetype{y} * width;
         const bool isForward = y % 2 == 0;
         const std::ptrdiff_t step = isForward ? 1 : -1;

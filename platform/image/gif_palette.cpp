@@ -10,10 +10,10 @@ namespace clipheave::platform {
 namespace {
 
 constexpr std::size_t kMostColours = 256;
-/// Pixels that are looked at; of larger pictures every second, third, … one.
+/// Pixels that are looked at; of larger images every second, third, … one.
 constexpr qsizetype kMostSamples = 4 << 20;
 constexpr int kRefinements = 3;
-/// A picture of fewer coarse colours (a dark scene, a drawing) is looked at more closely.
+/// An image of fewer coarse colours (a dark scene, a drawing) is looked at more closely.
 constexpr std::size_t kFewCoarseBins = 1500;
 constexpr std::size_t kMostExactBins = 1 << 16;
 /// What the eye notices of each component.
@@ -25,11 +25,11 @@ struct ColourBin {
     std::array<float, 3> mean{};
 };
 
-/// Calls `visit` with the samples of the picture.
-template <class Visit> void eachSample(const RawPicture& picture, Visit visit) {
-    const qsizetype pixels = picture.rgb32.size() / 4;
+/// Calls `visit` with the samples of the image.
+template <class Visit> void eachSample(const RawFrame& image, Visit visit) {
+    const qsizetype pixels = image.rgb32.size() / 4;
     const qsizetype step = (pixels + kMostSamples - 1) / kMostSamples;
-    const auto* pixel = reinterpret_cast<const std::uint32_t*>(picture.rgb32.constData());
+    const auto* pixel = reinterpret_cast<const std::uint32_t*>(image.rgb32.constData());
     for (qsizetype i = 0; i < pixels; i += step)
         visit(pixel[i]);
 }
@@ -42,12 +42,12 @@ std::size_t lowBits(std::uint32_t pixel) {
     return (pixel >> 11 & 0xE0) | (pixel >> 5 & 0x18) | (pixel & 0x07);
 }
 
-std::vector<ColourBin> coarseBins(const RawPicture& picture) {
+std::vector<ColourBin> coarseBins(const RawFrame& image) {
     struct Sums {
         std::uint32_t count = 0, red = 0, green = 0, blue = 0;
     };
     std::vector<Sums> sums(1 << 16);
-    eachSample(picture, [&](std::uint32_t pixel) {
+    eachSample(image, [&](std::uint32_t pixel) {
         Sums& sum = sums[highBits(pixel)];
         ++sum.count;
         sum.red += pixel >> 16 & 255;
@@ -64,13 +64,13 @@ std::vector<ColourBin> coarseBins(const RawPicture& picture) {
     return bins;
 }
 
-/// Each colour of a picture that has few; nothing when they are more than kMostExactBins.
-std::vector<ColourBin> exactBins(const RawPicture& picture, std::size_t coarseCount) {
+/// Each colour of an image that has few; nothing when they are more than kMostExactBins.
+std::vector<ColourBin> exactBins(const RawFrame& image, std::size_t coarseCount) {
     std::vector<std::uint32_t> blocks(1 << 16), counts, colours;
     counts.reserve((coarseCount + 1) << 8);
     counts.resize(256); // block 0 stands for none
     bool isTooMany = false;
-    eachSample(picture, [&](std::uint32_t pixel) {
+    eachSample(image, [&](std::uint32_t pixel) {
         std::uint32_t& block = blocks[highBits(pixel)];
         if (block == 0) {
             block = static_cast<std::uint32_t>(counts.size());
@@ -201,11 +201,11 @@ std::uint8_t GifPalette::nearest(int red, int green, int blue) const {
     return static_cast<std::uint8_t>(best & 255);
 }
 
-GifPalette GifPalette::of(const RawPicture& picture) {
+GifPalette GifPalette::of(const RawFrame& image) {
     GifPalette palette;
-    std::vector<ColourBin> bins = coarseBins(picture);
+    std::vector<ColourBin> bins = coarseBins(image);
     if (bins.size() < kFewCoarseBins)
-        if (auto exact = exactBins(picture, bins.size()); !exact.empty()) {
+        if (auto exact = exactBins(image, bins.size()); !exact.empty()) {
             bins = std::move(exact);
             palette.m_isClose = true;
         }

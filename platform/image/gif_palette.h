@@ -16,9 +16,9 @@ struct GifColour {
 /// Up to 256 colours and the search for the nearest.
 class GifPalette {
 public:
-    /// The colours that stand for the picture's own with the least error: boxes of colours are cut
+    /// The colours that stand for the image's own with the least error: boxes of colours are cut
     /// where they vary most, then each colour moves to the middle of what it stands for.
-    [[nodiscard]] static GifPalette of(const RawPicture& picture);
+    [[nodiscard]] static GifPalette of(const RawFrame& image);
 
     [[nodiscard]] const std::vector<GifColour>& colours() const { return m_colours; }
     /// True when the colours lie so close that values have to be told apart to the last bit.
@@ -37,6 +37,6 @@ private:
 
 /// One index a pixel, most of the error of each spread over its neighbours (Floyd and Steinberg,
 /// 1976, in alternating directions).
-[[nodiscard]] QByteArray ditheredIndices(const RawPicture& picture, const GifPalette& palette);
+[[nodiscard]] QByteArray ditheredIndices(const RawFrame& image, const GifPalette& palette);
 
 } // namespace clipheave::platform

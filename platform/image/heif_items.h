@@ -23,7 +23,7 @@ struct HeifLocation {
 };
 
 // Each takes the payload of its box behind the version and flags where the box is a full one, and
-// answers nothing for what is not there. Source: ISO/IEC 14496-12:2015, 8.11.
+// returns nothing for what is not there. Source: ISO/IEC 14496-12:2015, 8.11.
 
 /// `pitm`: the main item.
 [[nodiscard]] std::optional<std::uint32_t> primaryItem(ByteView pitm);

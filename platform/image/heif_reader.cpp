@@ -55,7 +55,7 @@ void readColour(ByteView colr, HeifFacts& facts) {
         facts.iccProfile = colr.sub(4).toByteArray();
 }
 
-/// The properties of the main picture, in the order in which they apply.
+/// The properties of the main image, in the order in which they apply.
 void readProperties(const HeifMeta& meta, std::uint32_t item, HeifFacts& facts) {
     std::vector<std::pair<std::uint32_t, ByteView>> properties;
     BoxWalker walker(meta.ipco);
@@ -157,7 +157,7 @@ void readCanonTags(ByteView uuid, HeifFacts& facts) {
     }
 }
 
-/// Picture sequences without a still picture: the size of the first track that has one, 16.16.
+/// Image sequences without a still image: the size of the first track that has one, 16.16.
 void readTrackSize(ByteView trak, HeifFacts& facts) {
     const ByteView header = findPayload(trak, {fourCc("tkhd")});
     const std::uint64_t at = header.u8(0) == 1 ? 88 : 76;
@@ -167,7 +167,7 @@ void readTrackSize(ByteView trak, HeifFacts& facts) {
         facts.pixelSize = QSize(static_cast<int>(width), static_cast<int>(height));
 }
 
-/// `trackSize`: the tracks are pictures, not the parts of a raw photo.
+/// `trackSize`: the tracks are images, not the parts of a raw photo.
 void readMovie(HeaderReader& reader, const Box& moov, bool trackSize, HeifFacts& facts) {
     static constexpr char kCanon[] =
         "\x85\xC0\xB6\x87\x82\x0F\x11\xE0\x81\x11\xF4\xCE\x46\x2B\x6A\x48";

@@ -9,7 +9,7 @@
 
 namespace clipheave::platform {
 
-/// What the boxes of a HEIF, AVIF or CR3 file say about its main picture.
+/// What the boxes of a HEIF, AVIF or CR3 file say about its main image.
 struct HeifFacts {
     QSize pixelSize;     ///< as stored, before the transforms; empty when unknown
     int orientation = 0; ///< 1 to 8 from `irot` and `imir`; 0 for CR3, which leaves it to its tags
@@ -21,10 +21,10 @@ struct HeifFacts {
     QString problem; ///< why some of it could not be read
 };
 
-/// True for files that begin as one of these ("ftyp" with a still-picture brand).
+/// True for files that begin as one of these ("ftyp" with a still-image brand).
 [[nodiscard]] bool isHeif(ByteView head);
 
-/// Reads `meta` and the Exif item, or the tag boxes of CR3; never picture data. Bounded whatever
+/// Reads `meta` and the Exif item, or the tag boxes of CR3; never image data. Bounded whatever
 /// the bytes say. InvalidData when there is nothing at all. Sources: ISO/IEC 23008-12,
 /// 14496-12 8.11.
 [[nodiscard]] Result<HeifFacts> readHeif(FileReader& reader);

@@ -14,7 +14,7 @@ constexpr std::uint32_t kMostIccTags = 200;
 constexpr std::uint32_t kLongestProfileName = 1024;
 
 /// Walks the segments to the frame header. Source: ITU-T T.81, B.2.2.
-PictureLayout jpegLayout(FileReader& reader) {
+ImageLayout jpegLayout(FileReader& reader) {
     std::uint64_t at = 2;
     for (int i = 0; i < kMostSegments; ++i) {
         const ByteView segment = reader.viewUpTo(at, 10);
@@ -33,7 +33,7 @@ PictureLayout jpegLayout(FileReader& reader) {
 }
 
 /// Source: PNG (third edition), 11.2.1.
-PictureLayout pngLayout(ByteView head) {
+ImageLayout pngLayout(ByteView head) {
     const int depth = head.u8(24).value_or(0), type = head.u8(25).value_or(0);
     const bool gray = (type & 2) == 0;
     return {gray ? 1 : 3, type == 3 ? 8 : depth}; // a palette has eight bits a colour
@@ -57,7 +57,7 @@ QString textOfDescription(ByteView tag) {
 
 } // namespace
 
-PictureLayout pictureLayout(FileReader& reader) {
+ImageLayout imageLayout(FileReader& reader) {
     const ByteView head = reader.viewUpTo(0, 32);
     if (head.startsWith("\xFF\xD8\xFF"))
         return jpegLayout(reader);
@@ -66,7 +66,7 @@ PictureLayout pictureLayout(FileReader& reader) {
     return {};
 }
 
-QString colorModel(const PictureLayout& layout) {
+QString colorModel(const ImageLayout& layout) {
     switch (layout.components) {
     case 1:
     case 2:

@@ -9,15 +9,15 @@
 namespace clipheave::platform {
 
 /// How a pixel is made up; 0 where unknown.
-struct PictureLayout {
+struct ImageLayout {
     int components = 0;
     int bitsPerComponent = 0;
 };
 
 /// From the frame header of JPEG or the IHDR of PNG; nothing known for other files.
-[[nodiscard]] PictureLayout pictureLayout(FileReader& reader);
+[[nodiscard]] ImageLayout imageLayout(FileReader& reader);
 /// "Gray", "RGB" or "CMYK"; empty when unknown. Transparency does not count.
-[[nodiscard]] QString colorModel(const PictureLayout& layout);
+[[nodiscard]] QString colorModel(const ImageLayout& layout);
 /// The description of an ICC profile ("sRGB IEC61966-2.1"); empty when it has none. Source: ICC.1,
 /// 9.2.41 (profileDescriptionTag), and the textDescriptionType of version 2.
 [[nodiscard]] QString iccProfileName(const QByteArray& profile);

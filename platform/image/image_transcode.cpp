@@ -43,7 +43,7 @@ Result<QByteArray> asPng(const QByteArray& bytes, const QString& path) {
 
 } // namespace
 
-Result<EncodedPicture> pictureForArtwork(const QString& path) {
+Result<EncodedImage> imageForArtwork(const QString& path) {
     auto reader = FileReader::open(path);
     if (!reader)
         return tl::unexpected(reader.error());
@@ -53,16 +53,16 @@ Result<EncodedPicture> pictureForArtwork(const QString& path) {
     const auto bytes = reader->read(0, reader->size());
     if (!bytes)
         return tl::unexpected(bytes.error());
-    EncodedPicture picture = EncodedPicture::fromBytes(*bytes);
+    EncodedImage original = EncodedImage::fromBytes(*bytes);
     // These are written as they are; players that show them must decode them all the same.
-    if (hasTooManyPixels(picture.size()))
+    if (hasTooManyPixels(original.size()))
         return tooManyPixels(path);
-    if (picture.format() == u"jpeg" || picture.format() == u"png")
-        return picture;
+    if (original.format() == u"jpeg" || original.format() == u"png")
+        return original;
     const auto png = asPng(*bytes, path);
     if (!png)
         return tl::unexpected(png.error());
-    return EncodedPicture::fromBytes(*png);
+    return EncodedImage::fromBytes(*png);
 }
 
 } // namespace clipheave::platform

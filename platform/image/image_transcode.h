@@ -6,8 +6,8 @@
 
 namespace clipheave::platform {
 
-/// A picture file as cover art: JPEG and PNG files keep their own bytes, every other format that
-/// can be decoded becomes PNG. NotFound, AccessDenied, or InvalidData when it is no picture.
-[[nodiscard]] Result<EncodedPicture> pictureForArtwork(const QString& path);
+/// An image file as cover art: JPEG and PNG files keep their own bytes, every other format that
+/// can be decoded becomes PNG. NotFound, AccessDenied, or InvalidData when it is no image.
+[[nodiscard]] Result<EncodedImage> imageForArtwork(const QString& path);
 
 } // namespace clipheave::platform

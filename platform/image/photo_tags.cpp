@@ -55,7 +55,7 @@ Result<PhotoTags> guarded(const QString& path, const char* operation, Work work)
     }
 }
 
-/// The library also reads films, where hostile files keep it busy for ever, and sidecars.
+/// The library also reads videos, where hostile files keep it busy for ever, and sidecars.
 bool isPhotoType(int type) {
     using namespace Exiv2::ImageType;
     static constexpr std::array kTypes{jpeg, exv, crw, cr2, tiff, mrw, png, webp, orf,

@@ -92,7 +92,7 @@ Exiv2::ExifData exifOf(const SamplePhoto& photo) {
     return exif;
 }
 
-/// The encoded picture with the EXIF block in it.
+/// The encoded image with the EXIF block in it.
 Result<QByteArray> withExif(const QByteArray& encoded, const SamplePhoto& photo,
                             const QString& target) {
     try {
@@ -123,7 +123,7 @@ QString formatFor(const QString& target) {
 
 } // namespace
 
-Result<QByteArray> drawSamplePicture(QSize size, int pattern, const QString& format) {
+Result<QByteArray> drawSampleImage(QSize size, int pattern, const QString& format) {
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     if (!drawScene(size, pattern).save(&buffer, format.toLatin1().constData(), 90))
@@ -132,7 +132,7 @@ Result<QByteArray> drawSamplePicture(QSize size, int pattern, const QString& for
 }
 
 Result<void> writeSamplePhoto(const SamplePhoto& photo, const QString& target) {
-    const auto encoded = drawSamplePicture(photo.size, photo.pattern, formatFor(target));
+    const auto encoded = drawSampleImage(photo.size, photo.pattern, formatFor(target));
     if (!encoded)
         return tl::unexpected(encoded.error());
     const auto tagged = withExif(*encoded, photo, target);

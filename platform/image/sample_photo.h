@@ -27,6 +27,6 @@ struct SamplePhoto {
 /// Writes the photo; the name's extension chooses the format (jpg, png, tif).
 [[nodiscard]] Result<void> writeSamplePhoto(const SamplePhoto& photo, const QString& target);
 /// A drawn landscape, encoded ("jpeg", "png").
-[[nodiscard]] Result<QByteArray> drawSamplePicture(QSize size, int pattern, const QString& format);
+[[nodiscard]] Result<QByteArray> drawSampleImage(QSize size, int pattern, const QString& format);
 
 } // namespace clipheave::platform

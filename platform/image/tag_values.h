@@ -6,7 +6,7 @@
 
 #include <exiv2/exiv2.hpp>
 
-// Values of tags in the forms that the property dictionaries have. Each answers an invalid QVariant
+// Values of tags in the forms that the property dictionaries have. Each returns an invalid QVariant
 // for what it cannot read. Only for the .cpp files that include Exiv2.
 namespace clipheave::platform {
 

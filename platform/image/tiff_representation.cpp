@@ -17,9 +17,9 @@ namespace {
 constexpr qint64 kMostCoverPixels = 100'000'000;
 constexpr int kLzw = 1;
 
-Result<EncodedPicture> transcoded(const EncodedPicture& picture, const char* format) {
+Result<EncodedImage> transcoded(const EncodedImage& original, const char* format) {
     const QString operation = QStringLiteral("convert the picture");
-    QByteArray bytes = picture.bytes();
+    QByteArray bytes = original.bytes();
     QBuffer input(&bytes);
     input.open(QIODevice::ReadOnly);
     QImageReader reader(&input);
@@ -37,7 +37,7 @@ Result<EncodedPicture> transcoded(const EncodedPicture& picture, const char* for
         writer.setCompression(kLzw);
     if (!writer.write(image))
         return failure(ErrorCode::NotSupported, operation, {}, writer.errorString());
-    EncodedPicture result = EncodedPicture::fromBytes(output.data());
+    EncodedImage result = EncodedImage::fromBytes(output.data());
     if (result.isNull())
         return failure(ErrorCode::Io, operation);
     return result;
@@ -94,21 +94,21 @@ private:
 
 } // namespace
 
-Result<QByteArray> TIFFRepresentation(const RawPicture& picture) {
+Result<QByteArray> TIFFRepresentation(const RawFrame& original) {
     const QString operation = QStringLiteral("make the TIFF picture");
-    const qint64 pixels = qint64{std::max(picture.width, 0)} * std::max(picture.height, 0);
-    if (pixels == 0 || picture.rgb32.size() != pixels * 4)
+    const qint64 pixels = qint64{std::max(original.width, 0)} * std::max(original.height, 0);
+    if (pixels == 0 || original.rgb32.size() != pixels * 4)
         return failure(ErrorCode::InvalidArgument, operation);
     if (pixels > (qint64{UINT32_MAX} - TiffHeader::kSize) / 3)
         return failure(ErrorCode::LimitExceeded, operation);
-    const TiffHeader header(static_cast<std::uint32_t>(picture.width),
-                            static_cast<std::uint32_t>(picture.height));
+    const TiffHeader header(static_cast<std::uint32_t>(original.width),
+                            static_cast<std::uint32_t>(original.height));
     // Four bytes are written for each three; one more at the end takes the last.
     QByteArray bytes(header.bytes().size() + pixels * 3 + 1, Qt::Uninitialized);
     std::memcpy(bytes.data(), header.bytes().constData(),
                 static_cast<std::size_t>(header.bytes().size()));
     char* to = bytes.data() + header.bytes().size();
-    const auto* pixel = reinterpret_cast<const std::uint32_t*>(picture.rgb32.constData());
+    const auto* pixel = reinterpret_cast<const std::uint32_t*>(original.rgb32.constData());
     for (qint64 i = 0; i < pixels; ++i, to += 3) {
         const std::uint32_t ordered = qToBigEndian(pixel[i] << 8);
         std::memcpy(to, &ordered, sizeof ordered);
@@ -117,14 +117,14 @@ Result<QByteArray> TIFFRepresentation(const RawPicture& picture) {
     return bytes;
 }
 
-Result<EncodedPicture> TIFFRepresentation(const EncodedPicture& picture) {
-    return picture.format() == u"tiff" ? Result<EncodedPicture>(picture)
-                                       : transcoded(picture, "tiff");
+Result<EncodedImage> TIFFRepresentation(const EncodedImage& original) {
+    return original.format() == u"tiff" ? Result<EncodedImage>(original)
+                                        : transcoded(original, "tiff");
 }
 
-Result<EncodedPicture> pictureForItemList(const EncodedPicture& picture) {
-    const bool fits = picture.format() == u"jpeg" || picture.format() == u"png";
-    return fits ? Result<EncodedPicture>(picture) : transcoded(picture, "png");
+Result<EncodedImage> artworkForItemList(const EncodedImage& original) {
+    const bool fits = original.format() == u"jpeg" || original.format() == u"png";
+    return fits ? Result<EncodedImage>(original) : transcoded(original, "png");
 }
 
 } // namespace clipheave::platform

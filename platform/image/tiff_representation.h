@@ -7,14 +7,14 @@
 
 namespace clipheave::platform {
 
-/// The picture as a TIFF file (losslessly packed); a picture that is TIFF keeps its bytes.
+/// The image as a TIFF file (losslessly packed); an image that is TIFF keeps its bytes.
 /// InvalidData when it cannot be decoded, LimitExceeded over 100 million pixels.
-[[nodiscard]] Result<EncodedPicture> TIFFRepresentation(const EncodedPicture& picture);
-/// The picture as an uncompressed TIFF file, 8 bits for each of red, green and blue (TIFF 6.0).
-/// InvalidArgument for a picture without pixels, LimitExceeded over 4 GB.
-[[nodiscard]] Result<QByteArray> TIFFRepresentation(const RawPicture& picture);
-/// The picture as an MPEG-4 list of tags holds it: JPEG and PNG keep their bytes, others become
+[[nodiscard]] Result<EncodedImage> TIFFRepresentation(const EncodedImage& image);
+/// The image as an uncompressed TIFF file, 8 bits for each of red, green and blue (TIFF 6.0).
+/// InvalidArgument for an image without pixels, LimitExceeded over 4 GB.
+[[nodiscard]] Result<QByteArray> TIFFRepresentation(const RawFrame& image);
+/// The image as an MPEG-4 list of tags holds it: JPEG and PNG keep their bytes, others become
 /// PNG. Errors as above.
-[[nodiscard]] Result<EncodedPicture> pictureForItemList(const EncodedPicture& picture);
+[[nodiscard]] Result<EncodedImage> artworkForItemList(const EncodedImage& image);
 
 } // namespace clipheave::platform

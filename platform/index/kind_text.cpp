@@ -48,7 +48,7 @@ bool isMediaType(const QString& type) {
     return type.startsWith(QLatin1String("audio/")) || type.startsWith(QLatin1String("video/"));
 }
 
-/// Of several types of one name: the container's own, else sound or picture as the bytes say.
+/// Of several types of one name: the container's own, else audio or image as the bytes say.
 /// ".ts" is also a translator's text, ".mp2" also MPEG video, ".ogg" also Ogg video.
 QMimeType chooseType(const QList<QMimeType>& types, Container container) {
     if (types.size() == 1)

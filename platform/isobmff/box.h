@@ -25,7 +25,7 @@ constexpr std::uint32_t fourCc(const char (&code)[5]) {
 /// Byte by byte as Latin-1, so A9 becomes U+00A9.
 [[nodiscard]] QString fourCcText(std::uint32_t code);
 
-/// Boxes that one walk answers at most; a walk that meets more ends with a problem.
+/// Boxes that one walk returns at most; a walk that meets more ends with a problem.
 inline constexpr std::uint64_t kMaxBoxesPerWalk = 1u << 16;
 
 /// One box. Offsets count from the start of the file, or from the `base` a walker was given.

@@ -21,16 +21,16 @@ struct MpvOption {
     const char *name, *value;
 };
 
-/// Asking the sound system of a machine without a sound device makes its library write complaints
+/// Asking the audio system of a machine without an audio device makes its library write complaints
 /// to the terminal.
-bool hasSoundDevice() {
+bool hasAudioDevice() {
     return !QDir(QStringLiteral("/dev/snd"))
                 .entryList({QStringLiteral("pcm*p")}, QDir::System)
                 .isEmpty();
 }
 
 // Deliberate: nothing beside the file is opened, so that a look at it never reaches into another
-// folder or the network; no subtitles, so that the picture is the one stored in the file.
+// folder or the network; no subtitles, so that the image is the one stored in the file.
 constexpr std::array kMpvOptions{
     MpvOption{"vo", "libmpv"},
     MpvOption{"hwdec", "no"},
@@ -49,7 +49,7 @@ constexpr std::array kMpvOptions{
     MpvOption{"pause", "yes"},
     MpvOption{"hr-seek", "yes"},
     MpvOption{"keepaspect", "no"}, // the caller gives the proportions
-    // Turned here: drawing into memory, the library neither turns a picture nor survives to be
+    // Turned here: drawing into memory, the library neither turns an image nor survives to be
     // asked.
     MpvOption{"video-rotate", "no"},
     MpvOption{"sid", "no"},
@@ -112,8 +112,8 @@ bool MpvCore::configure() {
     // Some may be unknown to a newer library, which is no reason not to play.
     for (const MpvOption& option : kMpvOptions)
         m_mpv.setOptionString(m_handle, option.name, option.value);
-    // The last one always works: no device, no sound.
-    m_mpv.setOptionString(m_handle, "ao", hasSoundDevice() ? "pulse,alsa,null" : "pulse,null");
+    // The last one always works: no device, no audio.
+    m_mpv.setOptionString(m_handle, "ao", hasAudioDevice() ? "pulse,alsa,null" : "pulse,null");
     return m_mpv.initialize(m_handle) >= 0;
 }
 
@@ -127,9 +127,9 @@ bool MpvCore::makeRenderer() {
         m_renderer,
         [](void* self) {
             auto* core = static_cast<MpvCore*>(self);
-            if (!core->m_picturePosted.exchange(true))
+            if (!core->m_imagePosted.exchange(true))
                 QMetaObject::invokeMethod(
-                    core->m_mainThread.get(), [core] { core->pictureChanged(); },
+                    core->m_mainThread.get(), [core] { core->imageChanged(); },
                     Qt::QueuedConnection);
         },
         this);
@@ -189,7 +189,7 @@ void MpvCore::forgetFile() {
     const bool hadFrame = m_hasFrame, wasLoaded = m_loaded;
     ++m_generation;
     m_entry = kNoEntry;
-    m_open = m_started = m_known = m_loaded = m_ownPictures = false;
+    m_open = m_started = m_known = m_loaded = m_ownImages = false;
     m_atEnd = m_hasVideo = m_hasFrame = m_seeking = false;
     m_stepsBack = m_turn = 0;
     m_seekWhenLoaded.reset();
@@ -253,7 +253,7 @@ void MpvCore::seekEnded() {
     step(false);
 }
 
-void MpvCore::setSound(int volume, bool muted) {
+void MpvCore::setAudio(int volume, bool muted) {
     double value = volume;
     m_mpv.setPropertyAsync(m_handle, 0, "volume", MPV_FORMAT_DOUBLE, &value);
     setFlag("mute", muted);
@@ -301,15 +301,15 @@ bool MpvCore::drawUpright(QImage& image) {
     return true;
 }
 
-void MpvCore::pictureChanged() {
-    m_picturePosted = false;
-    readEvents(); // what this picture belongs to
+void MpvCore::imageChanged() {
+    m_imagePosted = false;
+    readEvents(); // what this image belongs to
     if ((m_mpv.renderContextUpdate(m_renderer) & MPV_RENDER_UPDATE_FRAME) == 0)
         return;
-    // Drawn even when nobody looks: the library waits 200 ms for each picture that is not.
+    // Drawn even when nobody looks: the library waits 200 ms for each image that is not.
     const bool drawn = draw(m_frameSize.isEmpty() ? kUnaskedFrameSize : m_frameSize);
     // The file before may still be drawn once more.
-    m_hasFrame = m_ownPictures && drawn;
+    m_hasFrame = m_ownImages && drawn;
     if (m_hasFrame && !m_videoSize.isEmpty())
         Q_EMIT m_owner.frameReady();
 }

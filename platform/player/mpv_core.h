@@ -34,7 +34,7 @@ public:
     void setPaused(bool paused);
     void seek(double seconds);
     void step(bool forward);
-    void setSound(int volume, bool muted);
+    void setAudio(int volume, bool muted);
     QImage render(QSize pixels);
 
     [[nodiscard]] bool isOpen() const { return m_open; }
@@ -48,7 +48,7 @@ public:
 private:
     static constexpr qint64 kNoEntry = -1;
     /// What an answer is about; asked together with m_generation.
-    enum class Question : quint8 { Open, Other, Video, Turn, Duration, Width, Height, SoundOutput };
+    enum class Question : quint8 { Open, Other, Video, Turn, Duration, Width, Height, AudioOutput };
 
     MpvCore(const MpvLibrary& library, MpvPlayer& owner) : m_mpv(library), m_owner(owner) {}
     bool start(QString& reason);
@@ -75,7 +75,7 @@ private:
     void updatePaused(bool paused);
     void updatePosition(double seconds);
     void updateDuration(double seconds);
-    void pictureChanged();
+    void imageChanged();
     void seekEnded();
     [[nodiscard]] bool draw(QSize pixels);
     [[nodiscard]] bool drawUpright(QImage& image);
@@ -85,15 +85,15 @@ private:
     mpv_handle* m_handle = nullptr;
     mpv_render_context* m_renderer = nullptr;
     std::unique_ptr<QObject> m_mainThread; ///< what the library's threads post to
-    std::atomic<bool> m_eventsPosted = false, m_picturePosted = false;
+    std::atomic<bool> m_eventsPosted = false, m_imagePosted = false;
 
     bool m_open = false;
-    quint64 m_generation = 0;   ///< counts open() and close(): older answers are void
-    qint64 m_entry = kNoEntry;  ///< of the file that was asked for, once the library told it
-    bool m_started = false;     ///< events belong to that file, not to the one before
-    bool m_known = false;       ///< its tracks are
-    bool m_loaded = false;      ///< the first answers about it are there
-    bool m_ownPictures = false; ///< pictures are its own, not the last of the file before
+    quint64 m_generation = 0;  ///< counts open() and close(): older returns are void
+    qint64 m_entry = kNoEntry; ///< of the file that was asked for, once the library told it
+    bool m_started = false;    ///< events belong to that file, not to the one before
+    bool m_known = false;      ///< its tracks are
+    bool m_loaded = false;     ///< the first returns about it are there
+    bool m_ownImages = false;  ///< images are its own, not the last of the file before
     bool m_paused = true;
     bool m_atEnd = false;
     bool m_seeking = false;

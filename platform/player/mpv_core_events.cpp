@@ -34,11 +34,11 @@ void MpvCore::handle(const mpv_event& event) {
     case MPV_EVENT_PLAYBACK_RESTART:
         return seekEnded();
     case MPV_EVENT_VIDEO_RECONFIG:
-        m_ownPictures = m_known;
+        m_ownImages = m_known;
         ask(Question::Width, "dwidth", MPV_FORMAT_INT64);
         return ask(Question::Height, "dheight", MPV_FORMAT_INT64);
     case MPV_EVENT_AUDIO_RECONFIG:
-        return ask(Question::SoundOutput, "current-ao", MPV_FORMAT_STRING);
+        return ask(Question::AudioOutput, "current-ao", MPV_FORMAT_STRING);
     case MPV_EVENT_COMMAND_REPLY:
         return event.reply_userdata == mark(Question::Open) ? handleOpened(event) : void();
     case MPV_EVENT_GET_PROPERTY_REPLY:
@@ -104,7 +104,7 @@ void MpvCore::handleAnswer(const mpv_event& event) {
         return setCodedSize({small, m_codedSize.height()});
     case Question::Height:
         return setCodedSize({m_codedSize.width(), small});
-    case Question::SoundOutput:
+    case Question::AudioOutput:
         return told ? tellSilence(*static_cast<char* const*>(property.data)) : void();
     default:
         return;

@@ -8,7 +8,7 @@ namespace clipheave::platform {
 
 /// The functions of the player's library that are used here, found at run time. Their types are
 /// those of its headers. Deliberate: none of them waits for the running player. It may be waiting
-/// for the main thread to draw a picture, and then each call would hold up both for 200 ms.
+/// for the main thread to draw an image, and then each call would hold up both for 200 ms.
 struct MpvLibrary {
     decltype(&mpv_client_api_version) clientApiVersion = nullptr;
     decltype(&mpv_create) create = nullptr;

@@ -26,7 +26,7 @@ void MpvPlayer::open(const QString& path) {
             Q_EMIT failed(reason);
             return;
         }
-        m_core->setSound(m_volume, m_muted);
+        m_core->setAudio(m_volume, m_muted);
     }
     m_core->open(nativePath(path));
 }
@@ -79,7 +79,7 @@ double MpvPlayer::duration() const {
 void MpvPlayer::setVolume(int percent) {
     m_volume = std::clamp(percent, 0, 100);
     if (m_core != nullptr)
-        m_core->setSound(m_volume, m_muted);
+        m_core->setAudio(m_volume, m_muted);
     Q_EMIT volumeChanged(m_volume, m_muted);
 }
 
@@ -90,7 +90,7 @@ int MpvPlayer::volume() const {
 void MpvPlayer::setMuted(bool muted) {
     m_muted = muted;
     if (m_core != nullptr)
-        m_core->setSound(m_volume, m_muted);
+        m_core->setAudio(m_volume, m_muted);
     Q_EMIT volumeChanged(m_volume, m_muted);
 }
 

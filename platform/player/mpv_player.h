@@ -12,8 +12,8 @@ namespace clipheave::platform {
 
 class MpvCore;
 
-/// Plays one local file at a time, with sound where the machine has a device and silently where
-/// not. Pictures are drawn into an image of any size; no window system is needed. Main thread only.
+/// Plays one local file at a time, with audio where the machine has a device and silently where
+/// not. Images are drawn into an image of any size; no window system is needed. Main thread only.
 /// The library behind it is loaded at the first open(); where it is missing, open() leads to
 /// failed().
 class MpvPlayer : public QObject {
@@ -27,8 +27,8 @@ public:
     static void preload();
 
     /// Replaces what is open; paused at the first frame. Nothing but this file is read: no
-    /// subtitles, sounds or playlists that it names or that lie beside it. Ends in either
-    /// durationChanged() and, with a picture, frameReady(), or in failed().
+    /// subtitles, audio files or playlists that it names or that lie beside it. Ends in either
+    /// durationChanged() and, with an image, frameReady(), or in failed().
     void open(const QString& path);
     void close();
     /// From open() until close() or failed(), also while the file is still being looked at.
@@ -53,7 +53,7 @@ public:
     [[nodiscard]] int volume() const;
     void setMuted(bool muted);
     [[nodiscard]] bool isMuted() const;
-    /// Whether there is a moving picture; cover art is none. Known when durationChanged() comes.
+    /// Whether there is a moving image; cover art is none. Known when durationChanged() comes.
     [[nodiscard]] bool hasVideo() const;
     /// As it is to be seen: turned and with square pixels. Empty until the first frame is known.
     [[nodiscard]] QSize videoSize() const;

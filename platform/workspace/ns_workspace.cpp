@@ -45,7 +45,7 @@ bool hasDesktop() {
 }
 
 /// In a session of its own, with nothing to read or write. A plain fork, as QProcess does it,
-/// copies the page tables of the whole program first: while films are encoded the window would
+/// copies the page tables of the whole program first: while videos are encoded the window would
 /// hang.
 bool startHandler(QByteArray url) {
     posix_spawn_file_actions_t actions;
@@ -101,8 +101,8 @@ QStringList worthShowing(const QStringList& paths) {
     return {commonFolder(folders)};
 }
 
-/// On a thread of its own: until the handler is read from a disk that is busy with somebody's films
-/// its caller stands still, and that would be the window.
+/// On a thread of its own: until the handler is read from a disk that is busy with somebody's
+/// videos its caller stands still, and that would be the window.
 void openFolderOf(const QStringList& paths) {
     if (!hasDesktop())
         return logPaths(paths);

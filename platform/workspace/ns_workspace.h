@@ -16,7 +16,7 @@ public:
 
     /// Shows the files selected in the file browser (org.freedesktop.FileManager1.ShowItems,
     /// without waiting), or, of very many, the folder that has them all; when no file browser
-    /// answers, opens their folder; without a desktop the paths are logged. Never fails loudly.
+    /// returns, opens their folder; without a desktop the paths are logged. Never fails loudly.
     void selectFiles(const QStringList& paths);
     /// Web pages and "mailto:" drafts through the desktop's handler; false when there is none.
     bool openURL(const QUrl& url);

@@ -11,7 +11,7 @@ using clitest::cli;
 using clitest::listed;
 using testkit::TempDir;
 
-/// The sound of a file, decoded.
+/// The audio of a file, decoded.
 QByteArray samplesOf(const QString& path) {
     return testkit::run(QStringLiteral("ffmpeg"),
                         {QStringLiteral("-v"), QStringLiteral("quiet"), QStringLiteral("-i"), path,
@@ -43,7 +43,7 @@ protected:
 TempDir* AudioCommands::s_dir = nullptr;
 QStringList AudioCommands::s_sources;
 
-TEST_F(AudioCommands, SaveThenClearKeepTheSound) {
+TEST_F(AudioCommands, SaveThenClearKeepTheAudio) {
     const QStringList storage{QStringLiteral("--storage"), m_out.path()};
     ASSERT_EQ(cli(storage +
                   QStringList{QStringLiteral("save"), QStringLiteral("--set"),

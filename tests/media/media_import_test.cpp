@@ -138,9 +138,9 @@ TEST(MediaImport, TroubledPathsAreToldAndTheWalkGoesOn) {
 TEST(MediaImport, QuickAddReadsNothing) {
     const testkit::TempDir dir;
     const QString song = dir.write(QStringLiteral("a.mp3"), "x");
-    const QString film = dir.write(QStringLiteral("a.mp4"), movie("T"));
+    const QString video = dir.write(QStringLiteral("a.mp4"), movie("T"));
     MediaImport import;
-    import.addWithoutReading({film, song, dir.path(QStringLiteral("gone.mp4")), film});
+    import.addWithoutReading({video, song, dir.path(QStringLiteral("gone.mp4")), video});
     ASSERT_EQ(import.localPhotoItemArray().size(), 2u); // stops at the first that is not there
     EXPECT_EQ(import.localPhotoItemArray()[0]->fileType, u"Movie");
     EXPECT_TRUE(import.localPhotoItemArray()[0]->fileTitle.isNull());

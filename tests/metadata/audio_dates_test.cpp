@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The date and reload writers of sounds, and what an encoding keeps, on files of another program.
+// The date and reload writers of audio files, and what an encoding keeps, on files of another
+// program.
 #include "media/media_import.h"
 #include "metadata/video_metadata.h"
 #include "platform/foundation/file_manager.h"
@@ -34,7 +35,7 @@ protected:
                                                     : import.localPhotoItemArray().front();
     }
     /// Two seconds with title, artist, album and comment.
-    jobs::WriteRequest sound(const QString& name, const QStringList& options = {}) {
+    jobs::WriteRequest audioFile(const QString& name, const QStringList& options = {}) {
         const QString path = m_dir.path(name);
         QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"),
                               QStringLiteral("-f"), QStringLiteral("lavfi"),
@@ -78,7 +79,7 @@ protected:
 TEST_F(AudioDates, TheDateWritersDateTheFileAndTheRecordingAlone) {
     for (const char* kind : kAudioKinds) {
         SCOPED_TRACE(kind);
-        const jobs::WriteRequest request = sound(QStringLiteral("a.") + QLatin1String(kind));
+        const jobs::WriteRequest request = audioFile(QStringLiteral("a.") + QLatin1String(kind));
         const bool isMp3 = request.item->fileName.endsWith(u"mp3");
         const bool isFlac = request.item->fileName.endsWith(u"flac");
         const auto dated = [&](const QString& date) {
@@ -117,7 +118,7 @@ TEST_F(AudioDates, TheReloadWritersTakeTextsAndDatesFromTheirList) {
         exif.insert(QLatin1String(key), QString::fromUtf8(text));
     for (const char* kind : kAudioKinds) {
         SCOPED_TRACE(kind);
-        jobs::WriteRequest request = sound(QStringLiteral("a.") + QLatin1String(kind));
+        jobs::WriteRequest request = audioFile(QStringLiteral("a.") + QLatin1String(kind));
         request.audioPane->texts.titlelab = QStringLiteral("typed, not reloaded");
         request.audioPane->texts.createdDatelab = QStringLiteral("2011:01:01 00:00:00");
         const bool isMp3 = request.item->fileName.endsWith(u"mp3");
@@ -184,11 +185,11 @@ TEST_F(AudioDates, ChaptersOutliveAnEncodingAndTheTagsAfterIt) {
                                      {"a.m4a", "ipod", "aac"}};
     for (const auto& [name, format, codec] : kFiles) {
         SCOPED_TRACE(name);
-        jobs::WriteRequest request =
-            sound(QLatin1String(name),
-                  {QStringLiteral("-f"), QStringLiteral("ffmetadata"), QStringLiteral("-i"), list,
-                   QStringLiteral("-map_chapters"), QStringLiteral("1"), QStringLiteral("-c:a"),
-                   QLatin1String(codec), QStringLiteral("-f"), QLatin1String(format)});
+        jobs::WriteRequest request = audioFile(
+            QLatin1String(name),
+            {QStringLiteral("-f"), QStringLiteral("ffmetadata"), QStringLiteral("-i"), list,
+             QStringLiteral("-map_chapters"), QStringLiteral("1"), QStringLiteral("-c:a"),
+             QLatin1String(codec), QStringLiteral("-f"), QLatin1String(format)});
         request.audioPane->texts.titlelab = QStringLiteral("Typed");
         const auto item = written(
             request, [&](AudioMetadata& writer) { writer.SaveChangedAuidoExifDateItem(request); });

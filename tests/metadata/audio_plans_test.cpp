@@ -81,21 +81,21 @@ TEST(AudioPlans, OthersWriteWhatChangedBeforeWhatTheSourceKeeps) {
 }
 
 TEST(AudioPlans, EachFileKeepsItsOwnCoverUntilANewOneIsGiven) {
-    const auto picture = [](char width) {
-        return platform::EncodedPicture::fromBytes(
+    const auto image = [](char width) {
+        return platform::EncodedImage::fromBytes(
             QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0", 19) + width +
             QByteArray("\0\0\0\3\10\2\0\0\0", 9));
     };
     media::IKImageItem shown, other;
-    shown.fileImage = picture(1);
-    other.fileImage = picture(2);
+    shown.fileImage = image(1);
+    other.fileImage = image(2);
     media::AudioPane pane = paneOf(shown);
-    EXPECT_TRUE(planCover(pane, other).picture == other.fileImage);
-    pane.texts.audioArtImageView = picture(3);
-    EXPECT_TRUE(planCover(pane, other).picture == picture(3));
+    EXPECT_TRUE(planCover(pane, other).image == other.fileImage);
+    pane.texts.audioArtImageView = image(3);
+    EXPECT_TRUE(planCover(pane, other).image == image(3));
     EXPECT_FALSE(planCover(pane, other).isUntouched);
     pane.texts.audioArtImageView = {};
-    EXPECT_TRUE(planCover(pane, other).picture.isNull());
+    EXPECT_TRUE(planCover(pane, other).image.isNull());
 }
 
 class AudioWriters : public testing::Test {
@@ -154,11 +154,11 @@ TEST_F(AudioWriters, AFailureDeliversMp3UnchangedAndNothingForOthers) {
     EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/a.mp3"))), "no sound at all");
 }
 
-QByteArray mpegSound() {
-    QByteArray sound;
+QByteArray mpegAudio() {
+    QByteArray audio;
     for (int i = 0; i < 3; ++i)
-        sound += QByteArray("\xFF\xFB\x90\x64", 4) + QByteArray(413, 'x');
-    return sound;
+        audio += QByteArray("\xFF\xFB\x90\x64", 4) + QByteArray(413, 'x');
+    return audio;
 }
 
 TEST_F(AudioWriters, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {
@@ -166,7 +166,7 @@ TEST_F(AudioWriters, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {
     const QString link = m_dir.path(QStringLiteral("out/a.mp3"));
     ASSERT_TRUE(QDir().mkpath(m_dir.path(QStringLiteral("out"))));
     ASSERT_TRUE(QFile::link(kept, link));
-    jobs::WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), mpegSound()));
+    jobs::WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), mpegAudio()));
     made.audioPane = paneOf(itemWithTexts());
     const auto outcome =
         run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); });
@@ -220,7 +220,7 @@ TEST_F(AudioWriters, TransformedAndHugeTagsGiveWayToOneOfOurs) {
     };
     for (const auto& [name, tag, title] : cases) {
         SCOPED_TRACE(name);
-        jobs::WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), tag + mpegSound()));
+        jobs::WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), tag + mpegAudio()));
         media::MediaImport import;
         import.importMediaItemsThreader({made.item->filePath});
         ASSERT_EQ(import.localPhotoItemArray().size(), 1u);
@@ -233,7 +233,7 @@ TEST_F(AudioWriters, TransformedAndHugeTagsGiveWayToOneOfOurs) {
             jobs::WriteStatus::Completed);
         EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/a.mp3"))),
                   id3Tag(3, 0, id3Frame("TIT2", 3, 0, QByteArray("\1\xFF\xFEN\0", 5))) +
-                      mpegSound());
+                      mpegAudio());
     }
 }
 

@@ -32,8 +32,8 @@ TEST(RemovalPlan, BlanksWhatTheRecordHoldsInTheFixedOrder) {
         full.fileproducer = full.filePublisher = full.fileCopyright = full.fileKeyWords =
             full.fileDescription = full.shootDateStr = QStringLiteral("x");
     full.filelatitude = full.filelongtitude = 1;
-    full.fileImage = platform::EncodedPicture::fromBytes("GIF89a" + testkit::le(1, 2) +
-                                                         testkit::le(1, 2) + QByteArray(20, 0));
+    full.fileImage = platform::EncodedImage::fromBytes("GIF89a" + testkit::le(1, 2) +
+                                                       testkit::le(1, 2) + QByteArray(20, 0));
     const auto plan = metadata::planVideoRemoval(full);
     EXPECT_EQ(shown(plan),
               (QStringList{QStringLiteral("itsk/%A9nam="), QStringLiteral("itsk/%A9alb="),

@@ -21,11 +21,11 @@ using testing::HasSubstr;
 using video::VideoJobs;
 using Worker = void (VideoJobs::*)(const video::VideoJobRequest&);
 
-/// Jobs over small films that ffmpeg has made, looked at with ffprobe.
+/// Jobs over small videos that ffmpeg has made, looked at with ffprobe.
 class Jobs : public testing::Test {
 protected:
     static void SetUpTestSuite() {
-        s_films = new testkit::TempDir;
+        s_videos = new testkit::TempDir;
         // Each second has a colour of its own: red, green, blue.
         const QString colours = QStringLiteral(
             "color=red:s=96x64:r=10:d=1[a];color=green:s=96x64:r=10:d=1[b];color=blue:s=96x64:r=10:"
@@ -38,22 +38,22 @@ protected:
              QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-c:a"),
              QStringLiteral("aac"), QStringLiteral("-metadata"), QStringLiteral("title=Tide"),
              QStringLiteral("-metadata"), QStringLiteral("creation_time=2019-05-06T07:08:09Z"),
-             film("clip.mp4")});
+             videoFile("clip.mp4")});
         ASSERT_EQ(made.exitCode, 0) << made.err.constData();
         remux("clip.mkv", {});
         remux("upright.mov", {"-metadata:s:v", "rotate=90"});
         remux("silent.mov", {"-an"});
         remux("sound.m4a", {"-vn"});
     }
-    static void TearDownTestSuite() { delete s_films; }
-    static QString film(const char* name) { return s_films->path(QString::fromLatin1(name)); }
+    static void TearDownTestSuite() { delete s_videos; }
+    static QString videoFile(const char* name) { return s_videos->path(QString::fromLatin1(name)); }
     static void remux(const char* name, const std::vector<const char*>& options) {
         QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"),
-                              QStringLiteral("-i"), film("clip.mp4"),
+                              QStringLiteral("-i"), videoFile("clip.mp4"),
                               QStringLiteral("-c"), QStringLiteral("copy")};
         for (const char* option : options)
             arguments << QString::fromLatin1(option);
-        ASSERT_EQ(testkit::run(QStringLiteral("ffmpeg"), arguments << film(name)).exitCode, 0);
+        ASSERT_EQ(testkit::run(QStringLiteral("ffmpeg"), arguments << videoFile(name)).exitCode, 0);
     }
 
     std::vector<WriteOutcome> run(Worker worker, const QString& title, const QStringList& paths) {
@@ -109,8 +109,8 @@ protected:
         return probe(path)[u"format"].toObject()[u"tags"].toObject()[name].toString();
     }
     /// 'r', 'g' or 'b': what the pixel in the middle is most.
-    static char colour(const QImage& picture) {
-        const QColor pixel = picture.pixelColor(picture.width() / 2, picture.height() / 2);
+    static char colour(const QImage& frame) {
+        const QColor pixel = frame.pixelColor(frame.width() / 2, frame.height() / 2);
         if (pixel.red() > pixel.green() && pixel.red() > pixel.blue())
             return 'r';
         return pixel.green() > pixel.blue() ? 'g' : 'b';
@@ -118,30 +118,31 @@ protected:
     testkit::TempDir m_dir;
 
 private:
-    static inline testkit::TempDir* s_films = nullptr;
+    static inline testkit::TempDir* s_videos = nullptr;
 };
 
-TEST_F(Jobs, RotateTurnsEachFilmAsItIsShownAndKeepsWhatItCarries) {
+TEST_F(Jobs, RotateTurnsEachVideoAsItIsShownAndKeepsWhatItCarries) {
     const auto outcomes =
         run(&VideoJobs::RotateVideoMediaFileFileThreader, video::rotateTitles().at(0),
-            {film("clip.mp4"), film("upright.mov"), film("clip.mkv"), film("sound.m4a")});
+            {videoFile("clip.mp4"), videoFile("upright.mov"), videoFile("clip.mkv"),
+             videoFile("sound.m4a")});
     ASSERT_EQ(outcomes.size(), 4U);
     EXPECT_THAT(streams(out("clip.mp4")), ElementsAre(u"h264 64x96 3.0", u"aac 3.0"));
     EXPECT_THAT(streams(out("upright.mov")), ElementsAre(u"h264 96x64 3.0", u"aac 3.0"));
     EXPECT_EQ(tag(out("clip.mp4"), u"title"), u"Tide");
     EXPECT_EQ(tag(out("clip.mp4"), u"creation_time"), u"2019-05-06T07:08:09.000000Z");
     const auto source =
-        platform::NSFileManager::defaultManager().attributesOfItemAtPath(film("clip.mp4"));
+        platform::NSFileManager::defaultManager().attributesOfItemAtPath(videoFile("clip.mp4"));
     const auto output =
         platform::NSFileManager::defaultManager().attributesOfItemAtPath(out("clip.mp4"));
     EXPECT_EQ(source->NSFileModificationDate, output->NSFileModificationDate);
-    // No output type for this extension, and no film: both fail alone.
+    // No output type for this extension, and no video: both fail alone.
     EXPECT_EQ(outcomes[2].status, WriteStatus::Failed);
     EXPECT_THAT(outcomes[2].message.toStdString(), HasSubstr("clip.mkv"));
     EXPECT_THAT(outcomes[3].message.toStdString(), HasSubstr("no film"));
     EXPECT_THAT(filesOut(), ElementsAre(u"clip.mp4", u"upright.mov"));
-    // A display matrix of zeros: players show the film as it is stored.
-    QByteArray bytes = testkit::TempDir::read(film("upright.mov"));
+    // A display matrix of zeros: players show the video as it is stored.
+    QByteArray bytes = testkit::TempDir::read(videoFile("upright.mov"));
     const qsizetype matrix = bytes.indexOf("tkhd") + 44;
     std::fill_n(bytes.begin() + matrix, 9 * 4, '\0');
     run(&VideoJobs::RotateVideoMediaFileFileThreader, video::rotateTitles().at(0),
@@ -151,19 +152,19 @@ TEST_F(Jobs, RotateTurnsEachFilmAsItIsShownAndKeepsWhatItCarries) {
 
 TEST_F(Jobs, SpeedUpCutsAndSlowDownStretches) {
     (void)run(&VideoJobs::SpeedUpVideoMediaFileFileThreader, QStringLiteral("2X"),
-              {film("clip.mp4")});
+              {videoFile("clip.mp4")});
     EXPECT_THAT(streams(out("clip.mp4")), ElementsAre(u"h264 96x64 1.5", u"aac 1.5"));
     EXPECT_EQ(tag(out("clip.mp4"), u"major_brand"), u"qt  ")
         << "a QuickTime movie whatever the name says";
     (void)run(&VideoJobs::SlowDownVideoMediaFileFileThreader, QStringLiteral("0.5X"),
-              {film("clip.mkv")});
+              {videoFile("clip.mkv")});
     EXPECT_THAT(streams(out("clip.mkv")), ElementsAre(u"h264 96x64 6.0", u"aac 6.0"));
     EXPECT_EQ(tag(out("clip.mkv"), u"title"), u"Tide");
     EXPECT_EQ(video::slowDownFactor(QStringLiteral("2X")), 1) << "slowing down knows no 2X";
     EXPECT_EQ(video::speedUpFactor(QStringLiteral("3X")), 1);
 }
 
-TEST_F(Jobs, ChaptersComeAlongAsFarAsTheFilmGoes) {
+TEST_F(Jobs, ChaptersComeAlongAsFarAsTheVideoGoes) {
     const QString list = m_dir.write(
         QStringLiteral("chapters.txt"),
         ";FFMETADATA1\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=1000\ntitle=One\n[CHAPTER]\n"
@@ -172,7 +173,7 @@ TEST_F(Jobs, ChaptersComeAlongAsFarAsTheFilmGoes) {
     const QString book = m_dir.path(QStringLiteral("book.mp4"));
     ASSERT_EQ(testkit::run(QStringLiteral("ffmpeg"),
                            QStringLiteral("-v error -i %1 -i %2 -map_chapters 1 -c copy %3")
-                               .arg(film("clip.mp4"), list, book)
+                               .arg(videoFile("clip.mp4"), list, book)
                                .split(u' '))
                   .exitCode,
               0);
@@ -192,15 +193,15 @@ TEST_F(Jobs, ChaptersComeAlongAsFarAsTheFilmGoes) {
 }
 
 TEST_F(Jobs, MergePutsEachClipAtTheLongestDurationBeforeIt) {
-    const auto outcomes =
-        run(&VideoJobs::MergeVideoMediaFileFileThreader, {},
-            {film("clip.mp4"), film("silent.mov"), film("sound.m4a"), film("none.mp4")});
+    const auto outcomes = run(&VideoJobs::MergeVideoMediaFileFileThreader, {},
+                              {videoFile("clip.mp4"), videoFile("silent.mov"),
+                               videoFile("sound.m4a"), videoFile("none.mp4")});
     EXPECT_THAT(filesOut(), ElementsAre(u"MergeVideo.mp4")) << "named by the last item";
     EXPECT_THAT(streams(out("MergeVideo.mp4")).first().toStdString(), HasSubstr("6.0"));
     EXPECT_EQ(outcomes[0].outputs, QStringList{out("MergeVideo.mp4")});
     EXPECT_EQ(outcomes[1].message, u"in MergeVideo.mp4");
     EXPECT_EQ(outcomes[3].status, WriteStatus::Failed);
-    (void)run(&VideoJobs::MergeVideoMediaFileFileThreader, {}, {film("clip.mp4")});
+    (void)run(&VideoJobs::MergeVideoMediaFileFileThreader, {}, {videoFile("clip.mp4")});
     EXPECT_THAT(filesOut(), ElementsAre(u"MergeVideo.mp4", u"clip_MergeVideo.mp4"));
 
     const QString words = m_dir.path(QStringLiteral("words.mp4"));
@@ -221,7 +222,7 @@ TEST_F(Jobs, MergePutsEachClipAtTheLongestDurationBeforeIt) {
 TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
     m_dir.write(QStringLiteral("out/clip.mp4"), "older");
     auto outcomes = run(&VideoJobs::CompressVideoMediaFileFileThreader, QStringLiteral("Best"),
-                        {film("clip.mp4"), film("sound.m4a")});
+                        {videoFile("clip.mp4"), videoFile("sound.m4a")});
     EXPECT_FALSE(outcomes[0].message.contains(u"replaced")) << "nothing was";
     EXPECT_EQ(testkit::TempDir::read(out("clip.mp4")), "older");
     ASSERT_TRUE(QFile::remove(out("clip.mp4")));
@@ -230,15 +231,15 @@ TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
     EXPECT_EQ(outcomes[1].status, WriteStatus::Skipped);
     EXPECT_TRUE(filesOut().isEmpty());
     outcomes = run(&VideoJobs::CompressVideoMediaFileFileThreader, video::compressTitles().at(2),
-                   {film("clip.mp4")});
+                   {videoFile("clip.mp4")});
     EXPECT_THAT(streams(out("clip.mp4")), ElementsAre(u"h264 96x64 3.0", u"aac 3.0"));
     (void)run(&VideoJobs::ConvertVideoMediaFileFileThreader, QStringLiteral("Convert to MOV"),
-              {film("clip.mkv")});
+              {videoFile("clip.mkv")});
     EXPECT_EQ(tag(out("clip.mov"), u"major_brand"), u"qt  ");
     EXPECT_EQ(tag(out("clip.mov"), u"title"), u"Tide");
 
     const QString camera = m_dir.path(QStringLiteral("camera.mov"));
-    ASSERT_EQ(testkit::run(u"ffmpeg"_qs, {u"-v"_qs, u"error"_qs, u"-i"_qs, film("clip.mp4"),
+    ASSERT_EQ(testkit::run(u"ffmpeg"_qs, {u"-v"_qs, u"error"_qs, u"-i"_qs, videoFile("clip.mp4"),
                                           u"-map"_qs, u"0"_qs, u"-map"_qs, u"0:a"_qs, u"-c:v"_qs,
                                           u"copy"_qs, u"-c:a"_qs, u"pcm_s16le"_qs, camera})
                   .exitCode,
@@ -254,9 +255,9 @@ TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
     EXPECT_EQ(streams(out("camera.mov")).size(), 3);
 }
 
-TEST_F(Jobs, ExtractAudioCopiesTheSoundAndDropsAnOlderFilm) {
+TEST_F(Jobs, ExtractAudioCopiesTheAudioAndDropsAnOlderVideo) {
     m_dir.write(QStringLiteral("out/clip.mp4"), "older");
-    (void)run(&VideoJobs::ExtractAudioMediaFileFileThreader, {}, {film("clip.mp4")});
+    (void)run(&VideoJobs::ExtractAudioMediaFileFileThreader, {}, {videoFile("clip.mp4")});
     EXPECT_THAT(filesOut(), ElementsAre(u"clip.mp4.m4a"));
     const auto hash = [](const QString& path) {
         const QByteArray line =
@@ -269,44 +270,44 @@ TEST_F(Jobs, ExtractAudioCopiesTheSoundAndDropsAnOlderFilm) {
                 .out;
         return line.mid(line.indexOf('='));
     };
-    EXPECT_EQ(hash(film("clip.mp4")), hash(out("clip.mp4.m4a")));
-    // A film of the list that lies in the storage folder is never taken away.
+    EXPECT_EQ(hash(videoFile("clip.mp4")), hash(out("clip.mp4.m4a")));
+    // A video of the list that lies in the storage folder is never taken away.
     const QString inside =
-        m_dir.write(QStringLiteral("out/own.mp4"), testkit::TempDir::read(film("clip.mp4")));
+        m_dir.write(QStringLiteral("out/own.mp4"), testkit::TempDir::read(videoFile("clip.mp4")));
     (void)run(&VideoJobs::ExtractAudioMediaFileFileThreader, {}, {inside});
     EXPECT_THAT(filesOut(), ElementsAre(u"clip.mp4.m4a", u"own.mp4", u"own.mp4.m4a"));
 }
 
-TEST_F(Jobs, PicturesAreThoseOfTheirSeconds) {
+TEST_F(Jobs, FramesAreThoseOfTheirSeconds) {
     (void)run(&VideoJobs::ExtractImagesMediaFileFileThreader, QStringLiteral("5 pics per second"),
-              {film("upright.mov")});
+              {videoFile("upright.mov")});
     EXPECT_THAT(filesOut(), ElementsAre(u"upright_0.jpg", u"upright_1.jpg", u"upright_2.jpg"));
     const QByteArray bytes = testkit::TempDir::read(out("upright_1.jpg"));
     EXPECT_TRUE(bytes.startsWith("II*") || bytes.startsWith("MM")) << "TIFF under this name";
     const char expected[] = {'r', 'g', 'b'};
     for (int second = 0; second < 3; ++second) {
-        const QImage picture = QImage::fromData(
+        const QImage frame = QImage::fromData(
             testkit::TempDir::read(m_dir.path(QStringLiteral("out/upright_%1.jpg").arg(second))));
-        EXPECT_EQ(picture.size(), QSize(64, 96)) << "upright";
-        EXPECT_EQ(colour(picture), expected[second]);
+        EXPECT_EQ(frame.size(), QSize(64, 96)) << "upright";
+        EXPECT_EQ(colour(frame), expected[second]);
     }
-    (void)run(&VideoJobs::ConvertGIFMediaFileFileThreader, {}, {film("clip.mp4")});
+    (void)run(&VideoJobs::ConvertGIFMediaFileFileThreader, {}, {videoFile("clip.mp4")});
     const QByteArray gif = testkit::TempDir::read(out("clip.gif"));
     EXPECT_TRUE(gif.startsWith("GIF89a"));
     EXPECT_TRUE(gif.contains(QByteArray("NETSCAPE2.0\x03\x01\0\0", 15))) << "for ever";
     EXPECT_EQ(gif.count(QByteArray("\x2c\0\0\0\0\x60\0\x40\0", 9)), 3) << "a picture a second";
     const auto failed =
         run(&VideoJobs::ConvertGIFMediaFileFileThreader, {},
-            {m_dir.write(QStringLiteral("text.mp4"), "no film at all"), film("sound.m4a")});
+            {m_dir.write(QStringLiteral("text.mp4"), "no film at all"), videoFile("sound.m4a")});
     EXPECT_EQ(failed[0].status, WriteStatus::Failed);
     EXPECT_EQ(failed[1].status, WriteStatus::Failed);
 }
 
-TEST_F(Jobs, PicturesOfFilmsWithOneNameAreThoseOfTheLast) {
+TEST_F(Jobs, FramesOfVideosWithOneNameAreThoseOfTheLast) {
     ASSERT_TRUE(QDir().mkpath(m_dir.path(QStringLiteral("a"))));
     const QString name = QStringLiteral("50%1 off%2C.mp4"); // no pattern to fill
     const QString larger = m_dir.path(QStringLiteral("a/") + name), smaller = m_dir.path(name);
-    ASSERT_TRUE(QFile::copy(film("clip.mp4"), smaller));
+    ASSERT_TRUE(QFile::copy(videoFile("clip.mp4"), smaller));
     ASSERT_EQ(testkit::run(u"ffmpeg"_qs, {u"-v"_qs, u"error"_qs, u"-i"_qs, smaller, u"-vf"_qs,
                                           u"scale=1920:1280"_qs, larger})
                   .exitCode,
@@ -318,21 +319,21 @@ TEST_F(Jobs, PicturesOfFilmsWithOneNameAreThoseOfTheLast) {
         EXPECT_EQ(QImage::fromData(testkit::TempDir::read(out() + file)).width(), 96);
 }
 
-TEST_F(Jobs, FilmsThatLieFailPlainlyOrGiveWhatTheyHold) {
-    const QByteArray whole = testkit::TempDir::read(film("clip.mp4"));
+TEST_F(Jobs, VideosThatLieFailPlainlyOrGiveWhatTheyHold) {
+    const QByteArray whole = testkit::TempDir::read(videoFile("clip.mp4"));
     const auto lying = [&](const char* name, const std::vector<std::pair<const char*, int>>& places,
                            const QByteArray& bytes) {
-        QByteArray film = whole;
+        QByteArray videoFile = whole;
         for (const auto& [box, offset] : places)
-            for (auto at = film.indexOf(box); at > 0; at = film.indexOf(box, at + 4))
-                film.replace(at + offset, bytes.size(), bytes);
-        return m_dir.write(QString::fromLatin1(name), film);
+            for (auto at = videoFile.indexOf(box); at > 0; at = videoFile.indexOf(box, at + 4))
+                videoFile.replace(at + offset, bytes.size(), bytes);
+        return m_dir.write(QString::fromLatin1(name), videoFile);
     };
     const std::vector<std::pair<const char*, int>> durations{
         {"mvhd", 20}, {"tkhd", 24}, {"elst", 12}, {"mdhd", 20}};
-    const QStringList films{lying("none.mp4", durations, testkit::be(0, 4)),
-                            lying("long.mp4", durations, testkit::be(1'000'000'000, 4)),
-                            lying("coding.mp4", {{"avc1", 0}}, "zzzz")};
+    const QStringList videos{lying("none.mp4", durations, testkit::be(0, 4)),
+                             lying("long.mp4", durations, testkit::be(1'000'000'000, 4)),
+                             lying("coding.mp4", {{"avc1", 0}}, "zzzz")};
     const struct {
         Worker worker;
         QString title;
@@ -348,7 +349,7 @@ TEST_F(Jobs, FilmsThatLieFailPlainlyOrGiveWhatTheyHold) {
          {u"long_0.jpg"_qs, u"long_1.jpg"_qs, u"long_2.jpg"_qs}},
     };
     for (const auto& [worker, title, files] : jobs) {
-        const auto outcomes = run(worker, title, films);
+        const auto outcomes = run(worker, title, videos);
         ASSERT_EQ(outcomes.size(), 3U);
         EXPECT_THAT(outcomes[0].message.toStdString(), HasSubstr("it has no duration"));
         EXPECT_EQ(outcomes[1].status, WriteStatus::Completed) << outcomes[1].message.toStdString();
@@ -363,11 +364,11 @@ TEST_F(Jobs, FilmsThatLieFailPlainlyOrGiveWhatTheyHold) {
     }
 }
 
-TEST_F(Jobs, RemoveSoundLeavesASilentTrack) {
+TEST_F(Jobs, RemoveAudioLeavesASilentTrack) {
     QStringList lines;
     const platform::LogSubscription subscription(
         platform::LogLevel::Info, [&](const platform::LogLine& line) { lines << line.text; });
-    (void)run(&VideoJobs::RemoveAudioMediaFileFileThreader, {}, {film("upright.mov")});
+    (void)run(&VideoJobs::RemoveAudioMediaFileFileThreader, {}, {videoFile("upright.mov")});
     EXPECT_THAT(lines, ElementsAre(u"Background sound removed successfully."));
     EXPECT_THAT(streams(out("upright.mov")), ElementsAre(u"h264 96x64 3.0", u"aac 3.0"));
     const auto volume = testkit::run(
@@ -376,13 +377,13 @@ TEST_F(Jobs, RemoveSoundLeavesASilentTrack) {
     EXPECT_THAT(volume.err.toStdString(), HasSubstr("max_volume: -91.0 dB"));
 }
 
-TEST_F(Jobs, OfTwoFilmsWithOneNameTheSecondStays) {
+TEST_F(Jobs, OfTwoVideosWithOneNameTheSecondStays) {
     QDir().mkpath(m_dir.path(QStringLiteral("a")));
     QDir().mkpath(m_dir.path(QStringLiteral("b")));
     const QString first = m_dir.path(QStringLiteral("a/x.mov"));
     const QString second = m_dir.path(QStringLiteral("b/x.mov"));
-    ASSERT_TRUE(QFile::copy(film("clip.mp4"), first));
-    ASSERT_TRUE(QFile::copy(film("upright.mov"), second));
+    ASSERT_TRUE(QFile::copy(videoFile("clip.mp4"), first));
+    ASSERT_TRUE(QFile::copy(videoFile("upright.mov"), second));
     const auto outcomes = run(&VideoJobs::RotateVideoMediaFileFileThreader,
                               video::rotateTitles().at(0), {first, second});
     EXPECT_THAT(streams(out("x.mov")).first().toStdString(), HasSubstr("96x64"));
@@ -398,9 +399,10 @@ TEST_F(Jobs, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {
     ASSERT_TRUE(QDir().mkpath(out()));
     for (const char* name : {"clip.mp4", "clip.gif", "clip_0.jpg"})
         ASSERT_TRUE(QFile::link(kept, out(name)));
-    run(&VideoJobs::SlowDownVideoMediaFileFileThreader, QStringLiteral("1X"), {film("clip.mp4")});
-    run(&VideoJobs::ConvertGIFMediaFileFileThreader, {}, {film("clip.mp4")});
-    run(&VideoJobs::ExtractImagesMediaFileFileThreader, {}, {film("clip.mp4")});
+    run(&VideoJobs::SlowDownVideoMediaFileFileThreader, QStringLiteral("1X"),
+        {videoFile("clip.mp4")});
+    run(&VideoJobs::ConvertGIFMediaFileFileThreader, {}, {videoFile("clip.mp4")});
+    run(&VideoJobs::ExtractImagesMediaFileFileThreader, {}, {videoFile("clip.mp4")});
     for (const char* name : {"clip.mp4", "clip.gif", "clip_0.jpg"}) {
         EXPECT_FALSE(QFileInfo(out(name)).isSymLink()) << name;
         EXPECT_GT(QFileInfo(out(name)).size(), 100) << name;
@@ -417,7 +419,7 @@ TEST_F(Jobs, CancelLeavesNoFile) {
     });
     video::VideoJobRequest request{video::rotateTitles().at(1), {}, out(), false, {}};
     auto item = std::make_shared<media::IKImageItem>();
-    item->filePath = film("clip.mp4");
+    item->filePath = videoFile("clip.mp4");
     item->fileName = QStringLiteral("clip.mp4");
     request.items.assign(6, item); // one name: they wait for each other
     jobs.cancel();

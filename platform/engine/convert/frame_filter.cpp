@@ -46,8 +46,8 @@ int LinearGraph::build(const QByteArray& kind, const QByteArray& sourceOptions,
     return code < 0 ? code : avfilter_graph_config(graph.get(), nullptr);
 }
 
-PictureShape PictureFilter::shapeOf(const AVFrame& frame, AVRational aspect) const {
-    PictureShape shape;
+FrameShape FrameFilter::shapeOf(const AVFrame& frame, AVRational aspect) const {
+    FrameShape shape;
     shape.width = frame.width;
     shape.height = frame.height;
     shape.format = frame.format;
@@ -60,7 +60,7 @@ PictureShape PictureFilter::shapeOf(const AVFrame& frame, AVRational aspect) con
     return shape;
 }
 
-int PictureFilter::start(const PictureShape& shape) {
+int FrameFilter::start(const FrameShape& shape) {
     m_shape = shape;
     m_times.clear();
     const QByteArray options =
@@ -71,9 +71,9 @@ int PictureFilter::start(const PictureShape& shape) {
     return m_graph.build({}, options, filtersFor(shape, m_look, m_turn, m_mirrored), m_threads);
 }
 
-int PictureFilter::push(TimedPicture picture, AVRational aspect, const Sink& sink) {
-    normalizeRange(*picture.frame);
-    const PictureShape shape = shapeOf(*picture.frame, aspect);
+int FrameFilter::push(TimedFrame videoFrame, AVRational aspect, const Sink& sink) {
+    normalizeRange(*videoFrame.frame);
+    const FrameShape shape = shapeOf(*videoFrame.frame, aspect);
     if (!m_graph.graph || !(shape == m_shape)) {
         int code = finish(sink);
         if (code >= 0)
@@ -81,15 +81,15 @@ int PictureFilter::push(TimedPicture picture, AVRational aspect, const Sink& sin
         if (code < 0)
             return code;
     }
-    AVFrame& frame = *picture.frame;
-    frame.pts = picture.start / (kTicksPerSecond / 1000);
+    AVFrame& frame = *videoFrame.frame;
+    frame.pts = videoFrame.start / (kTicksPerSecond / 1000);
     frame.sample_aspect_ratio = shape.aspect;
-    m_times.emplace_back(picture.start, picture.end);
+    m_times.emplace_back(videoFrame.start, videoFrame.end);
     const int code = av_buffersrc_add_frame(m_graph.source, &frame);
     return code < 0 ? code : pull(sink);
 }
 
-void PictureFilter::mark(AVFrame& frame) const {
+void FrameFilter::mark(AVFrame& frame) const {
     frame.sample_aspect_ratio = m_look.aspect;
     frame.pict_type = AV_PICTURE_TYPE_NONE; // the encoder decides
     frame.key_frame = 0;
@@ -97,31 +97,31 @@ void PictureFilter::mark(AVFrame& frame) const {
     frame.top_field_first = m_look.interlaced && m_look.topFieldFirst ? 1 : 0;
 }
 
-int PictureFilter::pull(const Sink& sink) {
+int FrameFilter::pull(const Sink& sink) {
     for (;;) {
-        TimedPicture picture{Frame(av_frame_alloc())};
-        if (!picture.frame)
+        TimedFrame videoFrame{Frame(av_frame_alloc())};
+        if (!videoFrame.frame)
             return AVERROR(ENOMEM);
-        const int code = av_buffersink_get_frame(m_graph.sink, picture.frame.get());
+        const int code = av_buffersink_get_frame(m_graph.sink, videoFrame.frame.get());
         if (code == AVERROR(EAGAIN) || code == AVERROR_EOF)
             return 0;
         if (code < 0)
             return code;
         if (m_times.empty())
             return AVERROR_BUG;
-        if (picture.frame->width != m_look.width || picture.frame->height != m_look.height)
-            picture.frame = centredOnBlack(*picture.frame, m_look);
-        if (!picture.frame)
+        if (videoFrame.frame->width != m_look.width || videoFrame.frame->height != m_look.height)
+            videoFrame.frame = centredOnBlack(*videoFrame.frame, m_look);
+        if (!videoFrame.frame)
             return AVERROR(ENOMEM);
-        std::tie(picture.start, picture.end) = m_times.front();
+        std::tie(videoFrame.start, videoFrame.end) = m_times.front();
         m_times.pop_front();
-        mark(*picture.frame);
-        if (!sink(std::move(picture)))
+        mark(*videoFrame.frame);
+        if (!sink(std::move(videoFrame)))
             return AVERROR_EXIT;
     }
 }
 
-int PictureFilter::finish(const Sink& sink) {
+int FrameFilter::finish(const Sink& sink) {
     if (!m_graph.graph)
         return 0;
     int code = av_buffersrc_add_frame(m_graph.source, nullptr);

@@ -16,40 +16,40 @@ struct LinearGraph {
     AVFilterContext* source = nullptr;
     AVFilterContext* sink = nullptr;
 
-    /// `kind`: "" for pictures, "a" for sound, as libavfilter names its ends.
+    /// `kind`: "" for frames, "a" for audio, as libavfilter names its ends.
     [[nodiscard]] int build(const QByteArray& kind, const QByteArray& sourceOptions,
                             const QByteArray& filters, int threads);
 };
 
-/// A picture and when it is shown in the output.
-struct TimedPicture {
+/// A frame and when it is shown in the output.
+struct TimedFrame {
     Frame frame;
     Ticks start = 0, end = 0;
 };
 
-/// Gives the pictures of one segment the look of the film; filters anew when their form changes.
-class PictureFilter {
+/// Gives the frames of one segment the look of the video; filters anew when their form changes.
+class FrameFilter {
 public:
-    using Sink = std::function<bool(TimedPicture)>; ///< false stops
-    PictureFilter(const PictureLook& look, int turn, bool mirrored, int threads)
+    using Sink = std::function<bool(TimedFrame)>; ///< false stops
+    FrameFilter(const FrameFormat& look, int turn, bool mirrored, int threads)
         : m_look(look), m_turn(turn), m_threads(threads), m_mirrored(mirrored) {}
 
     /// AVERROR_EXIT when the sink stopped it.
-    [[nodiscard]] int push(TimedPicture picture, AVRational aspect, const Sink& sink);
+    [[nodiscard]] int push(TimedFrame videoFrame, AVRational aspect, const Sink& sink);
     [[nodiscard]] int finish(const Sink& sink); ///< gives what is still inside
 
 private:
-    [[nodiscard]] PictureShape shapeOf(const AVFrame& frame, AVRational aspect) const;
-    [[nodiscard]] int start(const PictureShape& shape);
+    [[nodiscard]] FrameShape shapeOf(const AVFrame& frame, AVRational aspect) const;
+    [[nodiscard]] int start(const FrameShape& shape);
     [[nodiscard]] int pull(const Sink& sink);
     void mark(AVFrame& frame) const;
 
-    PictureLook m_look;
+    FrameFormat m_look;
     int m_turn, m_threads;
     bool m_mirrored;
-    PictureShape m_shape;
+    FrameShape m_shape;
     LinearGraph m_graph;
-    /// One filtered picture comes for each that went in, in the same order.
+    /// One filtered frame comes for each that went in, in the same order.
     std::deque<std::pair<Ticks, Ticks>> m_times;
 };
 

@@ -11,12 +11,12 @@ namespace {
 
 constexpr int kWidePixelBytes = 6;
 
-/// Matrix of the colour differences; films that do not tell follow the custom of their size.
-int colourSpaceOf(const AVFrame& frame, const AVCodecParameters& film, bool isWide) {
+/// Matrix of the colour differences; videos that do not tell follow the custom of their size.
+int colourSpaceOf(const AVFrame& frame, const AVCodecParameters& video, bool isWide) {
     constexpr int kHighDefinitionWidth = 1280, kStandardHeight = 576;
     int space = frame.colorspace;
     if (space == AVCOL_SPC_UNSPECIFIED)
-        space = film.color_space;
+        space = video.color_space;
     if (space != AVCOL_SPC_UNSPECIFIED && space != AVCOL_SPC_RGB)
         return space;
     if (isWide)
@@ -50,17 +50,17 @@ Scaler newScaler(const AVFrame& frame, QSize size, AVPixelFormat format, int thr
 
 } // namespace
 
-PicturePainter::PicturePainter(const AVCodecParameters& film, QSize size, int threads)
-    : m_film(film), m_size(size), m_threads(threads) {
+FramePainter::FramePainter(const AVCodecParameters& video, QSize size, int threads)
+    : m_video(video), m_size(size), m_threads(threads) {
 }
 
-bool PicturePainter::prepare(const AVFrame& frame) {
-    const ToneKind tones = toneKindOf(frame, m_film);
+bool FramePainter::prepare(const AVFrame& frame) {
+    const ToneKind tones = toneKindOf(frame, m_video);
     const bool isWide = tones.needsMapping();
     if (isWide && (!m_tones || m_tones->kind() != tones))
         m_tones.emplace(tones);
     const int fullRange = frame.color_range == AVCOL_RANGE_JPEG ? 1 : 0;
-    const Kind kind{frame.width, frame.height, frame.format, colourSpaceOf(frame, m_film, isWide),
+    const Kind kind{frame.width, frame.height, frame.format, colourSpaceOf(frame, m_video, isWide),
                     fullRange,   isWide};
     if (m_scaler != nullptr && kind == m_kind)
         return true;
@@ -73,7 +73,7 @@ bool PicturePainter::prepare(const AVFrame& frame) {
     return true;
 }
 
-bool PicturePainter::scale(const AVFrame& frame, std::uint8_t* to, int stride) {
+bool FramePainter::scale(const AVFrame& frame, std::uint8_t* to, int stride) {
     const auto keep = [](void*, std::uint8_t*) {};
     const std::size_t bytes =
         static_cast<std::size_t>(stride) * static_cast<std::size_t>(m_size.height());
@@ -90,7 +90,7 @@ bool PicturePainter::scale(const AVFrame& frame, std::uint8_t* to, int stride) {
     return target->buf[0] != nullptr && sws_scale_frame(m_scaler.get(), target.get(), &frame) >= 0;
 }
 
-bool PicturePainter::paintWide(const AVFrame& frame, std::uint8_t* to, int stride) {
+bool FramePainter::paintWide(const AVFrame& frame, std::uint8_t* to, int stride) {
     const int wideStride =
         (m_size.width() * kWidePixelBytes + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
     m_wide.resize(static_cast<std::size_t>(wideStride) * static_cast<std::size_t>(m_size.height()) +
@@ -104,7 +104,7 @@ bool PicturePainter::paintWide(const AVFrame& frame, std::uint8_t* to, int strid
     return true;
 }
 
-void PicturePainter::makeOpaque(std::uint8_t* to, int stride) const {
+void FramePainter::makeOpaque(std::uint8_t* to, int stride) const {
     for (int y = 0; y < m_size.height(); ++y) {
         auto* pixel = reinterpret_cast<std::uint32_t*>(to + std::ptrdiff_t{stride} * y);
         for (int x = 0; x < m_size.width(); ++x)
@@ -112,7 +112,7 @@ void PicturePainter::makeOpaque(std::uint8_t* to, int stride) const {
     }
 }
 
-bool PicturePainter::paint(const AVFrame& frame, std::uint8_t* to, int stride) {
+bool FramePainter::paint(const AVFrame& frame, std::uint8_t* to, int stride) {
     if (!prepare(frame))
         return false;
     if (m_kind.isWide)

@@ -12,14 +12,14 @@
 namespace clipheave::platform {
 
 /// Draws decoded frames at one size, as they are stored, in the colours of a common screen.
-class PicturePainter {
+class FramePainter {
 public:
     /// The scaler writes whole vectors: rows are a multiple of this long, and behind the last one
     /// there is as much room again.
     static constexpr int kRowAlignment = 64;
 
-    /// `film` is borrowed.
-    PicturePainter(const AVCodecParameters& film, QSize size, int threads);
+    /// `video` is borrowed.
+    FramePainter(const AVCodecParameters& video, QSize size, int threads);
     /// Opaque pixels of four bytes, 0xffRRGGBB in the machine's order, into rows of `stride` bytes.
     /// False when the frame has a pixel format that is not known.
     [[nodiscard]] bool paint(const AVFrame& frame, std::uint8_t* to, int stride);
@@ -36,7 +36,7 @@ private:
         bool isWide = false;
         bool operator==(const Kind&) const = default;
     };
-    const AVCodecParameters& m_film;
+    const AVCodecParameters& m_video;
     QSize m_size;
     int m_threads;
     Kind m_kind;

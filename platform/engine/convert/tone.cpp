@@ -78,12 +78,12 @@ bool ToneKind::needsMapping() const {
     return isHdr(transfer) || primaries == AVCOL_PRI_BT2020 || primaries == AVCOL_PRI_SMPTE432;
 }
 
-ToneKind toneKindOf(const AVFrame& frame, const AVCodecParameters& film) {
+ToneKind toneKindOf(const AVFrame& frame, const AVCodecParameters& video) {
     ToneKind kind{frame.color_trc, frame.color_primaries, 0};
     if (kind.transfer == AVCOL_TRC_UNSPECIFIED)
-        kind.transfer = film.color_trc;
+        kind.transfer = video.color_trc;
     if (kind.primaries == AVCOL_PRI_UNSPECIFIED)
-        kind.primaries = film.color_primaries;
+        kind.primaries = video.color_primaries;
     if (isHdr(kind.transfer) && kind.primaries == AVCOL_PRI_UNSPECIFIED)
         kind.primaries = AVCOL_PRI_BT2020;
     if (kind.transfer == AVCOL_TRC_SMPTE2084) {

@@ -8,16 +8,16 @@
 
 namespace clipheave::platform {
 
-/// How a film's values are meant to be shown.
+/// How a video's values are meant to be shown.
 struct ToneKind {
     AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
     AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
-    double peakNits = 0; ///< brightest light in the film, 0 when it does not tell
+    double peakNits = 0; ///< brightest light in the video, 0 when it does not tell
     bool operator==(const ToneKind&) const = default;
     /// False when the values can go to a common screen as they are.
     [[nodiscard]] bool needsMapping() const;
 };
-[[nodiscard]] ToneKind toneKindOf(const AVFrame& frame, const AVCodecParameters& film);
+[[nodiscard]] ToneKind toneKindOf(const AVFrame& frame, const AVCodecParameters& video);
 
 /// Brings wide colours and high dynamic range (PQ and HLG, ITU-R BT.2100) to sRGB: diffuse white
 /// (203 cd/m2, ITU-R BT.2408) stays light, what is brighter rolls off without clipping.

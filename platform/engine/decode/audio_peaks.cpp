@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kMostColumns = 4096;
 /// A recording of half a day would keep a core busy for minutes.
-constexpr double kLongestSound = 3 * 3600.0; // s
+constexpr double kLongestAudio = 3 * 3600.0; // s
 constexpr std::int64_t kMostSampleTimes = std::int64_t{3 * 3600} * 192'000;
 constexpr InputLimits kPeakLimits{std::uint64_t{8} << 30, std::chrono::milliseconds(30'000)};
 
@@ -24,8 +24,8 @@ Error peakError(ErrorCode code, const QString& path, const QString& detail = {})
 }
 
 /// The stream that a player would play; all others give no packets. Null without one.
-AVStream* selectSound(FileInput& input) {
-    if (!input.findStreamInfo(StreamsOfUse::Sound))
+AVStream* selectAudio(FileInput& input) {
+    if (!input.findStreamInfo(StreamsOfUse::Audio))
         return nullptr;
     AVFormatContext& context = *input.context();
     const int best = av_find_best_stream(&context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
@@ -35,13 +35,13 @@ AVStream* selectSound(FileInput& input) {
     return best >= 0 ? context.streams[best] : nullptr;
 }
 
-double soundSeconds(const AVFormatContext& context, const AVStream& stream) {
+double audioSeconds(const AVFormatContext& context, const AVStream& stream) {
     if (stream.duration > 0)
         return static_cast<double>(stream.duration) * seconds(stream.time_base);
     return context.duration > 0 ? static_cast<double>(context.duration) / AV_TIME_BASE : 0;
 }
 
-Result<Codec> openSoundDecoder(const AVStream& stream, const QString& path) {
+Result<Codec> openAudioDecoder(const AVStream& stream, const QString& path) {
     const AVCodec* decoder = avcodec_find_decoder(stream.codecpar->codec_id);
     if (decoder == nullptr)
         return tl::unexpected(
@@ -176,7 +176,7 @@ Result<QByteArray> decodePeaks(FileInput& input, const AVStream& stream, AVCodec
 
 } // namespace
 
-Result<QByteArray> readSoundPeaks(const QString& path, int columns,
+Result<QByteArray> readAudioPeaks(const QString& path, int columns,
                                   const std::function<bool()>& goOn) {
     if (columns < 1 || columns > kMostColumns)
         return tl::unexpected(peakError(ErrorCode::InvalidArgument, path));
@@ -186,14 +186,14 @@ Result<QByteArray> readSoundPeaks(const QString& path, int columns,
     auto input = FileInput::open(*reader, kPeakLimits);
     if (!input)
         return tl::unexpected(input.error());
-    const AVStream* stream = selectSound(**input);
+    const AVStream* stream = selectAudio(**input);
     if (stream == nullptr)
         return tl::unexpected(
             peakError(ErrorCode::NotSupported, path, QStringLiteral("no sound track")));
-    const double length = soundSeconds(*(*input)->context(), *stream);
-    if (!(length > 0 && length <= kLongestSound))
+    const double length = audioSeconds(*(*input)->context(), *stream);
+    if (!(length > 0 && length <= kLongestAudio))
         return tl::unexpected(peakError(ErrorCode::LimitExceeded, path, QStringLiteral("length")));
-    auto codec = openSoundDecoder(*stream, path);
+    auto codec = openAudioDecoder(*stream, path);
     if (!codec)
         return tl::unexpected(codec.error());
     PeakColumns peaks(columns, length);

@@ -6,7 +6,7 @@
 namespace clipheave::platform {
 
 /// See MediaEngine::soundPeaks.
-[[nodiscard]] Result<QByteArray> readSoundPeaks(const QString& path, int columns,
+[[nodiscard]] Result<QByteArray> readAudioPeaks(const QString& path, int columns,
                                                 const std::function<bool()>& goOn);
 
 } // namespace clipheave::platform

@@ -14,12 +14,12 @@ namespace clipheave::platform {
 namespace {
 
 /// Segments that begin earlier are read from the start of the file.
-constexpr Ticks kSoundShortestSeek = kTicksPerSecond;
-/// Time stamps that are off by less, a 25th of a second, are rounding; filling would be heard.
+constexpr Ticks kAudioShortestSeek = kTicksPerSecond;
+/// Timestamps that are off by less, a 25th of a second, are rounding; filling would be heard.
 constexpr int kToleratedPart = 25;
 constexpr int kSilencePiece = 4096;
 constexpr int kHighestRate = 768'000;
-constexpr Ticks kToleratedSoundLoss = kTicksPerSecond * 2;
+constexpr Ticks kToleratedAudioLoss = kTicksPerSecond * 2;
 constexpr double kFastest = 1000; ///< beyond, and below its inverse, nothing can be heard
 
 QByteArray layoutName(const AVChannelLayout& layout) {
@@ -28,7 +28,7 @@ QByteArray layoutName(const AVChannelLayout& layout) {
                                                                       : QByteArray();
 }
 
-/// A change of speed that keeps the pitch, in steps that do not leave sound out.
+/// A change of speed that keeps the pitch, in steps that do not leave audio out.
 QByteArray tempoFilters(double speed) {
     const int steps = std::max(1, static_cast<int>(std::ceil(std::abs(std::log2(speed)) - 1e-6)));
     // Times in whole units make a half a little less than that, which the filter refuses.
@@ -41,7 +41,7 @@ bool knowsItsEnd(const AVFormatContext& context) {
     return QByteArray(context.iformat->name).startsWith("mov,");
 }
 
-Frame plainSoundFrame(const AVFrame& like, int samples) {
+Frame plainAudioFrame(const AVFrame& like, int samples) {
     Frame frame(av_frame_alloc());
     if (!frame)
         return frame;
@@ -56,8 +56,8 @@ Frame plainSoundFrame(const AVFrame& like, int samples) {
 
 } // namespace
 
-Result<std::unique_ptr<SoundSegmentReader>>
-SoundSegmentReader::open(PlannedSegment& segment, double volume, const SoundEncoder& encoder) {
+Result<std::unique_ptr<AudioSegmentReader>>
+AudioSegmentReader::open(PlannedSegment& segment, double volume, const AudioEncoder& encoder) {
     const double speed = segment.stretch.speed();
     if (!(speed <= kFastest && speed >= 1 / kFastest))
         return failure(ErrorCode::InvalidArgument, QStringLiteral("change the speed"),
@@ -65,10 +65,10 @@ SoundSegmentReader::open(PlannedSegment& segment, double volume, const SoundEnco
     auto source = openSegment(segment, AVMEDIA_TYPE_AUDIO);
     if (!source)
         return tl::unexpected(source.error());
-    std::unique_ptr<SoundSegmentReader> reader(new SoundSegmentReader);
+    std::unique_ptr<AudioSegmentReader> reader(new AudioSegmentReader);
     reader->m_stretch = segment.stretch;
     reader->m_source = std::move(*source);
-    if (segment.stretch.sourceStart > kSoundShortestSeek)
+    if (segment.stretch.sourceStart > kAudioShortestSeek)
         reader->m_sought = reader->m_source->seekBefore(segment.stretch.sourceStart);
     auto decoder = ExportDecoder::open(*reader->m_source, 1);
     if (!decoder)
@@ -86,7 +86,7 @@ SoundSegmentReader::open(PlannedSegment& segment, double volume, const SoundEnco
 }
 
 /// Filters anew when the stream changes its form on the way.
-int SoundSegmentReader::useForm(AVFrame& frame, const Sink& sink) {
+int AudioSegmentReader::useForm(AVFrame& frame, const Sink& sink) {
     if (frame.ch_layout.order == AV_CHANNEL_ORDER_UNSPEC)
         av_channel_layout_default(&frame.ch_layout, frame.ch_layout.nb_channels);
     const QByteArray layout = layoutName(frame.ch_layout);
@@ -110,7 +110,7 @@ int SoundSegmentReader::useForm(AVFrame& frame, const Sink& sink) {
                          m_filters, 1);
 }
 
-int SoundSegmentReader::send(AVFrame* frame, const Sink& sink) {
+int AudioSegmentReader::send(AVFrame* frame, const Sink& sink) {
     int code = av_buffersrc_add_frame(m_graph.source, frame);
     const Frame out(av_frame_alloc());
     if (!out)
@@ -122,13 +122,13 @@ int SoundSegmentReader::send(AVFrame* frame, const Sink& sink) {
     return code == AVERROR(EAGAIN) || code == AVERROR_EOF ? 0 : code;
 }
 
-int SoundSegmentReader::feedSilence(const AVFrame& like, std::int64_t count, const Sink& sink) {
+int AudioSegmentReader::feedSilence(const AVFrame& like, std::int64_t count, const Sink& sink) {
     if (count > ticksToUnits(kLongestFiller, m_rate))
         return AVERROR(ERANGE);
     int code = 0;
     while (count > 0 && code >= 0) {
         const int piece = static_cast<int>(std::min<std::int64_t>(count, kSilencePiece));
-        const Frame frame = plainSoundFrame(like, piece);
+        const Frame frame = plainAudioFrame(like, piece);
         if (!frame)
             return AVERROR(ENOMEM);
         av_samples_set_silence(frame->extended_data, 0, piece, like.ch_layout.nb_channels,
@@ -141,7 +141,7 @@ int SoundSegmentReader::feedSilence(const AVFrame& like, std::int64_t count, con
     return code;
 }
 
-int SoundSegmentReader::feed(AVFrame& frame, std::int64_t skip, std::int64_t count,
+int AudioSegmentReader::feed(AVFrame& frame, std::int64_t skip, std::int64_t count,
                              const Sink& sink) {
     const auto start = m_position;
     m_position += count;
@@ -150,7 +150,7 @@ int SoundSegmentReader::feed(AVFrame& frame, std::int64_t skip, std::int64_t cou
         frame.nb_samples = static_cast<int>(count);
         return send(&frame, sink);
     }
-    const Frame rest = plainSoundFrame(frame, static_cast<int>(count));
+    const Frame rest = plainAudioFrame(frame, static_cast<int>(count));
     if (!rest)
         return AVERROR(ENOMEM);
     av_samples_copy(rest->extended_data, frame.extended_data, 0, static_cast<int>(skip),
@@ -160,7 +160,7 @@ int SoundSegmentReader::feed(AVFrame& frame, std::int64_t skip, std::int64_t cou
     return send(rest.get(), sink);
 }
 
-int SoundSegmentReader::takeFrame(AVFrame& frame, const Sink& sink) {
+int AudioSegmentReader::takeFrame(AVFrame& frame, const Sink& sink) {
     if (const int code = useForm(frame, sink); code < 0)
         return code;
     const std::int64_t total = ticksToUnits(m_stretch.sourceEnd - m_stretch.sourceStart, m_rate);
@@ -184,7 +184,7 @@ int SoundSegmentReader::takeFrame(AVFrame& frame, const Sink& sink) {
 }
 
 /// After a jump that went too far, once more from the start of the file.
-bool SoundSegmentReader::rewindIfLate(const AVFrame* frame) {
+bool AudioSegmentReader::rewindIfLate(const AVFrame* frame) {
     const auto time =
         frame != nullptr ? m_source->time(frame->best_effort_timestamp) : std::optional<Ticks>();
     const bool late = !time || *time > m_stretch.sourceStart;
@@ -195,7 +195,7 @@ bool SoundSegmentReader::rewindIfLate(const AVFrame* frame) {
     return again;
 }
 
-int SoundSegmentReader::run(const Sink& sink, const ExportLanes& lanes) {
+int AudioSegmentReader::run(const Sink& sink, const ExportLanes& lanes) {
     const Frame frame(av_frame_alloc());
     int code = frame ? 0 : AVERROR(ENOMEM);
     while (code == 0) {
@@ -219,7 +219,7 @@ int SoundSegmentReader::run(const Sink& sink, const ExportLanes& lanes) {
     return m_graph.graph ? send(nullptr, sink) : 0;
 }
 
-Result<void> SoundSegmentReader::check() const {
+Result<void> AudioSegmentReader::check() const {
     if (!m_decodedAny)
         return m_source->failed(ErrorCode::InvalidData,
                                 QStringLiteral("nothing of the sound can be decoded: ") +
@@ -229,14 +229,14 @@ Result<void> SoundSegmentReader::check() const {
         return {};
     const Ticks wanted = std::min(*announced, m_stretch.sourceEnd) - m_stretch.sourceStart;
     const Ticks got = ticksOf(m_position, {1, m_rate}).value_or(wanted);
-    if (wanted - got <= std::max(kToleratedSoundLoss, wanted / 20))
+    if (wanted - got <= std::max(kToleratedAudioLoss, wanted / 20))
         return {};
     return m_source->failed(ErrorCode::InvalidData,
                             QStringLiteral("the sound breaks off at %1 s")
                                 .arg(ticksToSeconds(m_stretch.sourceStart + got), 0, 'f', 1));
 }
 
-std::optional<Ticks> soundEndOf(PlannedSegment& segment, const ExportLanes& lanes) {
+std::optional<Ticks> audioEndOf(PlannedSegment& segment, const ExportLanes& lanes) {
     const std::optional<Ticks> announced = segment.facts->end;
     if (!announced || *announced >= segment.stretch.sourceEnd)
         return announced;

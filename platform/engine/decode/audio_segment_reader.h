@@ -6,17 +6,17 @@
 
 namespace clipheave::platform {
 
-/// Decodes one segment's sound, cut to the sample, in the form and at the speed that the encoder
+/// Decodes one segment's audio, cut to the sample, in the form and at the speed that the encoder
 /// is to get. Gaps in its times become silence.
-class SoundSegmentReader {
+class AudioSegmentReader {
 public:
     using Sink = std::function<int(const AVFrame&)>; ///< a negative code stops
-    [[nodiscard]] static Result<std::unique_ptr<SoundSegmentReader>>
-    open(PlannedSegment& segment, double volume, const SoundEncoder& encoder);
+    [[nodiscard]] static Result<std::unique_ptr<AudioSegmentReader>>
+    open(PlannedSegment& segment, double volume, const AudioEncoder& encoder);
 
     /// Gives the whole segment. AVERROR_EXIT when the lanes or the sink stopped it.
     [[nodiscard]] int run(const Sink& sink, const ExportLanes& lanes);
-    /// InvalidData when nothing could be decoded or the sound is shorter than announced.
+    /// InvalidData when nothing could be decoded or the audio is shorter than announced.
     [[nodiscard]] Result<void> check() const;
     [[nodiscard]] QString note() const { return damageNote(*m_source, m_decoder->damaged()); }
 
@@ -40,8 +40,8 @@ private:
     bool m_sought = false, m_begun = false, m_decodedAny = false;
 };
 
-/// Where the sound of a segment's source ends, in its presentation: as its index says, or as its
+/// Where the audio of a segment's source ends, in its presentation: as its index says, or as its
 /// last packets do where the headers only guess. None where nothing tells.
-[[nodiscard]] std::optional<Ticks> soundEndOf(PlannedSegment& segment, const ExportLanes& lanes);
+[[nodiscard]] std::optional<Ticks> audioEndOf(PlannedSegment& segment, const ExportLanes& lanes);
 
 } // namespace clipheave::platform

@@ -14,18 +14,18 @@ namespace clipheave::platform {
 
 namespace {
 
-/// Pictures that wait for the reader: few, and fewer where they are large.
+/// Frames that wait for the reader: few, and fewer where they are large.
 constexpr std::int64_t kWaitingBytes = 32 << 20;
 constexpr std::int64_t kMostWaitingRead = 4, kLeastWaitingRead = 2;
 
-std::size_t waitingPictures(QSize size) {
+std::size_t waitingFrames(QSize size) {
     const std::int64_t bytes = std::int64_t{size.width()} * size.height() * 4;
     return static_cast<std::size_t>(std::clamp(kWaitingBytes / std::max<std::int64_t>(bytes, 1),
                                                kLeastWaitingRead, kMostWaitingRead));
 }
 
-/// The first to the last picture of a stream, at normal speed.
-ExportPlan wholeFilm(const QString& path, int stream) {
+/// The first to the last frame of a stream, at normal speed.
+ExportPlan wholeVideo(const QString& path, int stream) {
     const CMTimeRange all{kCMTimeZero, CMTimeMake(kFarthestTicks / kTicksPerSecond, 1)};
     ExportPlan plan;
     plan.video.emplace().segments = {{path, stream, all, all}};
@@ -33,8 +33,8 @@ ExportPlan wholeFilm(const QString& path, int stream) {
 }
 
 /// As it is stored, fields aside.
-PictureLook lookOfFrame(const AVFrame& frame, AVRational aspect) {
-    PictureLook look;
+FrameFormat lookOfFrame(const AVFrame& frame, AVRational aspect) {
+    FrameFormat look;
     look.width = frame.width;
     look.height = frame.height;
     look.aspect = aspect;
@@ -45,20 +45,20 @@ PictureLook lookOfFrame(const AVFrame& frame, AVRational aspect) {
     return look;
 }
 
-class DecodedPictures final : public PictureReader {
+class DecodedFrames final : public FrameReader {
 public:
-    DecodedPictures(PlannedSegment segment, std::unique_ptr<VideoSegmentReader> reader, QSize size,
-                    int threads)
+    DecodedFrames(PlannedSegment segment, std::unique_ptr<VideoSegmentReader> reader, QSize size,
+                  int threads)
         : m_segment(std::move(segment)), m_reader(std::move(reader)),
-          m_pool(size, waitingPictures(size) + 2),
+          m_pool(size, waitingFrames(size) + 2),
           m_painter(*m_segment.facts->parameters, size, threads), m_threads(threads),
-          m_queue(waitingPictures(size), [this] { return m_stopped.load(); }) {
+          m_queue(waitingFrames(size), [this] { return m_stopped.load(); }) {
         int units = std::max(m_segment.facts->timeBase.den, 1);
-        while (units < kLeastFilmUnits)
+        while (units < kLeastVideoUnits)
             units *= 2;
         m_units = units;
     }
-    ~DecodedPictures() override {
+    ~DecodedFrames() override {
         cancel();
         if (m_thread.joinable())
             m_thread.join();
@@ -79,16 +79,16 @@ public:
 private:
     void run();
     Result<void> readAll();
-    Result<void> deliver(TimedPicture picture);
-    Result<void> deliverWithoutFields(TimedPicture picture);
+    Result<void> deliver(TimedFrame videoFrame);
+    Result<void> deliverWithoutFields(TimedFrame videoFrame);
     Result<void> filtered(int code);
 
     PlannedSegment m_segment;
     std::unique_ptr<VideoSegmentReader> m_reader;
     CVPixelBufferPool m_pool;
-    PicturePainter m_painter;
-    std::optional<PictureFilter> m_fields; ///< once a picture made of fields has come
-    Result<void> m_delivered;              ///< of the filter's last picture
+    FramePainter m_painter;
+    std::optional<FrameFilter> m_fields; ///< once a frame made of fields has come
+    Result<void> m_delivered;            ///< of the filter's last frame
     int m_threads;
     int m_units = 1; ///< of the times, in a second
     std::atomic<bool> m_stopped = false;
@@ -99,7 +99,7 @@ private:
     std::thread m_thread;
 };
 
-Result<void> DecodedPictures::begin() {
+Result<void> DecodedFrames::begin() {
     if (auto first = m_pool.createPixelBuffer(); !first)
         return failure(first.error().code, QStringLiteral("read the film"), m_segment.path,
                        first.error().detail);
@@ -107,7 +107,7 @@ Result<void> DecodedPictures::begin() {
     return {};
 }
 
-Result<CMSampleBuffer> DecodedPictures::next() {
+Result<CMSampleBuffer> DecodedFrames::next() {
     if (auto sample = m_queue.pop())
         return std::move(*sample);
     if (m_stopped)
@@ -116,7 +116,7 @@ Result<CMSampleBuffer> DecodedPictures::next() {
     return m_error ? Result<CMSampleBuffer>(tl::unexpected(*m_error)) : CMSampleBuffer{};
 }
 
-void DecodedPictures::run() {
+void DecodedFrames::run() {
     const auto done = readAll();
     {
         const std::lock_guard lock(m_mutex);
@@ -126,22 +126,22 @@ void DecodedPictures::run() {
     m_queue.close();
 }
 
-Result<void> DecodedPictures::readAll() {
+Result<void> DecodedFrames::readAll() {
     while (!m_stopped) {
-        auto picture = m_reader->next();
+        auto videoFrame = m_reader->next();
         QStringList notes = m_reader->notes();
         notes.removeAll(QString());
         {
             const std::lock_guard lock(m_mutex);
             m_notes = std::move(notes);
         }
-        if (!picture)
-            return tl::unexpected(picture.error());
-        if (!picture->frame)
+        if (!videoFrame)
+            return tl::unexpected(videoFrame.error());
+        if (!videoFrame->frame)
             break;
-        const bool fields = m_fields || picture->frame->interlaced_frame != 0;
+        const bool fields = m_fields || videoFrame->frame->interlaced_frame != 0;
         auto delivered =
-            fields ? deliverWithoutFields(std::move(*picture)) : deliver(std::move(*picture));
+            fields ? deliverWithoutFields(std::move(*videoFrame)) : deliver(std::move(*videoFrame));
         if (!delivered)
             return delivered;
     }
@@ -150,13 +150,13 @@ Result<void> DecodedPictures::readAll() {
                        QStringLiteral("nothing of it can be decoded: ") + m_reader->complaint());
     if (!m_fields || m_stopped)
         return {};
-    return filtered(m_fields->finish([this](TimedPicture picture) {
-        m_delivered = deliver(std::move(picture));
+    return filtered(m_fields->finish([this](TimedFrame videoFrame) {
+        m_delivered = deliver(std::move(videoFrame));
         return m_delivered.has_value();
     }));
 }
 
-Result<void> DecodedPictures::filtered(int code) {
+Result<void> DecodedFrames::filtered(int code) {
     if (!m_delivered)
         return m_delivered;
     if (code < 0 && code != AVERROR_EXIT)
@@ -165,30 +165,30 @@ Result<void> DecodedPictures::filtered(int code) {
     return {};
 }
 
-/// Pictures woven of two fields become whole ones, as in exports that change the picture.
-Result<void> DecodedPictures::deliverWithoutFields(TimedPicture picture) {
-    normalizeRange(*picture.frame);
+/// Frames woven of two fields become whole ones, as in exports that change the frame.
+Result<void> DecodedFrames::deliverWithoutFields(TimedFrame videoFrame) {
+    normalizeRange(*videoFrame.frame);
     const AVRational aspect = m_segment.facts->aspect;
     if (!m_fields)
-        m_fields.emplace(lookOfFrame(*picture.frame, aspect), 0, false, m_threads);
-    return filtered(m_fields->push(std::move(picture), aspect, [this](TimedPicture whole) {
+        m_fields.emplace(lookOfFrame(*videoFrame.frame, aspect), 0, false, m_threads);
+    return filtered(m_fields->push(std::move(videoFrame), aspect, [this](TimedFrame whole) {
         m_delivered = deliver(std::move(whole));
         return m_delivered.has_value();
     }));
 }
 
-Result<void> DecodedPictures::deliver(TimedPicture picture) {
+Result<void> DecodedFrames::deliver(TimedFrame videoFrame) {
     auto buffer = m_pool.createPixelBuffer();
     if (!buffer)
         return tl::unexpected(buffer.error());
-    if (!m_painter.paint(*picture.frame, (*buffer)->baseAddress(), (*buffer)->bytesPerRow()))
+    if (!m_painter.paint(*videoFrame.frame, (*buffer)->baseAddress(), (*buffer)->bytesPerRow()))
         return failure(ErrorCode::NotSupported, QStringLiteral("read the film"), m_segment.path,
                        QStringLiteral("unknown kind of pixels"));
     (*buffer)->pixelAspectWidth = m_segment.facts->aspect.num;
     (*buffer)->pixelAspectHeight = m_segment.facts->aspect.den;
-    const std::int64_t from = ticksToUnits(picture.start, m_units),
-                       to = ticksToUnits(picture.end, m_units);
-    // Answers false only when it was stopped, which the loop sees.
+    const std::int64_t from = ticksToUnits(videoFrame.start, m_units),
+                       to = ticksToUnits(videoFrame.end, m_units);
+    // Returns false only when it was stopped, which the loop sees.
     static_cast<void>(m_queue.push(
         {std::move(*buffer), CMTimeMake(from, m_units), CMTimeMake(to - from, m_units)}));
     return {};
@@ -196,23 +196,23 @@ Result<void> DecodedPictures::deliver(TimedPicture picture) {
 
 } // namespace
 
-Result<std::unique_ptr<PictureReader>> openPictureReader(const QString& path, int stream,
-                                                         const ExportResources& resources) {
-    auto planned = readExportPlan(wholeFilm(path, stream));
+Result<std::unique_ptr<FrameReader>> makeFrameReader(const QString& path, int stream,
+                                                     const ExportResources& resources) {
+    auto planned = readExportPlan(wholeVideo(path, stream));
     if (!planned)
         return tl::unexpected(planned.error());
     PlannedSegment segment = std::move(planned->video.front());
-    const AVCodecParameters& film = *segment.facts->parameters;
-    const QSize size(film.width, film.height);
+    const AVCodecParameters& videoFile = *segment.facts->parameters;
+    const QSize size(videoFile.width, videoFile.height);
     const int threads = threadsOf(resources);
     auto reader = VideoSegmentReader::open(segment, threads);
     if (!reader)
         return tl::unexpected(reader.error());
-    auto pictures =
-        std::make_unique<DecodedPictures>(std::move(segment), std::move(*reader), size, threads);
-    if (auto begun = pictures->begin(); !begun)
+    auto frames =
+        std::make_unique<DecodedFrames>(std::move(segment), std::move(*reader), size, threads);
+    if (auto begun = frames->begin(); !begun)
         return tl::unexpected(begun.error());
-    return pictures;
+    return frames;
 }
 
 } // namespace clipheave::platform

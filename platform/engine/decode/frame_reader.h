@@ -6,7 +6,7 @@
 namespace clipheave::platform {
 
 /// See MediaEngine::openPictures.
-[[nodiscard]] Result<std::unique_ptr<PictureReader>>
-openPictureReader(const QString& path, int stream, const ExportResources& resources);
+[[nodiscard]] Result<std::unique_ptr<FrameReader>>
+makeFrameReader(const QString& path, int stream, const ExportResources& resources);
 
 } // namespace clipheave::platform

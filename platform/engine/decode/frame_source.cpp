@@ -14,15 +14,15 @@ namespace {
 
 constexpr int kMostSide = 16384;
 constexpr std::int64_t kMostFramePixels = 128 << 20;
-constexpr std::int64_t kProbeFilmBytes = 16 << 20;
-/// A film is given up after so many packets that give no frame.
+constexpr std::int64_t kProbeVideoBytes = 16 << 20;
+/// A video is given up after so many packets that give no frame.
 constexpr int kMostPacketsWithoutFrame = 20000;
 /// Other readers round the duration of a file in other ways.
 constexpr double kDurationRounding = 0.001;
-/// Of a picture that tells no duration, in a film that tells no rate, in seconds.
+/// Of a frame that tells no duration, in a video that tells no rate, in seconds.
 constexpr double kUnknownDuration = 1;
-/// A picture that claims to stay longer, in seconds, is damage.
-constexpr double kLongestPicture = 60;
+/// A frame that claims to stay longer, in seconds, is damage.
+constexpr double kLongestFrame = 60;
 /// Ways back from a place where nothing can be decoded in time, in seconds.
 constexpr double kWaysBack[] = {0, 1, 4, 15};
 
@@ -30,15 +30,15 @@ Error frameError(ErrorCode code, const QString& path, const QString& detail) {
     return {code, QStringLiteral("read a frame of the film"), path, detail};
 }
 
-Result<Codec> openFilmDecoder(const AVStream& film, const QString& path) {
-    const AVCodec* decoder = avcodec_find_decoder(film.codecpar->codec_id);
+Result<Codec> openVideoDecoder(const AVStream& video, const QString& path) {
+    const AVCodec* decoder = avcodec_find_decoder(video.codecpar->codec_id);
     if (decoder == nullptr)
         return tl::unexpected(
             frameError(ErrorCode::NotSupported, path, QStringLiteral("no decoder for this film")));
     Codec codec(avcodec_alloc_context3(decoder));
-    if (codec == nullptr || avcodec_parameters_to_context(codec.get(), film.codecpar) < 0)
+    if (codec == nullptr || avcodec_parameters_to_context(codec.get(), video.codecpar) < 0)
         return tl::unexpected(frameError(ErrorCode::Io, path, QStringLiteral("no memory")));
-    codec->pkt_timebase = film.time_base;
+    codec->pkt_timebase = video.time_base;
     codec->thread_count = 0; // all cores
     codec->thread_type = FF_THREAD_FRAME | FF_THREAD_SLICE;
     codec->max_pixels = kMostFramePixels;
@@ -48,10 +48,10 @@ Result<Codec> openFilmDecoder(const AVStream& film, const QString& path) {
 }
 
 /// Size in square pixels, turned; the width takes up what the sample aspect asks for.
-QSize squareSize(AVFormatContext& context, AVStream& film) {
-    const AVRational aspect = av_guess_sample_aspect_ratio(&context, &film, nullptr);
+QSize squareSize(AVFormatContext& context, AVStream& video) {
+    const AVRational aspect = av_guess_sample_aspect_ratio(&context, &video, nullptr);
     const double stretch = std::clamp(seconds(aspect) > 0 ? seconds(aspect) : 1.0, 1.0 / 16, 16.0);
-    const double width = film.codecpar->width * stretch, height = film.codecpar->height;
+    const double width = video.codecpar->width * stretch, height = video.codecpar->height;
     if (width <= 0 || height <= 0)
         return {};
     const double scale =
@@ -61,37 +61,37 @@ QSize squareSize(AVFormatContext& context, AVStream& film) {
         return std::clamp(static_cast<int>(std::lround(length * scale)), 1, kMostSide);
     };
     const QSize size(side(width), side(height));
-    return quarterTurnOf(film).swapsSides() ? size.transposed() : size;
+    return quarterTurnOf(video).swapsSides() ? size.transposed() : size;
 }
 
-/// How long a picture is shown, in the film's units: as it says, else as films of this rate do.
-std::int64_t shownFor(const AVFrame& frame, const AVStream& film) {
-    const double unit = seconds(film.time_base);
-    if (frame.pkt_duration > 0 && static_cast<double>(frame.pkt_duration) * unit <= kLongestPicture)
+/// How long a frame is shown, in the video's units: as it says, else as videos of this rate do.
+std::int64_t shownFor(const AVFrame& frame, const AVStream& video) {
+    const double unit = seconds(video.time_base);
+    if (frame.pkt_duration > 0 && static_cast<double>(frame.pkt_duration) * unit <= kLongestFrame)
         return frame.pkt_duration;
-    const bool isAverage = film.avg_frame_rate.num > 0;
-    const double rate = seconds(isAverage ? film.avg_frame_rate : film.r_frame_rate);
-    const double usual = rate > 1 / kLongestPicture ? 1 / rate : kUnknownDuration;
+    const bool isAverage = video.avg_frame_rate.num > 0;
+    const double rate = seconds(isAverage ? video.avg_frame_rate : video.r_frame_rate);
+    const double usual = rate > 1 / kLongestFrame ? 1 / rate : kUnknownDuration;
     return std::max<std::int64_t>(std::llround(usual / unit), 1);
 }
 
-/// Time of the film that is second 0 of the file's presentation.
-std::int64_t presentationStart(const AVFormatContext& context, const AVStream& film) {
-    const std::int64_t own = film.start_time == kNoTimestamp ? 0 : film.start_time;
+/// Time of the video that is second 0 of the file's presentation.
+std::int64_t presentationStart(const AVFormatContext& context, const AVStream& video) {
+    const std::int64_t own = video.start_time == kNoTimestamp ? 0 : video.start_time;
     if (context.start_time == kNoTimestamp)
         return own;
     const std::int64_t start = startMicroseconds(context);
-    // The film's own time is exact, the file's is rounded.
-    const std::int64_t rounded = av_rescale_q(own, film.time_base, AV_TIME_BASE_Q);
-    return rounded == start ? own : av_rescale_q(start, AV_TIME_BASE_Q, film.time_base);
+    // The video's own time is exact, the file's is rounded.
+    const std::int64_t rounded = av_rescale_q(own, video.time_base, AV_TIME_BASE_Q);
+    return rounded == start ? own : av_rescale_q(start, AV_TIME_BASE_Q, video.time_base);
 }
 
-class DecodedFilm final : public FrameSource {
+class DecodedVideo final : public FrameSource {
 public:
-    explicit DecodedFilm(FileReader reader) : m_reader(std::move(reader)) {}
+    explicit DecodedVideo(FileReader reader) : m_reader(std::move(reader)) {}
     [[nodiscard]] Result<void> open(std::optional<QSize> size);
 
-    Result<RawPicture> frameAt(CMTime time) override;
+    Result<RawFrame> frameAt(CMTime time) override;
     CMTime shownTime() const override;
     QSize size() const override { return m_size; }
     double durationSeconds() const override { return m_duration; }
@@ -105,7 +105,7 @@ private:
     [[nodiscard]] tl::unexpected<Error> failed(ErrorCode code, const QString& detail) const {
         return tl::unexpected(frameError(code, m_reader.path(), detail));
     }
-    [[nodiscard]] std::optional<std::int64_t> filmTime(CMTime time) const;
+    [[nodiscard]] std::optional<std::int64_t> videoTime(CMTime time) const;
     [[nodiscard]] bool isBeyondEnd(std::int64_t wanted) const;
     [[nodiscard]] bool mustGoBack(std::int64_t wanted) const;
     void goTo(std::int64_t wanted);
@@ -114,18 +114,18 @@ private:
     void decodeUpTo(std::int64_t wanted);
     void feed(std::int64_t wanted);
     void take(std::int64_t wanted);
-    [[nodiscard]] Result<RawPicture> pictureOf(const Shown& shown);
+    [[nodiscard]] Result<RawFrame> frameOf(const Shown& shown);
 
     FileReader m_reader;
     std::unique_ptr<FileInput> m_input;
-    AVStream* m_film = nullptr;
+    AVStream* m_video = nullptr;
     Codec m_codec;
-    std::optional<FilmPackets> m_packets;
-    std::optional<PictureMaker> m_maker;
+    std::optional<VideoPackets> m_packets;
+    std::optional<FrameMaker> m_maker;
     QSize m_size;
     double m_duration = 0;
     bool m_isDurationExact = false;
-    std::int64_t m_start = 0; ///< of the presentation, in the film's units
+    std::int64_t m_start = 0; ///< of the presentation, in the video's units
 
     Shown m_current; ///< the latest that begins at or before the time asked for
     Shown m_next;    ///< the one after it
@@ -134,78 +134,78 @@ private:
     bool m_isFromStart = true; ///< no search since the first packet
     bool m_isDrained = false;
     int m_withoutFrame = 0;
-    std::int64_t m_first = kNoTimestamp; ///< where the film's first picture begins, once seen
-    std::int64_t m_lastEnd = 0;          ///< where the newest picture ends
-    std::int64_t m_end = kNoTimestamp;   ///< where the film's last picture ends, once seen
-    RawPicture m_picture;                ///< of the frame m_pictureNumber
-    std::int64_t m_pictureNumber = 0, m_pictureTime = 0;
+    std::int64_t m_first = kNoTimestamp; ///< where the video's first frame begins, once seen
+    std::int64_t m_lastEnd = 0;          ///< where the newest frame ends
+    std::int64_t m_end = kNoTimestamp;   ///< where the video's last frame ends, once seen
+    RawFrame m_frame;                    ///< of the frame m_pictureNumber
+    std::int64_t m_frameNumber = 0, m_frameTime = 0;
 };
 
-Result<void> DecodedFilm::open(std::optional<QSize> size) {
+Result<void> DecodedVideo::open(std::optional<QSize> size) {
     auto input = FileInput::open(m_reader, InputLimits::none());
     if (!input)
         return tl::unexpected(input.error());
     m_input = std::move(*input);
     AVFormatContext& context = *m_input->context();
-    context.probesize = kProbeFilmBytes;
+    context.probesize = kProbeVideoBytes;
     if (!m_input->findStreamInfo())
         return failed(ErrorCode::InvalidData, QStringLiteral("no streams found"));
-    m_film = filmStream(context);
-    if (m_film == nullptr || m_film->time_base.num <= 0 || m_film->time_base.den <= 0)
+    m_video = videoStream(context);
+    if (m_video == nullptr || m_video->time_base.num <= 0 || m_video->time_base.den <= 0)
         return failed(ErrorCode::NotSupported, QStringLiteral("no film in it"));
     for (unsigned i = 0; i < context.nb_streams; ++i)
-        if (context.streams[i] != m_film)
+        if (context.streams[i] != m_video)
             context.streams[i]->discard = AVDISCARD_ALL;
-    m_size = squareSize(context, *m_film);
+    m_size = squareSize(context, *m_video);
     if (m_size.isEmpty())
         return failed(ErrorCode::InvalidData, QStringLiteral("no picture size"));
     if (size && (size->isEmpty() || std::max(size->width(), size->height()) > kMostSide))
         return failed(ErrorCode::InvalidArgument, QStringLiteral("picture size"));
     m_size = size.value_or(m_size);
-    auto codec = openFilmDecoder(*m_film, m_reader.path());
+    auto codec = openVideoDecoder(*m_video, m_reader.path());
     if (!codec)
         return tl::unexpected(codec.error());
     m_codec = std::move(*codec);
-    m_start = presentationStart(context, *m_film);
+    m_start = presentationStart(context, *m_video);
     m_duration = context.duration > 0 ? static_cast<double>(context.duration) / AV_TIME_BASE : 0;
     // Transport and program streams have no header that tells; what is guessed may be too short.
     m_isDurationExact = m_duration > 0 && (context.iformat->flags & AVFMT_TS_DISCONT) == 0 &&
                         context.duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
-    m_packets.emplace(context, *m_film);
-    m_maker.emplace(*m_film, m_size);
+    m_packets.emplace(context, *m_video);
+    m_maker.emplace(*m_video, m_size);
     return {};
 }
 
-std::optional<std::int64_t> DecodedFilm::filmTime(CMTime time) const {
+std::optional<std::int64_t> DecodedVideo::videoTime(CMTime time) const {
     if (time.timescale <= 0)
         return std::nullopt;
     const std::int64_t units =
-        av_rescale_q_rnd(time.value, {1, time.timescale}, m_film->time_base, AV_ROUND_DOWN);
+        av_rescale_q_rnd(time.value, {1, time.timescale}, m_video->time_base, AV_ROUND_DOWN);
     std::int64_t wanted = 0;
     if (units == INT64_MIN || __builtin_add_overflow(units, m_start, &wanted))
         return std::nullopt;
     return m_first == kNoTimestamp ? wanted : std::max(wanted, m_first);
 }
 
-bool DecodedFilm::isBeyondEnd(std::int64_t wanted) const {
+bool DecodedVideo::isBeyondEnd(std::int64_t wanted) const {
     return m_end != kNoTimestamp && wanted >= m_end;
 }
 
-bool DecodedFilm::mustGoBack(std::int64_t wanted) const {
+bool DecodedVideo::mustGoBack(std::int64_t wanted) const {
     if (m_current.frame != nullptr)
         return wanted < m_current.time;
     return m_next.frame != nullptr && wanted < m_next.time && !m_isFromStart;
 }
 
 /// Keeps the frame that was decoded last. Times that jump back are shown at once, as a player does.
-void DecodedFilm::take(std::int64_t wanted) {
+void DecodedVideo::take(std::int64_t wanted) {
     Shown shown{std::move(m_spare), kNoTimestamp, ++m_count};
     const AVFrame& frame = *shown.frame;
     const std::int64_t time = frame.best_effort_timestamp;
     shown.time = time != kNoTimestamp ? time : m_count > 1 ? m_lastEnd : m_start;
     if (m_current.frame != nullptr)
         shown.time = std::max(shown.time, m_current.time);
-    if (__builtin_add_overflow(shown.time, shownFor(frame, *m_film), &m_lastEnd))
+    if (__builtin_add_overflow(shown.time, shownFor(frame, *m_video), &m_lastEnd))
         m_lastEnd = shown.time;
     if (m_isFromStart && m_first == kNoTimestamp)
         m_first = shown.time;
@@ -217,7 +217,7 @@ void DecodedFilm::take(std::int64_t wanted) {
     m_spare = std::move(shown.frame);
 }
 
-void DecodedFilm::feed(std::int64_t wanted) {
+void DecodedVideo::feed(std::int64_t wanted) {
     Packet packet = m_packets->next();
     while (packet != nullptr && m_packets->isUnneeded(*packet, wanted))
         packet = m_packets->next();
@@ -226,7 +226,7 @@ void DecodedFilm::feed(std::int64_t wanted) {
     ++m_withoutFrame;
 }
 
-void DecodedFilm::decodeUpTo(std::int64_t wanted) {
+void DecodedVideo::decodeUpTo(std::int64_t wanted) {
     if (m_next.frame != nullptr && m_next.time <= wanted) {
         m_spare = std::move(m_current.frame);
         m_current = std::move(m_next);
@@ -252,7 +252,7 @@ void DecodedFilm::decodeUpTo(std::int64_t wanted) {
 }
 
 /// False when nothing came out that is shown by then, or the place cannot be reached.
-bool DecodedFilm::decodeFrom(std::int64_t wanted, std::optional<std::int64_t> back) {
+bool DecodedVideo::decodeFrom(std::int64_t wanted, std::optional<std::int64_t> back) {
     const bool found = m_packets->seekFor(wanted, back);
     if (!found && back)
         return false;
@@ -268,16 +268,16 @@ bool DecodedFilm::decodeFrom(std::int64_t wanted, std::optional<std::int64_t> ba
 
 /// Containers without an index find a place only roughly: when what comes from there is later, it
 /// is looked for further back.
-void DecodedFilm::restartFor(std::int64_t wanted) {
+void DecodedVideo::restartFor(std::int64_t wanted) {
     for (const double back : kWaysBack) {
-        const double units = back / seconds(m_film->time_base);
+        const double units = back / seconds(m_video->time_base);
         if (units < 0x1p60 && decodeFrom(wanted, static_cast<std::int64_t>(units)))
             return;
     }
     static_cast<void>(decodeFrom(wanted, std::nullopt));
 }
 
-void DecodedFilm::goTo(std::int64_t wanted) {
+void DecodedVideo::goTo(std::int64_t wanted) {
     const bool isShown = m_next.frame != nullptr && m_next.time > wanted;
     if (mustGoBack(wanted))
         restartFor(wanted);
@@ -287,23 +287,23 @@ void DecodedFilm::goTo(std::int64_t wanted) {
         decodeUpTo(wanted);
 }
 
-Result<RawPicture> DecodedFilm::pictureOf(const Shown& shown) {
-    if (m_pictureNumber == shown.number)
-        return m_picture;
-    auto picture = m_maker->picture(*shown.frame);
-    if (!picture)
+Result<RawFrame> DecodedVideo::frameOf(const Shown& shown) {
+    if (m_frameNumber == shown.number)
+        return m_frame;
+    auto videoFrame = m_maker->videoFrame(*shown.frame);
+    if (!videoFrame)
         return failed(ErrorCode::NotSupported, QStringLiteral("unknown kind of pixels"));
-    m_picture = std::move(*picture);
-    m_pictureNumber = shown.number;
-    m_pictureTime = shown.time;
-    return m_picture;
+    m_frame = std::move(*videoFrame);
+    m_frameNumber = shown.number;
+    m_frameTime = shown.time;
+    return m_frame;
 }
 
-Result<RawPicture> DecodedFilm::frameAt(CMTime time) {
+Result<RawFrame> DecodedVideo::frameAt(CMTime time) {
     const auto beyondEnd = [this] {
         return failed(ErrorCode::InvalidArgument, QStringLiteral("beyond the end of the film"));
     };
-    const auto wanted = filmTime(time);
+    const auto wanted = videoTime(time);
     if (!wanted || isBeyondEnd(*wanted) ||
         (m_isDurationExact && CMTimeGetSeconds(time) > m_duration + kDurationRounding))
         return beyondEnd();
@@ -313,15 +313,15 @@ Result<RawPicture> DecodedFilm::frameAt(CMTime time) {
     const Shown& shown = m_current.frame != nullptr ? m_current : m_next;
     if (shown.frame == nullptr)
         return failed(ErrorCode::InvalidData, QStringLiteral("no picture could be decoded"));
-    return pictureOf(shown);
+    return frameOf(shown);
 }
 
-CMTime DecodedFilm::shownTime() const {
+CMTime DecodedVideo::shownTime() const {
     std::int64_t units = 0;
-    if (m_pictureNumber == 0 || __builtin_sub_overflow(m_pictureTime, m_start, &units) ||
-        __builtin_mul_overflow(units, m_film->time_base.num, &units))
+    if (m_frameNumber == 0 || __builtin_sub_overflow(m_frameTime, m_start, &units) ||
+        __builtin_mul_overflow(units, m_video->time_base.num, &units))
         return {0, 0};
-    return {units, m_film->time_base.den};
+    return {units, m_video->time_base.den};
 }
 
 } // namespace
@@ -331,10 +331,10 @@ Result<std::unique_ptr<FrameSource>> openFrameSource(const QString& path,
     auto reader = FileReader::open(path);
     if (!reader)
         return tl::unexpected(reader.error());
-    auto film = std::make_unique<DecodedFilm>(std::move(*reader));
-    if (const auto opened = film->open(size); !opened)
+    auto video = std::make_unique<DecodedVideo>(std::move(*reader));
+    if (const auto opened = video->open(size); !opened)
         return tl::unexpected(opened.error());
-    return film;
+    return video;
 }
 
 } // namespace clipheave::platform

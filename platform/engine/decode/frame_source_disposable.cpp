@@ -18,7 +18,7 @@ std::size_t afterStartCode(Bytes bytes, std::size_t from) {
     return kNoPosition;
 }
 
-/// Calls `visit` with the bytes from each unit's header to the end; stops when it answers false.
+/// Calls `visit` with the bytes from each unit's header to the end; stops when it returns false.
 template <class Visit> bool eachUnit(Bytes bytes, std::size_t lengthSize, Visit visit) {
     if (lengthSize == 0) {
         for (std::size_t at = afterStartCode(bytes, 0); at != kNoPosition;
@@ -79,31 +79,31 @@ bool isDisposableHevc(Bytes packet, Bytes extra) {
     return allDisposable && hasSlice;
 }
 
-/// ISO/IEC 13818-2, 6.3.9: a B picture is never a reference. Other headers in the packet stay.
+/// ISO/IEC 13818-2, 6.3.9: a B frame is never a reference. Other headers in the packet stay.
 bool isDisposableMpeg2(Bytes packet) {
-    constexpr int kPicture = 0x00, kFirstHeader = 0xB3, kExtension = 0xB5, kBothWays = 3;
-    bool hasPicture = false;
+    constexpr int kFrame = 0x00, kFirstHeader = 0xB3, kExtension = 0xB5, kBothWays = 3;
+    bool hasFrame = false;
     const bool allDisposable = eachUnit(packet, 0, [&](Bytes unit) {
         if (unit[0] >= kFirstHeader)
             return unit[0] == kExtension;
-        if (unit[0] != kPicture)
+        if (unit[0] != kFrame)
             return true;
-        hasPicture = unit.size() > 2 && (unit[2] >> 3 & 7) == kBothWays;
-        return hasPicture;
+        hasFrame = unit.size() > 2 && (unit[2] >> 3 & 7) == kBothWays;
+        return hasFrame;
     });
-    return allDisposable && hasPicture;
+    return allDisposable && hasFrame;
 }
 
 } // namespace
 
-bool isDisposablePicture(const AVPacket& packet, const AVCodecParameters& film) {
+bool isDisposableFrame(const AVPacket& packet, const AVCodecParameters& video) {
     if (packet.data == nullptr || packet.size <= 0 || (packet.flags & AV_PKT_FLAG_KEY) != 0)
         return false;
     const Bytes bytes(packet.data, static_cast<std::size_t>(packet.size));
-    const Bytes extra(film.extradata, film.extradata == nullptr || film.extradata_size <= 0
-                                          ? 0
-                                          : static_cast<std::size_t>(film.extradata_size));
-    switch (film.codec_id) {
+    const Bytes extra(video.extradata, video.extradata == nullptr || video.extradata_size <= 0
+                                           ? 0
+                                           : static_cast<std::size_t>(video.extradata_size));
+    switch (video.codec_id) {
     case AV_CODEC_ID_H264:
         return isDisposableAvc(bytes, extra);
     case AV_CODEC_ID_HEVC:

@@ -7,10 +7,10 @@ namespace clipheave::platform {
 
 namespace {
 
-/// More than any reordering of pictures.
+/// More than any reordering of frames.
 constexpr std::size_t kPacketsAhead = 24;
 constexpr std::size_t kMostBytesAhead = 48 << 20;
-/// A film without key frames (intra refresh) is decoded from where it stands after this many.
+/// A video without keyframes (intra refresh) is decoded from where it stands after this many.
 constexpr int kPacketsWithoutKeyFrame = 600;
 /// Where the index does not reach, a time this far ahead is searched instead of decoded up to.
 constexpr double kFarSeconds = 8;
@@ -21,18 +21,18 @@ std::int64_t shownTime(const AVPacket& packet) {
 
 } // namespace
 
-int FilmPackets::indexSize() const {
+int VideoPackets::indexSize() const {
     // Transport and program streams note only where a search passed by.
     const bool isStream = (m_context.iformat->flags & AVFMT_TS_DISCONT) != 0;
-    return isStream ? 0 : avformat_index_get_entries_count(&m_film);
+    return isStream ? 0 : avformat_index_get_entries_count(&m_video);
 }
 
-Packet FilmPackets::read() {
+Packet VideoPackets::read() {
     Packet packet(av_packet_alloc());
     while (packet != nullptr && !m_atEnd) {
         if (av_read_frame(&m_context, packet.get()) < 0)
             break;
-        if (packet->stream_index == m_film.index)
+        if (packet->stream_index == m_video.index)
             return packet;
         av_packet_unref(packet.get());
     }
@@ -40,7 +40,7 @@ Packet FilmPackets::read() {
     return nullptr;
 }
 
-void FilmPackets::readAhead() {
+void VideoPackets::readAhead() {
     while (!m_atEnd && m_ahead.size() < kPacketsAhead && m_aheadBytes < kMostBytesAhead) {
         Packet packet = read();
         if (packet == nullptr)
@@ -57,7 +57,7 @@ void FilmPackets::readAhead() {
     }
 }
 
-Packet FilmPackets::next() {
+Packet VideoPackets::next() {
     readAhead();
     if (m_ahead.empty())
         return nullptr;
@@ -67,7 +67,7 @@ Packet FilmPackets::next() {
     return packet;
 }
 
-bool FilmPackets::dropUntilKeyFrame() {
+bool VideoPackets::dropUntilKeyFrame() {
     for (int seen = 0; seen < kPacketsWithoutKeyFrame; ++seen) {
         readAhead();
         if (m_ahead.empty())
@@ -79,8 +79,8 @@ bool FilmPackets::dropUntilKeyFrame() {
     return true;
 }
 
-bool FilmPackets::seekFor(std::int64_t wanted, std::optional<std::int64_t> back) {
-    const std::int64_t start = m_film.start_time == kNoTimestamp ? 0 : m_film.start_time;
+bool VideoPackets::seekFor(std::int64_t wanted, std::optional<std::int64_t> back) {
+    const std::int64_t start = m_video.start_time == kNoTimestamp ? 0 : m_video.start_time;
     std::int64_t target = start;
     if (back && !__builtin_sub_overflow(wanted, *back, &target))
         target = std::max(target, start);
@@ -88,7 +88,7 @@ bool FilmPackets::seekFor(std::int64_t wanted, std::optional<std::int64_t> back)
     int sought =
         !back && indexSize() == 0 ? av_seek_frame(&m_context, -1, 0, AVSEEK_FLAG_BYTE) : -1;
     if (sought < 0)
-        sought = av_seek_frame(&m_context, m_film.index, target, AVSEEK_FLAG_BACKWARD);
+        sought = av_seek_frame(&m_context, m_video.index, target, AVSEEK_FLAG_BACKWARD);
     if (sought < 0)
         return false;
     m_ahead.clear();
@@ -101,30 +101,30 @@ bool FilmPackets::seekFor(std::int64_t wanted, std::optional<std::int64_t> back)
     return !back || first == kNoTimestamp || first <= wanted;
 }
 
-bool FilmPackets::shouldSeek(std::int64_t wanted) {
+bool VideoPackets::shouldSeek(std::int64_t wanted) {
     readAhead();
     std::int64_t safe = 0, distance = 0;
     if (m_atEnd || m_newest == kNoTimestamp || __builtin_sub_overflow(wanted, m_reorder, &safe))
         return false;
     const int entries = indexSize();
     const AVIndexEntry* last =
-        entries > 0 ? avformat_index_get_entry(&m_film, entries - 1) : nullptr;
+        entries > 0 ? avformat_index_get_entry(&m_video, entries - 1) : nullptr;
     if (last != nullptr && last->timestamp >= safe) {
         const AVIndexEntry* key =
-            avformat_index_get_entry_from_timestamp(&m_film, safe, AVSEEK_FLAG_BACKWARD);
+            avformat_index_get_entry_from_timestamp(&m_video, safe, AVSEEK_FLAG_BACKWARD);
         return key != nullptr && key->timestamp > m_newest;
     }
     return !__builtin_sub_overflow(wanted, m_newest, &distance) &&
-           static_cast<double>(distance) * seconds(m_film.time_base) > kFarSeconds;
+           static_cast<double>(distance) * seconds(m_video.time_base) > kFarSeconds;
 }
 
-bool FilmPackets::isUnneeded(const AVPacket& packet, std::int64_t wanted) const {
+bool VideoPackets::isUnneeded(const AVPacket& packet, std::int64_t wanted) const {
     if (packet.pts == kNoTimestamp || packet.pts >= wanted)
         return false;
     const bool isFollowed = std::any_of(m_ahead.begin(), m_ahead.end(), [&](const Packet& later) {
         return later->pts != kNoTimestamp && later->pts > packet.pts && later->pts <= wanted;
     });
-    return isFollowed && isDisposablePicture(packet, *m_film.codecpar);
+    return isFollowed && isDisposableFrame(packet, *m_video.codecpar);
 }
 
 } // namespace clipheave::platform

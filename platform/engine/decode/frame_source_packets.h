@@ -8,21 +8,21 @@
 
 namespace clipheave::platform {
 
-/// The packets of one film in file order, some read ahead. Times in the film's own units.
-class FilmPackets {
+/// The packets of one video in file order, some read ahead. Times in the video's own units.
+class VideoPackets {
 public:
     /// Both are borrowed; the other streams should be discarded already.
-    FilmPackets(AVFormatContext& context, AVStream& film) : m_context(context), m_film(film) {}
+    VideoPackets(AVFormatContext& context, AVStream& video) : m_context(context), m_video(video) {}
 
     /// The next packet, null at the end of the file.
     [[nodiscard]] Packet next();
     /// Goes where decoding for `wanted` can begin, `back` units before it (all the way without
-    /// one). False when the file cannot seek, or when the first key frame there is later.
+    /// one). False when the file cannot seek, or when the first keyframe there is later.
     [[nodiscard]] bool seekFor(std::int64_t wanted, std::optional<std::int64_t> back);
     /// True when the index, or the distance where it knows nothing, says that decoding up to
-    /// `wanted` is quicker from a key frame that is not read yet.
+    /// `wanted` is quicker from a keyframe that is not read yet.
     [[nodiscard]] bool shouldSeek(std::int64_t wanted);
-    /// True when nobody will miss the picture of `packet`: no other picture is made from it, and
+    /// True when nobody will miss the frame of `packet`: no other frame is made from it, and
     /// another one begins after it, by `wanted`.
     [[nodiscard]] bool isUnneeded(const AVPacket& packet, std::int64_t wanted) const;
 
@@ -33,7 +33,7 @@ private:
     [[nodiscard]] bool dropUntilKeyFrame();
 
     AVFormatContext& m_context;
-    AVStream& m_film;
+    AVStream& m_video;
     std::deque<Packet> m_ahead;
     std::int64_t m_newest = kNoTimestamp; ///< decoding time of the packet read last
     std::int64_t m_reorder = 0;           ///< most units from decoding to showing seen so far
@@ -41,7 +41,7 @@ private:
     bool m_atEnd = false;
 };
 
-/// True when no other picture is made from the one in `packet`; false when that is not known.
-[[nodiscard]] bool isDisposablePicture(const AVPacket& packet, const AVCodecParameters& film);
+/// True when no other frame is made from the one in `packet`; false when that is not known.
+[[nodiscard]] bool isDisposableFrame(const AVPacket& packet, const AVCodecParameters& video);
 
 } // namespace clipheave::platform

@@ -15,11 +15,11 @@ namespace clipheave::platform {
 
 namespace {
 
-constexpr int kLargestPictureSide = 8192;
+constexpr int kLargestImageSide = 8192;
 constexpr std::int64_t kMostPixels = 128 << 20;
-/// Packets of the film that are looked at until a picture comes out.
+/// Packets of the video that are looked at until a frame comes out.
 constexpr int kMostPackets = 400;
-/// A file that gives no key frame is decoded from where it stands after this many packets.
+/// A file that gives no keyframe is decoded from where it stands after this many packets.
 constexpr int kPacketsBeforeAnyFrame = 200;
 constexpr double kLatestSecond = 1e7;
 constexpr InputLimits kGrabLimits{96u << 20, std::chrono::milliseconds(4000)};
@@ -28,20 +28,20 @@ Error grabError(ErrorCode code, const QString& path, const QString& detail) {
     return {code, QStringLiteral("take a picture from the film"), path, detail};
 }
 
-/// The film's stream, the only one that will give packets; null without one.
-const AVStream* selectFilm(FileInput& input) {
+/// The video's stream, the only one that will give packets; null without one.
+const AVStream* selectVideo(FileInput& input) {
     AVFormatContext& context = *input.context();
-    AVStream* film = filmStream(context);
+    AVStream* video = videoStream(context);
     // Containers without an index tell what they hold only in the packets.
-    if (film == nullptr || film->codecpar->width <= 0 || film->codecpar->height <= 0) {
+    if (video == nullptr || video->codecpar->width <= 0 || video->codecpar->height <= 0) {
         if (!input.findStreamInfo())
             return nullptr;
-        film = filmStream(context);
+        video = videoStream(context);
     }
     for (unsigned i = 0; i < context.nb_streams; ++i)
         context.streams[i]->discard =
-            context.streams[i] == film ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
-    return film;
+            context.streams[i] == video ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+    return video;
 }
 
 Result<Codec> openDecoder(const AVStream& stream, const QString& path) {
@@ -53,7 +53,7 @@ Result<Codec> openDecoder(const AVStream& stream, const QString& path) {
     if (codec == nullptr || avcodec_parameters_to_context(codec.get(), stream.codecpar) < 0)
         return tl::unexpected(grabError(ErrorCode::Io, path, QStringLiteral("no memory")));
     codec->pkt_timebase = stream.time_base;
-    codec->thread_count = 1; // one picture, and several files at a time
+    codec->thread_count = 1; // one frame, and several files at a time
     codec->max_pixels = kMostPixels;
     if (const int opened = avcodec_open2(codec.get(), decoder, nullptr); opened < 0)
         return tl::unexpected(grabError(ErrorCode::NotSupported, path, ffmpegText(opened)));
@@ -69,7 +69,7 @@ std::int64_t streamTime(const AVStream& stream, double position) {
     return start + static_cast<std::int64_t>(units);
 }
 
-/// The next picture that the decoder holds back, drained so that it need not see what follows.
+/// The next frame that the decoder holds back, drained so that it need not see what follows.
 bool drainOne(AVCodecContext& codec, AVFrame& frame) {
     avcodec_send_packet(&codec, nullptr);
     const bool got = avcodec_receive_frame(&codec, &frame) >= 0;
@@ -77,17 +77,17 @@ bool drainOne(AVCodecContext& codec, AVFrame& frame) {
     return got;
 }
 
-/// Decodes the first key frame from here on.
-Frame decodePicture(AVFormatContext& context, const AVStream& stream, AVCodecContext& codec) {
+/// Decodes the first keyframe from here on.
+Frame decodeFrame(AVFormatContext& context, const AVStream& stream, AVCodecContext& codec) {
     Frame frame(av_frame_alloc());
     const Packet packet(av_packet_alloc());
     if (frame == nullptr || packet == nullptr)
         return nullptr;
     for (int seen = 0; seen < kMostPackets && av_read_frame(&context, packet.get()) >= 0;) {
-        const bool isFilm = packet->stream_index == stream.index;
+        const bool isVideo = packet->stream_index == stream.index;
         const bool isKey = (packet->flags & AV_PKT_FLAG_KEY) != 0;
-        seen += isFilm ? 1 : 0;
-        const bool decode = isFilm && (isKey || seen > kPacketsBeforeAnyFrame);
+        seen += isVideo ? 1 : 0;
+        const bool decode = isVideo && (isKey || seen > kPacketsBeforeAnyFrame);
         const bool sent = decode && avcodec_send_packet(&codec, packet.get()) >= 0;
         av_packet_unref(packet.get());
         if (sent && avcodec_receive_frame(&codec, frame.get()) >= 0)
@@ -98,10 +98,10 @@ Frame decodePicture(AVFormatContext& context, const AVStream& stream, AVCodecCon
     return drainOne(codec, *frame) ? std::move(frame) : nullptr;
 }
 
-/// The last key frame at or before `position`. Containers without an index find a place only
+/// The last keyframe at or before `position`. Containers without an index find a place only
 /// roughly: when what comes from there is later, it is looked for further ahead.
-Frame pictureBefore(AVFormatContext& context, const AVStream& stream, AVCodecContext& codec,
-                    double position) {
+Frame frameBefore(AVFormatContext& context, const AVStream& stream, AVCodecContext& codec,
+                  double position) {
     // A search beyond the end finds nothing in some containers.
     if (context.duration > 0)
         position = std::min(position, static_cast<double>(context.duration) / AV_TIME_BASE);
@@ -113,7 +113,7 @@ Frame pictureBefore(AVFormatContext& context, const AVStream& stream, AVCodecCon
         if (position > 0 && target != kNoTimestamp)
             av_seek_frame(&context, stream.index, target, AVSEEK_FLAG_BACKWARD);
         avcodec_flush_buffers(&codec);
-        Frame frame = decodePicture(context, stream, codec);
+        Frame frame = decodeFrame(context, stream, codec);
         const bool isLater = frame != nullptr && wanted != kNoTimestamp &&
                              frame->best_effort_timestamp != kNoTimestamp &&
                              frame->best_effort_timestamp > wanted;
@@ -125,7 +125,7 @@ Frame pictureBefore(AVFormatContext& context, const AVStream& stream, AVCodecCon
     return found;
 }
 
-/// Width and height of the picture as it is shown, before it is turned.
+/// Width and height of the frame as it is shown, before it is turned.
 std::pair<int, int> scaledSize(const AVFrame& frame, const AVStream& stream, int largestSide) {
     AVRational aspect = frame.sample_aspect_ratio;
     if (aspect.num <= 0 || aspect.den <= 0)
@@ -150,39 +150,39 @@ void setColours(SwsContext& scaler, const AVFrame& frame) {
                              sws_getCoefficients(SWS_CS_DEFAULT), 1, 0, 1 << 16, 1 << 16);
 }
 
-bool convertPicture(const AVFrame& frame, RawPicture& picture) {
+bool convertFrame(const AVFrame& frame, RawFrame& videoFrame) {
     const Scaler scaler(sws_getContext(
-        frame.width, frame.height, static_cast<AVPixelFormat>(frame.format), picture.width,
-        picture.height, AV_PIX_FMT_RGB32, SWS_AREA, nullptr, nullptr, nullptr));
+        frame.width, frame.height, static_cast<AVPixelFormat>(frame.format), videoFrame.width,
+        videoFrame.height, AV_PIX_FMT_RGB32, SWS_AREA, nullptr, nullptr, nullptr));
     if (scaler == nullptr)
         return false;
     setColours(*scaler, frame);
     // The scaler writes whole vectors: rows and end get room for that.
-    const int stride = (picture.width * 4 + 63) / 64 * 64;
-    QByteArray padded(static_cast<qsizetype>(stride) * picture.height + 64, '\0');
+    const int stride = (videoFrame.width * 4 + 63) / 64 * 64;
+    QByteArray padded(static_cast<qsizetype>(stride) * videoFrame.height + 64, '\0');
     std::array<std::uint8_t*, 4> planes{reinterpret_cast<std::uint8_t*>(padded.data())};
     const std::array<int, 4> strides{stride};
     if (sws_scale(scaler.get(), frame.data, frame.linesize, 0, frame.height, planes.data(),
                   strides.data()) <= 0)
         return false;
-    const qsizetype row = static_cast<qsizetype>(picture.width) * 4;
-    picture.rgb32.resize(row * picture.height);
-    for (int y = 0; y < picture.height; ++y)
-        std::memcpy(picture.rgb32.data() + row * y, padded.constData() + stride * y,
+    const qsizetype row = static_cast<qsizetype>(videoFrame.width) * 4;
+    videoFrame.rgb32.resize(row * videoFrame.height);
+    for (int y = 0; y < videoFrame.height; ++y)
+        std::memcpy(videoFrame.rgb32.data() + row * y, padded.constData() + stride * y,
                     static_cast<std::size_t>(row));
     return true;
 }
 
-void makeOpaque(RawPicture& picture) {
-    auto* pixel = reinterpret_cast<std::uint32_t*>(picture.rgb32.data());
-    for (qsizetype i = 0; i < picture.rgb32.size() / 4; ++i)
+void makeOpaque(RawFrame& videoFrame) {
+    auto* pixel = reinterpret_cast<std::uint32_t*>(videoFrame.rgb32.data());
+    for (qsizetype i = 0; i < videoFrame.rgb32.size() / 4; ++i)
         pixel[i] |= 0xFF000000u;
 }
 
 } // namespace
 
-Result<RawPicture> grabPicture(const QString& path, double seconds, int largestSide) {
-    if (largestSide < 1 || largestSide > kLargestPictureSide || std::isnan(seconds))
+Result<RawFrame> grabFrame(const QString& path, double seconds, int largestSide) {
+    if (largestSide < 1 || largestSide > kLargestImageSide || std::isnan(seconds))
         return tl::unexpected(grabError(ErrorCode::InvalidArgument, path, {}));
     auto reader = FileReader::open(path);
     if (!reader)
@@ -190,7 +190,7 @@ Result<RawPicture> grabPicture(const QString& path, double seconds, int largestS
     auto input = FileInput::open(*reader, kGrabLimits);
     if (!input)
         return tl::unexpected(input.error());
-    const AVStream* stream = selectFilm(**input);
+    const AVStream* stream = selectVideo(**input);
     if (stream == nullptr)
         return tl::unexpected(
             grabError(ErrorCode::NotSupported, path, QStringLiteral("no picture track")));
@@ -198,15 +198,15 @@ Result<RawPicture> grabPicture(const QString& path, double seconds, int largestS
     if (!codec)
         return tl::unexpected(codec.error());
     AVFormatContext& context = *(*input)->context();
-    const Frame frame = pictureBefore(context, *stream, **codec, seconds);
-    RawPicture picture;
+    const Frame frame = frameBefore(context, *stream, **codec, seconds);
+    RawFrame videoFrame;
     if (frame != nullptr)
-        std::tie(picture.width, picture.height) = scaledSize(*frame, *stream, largestSide);
-    if (frame == nullptr || !convertPicture(*frame, picture))
+        std::tie(videoFrame.width, videoFrame.height) = scaledSize(*frame, *stream, largestSide);
+    if (frame == nullptr || !convertFrame(*frame, videoFrame))
         return tl::unexpected(
             grabError(ErrorCode::InvalidData, path, QStringLiteral("no picture was decoded")));
-    makeOpaque(picture);
-    return turnedPicture(picture, quarterTurnOf(*stream));
+    makeOpaque(videoFrame);
+    return turnedFrame(videoFrame, quarterTurnOf(*stream));
 }
 
 } // namespace clipheave::platform

@@ -6,6 +6,6 @@
 namespace clipheave::platform {
 
 /// See MediaEngine::pictureAt.
-[[nodiscard]] Result<RawPicture> grabPicture(const QString& path, double seconds, int largestSide);
+[[nodiscard]] Result<RawFrame> grabFrame(const QString& path, double seconds, int largestSide);
 
 } // namespace clipheave::platform

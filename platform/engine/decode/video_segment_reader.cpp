@@ -13,8 +13,8 @@ namespace {
 constexpr AVRational kUsualRate{25, 1}; ///< where a file tells none
 /// Segments that begin earlier are read from the start of the file.
 constexpr Ticks kShortestSeek = kTicksPerSecond;
-/// A last picture that would stay longer is damage, unless something else goes on so long.
-constexpr Ticks kLongestLastPicture = kTicksPerSecond * 60;
+/// A last frame that would stay longer is damage, unless something else goes on so long.
+constexpr Ticks kLongestLastFrame = kTicksPerSecond * 60;
 /// So much of the announced length may be missing at the end.
 constexpr Ticks kToleratedLoss = kTicksPerSecond * 2;
 
@@ -49,7 +49,7 @@ AVRational VideoSegmentReader::aspectOf(AVFrame& frame) const {
     return av_guess_sample_aspect_ratio(&m_source->context(), &m_source->stream(), &frame);
 }
 
-/// The next picture with a time later than the one before.
+/// The next frame with a time later than the one before.
 Result<VideoSegmentReader::Decoded> VideoSegmentReader::decode() {
     Decoded decoded{Frame(av_frame_alloc())};
     if (!decoded.frame)
@@ -84,15 +84,15 @@ Result<VideoSegmentReader::Decoded> VideoSegmentReader::decodeFirst() {
     return decode();
 }
 
-/// The last picture stays to the end of the stream, where that is told and can be.
+/// The last frame stays to the end of the stream, where that is told and can be.
 Ticks VideoSegmentReader::lastEnd(const Decoded& last) const {
     const auto end = m_source->announcedEnd();
     const bool holds = end && *end > last.time &&
-                       (*end - last.time <= kLongestLastPicture || m_source->fileReaches(*end));
-    return holds ? *end : last.time + std::min(last.duration, kLongestLastPicture);
+                       (*end - last.time <= kLongestLastFrame || m_source->fileReaches(*end));
+    return holds ? *end : last.time + std::min(last.duration, kLongestLastFrame);
 }
 
-/// The film must last as long as its track says. A container's length may be that of another
+/// The video must last as long as its track says. A container's length may be that of another
 /// stream.
 Result<void> VideoSegmentReader::checkBreak(Ticks end) {
     const AVFormatContext& context = m_source->context();
@@ -100,7 +100,7 @@ Result<void> VideoSegmentReader::checkBreak(Ticks end) {
     auto announced = track;
     if (!track && !m_source->isPieceOfStream() &&
         context.duration_estimation_method == AVFMT_DURATION_FROM_STREAM)
-        // Some writers count from zero where the first picture comes much later.
+        // Some writers count from zero where the first frame comes much later.
         announced = ticksOf(context.duration - startMicroseconds(context), AV_TIME_BASE_Q);
     if (!announced)
         return {};
@@ -116,7 +116,7 @@ Result<void> VideoSegmentReader::checkBreak(Ticks end) {
     return {};
 }
 
-Result<TimedPicture> VideoSegmentReader::next() {
+Result<TimedFrame> VideoSegmentReader::next() {
     if (!m_begun) {
         m_begun = true;
         auto first = decodeFirst();
@@ -137,15 +137,15 @@ Result<TimedPicture> VideoSegmentReader::next() {
         const Ticks to = std::min(end, m_stretch.sourceEnd);
         if (to - from < std::min(kSliverTicks, (end - shown.time) / 2))
             continue;
-        TimedPicture picture{std::move(shown.frame)};
-        // A first picture whose forerunner was a sliver takes over its time.
+        TimedFrame videoFrame{std::move(shown.frame)};
+        // A first frame whose forerunner was a sliver takes over its time.
         const bool atStart = !m_shown && from - m_stretch.sourceStart < kSliverTicks;
-        picture.start = m_stretch.toTarget(atStart ? m_stretch.sourceStart : from);
-        picture.end = m_stretch.toTarget(to);
+        videoFrame.start = m_stretch.toTarget(atStart ? m_stretch.sourceStart : from);
+        videoFrame.end = m_stretch.toTarget(to);
         m_shown = true;
-        return picture;
+        return videoFrame;
     }
-    return TimedPicture{};
+    return TimedFrame{};
 }
 
 } // namespace clipheave::platform

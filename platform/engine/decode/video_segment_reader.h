@@ -5,14 +5,14 @@
 
 namespace clipheave::platform {
 
-/// The decoded pictures of one segment with their times in the output: those before its start are
+/// The decoded frames of one segment with their times in the output: those before its start are
 /// left out, the ones at its borders cut in time.
 class VideoSegmentReader {
 public:
     [[nodiscard]] static Result<std::unique_ptr<VideoSegmentReader>> open(PlannedSegment& segment,
                                                                           int threads);
-    /// The next picture; one without a frame at the end.
-    [[nodiscard]] Result<TimedPicture> next();
+    /// The next frame; one without a frame at the end.
+    [[nodiscard]] Result<TimedFrame> next();
     [[nodiscard]] AVRational aspectOf(AVFrame& frame) const;
     [[nodiscard]] QStringList notes() const; ///< some may be empty
     [[nodiscard]] bool anyDecoded() const { return m_lastTime.has_value(); }
@@ -34,7 +34,7 @@ private:
     std::unique_ptr<ExportDecoder> m_decoder;
     Decoded m_current;
     QString m_endNote;
-    std::optional<Ticks> m_lastTime; ///< of the picture decoded last
+    std::optional<Ticks> m_lastTime; ///< of the frame decoded last
     bool m_begun = false, m_sought = false, m_shown = false;
 };
 

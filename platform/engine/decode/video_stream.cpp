@@ -7,7 +7,7 @@
 
 namespace clipheave::platform {
 
-AVStream* filmStream(AVFormatContext& context) {
+AVStream* videoStream(AVFormatContext& context) {
     for (unsigned i = 0; i < context.nb_streams; ++i) {
         AVStream& stream = *context.streams[i];
         if (stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO &&
@@ -29,27 +29,27 @@ QuarterTurn quarterTurnOf(const AVStream& stream) {
     return nearestQuarterTurn(matrix);
 }
 
-PictureMaker::PictureMaker(const AVStream& film, QSize size)
-    : m_turn(quarterTurnOf(film)), m_stored(m_turn.swapsSides() ? size.transposed() : size),
-      m_painter(*film.codecpar, m_stored, 1) {
+FrameMaker::FrameMaker(const AVStream& video, QSize size)
+    : m_turn(quarterTurnOf(video)), m_stored(m_turn.swapsSides() ? size.transposed() : size),
+      m_painter(*video.codecpar, m_stored, 1) {
 }
 
-std::optional<RawPicture> PictureMaker::picture(const AVFrame& frame) {
-    constexpr int kAlignment = PicturePainter::kRowAlignment;
-    RawPicture picture;
-    picture.width = m_stored.width();
-    picture.height = m_stored.height();
-    const qsizetype row = qsizetype{picture.width} * 4;
-    const int stride = (picture.width * 4 + kAlignment - 1) / kAlignment * kAlignment;
-    QByteArray padded(qsizetype{stride} * picture.height + kAlignment, Qt::Uninitialized);
+std::optional<RawFrame> FrameMaker::videoFrame(const AVFrame& frame) {
+    constexpr int kAlignment = FramePainter::kRowAlignment;
+    RawFrame videoFrame;
+    videoFrame.width = m_stored.width();
+    videoFrame.height = m_stored.height();
+    const qsizetype row = qsizetype{videoFrame.width} * 4;
+    const int stride = (videoFrame.width * 4 + kAlignment - 1) / kAlignment * kAlignment;
+    QByteArray padded(qsizetype{stride} * videoFrame.height + kAlignment, Qt::Uninitialized);
     if (!m_painter.paint(frame, reinterpret_cast<std::uint8_t*>(padded.data()), stride))
         return std::nullopt;
-    for (int y = 1; row != stride && y < picture.height; ++y)
+    for (int y = 1; row != stride && y < videoFrame.height; ++y)
         std::memmove(padded.data() + row * y, padded.constData() + qsizetype{stride} * y,
                      static_cast<std::size_t>(row));
-    padded.resize(row * picture.height);
-    picture.rgb32 = std::move(padded);
-    return turnedPicture(picture, m_turn);
+    padded.resize(row * videoFrame.height);
+    videoFrame.rgb32 = std::move(padded);
+    return turnedFrame(videoFrame, m_turn);
 }
 
 } // namespace clipheave::platform

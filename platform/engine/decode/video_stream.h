@@ -9,23 +9,23 @@
 
 namespace clipheave::platform {
 
-/// The first film that is no attached picture; null when there is none.
-[[nodiscard]] AVStream* filmStream(AVFormatContext& context);
+/// The first video that is no attached picture; null when there is none.
+[[nodiscard]] AVStream* videoStream(AVFormatContext& context);
 /// The nearest quarter to the stream's display matrix.
 [[nodiscard]] QuarterTurn quarterTurnOf(const AVStream& stream);
 
-/// Makes upright pictures of one size out of decoded frames, in the colours of a common screen.
-class PictureMaker {
+/// Makes upright frames of one size out of decoded frames, in the colours of a common screen.
+class FrameMaker {
 public:
-    /// `size` of the upright picture; `film` is borrowed.
-    PictureMaker(const AVStream& film, QSize size);
+    /// `size` of the upright frame; `video` is borrowed.
+    FrameMaker(const AVStream& video, QSize size);
     /// Nothing when the frame has a pixel format that is not known.
-    [[nodiscard]] std::optional<RawPicture> picture(const AVFrame& frame);
+    [[nodiscard]] std::optional<RawFrame> videoFrame(const AVFrame& frame);
 
 private:
     QuarterTurn m_turn;
-    QSize m_stored; ///< of the picture before it is turned
-    PicturePainter m_painter;
+    QSize m_stored; ///< of the frame before it is turned
+    FramePainter m_painter;
 };
 
 } // namespace clipheave::platform

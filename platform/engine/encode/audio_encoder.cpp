@@ -12,11 +12,11 @@ namespace clipheave::platform {
 
 namespace {
 
-constexpr int kSoundPiece = 1024; ///< samples of an AAC frame
-constexpr const char* kEncodeSoundText = "encode the sound";
+constexpr int kAudioPiece = 1024; ///< samples of an AAC frame
+constexpr const char* kEncodeAudioText = "encode the sound";
 
-tl::unexpected<Error> soundEncoderError(ErrorCode code, const QString& detail) {
-    return failure(code, QString::fromLatin1(kEncodeSoundText), {}, detail);
+tl::unexpected<Error> audioEncoderError(ErrorCode code, const QString& detail) {
+    return failure(code, QString::fromLatin1(kEncodeAudioText), {}, detail);
 }
 
 int nearestRate(const AVCodec& codec, int wanted) {
@@ -37,7 +37,7 @@ int setAacLayout(AVChannelLayout& layout, int channels) {
     return av_channel_layout_from_mask(&layout, kMasks[std::clamp(channels, 1, 8) - 1]);
 }
 
-Frame soundFrame(const AVCodecContext& codec, int samples) {
+Frame audioFrame(const AVCodecContext& codec, int samples) {
     Frame frame(av_frame_alloc());
     if (!frame)
         return frame;
@@ -52,46 +52,46 @@ Frame soundFrame(const AVCodecContext& codec, int samples) {
 
 } // namespace
 
-Result<std::unique_ptr<SoundEncoder>> SoundEncoder::open(const ExportSound& sound,
+Result<std::unique_ptr<AudioEncoder>> AudioEncoder::open(const ExportAudio& audio,
                                                          const SourceFacts& first) {
     const AVCodec* codec = avcodec_find_encoder_by_name("aac");
-    std::unique_ptr<SoundEncoder> encoder(new SoundEncoder);
+    std::unique_ptr<AudioEncoder> encoder(new AudioEncoder);
     encoder->m_codec.reset(avcodec_alloc_context3(codec));
     if (codec == nullptr || !encoder->m_codec)
-        return soundEncoderError(ErrorCode::NotSupported, QStringLiteral("no AAC encoder"));
+        return audioEncoderError(ErrorCode::NotSupported, QStringLiteral("no AAC encoder"));
     AVCodecContext& context = *encoder->m_codec;
     const int channels = first.parameters->ch_layout.nb_channels;
-    const int wanted = sound.channels > 0 ? std::min(sound.channels, channels) : channels;
+    const int wanted = audio.channels > 0 ? std::min(audio.channels, channels) : channels;
     if (const int code = setAacLayout(context.ch_layout, wanted); code < 0)
-        return soundEncoderError(ErrorCode::Io, ffmpegText(code));
+        return audioEncoderError(ErrorCode::Io, ffmpegText(code));
     context.sample_rate = nearestRate(*codec, first.parameters->sample_rate);
     context.sample_fmt = AV_SAMPLE_FMT_FLTP;
-    context.bit_rate = std::min<std::int64_t>(sound.bitRate, 2'000'000);
+    context.bit_rate = std::min<std::int64_t>(audio.bitRate, 2'000'000);
     context.time_base = {1, context.sample_rate};
     context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER | AV_CODEC_FLAG_BITEXACT;
     if (const int code = avcodec_open2(&context, codec, nullptr); code < 0)
-        return soundEncoderError(ErrorCode::NotSupported, ffmpegText(code));
+        return audioEncoderError(ErrorCode::NotSupported, ffmpegText(code));
     encoder->m_fifo.reset(
-        av_audio_fifo_alloc(context.sample_fmt, context.ch_layout.nb_channels, kSoundPiece));
-    encoder->m_silence = soundFrame(context, kSoundPiece);
+        av_audio_fifo_alloc(context.sample_fmt, context.ch_layout.nb_channels, kAudioPiece));
+    encoder->m_silence = audioFrame(context, kAudioPiece);
     if (!encoder->m_fifo || !encoder->m_silence)
-        return soundEncoderError(ErrorCode::Io, ffmpegText(AVERROR(ENOMEM)));
-    av_samples_set_silence(encoder->m_silence->extended_data, 0, kSoundPiece,
+        return audioEncoderError(ErrorCode::Io, ffmpegText(AVERROR(ENOMEM)));
+    av_samples_set_silence(encoder->m_silence->extended_data, 0, kAudioPiece,
                            context.ch_layout.nb_channels, context.sample_fmt);
     return encoder;
 }
 
-Result<OutputTrack> SoundEncoder::track() const {
+Result<OutputTrack> AudioEncoder::track() const {
     OutputTrack track;
     track.parameters.reset(avcodec_parameters_alloc());
     if (!track.parameters ||
         avcodec_parameters_from_context(track.parameters.get(), m_codec.get()) < 0)
-        return soundEncoderError(ErrorCode::Io, ffmpegText(AVERROR(ENOMEM)));
+        return audioEncoderError(ErrorCode::Io, ffmpegText(AVERROR(ENOMEM)));
     track.timeBase = m_codec->time_base;
     return track;
 }
 
-int SoundEncoder::write(const AVFrame& frame, int count, const Sink& sink) {
+int AudioEncoder::write(const AVFrame& frame, int count, const Sink& sink) {
     void** samples = static_cast<void**>(static_cast<void*>(frame.extended_data));
     if (av_audio_fifo_write(m_fifo.get(), samples, count) < count)
         return AVERROR(ENOMEM);
@@ -99,20 +99,20 @@ int SoundEncoder::write(const AVFrame& frame, int count, const Sink& sink) {
     return encodeReady(false, sink);
 }
 
-int SoundEncoder::writeSilence(std::int64_t count, const Sink& sink) {
+int AudioEncoder::writeSilence(std::int64_t count, const Sink& sink) {
     int code = 0;
-    for (; count > 0 && code >= 0; count -= kSoundPiece)
+    for (; count > 0 && code >= 0; count -= kAudioPiece)
         code =
-            write(*m_silence, static_cast<int>(std::min<std::int64_t>(count, kSoundPiece)), sink);
+            write(*m_silence, static_cast<int>(std::min<std::int64_t>(count, kAudioPiece)), sink);
     return code;
 }
 
 /// Gives the encoder whole frames; at the end also what is left.
-int SoundEncoder::encodeReady(bool all, const Sink& sink) {
-    const int size = m_codec->frame_size > 0 ? m_codec->frame_size : kSoundPiece;
+int AudioEncoder::encodeReady(bool all, const Sink& sink) {
+    const int size = m_codec->frame_size > 0 ? m_codec->frame_size : kAudioPiece;
     while (av_audio_fifo_size(m_fifo.get()) >= (all ? 1 : size)) {
         const int count = std::min(size, av_audio_fifo_size(m_fifo.get()));
-        const Frame frame = soundFrame(*m_codec, count);
+        const Frame frame = audioFrame(*m_codec, count);
         if (!frame)
             return AVERROR(ENOMEM);
         frame->pts = m_encoded;
@@ -129,7 +129,7 @@ int SoundEncoder::encodeReady(bool all, const Sink& sink) {
     return 0;
 }
 
-int SoundEncoder::givePackets(const Sink& sink) {
+int AudioEncoder::givePackets(const Sink& sink) {
     for (;;) {
         Packet packet(av_packet_alloc());
         if (!packet)
@@ -142,7 +142,7 @@ int SoundEncoder::givePackets(const Sink& sink) {
     }
 }
 
-int SoundEncoder::finish(const Sink& sink) {
+int AudioEncoder::finish(const Sink& sink) {
     int code = encodeReady(true, sink);
     if (code >= 0)
         code = avcodec_send_frame(m_codec.get(), nullptr);

@@ -12,15 +12,15 @@ extern "C" {
 
 namespace clipheave::platform {
 
-using SoundFifo = std::unique_ptr<AVAudioFifo, Releaser<av_audio_fifo_free>>;
+using AudioFifo = std::unique_ptr<AVAudioFifo, Releaser<av_audio_fifo_free>>;
 
 /// AAC of planar float samples, gathered to the encoder's frames.
-class SoundEncoder {
+class AudioEncoder {
 public:
     using Sink = std::function<bool(Packet)>; ///< false stops
 
     /// Rate and channels are those of the first source so far as the plan and AAC allow.
-    [[nodiscard]] static Result<std::unique_ptr<SoundEncoder>> open(const ExportSound& sound,
+    [[nodiscard]] static Result<std::unique_ptr<AudioEncoder>> open(const ExportAudio& audio,
                                                                     const SourceFacts& first);
     [[nodiscard]] Result<OutputTrack> track() const;
     [[nodiscard]] int sampleRate() const { return m_codec->sample_rate; }
@@ -36,7 +36,7 @@ private:
     [[nodiscard]] int givePackets(const Sink& sink);
 
     Codec m_codec;
-    SoundFifo m_fifo;
+    AudioFifo m_fifo;
     Frame m_silence;
     std::int64_t m_taken = 0, m_encoded = 0;
 };

@@ -23,7 +23,7 @@ constexpr int kLosslessBits = 24; ///< the most that the ALAC encoder takes
 constexpr int kSamplesAtOnce = 1024;
 constexpr const char* kConvertText = "convert the sound";
 
-Error soundError(ErrorCode code, const QString& path, const QString& detail) {
+Error audioError(ErrorCode code, const QString& path, const QString& detail) {
     return {code, QString::fromLatin1(kConvertText), path, detail};
 }
 
@@ -39,9 +39,9 @@ bool isLossless(const AVCodecParameters& codec) {
 }
 
 /// Decodes one stream and encodes it for M4A.
-class SoundConverter {
+class AudioConverter {
 public:
-    SoundConverter(AVFormatContext& input, const AVStream& stream, FileOutput& output, QString path)
+    AudioConverter(AVFormatContext& input, const AVStream& stream, FileOutput& output, QString path)
         : m_input(input), m_stream(stream), m_output(output), m_path(std::move(path)) {}
     [[nodiscard]] Result<void> open();
     [[nodiscard]] Result<void> convert(const std::function<bool(double)>& progress);
@@ -74,7 +74,7 @@ private:
     bool m_rounded = false;     ///< samples finer than the target holds
 };
 
-Result<void> SoundConverter::open() {
+Result<void> AudioConverter::open() {
     if (auto opened = openDecoder(); !opened)
         return opened;
     if (auto opened = openEncoder(); !opened)
@@ -86,25 +86,25 @@ Result<void> SoundConverter::open() {
     return {};
 }
 
-Result<void> SoundConverter::openDecoder() {
+Result<void> AudioConverter::openDecoder() {
     const AVCodec* decoder = avcodec_find_decoder(m_stream.codecpar->codec_id);
     if (decoder == nullptr)
         return tl::unexpected(
-            soundError(ErrorCode::NotSupported, m_path, QStringLiteral("no decoder")));
+            audioError(ErrorCode::NotSupported, m_path, QStringLiteral("no decoder")));
     m_decoder.reset(avcodec_alloc_context3(decoder));
     if (!m_decoder || avcodec_parameters_to_context(m_decoder.get(), m_stream.codecpar) < 0)
         return m_output.failed(kConvertText, AVERROR(ENOMEM));
     m_decoder->pkt_timebase = m_stream.time_base;
     if (const int code = avcodec_open2(m_decoder.get(), decoder, nullptr); code < 0)
-        return tl::unexpected(soundError(ErrorCode::NotSupported, m_path, ffmpegText(code)));
+        return tl::unexpected(audioError(ErrorCode::NotSupported, m_path, ffmpegText(code)));
     if (m_decoder->sample_rate <= 0 || m_decoder->ch_layout.nb_channels <= 0)
         return tl::unexpected(
-            soundError(ErrorCode::InvalidData, m_path, QStringLiteral("no sample rate")));
+            audioError(ErrorCode::InvalidData, m_path, QStringLiteral("no sample rate")));
     return {};
 }
 
 /// Sample format, precision and rate of the target.
-void SoundConverter::chooseFormat() {
+void AudioConverter::chooseFormat() {
     AVCodecContext& encoder = *m_encoder;
     encoder.sample_rate = m_decoder->sample_rate;
     if (!m_lossless) {
@@ -128,7 +128,7 @@ void SoundConverter::chooseFormat() {
 }
 
 /// The source's layout, or one that the encoder knows with as many channels: they keep their order.
-bool SoundConverter::chooseLayout() {
+bool AudioConverter::chooseLayout() {
     const AVChannelLayout& wanted = m_decoder->ch_layout;
     const AVChannelLayout* known = m_encoder->codec->ch_layouts;
     const AVChannelLayout* found = nullptr;
@@ -149,7 +149,7 @@ bool SoundConverter::chooseLayout() {
     return true;
 }
 
-Result<void> SoundConverter::openEncoder() {
+Result<void> AudioConverter::openEncoder() {
     m_lossless = isLossless(*m_stream.codecpar);
     const AVCodec* codec = avcodec_find_encoder(m_lossless ? AV_CODEC_ID_ALAC : AV_CODEC_ID_AAC);
     m_target = avformat_new_stream(m_output.context(), nullptr);
@@ -159,12 +159,12 @@ Result<void> SoundConverter::openEncoder() {
     chooseFormat();
     if (!chooseLayout())
         return tl::unexpected(
-            soundError(ErrorCode::NotSupported, m_path,
+            audioError(ErrorCode::NotSupported, m_path,
                        QStringLiteral("M4A has no place for this many channels")));
     m_encoder->time_base = {1, m_encoder->sample_rate};
     m_encoder->flags |= AV_CODEC_FLAG_GLOBAL_HEADER | AV_CODEC_FLAG_BITEXACT;
     if (const int code = avcodec_open2(m_encoder.get(), codec, nullptr); code < 0)
-        return tl::unexpected(soundError(ErrorCode::NotSupported, m_path, ffmpegText(code)));
+        return tl::unexpected(audioError(ErrorCode::NotSupported, m_path, ffmpegText(code)));
     m_target->time_base = m_encoder->time_base;
     if (avcodec_parameters_from_context(m_target->codecpar, m_encoder.get()) < 0)
         return m_output.failed(kConvertText, AVERROR(ENOMEM));
@@ -172,7 +172,7 @@ Result<void> SoundConverter::openEncoder() {
 }
 
 /// Anew when a stream changes its form on the way.
-int SoundConverter::startResampler(const AVFrame& frame) {
+int AudioConverter::startResampler(const AVFrame& frame) {
     m_inputFormat = frame.format;
     m_inputRate = frame.sample_rate;
     m_inputChannels = frame.ch_layout.nb_channels;
@@ -188,7 +188,7 @@ int SoundConverter::startResampler(const AVFrame& frame) {
     return code < 0 ? code : swr_init(m_resampler.get());
 }
 
-int SoundConverter::resample(const AVFrame& frame) {
+int AudioConverter::resample(const AVFrame& frame) {
     const bool changed = frame.format != m_inputFormat || frame.sample_rate != m_inputRate ||
                          frame.ch_layout.nb_channels != m_inputChannels;
     if (changed)
@@ -211,7 +211,7 @@ int SoundConverter::resample(const AVFrame& frame) {
     return av_audio_fifo_write(m_fifo.get(), samples, got) < got ? AVERROR(ENOMEM) : 0;
 }
 
-int SoundConverter::decode(const AVPacket* packet) {
+int AudioConverter::decode(const AVPacket* packet) {
     int code = avcodec_send_packet(m_decoder.get(), packet);
     if (code == AVERROR_INVALIDDATA) {
         ++m_damaged;
@@ -232,7 +232,7 @@ int SoundConverter::decode(const AVPacket* packet) {
 }
 
 /// Gives the encoder whole frames; at the end also what is left.
-int SoundConverter::encodeReady(bool all) {
+int AudioConverter::encodeReady(bool all) {
     const int size = m_encoder->frame_size > 0 ? m_encoder->frame_size : kSamplesAtOnce;
     while (av_audio_fifo_size(m_fifo.get()) >= (all ? 1 : size)) {
         const Frame frame(av_frame_alloc());
@@ -258,7 +258,7 @@ int SoundConverter::encodeReady(bool all) {
     return 0;
 }
 
-int SoundConverter::writePackets() {
+int AudioConverter::writePackets() {
     const Packet packet(av_packet_alloc());
     int code = packet ? 0 : AVERROR(ENOMEM);
     while (code >= 0 && (code = avcodec_receive_packet(m_encoder.get(), packet.get())) >= 0) {
@@ -270,7 +270,7 @@ int SoundConverter::writePackets() {
 }
 
 /// Empties decoder, resampler and encoder, in this order.
-int SoundConverter::finish() {
+int AudioConverter::finish() {
     if (const int code = decode(nullptr); code < 0)
         return code;
     if (m_resampler) {
@@ -290,7 +290,7 @@ int SoundConverter::finish() {
     return writePackets();
 }
 
-Result<void> SoundConverter::convert(const std::function<bool(double)>& progress) {
+Result<void> AudioConverter::convert(const std::function<bool(double)>& progress) {
     const Packet packet(av_packet_alloc());
     int code = packet ? 0 : AVERROR(ENOMEM);
     const double total = m_input.duration > 0 ? static_cast<double>(m_input.duration) * 1e-6 : 0;
@@ -308,11 +308,11 @@ Result<void> SoundConverter::convert(const std::function<bool(double)>& progress
         return m_output.failed(kConvertText, code);
     if (m_written == 0)
         return tl::unexpected(
-            soundError(ErrorCode::InvalidData, m_path, QStringLiteral("nothing could be decoded")));
+            audioError(ErrorCode::InvalidData, m_path, QStringLiteral("nothing could be decoded")));
     return {};
 }
 
-QStringList SoundConverter::notes() const {
+QStringList AudioConverter::notes() const {
     QStringList notes;
     if (!m_lossless)
         notes << QStringLiteral("The sound was encoded again as AAC: M4A does not hold %1")
@@ -324,13 +324,13 @@ QStringList SoundConverter::notes() const {
     return notes;
 }
 
-Result<QStringList> convertSound(FileInput& input, const AVStream& stream, const QString& source,
+Result<QStringList> convertAudio(FileInput& input, const AVStream& stream, const QString& source,
                                  const QString& target,
                                  const std::function<bool(double)>& progress) {
     auto output = FileOutput::create("mp4", target);
     if (!output)
         return tl::unexpected(output.error());
-    SoundConverter converter(*input.context(), stream, **output, source);
+    AudioConverter converter(*input.context(), stream, **output, source);
     if (auto opened = converter.open(); !opened)
         return tl::unexpected(opened.error());
     copyChapters(*input.context(), *(*output)->context());
@@ -346,7 +346,7 @@ Result<QStringList> convertSound(FileInput& input, const AVStream& stream, const
 
 } // namespace
 
-Result<QStringList> exportSound(const QString& source, const QString& target,
+Result<QStringList> exportAudio(const QString& source, const QString& target,
                                 const std::function<bool(double)>& progress) {
     Result<FileReader> reader = FileReader::open(source);
     if (!reader)
@@ -354,23 +354,23 @@ Result<QStringList> exportSound(const QString& source, const QString& target,
     auto input = FileInput::open(*reader, InputLimits::none());
     if (!input)
         return tl::unexpected(input.error());
-    if (!(*input)->findStreamInfo(StreamsOfUse::Sound))
-        return tl::unexpected(soundError(ErrorCode::InvalidData, source,
+    if (!(*input)->findStreamInfo(StreamsOfUse::Audio))
+        return tl::unexpected(audioError(ErrorCode::InvalidData, source,
                                          QStringLiteral("the streams cannot be read")));
     AVFormatContext& context = *(*input)->context();
     const int best = av_find_best_stream(&context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (best < 0)
         return tl::unexpected(
-            soundError(ErrorCode::NotSupported, source, QStringLiteral("there is no sound")));
+            audioError(ErrorCode::NotSupported, source, QStringLiteral("there is no sound")));
     if (isHeldByM4a(context.streams[best]->codecpar->codec_id)) {
-        if (auto copied = remuxSound(source, target, progress); !copied)
+        if (auto copied = remuxAudio(source, target, progress); !copied)
             return tl::unexpected(copied.error());
         return QStringList();
     }
     for (unsigned i = 0; i < context.nb_streams; ++i)
         context.streams[i]->discard =
             static_cast<int>(i) == best ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
-    return convertSound(**input, *context.streams[best], source, target, progress);
+    return convertAudio(**input, *context.streams[best], source, target, progress);
 }
 
 } // namespace clipheave::platform

@@ -14,9 +14,9 @@ namespace {
 constexpr int kTempoLoss = 10;
 
 /// Puts the segments one after the other, silence between them.
-class SoundFeeder {
+class AudioFeeder {
 public:
-    SoundFeeder(SoundEncoder& encoder, double volume, ExportLanes& lanes, std::size_t lane)
+    AudioFeeder(AudioEncoder& encoder, double volume, ExportLanes& lanes, std::size_t lane)
         : m_encoder(encoder), m_volume(volume), m_lanes(lanes),
           m_sink([&lanes, lane](Packet packet) { return lanes.push(lane, std::move(packet)); }) {}
 
@@ -41,13 +41,13 @@ private:
     Result<void> feedSilent(PlannedSegment& segment);
     static Result<void> checked(int code, const QString& path);
 
-    SoundEncoder& m_encoder;
+    AudioEncoder& m_encoder;
     double m_volume;
     ExportLanes& m_lanes;
-    SoundEncoder::Sink m_sink;
+    AudioEncoder::Sink m_sink;
 };
 
-Result<void> SoundFeeder::checked(int code, const QString& path) {
+Result<void> AudioFeeder::checked(int code, const QString& path) {
     if (code >= 0 || code == AVERROR_EXIT)
         return {};
     if (code == AVERROR(ERANGE))
@@ -56,23 +56,23 @@ Result<void> SoundFeeder::checked(int code, const QString& path) {
     return failure(ErrorCode::Io, QStringLiteral("encode the sound"), path, ffmpegText(code));
 }
 
-int SoundFeeder::fillTo(std::int64_t position) {
+int AudioFeeder::fillTo(std::int64_t position) {
     const std::int64_t count = position - m_encoder.samples();
     if (count > ticksToUnits(kLongestFiller, m_encoder.sampleRate()))
         return AVERROR(ERANGE);
     return count > 0 ? m_encoder.writeSilence(count, m_sink) : 0;
 }
 
-/// Nothing needs to be decoded for silence. It ends with the sound that it stands for.
-Result<void> SoundFeeder::feedSilent(PlannedSegment& segment) {
+/// Nothing needs to be decoded for silence. It ends with the audio that it stands for.
+Result<void> AudioFeeder::feedSilent(PlannedSegment& segment) {
     Ticks end = segment.stretch.targetEnd;
-    if (const auto soundEnd = soundEndOf(segment, m_lanes); soundEnd)
-        end = std::min(end, segment.stretch.toTarget(*soundEnd));
+    if (const auto audioEnd = audioEndOf(segment, m_lanes); audioEnd)
+        end = std::min(end, segment.stretch.toTarget(*audioEnd));
     return checked(fillTo(position(end)), segment.path);
 }
 
-Result<void> SoundFeeder::feed(PlannedSegment& segment) {
-    auto reader = SoundSegmentReader::open(segment, m_volume, m_encoder);
+Result<void> AudioFeeder::feed(PlannedSegment& segment) {
+    auto reader = AudioSegmentReader::open(segment, m_volume, m_encoder);
     if (!reader)
         return tl::unexpected(reader.error());
     const std::int64_t end = position(segment.stretch.targetEnd);
@@ -95,9 +95,9 @@ Result<void> SoundFeeder::feed(PlannedSegment& segment) {
 
 } // namespace
 
-void encodeSound(const ExportSound& sound, std::vector<PlannedSegment>& segments,
+void encodeAudio(const ExportAudio& audio, std::vector<PlannedSegment>& segments,
                  ExportLanes& lanes, std::size_t lane) {
-    auto encoder = SoundEncoder::open(sound, *segments.front().facts);
+    auto encoder = AudioEncoder::open(audio, *segments.front().facts);
     if (!encoder)
         return lanes.fail(encoder.error());
     auto track = (*encoder)->track();
@@ -106,7 +106,7 @@ void encodeSound(const ExportSound& sound, std::vector<PlannedSegment>& segments
     track->language = segments.front().facts->language;
     if (!lanes.announce(lane, std::move(*track)))
         return;
-    SoundFeeder feeder(**encoder, sound.volume, lanes, lane);
+    AudioFeeder feeder(**encoder, audio.volume, lanes, lane);
     if (auto fed = feeder.run(segments); !fed)
         return lanes.fail(fed.error());
     lanes.finish(lane);

@@ -6,9 +6,9 @@
 
 namespace clipheave::platform {
 
-/// Decodes and encodes sound into a lane. Returns when it is complete, the lanes were stopped or
+/// Decodes and encodes audio into a lane. Returns when it is complete, the lanes were stopped or
 /// something failed (told to the lanes).
-void encodeSound(const ExportSound& sound, std::vector<PlannedSegment>& segments,
+void encodeAudio(const ExportAudio& audio, std::vector<PlannedSegment>& segments,
                  ExportLanes& lanes, std::size_t lane);
 
 } // namespace clipheave::platform

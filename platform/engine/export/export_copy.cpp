@@ -10,14 +10,14 @@ namespace clipheave::platform {
 namespace {
 
 constexpr Ticks kCopyShortestSeek = kTicksPerSecond;
-constexpr int kLeastCopyUnits = 90'000; ///< of a stretched film's time base in a second
-/// A sound decoder needs the packet before the first one that is heard.
+constexpr int kLeastCopyUnits = 90'000; ///< of a stretched video's time base in a second
+/// An audio decoder needs the packet before the first one that is heard.
 constexpr Ticks kCopyPreroll = kTicksPerSecond / 40;
 /// More packets that wait for the end are damage.
 constexpr std::size_t kMostHeld = 64;
 
 /// Packets of both can follow each other in one track.
-bool isSameCoding(const AVCodecParameters& a, const AVCodecParameters& b) {
+bool isSameCodec(const AVCodecParameters& a, const AVCodecParameters& b) {
     const bool same = a.codec_id == b.codec_id && a.width == b.width && a.height == b.height &&
                       a.sample_rate == b.sample_rate &&
                       a.ch_layout.nb_channels == b.ch_layout.nb_channels &&
@@ -29,8 +29,8 @@ bool isSameCoding(const AVCodecParameters& a, const AVCodecParameters& b) {
 
 AVRational copyTimeBase(const std::vector<PlannedSegment>& segments) {
     const SourceFacts& first = *segments.front().facts;
-    const bool sound = first.parameters->codec_type == AVMEDIA_TYPE_AUDIO;
-    if (sound)
+    const bool audio = first.parameters->codec_type == AVMEDIA_TYPE_AUDIO;
+    if (audio)
         return {1, first.parameters->sample_rate};
     AVRational base{1, first.timeBase.den};
     const bool scaled = std::any_of(segments.begin(), segments.end(),
@@ -57,7 +57,9 @@ private:
     int take(AVPacket& packet, const Times& times);
     int give(Packet packet, const Times& times);
     int giveHeld();
-    [[nodiscard]] bool isFilm() const { return m_source->codec().codec_type == AVMEDIA_TYPE_VIDEO; }
+    [[nodiscard]] bool isVideo() const {
+        return m_source->codec().codec_type == AVMEDIA_TYPE_VIDEO;
+    }
     /// Behind the end of the edit list: not shown, though others may need it.
     [[nodiscard]] bool isCutOff(const AVPacket& packet, const Times& times) const {
         return (packet.flags & AV_PKT_FLAG_DISCARD) != 0 && times.pts >= m_stretch.sourceStart;
@@ -69,7 +71,7 @@ private:
     std::unique_ptr<ExportSource> m_source;
     Stretch m_stretch;
     std::optional<std::int64_t> m_lastDts;
-    std::optional<Ticks> m_expected; ///< time of the next packet, sound of constant frames
+    std::optional<Ticks> m_expected; ///< time of the next packet, audio of constant frames
     Ticks m_lastSourceDts = 0;
     bool m_begun = false, m_skipped = false;
     std::optional<Ticks> m_cutOffFrom; ///< time of the first packet that is cut off
@@ -83,17 +85,17 @@ std::optional<PacketCopier::Times> PacketCopier::timesOf(const AVPacket& packet)
     const AVRational base = m_source->stream().time_base;
     Times times;
     times.duration = ticksOf(std::max<std::int64_t>(packet.duration, 0), base).value_or(0);
-    if (times.duration == 0 && isFilm())
+    if (times.duration == 0 && isVideo())
         times.duration = ticksOf(1, av_inv_q(m_source->stream().avg_frame_rate)).value_or(0);
     if (!pts && !dts && !m_begun)
         return std::nullopt;
-    // Where the first packets have no decoding time, as many pictures earlier as are reordered.
+    // Where the first packets have no decoding time, as many frames earlier as are reordered.
     times.dts = dts       ? *dts
                 : m_begun ? m_lastSourceDts + times.duration
                           : *pts - m_source->codec().video_delay * times.duration;
     times.pts = pts ? *pts : times.dts;
     const AVCodecParameters& codec = m_source->codec();
-    if (!isFilm() && codec.frame_size > 0) {
+    if (!isVideo() && codec.frame_size > 0) {
         // Containers with milliseconds only round the times of what is exact.
         const auto exact = ticksOf(codec.frame_size, {1, codec.sample_rate});
         if (m_expected && std::abs(times.pts - *m_expected) <= 2 * kSliverTicks)
@@ -143,8 +145,8 @@ int PacketCopier::take(AVPacket& packet, const Times& times) {
     const bool cutOff = isCutOff(*copy, times);
     if (cutOff && !m_cutOffFrom)
         m_cutOffFrom = times.pts;
-    // What is left out in the middle cannot be: the pictures behind it may need it.
-    if (!cutOff && m_cutOffFrom && times.pts > *m_cutOffFrom && isFilm())
+    // What is left out in the middle cannot be: the frames behind it may need it.
+    if (!cutOff && m_cutOffFrom && times.pts > *m_cutOffFrom && isVideo())
         return AVERROR_PATCHWELCOME;
     if (cutOff || times.pts >= m_stretch.sourceEnd - kSliverTicks) {
         if (m_held.size() < kMostHeld) {
@@ -152,7 +154,7 @@ int PacketCopier::take(AVPacket& packet, const Times& times) {
             return 0;
         }
         if (cutOff)
-            return 0; // no coding reaches so far
+            return 0; // no codec reaches so far
     }
     if (const int code = giveHeld(); code < 0)
         return code;
@@ -164,14 +166,14 @@ std::optional<PacketCopier::Times> PacketCopier::untilStart(AVPacket& packet, bo
     const auto times = timesOf(packet);
     if (!times || m_begun)
         return times;
-    const bool key = !isFilm() || (packet.flags & AV_PKT_FLAG_KEY) != 0;
+    const bool key = !isVideo() || (packet.flags & AV_PKT_FLAG_KEY) != 0;
     const Ticks from = m_stretch.sourceStart;
     // Only the first segment's edit list can hide what comes before the start.
-    const bool reached = isFilm()
+    const bool reached = isVideo()
                              ? first || times->pts >= from - kSliverTicks
                              : times->pts + times->duration > (first ? from - kCopyPreroll : from);
     if (!key || !reached) {
-        m_skipped = m_skipped || (times->pts >= from && isFilm());
+        m_skipped = m_skipped || (times->pts >= from && isVideo());
         return std::nullopt;
     }
     m_begun = true;
@@ -241,7 +243,7 @@ Result<void> copySegments(std::vector<PlannedSegment>& segments,
                           std::size_t lane) {
     const AVCodecParameters& codec = *segments.front().facts->parameters;
     for (const PlannedSegment& segment : segments) {
-        if (!isSameCoding(codec, *segment.facts->parameters))
+        if (!isSameCodec(codec, *segment.facts->parameters))
             return failure(ErrorCode::NotSupported, QStringLiteral("copy the streams"),
                            segment.path,
                            QStringLiteral("its coding is not that of the piece before it"));

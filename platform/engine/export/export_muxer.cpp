@@ -85,7 +85,7 @@ private:
     Result<void> report(Ticks written);
     Result<void> write(Packet packet, std::size_t lane);
     Result<void> writeNewest(std::size_t lane);
-    static void endFilm(const Written& written, AVPacket& packet);
+    static void endVideo(const Written& written, AVPacket& packet);
     Result<void> writeRest();
 
     ExportLanes& m_lanes;
@@ -140,8 +140,8 @@ bool LaneWriter::addSideData(const OutputTrack& track, AVStream& stream) {
 Result<void> LaneWriter::addTrack(OutputTrack& track, AVStream*& stream) {
     AVFormatContext& format = *m_output.context();
     AVCodecParameters& codec = *track.parameters;
-    if (!holdsCoding(*format.oformat, codec.codec_id, FF_COMPLIANCE_EXPERIMENTAL))
-        return cannotHold(kWriteExportText, format, {codingText(codec.codec_id)});
+    if (!holdsCodec(*format.oformat, codec.codec_id, FF_COMPLIANCE_EXPERIMENTAL))
+        return cannotHold(kWriteExportText, format, {codecText(codec.codec_id)});
     unsigned other = 0;
     const bool knownTag =
         av_codec_get_id(format.oformat->codec_tag, codec.codec_tag) == codec.codec_id ||
@@ -184,14 +184,13 @@ Result<void> LaneWriter::begin(const ExportPlan& plan, const PlannedExport& plan
     if (auto added = addTracks(); !added)
         return added;
     AVFormatContext& format = *m_output.context();
-    const bool plainPictures =
+    const bool plainImages =
         std::any_of(m_written.begin(), m_written.end(), [](const Written& track) {
             return track.stream != nullptr &&
                    track.stream->codecpar->codec_id == AV_CODEC_ID_RAWVIDEO;
         });
-    // Only a strict writer names plain pictures by the order of their colours.
-    format.strict_std_compliance =
-        plainPictures ? FF_COMPLIANCE_NORMAL : FF_COMPLIANCE_EXPERIMENTAL;
+    // Only a strict writer names plain frames by the order of their colours.
+    format.strict_std_compliance = plainImages ? FF_COMPLIANCE_NORMAL : FF_COMPLIANCE_EXPERIMENTAL;
     if (!plan.chaptersOf.isEmpty())
         copyChaptersOfFile(plan.chaptersOf, static_cast<double>(planned.end) / kTicksPerSecond,
                            format);
@@ -210,7 +209,7 @@ Result<void> LaneWriter::begin(const ExportPlan& plan, const PlannedExport& plan
     auto begun = m_output.writeHeader(options);
     if (begun)
         return {};
-    const QStringList refused = refusedCodings(format);
+    const QStringList refused = refusedCodecs(format);
     return refused.isEmpty() ? begun : cannotHold(kWriteExportText, format, refused);
 }
 
@@ -242,7 +241,7 @@ Result<void> LaneWriter::writeNewest(std::size_t lane) {
     const AVRational known = std::exchange(rate, packet.duration == 0 ? AVRational{0, 1} : rate);
     const int code = av_write_frame(m_output.context(), &packet);
     rate = known;
-    // No data of its coding, and not for want of a description: others were.
+    // No data of its codec, and not for want of a description: others were.
     const bool isDamaged = code == AVERROR_INVALIDDATA && written.packets > written.damaged;
     ++(isDamaged ? written.damaged : written.packets);
     if (isDamaged)
@@ -251,18 +250,18 @@ Result<void> LaneWriter::writeNewest(std::size_t lane) {
         code == AVERROR_PATCHWELCOME)
         return cannotHold(
             kWriteExportText, *m_output.context(),
-            {codingText(written.stream->codecpar->codec_id) + QStringLiteral(" as it is here")});
+            {codecText(written.stream->codecpar->codec_id) + QStringLiteral(" as it is here")});
     if (code < 0)
         return m_output.failed(kWriteExportText, code);
     return report(time);
 }
 
-/// The writer takes the length of a film from its last packet in decoding order, and the end of its
-/// edit list from there too; the last one that is shown may be another. Decoding runs ahead of
-/// showing by some pictures, which is another time at the end where the rate has changed: the
-/// packet keeps its own time at least, lasts no longer than the film, and is decoded later where
+/// The writer takes the length of a video from its last packet in decoding order, and the end of
+/// its edit list from there too; the last one that is shown may be another. Decoding runs ahead of
+/// showing by some frames, which is another time at the end where the rate has changed: the
+/// packet keeps its own time at least, lasts no longer than the video, and is decoded later where
 /// the track would still be shorter than what it shows.
-void LaneWriter::endFilm(const Written& written, AVPacket& packet) {
+void LaneWriter::endVideo(const Written& written, AVPacket& packet) {
     const std::int64_t own = std::max<std::int64_t>(packet.duration, 1);
     const std::int64_t shown = written.end - written.firstPts;
     packet.duration = std::clamp(shown - (packet.dts - written.firstDts), own,
@@ -279,7 +278,7 @@ Result<void> LaneWriter::writeRest() {
             continue;
         any = true;
         if (written.stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO)
-            endFilm(written, *written.newest);
+            endVideo(written, *written.newest);
         if (auto done = writeNewest(lane); !done)
             return done;
         if (written.damaged > 0)

@@ -46,7 +46,7 @@ Result<void> checkTarget(const ExportPlan& plan, const QString& target) {
     const auto reads = [&](const std::vector<ExportSegment>& segments) {
         return std::any_of(segments.begin(), segments.end(), isTarget);
     };
-    if ((plan.video && reads(plan.video->segments)) || (plan.sound && reads(plan.sound->segments)))
+    if ((plan.video && reads(plan.video->segments)) || (plan.audio && reads(plan.audio->segments)))
         return failure(ErrorCode::InvalidArgument, QStringLiteral("export"), target,
                        QStringLiteral("the target is a source"));
     return {};
@@ -57,19 +57,19 @@ void runLanes(const ExportPlan& plan, PlannedExport& planned, int threads, Expor
     std::size_t lane = 0;
     if (!planned.video.empty()) {
         running.add([&plan, &planned, &lanes, threads, lane] {
-            if (plan.video->coding == ExportCoding::Copy)
+            if (plan.video->mode == ExportMode::Copy)
                 copyTrack(planned.video, &plan.video->preferredTransform, lanes, lane);
             else
                 encodeVideo(*plan.video, planned.video, threads, lanes, lane);
         });
         ++lane;
     }
-    if (!planned.sound.empty())
+    if (!planned.audio.empty())
         running.add([&plan, &planned, &lanes, lane] {
-            if (plan.sound->coding == ExportCoding::Copy)
-                copyTrack(planned.sound, nullptr, lanes, lane);
+            if (plan.audio->mode == ExportMode::Copy)
+                copyTrack(planned.audio, nullptr, lanes, lane);
             else
-                encodeSound(*plan.sound, planned.sound, lanes, lane);
+                encodeAudio(*plan.audio, planned.audio, lanes, lane);
         });
 }
 
@@ -90,7 +90,7 @@ Result<QStringList> runExportPlan(const ExportPlan& plan, const QString& target,
         return tl::unexpected(planned.error());
     const int threads = threadsOf(resources);
     const auto count = static_cast<std::size_t>(!planned->video.empty()) +
-                       static_cast<std::size_t>(!planned->sound.empty());
+                       static_cast<std::size_t>(!planned->audio.empty());
     ExportLanes lanes(count);
     Result<void> written;
     {

@@ -29,7 +29,7 @@ AVRational commonTimeBase(const ExportVideo& video, const std::vector<PlannedSeg
         units.push_back(segment.facts->timeBase.den);
         scaled = scaled || segment.stretch.speed() != 1;
     }
-    return wholeTimeBase(units, scaled ? kLeastScaledUnits : kLeastFilmUnits);
+    return wholeTimeBase(units, scaled ? kLeastScaledUnits : kLeastVideoUnits);
 }
 
 AVRational frameRateOf(const ExportVideo& video, const PlannedSegment& first, AVRational base) {
@@ -39,18 +39,18 @@ AVRational frameRateOf(const ExportVideo& video, const PlannedSegment& first, AV
     return rate.num > 0 && rate.den > 0 ? rate : AVRational{25, 1};
 }
 
-bool survivesEncoding(AVPacketSideDataType type, const PictureLook& look, bool turned) {
+bool survivesEncoding(AVPacketSideDataType type, const FrameFormat& look, bool turned) {
     if (type == AV_PKT_DATA_MASTERING_DISPLAY_METADATA || type == AV_PKT_DATA_CONTENT_LIGHT_LEVEL)
         return isHighDynamicRange(look.transfer);
     return (type == AV_PKT_DATA_SPHERICAL || type == AV_PKT_DATA_STEREO3D) && !turned;
 }
 
-/// The reading half: fills the queue with the pictures of all segments and the black between them.
-class PictureFeeder {
+/// The reading half: fills the queue with the frames of all segments and the black between them.
+class FrameFeeder {
 public:
-    PictureFeeder(const ExportVideo& video, std::vector<PlannedSegment>& segments,
-                  const PictureLook& look, AVRational timeBase, int threads, ExportLanes& lanes,
-                  PictureQueue& queue)
+    FrameFeeder(const ExportVideo& video, std::vector<PlannedSegment>& segments,
+                const FrameFormat& look, AVRational timeBase, int threads, ExportLanes& lanes,
+                FrameQueue& queue)
         : m_segments(segments), m_look(look), m_threads(threads), m_lanes(lanes), m_queue(queue),
           m_pacer(timeBase, video.frameDuration.has_value()) {}
 
@@ -74,19 +74,19 @@ public:
 private:
     Result<void> feedBlack(Ticks start, Ticks end);
     Result<void> feedSegment(PlannedSegment& segment);
-    int place(TimedPicture picture);
+    int place(TimedFrame videoFrame);
     Result<void> checked(int code, const QString& path) const;
 
     std::vector<PlannedSegment>& m_segments;
-    const PictureLook& m_look;
+    const FrameFormat& m_look;
     int m_threads;
     ExportLanes& m_lanes;
-    PictureQueue& m_queue;
-    PicturePacer m_pacer;
+    FrameQueue& m_queue;
+    FramePacer m_pacer;
     int m_placed = 0; ///< outcome of the last place()
 };
 
-Result<void> PictureFeeder::checked(int code, const QString& path) const {
+Result<void> FrameFeeder::checked(int code, const QString& path) const {
     if (code >= 0 || code == AVERROR_EXIT)
         return {};
     if (code == AVERROR(ERANGE))
@@ -95,17 +95,16 @@ Result<void> PictureFeeder::checked(int code, const QString& path) const {
     return failure(ErrorCode::Io, QStringLiteral("filter the film"), path, ffmpegText(code));
 }
 
-int PictureFeeder::place(TimedPicture picture) {
-    return m_pacer.place(std::move(picture), [this](StampedPicture stamped) {
-        return m_queue.push(std::move(stamped));
-    });
+int FrameFeeder::place(TimedFrame videoFrame) {
+    return m_pacer.place(std::move(videoFrame),
+                         [this](StampedFrame stamped) { return m_queue.push(std::move(stamped)); });
 }
 
-Result<void> PictureFeeder::feedBlack(Ticks start, Ticks end) {
+Result<void> FrameFeeder::feedBlack(Ticks start, Ticks end) {
     if (end - start < kSliverTicks)
         return {};
     int code = end - start > kLongestFiller ? AVERROR(ERANGE) : 0;
-    const Frame black = code < 0 ? nullptr : blackPicture(m_look);
+    const Frame black = code < 0 ? nullptr : blackFrame(m_look);
     for (Ticks at = start; code >= 0 && at < end && !m_lanes.stopped(); at += kBlackPiece) {
         Frame copy(black ? av_frame_clone(black.get()) : nullptr);
         code =
@@ -114,28 +113,28 @@ Result<void> PictureFeeder::feedBlack(Ticks start, Ticks end) {
     return checked(code, {});
 }
 
-Result<void> PictureFeeder::feedSegment(PlannedSegment& segment) {
+Result<void> FrameFeeder::feedSegment(PlannedSegment& segment) {
     auto reader = VideoSegmentReader::open(segment, m_threads);
     if (!reader)
         return tl::unexpected(reader.error());
-    PictureFilter filter(m_look, segment.turn, segment.mirrored, m_threads);
-    const auto sink = [this](TimedPicture picture) {
-        m_placed = place(std::move(picture));
+    FrameFilter filter(m_look, segment.turn, segment.mirrored, m_threads);
+    const auto sink = [this](TimedFrame videoFrame) {
+        m_placed = place(std::move(videoFrame));
         return m_placed >= 0;
     };
     int code = 0;
     while (code >= 0 && !m_lanes.stopped()) {
-        auto picture = (*reader)->next();
-        if (!picture)
-            return tl::unexpected(picture.error());
-        if (!picture->frame) {
+        auto videoFrame = (*reader)->next();
+        if (!videoFrame)
+            return tl::unexpected(videoFrame.error());
+        if (!videoFrame->frame) {
             code = filter.finish(sink);
             break;
         }
-        if (!m_pacer.wants(picture->start, picture->end))
+        if (!m_pacer.wants(videoFrame->start, videoFrame->end))
             continue;
-        const AVRational aspect = (*reader)->aspectOf(*picture->frame);
-        code = filter.push(std::move(*picture), aspect, sink);
+        const AVRational aspect = (*reader)->aspectOf(*videoFrame->frame);
+        code = filter.push(std::move(*videoFrame), aspect, sink);
     }
     for (const QString& text : (*reader)->notes())
         m_lanes.note(text);
@@ -150,7 +149,7 @@ Result<void> PictureFeeder::feedSegment(PlannedSegment& segment) {
 void encodeVideo(const ExportVideo& video, std::vector<PlannedSegment>& segments, int threads,
                  ExportLanes& lanes, std::size_t lane) {
     QStringList notes;
-    const PictureLook look = lookOf(video, segments, notes);
+    const FrameFormat look = lookOf(video, segments, notes);
     for (const QString& text : notes)
         lanes.note(text);
     const AVRational base = commonTimeBase(video, segments);
@@ -169,10 +168,10 @@ void encodeVideo(const ExportVideo& video, std::vector<PlannedSegment>& segments
             track->sideData.push_back(data);
     if (!lanes.announce(lane, std::move(*track)))
         return;
-    PictureQueue queue(kMostWaitingPictures, [&lanes] { return lanes.stopped(); });
-    PictureFeeder feeder(video, segments, look, base, threads, lanes, queue);
+    FrameQueue queue(kMostWaitingFrames, [&lanes] { return lanes.stopped(); });
+    FrameFeeder feeder(video, segments, look, base, threads, lanes, queue);
     std::thread reading([&] { feeder.run(); });
-    encodePictures(**encoder, queue, lanes, lane);
+    encodeFrames(**encoder, queue, lanes, lane);
     reading.join();
     lanes.finish(lane);
 }

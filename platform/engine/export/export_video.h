@@ -6,8 +6,8 @@
 
 namespace clipheave::platform {
 
-/// Decodes, filters and encodes a film into a lane; decoding and encoding overlap. Returns when the
-/// film is complete, the lanes were stopped or something failed (told to the lanes).
+/// Decodes, filters and encodes a video into a lane; decoding and encoding overlap. Returns when
+/// the video is complete, the lanes were stopped or something failed (told to the lanes).
 void encodeVideo(const ExportVideo& video, std::vector<PlannedSegment>& segments, int threads,
                  ExportLanes& lanes, std::size_t lane);
 

@@ -36,10 +36,10 @@ std::uint32_t targetTag(const AVOutputFormat& format, const AVCodecParameters& c
 
 /// VP8 has a code in this family, but nothing that describes it; the muxer refuses it late.
 bool holds(const AVOutputFormat& format, AVCodecID codec) {
-    return codec != AV_CODEC_ID_VP8 && holdsCoding(format, codec, FF_COMPLIANCE_NORMAL);
+    return codec != AV_CODEC_ID_VP8 && holdsCodec(format, codec, FF_COMPLIANCE_NORMAL);
 }
 
-enum class StreamChoice { All, Sound };
+enum class StreamChoice { All, Audio };
 
 /// Keeps the streams that are not wanted from giving packets, and from being added.
 void chooseStreams(AVFormatContext& source, StreamChoice choice) {
@@ -51,14 +51,14 @@ void chooseStreams(AVFormatContext& source, StreamChoice choice) {
             source.streams[i]->discard = AVDISCARD_ALL;
 }
 
-/// Cover art carried as a stream is no film.
+/// Cover art carried as a stream is no video.
 bool mayBeLeftOut(const AVStream& stream) {
     const AVMediaType type = stream.codecpar->codec_type;
     return (type != AVMEDIA_TYPE_VIDEO && type != AVMEDIA_TYPE_AUDIO) ||
            (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
 }
 
-/// Answers what is left out; its streams are then discarded.
+/// Returns what is left out; its streams are then discarded.
 Result<QStringList> addStreams(AVFormatContext& source, FileOutput& output, UnheldStreams unheld,
                                const QString& path) {
     QStringList refused, leftOut;
@@ -72,7 +72,7 @@ Result<QStringList> addStreams(AVFormatContext& source, FileOutput& output, Unhe
             if (leaves)
                 leftOut << streamText(*from.codecpar);
             else
-                refused << codingText(from.codecpar->codec_id);
+                refused << codecText(from.codecpar->codec_id);
             from.discard = AVDISCARD_ALL;
             continue;
         }
@@ -82,7 +82,7 @@ Result<QStringList> addStreams(AVFormatContext& source, FileOutput& output, Unhe
         to->codecpar->codec_tag = targetTag(format, *from.codecpar);
         to->time_base = from.time_base;
         to->avg_frame_rate = from.avg_frame_rate;
-        // Where container and coding disagree the container's shape is the one that is shown; the
+        // Where container and codec disagree the container's shape is the one that is shown; the
         // writer takes but one.
         to->sample_aspect_ratio = av_guess_sample_aspect_ratio(&source, &from, nullptr);
         to->codecpar->sample_aspect_ratio = to->sample_aspect_ratio;
@@ -104,7 +104,7 @@ Result<QStringList> addStreams(AVFormatContext& source, FileOutput& output, Unhe
     return QStringList{QStringLiteral("not carried over: ") + leftOut.join(QStringLiteral(", "))};
 }
 
-/// Keeps the time stamps of one stream as a writer must have them: present and rising.
+/// Keeps the timestamps of one stream as a writer must have them: present and rising.
 class TimestampRepair {
 public:
     TimestampRepair(const AVStream& stream, const AVFormatContext& source)
@@ -139,7 +139,7 @@ private:
     std::int64_t m_last = kNoTimestamp, m_lastDuration = 1, m_written = kNoTimestamp;
 };
 
-/// Counts what is written and what the writer finds to be no data of its coding.
+/// Counts what is written and what the writer finds to be no data of its codec.
 struct PacketCount {
     int written = 0, damaged = 0;
 
@@ -154,7 +154,7 @@ struct PacketCount {
     }
 };
 
-/// Answers the number of damaged packets that were left out.
+/// Returns the number of damaged packets that were left out.
 Result<int> copyPackets(AVFormatContext& source, FileOutput& output,
                         const std::function<bool(double)>& progress) {
     std::vector<TimestampRepair> repairs;
@@ -229,7 +229,7 @@ Result<QStringList> remuxStreams(const QString& source, const QString& target, R
     copyChapters(from, *(*output)->context());
     Dictionary options;
     if (auto begun = (*output)->writeHeader(options); !begun) {
-        const QStringList refused = refusedCodings(*(*output)->context());
+        const QStringList refused = refusedCodecs(*(*output)->context());
         return refused.isEmpty() ? tl::unexpected(begun.error())
                                  : cannotHold("copy the streams", *(*output)->context(), refused);
     }
@@ -252,9 +252,9 @@ Result<QStringList> remuxFile(const QString& source, const QString& target, Remu
     return remuxStreams(source, target, kind, StreamChoice::All, unheld, progress);
 }
 
-Result<void> remuxSound(const QString& source, const QString& target,
+Result<void> remuxAudio(const QString& source, const QString& target,
                         const std::function<bool(double)>& progress) {
-    const auto done = remuxStreams(source, target, RemuxTarget::Mp4, StreamChoice::Sound,
+    const auto done = remuxStreams(source, target, RemuxTarget::Mp4, StreamChoice::Audio,
                                    UnheldStreams::Refuse, progress);
     return done ? Result<void>() : tl::unexpected(done.error());
 }

@@ -13,8 +13,8 @@ namespace clipheave::platform {
                                             RemuxTarget kind, UnheldStreams unheld,
                                             const std::function<bool(double)>& progress);
 
-/// The sound that a player would play, and nothing else, as MP4.
-[[nodiscard]] Result<void> remuxSound(const QString& source, const QString& target,
+/// The audio that a player would play, and nothing else, as MP4.
+[[nodiscard]] Result<void> remuxAudio(const QString& source, const QString& target,
                                       const std::function<bool(double)>& progress);
 
 } // namespace clipheave::platform

@@ -13,21 +13,22 @@ namespace clipheave::platform {
 
 namespace {
 
-constexpr std::size_t kFilmLane = 0;
-/// Pictures that wait to be encoded: few, but as many small ones as keep the encoder at work while
+constexpr std::size_t kVideoLane = 0;
+/// Frames that wait to be encoded: few, but as many small ones as keep the encoder at work while
 /// somebody sleeps for a tenth of a second.
-constexpr std::int64_t kWaitingFilmBytes = 64 << 20;
-constexpr std::int64_t kMostWaitingFilm = 64, kLeastWaitingFilm = 2;
-constexpr AVRational kUsualFilmRate{25, 1};
-constexpr const char* kNoPictureText = "no picture was given";
+constexpr std::int64_t kWaitingVideoBytes = 64 << 20;
+constexpr std::int64_t kMostWaitingVideo = 64, kLeastWaitingVideo = 2;
+constexpr AVRational kUsualVideoRate{25, 1};
+constexpr const char* kNoFrameText = "no picture was given";
 
 std::size_t waitingFor(QSize size) {
     const std::int64_t bytes = std::int64_t{size.width()} * size.height() * 4;
-    return static_cast<std::size_t>(std::clamp(kWaitingFilmBytes / std::max<std::int64_t>(bytes, 1),
-                                               kLeastWaitingFilm, kMostWaitingFilm));
+    return static_cast<std::size_t>(
+        std::clamp(kWaitingVideoBytes / std::max<std::int64_t>(bytes, 1), kLeastWaitingVideo,
+                   kMostWaitingVideo));
 }
 
-tl::unexpected<Error> filmError(ErrorCode code, const QString& detail) {
+tl::unexpected<Error> videoError(ErrorCode code, const QString& detail) {
     return failure(code, QStringLiteral("write the film"), {}, detail);
 }
 
@@ -36,7 +37,7 @@ AVRational aspectOfBuffer(const CVPixelBuffer& buffer) {
     return told ? AVRational{buffer.pixelAspectWidth, buffer.pixelAspectHeight} : AVRational{1, 1};
 }
 
-/// Borrows the picture's memory and keeps it alive.
+/// Borrows the frame's memory and keeps it alive.
 Frame frameOfBuffer(const std::shared_ptr<CVPixelBuffer>& buffer) {
     Frame frame(av_frame_alloc());
     if (!frame)
@@ -59,9 +60,9 @@ Frame frameOfBuffer(const std::shared_ptr<CVPixelBuffer>& buffer) {
     return frame;
 }
 
-/// The film's look for its first picture: another size than the film's is fitted into it.
-PictureLook lookFor(const FilmSettings& settings, const CVPixelBuffer& first) {
-    PictureLook look = standardLook(settings.size.width(), settings.size.height());
+/// The video's look for its first frame: another size than the video's is fitted into it.
+FrameFormat lookFor(const VideoWriterSettings& settings, const CVPixelBuffer& first) {
+    FrameFormat look = standardLook(settings.size.width(), settings.size.height());
     if (first.size() == settings.size)
         look.aspect = aspectOfBuffer(first);
     return look;
@@ -71,26 +72,26 @@ AVRational timeBaseFor(const CMSampleBuffer& first) {
     std::vector<std::int64_t> units{first.presentationTimeStamp.timescale};
     if (first.duration.timescale > 0)
         units.push_back(first.duration.timescale);
-    return wholeTimeBase(units, kLeastFilmUnits);
+    return wholeTimeBase(units, kLeastVideoUnits);
 }
 
 AVRational rateFor(const CMSampleBuffer& first) {
     const double length = CMTimeGetSeconds(first.duration);
     if (!(length >= 0.001 && length <= 10) || first.duration.value > INT32_MAX)
-        return kUsualFilmRate;
+        return kUsualVideoRate;
     AVRational rate{};
     av_reduce(&rate.num, &rate.den, first.duration.timescale, first.duration.value, INT32_MAX);
     return rate;
 }
 
-class EncodedFilm final : public FilmWriter {
+class EncodedVideo final : public VideoWriter {
 public:
-    EncodedFilm(const FilmSettings& settings, const QString& target, int threads)
+    EncodedVideo(const VideoWriterSettings& settings, const QString& target, int threads)
         : m_settings(settings), m_target(target), m_threads(threads), m_lanes(1),
           m_input(waitingFor(settings.size), [this] { return m_lanes.stopped(); }),
-          m_pictures(kMostWaitingPictures, [this] { return m_lanes.stopped(); }),
+          m_frames(kMostWaitingFrames, [this] { return m_lanes.stopped(); }),
           m_encoding([this] { encode(); }), m_writing([this] { write(); }) {}
-    ~EncodedFilm() override {
+    ~EncodedVideo() override {
         cancel();
         join();
     }
@@ -116,78 +117,78 @@ private:
     void join();
     void encode();
     void write();
-    [[nodiscard]] bool place(TimedPicture picture);
-    void feed(CMSampleBuffer sample, PictureFilter& filter);
-    [[nodiscard]] Result<void> feedAll(CMSampleBuffer sample, PictureFilter& filter);
-    [[nodiscard]] Result<void> push(const CMSampleBuffer& sample, Ticks end, PictureFilter& filter);
+    [[nodiscard]] bool place(TimedFrame videoFrame);
+    void feed(CMSampleBuffer sample, FrameFilter& filter);
+    [[nodiscard]] Result<void> feedAll(CMSampleBuffer sample, FrameFilter& filter);
+    [[nodiscard]] Result<void> push(const CMSampleBuffer& sample, Ticks end, FrameFilter& filter);
 
-    const FilmSettings m_settings;
+    const VideoWriterSettings m_settings;
     const QString m_target;
     const int m_threads;
     ExportLanes m_lanes;
     BoundedQueue<CMSampleBuffer> m_input; ///< as they were appended
-    PictureQueue m_pictures;              ///< in the colours of the film
-    std::optional<PicturePacer> m_pacer;  ///< of the feeding thread
+    FrameQueue m_frames;                  ///< in the colours of the video
+    std::optional<FramePacer> m_pacer;    ///< of the feeding thread
     bool m_anyPlaced = false;             ///< of the feeding thread
-    CMTime m_last{0, 0};                  ///< time stamp of the newest picture
-    QSize m_pictureSize;                  ///< of the first
+    CMTime m_last{0, 0};                  ///< timestamp of the newest frame
+    QSize m_frameSize;                    ///< of the first
     bool m_finished = false;
     Result<void> m_written;
     std::thread m_encoding, m_writing;
 };
 
-Result<void> EncodedFilm::check(const CMSampleBuffer& sample) const {
+Result<void> EncodedVideo::check(const CMSampleBuffer& sample) const {
     if (sample.imageBuffer == nullptr)
-        return filmError(ErrorCode::InvalidArgument, QStringLiteral("a sample without a picture"));
+        return videoError(ErrorCode::InvalidArgument, QStringLiteral("a sample without a picture"));
     const QSize size = sample.imageBuffer->size();
-    if (!m_pictureSize.isEmpty() && size != m_pictureSize)
-        return filmError(ErrorCode::InvalidArgument, QStringLiteral("a picture of %1 x %2 pixels "
-                                                                    "in a film of %3 x %4")
-                                                         .arg(size.width())
-                                                         .arg(size.height())
-                                                         .arg(m_pictureSize.width())
-                                                         .arg(m_pictureSize.height()));
+    if (!m_frameSize.isEmpty() && size != m_frameSize)
+        return videoError(ErrorCode::InvalidArgument, QStringLiteral("a picture of %1 x %2 pixels "
+                                                                     "in a film of %3 x %4")
+                                                          .arg(size.width())
+                                                          .arg(size.height())
+                                                          .arg(m_frameSize.width())
+                                                          .arg(m_frameSize.height()));
     const auto start = ticksOf(sample.presentationTimeStamp);
     const auto length = ticksOf(sample.duration);
     if (!start || (length && *length < 0))
-        return filmError(ErrorCode::InvalidArgument,
-                         QStringLiteral("a picture without a valid time"));
+        return videoError(ErrorCode::InvalidArgument,
+                          QStringLiteral("a picture without a valid time"));
     if (m_last.timescale > 0 && CMTimeCompare(sample.presentationTimeStamp, m_last) <= 0)
-        return filmError(ErrorCode::InvalidArgument,
-                         QStringLiteral("a picture that is not later than the one before"));
+        return videoError(ErrorCode::InvalidArgument,
+                          QStringLiteral("a picture that is not later than the one before"));
     return {};
 }
 
-Result<void> EncodedFilm::append(const CMSampleBuffer& sample) {
+Result<void> EncodedVideo::append(const CMSampleBuffer& sample) {
     if (const auto failed = failure())
         return tl::unexpected(*failed);
     if (m_finished || !m_input.hasRoom())
-        return filmError(m_finished ? ErrorCode::InvalidArgument : ErrorCode::LimitExceeded,
-                         m_finished ? QStringLiteral("the film is complete")
-                                    : QStringLiteral("too many pictures wait"));
+        return videoError(m_finished ? ErrorCode::InvalidArgument : ErrorCode::LimitExceeded,
+                          m_finished ? QStringLiteral("the film is complete")
+                                     : QStringLiteral("too many pictures wait"));
     if (auto checked = check(sample); !checked) {
         stop(checked.error());
         return checked;
     }
     m_last = sample.presentationTimeStamp;
-    m_pictureSize = sample.imageBuffer->size();
+    m_frameSize = sample.imageBuffer->size();
     return m_input.push(sample) ? Result<void>() : tl::unexpected(m_lanes.error());
 }
 
-void EncodedFilm::stop(const Error& error) {
+void EncodedVideo::stop(const Error& error) {
     m_lanes.fail(error);
     m_input.wake();
-    m_pictures.wake();
+    m_frames.wake();
 }
 
-void EncodedFilm::join() {
+void EncodedVideo::join() {
     if (m_encoding.joinable())
         m_encoding.join();
     if (m_writing.joinable())
         m_writing.join();
 }
 
-void EncodedFilm::write() {
+void EncodedVideo::write() {
     ExportPlan plan;
     plan.container = m_settings.container;
     plan.moovFirst = m_settings.moovFirst;
@@ -198,16 +199,16 @@ void EncodedFilm::write() {
         stop(m_written.error());
 }
 
-void EncodedFilm::encode() {
+void EncodedVideo::encode() {
     auto first = m_input.pop();
     if (!first) {
         stop({ErrorCode::InvalidArgument,
               QStringLiteral("write the film"),
               {},
-              QString::fromLatin1(kNoPictureText)});
+              QString::fromLatin1(kNoFrameText)});
         return;
     }
-    const PictureLook look = lookFor(m_settings, *first->imageBuffer);
+    const FrameFormat look = lookFor(m_settings, *first->imageBuffer);
     const AVRational base = timeBaseFor(*first);
     auto encoder =
         VideoEncoder::open(look, ExportVideo(), base, rateFor(*first), encoderThreads(m_threads));
@@ -215,25 +216,25 @@ void EncodedFilm::encode() {
     if (!track)
         return stop(track.error());
     track->displayMatrix = m_settings.preferredTransform;
-    if (!m_lanes.announce(kFilmLane, std::move(*track)))
+    if (!m_lanes.announce(kVideoLane, std::move(*track)))
         return;
     m_pacer.emplace(base, false);
-    PictureFilter filter(look, 0, false, m_threads);
+    FrameFilter filter(look, 0, false, m_threads);
     std::thread feeding([&] { feed(std::move(*first), filter); });
-    encodePictures(**encoder, m_pictures, m_lanes, kFilmLane);
+    encodeFrames(**encoder, m_frames, m_lanes, kVideoLane);
     feeding.join();
-    m_lanes.finish(kFilmLane);
+    m_lanes.finish(kVideoLane);
 }
 
-void EncodedFilm::feed(CMSampleBuffer sample, PictureFilter& filter) {
+void EncodedVideo::feed(CMSampleBuffer sample, FrameFilter& filter) {
     if (const auto fed = feedAll(std::move(sample), filter); !fed)
         stop(fed.error());
-    m_pictures.close();
+    m_frames.close();
 }
 
-/// A picture lasts to the next one; the last as long as it says, or as the one before did.
-Result<void> EncodedFilm::feedAll(CMSampleBuffer sample, PictureFilter& filter) {
-    Ticks length = ticksOf(1, av_inv_q(kUsualFilmRate)).value_or(0);
+/// A frame lasts to the next one; the last as long as it says, or as the one before did.
+Result<void> EncodedVideo::feedAll(CMSampleBuffer sample, FrameFilter& filter) {
+    Ticks length = ticksOf(1, av_inv_q(kUsualVideoRate)).value_or(0);
     while (auto following = m_input.pop()) {
         const Ticks start = ticksOf(sample.presentationTimeStamp).value_or(0);
         const Ticks end = ticksOf(following->presentationTimeStamp).value_or(start);
@@ -249,47 +250,47 @@ Result<void> EncodedFilm::feedAll(CMSampleBuffer sample, PictureFilter& filter) 
     if (auto pushed = push(sample, start + (told > 0 ? told : length), filter); !pushed)
         return pushed;
     const int code =
-        filter.finish([this](TimedPicture picture) { return place(std::move(picture)); });
+        filter.finish([this](TimedFrame videoFrame) { return place(std::move(videoFrame)); });
     if (code < 0 && code != AVERROR_EXIT)
-        return filmError(ErrorCode::Io, ffmpegText(code));
+        return videoError(ErrorCode::Io, ffmpegText(code));
     if (!m_anyPlaced && !m_lanes.stopped())
-        return filmError(ErrorCode::InvalidArgument, QString::fromLatin1(kNoPictureText));
+        return videoError(ErrorCode::InvalidArgument, QString::fromLatin1(kNoFrameText));
     return {};
 }
 
-bool EncodedFilm::place(TimedPicture picture) {
+bool EncodedVideo::place(TimedFrame videoFrame) {
     m_anyPlaced = true;
-    return m_pacer->place(std::move(picture), [this](StampedPicture stamped) {
-        return m_pictures.push(std::move(stamped));
+    return m_pacer->place(std::move(videoFrame), [this](StampedFrame stamped) {
+        return m_frames.push(std::move(stamped));
     }) >= 0;
 }
 
-Result<void> EncodedFilm::push(const CMSampleBuffer& sample, Ticks end, PictureFilter& filter) {
+Result<void> EncodedVideo::push(const CMSampleBuffer& sample, Ticks end, FrameFilter& filter) {
     if (end <= 0)
         return {};
-    TimedPicture picture{frameOfBuffer(sample.imageBuffer)};
-    picture.start = std::max<Ticks>(ticksOf(sample.presentationTimeStamp).value_or(0), 0);
-    picture.end = end;
+    TimedFrame videoFrame{frameOfBuffer(sample.imageBuffer)};
+    videoFrame.start = std::max<Ticks>(ticksOf(sample.presentationTimeStamp).value_or(0), 0);
+    videoFrame.end = end;
     int code = AVERROR(ENOMEM);
-    if (picture.frame)
-        code = filter.push(std::move(picture), aspectOfBuffer(*sample.imageBuffer),
-                           [this](TimedPicture filtered) { return place(std::move(filtered)); });
-    return code < 0 && code != AVERROR_EXIT ? filmError(ErrorCode::Io, ffmpegText(code))
+    if (videoFrame.frame)
+        code = filter.push(std::move(videoFrame), aspectOfBuffer(*sample.imageBuffer),
+                           [this](TimedFrame filtered) { return place(std::move(filtered)); });
+    return code < 0 && code != AVERROR_EXIT ? videoError(ErrorCode::Io, ffmpegText(code))
                                             : Result<void>();
 }
 
 } // namespace
 
-Result<std::unique_ptr<FilmWriter>> openFilmWriter(const FilmSettings& settings,
-                                                   const QString& target,
-                                                   const ExportResources& resources) {
+Result<std::unique_ptr<VideoWriter>> makeVideoWriter(const VideoWriterSettings& settings,
+                                                     const QString& target,
+                                                     const ExportResources& resources) {
     const QSize size = settings.size;
     if (size.width() < 2 || size.height() < 2 || size.width() > CVPixelBuffer::kMostSide ||
         size.height() > CVPixelBuffer::kMostSide)
-        return filmError(
+        return videoError(
             ErrorCode::InvalidArgument,
             QStringLiteral("pictures of %1 x %2 pixels").arg(size.width()).arg(size.height()));
-    return std::make_unique<EncodedFilm>(settings, target, threadsOf(resources));
+    return std::make_unique<EncodedVideo>(settings, target, threadsOf(resources));
 }
 
 } // namespace clipheave::platform

@@ -6,8 +6,8 @@
 namespace clipheave::platform {
 
 /// See MediaEngine::writeFilm.
-[[nodiscard]] Result<std::unique_ptr<FilmWriter>> openFilmWriter(const FilmSettings& settings,
-                                                                 const QString& target,
-                                                                 const ExportResources& resources);
+[[nodiscard]] Result<std::unique_ptr<VideoWriter>>
+makeVideoWriter(const VideoWriterSettings& settings, const QString& target,
+                const ExportResources& resources);
 
 } // namespace clipheave::platform

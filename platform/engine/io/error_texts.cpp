@@ -16,7 +16,7 @@ QString containerText(const AVOutputFormat& format) {
     return QStringLiteral("files of this kind");
 }
 
-/// Without that it is no question of the coding.
+/// Without that it is no question of the codec.
 bool tellsItsShape(const AVCodecParameters& codec) {
     if (codec.codec_type == AVMEDIA_TYPE_VIDEO)
         return codec.width > 0 && codec.height > 0;
@@ -75,14 +75,14 @@ QString ffmpegText(int code) {
     return QString::fromUtf8(text);
 }
 
-QString codingText(AVCodecID codec) {
+QString codecText(AVCodecID codec) {
     if (codec == AV_CODEC_ID_NONE)
         return QStringLiteral("an unknown coding");
     const QString name = QString::fromLatin1(avcodec_get_name(codec)).toUpper().replace(u'_', u' ');
     return name.startsWith(u"PCM ") ? QStringLiteral("PCM") : name;
 }
 
-bool holdsCoding(const AVOutputFormat& format, AVCodecID codec, int compliance) {
+bool holdsCodec(const AVOutputFormat& format, AVCodecID codec, int compliance) {
     // Cameras and editors write it into QuickTime movies, under the name that it has elsewhere.
     if (codec == AV_CODEC_ID_CFHD && QByteArray(format.name) == "mov")
         return true;
@@ -90,18 +90,18 @@ bool holdsCoding(const AVOutputFormat& format, AVCodecID codec, int compliance) 
 }
 
 tl::unexpected<Error> cannotHold(const char* operation, const AVFormatContext& output,
-                                 const QStringList& codings) {
+                                 const QStringList& codecs) {
     return failure(ErrorCode::NotSupported, QString::fromLatin1(operation), {},
                    containerText(*output.oformat) + QStringLiteral(" cannot hold ") +
-                       codings.join(QStringLiteral(", ")));
+                       codecs.join(QStringLiteral(", ")));
 }
 
-QStringList refusedCodings(const AVFormatContext& output) {
+QStringList refusedCodecs(const AVFormatContext& output) {
     QStringList refused;
     for (unsigned i = 0; i < output.nb_streams; ++i) {
         const AVStream& stream = *output.streams[i];
         if (tellsItsShape(*stream.codecpar) && !canBegin(output, stream))
-            refused << codingText(stream.codecpar->codec_id);
+            refused << codecText(stream.codecpar->codec_id);
     }
     return refused;
 }

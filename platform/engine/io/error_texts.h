@@ -10,13 +10,13 @@
 namespace clipheave::platform {
 
 /// "VP8".
-[[nodiscard]] QString codingText(AVCodecID codec);
-/// Whether the container has a place for the coding; what the stream holds may yet be refused.
-[[nodiscard]] bool holdsCoding(const AVOutputFormat& format, AVCodecID codec, int compliance);
+[[nodiscard]] QString codecText(AVCodecID codec);
+/// Whether the container has a place for the codec; what the stream holds may yet be refused.
+[[nodiscard]] bool holdsCodec(const AVOutputFormat& format, AVCodecID codec, int compliance);
 /// NotSupported: "QuickTime movies cannot hold VP8".
 [[nodiscard]] tl::unexpected<Error> cannotHold(const char* operation, const AVFormatContext& output,
-                                               const QStringList& codings);
-/// The codings of the streams that the container refuses, found by trying them one by one.
-[[nodiscard]] QStringList refusedCodings(const AVFormatContext& output);
+                                               const QStringList& codecs);
+/// The codecs of the streams that the container refuses, found by trying them one by one.
+[[nodiscard]] QStringList refusedCodecs(const AVFormatContext& output);
 
 } // namespace clipheave::platform

@@ -14,13 +14,13 @@ namespace {
 /// Packets may look far ahead for their codec parameters: the file is read in full anyway.
 constexpr std::int64_t kExportProbeBytes = 16 << 20;
 constexpr int kMostUnreadable = 100; ///< failing reads in a row after which a file is at its end
-/// Containers without an index are entered this much earlier, for a key frame to come by.
+/// Containers without an index are entered this much earlier, for a keyframe to come by.
 constexpr Ticks kSeekMargin = kTicksPerSecond * 10;
-/// Sound decoders need some packets before the first good sample.
-constexpr Ticks kSoundPreroll = kTicksPerSecond / 4;
+/// Audio decoders need some packets before the first good sample.
+constexpr Ticks kAudioPreroll = kTicksPerSecond / 4;
 /// So much may be missing at the end of a file.
 constexpr Ticks kToleratedCut = kTicksPerSecond / 2;
-/// Packets from a place found by its time; more than lie between a key frame and the end.
+/// Packets from a place found by its time; more than lie between a keyframe and the end.
 constexpr int kMostLookedAt = 2000;
 constexpr const char* kSourceText = "read the source";
 
@@ -84,10 +84,10 @@ Result<std::unique_ptr<ExportSource>> ExportSource::open(const QString& path, AV
     AVFormatContext& context = source->context();
     context.flags |= AVFMT_FLAG_GENPTS;
     context.probesize = kExportProbeBytes;
-    // Deliberate: where the film tells its times only when it is decoded, it is, for the sound too.
-    // Both count from the earliest, and would begin side by side otherwise.
-    const bool soundAlone = type == AVMEDIA_TYPE_AUDIO && hasSampleTable(context);
-    const auto use = soundAlone ? StreamsOfUse::Sound : StreamsOfUse::All;
+    // Deliberate: where the video tells its times only when it is decoded, it is, for the audio
+    // too. Both count from the earliest, and would begin side by side otherwise.
+    const bool audioAlone = type == AVMEDIA_TYPE_AUDIO && hasSampleTable(context);
+    const auto use = audioAlone ? StreamsOfUse::Audio : StreamsOfUse::All;
     if (!source->m_input->findStreamInfo(use))
         return source->failed(ErrorCode::InvalidData, QStringLiteral("the streams cannot be read"));
     source->m_origin = ticksOf(startMicroseconds(context), AV_TIME_BASE_Q).value_or(0);
@@ -136,8 +136,8 @@ int ExportSource::read(AVPacket& packet) {
 }
 
 bool ExportSource::seekBefore(Ticks time) {
-    const bool sound = codec().codec_type == AVMEDIA_TYPE_AUDIO;
-    const Ticks margin = sound ? kSoundPreroll : hasExactIndex(context()) ? 0 : kSeekMargin;
+    const bool audio = codec().codec_type == AVMEDIA_TYPE_AUDIO;
+    const Ticks margin = audio ? kAudioPreroll : hasExactIndex(context()) ? 0 : kSeekMargin;
     if (time <= margin)
         return false;
     const std::int64_t wanted = ticksTo(time - margin + m_origin, m_stream->time_base);
@@ -247,10 +247,10 @@ QString damageNote(const ExportSource& source, int damaged) {
     const int count = damaged + source.unreadable();
     if (count == 0)
         return {};
-    const bool sound = source.codec().codec_type == AVMEDIA_TYPE_AUDIO;
+    const bool audio = source.codec().codec_type == AVMEDIA_TYPE_AUDIO;
     return QStringLiteral("%1: damaged pieces of the %2 left out: %3")
         .arg(QFileInfo(source.path()).fileName(),
-             sound ? QStringLiteral("sound") : QStringLiteral("film"))
+             audio ? QStringLiteral("sound") : QStringLiteral("film"))
         .arg(count);
 }
 

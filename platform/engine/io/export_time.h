@@ -21,15 +21,15 @@ inline constexpr Ticks kSliverTicks = kTicksPerSecond / 1000;
 /// stamps that ask for more are damage, and would keep the encoder busy for days.
 inline constexpr Ticks kLongestFiller = kTicksPerSecond * 3600 * 12;
 
-/// None for an invalid time, a missing time stamp and times beyond kFarthestTicks.
+/// None for an invalid time, a missing timestamp and times beyond kFarthestTicks.
 [[nodiscard]] std::optional<Ticks> ticksOf(CMTime time);
 [[nodiscard]] std::optional<Ticks> ticksOf(std::int64_t timestamp, AVRational base);
 [[nodiscard]] std::int64_t ticksTo(Ticks time, AVRational base); ///< to the nearest
 [[nodiscard]] std::int64_t ticksToUnits(Ticks time, std::int64_t unitsPerSecond);
 [[nodiscard]] double ticksToSeconds(Ticks time);
 
-/// Units in a second of an output film's time base, at least.
-inline constexpr std::int64_t kLeastFilmUnits = 12'000;
+/// Units in a second of an output video's time base, at least.
+inline constexpr std::int64_t kLeastVideoUnits = 12'000;
 /// A time base in which all of these are whole, each given by its units in a second, and as fine as
 /// `least`; 1/90000 where that would be too fine.
 [[nodiscard]] AVRational wholeTimeBase(const std::vector<std::int64_t>& units, std::int64_t least);

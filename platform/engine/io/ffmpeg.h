@@ -48,7 +48,7 @@ inline constexpr std::int64_t kNoTimestamp = INT64_MIN; // AV_NOPTS_VALUE
 [[nodiscard]] QString ffmpegText(int code);
 
 /// Where the presentation of an opened file begins, in microseconds. Deliberate: a start just below
-/// zero is sound that the decoder swallows; 0 stays 0 then, so that pictures, sound and chapters
+/// zero is audio that the decoder swallows; 0 stays 0 then, so that frames, audio and chapters
 /// stay where they are. A broadcast whose clock runs over begins up to a day below zero.
 inline std::int64_t startMicroseconds(const AVFormatContext& context) {
     constexpr std::int64_t kLongestPriming = 1'000'000;

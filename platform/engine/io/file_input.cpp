@@ -17,8 +17,8 @@ constexpr std::int64_t kAnalyzeMicroseconds = 2'000'000;
 /// Below this score the demuxer is a guess: text and noise look a little like MPEG audio.
 constexpr int kLeastProbeScore = 2;
 
-// Containers of sound and pictures in motion. Left out on purpose: playlists and everything else
-// that leads to other files, still pictures, subtitles, devices.
+// Containers of audio and frames in motion. Left out on purpose: playlists and everything else
+// that leads to other files, still frames, subtitles, devices.
 constexpr char kDemuxers[] =
     "aac,ac3,aiff,amr,amrnb,amrwb,ape,asf,asf_o,au,avi,caf,dirac,dsf,dts,dtshd,dv,eac3,flac,flv,"
     "gxf,"
@@ -137,7 +137,7 @@ bool FileInput::findStreamInfo(StreamsOfUse use) {
     std::vector<AVDictionary*> options(m_context->nb_streams, nullptr);
     for (std::size_t i = 0; i < options.size(); ++i) {
         av_dict_set(&options[i], "threads", "1", 0);
-        if (use == StreamsOfUse::Sound &&
+        if (use == StreamsOfUse::Audio &&
             m_context->streams[i]->codecpar->codec_type == AVMEDIA_TYPE_VIDEO)
             av_dict_set(&options[i], "skip_frame", "all", 0);
     }

@@ -20,7 +20,7 @@ struct InputLimits {
     }
 };
 
-enum class StreamsOfUse { All, Sound };
+enum class StreamsOfUse { All, Audio };
 
 /// A file opened by libavformat over a FileReader: only the demuxers of media containers, and no
 /// other file or address that the contents may name. Borrows the reader.
@@ -33,8 +33,8 @@ public:
     FileInput& operator=(const FileInput&) = delete;
 
     [[nodiscard]] AVFormatContext* context() const { return m_context.get(); }
-    /// Reads packets until the codec parameters are known, of all streams or of the sound alone:
-    /// the decoding of a film's first pictures is most of the work. False when that failed.
+    /// Reads packets until the codec parameters are known, of all streams or of the audio alone:
+    /// the decoding of a video's first frames is most of the work. False when that failed.
     [[nodiscard]] bool findStreamInfo(StreamsOfUse use = StreamsOfUse::All);
     [[nodiscard]] bool exhausted() const { return m_exhausted; }
 

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kMostPackets = 512;
 constexpr std::size_t kMostPacketBytes = 16 << 20;
 /// The writer is woken for so many packets at once, or looks by itself when its patience ends: a
-/// change of threads costs more than a packet of sound.
+/// change of threads costs more than a packet of audio.
 constexpr std::size_t kPacketsAtOnce = 32;
 
 } // namespace

@@ -20,7 +20,7 @@ tl::unexpected<Error> planError(const char* what, const QString& path = {}) {
                    QString::fromLatin1(what));
 }
 
-/// Side data of a film that belongs to its track whatever becomes of the pictures' coding.
+/// Side data of a video that belongs to its track whatever becomes of the frames' codec.
 bool isKeptSideData(AVPacketSideDataType type) {
     return type == AV_PKT_DATA_MASTERING_DISPLAY_METADATA ||
            type == AV_PKT_DATA_CONTENT_LIGHT_LEVEL || type == AV_PKT_DATA_SPHERICAL ||
@@ -55,18 +55,18 @@ Result<std::shared_ptr<const SourceFacts>> factsOf(ExportSource& source) {
 
 Result<void> checkFacts(const ExportSource& source, bool decoded) {
     const AVCodecParameters& codec = source.codec();
-    const bool film = codec.codec_type == AVMEDIA_TYPE_VIDEO;
+    const bool videoFile = codec.codec_type == AVMEDIA_TYPE_VIDEO;
     if (decoded && avcodec_find_decoder(codec.codec_id) == nullptr)
         return source.failed(ErrorCode::NotSupported,
                              QStringLiteral("no decoder for the %1 (%2)")
-                                 .arg(film ? QStringLiteral("film") : QStringLiteral("sound"),
+                                 .arg(videoFile ? QStringLiteral("film") : QStringLiteral("sound"),
                                       codec.codec_id == AV_CODEC_ID_NONE
                                           ? QStringLiteral("of an unknown coding")
-                                          : codingText(codec.codec_id)));
-    if (film && (codec.width <= 0 || codec.height <= 0))
+                                          : codecText(codec.codec_id)));
+    if (videoFile && (codec.width <= 0 || codec.height <= 0))
         return source.failed(ErrorCode::InvalidData,
                              QStringLiteral("nothing of the film can be decoded"));
-    if (!film && (codec.sample_rate <= 0 || codec.ch_layout.nb_channels <= 0))
+    if (!videoFile && (codec.sample_rate <= 0 || codec.ch_layout.nb_channels <= 0))
         return source.failed(ErrorCode::InvalidData,
                              QStringLiteral("nothing of the sound can be decoded"));
     return source.checkComplete();
@@ -160,22 +160,23 @@ Result<void> checkVideo(const ExportVideo& video) {
     return {};
 }
 
-Result<void> checkSound(const ExportSound& sound) {
-    const bool plain = sound.volume == 1;
-    if (!(sound.volume >= 0 && sound.volume <= 100) || sound.channels < 0 || sound.bitRate <= 0)
+Result<void> checkAudio(const ExportAudio& audio) {
+    const bool plain = audio.volume == 1;
+    if (!(audio.volume >= 0 && audio.volume <= 100) || audio.channels < 0 || audio.bitRate <= 0)
         return planError("the sound's settings are out of range");
-    if (sound.coding == ExportCoding::Copy && !plain)
+    if (audio.mode == ExportMode::Copy && !plain)
         return planError("copied sound keeps its volume");
     return {};
 }
 
-Result<void> readSound(const ExportPlan& plan, PlannedExport& planned) {
-    if (auto valid = checkSound(*plan.sound); !valid)
+Result<void> readAudio(const ExportPlan& plan, PlannedExport& planned) {
+    if (auto valid = checkAudio(*plan.audio); !valid)
         return valid;
-    const bool decoded = plan.sound->coding == ExportCoding::Encode && plan.sound->volume > 0;
-    auto segments = TrackReader(AVMEDIA_TYPE_AUDIO, decoded).read(plan.sound->segments);
+    const bool decoded = plan.audio->mode == ExportMode::Encode && plan.audio->volume > 0;
+    auto segments = TrackReader(AVMEDIA_TYPE_AUDIO, decoded).read(plan.audio->segments);
     if (!segments && segments.error().code == ErrorCode::NotSupported && plan.video) {
-        // The film is worth having without a sound that is not there or that nothing can play.
+        // The video is worth having without an audio track that is not there or that nothing can
+        // play.
         planned.notes << QStringLiteral("%1: %2; left out")
                              .arg(QFileInfo(segments.error().path).fileName(),
                                   segments.error().detail);
@@ -183,7 +184,7 @@ Result<void> readSound(const ExportPlan& plan, PlannedExport& planned) {
     }
     if (!segments)
         return tl::unexpected(segments.error());
-    planned.sound = std::move(*segments);
+    planned.audio = std::move(*segments);
     return {};
 }
 
@@ -205,14 +206,14 @@ QByteArray creationTimeOf(const QString& path) {
 
 Result<PlannedExport> readExportPlan(const ExportPlan& plan) {
     PlannedExport planned;
-    if (!plan.video && !plan.sound)
+    if (!plan.video && !plan.audio)
         return planError("neither film nor sound");
     if (plan.video && plan.container == ExportContainer::M4A)
         return planError("M4A holds no film");
     if (plan.video) {
         if (auto valid = checkVideo(*plan.video); !valid)
             return tl::unexpected(valid.error());
-        const bool decoded = plan.video->coding == ExportCoding::Encode;
+        const bool decoded = plan.video->mode == ExportMode::Encode;
         auto segments = TrackReader(AVMEDIA_TYPE_VIDEO, decoded).read(plan.video->segments);
         if (!segments)
             return tl::unexpected(segments.error());
@@ -221,11 +222,11 @@ Result<PlannedExport> readExportPlan(const ExportPlan& plan) {
             return tl::unexpected(turned.error());
         planned.end = planned.video.back().stretch.targetEnd;
     }
-    if (plan.sound)
-        if (auto read = readSound(plan, planned); !read)
+    if (plan.audio)
+        if (auto read = readAudio(plan, planned); !read)
             return tl::unexpected(read.error());
-    if (!planned.sound.empty())
-        planned.end = std::max(planned.end, planned.sound.back().stretch.targetEnd);
+    if (!planned.audio.empty())
+        planned.end = std::max(planned.end, planned.audio.back().stretch.targetEnd);
     planned.creationTime = creationTimeOf(plan.headerDatesOf);
     return planned;
 }

@@ -31,7 +31,7 @@ struct PlannedSegment {
 
 /// An export whose plan is valid and whose sources are there.
 struct PlannedExport {
-    std::vector<PlannedSegment> video, sound; ///< empty: no such track
+    std::vector<PlannedSegment> video, audio; ///< empty: no such track
     QByteArray creationTime;                  ///< as libavformat writes it, empty: none
     QStringList notes;
     Ticks end = 0;

@@ -74,17 +74,17 @@ AVChromaLocation turned(AVChromaLocation chroma, int turn) {
     return AVCHROMA_LOC_UNSPECIFIED;
 }
 
-void takeStandardRange(PictureLook& look) {
+void takeStandardRange(FrameFormat& look) {
     look.matrix = AVCOL_SPC_BT709;
     look.primaries = AVCOL_PRI_BT709;
     look.transfer = AVCOL_TRC_BT709;
     look.chroma = AVCHROMA_LOC_LEFT;
 }
 
-/// More than eight bits stay where the quality is to stay. Deliberate: a small film of a bit rate
+/// More than eight bits stay where the quality is to stay. Deliberate: a small video of a bit rate
 /// is for any player, and some cannot show H.264 of ten.
 void chooseDepth(const ExportVideo& video, const std::vector<PlannedSegment>& segments,
-                 PictureLook& look, QStringList& notes) {
+                 FrameFormat& look, QStringList& notes) {
     const int depth = depthOf(segments);
     if (depth <= kPlainDepth)
         return;
@@ -101,7 +101,7 @@ void chooseDepth(const ExportVideo& video, const std::vector<PlannedSegment>& se
 
 /// Colours and bit depth.
 void chooseColours(const ExportVideo& video, const std::vector<PlannedSegment>& segments,
-                   PictureLook& look, QStringList& notes) {
+                   FrameFormat& look, QStringList& notes) {
     const AVCodecParameters& first = *segments.front().facts->parameters;
     bool any = false, same = true;
     for (const PlannedSegment& segment : segments) {
@@ -134,11 +134,11 @@ void chooseColours(const ExportVideo& video, const std::vector<PlannedSegment>& 
 }
 
 struct FittedSize {
-    int width, height; ///< of the turned picture in the look's samples
+    int width, height; ///< of the turned frame in the look's samples
     bool crop;         ///< a line less is all the difference
 };
 
-FittedSize fit(const PictureShape& shape, const PictureLook& look, int turn) {
+FittedSize fit(const FrameShape& shape, const FrameFormat& look, int turn) {
     const bool quarter = turn % 180 != 0;
     const int width = quarter ? shape.height : shape.width;
     const int height = quarter ? shape.width : shape.height;
@@ -180,15 +180,15 @@ const char* matrixName(AVColorSpace matrix, int height) {
     }
 }
 
-/// The matrix of a picture has to be changed.
-bool changesMatrix(const PictureShape& shape, const PictureLook& look) {
+/// The matrix of a frame has to be changed.
+bool changesMatrix(const FrameShape& shape, const FrameFormat& look) {
     if (shape.matrix == look.matrix)
         return false;
     return qstrcmp(matrixName(shape.matrix, shape.height), matrixName(look.matrix, look.height)) !=
            0;
 }
 
-QByteArray scaleText(int width, int height, const PictureShape& shape, const PictureLook& look,
+QByteArray scaleText(int width, int height, const FrameShape& shape, const FrameFormat& look,
                      AVPixelFormat format) {
     QByteArray text = "scale=" + QByteArray::number(width) + ':' + QByteArray::number(height) +
                       ":flags=bicubic:out_range=" + rangeName(look.range);
@@ -205,7 +205,7 @@ QByteArray scaleText(int width, int height, const PictureShape& shape, const Pic
 }
 
 /// From PQ or HLG to BT.709, scaled first: it is costly.
-QByteArray toneMapText(int width, int height, const PictureShape& shape) {
+QByteArray toneMapText(int width, int height, const FrameShape& shape) {
     const char* transfer = shape.transfer == AVCOL_TRC_SMPTE2084 ? "smpte2084" : "arib-std-b67";
     return "scale=" + QByteArray::number(width) + ':' + QByteArray::number(height) +
            ":flags=bicubic,format=yuv420p10le,zscale=min=bt2020nc:pin=bt2020:tin=" + transfer +
@@ -216,8 +216,8 @@ QByteArray toneMapText(int width, int height, const PictureShape& shape) {
 
 } // namespace
 
-PictureLook standardLook(int width, int height) {
-    PictureLook look;
+FrameFormat standardLook(int width, int height) {
+    FrameFormat look;
     look.width = evenSide(width);
     look.height = evenSide(height);
     takeStandardRange(look);
@@ -228,18 +228,18 @@ bool isHighDynamicRange(AVColorTransferCharacteristic transfer) {
     return transfer == AVCOL_TRC_SMPTE2084 || transfer == AVCOL_TRC_ARIB_STD_B67;
 }
 
-bool PictureShape::operator==(const PictureShape& other) const {
+bool FrameShape::operator==(const FrameShape& other) const {
     return width == other.width && height == other.height && format == other.format &&
            av_cmp_q(aspect, other.aspect) == 0 && range == other.range && matrix == other.matrix &&
            transfer == other.transfer && deinterlace == other.deinterlace;
 }
 
-PictureLook lookOf(const ExportVideo& video, const std::vector<PlannedSegment>& segments,
+FrameFormat lookOf(const ExportVideo& video, const std::vector<PlannedSegment>& segments,
                    QStringList& notes) {
     const PlannedSegment& first = segments.front();
     const AVCodecParameters& source = *first.facts->parameters;
     const bool quarter = first.turn % 180 != 0;
-    PictureLook look;
+    FrameFormat look;
     look.width = evenSide(quarter ? source.height : source.width);
     look.height = evenSide(quarter ? source.width : source.height);
     look.aspect = turned(first.facts->aspect, first.turn);
@@ -249,7 +249,7 @@ PictureLook lookOf(const ExportVideo& video, const std::vector<PlannedSegment>& 
         look.aspect = {1, 1};
     }
     chooseColours(video, segments, look, notes);
-    // Fields survive only where nothing but their coding changes; else they are woven to pictures.
+    // Fields survive only where nothing but their codec changes; else they are woven to frames.
     const bool untouched = segments.size() == 1 && first.turn == 0 && !first.mirrored &&
                            look.width == source.width && look.height == source.height &&
                            look.height % 4 == 0 && !video.frameDuration;
@@ -259,7 +259,7 @@ PictureLook lookOf(const ExportVideo& video, const std::vector<PlannedSegment>& 
     return look;
 }
 
-QByteArray filtersFor(const PictureShape& shape, const PictureLook& look, int turn, bool mirrored) {
+QByteArray filtersFor(const FrameShape& shape, const FrameFormat& look, int turn, bool mirrored) {
     QByteArrayList filters;
     if (shape.deinterlace)
         filters << "bwdif=mode=send_frame:deint=interlaced";
@@ -291,7 +291,7 @@ QByteArray filtersFor(const PictureShape& shape, const PictureLook& look, int tu
     return filters.join(',');
 }
 
-Frame blackPicture(const PictureLook& look) {
+Frame blackFrame(const FrameFormat& look) {
     Frame frame(av_frame_alloc());
     if (!frame)
         return frame;
@@ -310,15 +310,15 @@ Frame blackPicture(const PictureLook& look) {
     return frame;
 }
 
-Frame centredOnBlack(const AVFrame& picture, const PictureLook& look) {
-    Frame whole = blackPicture(look);
+Frame centredOnBlack(const AVFrame& videoFrame, const FrameFormat& look) {
+    Frame whole = blackFrame(look);
     const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(look.format);
-    if (!whole || format == nullptr || picture.format != look.format ||
-        picture.width > look.width || picture.height > look.height ||
-        av_frame_copy_props(whole.get(), &picture) < 0)
+    if (!whole || format == nullptr || videoFrame.format != look.format ||
+        videoFrame.width > look.width || videoFrame.height > look.height ||
+        av_frame_copy_props(whole.get(), &videoFrame) < 0)
         return nullptr;
-    const int left = (look.width - picture.width) / 4 * 2; // even, as colours are halved
-    const int top = (look.height - picture.height) / 4 * 2;
+    const int left = (look.width - videoFrame.width) / 4 * 2; // even, as colours are halved
+    const int top = (look.height - videoFrame.height) / 4 * 2;
     std::uint8_t* to[4] = {};
     const std::uint8_t* from[4] = {};
     for (int i = 0; i < format->nb_components; ++i) {
@@ -328,10 +328,10 @@ Frame centredOnBlack(const AVFrame& picture, const PictureLook& look) {
                          std::ptrdiff_t{top >> (colour ? format->log2_chroma_h : 0)} *
                              whole->linesize[part.plane] +
                          std::ptrdiff_t{left >> (colour ? format->log2_chroma_w : 0)} * part.step;
-        from[part.plane] = picture.data[part.plane];
+        from[part.plane] = videoFrame.data[part.plane];
     }
-    av_image_copy(to, whole->linesize, from, picture.linesize, look.format, picture.width,
-                  picture.height);
+    av_image_copy(to, whole->linesize, from, videoFrame.linesize, look.format, videoFrame.width,
+                  videoFrame.height);
     return whole;
 }
 

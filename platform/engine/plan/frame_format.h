@@ -5,8 +5,8 @@
 
 namespace clipheave::platform {
 
-/// What every picture of an encoded film looks like.
-struct PictureLook {
+/// What every frame of an encoded video looks like.
+struct FrameFormat {
     int width = 0, height = 0;                 ///< even
     AVRational aspect{1, 1};                   ///< of a sample
     AVPixelFormat format = AV_PIX_FMT_YUV420P; ///< 4:2:0; yuvj420p for 8 bits of full range
@@ -18,8 +18,8 @@ struct PictureLook {
     bool interlaced = false, topFieldFirst = false;
 };
 
-/// A picture as it comes from a decoder.
-struct PictureShape {
+/// A frame as it comes from a decoder.
+struct FrameShape {
     int width = 0, height = 0;
     int format = -1;
     AVRational aspect{1, 1};
@@ -28,34 +28,34 @@ struct PictureShape {
     AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
     bool deinterlace = false;
 
-    [[nodiscard]] bool operator==(const PictureShape& other) const;
+    [[nodiscard]] bool operator==(const FrameShape& other) const;
 };
 
-/// The look of a plan's film: that of its first source so far as the plan does not say otherwise.
-/// A film of high dynamic range stays one (10 bits, its transfer and primaries) unless pieces of
+/// The look of a plan's video: that of its first source so far as the plan does not say otherwise.
+/// A video of high dynamic range stays one (10 bits, its transfer and primaries) unless pieces of
 /// both kinds meet, then all are shown in standard range. More than 8 bits of standard range become
-/// 10 in a film of constant quality, 8 in one of a bit rate. `notes` tells any of these.
-[[nodiscard]] PictureLook lookOf(const ExportVideo& video,
+/// 10 in a video of constant quality, 8 in one of a bit rate. `notes` tells any of these.
+[[nodiscard]] FrameFormat lookOf(const ExportVideo& video,
                                  const std::vector<PlannedSegment>& segments, QStringList& notes);
 
 /// Eight bits and BT.709; sides that are odd lose a line.
-[[nodiscard]] PictureLook standardLook(int width, int height);
+[[nodiscard]] FrameFormat standardLook(int width, int height);
 
 [[nodiscard]] bool isHighDynamicRange(AVColorTransferCharacteristic transfer);
 
-/// The filters, as libavfilter reads them, that make `look` of pictures of `shape`, turned
+/// The filters, as libavfilter reads them, that make `look` of frames of `shape`, turned
 /// clockwise by `turn` degrees, `mirrored` left to right before, fitted into the size.
-[[nodiscard]] QByteArray filtersFor(const PictureShape& shape, const PictureLook& look, int turn,
+[[nodiscard]] QByteArray filtersFor(const FrameShape& shape, const FrameFormat& look, int turn,
                                     bool mirrored);
 
 /// Null without memory.
-[[nodiscard]] Frame blackPicture(const PictureLook& look);
+[[nodiscard]] Frame blackFrame(const FrameFormat& look);
 
-/// A filtered picture that is smaller than the look, with black around it; null without memory. The
+/// A filtered frame that is smaller than the look, with black around it; null without memory. The
 /// library's own filter for it knows no black of full range in ten bits.
-[[nodiscard]] Frame centredOnBlack(const AVFrame& picture, const PictureLook& look);
+[[nodiscard]] Frame centredOnBlack(const AVFrame& videoFrame, const FrameFormat& look);
 
-/// Marks a picture of full range by its format, as the filters want it.
+/// Marks a frame of full range by its format, as the filters want it.
 void normalizeRange(AVFrame& frame);
 
 } // namespace clipheave::platform

@@ -18,7 +18,7 @@ std::span<AVStream* const> streamsOf(const AVFormatContext& context) {
     return {context.streams, std::min(context.nb_streams, kMostStreams)};
 }
 
-bool isPicture(const AVStream& stream) {
+bool isFrame(const AVStream& stream) {
     return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
 }
 
@@ -32,7 +32,7 @@ double containerSeconds(const AVFormatContext& context) {
         return static_cast<double>(context.duration) * kMicrosecond;
     double longest = 0;
     for (const AVStream* stream : streamsOf(context))
-        longest = std::max(longest, isPicture(*stream) ? 0 : streamSeconds(*stream));
+        longest = std::max(longest, isFrame(*stream) ? 0 : streamSeconds(*stream));
     return longest;
 }
 
@@ -44,7 +44,7 @@ bool isComplete(const AVFormatContext& context) {
     const auto streams = streamsOf(context);
     return std::all_of(streams.begin(), streams.end(), [](const AVStream* stream) {
         const AVCodecParameters& codec = *stream->codecpar;
-        if (isPicture(*stream))
+        if (isFrame(*stream))
             return true;
         if (codec.codec_type == AVMEDIA_TYPE_VIDEO)
             return codec.width > 0 && codec.height > 0;
@@ -96,7 +96,7 @@ AVAssetTrack trackOf(const AVStream& stream) {
     track.mediaType = QString::fromLatin1(mediaTypeCode(codec.codec_type));
     track.codec = QString::fromLatin1(avcodec_get_name(codec.codec_id));
     track.durationSeconds = streamSeconds(stream);
-    track.isAttachedPicture = isPicture(stream);
+    track.isAttachedPicture = isFrame(stream);
     track.bitRate = streamBitRate(stream);
     if (codec.codec_type == AVMEDIA_TYPE_VIDEO) {
         track.naturalSize = QSize(std::max(codec.width, 0), std::max(codec.height, 0));
@@ -137,7 +137,7 @@ void addTracks(const AVFormatContext& context, std::uint64_t fileBytes, MediaFac
     facts.audioSampleRate = audio->sampleRate;
     facts.audioChannels = audio->channels;
     facts.audioBitRate = audio->bitRate;
-    // Nothing but sound: the whole file is its bits.
+    // Nothing but audio: the whole file is its bits.
     if (facts.audioBitRate <= 0 && video == nullptr && facts.durationSeconds > 0)
         facts.audioBitRate = static_cast<double>(fileBytes) * 8 / facts.durationSeconds;
 }

@@ -9,7 +9,7 @@ namespace clipheave::platform {
 
 /// See MediaEngine::probe.
 [[nodiscard]] Result<MediaFacts> probeFile(FileReader& reader);
-/// The tags of an opened file as metadata items, pictures last.
+/// The tags of an opened file as metadata items, frames last.
 [[nodiscard]] QList<AVMetadataItem> mappedTags(const AVFormatContext& context);
 /// The creation time that the container announces; invalid when there is none.
 [[nodiscard]] QDateTime creationTime(const AVFormatContext& context);

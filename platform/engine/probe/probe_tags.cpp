@@ -37,15 +37,15 @@ QList<NamedTag> fileTags(const AVFormatContext& context) {
     return tags;
 }
 
-void appendPictures(const AVFormatContext& context, QList<AVMetadataItem>& items) {
+void appendFrames(const AVFormatContext& context, QList<AVMetadataItem>& items) {
     for (unsigned i = 0; i < std::min(context.nb_streams, kMostTaggedStreams); ++i) {
-        const AVPacket& picture = context.streams[i]->attached_pic;
-        if (picture.data == nullptr || picture.size <= 0 || picture.size > kLargestCover)
+        const AVPacket& videoFrame = context.streams[i]->attached_pic;
+        if (videoFrame.data == nullptr || videoFrame.size <= 0 || videoFrame.size > kLargestCover)
             continue;
-        const auto* bytes = static_cast<const char*>(static_cast<const void*>(picture.data));
+        const auto* bytes = static_cast<const char*>(static_cast<const void*>(videoFrame.data));
         items.append(AVMetadataItem::make(QStringLiteral("org.id3"), QStringLiteral("APIC"),
                                           QStringLiteral("id3/APIC"),
-                                          QByteArray(bytes, picture.size)));
+                                          QByteArray(bytes, videoFrame.size)));
     }
 }
 
@@ -62,7 +62,7 @@ QList<AVMetadataItem> mappedTags(const AVFormatContext& context) {
         const QString space = QStringLiteral("mdta");
         items.append(AVMetadataItem::make(space, key, space + u'/' + key, tag.value));
     }
-    appendPictures(context, items);
+    appendFrames(context, items);
     return items;
 }
 

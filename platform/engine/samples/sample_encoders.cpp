@@ -65,7 +65,7 @@ Result<void> VideoSample::prepare() {
     return {};
 }
 
-/// The display matrix of a clockwise turn, with the shift that keeps the picture at the origin.
+/// The display matrix of a clockwise turn, with the shift that keeps the frame at the origin.
 void VideoSample::setRotation() {
     const int quarter = static_cast<int>(std::lround(m_sample.rotation / 90)) & 3;
     if (quarter == 0)

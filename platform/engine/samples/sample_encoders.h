@@ -9,7 +9,8 @@
 
 namespace clipheave::platform {
 
-/// One stream of a demonstration file: draws or sounds a frame, encodes it, writes the packets.
+/// One stream of a demonstration file: draws or audio tracks a frame, encodes it, writes the
+/// packets.
 class SampleStream {
 public:
     virtual ~SampleStream() = default;

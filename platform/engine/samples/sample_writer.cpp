@@ -67,7 +67,7 @@ Result<void> writeSampleFile(const SampleMedia& sample, const QString& target) {
     if (sample.moovFirst)
         options.set("movflags", "+faststart");
     if (sample.container ==
-        QLatin1String("mp3")) // no empty tag before the sound; 2.3 is known to all
+        QLatin1String("mp3")) // no empty tag before the audio; 2.3 is known to all
         options.set("id3v2_version", sample.tags.isEmpty() ? "0" : "3");
     for (auto tag = sample.tags.cbegin(); tag != sample.tags.cend(); ++tag)
         av_dict_set(&(*output)->context()->metadata, tag.key().toUtf8().constData(),

@@ -18,7 +18,7 @@ struct AiffFile {
     int bits = 0;
     double sampleRate = 0;
     QByteArray compression; ///< empty in an AIFF file
-    std::optional<std::uint64_t> soundBytes;
+    std::optional<std::uint64_t> audioBytes;
     InfoDictionary info;
     Id3Contents id3;
     QString problem;
@@ -54,7 +54,7 @@ void readAiffChunk(AiffFile& aiff, const QByteArray& id, const ByteRange& body) 
     if (id == "COMM")
         readAiffCommon(aiff, body.view(0, 22));
     else if (id == "SSND")
-        aiff.soundBytes = body.size() > 8 ? body.size() - 8 : 0;
+        aiff.audioBytes = body.size() > 8 ? body.size() - 8 : 0;
     else if (id == "NAME")
         addAiffText(aiff, "title", text());
     else if (id == "AUTH")
@@ -99,21 +99,21 @@ bool isPcmAiff(const QByteArray& compression) {
            compression.toLower() == "fl64" || compression == "in24" || compression == "in32";
 }
 
-void setAiffSound(MediaFacts& facts, const AiffFile& aiff) {
-    SoundFacts sound;
+void setAiffAudio(MediaFacts& facts, const AiffFile& aiff) {
+    AudioFacts audio;
     const bool pcm = isPcmAiff(aiff.compression);
-    sound.codec = pcm ? QStringLiteral("lpcm") : QString::fromLatin1(aiff.compression).trimmed();
-    sound.channels = aiff.channels;
-    sound.sampleRate = aiff.sampleRate;
+    audio.codec = pcm ? QStringLiteral("lpcm") : QString::fromLatin1(aiff.compression).trimmed();
+    audio.channels = aiff.channels;
+    audio.sampleRate = aiff.sampleRate;
     const double samples = static_cast<double>(aiff.frames) * samplesInAiffFrame(aiff.compression);
     if (aiff.sampleRate > 0)
-        sound.durationSeconds = samples / aiff.sampleRate;
+        audio.durationSeconds = samples / aiff.sampleRate;
     if (pcm) // samples are stored in whole bytes
-        sound.bitRate = aiff.sampleRate * aiff.channels * ((aiff.bits + 7) / 8 * 8);
-    else if (sound.durationSeconds > 0)
-        sound.bitRate =
-            static_cast<double>(aiff.soundBytes.value_or(0)) * 8 / sound.durationSeconds;
-    setSound(facts, sound);
+        audio.bitRate = aiff.sampleRate * aiff.channels * ((aiff.bits + 7) / 8 * 8);
+    else if (audio.durationSeconds > 0)
+        audio.bitRate =
+            static_cast<double>(aiff.audioBytes.value_or(0)) * 8 / audio.durationSeconds;
+    setAudio(facts, audio);
 }
 
 } // namespace
@@ -129,7 +129,7 @@ Result<MediaFacts> readAiff(FileReader& reader) {
     facts.container = Container::Aiff;
     facts.problem = aiff.problem;
     if (aiff.sampleRate > 0)
-        setAiffSound(facts, aiff);
+        setAiffAudio(facts, aiff);
     else if (facts.problem.isNull())
         facts.problem = QStringLiteral("the AIFF file has no common chunk");
     facts.id3TagSize = aiff.id3.tagSize;

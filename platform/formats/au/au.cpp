@@ -55,21 +55,21 @@ QList<NamedTag> annotationTags(const QString& annotation) {
     return tags;
 }
 
-void setAuSound(MediaFacts& facts, ByteView head, std::uint64_t available) {
+void setAuAudio(MediaFacts& facts, ByteView head, std::uint64_t available) {
     const std::uint32_t announced = head.be32(8).value_or(kUnknownAuSize);
     const std::uint32_t encoding = head.be32(12).value_or(0);
-    SoundFacts sound;
-    sound.codec = auCodecName(encoding);
-    sound.sampleRate = head.be32(16).value_or(0);
-    sound.channels = static_cast<int>(std::min<std::uint32_t>(head.be32(20).value_or(0), 0xFFFF));
-    sound.bitRate = sound.sampleRate * sound.channels * auSampleBits(encoding);
+    AudioFacts audio;
+    audio.codec = auCodecName(encoding);
+    audio.sampleRate = head.be32(16).value_or(0);
+    audio.channels = static_cast<int>(std::min<std::uint32_t>(head.be32(20).value_or(0), 0xFFFF));
+    audio.bitRate = audio.sampleRate * audio.channels * auSampleBits(encoding);
     const bool known = announced != kUnknownAuSize && announced != 0 && announced <= available;
-    if (sound.bitRate > 0)
-        sound.durationSeconds =
-            static_cast<double>(known ? announced : available) * 8 / sound.bitRate;
+    if (audio.bitRate > 0)
+        audio.durationSeconds =
+            static_cast<double>(known ? announced : available) * 8 / audio.bitRate;
     if (announced != kUnknownAuSize && announced > available)
         facts.problem = QStringLiteral("the file ends before the announced sound does");
-    setSound(facts, sound);
+    setAudio(facts, audio);
 }
 
 } // namespace
@@ -83,7 +83,7 @@ Result<MediaFacts> readAu(FileReader& reader) {
     MediaFacts facts;
     facts.container = Container::Au;
     const std::uint64_t start = std::max(*head.be32(4), kAuHeaderSize);
-    setAuSound(facts, head, reader.size() - std::min(start, reader.size()));
+    setAuAudio(facts, head, reader.size() - std::min(start, reader.size()));
     const ByteView annotation =
         reader.viewUpTo(kAuHeaderSize, std::min(start - kAuHeaderSize, kLongestAnnotation));
     const QList<NamedTag> tags = annotationTags(textOfUnknownEncoding(annotation.bytes()));

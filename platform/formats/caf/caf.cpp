@@ -77,20 +77,20 @@ CafFile walkCaf(FileReader& reader) {
     return caf;
 }
 
-void setCafSound(MediaFacts& facts, const CafFile& caf) {
-    SoundFacts sound;
-    sound.codec = caf.codec;
-    sound.sampleRate = caf.sampleRate;
-    sound.channels = caf.channels;
+void setCafAudio(MediaFacts& facts, const CafFile& caf) {
+    AudioFacts audio;
+    audio.codec = caf.codec;
+    audio.sampleRate = caf.sampleRate;
+    audio.channels = caf.channels;
     const auto bytes = static_cast<double>(caf.dataSize);
     double frames = static_cast<double>(caf.validFrames);
     if (caf.bytesPerPacket > 0 && caf.framesPerPacket > 0 && caf.validFrames == 0)
         frames = bytes / caf.bytesPerPacket * caf.framesPerPacket;
     if (caf.sampleRate > 0)
-        sound.durationSeconds = frames / caf.sampleRate;
-    if (sound.durationSeconds > 0)
-        sound.bitRate = bytes * 8 / sound.durationSeconds;
-    setSound(facts, sound);
+        audio.durationSeconds = frames / caf.sampleRate;
+    if (audio.durationSeconds > 0)
+        audio.bitRate = bytes * 8 / audio.durationSeconds;
+    setAudio(facts, audio);
 }
 
 } // namespace
@@ -104,7 +104,7 @@ Result<MediaFacts> readCaf(FileReader& reader) {
     facts.container = Container::Caf;
     facts.problem = caf.problem;
     if (caf.sampleRate > 0)
-        setCafSound(facts, caf);
+        setCafAudio(facts, caf);
     else if (facts.problem.isNull())
         facts.problem = QStringLiteral("the CAF file has no audio description");
     facts.infoDictionary = infoFromTags(caf.texts);

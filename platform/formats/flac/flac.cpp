@@ -16,8 +16,8 @@ enum FlacBlock : int { kStreamInfo = 0, kVorbisComment = 4, kPicture = 6, kInval
 struct FlacBlocks {
     ByteRange streamInfo{QByteArray()};
     QList<NamedTag> tags;
-    std::optional<FlacPicture> picture;
-    std::uint64_t soundStart = 0;
+    std::optional<FlacPicture> image;
+    std::uint64_t audioStart = 0;
     QString problem;
 };
 
@@ -39,37 +39,36 @@ FlacBlocks readFlacBlocks(FileReader& reader, std::uint64_t at) {
         else if (type == kVorbisComment && blocks.tags.isEmpty())
             blocks.tags = parseVorbisComment(body);
         else if (type == kPicture) {
-            const auto picture = parseFlacPicture(body);
-            const bool better =
-                picture && (!blocks.picture || (picture->type == kFlacFrontCover &&
-                                                blocks.picture->type != kFlacFrontCover));
+            const auto image = parseFlacPicture(body);
+            const bool better = image && (!blocks.image || (image->type == kFlacFrontCover &&
+                                                            blocks.image->type != kFlacFrontCover));
             if (better)
-                blocks.picture = picture;
+                blocks.image = image;
         }
         if (*head >> 31)
             break;
     }
-    blocks.soundStart = at;
+    blocks.audioStart = at;
     return blocks;
 }
 
-void setFlacSound(MediaFacts& facts, const FlacBlocks& blocks, std::uint64_t soundBytes) {
+void setFlacAudio(MediaFacts& facts, const FlacBlocks& blocks, std::uint64_t audioBytes) {
     const auto packed = blocks.streamInfo.view(0, 34).be64(10);
     if (!packed) {
         facts.problem = QStringLiteral("the FLAC file has no stream information");
         return;
     }
     // 20 bits rate, 3 channels - 1, 5 bits a sample - 1, 36 samples.
-    SoundFacts sound;
-    sound.codec = QStringLiteral("flac");
-    sound.sampleRate = static_cast<double>(*packed >> 44);
-    sound.channels = static_cast<int>(*packed >> 41 & 7) + 1;
+    AudioFacts audio;
+    audio.codec = QStringLiteral("flac");
+    audio.sampleRate = static_cast<double>(*packed >> 44);
+    audio.channels = static_cast<int>(*packed >> 41 & 7) + 1;
     const auto samples = static_cast<double>(*packed & 0xFFFFFFFFF);
-    if (sound.sampleRate > 0)
-        sound.durationSeconds = samples / sound.sampleRate;
-    if (sound.durationSeconds > 0)
-        sound.bitRate = static_cast<double>(soundBytes) * 8 / sound.durationSeconds;
-    setSound(facts, sound);
+    if (audio.sampleRate > 0)
+        audio.durationSeconds = samples / audio.sampleRate;
+    if (audio.durationSeconds > 0)
+        audio.bitRate = static_cast<double>(audioBytes) * 8 / audio.durationSeconds;
+    setAudio(facts, audio);
 }
 
 } // namespace
@@ -88,15 +87,15 @@ Result<MediaFacts> readFlac(FileReader& reader) {
                        QStringLiteral("the signature is missing"));
     const FlacBlocks blocks = readFlacBlocks(reader, start + 4);
     facts.problem = blocks.problem;
-    setFlacSound(facts, blocks, reader.size() - blocks.soundStart);
+    setFlacAudio(facts, blocks, reader.size() - blocks.audioStart);
     facts.id3TagSize = id3.tagSize;
     facts.infoDictionary = infoFromTags(blocks.tags);
     addMissingInfo(facts.infoDictionary, infoFromId3(id3.items));
     facts.metadata = itemsFromTags(blocks.tags);
-    if (blocks.picture)
+    if (blocks.image)
         facts.metadata.append(
             AVMetadataItem::make(QStringLiteral("org.id3"), QStringLiteral("APIC"),
-                                 QStringLiteral("id3/APIC"), blocks.picture->data.value()));
+                                 QStringLiteral("id3/APIC"), blocks.image->data.value()));
     addMissingItems(facts.metadata, id3.items);
     facts.albumArtwork = artworkOf(reader, facts.metadata);
     return facts;

@@ -53,7 +53,7 @@ struct StoredBlock {
 struct FlacLayout {
     std::uint64_t start = 0; ///< of "fLaC"; what stands before it stays
     std::vector<StoredBlock> blocks;
-    std::uint64_t soundStart = 0;
+    std::uint64_t audioStart = 0;
 };
 
 Result<FlacLayout> readFlacLayout(FileReader& reader) {
@@ -76,7 +76,7 @@ Result<FlacLayout> readFlacLayout(FileReader& reader) {
         last = *head >> 31;
         layout.blocks.push_back(std::move(block));
     }
-    layout.soundStart = at;
+    layout.audioStart = at;
     if (layout.blocks.front().type != StreamInfo || layout.blocks.front().size != 34)
         return flacFailure(ErrorCode::InvalidData, reader, u"there is no stream information");
     // The sync code of a frame, 14 bits; a size that lies would end somewhere else.
@@ -201,28 +201,27 @@ Result<void> changeCommentBlock(FileReader& reader, FlacLayout& layout,
     return {};
 }
 
-QByteArray renderPictureBlock(const EncodedPicture& picture) {
+QByteArray renderPictureBlock(const EncodedImage& image) {
     const auto number = [](std::uint32_t value) {
         QByteArray bytes(4, '\0');
         qToBigEndian(value, bytes.data());
         return bytes;
     };
-    const QByteArray data = picture.bytes();
+    const QByteArray data = image.bytes();
     if (data.isEmpty())
         return {};
-    const QByteArray mime = "image/" + picture.format().toLatin1();
-    // Depth and colours: the picture itself says them.
+    const QByteArray mime = "image/" + image.format().toLatin1();
+    // Depth and colours: the image itself says them.
     return number(kFrontCoverPicture) + number(static_cast<std::uint32_t>(mime.size())) + mime +
-           number(0) + number(static_cast<std::uint32_t>(picture.size().width())) +
-           number(static_cast<std::uint32_t>(picture.size().height())) + number(24) + number(0) +
+           number(0) + number(static_cast<std::uint32_t>(image.size().width())) +
+           number(static_cast<std::uint32_t>(image.size().height())) + number(24) + number(0) +
            number(static_cast<std::uint32_t>(data.size())) + data;
 }
 
-Result<void> changePictureBlock(FileReader& reader, FlacLayout& layout,
-                                const EncodedPicture& picture) {
-    if (picture.isNull())
+Result<void> changePictureBlock(FileReader& reader, FlacLayout& layout, const EncodedImage& image) {
+    if (image.isNull())
         return {};
-    const QByteArray body = renderPictureBlock(picture);
+    const QByteArray body = renderPictureBlock(image);
     if (body.isEmpty())
         return flacFailure(ErrorCode::Io, reader, u"the picture cannot be read");
     for (StoredBlock& block : layout.blocks) {
@@ -278,7 +277,7 @@ Result<void> rewriteFlacTags(const QString& source, const QString& target,
         return tl::unexpected(layout.error());
     if (auto changed = changeCommentBlock(*reader, *layout, changes.info); !changed)
         return changed;
-    if (auto changed = changePictureBlock(*reader, *layout, changes.picture); !changed)
+    if (auto changed = changePictureBlock(*reader, *layout, changes.image); !changed)
         return changed;
     auto file = AtomicFile::create(target, reader->size());
     if (!file)
@@ -286,11 +285,11 @@ Result<void> rewriteFlacTags(const QString& source, const QString& target,
     file->copyExtendedAttributes(reader->fd());
     if (auto written = writeBlocks(*file, *reader, *layout); !written)
         return written;
-    const std::uint64_t length = reader->size() - layout->soundStart;
+    const std::uint64_t length = reader->size() - layout->audioStart;
     const auto report = [&](std::uint64_t done) {
         return !progress || progress(static_cast<double>(done) / static_cast<double>(length + 1));
     };
-    if (auto copied = file->copyFrom(reader->fd(), layout->soundStart, length, report); !copied)
+    if (auto copied = file->copyFrom(reader->fd(), layout->audioStart, length, report); !copied)
         return copied;
     return file->commit();
 }

@@ -15,12 +15,12 @@ struct FlacTagChanges {
     /// takes the comment away. Keys that FLAC files have no comment for are left out.
     QMap<QString, QString> info;
     /// Replaces the front cover; null: it stays.
-    EncodedPicture picture;
+    EncodedImage image;
 };
 
 /// `source` with changed tags as `target`, in one step. All other comments and blocks stay byte for
-/// byte, and so does the sound, which the kernel copies. InvalidData when a block is damaged,
-/// LimitExceeded when a block would be over 16 MiB; `progress` (0 to 1) stops it by answering
+/// byte, and so does the audio, which the kernel copies. InvalidData when a block is damaged,
+/// LimitExceeded when a block would be over 16 MiB; `progress` (0 to 1) stops it by returning
 /// false. Source: RFC 9639, section 8; xiph.org, Ogg Vorbis I comment field.
 [[nodiscard]] Result<void> rewriteFlacTags(const QString& source, const QString& target,
                                            const FlacTagChanges& changes,

@@ -7,7 +7,7 @@ namespace clipheave::platform {
 namespace {
 
 constexpr std::uint32_t kMostComments = 2000;
-// Longer ones are pictures and the like in text form.
+// Longer ones are images and the like in text form.
 constexpr std::uint32_t kLongestComment = 256u << 10;
 constexpr std::uint32_t kLongestCommentName = 256;
 

@@ -10,11 +10,11 @@ namespace {
 
 // Longer than any text a person writes; lyrics of a whole opera fit.
 constexpr std::uint64_t kLargestId3Text = 1u << 20;
-// MIME type, picture type and description stand before the picture's bytes.
-constexpr std::uint64_t kPictureIntroduction = 1024;
+// MIME type, image type and description stand before the image's bytes.
+constexpr std::uint64_t kImageIntroduction = 1024;
 constexpr int kFrontCover = 3;
 
-struct Id3Picture {
+struct Id3Image {
     int type = 0;
     ByteRange data;
 };
@@ -39,8 +39,8 @@ Id3Encoding encodingOf(ByteView body) {
 }
 
 /// ID3v2.4.0 frames, section 4.14; v2.2 has a format of three letters in place of the MIME type.
-std::optional<Id3Picture> id3Picture(const ByteRange& body, int version) {
-    const ByteView head = body.view(0, kPictureIntroduction);
+std::optional<Id3Image> id3Image(const ByteRange& body, int version) {
+    const ByteView head = body.view(0, kImageIntroduction);
     const Id3Encoding encoding = encodingOf(head);
     ByteView rest = head.sub(1);
     QString mime;
@@ -51,17 +51,17 @@ std::optional<Id3Picture> id3Picture(const ByteRange& body, int version) {
         mime = takeId3Text(Id3Encoding::Latin1, rest);
     }
     const auto type = rest.u8(0);
-    if (!type || mime == QLatin1String("-->")) // a link to a picture elsewhere
+    if (!type || mime == QLatin1String("-->")) // a link to an image elsewhere
         return std::nullopt;
     rest = rest.sub(1);
     static_cast<void>(takeId3Text(encoding, rest));
     const auto start = static_cast<std::uint64_t>(head.size() - rest.size());
     if (start >= body.size())
         return std::nullopt;
-    return Id3Picture{*type, body.sub(start)};
+    return Id3Image{*type, body.sub(start)};
 }
 
-int pictureRank(int type) {
+int imageRank(int type) {
     if (type == kFrontCover)
         return 2;
     return type == 1 || type == 2 ? 0 : 1; // file icons
@@ -82,15 +82,15 @@ private:
     int m_version;
     QSet<QByteArray> m_seen;
     QList<AVMetadataItem> m_items;
-    std::vector<Id3Picture> m_pictures;
+    std::vector<Id3Image> m_images;
     std::vector<Id3Comment> m_comments;
 };
 
 void Id3ItemList::add(const Id3Frame& frame) {
     const QByteArray& id = frame.id;
     if (id == "APIC") {
-        if (const auto picture = id3Picture(frame.body, m_version))
-            m_pictures.push_back(*picture);
+        if (const auto image = id3Image(frame.body, m_version))
+            m_images.push_back(*image);
         return;
     }
     const bool described = id == "COMM" || id == "USLT" || id == "TXXX" || id == "WXXX";
@@ -157,16 +157,16 @@ void Id3ItemList::appendComments() {
 
 QList<AVMetadataItem> Id3ItemList::take() {
     appendComments();
-    // Last the picture that a reader of "the" picture gets: the first of the highest rank.
+    // Last the image that a reader of "the" image gets: the first of the highest rank.
     const auto best =
-        std::max_element(m_pictures.begin(), m_pictures.end(), [](const auto& a, const auto& b) {
-            return pictureRank(a.type) < pictureRank(b.type);
+        std::max_element(m_images.begin(), m_images.end(), [](const auto& a, const auto& b) {
+            return imageRank(a.type) < imageRank(b.type);
         });
-    for (auto it = m_pictures.begin(); it != m_pictures.end(); ++it) {
+    for (auto it = m_images.begin(); it != m_images.end(); ++it) {
         if (it != best)
             m_items.append(id3Item("APIC", it->data.value()));
     }
-    if (best != m_pictures.end())
+    if (best != m_images.end())
         m_items.append(id3Item("APIC", best->data.value()));
     return std::move(m_items);
 }
@@ -183,14 +183,14 @@ Id3Contents readId3(const ByteRange& range) {
     return {std::min(header->totalSize, range.size()), list.take()};
 }
 
-EncodedPicture artworkOf(FileReader& reader, const QList<AVMetadataItem>& items) {
+EncodedImage artworkOf(FileReader& reader, const QList<AVMetadataItem>& items) {
     for (auto it = items.crbegin(); it != items.crend(); ++it) {
         if (it->identifier != QLatin1String("id3/APIC"))
             continue;
         if (const auto* slice = std::get_if<FileSlice>(&it->value))
-            return EncodedPicture::fromSlice(reader, *slice);
+            return EncodedImage::fromSlice(reader, *slice);
         if (const auto* bytes = std::get_if<QByteArray>(&it->value))
-            return EncodedPicture::fromBytes(*bytes);
+            return EncodedImage::fromBytes(*bytes);
     }
     return {};
 }

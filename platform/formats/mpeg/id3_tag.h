@@ -41,14 +41,14 @@ struct Id3Frame {
 ///   has no "iTun" in it (those hold numbers for players); others are "id3/COMM%3A…".
 /// - TXXX, WXXX: "id3/TXXX%3A" + description.
 /// - A frame id that stands again: only the first is an item, other than COMM, APIC and the like.
-/// - Comments and then pictures stand last, the front cover after all others.
+/// - Comments and then images stand last, the front cover after all others.
 struct Id3Contents {
     std::uint64_t tagSize = 0; ///< bytes of the raw tag, 0 when there is none
     QList<AVMetadataItem> items;
 };
 [[nodiscard]] Id3Contents readId3(const ByteRange& range);
 
-/// The picture of the last "id3/APIC" item; null when there is none.
-[[nodiscard]] EncodedPicture artworkOf(FileReader& reader, const QList<AVMetadataItem>& items);
+/// The image of the last "id3/APIC" item; null when there is none.
+[[nodiscard]] EncodedImage artworkOf(FileReader& reader, const QList<AVMetadataItem>& items);
 
 } // namespace clipheave::platform

@@ -63,7 +63,7 @@ ID3_Frame& addFrame(ID3_Tag& tag, ID3_FrameID id) {
     return *frame;
 }
 
-/// Answers the offset of the next frame; the end of the bytes when there is none.
+/// Returns the offset of the next frame; the end of the bytes when there is none.
 qsizetype frameBehind(const QByteArray& tag, qsizetype at) {
     const std::uint32_t size = ByteView(tag).be32(static_cast<std::uint64_t>(at) + 4).value_or(0);
     return std::min(at + kFrameHeaderSize + static_cast<qsizetype>(size), tag.size());
@@ -86,7 +86,7 @@ void dropPadding(QByteArray& tag) {
 void markEmptyDescriptions(QByteArray& tag) {
     constexpr std::pair<QByteArrayView, qsizetype> kDescriptions[] = {
         {"COMM", 1 + 3},    // behind encoding and language
-        {"APIC", 1 + 1 + 1} // behind encoding, an empty type and the kind of picture
+        {"APIC", 1 + 1 + 1} // behind encoding, an empty type and the kind of image
     };
     for (qsizetype at = kTagHeaderSize; hasFrame(tag, at); at = frameBehind(tag, at)) {
         const qsizetype size = frameBehind(tag, at) - at - kFrameHeaderSize;
@@ -109,10 +109,10 @@ void writeTagSize(QByteArray& tag) {
 
 } // namespace
 
-Result<QByteArray> renderId3Tag(const QList<Id3TextFrame>& frames, const QByteArray& picture) {
-    if (frames.isEmpty() && picture.isEmpty())
+Result<QByteArray> renderId3Tag(const QList<Id3TextFrame>& frames, const QByteArray& image) {
+    if (frames.isEmpty() && image.isEmpty())
         return QByteArray();
-    qsizetype bytes = picture.size();
+    qsizetype bytes = image.size();
     for (const Id3TextFrame& frame : frames)
         bytes += frame.text.size() * 2 + 64;
     if (bytes > kLargestTag - 4096)
@@ -126,12 +126,12 @@ Result<QByteArray> renderId3Tag(const QList<Id3TextFrame>& frames, const QByteAr
         text->SetEncoding(ID3TE_UTF16);
         text->Set(bigEndianUnits(row.text).data());
     }
-    if (!picture.isEmpty()) {
+    if (!image.isEmpty()) {
         ID3_Frame& frame = addFrame(tag, ID3FID_PICTURE);
         frame.GetField(ID3FN_PICTURETYPE)->Set(kFrontCoverType);
         frame.GetField(ID3FN_DATA)
-            ->Set(static_cast<const uchar*>(static_cast<const void*>(picture.constData())),
-                  static_cast<std::size_t>(picture.size()));
+            ->Set(static_cast<const uchar*>(static_cast<const void*>(image.constData())),
+                  static_cast<std::size_t>(image.size()));
     }
     tag.SetPadding(false);
     tag.SetUnsync(false);

@@ -32,9 +32,9 @@ struct Id3TextFrame {
 };
 
 /// A tag of these frames in this order as the ID3 library renders it: version 2.3, texts in UTF-16,
-/// no unsynchronisation, no padding. `picture` becomes a front cover without type and description;
+/// no unsynchronisation, no padding. `image` becomes a front cover without type and description;
 /// empty: none. No frame at all gives no bytes. LimitExceeded over 256 MiB, the format's own limit.
 [[nodiscard]] Result<QByteArray> renderId3Tag(const QList<Id3TextFrame>& frames,
-                                              const QByteArray& picture);
+                                              const QByteArray& image);
 
 } // namespace clipheave::platform

@@ -123,7 +123,7 @@ std::uint64_t readId3v1(FileReader& reader, std::uint64_t from, std::uint64_t en
 
 TrailingTags readTrailingTags(FileReader& reader, std::uint64_t from) {
     TrailingTags tags;
-    tags.soundEnd = reader.size();
+    tags.audioEnd = reader.size();
     if (from >= reader.size())
         return tags;
     // One look for the usual small tags, so that the steps below find them in the window.
@@ -131,16 +131,16 @@ TrailingTags readTrailingTags(FileReader& reader, std::uint64_t from) {
         reader.size() - std::min<std::uint64_t>(reader.size() - from, kId3v1Size + 64),
         kId3v1Size + 64));
     for (int i = 0; i < kMostTrailingTags; ++i) {
-        std::uint64_t end = tags.soundEnd;
+        std::uint64_t end = tags.audioEnd;
         if (tags.id3v1.isEmpty())
             end = readId3v1(reader, from, end, tags);
         end = readApeTag(reader, from, end, tags);
         end = skipLyrics3(reader, from, end);
         if (!tags.id3v2)
             end = readTrailingId3v2(reader, from, end, tags);
-        if (end == tags.soundEnd)
+        if (end == tags.audioEnd)
             break;
-        tags.soundEnd = end;
+        tags.audioEnd = end;
     }
     return tags;
 }
@@ -153,7 +153,7 @@ void addTrailingTags(const TrailingTags& tags, MediaFacts& facts) {
             facts.id3TagSize = tags.id3v2->size();
     }
     QList<AVMetadataItem> ape = itemsFromTags(tags.ape);
-    if (tags.apeCover && !tags.apeCover->picture().isNull())
+    if (tags.apeCover && !tags.apeCover->image().isNull())
         ape.append(AVMetadataItem::make(QStringLiteral("org.id3"), QStringLiteral("APIC"),
                                         QStringLiteral("id3/APIC"), tags.apeCover->value()));
     addMissingItems(facts.metadata, ape);

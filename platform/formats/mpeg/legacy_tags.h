@@ -9,10 +9,10 @@
 
 namespace clipheave::platform {
 
-/// What stands behind the sound of a file: ID3v1 (128 bytes, the last ones), Lyrics3, APEv2, and
+/// What stands behind the audio of a file: ID3v1 (128 bytes, the last ones), Lyrics3, APEv2, and
 /// an ID3v2.4 tag with a footer.
 struct TrailingTags {
-    std::uint64_t soundEnd = 0; ///< offset where the first of them begins
+    std::uint64_t audioEnd = 0; ///< offset where the first of them begins
     QList<NamedTag> id3v1;      ///< under the names of tag_mapping.h
     QList<NamedTag> ape;
     std::optional<ByteRange> apeCover; ///< "Cover Art (Front)", name in front cut off
@@ -21,10 +21,10 @@ struct TrailingTags {
 /// Reads them backwards from the end; `from` is where they may begin at the earliest.
 [[nodiscard]] TrailingTags readTrailingTags(FileReader& reader, std::uint64_t from);
 
-/// Adds their items to what stands in front of the sound already, ID3v2.4 before APE before ID3v1.
+/// Adds their items to what stands in front of the audio already, ID3v2.4 before APE before ID3v1.
 void addTrailingTags(const TrailingTags& tags, MediaFacts& facts);
 
-/// Adds those of `more` whose identifier `items` lacks. In front, so that pictures stay last.
+/// Adds those of `more` whose identifier `items` lacks. In front, so that images stay last.
 void addMissingItems(QList<AVMetadataItem>& items, const QList<AVMetadataItem>& more);
 
 } // namespace clipheave::platform

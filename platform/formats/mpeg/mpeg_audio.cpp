@@ -44,7 +44,7 @@ std::optional<Result<MediaFacts>> readBehindTag(FileReader& reader, std::uint64_
 }
 
 /// AAC with ADTS headers (ISO/IEC 13818-7, 6.2), AC-3, DTS and containers: others read those.
-bool isOtherSound(ByteView head) {
+bool isOtherAudio(ByteView head) {
     const auto mark = head.be16(0).value_or(0);
     if ((mark & 0xFFF6) == 0xFFF0 || mark == 0x0B77 || mark == 0x7FFE)
         return true;
@@ -72,15 +72,15 @@ Result<MediaFacts> readMpegAudio(FileReader& reader) {
     facts.id3TagSize = leading.id3.tagSize;
     // Before the tags at the end are looked for, while the window still holds the start of the
     // file.
-    const ByteRange sound(reader, leading.end, UINT64_MAX);
-    const bool other = isOtherSound(sound.view(0, 8));
-    auto stream = other ? std::nullopt : readMpegStream(sound);
-    const std::uint64_t start = reader.size() - sound.size();
+    const ByteRange audio(reader, leading.end, UINT64_MAX);
+    const bool other = isOtherAudio(audio.view(0, 8));
+    auto stream = other ? std::nullopt : readMpegStream(audio);
+    const std::uint64_t start = reader.size() - audio.size();
     const TrailingTags trailing = readTrailingTags(reader, stream ? start + stream->offset : start);
     if (stream)
-        setSoundSize(*stream, trailing.soundEnd - start);
+        setAudioSize(*stream, trailing.audioEnd - start);
     if (stream) {
-        setSound(facts, {mpegCodecName(stream->header), stream->durationSeconds, stream->bitRate,
+        setAudio(facts, {mpegCodecName(stream->header), stream->durationSeconds, stream->bitRate,
                          static_cast<double>(stream->header.sampleRate), stream->header.channels});
     } else if (other) {
         facts.container = Container::Other;

@@ -69,13 +69,13 @@ std::optional<MpegInfoFrame> parseInfoFrame(ByteView frame, const MpegFrameHeade
     return info;
 }
 
-/// Average over the frames that one look at the start of the sound shows: a file of variable rate
+/// Average over the frames that one look at the start of the audio shows: a file of variable rate
 /// without an info frame is not taken at the rate of its first, often silent, frame.
-double averageBitRate(const ByteRange& sound, std::uint64_t at) {
+double averageBitRate(const ByteRange& audio, std::uint64_t at) {
     double bits = 0;
     double seconds = 0;
     for (int i = 0; i < kFramesForAverage; ++i) {
-        const auto header = parseMpegHeader(sound.view(at, 4));
+        const auto header = parseMpegHeader(audio.view(at, 4));
         if (!header)
             break;
         const double length = static_cast<double>(header->samples) / header->sampleRate;
@@ -91,13 +91,13 @@ double averageBitRate(const ByteRange& sound, std::uint64_t at) {
 
 /// Headers of the same stream follow, or the file ends where this frame does. Junk is not believed
 /// at the first accidental match: away from the start two more headers are asked for.
-bool startsStream(const ByteRange& sound, std::uint64_t at, const MpegFrameHeader& first) {
+bool startsStream(const ByteRange& audio, std::uint64_t at, const MpegFrameHeader& first) {
     const int wanted = at == 0 ? 1 : 2;
     std::uint64_t next = at + first.frameBytes;
     for (int i = 0; i < wanted; ++i) {
-        if (next >= sound.size())
-            return at == 0 || i > 0 || next == sound.size();
-        const auto header = parseMpegHeader(sound.view(next, 4));
+        if (next >= audio.size())
+            return at == 0 || i > 0 || next == audio.size();
+        const auto header = parseMpegHeader(audio.view(next, 4));
         if (!header || header->version != first.version || header->layer != first.layer ||
             header->sampleRate != first.sampleRate)
             return false;
@@ -107,17 +107,17 @@ bool startsStream(const ByteRange& sound, std::uint64_t at, const MpegFrameHeade
 }
 
 /// An info frame proves the place by itself; some encoders give it a wrong length.
-bool hasInfoFrame(const ByteRange& sound, std::uint64_t at) {
-    const ByteView frame = sound.view(at, kInfoFrameBytes);
+bool hasInfoFrame(const ByteRange& audio, std::uint64_t at) {
+    const ByteView frame = audio.view(at, kInfoFrameBytes);
     const auto header = parseMpegHeader(frame);
     const auto info = header ? parseInfoFrame(frame, *header) : std::nullopt;
     return info && info->frames > 0;
 }
 
 /// Offset of the first header in [from, from + length) that is not reserved in some field.
-std::optional<std::uint64_t> nextMpegHeader(const ByteRange& sound, std::uint64_t from,
+std::optional<std::uint64_t> nextMpegHeader(const ByteRange& audio, std::uint64_t from,
                                             std::uint64_t length) {
-    const ByteView part = sound.view(from, length + 3);
+    const ByteView part = audio.view(from, length + 3);
     for (qsizetype at = 0; (at = part.bytes().indexOf('\xFF', at)) >= 0; ++at) {
         if (parseMpegHeader(part.sub(static_cast<std::uint64_t>(at))))
             return from + static_cast<std::uint64_t>(at);
@@ -125,30 +125,30 @@ std::optional<std::uint64_t> nextMpegHeader(const ByteRange& sound, std::uint64_
     return std::nullopt;
 }
 
-std::optional<std::uint64_t> findMpegFrame(const ByteRange& sound) {
-    const std::uint64_t last = std::min(sound.size(), kLongestMpegSearch);
+std::optional<std::uint64_t> findMpegFrame(const ByteRange& audio) {
+    const std::uint64_t last = std::min(audio.size(), kLongestMpegSearch);
     std::uint64_t at = 0;
     while (at < last) {
         // The first frame of a clean file is found with a look at a few bytes.
         const std::uint64_t step = at == 0 ? 1 : kMpegSearchStep;
-        const auto found = nextMpegHeader(sound, at, step);
-        if (found && (hasInfoFrame(sound, *found) ||
-                      startsStream(sound, *found, *parseMpegHeader(sound.view(*found, 4)))))
+        const auto found = nextMpegHeader(audio, at, step);
+        if (found && (hasInfoFrame(audio, *found) ||
+                      startsStream(audio, *found, *parseMpegHeader(audio.view(*found, 4)))))
             return found;
         at = found ? *found + 1 : at + step;
     }
     return std::nullopt;
 }
 
-void applyInfoFrame(MpegStream& stream, const MpegInfoFrame& info, const ByteRange& sound) {
+void applyInfoFrame(MpegStream& stream, const MpegInfoFrame& info, const ByteRange& audio) {
     const MpegFrameHeader& header = stream.header;
     const double samples = static_cast<double>(info.frames) * header.samples;
     const double played = samples > info.gap ? samples - info.gap : samples;
     stream.durationSeconds = played / header.sampleRate;
-    const std::uint64_t bytes = info.bytes ? info.bytes : sound.size() - stream.offset;
+    const std::uint64_t bytes = info.bytes ? info.bytes : audio.size() - stream.offset;
     stream.bitRate = static_cast<double>(bytes) * 8 * header.sampleRate / samples;
     // The info frame itself may have another rate; the frame behind it says what was asked for.
-    const auto next = parseMpegHeader(sound.view(stream.offset + header.frameBytes, 4));
+    const auto next = parseMpegHeader(audio.view(stream.offset + header.frameBytes, 4));
     if (info.constantRate && next)
         stream.bitRate = next->bitRate;
 }
@@ -184,25 +184,25 @@ std::optional<MpegFrameHeader> parseMpegHeader(ByteView head) {
     return header;
 }
 
-std::optional<MpegStream> readMpegStream(const ByteRange& sound) {
-    const auto at = findMpegFrame(sound);
+std::optional<MpegStream> readMpegStream(const ByteRange& audio) {
+    const auto at = findMpegFrame(audio);
     if (!at)
         return std::nullopt;
     MpegStream stream;
     stream.offset = *at;
-    stream.header = *parseMpegHeader(sound.view(*at, 4));
-    const ByteView frame = sound.view(*at, kInfoFrameBytes);
+    stream.header = *parseMpegHeader(audio.view(*at, 4));
+    const ByteView frame = audio.view(*at, kInfoFrameBytes);
     if (const auto info = parseInfoFrame(frame, stream.header); info && info->frames > 0) {
-        applyInfoFrame(stream, *info, sound);
+        applyInfoFrame(stream, *info, audio);
         return stream;
     }
-    stream.bitRate = averageBitRate(sound, *at);
+    stream.bitRate = averageBitRate(audio, *at);
     stream.estimated = true;
-    setSoundSize(stream, sound.size());
+    setAudioSize(stream, audio.size());
     return stream;
 }
 
-void setSoundSize(MpegStream& stream, std::uint64_t size) {
+void setAudioSize(MpegStream& stream, std::uint64_t size) {
     if (stream.estimated && stream.bitRate > 0 && size > stream.offset)
         stream.durationSeconds = static_cast<double>(size - stream.offset) * 8 / stream.bitRate;
 }

@@ -26,13 +26,14 @@ struct MpegStream {
     std::uint64_t offset = 0; ///< of the first frame in the range
     double durationSeconds = 0;
     double bitRate = 0;     ///< bit/s, average
-    bool estimated = false; ///< the duration comes from the size of the sound
+    bool estimated = false; ///< the duration comes from the size of the audio
 };
 /// Finds the first frame that a second one follows, and the facts from it: from the Xing, Info or
 /// VBRI frame where there is one (encoder delay and padding taken off), else from the size of
-/// `sound` and the average rate of the frames at its start.
-[[nodiscard]] std::optional<MpegStream> readMpegStream(const ByteRange& sound);
-/// Corrects an estimated duration for a sound of `size` bytes: tags at the end are known later.
-void setSoundSize(MpegStream& stream, std::uint64_t size);
+/// `audio` and the average rate of the frames at its start.
+[[nodiscard]] std::optional<MpegStream> readMpegStream(const ByteRange& audio);
+/// Corrects an estimated duration for an audio file of `size` bytes: tags at the end are known
+/// later.
+void setAudioSize(MpegStream& stream, std::uint64_t size);
 
 } // namespace clipheave::platform

@@ -60,8 +60,8 @@ std::uint64_t endOfFrames(const ByteRange& tag, int version) {
 }
 
 /// A size that was written wrong, or a file cut inside its tag and joined again: what stands behind
-/// the frames is not padding but sound.
-bool coversSound(FileReader& reader, std::uint64_t start, const Id3Header& header) {
+/// the frames is not padding but audio.
+bool coversAudio(FileReader& reader, std::uint64_t start, const Id3Header& header) {
     const ByteRange tag(reader, start, header.totalSize);
     return readMpegStream(tag.sub(endOfFrames(tag, header.version))).has_value();
 }
@@ -76,7 +76,7 @@ Result<std::uint64_t> leadingTagSize(FileReader& reader, std::uint64_t at) {
             return unsafeTag(reader, u"the tag at the start is damaged");
         if (header->totalSize > left)
             return unsafeTag(reader, u"the tag at the start is larger than the file");
-        if (coversSound(reader, at, *header))
+        if (coversAudio(reader, at, *header))
             return unsafeTag(reader, u"the tag at the start reaches into the sound");
         return header->totalSize;
     }
@@ -161,7 +161,7 @@ std::uint64_t appendedId3Bytes(FileReader& reader, std::uint64_t from, std::uint
     return size != 0 && size <= end - from && startsWithAt(reader, end - size, "ID3") ? size : 0;
 }
 
-/// MusicMatch (up to version 3.1): a header of 256 bytes that may be missing, picture, version
+/// MusicMatch (up to version 3.1): a header of 256 bytes that may be missing, image, version
 /// block of 256 bytes, a data block of one of four sizes, five offsets, a footer of 48 bytes.
 std::uint64_t musicMatchBytes(FileReader& reader, std::uint64_t from, std::uint64_t end) {
     constexpr std::uint64_t kFooter = 48, kOffsets = 20, kBlock = 256;
@@ -170,9 +170,9 @@ std::uint64_t musicMatchBytes(FileReader& reader, std::uint64_t from, std::uint6
     if (end - from < kFooter + kOffsets || !startsWithAt(reader, end - kFooter, "Brava Software "))
         return 0;
     const ByteView offsets = reader.viewUpTo(end - kFooter - kOffsets, kOffsets);
-    const std::uint64_t picture = offsets.le32(0).value_or(0);
+    const std::uint64_t image = offsets.le32(0).value_or(0);
     const std::uint64_t versionBlock = offsets.le32(12).value_or(0);
-    const std::uint64_t before = versionBlock - std::min(picture, versionBlock);
+    const std::uint64_t before = versionBlock - std::min(image, versionBlock);
     for (const std::uint64_t data : kDataSizes) {
         const std::uint64_t behind = kFooter + kOffsets + data + kBlock;
         if (behind + before > end - from || !startsWithAt(reader, end - behind, kSync))
@@ -195,26 +195,26 @@ std::uint64_t trailingTagBytes(FileReader& reader, std::uint64_t from, std::uint
 
 } // namespace
 
-Result<MpegSound> findMpegSound(FileReader& reader) {
-    MpegSound sound;
+Result<MpegAudio> findMpegAudio(FileReader& reader) {
+    MpegAudio audio;
     for (int i = 0; i < kMostTags; ++i) {
-        const auto size = leadingTagSize(reader, sound.start);
+        const auto size = leadingTagSize(reader, audio.start);
         if (!size)
             return tl::unexpected(size.error());
         if (*size == 0)
             break;
-        sound.start += *size;
+        audio.start += *size;
     }
-    sound.end = reader.size();
-    for (int i = 0; i < kMostTags && sound.end > sound.start; ++i) {
-        const std::uint64_t bytes = trailingTagBytes(reader, sound.start, sound.end);
+    audio.end = reader.size();
+    for (int i = 0; i < kMostTags && audio.end > audio.start; ++i) {
+        const std::uint64_t bytes = trailingTagBytes(reader, audio.start, audio.end);
         if (bytes == 0)
             break;
-        sound.end -= bytes;
+        audio.end -= bytes;
     }
-    if (!readMpegStream(ByteRange(reader, sound.start, sound.end - sound.start)))
+    if (!readMpegStream(ByteRange(reader, audio.start, audio.end - audio.start)))
         return unsafeTag(reader, u"no frame of MPEG audio was found");
-    return sound;
+    return audio;
 }
 
 Result<void> replaceMpegTags(const QString& source, const QString& target, const QByteArray& tag,
@@ -222,10 +222,10 @@ Result<void> replaceMpegTags(const QString& source, const QString& target, const
     auto reader = FileReader::open(source);
     if (!reader)
         return tl::unexpected(reader.error());
-    const auto sound = findMpegSound(*reader);
-    if (!sound)
-        return tl::unexpected(sound.error());
-    const std::uint64_t length = sound->end - sound->start;
+    const auto audio = findMpegAudio(*reader);
+    if (!audio)
+        return tl::unexpected(audio.error());
+    const std::uint64_t length = audio->end - audio->start;
     auto file = AtomicFile::create(target, static_cast<std::uint64_t>(tag.size()) + length);
     if (!file)
         return tl::unexpected(file.error());
@@ -235,7 +235,7 @@ Result<void> replaceMpegTags(const QString& source, const QString& target, const
     const auto report = [&](std::uint64_t done) {
         return !progress || progress(static_cast<double>(done) / static_cast<double>(length));
     };
-    if (auto copied = file->copyFrom(reader->fd(), sound->start, length, report); !copied)
+    if (auto copied = file->copyFrom(reader->fd(), audio->start, length, report); !copied)
         return copied;
     return file->commit();
 }

@@ -32,21 +32,21 @@ QByteArray qt(const TagLib::ByteVector& bytes) {
     return {bytes.data(), static_cast<qsizetype>(bytes.size())};
 }
 
-void appendPicture(QList<AVMetadataItem>& items, const TagLib::ByteVector& bytes) {
+void appendImage(QList<AVMetadataItem>& items, const TagLib::ByteVector& bytes) {
     if (!bytes.isEmpty())
         items.append(AVMetadataItem::make(QStringLiteral("org.id3"), QStringLiteral("APIC"),
                                           QStringLiteral("id3/APIC"), qt(bytes)));
 }
 
-void setTaggedSound(MediaFacts& facts, const QString& codec, const TagLib::AudioProperties* from) {
+void setTaggedAudio(MediaFacts& facts, const QString& codec, const TagLib::AudioProperties* from) {
     if (!from)
         return;
-    setSound(facts, {codec, from->lengthInMilliseconds() / 1000.0, from->bitrate() * 1000.0,
+    setAudio(facts, {codec, from->lengthInMilliseconds() / 1000.0, from->bitrate() * 1000.0,
                      static_cast<double>(from->sampleRate()), from->channels()});
 }
 
-/// The comments of an Ogg stream. Its pictures are text in base 64 and were decoded by the library;
-/// the front cover goes last, where a reader of "the" picture finds it.
+/// The comments of an Ogg stream. Its images are text in base 64 and were decoded by the library;
+/// the front cover goes last, where a reader of "the" image finds it.
 void addXiphComment(MediaFacts& facts, TagLib::Ogg::XiphComment* comment) {
     if (!comment)
         return;
@@ -57,19 +57,19 @@ void addXiphComment(MediaFacts& facts, TagLib::Ogg::XiphComment* comment) {
     }
     facts.metadata = itemsFromTags(tags);
     const TagLib::FLAC::Picture* cover = nullptr;
-    for (const TagLib::FLAC::Picture* picture : comment->pictureList()) {
-        if (!cover || (picture->type() == TagLib::FLAC::Picture::FrontCover &&
+    for (const TagLib::FLAC::Picture* image : comment->pictureList()) {
+        if (!cover || (image->type() == TagLib::FLAC::Picture::FrontCover &&
                        cover->type() != TagLib::FLAC::Picture::FrontCover))
-            cover = picture;
+            cover = image;
     }
     if (cover)
-        appendPicture(facts.metadata, cover->data());
+        appendImage(facts.metadata, cover->data());
 }
 
 template <class File> MediaFacts oggFacts(TagLibStream& stream, const QString& codec) {
     MediaFacts facts;
     File file(&stream);
-    setTaggedSound(facts, codec, file.audioProperties());
+    setTaggedAudio(facts, codec, file.audioProperties());
     addXiphComment(facts, dynamic_cast<TagLib::Ogg::XiphComment*>(file.tag()));
     return facts;
 }
@@ -92,7 +92,7 @@ std::optional<MediaFacts> readOgg(FileReader& reader, TagLibStream& stream) {
 MediaFacts readAsf(TagLibStream& stream) {
     MediaFacts facts;
     TagLib::ASF::File file(&stream);
-    setTaggedSound(facts, QStringLiteral("wma"), file.audioProperties());
+    setTaggedAudio(facts, QStringLiteral("wma"), file.audioProperties());
     const TagLib::ASF::Tag* tag = file.tag();
     if (!tag)
         return facts;
@@ -108,16 +108,16 @@ MediaFacts readAsf(TagLibStream& stream) {
                 tags.append({qt(name), qt(attribute.toString())});
             else if (attribute.type() == TagLib::ASF::Attribute::DWordType)
                 tags.append({qt(name), QString::number(attribute.toUInt())});
-            const TagLib::ASF::Picture picture = attribute.toPicture();
-            const bool front = picture.type() == TagLib::ASF::Picture::FrontCover;
-            if (picture.isValid() && (cover.isEmpty() || (front && !isFront))) {
-                cover = picture.picture();
+            const TagLib::ASF::Picture image = attribute.toPicture();
+            const bool front = image.type() == TagLib::ASF::Picture::FrontCover;
+            if (image.isValid() && (cover.isEmpty() || (front && !isFront))) {
+                cover = image.picture();
                 isFront = front;
             }
         }
     }
     facts.metadata = itemsFromTags(tags);
-    appendPicture(facts.metadata, cover);
+    appendImage(facts.metadata, cover);
     return facts;
 }
 
@@ -125,14 +125,14 @@ MediaFacts readAsf(TagLibStream& stream) {
 MediaFacts readDsf(FileReader& reader) {
     MediaFacts facts;
     const ByteView head = reader.viewUpTo(0, 80);
-    SoundFacts sound;
-    sound.codec = QStringLiteral("dsd");
-    sound.channels = static_cast<int>(std::min<std::uint32_t>(head.le32(52).value_or(0), 0xFFFF));
-    sound.sampleRate = head.le32(56).value_or(0);
-    if (sound.sampleRate > 0)
-        sound.durationSeconds = static_cast<double>(head.le64(64).value_or(0)) / sound.sampleRate;
-    sound.bitRate = sound.sampleRate * sound.channels;
-    setSound(facts, sound);
+    AudioFacts audio;
+    audio.codec = QStringLiteral("dsd");
+    audio.channels = static_cast<int>(std::min<std::uint32_t>(head.le32(52).value_or(0), 0xFFFF));
+    audio.sampleRate = head.le32(56).value_or(0);
+    if (audio.sampleRate > 0)
+        audio.durationSeconds = static_cast<double>(head.le64(64).value_or(0)) / audio.sampleRate;
+    audio.bitRate = audio.sampleRate * audio.channels;
+    setAudio(facts, audio);
     const std::uint64_t tag = head.le64(20).value_or(0);
     if (tag != 0) {
         const Id3Contents id3 = readId3(ByteRange(reader, tag, UINT64_MAX));
@@ -142,13 +142,13 @@ MediaFacts readDsf(FileReader& reader) {
     return facts;
 }
 
-/// Sound from the library, tags from our own readers: they keep the years apart and leave pictures
+/// Audio from the library, tags from our own readers: they keep the years apart and leave images
 /// in the file.
 template <class File>
 MediaFacts apeTaggedFacts(FileReader& reader, TagLibStream& stream, const QString& codec) {
     MediaFacts facts;
     const File file(&stream);
-    setTaggedSound(facts, codec, file.audioProperties());
+    setTaggedAudio(facts, codec, file.audioProperties());
     std::uint64_t start = 0;
     Id3Contents id3;
     if (const auto header = parseId3Header(reader.viewUpTo(0, 10))) {

@@ -122,7 +122,7 @@ WaveFile walkWave(FileReader& reader) {
         const bool isData = id == "data" && !wave.dataSize;
         if (isData && size == kSizeInDs64)
             size = wave.ds64Data.value_or(left);
-        // A recorder that was switched off leaves 0: the sound then goes on to the end.
+        // A recorder that was switched off leaves 0: the audio then goes on to the end.
         if (isData && size == 0 && !isChunkId(reader.viewUpTo(at + 8, 4)))
             size = left;
         if (size > left)
@@ -161,21 +161,21 @@ QString waveCodecName(std::uint16_t format) {
     }
 }
 
-void setWaveSound(MediaFacts& facts, const WaveFile& wave) {
-    SoundFacts sound;
-    sound.codec = waveCodecName(wave.format);
-    sound.channels = wave.channels;
-    sound.sampleRate = wave.sampleRate;
-    sound.bitRate = static_cast<double>(wave.byteRate) * 8;
+void setWaveAudio(MediaFacts& facts, const WaveFile& wave) {
+    AudioFacts audio;
+    audio.codec = waveCodecName(wave.format);
+    audio.channels = wave.channels;
+    audio.sampleRate = wave.sampleRate;
+    audio.bitRate = static_cast<double>(wave.byteRate) * 8;
     const bool pcm = wave.format == 1 || wave.format == 3 || wave.format == 6 || wave.format == 7;
     const auto bytes = static_cast<double>(wave.dataSize.value_or(0));
     if (pcm && wave.blockAlign > 0 && wave.sampleRate > 0)
-        sound.durationSeconds = bytes / wave.blockAlign / wave.sampleRate;
+        audio.durationSeconds = bytes / wave.blockAlign / wave.sampleRate;
     else if (wave.factSamples > 0 && wave.sampleRate > 0)
-        sound.durationSeconds = static_cast<double>(wave.factSamples) / wave.sampleRate;
+        audio.durationSeconds = static_cast<double>(wave.factSamples) / wave.sampleRate;
     else if (wave.byteRate > 0)
-        sound.durationSeconds = bytes / wave.byteRate;
-    setSound(facts, sound);
+        audio.durationSeconds = bytes / wave.byteRate;
+    setAudio(facts, audio);
 }
 
 InfoDictionary waveInfo(const WaveFile& wave) {
@@ -203,7 +203,7 @@ Result<MediaFacts> readWave(FileReader& reader) {
     facts.container = Container::Wave;
     facts.problem = wave.problem;
     if (wave.sampleRate > 0)
-        setWaveSound(facts, wave);
+        setWaveAudio(facts, wave);
     else
         facts.problem = QStringLiteral("the WAV file has no format chunk");
     facts.id3TagSize = wave.id3.tagSize;

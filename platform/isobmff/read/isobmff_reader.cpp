@@ -74,7 +74,7 @@ private:
     std::uint32_t m_timescale = 0;
     FragmentDefaults m_fragments;
     std::vector<MovieTrack> m_tracks;
-    bool m_hasSound = false;
+    bool m_hasAudio = false;
 };
 
 bool MovieReader::read() {
@@ -147,9 +147,9 @@ void MovieReader::readMovieHeader(const Box& mvhd) {
 void MovieReader::readMovieTrack(const Box& trak) {
     if (m_tracks.size() >= kMaxTracks)
         return m_sink.noteProblem(QStringLiteral("there are too many tracks"));
-    const TrackRequest request{m_timescale, m_sink.quickTime, !m_hasSound};
+    const TrackRequest request{m_timescale, m_sink.quickTime, !m_hasAudio};
     m_tracks.push_back(readTrack(m_reader, trak, request, m_sink.problem));
-    m_hasSound = m_hasSound || m_tracks.back().track.mediaType == QLatin1String("soun");
+    m_hasAudio = m_hasAudio || m_tracks.back().track.mediaType == QLatin1String("soun");
 }
 
 void MovieReader::addFragments(std::uint64_t moovEnd) {
@@ -185,7 +185,7 @@ void MovieReader::markChapterTracks() {
             if (movie.chapterOf == 0 || other.track.trackID != movie.chapterOf)
                 continue;
             other.track.isChapterTrack = m_facts.hasChapters = true;
-            // One of pictures shows no video.
+            // One of images shows no video.
             other.track.isAttachedPicture = other.track.mediaType == QLatin1String("vide");
         }
     }
@@ -193,12 +193,12 @@ void MovieReader::markChapterTracks() {
 
 void MovieReader::summarize() {
     double longest = 0;
-    bool hasSound = false;
+    bool hasAudio = false;
     for (const MovieTrack& movie : m_tracks) {
         const AVAssetTrack& track = movie.track;
         longest = std::max(longest, track.durationSeconds);
-        if (track.mediaType == QLatin1String("soun") && !hasSound) {
-            hasSound = true;
+        if (track.mediaType == QLatin1String("soun") && !hasAudio) {
+            hasAudio = true;
             m_facts.audioBitRate = track.bitRate;
             m_facts.audioSampleRate = track.sampleRate;
             m_facts.audioChannels = track.channels;

@@ -85,7 +85,7 @@ QString localeTag(std::uint32_t locale) {
 struct EntryKey {
     KeyNames names;
     std::uint32_t code = 0; ///< four-character code, 0 for named keys
-    bool isPicture = false;
+    bool isImage = false;
 };
 
 void addDataItem(ItemSink& sink, QList<AVMetadataItem>& group, const EntryKey& key, const Box& data,
@@ -104,13 +104,13 @@ void addDataItem(ItemSink& sink, QList<AVMetadataItem>& group, const EntryKey& k
     if (code == 0 && isNumber)
         code = kSignedInteger;
     AVMetadataItem item = newItem(key.names);
-    setTypedValue(item, sink.reader, code, payload, key.isPicture);
+    setTypedValue(item, sink.reader, code, payload, key.isImage);
     item.extendedLanguageTag = localeTag(locale);
     item.source = source;
     sink.add(group, std::move(item));
 }
 
-/// The `data` boxes of one entry, an item each: several languages, or several pictures.
+/// The `data` boxes of one entry, an item each: several languages, or several images.
 void addEntry(ItemSink& sink, QList<AVMetadataItem>& group, const EntryKey& key, const Box& entry) {
     const auto source = sourceOf(sink.reader, entry);
     FileBoxWalker walker(sink.reader, entry.payloadOffset(), entry.end());
@@ -142,7 +142,7 @@ void readITunesList(ItemSink& sink, const Box& list) {
     while (const auto entry = walker.next()) {
         EntryKey key;
         key.code = entry->type;
-        key.isPicture = entry->type == fourCc("covr");
+        key.isImage = entry->type == fourCc("covr");
         const QByteArray code = fourCcText(entry->type).toLatin1();
         key.names = entry->type == fourCc("----") ? internKey("itlk", longName(sink, *entry))
                                                   : internKey("itsk", code);
@@ -162,7 +162,7 @@ void readKeyedList(ItemSink& sink, const Box& list, const KeyTable& keys) {
         }
         EntryKey key;
         key.names = internKey("mdta", *name);
-        key.isPicture = name->bytes() == "com.apple.quicktime.artwork";
+        key.isImage = name->bytes() == "com.apple.quicktime.artwork";
         addEntry(sink, sink.keyed, key, *entry);
     }
     if (!walker.problem().isNull())

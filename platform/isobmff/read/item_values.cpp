@@ -19,7 +19,7 @@ constexpr std::uint64_t kMaxKeptBytes = 64u << 10;
 
 using enum DataCode::Value;
 
-QString pictureTypeName(ByteView head) {
+QString imageTypeName(ByteView head) {
     if (head.startsWith("\xFF\xD8\xFF"))
         return QStringLiteral("com.apple.metadata.datatype.JPEG");
     if (head.startsWith("\x89PNG"))
@@ -210,17 +210,17 @@ void setTextValue(AVMetadataItem& item, const QString& text) {
 
 void setRawValue(AVMetadataItem& item, HeaderReader& reader, const FileSlice& payload) {
     keepBytes(item, reader, payload, kInlineBytes);
-    item.dataType = pictureTypeName(
-        reader.viewUpTo(payload.offset, std::min<std::uint64_t>(payload.length, 4)));
+    item.dataType =
+        imageTypeName(reader.viewUpTo(payload.offset, std::min<std::uint64_t>(payload.length, 4)));
     if (item.dataType.isEmpty())
         item.dataType = rawTypeName();
 }
 
 void setTypedValue(AVMetadataItem& item, HeaderReader& reader, std::uint32_t typeCode,
-                   const FileSlice& payload, bool isPicture) {
-    const bool pictureCode =
+                   const FileSlice& payload, bool isImage) {
+    const bool imageCode =
         typeCode == Jpeg || typeCode == Png || typeCode == Gif || typeCode == Bmp;
-    if (isPicture || pictureCode) {
+    if (isImage || imageCode) {
         // Deliberate: the bytes decide, since many files name a PNG a JPEG.
         setRawValue(item, reader, payload);
         if (item.dataType == rawTypeName())

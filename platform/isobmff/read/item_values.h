@@ -9,7 +9,7 @@ namespace clipheave::platform {
 
 /// Items that one file gives at most.
 inline constexpr qsizetype kMaxItems = 10'000;
-/// Boxes and pictures up to this size are kept, larger ones stay in the file.
+/// Boxes and images up to this size are kept, larger ones stay in the file.
 inline constexpr std::uint64_t kInlineBytes = 4096;
 
 /// The items of one file while it is read, in the three groups of the final order.
@@ -37,9 +37,9 @@ struct KeyNames {
 [[nodiscard]] std::shared_ptr<const SourceBox> sourceOf(HeaderReader& reader, const Box& box);
 
 /// The payload of a `data` box at `payload`, behind type and locale, into value and data type.
-/// `isPicture`: the key holds pictures whatever the type code says.
+/// `isPicture`: the key holds images whatever the type code says.
 void setTypedValue(AVMetadataItem& item, HeaderReader& reader, std::uint32_t typeCode,
-                   const FileSlice& payload, bool isPicture);
+                   const FileSlice& payload, bool isImage);
 /// Bytes of no known type: kept up to kInlineBytes, else left in the file.
 void setRawValue(AVMetadataItem& item, HeaderReader& reader, const FileSlice& payload);
 void setTextValue(AVMetadataItem& item, const QString& text);

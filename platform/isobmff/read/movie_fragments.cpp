@@ -192,7 +192,7 @@ bool FragmentReader::readRandomAccess() {
     }
     if (last == 0)
         return false;
-    // Behind the last indexed fragment others may follow that begin with no key frame.
+    // Behind the last indexed fragment others may follow that begin with no keyframe.
     walk(last);
     return m_hasDecodeTimes;
 }

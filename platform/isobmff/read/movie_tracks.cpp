@@ -148,11 +148,11 @@ private:
     }
     void atTables(const Box& box) {
         const bool isVideo = m_movie.track.mediaType == QLatin1String("vide");
-        const bool isSound = m_movie.track.mediaType == QLatin1String("soun");
+        const bool isAudio = m_movie.track.mediaType == QLatin1String("soun");
         if (box.type == fourCc("stsd"))
             readSampleDescription(m_movie.track, payload(box), m_request.quickTime);
         else if (box.type == fourCc("stsz") || box.type == fourCc("stz2"))
-            m_sizes = readSampleSizes(m_reader, box, isSound && m_request.withBitRate);
+            m_sizes = readSampleSizes(m_reader, box, isAudio && m_request.withBitRate);
         else if (box.type == fourCc("stts") && isVideo)
             m_ticks = sampleTicks(m_reader, box);
     }
@@ -173,7 +173,7 @@ private:
         } else if (track.mediaType != QLatin1String("soun")) {
             track.naturalSize = {};
         }
-        // For uncompressed sound the description knows better: its table may count frames as bytes.
+        // For uncompressed audio the description knows better: its table may count frames as bytes.
         const bool described = m_sizes.constant && track.bitRate > 0;
         if (m_sizes.total > 0 && seconds > 0 && !described)
             track.bitRate = std::floor(static_cast<double>(m_sizes.total) * 8 / seconds);

@@ -17,8 +17,8 @@ struct MovieTrack {
 
 struct TrackRequest {
     std::uint32_t movieTimescale = 0; ///< of `mvhd`
-    bool quickTime = false;           ///< the brand allows every form of sound description
-    bool withBitRate = false;         ///< sum up the sample sizes of a sound track
+    bool quickTime = false;           ///< the brand allows every form of audio description
+    bool withBitRate = false;         ///< sum up the sample sizes of an audio track
 };
 /// Facts of a `trak` box; `problem` is set when it is null and the box is damaged.
 [[nodiscard]] MovieTrack readTrack(HeaderReader& reader, const Box& trak,

@@ -5,7 +5,7 @@
 #include <bit>
 #include <cmath>
 
-// Sources: ISO/IEC 14496-12 section 8.5.2 and QuickTime File Format, "Sound Sample Descriptions";
+// Sources: ISO/IEC 14496-12 section 8.5.2 and QuickTime File Format, "Audio Sample Descriptions";
 // 14496-1 for `esds`, 14496-3 for its AudioSpecificConfig; ETSI TS 102 366 annex F for `dac3`.
 namespace clipheave::platform {
 
@@ -142,7 +142,7 @@ void applyElementaryStream(AVAssetTrack& track, ByteView esds) {
         track.channels = format.channels;
 }
 
-/// Channels of AC-3 by its coding mode, the low frequencies apart.
+/// Channels of AC-3 by its codec mode, the low frequencies apart.
 constexpr std::array kAc3Channels{2, 1, 2, 3, 3, 4, 4, 5};
 
 void applyAc3(AVAssetTrack& track, ByteView bytes, bool enhanced) {
@@ -272,14 +272,14 @@ int uncompressedBits(std::uint32_t codec, int describedBits) {
     }
 }
 
-/// Where the boxes behind a sound description begin; reads the plain fields on the way.
-std::uint64_t readSoundFields(AVAssetTrack& track, ByteView entry, bool longForms) {
-    constexpr std::uint64_t kSoundHead = 36, kVersion1More = 16;
+/// Where the boxes behind an audio file description begin; reads the plain fields on the way.
+std::uint64_t readAudioFields(AVAssetTrack& track, ByteView entry, bool longForms) {
+    constexpr std::uint64_t kAudioHead = 36, kVersion1More = 16;
     const int version = longForms ? entry.be16(16).value_or(0) : 0;
     track.channels = entry.be16(24).value_or(0);
     track.sampleRate = entry.be32(32).value_or(0) / 65536.0;
     int bits = entry.be16(26).value_or(0);
-    std::uint64_t head = kSoundHead;
+    std::uint64_t head = kAudioHead;
     if (version == 2 && entry.has(0, 60)) {
         track.sampleRate = std::bit_cast<double>(*entry.be64(40));
         track.channels = static_cast<int>(std::min<std::uint32_t>(*entry.be32(48), INT32_MAX));
@@ -297,8 +297,8 @@ std::uint64_t readSoundFields(AVAssetTrack& track, ByteView entry, bool longForm
     return head;
 }
 
-void readSound(AVAssetTrack& track, ByteView entry, bool longForms) {
-    applyChildren(track, entry.sub(readSoundFields(track, entry, longForms)));
+void readAudio(AVAssetTrack& track, ByteView entry, bool longForms) {
+    applyChildren(track, entry.sub(readAudioFields(track, entry, longForms)));
     // What the codec fixes, the description often leaves out or gets wrong.
     if (track.codec == QLatin1String("samr") || track.codec == QLatin1String("sawb")) {
         track.channels = 1;
@@ -325,7 +325,7 @@ void readSampleDescription(AVAssetTrack& track, ByteView stsd, bool quickTime) {
     if (track.mediaType == QLatin1String("vide"))
         readVisual(track, entry);
     else if (track.mediaType == QLatin1String("soun"))
-        readSound(track, entry, longForms);
+        readAudio(track, entry, longForms);
 }
 
 } // namespace clipheave::platform

@@ -22,7 +22,7 @@ enum class UserDataForm {
     BareText,
     Year,
     Keywords,
-    Picture,
+    Image,
     Rating,
     Location,
 };
@@ -49,7 +49,7 @@ constexpr std::array kIsoUserData{
     UserDataRow{fourCc("date"), UserDataForm::BareText},
     UserDataRow{fourCc("yrrc"), UserDataForm::Year},
     UserDataRow{fourCc("kywd"), UserDataForm::Keywords},
-    UserDataRow{fourCc("thmb"), UserDataForm::Picture},
+    UserDataRow{fourCc("thmb"), UserDataForm::Image},
     UserDataRow{fourCc("urat"), UserDataForm::Rating},
     UserDataRow{fourCc("loci"), UserDataForm::Location},
     UserDataRow{fourCc("ades"), UserDataForm::Raw},
@@ -182,15 +182,15 @@ bool setIsoValue(AVMetadataItem& item, ByteView payload, UserDataForm form) {
         // Some writers take it for a box like the others.
         return setIsoText(item, payload, 0);
     case UserDataForm::Raw:
-    case UserDataForm::Picture:
+    case UserDataForm::Image:
         break;
     }
     return false;
 }
 
-/// Where the picture of a `thmb` begins: behind version and flags, in some files behind its type
+/// Where the image of a `thmb` begins: behind version and flags, in some files behind its type
 /// too.
-std::uint64_t pictureOffset(ByteView head) {
+std::uint64_t imageOffset(ByteView head) {
     for (const std::uint64_t at : {0u, 4u, 8u}) {
         if (head.sub(at).startsWith("\xFF\xD8\xFF") || head.sub(at).startsWith("\x89PNG"))
             return at;
@@ -201,12 +201,12 @@ std::uint64_t pictureOffset(ByteView head) {
 void addIsoBox(ItemSink& sink, AVMetadataItem item, const Box& box, UserDataForm form) {
     const std::uint64_t payloadSize = box.payloadSize();
     FileSlice raw{sink.reader.path(), box.payloadOffset(), payloadSize};
-    if (form == UserDataForm::Picture) {
-        raw.offset += pictureOffset(
-            sink.reader.viewUpTo(raw.offset, std::min<std::uint64_t>(payloadSize, 16)));
+    if (form == UserDataForm::Image) {
+        raw.offset +=
+            imageOffset(sink.reader.viewUpTo(raw.offset, std::min<std::uint64_t>(payloadSize, 16)));
         raw.length = box.end() - raw.offset;
     }
-    const bool hasForm = form != UserDataForm::Raw && form != UserDataForm::Picture;
+    const bool hasForm = form != UserDataForm::Raw && form != UserDataForm::Image;
     const bool done =
         hasForm && setIsoValue(item, sink.reader.viewUpTo(box.payloadOffset(), payloadSize), form);
     if (!done)

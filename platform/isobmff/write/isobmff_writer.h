@@ -28,7 +28,7 @@ struct PassthroughRequest {
     QString xmpPacketOf;
     /// Extended attributes come from this file instead of `source`; empty: from `source`.
     QString attributesOf;
-    /// Fraction done, 0 to 1; answering false stops (Cancelled) and leaves nothing behind.
+    /// Fraction done, 0 to 1; returning false stops (Cancelled) and leaves nothing behind.
     std::function<bool(double)> progress;
 };
 

@@ -28,7 +28,7 @@ QByteArray renderInteger(qint64 value, int width) {
     return bytes.right(width);
 }
 
-std::optional<DataCode::Value> pictureCode(QByteArrayView bytes) {
+std::optional<DataCode::Value> imageCode(QByteArrayView bytes) {
     if (bytes.startsWith("\xFF\xD8\xFF"))
         return DataCode::Jpeg;
     if (bytes.startsWith("\x89PNG"))
@@ -42,7 +42,7 @@ std::optional<DataCode::Value> pictureCode(QByteArrayView bytes) {
 
 QByteArray renderArtwork(const AVMetadataItem& item, QStringList& notes) {
     const QByteArray bytes = item.dataValue();
-    const auto code = pictureCode(bytes);
+    const auto code = imageCode(bytes);
     if (!code) {
         notes << QStringLiteral("Artwork not stored: only JPEG, PNG, GIF and BMP can be");
         return {};
@@ -143,7 +143,7 @@ DataCode::Value dataCode(const AVMetadataItem& item) {
                 return type.code;
     if (std::holds_alternative<QString>(item.value))
         return DataCode::Utf8;
-    return pictureCode(item.dataValue()).value_or(DataCode::Untyped);
+    return imageCode(item.dataValue()).value_or(DataCode::Untyped);
 }
 
 } // namespace

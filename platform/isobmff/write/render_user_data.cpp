@@ -115,9 +115,9 @@ QByteArray renderUserData(std::uint32_t code, const AVMetadataItem& item, QStrin
     // Bytes of a code that nobody knows are the box as its maker wants it.
     if (text.isNull() || code == fourCc("XMP_") || code == fourCc("thmb")) {
         const QByteArray bytes = item.dataValue();
-        const bool picture = code == fourCc("thmb");
+        const bool image = code == fourCc("thmb");
         return bytes.isNull() ? bytes
-                              : renderBox(code, picture ? QByteArray(4, '\0') + bytes : bytes);
+                              : renderBox(code, image ? QByteArray(4, '\0') + bytes : bytes);
     }
     switch (code) {
     case fourCc("date"): // not a FullBox, no language, no final NUL

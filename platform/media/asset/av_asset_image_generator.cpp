@@ -9,12 +9,12 @@ namespace clipheave::platform {
 
 namespace {
 
-QuarterTurn turnOfFilm(const AVURLAsset& asset) {
+QuarterTurn turnOfVideo(const AVURLAsset& asset) {
     const auto& tracks = asset.tracks();
-    const auto film = std::find_if(tracks.begin(), tracks.end(), [](const AVAssetTrack& track) {
+    const auto video = std::find_if(tracks.begin(), tracks.end(), [](const AVAssetTrack& track) {
         return track.mediaType == u"vide" && !track.isAttachedPicture;
     });
-    return film == tracks.end() ? QuarterTurn{} : nearestQuarterTurn(film->preferredTransform);
+    return video == tracks.end() ? QuarterTurn{} : nearestQuarterTurn(video->preferredTransform);
 }
 
 } // namespace
@@ -38,16 +38,16 @@ Result<void> AVAssetImageGenerator::openFrames() {
     return {};
 }
 
-Result<RawPicture> AVAssetImageGenerator::copyCGImageAtTime(CMTime time, CMTime* actualTime) {
+Result<RawFrame> AVAssetImageGenerator::copyCGImageAtTime(CMTime time, CMTime* actualTime) {
     if (const auto opened = openFrames(); !opened)
         return tl::unexpected(opened.error());
-    auto picture = m_frames->frameAt(time);
-    if (!picture)
-        return picture;
+    auto frame = m_frames->frameAt(time);
+    if (!frame)
+        return frame;
     if (actualTime != nullptr)
         *actualTime = m_frames->shownTime();
-    return m_appliesTransform ? std::move(picture)
-                              : turnedPicture(*picture, turnOfFilm(m_asset).inverted());
+    return m_appliesTransform ? std::move(frame)
+                              : turnedFrame(*frame, turnOfVideo(m_asset).inverted());
 }
 
 } // namespace clipheave::platform

@@ -10,23 +10,23 @@
 
 namespace clipheave::platform {
 
-/// Still pictures of a film at exact times. Not thread-safe; the film is opened at the first
-/// picture and stays open.
+/// Still frames of a video at exact times. Not thread-safe; the video is opened at the first
+/// frame and stays open.
 class AVAssetImageGenerator {
 public:
     [[nodiscard]] static AVAssetImageGenerator initWithAsset(AVURLAsset asset);
 
     /// Upright as the track's display matrix says; off by default: as stored.
     void setAppliesPreferredTrackTransform(bool applies) { m_appliesTransform = applies; }
-    /// Another picture within these times of the wanted one would do. The exact one is always
+    /// Another frame within these times of the wanted one would do. The exact one is always
     /// given, which is what any tolerance allows.
     void setRequestedTimeToleranceBefore(CMTime) {}
     void setRequestedTimeToleranceAfter(CMTime) {}
 
-    /// The picture that is shown at `time`; `actualTime` gets when it begins. Times in rising order
-    /// cost one pass over the film. InvalidArgument beyond the end, NotSupported without a film or
+    /// The frame that is shown at `time`; `actualTime` gets when it begins. Times in rising order
+    /// cost one skip the video. InvalidArgument beyond the end, NotSupported without a video or
     /// decoder, InvalidData for what cannot be decoded.
-    [[nodiscard]] Result<RawPicture> copyCGImageAtTime(CMTime time, CMTime* actualTime = nullptr);
+    [[nodiscard]] Result<RawFrame> copyCGImageAtTime(CMTime time, CMTime* actualTime = nullptr);
 
 private:
     explicit AVAssetImageGenerator(AVURLAsset asset) : m_asset(std::move(asset)) {}
@@ -35,7 +35,7 @@ private:
     AVURLAsset m_asset;
     bool m_appliesTransform = false;
     std::unique_ptr<FrameSource> m_frames;
-    std::optional<Error> m_openError; ///< a film that cannot be opened is tried once
+    std::optional<Error> m_openError; ///< a video that cannot be opened is tried once
 };
 
 } // namespace clipheave::platform

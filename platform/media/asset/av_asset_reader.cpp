@@ -23,17 +23,17 @@ struct AVAssetReaderTrackOutput::State {
     AVAssetReaderStatus status = AVAssetReaderStatus::Unknown;
     Error error;
     QStringList notes;
-    std::shared_ptr<PictureReader> pictures; ///< while it reads
+    std::shared_ptr<FrameReader> frames; ///< while it reads
 
     [[nodiscard]] std::optional<CMSampleBuffer> next();
     void cancel();
 };
 
 std::optional<CMSampleBuffer> AVAssetReaderTrackOutput::State::next() {
-    std::shared_ptr<PictureReader> reading;
+    std::shared_ptr<FrameReader> reading;
     {
         const std::lock_guard lock(mutex);
-        reading = pictures;
+        reading = frames;
     }
     if (reading == nullptr)
         return std::nullopt;
@@ -44,7 +44,7 @@ std::optional<CMSampleBuffer> AVAssetReaderTrackOutput::State::next() {
     if (sample && sample->imageBuffer != nullptr)
         return std::move(*sample);
     notes = reading->notes();
-    pictures.reset();
+    frames.reset();
     status = sample ? AVAssetReaderStatus::Completed : AVAssetReaderStatus::Failed;
     if (!sample)
         error = sample.error();
@@ -52,16 +52,16 @@ std::optional<CMSampleBuffer> AVAssetReaderTrackOutput::State::next() {
 }
 
 void AVAssetReaderTrackOutput::State::cancel() {
-    std::shared_ptr<PictureReader> stopped; // ends outside the lock
+    std::shared_ptr<FrameReader> stopped; // ends outside the lock
     const std::lock_guard lock(mutex);
     if (status != AVAssetReaderStatus::Unknown && status != AVAssetReaderStatus::Reading)
         return;
     status = AVAssetReaderStatus::Cancelled;
-    if (pictures != nullptr) {
-        notes = pictures->notes();
-        pictures->cancel();
+    if (frames != nullptr) {
+        notes = frames->notes();
+        frames->cancel();
     }
-    stopped = std::move(pictures);
+    stopped = std::move(frames);
 }
 
 std::shared_ptr<AVAssetReaderTrackOutput>
@@ -103,13 +103,13 @@ Result<void> AVAssetReader::addOutput(const std::shared_ptr<AVAssetReaderTrackOu
         output->m_settings.value(QString::fromUtf16(kCVPixelBufferPixelFormatTypeKey));
     if (format.toUInt() != kCVPixelFormatType_32BGRA)
         return readerError(ErrorCode::NotSupported, m_asset, "pictures are read as 32-bit BGRA");
-    const auto films = tracksWithMediaType(m_asset, QString::fromUtf16(AVMediaTypeVideo));
-    const auto film = std::find_if(films.begin(), films.end(), [&](const AVAssetTrack& track) {
+    const auto videos = tracksWithMediaType(m_asset, QString::fromUtf16(AVMediaTypeVideo));
+    const auto video = std::find_if(videos.begin(), videos.end(), [&](const AVAssetTrack& track) {
         return track.trackID == output->m_track.trackID;
     });
-    if (film == films.end() || output->m_track.mediaType != film->mediaType)
+    if (video == videos.end() || output->m_track.mediaType != video->mediaType)
         return refused("the track is no film of this file");
-    m_stream = static_cast<int>(film - films.begin());
+    m_stream = static_cast<int>(video - videos.begin());
     m_hasOutput = true;
     output->m_state = m_state;
     return {};
@@ -126,14 +126,15 @@ bool AVAssetReader::startReading() {
             readerError(ErrorCode::InvalidArgument, m_asset, "it was started before").value());
     if (!m_hasOutput)
         return refuse(readerError(ErrorCode::InvalidArgument, m_asset, "it has no output").value());
-    auto opened = mediaEngine().and_then(
-        [this](MediaEngine* engine) { return engine->openPictures(m_asset.path(), m_stream, {}); });
+    auto opened = mediaEngine().and_then([this](MediaEngine* engine) {
+        return engine->openFrameReader(m_asset.path(), m_stream, {});
+    });
     const std::lock_guard lock(m_state->mutex);
     if (m_state->status != AVAssetReaderStatus::Unknown) // cancelled meanwhile
         return false;
     m_state->status = opened ? AVAssetReaderStatus::Reading : AVAssetReaderStatus::Failed;
     if (opened)
-        m_state->pictures = std::move(*opened);
+        m_state->frames = std::move(*opened);
     else
         m_state->error = opened.error();
     return opened.has_value();
@@ -155,7 +156,7 @@ void AVAssetReader::cancelReading() {
 
 QStringList AVAssetReader::notes() const {
     const std::lock_guard lock(m_state->mutex);
-    return m_state->pictures != nullptr ? m_state->pictures->notes() : m_state->notes;
+    return m_state->frames != nullptr ? m_state->frames->notes() : m_state->notes;
 }
 
 } // namespace clipheave::platform

@@ -22,7 +22,7 @@ enum class AVAssetReaderStatus {
 
 class AVAssetReader;
 
-/// The pictures of one video track, as they are stored: neither turned nor stretched.
+/// The frames of one video track, as they are stored: neither turned nor stretched.
 class AVAssetReaderTrackOutput {
 public:
     /// `outputSettings`: kCVPixelBufferPixelFormatTypeKey with kCVPixelFormatType_32BGRA, the only
@@ -30,7 +30,7 @@ public:
     [[nodiscard]] static std::shared_ptr<AVAssetReaderTrackOutput>
     assetReaderTrackOutputWithTrack(AVAssetTrack track, AVVideoSettings outputSettings);
 
-    /// Waits for the next picture in the order they are shown. None at the end, and when the reader
+    /// Waits for the next frame in the order they are shown. None at the end, and when the reader
     /// is not reading, has failed or was cancelled: its status tells.
     [[nodiscard]] std::optional<CMSampleBuffer> copyNextSampleBuffer();
 
@@ -46,7 +46,7 @@ private:
     std::shared_ptr<State> m_state; ///< the reader's, once added
 };
 
-/// Reads the pictures of a film one after the other. Decoding runs a few pictures ahead. Set it up
+/// Reads the frames of a video one after the other. Decoding runs a few frames ahead. Set it up
 /// and read on one thread; status(), error() and cancelReading() are for any. Dropped, it stops.
 class AVAssetReader {
 public:
@@ -60,7 +60,7 @@ public:
     /// NotSupported for another pixel format.
     [[nodiscard]] Result<void> addOutput(const std::shared_ptr<AVAssetReaderTrackOutput>& output);
     /// False when it was started before, has no output or fails: error() tells (NotSupported
-    /// without a decoder, InvalidData, LimitExceeded for pictures that are too large).
+    /// without a decoder, InvalidData, LimitExceeded for frames that are too large).
     [[nodiscard]] bool startReading();
     /// Completed once copyNextSampleBuffer() has met the end.
     [[nodiscard]] AVAssetReaderStatus status() const;

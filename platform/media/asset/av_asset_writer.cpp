@@ -27,7 +27,7 @@ std::optional<ExportContainer> writerContainer(const QString& type) {
     case OutputContainer::M4V:
         return ExportContainer::M4V;
     case OutputContainer::M4A:
-        break; // holds no film
+        break; // holds no video
     }
     return std::nullopt;
 }
@@ -40,11 +40,11 @@ struct AVAssetWriterInput::State {
     AVAssetWriterStatus status = AVAssetWriterStatus::Unknown;
     Error error;
     QString target;
-    FilmSettings settings;
+    VideoWriterSettings settings;
     std::optional<CMTime> sessionStart;
     bool isMarkedFinished = false, isFinishing = false;
-    std::shared_ptr<FilmWriter> film; ///< while it writes
-    /// The film grows under its hidden name; dropped, it is removed.
+    std::shared_ptr<VideoWriter> video; ///< while it writes
+    /// The video grows under its hidden name; dropped, it is removed.
     std::optional<AtomicFile> file;
     std::vector<std::function<void()>> handlers;
 
@@ -65,7 +65,7 @@ void AVAssetWriterInput::State::refuse(ErrorCode code, const char* why) {
 
 /// Stops the threads before the file goes.
 void AVAssetWriterInput::State::end(AVAssetWriterStatus final, const Error& reason) {
-    film.reset();
+    video.reset();
     file.reset();
     status = final;
     error = reason;
@@ -78,7 +78,7 @@ void AVAssetWriterInput::State::end(AVAssetWriterStatus final, const Error& reas
 void AVAssetWriterInput::State::noticeFailure() {
     if (status != AVAssetWriterStatus::Writing || isFinishing)
         return;
-    if (const auto failed = film->failure())
+    if (const auto failed = video->failure())
         end(AVAssetWriterStatus::Failed, *failed);
 }
 
@@ -90,13 +90,13 @@ bool AVAssetWriterInput::State::start() {
     }
     file = std::move(*created);
     auto begun = mediaEngine().and_then([this](MediaEngine* engine) {
-        return engine->writeFilm(settings, file->temporaryPath(), {});
+        return engine->openVideoWriter(settings, file->temporaryPath(), {});
     });
     if (!begun) {
         end(AVAssetWriterStatus::Failed, begun.error());
         return false;
     }
-    film = std::move(*begun);
+    video = std::move(*begun);
     status = AVAssetWriterStatus::Writing;
     return true;
 }
@@ -104,25 +104,25 @@ bool AVAssetWriterInput::State::start() {
 bool AVAssetWriterInput::State::append(const CMSampleBuffer& sample) {
     noticeFailure();
     if (status != AVAssetWriterStatus::Writing || isMarkedFinished || !sessionStart ||
-        !film->isReady())
+        !video->isReady())
         return false;
     CMSampleBuffer moved = sample;
     moved.presentationTimeStamp = CMTimeSubtract(sample.presentationTimeStamp, *sessionStart);
-    const auto appended = film->append(moved);
+    const auto appended = video->append(moved);
     noticeFailure();
     return appended.has_value();
 }
 
 void AVAssetWriterInput::State::finish() {
-    std::shared_ptr<FilmWriter> finishing;
+    std::shared_ptr<VideoWriter> finishing;
     {
         const std::lock_guard lock(mutex);
-        finishing = film;
+        finishing = video;
     }
     Result<void> done = finishing->finish();
     finishing.reset();
     if (done)
-        done = file->commit(); // nobody else touches it while the film is being finished
+        done = file->commit(); // nobody else touches it while the video is being finished
     std::vector<std::function<void()>> waiting;
     {
         const std::lock_guard lock(mutex);
@@ -156,7 +156,7 @@ bool AVAssetWriterInput::isReadyForMoreMediaData() const {
     state->noticeFailure();
     if (state->status == AVAssetWriterStatus::Unknown)
         return false;
-    return state->film == nullptr || state->film->isReady();
+    return state->video == nullptr || state->video->isReady();
 }
 
 bool AVAssetWriterInput::appendSampleBuffer(const CMSampleBuffer& sample) {
@@ -277,7 +277,7 @@ void AVAssetWriter::finishWritingWithCompletionHandler(std::function<void()> han
 void AVAssetWriter::cancelWriting() {
     const std::lock_guard lock(m_state->mutex);
     if (m_state->status == AVAssetWriterStatus::Writing && m_state->isFinishing)
-        m_state->film->cancel();
+        m_state->video->cancel();
     else if (m_state->status == AVAssetWriterStatus::Unknown ||
              m_state->status == AVAssetWriterStatus::Writing)
         m_state->end(AVAssetWriterStatus::Cancelled, {});

@@ -22,7 +22,7 @@ enum class AVAssetWriterStatus {
 
 class AVAssetWriter;
 
-/// The pictures of the film that a writer makes.
+/// The frames of the video that a writer makes.
 class AVAssetWriterInput {
 public:
     /// `outputSettings`: AVVideoCodecKey with AVVideoCodecTypeH264, AVVideoWidthKey and
@@ -30,15 +30,15 @@ public:
     [[nodiscard]] static std::shared_ptr<AVAssetWriterInput>
     assetWriterInputWithMediaType(QString mediaType, AVVideoSettings outputSettings);
 
-    /// Display matrix of the film, {a b u c d v x y w} as a track's preferredTransform; before the
+    /// Display matrix of the video, {a b u c d v x y w} as a track's preferredTransform; before the
     /// start.
     void setTransform(const std::array<double, 9>& matrix) { m_transform = matrix; }
 
-    /// False before the start and while as many pictures wait as are kept. Once the writer cannot
+    /// False before the start and while as many frames wait as are kept. Once the writer cannot
     /// go on it is true, so that a loop which waits for it ends with the append that fails.
     [[nodiscard]] bool isReadyForMoreMediaData() const;
     /// False, and nothing else, out of order: before the session's start, after markAsFinished(),
-    /// while it is not ready. A picture of another size than the first and a time that is not later
+    /// while it is not ready. A frame of another size than the first and a time that is not later
     /// than the last one fail the writer. The pixels must not be changed any more.
     [[nodiscard]] bool appendSampleBuffer(const CMSampleBuffer& sample);
     void markAsFinished();
@@ -54,7 +54,7 @@ private:
     std::weak_ptr<State> m_state; ///< the writer's, once added
 };
 
-/// Makes a film out of pictures. It comes under its name in one step when it is complete; until
+/// Makes a video out of frames. It comes under its name in one step when it is complete; until
 /// then a file of that name stays what it is, also when the writer fails, is cancelled or dropped.
 /// Set up, append and finish on one thread; status(), error(), cancelWriting() are for any.
 class AVAssetWriter {
@@ -63,7 +63,7 @@ public:
     /// NotSupported. InvalidArgument without a name.
     [[nodiscard]] static Result<std::unique_ptr<AVAssetWriter>>
     initWithURL(const QString& path, const QString& fileType);
-    /// Waits for a film that is being finished; what is not finished is cancelled.
+    /// Waits for a video that is being finished; what is not finished is cancelled.
     ~AVAssetWriter();
     AVAssetWriter(const AVAssetWriter&) = delete;
     AVAssetWriter& operator=(const AVAssetWriter&) = delete;
@@ -72,18 +72,18 @@ public:
     /// beyond 2 to 16384.
     [[nodiscard]] Result<void> addInput(const std::shared_ptr<AVAssetWriterInput>& input);
     void setShouldOptimizeForNetworkUse(bool optimize); ///< movie header first; off by default
-    /// The dates in the film's header are those of this file.
+    /// The dates in the video's header are those of this file.
     void setHeaderDatesOf(const QString& path);
 
     /// False when it was started before, has no input or the folder does not take a file: error()
     /// tells.
     [[nodiscard]] bool startWriting();
-    /// This time of the pictures is the film's time 0. What is shown before is left out.
+    /// This time of the frames is the video's time 0. What is shown before is left out.
     void startSessionAtSourceTime(CMTime time);
-    /// Completes the film; `handler` runs when status() is final, on a thread of the writer, or at
+    /// Completes the video; `handler` runs when status() is final, on a thread of the writer, or at
     /// once where nothing is being written. The writer may be dropped in it.
     void finishWritingWithCompletionHandler(std::function<void()> handler);
-    /// Stops and removes what was written; a film that is being finished is stopped if it can be.
+    /// Stops and removes what was written; a video that is being finished is stopped if it can be.
     void cancelWriting();
     [[nodiscard]] AVAssetWriterStatus status() const;
     [[nodiscard]] Error error() const; ///< why it failed or refused

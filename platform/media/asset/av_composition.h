@@ -14,7 +14,7 @@ namespace clipheave::platform {
 inline constexpr char16_t AVMediaTypeVideo[] = u"vide";
 inline constexpr char16_t AVMediaTypeAudio[] = u"soun";
 
-/// The tracks of this type that carry moving pictures or sound, in file order; cover art carried as
+/// The tracks of this type that carry moving frames or audio, in file order; cover art carried as
 /// a track is none.
 [[nodiscard]] std::vector<AVAssetTrack> tracksWithMediaType(const AVURLAsset& asset,
                                                             const QString& mediaType);
@@ -72,7 +72,7 @@ private:
     std::deque<AVMutableCompositionTrack> m_tracks;
 };
 
-/// How one layer of the picture is drawn.
+/// How one layer of the frame is drawn.
 class AVMutableVideoCompositionLayerInstruction {
 public:
     /// Only a transform from time zero on is known.
@@ -88,7 +88,7 @@ struct AVMutableVideoCompositionInstruction {
     std::vector<AVMutableVideoCompositionLayerInstruction> layerInstructions;
 };
 
-/// How the pictures of a composition become those of the output.
+/// How the frames of a composition become those of the output.
 class AVMutableVideoComposition {
 public:
     void setFrameDuration(CMTime duration) { m_frameDuration = duration; }
@@ -103,7 +103,7 @@ private:
     QSize m_renderSize;
 };
 
-/// Volumes of the sound; one factor for the whole track.
+/// Volumes of the audio; one factor for the whole track.
 class AVMutableAudioMixInputParameters {
 public:
     /// Only a volume from time zero on is known.

@@ -53,7 +53,7 @@ MediaFacts withRicherTags(MediaFacts facts, const Result<MediaFacts>& tagged) {
     return facts;
 }
 
-/// The tag library knows tags best but no pictures in motion and not every duration: the engine
+/// The tag library knows tags best but no frames in motion and not every duration: the engine
 /// is asked where the first answer lacks something.
 Result<MediaFacts> readByTagLibrary(FileReader& reader, bool hasVideo) {
     Result<MediaFacts> tagged = readTagged(reader);

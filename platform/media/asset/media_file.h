@@ -8,7 +8,7 @@
 
 namespace clipheave::platform {
 
-/// One file opened once: its attributes and the facts of one pass over its headers. The platform
+/// One file opened once: its attributes and the facts of one skip its headers. The platform
 /// objects (AVURLAsset, MDItem, AudioFile) of one import share it.
 class MediaFile {
 public:

@@ -38,7 +38,7 @@ public:
     [[nodiscard]] static std::shared_ptr<AVAssetExportSession>
     unchangedCopy(const QString& source, const QString& target, NSFileManager::IfExists ifExists);
     /// Another job beside the exports: `writer` makes `target` out of `source` in one step and
-    /// answers notes; it is given what takes its progress (0 to 1) and stops it by answering false.
+    /// returns notes; it is given what takes its progress (0 to 1) and stops it by returning false.
     using Writer = std::function<Result<QStringList>(const std::function<bool(double)>& progress)>;
     [[nodiscard]] static std::shared_ptr<AVAssetExportSession>
     rewriting(const QString& source, const QString& target, Writer writer);
@@ -58,9 +58,10 @@ public:
     void setTimeRange(CMTimeRange range);
     void setVideoComposition(AVMutableVideoComposition composition);
     void setAudioMix(AVMutableAudioMix mix);
-    /// A pass-through into another container leaves out what that cannot hold beside films and
-    /// sounds (subtitles, attachments) and tells so, also of codings that have no place there; else
-    /// such a stream fails the export. Off by default: nobody loses a subtitle by saving a title.
+    /// A pass-through into another container leaves out what that cannot hold beside videos and
+    /// audio tracks (subtitles, attachments) and tells so, also of codecs that have no place there;
+    /// else such a stream fails the export. Off by default: nobody loses a subtitle by saving a
+    /// title.
     void setLeavesOutUnheldTracks(bool leavesOut);
     /// Movie header before the payload. Off by default.
     void setShouldOptimizeForNetworkUse(bool optimize);

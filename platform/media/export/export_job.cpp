@@ -174,7 +174,7 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequ
     if (!wholeFile)
         return runPlan(std::move(request));
     if (isIsoMedia(order->asset->file()->facts().container))
-        return told(writePassthrough(request), notesOnCodings(request.container));
+        return told(writePassthrough(request), notesOnCodecs(request.container));
     const PassthroughRequest asked = request;
     // Packets take about as much room in one container as in another, unless much is left out.
     const std::uint64_t bytes = order->asset->file()->attributes().NSFileSize;
@@ -185,17 +185,17 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequ
                             });
 }
 
-/// Deliberate: such a film is converted, and its user warned; cameras write PCM into MP4 files,
-/// too, and many players take it. A save says nothing: the film is what it was.
-QStringList AVAssetExportSession::State::notesOnCodings(OutputContainer container) const {
+/// Deliberate: such a video is converted, and its user warned; cameras write PCM into MP4 files,
+/// too, and many players take it. A save says nothing: the video is what it was.
+QStringList AVAssetExportSession::State::notesOnCodecs(OutputContainer container) const {
     if (!leavesOut || container == OutputContainer::QuickTimeMovie ||
         order->asset->file()->facts().container != Container::QuickTime)
         return {};
-    const QStringList codings = codingsOfQuickTimeAlone(order->asset->tracks());
-    if (codings.isEmpty())
+    const QStringList codecs = codecsOfQuickTimeAlone(order->asset->tracks());
+    if (codecs.isEmpty())
         return {};
     return {QStringLiteral("%1 has no place in MP4 files: some players will not play it")
-                .arg(codings.join(QStringLiteral(", ")))};
+                .arg(codecs.join(QStringLiteral(", ")))};
 }
 
 /// What is encoded, cut or put together: the engine makes the streams, the metadata follows.
@@ -261,13 +261,13 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runThroughEngine(Passthr
     return outcome;
 }
 
-/// M4A holds sound alone, and of three codecs.
+/// M4A holds audio alone, and of three codecs.
 Result<QStringList> AVAssetExportSession::State::copyIntoMp4(MediaEngine& engine,
                                                              const PassthroughRequest& request,
                                                              const QString& target) {
     const auto reports = [this](double done) { return report(done / 2); };
     if (request.container == OutputContainer::M4A)
-        return engine.soundToM4a(request.source, target, reports);
+        return engine.audioToM4a(request.source, target, reports);
     const RemuxTarget kind = request.container == OutputContainer::QuickTimeMovie
                                  ? RemuxTarget::QuickTimeMovie
                                  : RemuxTarget::Mp4;

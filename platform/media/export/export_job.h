@@ -42,7 +42,7 @@ struct AVAssetExportSession::State {
     [[nodiscard]] Result<void> validated() const;
     [[nodiscard]] Result<PassthroughOutcome> run();
     [[nodiscard]] Result<PassthroughOutcome> runJob();
-    /// Makes a file of this family at `target`; answers what is worth telling.
+    /// Makes a file of this family at `target`; returns what is worth telling.
     using Maker = std::function<Result<QStringList>(MediaEngine& engine, const QString& target)>;
     struct EngineWork {
         double share = 0;             ///< of the whole progress
@@ -53,7 +53,7 @@ struct AVAssetExportSession::State {
                                                               const AVURLAsset& original,
                                                               EngineWork work, const Maker& maker);
     [[nodiscard]] Result<PassthroughOutcome> runOrder(PassthroughRequest request);
-    [[nodiscard]] QStringList notesOnCodings(OutputContainer container) const;
+    [[nodiscard]] QStringList notesOnCodecs(OutputContainer container) const;
     [[nodiscard]] Result<PassthroughOutcome> runPlan(PassthroughRequest request);
     [[nodiscard]] Result<QStringList>
     copyIntoMp4(MediaEngine& engine, const PassthroughRequest& request, const QString& target);

@@ -13,12 +13,12 @@ namespace {
 
 const QString kPlan = QStringLiteral("plan the export");
 
-/// What a preset encodes to. The sizes are the largest that a picture gets, never scaled up.
+/// What a preset encodes to. The sizes are the largest that a frame gets, never scaled up.
 struct Preset {
     std::u16string_view name;
     QSize largest; ///< empty: the size of the source
     int crf;
-    std::int64_t videoBitRate, soundBitRate;
+    std::int64_t videoBitRate, audioBitRate;
     int channels; ///< at most; 0: those of the source
     bool video;
 };
@@ -44,7 +44,7 @@ tl::unexpected<Error> unsupported(const QString& path, const QString& why) {
     return failure(ErrorCode::NotSupported, kPlan, path, why);
 }
 
-/// A file as a composition: its first picture and its first sound, from their start to their end.
+/// A file as a composition: its first frame and its first audio, from their start to their end.
 AVMutableComposition compositionOf(const AVURLAsset& asset) {
     AVMutableComposition composition;
     const CMTimeRange whole = CMTimeRangeMake(kCMTimeZero, assetDuration(asset));
@@ -69,16 +69,16 @@ bool holdsSomethingOf(const std::optional<Track>& track, const QString& path) {
 
 /// What of the file the output does not hold; null when that is nothing.
 QString notCarried(const AVURLAsset& asset, const ExportPlan& plan) {
-    int films = holdsSomethingOf(plan.video, asset.path()) ? -1 : 0;
-    int sounds = holdsSomethingOf(plan.sound, asset.path()) ? -1 : 0;
+    int videos = holdsSomethingOf(plan.video, asset.path()) ? -1 : 0;
+    int audioFiles = holdsSomethingOf(plan.audio, asset.path()) ? -1 : 0;
     int others = 0;
     for (const AVAssetTrack& track : asset.tracks()) {
         if (track.isAttachedPicture || track.isChapterTrack)
             continue;
         if (track.mediaType == QStringView(AVMediaTypeVideo))
-            films += plan.video ? 1 : 0;
+            videos += plan.video ? 1 : 0;
         else if (track.mediaType == QStringView(AVMediaTypeAudio))
-            ++sounds;
+            ++audioFiles;
         else
             ++others;
     }
@@ -87,8 +87,8 @@ QString notCarried(const AVURLAsset& asset, const ExportPlan& plan) {
         if (count > 0)
             kinds.append(QStringLiteral("%1 %2").arg(count).arg(what));
     };
-    tell(films, QStringLiteral("further film(s)"));
-    tell(sounds, QStringLiteral("further sound track(s)"));
+    tell(videos, QStringLiteral("further film(s)"));
+    tell(audioFiles, QStringLiteral("further sound track(s)"));
     tell(others, QStringLiteral("track(s) of text or data"));
     if (asset.file()->facts().hasChapters && plan.chaptersOf != asset.path())
         kinds.append(QStringLiteral("chapters"));
@@ -147,7 +147,7 @@ int evenSide(double side) {
     return std::max(2, static_cast<int>(std::lround(side / 2)) * 2);
 }
 
-/// The picture fitted into `largest`, which lies the way the picture does: 568x320 is 320x568 for
+/// The frame fitted into `largest`, which lies the way the frame does: 568x320 is 320x568 for
 /// one that stands upright. Empty when it is no larger.
 QSize fittedSize(const AVAssetTrack& track, QSize largest) {
     const QSizeF shown = displaySize(track);
@@ -175,7 +175,7 @@ Result<void> applyVideoComposition(const AVMutableVideoComposition& instructions
         for (const auto& layer : instruction.layerInstructions) {
             if (!layer.transform())
                 continue;
-            const auto turn = pictureTurn(*layer.transform());
+            const auto turn = frameTurn(*layer.transform());
             if (!turn)
                 return unsupported(path, QStringLiteral("only turns by right angles are drawn"));
             video.turns = {turn->degrees};
@@ -193,7 +193,7 @@ void drawUpright(const AVMutableCompositionTrack& track, ExportVideo& video) {
     if (alike)
         return;
     for (const AVAssetTrack& source : track.sourceTracks()) {
-        const auto turn = pictureTurn(transformOfMatrix(source.preferredTransform));
+        const auto turn = frameTurn(transformOfMatrix(source.preferredTransform));
         video.turns.push_back(turn ? turn->degrees : 0);
         video.mirrored.push_back(turn && turn->mirrored);
     }
@@ -210,7 +210,7 @@ Result<ExportVideo> planVideo(const ExportOrder& order, const AVMutableCompositi
     video.segments = track.segments();
     video.preferredTransform = track.preferredTransform;
     if (!preset) {
-        video.coding = ExportCoding::Copy;
+        video.mode = ExportMode::Copy;
         return video;
     }
     video.crf = preset->crf;
@@ -233,50 +233,49 @@ bool isAac(const AVAssetTrack& track) {
 }
 
 /// Copied where nothing is asked of it that a copy cannot give.
-bool copiesSound(const ExportOrder& order, const ExportSound& sound,
+bool copiesAudio(const ExportOrder& order, const ExportAudio& audio,
                  const AVMutableCompositionTrack& track, const Preset* preset) {
-    if (sound.volume != 1 || sound.segments.size() != 1)
+    if (audio.volume != 1 || audio.segments.size() != 1)
         return false;
-    const ExportSegment& only = sound.segments.front();
+    const ExportSegment& only = audio.segments.front();
     if (CMTimeCompare(only.source.duration, only.target.duration) != 0)
         return false;
     if (!preset)
         return true;
-    // AAC that a preset without a picture would only encode once more.
+    // AAC that a preset without a frame would only encode once more.
     return !preset->video && !order.timeRange && isAac(track.sourceTracks().front());
 }
 
-ExportSound planSound(const ExportOrder& order, const AVMutableCompositionTrack& track,
+ExportAudio planAudio(const ExportOrder& order, const AVMutableCompositionTrack& track,
                       const Preset* preset) {
-    ExportSound sound;
-    sound.segments = track.segments();
+    ExportAudio audio;
+    audio.segments = track.segments();
     if (order.audioMix && !order.audioMix->inputParameters.empty() && preset)
-        sound.volume = order.audioMix->inputParameters.front().volume();
+        audio.volume = order.audioMix->inputParameters.front().volume();
     if (preset) {
-        sound.bitRate = preset->soundBitRate;
-        sound.channels = preset->channels;
+        audio.bitRate = preset->audioBitRate;
+        audio.channels = preset->channels;
     }
-    sound.coding =
-        copiesSound(order, sound, track, preset) ? ExportCoding::Copy : ExportCoding::Encode;
-    return sound;
+    audio.mode = copiesAudio(order, audio, track, preset) ? ExportMode::Copy : ExportMode::Encode;
+    return audio;
 }
 
 void trim(ExportPlan& plan, CMTimeRange range) {
     if (plan.video)
         plan.video->segments = trimmed(plan.video->segments, range);
-    if (plan.sound)
-        plan.sound->segments = trimmed(plan.sound->segments, range);
+    if (plan.audio)
+        plan.audio->segments = trimmed(plan.audio->segments, range);
     if (plan.video && plan.video->segments.empty())
         plan.video.reset();
-    if (plan.sound && plan.sound->segments.empty())
-        plan.sound.reset();
+    if (plan.audio && plan.audio->segments.empty())
+        plan.audio.reset();
 }
 
 /// The one file whose times are those of the output; null when there is none.
 QString chapterSource(const ExportPlan& plan) {
-    if (!plan.video && !plan.sound)
+    if (!plan.video && !plan.audio)
         return {};
-    const auto& segments = plan.video ? plan.video->segments : plan.sound->segments;
+    const auto& segments = plan.video ? plan.video->segments : plan.audio->segments;
     if (segments.size() != 1)
         return {};
     const ExportSegment& only = segments.front();
@@ -315,23 +314,23 @@ Result<PlannedExport> planExport(const ExportOrder& order) {
     plan.container = order.container;
     plan.moovFirst = order.moovFirst;
     plan.headerDatesOf = firstPath(order);
-    const auto* film = composition.trackOfType(QString::fromUtf16(AVMediaTypeVideo));
-    const auto* sound = composition.trackOfType(QString::fromUtf16(AVMediaTypeAudio));
+    const auto* videoFile = composition.trackOfType(QString::fromUtf16(AVMediaTypeVideo));
+    const auto* audio = composition.trackOfType(QString::fromUtf16(AVMediaTypeAudio));
     if (preset && !preset->video)
-        film = nullptr;
-    if (film) {
-        auto video = planVideo(order, *film, preset);
+        videoFile = nullptr;
+    if (videoFile) {
+        auto video = planVideo(order, *videoFile, preset);
         if (!video)
             return tl::unexpected(video.error());
         plan.video = std::move(*video);
     }
-    if (sound)
-        plan.sound = planSound(order, *sound, preset);
+    if (audio)
+        plan.audio = planAudio(order, *audio, preset);
     if (order.timeRange)
         trim(plan, *order.timeRange);
     plan.chaptersOf = chapterSource(plan);
     planned.notes = notCarried(composition.sourceAssets(), plan);
-    if (plan.video || plan.sound)
+    if (plan.video || plan.audio)
         return planned;
     return unsupported(firstPath(order), preset && !preset->video
                                              ? QStringLiteral("there is no sound track")

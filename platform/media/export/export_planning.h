@@ -33,7 +33,7 @@ struct PlannedExport {
 
 [[nodiscard]] bool isExportPreset(const QString& name);
 /// The export as a value. InvalidArgument for a preset that is none, NotSupported when the order
-/// asks for a picture or sound that the sources do not have, or for a transform that is no right
+/// asks for a frame or audio that the sources do not have, or for a transform that is no right
 /// angle.
 [[nodiscard]] Result<PlannedExport> planExport(const ExportOrder& order);
 

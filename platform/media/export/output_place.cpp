@@ -15,7 +15,7 @@ namespace clipheave::platform {
 namespace {
 
 const QString kPrepareOutput = QStringLiteral("prepare the output");
-/// The shortest film with its header needs no less.
+/// The shortest video with its header needs no less.
 constexpr std::uint64_t kLeastRoom = 16 << 10;
 constexpr std::chrono::milliseconds kBetweenLooks{300};
 

@@ -8,48 +8,48 @@ namespace clipheave::platform {
 
 namespace {
 
-struct QuickTimeCoding {
+struct QuickTimeCodec {
     std::u16string_view code;
     const char* name;
 };
-constexpr std::array kQuickTimeCodings{
-    QuickTimeCoding{u"sowt", "PCM"},         QuickTimeCoding{u"twos", "PCM"},
-    QuickTimeCoding{u"raw ", "raw data"},    QuickTimeCoding{u"NONE", "raw data"},
-    QuickTimeCoding{u"lpcm", "PCM"},         QuickTimeCoding{u"in24", "PCM"},
-    QuickTimeCoding{u"in32", "PCM"},         QuickTimeCoding{u"fl32", "PCM"},
-    QuickTimeCoding{u"fl64", "PCM"},         QuickTimeCoding{u"ulaw", "PCM"},
-    QuickTimeCoding{u"alaw", "PCM"},         QuickTimeCoding{u"ima4", "IMA ADPCM"},
-    QuickTimeCoding{u"MAC3", "MACE"},        QuickTimeCoding{u"MAC6", "MACE"},
-    QuickTimeCoding{u"QDMC", "QDesign"},     QuickTimeCoding{u"QDM2", "QDesign"},
-    QuickTimeCoding{u"Qclp", "QCELP"},       QuickTimeCoding{u"apch", "ProRes"},
-    QuickTimeCoding{u"apcn", "ProRes"},      QuickTimeCoding{u"apcs", "ProRes"},
-    QuickTimeCoding{u"apco", "ProRes"},      QuickTimeCoding{u"ap4h", "ProRes"},
-    QuickTimeCoding{u"ap4x", "ProRes"},      QuickTimeCoding{u"aprn", "ProRes RAW"},
-    QuickTimeCoding{u"aprh", "ProRes RAW"},  QuickTimeCoding{u"AVdn", "DNxHD"},
-    QuickTimeCoding{u"AVdh", "DNxHR"},       QuickTimeCoding{u"CFHD", "CineForm"},
-    QuickTimeCoding{u"SVQ1", "Sorenson"},    QuickTimeCoding{u"SVQ3", "Sorenson"},
-    QuickTimeCoding{u"cvid", "Cinepak"},     QuickTimeCoding{u"rle ", "Animation"},
-    QuickTimeCoding{u"rpza", "Apple Video"}, QuickTimeCoding{u"smc ", "Apple Graphics"},
-    QuickTimeCoding{u"8BPS", "Planar RGB"},  QuickTimeCoding{u"png ", "PNG"},
-    QuickTimeCoding{u"jpeg", "Motion JPEG"}, QuickTimeCoding{u"mjpa", "Motion JPEG"},
-    QuickTimeCoding{u"mjpb", "Motion JPEG"}, QuickTimeCoding{u"dvc ", "DV"},
-    QuickTimeCoding{u"dvcp", "DV"},          QuickTimeCoding{u"dvpp", "DV"},
-    QuickTimeCoding{u"dv5n", "DV"},          QuickTimeCoding{u"dv5p", "DV"},
-    QuickTimeCoding{u"2vuy", "raw data"},    QuickTimeCoding{u"yuv2", "raw data"},
-    QuickTimeCoding{u"v210", "raw data"},    QuickTimeCoding{u"icod", "Apple Intermediate"},
+constexpr std::array kQuickTimeCodecs{
+    QuickTimeCodec{u"sowt", "PCM"},         QuickTimeCodec{u"twos", "PCM"},
+    QuickTimeCodec{u"raw ", "raw data"},    QuickTimeCodec{u"NONE", "raw data"},
+    QuickTimeCodec{u"lpcm", "PCM"},         QuickTimeCodec{u"in24", "PCM"},
+    QuickTimeCodec{u"in32", "PCM"},         QuickTimeCodec{u"fl32", "PCM"},
+    QuickTimeCodec{u"fl64", "PCM"},         QuickTimeCodec{u"ulaw", "PCM"},
+    QuickTimeCodec{u"alaw", "PCM"},         QuickTimeCodec{u"ima4", "IMA ADPCM"},
+    QuickTimeCodec{u"MAC3", "MACE"},        QuickTimeCodec{u"MAC6", "MACE"},
+    QuickTimeCodec{u"QDMC", "QDesign"},     QuickTimeCodec{u"QDM2", "QDesign"},
+    QuickTimeCodec{u"Qclp", "QCELP"},       QuickTimeCodec{u"apch", "ProRes"},
+    QuickTimeCodec{u"apcn", "ProRes"},      QuickTimeCodec{u"apcs", "ProRes"},
+    QuickTimeCodec{u"apco", "ProRes"},      QuickTimeCodec{u"ap4h", "ProRes"},
+    QuickTimeCodec{u"ap4x", "ProRes"},      QuickTimeCodec{u"aprn", "ProRes RAW"},
+    QuickTimeCodec{u"aprh", "ProRes RAW"},  QuickTimeCodec{u"AVdn", "DNxHD"},
+    QuickTimeCodec{u"AVdh", "DNxHR"},       QuickTimeCodec{u"CFHD", "CineForm"},
+    QuickTimeCodec{u"SVQ1", "Sorenson"},    QuickTimeCodec{u"SVQ3", "Sorenson"},
+    QuickTimeCodec{u"cvid", "Cinepak"},     QuickTimeCodec{u"rle ", "Animation"},
+    QuickTimeCodec{u"rpza", "Apple Video"}, QuickTimeCodec{u"smc ", "Apple Graphics"},
+    QuickTimeCodec{u"8BPS", "Planar RGB"},  QuickTimeCodec{u"png ", "PNG"},
+    QuickTimeCodec{u"jpeg", "Motion JPEG"}, QuickTimeCodec{u"mjpa", "Motion JPEG"},
+    QuickTimeCodec{u"mjpb", "Motion JPEG"}, QuickTimeCodec{u"dvc ", "DV"},
+    QuickTimeCodec{u"dvcp", "DV"},          QuickTimeCodec{u"dvpp", "DV"},
+    QuickTimeCodec{u"dv5n", "DV"},          QuickTimeCodec{u"dv5p", "DV"},
+    QuickTimeCodec{u"2vuy", "raw data"},    QuickTimeCodec{u"yuv2", "raw data"},
+    QuickTimeCodec{u"v210", "raw data"},    QuickTimeCodec{u"icod", "Apple Intermediate"},
 };
 
 } // namespace
 
-QStringList codingsOfQuickTimeAlone(const std::vector<AVAssetTrack>& tracks) {
+QStringList codecsOfQuickTimeAlone(const std::vector<AVAssetTrack>& tracks) {
     QStringList names;
     for (const AVAssetTrack& track : tracks) {
-        const auto coding = std::find_if(
-            kQuickTimeCodings.begin(), kQuickTimeCodings.end(),
-            [&track](const QuickTimeCoding& one) { return track.codec == QStringView(one.code); });
-        if (coding == kQuickTimeCodings.end() || track.isAttachedPicture)
+        const auto row = std::find_if(
+            kQuickTimeCodecs.begin(), kQuickTimeCodecs.end(),
+            [&track](const QuickTimeCodec& one) { return track.codec == QStringView(one.code); });
+        if (row == kQuickTimeCodecs.end() || track.isAttachedPicture)
             continue;
-        const QString name = QString::fromLatin1(coding->name);
+        const QString name = QString::fromLatin1(row->name);
         if (!names.contains(name))
             names.append(name);
     }

@@ -57,12 +57,12 @@ std::array<double, 9> matrixOfTransform(const CGAffineTransform& transform) {
             transform.tx, transform.ty, 1};
 }
 
-std::optional<PictureTurn> pictureTurn(const CGAffineTransform& transform) {
-    const auto right = axisOf(transform.a, transform.b); // where the picture's x axis goes
+std::optional<FrameTurn> frameTurn(const CGAffineTransform& transform) {
+    const auto right = axisOf(transform.a, transform.b); // where the frame's x axis goes
     const auto down = axisOf(transform.c, transform.d);
     if (!right || !down || right->x * down->x + right->y * down->y != 0)
         return std::nullopt;
-    PictureTurn turn;
+    FrameTurn turn;
     turn.mirrored = right->x * down->y - right->y * down->x < 0;
     // The y axis is not moved by the mirroring, so it tells the turn.
     turn.degrees = down->y == 1 ? 0 : down->x == -1 ? 90 : down->y == -1 ? 180 : 270;

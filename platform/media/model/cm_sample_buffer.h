@@ -8,11 +8,11 @@
 
 namespace clipheave::platform {
 
-/// A picture and when it is shown. Copies share the picture.
+/// A frame and when it is shown. Copies share the frame.
 struct CMSampleBuffer {
     std::shared_ptr<CVPixelBuffer> imageBuffer;
     CMTime presentationTimeStamp{0, 0};
-    CMTime duration{0, 0}; ///< invalid: until the next picture
+    CMTime duration{0, 0}; ///< invalid: until the next frame
 };
 
 [[nodiscard]] inline const std::shared_ptr<CVPixelBuffer>&

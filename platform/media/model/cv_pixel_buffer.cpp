@@ -34,7 +34,7 @@ tl::unexpected<Error> bufferError(ErrorCode code, const QString& why) {
 
 } // namespace
 
-/// Memory that waits for its next picture.
+/// Memory that waits for its next frame.
 struct CVPixelBuffer::Spares {
     explicit Spares(std::size_t limit) : most(limit) { kept.reserve(limit); }
     const std::size_t most;

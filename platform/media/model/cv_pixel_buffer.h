@@ -16,7 +16,7 @@ inline constexpr std::uint32_t kCVPixelFormatType_32BGRA = 0x42475241;
 
 class CVPixelBufferPool;
 
-/// A picture in memory, 32-bit BGRA, shared by all who hold it; whoever holds it may change the
+/// A frame in memory, 32-bit BGRA, shared by all who hold it; whoever holds it may change the
 /// pixels. Its memory goes back to the pool it came from.
 class CVPixelBuffer {
 public:

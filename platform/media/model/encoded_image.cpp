@@ -7,21 +7,21 @@
 namespace clipheave::platform {
 namespace {
 
-// Larger than any picture that a decoder here takes; keeps products of the two inside 64 bits.
-constexpr std::uint32_t kLargestPictureSide = 1u << 20;
+// Larger than any frame that a decoder here takes; keeps products of the two inside 64 bits.
+constexpr std::uint32_t kLargestImageSide = 1u << 20;
 constexpr int kMostJpegSegments = 2000;
 constexpr int kMostTiffEntries = 1000;
-constexpr qsizetype kLargestPicture = 64 << 20;
+constexpr qsizetype kLargestFrame = 64 << 20;
 
-/// A few bytes at an offset; cut at the end of the picture. Borrowed until the next call.
-using PictureBytes = std::function<ByteView(std::uint64_t offset, std::uint64_t length)>;
+/// A few bytes at an offset; cut at the end of the frame. Borrowed until the next call.
+using FrameBytes = std::function<ByteView(std::uint64_t offset, std::uint64_t length)>;
 
-std::optional<PictureHeader> plausiblePicture(const char* format, std::uint32_t width,
-                                              std::uint32_t height) {
-    if (width == 0 || height == 0 || width > kLargestPictureSide || height > kLargestPictureSide)
+std::optional<FrameHeader> plausibleFrame(const char* format, std::uint32_t width,
+                                          std::uint32_t height) {
+    if (width == 0 || height == 0 || width > kLargestImageSide || height > kLargestImageSide)
         return std::nullopt;
-    return PictureHeader{QString::fromLatin1(format),
-                         QSize(static_cast<int>(width), static_cast<int>(height))};
+    return FrameHeader{QString::fromLatin1(format),
+                       QSize(static_cast<int>(width), static_cast<int>(height))};
 }
 
 bool isStartOfFrame(std::uint8_t marker) {
@@ -30,7 +30,7 @@ bool isStartOfFrame(std::uint8_t marker) {
 
 /// ITU-T T.81 B.1.1: marker segments from SOI to the start of frame. Their headers are walked,
 /// their contents skipped, so that a preview or profile in front costs nothing.
-std::optional<PictureHeader> sniffJpeg(const PictureBytes& bytes) {
+std::optional<FrameHeader> sniffJpeg(const FrameBytes& bytes) {
     std::uint64_t at = 2;
     for (int i = 0; i < kMostJpegSegments; ++i) {
         const ByteView segment = bytes(at, 10);
@@ -43,8 +43,7 @@ std::optional<PictureHeader> sniffJpeg(const PictureBytes& bytes) {
             continue;
         }
         if (isStartOfFrame(*marker))
-            return plausiblePicture("jpeg", segment.be16(7).value_or(0),
-                                    segment.be16(5).value_or(0));
+            return plausibleFrame("jpeg", segment.be16(7).value_or(0), segment.be16(5).value_or(0));
         if (*marker == 0xD9 || *marker == 0xDA)
             return std::nullopt;
         const bool alone = *marker == 0x01 || (*marker >= 0xD0 && *marker <= 0xD8);
@@ -56,35 +55,35 @@ std::optional<PictureHeader> sniffJpeg(const PictureBytes& bytes) {
     return std::nullopt;
 }
 
-std::optional<PictureHeader> sniffBmp(ByteView head) {
+std::optional<FrameHeader> sniffBmp(ByteView head) {
     if (head.le32(14) == 12u) // OS/2 header
-        return plausiblePicture("bmp", head.le16(18).value_or(0), head.le16(20).value_or(0));
+        return plausibleFrame("bmp", head.le16(18).value_or(0), head.le16(20).value_or(0));
     const std::uint32_t height = head.le32(22).value_or(0);
     // A negative height means rows from the top.
-    return plausiblePicture("bmp", head.le32(18).value_or(0), height >> 31 ? ~height + 1 : height);
+    return plausibleFrame("bmp", head.le32(18).value_or(0), height >> 31 ? ~height + 1 : height);
 }
 
-std::optional<PictureHeader> sniffWebp(ByteView head) {
+std::optional<FrameHeader> sniffWebp(ByteView head) {
     const ByteView kind = head.sub(12, 4);
     if (kind.startsWith("VP8X")) {
         const std::uint32_t width = head.le32(24).value_or(0) & 0xFFFFFF;
         const std::uint32_t height = head.le32(26).value_or(0) >> 8;
-        return head.has(24, 6) ? plausiblePicture("webp", width + 1, height + 1) : std::nullopt;
+        return head.has(24, 6) ? plausibleFrame("webp", width + 1, height + 1) : std::nullopt;
     }
     if (kind.startsWith("VP8L")) {
         const auto bits = head.le32(21);
         if (!bits || head.u8(20) != 0x2F)
             return std::nullopt;
-        return plausiblePicture("webp", (*bits & 0x3FFF) + 1, ((*bits >> 14) & 0x3FFF) + 1);
+        return plausibleFrame("webp", (*bits & 0x3FFF) + 1, ((*bits >> 14) & 0x3FFF) + 1);
     }
     if (!kind.startsWith("VP8 ") || !head.sub(23, 3).startsWith("\x9D\x01\x2A"))
         return std::nullopt;
-    return plausiblePicture("webp", head.le16(26).value_or(0) & 0x3FFF,
-                            head.le16(28).value_or(0) & 0x3FFF);
+    return plausibleFrame("webp", head.le16(26).value_or(0) & 0x3FFF,
+                          head.le16(28).value_or(0) & 0x3FFF);
 }
 
 /// TIFF 6.0, section 2: width and length are entries 256 and 257 of the first directory.
-std::optional<PictureHeader> sniffTiff(const PictureBytes& bytes) {
+std::optional<FrameHeader> sniffTiff(const FrameBytes& bytes) {
     const ByteView head = bytes(0, 8);
     const bool little = head.startsWith("II");
     const auto u16 = [little](ByteView v, std::uint64_t at) -> std::uint32_t {
@@ -105,19 +104,19 @@ std::optional<PictureHeader> sniffTiff(const PictureBytes& bytes) {
         if (tag == 256 || tag == 257)
             sides[tag - 256] = u16(entry, 2) == 3 ? u16(entry, 8) : u32(entry, 8);
     }
-    return plausiblePicture("tiff", sides[0], sides[1]);
+    return plausibleFrame("tiff", sides[0], sides[1]);
 }
 
-std::optional<PictureHeader> sniffPictureBytes(const PictureBytes& bytes) {
+std::optional<FrameHeader> sniffImageBytes(const FrameBytes& bytes) {
     const ByteView head = bytes(0, 32);
     if (head.startsWith("\xFF\xD8\xFF"))
         return sniffJpeg(bytes);
     if (head.startsWith("\x89PNG\r\n\x1A\n"))
         return head.sub(12).startsWith("IHDR")
-                   ? plausiblePicture("png", head.be32(16).value_or(0), head.be32(20).value_or(0))
+                   ? plausibleFrame("png", head.be32(16).value_or(0), head.be32(20).value_or(0))
                    : std::nullopt;
     if (head.startsWith("GIF87a") || head.startsWith("GIF89a"))
-        return plausiblePicture("gif", head.le16(6).value_or(0), head.le16(8).value_or(0));
+        return plausibleFrame("gif", head.le16(6).value_or(0), head.le16(8).value_or(0));
     if (head.startsWith("RIFF") && head.sub(8).startsWith("WEBP"))
         return sniffWebp(head);
     if (head.startsWith("BM"))
@@ -129,61 +128,61 @@ std::optional<PictureHeader> sniffPictureBytes(const PictureBytes& bytes) {
 
 } // namespace
 
-std::optional<PictureHeader> sniffPicture(ByteView head) {
-    return sniffPictureBytes(
+std::optional<FrameHeader> sniffImage(ByteView head) {
+    return sniffImageBytes(
         [head](std::uint64_t offset, std::uint64_t length) { return head.sub(offset, length); });
 }
 
-EncodedPicture EncodedPicture::fromBytes(const QByteArray& bytes) {
-    EncodedPicture picture;
-    if (const auto header = sniffPicture(bytes)) {
-        picture.m_format = header->format;
-        picture.m_size = header->size;
-        picture.m_data = bytes;
+EncodedImage EncodedImage::fromBytes(const QByteArray& bytes) {
+    EncodedImage frame;
+    if (const auto header = sniffImage(bytes)) {
+        frame.m_format = header->format;
+        frame.m_size = header->size;
+        frame.m_data = bytes;
     }
-    return picture;
+    return frame;
 }
 
-EncodedPicture EncodedPicture::fromSlice(FileReader& reader, const FileSlice& slice) {
+EncodedImage EncodedImage::fromSlice(FileReader& reader, const FileSlice& slice) {
     if (slice.offset > reader.size() || slice.length > reader.size() - slice.offset)
         return {};
     if (slice.length <= kInlineLimit) {
         const auto bytes = reader.read(slice.offset, slice.length);
-        return bytes ? fromBytes(*bytes) : EncodedPicture();
+        return bytes ? fromBytes(*bytes) : EncodedImage();
     }
-    const auto header = sniffPictureBytes([&](std::uint64_t offset, std::uint64_t length) {
+    const auto header = sniffImageBytes([&](std::uint64_t offset, std::uint64_t length) {
         if (offset >= slice.length)
             return ByteView();
         return reader.viewUpTo(slice.offset + offset, std::min(length, slice.length - offset));
     });
-    EncodedPicture picture;
+    EncodedImage frame;
     if (header) {
-        picture.m_format = header->format;
-        picture.m_size = header->size;
-        picture.m_data = slice;
+        frame.m_format = header->format;
+        frame.m_size = header->size;
+        frame.m_data = slice;
     }
-    return picture;
+    return frame;
 }
 
-std::uint64_t EncodedPicture::byteCount() const {
+std::uint64_t EncodedImage::byteCount() const {
     if (const auto* slice = std::get_if<FileSlice>(&m_data))
         return slice->length;
     return static_cast<std::uint64_t>(std::get<QByteArray>(m_data).size());
 }
 
-QByteArray EncodedPicture::bytes() const {
+QByteArray EncodedImage::bytes() const {
     const auto* slice = std::get_if<FileSlice>(&m_data);
     if (!slice)
         return std::get<QByteArray>(m_data);
-    const auto loaded = slice->load(kLargestPicture);
+    const auto loaded = slice->load(kLargestFrame);
     if (!loaded)
         return {};
-    // The file may have been rewritten since: other bytes at this place are not the picture.
-    const auto header = sniffPicture(*loaded);
+    // The file may have been rewritten since: other bytes at this place are not the frame.
+    const auto header = sniffImage(*loaded);
     return header && header->format == m_format && header->size == m_size ? *loaded : QByteArray();
 }
 
-bool operator==(const EncodedPicture& a, const EncodedPicture& b) {
+bool operator==(const EncodedImage& a, const EncodedImage& b) {
     if (a.m_format != b.m_format || a.m_size != b.m_size || a.byteCount() != b.byteCount())
         return false;
     const auto* left = std::get_if<FileSlice>(&a.m_data);

@@ -21,26 +21,26 @@ namespace clipheave::platform {
 struct ExportSegment {
     QString path;
     /// Position of the stream among the file's streams of this media type that are no attached
-    /// pictures, 0 being the first.
+    /// frames, 0 being the first.
     int stream = 0;
     CMTimeRange source;
     /// Where it stands in the output. Another duration than the source's is a change of speed.
     CMTimeRange target;
 };
 
-enum class ExportCoding {
-    Copy,   ///< packets as they are; a scaled stretch gets stretched time stamps (video only)
+enum class ExportMode {
+    Copy,   ///< packets as they are; a scaled stretch gets stretched timestamps (video only)
     Encode, ///< H.264 or AAC
 };
 
 /// One video track of the output. A stretch that no segment covers is black.
 struct ExportVideo {
     std::vector<ExportSegment> segments; ///< in time order, not overlapping
-    ExportCoding coding = ExportCoding::Encode;
-    /// Size of the encoded picture in square pixels, even; empty: that of the first segment's
+    ExportMode mode = ExportMode::Encode;
+    /// Size of the encoded frame in square pixels, even; empty: that of the first segment's
     /// source as it is stored (with its sample aspect kept in the track).
     QSize size;
-    /// Draws each source picture turned clockwise by this many degrees (0, 90, 180, 270) before it
+    /// Draws each source frame turned clockwise by this many degrees (0, 90, 180, 270) before it
     /// is fitted into `size`; one value a segment, or one for all, or none for 0. Sources that do
     /// not fill `size` are centred on black.
     std::vector<int> turns;
@@ -54,11 +54,11 @@ struct ExportVideo {
     std::int64_t bitRate = 0; ///< bit/s, 0: by crf
 };
 
-/// One sound track of the output. A stretch that no segment covers is silent.
-struct ExportSound {
+/// One audio track of the output. A stretch that no segment covers is silent.
+struct ExportAudio {
     std::vector<ExportSegment> segments;
-    ExportCoding coding = ExportCoding::Encode;
-    std::int64_t bitRate = 192000; ///< bit/s of the encoded sound
+    ExportMode mode = ExportMode::Encode;
+    std::int64_t bitRate = 192000; ///< bit/s of the encoded audio
     int channels = 0;              ///< at most; 0: as many as the first source has
     double volume = 1;             ///< factor for all of it; other than 1 needs Encode
 };
@@ -67,7 +67,7 @@ enum class ExportContainer { QuickTimeMovie, Mp4, M4A, M4V };
 
 struct ExportPlan {
     std::optional<ExportVideo> video;
-    std::optional<ExportSound> sound;
+    std::optional<ExportAudio> audio;
     ExportContainer container = ExportContainer::Mp4;
     bool moovFirst = false;
     /// Header dates of the output's movie and tracks are those of this file; empty: none.

@@ -32,37 +32,37 @@ struct SampleMedia {
     QMap<QString, QString> tags;
 };
 
-/// A decoded picture. Each pixel is four bytes, 0xffRRGGBB in the machine's order, rows without
+/// A decoded frame. Each pixel is four bytes, 0xffRRGGBB in the machine's order, rows without
 /// gaps.
-struct RawPicture {
+struct RawFrame {
     int width = 0, height = 0;
     QByteArray rgb32;
 };
 
-/// Pictures of a film at exact times, upright as the display matrix says. One thread at a time.
+/// Frames of a video at exact times, upright as the display matrix says. One thread at a time.
 class FrameSource {
 public:
     virtual ~FrameSource() = default;
     /// The frame that is shown at `time`: the last one that begins at or before it (the first frame
-    /// of the film for times before that). Times asked in rising order are decoded in one pass.
+    /// of the video for times before that). Times asked in rising order are decoded in one pass.
     /// InvalidArgument beyond the end, InvalidData when the frame cannot be decoded.
-    [[nodiscard]] virtual Result<RawPicture> frameAt(CMTime time) = 0;
-    /// When the picture begins that was given last; invalid before the first.
+    [[nodiscard]] virtual Result<RawFrame> frameAt(CMTime time) = 0;
+    /// When the frame begins that was given last; invalid before the first.
     [[nodiscard]] virtual CMTime shownTime() const = 0;
-    /// Size of the pictures in square pixels, turned.
+    /// Size of the frames in square pixels, turned.
     [[nodiscard]] virtual QSize size() const = 0;
     /// Duration of the file's presentation in seconds.
     [[nodiscard]] virtual double durationSeconds() const = 0;
 };
 
-/// Every picture of a film in the order they are shown, at the size and the way round in which they
-/// are stored. Decoding runs a few pictures ahead on a thread of its own, which ends with this.
-class PictureReader {
+/// Every frame of a video in the order they are shown, at the size and the way round in which they
+/// are stored. Decoding runs a few frames ahead on a thread of its own, which ends with this.
+class FrameReader {
 public:
-    virtual ~PictureReader() = default;
-    /// Waits for the next picture; one without a picture at the end. Times are exact and those of
+    virtual ~FrameReader() = default;
+    /// Waits for the next frame; one without a frame at the end. Times are exact and those of
     /// the file's presentation, the pixels those of a common screen (BT.709, sRGB for high dynamic
-    /// range). InvalidData when nothing can be decoded or the film breaks off.
+    /// range). InvalidData when nothing can be decoded or the video breaks off.
     [[nodiscard]] virtual Result<CMSampleBuffer> next() = 0;
     /// From any thread: next() fails with Cancelled from now on.
     virtual void cancel() = 0;
@@ -70,30 +70,30 @@ public:
     [[nodiscard]] virtual QStringList notes() const = 0;
 };
 
-/// What a film that is made of pictures looks like.
-struct FilmSettings {
+/// What a video that is made of frames looks like.
+struct VideoWriterSettings {
     ExportContainer container = ExportContainer::QuickTimeMovie;
-    QSize size; ///< of the stored pictures; an odd side loses a line
+    QSize size; ///< of the stored frames; an odd side loses a line
     /// Display matrix of the track, {a b u c d v x y w}; identity: none.
     std::array<double, 9> preferredTransform{1, 0, 0, 0, 1, 0, 0, 0, 1};
     bool moovFirst = false;
-    /// Header dates of the film are those of this file; empty: none.
+    /// Header dates of the video are those of this file; empty: none.
     QString headerDatesOf;
 };
 
-/// Makes a film of one H.264 track (BT.709, the quality of ExportVideo's default) out of pictures.
-/// Colours are changed and pictures encoded and written on threads of their own. Dropped without
+/// Makes a video of one H.264 track (BT.709, the quality of ExportVideo's default) out of frames.
+/// Colours are changed and frames encoded and written on threads of their own. Dropped without
 /// finish() it leaves no file. append() and finish() from one thread, the rest from any.
-class FilmWriter {
+class VideoWriter {
 public:
-    virtual ~FilmWriter() = default;
-    /// False while as many pictures wait as are kept at most. True after a failure, so that nobody
+    virtual ~VideoWriter() = default;
+    /// False while as many frames wait as are kept at most. True after a failure, so that nobody
     /// waits for ever.
     [[nodiscard]] virtual bool isReady() const = 0;
-    /// Takes a picture without waiting. All are of the size of the first, which is fitted into that
-    /// of the film; what is shown before time 0 is left out. LimitExceeded when it is not ready;
+    /// Takes a frame without waiting. All are of the size of the first, which is fitted into that
+    /// of the video; what is shown before time 0 is left out. LimitExceeded when it is not ready;
     /// InvalidArgument for another size and a time that is not later than the last one, which fail
-    /// the film; the failure itself when it has failed.
+    /// the video; the failure itself when it has failed.
     [[nodiscard]] virtual Result<void> append(const CMSampleBuffer& sample) = 0;
     /// Waits for the complete file.
     [[nodiscard]] virtual Result<void> finish() = 0;
@@ -102,9 +102,9 @@ public:
     [[nodiscard]] virtual std::optional<Error> failure() const = 0;
 };
 
-/// A QuickTime movie holds more codecs than MP4, uncompressed sound among them.
+/// A QuickTime movie holds more codecs than MP4, uncompressed audio among them.
 enum class RemuxTarget { Mp4, QuickTimeMovie };
-/// What becomes of a stream that the target cannot hold. Films and sounds always refuse.
+/// What becomes of a stream that the target cannot hold. Videos and audio tracks always refuse.
 enum class UnheldStreams { Refuse, LeaveOut };
 
 /// The FFmpeg libraries behind one interface, in a module of their own. All calls are thread-safe.
@@ -115,53 +115,53 @@ public:
     /// mapped to the identifiers of the import. `reader` gives the bytes.
     [[nodiscard]] virtual Result<MediaFacts> probe(FileReader& reader) = 0;
     /// Copies all streams of `source` into a file at `target` without re-encoding; NotSupported
-    /// when a stream cannot be held. `progress` (0 to 1) stops it by answering false. Answers what
+    /// when a stream cannot be held. `progress` (0 to 1) stops it by returning false. Returns what
     /// was left out.
     [[nodiscard]] virtual Result<QStringList>
     remux(const QString& source, const QString& target, RemuxTarget kind, UnheldStreams unheld,
           const std::function<bool(double)>& progress) = 0;
-    /// The sound of `source` alone as an MP4-family file at `target`: AAC, ALAC and AC-3 are
+    /// The audio of `source` alone as an MP4-family file at `target`: AAC, ALAC and AC-3 are
     /// copied, other lossless codecs become ALAC (16 or 24 bits), all others AAC at 256 kbit/s.
-    /// Answers what is worth telling. NotSupported without a sound or a decoder. `progress` as
-    /// above.
+    /// Returns what is worth telling. NotSupported without an audio track or a decoder. `progress`
+    /// as above.
     [[nodiscard]] virtual Result<QStringList>
-    soundToM4a(const QString& source, const QString& target,
+    audioToM4a(const QString& source, const QString& target,
                const std::function<bool(double)>& progress) = 0;
     /// Carries out `plan` into a file at `target`, which is replaced and must be nobody's source.
-    /// Answers what is worth telling (a stream that was left out, a colour conversion). The output
+    /// Returns what is worth telling (a stream that was left out, a colour conversion). The output
     /// has no metadata of the source but its header dates. `progress` (0 to 1) stops it by
-    /// answering false. NotSupported without a decoder, InvalidData when a source breaks off.
+    /// returning false. NotSupported without a decoder, InvalidData when a source breaks off.
     [[nodiscard]] virtual Result<QStringList>
     runExport(const ExportPlan& plan, const QString& target, const ExportResources& resources,
               const std::function<bool(double)>& progress) = 0;
-    /// The first film of the file that is no attached picture; pictures scaled to `size` where
-    /// given. NotSupported without a film or decoder.
+    /// The first video of the file that is no attached picture; frames scaled to `size` where
+    /// given. NotSupported without a video or decoder.
     [[nodiscard]] virtual Result<std::unique_ptr<FrameSource>>
     openFrames(const QString& path, std::optional<QSize> size) = 0;
-    /// All pictures of a film; `stream` as ExportSegment has it. NotSupported without such a film
-    /// or a decoder, LimitExceeded for pictures beyond CVPixelBuffer's limits.
-    [[nodiscard]] virtual Result<std::unique_ptr<PictureReader>>
-    openPictures(const QString& path, int stream, const ExportResources& resources) = 0;
-    /// Begins a film at `target`, which is replaced.
-    [[nodiscard]] virtual Result<std::unique_ptr<FilmWriter>>
-    writeFilm(const FilmSettings& settings, const QString& target,
-              const ExportResources& resources) = 0;
+    /// All frames of a video; `stream` as ExportSegment has it. NotSupported without such a video
+    /// or a decoder, LimitExceeded for frames beyond CVPixelBuffer's limits.
+    [[nodiscard]] virtual Result<std::unique_ptr<FrameReader>>
+    openFrameReader(const QString& path, int stream, const ExportResources& resources) = 0;
+    /// Begins a video at `target`, which is replaced.
+    [[nodiscard]] virtual Result<std::unique_ptr<VideoWriter>>
+    openVideoWriter(const VideoWriterSettings& settings, const QString& target,
+                    const ExportResources& resources) = 0;
     /// Writes a generated file at `target`, without metadata.
     [[nodiscard]] virtual Result<void> writeSample(const SampleMedia& sample,
                                                    const QString& target) = 0;
-    /// The last key frame of the film at or before `seconds` (the first one where there is none
+    /// The last keyframe of the video at or before `seconds` (the first one where there is none
     /// before; a somewhat earlier one where the container has no index), upright as the display
     /// matrix says, in its display proportions, scaled down so that no side is over `largestSide`
-    /// pixels (1 to 8192). Bounded in bytes and time. NotSupported without a picture track or
+    /// pixels (1 to 8192). Bounded in bytes and time. NotSupported without a frame track or
     /// decoder, InvalidData when nothing could be decoded.
-    [[nodiscard]] virtual Result<RawPicture> pictureAt(const QString& path, double seconds,
-                                                       int largestSide) = 0;
-    /// The loudness of the sound from its start to its end, in `columns` (1 to 4096) equal parts of
+    [[nodiscard]] virtual Result<RawFrame> keyframeAt(const QString& path, double seconds,
+                                                      int largestSide) = 0;
+    /// The loudness of the audio from its start to its end, in `columns` (1 to 4096) equal parts of
     /// time: the largest magnitude of any channel, 255 for full scale. Decodes all of it, which
-    /// takes some seconds for an hour of sound; `goOn` stops it by answering false (Cancelled).
-    /// NotSupported without a sound track or decoder, LimitExceeded over three hours, over 30
+    /// takes some seconds for an hour of audio; `goOn` stops it by returning false (Cancelled).
+    /// NotSupported without an audio track or decoder, LimitExceeded over three hours, over 30
     /// seconds of work, or when the file does not tell its length.
-    [[nodiscard]] virtual Result<QByteArray> soundPeaks(const QString& path, int columns,
+    [[nodiscard]] virtual Result<QByteArray> audioPeaks(const QString& path, int columns,
                                                         const std::function<bool()>& goOn) = 0;
 };
 

@@ -16,11 +16,11 @@ QuarterTurn nearestQuarterTurn(const std::array<double, 9>& matrix) {
     return turn.a * turn.d - turn.b * turn.c != 0 ? turn : QuarterTurn{};
 }
 
-RawPicture turnedPicture(const RawPicture& source, const QuarterTurn& turn) {
+RawFrame turnedFrame(const RawFrame& source, const QuarterTurn& turn) {
     constexpr int kBlock = 32; // both sides of a block stay in the cache
     if (turn.isIdentity())
         return source;
-    RawPicture target;
+    RawFrame target;
     target.width = turn.swapsSides() ? source.height : source.width;
     target.height = turn.swapsSides() ? source.width : source.height;
     target.rgb32 = QByteArray(source.rgb32.size(), Qt::Uninitialized);

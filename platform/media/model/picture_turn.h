@@ -17,6 +17,6 @@ struct QuarterTurn {
 
 /// The nearest quarter to a matrix {a b u c d v x y w}; identity for one that collapses.
 [[nodiscard]] QuarterTurn nearestQuarterTurn(const std::array<double, 9>& matrix);
-[[nodiscard]] RawPicture turnedPicture(const RawPicture& source, const QuarterTurn& turn);
+[[nodiscard]] RawFrame turnedFrame(const RawFrame& source, const QuarterTurn& turn);
 
 } // namespace clipheave::platform

@@ -28,12 +28,12 @@ inline std::vector<media::ItemPointer> listItems(int count) {
 
 /// Left half of one colour, right half of another.
 inline QImage twoColours(const QSize& size, const QColor& left, const QColor& right) {
-    QImage picture(size, QImage::Format_RGB32);
-    picture.fill(left);
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(left);
     for (int y = 0; y < size.height(); ++y)
         for (int x = size.width() / 2; x < size.width(); ++x)
-            picture.setPixelColor(x, y, right);
-    return picture;
+            image.setPixelColor(x, y, right);
+    return image;
 }
 
 } // namespace clipheave::app

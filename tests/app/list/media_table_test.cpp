@@ -49,7 +49,7 @@ protected:
             all.append(m_model.index(row, 0).data().toString());
         return all;
     }
-    /// What the view answers to a drag over it, and to the drop.
+    /// What the view returns to a drag over it, and to the drop.
     [[nodiscard]] bool takes(const QMimeData& data, bool drop = false) {
         QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton,
                               Qt::NoModifier);

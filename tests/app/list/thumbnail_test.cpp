@@ -21,8 +21,8 @@ constexpr ThumbnailShape kRow{{24, 24}, ThumbnailShape::Fill, 4};
 
 class Thumbnails : public testing::Test {
 protected:
-    QString photo(const QString& name, const QImage& picture) const {
-        EXPECT_TRUE(picture.save(m_dir.path(name), nullptr, 95));
+    QString photo(const QString& name, const QImage& image) const {
+        EXPECT_TRUE(image.save(m_dir.path(name), nullptr, 95));
         return m_dir.path(name);
     }
     /// An item whose file has the modification time `second`.
@@ -39,13 +39,13 @@ protected:
                  const ThumbnailShape& shape) {
         service.request(&m_viewer, {{item, shape}});
         EXPECT_TRUE(QTest::qWaitFor([&] { return service.isIdle(); }));
-        return service.picture(*item, shape);
+        return service.image(*item, shape);
     }
-    [[nodiscard]] static QString corners(const QImage& picture) {
+    [[nodiscard]] static QString corners(const QImage& image) {
         QString seen;
         for (const double x : {0.2, 0.8}) {
             const QColor c =
-                picture.pixelColor(static_cast<int>(x * picture.width()), picture.height() / 2);
+                image.pixelColor(static_cast<int>(x * image.width()), image.height() / 2);
             seen += c.red() > 200 ? u'r' : c.green() > 200 ? u'g' : c.blue() > 200 ? u'b' : u'?';
         }
         return seen;
@@ -100,7 +100,7 @@ TEST_F(Thumbnails, AreStoredAndMadeAnewWhenTheFileChanges) {
     EXPECT_EQ(corners(made(again, dated(path, 1'700'000'003), kTile).toImage()), u"gg"_qs);
 }
 
-TEST_F(Thumbnails, OfABrokenPictureAreTriedOnce) {
+TEST_F(Thumbnails, OfABrokenImageAreTriedOnce) {
     const auto broken = dated(m_dir.write(u"b.jpg"_qs, "\xFF\xD8\xFF\xE0 no picture"), 1);
     const auto heic = listItem(u"/none/c.heic"_qs);
     for (int i = 0; i < 5; ++i) {
@@ -109,7 +109,7 @@ TEST_F(Thumbnails, OfABrokenPictureAreTriedOnce) {
     }
     EXPECT_EQ(m_service.madeCount(), 2);
     EXPECT_FALSE(QFileInfo::exists(m_cache.fileFor(broken->filePath, 128)));
-    // Once it has become a picture, it is tried again.
+    // Once it has become an image, it is tried again.
     photo(u"b.jpg"_qs, twoColours({100, 50}, Qt::red, Qt::blue));
     EXPECT_FALSE(made(m_service, dated(broken->filePath, 2), kRow).isNull());
 }
@@ -128,12 +128,12 @@ TEST_F(Thumbnails, ArtworkComesFirstAndFillsTheSlot) {
     ASSERT_TRUE(buffer.open(QIODevice::WriteOnly));
     ASSERT_TRUE(twoColours({600, 200}, Qt::green, Qt::blue).save(&buffer, "png"));
     const auto item = dated(photo(u"p.png"_qs, twoColours({300, 300}, Qt::red, Qt::red)), 1'000);
-    item->fileImage = platform::EncodedPicture::fromBytes(bytes);
+    item->fileImage = platform::EncodedImage::fromBytes(bytes);
     ASSERT_FALSE(item->fileImage.isNull());
-    const QImage picture = made(m_service, item, kRow).toImage();
-    EXPECT_EQ(picture.size(), QSize(24, 24));
-    EXPECT_EQ(corners(picture), u"gb"_qs);          // the middle of it
-    EXPECT_EQ(picture.pixelColor(0, 0).alpha(), 0); // rounded
+    const QImage image = made(m_service, item, kRow).toImage();
+    EXPECT_EQ(image.size(), QSize(24, 24));
+    EXPECT_EQ(corners(image), u"gb"_qs);          // the middle of it
+    EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0); // rounded
     EXPECT_FALSE(QFileInfo::exists(m_cache.fileFor(item->filePath, 128)));
     item->fileImage = {};
     EXPECT_EQ(corners(made(m_service, item, kRow).toImage()), u"rr"_qs);
@@ -152,7 +152,7 @@ TEST_F(Thumbnails, StandUpright) {
     EXPECT_EQ(corners(made(m_service, item, kTile).toImage()), u"br"_qs);
 }
 
-TEST_F(Thumbnails, OfFilmsShowAFrame) {
+TEST_F(Thumbnails, OfVideosShowAFrame) {
     if (!testkit::hasProgram(u"ffmpeg"_qs))
         GTEST_SKIP() << "needs ffmpeg";
     const QString path = m_dir.path(u"film.mp4"_qs);
@@ -163,9 +163,9 @@ TEST_F(Thumbnails, OfFilmsShowAFrame) {
         0);
     const auto item = dated(path, 77);
     item->fileduration = 1;
-    const QImage picture = made(m_service, item, kTile).toImage();
-    EXPECT_EQ(picture.size(), QSize(256, 144));
-    EXPECT_EQ(corners(picture), u"bb"_qs);
+    const QImage image = made(m_service, item, kTile).toImage();
+    EXPECT_EQ(image.size(), QSize(256, 144));
+    EXPECT_EQ(corners(image), u"bb"_qs);
     EXPECT_TRUE(QFileInfo::exists(m_cache.fileFor(path, 256)));
 }
 
@@ -180,8 +180,8 @@ TEST_F(Thumbnails, OfRowsScrolledAwayAreNotMade) {
     m_service.request(&m_viewer, many);
     m_service.request(&m_viewer, {many[58]});
     ASSERT_TRUE(QTest::qWaitFor([&] { return m_service.isIdle(); }, 20'000));
-    EXPECT_FALSE(m_service.picture(*many[58].item, kTile).isNull());
-    EXPECT_FALSE(m_service.picture(*many[59].item, kRow).isNull()); // the other viewer's stays
+    EXPECT_FALSE(m_service.image(*many[58].item, kTile).isNull());
+    EXPECT_FALSE(m_service.image(*many[59].item, kRow).isNull()); // the other viewer's stays
     EXPECT_LT(m_service.madeCount(), 20);
     m_service.request(&m_viewer, many);
     m_service.cancel(&m_viewer);

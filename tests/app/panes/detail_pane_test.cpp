@@ -63,7 +63,7 @@ media::IKImageItem video() {
     return item;
 }
 
-media::IKImageItem sound() {
+media::IKImageItem audioFile() {
     media::IKImageItem item;
     item.fileName = QStringLiteral("01 Northbound Tide.flac");
     item.filePath = QStringLiteral("/nowhere/albums/northbound-tide/01 Northbound Tide.flac");
@@ -103,7 +103,7 @@ protected:
     void showVideo(const media::IKImageItem& item) {
         m_pane.showVideo(item, media::ShowVideoViewWithItem(item));
     }
-    void showSound(const media::IKImageItem& item) {
+    void showAudioFile(const media::IKImageItem& item) {
         m_pane.showAudio(item, media::ShowAudioViewWithItem(item, m_pane.videoArtistText()));
     }
     QString changeNote(const char* view) {
@@ -179,9 +179,9 @@ TEST_F(Panes, EachVideoFieldSetsTheFlagOfItsGroup) {
     }
 }
 
-TEST_F(Panes, ASoundIsShownAndEachFieldSetsTheFlagOfItsGroup) {
+TEST_F(Panes, AAudioIsShownAndEachFieldSetsTheFlagOfItsGroup) {
     showVideo(video());
-    showSound(sound());
+    showAudioFile(audioFile());
     EXPECT_TRUE(body("audioContentView")->isVisible());
     EXPECT_FALSE(body("mediaMetaView")->isVisible());
     EXPECT_THAT(body("audioContentView")->findChildren<FactLabel*>(), testing::SizeIs(9));
@@ -189,7 +189,7 @@ TEST_F(Panes, ASoundIsShownAndEachFieldSetsTheFlagOfItsGroup) {
     EXPECT_EQ(m_pane.audioPane().shown.oldArtistStr, QStringLiteral("Halla Brim"))
         << "the video pane's artist";
     for (const media::AudioField& row : media::audioFields()) {
-        showSound(sound());
+        showAudioFile(audioFile());
         const QString before = field(row.objectName)->text();
         type(row.objectName, QStringLiteral("x"));
         const media::AudioPane pane = m_pane.audioPane();
@@ -340,7 +340,7 @@ TEST_F(Panes, NothingIsCutOrOverlapsAtAnyWidth) {
         if (view[0] == 'm')
             showVideo(video());
         else
-            showSound(sound());
+            showAudioFile(audioFile());
         for (const int width : {520, 539, 540, 552, 600, 760, 960}) {
             m_pane.resize(width, 500);
             const QWidget* part = body(view);
@@ -367,7 +367,7 @@ TEST_F(Panes, ANarrowPaneHasOneColumnAndFactsBelowThePlayer) {
         [&] { return left("mediaTitle") == left("mediaReleaseYear") && factLeft() == 16; }));
 }
 
-TEST_F(Panes, FormsRunByColumnsForVideosAndByRowsForSounds) {
+TEST_F(Panes, FormsRunByColumnsForVideosAndByRowsForAudioFiles) {
     m_pane.resize(600, 900);
     showVideo(video());
     const auto place = [this](const char* view, const char* name) {
@@ -384,7 +384,7 @@ TEST_F(Panes, FormsRunByColumnsForVideosAndByRowsForSounds) {
     m_pane.resize(600, 500); // the scroll bar takes its room from the padding
     EXPECT_TRUE(QTest::qWaitFor([&] { return body("mediaMetaView")->width() < 600; }));
     EXPECT_TRUE(QTest::qWaitFor(endsAtPadding));
-    showSound(sound());
+    showAudioFile(audioFile());
     const auto audio = [&](const char* name) { return place("audioContentView", name); };
     ASSERT_TRUE(QTest::qWaitFor([&] { return audio("titlelab").y() > 200; }));
     EXPECT_EQ(audio("subtitlelab").y(), audio("titlelab").y());
@@ -406,7 +406,7 @@ TEST_F(Panes, ThePlayerFillsTheScreenAndComesBack) {
     }));
 }
 
-/// The picture file of a drag or the clipboard.
+/// The image file of a drag or the clipboard.
 void setFiles(QMimeData& data, const QStringList& paths) {
     QList<QUrl> urls;
     for (const QString& path : paths)
@@ -426,7 +426,7 @@ bool drop(QWidget* target, const QStringList& paths) {
     return event.isAccepted();
 }
 
-TEST_F(Panes, TheWellTakesOnePictureFileByDropAndPaste) {
+TEST_F(Panes, TheWellTakesOneImageFileByDropAndPaste) {
     showVideo(video());
     auto* well = m_pane.findChild<ArtworkWell*>(QStringLiteral("mediaImageView"));
     ASSERT_NE(well, nullptr);
@@ -455,7 +455,7 @@ TEST_F(Panes, AChosenCoverIsShownAndComesBackWithThePane) {
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "PNG");
-    const auto cover = platform::EncodedPicture::fromBytes(bytes);
+    const auto cover = platform::EncodedImage::fromBytes(bytes);
     ASSERT_FALSE(cover.isNull());
     showVideo(video());
     m_pane.setArtwork(cover);
@@ -465,7 +465,7 @@ TEST_F(Panes, AChosenCoverIsShownAndComesBackWithThePane) {
     const auto middle = [well] { return well->grab().toImage().pixelColor(62, 62); };
     EXPECT_TRUE(QTest::qWaitFor([&] { return middle() == QColor(Qt::red); }))
         << "decoded and painted";
-    showSound(sound());
+    showAudioFile(audioFile());
     EXPECT_TRUE(m_pane.audioPane().texts.audioArtImageView.isNull());
     m_pane.setArtwork(cover);
     EXPECT_EQ(m_pane.audioPane().texts.audioArtImageView, cover);

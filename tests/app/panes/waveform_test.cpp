@@ -38,7 +38,7 @@ TEST(PeakLoader, OnlyWhatWasAskedForLastArrivesAndOnlyOnceFromTheFile) {
     QTest::qWait(100);
     ASSERT_EQ(loaded.count(), 1);
     const QByteArray peaks = loaded.at(0).at(0).toByteArray();
-    EXPECT_EQ(peaks, (*platform::mediaEngine())->soundPeaks(last, 1024, [] { return true; }));
+    EXPECT_EQ(peaks, (*platform::mediaEngine())->audioPeaks(last, 1024, [] { return true; }));
 
     ASSERT_TRUE(QFile::remove(last));
     loader.load(last, changed);
@@ -52,7 +52,7 @@ TEST(PeakLoader, OnlyWhatWasAskedForLastArrivesAndOnlyOnceFromTheFile) {
     EXPECT_FALSE(loaded.wait(200));
 }
 
-TEST(Waveform, ShowsWhatIsPlayedHidesWithoutSoundAndSeeksByMouseAndKeys) {
+TEST(Waveform, ShowsWhatIsPlayedHidesWithoutAudioAndSeeksByMouseAndKeys) {
     const testkit::TempDir folder;
     Waveform line;
     line.resize(407, line.sizeHint().height());

@@ -169,7 +169,7 @@ TEST_F(PlayerTest, TellsWhatCannotBePlayed) {
     EXPECT_TRUE(failed.isEmpty());
 }
 
-TEST_F(PlayerTest, SoundAloneAndNamesOfAnyBytes) {
+TEST_F(PlayerTest, AudioAloneAndNamesOfAnyBytes) {
     MpvPlayer player;
     player.setMuted(true);
     ASSERT_TRUE(opens(player, clip("grey.mp4")));

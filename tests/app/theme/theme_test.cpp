@@ -114,7 +114,7 @@ TEST(Theme, FontsFollowTheScale) {
     EXPECT_GE(theme.fontScale(), 1);
 }
 
-TEST(ThemeIcon, EveryPictureNameOfTheControllerIsThere) {
+TEST(ThemeIcon, EveryImageNameOfTheControllerIsThere) {
     for (const char* name : {"Close_Down.png",     "Close_Nom.png",
                              "Min_Nom.png",        "Resize_Nom.png",
                              "applydown.png",      "backdown.png",

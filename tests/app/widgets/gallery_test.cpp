@@ -36,18 +36,16 @@ QWidget* toolBand() {
     source->addPart(QStringLiteral("Device"), QStringLiteral("cameraphotonom.png"));
     band->add(source);
     band->addGap(4);
-    auto* add =
-        new PictureButton(ButtonKind::Primary, QStringLiteral("Add"), QStringLiteral("add"));
+    auto* add = new ImageButton(ButtonKind::Primary, QStringLiteral("Add"), QStringLiteral("add"));
     add->setOpensMenu(true);
     band->add(add);
     band->addSeparator();
-    for (const auto& [label, picture] : {std::pair("Rename", "renamebtn.png"),
-                                         {"Convert", "convertbtn.png"},
-                                         {"Compress", "compressbtn.png"},
-                                         {"Edit", "editbtn.png"},
-                                         {"Watermark", "watermarkbtn.png"}}) {
-        auto* tool =
-            new PictureButton(ButtonKind::Tool, QLatin1String(label), QLatin1String(picture));
+    for (const auto& [label, image] : {std::pair("Rename", "renamebtn.png"),
+                                       {"Convert", "convertbtn.png"},
+                                       {"Compress", "compressbtn.png"},
+                                       {"Edit", "editbtn.png"},
+                                       {"Watermark", "watermarkbtn.png"}}) {
+        auto* tool = new ImageButton(ButtonKind::Tool, QLatin1String(label), QLatin1String(image));
         tool->setOpensMenu(qstrcmp(label, "Rename") != 0);
         tool->setEnabled(qstrcmp(label, "Compress") != 0);
         tool->setDown(qstrcmp(label, "Edit") == 0);
@@ -70,8 +68,7 @@ QWidget* buttons() {
         off->setEnabled(false);
         row->addWidget(off);
     }
-    row->addWidget(
-        new PictureButton(ButtonKind::Icon, QStringLiteral("Add"), QStringLiteral("add")));
+    row->addWidget(new ImageButton(ButtonKind::Icon, QStringLiteral("Add"), QStringLiteral("add")));
     row->addWidget(new QPushButton(QStringLiteral("Plain Qt")));
     auto* primary = new QPushButton(QStringLiteral("Primary Qt"));
     primary->setProperty("kind", QStringLiteral("primary"));
@@ -185,7 +182,7 @@ std::unique_ptr<QWidget> gallery() {
     return window;
 }
 
-/// Pictures of all parts in both themes, for the eye: CLIPHEAVE_GALLERY names the folder.
+/// Images of all parts in both themes, for the eye: CLIPHEAVE_GALLERY names the folder.
 TEST(Gallery, IsDrawnInBothThemes) {
     const QString folder = qEnvironmentVariable("CLIPHEAVE_GALLERY");
     if (folder.isEmpty())

@@ -53,9 +53,9 @@ protected:
     void SetUp() override { Theme::instance().apply(Appearance::Dark); }
 };
 
-TEST_F(WidgetsTest, PictureButtonPostsOnceForMouseAndKeys) {
-    PictureButton button(ButtonKind::Tool, QStringLiteral("Convert"),
-                         QStringLiteral("convertbtn.png"));
+TEST_F(WidgetsTest, ImageButtonPostsOnceForMouseAndKeys) {
+    ImageButton button(ButtonKind::Tool, QStringLiteral("Convert"),
+                       QStringLiteral("convertbtn.png"));
     button.setObjectName(QStringLiteral("videoConvertBtn"));
     button.show();
     Posts posts;
@@ -83,9 +83,8 @@ TEST_F(WidgetsTest, PictureButtonPostsOnceForMouseAndKeys) {
     EXPECT_THAT(posts.take(), IsEmpty());
 }
 
-TEST_F(WidgetsTest, PictureButtonTellsOfThePointerAndSurvivesItsHandler) {
-    auto* button =
-        new PictureButton(ButtonKind::Icon, QStringLiteral("Add"), QStringLiteral("add"));
+TEST_F(WidgetsTest, ImageButtonTellsOfThePointerAndSurvivesItsHandler) {
+    auto* button = new ImageButton(ButtonKind::Icon, QStringLiteral("Add"), QStringLiteral("add"));
     button->setObjectName(QStringLiteral("b"));
     Posts posts;
     QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
@@ -94,7 +93,7 @@ TEST_F(WidgetsTest, PictureButtonTellsOfThePointerAndSurvivesItsHandler) {
     QApplication::sendEvent(button, &leave);
     EXPECT_THAT(posts.take(), ElementsAre(QStringLiteral("PRbuttonMouseEntered b"),
                                           QStringLiteral("PRbuttonMouseExited b")));
-    QPointer<PictureButton> alive(button);
+    QPointer<ImageButton> alive(button);
     const int tag = 0;
     NSNotificationCenter::defaultCenter().addObserver_name(
         &tag, QStringLiteral("MybuttonMouseDown"), [](QObject* object) { delete object; });
@@ -103,8 +102,8 @@ TEST_F(WidgetsTest, PictureButtonTellsOfThePointerAndSurvivesItsHandler) {
     EXPECT_EQ(alive, nullptr);
 }
 
-TEST_F(WidgetsTest, PictureButtonIsLiftedWhenAMenuTookTheRelease) {
-    PictureButton button(ButtonKind::Tool, QStringLiteral("Edit"), QStringLiteral("editbtn.png"));
+TEST_F(WidgetsTest, ImageButtonIsLiftedWhenAMenuTookTheRelease) {
+    ImageButton button(ButtonKind::Tool, QStringLiteral("Edit"), QStringLiteral("editbtn.png"));
     button.setOpensMenu(true);
     button.show();
     QMouseEvent press(QEvent::MouseButtonPress, {5, 5}, button.mapToGlobal(QPointF(5, 5)),
@@ -132,7 +131,7 @@ TEST_F(WidgetsTest, ButtonsAreAsHighAsDesigned) {
                                        {ButtonKind::Icon, 28},
                                        {ButtonKind::WindowClose, 36}})
         EXPECT_EQ(
-            PictureButton(kind, QStringLiteral("Text"), QStringLiteral("add")).sizeHint().height(),
+            ImageButton(kind, QStringLiteral("Text"), QStringLiteral("add")).sizeHint().height(),
             height)
             << static_cast<int>(kind);
 }
@@ -287,7 +286,7 @@ TEST_F(WidgetsTest, TitleBarButtonsActOrPost) {
     EXPECT_TRUE(window.isMaximized());
     QTest::mouseDClick(bar, Qt::LeftButton, {}, {500, 18});
     EXPECT_FALSE(window.isMaximized());
-    EXPECT_EQ(bar->closeButton()->picture(), u"Close_Nom.png");
+    EXPECT_EQ(bar->closeButton()->image(), u"Close_Nom.png");
     EXPECT_EQ(bar->closeButton()->geometry().right(), bar->width() - 1);
     QTest::mouseClick(bar->minimiseButton(), Qt::LeftButton);
     EXPECT_TRUE(window.isMinimized());

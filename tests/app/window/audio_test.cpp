@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// An album in the window: its pane, edits, a picture dropped in, save and removal.
+// An album in the window: its pane, edits, an image dropped in, save and removal.
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
 #include "app/list/media_list_model.h"
@@ -74,7 +74,7 @@ protected:
         QCoreApplication::sendEvent(well, &end);
         return enter.isAccepted() && end.isAccepted();
     }
-    QString picture(const char* name, QSize size) {
+    QString imageFile(const char* name, QSize size) {
         QImage image(size, QImage::Format_RGB32);
         image.fill(QColor(200, 40, 30)); // by its own numbers, to be told from any other
         EXPECT_TRUE(image.save(dir.path(QLatin1String(name))));
@@ -116,8 +116,8 @@ protected:
     QByteArrayList sources;
 };
 
-TEST_F(AlbumTest, TextsAndADroppedPictureGoIntoEveryFormat) {
-    const QString cover = picture("cover.png", QSize(40, 30));
+TEST_F(AlbumTest, TextsAndADroppedImageGoIntoEveryFormat) {
+    const QString cover = imageFile("cover.png", QSize(40, 30));
     for (int row = 0; row < 4; ++row) {
         const QString name = paths[row].section(u'/', -1);
         SCOPED_TRACE(name.toStdString());
@@ -128,14 +128,14 @@ TEST_F(AlbumTest, TextsAndADroppedPictureGoIntoEveryFormat) {
         // The other program hides it in a frame of its own in MP3 files.
         EXPECT_EQ(shown("commentslab"), QString::fromLatin1(row == 0 ? "" : "Old"));
         auto* well = child<ArtworkWell>("audioArtImageView");
-        EXPECT_TRUE(well->picture().isNull());
+        EXPECT_TRUE(well->artwork().isNull());
         EXPECT_FALSE(drop(well, paths[row])) << "no picture";
         ASSERT_TRUE(drop(well, cover));
-        EXPECT_EQ(well->picture().size(), QSize(40, 30));
+        EXPECT_EQ(well->artwork().size(), QSize(40, 30));
         type("titlelab", QStringLiteral("Typed Title"));
         type("commentslab", QStringLiteral("Typed Comment"));
         const ActivityJob& job = runToEnd([this] {
-            QTest::mouseClick(child<PictureButton>("SaveMediaChangesBtn"), Qt::LeftButton);
+            QTest::mouseClick(child<ImageButton>("SaveMediaChangesBtn"), Qt::LeftButton);
         });
         EXPECT_EQ(job.state, JobState::Done);
         EXPECT_EQ(filesOut(), QStringList{name});
@@ -147,15 +147,15 @@ TEST_F(AlbumTest, TextsAndADroppedPictureGoIntoEveryFormat) {
         const QByteArray probed = ffprobe(name, "format_tags=title,comment:stream=width,height");
         EXPECT_TRUE(probed.contains("Typed Title")) << probed.toStdString();
         EXPECT_TRUE(probed.contains("Typed Comment")) << probed.toStdString();
-        // The picture of an MP3 file names no type, and the other program wants one.
+        // The image of an MP3 file names no type, and the other program wants one.
         EXPECT_EQ(probed.contains("40\n30"), row != 0) << probed.toStdString();
     }
 }
 
-TEST_F(AlbumTest, APictureForTheWholeSelectionGoesIntoAllOfIt) {
+TEST_F(AlbumTest, AImageForTheWholeSelectionGoesIntoAllOfIt) {
     controller->mainWindow()->selectRow(1);
     controller->mainWindow()->selectAll();
-    ASSERT_TRUE(drop(child<ArtworkWell>("audioArtImageView"), picture("c.png", QSize(16, 24))));
+    ASSERT_TRUE(drop(child<ArtworkWell>("audioArtImageView"), imageFile("c.png", QSize(16, 24))));
     type("abulmlab", QStringLiteral("Both"));
     runToEnd([this] { controller->SaveMeidaFileChangesAction(); });
     EXPECT_EQ(filesOut().size(), 4);

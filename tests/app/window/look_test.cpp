@@ -38,14 +38,14 @@ TEST(ListHead, KeepsTheWarningWhereBothDoNotFit) {
     head.resize(480, head.height());
     QCoreApplication::processEvents();
     EXPECT_TRUE(!summary->isVisible() && note->isVisible());
-    const auto* remove = head.findChild<PictureButton*>(QStringLiteral("removeMediaFileBtn"));
+    const auto* remove = head.findChild<ImageButton*>(QStringLiteral("removeMediaFileBtn"));
     EXPECT_LE(remove->geometry().right(), 480);
     EXPECT_LT(note->geometry().right(), remove->geometry().left());
     head.setSummary(text, false);
     EXPECT_TRUE(summary->isVisible() && !note->isVisible());
 }
 
-TEST(Look, MenusShowPicturesAndKeysAndAKeyActsOnce) {
+TEST(Look, MenusShowImagesAndKeysAndAKeyActsOnce) {
     testkit::TempDir dir;
     AppDelegate controller(
         std::make_unique<platform::NSUserDefaults>(dir.path(QStringLiteral("prefs.conf"))));

@@ -110,7 +110,7 @@ protected:
 
 TEST_F(RenameTest, OpensForACustomTextWhateverWasChosenBefore) {
     importThree();
-    QTest::mousePress(controller->mainWindow()->findChild<PictureButton*>(u"videoRenameBtn"_qs),
+    QTest::mousePress(controller->mainWindow()->findChild<ImageButton*>(u"videoRenameBtn"_qs),
                       Qt::LeftButton);
     waitFor(window());
     EXPECT_EQ(window().windowTitle(), u"Rename");

@@ -108,7 +108,7 @@ TEST_F(WindowTest, TypingATitleAndPressingSaveWritesANewFile) {
     EXPECT_FALSE(controller->changeFlags().cameraInfoChange);
     const QByteArray before = testkit::TempDir::read(dir.path(QStringLiteral("c.mp4")));
     QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
-    QTest::mouseClick(child<PictureButton>("SaveMediaChangesBtn"), Qt::LeftButton);
+    QTest::mouseClick(child<ImageButton>("SaveMediaChangesBtn"), Qt::LeftButton);
     ASSERT_TRUE(saved.wait(10'000));
     const QByteArray written = testkit::TempDir::read(dir.path(QStringLiteral("out/c.mp4")));
     EXPECT_TRUE(written.contains("Typed"));
@@ -153,7 +153,7 @@ TEST_F(WindowTest, SaveWritesThePaneIntoEveryVideoAndTellsTheOneThatFails) {
                   file.source.endsWith(u"cut.mp4"_qs) && !file.note.isEmpty());
 }
 
-TEST_F(WindowTest, SaveWritesSoundsFromTheirPaneAndVideosFromTheirs) {
+TEST_F(WindowTest, SaveWritesAudioFilesFromTheirPaneAndVideosFromTheirs) {
     const auto made =
         testkit::run(QStringLiteral("ffmpeg"),
                      {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
@@ -319,7 +319,7 @@ TEST_F(WindowTest, TheTwoWaysToCloseAskAndDoNotAsk) {
     QSignalSpy quits(qApp, &QCoreApplication::aboutToQuit);
     controller->CloseTheMainWindow();
     EXPECT_EQ(alerts, list({"Are you sure you want to Exit ?"}));
-    QTest::mousePress(child<PictureButton>("closeBtn"), Qt::LeftButton);
+    QTest::mousePress(child<ImageButton>("closeBtn"), Qt::LeftButton);
     EXPECT_EQ(alerts.size(), 2);
     EXPECT_TRUE(controller->windowShouldClose());
     EXPECT_EQ(alerts.size(), 2);

@@ -15,9 +15,9 @@ using testing::Ge;
 using testing::Le;
 
 /// Silence, then half of full scale, then full scale on one channel only: two seconds each.
-class SoundPeaks : public EngineTest {
+class AudioPeaks : public EngineTest {
 protected:
-    [[nodiscard]] QString sound(const QString& name, const char* options) const {
+    [[nodiscard]] QString audio(const QString& name, const char* options) const {
         const QString tones = QStringLiteral(
             "aevalsrc=0|if(lt(t\\,2)\\,0\\,if(lt(t\\,4)\\,0.5\\,1))*sin(2513*t):d=6:s=44100");
         const QStringList arguments =
@@ -29,13 +29,13 @@ protected:
         return m_dir.path(name);
     }
     [[nodiscard]] Result<QByteArray> peaks(const QString& path, int columns) const {
-        return m_engine->soundPeaks(path, columns, [] { return true; });
+        return m_engine->audioPeaks(path, columns, [] { return true; });
     }
 };
 
 } // namespace
 
-TEST_F(SoundPeaks, FollowTheLoudnessInEverySampleFormat) {
+TEST_F(AudioPeaks, FollowTheLoudnessInEverySampleFormat) {
     const std::array<std::pair<const char*, const char*>, 8> files{{
         {"a.wav", "-c:a pcm_s16le"},
         {"b.wav", "-c:a pcm_u8"},
@@ -47,7 +47,7 @@ TEST_F(SoundPeaks, FollowTheLoudnessInEverySampleFormat) {
         {"h.mka", "-c:a pcm_s24le"},
     }};
     for (const auto& [name, options] : files) {
-        const auto found = peaks(sound(QString::fromLatin1(name), options), 60);
+        const auto found = peaks(audio(QString::fromLatin1(name), options), 60);
         ASSERT_TRUE(found) << name << ": " << found.error().text().toStdString();
         ASSERT_EQ(found->size(), 60) << name;
         std::vector<int> columns;
@@ -63,13 +63,13 @@ TEST_F(SoundPeaks, FollowTheLoudnessInEverySampleFormat) {
     }
 }
 
-TEST_F(SoundPeaks, RefuseWhatHasNoneAndStopWhenAsked) {
-    const QString wave = sound(QStringLiteral("a.wav"), "-c:a pcm_s16le");
+TEST_F(AudioPeaks, RefuseWhatHasNoneAndStopWhenAsked) {
+    const QString wave = audio(QStringLiteral("a.wav"), "-c:a pcm_s16le");
     EXPECT_EQ(peaks(wave, 0).error().code, ErrorCode::InvalidArgument);
     EXPECT_EQ(peaks(wave, 1'000'000).error().code, ErrorCode::InvalidArgument);
     EXPECT_EQ(peaks(m_dir.path(QStringLiteral("none.wav")), 60).error().code, ErrorCode::NotFound);
     int asked = 0;
-    const auto stopped = m_engine->soundPeaks(wave, 60, [&asked] { return ++asked < 3; });
+    const auto stopped = m_engine->audioPeaks(wave, 60, [&asked] { return ++asked < 3; });
     ASSERT_FALSE(stopped);
     EXPECT_EQ(stopped.error().code, ErrorCode::Cancelled);
     EXPECT_EQ(asked, 3);
@@ -82,12 +82,12 @@ TEST_F(SoundPeaks, RefuseWhatHasNoneAndStopWhenAsked) {
     EXPECT_GE(static_cast<unsigned char>(cut->at(59)), 118);
     EXPECT_EQ(peaks(m_dir.write(QStringLiteral("empty.wav"), bytes.left(44)), 60).has_value(),
               false);
-    const QString film = m_dir.path(QStringLiteral("mute.mp4"));
+    const QString video = m_dir.path(QStringLiteral("mute.mp4"));
     SampleMedia mute;
     mute.container = QStringLiteral("mp4");
     mute.videoCodec = QStringLiteral("mpeg4");
-    ASSERT_TRUE(m_engine->writeSample(mute, film));
-    EXPECT_EQ(peaks(film, 60).error().code, ErrorCode::NotSupported);
+    ASSERT_TRUE(m_engine->writeSample(mute, video));
+    EXPECT_EQ(peaks(video, 60).error().code, ErrorCode::NotSupported);
 }
 
 } // namespace clipheave::platform

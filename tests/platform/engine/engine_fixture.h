@@ -6,7 +6,7 @@
 
 namespace clipheave::platform {
 
-/// The engine, and a folder for the films that another program makes for it.
+/// The engine, and a folder for the videos that another program makes for it.
 class EngineTest : public testing::Test {
 protected:
     void SetUp() override {

@@ -21,7 +21,7 @@ namespace {
 
 class Engine : public EngineTest {
 protected:
-    /// A film made by another program.
+    /// A video made by another program.
     [[nodiscard]] QString make(const QString& name, const QStringList& options) const {
         QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y")};
         for (const char* source : {"testsrc=d=3:s=176x144:r=25", "sine=d=3:r=44100"})
@@ -67,7 +67,7 @@ protected:
 
 } // namespace
 
-TEST_F(Engine, ProbesFilmsAsFfprobeDoes) {
+TEST_F(Engine, ProbesVideosAsFfprobeDoes) {
     const struct {
         const char *name, *options;
     } cases[] = {
@@ -90,22 +90,22 @@ TEST_F(Engine, ProbesFilmsAsFfprobeDoes) {
         const auto facts = probe(path);
         ASSERT_TRUE(facts) << name << facts.error().text().toStdString();
         EXPECT_TRUE(facts->problem.isNull()) << name;
-        const bool sound = QByteArray(options).startsWith("-vn");
-        EXPECT_EQ(facts->pixelSize, sound ? QSize() : QSize(176, 144)) << name;
-        EXPECT_EQ(facts->tracks.size(), sound ? 1u : 2u) << name;
+        const bool audioFile = QByteArray(options).startsWith("-vn");
+        EXPECT_EQ(facts->pixelSize, audioFile ? QSize() : QSize(176, 144)) << name;
+        EXPECT_EQ(facts->tracks.size(), audioFile ? 1u : 2u) << name;
         EXPECT_EQ(facts->audioChannels, 1) << name;
         EXPECT_EQ(facts->audioSampleRate, QByteArray(options).endsWith("48000") ? 48000 : 44100)
             << name;
         EXPECT_NEAR(facts->durationSeconds, ffprobe(path, "format=duration").toDouble(), 0.15)
             << name;
         // Where the headers tell no frame rate none is looked for.
-        const double rate = sound ? 0 : facts->tracks.front().nominalFrameRate;
+        const double rate = audioFile ? 0 : facts->tracks.front().nominalFrameRate;
         EXPECT_TRUE(rate == 0 || std::abs(rate - 25) < 0.1) << name << ' ' << rate;
     }
 }
 
 TEST_F(Engine, ReadsHeadersOnly) {
-    // Thirty megabytes of sound.
+    // Thirty megabytes of audio.
     const QString path = m_dir.path(QStringLiteral("long.mkv"));
     ASSERT_EQ(run(QStringLiteral("ffmpeg"),
                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
@@ -120,7 +120,7 @@ TEST_F(Engine, ReadsHeadersOnly) {
     EXPECT_LE(m_fetched, 256u << 10) << "no packet need be read";
 }
 
-TEST_F(Engine, MapsTagsAndPictures) {
+TEST_F(Engine, MapsTagsAndFrames) {
     const QString cover = m_dir.path(QStringLiteral("cover.png"));
     ASSERT_EQ(run(QStringLiteral("ffmpeg"),
                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
@@ -144,11 +144,11 @@ TEST_F(Engine, MapsTagsAndPictures) {
     EXPECT_EQ(text(*facts, "id3/TIT2"), QStringLiteral("Sommer in Köln"));
     EXPECT_EQ(text(*facts, "id3/TPE1"), QStringLiteral("Müller"));
     EXPECT_EQ(facts->contentCreationDate, QDateTime(QDate(2019, 5, 4), QTime(10, 11, 12), Qt::UTC));
-    const auto picture =
+    const auto frame =
         std::find_if(facts->metadata.begin(), facts->metadata.end(),
                      [](const auto& item) { return item.identifier == QLatin1String("id3/APIC"); });
-    ASSERT_NE(picture, facts->metadata.end());
-    EXPECT_EQ(picture->dataValue(), testkit::TempDir::read(cover));
+    ASSERT_NE(frame, facts->metadata.end());
+    EXPECT_EQ(frame->dataValue(), testkit::TempDir::read(cover));
     EXPECT_EQ(facts->pixelSize, QSize(176, 144)) << "the cover is no film";
 }
 
@@ -184,7 +184,7 @@ TEST_F(Engine, RemuxKeepsEveryPacket) {
         ASSERT_TRUE(done) << name << done.error().text().toStdString();
         EXPECT_EQ(last, 1.0);
         EXPECT_NEAR(ffprobe(target, "format=duration").toDouble(), 3, 0.15) << name;
-        // ADTS headers go when sound leaves a transport stream, so only its pictures compare.
+        // ADTS headers go when audio leaves a transport stream, so only its frames compare.
         const bool transport = QByteArray(name) == "r.ts";
         const auto first = [&](const QByteArray& hashes) {
             return transport ? hashes.left(hashes.indexOf('\n')) : hashes;
@@ -228,7 +228,7 @@ TEST_F(Engine, RemuxGoesOnPastDamageAndPastTimesThatBeginAnew) {
     }
 }
 
-TEST_F(Engine, SoundBeforeTheStartMovesNeitherFilmNorChapters) {
+TEST_F(Engine, AudioBeforeTheStartMovesNeitherVideoNorChapters) {
     const QString chapters = m_dir.write(
         QStringLiteral("list.txt"),
         ";FFMETADATA1\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=1000\ntitle=One\n[CHAPTER]\n"

@@ -5,21 +5,21 @@ namespace clipheave::platform {
 
 namespace {
 
-class ExportSoundTest : public ExportTest {
+class ExportAudioTest : public ExportTest {
 protected:
-    [[nodiscard]] static ExportPlan soundOf(const QString& path, double from, double to,
+    [[nodiscard]] static ExportPlan audioOf(const QString& path, double from, double to,
                                             double speed = 1) {
         ExportPlan plan;
-        plan.sound.emplace().segments = {segment(path, from, to, 0, speed)};
+        plan.audio.emplace().segments = {segment(path, from, to, 0, speed)};
         plan.container = ExportContainer::M4A;
         return plan;
     }
     /// Changes of sign in a second.
-    [[nodiscard]] static double crossings(const std::vector<float>& sound) {
+    [[nodiscard]] static double crossings(const std::vector<float>& audio) {
         int count = 0;
-        for (std::size_t i = 1; i < sound.size(); ++i)
-            count += (sound[i] < 0) != (sound[i - 1] < 0) ? 1 : 0;
-        return 8000.0 * count / static_cast<double>(sound.size());
+        for (std::size_t i = 1; i < audio.size(); ++i)
+            count += (audio[i] < 0) != (audio[i - 1] < 0) ? 1 : 0;
+        return 8000.0 * count / static_cast<double>(audio.size());
     }
 };
 
@@ -28,7 +28,7 @@ constexpr char kChirp[] = "aevalsrc=0.5*sin(2*PI*(200*t+150*t*t)):d=3:s=48000";
 
 } // namespace
 
-TEST_F(ExportSoundTest, EncodesAndCutsToTheSample) {
+TEST_F(ExportAudioTest, EncodesAndCutsToTheSample) {
     const struct {
         const char *name, *options, *expected;
     } cases[] = {{"a.mov", "-vn -c:a aac -ac 2", "aac,48000,2,3.000000"},
@@ -39,14 +39,14 @@ TEST_F(ExportSoundTest, EncodesAndCutsToTheSample) {
                  {"f.mka", "-vn -ar 192000 -c:a flac", "aac,96000,1,3.000000"}};
     for (const auto& [name, options, expected] : cases) {
         const QString source = make(name, options, "testsrc2=d=3:s=64x64", kChirp);
-        exported(soundOf(source, 0, 3), "out.m4a");
+        exported(audioOf(source, 0, 3), "out.m4a");
         const QByteArray got =
             ffprobe(m_out, "a", "stream=codec_name,sample_rate,channels,duration");
         EXPECT_TRUE(got.startsWith(expected)) << name << got.toStdString();
         const std::vector<float> all = samples(source), copy = samples(m_out);
         EXPECT_GT(correlation(all, copy), 0.98) << name;
         // From the middle: what stood at 1.25 s is at the start.
-        exported(soundOf(source, 1.25, 2.5), "out.m4a");
+        exported(audioOf(source, 1.25, 2.5), "out.m4a");
         const std::vector<float> part = samples(m_out);
         // The last packet is decoded whole, beyond the end that the edit list tells.
         EXPECT_NEAR(static_cast<double>(part.size()), 10150, 200) << name;
@@ -55,33 +55,33 @@ TEST_F(ExportSoundTest, EncodesAndCutsToTheSample) {
     }
 }
 
-TEST_F(ExportSoundTest, StretchesTimeAtTheSamePitch) {
+TEST_F(ExportAudioTest, StretchesTimeAtTheSamePitch) {
     const QString source = make("a.m4a", "-vn -c:a aac", "testsrc2=d=3", "sine=d=3:f=440:r=44100");
     for (const double speed : {0.2, 0.5, 4.0}) {
-        exported(soundOf(source, 0, 3, speed), "out.m4a");
+        exported(audioOf(source, 0, 3, speed), "out.m4a");
         EXPECT_NEAR(ffprobe(m_out, "a", "stream=duration").toDouble(), 3 / speed, 0.001) << speed;
         EXPECT_NEAR(crossings(samples(m_out)), 880, 25) << speed;
     }
 }
 
-TEST_F(ExportSoundTest, ChangesVolumeAndChannels) {
+TEST_F(ExportAudioTest, ChangesVolumeAndChannels) {
     const QString source = make("a.m4a", "-vn -c:a ac3 -ac 6", "testsrc2=d=3", kChirp);
-    ExportPlan plan = soundOf(source, 0, 3);
+    ExportPlan plan = audioOf(source, 0, 3);
     exported(plan, "out.m4a");
     EXPECT_EQ(ffprobe(m_out, "a", "stream=channels,channel_layout"), "6,5.1");
-    plan.sound->channels = 2;
-    plan.sound->volume = 0.5;
+    plan.audio->channels = 2;
+    plan.audio->volume = 0.5;
     exported(plan, "out.m4a");
     EXPECT_EQ(ffprobe(m_out, "a", "stream=channels,channel_layout"), "2,stereo");
-    plan.sound->volume = 0;
+    plan.audio->volume = 0;
     exported(plan, "out.m4a");
     EXPECT_EQ(ffprobe(m_out, "a", "stream=channels,duration"), "2,3.000000");
-    const std::vector<float> sound = samples(m_out);
-    EXPECT_THAT(sound, testing::Each(0.0F));
-    EXPECT_GE(sound.size(), 24000u);
+    const std::vector<float> audio = samples(m_out);
+    EXPECT_THAT(audio, testing::Each(0.0F));
+    EXPECT_GE(audio.size(), 24000u);
 }
 
-TEST_F(ExportSoundTest, SilenceLastsAsLongAsTheSound) {
+TEST_F(ExportAudioTest, SilenceLastsAsLongAsTheAudio) {
     const struct {
         const char *name, *options; // some of them guess their ends
     } cases[] = {{"a.mov", "-c:v mpeg2video -c:a mp2"},
@@ -94,29 +94,30 @@ TEST_F(ExportSoundTest, SilenceLastsAsLongAsTheSound) {
             ExportPlan plan = planFor(source, 3.2);
             exported(plan);
             const double heard = ffprobe(m_out, "a", "stream=duration").toDouble();
-            plan.sound->volume = 0;
+            plan.audio->volume = 0;
             exported(plan);
             EXPECT_NEAR(ffprobe(m_out, "a", "stream=duration").toDouble(), heard, 0.001)
                 << name << ' ' << tone;
         }
 }
 
-TEST_F(ExportSoundTest, KeepsPictureAndSoundTogether) {
-    // The sound begins half a second after the film, behind an edit list.
-    const QString film = make("film.mp4", "-c:v libx264 -an");
+TEST_F(ExportAudioTest, KeepsFrameAndAudioTogether) {
+    // The audio begins half a second after the video, behind an edit list.
+    const QString videoFile = make("film.mp4", "-c:v libx264 -an");
     const QString tone = make("tone.m4a", "-vn -c:a aac", "testsrc2=d=3", kChirp);
-    // The other container has no such thing; its film tells its times when it is decoded.
+    // The other container has no such thing; its video tells its times when it is decoded.
     for (int i = 0; i < 4; ++i) {
         const QString source =
             m_dir.path(i < 2 ? QStringLiteral("late.mp4") : QStringLiteral("late.mkv"));
-        ffmpeg("-i " + film.toUtf8() + " -itsoffset 0.5 -i " + tone.toUtf8() + " -c copy", source);
-        const auto coding = i % 2 == 0 ? ExportCoding::Encode : ExportCoding::Copy;
+        ffmpeg("-i " + videoFile.toUtf8() + " -itsoffset 0.5 -i " + tone.toUtf8() + " -c copy",
+               source);
+        const auto mode = i % 2 == 0 ? ExportMode::Encode : ExportMode::Copy;
         ExportPlan plan = planFor(source, 3.5);
-        plan.video->coding = plan.sound->coding = coding;
+        plan.video->mode = plan.audio->mode = mode;
         exported(plan);
-        const QString sound = m_dir.path(QStringLiteral("sound.wav"));
-        ffmpeg("-i " + m_out.toUtf8() + " -vn -af aresample=async=1:first_pts=0", sound);
-        const std::vector<float> got = samples(sound);
+        const QString audio = m_dir.path(QStringLiteral("sound.wav"));
+        ffmpeg("-i " + m_out.toUtf8() + " -vn -af aresample=async=1:first_pts=0", audio);
+        const std::vector<float> got = samples(audio);
         ASSERT_GT(got.size(), 5000u);
         EXPECT_GT(correlation({got.begin() + 4000, got.end()}, samples(tone)), 0.95) << i;
     }

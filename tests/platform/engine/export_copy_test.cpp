@@ -16,7 +16,7 @@ class ExportCopyTest : public ExportTest {
 protected:
     [[nodiscard]] static ExportPlan copyOf(const QString& path, double seconds = 3.5) {
         ExportPlan plan = planFor(path, seconds);
-        plan.video->coding = plan.sound->coding = ExportCoding::Copy;
+        plan.video->mode = plan.audio->mode = ExportMode::Copy;
         return plan;
     }
     [[nodiscard]] QByteArray decoded(const QString& path) const {
@@ -38,7 +38,7 @@ protected:
     }
 };
 
-constexpr char kFilm[] = "-c:v libx264 -g 25 -c:a aac -ac 2";
+constexpr char kVideo[] = "-c:v libx264 -g 25 -c:a aac -ac 2";
 
 } // namespace
 
@@ -46,9 +46,9 @@ TEST_F(ExportCopyTest, CopiesStreamsOfManyContainers) {
     const struct {
         const char *name, *options, *tags;
     } cases[] = {
-        {"a.mp4", kFilm, "avc1 mp4a"},
-        {"a.mkv", kFilm, "avc1 mp4a"},
-        {"a.ts", kFilm, "avc1 mp4a"},
+        {"a.mp4", kVideo, "avc1 mp4a"},
+        {"a.mkv", kVideo, "avc1 mp4a"},
+        {"a.ts", kVideo, "avc1 mp4a"},
         {"a.avi", "-c:v mpeg4 -c:a libmp3lame", "mp4v mp4a"},
         {"c.mov", "-c:v cfhd -pix_fmt yuv422p10 -c:a aac", "CFHD mp4a"},
         {"h.mkv", "-c:v libx265 -x265-params log-level=none -c:a ac3", "hvc1 ac-3"},
@@ -71,7 +71,7 @@ TEST_F(ExportCopyTest, CopiesStreamsOfManyContainers) {
     }
 }
 
-TEST_F(ExportCopyTest, CopiesPlainPicturesInTheOrderOfTheirColours) {
+TEST_F(ExportCopyTest, CopiesPlainFramesInTheOrderOfTheirColours) {
     for (const char* order : {"bgr24", "yuyv422"}) {
         const QString source =
             make("a.avi", QByteArray("-c:v rawvideo -c:a aac -pix_fmt ") + order);
@@ -83,42 +83,42 @@ TEST_F(ExportCopyTest, CopiesPlainPicturesInTheOrderOfTheirColours) {
 }
 
 TEST_F(ExportCopyTest, StretchesCutsAndJoinsWithoutEncoding) {
-    const QString source = make("a.mp4", kFilm);
+    const QString source = make("a.mp4", kVideo);
     ExportPlan plan = copyOf(source);
-    plan.sound->coding = ExportCoding::Encode;
-    plan.video->segments = plan.sound->segments = {segment(source, 0, 3, 0, 0.2)};
+    plan.audio->mode = ExportMode::Encode;
+    plan.video->segments = plan.audio->segments = {segment(source, 0, 3, 0, 0.2)};
     plan.container = ExportContainer::QuickTimeMovie;
     exported(plan, "slow.mov");
     EXPECT_EQ(decoded(m_out), decoded(source));
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "15.000000,75");
     EXPECT_EQ(ffprobe(m_out, "a", "stream=duration"), "15.000000");
 
-    // From within a group of pictures: the edit list hides those before the start.
+    // From within a group of frames: the edit list hides those before the start.
     plan = copyOf(source);
-    plan.video->segments = plan.sound->segments = {segment(source, 1.4, 3)};
+    plan.video->segments = plan.audio->segments = {segment(source, 1.4, 3)};
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration"), "1.600000");
     EXPECT_GT(likeness(m_out, source, "trim=1.39:3"), 0.999);
-    plan.video->segments = plan.sound->segments = {segment(source, 1.31, 2.57)};
+    plan.video->segments = plan.audio->segments = {segment(source, 1.31, 2.57)};
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration"), "1.260000");
 
-    // Pictures that the source's edit list hides at its end, though those before need them.
+    // Frames that the source's edit list hides at its end, though those before need them.
     QByteArray shorter = testkit::TempDir::read(source);
     const auto length = shorter.indexOf("elst") + 12;
     ASSERT_EQ(shorter.mid(length, 4), testkit::be(3000, 4));
     shorter.replace(length, 4, testkit::be(2960, 4));
     const QString hiding = m_dir.write(QStringLiteral("hiding.mp4"), shorter);
-    plan.video->segments = plan.sound->segments = {segment(hiding, 0, 3)};
+    plan.video->segments = plan.audio->segments = {segment(hiding, 0, 3)};
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "packet=flags").count("D"), 1);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration"), "2.960000");
 
-    plan.video->segments = plan.sound->segments = {segment(source, 0, 3), segment(source, 0, 3, 3)};
+    plan.video->segments = plan.audio->segments = {segment(source, 0, 3), segment(source, 0, 3, 3)};
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "6.000000,150");
     // Of another size: one track cannot hold both uncoded.
-    const QString other = make("b.mp4", kFilm, "testsrc2=d=3:s=64x64:r=25");
+    const QString other = make("b.mp4", kVideo, "testsrc2=d=3:s=64x64:r=25");
     plan.video->segments[1] = segment(other, 0, 3, 3);
     expectFailure(plan, ErrorCode::NotSupported, "two sizes");
 }
@@ -146,11 +146,11 @@ TEST_F(ExportCopyTest, CarriesHeaderDatesAndNothingElse) {
 }
 
 TEST_F(ExportCopyTest, FailsPlainlyAndLeavesNothing) {
-    const QString source = make("a.mp4", kFilm);
-    const QString soundOnly = make("s.m4a", "-vn -c:a aac");
+    const QString source = make("a.mp4", kVideo);
+    const QString audioOnly = make("s.m4a", "-vn -c:a aac");
     const QString text = m_dir.write(QStringLiteral("t.mp4"), "no film at all");
     expectFailure(planFor(m_dir.path(QStringLiteral("none.mp4"))), ErrorCode::NotFound, "missing");
-    expectFailure(planFor(soundOnly), ErrorCode::NotSupported, "no film");
+    expectFailure(planFor(audioOnly), ErrorCode::NotSupported, "no film");
     const auto asText = run(planFor(text));
     ASSERT_FALSE(asText);
     EXPECT_FALSE(QFileInfo::exists(m_out));
@@ -166,9 +166,9 @@ TEST_F(ExportCopyTest, FailsPlainlyAndLeavesNothing) {
 
     // Nothing at all of the file lies there.
     plan = planFor(source);
-    plan.video->segments = plan.sound->segments = {segment(source, 10, 12)};
+    plan.video->segments = plan.audio->segments = {segment(source, 10, 12)};
     expectFailure(plan, ErrorCode::InvalidData, "beyond the end");
-    plan.sound->volume = 0;
+    plan.audio->volume = 0;
     expectFailure(plan, ErrorCode::InvalidData, "beyond the end, silent");
 
     const auto onto = m_engine->runExport(planFor(source), source, {}, {});
@@ -176,7 +176,7 @@ TEST_F(ExportCopyTest, FailsPlainlyAndLeavesNothing) {
     EXPECT_TRUE(QFileInfo::exists(source));
 
     // An absurd length that no one can check: what is there is taken.
-    ExportPlan endless = planFor(make("e.mkv", kFilm), 1e6);
+    ExportPlan endless = planFor(make("e.mkv", kVideo), 1e6);
     exported(endless);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "75");
 }
@@ -192,7 +192,7 @@ TEST_F(ExportCopyTest, SaysWhatCannotBeCopied) {
     bytes.replace("avc1", "xyz1");
     refused("an unknown coding");
 
-    // A second piece of the film in its edit list; the header stands behind all that it points to.
+    // A second piece of the video in its edit list; the header stands behind all that it points to.
     bytes = testkit::TempDir::read(source);
     const qsizetype elst = bytes.indexOf("elst");
     const auto add = [&](qsizetype at, quint32 value) {
@@ -211,7 +211,7 @@ TEST_F(ExportCopyTest, SaysWhatCannotBeCopied) {
 }
 
 TEST_F(ExportCopyTest, StopsWhenToldTo) {
-    const QString source = make("a.mp4", kFilm, "testsrc2=d=20:s=320x240:r=25");
+    const QString source = make("a.mp4", kVideo, "testsrc2=d=20:s=320x240:r=25");
     std::vector<double> told;
     m_progress = [&](double part) {
         told.push_back(part);
@@ -243,7 +243,7 @@ TEST_F(ExportCopyTest, GoesOnPastDamageButNotPastABreak) {
     EXPECT_THAT(notes.join(u' ').toStdString(), testing::HasSubstr("damaged pieces"));
     EXPECT_NEAR(ffprobe(m_out, "v", "stream=duration").toDouble(), 3, 0.2);
 
-    // A damaged packet of sound in a stream of such, which no film can hold.
+    // A damaged packet of audio in a stream of such, which no video can hold.
     const QString stream = make("a.ts", "-c:v libx264 -c:a aac -b:a 256k");
     bytes = testkit::TempDir::read(stream);
     for (qsizetype at = 188 * 40; at + 188 * 3 < bytes.size(); at += 188 * 60)
@@ -252,7 +252,7 @@ TEST_F(ExportCopyTest, GoesOnPastDamageButNotPastABreak) {
         exported(copyOf(m_dir.write(QStringLiteral("b.ts"), bytes)), "out.mov");
     EXPECT_THAT(left.join(u' ').toStdString(), testing::HasSubstr("damaged pieces"));
 
-    // A whole film of 3 s, whose container counts from zero to the end: 103 s.
+    // A whole video of 3 s, whose container counts from zero to the end: 103 s.
     exported(planFor(make("late.mkv", "-output_ts_offset 100 -c:v libx264 -c:a aac"), 103));
     EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "75");
     // A recording whose clock of 33 bits is about to run over: the library begins below zero.
@@ -271,7 +271,7 @@ TEST_F(ExportCopyTest, TellsThatTheDiskIsFull) {
     QDir().mkpath(small);
     if (geteuid() != 0 || mount("none", small.toUtf8().constData(), "tmpfs", 0, "size=64k") != 0)
         GTEST_SKIP() << "needs the right to mount";
-    const QString source = make("a.mp4", kFilm, "testsrc2=d=3:s=320x240:r=25");
+    const QString source = make("a.mp4", kVideo, "testsrc2=d=3:s=320x240:r=25");
     for (const bool first : {false, true}) {
         ExportPlan plan = planFor(source);
         plan.moovFirst = first;

@@ -11,15 +11,15 @@
 
 namespace clipheave::platform {
 
-/// Films made by another program, exports of them by the engine, and that program's judgement.
+/// Videos made by another program, exports of them by the engine, and that program's judgement.
 class ExportTest : public EngineTest {
 protected:
-    /// Three seconds of a moving picture and a tone; `options` as on the command line.
+    /// Three seconds of a moving frame and a tone; `options` as on the command line.
     [[nodiscard]] QString make(const char* name, const char* options,
-                               const char* picture = "testsrc2=d=3:s=192x128:r=25",
-                               const char* sound = "sine=d=3:r=44100") const {
+                               const char* frame = "testsrc2=d=3:s=192x128:r=25",
+                               const char* audio = "sine=d=3:r=44100") const {
         const QString path = m_dir.path(QString::fromLatin1(name));
-        const QByteArray inputs = QByteArray("-f lavfi -i ") + picture + " -f lavfi -i " + sound;
+        const QByteArray inputs = QByteArray("-f lavfi -i ") + frame + " -f lavfi -i " + audio;
         ffmpeg(inputs + " -pix_fmt yuv420p " + options, path);
         return path;
     }
@@ -45,7 +45,7 @@ protected:
             text.chop(1);
         return text;
     }
-    /// Likeness of the pictures of `output` and those of `source` behind `filter`, 0 to 1; frame by
+    /// Likeness of the frames of `output` and those of `source` behind `filter`, 0 to 1; frame by
     /// frame in order.
     [[nodiscard]] static double likeness(const QString& output, const QString& source,
                                          const char* filter) {
@@ -61,7 +61,7 @@ protected:
         const qsizetype at = judged.err.lastIndexOf("All:");
         return at < 0 ? -1 : judged.err.mid(at + 4, 6).toDouble();
     }
-    /// Mono samples of the sound at 8000 Hz, as a player would give them.
+    /// Mono samples of the audio at 8000 Hz, as a player would give them.
     [[nodiscard]] static std::vector<float> samples(const QString& path) {
         const auto got =
             testkit::run(QStringLiteral("ffmpeg"),
@@ -73,8 +73,8 @@ protected:
         std::memcpy(values.data(), got.out.constData(), values.size() * sizeof(float));
         return values;
     }
-    /// Correlation of two sounds, 1 for the same; a millisecond of shift is allowed, which is as
-    /// fine as some containers tell times.
+    /// Correlation of two audio tracks, 1 for the same; a millisecond of shift is allowed, which is
+    /// as fine as some containers tell times.
     [[nodiscard]] static double correlation(const std::vector<float>& a,
                                             const std::vector<float>& b) {
         double best = -1;
@@ -102,11 +102,11 @@ protected:
             {CMTimeMakeWithSeconds(from, 90000), length},
             {CMTimeMakeWithSeconds(at, 90000), CMTimeMakeWithSeconds((to - from) / speed, 90000)}};
     }
-    /// Film and sound of a whole file, encoded.
+    /// Video and audio of a whole file, encoded.
     [[nodiscard]] static ExportPlan planFor(const QString& path, double seconds = 3) {
         ExportPlan plan;
         plan.video.emplace().segments = {segment(path, 0, seconds)};
-        plan.sound.emplace().segments = {segment(path, 0, seconds)};
+        plan.audio.emplace().segments = {segment(path, 0, seconds)};
         return plan;
     }
     [[nodiscard]] Result<QStringList> run(const ExportPlan& plan, const char* name = "out.mp4") {

@@ -14,7 +14,7 @@ constexpr char kH264[] = "-c:v libx264 -c:a aac -ac 2";
 
 } // namespace
 
-TEST_F(ExportVideoTest, TurnsPicturesAtAConstantRate) {
+TEST_F(ExportVideoTest, TurnsFramesAtAConstantRate) {
     const QString source = make("a.mp4", kH264);
     const struct {
         int turn;
@@ -51,7 +51,7 @@ TEST_F(ExportVideoTest, MirrorsBeforeItTurns) {
     EXPECT_GT(likeness(m_out, source, "hflip,transpose=clock"), 0.98);
 }
 
-TEST_F(ExportVideoTest, AFilmShorterThanAFrameKeepsItsPicture) {
+TEST_F(ExportVideoTest, AVideoShorterThanAFrameKeepsItsFrame) {
     const QString source = make("a.mov", "-c:v libx264 -c:a aac", "testsrc2=d=0.01:s=192x128:r=100",
                                 "sine=d=0.01:r=44100");
     ExportPlan plan = planFor(source, 0.01);
@@ -164,7 +164,7 @@ TEST_F(ExportVideoTest, KeepsColoursAndDepthSoThatNothingIsWashedOut) {
     for (const auto& [name, options, expected, filter, note, bitRate] : cases) {
         const QString source = make(name, (QByteArray(options) + " -an").constData());
         ExportPlan plan = planFor(source);
-        plan.sound.reset();
+        plan.audio.reset();
         plan.video->bitRate = bitRate;
         const std::string told = exported(plan).join(u' ').toStdString();
         EXPECT_THAT(told, testing::StartsWith(note)) << name;
@@ -177,19 +177,19 @@ TEST_F(ExportVideoTest, KeepsColoursAndDepthSoThatNothingIsWashedOut) {
             << name;
         EXPECT_GT(likeness(m_out, source, filter), 0.98) << name;
     }
-    // Both kinds in one film: the high range is brought down, and neither is dark or pale.
+    // Both kinds in one video: the high range is brought down, and neither is dark or pale.
     const QString standard = make("b.mp4", "-c:v libx264 -an");
     ExportPlan plan = planFor(m_dir.path(QStringLiteral("hdr.mov")));
-    plan.sound.reset();
+    plan.audio.reset();
     plan.video->segments.push_back(segment(standard, 0, 3, 3));
     EXPECT_THAT(exported(plan).join(u' ').toStdString(), testing::HasSubstr("standard range"));
     EXPECT_EQ(ffprobe(m_out, "v", "stream=pix_fmt,color_transfer,nb_frames"), "yuv420p,bt709,150");
 }
 
-TEST_F(ExportVideoTest, KeepsFieldsWhereThePictureIsUntouchedAndWeavesThemElse) {
+TEST_F(ExportVideoTest, KeepsFieldsWhereTheFrameIsUntouchedAndWeavesThemElse) {
     const QString source = make("a.mpg", "-c:v mpeg2video -q:v 2 -flags +ildct+ilme -top 1 -an");
     ExportPlan plan = planFor(source);
-    plan.sound.reset();
+    plan.audio.reset();
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=field_order,nb_frames"), "tt,75");
     plan.video->turns = {90};
@@ -207,8 +207,8 @@ TEST_F(ExportVideoTest, JoinsPiecesOfDifferentFilesAroundASplit) {
     const std::vector<ExportSegment> pieces{segment(first, 0, 1), segment(second, 0, 3, 1),
                                             segment(first, 1, 3, 4), segment(first, 0.5, 1.5, 7)};
     ExportPlan plan = planFor(first);
-    plan.video->segments = plan.sound->segments = pieces;
-    plan.sound->channels = 1;
+    plan.video->segments = plan.audio->segments = pieces;
+    plan.audio->channels = 1;
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=width,height,duration"), "192,128,8.000000");
     EXPECT_EQ(ffprobe(m_out, "a", "stream=sample_rate,channels,duration"), "44100,1,8.000000");
@@ -227,12 +227,12 @@ TEST_F(ExportVideoTest, JoinsPiecesOfDifferentFilesAroundASplit) {
                part);
         EXPECT_GT(likeness(part, source, filter), 0.97) << range;
     }
-    const std::vector<float> sound = samples(m_out);
+    const std::vector<float> audio = samples(m_out);
     const auto loudest = [&](double from, double to) {
         float most = 0;
         for (auto i = static_cast<std::size_t>(from * 8000);
-             i < static_cast<std::size_t>(to * 8000) && i < sound.size(); ++i)
-            most = std::max(most, std::abs(sound[i]));
+             i < static_cast<std::size_t>(to * 8000) && i < audio.size(); ++i)
+            most = std::max(most, std::abs(audio[i]));
         return most;
     };
     EXPECT_LT(loudest(6.05, 6.95), 0.001F); // the stretch of nothing
@@ -240,30 +240,28 @@ TEST_F(ExportVideoTest, JoinsPiecesOfDifferentFilesAroundASplit) {
     EXPECT_GT(loudest(1.05, 3.9), 0.05F);
 }
 
-/// Where pictures follow each other faster at one end than at the other.
-TEST_F(ExportVideoTest, TheLastPictureIsShownWholeWhateverTheRateWasBefore) {
+/// Where frames follow each other faster at one end than at the other.
+TEST_F(ExportVideoTest, TheLastFrameIsShownWholeWhateverTheRateWasBefore) {
     const QString slow = make("a.mp4", kH264, "testsrc2=d=3:s=192x128:r=10");
     const QString fast = make("b.mp4", kH264, "testsrc2=d=3:s=192x128:r=30");
     const struct {
-        ExportCoding coding;
+        ExportMode mode;
         std::vector<ExportSegment> segments;
         QByteArray duration;
     } cases[] = {
         // The last one may follow others in decoding or not.
-        {ExportCoding::Encode, {segment(slow, 0, 3), segment(fast, 0, 3, 3)}, "6.000000"},
-        {ExportCoding::Encode, {segment(slow, 0, 3), segment(fast, 0, 2.7, 3)}, "5.700000"},
-        {ExportCoding::Encode, {segment(fast, 0, 3), segment(slow, 0, 3, 3)}, "6.000000"},
-        // Black until the film begins, as where a clip without pictures comes first.
-        {ExportCoding::Encode, {segment(fast, 0, 3, 3)}, "6.000000"},
-        {ExportCoding::Copy, {segment(fast, 0, 3, 0, 0.5), segment(fast, 0, 3, 6, 2)}, "7.500000"},
-        {ExportCoding::Copy,
-         {segment(fast, 0, 3, 0, 2), segment(fast, 0, 3, 1.5, 0.5)},
-         "7.500000"},
+        {ExportMode::Encode, {segment(slow, 0, 3), segment(fast, 0, 3, 3)}, "6.000000"},
+        {ExportMode::Encode, {segment(slow, 0, 3), segment(fast, 0, 2.7, 3)}, "5.700000"},
+        {ExportMode::Encode, {segment(fast, 0, 3), segment(slow, 0, 3, 3)}, "6.000000"},
+        // Black until the video begins, as where a clip without frames comes first.
+        {ExportMode::Encode, {segment(fast, 0, 3, 3)}, "6.000000"},
+        {ExportMode::Copy, {segment(fast, 0, 3, 0, 0.5), segment(fast, 0, 3, 6, 2)}, "7.500000"},
+        {ExportMode::Copy, {segment(fast, 0, 3, 0, 2), segment(fast, 0, 3, 1.5, 0.5)}, "7.500000"},
     };
-    for (const auto& [coding, segments, duration] : cases) {
+    for (const auto& [mode, segments, duration] : cases) {
         ExportPlan plan = planFor(slow);
-        plan.sound.reset();
-        plan.video->coding = coding;
+        plan.audio.reset();
+        plan.video->mode = mode;
         plan.video->segments = segments;
         exported(plan);
         // That of the edit list and that of the samples.
@@ -275,22 +273,22 @@ TEST_F(ExportVideoTest, TheLastPictureIsShownWholeWhateverTheRateWasBefore) {
 TEST_F(ExportVideoTest, CutsToTheFrameAndStretchesTime) {
     const QString source = make("a.mp4", "-c:v libx264 -g 50 -c:a aac");
     ExportPlan plan = planFor(source);
-    plan.video->segments = plan.sound->segments = {segment(source, 1.4, 2.6)};
+    plan.video->segments = plan.audio->segments = {segment(source, 1.4, 2.6)};
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "1.200000,30");
     EXPECT_GT(likeness(m_out, source, "trim=1.4:2.6"), 0.98);
-    for (const double end : {1.05, 1.09, 1.13}) { // within a picture
-        plan.video->segments = plan.sound->segments = {segment(source, 0, end)};
+    for (const double end : {1.05, 1.09, 1.13}) { // within a frame
+        plan.video->segments = plan.audio->segments = {segment(source, 0, end)};
         exported(plan);
         EXPECT_NEAR(ffprobe(m_out, "v", "stream=duration").toDouble(), end, 0.001);
     }
-    plan.video->segments = plan.sound->segments = {segment(source, 0, 3, 0, 0.5)};
+    plan.video->segments = plan.audio->segments = {segment(source, 0, 3, 0, 0.5)};
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "6.000000,75");
     EXPECT_EQ(ffprobe(m_out, "a", "stream=duration"), "6.000000");
 }
 
-TEST_F(ExportVideoTest, OnePictureForALongSoundIsWholeUnlessTheFileIsCut) {
+TEST_F(ExportVideoTest, OneFrameForALongAudioIsWholeUnlessTheFileIsCut) {
     const QString source = make("still.mkv", "-c:v libx264 -c:a aac",
                                 "testsrc2=d=0.04:s=192x128:r=25", "sine=d=90:r=44100");
     EXPECT_EQ(exported(planFor(source, 90)), QStringList());
@@ -304,10 +302,10 @@ TEST_F(ExportVideoTest, OnePictureForALongSoundIsWholeUnlessTheFileIsCut) {
     EXPECT_EQ(cut.error().code, ErrorCode::InvalidData);
 }
 
-TEST_F(ExportVideoTest, APieceOfAStreamEndsWithItsLastPicture) {
-    const QString film = make(
+TEST_F(ExportVideoTest, APieceOfAStreamEndsWithItsLastFrame) {
+    const QString videoFile = make(
         "whole.mp4", "-an -c:v libx264 -g 25 -bf 0 -movflags frag_keyframe+empty_moov -shortest");
-    QByteArray piece = testkit::TempDir::read(film);
+    QByteArray piece = testkit::TempDir::read(videoFile);
     constexpr std::int64_t kUnits = 12800; // a second
     for (auto at = piece.indexOf("tfdt"); at > 0; at = piece.indexOf("tfdt", at + 4)) {
         const auto time = qFromBigEndian<std::int64_t>(piece.constData() + at + 8);
@@ -318,7 +316,7 @@ TEST_F(ExportVideoTest, APieceOfAStreamEndsWithItsLastPicture) {
     for (const QByteArray& bytes : {piece, ofWhole}) {
         const QString source = m_dir.write(QStringLiteral("piece.mp4"), bytes);
         ExportPlan plan = planFor(source, 20);
-        plan.sound.reset();
+        plan.audio.reset();
         exported(plan);
         EXPECT_EQ(ffprobe(m_out, "v", "stream=duration,nb_frames"), "3.000000,75");
     }
@@ -337,7 +335,7 @@ TEST_F(ExportVideoTest, GivesRealFilesTheirWholeLength) {
         const auto frames =
             static_cast<double>(ffprobe(source, "v:0", "frame=media_type").count("video"));
         ExportPlan plan = planFor(source, length);
-        plan.sound.reset();
+        plan.audio.reset();
         plan.video->size = {64, 64};
         exported(plan);
         EXPECT_NEAR(ffprobe(m_out, "v", "stream=nb_frames").toDouble(), frames, 1) << name;

@@ -15,7 +15,7 @@ namespace {
 
 using FrameList = std::unique_ptr<FrameSource>;
 
-/// Films whose pictures carry their number in ten black or white columns.
+/// Videos whose frames carry their number in ten black or white columns.
 class FrameSourceTest : public EngineTest {
 protected:
     static QByteArray ffmpeg(const QString& options) {
@@ -24,9 +24,9 @@ protected:
         EXPECT_EQ(made.exitCode, 0) << options.toStdString() << made.err.toStdString();
         return made.out;
     }
-    /// 150 pictures, 25 a second unless `graph` spreads them.
-    [[nodiscard]] QString film(const char* name, const char* options,
-                               const char* graph = "null") const {
+    /// 150 frames, 25 a second unless `graph` spreads them.
+    [[nodiscard]] QString video(const char* name, const char* options,
+                                const char* graph = "null") const {
         const QString path = m_dir.path(QString::fromLatin1(name));
         ffmpeg(QStringLiteral("-f lavfi -i "
                               "color=gray:s=320x160:r=25:d=6,format=yuv420p,geq=lum='if(bitand(N,"
@@ -40,18 +40,18 @@ protected:
         EXPECT_TRUE(frames) << path.toStdString();
         return frames ? std::move(*frames) : nullptr;
     }
-    /// The number in the picture; -1 for a failure.
-    [[nodiscard]] static int number(const Result<RawPicture>& picture) {
-        if (!picture)
+    /// The number in the frame; -1 for a failure.
+    [[nodiscard]] static int number(const Result<RawFrame>& frame) {
+        if (!frame)
             return -1;
-        const auto* row = reinterpret_cast<const std::uint32_t*>(picture->rgb32.constData()) +
-                          qsizetype{picture->width} * (picture->height / 2);
+        const auto* row = reinterpret_cast<const std::uint32_t*>(frame->rgb32.constData()) +
+                          qsizetype{frame->width} * (frame->height / 2);
         int value = 0;
         for (int bit = 0; bit < 10; ++bit)
-            value |= (row[picture->width * (2 * bit + 1) / 20] & 0xFF) > 128 ? 1 << bit : 0;
+            value |= (row[frame->width * (2 * bit + 1) / 20] & 0xFF) > 128 ? 1 << bit : 0;
         return value;
     }
-    /// When the pictures begin, by ffprobe, from the start of the file; one below zero is sound
+    /// When the frames begin, by ffprobe, from the start of the file; one below zero is audio
     /// that the decoder swallows.
     [[nodiscard]] static std::vector<double> times(const QString& path) {
         const auto list = [&](const char* what, const char* entries) {
@@ -91,10 +91,10 @@ protected:
 
 } // namespace
 
-TEST_F(FrameSourceTest, GivesThePictureThatIsShownInEveryContainerAndOrder) {
+TEST_F(FrameSourceTest, GivesTheFrameThatIsShownInEveryContainerAndOrder) {
     const struct {
         const char *name, *options, *graph = "null";
-    } films[] = {
+    } videos[] = {
         {"b-frames.mp4", "-c:v libx264 -bf 3 -g 50 -sc_threshold 0"},
         {"one-key.mp4", "-c:v libx264 -bf 2 -g 999"},
         {"open.mkv", "-c:v libx264 -x264-params open-gop=1:bframes=3:keyint=20:scenecut=0"},
@@ -108,12 +108,12 @@ TEST_F(FrameSourceTest, GivesThePictureThatIsShownInEveryContainerAndOrder) {
         {"a.mpg", "-c:v mpeg2video -g 12"},
         {"pieces.mp4", "-c:v libx264 -g 25 -movflags frag_keyframe+empty_moov"},
         {"hevc.mov", "-c:v libx265 -x265-params log-level=none:keyint=40 -tag:v hvc1"}};
-    for (const auto& [name, options, graph] : films) {
-        const QString path = film(name, options, graph);
+    for (const auto& [name, options, graph] : videos) {
+        const QString path = video(name, options, graph);
         std::vector<double> begins = times(path), all;
         for (int i = 0; i < 150; ++i)
             all.push_back(i / 25.0);
-        // Small pictures share time stamps in a program stream; these are regular.
+        // Small frames share timestamps in a program stream; these are regular.
         if (path.endsWith(u".mpg"))
             begins = all;
         ASSERT_EQ(begins.size(), 150u) << name;
@@ -124,8 +124,8 @@ TEST_F(FrameSourceTest, GivesThePictureThatIsShownInEveryContainerAndOrder) {
 }
 
 TEST_F(FrameSourceTest, AppliesEditListsAndAttachedPictures) {
-    const QString whole = film("whole.mp4", "-c:v libx264 -g 25 -bf 2");
-    // Cut inside a group of pictures: what stands before the cut is not shown.
+    const QString whole = video("whole.mp4", "-c:v libx264 -g 25 -bf 2");
+    // Cut inside a group of frames: what stands before the cut is not shown.
     const QString cut = m_dir.path(QStringLiteral("cut.mp4"));
     ffmpeg(QStringLiteral("-ss 1.4 -i %1 -c copy %2").arg(whole, cut));
     const auto frames = open(cut);
@@ -143,8 +143,8 @@ TEST_F(FrameSourceTest, AppliesEditListsAndAttachedPictures) {
     EXPECT_EQ(number(covered->frameAt({2, 1})), 50);
 }
 
-TEST_F(FrameSourceTest, EndsWhereTheFilmEnds) {
-    const QString path = film("a.mp4", "-c:v libx264");
+TEST_F(FrameSourceTest, EndsWhereTheVideoEnds) {
+    const QString path = video("a.mp4", "-c:v libx264");
     const auto frames = open(path);
     ASSERT_TRUE(frames);
     EXPECT_NEAR(frames->durationSeconds(), 6, 0.001);
@@ -156,14 +156,14 @@ TEST_F(FrameSourceTest, EndsWhereTheFilmEnds) {
         EXPECT_EQ(beyond.error().code, ErrorCode::InvalidArgument);
     }
     EXPECT_EQ(number(frames->frameAt({1, 1})), 25); // usable afterwards
-    // Sound that lasts longer: there is no film then.
+    // Audio that lasts longer: there is no video then.
     const QString longer = m_dir.path(QStringLiteral("longer.mp4"));
     ffmpeg(
         QStringLiteral("-i %1 -f lavfi -i sine=d=9 -map 0 -map 1 -c:v copy %2").arg(path, longer));
-    const auto film = open(longer);
-    ASSERT_TRUE(film);
-    EXPECT_EQ(number(film->frameAt({599, 100})), 149);
-    EXPECT_EQ(number(film->frameAt({6, 1})), -1);
+    const auto video = open(longer);
+    ASSERT_TRUE(video);
+    EXPECT_EQ(number(video->frameAt({599, 100})), 149);
+    EXPECT_EQ(number(video->frameAt({6, 1})), -1);
 }
 
 TEST_F(FrameSourceTest, ShowsShapesAndColoursAsTheyAreMeant) {
@@ -171,20 +171,20 @@ TEST_F(FrameSourceTest, ShowsShapesAndColoursAsTheyAreMeant) {
         const char *name, *options;
         QSize size;
         const char* reference; ///< filters that make ffmpeg show the same
-    } films[] = {{"709.mp4", "-colorspace bt709 -color_range tv", {320, 180}, "null"},
-                 {"601.mp4", "-colorspace smpte170m", {320, 180}, "null"},
-                 {"full.mp4", "-pix_fmt yuvj420p -colorspace bt709", {320, 180}, "null"},
-                 {"untagged.mp4", "-s 1280x720", {1280, 720}, "scale=in_color_matrix=bt709"},
-                 {"wide.mkv", "-vf setsar=2 -colorspace bt709", {640, 180}, "scale=640:180"},
-                 {"ten.mkv",
-                  "-c:v libx265 -x265-params log-level=none -pix_fmt yuv420p10 -colorspace bt709",
-                  {320, 180},
-                  "null"},
-                 {"odd.mkv",
-                  "-vf scale=319:179,setsar=1 -pix_fmt yuv444p -colorspace bt709",
-                  {319, 179},
-                  "null"}};
-    for (const auto& [name, options, size, reference] : films) {
+    } videos[] = {{"709.mp4", "-colorspace bt709 -color_range tv", {320, 180}, "null"},
+                  {"601.mp4", "-colorspace smpte170m", {320, 180}, "null"},
+                  {"full.mp4", "-pix_fmt yuvj420p -colorspace bt709", {320, 180}, "null"},
+                  {"untagged.mp4", "-s 1280x720", {1280, 720}, "scale=in_color_matrix=bt709"},
+                  {"wide.mkv", "-vf setsar=2 -colorspace bt709", {640, 180}, "scale=640:180"},
+                  {"ten.mkv",
+                   "-c:v libx265 -x265-params log-level=none -pix_fmt yuv420p10 -colorspace bt709",
+                   {320, 180},
+                   "null"},
+                  {"odd.mkv",
+                   "-vf scale=319:179,setsar=1 -pix_fmt yuv444p -colorspace bt709",
+                   {319, 179},
+                   "null"}};
+    for (const auto& [name, options, size, reference] : videos) {
         const QString path = m_dir.path(QString::fromLatin1(name));
         ffmpeg(QStringLiteral("-f lavfi -i testsrc2=s=320x180:d=1 -pix_fmt yuv420p %1 %2")
                    .arg(QLatin1String(options), path));
@@ -195,13 +195,13 @@ TEST_F(FrameSourceTest, ShowsShapesAndColoursAsTheyAreMeant) {
         const auto frames = open(path);
         ASSERT_TRUE(frames);
         EXPECT_EQ(frames->size(), size) << name;
-        const auto picture = frames->frameAt({41, 100});
-        ASSERT_TRUE(picture) << name;
-        EXPECT_EQ(QSize(picture->width, picture->height), size) << name;
-        ASSERT_EQ(picture->rgb32.size(), shown.size()) << name;
+        const auto frame = frames->frameAt({41, 100});
+        ASSERT_TRUE(frame) << name;
+        EXPECT_EQ(QSize(frame->width, frame->height), size) << name;
+        ASSERT_EQ(frame->rgb32.size(), shown.size()) << name;
         double sum = 0;
         for (qsizetype i = 0; i < shown.size(); ++i)
-            sum += std::pow((shown[i] & 255) - (picture->rgb32[i] & 255), 2);
+            sum += std::pow((shown[i] & 255) - (frame->rgb32[i] & 255), 2);
         const double mean = sum / static_cast<double>(shown.size());
         EXPECT_LT(mean, 4) << name; // 42 dB; the wrong matrix or range is far above 30
     }
@@ -214,10 +214,10 @@ TEST_F(FrameSourceTest, BringsHighDynamicRangeToTheScreen) {
     // Grey of 26, 203 and 1000 cd/m2 and saturated red, as PQ and as HLG values of 10 bits.
     const struct {
         const char *name, *transfer, *greys;
-    } films[] = {
+    } videos[] = {
         {"pq.mkv", "smpte2084", "if(lt(X,80),381,if(lt(X,160),573,if(lt(X,240),723,64)))"},
         {"hlg.mkv", "arib-std-b67", "if(lt(X,80),396,if(lt(X,160),721,if(lt(X,240),940,64)))"}};
-    for (const auto& [name, transfer, greys] : films) {
+    for (const auto& [name, transfer, greys] : videos) {
         const QString path = m_dir.path(QString::fromLatin1(name));
         ffmpeg(
             QStringLiteral("-f lavfi -i color=black:s=320x160:d=0.2,format=yuv420p10,"
@@ -226,11 +226,11 @@ TEST_F(FrameSourceTest, BringsHighDynamicRangeToTheScreen) {
                 .arg(QLatin1String(greys), QLatin1String(transfer), path));
         const auto frames = open(path);
         ASSERT_TRUE(frames);
-        const auto picture = frames->frameAt(kCMTimeZero);
-        ASSERT_TRUE(picture);
+        const auto frame = frames->frameAt(kCMTimeZero);
+        ASSERT_TRUE(frame);
         const auto grey = [&](int x) {
             const auto pixel =
-                reinterpret_cast<const std::uint32_t*>(picture->rgb32.constData())[80 * 320 + x];
+                reinterpret_cast<const std::uint32_t*>(frame->rgb32.constData())[80 * 320 + x];
             EXPECT_NEAR(pixel & 0xFF, pixel >> 16 & 0xFF, 2) << name;
             EXPECT_NEAR(pixel & 0xFF, pixel >> 8 & 0xFF, 2) << name;
             return static_cast<int>(pixel & 0xFF);
@@ -243,10 +243,10 @@ TEST_F(FrameSourceTest, BringsHighDynamicRangeToTheScreen) {
 }
 
 TEST_F(FrameSourceTest, GoesOnAfterDamageAndFailsPlainly) {
-    const QString path = film("a.mp4", "-c:v libx264 -g 25 -movflags +faststart");
+    const QString path = video("a.mp4", "-c:v libx264 -g 25 -movflags +faststart");
     const QByteArray whole = testkit::TempDir::read(path);
     const qsizetype payload = whole.indexOf("mdat") + 4;
-    // A third of the pictures is noise.
+    // A third of the frames is noise.
     QByteArray noisy = whole;
     for (qsizetype i = payload + (whole.size() - payload) / 3;
          i < payload + (whole.size() - payload) * 2 / 3; ++i)
@@ -255,7 +255,7 @@ TEST_F(FrameSourceTest, GoesOnAfterDamageAndFailsPlainly) {
     ASSERT_TRUE(damaged);
     EXPECT_EQ(number(damaged->frameAt({1, 1})), 25);
     EXPECT_EQ(number(damaged->frameAt({585, 100})), 146);
-    // Headers that promise six seconds, and half the film.
+    // Headers that promise six seconds, and half the video.
     const auto cut = open(
         m_dir.write(QStringLiteral("cut.mp4"), whole.left(payload + (whole.size() - payload) / 2)));
     ASSERT_TRUE(cut);
@@ -281,20 +281,20 @@ TEST_F(FrameSourceTest, GoesOnAfterDamageAndFailsPlainly) {
     EXPECT_FALSE(m_engine->openFrames(path, QSize(0, 5)));
 }
 
-TEST_F(FrameSourceTest, ReadsRealFilms) {
+TEST_F(FrameSourceTest, ReadsRealVideos) {
     if (testkit::corpus().isEmpty())
         GTEST_SKIP() << "needs CLIPHEAVE_CORPUS";
     const struct {
         const char* name;
         QSize size;
-    } films[] = {{"ExoPlayer__video_1.mp4", {288, 352}},
-                 {"media__dolbyVision-hdr.MOV", {720, 1280}},
-                 {"metadata-extractor-images__with-gps.mov", {320, 568}},
-                 {"libwebm__bbb_480p_vp9_opus_1second.webm", {854, 480}},
-                 {"media__sd-hls0000000000.ts", {}},
-                 {"exiv2__flame.avi", {}},
-                 {"media__video.mp4", {}}};
-    for (const auto& [name, size] : films) {
+    } videos[] = {{"ExoPlayer__video_1.mp4", {288, 352}},
+                  {"media__dolbyVision-hdr.MOV", {720, 1280}},
+                  {"metadata-extractor-images__with-gps.mov", {320, 568}},
+                  {"libwebm__bbb_480p_vp9_opus_1second.webm", {854, 480}},
+                  {"media__sd-hls0000000000.ts", {}},
+                  {"exiv2__flame.avi", {}},
+                  {"media__video.mp4", {}}};
+    for (const auto& [name, size] : videos) {
         const QString path = testkit::corpus() + QStringLiteral("/video/") + QLatin1String(name);
         const auto begins = times(path);
         ASSERT_FALSE(begins.empty()) << name;
@@ -304,8 +304,8 @@ TEST_F(FrameSourceTest, ReadsRealFilms) {
             EXPECT_EQ(frames->size(), size) << name;
         }
         for (const double second : {0.0, 0.05, 0.1, begins.back() + 0.001}) {
-            const auto picture = frames->frameAt(CMTimeMakeWithSeconds(second, 1'000'000));
-            ASSERT_TRUE(picture) << name << second << picture.error().text().toStdString();
+            const auto frame = frames->frameAt(CMTimeMakeWithSeconds(second, 1'000'000));
+            ASSERT_TRUE(frame) << name << second << frame.error().text().toStdString();
             EXPECT_NEAR(CMTimeGetSeconds(frames->shownTime()),
                         begins[static_cast<std::size_t>(expected(begins, second))], 2e-6)
                 << name << " " << second;
@@ -313,10 +313,10 @@ TEST_F(FrameSourceTest, ReadsRealFilms) {
     }
 }
 
-TEST_F(FrameSourceTest, ReadsEveryFilmWithoutHarm) {
+TEST_F(FrameSourceTest, ReadsEveryVideoWithoutHarm) {
     if (testkit::corpus().isEmpty())
         GTEST_SKIP() << "needs CLIPHEAVE_CORPUS";
-    int opened = 0, pictures = 0;
+    int opened = 0, allFrames = 0;
     for (const char* folder : {"video", "broken"})
         for (QDirIterator files(testkit::corpus() + u'/' + QLatin1String(folder), QDir::Files);
              files.hasNext();) {
@@ -326,16 +326,16 @@ TEST_F(FrameSourceTest, ReadsEveryFilmWithoutHarm) {
             opened += frames ? 1 : 0;
             for (const CMTime time : {CMTime{1, 2}, CMTime{5, 1}, CMTime{0, 1}, CMTime{400000, 1}})
                 if (frames) {
-                    const auto picture = (*frames)->frameAt(time);
-                    pictures += picture ? 1 : 0;
-                    if (picture) {
-                        EXPECT_EQ(QSize(picture->width, picture->height), (*frames)->size());
+                    const auto frame = (*frames)->frameAt(time);
+                    allFrames += frame ? 1 : 0;
+                    if (frame) {
+                        EXPECT_EQ(QSize(frame->width, frame->height), (*frames)->size());
                     }
                 }
             EXPECT_LT(timer.elapsed(), 20000) << files.filePath().toStdString();
         }
     EXPECT_GT(opened, 40);
-    EXPECT_GT(pictures, 60);
+    EXPECT_GT(allFrames, 60);
 }
 
 } // namespace clipheave::platform

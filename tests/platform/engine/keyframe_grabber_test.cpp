@@ -9,11 +9,11 @@ namespace clipheave::platform {
 
 namespace {
 
-/// Red, then green from second 2, then blue from second 4: a key frame each second.
+/// Red, then green from second 2, then blue from second 4: a keyframe each second.
 class FrameGrabber : public EngineTest {
 protected:
-    [[nodiscard]] QString film(const QString& name, const char* options,
-                               const char* graph = "null") const {
+    [[nodiscard]] QString video(const QString& name, const char* options,
+                                const char* graph = "null") const {
         const QString colours =
             QStringLiteral("color=red:s=320x160:d=2:r=10[a];color=lime:s=320x160:d=2:r=10[b];"
                            "color=blue:s=320x160:d=2:r=10[c];[a][b][c]concat=n=3,%1")
@@ -27,11 +27,11 @@ protected:
         return m_dir.path(name);
     }
     /// 'r', 'g', 'b', 'w', 'k' or '?' of the pixel at a part of width and height.
-    [[nodiscard]] static char colourAt(const RawPicture& picture, double x, double y) {
-        const int column = static_cast<int>(x * picture.width);
-        const int row = static_cast<int>(y * picture.height);
+    [[nodiscard]] static char colourAt(const RawFrame& frame, double x, double y) {
+        const int column = static_cast<int>(x * frame.width);
+        const int row = static_cast<int>(y * frame.height);
         const auto pixel = reinterpret_cast<const std::uint32_t*>(
-            picture.rgb32.constData())[row * picture.width + column];
+            frame.rgb32.constData())[row * frame.width + column];
         const auto on = [pixel](int shift) { return (pixel >> shift & 0xFF) > 0xB0; };
         const auto off = [pixel](int shift) { return (pixel >> shift & 0xFF) < 0x50; };
         if (pixel >> 24 != 0xFF)
@@ -50,22 +50,22 @@ protected:
 TEST_F(FrameGrabber, TakesTheKeyFrameBefore) {
     const struct {
         const char *name, *options;
-    } films[] = {{"a.mp4", "-c:v libx264 -g 10 -bf 3"},
-                 {"a.mkv", "-c:v mpeg4 -g 10"},
-                 {"a.ts", "-c:v mpeg2video -g 10"},
-                 {"a.mov", "-c:v prores_ks"},
-                 {"a.avi", "-c:v mjpeg"},
-                 {"a.webm", "-c:v libvpx -g 10"}};
-    for (const auto& [name, options] : films) {
-        const QString path = film(QString::fromLatin1(name), options);
+    } videos[] = {{"a.mp4", "-c:v libx264 -g 10 -bf 3"},
+                  {"a.mkv", "-c:v mpeg4 -g 10"},
+                  {"a.ts", "-c:v mpeg2video -g 10"},
+                  {"a.mov", "-c:v prores_ks"},
+                  {"a.avi", "-c:v mjpeg"},
+                  {"a.webm", "-c:v libvpx -g 10"}};
+    for (const auto& [name, options] : videos) {
+        const QString path = video(QString::fromLatin1(name), options);
         std::string seen;
         for (const double second : {0.0, 1.5, 2.9, 5.5, 99.0}) {
-            const auto picture = m_engine->pictureAt(path, second, 100);
-            ASSERT_TRUE(picture) << name << second << picture.error().text().toStdString();
-            EXPECT_EQ(picture->width, 100) << name;
-            EXPECT_EQ(picture->height, 50) << name;
-            EXPECT_EQ(picture->rgb32.size(), 100 * 50 * 4) << name;
-            seen += colourAt(*picture, 0.5, 0.5);
+            const auto frame = m_engine->keyframeAt(path, second, 100);
+            ASSERT_TRUE(frame) << name << second << frame.error().text().toStdString();
+            EXPECT_EQ(frame->width, 100) << name;
+            EXPECT_EQ(frame->height, 50) << name;
+            EXPECT_EQ(frame->rgb32.size(), 100 * 50 * 4) << name;
+            seen += colourAt(*frame, 0.5, 0.5);
         }
         // Without an index the way back from the end is a guess.
         if (QByteArray(name) == "a.ts" && seen.back() == 'g')
@@ -77,7 +77,7 @@ TEST_F(FrameGrabber, TakesTheKeyFrameBefore) {
 TEST_F(FrameGrabber, TurnsAndStretchesAsThePlayerDoes) {
     // White in the upper left corner.
     const char* corner = "drawbox=0:0:80:80:white:fill";
-    const QString upright = film(QStringLiteral("u.mp4"), "-c:v libx264", corner);
+    const QString upright = video(QStringLiteral("u.mp4"), "-c:v libx264", corner);
     const struct {
         const char *name, *options;
         double x, y; ///< where the corner must be
@@ -93,46 +93,46 @@ TEST_F(FrameGrabber, TurnsAndStretchesAsThePlayerDoes) {
                                    QString::fromLatin1(options).split(u' ') + QStringList{path})
                       .exitCode,
                   0);
-        const auto picture = m_engine->pictureAt(path, 0, 120);
-        ASSERT_TRUE(picture) << name;
+        const auto frame = m_engine->keyframeAt(path, 0, 120);
+        ASSERT_TRUE(frame) << name;
         const bool quarter = QByteArray(name) != "180.mov";
-        EXPECT_EQ(picture->width, quarter ? 60 : 120) << name;
-        EXPECT_EQ(picture->height, quarter ? 120 : 60) << name;
-        EXPECT_EQ(colourAt(*picture, x, y), 'w') << name;
-        EXPECT_EQ(colourAt(*picture, 1 - x, 1 - y), 'r') << name;
+        EXPECT_EQ(frame->width, quarter ? 60 : 120) << name;
+        EXPECT_EQ(frame->height, quarter ? 120 : 60) << name;
+        EXPECT_EQ(colourAt(*frame, x, y), 'w') << name;
+        EXPECT_EQ(colourAt(*frame, 1 - x, 1 - y), 'r') << name;
     }
-    const auto small = m_engine->pictureAt(upright, 0, 4096);
+    const auto small = m_engine->keyframeAt(upright, 0, 4096);
     ASSERT_TRUE(small);
     EXPECT_EQ(small->width, 320); // never larger than it is
     const auto wide =
-        m_engine->pictureAt(film(QStringLiteral("w.mp4"), "-c:v libx264", "setsar=2"), 0, 160);
+        m_engine->keyframeAt(video(QStringLiteral("w.mp4"), "-c:v libx264", "setsar=2"), 0, 160);
     ASSERT_TRUE(wide);
     EXPECT_EQ(wide->width, 160);
     EXPECT_EQ(wide->height, 40);
 }
 
-TEST_F(FrameGrabber, FailsWithoutAPicture) {
+TEST_F(FrameGrabber, FailsWithoutAFrame) {
     const auto code = [&](const QString& path, double second = 0, int side = 64) {
-        const auto picture = m_engine->pictureAt(path, second, side);
-        return picture ? ErrorCode::Io : picture.error().code;
+        const auto frame = m_engine->keyframeAt(path, second, side);
+        return frame ? ErrorCode::Io : frame.error().code;
     };
     EXPECT_EQ(code(m_dir.path(QStringLiteral("none.mp4"))), ErrorCode::NotFound);
-    const QString path = film(QStringLiteral("a.mp4"), "-c:v libx264 -movflags +faststart");
+    const QString path = video(QStringLiteral("a.mp4"), "-c:v libx264 -movflags +faststart");
     EXPECT_EQ(code(path, 0, 0), ErrorCode::InvalidArgument);
     EXPECT_EQ(code(path, std::nan("")), ErrorCode::InvalidArgument);
-    // The headers without the film.
+    // The headers without the video.
     const QByteArray whole = testkit::TempDir::read(path);
     const QString cut =
         m_dir.write(QStringLiteral("cut.mp4"), whole.left(whole.indexOf("mdat") + 8));
     EXPECT_EQ(code(cut), ErrorCode::InvalidData);
-    const QString sound = m_dir.path(QStringLiteral("s.wav"));
+    const QString audio = m_dir.path(QStringLiteral("s.wav"));
     ASSERT_EQ(testkit::run(QStringLiteral("ffmpeg"),
                            {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
                             QStringLiteral("lavfi"), QStringLiteral("-i"),
-                            QStringLiteral("sine=d=1"), sound})
+                            QStringLiteral("sine=d=1"), audio})
                   .exitCode,
               0);
-    EXPECT_EQ(code(sound), ErrorCode::NotSupported);
+    EXPECT_EQ(code(audio), ErrorCode::NotSupported);
 }
 
 } // namespace clipheave::platform

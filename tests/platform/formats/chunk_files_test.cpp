@@ -139,17 +139,17 @@ TEST(Caf, ReadsOwnAndForeignKeysOfItsInfoChunk) {
 }
 
 TEST(Au, ReadsNamedLinesAndPlainAnnotations) {
-    const auto sound = [](const QByteArray& annotation, quint64 size) {
+    const auto audio = [](const QByteArray& annotation, quint64 size) {
         const auto start = static_cast<quint64>(24 + annotation.size());
         return ".snd" + be(start, 4) + be(size, 4) + be(3, 4) + be(8000, 4) + be(1, 4) +
                annotation + QByteArray(8000, '\0');
     };
-    const auto named = read(readAu, sound(raw("Title=A=B\nArtist=C\nTrack=3\n\0\0"), 0xFFFFFFFF));
+    const auto named = read(readAu, audio(raw("Title=A=B\nArtist=C\nTrack=3\n\0\0"), 0xFFFFFFFF));
     ASSERT_TRUE(named);
     EXPECT_EQ(named->infoDictionary,
               info({{"title", "A=B"}, {"artist", "C"}, {"track number", "3"}}));
     EXPECT_EQ(named->durationSeconds, 0.5);
-    const auto plain = read(readAu, sound("recorded at home", 16000));
+    const auto plain = read(readAu, audio("recorded at home", 16000));
     EXPECT_EQ(plain->infoDictionary, info({{"comments", "recorded at home"}}));
     EXPECT_FALSE(plain->problem.isNull());
 }
@@ -161,7 +161,7 @@ TEST(Flac, TellsDatesApartAndTakesTheFrontCover) {
     const auto text = [](const QByteArray& bytes) {
         return le(static_cast<quint64>(bytes.size()), 4) + bytes;
     };
-    const auto picture = [](quint64 type, const QByteArray& bytes) {
+    const auto image = [](quint64 type, const QByteArray& bytes) {
         return be(type, 4) + be(9, 4) + "image/gif" + be(0, 4) + QByteArray(16, '\0') +
                be(static_cast<quint64>(bytes.size()), 4) + bytes;
     };
@@ -172,7 +172,7 @@ TEST(Flac, TellsDatesApartAndTakesTheFrontCover) {
                                text("date=2019-01-02") + text("TRACKNUMBER=3") +
                                text("TotalTracks=9");
     const QByteArray file = "fLaC" + block(0, streamInfo) + block(4, comment) +
-                            block(6, picture(4, gif() + "back")) + block(0x86, picture(3, gif())) +
+                            block(6, image(4, gif() + "back")) + block(0x86, image(3, gif())) +
                             QByteArray(1000, '\0');
     const auto facts = read(readFlac, id3Tag(3, frame("TALB", raw("\x00"
                                                                   "From ID3"))) +

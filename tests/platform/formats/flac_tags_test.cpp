@@ -29,11 +29,11 @@ QByteArray commentBlock(const QByteArrayList& entries) {
 }
 
 const QByteArray kStreamInfo(34, '\1');
-const QByteArray kFlacSound = "\xFF\xF8 sound";
+const QByteArray kFlacAudio = "\xFF\xF8 sound";
 
 QByteArray flacFile(const QByteArrayList& entries, const QByteArray& more = {}) {
     return "fLaC" + block(0, kStreamInfo) + block(4, commentBlock(entries)) + more +
-           block(1, QByteArray(20, '\0'), true) + kFlacSound;
+           block(1, QByteArray(20, '\0'), true) + kFlacAudio;
 }
 
 class FlacTags : public testing::Test {
@@ -69,31 +69,31 @@ TEST_F(FlacTags, OnlyTheChangedCommentsChange) {
     EXPECT_EQ(changed(file, {}), file);
     EXPECT_EQ(changed(flacFile({"DESCRIPTION=d"}), {{{QStringLiteral("comments"), QString()}}, {}}),
               flacFile({}));
-    const QByteArray bare = "fLaC" + block(0, kStreamInfo, true) + kFlacSound;
+    const QByteArray bare = "fLaC" + block(0, kStreamInfo, true) + kFlacAudio;
     const QByteArray tagged = QByteArray("ID3\3\0\0\0\0\0\1x", 11) + bare;
     EXPECT_EQ(changed(tagged, {{{QStringLiteral("album"), QStringLiteral("A")}}, {}}).left(15),
               tagged.left(15));
 }
 
 TEST_F(FlacTags, ANewCoverReplacesTheFrontCoverAlone) {
-    const auto picture = EncodedPicture::fromBytes(
+    const auto image = EncodedImage::fromBytes(
         QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\2\0\0\0\3\10\2\0\0\0", 29));
-    ASSERT_FALSE(picture.isNull());
+    ASSERT_FALSE(image.isNull());
     const QByteArray back = block(6, be(4, 4) + "back"), front = block(6, be(3, 4) + "front");
     const QByteArray fresh =
         block(6, be(3, 4) + be(9, 4) + "image/png" + be(0, 4) + be(2, 4) + be(3, 4) + be(24, 4) +
-                     be(0, 4) + be(29, 4) + picture.bytes());
-    EXPECT_EQ(changed(flacFile({}, back + front), {{}, picture}), flacFile({}, back + fresh));
-    const QByteArray added = changed(flacFile({}, back), {{}, picture});
+                     be(0, 4) + be(29, 4) + image.bytes());
+    EXPECT_EQ(changed(flacFile({}, back + front), {{}, image}), flacFile({}, back + fresh));
+    const QByteArray added = changed(flacFile({}, back), {{}, image});
     EXPECT_TRUE(added.contains(back));
-    EXPECT_TRUE(added.endsWith("\x86" + fresh.mid(1) + kFlacSound));
+    EXPECT_TRUE(added.endsWith("\x86" + fresh.mid(1) + kFlacAudio));
 }
 
 TEST_F(FlacTags, DamagedFilesAreRefused) {
     const FlacTagChanges changes{{{QStringLiteral("title"), QStringLiteral("n")}}, {}};
     const QByteArray good = flacFile({"TITLE=t"});
     EXPECT_EQ(changed(good.left(good.size() - 20), changes), "a metadata block is damaged");
-    EXPECT_EQ(changed("fLaC" + block(4, commentBlock({}), true) + kFlacSound, changes),
+    EXPECT_EQ(changed("fLaC" + block(4, commentBlock({}), true) + kFlacAudio, changes),
               "there is no stream information");
     EXPECT_EQ(changed("fLaC" + block(0, kStreamInfo, true) + "no sync", changes),
               "no sound follows the metadata");

@@ -83,16 +83,15 @@ TEST(Id3, ChoosesTheCommentForPeopleAndTheFrontCover) {
                 has("id3/COMM", "other"));
     EXPECT_THAT(tagOf(id3Tag(3, comment("iTunNORM", "000004F2"))), lacks("id3/COMM"));
 
-    const auto picture = [](char type, const QByteArray& bytes) {
+    const auto image = [](char type, const QByteArray& bytes) {
         return frame("APIC", raw("\x00image/gif\x00") + type + '\0' + bytes);
     };
-    const auto covers =
-        tagOf(id3Tag(3, picture(4, gif()) + picture(3, gif() + "front") +
-                            picture(3, gif() + "second front") + picture(0, gif())));
+    const auto covers = tagOf(id3Tag(3, image(4, gif()) + image(3, gif() + "front") +
+                                            image(3, gif() + "second front") + image(0, gif())));
     EXPECT_THAT(covers, has("id3/APIC", "<38 bytes>"));
 }
 
-TEST(Id3, LeavesLargePicturesInTheFile) {
+TEST(Id3, LeavesLargeImagesInTheFile) {
     const QByteArray large = gif() + QByteArray(100'000, 'x');
     const QByteArray body = raw("\x00image/gif\x00\x03\x00") + large;
     const QByteArray tag = id3Tag(3, "APIC" + testkit::be(static_cast<quint64>(body.size()), 4) +
@@ -173,7 +172,7 @@ TEST(Id3, FillsGapsFromApeThenFromVersion1) {
     EXPECT_NEAR(facts->durationSeconds, 5 * 417 / 16000.0, 1e-6) << "tags are no sound";
 }
 
-TEST(MpegAudio, TakesTheFirstOfTwoTagsAndFindsTheSoundBehindThem) {
+TEST(MpegAudio, TakesTheFirstOfTwoTagsAndFindsTheAudioBehindThem) {
     const auto facts = read(readMpegAudio, id3Tag(3, frame("TIT2", raw("\x00"
                                                                        "A"))) +
                                                id3Tag(3, frame("TIT2", raw("\x00"
@@ -186,7 +185,7 @@ TEST(MpegAudio, TakesTheFirstOfTwoTagsAndFindsTheSoundBehindThem) {
     EXPECT_TRUE(facts->problem.isNull());
 }
 
-TEST(MpegAudio, LeavesOtherSoundBehindATagToTheEngine) {
+TEST(MpegAudio, LeavesOtherAudioBehindATagToTheEngine) {
     const auto facts = read(readMpegAudio, id3Tag(3, frame("TIT2", raw("\x00"
                                                                        "A"))) +
                                                raw("\xFF\xF1\x50\x80") + QByteArray(500, '\0'));

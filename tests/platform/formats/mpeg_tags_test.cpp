@@ -14,7 +14,7 @@ using testkit::le;
 using testkit::TempDir;
 
 /// Frames of 417 bytes: MPEG 1 layer III, 128 kbit/s, 44.1 kHz.
-QByteArray sound(int frames = 4) {
+QByteArray audio(int frames = 4) {
     QByteArray bytes;
     for (int i = 0; i < frames; ++i)
         bytes += QByteArray("\xFF\xFB\x90\x64", 4) + QByteArray(413, static_cast<char>(i + 1));
@@ -60,7 +60,7 @@ QByteArray lyrics3v2() {
 
 QByteArray musicMatch() {
     const QByteArray version = "18273645" + QByteArray(248, ' ');
-    const QByteArray before = QByteArray(4 + 4 + 4, '\0'); // no picture
+    const QByteArray before = QByteArray(4 + 4 + 4, '\0'); // no image
     QByteArray offsets;
     for (const int at : {1, 5, 9, 13, 13 + 256})
         offsets += le(static_cast<quint64>(at), 4);
@@ -104,47 +104,47 @@ TEST_F(MpegTags, TheNewTagIsExactlyWhatTheFormatSays) {
     EXPECT_EQ(renderId3Tag({}, {}), QByteArray());
 }
 
-TEST_F(MpegTags, EveryKindOfTagGoesAndTheSoundStays) {
+TEST_F(MpegTags, EveryKindOfTagGoesAndTheAudioStays) {
     const QByteArray old = id3(frame("TCON", QByteArray("\0Rock", 5)) + QByteArray(64, '\0'));
     const QByteArray fresh = title(QStringLiteral("T"));
     const QByteArray enhanced = "TAG+" + QByteArray(223, 'y') + id3v1();
     const QByteArray appended = id3(frame("TIT2", "\3abc"), -1, 4, 0x10) + "3DI\4" +
                                 id3(frame("TIT2", "\3abc"), -1, 4, 0x10).mid(4, 6);
     const QByteArray lyrics3v1 = "LYRICSBEGIN[00:01]WordsLYRICSEND";
-    EXPECT_EQ(retagged(old + old + sound() + musicMatch() + ape(true) + lyrics3v2() + enhanced),
-              fresh + sound());
+    EXPECT_EQ(retagged(old + old + audio() + musicMatch() + ape(true) + lyrics3v2() + enhanced),
+              fresh + audio());
     for (const QByteArray& tail :
          {id3v1(), enhanced, ape(true), ape(false), lyrics3v2() + id3v1(), lyrics3v1 + id3v1(),
           appended, appended + ape(true) + id3v1(), musicMatch(), musicMatch() + id3v1()})
-        EXPECT_EQ(retagged(sound() + tail), fresh + sound());
-    EXPECT_EQ(retagged(ape(true) + sound()), fresh + sound()) << "at the start";
+        EXPECT_EQ(retagged(audio() + tail), fresh + audio());
+    EXPECT_EQ(retagged(ape(true) + audio()), fresh + audio()) << "at the start";
     const QByteArray unsynchronised =
         id3(QByteArray("TIT2\0\0\0\x05\0\0\1\xFF\0\xFE\xFF", 15), -1, 3, 0x80);
-    EXPECT_EQ(retagged(unsynchronised + sound()), fresh + sound());
-    EXPECT_EQ(retagged("junk in front" + sound()), fresh + "junk in front" + sound());
+    EXPECT_EQ(retagged(unsynchronised + audio()), fresh + audio());
+    EXPECT_EQ(retagged("junk in front" + audio()), fresh + "junk in front" + audio());
 }
 
 TEST_F(MpegTags, WhatCannotBeTrustedIsNotTakenOff) {
     const QByteArray text = frame("TIT2", QByteArray("\0abc", 4));
-    EXPECT_EQ(retagged(id3(text, 100 << 20) + sound()),
+    EXPECT_EQ(retagged(id3(text, 100 << 20) + audio()),
               "the tag at the start is larger than the file");
-    EXPECT_EQ(retagged(id3(text, text.size() + 900) + sound()),
+    EXPECT_EQ(retagged(id3(text, text.size() + 900) + audio()),
               "the tag at the start reaches into the sound");
     EXPECT_EQ(retagged(id3(text)), "no frame of MPEG audio was found");
     EXPECT_EQ(retagged({}), "no frame of MPEG audio was found");
     EXPECT_EQ(retagged(QByteArray(5000, '\0')), "no frame of MPEG audio was found");
-    // Ends that only look like tags belong to the sound.
+    // Ends that only look like tags belong to the audio.
     const QByteArray fresh = title(QStringLiteral("T"));
     QByteArray lying = ape(true);
     lying.replace(lying.size() - 20, 4, le(900, 4));
     QByteArray cut = lyrics3v2().mid(4);
     for (const QByteArray& tail :
          {lying, cut, "9999999LYRICS200" + QByteArray(), ape(false).mid(3), musicMatch().mid(9000)})
-        EXPECT_EQ(retagged(sound() + tail), fresh + sound() + tail);
+        EXPECT_EQ(retagged(audio() + tail), fresh + audio() + tail);
 }
 
 TEST_F(MpegTags, CancellingLeavesNothing) {
-    const QString source = m_dir.write(QStringLiteral("in/a.mp3"), sound());
+    const QString source = m_dir.write(QStringLiteral("in/a.mp3"), audio());
     const auto done = replaceMpegTags(source, m_dir.path(QStringLiteral("o.mp3")), {},
                                       [](double) { return false; });
     ASSERT_FALSE(done);

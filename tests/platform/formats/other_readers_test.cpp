@@ -17,8 +17,8 @@ QString q(const char* text) {
     return QString::fromUtf8(text);
 }
 
-/// Three seconds of sound with the usual tags, written by FFmpeg.
-QString soundFile(const testkit::TempDir& folder, const char* name, QStringList options = {}) {
+/// Three seconds of audio with the usual tags, written by FFmpeg.
+QString audioFile(const testkit::TempDir& folder, const char* name, QStringList options = {}) {
     const QString path = folder.path(q(name));
     QStringList arguments{q("-v"),    q("error"), q("-f"),
                           q("lavfi"), q("-i"),    q("sine=duration=3:sample_rate=44100"),
@@ -76,9 +76,9 @@ TEST(OtherPrograms, WriteTagsThatAreReadAlike) {
     const QStringList v24{q("-id3v2_version"), q("4")};
     const QStringList v23{q("-id3v2_version"), q("3"), q("-write_id3v1"), q("1")};
     for (const QString& path :
-         {soundFile(folder, "old.mp3", v23), soundFile(folder, "new.mp3", v24),
-          soundFile(folder, "a.flac"), soundFile(folder, "a.ogg"), soundFile(folder, "a.opus"),
-          soundFile(folder, "a.wv"), soundFile(folder, "a.wma"), soundFile(folder, "a.tta")}) {
+         {audioFile(folder, "old.mp3", v23), audioFile(folder, "new.mp3", v24),
+          audioFile(folder, "a.flac"), audioFile(folder, "a.ogg"), audioFile(folder, "a.opus"),
+          audioFile(folder, "a.wv"), audioFile(folder, "a.wma"), audioFile(folder, "a.tta")}) {
         auto reader = FileReader::open(path);
         const bool library = !path.endsWith(q("mp3")) && !path.endsWith(q("flac"));
         const auto facts = library ? readTagged(*reader) : readByName(path);
@@ -105,7 +105,7 @@ TEST(OtherPrograms, WriteMpegFilesWhoseLengthIsFoundWithoutReadingThem) {
          {QStringList{q("-b:a"), q("64k"), q("-write_xing"), q("0")},
           QStringList{q("-q:a"), q("4")}, QStringList{q("-q:a"), q("4"), q("-write_xing"), q("0")},
           QStringList{q("-ar"), q("16000")}, QStringList{q("-c:a"), q("mp2"), q("-f"), q("mp2")}}) {
-        const auto facts = readByName(soundFile(folder, "a.mp3", options));
+        const auto facts = readByName(audioFile(folder, "a.mp3", options));
         ASSERT_TRUE(facts) << options.join(u' ').toStdString();
         EXPECT_NEAR(facts->durationSeconds, 3, 0.15) << options.join(u' ').toStdString();
         QFile::remove(folder.path(q("a.mp3")));
@@ -159,7 +159,7 @@ TEST(AudioFile, AnswersPropertiesByTheBytesNotTheName) {
     const auto open = [](const QString& path) {
         return AudioFileOpenURL(path, kAudioFileReadPermission);
     };
-    const auto wave = open(soundFile(folder, "a.wav"));
+    const auto wave = open(audioFile(folder, "a.wav"));
     ASSERT_TRUE(wave);
     EXPECT_EQ(AudioFileGetInfoDictionary(*wave)->value(q("title")), q("Töne 東京"));
     EXPECT_GT(AudioFileGetPropertyInfo(*wave, kAudioFilePropertyInfoDictionary).value_or(0), 20u);
@@ -168,12 +168,12 @@ TEST(AudioFile, AnswersPropertiesByTheBytesNotTheName) {
     EXPECT_EQ(AudioFileGetAlbumArtwork(*wave).error().code, ErrorCode::NotFound);
 
     const QString disguised = folder.path(q("mp3.wav"));
-    QFile::rename(soundFile(folder, "a.mp3", {q("-id3v2_version"), q("3")}), disguised);
+    QFile::rename(audioFile(folder, "a.mp3", {q("-id3v2_version"), q("3")}), disguised);
     const auto mpeg = open(disguised);
     ASSERT_TRUE(mpeg);
     EXPECT_EQ(AudioFileGetInfoDictionary(*mpeg)->value(q("year")), q("2019"));
     EXPECT_GT(AudioFileGetPropertyInfo(*mpeg, kAudioFilePropertyID3Tag).value_or(0), 100u);
-    const auto mp4 = open(soundFile(folder, "a.m4a"));
+    const auto mp4 = open(audioFile(folder, "a.m4a"));
     ASSERT_TRUE(mp4);
     EXPECT_EQ(AudioFileGetInfoDictionary(*mp4)->value(q("track number")), q("3/12"));
 

@@ -12,7 +12,7 @@ namespace clipheave::platform {
 
 namespace {
 
-QString picture(const testkit::TempDir& dir, const char* name) {
+QString imageFile(const testkit::TempDir& dir, const char* name) {
     QImage image(64, 48, QImage::Format_RGB32);
     image.fill(Qt::darkCyan);
     const QString path = dir.path(QString::fromLatin1(name));
@@ -42,7 +42,7 @@ TEST(CGImageSource, PublishedNamesAndForms) {
     if (!testkit::hasProgram(QStringLiteral("exiftool")))
         GTEST_SKIP() << "needs exiftool";
     const testkit::TempDir dir;
-    const QString path = picture(dir, "a.jpg");
+    const QString path = imageFile(dir, "a.jpg");
     tag(path, {QStringLiteral("-Make=Maker"), QStringLiteral("-Orientation#=6"),
                QStringLiteral("-DateTimeOriginal=2019:05:04 10:11:12"), QStringLiteral("-ISO=200"),
                QStringLiteral("-FNumber=2.8"), QStringLiteral("-UserComment=Grüße"),
@@ -82,10 +82,10 @@ TEST(CGImageSource, PublishedNamesAndForms) {
     EXPECT_EQ(shootDate(source->properties()), QDateTime(QDate(2019, 5, 4), QTime(10, 11, 12)));
 }
 
-TEST(CGImageSource, SizesOfPlainPictures) {
+TEST(CGImageSource, SizesOfPlainImages) {
     const testkit::TempDir dir;
     for (const char* name : {"a.png", "a.bmp", "a.jpg", "a.ppm", "a.ico"}) {
-        const auto source = CGImageSource::createWithPath(picture(dir, name));
+        const auto source = CGImageSource::createWithPath(imageFile(dir, name));
         ASSERT_TRUE(source) << name << source.error().text().toStdString();
         EXPECT_EQ(source->pixelSize(), QSize(64, 48)) << name;
         EXPECT_TRUE(source->problem().isNull()) << name << source->problem().toStdString();
@@ -111,13 +111,13 @@ TEST(CGImageSource, DatesFallBack) {
     EXPECT_TRUE(text("", "", kNone).isNull());
 }
 
-TEST(CGImageSource, OtherFilesAreNoPictures) {
+TEST(CGImageSource, OtherFilesAreNoImages) {
     const testkit::TempDir dir;
-    // A film: the tag library has a reader for it, which must not be reached.
-    const QByteArray film = testkit::box("ftyp", "qt  " + testkit::be(0, 4)) +
-                            testkit::box("moov", testkit::fullBox("mvhd", QByteArray(96, '\1')));
+    // A video: the tag library has a reader for it, which must not be reached.
+    const QByteArray video = testkit::box("ftyp", "qt  " + testkit::be(0, 4)) +
+                             testkit::box("moov", testkit::fullBox("mvhd", QByteArray(96, '\1')));
     for (const QByteArray& bytes :
-         {film, QByteArray("text"), QByteArray(), QByteArray("\xFF\xD8")}) {
+         {video, QByteArray("text"), QByteArray(), QByteArray("\xFF\xD8")}) {
         const auto source =
             CGImageSource::createWithPath(dir.write(QStringLiteral("x.jpg"), bytes));
         ASSERT_FALSE(source) << bytes.left(8).toHex().toStdString();

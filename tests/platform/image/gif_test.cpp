@@ -11,18 +11,18 @@ namespace clipheave::platform {
 
 namespace {
 
-template <class Colour> RawPicture drawn(int width, int height, Colour colour) {
-    RawPicture picture{width, height, QByteArray(qsizetype{width} * height * 4, '\0')};
-    auto* pixel = reinterpret_cast<std::uint32_t*>(picture.rgb32.data());
+template <class Colour> RawFrame drawn(int width, int height, Colour colour) {
+    RawFrame image{width, height, QByteArray(qsizetype{width} * height * 4, '\0')};
+    auto* pixel = reinterpret_cast<std::uint32_t*>(image.rgb32.data());
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             *pixel++ =
                 0xFF000000U | colour(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y));
-    return picture;
+    return image;
 }
 
 /// Soft colours; more than 256 of them, all over the cube.
-RawPicture gradient(std::uint32_t blue) {
+RawFrame gradient(std::uint32_t blue) {
     return drawn(256, 192, [&](std::uint32_t x, std::uint32_t y) {
         return x << 16 | (y + 40) << 8 | (blue + x / 4);
     });
@@ -32,19 +32,19 @@ QString gifType() {
     return QString::fromUtf16(kUTTypeGIF);
 }
 
-QByteArray gifOf(const QString& path, const std::vector<RawPicture>& pictures,
+QByteArray gifOf(const QString& path, const std::vector<RawFrame>& images,
                  const CGImageGIFProperties& properties = {0}) {
     auto made = CGImageDestinationCreateWithURL(path, gifType(), 100);
     EXPECT_TRUE(made);
     EXPECT_TRUE(CGImageDestinationSetProperties(**made, properties));
-    for (const RawPicture& picture : pictures)
-        EXPECT_TRUE(CGImageDestinationAddImage(**made, picture));
+    for (const RawFrame& image : images)
+        EXPECT_TRUE(CGImageDestinationAddImage(**made, image));
     EXPECT_FALSE(QFile::exists(path)); // not before it is whole
     EXPECT_TRUE(CGImageDestinationFinalize(**made));
     return testkit::TempDir::read(path);
 }
 
-/// What the blocks of a GIF say, one letter each: N loops, C control, I picture, E end.
+/// What the blocks of a GIF say, one letter each: N loops, C control, I image, E end.
 struct GifBlocks {
     std::string order;
     int loops = -1;
@@ -99,11 +99,11 @@ double psnr(const QByteArray& a, const QByteArray& b) {
 
 } // namespace
 
-TEST(Gif, LoopsForEverWithoutDelaysAndLooksLikeItsPictures) {
+TEST(Gif, LoopsForEverWithoutDelaysAndLooksLikeItsImages) {
     const testkit::TempDir dir;
     const QString path = dir.path(QStringLiteral("a.gif"));
-    const std::vector<RawPicture> pictures{gradient(0), gradient(90), gradient(180)};
-    const QByteArray gif = gifOf(path, pictures);
+    const std::vector<RawFrame> images{gradient(0), gradient(90), gradient(180)};
+    const QByteArray gif = gifOf(path, images);
     EXPECT_TRUE(gif.startsWith("GIF89a"));
     const GifBlocks blocks = blocksOf(gif);
     EXPECT_EQ(blocks.order, "NCICICIE");
@@ -112,25 +112,24 @@ TEST(Gif, LoopsForEverWithoutDelaysAndLooksLikeItsPictures) {
     if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
         GTEST_SKIP() << "needs ffmpeg";
     const QByteArray pixels = decoded(path);
-    const qsizetype size = pictures[0].rgb32.size();
+    const qsizetype size = images[0].rgb32.size();
     ASSERT_EQ(pixels.size(), 3 * size);
     for (int i = 0; i < 3; ++i) // a fixed palette of 6 x 6 x 6 comes to 26
-        EXPECT_GT(psnr(pixels.mid(i * size, size), pictures[static_cast<std::size_t>(i)].rgb32),
-                  34);
+        EXPECT_GT(psnr(pixels.mid(i * size, size), images[static_cast<std::size_t>(i)].rgb32), 34);
 }
 
-TEST(Gif, KeepsEveryColourOfAPictureWithFew) {
+TEST(Gif, KeepsEveryColourOfAImageWithFew) {
     if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
         GTEST_SKIP() << "needs ffmpeg";
     const testkit::TempDir dir;
     const QString path = dir.path(QStringLiteral("few.gif"));
     // Dark, and closer together than coarse counting tells.
-    const RawPicture picture = drawn(64, 64, [](std::uint32_t x, std::uint32_t y) {
+    const RawFrame image = drawn(64, 64, [](std::uint32_t x, std::uint32_t y) {
         return (10 + x / 8) << 16 | (10 + y / 8) << 8 | (10 + (x + y) / 42);
     });
-    gifOf(path, {picture});
-    EXPECT_EQ(decoded(path), picture.rgb32);
-    const RawPicture one = drawn(1, 1, [](std::uint32_t, std::uint32_t) { return 0x123456U; });
+    gifOf(path, {image});
+    EXPECT_EQ(decoded(path), image.rgb32);
+    const RawFrame one = drawn(1, 1, [](std::uint32_t, std::uint32_t) { return 0x123456U; });
     EXPECT_EQ(blocksOf(gifOf(path + u'1', {one}, {})).order, "CIE");
     EXPECT_EQ(decoded(path + u'1'), one.rgb32);
 }
@@ -144,15 +143,15 @@ TEST(Gif, RefusesWhatIsNoAnimation) {
         CGImageDestinationCreateWithURL(dir.path(QStringLiteral("no/a.gif")), gifType(), 1));
     auto made = CGImageDestinationCreateWithURL(path, gifType(), 2);
     ASSERT_TRUE(made);
-    EXPECT_FALSE(CGImageDestinationFinalize(**made)); // without a picture
+    EXPECT_FALSE(CGImageDestinationFinalize(**made)); // without an image
     EXPECT_FALSE(CGImageDestinationAddImage(**made, {4, 4, QByteArray(63, 'x')}));
     EXPECT_FALSE(CGImageDestinationAddImage(**made, {0, 4, {}}));
-    const RawPicture picture = gradient(0);
-    EXPECT_TRUE(CGImageDestinationAddImage(**made, picture));
+    const RawFrame image = gradient(0);
+    EXPECT_TRUE(CGImageDestinationAddImage(**made, image));
     EXPECT_FALSE(CGImageDestinationSetProperties(**made, {0})); // too late
     EXPECT_FALSE(CGImageDestinationAddImage(**made, {4, 4, QByteArray(64, 'x')}));
-    EXPECT_TRUE(CGImageDestinationAddImage(**made, picture));
-    EXPECT_FALSE(CGImageDestinationAddImage(**made, picture)); // one too many
+    EXPECT_TRUE(CGImageDestinationAddImage(**made, image));
+    EXPECT_FALSE(CGImageDestinationAddImage(**made, image)); // one too many
     made->reset();
     EXPECT_TRUE(QDir(dir.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
 }
@@ -160,14 +159,14 @@ TEST(Gif, RefusesWhatIsNoAnimation) {
 TEST(FrameTiff, HoldsThePixelsAsTheyAre) {
     const testkit::TempDir dir;
     for (const auto& [width, height] : {std::pair{1, 1}, {3, 5}, {256, 192}}) {
-        const RawPicture picture = drawn(
+        const RawFrame image = drawn(
             width, height, [](std::uint32_t x, std::uint32_t y) { return x << 16 | y << 8 | 7; });
-        const auto bytes = TIFFRepresentation(picture);
+        const auto bytes = TIFFRepresentation(image);
         ASSERT_TRUE(bytes);
         EXPECT_TRUE(bytes->startsWith(QByteArray("II*\0", 4)));
         const QString path = dir.write(QStringLiteral("a.tiff"), *bytes);
         if (testkit::hasProgram(QStringLiteral("ffmpeg"))) {
-            EXPECT_EQ(decoded(path), picture.rgb32) << width;
+            EXPECT_EQ(decoded(path), image.rgb32) << width;
         }
         if (testkit::hasProgram(QStringLiteral("exiftool"))) {
             const QByteArray said =
@@ -175,8 +174,8 @@ TEST(FrameTiff, HoldsThePixelsAsTheyAre) {
             EXPECT_TRUE(said.contains("OK")) << said.toStdString();
         }
     }
-    EXPECT_FALSE(TIFFRepresentation(RawPicture{}));
-    EXPECT_FALSE(TIFFRepresentation(RawPicture{2, 2, QByteArray(15, 'x')}));
+    EXPECT_FALSE(TIFFRepresentation(RawFrame{}));
+    EXPECT_FALSE(TIFFRepresentation(RawFrame{2, 2, QByteArray(15, 'x')}));
 }
 
 } // namespace clipheave::platform

@@ -28,7 +28,7 @@ struct HeifParts {
     QByteArray trailer = be(6, 4) + QByteArray("Exif\0\0", 6) + kTiff;
 };
 
-/// ftyp, meta with a main picture (item 1) and an Exif item (item 2), then the bytes of the latter.
+/// ftyp, meta with a main image (item 1) and an Exif item (item 2), then the bytes of the latter.
 QByteArray heif(HeifParts parts) {
     const auto build = [&parts](quint64 offset) {
         QByteArray associations =
@@ -84,7 +84,7 @@ TEST(Heif, TransformsGiveTheOrientation) {
                  {leftRight, 1, 2},
                  {topBottom, 1, 4},
                  {leftRight + irot3, 2, 7},  // mirrored, then turned clockwise
-                 {irot3 + leftRight, 2, 5}}; // the other order is another picture
+                 {irot3 + leftRight, 2, 5}}; // the other order is another image
     for (const auto& c : cases) {
         HeifParts parts;
         parts.transforms = c.boxes;

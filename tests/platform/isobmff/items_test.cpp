@@ -59,8 +59,8 @@ TEST(IsobmffItems, ITunesValuesHaveTheirTypes) {
     EXPECT_EQ(trackNumberText(items[3]), s("3/5"));
     EXPECT_TRUE(items[3].stringValue().isNull());
     EXPECT_EQ(items[4].dataValue(), jpeg);
-    // The bytes decide what a picture is; a large one stays in the file, as does its box, which the
-    // two pictures share.
+    // The bytes decide what an image is; a large one stays in the file, as does its box, which the
+    // two images share.
     EXPECT_EQ(items[5].dataType, s("com.apple.metadata.datatype.PNG"));
     EXPECT_TRUE(std::holds_alternative<FileSlice>(items[5].value));
     EXPECT_EQ(items[5].dataValue(), png);
@@ -88,7 +88,7 @@ TEST(IsobmffItems, KeysTakePlainAndFullBoxesEvenInsideUserData) {
                                                   s("mdta/title=one"), s("mdta/title=eins")));
         EXPECT_EQ(facts.metadata.last().extendedLanguageTag, s("de-DE"));
     }
-    // An index without a name is passed over, not taken for another.
+    // An index without a name is skipped, not taken for another.
     const MediaFacts damaged = read(
         dir, movieWith("qt  ", box("meta", hdlr + keysBox({"a"}) +
                                                box("ilst", keyedEntry(9, dataBox(1, "x")) +

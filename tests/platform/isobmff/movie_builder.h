@@ -53,7 +53,7 @@ inline QByteArray visualEntry(const char* codec, int width, int height) {
                           be(static_cast<quint64>(width), 2) + be(static_cast<quint64>(height), 2) +
                           QByteArray(50, '\0'));
 }
-inline QByteArray soundEntry(const char* codec, int channels, quint64 rate,
+inline QByteArray audioEntry(const char* codec, int channels, quint64 rate,
                              const QByteArray& children = {}) {
     return box(codec, QByteArray(6, '\0') + be(1, 2) + QByteArray(8, '\0') +
                           be(static_cast<quint64>(channels), 2) + be(16, 2) + be(0, 4) +

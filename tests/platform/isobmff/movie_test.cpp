@@ -28,7 +28,7 @@ QByteArray esds(const QByteArray& config) {
                                be(static_cast<quint64>(stream.size()), 1) + stream);
 }
 
-AVAssetTrack soundTrack(const char* brand, const QByteArray& entry, const QByteArray& tables = {}) {
+AVAssetTrack audioTrack(const char* brand, const QByteArray& entry, const QByteArray& tables = {}) {
     const TempDir dir;
     TrackParts parts;
     parts.handler = "soun";
@@ -39,7 +39,7 @@ AVAssetTrack soundTrack(const char* brand, const QByteArray& entry, const QByteA
     return facts.tracks.empty() ? AVAssetTrack() : facts.tracks[0];
 }
 
-TEST(IsobmffMovie, VideoFactsComeFromTheFirstTrackThatIsNoPicture) {
+TEST(IsobmffMovie, VideoFactsComeFromTheFirstTrackThatIsNoImage) {
     const TempDir dir;
     TrackParts chapters;
     chapters.id = 2;
@@ -69,40 +69,40 @@ TEST(IsobmffMovie, VideoFactsComeFromTheFirstTrackThatIsNoPicture) {
     EXPECT_TRUE(facts.problem.isNull());
 }
 
-TEST(IsobmffMovie, SoundFactsComeFromWhereTheTruthIs) {
+TEST(IsobmffMovie, AudioFactsComeFromWhereTheTruthIs) {
     // Rate and channels of AAC are those of its configuration; 22050 Hz doubled by replication.
     const AVAssetTrack aac =
-        soundTrack("M4A ", soundEntry("mp4a", 2, 22050, esds(QByteArray("\x2B\x8A\x08\x00", 4))));
+        audioTrack("M4A ", audioEntry("mp4a", 2, 22050, esds(QByteArray("\x2B\x8A\x08\x00", 4))));
     EXPECT_EQ(aac.sampleRate, 44100);
     EXPECT_EQ(aac.channels, 1);
     EXPECT_EQ(aac.bitRate, 128000);
     // The sizes of the samples, where there is a table, beat what the encoder announced.
     const AVAssetTrack summed =
-        soundTrack("M4A ", soundEntry("mp4a", 2, 44100, esds("\x12\x10")),
+        audioTrack("M4A ", audioEntry("mp4a", 2, 44100, esds("\x12\x10")),
                    fullBox("stsz", be(0, 4) + be(2, 4) + be(1000, 4) + be(1500, 4)));
     EXPECT_EQ(summed.bitRate, 10000);
     // QuickTime version 1 hides the descriptor in "wave"; version 2 has its own fields.
     QByteArray v1 =
-        soundEntry("mp4a", 1, 1, be(0, 16) + box("wave", box("frma", "mp4a") + esds("\x12\x10")));
+        audioEntry("mp4a", 1, 1, be(0, 16) + box("wave", box("frma", "mp4a") + esds("\x12\x10")));
     v1.replace(16, 2, be(1, 2));
-    EXPECT_EQ(soundTrack("qt  ", v1).channels, 2);
-    EXPECT_EQ(soundTrack("qt  ", v1).sampleRate, 44100);
-    QByteArray v2 = soundEntry("lpcm", 3, 1,
+    EXPECT_EQ(audioTrack("qt  ", v1).channels, 2);
+    EXPECT_EQ(audioTrack("qt  ", v1).sampleRate, 44100);
+    QByteArray v2 = audioEntry("lpcm", 3, 1,
                                be(72, 4) + be(0x40E7700000000000, 8) + be(6, 4) +
                                    be(0x7F000000, 4) + be(24, 4) + be(0, 12));
     v2.replace(16, 2, be(2, 2));
-    const AVAssetTrack pcm = soundTrack("qt  ", v2, fullBox("stsz", be(1, 4) + be(96000, 4)));
+    const AVAssetTrack pcm = audioTrack("qt  ", v2, fullBox("stsz", be(1, 4) + be(96000, 4)));
     EXPECT_EQ(pcm.sampleRate, 48000);
     EXPECT_EQ(pcm.channels, 6);
     EXPECT_EQ(pcm.bitRate, 48000 * 6 * 24);
     const AVAssetTrack alac =
-        soundTrack("M4A ", soundEntry("alac", 2, 44100,
+        audioTrack("M4A ", audioEntry("alac", 2, 44100,
                                       fullBox("alac", be(4096, 4) + be(0, 5) + be(2, 1) + be(0, 6) +
                                                           be(700000, 4) + be(96000, 4))));
     EXPECT_EQ(alac.sampleRate, 96000);
     EXPECT_EQ(alac.channels, 2);
     const AVAssetTrack ac3 =
-        soundTrack("mp42", soundEntry("ac-3", 2, 48000, box("dac3", "\x10\x3D\x40")));
+        audioTrack("mp42", audioEntry("ac-3", 2, 48000, box("dac3", "\x10\x3D\x40")));
     EXPECT_EQ(ac3.channels, 6);
 }
 
@@ -254,11 +254,11 @@ TEST(Boxes, HeadersOfAllSizesAndTheirFaults) {
 QJsonObject probedStream(const QJsonObject& probed, const char* kind) {
     for (const QJsonValue& value : probed.value(QLatin1String("streams")).toArray()) {
         const QJsonObject stream = value.toObject();
-        const bool picture = stream.value(QLatin1String("disposition"))
-                                 .toObject()
-                                 .value(QLatin1String("attached_pic"))
-                                 .toInt() == 1;
-        if (stream.value(QLatin1String("codec_type")).toString() == QLatin1String(kind) && !picture)
+        const bool image = stream.value(QLatin1String("disposition"))
+                               .toObject()
+                               .value(QLatin1String("attached_pic"))
+                               .toInt() == 1;
+        if (stream.value(QLatin1String("codec_type")).toString() == QLatin1String(kind) && !image)
             return stream;
     }
     return {};

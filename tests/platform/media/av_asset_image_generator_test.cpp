@@ -7,7 +7,7 @@ namespace clipheave::platform {
 namespace {
 
 /// One second each of red, lime and blue, with a white upper left corner; turned by `degrees`.
-QString colourFilm(const testkit::TempDir& dir, int degrees) {
+QString colourVideo(const testkit::TempDir& dir, int degrees) {
     const QString plain = dir.path(QStringLiteral("plain.mov")),
                   path = dir.path(QStringLiteral("%1.mov").arg(degrees));
     for (const QString& options :
@@ -25,8 +25,8 @@ QString colourFilm(const testkit::TempDir& dir, int degrees) {
     return path;
 }
 
-std::uint32_t pixelAt(const RawPicture& picture, int x, int y) {
-    return reinterpret_cast<const std::uint32_t*>(picture.rgb32.constData())[picture.width * y + x];
+std::uint32_t pixelAt(const RawFrame& frame, int x, int y) {
+    return reinterpret_cast<const std::uint32_t*>(frame.rgb32.constData())[frame.width * y + x];
 }
 
 bool isWhite(std::uint32_t pixel) {
@@ -35,7 +35,7 @@ bool isWhite(std::uint32_t pixel) {
 
 } // namespace
 
-TEST(AVAssetImageGenerator, TurnsThePictureOnlyWhenAsked) {
+TEST(AVAssetImageGenerator, TurnsTheFrameOnlyWhenAsked) {
     if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
         GTEST_SKIP() << "needs ffmpeg";
     const testkit::TempDir dir;
@@ -43,7 +43,7 @@ TEST(AVAssetImageGenerator, TurnsThePictureOnlyWhenAsked) {
         int degrees, width, x, y; ///< where the corner is, turned clockwise
     } turns[] = {{0, 64, 4, 4}, {90, 32, 28, 4}, {180, 64, 60, 28}, {270, 32, 4, 60}};
     for (const auto& [degrees, width, x, y] : turns) {
-        const auto asset = AVURLAsset::assetWithPath(colourFilm(dir, degrees));
+        const auto asset = AVURLAsset::assetWithPath(colourVideo(dir, degrees));
         ASSERT_TRUE(asset);
         auto generator = AVAssetImageGenerator::initWithAsset(*asset);
         const auto stored = generator.copyCGImageAtTime({0, 1});
@@ -59,11 +59,11 @@ TEST(AVAssetImageGenerator, TurnsThePictureOnlyWhenAsked) {
     }
 }
 
-TEST(AVAssetImageGenerator, TellsWhenThePictureBegins) {
+TEST(AVAssetImageGenerator, TellsWhenTheFrameBegins) {
     if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
         GTEST_SKIP() << "needs ffmpeg";
     const testkit::TempDir dir;
-    const auto asset = AVURLAsset::assetWithPath(colourFilm(dir, 0));
+    const auto asset = AVURLAsset::assetWithPath(colourVideo(dir, 0));
     ASSERT_TRUE(asset);
     auto generator = AVAssetImageGenerator::initWithAsset(*asset);
     generator.setRequestedTimeToleranceBefore(kCMTimeZero);
@@ -77,20 +77,20 @@ TEST(AVAssetImageGenerator, TellsWhenThePictureBegins) {
     const auto blue = generator.copyCGImageAtTime({2, 1}, &actual);
     ASSERT_TRUE(blue);
     EXPECT_GT(pixelAt(*blue, 40, 20) & 0xFF, 200u);
-    // Sound alone gives the same plain failure each time.
-    const QString sound = dir.path(QStringLiteral("s.wav"));
+    // Audio alone gives the same plain failure each time.
+    const QString audio = dir.path(QStringLiteral("s.wav"));
     ASSERT_EQ(
         testkit::run(QStringLiteral("ffmpeg"),
-                     QStringLiteral("-v error -f lavfi -i sine=d=1 %1").arg(sound).split(u' '))
+                     QStringLiteral("-v error -f lavfi -i sine=d=1 %1").arg(audio).split(u' '))
             .exitCode,
         0);
-    const auto silentFilm = AVURLAsset::assetWithPath(sound);
-    ASSERT_TRUE(silentFilm);
-    auto none = AVAssetImageGenerator::initWithAsset(*silentFilm);
+    const auto silentVideo = AVURLAsset::assetWithPath(audio);
+    ASSERT_TRUE(silentVideo);
+    auto none = AVAssetImageGenerator::initWithAsset(*silentVideo);
     for (int i = 0; i < 2; ++i) {
-        const auto picture = none.copyCGImageAtTime({0, 1});
-        ASSERT_FALSE(picture);
-        EXPECT_EQ(picture.error().code, ErrorCode::NotSupported);
+        const auto frame = none.copyCGImageAtTime({0, 1});
+        ASSERT_FALSE(frame);
+        EXPECT_EQ(frame.error().code, ErrorCode::NotSupported);
     }
 }
 

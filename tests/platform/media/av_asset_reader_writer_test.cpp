@@ -25,7 +25,7 @@ QString text(const char16_t* constant) {
     return QString::fromUtf16(constant);
 }
 
-/// A film that is being read.
+/// A video that is being read.
 struct Reading {
     std::unique_ptr<AVAssetReader> reader;
     std::shared_ptr<AVAssetReaderTrackOutput> output;
@@ -52,7 +52,7 @@ struct Reading {
     }
 };
 
-/// A film that is being written.
+/// A video that is being written.
 struct Writing {
     std::unique_ptr<AVAssetWriter> writer;
     std::shared_ptr<AVAssetWriterInput> input;
@@ -105,8 +105,8 @@ protected:
     [[nodiscard]] QString path(const char* name) const {
         return m_dir.path(QString::fromLatin1(name));
     }
-    /// All pictures of one film into another.
-    static void copyPictures(const QString& source, const Writing& to) {
+    /// All frames of one video into another.
+    static void copyFrames(const QString& source, const Writing& to) {
         const Reading from(source);
         ASSERT_TRUE(from.reader);
         ASSERT_TRUE(to.begin()) << to.why();
@@ -117,16 +117,16 @@ protected:
         to.input->markAsFinished();
         EXPECT_EQ(to.finish(), WriterStatus::Completed) << to.why();
     }
-    [[nodiscard]] static QList<QByteArray> frameTimes(const QString& film) {
-        QList<QByteArray> times = ffprobe(film, "v", "frame=pts_time").split('\n');
+    [[nodiscard]] static QList<QByteArray> frameTimes(const QString& video) {
+        QList<QByteArray> times = ffprobe(video, "v", "frame=pts_time").split('\n');
         times.removeAll({});
         for (QByteArray& time : times)
             time = time.left(8); // side data leaves a comma
         return times;
     }
-    /// When the last picture ends, in milliseconds.
-    [[nodiscard]] static int endOf(const QString& film) {
-        return qRound(1000 * ffprobe(film, "v", "format=duration").toDouble());
+    /// When the last frame ends, in milliseconds.
+    [[nodiscard]] static int endOf(const QString& video) {
+        return qRound(1000 * ffprobe(video, "v", "format=duration").toDouble());
     }
     /// What a filter before the comparison must do for the output's matrix.
     static constexpr const char* kToBt709 = "scale=in_color_matrix=bt601:out_color_matrix=bt709";
@@ -138,8 +138,8 @@ protected:
 
 } // namespace
 
-TEST_F(ReaderWriterTest, KeepsEveryPictureAndItsTime) {
-    // Of 25 pictures a second some are left out: pictures of one, two and seven times 40 ms.
+TEST_F(ReaderWriterTest, KeepsEveryFrameAndItsTime) {
+    // Of 25 frames a second some are left out: frames of one, two and seven times 40 ms.
     const char* uneven = "-vf select=lt(n\\,20)+not(mod(n\\,2))*lt(n\\,40)+not(mod(n\\,7)) "
                          "-vsync vfr -c:v libx264 -an -metadata "
                          "creation_time=2011-12-13T14:15:16Z";
@@ -148,24 +148,24 @@ TEST_F(ReaderWriterTest, KeepsEveryPictureAndItsTime) {
         const char16_t* type;
         const char* brand;
         int end;
-    } films[] = {{"a.mov", uneven, "a out.mov", AVFileTypeQuickTimeMovie, "qt", 2840},
-                 {"b.mp4", uneven, "b.mov.mp4", AVFileTypeMPEG4, "isom", 2840},
-                 {"c.mkv", "-c:v mpeg4 -q:v 2 -bf 2", "c.m4v", AVFileTypeAppleM4V, "M4V", 3003}};
-    for (const auto& film : films) {
-        const QString source = make(film.source, film.options), target = path(film.target);
-        const Writing to(target, {192, 128}, film.type);
+    } videos[] = {{"a.mov", uneven, "a out.mov", AVFileTypeQuickTimeMovie, "qt", 2840},
+                  {"b.mp4", uneven, "b.mov.mp4", AVFileTypeMPEG4, "isom", 2840},
+                  {"c.mkv", "-c:v mpeg4 -q:v 2 -bf 2", "c.m4v", AVFileTypeAppleM4V, "M4V", 3003}};
+    for (const auto& video : videos) {
+        const QString source = make(video.source, video.options), target = path(video.target);
+        const Writing to(target, {192, 128}, video.type);
         to.writer->setHeaderDatesOf(source);
-        copyPictures(source, to);
-        EXPECT_EQ(frameTimes(target), frameTimes(source)) << film.source;
-        EXPECT_EQ(endOf(target), film.end) << film.source;
-        EXPECT_GT(likeness(target, source, kToBt709), 0.98) << film.source;
+        copyFrames(source, to);
+        EXPECT_EQ(frameTimes(target), frameTimes(source)) << video.source;
+        EXPECT_EQ(endOf(target), video.end) << video.source;
+        EXPECT_GT(likeness(target, source, kToBt709), 0.98) << video.source;
         const QByteArray facts = ffprobe(target, "v",
                                          "stream=codec_tag_string,color_range,color_space,color_"
                                          "transfer,color_primaries:format_tags=major_brand,"
                                          "creation_time");
         EXPECT_TRUE(facts.startsWith("avc1,tv,bt709,bt709,bt709")) << facts.constData();
-        EXPECT_TRUE(facts.contains(film.brand)) << facts.constData();
-        EXPECT_EQ(facts.contains("2011-12-13T14:15:16"), film.options == uneven);
+        EXPECT_TRUE(facts.contains(video.brand)) << facts.constData();
+        EXPECT_EQ(facts.contains("2011-12-13T14:15:16"), video.options == uneven);
     }
 }
 
@@ -173,7 +173,7 @@ TEST_F(ReaderWriterTest, LeavesOutWhatAnEditListHides) {
     const QString source = path("cut.mov"), target = path("out.mov");
     ffmpeg("-ss 0.5 -i " + make("whole.mov", "-c:v libx264 -g 50 -an").toUtf8() + " -c copy",
            source);
-    copyPictures(source, Writing(target, {192, 128}));
+    copyFrames(source, Writing(target, {192, 128}));
     EXPECT_EQ(frameTimes(target), frameTimes(source));
     EXPECT_EQ(frameTimes(target).size(), 62);
     EXPECT_GT(likeness(target, source, kToBt709), 0.98);
@@ -184,7 +184,7 @@ TEST_F(ReaderWriterTest, CutsAtTheSessionsStartAndKeepsALateBeginning) {
         CMTime start;
         const char* first;
         int count;
-    } sessions[] = {{CMTimeMake(1, 25), "0.000000", 9}, // the first picture ends there
+    } sessions[] = {{CMTimeMake(1, 25), "0.000000", 9}, // the first frame ends there
                     {CMTimeMake(-1, 5), "0.200000", 10},
                     {CMTimeMake(1, 50), "0.000000", 10}}; // in its middle
     for (const auto& session : sessions) {
@@ -211,7 +211,7 @@ TEST_F(ReaderWriterTest, GivesTheColoursThatAreMeant) {
                           "color=0x0000FF:s=32x64:d=1:r=5[c];color=0xFFFF00:s=32x64:d=1:r=5[d];"
                           "color=0x20C040:s=32x64:d=1:r=5[e];color=0xC864DC:s=32x64:d=1:r=5[f];"
                           "[a][b][c][d][e][f]hstack=6";
-    const char* films[] = {
+    const char* videos[] = {
         "-vf format=rgb24,scale=out_color_matrix=bt601:out_range=tv,format=yuv420p -colorspace "
         "smpte170m -color_range tv -c:v libx264 -crf 1",
         "-vf format=rgb24,scale=out_color_matrix=bt709:out_range=tv,format=yuv420p -colorspace "
@@ -224,9 +224,9 @@ TEST_F(ReaderWriterTest, GivesTheColoursThatAreMeant) {
         "yuv420p10le -colorspace bt2020nc -color_range tv -c:v libx264 -crf 1",
         "-pix_fmt gbrp -c:v ffv1",
         "-pix_fmt bgra -c:v png"};
-    for (const char* options : films) {
+    for (const char* options : videos) {
         const QString source = make("colours.mkv", options, patches), target = path("out.mov");
-        copyPictures(source, Writing(target, {192, 64}));
+        copyFrames(source, Writing(target, {192, 64}));
         const auto first = Reading(source).output->copyNextSampleBuffer();
         ASSERT_TRUE(first) << options;
         const QByteArray again = ffmpeg("-i " + target.toUtf8() +
@@ -249,28 +249,28 @@ TEST_F(ReaderWriterTest, GivesTheColoursThatAreMeant) {
 }
 
 TEST_F(ReaderWriterTest, ShowsWhatTheImageGeneratorShows) {
-    const char* films[] = {
+    const char* videos[] = {
         "-pix_fmt yuv420p10le -color_trc smpte2084 -color_primaries bt2020 -colorspace bt2020nc "
         "-c:v libx264",
         "-pix_fmt yuv420p10le -color_trc arib-std-b67 -color_primaries bt2020 -colorspace "
         "bt2020nc -c:v libx264",
         "-vf crop=191:127:exact=1 -pix_fmt yuv444p -c:v libx264", "-pix_fmt yuv411p -c:v ffv1"};
-    for (const char* options : films) {
+    for (const char* options : videos) {
         const QString source = make("s.mkv", options);
         const auto samples = Reading(source).rest();
         ASSERT_EQ(samples.size(), 75u) << options;
         auto generator =
             AVAssetImageGenerator::initWithAsset(AVURLAsset::assetWithPath(source).value());
         for (const std::size_t i : {0U, 31U, 74U}) {
-            const auto picture =
+            const auto videoFrame =
                 generator.copyCGImageAtTime(samples[i].presentationTimeStamp).value();
             const CVPixelBuffer& buffer = *samples[i].imageBuffer;
-            ASSERT_EQ(buffer.size(), QSize(picture.width, picture.height));
-            for (int y = 0; y < picture.height; ++y)
-                ASSERT_EQ(
-                    QByteArrayView(picture.rgb32).sliced(y * picture.width * 4, picture.width * 4),
-                    QByteArrayView(buffer.baseAddress() + y * buffer.bytesPerRow(),
-                                   picture.width * 4))
+            ASSERT_EQ(buffer.size(), QSize(videoFrame.width, videoFrame.height));
+            for (int y = 0; y < videoFrame.height; ++y)
+                ASSERT_EQ(QByteArrayView(videoFrame.rgb32)
+                              .sliced(y * videoFrame.width * 4, videoFrame.width * 4),
+                          QByteArrayView(buffer.baseAddress() + y * buffer.bytesPerRow(),
+                                         videoFrame.width * 4))
                     << options << " picture " << i << " row " << y;
         }
     }
@@ -283,7 +283,7 @@ TEST_F(ReaderWriterTest, KeepsTheWayRoundAndTheShapeOfThePixels) {
     ffmpeg("-i " + plain.toUtf8() + " -c copy -metadata:s:v rotate=270", source);
     const Writing to(target, {191, 127});
     to.input->setTransform(Reading(source).track.preferredTransform);
-    copyPictures(source, to);
+    copyFrames(source, to);
     EXPECT_EQ(ffprobe(target, "v",
                       "stream=width,height,sample_aspect_ratio:stream_side_data="
                       "rotation")
@@ -294,8 +294,8 @@ TEST_F(ReaderWriterTest, KeepsTheWayRoundAndTheShapeOfThePixels) {
         likeness(target, source,
                  "crop=190:126:0:0:exact=1,scale=in_color_matrix=bt601:out_color_matrix=bt709"),
         0.98);
-    // Fitted where the film has another size: with bars.
-    copyPictures(source, Writing(target, {128, 96}));
+    // Fitted where the video has another size: with bars.
+    copyFrames(source, Writing(target, {128, 96}));
     EXPECT_GT(likeness(target, source,
                        "scale=128:64:in_color_matrix=bt601:out_color_matrix=bt709,pad=128:96:0:16"),
               0.98);
@@ -306,7 +306,7 @@ TEST_F(ReaderWriterTest, WeavesNoFields) {
                                 "-vf interlace -flags +ildct+ilme -top 1 -c:v mpeg2video -q:v 1",
                                 "testsrc2=d=3:s=192x128:r=50"),
                   target = path("out.mov");
-    copyPictures(source, Writing(target, {192, 128}));
+    copyFrames(source, Writing(target, {192, 128}));
     EXPECT_EQ(frameTimes(target), frameTimes(source));
     EXPECT_GT(likeness(target, source,
                        "bwdif=mode=send_frame:deint=interlaced,scale=in_color_matrix=bt601:out_"
@@ -336,8 +336,8 @@ TEST_F(ReaderWriterTest, ReadsPastDamageAndTellsWhatCannotBeRead) {
     EXPECT_EQ(none.reader->error().code, ErrorCode::InvalidData);
     EXPECT_FALSE(none.reader->startReading()) << "a reader reads once";
 
-    const QString sound = make("sound.m4a", "-vn -c:a aac");
-    const Reading deaf(sound);
+    const QString audio = make("sound.m4a", "-vn -c:a aac");
+    const Reading deaf(audio);
     EXPECT_FALSE(deaf.output->copyNextSampleBuffer());
     EXPECT_EQ(
         deaf.reader
@@ -507,11 +507,11 @@ TEST_F(ReaderWriterTest, RefusesWhatIsOutOfOrder) {
     EXPECT_FALSE(CVPixelBuffer::create({16384, 16384}));
 }
 
-TEST_F(ReaderWriterTest, KeepsFewPicturesWaiting) {
+TEST_F(ReaderWriterTest, KeepsFewFramesWaiting) {
     const Writing to(path("film.mov"), {1280, 720});
     ASSERT_TRUE(to.begin());
     CMSampleBuffer sample = noise({1280, 720}, 0);
-    const std::weak_ptr<CVPixelBuffer> picture = sample.imageBuffer;
+    const std::weak_ptr<CVPixelBuffer> videoFrame = sample.imageBuffer;
     int accepted = 0;
     while (to.input->isReadyForMoreMediaData() && accepted < 400) {
         ASSERT_TRUE(to.input->appendSampleBuffer(sample));
@@ -522,7 +522,7 @@ TEST_F(ReaderWriterTest, KeepsFewPicturesWaiting) {
     EXPECT_EQ(to.writer->status(), WriterStatus::Writing);
     to.writer->cancelWriting();
     sample = {};
-    EXPECT_TRUE(picture.expired());
+    EXPECT_TRUE(videoFrame.expired());
 
     CVPixelBufferPool pool({64, 64}, 1);
     auto first = pool.createPixelBuffer().value(), second = pool.createPixelBuffer().value();

@@ -9,8 +9,8 @@ namespace {
 using namespace clipheave::platform;
 using testing::ElementsAre;
 
-const QString kFilm = QString::fromUtf16(AVMediaTypeVideo);
-const QString kSound = QString::fromUtf16(AVMediaTypeAudio);
+const QString kVideo = QString::fromUtf16(AVMediaTypeVideo);
+const QString kAudio = QString::fromUtf16(AVMediaTypeAudio);
 
 /// A clip of one second, 96x64 pixels stored, shown twice as wide, with AAC.
 class Compositions : public testing::Test {
@@ -64,7 +64,7 @@ private:
 
 TEST_F(Compositions, AnInsertionInsideATrackSplitsItAndMovesTheRest) {
     AVMutableComposition composition;
-    auto& track = composition.addMutableTrackWithMediaType(kFilm);
+    auto& track = composition.addMutableTrackWithMediaType(kVideo);
     insert(track, range(0, 10), 0);
     insert(track, range(0, 20), 10);
     insert(track, range(0, 5), 20);
@@ -75,19 +75,19 @@ TEST_F(Compositions, AnInsertionInsideATrackSplitsItAndMovesTheRest) {
     EXPECT_EQ(track.sourceTracks().size(), track.segments().size());
 
     const auto wrong = track.insertTimeRange_ofTrack_atTime(
-        range(0, 1), m_clip, tracksWithMediaType(m_clip, kSound).front(), kCMTimeZero);
+        range(0, 1), m_clip, tracksWithMediaType(m_clip, kAudio).front(), kCMTimeZero);
     EXPECT_FALSE(wrong) << "a sound in a film";
     EXPECT_FALSE(track.insertTimeRange_ofTrack_atTime(
-        range(0, 0), m_clip, tracksWithMediaType(m_clip, kFilm).front(), kCMTimeZero));
+        range(0, 0), m_clip, tracksWithMediaType(m_clip, kVideo).front(), kCMTimeZero));
 }
 
 TEST_F(Compositions, ScalingStretchesWhatLiesInTheRange) {
     AVMutableComposition composition;
-    auto& track = composition.addMutableTrackWithMediaType(kFilm);
+    auto& track = composition.addMutableTrackWithMediaType(kVideo);
     insert(track, range(0, 10), 0);
     composition.scaleTimeRange_toDuration(range(2, 4), CMTimeMake(8, 1));
     EXPECT_THAT(segments(track.segments()), ElementsAre(u"0+2 > 0+2", u"2+4 > 2+8", u"6+4 > 10+4"));
-    insert(track, range(0, 1), 4); // cuts a stretched segment where the film is at 3 s
+    insert(track, range(0, 1), 4); // cuts a stretched segment where the video is at 3 s
     EXPECT_THAT(segments(track.segments()),
                 ElementsAre(u"0+2 > 0+2", u"2+1 > 2+2", u"0+1 > 4+1", u"3+3 > 5+6", u"6+4 > 11+4"));
 }
@@ -113,7 +113,7 @@ TEST_F(Compositions, WhatIsNotCarriedOverIsNamedFileByFile) {
     const AVURLAsset rich = assetOf("rich.mkv", "-map 0 -map 0:a -map 2 -map_chapters 1");
     const auto notesOf = [&](const std::vector<AVURLAsset>& assets, double factor) {
         AVMutableComposition composition;
-        for (const QString& type : {kFilm, kSound}) {
+        for (const QString& type : {kVideo, kAudio}) {
             auto& track = composition.addMutableTrackWithMediaType(type);
             for (const AVURLAsset& asset : assets)
                 EXPECT_TRUE(track.insertTimeRange_ofTrack_atTime(
@@ -146,20 +146,20 @@ TEST_F(Compositions, PresetsChooseSizesCodecsAndRates) {
     ASSERT_TRUE(planned);
     EXPECT_TRUE(planned->plan.video->size.isEmpty()) << "the size of the source";
     EXPECT_EQ(planned->plan.video->crf, 18);
-    EXPECT_EQ(planned->plan.sound->bitRate, 192'000);
-    EXPECT_EQ(planned->plan.sound->coding, ExportCoding::Encode);
+    EXPECT_EQ(planned->plan.audio->bitRate, 192'000);
+    EXPECT_EQ(planned->plan.audio->mode, ExportMode::Encode);
 
     planned = planExport(order(AVAssetExportPresetLowQuality));
-    EXPECT_EQ(planned->plan.sound->channels, 1);
+    EXPECT_EQ(planned->plan.audio->channels, 1);
     EXPECT_TRUE(planned->plan.video->size.isEmpty()) << "192x64 is within 224x128";
 
     planned = planExport(order(AVAssetExportPresetAppleM4A));
     EXPECT_FALSE(planned->plan.video);
-    EXPECT_EQ(planned->plan.sound->coding, ExportCoding::Copy) << "it is AAC already";
+    EXPECT_EQ(planned->plan.audio->mode, ExportMode::Copy) << "it is AAC already";
 
     ExportOrder silent = order(AVAssetExportPresetHighestQuality);
     silent.audioMix.emplace().inputParameters.emplace_back().setVolume_atTime(0, kCMTimeZero);
-    EXPECT_EQ(planExport(silent)->plan.sound->volume, 0);
+    EXPECT_EQ(planExport(silent)->plan.audio->volume, 0);
 
     const auto unknown = planExport(order(u"High video quality"));
     EXPECT_EQ(unknown.error().code, ErrorCode::InvalidArgument);
@@ -167,22 +167,22 @@ TEST_F(Compositions, PresetsChooseSizesCodecsAndRates) {
     ExportOrder cut = order(AVAssetExportPresetHighestQuality);
     cut.timeRange = CMTimeRangeMake(kCMTimeZero, CMTimeMake(1, 4));
     EXPECT_THAT(segments(planExport(cut)->plan.video->segments), ElementsAre(u"0+0.25 > 0+0.25"));
-    cut.timeRange = range(0, 5); // longer than the film
+    cut.timeRange = range(0, 5); // longer than the video
     EXPECT_NEAR(CMTimeGetSeconds(planExport(cut)->plan.video->segments.front().target.duration), 1,
                 0.05);
 }
 
-TEST_F(Compositions, ASlowerPassthroughCopiesTheFilmAndEncodesTheSound) {
+TEST_F(Compositions, ASlowerPassthroughCopiesTheVideoAndEncodesTheAudio) {
     ExportOrder slow;
     slow.presetName = QString::fromUtf16(AVAssetExportPresetPassthrough);
-    insert(slow.composition.addMutableTrackWithMediaType(kFilm), range(0, 1), 0);
-    insert(slow.composition.addMutableTrackWithMediaType(kSound), range(0, 1), 0);
-    EXPECT_EQ(planExport(slow)->plan.sound->coding, ExportCoding::Copy);
+    insert(slow.composition.addMutableTrackWithMediaType(kVideo), range(0, 1), 0);
+    insert(slow.composition.addMutableTrackWithMediaType(kAudio), range(0, 1), 0);
+    EXPECT_EQ(planExport(slow)->plan.audio->mode, ExportMode::Copy);
     slow.composition.scaleTimeRange_toDuration(range(0, 1), CMTimeMake(2, 1));
     const auto planned = planExport(slow);
-    EXPECT_EQ(planned->plan.video->coding, ExportCoding::Copy);
-    EXPECT_EQ(planned->plan.sound->coding, ExportCoding::Encode);
-    EXPECT_THAT(segments(planned->plan.sound->segments), ElementsAre(u"0+1 > 0+2"));
+    EXPECT_EQ(planned->plan.video->mode, ExportMode::Copy);
+    EXPECT_EQ(planned->plan.audio->mode, ExportMode::Encode);
+    EXPECT_THAT(segments(planned->plan.audio->segments), ElementsAre(u"0+1 > 0+2"));
 }
 
 TEST(Transforms, RightAnglesBecomeTurns) {
@@ -190,18 +190,18 @@ TEST(Transforms, RightAnglesBecomeTurns) {
     const CGAffineTransform mirror{-1, 0, 0, 1, 0, 0};
     for (const int degrees : {0, 90, 180, 270}) {
         const auto rotation = CGAffineTransformMakeRotation(degrees * kPi / 180);
-        const auto turn = pictureTurn(
+        const auto turn = frameTurn(
             CGAffineTransformConcat(rotation, CGAffineTransformMakeTranslation(640, 360)));
         ASSERT_TRUE(turn);
         EXPECT_EQ(turn->degrees, degrees);
         EXPECT_FALSE(turn->mirrored);
-        const auto mirrored = pictureTurn(CGAffineTransformConcat(mirror, rotation));
+        const auto mirrored = frameTurn(CGAffineTransformConcat(mirror, rotation));
         EXPECT_EQ(mirrored->degrees, degrees);
         EXPECT_TRUE(mirrored->mirrored);
     }
-    EXPECT_FALSE(pictureTurn(CGAffineTransformMakeRotation(0.3)));
-    EXPECT_FALSE(pictureTurn({0, 0, 0, 0, 0, 0}));
-    EXPECT_FALSE(pictureTurn({1, 0, 1, 0, 0, 0})) << "flattened";
+    EXPECT_FALSE(frameTurn(CGAffineTransformMakeRotation(0.3)));
+    EXPECT_FALSE(frameTurn({0, 0, 0, 0, 0, 0}));
+    EXPECT_FALSE(frameTurn({1, 0, 1, 0, 0, 0})) << "flattened";
 }
 
 TEST(Times, AreExactAndNeverOverflow) {

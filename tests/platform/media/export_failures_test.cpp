@@ -78,18 +78,18 @@ protected:
 
 } // namespace
 
-TEST_F(ExportFailures, SayWhichCodingTheContainerDoesNotHold) {
+TEST_F(ExportFailures, SayWhichCodecTheContainerDoesNotHold) {
     const struct {
         const char *name, *options, *copied, *slowed;
-    } films[] = {{"vp8.mkv", "-c:v libvpx -deadline realtime -an", "VP8", "VP8"},
-                 {"vp9.mkv", "-c:v libvpx-vp9 -deadline realtime -an", "VP9", "VP9"},
-                 {"ffv1.mkv", "-c:v ffv1 -c:a flac", "FFV1", "FFV1"}};
-    for (const auto& [name, options, copied, slowed] : films) {
+    } videos[] = {{"vp8.mkv", "-c:v libvpx -deadline realtime -an", "VP8", "VP8"},
+                  {"vp9.mkv", "-c:v libvpx-vp9 -deadline realtime -an", "VP9", "VP9"},
+                  {"ffv1.mkv", "-c:v ffv1 -c:a flac", "FFV1", "FFV1"}};
+    for (const auto& [name, options, copied, slowed] : videos) {
         const QString source = make(name, options, 1);
         const std::string cannot = "QuickTime movies cannot hold ";
         EXPECT_THAT(reasonOf(start(source, AVAssetExportPresetPassthrough)),
                     testing::EndsWith(cannot + copied));
-        // The way of a film that is slowed down.
+        // The way of a video that is slowed down.
         const auto asset = AVURLAsset::assetWithPath(source);
         AVMutableComposition composition;
         auto& track =

@@ -15,10 +15,10 @@ namespace {
 
 /// Half a second of stereo silence at 8 kHz, 16 bit.
 QByteArray waveFile() {
-    const QByteArray sound(16'000, '\0');
+    const QByteArray audio(16'000, '\0');
     const QByteArray format =
         le(1, 2) + le(2, 2) + le(8000, 4) + le(32'000, 4) + le(4, 2) + le(16, 2);
-    const QByteArray chunks = "WAVEfmt " + le(16, 4) + format + "data" + le(16'000, 4) + sound;
+    const QByteArray chunks = "WAVEfmt " + le(16, 4) + format + "data" + le(16'000, 4) + audio;
     return "RIFF" + le(static_cast<quint64>(chunks.size()), 4) + chunks;
 }
 

@@ -108,7 +108,7 @@ TEST(Lists, UnchangedItemsComeAcrossByteForByte) {
         HandMade media = fullSource(brand);
         media.beforeMedia = box("free", QByteArray(50, '\0')); // room for any `ftyp`
         media.udta += box("chpl", "chapters") + box("Xtra", "tags");
-        // A free-form entry, two pictures in one entry, a number pair.
+        // A free-form entry, two frames in one entry, a number pair.
         media.udta.replace(
             0, media.udta.indexOf("dscp") - 4,
             listMeta(box("----", fullBox("mean", "com.apple.iTunes") + fullBox("name", "iTunNORM") +
@@ -233,7 +233,7 @@ TEST(Rendering, OfNewItems) {
     EXPECT_TRUE(boxOf(newItem("common/publisher", text("P")), "moov/meta/keys",
                       OutputContainer::QuickTimeMovie)
                     .endsWith("com.apple.quicktime.publisher"));
-    // A picture that has no code is refused and the old one stays.
+    // A frame that has no code is refused and the old one stays.
     auto artwork = newItem("common/artwork", {});
     artwork.value = QByteArray("II*\0 tiff", 9);
     HandMade media;

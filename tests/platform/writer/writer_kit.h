@@ -30,7 +30,7 @@ struct Piece {
 
 /// FFmpeg's hash of each stream's packets; empty when it cannot read the file.
 [[nodiscard]] QByteArray streamHash(const QString& path);
-/// Encodes two seconds of picture and tone with further ffmpeg options.
+/// Encodes two seconds of frame and tone with further ffmpeg options.
 [[nodiscard]] QString encode(const testkit::TempDir& dir, const QString& name,
                              const QStringList& options);
 
