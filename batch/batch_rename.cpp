@@ -26,7 +26,7 @@ QString whyNotMoved(const Error& error, const RenameMove& move) {
         return renameNoteText(platform::identityOfItem(move.source).isKnown()
                                   ? RenameNote::NoFolder
                                   : RenameNote::Missing);
-    return error.detail.isEmpty() ? error.text() : error.detail;
+    return error.detail.isEmpty() ? error.text() : error.detail.text();
 }
 
 /// Both dates of the file that kept the old name go to the new one.
@@ -83,7 +83,7 @@ public:
         if (moved->sourceKept) {
             carryDatesOver(move.source, target);
             outcome.message =
-                QStringLiteral("the original stays too: ") + moved->sourceKept->detail;
+                QStringLiteral("the original stays too: ") + moved->sourceKept->detail.text();
         }
         return outcome;
     }

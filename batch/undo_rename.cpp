@@ -141,10 +141,10 @@ private:
         if (!moved)
             outcome.message = moved.error().code == ErrorCode::AlreadyExists
                                   ? whyNotPutBack(UndoStep::OldNameTaken)
-                                  : moved.error().detail;
+                                  : moved.error().detail.text();
         else if (moved->sourceKept)
             outcome.message =
-                QStringLiteral("the new name stays too: ") + moved->sourceKept->detail;
+                QStringLiteral("the new name stays too: ") + moved->sourceKept->detail.text();
     }
 
     /// The copy may have been edited since; then there are two files, and both stay.
@@ -157,7 +157,7 @@ private:
             platform::NSFileManager::defaultManager().removeItemAtPath(move.target);
         outcome.moved = removed.has_value();
         if (!removed)
-            outcome.message = removed.error().detail;
+            outcome.message = removed.error().detail.text();
     }
 
     void remember(const QString& path) {

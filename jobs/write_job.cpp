@@ -13,19 +13,19 @@ using namespace platform;
 using Status = AVAssetExportSessionStatus;
 
 void finish(const WriteJob& job, WriteStatus status, const QStringList& outputs,
-            const QStringList& messages) {
+            const Notes& messages) {
     WriteOutcome outcome;
     outcome.source = job.source;
     outcome.outputs = outputs;
     outcome.status = status;
-    outcome.message = (messages + job.notes).join(QStringLiteral("; "));
+    outcome.message = textOf(messages + job.notes);
     outcome.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - job.start).count();
     job.handler(outcome);
 }
 
 /// Sets the dates of a finished output; adds what a user should know to `messages`.
-void setOutputDates(const WriteJob& job, QStringList& messages) {
+void setOutputDates(const WriteJob& job, Notes& messages) {
     const auto stored = NSFileManager::defaultManager().setAttributes(
         job.output, job.dates.creation, job.dates.modification);
     if (!stored)
@@ -65,7 +65,7 @@ void completeExport(const WriteJob& job, const AVAssetExportSession& session) {
             return failJob(job, session.error().text());
         return startCopy(job, NSFileManager::IfExists::Replace, session.error().text());
     }
-    QStringList messages = session.notes();
+    Notes messages = session.notes();
     setOutputDates(job, messages);
     finish(job, WriteStatus::Completed, {job.output}, messages);
 }
@@ -74,7 +74,7 @@ void completeCopy(const WriteJob& job, const AVAssetExportSession& session, cons
     const Status status = session.status();
     if (endedWithoutOutput(job, status))
         return;
-    QStringList messages;
+    Notes messages;
     if (!reason.isEmpty())
         messages.append(reason);
     if (status == Status::Failed) {

@@ -73,7 +73,7 @@ struct WriteJob {
     bool copiesOnFailure = true;
     int files = 1; ///< how many of the run's files end with it
     /// What a user should know whatever comes of it.
-    QStringList notes;
+    platform::Notes notes;
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
 };
 

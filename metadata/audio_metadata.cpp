@@ -54,7 +54,7 @@ bool holdsListedArtwork(const QList<AVMetadataItem>& items) {
 
 /// The cover as an M4A file stores it; null when the source's own box is carried over.
 EncodedImage coverForM4a(const CoverPlan& cover, const QList<AVMetadataItem>& source,
-                         QStringList& notes) {
+                         platform::Notes& notes) {
     if (cover.image.isNull() || (cover.isUntouched && holdsListedArtwork(source)))
         return {};
     const auto image = artworkForItemList(cover.image);
@@ -65,7 +65,7 @@ EncodedImage coverForM4a(const CoverPlan& cover, const QList<AVMetadataItem>& so
 }
 
 /// TIFF, or the image's own bytes where a block cannot hold as much.
-EncodedImage coverForFlac(const EncodedImage& image, QStringList& notes) {
+EncodedImage coverForFlac(const EncodedImage& image, platform::Notes& notes) {
     const auto tiff = TIFFRepresentation(image);
     if (tiff && tiff->byteCount() <= kLargestFlacImage)
         return *tiff;
@@ -119,7 +119,7 @@ void AudioMetadata::writeMp3(const jobs::WriteRequest& request, const QList<Id3T
     if (!job)
         return;
     const auto write = [source = job->source, output = job->output, frames,
-                        cover](const auto& progress) -> Result<QStringList> {
+                        cover](const auto& progress) -> Result<platform::Notes> {
         QByteArray image;
         if (!cover.isNull()) {
             const auto tiff = TIFFRepresentation(cover);
@@ -135,7 +135,7 @@ void AudioMetadata::writeMp3(const jobs::WriteRequest& request, const QList<Id3T
         const auto written = replaceMpegTags(source, output, *tag, progress);
         if (!written)
             return tl::unexpected(written.error());
-        return QStringList();
+        return platform::Notes();
     };
     jobs::startSession(*job, AVAssetExportSession::rewriting(job->source, job->output, write));
 }
@@ -224,13 +224,13 @@ void AudioMetadata::writeFlac(const jobs::WriteRequest& request, const QMap<QStr
     const bool hasNewCover = !cover.isUntouched && !cover.image.isNull();
     const auto write = [source = job->source, output = job->output, changes,
                         image = hasNewCover ? cover.image : EncodedImage()](
-                           const auto& progress) mutable -> Result<QStringList> {
-        QStringList notes;
+                           const auto& progress) mutable -> Result<platform::Notes> {
+        platform::Notes notes;
         if (!image.isNull())
             changes.image = coverForFlac(image, notes);
         OutputPlace(output).removeLink();
         const auto written = rewriteFlacTags(source, output, changes, progress);
-        return written ? Result<QStringList>(notes) : tl::unexpected(written.error());
+        return written ? Result<platform::Notes>(notes) : tl::unexpected(written.error());
     };
     jobs::startSession(*job, AVAssetExportSession::rewriting(job->source, job->output, write));
 }

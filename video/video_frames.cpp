@@ -104,8 +104,7 @@ Result<std::unique_ptr<CGImageDestination>> createGif(const QString& target, int
 }
 
 /// One frame a second, for ever in a circle. Without delays: players then use their own pace.
-Result<QStringList> writeGif(const QString& source, const QString& target,
-                             const Progress& progress) {
+Result<Notes> writeGif(const QString& source, const QString& target, const Progress& progress) {
     auto videoFile = openVideo(source);
     if (!videoFile)
         return tl::unexpected(videoFile.error());
@@ -140,8 +139,8 @@ Result<QStringList> writeGif(const QString& source, const QString& target,
         return tl::unexpected(finalized.error());
     }
     if (failures.count() == 0)
-        return QStringList();
-    return QStringList{QStringLiteral("%1 frames could not be decoded").arg(failures.count())};
+        return Notes();
+    return Notes{QStringLiteral("%1 frames could not be decoded").arg(failures.count())};
 }
 
 /// The frame as TIFF under `path`, with the dates of the video. The new name is not durable yet.
@@ -169,7 +168,7 @@ public:
         : m_source(std::move(source)), m_folder(std::move(folder)), m_base(std::move(base)),
           m_interval(interval), m_paths(paths), m_outputs(std::move(outputs)) {}
 
-    Result<QStringList> run(const Progress& progress) {
+    Result<Notes> run(const Progress& progress) {
         auto videoFile = openVideo(m_source);
         if (!videoFile)
             return tl::unexpected(videoFile.error());
@@ -197,7 +196,7 @@ public:
         syncFolders({m_folder});
         if (m_outputs->isEmpty())
             return m_failures.none(m_source);
-        QStringList notes{QStringLiteral("%1 pictures").arg(m_outputs->size())};
+        Notes notes{QStringLiteral("%1 pictures").arg(m_outputs->size())};
         if (m_failures.count() > 0)
             notes.append(QStringLiteral("%1 could not be decoded").arg(m_failures.count()));
         return notes;
@@ -322,10 +321,9 @@ void VideoJobs::beginFrames(const QString& source, const QString& folder, const 
         outcome.source = source;
         outcome.outputs = *outputs;
         outcome.status = endOf(*session);
-        outcome.message = outcome.status == WriteStatus::Completed
-                              ? session->notes().join(QStringLiteral("; "))
-                          : outcome.status == WriteStatus::Failed ? session->error().text()
-                                                                  : QStringLiteral("cancelled");
+        outcome.message = outcome.status == WriteStatus::Completed ? textOf(session->notes())
+                          : outcome.status == WriteStatus::Failed  ? session->error().text()
+                                                                   : QStringLiteral("cancelled");
         outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
         turns->ended(allFrames);
         handler(outcome);

@@ -27,18 +27,18 @@ public:
     FfmpegEngine() { av_log_set_callback(&dropLibraryLog); }
 
     Result<MediaFacts> probe(FileReader& reader) override { return probeFile(reader); }
-    Result<QStringList> remux(const QString& source, const QString& target, RemuxTarget kind,
-                              UnheldStreams unheld,
-                              const std::function<bool(double)>& progress) override {
+    Result<Notes> remux(const QString& source, const QString& target, RemuxTarget kind,
+                        UnheldStreams unheld,
+                        const std::function<bool(double)>& progress) override {
         return remuxFile(source, target, kind, unheld, progress);
     }
-    Result<QStringList> audioToM4a(const QString& source, const QString& target,
-                                   const std::function<bool(double)>& progress) override {
+    Result<Notes> audioToM4a(const QString& source, const QString& target,
+                             const std::function<bool(double)>& progress) override {
         return exportAudio(source, target, progress);
     }
-    Result<QStringList> runExport(const ExportPlan& plan, const QString& target,
-                                  const ExportResources& resources,
-                                  const std::function<bool(double)>& progress) override {
+    Result<Notes> runExport(const ExportPlan& plan, const QString& target,
+                            const ExportResources& resources,
+                            const std::function<bool(double)>& progress) override {
         return runExportPlan(plan, target, resources, progress);
     }
     Result<std::unique_ptr<FrameSource>> openFrames(const QString& path,

@@ -42,8 +42,8 @@ ErrorCode codeOfErrno(int number) {
 } // namespace
 
 QString Error::text() const {
-    QString joined = operation;
-    for (const QString& part : {displayPath(path), detail}) {
+    QString joined = operation.text();
+    for (const QString& part : {displayPath(path), detail.text()}) {
         if (part.isEmpty())
             continue;
         if (!joined.isEmpty())
@@ -53,7 +53,7 @@ QString Error::text() const {
     return joined;
 }
 
-tl::unexpected<Error> systemFailure(QString operation, QString path, int savedErrno) {
+tl::unexpected<Error> systemFailure(Message operation, QString path, int savedErrno) {
     return failure(codeOfErrno(savedErrno), std::move(operation), std::move(path),
                    QString::fromStdString(std::generic_category().message(savedErrno)));
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/foundation/message.h"
+
 #include <QString>
 
 #include <tl/expected.hpp>
@@ -24,9 +26,9 @@ enum class ErrorCode {
 
 struct Error {
     ErrorCode code = ErrorCode::Io;
-    QString operation; ///< what was being done, "read the movie header"
+    Message operation; ///< what was being done, "read the movie header"
     QString path;      ///< the file concerned, empty when there is none
-    QString detail;    ///< the underlying text (strerror, library message), may be empty
+    Message detail; ///< why: a reason of ours, or the text of the system or library; may be empty
 
     /// "operation: path: detail", empty parts left out; for logs, the activity panel and JSON.
     [[nodiscard]] QString text() const;
@@ -36,15 +38,15 @@ struct Error {
 template <class T> using Result = tl::expected<T, Error>;
 
 /// Shorthand for returning a failure.
-[[nodiscard]] inline tl::unexpected<Error> failure(ErrorCode code, QString operation,
-                                                   QString path = {}, QString detail = {}) {
+[[nodiscard]] inline tl::unexpected<Error> failure(ErrorCode code, Message operation,
+                                                   QString path = {}, Message detail = {}) {
     return tl::unexpected<Error>(
         Error{code, std::move(operation), std::move(path), std::move(detail)});
 }
 
 /// The failure of the system call that has just set errno (pass `savedErrno` when it may have
 /// changed).
-[[nodiscard]] tl::unexpected<Error> systemFailure(QString operation, QString path, int savedErrno);
+[[nodiscard]] tl::unexpected<Error> systemFailure(Message operation, QString path, int savedErrno);
 
 /// Drops a failure on purpose and logs why that is right; the only way to ignore one.
 void ignoreFailure(const Error& error, const char* why);

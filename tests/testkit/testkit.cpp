@@ -90,6 +90,13 @@ QByteArray movie(const char* title) {
     return box("ftyp", "M4V " + be(1, 4) + "M4V ") + box("moov", mvhd + udta) + box("mdat", "x");
 }
 
+QStringList textsOf(const clipheave::platform::Notes& notes) {
+    QStringList texts;
+    for (const clipheave::platform::Message& note : notes)
+        texts.append(note.text());
+    return texts;
+}
+
 QString corpus() {
     return qEnvironmentVariable("CLIPHEAVE_CORPUS");
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/foundation/message.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -72,6 +74,9 @@ struct RunResult {
 
 /// An M4V of 61.5 s by its header, with a title and a payload of one byte.
 [[nodiscard]] QByteArray movie(const char* title);
+
+/// Each note as a front words it.
+[[nodiscard]] QStringList textsOf(const clipheave::platform::Notes& notes);
 
 /// The folder of real files, empty when CLIPHEAVE_CORPUS is not set.
 [[nodiscard]] QString corpus();

@@ -71,7 +71,7 @@ public:
         m_stopped = true;
         m_queue.wake();
     }
-    QStringList notes() const override {
+    Notes notes() const override {
         const std::lock_guard lock(m_mutex);
         return m_notes;
     }
@@ -95,7 +95,7 @@ private:
     BoundedQueue<CMSampleBuffer> m_queue;
     mutable std::mutex m_mutex; ///< guards what follows
     std::optional<Error> m_error;
-    QStringList m_notes;
+    Notes m_notes;
     std::thread m_thread;
 };
 
@@ -129,7 +129,7 @@ void DecodedFrames::run() {
 Result<void> DecodedFrames::readAll() {
     while (!m_stopped) {
         auto videoFrame = m_reader->next();
-        QStringList notes = m_reader->notes();
+        Notes notes = m_reader->notes();
         notes.removeAll(QString());
         {
             const std::lock_guard lock(m_mutex);

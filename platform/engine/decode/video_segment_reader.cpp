@@ -41,7 +41,7 @@ Result<std::unique_ptr<VideoSegmentReader>> VideoSegmentReader::open(PlannedSegm
     return reader;
 }
 
-QStringList VideoSegmentReader::notes() const {
+Notes VideoSegmentReader::notes() const {
     return {damageNote(*m_source, m_decoder->damaged()), m_endNote};
 }
 

@@ -14,7 +14,7 @@ public:
     /// The next frame; one without a frame at the end.
     [[nodiscard]] Result<TimedFrame> next();
     [[nodiscard]] AVRational aspectOf(AVFrame& frame) const;
-    [[nodiscard]] QStringList notes() const; ///< some may be empty
+    [[nodiscard]] Notes notes() const; ///< some may be empty
     [[nodiscard]] bool anyDecoded() const { return m_lastTime.has_value(); }
     [[nodiscard]] QString complaint() const { return m_decoder->complaint(); }
 

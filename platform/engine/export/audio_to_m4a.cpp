@@ -45,7 +45,7 @@ public:
         : m_input(input), m_stream(stream), m_output(output), m_path(std::move(path)) {}
     [[nodiscard]] Result<void> open();
     [[nodiscard]] Result<void> convert(const std::function<bool(double)>& progress);
-    [[nodiscard]] QStringList notes() const;
+    [[nodiscard]] Notes notes() const;
 
 private:
     [[nodiscard]] Result<void> openDecoder();
@@ -312,8 +312,8 @@ Result<void> AudioConverter::convert(const std::function<bool(double)>& progress
     return {};
 }
 
-QStringList AudioConverter::notes() const {
-    QStringList notes;
+Notes AudioConverter::notes() const {
+    Notes notes;
     if (!m_lossless)
         notes << QStringLiteral("The sound was encoded again as AAC: M4A does not hold %1")
                      .arg(QString::fromLatin1(avcodec_get_name(m_stream.codecpar->codec_id)));
@@ -324,9 +324,8 @@ QStringList AudioConverter::notes() const {
     return notes;
 }
 
-Result<QStringList> convertAudio(FileInput& input, const AVStream& stream, const QString& source,
-                                 const QString& target,
-                                 const std::function<bool(double)>& progress) {
+Result<Notes> convertAudio(FileInput& input, const AVStream& stream, const QString& source,
+                           const QString& target, const std::function<bool(double)>& progress) {
     auto output = FileOutput::create("mp4", target);
     if (!output)
         return tl::unexpected(output.error());
@@ -346,8 +345,8 @@ Result<QStringList> convertAudio(FileInput& input, const AVStream& stream, const
 
 } // namespace
 
-Result<QStringList> exportAudio(const QString& source, const QString& target,
-                                const std::function<bool(double)>& progress) {
+Result<Notes> exportAudio(const QString& source, const QString& target,
+                          const std::function<bool(double)>& progress) {
     Result<FileReader> reader = FileReader::open(source);
     if (!reader)
         return tl::unexpected(reader.error());
@@ -365,7 +364,7 @@ Result<QStringList> exportAudio(const QString& source, const QString& target,
     if (isHeldByM4a(context.streams[best]->codecpar->codec_id)) {
         if (auto copied = remuxAudio(source, target, progress); !copied)
             return tl::unexpected(copied.error());
-        return QStringList();
+        return Notes();
     }
     for (unsigned i = 0; i < context.nb_streams; ++i)
         context.streams[i]->discard =

@@ -10,7 +10,7 @@
 namespace clipheave::platform {
 
 /// See MediaEngine::soundToM4a.
-[[nodiscard]] Result<QStringList> exportAudio(const QString& source, const QString& target,
-                                              const std::function<bool(double)>& progress);
+[[nodiscard]] Result<Notes> exportAudio(const QString& source, const QString& target,
+                                        const std::function<bool(double)>& progress);
 
 } // namespace clipheave::platform

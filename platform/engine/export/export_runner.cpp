@@ -80,9 +80,9 @@ int threadsOf(const ExportResources& resources) {
     return std::clamp(resources.threads > 0 ? resources.threads : cores, 1, kMostThreads);
 }
 
-Result<QStringList> runExportPlan(const ExportPlan& plan, const QString& target,
-                                  const ExportResources& resources,
-                                  const std::function<bool(double)>& progress) {
+Result<Notes> runExportPlan(const ExportPlan& plan, const QString& target,
+                            const ExportResources& resources,
+                            const std::function<bool(double)>& progress) {
     if (auto free = checkTarget(plan, target); !free)
         return tl::unexpected(free.error());
     auto planned = readExportPlan(plan);

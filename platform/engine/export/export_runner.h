@@ -14,8 +14,8 @@ namespace clipheave::platform {
 [[nodiscard]] int threadsOf(const ExportResources& resources);
 
 /// See MediaEngine::runExport.
-[[nodiscard]] Result<QStringList> runExportPlan(const ExportPlan& plan, const QString& target,
-                                                const ExportResources& resources,
-                                                const std::function<bool(double)>& progress);
+[[nodiscard]] Result<Notes> runExportPlan(const ExportPlan& plan, const QString& target,
+                                          const ExportResources& resources,
+                                          const std::function<bool(double)>& progress);
 
 } // namespace clipheave::platform

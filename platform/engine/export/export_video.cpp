@@ -136,8 +136,8 @@ Result<void> FrameFeeder::feedSegment(PlannedSegment& segment) {
         const AVRational aspect = (*reader)->aspectOf(*videoFrame->frame);
         code = filter.push(std::move(*videoFrame), aspect, sink);
     }
-    for (const QString& text : (*reader)->notes())
-        m_lanes.note(text);
+    for (const Message& note : (*reader)->notes())
+        m_lanes.note(note);
     if (code >= 0 && !m_lanes.stopped() && !(*reader)->anyDecoded())
         return failure(ErrorCode::InvalidData, QStringLiteral("decode the film"), segment.path,
                        QStringLiteral("nothing of it can be decoded: ") + (*reader)->complaint());
@@ -148,10 +148,10 @@ Result<void> FrameFeeder::feedSegment(PlannedSegment& segment) {
 
 void encodeVideo(const ExportVideo& video, std::vector<PlannedSegment>& segments, int threads,
                  ExportLanes& lanes, std::size_t lane) {
-    QStringList notes;
+    Notes notes;
     const FrameFormat look = lookOf(video, segments, notes);
-    for (const QString& text : notes)
-        lanes.note(text);
+    for (const Message& note : notes)
+        lanes.note(note);
     const AVRational base = commonTimeBase(video, segments);
     auto encoder = VideoEncoder::open(look, video, base, frameRateOf(video, segments.front(), base),
                                       encoderThreads(threads));

@@ -59,8 +59,8 @@ bool mayBeLeftOut(const AVStream& stream) {
 }
 
 /// Returns what is left out; its streams are then discarded.
-Result<QStringList> addStreams(AVFormatContext& source, FileOutput& output, UnheldStreams unheld,
-                               const QString& path) {
+Result<Notes> addStreams(AVFormatContext& source, FileOutput& output, UnheldStreams unheld,
+                         const QString& path) {
     QStringList refused, leftOut;
     for (unsigned i = 0; i < source.nb_streams; ++i) {
         AVStream& from = *source.streams[i];
@@ -100,8 +100,8 @@ Result<QStringList> addStreams(AVFormatContext& source, FileOutput& output, Unhe
         return failure(ErrorCode::NotSupported, QStringLiteral("copy the streams"), path,
                        QStringLiteral("there are none"));
     if (leftOut.isEmpty())
-        return QStringList();
-    return QStringList{QStringLiteral("not carried over: ") + leftOut.join(QStringLiteral(", "))};
+        return Notes();
+    return Notes{QStringLiteral("not carried over: ") + leftOut.join(QStringLiteral(", "))};
 }
 
 /// Keeps the timestamps of one stream as a writer must have them: present and rising.
@@ -199,9 +199,9 @@ Result<int> copyPackets(AVFormatContext& source, FileOutput& output,
     return packets.damaged;
 }
 
-Result<QStringList> remuxStreams(const QString& source, const QString& target, RemuxTarget kind,
-                                 StreamChoice choice, UnheldStreams unheld,
-                                 const std::function<bool(double)>& progress) {
+Result<Notes> remuxStreams(const QString& source, const QString& target, RemuxTarget kind,
+                           StreamChoice choice, UnheldStreams unheld,
+                           const std::function<bool(double)>& progress) {
     // Opening the target empties it.
     if (NSFileManager::defaultManager().isSameFile(source, target))
         return failure(ErrorCode::InvalidArgument, QStringLiteral("copy the streams"), target,
@@ -247,8 +247,8 @@ Result<QStringList> remuxStreams(const QString& source, const QString& target, R
 
 } // namespace
 
-Result<QStringList> remuxFile(const QString& source, const QString& target, RemuxTarget kind,
-                              UnheldStreams unheld, const std::function<bool(double)>& progress) {
+Result<Notes> remuxFile(const QString& source, const QString& target, RemuxTarget kind,
+                        UnheldStreams unheld, const std::function<bool(double)>& progress) {
     return remuxStreams(source, target, kind, StreamChoice::All, unheld, progress);
 }
 

@@ -9,9 +9,9 @@
 namespace clipheave::platform {
 
 /// See MediaEngine::remux.
-[[nodiscard]] Result<QStringList> remuxFile(const QString& source, const QString& target,
-                                            RemuxTarget kind, UnheldStreams unheld,
-                                            const std::function<bool(double)>& progress);
+[[nodiscard]] Result<Notes> remuxFile(const QString& source, const QString& target,
+                                      RemuxTarget kind, UnheldStreams unheld,
+                                      const std::function<bool(double)>& progress);
 
 /// The audio that a player would play, and nothing else, as MP4.
 [[nodiscard]] Result<void> remuxAudio(const QString& source, const QString& target,

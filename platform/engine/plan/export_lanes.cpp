@@ -60,10 +60,10 @@ void ExportLanes::stop() {
     m_changed.notify_all();
 }
 
-void ExportLanes::note(const QString& text) {
+void ExportLanes::note(const Message& note) {
     const std::lock_guard lock(m_mutex);
-    if (!text.isEmpty() && !m_notes.contains(text))
-        m_notes << text;
+    if (!note.isEmpty() && !m_notes.contains(note))
+        m_notes << note;
 }
 
 ExportLanes::Outcome ExportLanes::waitForTracks(std::chrono::milliseconds patience) {
@@ -134,7 +134,7 @@ Error ExportLanes::error() const {
     return m_error.value_or(Error{ErrorCode::Cancelled, QStringLiteral("export"), {}, {}});
 }
 
-QStringList ExportLanes::notes() const {
+Notes ExportLanes::notes() const {
     const std::lock_guard lock(m_mutex);
     return m_notes;
 }

@@ -48,7 +48,7 @@ public:
     void fail(const Error& error); ///< the first one counts; stops everything
     void stop();
     [[nodiscard]] bool stopped() const { return m_stopped; }
-    void note(const QString& text); ///< empty texts are dropped
+    void note(const Message& note); ///< empty texts are dropped
 
     // For the thread that writes.
     enum class Outcome { Ready, Waiting, End, Failed };
@@ -60,7 +60,7 @@ public:
     [[nodiscard]] Outcome take(std::chrono::milliseconds patience, Packet& packet,
                                std::size_t& lane);
     [[nodiscard]] Error error() const;
-    [[nodiscard]] QStringList notes() const;
+    [[nodiscard]] Notes notes() const;
 
 private:
     struct Lane {
@@ -77,7 +77,7 @@ private:
     std::condition_variable m_changed;
     std::vector<Lane> m_lanes;
     std::optional<Error> m_error;
-    QStringList m_notes;
+    Notes m_notes;
     std::atomic<bool> m_stopped = false;
 };
 

@@ -179,7 +179,7 @@ Result<void> readAudio(const ExportPlan& plan, PlannedExport& planned) {
         // play.
         planned.notes << QStringLiteral("%1: %2; left out")
                              .arg(QFileInfo(segments.error().path).fileName(),
-                                  segments.error().detail);
+                                  segments.error().detail.text());
         return {};
     }
     if (!segments)

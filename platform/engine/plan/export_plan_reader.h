@@ -33,7 +33,7 @@ struct PlannedSegment {
 struct PlannedExport {
     std::vector<PlannedSegment> video, audio; ///< empty: no such track
     QByteArray creationTime;                  ///< as libavformat writes it, empty: none
-    QStringList notes;
+    Notes notes;
     Ticks end = 0;
 };
 

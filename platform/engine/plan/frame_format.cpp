@@ -84,7 +84,7 @@ void takeStandardRange(FrameFormat& look) {
 /// More than eight bits stay where the quality is to stay. Deliberate: a small video of a bit rate
 /// is for any player, and some cannot show H.264 of ten.
 void chooseDepth(const ExportVideo& video, const std::vector<PlannedSegment>& segments,
-                 FrameFormat& look, QStringList& notes) {
+                 FrameFormat& look, Notes& notes) {
     const int depth = depthOf(segments);
     if (depth <= kPlainDepth)
         return;
@@ -101,7 +101,7 @@ void chooseDepth(const ExportVideo& video, const std::vector<PlannedSegment>& se
 
 /// Colours and bit depth.
 void chooseColours(const ExportVideo& video, const std::vector<PlannedSegment>& segments,
-                   FrameFormat& look, QStringList& notes) {
+                   FrameFormat& look, Notes& notes) {
     const AVCodecParameters& first = *segments.front().facts->parameters;
     bool any = false, same = true;
     for (const PlannedSegment& segment : segments) {
@@ -235,7 +235,7 @@ bool FrameShape::operator==(const FrameShape& other) const {
 }
 
 FrameFormat lookOf(const ExportVideo& video, const std::vector<PlannedSegment>& segments,
-                   QStringList& notes) {
+                   Notes& notes) {
     const PlannedSegment& first = segments.front();
     const AVCodecParameters& source = *first.facts->parameters;
     const bool quarter = first.turn % 180 != 0;

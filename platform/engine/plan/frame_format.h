@@ -36,7 +36,7 @@ struct FrameShape {
 /// both kinds meet, then all are shown in standard range. More than 8 bits of standard range become
 /// 10 in a video of constant quality, 8 in one of a bit rate. `notes` tells any of these.
 [[nodiscard]] FrameFormat lookOf(const ExportVideo& video,
-                                 const std::vector<PlannedSegment>& segments, QStringList& notes);
+                                 const std::vector<PlannedSegment>& segments, Notes& notes);
 
 /// Eight bits and BT.709; sides that are odd lose a line.
 [[nodiscard]] FrameFormat standardLook(int width, int height);

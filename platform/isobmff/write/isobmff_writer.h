@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/foundation/message.h"
 #include "platform/media/model/metadata_item.h"
 
 #include <QList>
-#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -33,7 +33,7 @@ struct PassthroughRequest {
 };
 
 struct PassthroughOutcome {
-    QStringList notes; ///< worth telling, no failure: "Location kept"
+    Notes notes; ///< worth telling, no failure: "Location kept"
 };
 
 /// Writes `source` again as `target` with other metadata: `ftyp` of the container, `moov` rebuilt,

@@ -40,7 +40,7 @@ std::optional<DataCode::Value> imageCode(QByteArrayView bytes) {
     return std::nullopt;
 }
 
-QByteArray renderArtwork(const AVMetadataItem& item, QStringList& notes) {
+QByteArray renderArtwork(const AVMetadataItem& item, Notes& notes) {
     const QByteArray bytes = item.dataValue();
     const auto code = imageCode(bytes);
     if (!code) {
@@ -90,7 +90,7 @@ QByteArray renderListText(std::uint32_t code, const AVMetadataItem& item) {
     return text.isNull() ? QByteArray() : renderData(DataCode::Utf8, text.toUtf8());
 }
 
-QByteArray renderListValue(std::uint32_t code, const AVMetadataItem& item, QStringList& notes) {
+QByteArray renderListValue(std::uint32_t code, const AVMetadataItem& item, Notes& notes) {
     if (code == fourCc("covr"))
         return renderArtwork(item, notes);
     const bool isPair = code == fourCc("trkn") || code == fourCc("disk");
@@ -107,7 +107,7 @@ QByteArray renderListValue(std::uint32_t code, const AVMetadataItem& item, QStri
 }
 
 /// "com.apple.iTunes.NAME": the domain, then the name.
-QByteArray renderNamedEntry(const QByteArray& key, const AVMetadataItem& item, QStringList& notes) {
+QByteArray renderNamedEntry(const QByteArray& key, const AVMetadataItem& item, Notes& notes) {
     constexpr QByteArrayView domain("com.apple.iTunes");
     const qsizetype dot = key.startsWith(domain) ? domain.size() : key.lastIndexOf('.');
     const QByteArray data = renderListValue(0, item, notes);
@@ -166,7 +166,7 @@ QByteArray renderCarriedBox(QByteArray bytes) {
     return renderBox(box->type, QByteArrayView(bytes).sliced(box->headerSize));
 }
 
-QByteArray renderListEntry(const QByteArray& key, const AVMetadataItem& item, QStringList& notes) {
+QByteArray renderListEntry(const QByteArray& key, const AVMetadataItem& item, Notes& notes) {
     if (key.size() != 4)
         return renderNamedEntry(key, item, notes);
     const std::uint32_t code = qFromBigEndian<quint32>(key.constData());
@@ -174,7 +174,7 @@ QByteArray renderListEntry(const QByteArray& key, const AVMetadataItem& item, QS
     return data.isEmpty() ? data : renderBox(code, data);
 }
 
-QByteArray renderKeyData(const AVMetadataItem& item, QStringList& notes) {
+QByteArray renderKeyData(const AVMetadataItem& item, Notes& notes) {
     const std::uint16_t language =
         item.extendedLanguageTag.isEmpty() || item.extendedLanguageTag == QLatin1String("und")
             ? std::uint16_t{0}

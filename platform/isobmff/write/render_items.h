@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/foundation/message.h"
 #include "platform/media/model/metadata_item.h"
 
 #include <QByteArray>
-#include <QStringList>
 
 #include <cstdint>
 
@@ -21,13 +21,13 @@ namespace clipheave::platform {
 /// One entry of the iTunes list for `key`: a four-character code, or "com.apple.iTunes.NAME" for a
 /// "----" entry. Empty, with a note for people, when the value cannot be stored.
 [[nodiscard]] QByteArray renderListEntry(const QByteArray& key, const AVMetadataItem& item,
-                                         QStringList& notes);
+                                         Notes& notes);
 /// The `data` box of one value of a QuickTime metadata key.
-[[nodiscard]] QByteArray renderKeyData(const AVMetadataItem& item, QStringList& notes);
+[[nodiscard]] QByteArray renderKeyData(const AVMetadataItem& item, Notes& notes);
 /// One child of `udta`: "date" as bare text, "loci" from ISO 6709 text, ©-codes as QuickTime text,
 /// the rest as 3GPP text; bytes of unknown codes as they are.
 [[nodiscard]] QByteArray renderUserData(std::uint32_t code, const AVMetadataItem& item,
-                                        QStringList& notes);
+                                        Notes& notes);
 
 /// The three letters of a language tag in 15 bits ("und" when there is none).
 [[nodiscard]] std::uint16_t packedLanguage(const QString& tag);

@@ -59,7 +59,7 @@ QByteArray fixedPoint(double value) {
     return bigEndian(static_cast<qint32>(scaled));
 }
 
-QByteArray renderLocation(const AVMetadataItem& item, QStringList& notes) {
+QByteArray renderLocation(const AVMetadataItem& item, Notes& notes) {
     const auto position = parsePosition(item.stringValue());
     if (!position) {
         notes
@@ -77,7 +77,7 @@ QByteArray renderLocation(const AVMetadataItem& item, QStringList& notes) {
     return renderBox(fourCc("loci"), payload);
 }
 
-QByteArray renderQuickTimeText(std::uint32_t code, const AVMetadataItem& item, QStringList& notes) {
+QByteArray renderQuickTimeText(std::uint32_t code, const AVMetadataItem& item, Notes& notes) {
     const QByteArray text = item.stringValue().toUtf8();
     if (text.size() > UINT16_MAX) {
         notes << QStringLiteral("\"%1\" not stored: the text is too long").arg(item.key);
@@ -108,7 +108,7 @@ QByteArray renderKeywordList(const AVMetadataItem& item) {
 
 } // namespace
 
-QByteArray renderUserData(std::uint32_t code, const AVMetadataItem& item, QStringList& notes) {
+QByteArray renderUserData(std::uint32_t code, const AVMetadataItem& item, Notes& notes) {
     const QString text = item.stringValue();
     if (code == fourCc("loci"))
         return renderLocation(item, notes);

@@ -45,7 +45,7 @@ public:
     [[nodiscard]] MovieMetadata boxes(const SourceUserData& source, bool strip) const;
 
     [[nodiscard]] bool namesLocation() const { return m_namesLocation; }
-    [[nodiscard]] QStringList& notes() { return m_notes; }
+    [[nodiscard]] Notes& notes() { return m_notes; }
 
 private:
     struct NewItem {
@@ -62,7 +62,7 @@ private:
     const QList<AVMetadataItem>& m_items;
     OutputContainer m_container;
     bool m_namesLocation = false;
-    QStringList m_notes;
+    Notes m_notes;
 
     std::map<qsizetype, NewItem> m_newItems; ///< by place in the list
     QSet<QByteArray> m_claimed;              ///< place and key

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/foundation/message.h"
 #include "platform/isobmff/write/isobmff_writer.h"
 #include "platform/isobmff/write/write_moov.h"
-
-#include <QStringList>
 
 #include <vector>
 
@@ -41,7 +40,7 @@ struct ItemTarget {
 
 struct RenderedList {
     MovieMetadata boxes;
-    QStringList notes;
+    Notes notes;
     bool stripped = false; ///< hidden copies of old texts go too
 };
 /// The boxes of a list of items that replaces the metadata of the source; `removes` as in

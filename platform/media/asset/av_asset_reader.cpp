@@ -22,7 +22,7 @@ struct AVAssetReaderTrackOutput::State {
     mutable std::mutex mutex;
     AVAssetReaderStatus status = AVAssetReaderStatus::Unknown;
     Error error;
-    QStringList notes;
+    Notes notes;
     std::shared_ptr<FrameReader> frames; ///< while it reads
 
     [[nodiscard]] std::optional<CMSampleBuffer> next();
@@ -154,7 +154,7 @@ void AVAssetReader::cancelReading() {
     m_state->cancel();
 }
 
-QStringList AVAssetReader::notes() const {
+Notes AVAssetReader::notes() const {
     const std::lock_guard lock(m_state->mutex);
     return m_state->frames != nullptr ? m_state->frames->notes() : m_state->notes;
 }

@@ -67,7 +67,7 @@ public:
     [[nodiscard]] Error error() const; ///< why it failed or refused
     void cancelReading();
     /// What is worth telling so far and is no failure: damaged pieces that were left out.
-    [[nodiscard]] QStringList notes() const;
+    [[nodiscard]] Notes notes() const;
 
 private:
     explicit AVAssetReader(AVURLAsset asset);

@@ -62,7 +62,8 @@ Result<void> AVMutableCompositionTrack::insertTimeRange_ofTrack_atTime(CMTimeRan
                                                                        const AVAssetTrack& track,
                                                                        CMTime at) {
     const auto refused = [&](const char* why) {
-        return failure(ErrorCode::InvalidArgument, kInsert, asset.path(), QLatin1String(why));
+        return failure(ErrorCode::InvalidArgument, kInsert, asset.path(),
+                       QString(QLatin1String(why)));
     };
     if (track.mediaType != m_mediaType)
         return refused("the track is of another kind");

@@ -151,7 +151,7 @@ Error AVAssetExportSession::error() const {
     return m_state->error;
 }
 
-QStringList AVAssetExportSession::notes() const {
+Notes AVAssetExportSession::notes() const {
     const std::lock_guard lock(m_state->mutex);
     return m_state->notes;
 }

@@ -39,7 +39,7 @@ public:
     unchangedCopy(const QString& source, const QString& target, NSFileManager::IfExists ifExists);
     /// Another job beside the exports: `writer` makes `target` out of `source` in one step and
     /// returns notes; it is given what takes its progress (0 to 1) and stops it by returning false.
-    using Writer = std::function<Result<QStringList>(const std::function<bool(double)>& progress)>;
+    using Writer = std::function<Result<Notes>(const std::function<bool(double)>& progress)>;
     [[nodiscard]] static std::shared_ptr<AVAssetExportSession>
     rewriting(const QString& source, const QString& target, Writer writer);
     ~AVAssetExportSession();
@@ -76,7 +76,7 @@ public:
     /// Why it failed; meaningful with status Failed.
     [[nodiscard]] Error error() const;
     /// Things worth telling that are no failure ("Location kept").
-    [[nodiscard]] QStringList notes() const;
+    [[nodiscard]] Notes notes() const;
 
     /// How many exports run at once in this process (default: the machine's cores).
     static void setMaximumConcurrentExports(int count);

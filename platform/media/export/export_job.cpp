@@ -46,7 +46,7 @@ QList<AVMetadataItem> withoutGaplessItem(QList<AVMetadataItem> items) {
     return items;
 }
 
-Result<PassthroughOutcome> told(Result<PassthroughOutcome> outcome, const QStringList& notes) {
+Result<PassthroughOutcome> told(Result<PassthroughOutcome> outcome, const Notes& notes) {
     if (outcome)
         outcome->notes = notes + outcome->notes;
     return outcome;
@@ -187,7 +187,7 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequ
 
 /// Deliberate: such a video is converted, and its user warned; cameras write PCM into MP4 files,
 /// too, and many players take it. A save says nothing: the video is what it was.
-QStringList AVAssetExportSession::State::notesOnCodecs(OutputContainer container) const {
+Notes AVAssetExportSession::State::notesOnCodecs(OutputContainer container) const {
     if (!leavesOut || container == OutputContainer::QuickTimeMovie ||
         order->asset->file()->facts().container != Container::QuickTime)
         return {};
@@ -262,9 +262,9 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runThroughEngine(Passthr
 }
 
 /// M4A holds audio alone, and of three codecs.
-Result<QStringList> AVAssetExportSession::State::copyIntoMp4(MediaEngine& engine,
-                                                             const PassthroughRequest& request,
-                                                             const QString& target) {
+Result<Notes> AVAssetExportSession::State::copyIntoMp4(MediaEngine& engine,
+                                                       const PassthroughRequest& request,
+                                                       const QString& target) {
     const auto reports = [this](double done) { return report(done / 2); };
     if (request.container == OutputContainer::M4A)
         return engine.audioToM4a(request.source, target, reports);

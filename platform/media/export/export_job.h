@@ -32,7 +32,7 @@ struct AVAssetExportSession::State {
     std::mutex mutex; ///< guards what follows
     AVAssetExportSessionStatus status = AVAssetExportSessionStatus::Unknown;
     Error error;
-    QStringList notes;
+    Notes notes;
 
     [[nodiscard]] bool startWaiting();
     [[nodiscard]] bool startExporting();
@@ -43,7 +43,7 @@ struct AVAssetExportSession::State {
     [[nodiscard]] Result<PassthroughOutcome> run();
     [[nodiscard]] Result<PassthroughOutcome> runJob();
     /// Makes a file of this family at `target`; returns what is worth telling.
-    using Maker = std::function<Result<QStringList>(MediaEngine& engine, const QString& target)>;
+    using Maker = std::function<Result<Notes>(MediaEngine& engine, const QString& target)>;
     struct EngineWork {
         double share = 0;             ///< of the whole progress
         std::uint64_t leastBytes = 0; ///< of its file, as far as that is known
@@ -53,10 +53,10 @@ struct AVAssetExportSession::State {
                                                               const AVURLAsset& original,
                                                               EngineWork work, const Maker& maker);
     [[nodiscard]] Result<PassthroughOutcome> runOrder(PassthroughRequest request);
-    [[nodiscard]] QStringList notesOnCodecs(OutputContainer container) const;
+    [[nodiscard]] Notes notesOnCodecs(OutputContainer container) const;
     [[nodiscard]] Result<PassthroughOutcome> runPlan(PassthroughRequest request);
-    [[nodiscard]] Result<QStringList>
-    copyIntoMp4(MediaEngine& engine, const PassthroughRequest& request, const QString& target);
+    [[nodiscard]] Result<Notes> copyIntoMp4(MediaEngine& engine, const PassthroughRequest& request,
+                                            const QString& target);
     [[nodiscard]] bool report(double done);
 };
 

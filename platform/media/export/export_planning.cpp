@@ -98,14 +98,14 @@ QString notCarried(const AVURLAsset& asset, const ExportPlan& plan) {
 }
 
 /// Of several files each by its name.
-QStringList notCarried(const std::vector<AVURLAsset>& assets, const ExportPlan& plan) {
-    QStringList notes;
+Notes notCarried(const std::vector<AVURLAsset>& assets, const ExportPlan& plan) {
+    Notes notes;
     for (const AVURLAsset& asset : assets) {
         const QString note = notCarried(asset, plan);
         if (!note.isNull())
-            notes += assets.size() == 1
-                         ? note
-                         : lastPathComponent(asset.path()) + QStringLiteral(": ") + note;
+            notes << (assets.size() == 1
+                          ? note
+                          : lastPathComponent(asset.path()) + QStringLiteral(": ") + note);
     }
     return notes;
 }

@@ -28,7 +28,7 @@ struct ExportOrder {
 
 struct PlannedExport {
     ExportPlan plan;
-    QStringList notes; ///< what of the source does not come along: "not carried over: 2 subtitles"
+    Notes notes; ///< what of the source does not come along: "not carried over: 2 subtitles"
 };
 
 [[nodiscard]] bool isExportPreset(const QString& name);

@@ -67,7 +67,7 @@ public:
     /// From any thread: next() fails with Cancelled from now on.
     virtual void cancel() = 0;
     /// What is worth telling so far: damage that was left out.
-    [[nodiscard]] virtual QStringList notes() const = 0;
+    [[nodiscard]] virtual Notes notes() const = 0;
 };
 
 /// What a video that is made of frames looks like.
@@ -117,23 +117,22 @@ public:
     /// Copies all streams of `source` into a file at `target` without re-encoding; NotSupported
     /// when a stream cannot be held. `progress` (0 to 1) stops it by returning false. Returns what
     /// was left out.
-    [[nodiscard]] virtual Result<QStringList>
-    remux(const QString& source, const QString& target, RemuxTarget kind, UnheldStreams unheld,
-          const std::function<bool(double)>& progress) = 0;
+    [[nodiscard]] virtual Result<Notes> remux(const QString& source, const QString& target,
+                                              RemuxTarget kind, UnheldStreams unheld,
+                                              const std::function<bool(double)>& progress) = 0;
     /// The audio of `source` alone as an MP4-family file at `target`: AAC, ALAC and AC-3 are
     /// copied, other lossless codecs become ALAC (16 or 24 bits), all others AAC at 256 kbit/s.
     /// Returns what is worth telling. NotSupported without an audio track or a decoder. `progress`
     /// as above.
-    [[nodiscard]] virtual Result<QStringList>
-    audioToM4a(const QString& source, const QString& target,
-               const std::function<bool(double)>& progress) = 0;
+    [[nodiscard]] virtual Result<Notes> audioToM4a(const QString& source, const QString& target,
+                                                   const std::function<bool(double)>& progress) = 0;
     /// Carries out `plan` into a file at `target`, which is replaced and must be nobody's source.
     /// Returns what is worth telling (a stream that was left out, a colour conversion). The output
     /// has no metadata of the source but its header dates. `progress` (0 to 1) stops it by
     /// returning false. NotSupported without a decoder, InvalidData when a source breaks off.
-    [[nodiscard]] virtual Result<QStringList>
-    runExport(const ExportPlan& plan, const QString& target, const ExportResources& resources,
-              const std::function<bool(double)>& progress) = 0;
+    [[nodiscard]] virtual Result<Notes> runExport(const ExportPlan& plan, const QString& target,
+                                                  const ExportResources& resources,
+                                                  const std::function<bool(double)>& progress) = 0;
     /// The first video of the file that is no attached picture; frames scaled to `size` where
     /// given. NotSupported without a video or decoder.
     [[nodiscard]] virtual Result<std::unique_ptr<FrameSource>>

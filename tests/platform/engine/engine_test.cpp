@@ -223,7 +223,7 @@ TEST_F(Engine, RemuxGoesOnPastDamageAndPastTimesThatBeginAnew) {
         const auto done =
             m_engine->remux(path, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {});
         ASSERT_TRUE(done) << done.error().text().toStdString();
-        EXPECT_EQ(done->join(u' ').contains(u"damaged"), bytes.size() == whole.size());
+        EXPECT_EQ(textOf(*done).contains(u"damaged"), bytes.size() == whole.size());
         EXPECT_GT(ffprobe(target, "stream=nb_frames").split('\n').at(1).toInt(), 60) << "of sound";
     }
 }
@@ -262,7 +262,7 @@ TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
         m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse, {});
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().code, ErrorCode::NotSupported);
-    EXPECT_EQ(refused.error().detail, u"MP4 files cannot hold PCM");
+    EXPECT_EQ(refused.error().detail.text(), u"MP4 files cannot hold PCM");
     EXPECT_FALSE(QFileInfo::exists(target));
     // A QuickTime movie holds it, whatever the file is called.
     ASSERT_TRUE(

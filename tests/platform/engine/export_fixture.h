@@ -109,7 +109,7 @@ protected:
         plan.audio.emplace().segments = {segment(path, 0, seconds)};
         return plan;
     }
-    [[nodiscard]] Result<QStringList> run(const ExportPlan& plan, const char* name = "out.mp4") {
+    [[nodiscard]] Result<Notes> run(const ExportPlan& plan, const char* name = "out.mp4") {
         m_out = m_dir.path(QString::fromLatin1(name));
         return m_engine->runExport(plan, m_out, {}, m_progress);
     }
@@ -117,7 +117,7 @@ protected:
     QStringList exported(const ExportPlan& plan, const char* name = "out.mp4") {
         const auto done = run(plan, name);
         EXPECT_TRUE(done) << done.error().text().toStdString();
-        return done.value_or(QStringList());
+        return testkit::textsOf(done.value_or(Notes()));
     }
 
     QString m_out;

@@ -84,7 +84,7 @@ protected:
         EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden).size(), done ? 1 : 0);
         const QByteArray written = TempDir::read(target);
         QFile::remove(target);
-        return done ? written : done.error().detail.toUtf8();
+        return done ? written : done.error().detail.text().toUtf8();
     }
     TempDir m_dir;
 };

@@ -128,7 +128,7 @@ TEST_F(Compositions, WhatIsNotCarriedOverIsNamedFileByFile) {
         put.presetName = QString::fromUtf16(AVAssetExportPresetHighestQuality);
         const auto planned = planExport(put);
         EXPECT_TRUE(planned);
-        return planned ? planned->notes : QStringList();
+        return planned ? testkit::textsOf(planned->notes) : QStringList();
     };
     EXPECT_TRUE(notesOf({chaptered}, 1).isEmpty()) << "its track of titles is its chapters";
     EXPECT_THAT(notesOf({chaptered}, 2), ElementsAre(u"not carried over: chapters"));

@@ -167,7 +167,7 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
         EXPECT_FALSE(bytes.contains("old") || bytes.contains("Secret") || bytes.contains("2001"));
         EXPECT_TRUE(bytes.contains("chapters"));
         EXPECT_TRUE(bytes.contains("a track's own name") && bytes.contains("kept"));
-        return outcome ? outcome->notes.join(u';') : QString();
+        return outcome ? textOf(outcome->notes) : QString();
     };
     for (const Items& list : {Items{newItem("itsk/%A9nam", {})}, Items{}}) {
         EXPECT_EQ(remove(list, true), QStringLiteral("Location kept"));
