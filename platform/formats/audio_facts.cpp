@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/audio_facts.h"
 
+#include <QSet>
+
 #include <cmath>
 
 namespace clipheave::platform {
@@ -112,6 +114,22 @@ void addMissingInfo(InfoDictionary& info, const InfoDictionary& more) {
         if (!it.value().isEmpty() && info.value(it.key()).isEmpty())
             info.insert(it.key(), it.value());
     }
+}
+
+void addMissingItems(QList<AVMetadataItem>& items, const QList<AVMetadataItem>& more) {
+    QSet<QString> present;
+    for (const AVMetadataItem& item : items)
+        present.insert(item.identifier);
+    QList<AVMetadataItem> added;
+    for (const AVMetadataItem& item : more) {
+        // The two forms of a year are one fact.
+        const bool given =
+            present.contains(item.identifier) || (item.identifier == QLatin1String("id3/TYER") &&
+                                                  present.contains(QStringLiteral("id3/TDRC")));
+        if (!given)
+            added.append(item);
+    }
+    items = added + items;
 }
 
 QList<AVMetadataItem> infoItems(const InfoDictionary& info) {

@@ -6,7 +6,7 @@
 
 namespace clipheave::platform {
 
-/// What is known of the one audio of a file. Zero is unknown.
+/// What is known of the one audio track of a file. Zero is unknown.
 struct AudioFacts {
     QString codec;
     double durationSeconds = 0;
@@ -29,6 +29,8 @@ using InfoDictionary = QMap<QString, QString>;
 void addYearOfDate(InfoDictionary& info);
 /// Adds those of `more` whose key `info` lacks. Empty texts count as lacking and are not added.
 void addMissingInfo(InfoDictionary& info, const InfoDictionary& more);
+/// Adds those of `more` whose identifier `items` lacks. In front, so that images stay last.
+void addMissingItems(QList<AVMetadataItem>& items, const QList<AVMetadataItem>& more);
 /// One item a key: key space "caaf", "info-" + key.
 [[nodiscard]] QList<AVMetadataItem> infoItems(const InfoDictionary& info);
 

@@ -3,51 +3,71 @@
 
 #include "platform/formats/tag_text.h"
 
+#include <QtEndian>
+
 namespace clipheave::platform {
 namespace {
 
-constexpr std::uint32_t kMostComments = 2000;
-// Longer ones are images and the like in text form.
-constexpr std::uint32_t kLongestComment = 256u << 10;
-constexpr std::uint32_t kLongestCommentName = 256;
+constexpr std::uint32_t kMostTagsRead = 2000;
+constexpr std::uint64_t kLongestTagRead = 256u << 10;
+constexpr qsizetype kLongestTagName = 256;
+
+QByteArray littleEndian32(qsizetype value) {
+    QByteArray bytes(4, '\0');
+    qToLittleEndian(static_cast<quint32>(value), bytes.data());
+    return bytes;
+}
+
+/// Returns the bytes whose length stands at `at`, and moves `at` behind them.
+std::optional<ByteRange> takeCounted(const ByteRange& block, std::uint64_t& at) {
+    const auto length = block.view(at, 4).le32(0);
+    if (!length || *length > block.size() - at - 4)
+        return std::nullopt;
+    const std::uint64_t start = at + 4;
+    at = start + *length;
+    return block.sub(start, *length);
+}
 
 } // namespace
 
-QList<NamedTag> parseVorbisComment(const ByteRange& block) {
-    QList<NamedTag> tags;
-    std::uint64_t at = 4 + std::uint64_t{block.view(0, 4).le32(0).value_or(0)};
-    const std::uint32_t count = std::min(block.view(at, 4).le32(0).value_or(0), kMostComments);
+VorbisComment splitVorbisComment(const ByteRange& block, std::uint32_t most) {
+    VorbisComment comment;
+    std::uint64_t at = 0;
+    const auto vendor = takeCounted(block, at);
+    const auto count = vendor ? block.view(at, 4).le32(0) : std::nullopt;
+    if (!count)
+        return comment;
+    comment.vendor = *vendor;
     at += 4;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        const auto length = block.view(at, 4).le32(0);
-        if (!length || *length > block.size() - at - 4)
-            break;
-        const auto bytes = block.sub(at + 4, *length).load(kLongestComment);
-        at += 4 + std::uint64_t{*length};
+    for (std::uint32_t i = 0; i < std::min(*count, most); ++i) {
+        const auto entry = takeCounted(block, at);
+        if (!entry)
+            return comment;
+        comment.entries.push_back(*entry);
+    }
+    comment.isComplete = *count <= most;
+    return comment;
+}
+
+QByteArray renderVorbisComment(const QByteArray& vendor, const QByteArrayList& entries) {
+    QByteArray block = littleEndian32(vendor.size()) + vendor + littleEndian32(entries.size());
+    for (const QByteArray& entry : entries)
+        block += littleEndian32(entry.size()) + entry;
+    return block;
+}
+
+QList<NamedTag> tagsOfVorbisComment(const ByteRange& block) {
+    QList<NamedTag> tags;
+    for (const ByteRange& entry : splitVorbisComment(block, kMostTagsRead).entries) {
+        const auto bytes = entry.load(kLongestTagRead);
         const qsizetype equals = bytes ? bytes->indexOf('=') : -1;
-        if (equals <= 0 || equals > kLongestCommentName)
+        if (equals <= 0 || equals > kLongestTagName)
             continue;
         const QByteArrayView text(*bytes);
         tags.append({QString::fromLatin1(text.first(equals)),
                      textOfUnknownEncoding(text.sliced(equals + 1))});
     }
     return tags;
-}
-
-std::optional<FlacPicture> parseFlacPicture(const ByteRange& block) {
-    const auto type = block.view(0, 4).be32(0);
-    const auto mimeLength = block.view(4, 4).be32(0);
-    if (!type || !mimeLength)
-        return std::nullopt;
-    std::uint64_t at = 8 + std::uint64_t{*mimeLength};
-    const auto descriptionLength = block.view(at, 4).be32(0);
-    if (!descriptionLength)
-        return std::nullopt;
-    at += 4 + std::uint64_t{*descriptionLength} + 16; // width, height, depth, colours
-    const auto length = block.view(at, 4).be32(0);
-    if (!length || *length == 0 || at + 4 >= block.size())
-        return std::nullopt;
-    return FlacPicture{*type, block.sub(at + 4, *length)};
 }
 
 } // namespace clipheave::platform

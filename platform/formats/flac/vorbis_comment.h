@@ -4,19 +4,25 @@
 #include "platform/formats/byte_range.h"
 #include "platform/media/model/tag_mapping.h"
 
-#include <optional>
+#include <vector>
 
 namespace clipheave::platform {
 
-/// "NAME=value" texts of a Vorbis comment (xiph.org, Ogg Vorbis I comment field): lengths
-/// little-endian, texts UTF-8. A comment cut short gives what stands before the cut.
-[[nodiscard]] QList<NamedTag> parseVorbisComment(const ByteRange& block);
-
-/// A FLAC picture block (RFC 9639, section 8.8), also the contents of METADATA_BLOCK_PICTURE.
-struct FlacPicture {
-    std::uint32_t type = 0; ///< 3: front cover
-    ByteRange data;
+/// A Vorbis comment as it is stored (xiph.org, Ogg Vorbis I comment field): lengths little-endian,
+/// texts UTF-8. Unlike the tag library's class it keeps the order and the spelling of the entries,
+/// so that what is not changed is written byte for byte.
+struct VorbisComment {
+    ByteRange vendor{QByteArray()};
+    std::vector<ByteRange> entries; ///< "NAME=text", which nothing has checked
+    bool isComplete = false;        ///< false: cut short, or more entries than were asked for
 };
-[[nodiscard]] std::optional<FlacPicture> parseFlacPicture(const ByteRange& block);
+/// Splits at most `most` entries; a comment cut short gives those before the cut.
+[[nodiscard]] VorbisComment splitVorbisComment(const ByteRange& block, std::uint32_t most);
+[[nodiscard]] QByteArray renderVorbisComment(const QByteArray& vendor,
+                                             const QByteArrayList& entries);
+
+/// Returns the entries that are texts with a name. Images in text form and the like, over 256 KiB,
+/// are left out.
+[[nodiscard]] QList<NamedTag> tagsOfVorbisComment(const ByteRange& block);
 
 } // namespace clipheave::platform

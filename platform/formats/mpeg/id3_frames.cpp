@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/formats/mpeg/id3_tag.h"
+#include "platform/formats/mpeg/id3_frames.h"
+
+#include "platform/formats/mpeg/id3_header.h"
 
 #include <algorithm>
 #include <array>
@@ -8,14 +10,12 @@
 namespace clipheave::platform {
 namespace {
 
-constexpr std::uint64_t kId3HeaderSize = 10;
 // Real tags have some dozens of frames; this bounds the work on a tag of tiny ones.
 constexpr std::size_t kMostId3Frames = 2000;
 // A tag that is unsynchronised as a whole has to be undone in memory.
 constexpr std::uint64_t kLargestUnsynchronisedTag = 16u << 20;
 constexpr std::uint64_t kLargestTransformedFrame = 16u << 20;
-// zlib grows a byte a thousand times at most, so this bounds what comes out, whatever the frame
-// says.
+// zlib grows a byte a thousand times at most: this bounds what comes out, whatever the frame says.
 constexpr std::uint64_t kLargestCompressedFrame = 24u << 10;
 
 struct OldFrameId {
@@ -64,10 +64,6 @@ bool isFrameIdText(QByteArrayView id) {
     });
 }
 
-std::uint32_t syncSafe(std::uint32_t raw) {
-    return (raw & 0x7F) | (raw >> 1 & 0x3F80) | (raw >> 2 & 0x1FC000) | (raw >> 3 & 0xFE00000);
-}
-
 /// ID3v2.4.0 structure, section 6.1: drops the zero after each FF.
 QByteArray withoutUnsynchronisation(const QByteArray& bytes) {
     QByteArray out(bytes.size(), Qt::Uninitialized);
@@ -81,8 +77,7 @@ QByteArray withoutUnsynchronisation(const QByteArray& bytes) {
     return out;
 }
 
-/// Some writers set the flag without doing the work: what still holds a sync mark was never
-/// changed.
+/// Some writers set the flag without doing the work: what still holds a sync mark was not changed.
 bool looksUnsynchronised(const QByteArray& bytes) {
     for (qsizetype i = 0; i + 1 < bytes.size(); ++i) {
         if (bytes[i] == '\xFF' && static_cast<unsigned char>(bytes[i + 1]) >= 0xE0)
@@ -90,14 +85,6 @@ bool looksUnsynchronised(const QByteArray& bytes) {
     }
     return true;
 }
-
-struct FrameHeader {
-    QByteArray id;
-    std::uint64_t headerSize = 0;
-    std::uint64_t bodySize = 0;
-    bool grouped = false, compressed = false, encrypted = false, unsynchronised = false;
-    bool hasLength = false; ///< four bytes of original length stand before the body
-};
 
 /// What stands at `at` can follow a frame: another frame, padding or the end.
 bool isFrameBorder(const ByteRange& frames, std::uint64_t at) {
@@ -115,27 +102,28 @@ std::uint64_t frameSize24(const ByteRange& frames, std::uint64_t at, std::uint32
     if (raw & 0x80808080)
         return raw;
     const std::uint64_t body = at + 10;
-    const std::uint64_t safe = syncSafe(raw);
+    const std::uint64_t safe = numberOfSyncSafe(raw);
     const bool plain = !isFrameBorder(frames, body + safe) && isFrameBorder(frames, body + raw);
     return plain ? raw : safe;
 }
 
-std::optional<FrameHeader> frameHeader22(const ByteRange& frames, std::uint64_t at) {
+std::optional<Id3FrameHeader> frameHeader22(const ByteRange& frames, std::uint64_t at) {
     const ByteView bytes = frames.view(at, 6);
     if (bytes.size() < 6 || !isFrameIdText(bytes.sub(0, 3).bytes()))
         return std::nullopt;
-    FrameHeader header;
+    Id3FrameHeader header;
     header.id = modernFrameId(bytes.bytes());
     header.headerSize = 6;
     header.bodySize = *bytes.be32(2) & 0xFFFFFF;
     return header;
 }
 
-std::optional<FrameHeader> frameHeader23(const ByteRange& frames, std::uint64_t at, int version) {
+std::optional<Id3FrameHeader> frameHeader23(const ByteRange& frames, std::uint64_t at,
+                                            int version) {
     const ByteView bytes = frames.view(at, 10);
     if (bytes.size() < 10)
         return std::nullopt;
-    FrameHeader header;
+    Id3FrameHeader header;
     const QByteArrayView id = bytes.sub(0, 4).bytes();
     const bool old = id[3] == '\0' || id[3] == ' '; // v2.2 id in a later tag, an old writer's slip
     if (!isFrameIdText(old ? id.first(3) : id))
@@ -161,7 +149,7 @@ std::optional<FrameHeader> frameHeader23(const ByteRange& frames, std::uint64_t 
 }
 
 /// The body with grouping byte, length, unsynchronisation and compression taken away.
-std::optional<ByteRange> plainBody(const FrameHeader& header, ByteRange body, int version) {
+std::optional<ByteRange> plainBody(const Id3FrameHeader& header, ByteRange body, int version) {
     if (header.encrypted)
         return std::nullopt;
     std::uint32_t length = 0;
@@ -179,8 +167,8 @@ std::optional<ByteRange> plainBody(const FrameHeader& header, ByteRange body, in
     if (!header.compressed)
         return body;
     const auto packed = body.load(kLargestCompressedFrame);
-    const std::uint32_t expected =
-        std::min<std::uint32_t>(version == 4 ? syncSafe(length) : length, kLargestTransformedFrame);
+    const std::uint32_t expected = std::min<std::uint32_t>(
+        version == 4 ? numberOfSyncSafe(length) : length, kLargestTransformedFrame);
     if (!packed || packed->isEmpty())
         return std::nullopt;
     QByteArray prefixed(4, '\0'); // the length that qUncompress begins with
@@ -195,37 +183,22 @@ std::uint64_t extendedHeaderSize(const ByteRange& body, int version) {
     const ByteView head = body.view(0, 6);
     if (head.size() < 6 || isFrameIdText(head.sub(0, 4).bytes()))
         return 0;
-    return version == 3 ? std::uint64_t{*head.be32(0)} + 4 : syncSafe(*head.be32(0));
+    return version == 3 ? std::uint64_t{*head.be32(0)} + 4 : numberOfSyncSafe(*head.be32(0));
 }
 
 } // namespace
 
-std::optional<Id3Header> parseId3Header(ByteView head) {
-    if (head.size() < kId3HeaderSize || !(head.startsWith("ID3") || head.startsWith("3DI")))
-        return std::nullopt;
-    const std::uint32_t size = *head.be32(6);
-    // The four size bytes have 7 bits each. A top bit that is set all the same is ignored: real
-    // files with one have the right size without it.
-    if (head.u8(3) == 0xFF || head.u8(4) == 0xFF)
-        return std::nullopt;
-    const int flags = *head.u8(5);
-    Id3Header header;
-    header.version = *head.u8(3);
-    header.unsynchronised = flags & 0x80;
-    header.compressed = header.version == 2 && (flags & 0x40);
-    header.extended = header.version > 2 && (flags & 0x40);
-    header.bodySize = syncSafe(size);
-    header.totalSize =
-        kId3HeaderSize + header.bodySize + (header.version == 4 && flags & 0x10 ? 10 : 0);
-    return header;
+std::optional<Id3FrameHeader> id3FrameHeaderAt(const ByteRange& frames, std::uint64_t at,
+                                               int version) {
+    return version == 2 ? frameHeader22(frames, at) : frameHeader23(frames, at, version);
 }
 
 std::vector<Id3Frame> readId3Frames(const ByteRange& range) {
     std::vector<Id3Frame> frames;
-    const auto header = parseId3Header(range.view(0, kId3HeaderSize));
+    const auto header = parseId3Header(range.view(0, Id3Header::kSize));
     if (!header || header->version < 2 || header->version > 4 || header->compressed)
         return frames;
-    ByteRange body = range.sub(kId3HeaderSize, header->bodySize);
+    ByteRange body = range.sub(Id3Header::kSize, header->bodySize);
     if (header->unsynchronised && header->version < 4) {
         const auto raw = body.load(kLargestUnsynchronisedTag);
         if (!raw)
@@ -234,8 +207,7 @@ std::vector<Id3Frame> readId3Frames(const ByteRange& range) {
     }
     std::uint64_t at = header->extended ? extendedHeaderSize(body, header->version) : 0;
     while (at < body.size() && frames.size() < kMostId3Frames) {
-        auto frame = header->version == 2 ? frameHeader22(body, at)
-                                          : frameHeader23(body, at, header->version);
+        auto frame = id3FrameHeaderAt(body, at, header->version);
         // A size beyond the tag: what the tag still holds counts, and nothing after it.
         if (!frame)
             break;

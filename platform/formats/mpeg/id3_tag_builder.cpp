@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/mpeg/id3_tag_builder.h"
 
-#include "platform/foundation/byte_view.h"
+#include "platform/formats/mpeg/id3_frames.h"
+#include "platform/formats/mpeg/id3_header.h"
 
 #include <QtEndian>
 
@@ -18,9 +19,8 @@ namespace {
 
 constexpr std::uint32_t kTextEncodingUtf16 = 1;
 constexpr std::uint32_t kFrontCoverType = 3;
-constexpr qsizetype kTagHeaderSize = 10;
-constexpr qsizetype kFrameHeaderSize = 10;
-constexpr qsizetype kLargestTag = (qsizetype{1} << 28) - 1; // four bytes of seven bits
+constexpr qsizetype kTagHeaderSize = Id3Header::kSize;
+constexpr int kRenderedVersion = 3;
 
 static_assert(static_cast<int>(ID3FID_TITLE_) == static_cast<int>(ID3FID_TITLE) &&
               static_cast<int>(ID3FID_RECORDINGDATES_) == static_cast<int>(ID3FID_RECORDINGDATES));
@@ -63,21 +63,26 @@ ID3_Frame& addFrame(ID3_Tag& tag, ID3_FrameID id) {
     return *frame;
 }
 
-/// Returns the offset of the next frame; the end of the bytes when there is none.
-qsizetype frameBehind(const QByteArray& tag, qsizetype at) {
-    const std::uint32_t size = ByteView(tag).be32(static_cast<std::uint64_t>(at) + 4).value_or(0);
-    return std::min(at + kFrameHeaderSize + static_cast<qsizetype>(size), tag.size());
+struct RenderedFrame {
+    qsizetype body = 0, end = 0; ///< offsets in the tag
+};
+
+/// Returns the frame that begins at `at`; nothing at the padding and at the end.
+std::optional<RenderedFrame> renderedFrameAt(const QByteArray& tag, qsizetype at) {
+    const auto header =
+        id3FrameHeaderAt(ByteRange(tag), static_cast<std::uint64_t>(at), kRenderedVersion);
+    if (!header)
+        return std::nullopt;
+    const qsizetype body = at + static_cast<qsizetype>(header->headerSize);
+    return RenderedFrame{body,
+                         std::min(body + static_cast<qsizetype>(header->bodySize), tag.size())};
 }
 
-bool hasFrame(const QByteArray& tag, qsizetype at) {
-    return tag.size() - at >= kFrameHeaderSize && tag[at] != 0;
-}
-
-/// The library renders a copy of the tag, which pads in steps of 2 KiB whatever the tag was told.
+/// The library renders a copy of the tag, which pads in steps of 2 KiB in spite of SetPadding().
 void dropPadding(QByteArray& tag) {
     qsizetype end = kTagHeaderSize;
-    while (hasFrame(tag, end))
-        end = frameBehind(tag, end);
+    while (const auto frame = renderedFrameAt(tag, end))
+        end = frame->end;
     tag.truncate(end);
 }
 
@@ -88,23 +93,24 @@ void markEmptyDescriptions(QByteArray& tag) {
         {"COMM", 1 + 3},    // behind encoding and language
         {"APIC", 1 + 1 + 1} // behind encoding, an empty type and the kind of image
     };
-    for (qsizetype at = kTagHeaderSize; hasFrame(tag, at); at = frameBehind(tag, at)) {
-        const qsizetype size = frameBehind(tag, at) - at - kFrameHeaderSize;
+    qsizetype at = kTagHeaderSize;
+    while (auto frame = renderedFrameAt(tag, at)) {
         for (const auto& [id, offset] : kDescriptions) {
-            const qsizetype place = at + kFrameHeaderSize + offset;
-            if (!QByteArrayView(tag).sliced(at).startsWith(id) || size < offset + 2 ||
+            const qsizetype place = frame->body + offset;
+            if (!QByteArrayView(tag).sliced(at).startsWith(id) || frame->end < place + 2 ||
                 tag[place] != 0 || tag[place + 1] != 0)
                 continue;
             tag.insert(place, "\xFF\xFE", 2);
-            qToBigEndian(static_cast<std::uint32_t>(size + 2), tag.data() + at + 4);
+            frame->end += 2;
+            qToBigEndian(static_cast<std::uint32_t>(frame->end - frame->body), tag.data() + at + 4);
         }
+        at = frame->end;
     }
 }
 
 void writeTagSize(QByteArray& tag) {
-    auto size = static_cast<std::uint32_t>(tag.size() - kTagHeaderSize);
-    for (qsizetype at = kTagHeaderSize - 1; at >= 6; --at, size >>= 7)
-        tag[at] = static_cast<char>(size & 0x7F);
+    const auto size = static_cast<std::uint32_t>(tag.size() - kTagHeaderSize);
+    qToBigEndian(syncSafeOfNumber(size), tag.data() + 6);
 }
 
 } // namespace
@@ -115,7 +121,7 @@ Result<QByteArray> renderId3Tag(const QList<Id3TextFrame>& frames, const QByteAr
     qsizetype bytes = image.size();
     for (const Id3TextFrame& frame : frames)
         bytes += frame.text.size() * 2 + 64;
-    if (bytes > kLargestTag - 4096)
+    if (bytes > qsizetype{kLargestSyncSafeNumber} - 4096)
         return failure(ErrorCode::LimitExceeded, QStringLiteral("build the ID3 tag"), {},
                        QStringLiteral("larger than the format allows"));
     ID3_Tag tag;

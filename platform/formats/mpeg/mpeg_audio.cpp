@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/audio_facts.h"
 #include "platform/formats/format_readers.h"
-#include "platform/formats/mpeg/id3_tag.h"
-#include "platform/formats/mpeg/legacy_tags.h"
+#include "platform/formats/mpeg/id3_contents.h"
+#include "platform/formats/mpeg/id3_header.h"
 #include "platform/formats/mpeg/mpeg_header.h"
+#include "platform/formats/mpeg/trailing_tags.h"
 
 namespace clipheave::platform {
 namespace {
@@ -20,7 +21,7 @@ struct LeadingTags {
 LeadingTags readLeadingTags(FileReader& reader) {
     LeadingTags tags;
     for (int i = 0; i < kMostLeadingTags; ++i) {
-        const auto header = parseId3Header(reader.viewUpTo(tags.end, 10));
+        const auto header = id3HeaderAt(reader, tags.end);
         if (!header)
             break;
         if (!tags.found)
@@ -70,8 +71,7 @@ Result<MediaFacts> readMpegAudio(FileReader& reader) {
     MediaFacts facts;
     facts.container = Container::MpegAudio;
     facts.id3TagSize = leading.id3.tagSize;
-    // Before the tags at the end are looked for, while the window still holds the start of the
-    // file.
+    // Before the tags at the end, while the window still holds the start of the file.
     const ByteRange audio(reader, leading.end, UINT64_MAX);
     const bool other = isOtherAudio(audio.view(0, 8));
     auto stream = other ? std::nullopt : readMpegStream(audio);

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/mpeg/mpeg_tags.h"
 
-#include "platform/formats/mpeg/id3_tag.h"
+#include "platform/formats/mpeg/ape_tag.h"
+#include "platform/formats/mpeg/id3_frames.h"
+#include "platform/formats/mpeg/id3_header.h"
 #include "platform/formats/mpeg/mpeg_header.h"
+#include "platform/formats/mpeg/tag_footers.h"
 #include "platform/foundation/file_manager.h"
 
 #include <array>
@@ -13,11 +16,7 @@ namespace {
 
 constexpr int kMostTags = 64; // on either side; files that tools have tagged again and again
 constexpr int kMostFramesWalked = 1 << 16;
-constexpr std::uint64_t kId3HeadSize = 10;
-constexpr std::uint64_t kId3v1TagSize = 128, kId3v1EnhancedSize = 227;
-constexpr std::uint64_t kApeBlockSize = 32;
 constexpr std::uint64_t kLyrics3v1Largest = 5100 + 20;
-constexpr std::uint32_t kApeHasHeader = 0x80000000, kApeIsHeader = 0x20000000;
 constexpr std::uint32_t kMostApeItemsWalked = 1 << 16;
 
 tl::unexpected<Error> unsafeTag(const FileReader& reader, const char16_t* why) {
@@ -25,38 +24,17 @@ tl::unexpected<Error> unsafeTag(const FileReader& reader, const char16_t* why) {
                    QString::fromUtf16(why));
 }
 
-bool isFrameId(ByteView id) {
-    for (std::uint64_t i = 0; i < id.size(); ++i) {
-        const std::uint8_t c = *id.u8(i);
-        if (!(c >= 'A' && c <= 'Z') && !(c >= '0' && c <= '9'))
-            return false;
-    }
-    return !id.empty();
-}
-
-std::uint64_t frameBodySize(ByteView head, int version) {
-    if (version == 2)
-        return head.be32(2).value_or(0) & 0xFFFFFF;
-    const std::uint32_t size = head.be32(4).value_or(0);
-    if (version == 3 || (size & 0x80808080) != 0) // some writers of v2.4 use plain numbers
-        return size;
-    return (size & 0x7F) | (size >> 8 & 0x7F) << 7 | (size >> 16 & 0x7F) << 14 |
-           (size >> 24 & 0x7F) << 21;
-}
-
-/// Where the frames of a tag end as far as they can be followed.
+/// Returns where the frames of a tag end as far as they can be followed.
 std::uint64_t endOfFrames(const ByteRange& tag, int version) {
-    const std::uint64_t idSize = version == 2 ? 3 : 4;
-    const std::uint64_t headSize = version == 2 ? 6 : 10;
-    std::uint64_t at = kId3HeadSize;
-    for (int i = 0; i < kMostFramesWalked && tag.size() - at >= headSize; ++i) {
-        const ByteView head = tag.view(at, headSize);
-        const std::uint64_t size = frameBodySize(head, version);
-        if (!isFrameId(head.sub(0, idSize)) || size > tag.size() - at - headSize)
+    const ByteRange frames = tag.sub(Id3Header::kSize);
+    std::uint64_t at = 0;
+    for (int i = 0; i < kMostFramesWalked; ++i) {
+        const auto frame = id3FrameHeaderAt(frames, at, version);
+        if (!frame || frame->bodySize > frames.size() - at - frame->headerSize)
             break;
-        at += headSize + size;
+        at += frame->headerSize + frame->bodySize;
     }
-    return at;
+    return Id3Header::kSize + at;
 }
 
 /// A size that was written wrong, or a file cut inside its tag and joined again: what stands behind
@@ -66,26 +44,27 @@ bool coversAudio(FileReader& reader, std::uint64_t start, const Id3Header& heade
     return readMpegStream(tag.sub(endOfFrames(tag, header.version))).has_value();
 }
 
-/// Bytes of the tag that begins at `at`; 0 when none does.
+Result<std::uint64_t> leadingId3Size(FileReader& reader, std::uint64_t at) {
+    const auto header = id3HeaderAt(reader, at);
+    if (!header)
+        return unsafeTag(reader, u"the tag at the start is damaged");
+    if (header->totalSize > reader.size() - at)
+        return unsafeTag(reader, u"the tag at the start is larger than the file");
+    if (coversAudio(reader, at, *header))
+        return unsafeTag(reader, u"the tag at the start reaches into the sound");
+    return header->totalSize;
+}
+
+/// Returns the bytes of the tag that begins at `at`; 0 when none does.
 Result<std::uint64_t> leadingTagSize(FileReader& reader, std::uint64_t at) {
-    const ByteView head = reader.viewUpTo(at, kApeBlockSize);
-    const std::uint64_t left = reader.size() - std::min(at, reader.size());
-    if (head.startsWith("ID3")) {
-        const auto header = parseId3Header(head);
-        if (!header)
-            return unsafeTag(reader, u"the tag at the start is damaged");
-        if (header->totalSize > left)
-            return unsafeTag(reader, u"the tag at the start is larger than the file");
-        if (coversAudio(reader, at, *header))
-            return unsafeTag(reader, u"the tag at the start reaches into the sound");
-        return header->totalSize;
-    }
-    const bool isApe = head.startsWith("APETAGEX") && head.size() == kApeBlockSize &&
-                       (*head.le32(20) & kApeIsHeader) != 0;
-    if (!isApe)
+    const ByteView head = reader.viewUpTo(at, ApeTagEdge::kSize);
+    if (head.startsWith("ID3"))
+        return leadingId3Size(reader, at);
+    const auto ape = parseApeTagEdge(head);
+    if (!ape || !ape->isHeader)
         return 0;
-    const std::uint64_t size = kApeBlockSize + *head.le32(12);
-    if (size > left)
+    const std::uint64_t size = ApeTagEdge::kSize + ape->tagSize;
+    if (size > reader.size() - at)
         return unsafeTag(reader, u"the APE tag at the start is larger than the file");
     return size;
 }
@@ -96,69 +75,63 @@ bool startsWithAt(FileReader& reader, std::uint64_t at, QByteArrayView text) {
 
 /// Bytes of an ID3v1 tag with its enhanced block before `end`.
 std::uint64_t id3v1Bytes(FileReader& reader, std::uint64_t from, std::uint64_t end) {
-    if (end - from < kId3v1TagSize || !startsWithAt(reader, end - kId3v1TagSize, "TAG"))
+    if (end - from < kId3v1Size || !startsWithAt(reader, end - kId3v1Size, "TAG"))
         return 0;
-    const std::uint64_t both = kId3v1TagSize + kId3v1EnhancedSize;
-    return end - from >= both && startsWithAt(reader, end - both, "TAG+") ? both : kId3v1TagSize;
+    const std::uint64_t both = kId3v1Size + kId3v1EnhancedSize;
+    return end - from >= both && startsWithAt(reader, end - both, "TAG+") ? both : kId3v1Size;
 }
 
 /// The items of an APE tag without a header fill it exactly.
-bool apeItemsFill(FileReader& reader, std::uint64_t at, std::uint64_t end, std::uint32_t count) {
-    for (std::uint32_t i = 0; i < std::min(count, kMostApeItemsWalked) && at < end; ++i) {
-        const ByteView head = reader.viewUpTo(at, std::min<std::uint64_t>(end - at, 8 + 256));
-        const auto size = head.le32(0);
-        const qsizetype keyLength = head.sub(8).bytes().indexOf('\0');
-        if (!size || keyLength < 1)
+bool apeItemsFill(const ByteRange& items, std::uint32_t count) {
+    std::uint64_t at = 0;
+    for (std::uint32_t i = 0; i < std::min(count, kMostApeItemsWalked) && at < items.size(); ++i) {
+        const auto item = parseApeItemHeader(items.view(at, ApeItemHeader::kLargest));
+        if (!item)
             return false;
-        at += 9 + static_cast<std::uint64_t>(keyLength) + *size;
+        at += item->size() + item->valueSize;
     }
-    return at == end;
+    return at == items.size();
 }
 
 /// APE tag versions 1000 and 2000: items, then a footer; in version 2000 usually a header too.
 std::uint64_t apeBytes(FileReader& reader, std::uint64_t from, std::uint64_t end) {
-    if (end - from < kApeBlockSize)
+    constexpr std::uint64_t kEdge = ApeTagEdge::kSize;
+    if (end - from < kEdge)
         return 0;
-    const ByteView footer = reader.viewUpTo(end - kApeBlockSize, kApeBlockSize);
-    if (!footer.startsWith("APETAGEX") || (footer.le32(20).value_or(0) & kApeIsHeader) != 0)
+    const auto footer = parseApeTagEdge(reader.viewUpTo(end - kEdge, kEdge));
+    if (!footer || footer->isHeader)
         return 0;
-    const std::uint64_t size = *footer.le32(12);
-    const std::uint32_t count = *footer.le32(16);
-    const std::uint64_t header = (*footer.le32(20) & kApeHasHeader) != 0 ? kApeBlockSize : 0;
-    if (size < kApeBlockSize || size + header > end - from)
+    const std::uint64_t size = footer->tagSize;
+    const std::uint64_t header = footer->hasHeader ? kEdge : 0;
+    if (size < kEdge || size + header > end - from)
         return 0;
-    if (header != 0)
+    if (footer->hasHeader)
         return startsWithAt(reader, end - size - header, "APETAGEX") ? size + header : 0;
-    return apeItemsFill(reader, end - size, end - kApeBlockSize, count) ? size : 0;
+    return apeItemsFill(ByteRange(reader, end - size, size - kEdge), footer->itemCount) ? size : 0;
 }
 
-/// Lyrics3: "LYRICSBEGIN" … six digits of size, "LYRICS200"; before that "LYRICSEND" alone.
+/// Lyrics3 of version 2.00, and the one before it, which "LYRICSEND" alone ends.
 std::uint64_t lyrics3Bytes(FileReader& reader, std::uint64_t from, std::uint64_t end) {
+    constexpr QByteArrayView kBegin("LYRICSBEGIN");
     if (end - from < 20)
         return 0;
-    const ByteView tail = reader.viewUpTo(end - 15, 15);
-    if (tail.sub(6).startsWith("LYRICS200")) {
-        bool isNumber = false;
-        const qulonglong size = tail.sub(0, 6).bytes().toByteArray().toULongLong(&isNumber);
-        const bool fits = isNumber && size + 15 <= end - from;
-        return fits && startsWithAt(reader, end - 15 - size, "LYRICSBEGIN") ? size + 15 : 0;
-    }
-    if (!tail.sub(6).startsWith("LYRICSEND"))
+    const ByteView tail = reader.viewUpTo(end - kLyrics3FooterSize, kLyrics3FooterSize);
+    const bool isOld = tail.sub(6).startsWith("LYRICSEND");
+    if (const auto size = lyrics3TagSize(tail))
+        return *size <= end - from && startsWithAt(reader, end - *size, kBegin) ? *size : 0;
+    if (!isOld)
         return 0;
     const std::uint64_t reach = std::min(end - from, kLyrics3v1Largest);
-    const qsizetype at =
-        reader.viewUpTo(end - reach, reach).bytes().lastIndexOf(QByteArrayView("LYRICSBEGIN"));
+    const qsizetype at = reader.viewUpTo(end - reach, reach).bytes().lastIndexOf(kBegin);
     return at < 0 ? 0 : reach - static_cast<std::uint64_t>(at);
 }
 
 /// An ID3v2.4 tag at the end, found by its footer.
 std::uint64_t appendedId3Bytes(FileReader& reader, std::uint64_t from, std::uint64_t end) {
-    if (end - from < 2 * kId3HeadSize)
+    if (end - from < 2 * Id3Header::kSize)
         return 0;
-    const ByteView footer = reader.viewUpTo(end - kId3HeadSize, kId3HeadSize);
-    const auto header = footer.startsWith("3DI") ? parseId3Header(footer) : std::nullopt;
-    const std::uint64_t size = header ? 2 * kId3HeadSize + header->bodySize : 0;
-    return size != 0 && size <= end - from && startsWithAt(reader, end - size, "ID3") ? size : 0;
+    const auto size = appendedId3TagSize(reader.viewUpTo(end - Id3Header::kSize, Id3Header::kSize));
+    return size && *size <= end - from && startsWithAt(reader, end - *size, "ID3") ? *size : 0;
 }
 
 /// MusicMatch (up to version 3.1): a header of 256 bytes that may be missing, image, version

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/audio_facts.h"
 #include "platform/formats/format_readers.h"
-#include "platform/formats/mpeg/id3_tag.h"
-#include "platform/formats/mpeg/legacy_tags.h"
+#include "platform/formats/mpeg/id3_contents.h"
+#include "platform/formats/mpeg/id3_header.h"
+#include "platform/formats/mpeg/trailing_tags.h"
 #include "platform/formats/tagged/taglib_stream.h"
 
 #include <apefile.h>
@@ -151,7 +152,7 @@ MediaFacts apeTaggedFacts(FileReader& reader, TagLibStream& stream, const QStrin
     setTaggedAudio(facts, codec, file.audioProperties());
     std::uint64_t start = 0;
     Id3Contents id3;
-    if (const auto header = parseId3Header(reader.viewUpTo(0, 10))) {
+    if (const auto header = id3HeaderAt(reader, 0)) {
         start = header->totalSize;
         id3 = readId3(ByteRange(reader, 0, start));
     }
@@ -163,7 +164,7 @@ MediaFacts apeTaggedFacts(FileReader& reader, TagLibStream& stream, const QStrin
 }
 
 std::optional<MediaFacts> readBySignature(FileReader& reader, TagLibStream& stream) {
-    const auto tag = parseId3Header(reader.viewUpTo(0, 10));
+    const auto tag = id3HeaderAt(reader, 0);
     const std::uint64_t start = tag ? tag->totalSize : 0;
     const QByteArray head = reader.viewUpTo(start, 16).toByteArray();
     if (head.startsWith("MAC "))

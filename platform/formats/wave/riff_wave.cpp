@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/audio_facts.h"
 #include "platform/formats/format_readers.h"
-#include "platform/formats/mpeg/id3_tag.h"
+#include "platform/formats/mpeg/id3_contents.h"
 #include "platform/formats/tag_text.h"
 
 #include <algorithm>

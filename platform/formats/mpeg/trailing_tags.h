@@ -18,13 +18,11 @@ struct TrailingTags {
     std::optional<ByteRange> apeCover; ///< "Cover Art (Front)", name in front cut off
     std::optional<ByteRange> id3v2;
 };
-/// Reads them backwards from the end; `from` is where they may begin at the earliest.
+/// Reads them backwards from the end; `from` is where they may begin at the earliest. More lenient
+/// than findMpegAudio(): what looks like a tag is read as one, since nothing is lost by it.
 [[nodiscard]] TrailingTags readTrailingTags(FileReader& reader, std::uint64_t from);
 
 /// Adds their items to what stands in front of the audio already, ID3v2.4 before APE before ID3v1.
 void addTrailingTags(const TrailingTags& tags, MediaFacts& facts);
-
-/// Adds those of `more` whose identifier `items` lacks. In front, so that images stay last.
-void addMissingItems(QList<AVMetadataItem>& items, const QList<AVMetadataItem>& more);
 
 } // namespace clipheave::platform

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/formats/mpeg/id3_tag.h"
+#include "platform/formats/mpeg/id3_contents.h"
+
+#include "platform/formats/mpeg/id3_frames.h"
+#include "platform/formats/mpeg/id3_header.h"
 #include "platform/formats/tag_text.h"
 #include "platform/media/model/tag_mapping.h"
 
@@ -110,8 +113,7 @@ void Id3ItemList::add(const Id3Frame& frame) {
 }
 
 void Id3ItemList::addText(const Id3Frame& frame, ByteView bytes) {
-    // WFED is a link by its name and a text by its layout, as the program that invented it wrote
-    // it.
+    // WFED is a link by its name and a text by its layout: so wrote the program that invented it.
     const bool link = frame.id[0] == 'W' && bytes.u8(0).value_or(0) > 3;
     const QString text = link ? takeId3Text(Id3Encoding::Latin1, bytes)
                               : id3Texts(encodingOf(bytes), bytes.sub(1)).join(kValueSeparator);
@@ -174,7 +176,7 @@ QList<AVMetadataItem> Id3ItemList::take() {
 } // namespace
 
 Id3Contents readId3(const ByteRange& range) {
-    const auto header = parseId3Header(range.view(0, 10));
+    const auto header = parseId3Header(range.view(0, Id3Header::kSize));
     if (!header)
         return {};
     Id3ItemList list(header->version);
