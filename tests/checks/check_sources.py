@@ -37,7 +37,7 @@ WORDS_EXEMPT = {"LICENSE"}
 def sources(root, suffixes):
     for folder, names, files in os.walk(root):
         names[:] = sorted(n for n in names if n not in SKIPPED_FOLDERS and not n.startswith("build"))
-        for name in sorted(files):
+        for name in sorted(set(files) - SKIPPED_FOLDERS):  # .git is a file in a linked worktree
             path = pathlib.Path(folder, name)
             if path.suffix in suffixes:
                 yield path.relative_to(root).as_posix(), path
