@@ -112,7 +112,6 @@ public:
     void ShowVideoViewWithItem(const media::ItemPointer& item);
     void ShowAudioViewWithItem(const media::ItemPointer& item);
     Q_INVOKABLE void ChangeToImportComputerPhoto();
-    Q_INVOKABLE void ChangeToImportiOSDevicePhoto();
     Q_INVOKABLE void revealCurrentItem();
     Q_INVOKABLE void openCurrentItem(); ///< in the desktop's usual program
     Q_INVOKABLE void copyCurrentPath();

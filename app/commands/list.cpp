@@ -82,10 +82,6 @@ void AppDelegate::ChangeToImportComputerPhoto() {
     m_window->showComputer();
 }
 
-void AppDelegate::ChangeToImportiOSDevicePhoto() {
-    notAvailableYet(QStringLiteral("ChangeToImportiOSDevicePhoto"));
-}
-
 void AppDelegate::revealCurrentItem() {
     if (m_shownItem)
         platform::NSWorkspace::sharedWorkspace().selectFiles({m_shownItem->filePath});

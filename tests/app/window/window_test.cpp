@@ -2,7 +2,6 @@
 // The window as a user works with it, by real input events on an offscreen screen.
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
-#include "app/command_tables.h"
 #include "app/list/media_list_model.h"
 #include "app/list/media_table_view.h"
 #include "app/list/photo_grid.h"
@@ -323,23 +322,6 @@ TEST_F(WindowTest, TheTwoWaysToCloseAskAndDoNotAsk) {
     EXPECT_EQ(alerts.size(), 2);
     EXPECT_TRUE(controller->windowShouldClose());
     EXPECT_EQ(alerts.size(), 2);
-}
-
-TEST_F(WindowTest, EveryButtonOfTheDispatcherReachesSomething) {
-    for (const DispatchRow& row : dispatchRows()) {
-        if (row.kind == DispatchKind::Menu) {
-            ASSERT_TRUE(window()->menu(QLatin1String(row.target))) << row.target;
-            EXPECT_FALSE(window()->menu(QLatin1String(row.target))->isEmpty()) << row.target;
-        }
-    }
-    const std::size_t lines = controller->activity()->log().size();
-    QObject stranger;
-    stranger.setObjectName(QStringLiteral("strangerBtn"));
-    controller->MybuttonMouseDownHandle(&stranger);
-    EXPECT_EQ(controller->activity()->log().size(), lines);
-    controller->performCommand(QStringLiteral("OpenDeviceAction"));
-    ASSERT_EQ(controller->activity()->log().size(), lines + 1);
-    EXPECT_TRUE(controller->activity()->log().back().text.contains(u"not available yet"));
 }
 
 TEST_F(WindowTest, PreferencesTakeTheFolderOnSaveOnly) {
