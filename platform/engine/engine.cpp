@@ -10,6 +10,7 @@
 #include "platform/engine/io/ffmpeg.h"
 #include "platform/engine/probe/probe.h"
 #include "platform/engine/samples/sample_writer.h"
+#include "platform/foundation/log.h"
 #include "platform/media/model/media_engine.h"
 
 #include <cstdarg>
@@ -66,13 +67,39 @@ public:
     }
 };
 
+/// What is logged and worded in this copy of the foundation goes to the program's.
+void useHost(const MediaEngineHost& host) {
+    setWording(host.text);
+    static const LogSubscription forward(LogLevel::Trace, host.log);
+}
+
+/// Which libraries run, for reports of faults: the versions at run time, not those of the build.
+void logVersions() {
+    const auto text = [](unsigned version) {
+        return QStringLiteral("%1.%2.%3")
+            .arg(AV_VERSION_MAJOR(version))
+            .arg(AV_VERSION_MINOR(version))
+            .arg(AV_VERSION_MICRO(version));
+    };
+    log(LogLevel::Trace, QStringLiteral("media engine: libavformat %1, libavcodec %2")
+                             .arg(text(avformat_version()), text(avcodec_version())));
+}
+
 } // namespace
 
 } // namespace clipheave::platform
 
 extern "C" __attribute__((visibility("default"))) clipheave::platform::MediaEngine*
-clipheaveMediaEngine() {
+clipheaveMediaEngine(const clipheave::platform::MediaEngineHost& host, int& abi) {
+    using namespace clipheave::platform;
+    abi = kMediaEngineAbi;
+    if (host.abi != kMediaEngineAbi)
+        return nullptr;
     // Never destroyed: other threads may still be inside at the end of the program.
-    static auto* const engine = new clipheave::platform::FfmpegEngine;
+    static auto* const engine = [&host] {
+        useHost(host);
+        return new FfmpegEngine;
+    }();
+    logVersions();
     return engine;
 }

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/media/asset/media_engine_loader.h"
+
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
-#include "platform/media/model/media_engine.h"
+#include "platform/media/messages.h"
 
 #include <QByteArrayList>
 
@@ -34,33 +36,56 @@ QByteArrayList moduleCandidates() {
     return folders;
 }
 
+tl::unexpected<Error> notLoaded(const Message& reason) {
+    return failure(ErrorCode::NotSupported, kLoadMediaEngine, {}, reason);
+}
+
 Result<MediaEngine*> loadEngine() {
-    QByteArray reason = "no folder to look in";
+    auto engine = findMediaEngine().and_then([](MediaEngineEntry entry) {
+        return startMediaEngine(entry); //
+    });
+    if (!engine)
+        log(LogLevel::Error, engine.error().text());
+    return engine;
+}
+
+void logOfModule(const LogLine& line) {
+    log(line.level, line.text, line.path);
+}
+
+QString textOfModule(const Message& message) {
+    return message.text();
+}
+
+} // namespace
+
+Result<MediaEngineEntry> findMediaEngine() {
+    Message reason = kNoModuleFolder;
     for (const QByteArray& path : moduleCandidates()) {
         if (access(path.constData(), F_OK) != 0) {
-            reason = path + ": no such file";
+            reason = {kNoSuchModule, {pathFromNative(path)}};
             continue;
         }
         // Never closed: the libraries behind it register what cannot be taken back.
         void* module = dlopen(path.constData(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
         void* symbol = module != nullptr ? dlsym(module, kMediaEngineSymbol) : nullptr;
-        if (symbol == nullptr) {
-            const char* text = dlerror();
-            reason = text != nullptr ? text : "unknown loader failure";
-            continue;
-        }
         // POSIX: an object pointer of dlsym may be converted to a function pointer.
-        const auto entry = reinterpret_cast<MediaEngineEntry>(symbol);
-        if (MediaEngine* engine = entry())
-            return engine;
-        reason = path + ": the entry point gave nothing";
+        if (symbol != nullptr)
+            return reinterpret_cast<MediaEngineEntry>(symbol);
+        const char* text = dlerror();
+        reason = text != nullptr ? Message(pathFromNative(text)) : Message(kUnknownLoaderFailure);
     }
-    const QString text = pathFromNative(reason);
-    log(LogLevel::Error, QStringLiteral("load the media engine: ") + text);
-    return failure(ErrorCode::NotSupported, QStringLiteral("load the media engine"), {}, text);
+    return notLoaded(reason);
 }
 
-} // namespace
+Result<MediaEngine*> startMediaEngine(MediaEngineEntry entry, int abi) {
+    const MediaEngineHost host{abi, &logOfModule, &textOfModule};
+    int moduleAbi = 0;
+    MediaEngine* engine = entry(host, moduleAbi);
+    if (engine != nullptr && moduleAbi == abi)
+        return engine;
+    return notLoaded({kOtherEngineAbi, {QString::number(moduleAbi), QString::number(abi)}});
+}
 
 Result<MediaEngine*> mediaEngine() {
     static const Result<MediaEngine*> engine = loadEngine();

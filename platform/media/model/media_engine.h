@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/foundation/log.h"
 #include "platform/media/model/cm_sample_buffer.h"
 #include "platform/media/model/export_plan.h"
 #include "platform/media/model/media_facts.h"
@@ -168,8 +169,22 @@ public:
 /// of its libraries is missing.
 [[nodiscard]] Result<MediaEngine*> mediaEngine();
 
-/// Entry point of the module.
-using MediaEngineEntry = MediaEngine* (*)();
+/// Raised with every change of what crosses into the module: this interface, the types in it and
+/// those of the foundation. Program and module work together only when both were built with one.
+inline constexpr int kMediaEngineAbi = 1;
+
+/// What the program lends the module, which has a copy of the foundation of its own: without it a
+/// log line made there reaches no listener and a message worded there is worded plainly. The number
+/// stands first in every version.
+struct MediaEngineHost {
+    int abi = kMediaEngineAbi;
+    void (*log)(const LogLine& line) = nullptr;
+    QString (*text)(const Message& message) = nullptr;
+};
+
+/// Entry point of the module. Sets `abi` to the number of the module; null when the host has
+/// another one.
+using MediaEngineEntry = MediaEngine* (*)(const MediaEngineHost& host, int& abi);
 inline constexpr char kMediaEngineSymbol[] = "clipheaveMediaEngine";
 inline constexpr char kMediaEngineModule[] = "clipheave-engine.so";
 
