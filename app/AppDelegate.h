@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/list/path_rows.h"
 #include "app/theme/theme.h"
 #include "media/audio_pane.h"
 #include "media/media_import.h"
@@ -206,7 +207,13 @@ private:
     /// shows now.
     void retryJob(int job);
     void retryImport(const QStringList& paths, bool photos);
-    [[nodiscard]] std::vector<media::ItemPointer> itemsAt(const QStringList& paths) const;
+    /// The items of these paths, in their order; a path that the list does not hold gives none.
+    [[nodiscard]] std::vector<media::ItemPointer> itemsAt(const QStringList& paths);
+    /// Puts changed copies in the place of the items of these paths, in the list and what it shows.
+    /// Who holds an item keeps it as it was.
+    void changeItems(const QStringList& paths, const media::ItemChange& change);
+    /// Takes items off the list, which then stands in import order.
+    void removeItems(const std::function<bool(const media::IKImageItem&)>& goes);
     void cancelJob(int job);
     void chooseAppearance(Appearance appearance);
     void storeStampChoices();
@@ -260,6 +267,7 @@ private:
     QString m_currentChooseFilePath, m_writeXmplocation;
     media::ChangeFlags m_flags;
     std::vector<media::ItemPointer> m_items; ///< localPhotoItemArray, import order
+    PathRows m_itemRows;                     ///< of m_items
     media::ItemPointer m_shownItem;          ///< what the pane shows; null: nothing
     std::uint64_t m_totalBytes = 0;          ///< of m_items
     std::size_t m_shownItems = 0;            ///< of m_items, how many the list shows already

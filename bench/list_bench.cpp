@@ -105,13 +105,14 @@ void measureSorts(MediaListModel& model) {
 }
 
 /// Real frames for the first tiles, so that thumbnails arrive while the grid scrolls.
-void makePhotos(const QTemporaryDir& folder, const std::vector<media::ItemPointer>& items) {
+void makePhotos(const QTemporaryDir& folder, std::vector<media::ItemPointer>& items) {
     QImage videoFrame(1600, 1200, QImage::Format_RGB32);
     for (int i = 0; i < kPhotos; ++i) {
         videoFrame.fill(QColor::fromHsv(i * 6, 160, 200));
         const QString path = folder.filePath(QStringLiteral("%1.jpg").arg(i));
         videoFrame.save(path, "jpeg");
-        items[static_cast<std::size_t>(i)]->filePath = path;
+        media::ItemPointer& item = items[static_cast<std::size_t>(i)];
+        item = media::changedCopy(*item, [&path](auto& copy) { copy.filePath = path; });
     }
 }
 

@@ -11,4 +11,10 @@ ImageRepresentationType IKImageItem::imageRepresentationType() const {
     return ImageRepresentationType::QuickLook;
 }
 
+ItemPointer changedCopy(const IKImageItem& item, const ItemChange& change) {
+    auto copy = std::make_shared<IKImageItem>(item);
+    change(*copy);
+    return copy;
+}
+
 } // namespace clipheave::media

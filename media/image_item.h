@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 namespace clipheave::media {
@@ -21,8 +22,7 @@ enum class ImageRepresentationType {
 };
 
 /// One file of the media list. The field names are the record's fixed names. A tag that the file
-/// does not carry is a null text. Filled on one thread, then handed over; readers share it
-/// unchanged.
+/// does not carry is a null text.
 struct IKImageItem {
     platform::EncodedImage fileImage;
     QString fileImagePath; ///< image file dropped onto the artwork well
@@ -92,6 +92,14 @@ struct IKImageItem {
     [[nodiscard]] QString imageTitle() const { return fileName; }
 };
 
-using ItemPointer = std::shared_ptr<IKImageItem>;
+/// An item as threads share it: no one writes to it any more. A change of a field is a changed copy
+/// that takes the item's place.
+using ItemPointer = std::shared_ptr<const IKImageItem>;
+/// An item that one thread still fills, before it is handed over.
+using MutableItemPointer = std::shared_ptr<IKImageItem>;
+
+using ItemChange = std::function<void(IKImageItem& copy)>;
+/// Returns a copy of `item` with the change made.
+[[nodiscard]] ItemPointer changedCopy(const IKImageItem& item, const ItemChange& change);
 
 } // namespace clipheave::media

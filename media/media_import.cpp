@@ -36,10 +36,10 @@ Result<ItemPointer> readAudioItem(const QString& path) {
 Result<ItemPointer> readBrowserItem(const QString& path) {
     if (MediaKind::isPhoto(path) || !MediaKind::isVideo(path))
         return readPhotoItem(path);
-    auto item = readVideoItem(path, WalkTable::Video);
-    if (item)
-        (*item)->fileType = QStringLiteral("Movie");
-    return item;
+    const auto item = readVideoItem(path, WalkTable::Video);
+    if (!item)
+        return tl::unexpected(item.error());
+    return changedCopy(**item, [](auto& copy) { copy.fileType = QStringLiteral("Movie"); });
 }
 
 /// A video by its name whose kind the list does not take.

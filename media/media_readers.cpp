@@ -19,7 +19,7 @@ namespace {
 using namespace platform;
 
 struct OpenedItem {
-    ItemPointer item;
+    MutableItemPointer item;
     std::shared_ptr<const MediaFile> file; ///< null when it could not be opened
 };
 
@@ -115,7 +115,7 @@ Result<ItemPointer> readTaggedAudio(const QString& path, WalkTable table) {
     const auto opened = beginItem(path, QStringLiteral("Audio"));
     if (!opened)
         return tl::unexpected(opened.error());
-    const ItemPointer& item = opened->item;
+    const MutableItemPointer& item = opened->item;
     if (!opened->file)
         return item;
     applyAudioAttributes(*item, MDItem::create(opened->file));
@@ -191,7 +191,7 @@ Result<ItemPointer> readVideoItem(const QString& path, WalkTable table) {
     const auto opened = beginItem(path, QStringLiteral("Movie"));
     if (!opened)
         return tl::unexpected(opened.error());
-    const ItemPointer& item = opened->item;
+    const MutableItemPointer& item = opened->item;
     if (!opened->file)
         return item;
     const MDItem index = MDItem::create(opened->file);

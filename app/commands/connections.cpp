@@ -41,8 +41,10 @@ void AppDelegate::connectPanes() {
     connect(pane, &DetailPane::durationKnown, this, [this](double seconds) {
         if (!m_shownItem || !m_shownItem->fileduratStr.isEmpty())
             return;
-        m_shownItem->fileduration = seconds;
-        m_shownItem->fileduratStr = getMediaDuration(static_cast<int>(seconds));
+        changeItems({m_shownItem->filePath}, [seconds](media::IKImageItem& item) {
+            item.fileduration = seconds;
+            item.fileduratStr = getMediaDuration(static_cast<int>(seconds));
+        });
     });
     ActivityPanel* panel = m_window->activityPanel();
     connect(panel, &ActivityPanel::revealRequested, this, [](const QStringList& paths) {

@@ -8,6 +8,8 @@
 #include "platform/foundation/log.h"
 #include "platform/foundation/main_thread.h"
 
+#include <QSet>
+
 #include <chrono>
 
 namespace clipheave::app {
@@ -55,6 +57,16 @@ void AppDelegate::importPhotoPaths(const QStringList& paths) {
     platform::ignoreFailure(platform::NSFileManager::defaultManager().createDirectoryAtPath(
                                 m_preferences.storagelocation),
                             "jobs that write to the storage folder report it");
+}
+
+void AppDelegate::retryImport(const QStringList& paths, bool photos) {
+    // A file that could be read only in part is in the list already: the new reading takes its
+    // place.
+    const QSet<QString> again(paths.begin(), paths.end());
+    removeItems([&again](const media::IKImageItem& item) {
+        return !item.problem.isEmpty() && again.contains(item.filePath);
+    });
+    runImport(paths, photos);
 }
 
 void AppDelegate::runImport(const QStringList& paths, bool photos) {

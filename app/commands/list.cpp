@@ -12,7 +12,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 
-#include <algorithm>
+#include <unordered_set>
 
 namespace clipheave::app {
 
@@ -64,14 +64,46 @@ std::vector<media::ItemPointer> AppDelegate::selectedItems() const {
     return items;
 }
 
-void AppDelegate::RemoveMediaFileAction() {
-    const auto removed = selectedItems();
-    for (const auto& item : removed)
+std::vector<media::ItemPointer> AppDelegate::itemsAt(const QStringList& paths) {
+    std::vector<media::ItemPointer> found;
+    for (const QString& path : paths)
+        if (const QList<int> rows = m_itemRows.rowsOf(path, m_items); !rows.isEmpty())
+            found.push_back(m_items[static_cast<std::size_t>(rows.first())]);
+    return found;
+}
+
+void AppDelegate::changeItems(const QStringList& paths, const media::ItemChange& change) {
+    ItemChanges changes;
+    for (const QString& path : paths) {
+        for (const int row : m_itemRows.rowsOf(path, m_items)) {
+            media::ItemPointer& item = m_items[static_cast<std::size_t>(row)];
+            const media::ItemPointer copy = media::changedCopy(*item, change);
+            changes.emplace_back(item, copy);
+            if (m_shownItem == item)
+                m_shownItem = copy;
+            item = copy;
+        }
+    }
+    m_mediaController->replaceItems(changes);
+}
+
+void AppDelegate::removeItems(const std::function<bool(const media::IKImageItem&)>& goes) {
+    std::erase_if(m_items, [this, &goes](const media::ItemPointer& item) {
+        if (!goes(*item))
+            return false;
         m_totalBytes -= item->sizeBytes;
-    std::erase_if(m_items, [&removed](const media::ItemPointer& item) {
-        return std::find(removed.begin(), removed.end(), item) != removed.end();
+        return true;
     });
+    m_itemRows.forget();
     restoreImportOrder();
+}
+
+void AppDelegate::RemoveMediaFileAction() {
+    // By address: a file that was added twice has two items.
+    std::unordered_set<const media::IKImageItem*> removed;
+    for (const auto& item : selectedItems())
+        removed.insert(item.get());
+    removeItems([&removed](const auto& item) { return removed.contains(&item); });
     m_shownItem.reset();
     m_window->detailPane()->showNothing();
     if (m_items.empty())

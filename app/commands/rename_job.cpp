@@ -11,8 +11,8 @@
 #include "platform/workspace/ns_workspace.h"
 
 #include <QAction>
+#include <QHash>
 #include <QMenu>
-#include <QSet>
 
 #include <algorithm>
 #include <chrono>
@@ -157,6 +157,7 @@ batch::RenameProgress AppDelegate::renameProgress(const std::shared_ptr<RenameRu
 void AppDelegate::takeRenamed(RenameRun& run) {
     if (run.undoes && run.done == 0)
         m_activity->setTotal(run.job, static_cast<int>(run.total));
+    QHash<QString, QString> shownNames; // by path
     for (const batch::RenameOutcome& outcome : std::exchange(run.ready, {})) {
         const std::size_t line = run.done++; // of the plan; they come in its order
         // A file that stays although it was to get its old name back is no failure to try again:
@@ -174,11 +175,14 @@ void AppDelegate::takeRenamed(RenameRun& run) {
         // Deliberate: with metadata tags the list shows the new name, moved or not; with a custom
         // text it keeps showing the old one. Either way the item goes on pointing to the old path.
         if (!run.undoes && run.request.mode == batch::RenameMode::MetadataTags)
-            run.items[line]->fileName = run.plan[line].newFileName;
+            shownNames.insert(run.items[line]->filePath, run.plan[line].newFileName);
         if (!run.undoes && line == 0)
             platform::NSWorkspace::sharedWorkspace().selectFiles({outcome.target});
         run.moved += outcome.moved ? 1 : 0;
     }
+    changeItems(shownNames.keys(), [&shownNames](media::IKImageItem& item) {
+        item.fileName = shownNames.value(item.filePath);
+    });
     RefreshRenamePhotoProcessToMainThread(QStringLiteral("%1/%2").arg(run.done).arg(run.total));
 }
 
@@ -193,6 +197,7 @@ void AppDelegate::finishRename(RenameRun& run, const platform::Error* failure) {
     takeRenamed(run); // what came after the last hand-over
     if (run.undoes)
         restoreItemNames(run);
+    refreshRenameItems(); // a window that is open again plans with the names of now
     const FileState left = failure ? FileState::Failed : FileState::Cancelled;
     for (std::size_t i = run.done; i < run.items.size(); ++i) {
         m_activity->fileFinished(
@@ -213,10 +218,9 @@ void AppDelegate::finishRename(RenameRun& run, const platform::Error* failure) {
 
 /// The list shows the names that the files have again.
 void AppDelegate::restoreItemNames(const RenameRun& run) {
-    const QSet<QString> restored(run.restored.begin(), run.restored.end());
-    for (const media::ItemPointer& item : m_items)
-        if (restored.contains(item->filePath))
-            item->fileName = platform::lastPathComponent(item->filePath);
+    changeItems(run.restored, [](media::IKImageItem& item) {
+        item.fileName = platform::lastPathComponent(item.filePath);
+    });
 }
 
 /// The moves that failed once more, to the same names: a number that a file was to get stays its

@@ -116,31 +116,6 @@ void AppDelegate::cancelJob(int id) {
         run->second->cancel();
 }
 
-std::vector<media::ItemPointer> AppDelegate::itemsAt(const QStringList& paths) const {
-    std::vector<media::ItemPointer> found;
-    for (const QString& path : paths) {
-        const auto item =
-            std::find_if(m_items.begin(), m_items.end(),
-                         [&path](const auto& candidate) { return candidate->filePath == path; });
-        if (item != m_items.end())
-            found.push_back(*item);
-    }
-    return found;
-}
-
-void AppDelegate::retryImport(const QStringList& paths, bool photos) {
-    // A file that could be read only in part is in the list already: the new reading takes its
-    // place.
-    const QSet<QString> again(paths.begin(), paths.end());
-    std::erase_if(m_items, [this, &again](const media::ItemPointer& item) {
-        const bool goes = !item->problem.isEmpty() && again.contains(item->filePath);
-        m_totalBytes -= goes ? item->sizeBytes : 0;
-        return goes;
-    });
-    restoreImportOrder();
-    runImport(paths, photos);
-}
-
 std::vector<jobs::WriteRequest>
 AppDelegate::writeRequests(const std::vector<media::ItemPointer>& items) const {
     const DetailPane* pane = m_window->detailPane();
@@ -278,7 +253,8 @@ void AppDelegate::takeArtwork(const QString& path) {
         return;
     }
     if (m_shownItem) {
-        m_shownItem->fileImagePath = path;
+        changeItems({m_shownItem->filePath},
+                    [&path](media::IKImageItem& item) { item.fileImagePath = path; });
         m_window->detailPane()->setArtwork(*image);
     }
 }

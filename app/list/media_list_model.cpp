@@ -87,6 +87,7 @@ void MediaListModel::appendItem(const media::ItemPointer& item) {
 }
 
 void MediaListModel::setContent(const std::vector<media::ItemPointer>& items) {
+    m_rows.forget();
     const int before = rowCount();
     const auto after = static_cast<int>(items.size());
     const int shared = std::min(before, after);
@@ -116,18 +117,32 @@ void MediaListModel::sortByColumn(int column) {
     const media::Column sorted = media::kColumns[static_cast<std::size_t>(column)];
     const bool flag = MediaListSort::flipFlag(sorted);
     MediaListSort::sortItems(m_content, sorted, flag);
+    m_rows.forget();
     if (!m_content.empty())
         Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, kColumnCount - 1));
     setSortState(sorted, ascends(sorted, flag));
     Q_EMIT contentSorted();
 }
 
-void MediaListModel::itemChanged(const media::ItemPointer& item) {
-    const auto found = std::find(m_content.begin(), m_content.end(), item);
-    if (found == m_content.end())
-        return;
-    const auto row = static_cast<int>(found - m_content.begin());
-    Q_EMIT dataChanged(index(row, 0), index(row, kColumnCount - 1));
+void MediaListModel::replaceItems(const ItemChanges& changes) {
+    std::vector<int> changed;
+    for (const auto& [before, after] : changes)
+        for (const int row : m_rows.rowsOf(before->filePath, m_content))
+            if (auto& item = m_content[static_cast<std::size_t>(row)]; item == before) {
+                item = after;
+                changed.push_back(row);
+            }
+    announceChangedRows(std::move(changed));
+}
+
+/// One signal for each run of neighbouring rows.
+void MediaListModel::announceChangedRows(std::vector<int> rows) {
+    std::sort(rows.begin(), rows.end());
+    for (std::size_t first = 0, next = 0; first < rows.size(); first = next) {
+        while (++next < rows.size() && rows[next] <= rows[next - 1] + 1) {
+        }
+        Q_EMIT dataChanged(index(rows[first], 0), index(rows[next - 1], kColumnCount - 1));
+    }
 }
 
 void MediaListModel::setSortState(std::optional<media::Column> column, bool ascending) {

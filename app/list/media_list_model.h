@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/list/path_rows.h"
 #include "media/media_list.h"
 
 #include <QAbstractTableModel>
 
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace clipheave::app {
+
+/// Items and the changed copies that take their places; a path is never changed.
+using ItemChanges = std::vector<std::pair<media::ItemPointer, media::ItemPointer>>;
 
 /// The content of the media list: what the table and the photo grid show. It is filled from the
 /// controller's items in import order; a sort reorders this content alone. Column numbers are those
@@ -29,8 +34,9 @@ public:
     void setContent(const std::vector<media::ItemPointer>& items);
     /// Flips the column's flag and sorts by it; emits contentSorted().
     void sortByColumn(int column);
-    /// Call it after a change to the item's fields.
-    void itemChanged(const media::ItemPointer& item);
+    /// Shows the second of each pair, a changed copy, where the first stands; selection, current
+    /// row, order and scroll position stay. Items that the list does not show are left out.
+    void replaceItems(const ItemChanges& changes);
 
     [[nodiscard]] bool isSorted() const { return m_sortedColumn.has_value(); }
     [[nodiscard]] std::optional<media::Column> sortedColumn() const { return m_sortedColumn; }
@@ -59,9 +65,11 @@ Q_SIGNALS:
     void sortStateChanged();
 
 private:
+    void announceChangedRows(std::vector<int> rows);
     void setSortState(std::optional<media::Column> column, bool ascending);
 
     std::vector<media::ItemPointer> m_content;
+    PathRows m_rows; ///< of m_content
     std::optional<media::Column> m_sortedColumn;
     bool m_ascending = false;
 };

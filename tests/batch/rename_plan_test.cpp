@@ -22,12 +22,17 @@ using testing::ElementsAre;
 
 constexpr char kDisk[] = "/m/";
 
-media::ItemPointer itemNamed(const QString& name) {
+media::MutableItemPointer itemNamed(const QString& name) {
     auto item = std::make_shared<media::IKImageItem>();
     item->fileName = name;
     item->filePath = QLatin1String(kDisk) + name;
     item->fileCreateDateStr = QStringLiteral("2020:01:02 03:04:05");
     return item;
+}
+
+media::ItemPointer titled(const media::IKImageItem& item, const char* title) {
+    return media::changedCopy(item,
+                              [title](auto& copy) { copy.fileTitle = QString::fromUtf8(title); });
 }
 
 Items itemsNamed(const QStringList& names) {
@@ -182,15 +187,15 @@ TEST(RenamePlan, CreationDateOfTheFileIsUniversalTime) {
 TEST(RenamePlan, MovesOfOneSelectionCount) {
     // A chain: the first finds its name taken, the last has left it by then.
     Items items = itemsNamed({QStringLiteral("a.mp4"), QStringLiteral("b.mp4")});
-    items[0]->fileTitle = QStringLiteral("b");
-    items[1]->fileTitle = QStringLiteral("c");
+    items[0] = titled(*items[0], "b");
+    items[1] = titled(*items[1], "c");
     EXPECT_THAT(targetsOf(planned(withTags(QStringLiteral("Title")), items)),
                 ElementsAre("/store/b 1.mp4", "c.mp4"));
     std::swap(items[0], items[1]);
     EXPECT_THAT(targetsOf(planned(withTags(QStringLiteral("Title")), items)),
                 ElementsAre("c.mp4", "b.mp4"));
     // A swap: the first has to go elsewhere, so the second finds its name free.
-    items[0]->fileTitle = QStringLiteral("a");
+    items[0] = titled(*items[0], "a");
     const auto swapped = planned(withTags(QStringLiteral("Title")), items);
     EXPECT_THAT(targetsOf(swapped), ElementsAre("/store/a 1.mp4", "b.mp4"));
     EXPECT_EQ(swapped[0].storageFolder, u"/store");

@@ -17,7 +17,7 @@ using media::Column;
 using media::ItemPointer;
 using media::MediaListSort;
 
-ItemPointer named(const QString& name) {
+media::MutableItemPointer named(const QString& name) {
     auto item = std::make_shared<media::IKImageItem>();
     item->fileName = item->fileArist = item->fileAblumName = item->fileType = name;
     return item;
@@ -142,8 +142,9 @@ TEST(MediaList, SortsSizesByTheNumericReading) {
     std::vector<ItemPointer> items;
     for (const char* size :
          {"1.94 GB", "800 bytes", "5K", "12.35 MB", "3G", "", "2M", "12.35 KB"}) {
-        items.push_back(named(u"x"_qs));
-        items.back()->fileSize = QString::fromLatin1(size);
+        auto item = named(u"x"_qs);
+        item->fileSize = QString::fromLatin1(size);
+        items.push_back(item);
     }
     MediaListSort::sortItems(items, Column::Size, true);
     EXPECT_EQ(texts(items, Column::Size).join(u'|'),
@@ -154,13 +155,15 @@ TEST(MediaList, SortsSizesByTheNumericReading) {
 }
 
 TEST(MediaList, SortsTimesAndDatesAscendingFirst) {
-    auto items = listOf({u"a"_qs, u"b"_qs, u"c"_qs, u"d"_qs});
+    std::vector<ItemPointer> items;
     const double seconds[] = {60, std::numeric_limits<double>::quiet_NaN(), 0.5, 60};
     const int years[] = {2025, 1903, 0, 2025};
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        items[i]->fileduration = seconds[i];
+    for (std::size_t i = 0; i < std::size(years); ++i) {
+        auto item = named(QChar(static_cast<char16_t>(u'a' + i)));
+        item->fileduration = seconds[i];
         if (years[i] != 0)
-            items[i]->fileCreateDate = QDateTime(QDate(years[i], 1, 1), QTime(0, 0), Qt::UTC);
+            item->fileCreateDate = QDateTime(QDate(years[i], 1, 1), QTime(0, 0), Qt::UTC);
+        items.push_back(item);
     }
     const auto order = [&](Column column, bool flag) {
         auto sorted = items;

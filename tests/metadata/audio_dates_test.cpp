@@ -31,7 +31,7 @@ protected:
         media::MediaImport import;
         import.importMediaItemsThreader({path});
         EXPECT_EQ(import.localPhotoItemArray().size(), 1u) << path.toStdString();
-        return import.localPhotoItemArray().empty() ? std::make_shared<media::IKImageItem>()
+        return import.localPhotoItemArray().empty() ? std::make_shared<const media::IKImageItem>()
                                                     : import.localPhotoItemArray().front();
     }
     /// Two seconds with title, artist, album and comment.

@@ -102,9 +102,10 @@ class AudioWriters : public testing::Test {
 protected:
     jobs::WriteRequest request(const QString& path) const {
         jobs::WriteRequest made;
-        made.item = std::make_shared<media::IKImageItem>();
-        made.item->filePath = path;
-        made.item->fileName = path.section(u'/', -1);
+        made.item = media::changedCopy({}, [&path](auto& item) {
+            item.filePath = path;
+            item.fileName = path.section(u'/', -1);
+        });
         made.storagelocation = m_dir.path(QStringLiteral("out"));
         return made;
     }

@@ -90,9 +90,10 @@ TEST(ReplacementPlans, PutTheTextInThePlaceOfEveryOldOne) {
 
 jobs::WriteRequest requestFor(const QString& path, const QString& imported) {
     jobs::WriteRequest request;
-    request.item = std::make_shared<media::IKImageItem>();
-    request.item->filePath = path;
-    request.item->fileName = path.section(u'/', -1);
+    request.item = media::changedCopy({}, [&path](auto& item) {
+        item.filePath = path;
+        item.fileName = path.section(u'/', -1);
+    });
     request.storagelocation = QStringLiteral("/s/out");
     request.bImportLocalFolder = !imported.isNull();
     request.bImportLocalPath = imported;
@@ -115,7 +116,8 @@ TEST(OutputPathRules, MirrorTheImportedFolderAndStayInside) {
         u"/s/out/x.mp4");
     const auto titled = [](const char* title) {
         auto request = requestFor(QStringLiteral("/m/lib/x.mp4"), QStringLiteral("/m"));
-        request.item->fileTitle = QString::fromUtf8(title);
+        request.item = media::changedCopy(
+            *request.item, [title](auto& item) { item.fileTitle = QString::fromUtf8(title); });
         return jobs::titledOutputPath(request);
     };
     EXPECT_EQ(titled("Café 1.2"), u"/s/out/lib/Café 1.2.mp4");

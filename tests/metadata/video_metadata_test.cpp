@@ -19,9 +19,10 @@ class Writers : public testing::Test {
 protected:
     jobs::WriteRequest request(const QString& path) const {
         jobs::WriteRequest made;
-        made.item = std::make_shared<media::IKImageItem>();
-        made.item->filePath = path;
-        made.item->fileName = path.section(u'/', -1);
+        made.item = media::changedCopy({}, [&path](auto& item) {
+            item.filePath = path;
+            item.fileName = path.section(u'/', -1);
+        });
         made.pane = media::ShowVideoViewWithItem(*made.item);
         made.storagelocation = m_dir.path(QStringLiteral("out"));
         return made;
@@ -99,7 +100,8 @@ TEST_F(Writers, TheCreatedDateOfThePaneDatesSavesAndRemovals) {
     EXPECT_EQ(testkit::TempDir::read(outcomes[2].outputs.front()), "nothing of the kind");
     EXPECT_EQ(modified(outcomes[2].outputs.front()), asked);
     const auto removed = run([&](VideoMetadata& writer) {
-        edited.item->fileTitle = QStringLiteral("t");
+        edited.item = media::changedCopy(*edited.item,
+                                         [](auto& item) { item.fileTitle = QStringLiteral("t"); });
         writer.RemoveMediaFileAction(edited);
     });
     EXPECT_EQ(valueOf(removed.front().outputs.front(), "itsk/%A9nam"), QString());
@@ -128,7 +130,8 @@ TEST_F(Writers, TextsOfEveryKindAndLengthReadBack) {
 TEST_F(Writers, TitlesBecomeNamesOnlyInsideAndOnlyWhereNothingIs) {
     const auto titled = [&](const char* name, const char* title) {
         auto made = request(m_dir.write(QString::fromUtf8(name), name));
-        made.item->fileTitle = QString::fromUtf8(title);
+        made.item = media::changedCopy(
+            *made.item, [title](auto& item) { item.fileTitle = QString::fromUtf8(title); });
         return made;
     };
     const QString old = m_dir.write(QStringLiteral("out/There.mp4"), "old");

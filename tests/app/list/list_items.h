@@ -10,7 +10,7 @@
 namespace clipheave::app {
 
 /// An item with its texts; `path` names a file that need not exist.
-inline media::ItemPointer listItem(const QString& path, const QString& artist = {}) {
+inline media::MutableItemPointer listItem(const QString& path, const QString& artist = {}) {
     auto item = std::make_shared<media::IKImageItem>();
     item->filePath = path;
     item->fileName = path.mid(path.lastIndexOf(u'/') + 1);

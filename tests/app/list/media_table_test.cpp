@@ -104,6 +104,34 @@ TEST_F(MediaTable, ShowsTheColumnsOfTheItems) {
     EXPECT_FALSE(m_model.index(1, 4).data(Qt::ToolTipRole).isValid());
 }
 
+TEST_F(MediaTable, ReplacedItemsShowInTheirRowsAndKeepTheSelection) {
+    auto items = listItems(6);
+    items.push_back(listItem(items[2]->filePath)); // the same file once more
+    m_model.setContent(items);
+    m_model.sortByColumn(0);
+    m_model.sortByColumn(0); // whichever way the flag stood: once up, once down
+    selectTableRow(m_view, 1);
+    const QStringList before = names();
+    const QSignalSpy changes(&m_model, &QAbstractItemModel::dataChanged);
+    ItemChanges replaced;
+    for (const int i : {2, 3, 5}) {
+        auto copy = std::make_shared<media::IKImageItem>(*items[static_cast<std::size_t>(i)]);
+        copy->fileName = u"new %1"_qs.arg(i);
+        replaced.emplace_back(items[static_cast<std::size_t>(i)], copy);
+    }
+    replaced.emplace_back(listItem(u"/not/in/the list"_qs), listItem(u"/not/in/the list"_qs));
+    m_model.replaceItems(replaced);
+    std::size_t rows = 0;
+    for (const auto& change : changes)
+        for (int row = change[0].toModelIndex().row(); row <= change[1].toModelIndex().row(); ++row)
+            rows += names()[row] != before[row] ? 1u : 100u;
+    EXPECT_EQ(rows, replaced.size() - 1) << "exactly the rows that are others now";
+    EXPECT_EQ(names().filter(u"new"_qs).size(), 3);
+    EXPECT_EQ(names().count(u"clip 2.mp4"_qs), 1) << "the other one of the same path stays";
+    EXPECT_EQ(selectedRowsOf(m_view), QList<int>{1});
+    EXPECT_TRUE(m_model.isSorted());
+}
+
 TEST_F(MediaTable, AppendAndRefillKeepSelectionAndScrollPosition) {
     m_model.setContent(listItems(200));
     QApplication::processEvents();

@@ -26,7 +26,7 @@ protected:
         return m_dir.path(name);
     }
     /// An item whose file has the modification time `second`.
-    [[nodiscard]] static media::ItemPointer dated(const QString& path, qint64 second) {
+    [[nodiscard]] static media::MutableItemPointer dated(const QString& path, qint64 second) {
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::ReadWrite));
         const QDateTime time = QDateTime::fromSecsSinceEpoch(second, Qt::UTC);

@@ -2,6 +2,7 @@
 // The rename window by real input events, and what its job leaves on the disk.
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/list/media_list_model.h"
 #include "app/theme/theme.h"
 #include "app/widgets/button_look.h"
 #include "app/widgets/image_button.h"
@@ -173,7 +174,13 @@ TEST_F(RenameTest, TagsGoToEitherEndAndTheTableFollows) {
     c.seqNumBtn->click();
     EXPECT_EQ(targets(),
               (QStringList{in("Cut b000001.mp4"), in("Cut c000002.mp4"), in("Cut a000003.mp4")}));
+    const media::ItemPointer held = controller->localPhotoItemArray()[0];
+    const QSignalSpy changes(controller->mediaController(), &QAbstractItemModel::dataChanged);
     finish();
+    EXPECT_EQ(held->fileName, u"b.mp4") << "who holds an item keeps it as it was";
+    EXPECT_FALSE(changes.isEmpty()) << "views and assistive technology hear of it";
+    EXPECT_EQ(controller->mediaController()->index(0, 0).data().toString(), u"Cut b000001.mp4");
+    EXPECT_EQ(controller->mainWindow()->selectedRows(), QList<int>({0, 1, 2}));
     EXPECT_EQ(onDisk("in"),
               (QStringList{u"Cut a000003.mp4"_qs, u"Cut b000001.mp4"_qs, u"Cut c000002.mp4"_qs}));
     EXPECT_EQ(names(),
