@@ -13,11 +13,7 @@ using testkit::TempDir;
 
 /// The audio of a file, decoded.
 QByteArray samplesOf(const QString& path) {
-    return testkit::run(QStringLiteral("ffmpeg"),
-                        {QStringLiteral("-v"), QStringLiteral("quiet"), QStringLiteral("-i"), path,
-                         QStringLiteral("-map"), QStringLiteral("0:a"), QStringLiteral("-f"),
-                         QStringLiteral("md5"), QStringLiteral("-")})
-        .out;
+    return testkit::ffmpeg("-i % -map 0:a -f md5 -", {path});
 }
 
 class AudioCommands : public testing::Test {

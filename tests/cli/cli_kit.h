@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -16,6 +16,7 @@
 namespace {
 
 using testkit::RunResult;
+using testkit::streamHash;
 
 using clitest::cli;
 using clitest::listed;
@@ -41,15 +42,6 @@ QSet<QString> metadataOf(const QString& path) {
                           : QString::fromUtf8(QJsonDocument(value.toObject()).toJson())));
     }
     return lines;
-}
-
-QByteArray streamHash(const QString& path) {
-    return testkit::run(QStringLiteral("ffmpeg"),
-                        {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), path,
-                         QStringLiteral("-map"), QStringLiteral("0"), QStringLiteral("-c"),
-                         QStringLiteral("copy"), QStringLiteral("-f"), QStringLiteral("streamhash"),
-                         QStringLiteral("-")})
-        .out;
 }
 
 /// One library for all tests of this program.
@@ -122,10 +114,8 @@ TEST_F(Cli, SavedTitleIsSeenByOthersAndNothingElseChanges) {
             EXPECT_EQ(streamHash(output), streamHash(source)) << name;
         }
         if (testkit::hasProgram(QStringLiteral("exiftool"))) {
-            const RunResult read =
-                testkit::run(QStringLiteral("exiftool"),
-                             {QStringLiteral("-s3"), QStringLiteral("-ItemList:Title"), output});
-            EXPECT_EQ(QString::fromUtf8(read.out.trimmed()), title) << name;
+            EXPECT_EQ(QString::fromUtf8(testkit::exiftool("-s3 -ItemList:Title", {output})), title)
+                << name;
         }
     }
 }

@@ -10,15 +10,10 @@ using testkit::TempDir;
 class VideoCommand : public testing::Test {
 protected:
     void SetUp() override {
-        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-            GTEST_SKIP() << "needs ffmpeg";
-        const auto made = testkit::run(
-            QStringLiteral("ffmpeg"),
-            QStringLiteral("-v error -f lavfi -i testsrc2=s=64x48:r=10:d=1.5 -f lavfi -i "
-                           "sine=d=1.5 -c:v libx264 -c:a aac")
-                    .split(u' ') +
-                QStringList{m_video});
-        ASSERT_EQ(made.exitCode, 0) << made.err.toStdString();
+        SKIP_WITHOUT("ffmpeg");
+        testkit::ffmpeg(
+            "-f lavfi -i testsrc2=s=64x48:r=10:d=1.5 -f lavfi -i sine=d=1.5 -c:v libx264 -c:a aac",
+            {m_video});
         m_dir.write(QStringLiteral("text.mp4"), "This is no film.");
     }
     testkit::RunResult video(const QString& job, const QStringList& more) {

@@ -5,11 +5,9 @@
 #include "metadata/video_metadata.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/media/export/av_asset_export_session.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 #include <cmath>
 
@@ -23,10 +21,7 @@ const char* const kAudioKinds[] = {"mp3", "flac", "m4a", "wav"};
 
 class AudioDates : public testing::Test {
 protected:
-    void SetUp() override {
-        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-            GTEST_SKIP() << "needs ffmpeg";
-    }
+    void SetUp() override { SKIP_WITHOUT("ffmpeg"); }
     static media::ItemPointer read(const QString& path) {
         media::MediaImport import;
         import.importMediaItemsThreader({path});
@@ -35,16 +30,13 @@ protected:
                                                     : import.localPhotoItemArray().front();
     }
     /// Two seconds with title, artist, album and comment.
-    jobs::WriteRequest audioFile(const QString& name, const QStringList& options = {}) {
+    jobs::WriteRequest audioFile(const QString& name, const QByteArray& options = {},
+                                 const QStringList& more = {}) {
         const QString path = m_dir.path(name);
-        QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"),
-                              QStringLiteral("-f"), QStringLiteral("lavfi"),
-                              QStringLiteral("-i"), QStringLiteral("sine=duration=2")};
-        arguments << options;
-        for (const char* tag : {"title=Own", "artist=A", "album=Old", "comment=C"})
-            arguments << QStringLiteral("-metadata") << QLatin1String(tag);
-        const auto made = testkit::run(QStringLiteral("ffmpeg"), arguments << path);
-        EXPECT_EQ(made.exitCode, 0) << made.err.toStdString();
+        testkit::ffmpeg(
+            "-f lavfi -i sine=duration=2 " + options +
+                " -metadata title=Own -metadata artist=A -metadata album=Old -metadata comment=C",
+            QStringList(more) << path);
         EXPECT_TRUE(platform::NSFileManager::defaultManager().setAttributes(path, kSourceDate,
                                                                             kSourceDate));
         jobs::WriteRequest request;
@@ -152,12 +144,8 @@ TEST_F(AudioDates, TheReloadWritersTakeTextsAndDatesFromTheirList) {
 
 /// Title, start and end of every chapter, in whole hundredths of a second.
 QStringList chaptersOf(const QString& path) {
-    const auto probed = testkit::run(QStringLiteral("ffprobe"),
-                                     {QStringLiteral("-v"), QStringLiteral("error"),
-                                      QStringLiteral("-show_chapters"), QStringLiteral("-of"),
-                                      QStringLiteral("json"), path});
     QStringList chapters;
-    for (const auto chapter : QJsonDocument::fromJson(probed.out)[u"chapters"].toArray()) {
+    for (const auto chapter : testkit::ffprobe(path)[u"chapters"].toArray()) {
         const QJsonObject object = chapter.toObject();
         const auto hundredths = [&](const char* key) {
             return std::lround(object[QLatin1String(key)].toString().toDouble() * 100);
@@ -187,9 +175,8 @@ TEST_F(AudioDates, ChaptersOutliveAnEncodingAndTheTagsAfterIt) {
         SCOPED_TRACE(name);
         jobs::WriteRequest request = audioFile(
             QLatin1String(name),
-            {QStringLiteral("-f"), QStringLiteral("ffmetadata"), QStringLiteral("-i"), list,
-             QStringLiteral("-map_chapters"), QStringLiteral("1"), QStringLiteral("-c:a"),
-             QLatin1String(codec), QStringLiteral("-f"), QLatin1String(format)});
+            QByteArray("-f ffmetadata -i % -map_chapters 1 -c:a ") + codec + " -f " + format,
+            {list});
         request.audioPane->texts.titlelab = QStringLiteral("Typed");
         const auto item = written(
             request, [&](AudioMetadata& writer) { writer.SaveChangedAuidoExifDateItem(request); });

@@ -4,7 +4,7 @@
 
 #include "platform/foundation/file_manager.h"
 #include "platform/media/asset/av_url_asset.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QDir>
 
@@ -136,11 +136,8 @@ TEST_F(AudioWriters, WithoutAPaneNothingIsWritten) {
 }
 
 TEST_F(AudioWriters, AFailureDeliversMp3UnchangedAndNothingForOthers) {
-    using testkit::le;
     // Of a codec that nobody has: it can be opened, but not written again.
-    const QByteArray wave = "RIFF" + le(44, 4) + "WAVEfmt " + le(16, 4) + le(0x4321, 2) + le(1, 2) +
-                            le(8000, 4) + le(8000, 4) + le(1, 2) + le(8, 2) + "data" + le(8, 4) +
-                            QByteArray(8, 'x');
+    const QByteArray wave = testkit::waveFile(QByteArray(8, 'x'), {8000, 1, 8, 0x4321});
     const QByteArray none = "no sound at all";
     const std::pair<const char*, QByteArray> files[] = {
         {"a.mp3", none}, {"a.flac", none}, {"a.ogg", none}, {"a.wav", wave}};
@@ -155,19 +152,12 @@ TEST_F(AudioWriters, AFailureDeliversMp3UnchangedAndNothingForOthers) {
     EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/a.mp3"))), "no sound at all");
 }
 
-QByteArray mpegAudio() {
-    QByteArray audio;
-    for (int i = 0; i < 3; ++i)
-        audio += QByteArray("\xFF\xFB\x90\x64", 4) + QByteArray(413, 'x');
-    return audio;
-}
-
 TEST_F(AudioWriters, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {
     const QString kept = m_dir.write(QStringLiteral("kept.mp3"), "not selected");
     const QString link = m_dir.path(QStringLiteral("out/a.mp3"));
     ASSERT_TRUE(QDir().mkpath(m_dir.path(QStringLiteral("out"))));
     ASSERT_TRUE(QFile::link(kept, link));
-    jobs::WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), mpegAudio()));
+    jobs::WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), testkit::mpegFrames()));
     made.audioPane = paneOf(itemWithTexts());
     const auto outcome =
         run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); });
@@ -176,52 +166,34 @@ TEST_F(AudioWriters, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {
     EXPECT_EQ(testkit::TempDir::read(kept), "not selected");
 }
 
-QByteArray syncSafeSize(qsizetype size) {
-    QByteArray bytes;
-    for (int shift = 21; shift >= 0; shift -= 7)
-        bytes += static_cast<char>(size >> shift & 0x7F);
-    return bytes;
-}
-
-QByteArray id3Tag(int version, int flags, const QByteArray& frames) {
-    return QByteArray("ID3") + static_cast<char>(version) + '\0' + static_cast<char>(flags) +
-           syncSafeSize(frames.size()) + frames;
-}
-
-QByteArray id3Frame(const char* id, int version, int flags, const QByteArray& body) {
-    const auto size = static_cast<quint64>(body.size());
-    return QByteArray(id) + (version == 4 ? syncSafeSize(body.size()) : testkit::be(size, 4)) +
-           '\0' + static_cast<char>(flags) + body;
-}
-
 TEST_F(AudioWriters, TransformedAndHugeTagsGiveWayToOneOfOurs) {
+    using testkit::id3Frame, testkit::id3Tag;
     const QByteArray text("\0Packed", 7), wide("\1\xFF\0\xFE\xFF\0\0", 7);
     const QByteArray v3 = qCompress(text); // its length first, as that version has it
-    const QByteArray v4 = syncSafeSize(text.size()) + v3.mid(4);
+    const QByteArray v4 = testkit::syncSafe(text.size()) + v3.mid(4);
     const QByteArray bomb = qCompress(QByteArray(64 << 20, 'x'), 9);
     const QByteArray lying = testkit::be(0x7FFFFFFF, 4) + v3.mid(4);
-    const QByteArray later = id3Frame("TPE1", 3, 0, QByteArray("\0A", 2));
+    const QByteArray later = testkit::id3Text("TPE1", "A");
     const struct {
         const char* name;
         QByteArray tag;
         const char16_t* title;
     } cases[] = {
-        {"compressed", id3Tag(3, 0, id3Frame("TIT2", 3, 0x80, v3) + later), u"Packed"},
-        {"compressed, 2.4", id3Tag(4, 0, id3Frame("TIT2", 4, 0x09, v4)), u"Packed"},
-        {"unsynchronised", id3Tag(3, 0x80, id3Frame("TIT2", 3, 0, wide).replace(7, 1, "\5")),
-         u"\u00FF"},
-        {"unsynchronised, 2.4", id3Tag(4, 0x80, id3Frame("TIT2", 4, 0x02, wide)), u"\u00FF"},
-        {"a bomb", id3Tag(3, 0, id3Frame("TIT2", 3, 0x80, bomb) + later), u""},
-        {"a lying length", id3Tag(3, 0, id3Frame("TIT2", 3, 0x80, lying) + later), u"Packed"},
-        {"encrypted", id3Tag(4, 0, id3Frame("TIT2", 4, 0x04, "\x80secret")), u""},
+        {"compressed", id3Tag(3, id3Frame("TIT2", v3, 0x80) + later), u"Packed"},
+        {"compressed, 2.4", id3Tag(4, id3Frame("TIT2", v4, 0x09)), u"Packed"},
+        {"unsynchronised", id3Tag(3, id3Frame("TIT2", wide).replace(7, 1, "\5"), 0x80), u"\u00FF"},
+        {"unsynchronised, 2.4", id3Tag(4, id3Frame("TIT2", wide, 0x02), 0x80), u"\u00FF"},
+        {"a bomb", id3Tag(3, id3Frame("TIT2", bomb, 0x80) + later), u""},
+        {"a lying length", id3Tag(3, id3Frame("TIT2", lying, 0x80) + later), u"Packed"},
+        {"encrypted", id3Tag(4, id3Frame("TIT2", "\x80secret", 0x04)), u""},
         {"100 MB",
-         id3Tag(3, 0,
-                id3Frame("TIT2", 3, 0, text) + id3Frame("APIC", 3, 0, QByteArray(100 << 20, '\0'))),
+         id3Tag(3, id3Frame("TIT2", text) + id3Frame("APIC", QByteArray(100 << 20, '\0'))),
          u"Packed"},
     };
     for (const auto& [name, tag, title] : cases) {
         SCOPED_TRACE(name);
-        jobs::WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), tag + mpegAudio()));
+        jobs::WriteRequest made =
+            request(m_dir.write(QStringLiteral("a.mp3"), tag + testkit::mpegFrames()));
         media::MediaImport import;
         import.importMediaItemsThreader({made.item->filePath});
         ASSERT_EQ(import.localPhotoItemArray().size(), 1u);
@@ -233,8 +205,8 @@ TEST_F(AudioWriters, TransformedAndHugeTagsGiveWayToOneOfOurs) {
             run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); }).status,
             jobs::WriteStatus::Completed);
         EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/a.mp3"))),
-                  id3Tag(3, 0, id3Frame("TIT2", 3, 0, QByteArray("\1\xFF\xFEN\0", 5))) +
-                      mpegAudio());
+                  id3Tag(3, id3Frame("TIT2", QByteArray("\1\xFF\xFEN\0", 5))) +
+                      testkit::mpegFrames());
     }
 }
 

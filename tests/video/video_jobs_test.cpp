@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 #include "video/video_jobs.h"
 #include "video/video_labels.h"
 
 #include <QDir>
 #include <QImage>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 namespace {
 
@@ -27,33 +25,21 @@ protected:
     static void SetUpTestSuite() {
         s_videos = new testkit::TempDir;
         // Each second has a colour of its own: red, green, blue.
-        const QString colours = QStringLiteral(
-            "color=red:s=96x64:r=10:d=1[a];color=green:s=96x64:r=10:d=1[b];color=blue:s=96x64:r=10:"
-            "d=1[c];[a][b][c]concat=n=3,format=yuv420p");
-        const auto made = testkit::run(
-            QStringLiteral("ffmpeg"),
-            {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
-             QStringLiteral("lavfi"), QStringLiteral("-i"), colours, QStringLiteral("-f"),
-             QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("sine=440:d=3"),
-             QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-c:a"),
-             QStringLiteral("aac"), QStringLiteral("-metadata"), QStringLiteral("title=Tide"),
-             QStringLiteral("-metadata"), QStringLiteral("creation_time=2019-05-06T07:08:09Z"),
-             videoFile("clip.mp4")});
-        ASSERT_EQ(made.exitCode, 0) << made.err.constData();
-        remux("clip.mkv", {});
-        remux("upright.mov", {"-metadata:s:v", "rotate=90"});
-        remux("silent.mov", {"-an"});
-        remux("sound.m4a", {"-vn"});
+        testkit::ffmpeg(
+            "-f lavfi -i color=red:s=96x64:r=10:d=1[a];color=green:s=96x64:r=10:d=1[b];"
+            "color=blue:s=96x64:r=10:d=1[c];[a][b][c]concat=n=3,format=yuv420p -f lavfi -i "
+            "sine=440:d=3 -c:v libx264 -c:a aac -metadata title=Tide -metadata "
+            "creation_time=2019-05-06T07:08:09Z",
+            {videoFile("clip.mp4")});
+        remux("clip.mkv", "");
+        remux("upright.mov", "-metadata:s:v rotate=90");
+        remux("silent.mov", "-an");
+        remux("sound.m4a", "-vn");
     }
     static void TearDownTestSuite() { delete s_videos; }
     static QString videoFile(const char* name) { return s_videos->path(QString::fromLatin1(name)); }
-    static void remux(const char* name, const std::vector<const char*>& options) {
-        QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"),
-                              QStringLiteral("-i"), videoFile("clip.mp4"),
-                              QStringLiteral("-c"), QStringLiteral("copy")};
-        for (const char* option : options)
-            arguments << QString::fromLatin1(option);
-        ASSERT_EQ(testkit::run(QStringLiteral("ffmpeg"), arguments << videoFile(name)).exitCode, 0);
+    static void remux(const char* name, const QByteArray& options) {
+        testkit::ffmpeg("-i % -c copy " + options, {videoFile("clip.mp4"), videoFile(name)});
     }
 
     std::vector<WriteOutcome> run(Worker worker, const QString& title, const QStringList& paths) {
@@ -84,16 +70,10 @@ protected:
     [[nodiscard]] QStringList filesOut() const {
         return QDir(out()).entryList(QDir::Files | QDir::Hidden, QDir::Name);
     }
-    static QJsonObject probe(const QString& path) {
-        const auto probed = testkit::run(
-            QStringLiteral("ffprobe"),
-            QStringLiteral("-v error -of json -show_format -show_streams").split(u' ') << path);
-        return QJsonDocument::fromJson(probed.out).object();
-    }
     /// "h264 64x96 3.0" and "aac 3.0" of each stream, durations in tenths.
     static QStringList streams(const QString& path) {
         QStringList texts;
-        for (const auto& value : probe(path)[u"streams"].toArray()) {
+        for (const auto& value : testkit::ffprobe(path)[u"streams"].toArray()) {
             const QJsonObject stream = value.toObject();
             QString text = stream[u"codec_name"].toString();
             if (stream.contains(u"width"))
@@ -106,7 +86,7 @@ protected:
         return texts;
     }
     static QString tag(const QString& path, const char16_t* name) {
-        return probe(path)[u"format"].toObject()[u"tags"].toObject()[name].toString();
+        return testkit::ffprobe(path)[u"format"].toObject()[u"tags"].toObject()[name].toString();
     }
     /// 'r', 'g' or 'b': what the pixel in the middle is most.
     static char colour(const QImage& frame) {
@@ -171,20 +151,10 @@ TEST_F(Jobs, ChaptersComeAlongAsFarAsTheVideoGoes) {
         "TIMEBASE=1/1000\nSTART=1000\nEND=2000\ntitle=Two\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=2000"
         "\nEND=3000\ntitle=Three\n");
     const QString book = m_dir.path(QStringLiteral("book.mp4"));
-    ASSERT_EQ(testkit::run(QStringLiteral("ffmpeg"),
-                           QStringLiteral("-v error -i %1 -i %2 -map_chapters 1 -c copy %3")
-                               .arg(videoFile("clip.mp4"), list, book)
-                               .split(u' '))
-                  .exitCode,
-              0);
+    testkit::ffmpeg("-i % -i % -map_chapters 1 -c copy", {videoFile("clip.mp4"), list, book});
     const auto chapters = [](const QString& path) {
-        return testkit::run(QStringLiteral("ffprobe"),
-                            QStringLiteral("-v error -show_entries "
-                                           "chapter=start_time,end_time:chapter_tags=title -of "
-                                           "csv=p=0 %1")
-                                .arg(path)
-                                .split(u' '))
-            .out;
+        return testkit::ffprobe(
+            "-of csv=p=0 -show_entries chapter=start_time,end_time:chapter_tags=title", path);
     };
     (void)run(&VideoJobs::RotateVideoMediaFileFileThreader, video::rotateTitles().at(0), {book});
     EXPECT_EQ(chapters(out("book.mp4")), chapters(book));
@@ -207,10 +177,7 @@ TEST_F(Jobs, MergePutsEachClipAtTheLongestDurationBeforeIt) {
     const QString words = m_dir.path(QStringLiteral("words.mp4"));
     const QString lines =
         m_dir.write(QStringLiteral("words.srt"), "1\n00:00:00,000 --> 00:00:09,000\na\n");
-    ASSERT_EQ(testkit::run(u"ffmpeg"_qs, {u"-v"_qs, u"error"_qs, u"-i"_qs, lines, u"-map"_qs,
-                                          u"0"_qs, u"-c"_qs, u"mov_text"_qs, words})
-                  .exitCode,
-              0);
+    testkit::ffmpeg("-i % -map 0 -c mov_text", {lines, words});
     QStringList logged;
     const platform::LogSubscription subscription(
         platform::LogLevel::Info, [&](const platform::LogLine& line) { logged << line.text; });
@@ -239,11 +206,8 @@ TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
     EXPECT_EQ(tag(out("clip.mov"), u"title"), u"Tide");
 
     const QString camera = m_dir.path(QStringLiteral("camera.mov"));
-    ASSERT_EQ(testkit::run(u"ffmpeg"_qs, {u"-v"_qs, u"error"_qs, u"-i"_qs, videoFile("clip.mp4"),
-                                          u"-map"_qs, u"0"_qs, u"-map"_qs, u"0:a"_qs, u"-c:v"_qs,
-                                          u"copy"_qs, u"-c:a"_qs, u"pcm_s16le"_qs, camera})
-                  .exitCode,
-              0);
+    testkit::ffmpeg("-i % -map 0 -map 0:a -c:v copy -c:a pcm_s16le",
+                    {videoFile("clip.mp4"), camera});
     for (const auto& [title, warned] :
          {std::pair(u"Convert to MP4"_qs, true), {u"Convert to MOV"_qs, false}}) {
         const auto converted = run(&VideoJobs::ConvertVideoMediaFileFileThreader, title, {camera});
@@ -260,14 +224,7 @@ TEST_F(Jobs, ExtractAudioCopiesTheAudioAndDropsAnOlderVideo) {
     (void)run(&VideoJobs::ExtractAudioMediaFileFileThreader, {}, {videoFile("clip.mp4")});
     EXPECT_THAT(filesOut(), ElementsAre(u"clip.mp4.m4a"));
     const auto hash = [](const QString& path) {
-        const QByteArray line =
-            testkit::run(QStringLiteral("ffmpeg"),
-                         QStringLiteral("-v error -i").split(u' ')
-                             << path << QStringLiteral("-map") << QStringLiteral("0:a")
-                             << QStringLiteral("-c") << QStringLiteral("copy")
-                             << QStringLiteral("-f") << QStringLiteral("streamhash")
-                             << QStringLiteral("-"))
-                .out;
+        const QByteArray line = testkit::streamHash(path, "-map 0:a");
         return line.mid(line.indexOf('='));
     };
     EXPECT_EQ(hash(videoFile("clip.mp4")), hash(out("clip.mp4.m4a")));
@@ -308,10 +265,7 @@ TEST_F(Jobs, FramesOfVideosWithOneNameAreThoseOfTheLast) {
     const QString name = QStringLiteral("50%1 off%2C.mp4"); // no pattern to fill
     const QString larger = m_dir.path(QStringLiteral("a/") + name), smaller = m_dir.path(name);
     ASSERT_TRUE(QFile::copy(videoFile("clip.mp4"), smaller));
-    ASSERT_EQ(testkit::run(u"ffmpeg"_qs, {u"-v"_qs, u"error"_qs, u"-i"_qs, smaller, u"-vf"_qs,
-                                          u"scale=1920:1280"_qs, larger})
-                  .exitCode,
-              0);
+    testkit::ffmpeg("-i % -vf scale=1920:1280", {smaller, larger});
     (void)run(&VideoJobs::ExtractImagesMediaFileFileThreader, {}, {larger, smaller});
     EXPECT_THAT(filesOut(),
                 ElementsAre(u"50%1 off%2C_0.jpg", u"50%1 off%2C_1.jpg", u"50%1 off%2C_2.jpg"));
@@ -356,8 +310,9 @@ TEST_F(Jobs, VideosThatLieFailPlainlyOrGiveWhatTheyHold) {
         EXPECT_THAT(outcomes[2].message.toStdString(), HasSubstr("no decoder"));
         EXPECT_EQ(filesOut(), files);
         if (files.first() == u"long.mp4") {
-            EXPECT_NEAR(probe(out("long.mp4"))[u"streams"][0][u"duration"].toString().toDouble(), 3,
-                        0.04);
+            EXPECT_NEAR(
+                testkit::ffprobe(out("long.mp4"))[u"streams"][0][u"duration"].toString().toDouble(),
+                3, 0.04);
         }
         for (const QString& file : files)
             ASSERT_TRUE(QFile::remove(out() + file));

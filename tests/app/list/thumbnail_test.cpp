@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/list/thumbnail_service.h"
 #include "tests/app/list/list_items.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QBuffer>
 #include <QDateTime>
@@ -153,14 +153,9 @@ TEST_F(Thumbnails, StandUpright) {
 }
 
 TEST_F(Thumbnails, OfVideosShowAFrame) {
-    if (!testkit::hasProgram(u"ffmpeg"_qs))
-        GTEST_SKIP() << "needs ffmpeg";
+    SKIP_WITHOUT("ffmpeg");
     const QString path = m_dir.path(u"film.mp4"_qs);
-    ASSERT_EQ(
-        testkit::run(u"ffmpeg"_qs, {u"-v"_qs, u"error"_qs, u"-f"_qs, u"lavfi"_qs, u"-i"_qs,
-                                    u"color=blue:s=320x180:d=1"_qs, u"-c:v"_qs, u"mpeg4"_qs, path})
-            .exitCode,
-        0);
+    testkit::ffmpeg("-f lavfi -i color=blue:s=320x180:d=1 -c:v mpeg4", {path});
     const auto item = dated(path, 77);
     item->fileduration = 1;
     const QImage image = made(m_service, item, kTile).toImage();

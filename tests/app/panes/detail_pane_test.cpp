@@ -11,7 +11,7 @@
 #include "app/widgets/parts.h"
 #include "media/audio_pane.h"
 #include "platform/foundation/notification_center.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QBuffer>
 #include <QClipboard>
@@ -247,15 +247,10 @@ TEST_F(Panes, ThePositionIsWrittenOutAndMovesTheMap) {
 }
 
 TEST_F(Panes, TheLengthComesFromThePlayerWhenTheFileDoesNotTell) {
-    using testkit::le;
     const testkit::TempDir dir;
-    const QByteArray format = le(1, 2) + le(1, 2) + le(8000, 4) + le(8000, 4) + le(1, 2) + le(8, 2);
-    const QByteArray samples(24'000, '\x80');
-    const QByteArray chunks = "WAVEfmt " + le(16, 4) + format + "data" + le(24'000, 4) + samples;
     media::IKImageItem item = video();
     item.fileduratStr = QString();
-    item.filePath = dir.write(QStringLiteral("three.wav"),
-                              "RIFF" + le(static_cast<quint64>(chunks.size()), 4) + chunks);
+    item.filePath = dir.write(u"three.wav"_qs, testkit::waveFile(QByteArray(24'000, '\x80')));
     QSignalSpy known(&m_pane, &DetailPane::durationKnown);
     showVideo(item);
     EXPECT_TRUE(QTest::qWaitFor([&known] { return !known.isEmpty(); }));

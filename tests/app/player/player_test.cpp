@@ -4,7 +4,7 @@
 #include "app/panes/transport_bar.h"
 #include "platform/foundation/paths.h"
 #include "platform/player/mpv_player.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -29,36 +29,24 @@ constexpr double kRate = 10;
 class PlayerTest : public testing::Test {
 protected:
     static void SetUpTestSuite() {
-        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-            GTEST_SKIP() << "no ffmpeg";
+        SKIP_WITHOUT("ffmpeg");
         s_folder = std::make_unique<testkit::TempDir>();
-        const QString grey =
-            QStringLiteral("nullsrc=s=64x36:r=10:d=2,geq=lum='16+10*N':cb=128:cr=128");
-        make({"-f", "lavfi", "-i", grey.toUtf8(), "-f", "lavfi", "-i", "sine=d=2", "-c:v",
-              "libx264", "-qp", "0", "-g", "8", "-pix_fmt", "yuv420p", "-c:a", "aac"},
-             "grey.mp4");
-        make({"-f", "lavfi", "-i", "color=white:s=64x36:r=10:d=1", "-c:v", "libx264", "-pix_fmt",
-              "yuv420p"},
-             "white.mp4");
-        make({"-f", "lavfi", "-i", "color=black:s=64x36:r=10:d=1,drawbox=w=16:h=36:c=white:t=fill",
-              "-c:v", "libx264", "-pix_fmt", "yuv420p"},
-             "left.mp4"); // white on its left side
-        make({"-i", clip("left.mp4").toUtf8(), "-c", "copy", "-metadata:s:v", "rotate=90"},
-             "turned.mp4");
-        make({"-i", clip("turned.mp4").toUtf8(), "-frames:v", "1"},
-             "turned.png"); // as another program turns it
-        make({"-f", "lavfi", "-i", "sine=d=3"}, "tone.wav");
+        using testkit::ffmpeg;
+        ffmpeg("-f lavfi -i nullsrc=s=64x36:r=10:d=2,geq=lum='16+10*N':cb=128:cr=128 -f lavfi -i "
+               "sine=d=2 -c:v libx264 -qp 0 -g 8 -pix_fmt yuv420p -c:a aac",
+               {clip("grey.mp4")});
+        ffmpeg("-f lavfi -i color=white:s=64x36:r=10:d=1 -c:v libx264 -pix_fmt yuv420p",
+               {clip("white.mp4")});
+        ffmpeg("-f lavfi -i color=black:s=64x36:r=10:d=1,drawbox=w=16:h=36:c=white:t=fill -c:v "
+               "libx264 -pix_fmt yuv420p",
+               {clip("left.mp4")}); // white on its left side
+        ffmpeg("-i % -c copy -metadata:s:v rotate=90", {clip("left.mp4"), clip("turned.mp4")});
+        ffmpeg("-i % -frames:v 1",
+               {clip("turned.mp4"), clip("turned.png")}); // as another program rotates it
+        ffmpeg("-f lavfi -i sine=d=3", {clip("tone.wav")});
     }
     static void TearDownTestSuite() { s_folder.reset(); }
 
-    static void make(QByteArrayList arguments, const char* name) {
-        QStringList words{QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y")};
-        for (const QByteArray& argument : arguments)
-            words << QString::fromUtf8(argument);
-        words << clip(name);
-        const testkit::RunResult made = testkit::run(QStringLiteral("ffmpeg"), words);
-        ASSERT_EQ(made.exitCode, 0) << made.err.toStdString();
-    }
     static QString clip(const char* name) { return s_folder->path(QString::fromUtf8(name)); }
 
     static inline std::unique_ptr<testkit::TempDir> s_folder;

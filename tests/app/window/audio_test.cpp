@@ -9,7 +9,7 @@
 #include "app/widgets/image_button.h"
 #include "app/windows/main_window.h"
 #include "tests/app/window/started_controller.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QDir>
 #include <QDragEnterEvent>
@@ -28,8 +28,7 @@ using namespace clipheave::app;
 class AlbumTest : public testing::Test {
 protected:
     void SetUp() override {
-        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-            GTEST_SKIP() << "needs ffmpeg";
+        SKIP_WITHOUT("ffmpeg");
         controller = startedController(dir);
         ASSERT_NE(controller, nullptr);
         AlertBox::setAnswerer([](const AlertBox&) { return 0; });
@@ -41,12 +40,11 @@ protected:
     void importAlbum() {
         for (const char* name : {"1.mp3", "2.flac", "3.m4a", "4.wav"}) {
             const QString path = dir.path(QLatin1String(name));
-            const QString options =
-                QStringLiteral("-v error -f lavfi -i sine=duration=0.5 -metadata title=Track%1 "
-                               "-metadata artist=Vale -metadata album=Tide -metadata comment=Old")
-                    .arg(QLatin1Char(name[0]));
-            const auto made = testkit::run(QStringLiteral("ffmpeg"), options.split(u' ') << path);
-            ASSERT_EQ(made.exitCode, 0) << made.err.constData();
+            testkit::ffmpeg(
+                QByteArray("-f lavfi -i sine=duration=0.5 -metadata artist=Vale -metadata "
+                           "album=Tide -metadata comment=Old -metadata title=Track") +
+                    name[0],
+                {path});
             paths.append(path);
             sources.append(testkit::TempDir::read(path));
         }
@@ -102,12 +100,8 @@ protected:
                                                     : *import.localPhotoItemArray().front();
     }
     QByteArray ffprobe(const QString& name, const char* entries) const {
-        return testkit::run(QStringLiteral("ffprobe"),
-                            {QStringLiteral("-v"), QStringLiteral("error"),
-                             QStringLiteral("-show_entries"), QLatin1String(entries),
-                             QStringLiteral("-of"), QStringLiteral("default=nw=1:nk=1"),
-                             dir.path(QStringLiteral("out/")) + name})
-            .out;
+        return testkit::ffprobe(QByteArray("-of default=nw=1:nk=1 -show_entries ") + entries,
+                                dir.path(u"out/"_qs + name));
     }
 
     testkit::TempDir dir;

@@ -6,7 +6,7 @@
 #include "app/widgets/alert_box.h"
 #include "app/windows/main_window.h"
 #include "tests/app/window/started_controller.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QApplication>
 #include <QDir>
@@ -36,14 +36,11 @@ protected:
 
     QString clip(const char* name, int seconds = 1) {
         const QString path = dir.path(QLatin1String(name));
-        const auto made = testkit::run(
-            QStringLiteral("ffmpeg"),
-            QStringLiteral("-v error -f lavfi -i testsrc2=size=96x64:rate=10:duration=%1 -f lavfi "
-                           "-i sine=440:duration=%1 -c:v libx264 -c:a aac -metadata title=Tide")
-                    .arg(seconds)
-                    .split(u' ')
-                << path);
-        EXPECT_EQ(made.exitCode, 0) << made.err.constData();
+        const QByteArray length = QByteArray::number(seconds);
+        testkit::ffmpeg("-f lavfi -i testsrc2=size=96x64:rate=10:duration=" + length +
+                            " -f lavfi -i sine=440:duration=" + length +
+                            " -c:v libx264 -c:a aac -metadata title=Tide",
+                        {path});
         return path;
     }
     void importAndSelect(const QStringList& paths) {

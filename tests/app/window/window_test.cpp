@@ -12,7 +12,7 @@
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "app/windows/window_settings.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -153,13 +153,7 @@ TEST_F(WindowTest, SaveWritesThePaneIntoEveryVideoAndTellsTheOneThatFails) {
 }
 
 TEST_F(WindowTest, SaveWritesAudioFilesFromTheirPaneAndVideosFromTheirs) {
-    const auto made =
-        testkit::run(QStringLiteral("ffmpeg"),
-                     {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
-                      QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("sine"),
-                      QStringLiteral("-t"), QStringLiteral("0.3"), QStringLiteral("-metadata"),
-                      QStringLiteral("title=Own"), dir.path(QStringLiteral("a.mp3"))});
-    ASSERT_EQ(made.exitCode, 0) << made.err.toStdString();
+    testkit::ffmpeg("-f lavfi -i sine -t 0.3 -metadata title=Own", {dir.path(u"a.mp3"_qs)});
     import({dir.path(QStringLiteral("a.mp3")), dir.write(QStringLiteral("v.mp4"), movie("v"))});
     const auto titleOf = [&](const char* name) {
         media::MediaImport written;

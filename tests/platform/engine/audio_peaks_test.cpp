@@ -18,14 +18,12 @@ using testing::Le;
 class AudioPeaks : public EngineTest {
 protected:
     [[nodiscard]] QString audio(const QString& name, const char* options) const {
-        const QString tones = QStringLiteral(
-            "aevalsrc=0|if(lt(t\\,2)\\,0\\,if(lt(t\\,4)\\,0.5\\,1))*sin(2513*t):d=6:s=44100");
-        const QStringList arguments =
-            QStringList{QStringLiteral("-v"),    QStringLiteral("error"), QStringLiteral("-f"),
-                        QStringLiteral("lavfi"), QStringLiteral("-i"),    tones} +
-            QString::fromLatin1(options).split(u' ') + QStringList{m_dir.path(name)};
-        const auto made = testkit::run(QStringLiteral("ffmpeg"), arguments);
-        EXPECT_EQ(made.exitCode, 0) << made.err.toStdString();
+        testkit::ffmpeg(
+            QByteArray(
+                "-f lavfi -i aevalsrc=0|if(lt(t\\,2)\\,0\\,if(lt(t\\,4)\\,0.5\\,1))*sin(2513*t)"
+                ":d=6:s=44100 ") +
+                options,
+            {m_dir.path(name)});
         return m_dir.path(name);
     }
     [[nodiscard]] Result<QByteArray> peaks(const QString& path, int columns) const {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/media/model/media_engine.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 namespace clipheave::platform {
 
@@ -10,8 +10,7 @@ namespace clipheave::platform {
 class EngineTest : public testing::Test {
 protected:
     void SetUp() override {
-        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-            GTEST_SKIP() << "needs ffmpeg";
+        SKIP_WITHOUT("ffmpeg");
         const auto loaded = mediaEngine();
         ASSERT_TRUE(loaded) << loaded.error().text().toStdString();
         m_engine = *loaded;

@@ -15,37 +15,20 @@
 
 namespace clipheave::platform {
 
-using testkit::run;
-
 namespace {
 
 class Engine : public EngineTest {
 protected:
     /// A video made by another program.
-    [[nodiscard]] QString make(const QString& name, const QStringList& options) const {
-        QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y")};
-        for (const char* source : {"testsrc=d=3:s=176x144:r=25", "sine=d=3:r=44100"})
-            arguments << QStringLiteral("-f") << QStringLiteral("lavfi") << QStringLiteral("-i")
-                      << QString::fromLatin1(source);
-        const auto made =
-            run(QStringLiteral("ffmpeg"), arguments + options + QStringList{m_dir.path(name)});
-        EXPECT_EQ(made.exitCode, 0) << made.err.toStdString();
+    [[nodiscard]] QString make(const QString& name, const QByteArray& options,
+                               const QStringList& more = {}) const {
+        testkit::ffmpeg("-f lavfi -i testsrc=d=3:s=176x144:r=25 -f lavfi -i sine=d=3:r=44100 " +
+                            options,
+                        QStringList(more) << m_dir.path(name));
         return m_dir.path(name);
     }
     [[nodiscard]] static QByteArray ffprobe(const QString& path, const char* entries) {
-        return run(QStringLiteral("ffprobe"),
-                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-show_entries"),
-                    QString::fromLatin1(entries), QStringLiteral("-of"),
-                    QStringLiteral("default=nw=1:nk=1"), path})
-            .out;
-    }
-    [[nodiscard]] static QByteArray streamHashes(const QString& path) {
-        return run(QStringLiteral("ffmpeg"),
-                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), path,
-                    QStringLiteral("-map"), QStringLiteral("0"), QStringLiteral("-c"),
-                    QStringLiteral("copy"), QStringLiteral("-f"), QStringLiteral("streamhash"),
-                    QStringLiteral("-")})
-            .out;
+        return testkit::ffprobe(QByteArray("-of default=nw=1:nk=1 -show_entries ") + entries, path);
     }
     [[nodiscard]] Result<MediaFacts> probe(const QString& path) {
         auto reader = FileReader::open(path);
@@ -85,8 +68,7 @@ TEST_F(Engine, ProbesVideosAsFfprobeDoes) {
         {"a.w64", "-vn -c:a pcm_s16le"},
     };
     for (const auto& [name, options] : cases) {
-        const QString path =
-            make(QString::fromLatin1(name), QString::fromLatin1(options).split(u' '));
+        const QString path = make(QString::fromLatin1(name), options);
         const auto facts = probe(path);
         ASSERT_TRUE(facts) << name << facts.error().text().toStdString();
         EXPECT_TRUE(facts->problem.isNull()) << name;
@@ -107,12 +89,7 @@ TEST_F(Engine, ProbesVideosAsFfprobeDoes) {
 TEST_F(Engine, ReadsHeadersOnly) {
     // Thirty megabytes of audio.
     const QString path = m_dir.path(QStringLiteral("long.mkv"));
-    ASSERT_EQ(run(QStringLiteral("ffmpeg"),
-                  {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
-                   QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("sine=d=350"),
-                   QStringLiteral("-c:a"), QStringLiteral("pcm_s16le"), path})
-                  .exitCode,
-              0);
+    testkit::ffmpeg("-f lavfi -i sine=d=350 -c:a pcm_s16le", {path});
     ASSERT_GT(QFileInfo(path).size(), 30'000'000);
     const auto facts = probe(path);
     ASSERT_TRUE(facts);
@@ -122,23 +99,13 @@ TEST_F(Engine, ReadsHeadersOnly) {
 
 TEST_F(Engine, MapsTagsAndFrames) {
     const QString cover = m_dir.path(QStringLiteral("cover.png"));
-    ASSERT_EQ(run(QStringLiteral("ffmpeg"),
-                  {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
-                   QStringLiteral("lavfi"), QStringLiteral("-i"),
-                   QStringLiteral("testsrc=d=1:s=32x32:r=1"), QStringLiteral("-frames:v"),
-                   QStringLiteral("1"), cover})
-                  .exitCode,
-              0);
+    testkit::ffmpeg("-f lavfi -i testsrc=d=1:s=32x32:r=1 -frames:v 1", {cover});
     const QString path =
         make(QStringLiteral("t.mkv"),
-             {QStringLiteral("-c:v"), QStringLiteral("mpeg4"), QStringLiteral("-c:a"),
-              QStringLiteral("aac"), QStringLiteral("-attach"), cover,
-              QStringLiteral("-metadata:s:2"), QStringLiteral("mimetype=image/png"),
-              QStringLiteral("-metadata"), QStringLiteral("title=Sommer in Köln"),
-              QStringLiteral("-metadata"), QStringLiteral("artist=Müller"),
-              QStringLiteral("-metadata"), QStringLiteral("creation_time=2019-05-04T10:11:12Z"),
-              QStringLiteral("-metadata"), QStringLiteral("com.apple.quicktime.make=Maker"),
-              QStringLiteral("-metadata:s:v"), QStringLiteral("title=only a track")});
+             "-c:v mpeg4 -c:a aac -attach % -metadata:s:2 mimetype=image/png -metadata % "
+             "-metadata artist=Müller -metadata creation_time=2019-05-04T10:11:12Z "
+             "-metadata com.apple.quicktime.make=Maker -metadata:s:v %",
+             {cover, u"title=Sommer in Köln"_qs, u"title=only a track"_qs});
     const auto facts = probe(path);
     ASSERT_TRUE(facts);
     EXPECT_EQ(text(*facts, "id3/TIT2"), QStringLiteral("Sommer in Köln"));
@@ -153,8 +120,7 @@ TEST_F(Engine, MapsTagsAndFrames) {
 }
 
 TEST_F(Engine, FollowsNoReferences) {
-    const QString inner =
-        make(QStringLiteral("inner.ts"), {QStringLiteral("-c:v"), QStringLiteral("mpeg2video")});
+    const QString inner = make(QStringLiteral("inner.ts"), "-c:v mpeg2video");
     // Lists that name a file which is there and which any player would open.
     const QByteArray playlist =
         "#EXTM3U\n#EXT-X-TARGETDURATION:3\n#EXTINF:3,\n" + inner.toUtf8() + "\n#EXT-X-ENDLIST\n";
@@ -171,8 +137,7 @@ TEST_F(Engine, FollowsNoReferences) {
 
 TEST_F(Engine, RemuxKeepsEveryPacket) {
     for (const char* name : {"r.avi", "r.mkv", "r.ts"}) {
-        const QString source = make(QString::fromLatin1(name),
-                                    QStringLiteral("-c:v mpeg4 -bf 2 -c:a aac").split(u' '));
+        const QString source = make(QString::fromLatin1(name), "-c:v mpeg4 -bf 2 -c:a aac");
         const QString target = m_dir.path(QStringLiteral("out.mp4"));
         double last = -1;
         const auto done = m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse,
@@ -189,19 +154,17 @@ TEST_F(Engine, RemuxKeepsEveryPacket) {
         const auto first = [&](const QByteArray& hashes) {
             return transport ? hashes.left(hashes.indexOf('\n')) : hashes;
         };
-        EXPECT_EQ(first(streamHashes(target)), first(streamHashes(source))) << name;
-        EXPECT_FALSE(first(streamHashes(target)).isEmpty());
+        EXPECT_EQ(first(testkit::streamHash(target)), first(testkit::streamHash(source))) << name;
+        EXPECT_FALSE(first(testkit::streamHash(target)).isEmpty());
     }
 }
 
 TEST_F(Engine, RemuxTakesTheShapeThatTheContainerTells) {
-    const QString square =
-        make(QStringLiteral("q.mkv"), QStringLiteral("-an -c:v mpeg4 -vf setsar=1").split(u' '));
+    const QString square = make(QStringLiteral("q.mkv"), "-an -c:v mpeg4 -vf setsar=1");
     const QString target = m_dir.path(QStringLiteral("out.mov"));
     for (const char* name : {"wide.mkv", "wide.avi"}) {
         const QString source =
-            make(QString::fromLatin1(name),
-                 QStringLiteral("-i %1 -map 2 -c copy -aspect 2:1").arg(square).split(u' '));
+            make(QString::fromLatin1(name), "-i % -map 2 -c copy -aspect 2:1", {square});
         const auto done =
             m_engine->remux(source, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {});
         ASSERT_TRUE(done) << name << done.error().text().toStdString();
@@ -210,8 +173,7 @@ TEST_F(Engine, RemuxTakesTheShapeThatTheContainerTells) {
 }
 
 TEST_F(Engine, RemuxGoesOnPastDamageAndPastTimesThatBeginAnew) {
-    const QString source = make(QStringLiteral("p.ts"),
-                                QStringLiteral("-c:v libx264 -g 5 -c:a aac -b:a 256k").split(u' '));
+    const QString source = make(QStringLiteral("p.ts"), "-c:v libx264 -g 5 -c:a aac -b:a 256k");
     const QByteArray whole = testkit::TempDir::read(source);
     QByteArray hurt = whole;
     constexpr qsizetype kTsPacket = 188;
@@ -233,12 +195,9 @@ TEST_F(Engine, AudioBeforeTheStartMovesNeitherVideoNorChapters) {
         QStringLiteral("list.txt"),
         ";FFMETADATA1\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=1000\ntitle=One\n[CHAPTER]\n"
         "TIMEBASE=1/1000\nSTART=1000\nEND=2000\ntitle=Two\n");
-    const QString source =
-        make(QStringLiteral("early.mkv"),
-             QStringLiteral(
-                 "-f ffmetadata -i %1 -map_chapters 2 -c:v mpeg4 -bf 0 -c:a libopus -ar 48000")
-                 .arg(chapters)
-                 .split(u' '));
+    const QString source = make(
+        QStringLiteral("early.mkv"),
+        "-f ffmetadata -i % -map_chapters 2 -c:v mpeg4 -bf 0 -c:a libopus -ar 48000", {chapters});
     ASSERT_LT(ffprobe(source, "format=start_time").toDouble(), -0.005) << "the decoder's run-in";
     const QString target = m_dir.path(QStringLiteral("out.mp4"));
     ASSERT_TRUE(m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse, {}));
@@ -255,8 +214,7 @@ TEST_F(Engine, AudioBeforeTheStartMovesNeitherVideoNorChapters) {
 }
 
 TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
-    const QString source =
-        make(QStringLiteral("s.mkv"), QStringLiteral("-c:v libx264 -c:a pcm_s16le").split(u' '));
+    const QString source = make(QStringLiteral("s.mkv"), "-c:v libx264 -c:a pcm_s16le");
     const QString target = m_dir.path(QStringLiteral("x.mp4"));
     const auto refused =
         m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse, {});
@@ -267,7 +225,7 @@ TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
     // A QuickTime movie holds it, whatever the file is called.
     ASSERT_TRUE(
         m_engine->remux(source, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {}));
-    EXPECT_EQ(streamHashes(target), streamHashes(source));
+    EXPECT_EQ(testkit::streamHash(target), testkit::streamHash(source));
 
     const auto cancelled =
         m_engine->remux(source, m_dir.path(QStringLiteral("x.mov")), RemuxTarget::QuickTimeMovie,
@@ -340,9 +298,8 @@ TEST_F(Engine, SampleSettings) {
 }
 
 TEST_F(Engine, OpensFilesByTheirBytes) {
-    const QString flac = make(QStringLiteral("x.flac"), {QStringLiteral("-vn")});
-    const QString mpg =
-        make(QStringLiteral("x.mpg"), {QStringLiteral("-c:v"), QStringLiteral("mpeg2video")});
+    const QString flac = make(QStringLiteral("x.flac"), "-vn");
+    const QString mpg = make(QStringLiteral("x.mpg"), "-c:v mpeg2video");
     const auto container = [](const QString& path) {
         const auto file = MediaFile::open(path);
         return file ? (*file)->facts().container : Container::Unknown;
@@ -365,8 +322,7 @@ TEST_F(Engine, OpensFilesByTheirBytes) {
 }
 
 TEST_F(Engine, ThreadsProbeSideBySide) {
-    const QString path =
-        make(QStringLiteral("p.ts"), {QStringLiteral("-c:v"), QStringLiteral("mpeg2video")});
+    const QString path = make(QStringLiteral("p.ts"), "-c:v mpeg2video");
     std::atomic<int> good = 0;
     std::vector<std::jthread> threads;
     for (int i = 0; i < 8; ++i)

@@ -109,14 +109,13 @@ TEST_F(ExportAudioTest, KeepsFrameAndAudioTogether) {
     for (int i = 0; i < 4; ++i) {
         const QString source =
             m_dir.path(i < 2 ? QStringLiteral("late.mp4") : QStringLiteral("late.mkv"));
-        ffmpeg("-i " + videoFile.toUtf8() + " -itsoffset 0.5 -i " + tone.toUtf8() + " -c copy",
-               source);
+        testkit::ffmpeg("-i % -itsoffset 0.5 -i % -c copy", {videoFile, tone, source});
         const auto mode = i % 2 == 0 ? ExportMode::Encode : ExportMode::Copy;
         ExportPlan plan = planFor(source, 3.5);
         plan.video->mode = plan.audio->mode = mode;
         exported(plan);
         const QString audio = m_dir.path(QStringLiteral("sound.wav"));
-        ffmpeg("-i " + m_out.toUtf8() + " -vn -af aresample=async=1:first_pts=0", audio);
+        testkit::ffmpeg("-i % -vn -af aresample=async=1:first_pts=0", {m_out, audio});
         const std::vector<float> got = samples(audio);
         ASSERT_GT(got.size(), 5000u);
         EXPECT_GT(correlation({got.begin() + 4000, got.end()}, samples(tone)), 0.95) << i;

@@ -20,13 +20,7 @@ protected:
         return plan;
     }
     [[nodiscard]] QByteArray decoded(const QString& path) const {
-        return testkit::run(QStringLiteral("ffmpeg"),
-                            {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"),
-                             path, QStringLiteral("-an"), QStringLiteral("-vsync"),
-                             QStringLiteral("passthrough"), QStringLiteral("-pix_fmt"),
-                             QStringLiteral("rgb24"), QStringLiteral("-f"), QStringLiteral("md5"),
-                             QStringLiteral("-")})
-            .out;
+        return testkit::ffmpeg("-i % -an -vsync passthrough -pix_fmt rgb24 -f md5 -", {path});
     }
     /// The export fails with `code` and leaves nothing behind.
     void expectFailure(const ExportPlan& plan, ErrorCode code, const char* what) {

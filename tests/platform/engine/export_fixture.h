@@ -20,25 +20,15 @@ protected:
                                const char* audio = "sine=d=3:r=44100") const {
         const QString path = m_dir.path(QString::fromLatin1(name));
         const QByteArray inputs = QByteArray("-f lavfi -i ") + frame + " -f lavfi -i " + audio;
-        ffmpeg(inputs + " -pix_fmt yuv420p " + options, path);
+        testkit::ffmpeg(inputs + " -pix_fmt yuv420p " + options, {path});
         return path;
-    }
-    static QByteArray ffmpeg(const QByteArray& options, const QString& output) {
-        QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y")};
-        arguments += QString::fromUtf8(options).split(u' ', Qt::SkipEmptyParts);
-        const auto made = testkit::run(QStringLiteral("ffmpeg"), arguments + QStringList{output});
-        EXPECT_EQ(made.exitCode, 0) << made.err.toStdString();
-        return made.out;
     }
     [[nodiscard]] static QByteArray ffprobe(const QString& path, const char* stream,
                                             const char* entries) {
-        QByteArray text =
-            testkit::run(QStringLiteral("ffprobe"),
-                         {QStringLiteral("-v"), QStringLiteral("error"),
-                          QStringLiteral("-select_streams"), QString::fromLatin1(stream),
-                          QStringLiteral("-show_entries"), QString::fromLatin1(entries),
-                          QStringLiteral("-of"), QStringLiteral("csv=p=0"), path})
-                .out.trimmed();
+        QByteArray text = testkit::ffprobe(QByteArray("-of csv=p=0 -select_streams ") + stream +
+                                               " -show_entries " + entries,
+                                           path)
+                              .trimmed();
         // Empty side data leaves commas and lines behind.
         text.replace(",\n", "\n").replace("\n\n", "\n");
         while (text.endsWith(','))
@@ -63,14 +53,9 @@ protected:
     }
     /// Mono samples of the audio at 8000 Hz, as a player would give them.
     [[nodiscard]] static std::vector<float> samples(const QString& path) {
-        const auto got =
-            testkit::run(QStringLiteral("ffmpeg"),
-                         {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), path,
-                          QStringLiteral("-vn"), QStringLiteral("-ac"), QStringLiteral("1"),
-                          QStringLiteral("-ar"), QStringLiteral("8000"), QStringLiteral("-f"),
-                          QStringLiteral("f32le"), QStringLiteral("-")});
-        std::vector<float> values(static_cast<std::size_t>(got.out.size()) / sizeof(float));
-        std::memcpy(values.data(), got.out.constData(), values.size() * sizeof(float));
+        const QByteArray got = testkit::ffmpeg("-i % -vn -ac 1 -ar 8000 -f f32le -", {path});
+        std::vector<float> values(static_cast<std::size_t>(got.size()) / sizeof(float));
+        std::memcpy(values.data(), got.constData(), values.size() * sizeof(float));
         return values;
     }
     /// Correlation of two audio tracks, 1 for the same; a millisecond of shift is allowed, which is

@@ -123,7 +123,7 @@ TEST_F(ExportVideoTest, FitsIntoSquarePixelsWithBars) {
             make(name, (QByteArray("-c:v libx264 -c:a aac ") + options).constData());
         exported(plan);
         const QString raw = m_dir.path(QStringLiteral("corner.yuv"));
-        ffmpeg("-i " + m_out.toUtf8() + " -frames:v 1 -vf crop=8:8:0:0 -f rawvideo", raw);
+        testkit::ffmpeg("-i % -frames:v 1 -vf crop=8:8:0:0 -f rawvideo", {m_out, raw});
         const QByteArray first = testkit::TempDir::read(raw).toHex();
         EXPECT_TRUE(first.startsWith(corner)) << name << ' ' << first.left(8).toStdString();
     }
@@ -223,8 +223,8 @@ TEST_F(ExportVideoTest, JoinsPiecesOfDifferentFilesAroundASplit) {
     };
     for (const auto& [range, source, filter] : cases) {
         const QString part = m_dir.path(QStringLiteral("part.mkv"));
-        ffmpeg("-i " + m_out.toUtf8() + " -an -vf trim=" + range + " -c:v ffv1 -vsync passthrough",
-               part);
+        testkit::ffmpeg(QByteArray("-i % -an -vf trim=") + range + " -c:v ffv1 -vsync passthrough",
+                        {m_out, part});
         EXPECT_GT(likeness(part, source, filter), 0.97) << range;
     }
     const std::vector<float> audio = samples(m_out);

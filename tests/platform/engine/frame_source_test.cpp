@@ -13,26 +13,21 @@ namespace clipheave::platform {
 
 namespace {
 
+using testkit::ffmpeg;
 using FrameList = std::unique_ptr<FrameSource>;
 
 /// Videos whose frames carry their number in ten black or white columns.
 class FrameSourceTest : public EngineTest {
 protected:
-    static QByteArray ffmpeg(const QString& options) {
-        const auto made = testkit::run(QStringLiteral("ffmpeg"),
-                                       (QStringLiteral("-v error -y ") + options).split(u' '));
-        EXPECT_EQ(made.exitCode, 0) << options.toStdString() << made.err.toStdString();
-        return made.out;
-    }
     /// 150 frames, 25 a second unless `graph` spreads them.
     [[nodiscard]] QString video(const char* name, const char* options,
                                 const char* graph = "null") const {
         const QString path = m_dir.path(QString::fromLatin1(name));
-        ffmpeg(QStringLiteral("-f lavfi -i "
-                              "color=gray:s=320x160:r=25:d=6,format=yuv420p,geq=lum='if(bitand(N,"
-                              "pow(2,floor(X/32))),235,16)':cb=128:cr=128,%1 -vsync passthrough "
-                              "-pix_fmt yuv420p %2 %3")
-                   .arg(QLatin1String(graph), QLatin1String(options), path));
+        ffmpeg(QByteArray("-f lavfi -i "
+                          "color=gray:s=320x160:r=25:d=6,format=yuv420p,geq=lum='if(bitand(N,"
+                          "pow(2,floor(X/32))),235,16)':cb=128:cr=128,") +
+                   graph + " -vsync passthrough -pix_fmt yuv420p " + options,
+               {path});
         return path;
     }
     [[nodiscard]] FrameList open(const QString& path, std::optional<QSize> size = {}) const {
@@ -55,12 +50,10 @@ protected:
     /// that the decoder swallows.
     [[nodiscard]] static std::vector<double> times(const QString& path) {
         const auto list = [&](const char* what, const char* entries) {
-            return testkit::run(QStringLiteral("ffprobe"),
-                                QStringLiteral("-v error -select_streams %1 -of csv=p=0 "
-                                               "-show_entries %2 %3")
-                                    .arg(QLatin1String(what), QLatin1String(entries), path)
-                                    .split(u' '))
-                .out.split('\n');
+            return testkit::ffprobe(QByteArray("-of csv=p=0 -select_streams ") + what +
+                                        " -show_entries " + entries,
+                                    path)
+                .split('\n');
         };
         const double start = std::max(0.0, list("v", "format=start_time").value(0).toDouble());
         std::vector<double> result;
@@ -127,16 +120,16 @@ TEST_F(FrameSourceTest, AppliesEditListsAndAttachedPictures) {
     const QString whole = video("whole.mp4", "-c:v libx264 -g 25 -bf 2");
     // Cut inside a group of frames: what stands before the cut is not shown.
     const QString cut = m_dir.path(QStringLiteral("cut.mp4"));
-    ffmpeg(QStringLiteral("-ss 1.4 -i %1 -c copy %2").arg(whole, cut));
+    ffmpeg("-ss 1.4 -i % -c copy", {whole, cut});
     const auto frames = open(cut);
     ASSERT_TRUE(frames);
     EXPECT_EQ(number(frames->frameAt(kCMTimeZero)), 35);
     EXPECT_EQ(number(frames->frameAt({1, 1})), 60);
     const QString cover = m_dir.path(QStringLiteral("cover.png"));
-    ffmpeg(QStringLiteral("-f lavfi -i color=red:s=64x64 -frames:v 1 ") + cover);
+    ffmpeg("-f lavfi -i color=red:s=64x64 -frames:v 1", {cover});
     const QString withCover = m_dir.path(QStringLiteral("cover.mp4"));
-    ffmpeg(QStringLiteral("-i %1 -i %2 -map 0 -map 1 -c copy -disposition:v:0 attached_pic %3")
-               .arg(cover, whole, withCover));
+    ffmpeg("-i % -i % -map 0 -map 1 -c copy -disposition:v:0 attached_pic",
+           {cover, whole, withCover});
     const auto covered = open(withCover);
     ASSERT_TRUE(covered);
     EXPECT_EQ(covered->size(), QSize(320, 160));
@@ -158,8 +151,7 @@ TEST_F(FrameSourceTest, EndsWhereTheVideoEnds) {
     EXPECT_EQ(number(frames->frameAt({1, 1})), 25); // usable afterwards
     // Audio that lasts longer: there is no video then.
     const QString longer = m_dir.path(QStringLiteral("longer.mp4"));
-    ffmpeg(
-        QStringLiteral("-i %1 -f lavfi -i sine=d=9 -map 0 -map 1 -c:v copy %2").arg(path, longer));
+    ffmpeg("-i % -f lavfi -i sine=d=9 -map 0 -map 1 -c:v copy", {path, longer});
     const auto video = open(longer);
     ASSERT_TRUE(video);
     EXPECT_EQ(number(video->frameAt({599, 100})), 149);
@@ -186,12 +178,12 @@ TEST_F(FrameSourceTest, ShowsShapesAndColoursAsTheyAreMeant) {
                    "null"}};
     for (const auto& [name, options, size, reference] : videos) {
         const QString path = m_dir.path(QString::fromLatin1(name));
-        ffmpeg(QStringLiteral("-f lavfi -i testsrc2=s=320x180:d=1 -pix_fmt yuv420p %1 %2")
-                   .arg(QLatin1String(options), path));
+        ffmpeg(QByteArray("-f lavfi -i testsrc2=s=320x180:d=1 -pix_fmt yuv420p ") + options,
+               {path});
         const QByteArray shown =
-            ffmpeg(QStringLiteral("-i %1 -vf select=eq(n\\,10),%2 -frames:v 1 -f rawvideo "
-                                  "-sws_flags bicubic+accurate_rnd -pix_fmt bgra -")
-                       .arg(path, QLatin1String(reference)));
+            ffmpeg(QByteArray("-i % -vf select=eq(n\\,10),") + reference +
+                       " -frames:v 1 -f rawvideo -sws_flags bicubic+accurate_rnd -pix_fmt bgra -",
+                   {path});
         const auto frames = open(path);
         ASSERT_TRUE(frames);
         EXPECT_EQ(frames->size(), size) << name;
@@ -219,11 +211,12 @@ TEST_F(FrameSourceTest, BringsHighDynamicRangeToTheScreen) {
         {"hlg.mkv", "arib-std-b67", "if(lt(X,80),396,if(lt(X,160),721,if(lt(X,240),940,64)))"}};
     for (const auto& [name, transfer, greys] : videos) {
         const QString path = m_dir.path(QString::fromLatin1(name));
-        ffmpeg(
-            QStringLiteral("-f lavfi -i color=black:s=320x160:d=0.2,format=yuv420p10,"
-                           "geq=lum='%1':cb=512:cr=512 -c:v libx265 -x265-params log-level=none "
-                           "-crf 4 -color_primaries bt2020 -colorspace bt2020nc -color_trc %2 %3")
-                .arg(QLatin1String(greys), QLatin1String(transfer), path));
+        ffmpeg(QByteArray("-f lavfi -i color=black:s=320x160:d=0.2,format=yuv420p10,geq=lum='") +
+                   greys +
+                   "':cb=512:cr=512 -c:v libx265 -x265-params log-level=none -crf 4 "
+                   "-color_primaries bt2020 -colorspace bt2020nc -color_trc " +
+                   transfer,
+               {path});
         const auto frames = open(path);
         ASSERT_TRUE(frames);
         const auto frame = frames->frameAt(kCMTimeZero);

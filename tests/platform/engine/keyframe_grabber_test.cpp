@@ -14,16 +14,12 @@ class FrameGrabber : public EngineTest {
 protected:
     [[nodiscard]] QString video(const QString& name, const char* options,
                                 const char* graph = "null") const {
-        const QString colours =
-            QStringLiteral("color=red:s=320x160:d=2:r=10[a];color=lime:s=320x160:d=2:r=10[b];"
-                           "color=blue:s=320x160:d=2:r=10[c];[a][b][c]concat=n=3,%1")
-                .arg(QString::fromLatin1(graph));
-        const QStringList arguments =
-            QStringList{QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y"),
-                        QStringLiteral("-filter_complex"), colours} +
-            QString::fromLatin1(options).split(u' ') + QStringList{m_dir.path(name)};
-        const auto made = testkit::run(QStringLiteral("ffmpeg"), arguments);
-        EXPECT_EQ(made.exitCode, 0) << made.err.toStdString();
+        testkit::ffmpeg(
+            QByteArray(
+                "-filter_complex color=red:s=320x160:d=2:r=10[a];color=lime:s=320x160:d=2:r=10[b];"
+                "color=blue:s=320x160:d=2:r=10[c];[a][b][c]concat=n=3,") +
+                graph + ' ' + options,
+            {m_dir.path(name)});
         return m_dir.path(name);
     }
     /// 'r', 'g', 'b', 'w', 'k' or '?' of the pixel at a part of width and height.
@@ -86,13 +82,7 @@ TEST_F(FrameGrabber, TurnsAndStretchesAsThePlayerDoes) {
                  {"270.mov", "-metadata:s:v rotate=270", 0.9, 0.1}};
     for (const auto& [name, options, x, y] : turns) {
         const QString path = m_dir.path(QString::fromLatin1(name));
-        ASSERT_EQ(testkit::run(QStringLiteral("ffmpeg"),
-                               QStringList{QStringLiteral("-v"), QStringLiteral("error"),
-                                           QStringLiteral("-i"), upright, QStringLiteral("-c"),
-                                           QStringLiteral("copy")} +
-                                   QString::fromLatin1(options).split(u' ') + QStringList{path})
-                      .exitCode,
-                  0);
+        testkit::ffmpeg(QByteArray("-i % -c copy ") + options, {upright, path});
         const auto frame = m_engine->keyframeAt(path, 0, 120);
         ASSERT_TRUE(frame) << name;
         const bool quarter = QByteArray(name) != "180.mov";
@@ -126,12 +116,7 @@ TEST_F(FrameGrabber, FailsWithoutAFrame) {
         m_dir.write(QStringLiteral("cut.mp4"), whole.left(whole.indexOf("mdat") + 8));
     EXPECT_EQ(code(cut), ErrorCode::InvalidData);
     const QString audio = m_dir.path(QStringLiteral("s.wav"));
-    ASSERT_EQ(testkit::run(QStringLiteral("ffmpeg"),
-                           {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
-                            QStringLiteral("lavfi"), QStringLiteral("-i"),
-                            QStringLiteral("sine=d=1"), audio})
-                  .exitCode,
-              0);
+    testkit::ffmpeg("-f lavfi -i sine=d=1", {audio});
     EXPECT_EQ(code(audio), ErrorCode::NotSupported);
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/asset/container_sniffer.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 namespace clipheave::platform {
 
@@ -14,10 +14,7 @@ QByteArray padded(const QByteArray& head) {
 }
 
 QByteArray id3Tag(int payload) {
-    QByteArray tag("ID3\x04\0\0", 6);
-    for (int shift = 21; shift >= 0; shift -= 7)
-        tag += static_cast<char>(payload >> shift & 0x7F);
-    return tag + QByteArray(payload, '\0');
+    return testkit::id3Tag(4, QByteArray(payload, '\0'));
 }
 
 QByteArray packets(int first, int step) {

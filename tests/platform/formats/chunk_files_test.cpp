@@ -44,10 +44,9 @@ TEST(Wave, PrefersInfoTextsAndFillsFromTheId3Chunk) {
     const QByteArray texts = "INFO" + chunk("INAM", raw("Tit\xE9l\x80\x00")) +
                              chunk("IART", "\xC3\xA9") + chunk("ICRD", "2001-02-03") +
                              chunk("ITRK", "4");
-    const QByteArray tag = id3Tag(3, frame("TIT2", raw("\x00Other")) +
-                                         frame("TALB", raw("\x00"
-                                                           "Album")) +
-                                         frame("APIC", raw("\x00image/gif\x00\x03\x00") + gif()));
+    const QByteArray tag =
+        id3Tag(3, id3Text("TIT2", "Other") + id3Text("TALB", "Album") +
+                      id3Frame("APIC", raw("\x00image/gif\x00\x03\x00") + gif()));
     const auto facts = read(readWave, wave(format() + chunk("data", QByteArray(8000, '\0')) +
                                            chunk("LIST", texts) + chunk("id3 ", tag)));
     ASSERT_TRUE(facts);
@@ -96,13 +95,11 @@ TEST(Aiff, GivesItsTextsAndThenItsId3Frames) {
     const QByteArray comments =
         be(2, 2) + be(0, 4) + be(0, 2) + be(5, 2) + "Hello" + '\0' + be(0, 8);
     const auto facts = read(
-        readAiff, aiff(common() + chunk("NAME", "Caf\x8E", true) + chunk("AUTH", "Me", true) +
-                       chunk("(c) ", raw("1991\x00"), true) + chunk("COMT", comments, true) +
-                       chunk("SSND", QByteArray(16008, '\0'), true) +
-                       chunk("ID3 ",
-                             id3Tag(3, frame("TIT2", raw("\x00Tag")) + frame("TYER", raw("\x00"
-                                                                                         "1990"))),
-                             true)));
+        readAiff,
+        aiff(common() + chunk("NAME", "Caf\x8E", true) + chunk("AUTH", "Me", true) +
+             chunk("(c) ", raw("1991\x00"), true) + chunk("COMT", comments, true) +
+             chunk("SSND", QByteArray(16008, '\0'), true) +
+             chunk("ID3 ", id3Tag(3, id3Text("TIT2", "Tag") + id3Text("TYER", "1990")), true)));
     ASSERT_TRUE(facts);
     EXPECT_EQ(facts->infoDictionary, info({{"title", "Café"},
                                            {"artist", "Me"},
@@ -155,12 +152,6 @@ TEST(Au, ReadsNamedLinesAndPlainAnnotations) {
 }
 
 TEST(Flac, TellsDatesApartAndTakesTheFrontCover) {
-    const auto block = [](int type, const QByteArray& body) {
-        return be(static_cast<quint64>(type), 1) + be(static_cast<quint64>(body.size()), 3) + body;
-    };
-    const auto text = [](const QByteArray& bytes) {
-        return le(static_cast<quint64>(bytes.size()), 4) + bytes;
-    };
     const auto image = [](quint64 type, const QByteArray& bytes) {
         return be(type, 4) + be(9, 4) + "image/gif" + be(0, 4) + QByteArray(16, '\0') +
                be(static_cast<quint64>(bytes.size()), 4) + bytes;
@@ -168,15 +159,12 @@ TEST(Flac, TellsDatesApartAndTakesTheFrontCover) {
     // 44100 Hz, stereo, 16 bits, 22050 samples.
     const QByteArray streamInfo =
         QByteArray(10, '\0') + raw("\x0A\xC4\x42\xF0\x00\x00\x56\x22") + QByteArray(16, '\0');
-    const QByteArray comment = text("me") + le(5, 4) + text("Title=One") + text("TITLE=Two") +
-                               text("date=2019-01-02") + text("TRACKNUMBER=3") +
-                               text("TotalTracks=9");
-    const QByteArray file = "fLaC" + block(0, streamInfo) + block(4, comment) +
-                            block(6, image(4, gif() + "back")) + block(0x86, image(3, gif())) +
-                            QByteArray(1000, '\0');
-    const auto facts = read(readFlac, id3Tag(3, frame("TALB", raw("\x00"
-                                                                  "From ID3"))) +
-                                          file);
+    const QByteArray comment = vorbisComments(
+        {"Title=One", "TITLE=Two", "date=2019-01-02", "TRACKNUMBER=3", "TotalTracks=9"});
+    const QByteArray file = "fLaC" + flacBlock(0, streamInfo) + flacBlock(4, comment) +
+                            flacBlock(6, image(4, gif() + "back")) +
+                            flacBlock(6, image(3, gif()), true) + QByteArray(1000, '\0');
+    const auto facts = read(readFlac, id3Tag(3, id3Text("TALB", "From ID3")) + file);
     ASSERT_TRUE(facts);
     EXPECT_EQ(facts->infoDictionary, info({{"title", "One; Two"},
                                            {"recorded date", "2019-01-02"},

@@ -9,12 +9,7 @@ namespace {
 
 QByteArray ffmpegImage(const testkit::TempDir& folder, const QString& name) {
     const QString path = folder.path(name);
-    const auto result = testkit::run(QStringLiteral("ffmpeg"),
-                                     {QStringLiteral("-v"), QStringLiteral("error"),
-                                      QStringLiteral("-f"), QStringLiteral("lavfi"),
-                                      QStringLiteral("-i"), QStringLiteral("testsrc=s=70x50"),
-                                      QStringLiteral("-frames:v"), QStringLiteral("1"), path});
-    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    testkit::ffmpeg("-f lavfi -i testsrc=s=70x50 -frames:v 1", {path});
     return testkit::TempDir::read(path);
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/flac/flac_tags.h"
 #include "platform/foundation/file_manager.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QDir>
 
@@ -9,31 +9,17 @@ namespace {
 
 using namespace clipheave::platform;
 using testkit::be;
+using testkit::flacBlock;
 using testkit::le;
 using testkit::TempDir;
-
-QByteArray block(int type, const QByteArray& body, bool last = false) {
-    return be(static_cast<quint64>(type | (last ? 0x80 : 0)), 1) +
-           be(static_cast<quint64>(body.size()), 3) + body;
-}
-
-QByteArray countedText(const QByteArray& text) {
-    return le(static_cast<quint64>(text.size()), 4) + text;
-}
-
-QByteArray commentBlock(const QByteArrayList& entries) {
-    QByteArray body = countedText("maker") + le(static_cast<quint64>(entries.size()), 4);
-    for (const QByteArray& entry : entries)
-        body += countedText(entry);
-    return body;
-}
+using testkit::vorbisComments;
 
 const QByteArray kStreamInfo(34, '\1');
 const QByteArray kFlacAudio = "\xFF\xF8 sound";
 
 QByteArray flacFile(const QByteArrayList& entries, const QByteArray& more = {}) {
-    return "fLaC" + block(0, kStreamInfo) + block(4, commentBlock(entries)) + more +
-           block(1, QByteArray(20, '\0'), true) + kFlacAudio;
+    return "fLaC" + flacBlock(0, kStreamInfo) + flacBlock(4, vorbisComments(entries)) + more +
+           flacBlock(1, QByteArray(20, '\0'), true) + kFlacAudio;
 }
 
 class FlacTags : public testing::Test {
@@ -52,7 +38,7 @@ protected:
 };
 
 TEST_F(FlacTags, OnlyTheChangedCommentsChange) {
-    const QByteArray other = block(2, "application") + block(6, be(4, 4) + "back cover");
+    const QByteArray other = flacBlock(2, "application") + flacBlock(6, be(4, 4) + "back cover");
     const QByteArray file = flacFile(
         {"Title=old", "ARTIST=A", "artist=B", "LABEL=kept", "\xFFno name", "COMMENTS=c"}, other);
     EXPECT_EQ(
@@ -69,7 +55,7 @@ TEST_F(FlacTags, OnlyTheChangedCommentsChange) {
     EXPECT_EQ(changed(file, {}), file);
     EXPECT_EQ(changed(flacFile({"DESCRIPTION=d"}), {{{QStringLiteral("comments"), QString()}}, {}}),
               flacFile({}));
-    const QByteArray bare = "fLaC" + block(0, kStreamInfo, true) + kFlacAudio;
+    const QByteArray bare = "fLaC" + flacBlock(0, kStreamInfo, true) + kFlacAudio;
     const QByteArray tagged = QByteArray("ID3\3\0\0\0\0\0\1x", 11) + bare;
     EXPECT_EQ(changed(tagged, {{{QStringLiteral("album"), QStringLiteral("A")}}, {}}).left(15),
               tagged.left(15));
@@ -79,10 +65,11 @@ TEST_F(FlacTags, ANewCoverReplacesTheFrontCoverAlone) {
     const auto image = EncodedImage::fromBytes(
         QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\2\0\0\0\3\10\2\0\0\0", 29));
     ASSERT_FALSE(image.isNull());
-    const QByteArray back = block(6, be(4, 4) + "back"), front = block(6, be(3, 4) + "front");
+    const QByteArray back = flacBlock(6, be(4, 4) + "back"),
+                     front = flacBlock(6, be(3, 4) + "front");
     const QByteArray fresh =
-        block(6, be(3, 4) + be(9, 4) + "image/png" + be(0, 4) + be(2, 4) + be(3, 4) + be(24, 4) +
-                     be(0, 4) + be(29, 4) + image.bytes());
+        flacBlock(6, be(3, 4) + be(9, 4) + "image/png" + be(0, 4) + be(2, 4) + be(3, 4) +
+                         be(24, 4) + be(0, 4) + be(29, 4) + image.bytes());
     EXPECT_EQ(changed(flacFile({}, back + front), {{}, image}), flacFile({}, back + fresh));
     const QByteArray added = changed(flacFile({}, back), {{}, image});
     EXPECT_TRUE(added.contains(back));
@@ -93,9 +80,9 @@ TEST_F(FlacTags, DamagedFilesAreRefused) {
     const FlacTagChanges changes{{{QStringLiteral("title"), QStringLiteral("n")}}, {}};
     const QByteArray good = flacFile({"TITLE=t"});
     EXPECT_EQ(changed(good.left(good.size() - 20), changes), "a metadata block is damaged");
-    EXPECT_EQ(changed("fLaC" + block(4, commentBlock({}), true) + kFlacAudio, changes),
+    EXPECT_EQ(changed("fLaC" + flacBlock(4, vorbisComments({}), true) + kFlacAudio, changes),
               "there is no stream information");
-    EXPECT_EQ(changed("fLaC" + block(0, kStreamInfo, true) + "no sync", changes),
+    EXPECT_EQ(changed("fLaC" + flacBlock(0, kStreamInfo, true) + "no sync", changes),
               "no sound follows the metadata");
     EXPECT_EQ(changed(QByteArray(good).replace("TITLE=t", "TITLE="), changes),
               "a metadata block is damaged");

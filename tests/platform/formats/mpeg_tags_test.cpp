@@ -2,40 +2,19 @@
 #include "platform/formats/mpeg/id3_tag_builder.h"
 #include "platform/formats/mpeg/mpeg_tags.h"
 #include "platform/foundation/file_manager.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QDir>
 
 namespace {
 
 using namespace clipheave::platform;
-using testkit::be;
+using testkit::id3Frame;
+using testkit::id3Tag;
+using testkit::id3Text;
 using testkit::le;
+using testkit::mpegFrames;
 using testkit::TempDir;
-
-/// Frames of 417 bytes: MPEG 1 layer III, 128 kbit/s, 44.1 kHz.
-QByteArray audio(int frames = 4) {
-    QByteArray bytes;
-    for (int i = 0; i < frames; ++i)
-        bytes += QByteArray("\xFF\xFB\x90\x64", 4) + QByteArray(413, static_cast<char>(i + 1));
-    return bytes;
-}
-
-QByteArray syncSafe(qsizetype size) {
-    QByteArray bytes;
-    for (int shift = 21; shift >= 0; shift -= 7)
-        bytes += static_cast<char>(size >> shift & 0x7F);
-    return bytes;
-}
-
-QByteArray id3(const QByteArray& frames, qsizetype claimed = -1, int version = 3, int flags = 0) {
-    return QByteArray("ID3") + static_cast<char>(version) + '\0' + static_cast<char>(flags) +
-           syncSafe(claimed < 0 ? frames.size() : claimed) + frames;
-}
-
-QByteArray frame(const char* id, const QByteArray& body) {
-    return QByteArray(id) + be(static_cast<quint64>(body.size()), 4) + QByteArray(2, '\0') + body;
-}
 
 QByteArray id3v1() {
     return QByteArray("TAG") + QByteArray(125, 'x');
@@ -91,46 +70,48 @@ protected:
 
 TEST_F(MpegTags, TheNewTagIsExactlyWhatTheFormatSays) {
     EXPECT_EQ(title(QStringLiteral("T\u0416\U0001F3AC")),
-              id3(frame("TIT2", QByteArray("\x01\xFF\xFE"
-                                           "T\0\x16\x04\x3C\xD8\xAC\xDF",
-                                           11))));
+              id3Tag(3, id3Frame("TIT2", QByteArray("\x01\xFF\xFE"
+                                                    "T\0\x16\x04\x3C\xD8\xAC\xDF",
+                                                    11))));
     const QByteArray tag = *renderId3Tag(
         {{ID3FID_SUBTITLE_, QStringLiteral("")}, {ID3FID_COMMENT_, QStringLiteral("C")}}, "II*");
-    EXPECT_EQ(tag, id3(frame("TIT3", QByteArray("\x01")) +
-                       frame("COMM", QByteArray("\x01\0\0\0\xFF\xFE\0\0\xFF\xFE"
-                                                "C\0",
-                                                12)) +
-                       frame("APIC", QByteArray("\x01\0\x03\xFF\xFE\0\0II*", 10))));
+    EXPECT_EQ(tag, id3Tag(3, id3Frame("TIT3", QByteArray("\x01")) +
+                                 id3Frame("COMM", QByteArray("\x01\0\0\0\xFF\xFE\0\0\xFF\xFE"
+                                                             "C\0",
+                                                             12)) +
+                                 id3Frame("APIC", QByteArray("\x01\0\x03\xFF\xFE\0\0II*", 10))));
     EXPECT_EQ(renderId3Tag({}, {}), QByteArray());
 }
 
 TEST_F(MpegTags, EveryKindOfTagGoesAndTheAudioStays) {
-    const QByteArray old = id3(frame("TCON", QByteArray("\0Rock", 5)) + QByteArray(64, '\0'));
+    const QByteArray old =
+        id3Tag(3, id3Frame("TCON", QByteArray("\0Rock", 5)) + QByteArray(64, '\0'));
     const QByteArray fresh = title(QStringLiteral("T"));
     const QByteArray enhanced = "TAG+" + QByteArray(223, 'y') + id3v1();
-    const QByteArray appended = id3(frame("TIT2", "\3abc"), -1, 4, 0x10) + "3DI\4" +
-                                id3(frame("TIT2", "\3abc"), -1, 4, 0x10).mid(4, 6);
+    const QByteArray appended = id3Tag(4, id3Frame("TIT2", "\3abc"), 0x10) + "3DI\4" +
+                                id3Tag(4, id3Frame("TIT2", "\3abc"), 0x10).mid(4, 6);
     const QByteArray lyrics3v1 = "LYRICSBEGIN[00:01]WordsLYRICSEND";
-    EXPECT_EQ(retagged(old + old + audio() + musicMatch() + ape(true) + lyrics3v2() + enhanced),
-              fresh + audio());
+    EXPECT_EQ(
+        retagged(old + old + mpegFrames() + musicMatch() + ape(true) + lyrics3v2() + enhanced),
+        fresh + mpegFrames());
     for (const QByteArray& tail :
          {id3v1(), enhanced, ape(true), ape(false), lyrics3v2() + id3v1(), lyrics3v1 + id3v1(),
           appended, appended + ape(true) + id3v1(), musicMatch(), musicMatch() + id3v1()})
-        EXPECT_EQ(retagged(audio() + tail), fresh + audio());
-    EXPECT_EQ(retagged(ape(true) + audio()), fresh + audio()) << "at the start";
+        EXPECT_EQ(retagged(mpegFrames() + tail), fresh + mpegFrames());
+    EXPECT_EQ(retagged(ape(true) + mpegFrames()), fresh + mpegFrames()) << "at the start";
     const QByteArray unsynchronised =
-        id3(QByteArray("TIT2\0\0\0\x05\0\0\1\xFF\0\xFE\xFF", 15), -1, 3, 0x80);
-    EXPECT_EQ(retagged(unsynchronised + audio()), fresh + audio());
-    EXPECT_EQ(retagged("junk in front" + audio()), fresh + "junk in front" + audio());
+        id3Tag(3, QByteArray("TIT2\0\0\0\x05\0\0\1\xFF\0\xFE\xFF", 15), 0x80);
+    EXPECT_EQ(retagged(unsynchronised + mpegFrames()), fresh + mpegFrames());
+    EXPECT_EQ(retagged("junk in front" + mpegFrames()), fresh + "junk in front" + mpegFrames());
 }
 
 TEST_F(MpegTags, WhatCannotBeTrustedIsNotTakenOff) {
-    const QByteArray text = frame("TIT2", QByteArray("\0abc", 4));
-    EXPECT_EQ(retagged(id3(text, 100 << 20) + audio()),
+    const QByteArray text = id3Frame("TIT2", QByteArray("\0abc", 4));
+    EXPECT_EQ(retagged(id3Tag(3, text, 0, 100 << 20) + mpegFrames()),
               "the tag at the start is larger than the file");
-    EXPECT_EQ(retagged(id3(text, text.size() + 900) + audio()),
+    EXPECT_EQ(retagged(id3Tag(3, text, 0, text.size() + 900) + mpegFrames()),
               "the tag at the start reaches into the sound");
-    EXPECT_EQ(retagged(id3(text)), "no frame of MPEG audio was found");
+    EXPECT_EQ(retagged(id3Tag(3, text)), "no frame of MPEG audio was found");
     EXPECT_EQ(retagged({}), "no frame of MPEG audio was found");
     EXPECT_EQ(retagged(QByteArray(5000, '\0')), "no frame of MPEG audio was found");
     // Ends that only look like tags belong to the audio.
@@ -140,11 +121,11 @@ TEST_F(MpegTags, WhatCannotBeTrustedIsNotTakenOff) {
     QByteArray cut = lyrics3v2().mid(4);
     for (const QByteArray& tail :
          {lying, cut, "9999999LYRICS200" + QByteArray(), ape(false).mid(3), musicMatch().mid(9000)})
-        EXPECT_EQ(retagged(audio() + tail), fresh + audio() + tail);
+        EXPECT_EQ(retagged(mpegFrames() + tail), fresh + mpegFrames() + tail);
 }
 
 TEST_F(MpegTags, CancellingLeavesNothing) {
-    const QString source = m_dir.write(QStringLiteral("in/a.mp3"), audio());
+    const QString source = m_dir.write(QStringLiteral("in/a.mp3"), mpegFrames());
     const auto done = replaceMpegTags(source, m_dir.path(QStringLiteral("o.mp3")), {},
                                       [](double) { return false; });
     ASSERT_FALSE(done);

@@ -18,24 +18,20 @@ QString q(const char* text) {
 }
 
 /// Three seconds of audio with the usual tags, written by FFmpeg.
-QString audioFile(const testkit::TempDir& folder, const char* name, QStringList options = {}) {
+QString audioFile(const testkit::TempDir& folder, const char* name,
+                  const QByteArray& options = {}) {
     const QString path = folder.path(q(name));
-    QStringList arguments{q("-v"),    q("error"), q("-f"),
-                          q("lavfi"), q("-i"),    q("sine=duration=3:sample_rate=44100"),
-                          q("-ac"),   q("2")};
-    for (const char* tag : {"title=Töne 東京", "artist=AC/DC", "album=Alb", "date=2019-05-04",
-                            "track=3/12", "composer=Comp", "copyright=Cop"})
-        arguments << q("-metadata") << q(tag);
-    const auto result = testkit::run(q("ffmpeg"), arguments + options + QStringList{path});
-    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    testkit::ffmpeg(
+        "-f lavfi -i sine=duration=3:sample_rate=44100 -ac 2 -metadata % -metadata "
+        "artist=AC/DC -metadata album=Alb -metadata date=2019-05-04 -metadata track=3/12 "
+        "-metadata composer=Comp -metadata copyright=Cop " +
+            options,
+        {q("title=Töne 東京"), path});
     return path;
 }
 
 double ffprobeDuration(const QString& path) {
-    const auto result =
-        testkit::run(q("ffprobe"), {q("-v"), q("quiet"), q("-of"), q("csv=p=0"), q("-show_entries"),
-                                    q("format=duration"), path});
-    return result.out.trimmed().toDouble();
+    return testkit::ffprobe("-of csv=p=0 -show_entries format=duration", path).toDouble();
 }
 
 /// TIT2, TPE1, TALB of each file by mutagen; only files that it opens.
@@ -73,8 +69,8 @@ Result<MediaFacts> readByName(const QString& path) {
 
 TEST(OtherPrograms, WriteTagsThatAreReadAlike) {
     const testkit::TempDir folder;
-    const QStringList v24{q("-id3v2_version"), q("4")};
-    const QStringList v23{q("-id3v2_version"), q("3"), q("-write_id3v1"), q("1")};
+    const QByteArray v24 = "-id3v2_version 4";
+    const QByteArray v23 = "-id3v2_version 3 -write_id3v1 1";
     for (const QString& path :
          {audioFile(folder, "old.mp3", v23), audioFile(folder, "new.mp3", v24),
           audioFile(folder, "a.flac"), audioFile(folder, "a.ogg"), audioFile(folder, "a.opus"),
@@ -101,13 +97,11 @@ TEST(OtherPrograms, WriteTagsThatAreReadAlike) {
 
 TEST(OtherPrograms, WriteMpegFilesWhoseLengthIsFoundWithoutReadingThem) {
     const testkit::TempDir folder;
-    for (const QStringList& options :
-         {QStringList{q("-b:a"), q("64k"), q("-write_xing"), q("0")},
-          QStringList{q("-q:a"), q("4")}, QStringList{q("-q:a"), q("4"), q("-write_xing"), q("0")},
-          QStringList{q("-ar"), q("16000")}, QStringList{q("-c:a"), q("mp2"), q("-f"), q("mp2")}}) {
+    for (const char* options : {"-b:a 64k -write_xing 0", "-q:a 4", "-q:a 4 -write_xing 0",
+                                "-ar 16000", "-c:a mp2 -f mp2"}) {
         const auto facts = readByName(audioFile(folder, "a.mp3", options));
-        ASSERT_TRUE(facts) << options.join(u' ').toStdString();
-        EXPECT_NEAR(facts->durationSeconds, 3, 0.15) << options.join(u' ').toStdString();
+        ASSERT_TRUE(facts) << options;
+        EXPECT_NEAR(facts->durationSeconds, 3, 0.15) << options;
         QFile::remove(folder.path(q("a.mp3")));
     }
 }
@@ -168,7 +162,7 @@ TEST(AudioFile, AnswersPropertiesByTheBytesNotTheName) {
     EXPECT_EQ(AudioFileGetAlbumArtwork(*wave).error().code, ErrorCode::NotFound);
 
     const QString disguised = folder.path(q("mp3.wav"));
-    QFile::rename(audioFile(folder, "a.mp3", {q("-id3v2_version"), q("3")}), disguised);
+    QFile::rename(audioFile(folder, "a.mp3", "-id3v2_version 3"), disguised);
     const auto mpeg = open(disguised);
     ASSERT_TRUE(mpeg);
     EXPECT_EQ(AudioFileGetInfoDictionary(*mpeg)->value(q("year")), q("2019"));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/cg_image_source.h"
 #include "platform/image/shoot_date.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QDir>
 #include <QImage>
@@ -20,14 +20,6 @@ QString imageFile(const testkit::TempDir& dir, const char* name) {
     return path;
 }
 
-void tag(const QString& path, const QStringList& options) {
-    const auto done =
-        testkit::run(QStringLiteral("exiftool"),
-                     QStringList{QStringLiteral("-q"), QStringLiteral("-overwrite_original")} +
-                         options + QStringList{path});
-    ASSERT_EQ(done.exitCode, 0) << done.err.toStdString();
-}
-
 QVariantMap dictionary(const CGImageSource& source, const char* name) {
     return source.properties().value(QString::fromLatin1(name)).toMap();
 }
@@ -39,20 +31,16 @@ QVariant value(const QVariantMap& map, const char* name) {
 } // namespace
 
 TEST(CGImageSource, PublishedNamesAndForms) {
-    if (!testkit::hasProgram(QStringLiteral("exiftool")))
-        GTEST_SKIP() << "needs exiftool";
+    SKIP_WITHOUT("exiftool");
     const testkit::TempDir dir;
     const QString path = imageFile(dir, "a.jpg");
-    tag(path, {QStringLiteral("-Make=Maker"), QStringLiteral("-Orientation#=6"),
-               QStringLiteral("-DateTimeOriginal=2019:05:04 10:11:12"), QStringLiteral("-ISO=200"),
-               QStringLiteral("-FNumber=2.8"), QStringLiteral("-UserComment=Grüße"),
-               QStringLiteral("-ExifVersion=0231"), QStringLiteral("-SubSecTimeOriginal=042"),
-               QStringLiteral("-GPSLatitude=48.5"), QStringLiteral("-GPSLatitudeRef=S"),
-               QStringLiteral("-GPSLongitude=2.25"), QStringLiteral("-GPSLongitudeRef=W"),
-               QStringLiteral("-GPSAltitude=12.5"), QStringLiteral("-GPSAltitudeRef#=1"),
-               QStringLiteral("-GPSTimeStamp=09:32:02.5"),
-               QStringLiteral("-GPSDateStamp=2019:05:04"), QStringLiteral("-IPTC:Keywords=a, b"),
-               QStringLiteral("-IPTC:Keywords=c"), QStringLiteral("-IPTC:CopyrightNotice=Ich")});
+    testkit::exiftool(
+        "-q -overwrite_original -Make=Maker -Orientation#=6 % -ISO=200 -FNumber=2.8 "
+        "-UserComment=Grüße -ExifVersion=0231 -SubSecTimeOriginal=042 "
+        "-GPSLatitude=48.5 -GPSLatitudeRef=S -GPSLongitude=2.25 -GPSLongitudeRef=W "
+        "-GPSAltitude=12.5 -GPSAltitudeRef#=1 -GPSTimeStamp=09:32:02.5 "
+        "-GPSDateStamp=2019:05:04 % -IPTC:Keywords=c -IPTC:CopyrightNotice=Ich",
+        {u"-DateTimeOriginal=2019:05:04 10:11:12"_qs, u"-IPTC:Keywords=a, b"_qs, path});
     const auto source = CGImageSource::createWithPath(path);
     ASSERT_TRUE(source) << source.error().text().toStdString();
     EXPECT_EQ(source->pixelSize(), QSize(64, 48));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/cg_image_destination.h"
 #include "platform/image/tiff_representation.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QDir>
 
@@ -81,12 +81,7 @@ GifBlocks blocksOf(const QByteArray& gif) {
 }
 
 QByteArray decoded(const QString& path) {
-    return testkit::run(
-               QStringLiteral("ffmpeg"),
-               QStringLiteral("-v error -i %1 -vsync passthrough -f rawvideo -pix_fmt bgra -")
-                   .arg(path)
-                   .split(u' '))
-        .out;
+    return testkit::ffmpeg("-i % -vsync passthrough -f rawvideo -pix_fmt bgra -", {path});
 }
 
 double psnr(const QByteArray& a, const QByteArray& b) {
@@ -109,8 +104,7 @@ TEST(Gif, LoopsForEverWithoutDelaysAndLooksLikeItsImages) {
     EXPECT_EQ(blocks.order, "NCICICIE");
     EXPECT_EQ(blocks.loops, 0);
     EXPECT_EQ(blocks.delays, std::vector<int>(3, 0));
-    if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-        GTEST_SKIP() << "needs ffmpeg";
+    SKIP_WITHOUT("ffmpeg");
     const QByteArray pixels = decoded(path);
     const qsizetype size = images[0].rgb32.size();
     ASSERT_EQ(pixels.size(), 3 * size);
@@ -119,8 +113,7 @@ TEST(Gif, LoopsForEverWithoutDelaysAndLooksLikeItsImages) {
 }
 
 TEST(Gif, KeepsEveryColourOfAImageWithFew) {
-    if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-        GTEST_SKIP() << "needs ffmpeg";
+    SKIP_WITHOUT("ffmpeg");
     const testkit::TempDir dir;
     const QString path = dir.path(QStringLiteral("few.gif"));
     // Dark, and closer together than coarse counting tells.
@@ -169,8 +162,7 @@ TEST(FrameTiff, HoldsThePixelsAsTheyAre) {
             EXPECT_EQ(decoded(path), image.rgb32) << width;
         }
         if (testkit::hasProgram(QStringLiteral("exiftool"))) {
-            const QByteArray said =
-                testkit::run(QStringLiteral("exiftool"), {QStringLiteral("-validate"), path}).out;
+            const QByteArray said = testkit::exiftool("-validate", {path});
             EXPECT_TRUE(said.contains("OK")) << said.toStdString();
         }
     }

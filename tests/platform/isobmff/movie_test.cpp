@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/platform/isobmff/movie_builder.h"
+#include "tests/testkit/media.h"
 
 #include "platform/isobmff/box.h"
 
@@ -267,13 +268,11 @@ QJsonObject probedStream(const QJsonObject& probed, const char* kind) {
 class IsobmffCorpus : public testing::TestWithParam<const char*> {};
 
 TEST_P(IsobmffCorpus, AgreesWithFfprobe) {
-    if (corpus().isEmpty() || !hasProgram(QStringLiteral("ffprobe")))
+    SKIP_WITHOUT("ffprobe");
+    if (corpus().isEmpty())
         GTEST_SKIP();
     const QString path = corpus() + QLatin1Char('/') + QLatin1String(GetParam());
-    const RunResult run =
-        testkit::run(QStringLiteral("ffprobe"), {str("-v"), str("error"), str("-of"), str("json"),
-                                                 str("-show_format"), str("-show_streams"), path});
-    const QJsonObject probed = QJsonDocument::fromJson(run.out).object();
+    const QJsonObject probed = testkit::ffprobe(path);
     auto reader = FileReader::open(path);
     const auto facts = readIsobmff(*reader);
     ASSERT_TRUE(facts.has_value());

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/asset/av_asset_image_generator.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 namespace clipheave::platform {
 
@@ -10,18 +10,14 @@ namespace {
 QString colourVideo(const testkit::TempDir& dir, int degrees) {
     const QString plain = dir.path(QStringLiteral("plain.mov")),
                   path = dir.path(QStringLiteral("%1.mov").arg(degrees));
-    for (const QString& options :
-         {QStringLiteral("-filter_complex "
-                         "color=red:s=64x32:d=1:r=10[a];color=lime:s=64x32:d=1:r=10[b];"
-                         "color=blue:s=64x32:d=1:r=10[c];[a][b][c]concat=n=3,drawbox=0:0:16:16:"
-                         "white:fill -c:v libx264 -pix_fmt yuv420p ") +
-              plain,
-          QStringLiteral("-i %1 -c copy -metadata:s:v rotate=%2 %3")
-              .arg(plain, QString::number((360 - degrees) % 360), path)})
-        EXPECT_EQ(testkit::run(QStringLiteral("ffmpeg"),
-                               (QStringLiteral("-v error -y ") + options).split(u' '))
-                      .exitCode,
-                  0);
+    testkit::ffmpeg("-filter_complex "
+                    "color=red:s=64x32:d=1:r=10[a];color=lime:s=64x32:d=1:r=10[b];"
+                    "color=blue:s=64x32:d=1:r=10[c];[a][b][c]concat=n=3,drawbox=0:0:16:16:"
+                    "white:fill -c:v libx264 -pix_fmt yuv420p",
+                    {plain});
+    testkit::ffmpeg("-i % -c copy -metadata:s:v rotate=" +
+                        QByteArray::number((360 - degrees) % 360),
+                    {plain, path});
     return path;
 }
 
@@ -36,8 +32,7 @@ bool isWhite(std::uint32_t pixel) {
 } // namespace
 
 TEST(AVAssetImageGenerator, TurnsTheFrameOnlyWhenAsked) {
-    if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-        GTEST_SKIP() << "needs ffmpeg";
+    SKIP_WITHOUT("ffmpeg");
     const testkit::TempDir dir;
     const struct {
         int degrees, width, x, y; ///< where the corner is, turned clockwise
@@ -60,8 +55,7 @@ TEST(AVAssetImageGenerator, TurnsTheFrameOnlyWhenAsked) {
 }
 
 TEST(AVAssetImageGenerator, TellsWhenTheFrameBegins) {
-    if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-        GTEST_SKIP() << "needs ffmpeg";
+    SKIP_WITHOUT("ffmpeg");
     const testkit::TempDir dir;
     const auto asset = AVURLAsset::assetWithPath(colourVideo(dir, 0));
     ASSERT_TRUE(asset);
@@ -79,11 +73,7 @@ TEST(AVAssetImageGenerator, TellsWhenTheFrameBegins) {
     EXPECT_GT(pixelAt(*blue, 40, 20) & 0xFF, 200u);
     // Audio alone gives the same plain failure each time.
     const QString audio = dir.path(QStringLiteral("s.wav"));
-    ASSERT_EQ(
-        testkit::run(QStringLiteral("ffmpeg"),
-                     QStringLiteral("-v error -f lavfi -i sine=d=1 %1").arg(audio).split(u' '))
-            .exitCode,
-        0);
+    testkit::ffmpeg("-f lavfi -i sine=d=1", {audio});
     const auto silentVideo = AVURLAsset::assetWithPath(audio);
     ASSERT_TRUE(silentVideo);
     auto none = AVAssetImageGenerator::initWithAsset(*silentVideo);

@@ -171,8 +171,7 @@ TEST_F(ReaderWriterTest, KeepsEveryFrameAndItsTime) {
 
 TEST_F(ReaderWriterTest, LeavesOutWhatAnEditListHides) {
     const QString source = path("cut.mov"), target = path("out.mov");
-    ffmpeg("-ss 0.5 -i " + make("whole.mov", "-c:v libx264 -g 50 -an").toUtf8() + " -c copy",
-           source);
+    testkit::ffmpeg("-ss 0.5 -i % -c copy", {make("whole.mov", "-c:v libx264 -g 50 -an"), source});
     copyFrames(source, Writing(target, {192, 128}));
     EXPECT_EQ(frameTimes(target), frameTimes(source));
     EXPECT_EQ(frameTimes(target).size(), 62);
@@ -229,10 +228,9 @@ TEST_F(ReaderWriterTest, GivesTheColoursThatAreMeant) {
         copyFrames(source, Writing(target, {192, 64}));
         const auto first = Reading(source).output->copyNextSampleBuffer();
         ASSERT_TRUE(first) << options;
-        const QByteArray again = ffmpeg("-i " + target.toUtf8() +
-                                            " -frames:v 1 -vf scale=in_color_matrix=bt709,format="
-                                            "rgb24 -f rawvideo",
-                                        QStringLiteral("-"));
+        const QByteArray again = testkit::ffmpeg(
+            "-i % -frames:v 1 -vf scale=in_color_matrix=bt709,format=rgb24 -f rawvideo -",
+            {target});
         ASSERT_EQ(again.size(), 192 * 64 * 3);
         for (std::size_t i = 0; i < colours.size(); ++i) {
             const int x = static_cast<int>(i) * 32 + 16;
@@ -280,7 +278,7 @@ TEST_F(ReaderWriterTest, KeepsTheWayRoundAndTheShapeOfThePixels) {
     const QString plain = make("plain.mov", "-vf crop=191:127:exact=1,setsar=4/3 -pix_fmt yuv444p "
                                             "-c:v libx264 -an"),
                   source = path("turned.mov"), target = path("out.mov");
-    ffmpeg("-i " + plain.toUtf8() + " -c copy -metadata:s:v rotate=270", source);
+    testkit::ffmpeg("-i % -c copy -metadata:s:v rotate=270", {plain, source});
     const Writing to(target, {191, 127});
     to.input->setTransform(Reading(source).track.preferredTransform);
     copyFrames(source, to);

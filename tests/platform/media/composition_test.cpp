@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/export/export_planning.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <numbers>
 
@@ -17,13 +17,9 @@ class Compositions : public testing::Test {
 protected:
     static void SetUpTestSuite() {
         s_dir = new testkit::TempDir;
-        const auto made = testkit::run(
-            QStringLiteral("ffmpeg"),
-            QStringLiteral("-v error -f lavfi -i testsrc2=size=96x64:rate=10:duration=1 -f lavfi "
-                           "-i sine=440:duration=1 -vf setsar=2 -c:v libx264 -c:a aac")
-                    .split(u' ')
-                << s_dir->path(QStringLiteral("clip.mp4")));
-        ASSERT_EQ(made.exitCode, 0) << made.err.constData();
+        testkit::ffmpeg("-f lavfi -i testsrc2=size=96x64:rate=10:duration=1 -f lavfi "
+                        "-i sine=440:duration=1 -vf setsar=2 -c:v libx264 -c:a aac",
+                        {s_dir->path(u"clip.mp4"_qs)});
     }
     static void TearDownTestSuite() { delete s_dir; }
 
@@ -101,12 +97,8 @@ TEST_F(Compositions, WhatIsNotCarriedOverIsNamedFileByFile) {
         dir.write(QStringLiteral("words.srt"), "1\n00:00:00,000 --> 00:00:01,000\nHello\n");
     const auto assetOf = [&](const char* name, const char* options) {
         const QString path = dir.path(QString::fromLatin1(name));
-        const auto made =
-            testkit::run(QStringLiteral("ffmpeg"),
-                         QStringLiteral("-v error -i %1 -i %2 -i %3 %4 -c copy %5")
-                             .arg(m_clip.path(), list, words, QString::fromLatin1(options), path)
-                             .split(u' '));
-        EXPECT_EQ(made.exitCode, 0) << made.err.constData();
+        testkit::ffmpeg(QByteArray("-i % -i % -i % ") + options + " -c copy",
+                        {m_clip.path(), list, words, path});
         return *AVURLAsset::assetWithPath(path);
     };
     const AVURLAsset chaptered = assetOf("chapters.mp4", "-map 0 -map_chapters 1");

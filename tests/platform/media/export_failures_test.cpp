@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/export/av_asset_export_session.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -21,19 +21,15 @@ using Status = AVAssetExportSessionStatus;
 class ExportFailures : public testing::Test {
 protected:
     void SetUp() override {
-        if (!testkit::hasProgram(QStringLiteral("ffmpeg")))
-            GTEST_SKIP() << "needs ffmpeg";
+        SKIP_WITHOUT("ffmpeg");
         ASSERT_TRUE(QDir().mkpath(out()));
     }
     [[nodiscard]] QString make(const char* name, const char* options, int seconds = 2) const {
         const QString path = m_dir.path(QString::fromLatin1(name));
-        const auto made = testkit::run(
-            QStringLiteral("ffmpeg"),
-            QStringLiteral("-v error -y -f lavfi -i testsrc2=d=%1:s=640x360:r=25 -f lavfi -i "
-                           "sine=d=%1 -pix_fmt yuv420p %2 %3")
-                .arg(QString::number(seconds), QString::fromLatin1(options), path)
-                .split(u' '));
-        EXPECT_EQ(made.exitCode, 0) << made.err.toStdString();
+        const QByteArray length = QByteArray::number(seconds);
+        testkit::ffmpeg("-f lavfi -i testsrc2=s=640x360:r=25:d=" + length +
+                            " -f lavfi -i sine=d=" + length + " -pix_fmt yuv420p " + options,
+                        {path});
         return path;
     }
     [[nodiscard]] QString out(const char* name = "") const {

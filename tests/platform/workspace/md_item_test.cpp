@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/index/md_item.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 #include <QElapsedTimer>
 
@@ -9,17 +9,11 @@
 
 namespace clipheave::platform {
 
-using testkit::le;
-
 namespace {
 
 /// Half a second of stereo silence at 8 kHz, 16 bit.
 QByteArray waveFile() {
-    const QByteArray audio(16'000, '\0');
-    const QByteArray format =
-        le(1, 2) + le(2, 2) + le(8000, 4) + le(32'000, 4) + le(4, 2) + le(16, 2);
-    const QByteArray chunks = "WAVEfmt " + le(16, 4) + format + "data" + le(16'000, 4) + audio;
-    return "RIFF" + le(static_cast<quint64>(chunks.size()), 4) + chunks;
+    return testkit::waveFile(QByteArray(16'000, '\0'), {8000, 2, 16});
 }
 
 } // namespace
@@ -45,16 +39,9 @@ TEST(MDItem, AnswersWhatTheFileHas) {
 
 TEST(MDItem, AlbumAndYearFromTags) {
     const testkit::TempDir dir;
-    QByteArray frames;
-    const auto frame = [](const char* id, const QByteArray& text) {
-        return QByteArray(id, 4) + testkit::be(static_cast<quint64>(text.size()) + 1, 4) +
-               QByteArray(3, '\0') + text;
-    };
-    frames = frame("TALB", "Lieder") + frame("TYER", "1998");
-    QByteArray mpeg(417, '\0');
-    mpeg.replace(0, 4, QByteArray("\xFF\xFB\x90\x64", 4));
-    const QByteArray bytes = QByteArray("ID3\x03\0\0\0\0\0", 9) + static_cast<char>(frames.size()) +
-                             frames + mpeg.repeated(20);
+    const QByteArray bytes =
+        testkit::id3Tag(3, testkit::id3Text("TALB", "Lieder") + testkit::id3Text("TYER", "1998")) +
+        testkit::mpegFrames(20);
     const auto file = MediaFile::open(dir.write(QStringLiteral("a.mp3"), bytes));
     ASSERT_TRUE(file);
     const MDItem item = MDItem::create(*file);

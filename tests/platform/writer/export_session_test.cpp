@@ -138,8 +138,7 @@ TEST_F(Export, RunsManyAtOnce) {
 TEST_F(Export, TakesOtherContainersThroughTheEngine) {
     if (const auto engine = mediaEngine(); !engine)
         GTEST_SKIP() << engine.error().text().toStdString();
-    const QString source = encode(m_dir, QStringLiteral("s.mkv"),
-                                  {QStringLiteral("-metadata"), QStringLiteral("title=Oldtitle")});
+    const QString source = encode(m_dir, QStringLiteral("s.mkv"), "-metadata title=Oldtitle");
     const auto one = session(source, QStringLiteral("t.mp4"), AVAssetExportPresetPassthrough);
     ASSERT_EQ(exported(*one), Status::Completed) << one->error().text().toStdString();
     const QByteArray bytes = TempDir::read(m_dir.path(QStringLiteral("t.mp4")));

@@ -114,24 +114,17 @@ QList<QByteArray> chunkHeads(const QByteArray& file) {
     return heads;
 }
 
-QByteArray streamHash(const QString& path) {
+QByteArray mediaHash(const QString& path) {
     // "V" leaves cover art out, which is metadata.
-    const auto hashed = run(
-        QStringLiteral("ffmpeg"),
-        QStringLiteral("-v error -i %1 -map 0:V? -map 0:a? -map 0:s? -map 0:d? -map 0:t? -c copy "
-                       "-copy_unknown -f streamhash -")
-            .split(u' ')
-            .replaceInStrings(QStringLiteral("%1"), path));
-    return hashed.exitCode == 0 ? hashed.out : QByteArray();
+    return testkit::streamHash(path, "-map 0:V? -map 0:a? -map 0:s? -map 0:d? -map 0:t?");
 }
 
-QString encode(const TempDir& dir, const QString& name, const QStringList& options) {
+QString encode(const TempDir& dir, const QString& name, const QByteArray& options) {
     const QString path = dir.path(name);
-    QStringList arguments = QStringLiteral("-v error -y -f lavfi -i testsrc=s=160x90:d=2 -f lavfi "
-                                           "-i sine=d=2 -c:v libx264 -preset ultrafast -c:a aac")
-                                .split(u' ');
-    const auto encoded = run(QStringLiteral("ffmpeg"), arguments + options + QStringList{path});
-    EXPECT_EQ(encoded.exitCode, 0) << encoded.err.toStdString();
+    ffmpeg("-f lavfi -i testsrc=s=160x90:d=2 -f lavfi -i sine=d=2 -c:v libx264 -preset ultrafast "
+           "-c:a aac " +
+               options,
+           {path});
     return path;
 }
 

@@ -3,7 +3,7 @@
 
 #include "platform/isobmff/read/isobmff_reader.h"
 #include "platform/isobmff/write/isobmff_writer.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
 
 namespace writertest {
 
@@ -29,10 +29,10 @@ struct Piece {
 [[nodiscard]] QList<QByteArray> chunkHeads(const QByteArray& file);
 
 /// FFmpeg's hash of each stream's packets; empty when it cannot read the file.
-[[nodiscard]] QByteArray streamHash(const QString& path);
+[[nodiscard]] QByteArray mediaHash(const QString& path);
 /// Encodes two seconds of frame and tone with further ffmpeg options.
 [[nodiscard]] QString encode(const testkit::TempDir& dir, const QString& name,
-                             const QStringList& options);
+                             const QByteArray& options);
 
 /// A movie of one track with four chunks, built by hand. `udta` and `meta` are payloads.
 struct HandMade {
