@@ -4,6 +4,7 @@
 #include "app/grab.h"
 #include "app/theme/theme.h"
 #include "app/windows/window_settings.h"
+#include "app/words/words.h"
 #include "platform/foundation/paths.h"
 
 #include <QApplication>
@@ -73,6 +74,7 @@ void useNoScreenWhereNoneIsNeeded(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    app::installWords();
     useNoScreenWhereNoneIsNeeded(argc, argv);
     // Local times are asked for thousands of times; without this the zone file is looked at each
     // time.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/commands.h"
 #include "cli/video_arguments.h"
+#include "cli/words.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 #include "platform/media/export/av_asset_export_session.h"
@@ -202,6 +203,7 @@ void takeToolkitMessage(QtMsgType, const QMessageLogContext&, const QString& tex
 } // namespace
 
 int main(int argc, char** argv) {
+    clipheave::cli::installWords();
     qInstallMessageHandler(&takeToolkitMessage);
     // Local times are asked for thousands of times; without this the zone file is looked at each
     // time.

@@ -37,4 +37,20 @@ QString textOf(const Notes& notes) {
     return texts.join(QLatin1String("; "));
 }
 
+QString fillGaps(const QString& sentence, const QStringList& arguments) {
+    QString filled;
+    for (qsizetype i = 0; i < sentence.size(); ++i) {
+        const qsizetype gap = sentence[i] == u'%' && i + 1 < sentence.size()
+                                  ? qsizetype{sentence[i + 1].unicode()} - u'1'
+                                  : -1;
+        if (gap >= 0 && gap < 9 && gap < arguments.size()) {
+            filled += arguments[gap];
+            ++i;
+        } else {
+            filled += sentence[i];
+        }
+    }
+    return filled;
+}
+
 } // namespace clipheave::platform

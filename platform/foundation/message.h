@@ -53,4 +53,8 @@ using Notes = QList<Message>;
 using Wording = std::function<QString(const Message& message)>;
 void setWording(Wording wording);
 
+/// Fills the gaps "%1" to "%9" of a sentence in one pass: a "%1" inside an argument stays. A gap
+/// without an argument is left as it is; arguments beyond the gaps are dropped.
+[[nodiscard]] QString fillGaps(const QString& sentence, const QStringList& arguments);
+
 } // namespace clipheave::platform

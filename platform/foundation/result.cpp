@@ -2,6 +2,7 @@
 #include "platform/foundation/result.h"
 
 #include "platform/foundation/log.h"
+#include "platform/foundation/messages.h"
 #include "platform/foundation/paths.h"
 
 #include <cerrno>
@@ -39,18 +40,45 @@ ErrorCode codeOfErrno(int number) {
     }
 }
 
+/// What the code alone says to a user; empty where only the detail says anything.
+Message sentenceOf(ErrorCode code) {
+    switch (code) {
+    case ErrorCode::NotFound:
+        return kNotFound;
+    case ErrorCode::AccessDenied:
+        return kAccessDenied;
+    case ErrorCode::NotSupported:
+        return kNotSupported;
+    case ErrorCode::InvalidData:
+        return kDamagedFile;
+    case ErrorCode::Truncated:
+        return kFileEndsEarly;
+    case ErrorCode::LimitExceeded:
+        return kLimitExceeded;
+    case ErrorCode::AlreadyExists:
+        return kNameTaken;
+    case ErrorCode::NoSpace:
+        return kDiskFull;
+    case ErrorCode::Cancelled:
+        return kCancelled;
+    case ErrorCode::InvalidArgument:
+    case ErrorCode::Io:
+        break;
+    }
+    return {};
+}
+
 } // namespace
 
 QString Error::text() const {
-    QString joined = operation.text();
-    for (const QString& part : {displayPath(path), detail.text()}) {
-        if (part.isEmpty())
-            continue;
-        if (!joined.isEmpty())
-            joined += QLatin1String(": ");
-        joined += part;
-    }
-    return joined;
+    // A reason of ours says what is wrong better than the code can.
+    const bool isOurs = !(detail.code() == MessageCode());
+    QStringList parts;
+    for (const QString& part : {isOurs ? detail.text() : sentenceOf(code).text(), operation.text(),
+                                displayPath(path), isOurs ? QString() : detail.text()})
+        if (!part.isEmpty())
+            parts.append(part);
+    return parts.join(QLatin1String(": "));
 }
 
 tl::unexpected<Error> systemFailure(Message operation, QString path, int savedErrno) {

@@ -30,7 +30,8 @@ struct Error {
     QString path;      ///< the file concerned, empty when there is none
     Message detail; ///< why: a reason of ours, or the text of the system or library; may be empty
 
-    /// "operation: path: detail", empty parts left out; for logs, the activity panel and JSON.
+    /// Says what is wrong in plain words first, then what was being done, the file and the text of
+    /// the system: "The disk is full: Write: /a: No space left on device". Leaves empty parts out.
     [[nodiscard]] QString text() const;
 };
 

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Checks of the source tree: check_sources.py sizes|nodiscard|words|headers|format FOLDER.
+"""Checks of the source tree: check_sources.py sizes|nodiscard|words|headers|messages|format FOLDER.
 
 Each check returns its faults as texts; the exit status is 1 when there are any, 77 when the check cannot be made here.
 """
@@ -138,6 +138,58 @@ def check_headers(root):
     return faults
 
 
+CODE = re.compile(r'\bMessageCode\s+k\w+\s*\{\s*"([^"]*)"\s*\}')
+LITERALS = r'(?:"(?:[^"\\]|\\.)*"\s*)+'
+ROW = re.compile(r'\{\s*"([^"]*)",\s*(?:QT_TRANSLATE_NOOP\(\s*"Words",\s*)?(' + LITERALS + r')\)?\s*\}')
+WORD_TABLES = ("app/words/words.cpp", "cli/words.cpp")
+
+
+def gaps(words):
+    return sorted(set(re.findall(r"%[1-9]", words)))
+
+
+def word_rows(root, table):
+    """The rows of a table and its faults: a code twice, words that leave a gap number out."""
+    rows, faults = {}, []
+    for code, words in ROW.findall((root / table).read_text(encoding="utf-8")):
+        if code in rows:
+            faults.append(f"{table}: two rows for {code}")
+        if gaps(words) != [f"%{n + 1}" for n in range(len(gaps(words)))]:
+            faults.append(f"{table}: the gaps of {code} are not numbered from %1 on")
+        rows[code] = words
+    return rows, faults
+
+
+def declared_codes(root):
+    """Where each code is declared, and the faults: one code at two places, a text that is no code."""
+    codes, faults = {}, []
+    for name, path in sources(root, {".h", ".cpp"}):
+        if name.startswith("tests/"):
+            continue
+        for code in CODE.findall(path.read_text(encoding="utf-8")):
+            if code in codes:
+                faults.append(f"{name}: {code} is declared in {codes[code]} too")
+            if not re.fullmatch(r"[a-z0-9]+(-[a-z0-9]+)*", code):
+                faults.append(f'{name}: "{code}" is not words joined by hyphens')
+            codes[code] = name
+    return codes, faults
+
+
+def check_messages(root):
+    """Every MessageCode has one row in both tables of words, with the same gaps; no row is without its code."""
+    codes, faults = declared_codes(root)
+    tables = {}
+    for table in WORD_TABLES:
+        tables[table], own = word_rows(root, table)
+        faults += own
+        faults += [f"{codes[code]}: {table} has no words for {code}" for code in codes if code not in tables[table]]
+        faults += [f"{table}: no MessageCode {code}" for code in tables[table] if code not in codes]
+    first, second = tables.values()
+    faults += [f"{code}: its gaps differ in the two tables" for code in first
+               if code in second and gaps(first[code]) != gaps(second[code])]
+    return faults
+
+
 def check_format(root):
     tool = shutil.which("clang-format-14") or shutil.which("clang-format")
     version = subprocess.run([tool, "--version"], capture_output=True, text=True).stdout if tool else ""
@@ -150,7 +202,7 @@ def check_format(root):
 
 
 CHECKS = {"sizes": check_sizes, "nodiscard": check_nodiscard, "words": check_words, "headers": check_headers,
-          "format": check_format}
+          "messages": check_messages, "format": check_format}
 
 
 def main():

@@ -46,6 +46,24 @@ class CheckSourcesTest(unittest.TestCase):
         self.assertEqual([fault.split(": ")[0] for fault in checks.check_nodiscard(self.root)],
                          ["bad.h:3", "bad.h:4", "bad.h:7"])
 
+    def test_each_message_has_words_in_both_tables(self):
+        rows = '{"disk-full", %s},\n{"no-decoder",\n %s}, {},\n'
+        app = 'QT_TRANSLATE_NOOP("Words", %s)'
+        self.write("a/messages.h", 'constexpr MessageCode kFull{"disk-full"};\nconstexpr MessageCode kNo{"no-decoder"};\n')
+        self.write("app/words/words.cpp", rows % (app % '"Full"', app % '"No %1 \\"x\\""\n" of %2"'))
+        self.write("cli/words.cpp", rows % ('"Full"', '"No %1 of %2"'))
+        self.assertEqual(checks.check_messages(self.root), [])
+        self.write("b/messages.h", 'constexpr MessageCode kFull{"disk-full"};\nconstexpr MessageCode kA{"A_b"};\n')
+        self.write("app/words/words.cpp", rows % (app % '"Full %1"', app % '"No %2"') + '{"gone", "Gone"},')
+        self.write("cli/words.cpp", rows % ('"Full"', '"No %1"') + '{"disk-full", "Full"}')
+        self.assertEqual(sorted(checks.check_messages(self.root)), sorted([
+            "b/messages.h: disk-full is declared in a/messages.h too",
+            'b/messages.h: "A_b" is not words joined by hyphens',
+            "app/words/words.cpp: the gaps of no-decoder are not numbered from %1 on",
+            "b/messages.h: app/words/words.cpp has no words for A_b", "b/messages.h: cli/words.cpp has no words for A_b",
+            "app/words/words.cpp: no MessageCode gone", "cli/words.cpp: two rows for disk-full",
+            "disk-full: its gaps differ in the two tables", "no-decoder: its gaps differ in the two tables"]))
+
     def test_words_headers_and_format(self):
         self.write("clean.h", SPDX + "#pragma once\n\n// A special, specific thing in /work and Part 1.\n")
         self.assertEqual(checks.check_words(self.root) + checks.check_headers(self.root), [])

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/AppDelegate.h"
+#include "app/words/words.h"
 #include "tests/testkit/testkit.h"
 
 #include <memory>
@@ -15,6 +16,7 @@ inline std::unique_ptr<AppDelegate> startedController(const testkit::TempDir& di
         std::make_unique<platform::NSUserDefaults>(dir.path(QStringLiteral("prefs.conf")));
     if (!defaults->setObject_forKey(dir.path(QStringLiteral("out")), QStringLiteral("storagePath")))
         return nullptr;
+    installWords();
     auto controller = std::make_unique<AppDelegate>(std::move(defaults));
     controller->awakeFromNib();
     controller->applicationDidFinishLaunching();

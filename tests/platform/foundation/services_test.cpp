@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/foundation/log.h"
 #include "platform/foundation/main_thread.h"
+#include "platform/foundation/messages.h"
 #include "platform/foundation/notification_center.h"
 #include "platform/foundation/result.h"
 #include "platform/foundation/user_defaults.h"
@@ -19,6 +20,11 @@ using namespace clipheave::platform;
 TEST(Error, JoinsItsPartsAndMapsTheSystemsNumbers) {
     EXPECT_EQ((Error{ErrorCode::Io, u"read"_qs, u"/a"_qs, u"why"_qs}.text()), u"read: /a: why"_qs);
     EXPECT_EQ((Error{ErrorCode::Io, u"read"_qs, {}, u"why"_qs}.text()), u"read: why"_qs);
+    EXPECT_EQ((Error{ErrorCode::NoSpace, u"write"_qs, u"/a"_qs, u"No space"_qs}.text()),
+              u"disk full: write: /a: No space"_qs);
+    EXPECT_EQ((Error{ErrorCode::NoSpace, u"write"_qs, u"/a"_qs, kDamagedFile}.text()),
+              u"damaged file: write: /a"_qs);
+    EXPECT_EQ(fillGaps(u"%2 of %1, 5 % of %3%"_qs, {u"%2"_qs, u"b"_qs}), u"b of %2, 5 % of %3%"_qs);
     const auto code = [](int number) { return systemFailure({}, {}, number).value().code; };
     EXPECT_EQ(code(ENOSPC), ErrorCode::NoSpace);
     EXPECT_EQ(code(EDQUOT), ErrorCode::NoSpace);
