@@ -33,7 +33,11 @@ const Sentence kFoundationWords[] = {
 
 // platform/media
 const Sentence kMediaWords[] = {
-    {},
+    {"load-media-engine", "Load the media engine"},
+    {"no-module-folder", "The folder of the media engine is unknown"},
+    {"no-such-module", "%1 is missing"},
+    {"unknown-loader-failure", "The media engine cannot be loaded"},
+    {"other-engine-abi", "The media engine is of another version (%1, not %2)"},
 };
 
 // platform/image

@@ -34,7 +34,12 @@ const Sentence kFoundationWords[] = {
 
 // platform/media
 const Sentence kMediaWords[] = {
-    {},
+    {"load-media-engine", QT_TRANSLATE_NOOP("Words", "Load the media engine")},
+    {"no-module-folder", QT_TRANSLATE_NOOP("Words", "The folder of the media engine is unknown")},
+    {"no-such-module", QT_TRANSLATE_NOOP("Words", "%1 is missing")},
+    {"unknown-loader-failure", QT_TRANSLATE_NOOP("Words", "The media engine cannot be loaded")},
+    {"other-engine-abi",
+     QT_TRANSLATE_NOOP("Words", "The media engine is of another version (%1, not %2)")},
 };
 
 // platform/image
