@@ -23,7 +23,8 @@ function(clipheave_layer name)
   target_link_libraries(${name}_link PRIVATE $<LINK_LIBRARY:WHOLE_ARCHIVE,${name}>)
 endfunction()
 
-# clipheave_test(NAME DEPENDS targets…): a GoogleTest executable of all sources in the calling folder.
+# clipheave_test(NAME DEPENDS targets…): a GoogleTest executable of all sources in the calling folder. Its tests carry its
+# name as a label.
 function(clipheave_test name)
   cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
@@ -32,7 +33,7 @@ function(clipheave_test name)
   endif()
   add_executable(${name} ${sources})
   target_link_libraries(${name} PRIVATE clipheave_options testkit GTest::gmock ${ARG_DEPENDS})
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 LABELS ${name})
 endfunction()
 
 # clipheave_gui_test(NAME DEPENDS targets…): the same with a QApplication, offscreen unless told otherwise.
@@ -42,5 +43,5 @@ function(clipheave_gui_test name)
   add_executable(${name} ${sources} ${CMAKE_SOURCE_DIR}/tests/testkit/gui_main.cpp)
   set_target_properties(${name} PROPERTIES AUTOMOC ON)
   target_link_libraries(${name} PRIVATE clipheave_options testkit GTest::gmock Qt6::Widgets Qt6::Test ${ARG_DEPENDS})
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 LABELS gui)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 LABELS ${name})
 endfunction()
