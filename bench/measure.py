@@ -33,7 +33,7 @@ def child(*command, output=False):
 
 
 def median_seconds(runs, *commands, between=lambda: None, after=None):
-    """Median times of several commands that take turns, so that each meets the same state of the machine. `after` runs
+    """Median times of several commands run alternately, so that each meets the same state of the machine. `after` runs
     inside the measured time."""
     times = [[] for _ in commands]
     for _ in range(runs):

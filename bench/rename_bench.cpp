@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Measures the rename of 10,000 files: the plan, and the job against a loop of bare rename calls
-// that take turns with it. Prints a table and fails when a target is missed. Needs no display.
+// run alternately. Prints a table and fails when a target is missed. Needs no display.
 // usage: rename_bench [FOLDER]
 #include "batch/batch_rename.h"
 #include "bench/report.h"

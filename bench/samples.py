@@ -26,7 +26,7 @@ def base_file(folder, kind, variant):
     seconds = SECONDS[kind] * (1 + variant / 4)
     tone = ["-f", "lavfi", "-i", f"sine=frequency={220 * (variant + 1)}:duration={seconds}"]
     noise = ["-f", "lavfi", "-i", f"anoisesrc=duration={seconds}:amplitude=0.2:seed={variant}"]
-    picture = ["-f", "lavfi", "-i", "testsrc=size=240x240:rate=1:duration=1"]
+    image = ["-f", "lavfi", "-i", "testsrc=size=240x240:rate=1:duration=1"]
     if kind in ("mp4", "mov"):
         scene = ["-f", "lavfi", "-i", f"testsrc2=size=192x108:rate=24:duration={seconds}"]
         layout = ["-movflags", "+faststart"] if variant % 2 else []
@@ -35,7 +35,7 @@ def base_file(folder, kind, variant):
     elif kind in ("mp3", "flac", "m4a") and variant % 2:
         codec = {"mp3": ["-c:a", "libmp3lame", "-b:a", "96k", "-id3v2_version", 3, "-write_id3v1", 1],
                  "flac": ["-c:a", "flac"], "m4a": ["-c:a", "aac", "-b:a", "96k"]}[kind]
-        ffmpeg(*noise, *picture, "-map", "0:a", "-map", "1:v", "-frames:v", 1, "-c:v", "mjpeg", "-disposition:v",
+        ffmpeg(*noise, *image, "-map", "0:a", "-map", "1:v", "-frames:v", 1, "-c:v", "mjpeg", "-disposition:v",
                "attached_pic", *tags(variant), *codec, target)
     else:
         ffmpeg(*noise, *tags(variant), *(["-b:a", "128k"] if kind in ("mp3", "m4a") else []), target)
@@ -74,7 +74,7 @@ def boxes(data):
 
 
 def long_video(folder):
-    """An hour of a tiny picture: the header tables of a real long recording."""
+    """An hour of a tiny video: the header tables of a real long recording."""
     target = folder / "hour.mp4"
     if not target.exists():
         ffmpeg("-f", "lavfi", "-i", "color=size=32x18:rate=25:duration=3600", "-f", "lavfi", "-i",
@@ -138,8 +138,8 @@ def large_audio(folder, kind, size):
         with open(target, "ab") as file:
             fill(file, body)
     else:
-        sound = data[len(data) // 4:]
+        audio = data[len(data) // 4:]
         with open(target, "ab") as file:
             while file.tell() < size:
-                file.write(sound)
+                file.write(audio)
     return target

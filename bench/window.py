@@ -50,7 +50,7 @@ def milliseconds(row):
 
 
 def two_videos(folder):
-    """Full-HD pictures with sound, as a camera writes them; made once."""
+    """Full-HD videos with audio, as a camera writes them; made once."""
     made = []
     for number, source in enumerate(("testsrc2", "mandelbrot")):
         path = folder / f"full-hd-{number}.mp4"

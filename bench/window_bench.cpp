@@ -93,7 +93,7 @@ int measureImport(app::AppDelegate& controller, const QString& folder) {
     return done && !controller.localPhotoItemArray().empty() ? 0 : 1;
 }
 
-/// Medians over several choices; the first, for which the player itself is made, is told apart.
+/// Medians over several choices; the first, for which the player itself is made, is separate.
 int measureSelection(app::AppDelegate& controller, const QStringList& videos) {
     if (!importAll(controller, videos))
         return 1;
@@ -115,7 +115,7 @@ int measureSelection(app::AppDelegate& controller, const QStringList& videos) {
         if (!came)
             return 1;
         if (i == 0) {
-            bench::tell("first video: first picture", shown, "ms");
+            bench::tell("first video: first frame", shown, "ms");
             continue;
         }
         panes.push_back(filled);
@@ -124,9 +124,9 @@ int measureSelection(app::AppDelegate& controller, const QStringList& videos) {
     std::sort(panes.begin(), panes.end());
     std::sort(frames.begin(), frames.end());
     bench::report("select another video: pane filled, slowest", panes.back(), 50, "ms");
-    bench::report("select another video: first picture, median", frames[frames.size() / 2], 250,
+    bench::report("select another video: first frame, median", frames[frames.size() / 2], 250,
                   "ms");
-    bench::report("select another video: first picture, slowest", frames.back(), 250, "ms");
+    bench::report("select another video: first frame, slowest", frames.back(), 250, "ms");
     return 0;
 }
 
