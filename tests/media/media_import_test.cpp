@@ -154,11 +154,19 @@ TEST(Preferences, FirstStartWritesDefaultsAndKeepsItsTwoFontSizes) {
     const auto first = media::applyPreferencesAtStart(defaults);
     ASSERT_TRUE(first);
     EXPECT_TRUE(first->firstStart);
+    EXPECT_EQ(first->currentFontname, u"Lucida Grande");
     EXPECT_EQ(first->currentFontSize, 14);
     EXPECT_EQ(first->fontLabel, u"Lucida Grande 24");
+    EXPECT_EQ(first->position, u"lower left corner");
+    EXPECT_EQ(first->dateFormat, u"MM/DD/YYYY HH:MM");
     EXPECT_TRUE(QDir(first->storagelocation).exists());
-    EXPECT_EQ(defaults.stringForKey(QStringLiteral("Postion")), u"lower left corner");
-    EXPECT_FALSE(defaults.contains(QStringLiteral("fontsize")));
+    const std::pair<const char16_t*, QString> stored[] = {{u"storagePath", first->storagelocation},
+                                                          {u"fontName", u"Lucida Grande"_qs},
+                                                          {u"Postion", u"lower left corner"_qs},
+                                                          {u"Dateformat", u"MM/DD/YYYY HH:MM"_qs}};
+    EXPECT_EQ(defaults.allKeys().size(), 4) << "no font size";
+    for (const auto& [name, value] : stored)
+        EXPECT_EQ(defaults.stringForKey(QString::fromUtf16(name)), value);
 
     ASSERT_TRUE(defaults.setObject_forKey(36, QStringLiteral("fontsize")));
     ASSERT_TRUE(defaults.setObject_forKey(QStringLiteral("Noto Sans"), QStringLiteral("fontName")));
@@ -167,6 +175,30 @@ TEST(Preferences, FirstStartWritesDefaultsAndKeepsItsTwoFontSizes) {
     EXPECT_FALSE(second->firstStart);
     EXPECT_EQ(second->fontLabel, u"Noto Sans 36");
     EXPECT_EQ(defaults.integerForKey(QStringLiteral("fontsize")), 36);
+}
+
+TEST(Preferences, FillWhatAStoreLacksOneByOne) {
+    const testkit::TempDir dir;
+    const struct {
+        const char* stored;
+        QString fontLabel, position, dateFormat;
+    } cases[] = {
+        {"", u"Lucida Grande 24"_qs, u"Lower left corner"_qs, u"MM/DD/YYYY HH:MM"_qs},
+        {"fontName=F\n", u"F 14"_qs, u"Lower left corner"_qs, u"MM/DD/YYYY HH:MM"_qs},
+        {"fontsize=36\nPostion=P\n", u"Lucida Grande 24"_qs, u"P"_qs, u"MM/DD/YYYY HH:MM"_qs},
+        {"Dateformat=D\n", u"Lucida Grande 24"_qs, u"Lower left corner"_qs, u"D"_qs},
+    };
+    for (const auto& [stored, fontLabel, position, dateFormat] : cases) {
+        const QString file =
+            dir.write(u"prefs.conf"_qs, QByteArray("[General]\nstoragePath=/s\n") + stored);
+        const media::Preferences values = media::readPreferences(platform::NSUserDefaults(file));
+        EXPECT_FALSE(values.firstStart);
+        EXPECT_EQ(values.storagelocation, u"/s");
+        EXPECT_EQ(values.currentFontSize, 14) << stored;
+        EXPECT_EQ(values.fontLabel, fontLabel) << stored;
+        EXPECT_EQ(values.position, position) << stored;
+        EXPECT_EQ(values.dateFormat, dateFormat) << stored;
+    }
 }
 
 } // namespace
