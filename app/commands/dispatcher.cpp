@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
-#include "app/command_tables.h"
+#include "app/windows/command_tables.h"
 #include "app/windows/main_window.h"
 
 #include <QMetaMethod>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/command_tables.h"
 #include "app/theme/theme.h"
 #include "app/widgets/image_button.h"
 #include "app/widgets/title_bar.h"
+#include "app/windows/command_tables.h"
 #include "app/windows/main_window.h"
 #include "app/windows/menu_images.h"
 

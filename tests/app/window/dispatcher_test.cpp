@@ -3,10 +3,10 @@
 // that names a command must reach one.
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
-#include "app/command_tables.h"
 #include "app/widgets/alert_box.h"
 #include "app/widgets/button_look.h"
 #include "app/widgets/image_button.h"
+#include "app/windows/command_tables.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "app/windows/rename_window.h"

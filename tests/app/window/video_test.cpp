@@ -2,8 +2,8 @@
 // Video jobs from the menus of the window.
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
-#include "app/command_tables.h"
 #include "app/widgets/alert_box.h"
+#include "app/windows/command_tables.h"
 #include "app/windows/main_window.h"
 #include "tests/app/window/started_controller.h"
 #include "tests/testkit/media.h"

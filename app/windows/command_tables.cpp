@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/command_tables.h"
+#include "app/windows/command_tables.h"
 
 namespace clipheave::app {
 
