@@ -6,16 +6,11 @@
 #include "media/audio_pane.h"
 #include "media/media_import.h"
 #include "media/media_kind.h"
-#include "media/preferences.h"
 #include "platform/foundation/log.h"
 
-#include <QColor>
 #include <QElapsedTimer>
-#include <QFontDialog>
 #include <QObject>
 #include <QPointF>
-#include <QPointer>
-#include <QVariantMap>
 
 #include <atomic>
 #include <functional>
@@ -27,6 +22,10 @@
 namespace clipheave::batch {
 struct RenameProgress;
 } // namespace clipheave::batch
+
+namespace clipheave::media {
+struct Preferences;
+} // namespace clipheave::media
 
 namespace clipheave::jobs {
 struct WriteOutcome;
@@ -41,6 +40,8 @@ class MediaListModel;
 class ImageButton;
 class PreferencesWindow;
 class RenameWindow;
+struct PreferencesState;
+struct Surroundings;
 
 /// The one controller: owns the windows, the media list and the preference values, and carries
 /// every command as one of its operations. Only the main thread calls it, except where a line says
@@ -48,9 +49,7 @@ class RenameWindow;
 class AppDelegate : public QObject, public media::MediaKind {
     Q_OBJECT
 public:
-    /// `defaults` is the per-user store; tests pass their own.
-    explicit AppDelegate(std::unique_ptr<platform::NSUserDefaults> defaults,
-                         QObject* parent = nullptr);
+    explicit AppDelegate(Surroundings surroundings, QObject* parent = nullptr);
     ~AppDelegate() override;
     /// The controller, for class-level code of app/ alone.
     static AppDelegate* shared();
@@ -181,8 +180,8 @@ public:
     [[nodiscard]] const std::vector<media::ItemPointer>& localPhotoItemArray() const {
         return m_items;
     }
-    [[nodiscard]] QString storagelocation() const { return m_preferences.storagelocation; }
-    [[nodiscard]] const media::Preferences& preferences() const { return m_preferences; }
+    [[nodiscard]] QString storagelocation() const;
+    [[nodiscard]] const media::Preferences& preferences() const;
     [[nodiscard]] media::ChangeFlags changeFlags() const { return m_flags; }
     /// Degrees, as the position fields held them when an edit began there last: latitude in x,
     /// longitude in y.
@@ -255,16 +254,12 @@ private:
     void refreshSummary();
     void showNoSelectionAlert();
 
-    std::unique_ptr<platform::NSUserDefaults> m_defaults;
-    media::Preferences m_preferences;
-    QColor m_currentFontColor = Qt::white;
-    bool m_fontChosen = false; ///< the font panel was used
-    unsigned m_macOsVer = 0;   ///< minor number of the system's version
+    std::unique_ptr<Surroundings> m_surroundings;
+    std::unique_ptr<PreferencesState> m_preferences;
+    unsigned m_macOsVer = 0; ///< minor number of the system's version
     bool m_blocalMode = false;
     bool m_bImportLocalFolder = false;
     QString m_bImportLocalPath;
-    QVariantMap m_currentExifDictionary;
-    QString m_currentChooseFilePath, m_writeXmplocation;
     media::ChangeFlags m_flags;
     std::vector<media::ItemPointer> m_items; ///< localPhotoItemArray, import order
     PathRows m_itemRows;                     ///< of m_items
@@ -283,9 +278,7 @@ private:
     std::mutex m_renameTurn; ///< held by the rename that runs; never on the main thread
     std::map<int, std::shared_ptr<RenameRun>> m_renameRuns; ///< by job: what runs or failed in part
     QPointF m_currentCoords;
-    bool m_bMapPreview = false;
-    QString m_commandTitle;            ///< of the menu entry whose command runs
-    QPointer<QFontDialog> m_fontPanel; ///< fontPanel
+    QString m_commandTitle; ///< of the menu entry whose command runs
     std::unique_ptr<platform::LogSubscription> m_logLines;
     std::unique_ptr<ActivityModel> m_activity;
     std::unique_ptr<MediaListModel> m_mediaController;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/surroundings.h"
 #include "app/grab.h"
 #include "app/theme/theme.h"
 #include "app/windows/window_settings.h"
@@ -90,7 +91,7 @@ int main(int argc, char** argv) {
     app::Theme::instance().apply(appearanceOf(parser.value(QStringLiteral("theme"))));
     auto defaults =
         std::make_unique<platform::NSUserDefaults>(parser.value(QStringLiteral("config")));
-    app::AppDelegate controller(std::move(defaults));
+    app::AppDelegate controller(app::desktopSurroundings(std::move(defaults)));
     QObject::connect(controller.activity(), &app::ActivityModel::logAdded, controller.activity(),
                      [&] { printLine(controller.activity()->log().back()); });
     controller.awakeFromNib();

@@ -4,6 +4,7 @@
 // usage: window_bench import FOLDER | frame STARTED | select VIDEO VIDEO… | jobs VIDEO VIDEO…
 //   STARTED: nanoseconds of the monotonic clock when the program was started
 #include "app/AppDelegate.h"
+#include "app/commands/surroundings.h"
 #include "app/list/media_list_model.h"
 #include "app/panes/detail_pane.h"
 #include "app/panes/player_view.h"
@@ -193,7 +194,7 @@ int main(int argc, char** argv) {
                                     QStringLiteral("storagePath")))
         return 2;
     app::Theme::instance().apply(app::Appearance::Dark);
-    app::AppDelegate controller(std::move(defaults));
+    app::AppDelegate controller(app::desktopSurroundings(std::move(defaults)));
     controller.awakeFromNib();
     FirstFrame frame(arguments.value(1).toLongLong());
     if (what == u"frame")

@@ -28,8 +28,8 @@ QString stateName(const ActivityJob& job) {
 }
 
 /// A clock that was set back meanwhile must not show a negative time.
-qint64 secondsRunning(const ActivityJob& job) {
-    return std::max<qint64>(0, job.started.secsTo(QDateTime::currentDateTime()));
+qint64 secondsRunning(const ActivityJob& job, const QDateTime& now) {
+    return std::max<qint64>(0, job.started.secsTo(now));
 }
 
 /// "1:12", "1:02:03".
@@ -45,8 +45,8 @@ QString clockText(qint64 seconds) {
 }
 
 /// Running time while it runs, the clock time of the end afterwards.
-QString timeText(const ActivityJob& job) {
-    return job.state == JobState::Running ? clockText(secondsRunning(job))
+QString timeText(const ActivityJob& job, const QDateTime& now) {
+    return job.state == JobState::Running ? clockText(secondsRunning(job, now))
                                           : job.ended.toString(QStringLiteral("HH:mm"));
 }
 
@@ -87,12 +87,12 @@ double ActivityJob::fraction() const {
     return reached;
 }
 
-QString ActivityJob::timeLeftText() const {
+QString ActivityJob::timeLeftText(const QDateTime& now) const {
     constexpr double kTooEarly = 0.02;
     constexpr qint64 kTooFew = 3; // seconds
     constexpr double kLongest = 100 * 3600.0;
     const double done = fraction();
-    const qint64 seconds = secondsRunning(*this);
+    const qint64 seconds = secondsRunning(*this, now);
     if (state != JobState::Running || done < kTooEarly || seconds < kTooFew)
         return {};
     const double left = static_cast<double>(seconds) * (1 - done) / done;
@@ -131,7 +131,8 @@ QStringList ActivityJob::pathsToReveal() const {
     return outputs.isEmpty() ? sources : outputs;
 }
 
-ActivityModel::ActivityModel(QObject* parent) : QAbstractTableModel(parent) {
+ActivityModel::ActivityModel(std::function<QDateTime()> now, QObject* parent)
+    : QAbstractTableModel(parent), m_now(std::move(now)) {
     m_refreshTimer.setSingleShot(true);
     m_refreshTimer.setInterval(1000 / kRefreshesPerSecond);
     connect(&m_refreshTimer, &QTimer::timeout, this, &ActivityModel::refresh);
@@ -181,7 +182,7 @@ int ActivityModel::beginJob(const QString& title, int total) {
     job.id = ++m_lastId;
     job.title = title;
     job.total = std::max(0, total);
-    job.started = QDateTime::currentDateTime();
+    job.started = now();
     const int id = job.id;
     m_jobs.push_front(std::move(job));
     endInsertRows();
@@ -281,7 +282,7 @@ void ActivityModel::endJob(int id, const QString& summary, const QString& succes
     job->state = job->failed > 0      ? JobState::Failed
                  : job->cancelled > 0 ? JobState::Cancelled
                                       : JobState::Done;
-    job->ended = QDateTime::currentDateTime();
+    job->ended = now();
     job->result = summary.isNull() ? summaryOf(*job, success) : summary;
     job->running.clear();
     job->canCancel = false;
@@ -292,7 +293,7 @@ void ActivityModel::endJob(int id, const QString& summary, const QString& succes
 }
 
 void ActivityModel::addLog(const QString& text, const QString& path, bool isError, int id) {
-    const ActivityLogLine line{QDateTime::currentDateTime(), text, path, isError};
+    const ActivityLogLine line{now(), text, path, isError};
     m_log.push_back(line);
     keepNewest(m_log);
     ++m_linesLogged;
@@ -363,7 +364,7 @@ QVariant ActivityModel::data(const QModelIndex& index, int role) const {
     }
 }
 
-QVariant ActivityModel::cellText(const ActivityJob& job, int column, int role) {
+QVariant ActivityModel::cellText(const ActivityJob& job, int column, int role) const {
     switch (column) {
     case StateColumn: // drawn as an image: its word goes to the tool tip and to screen readers
         return role == Qt::DisplayRole ? QString() : stateName(job);
@@ -376,13 +377,13 @@ QVariant ActivityModel::cellText(const ActivityJob& job, int column, int role) {
         if (fraction < 0 || (fraction >= 1 && role == Qt::DisplayRole))
             return QString();
         const QString percent = QStringLiteral("%1%").arg(percentOf(fraction));
-        const QString left = role == Qt::DisplayRole ? QString() : job.timeLeftText();
+        const QString left = role == Qt::DisplayRole ? QString() : job.timeLeftText(now());
         return left.isEmpty() ? percent : percent + QLatin1String(", ") + left;
     }
     case ResultColumn:
         return job.result;
     case TimeColumn:
-        return timeText(job);
+        return timeText(job, now());
     default:
         return {};
     }

@@ -8,6 +8,7 @@
 #include <QTimer>
 
 #include <deque>
+#include <functional>
 #include <set>
 #include <vector>
 
@@ -66,7 +67,7 @@ struct ActivityJob {
     /// was, unless the total has become another.
     [[nodiscard]] double fraction() const;
     /// "1:12 left"; empty while its pace says nothing yet, and once it has ended.
-    [[nodiscard]] QString timeLeftText() const;
+    [[nodiscard]] QString timeLeftText(const QDateTime& now) const;
     /// Files that came out well: neither failed nor skipped nor cancelled.
     [[nodiscard]] int succeeded() const;
     /// It ended and there was nothing for it to do.
@@ -99,8 +100,12 @@ public:
     static constexpr std::size_t kMostLogLines = 10'000; ///< of all jobs and of each
     static constexpr int kRefreshesPerSecond = 20;
 
-    explicit ActivityModel(QObject* parent = nullptr);
+    /// `now`: the clock that jobs and log lines are dated by.
+    explicit ActivityModel(std::function<QDateTime()> now = &QDateTime::currentDateTime,
+                           QObject* parent = nullptr);
 
+    /// Returns the time of this model's clock.
+    [[nodiscard]] QDateTime now() const { return m_now(); }
     /// Returns the job's id.
     int beginJob(const QString& title, int total = 0);
     void setTotal(int job, int total);
@@ -149,9 +154,10 @@ private:
     static void advance(ActivityJob& job);
     void refresh();
     void removeRowAt(std::size_t row);
-    [[nodiscard]] static QVariant cellText(const ActivityJob& job, int column, int role);
+    [[nodiscard]] QVariant cellText(const ActivityJob& job, int column, int role) const;
     void trim();
 
+    std::function<QDateTime()> m_now;
     std::deque<ActivityJob> m_jobs; ///< newest first
     std::deque<ActivityLogLine> m_log;
     qint64 m_linesLogged = 0;

@@ -91,8 +91,8 @@ QString nameOfFile(const QString& path) {
 }
 
 /// "1:12 left, 3 of 6 files": the table has the files too.
-QString runningSummary(const ActivityJob& job) {
-    const QString left = job.timeLeftText();
+QString runningSummary(const ActivityJob& job, const QDateTime& now) {
+    const QString left = job.timeLeftText(now);
     return left.isEmpty() ? job.itemsText() : left + QLatin1String(", ") + job.itemsText();
 }
 
@@ -338,7 +338,7 @@ void JobDetails::refresh() {
     m_icon->setVisible(job);
     m_title->setText(job ? job->title : QString());
     m_result->setText(!job                              ? tr("No task chosen")
-                      : job->state == JobState::Running ? runningSummary(*job)
+                      : job->state == JobState::Running ? runningSummary(*job, m_model.now())
                                                         : job->result);
     fitHead();
     m_retry->setVisible(job && job->canRetry);

@@ -2,13 +2,14 @@
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
 #include "app/activity/activity_panel.h"
+#include "app/commands/preferences_state.h"
+#include "app/commands/surroundings.h"
 #include "app/panes/detail_pane.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "metadata/video_metadata.h"
 #include "platform/foundation/paths.h"
 #include "platform/foundation/text.h"
-#include "platform/workspace/ns_workspace.h"
 
 namespace clipheave::app {
 
@@ -47,9 +48,8 @@ void AppDelegate::connectPanes() {
         });
     });
     ActivityPanel* panel = m_window->activityPanel();
-    connect(panel, &ActivityPanel::revealRequested, this, [](const QStringList& paths) {
-        platform::NSWorkspace::sharedWorkspace().selectFiles(paths);
-    });
+    connect(panel, &ActivityPanel::revealRequested, this,
+            [this](const QStringList& paths) { m_surroundings->workspace->selectFiles(paths); });
     connect(m_activity.get(), &ActivityModel::cancelRequested, this, &AppDelegate::cancelJob);
     connect(m_activity.get(), &ActivityModel::retryRequested, this, &AppDelegate::retryJob);
 }
@@ -63,7 +63,7 @@ void AppDelegate::connectPreferences() {
     connect(window, &PreferencesWindow::appearanceChosen, this,
             [this](int index) { chooseAppearance(static_cast<Appearance>(index)); });
     connect(window, &PreferencesWindow::fontColorChosen, this,
-            [this](const QColor& color) { m_currentFontColor = color; });
+            [this](const QColor& color) { m_preferences->currentFontColor = color; });
     connect(window, &PreferencesWindow::showFontPanel, this, &AppDelegate::ShowFontPanelAction);
 }
 
@@ -82,7 +82,6 @@ bool AppDelegate::control_textShouldBeginEditing(const QString& field) {
         const media::VideoPane pane = m_window->detailPane()->videoPane();
         m_currentCoords = {platform::doubleValue(pane.texts.mediaLatitude),
                            platform::doubleValue(pane.texts.mediaLongtitude)};
-        m_bMapPreview = true; // the pane shows the place on its map
     }
     return true;
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/surroundings.h"
 #include "app/list/media_list_model.h"
 #include "app/windows/main_window.h"
-#include "app/windows/open_panel.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/main_thread.h"
@@ -31,13 +31,15 @@ void AppDelegate::AddMediaFileAction() {
 }
 
 void AppDelegate::ClickImportPhotosAction() {
-    OpenPanel::open(m_window.get(), tr(kPanelMessage), OpenPanel::FilesAndFolders,
-                    [this](const QStringList& paths) { importPaths(paths); });
+    m_surroundings->fileChooser->chooseMedia(
+        m_window.get(), tr(kPanelMessage), OpenPanel::FilesAndFolders,
+        [this](const QStringList& paths) { importPaths(paths); });
 }
 
 void AppDelegate::OpenComputerFoldertoImportAction() {
-    OpenPanel::open(m_window.get(), tr(kPanelMessage), OpenPanel::FilesOnly,
-                    [this](const QStringList& paths) { importPhotoPaths(paths); });
+    m_surroundings->fileChooser->chooseMedia(
+        m_window.get(), tr(kPanelMessage), OpenPanel::FilesOnly,
+        [this](const QStringList& paths) { importPhotoPaths(paths); });
 }
 
 void AppDelegate::importPaths(const QStringList& paths) {
@@ -54,9 +56,9 @@ void AppDelegate::importPhotoPaths(const QStringList& paths) {
     m_window->showPhotos();
     m_blocalMode = true;
     runImport(paths, true);
-    platform::ignoreFailure(platform::NSFileManager::defaultManager().createDirectoryAtPath(
-                                m_preferences.storagelocation),
-                            "jobs that write to the storage folder report it");
+    platform::ignoreFailure(
+        platform::NSFileManager::defaultManager().createDirectoryAtPath(storagelocation()),
+        "jobs that write to the storage folder report it");
 }
 
 void AppDelegate::retryImport(const QStringList& paths, bool photos) {

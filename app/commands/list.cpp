@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/surroundings.h"
 #include "app/list/media_list_model.h"
 #include "app/panes/detail_pane.h"
-#include "app/widgets/alert_box.h"
 #include "app/windows/main_window.h"
 #include "media/media_kind.h"
 #include "platform/foundation/paths.h"
-#include "platform/workspace/ns_workspace.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -116,12 +115,12 @@ void AppDelegate::ChangeToImportComputerPhoto() {
 
 void AppDelegate::revealCurrentItem() {
     if (m_shownItem)
-        platform::NSWorkspace::sharedWorkspace().selectFiles({m_shownItem->filePath});
+        m_surroundings->workspace->selectFiles({m_shownItem->filePath});
 }
 
 void AppDelegate::openCurrentItem() {
-    if (m_shownItem && !platform::NSWorkspace::sharedWorkspace().openURL(
-                           QUrl::fromLocalFile(m_shownItem->filePath)))
+    if (m_shownItem &&
+        !m_surroundings->workspace->openUrl(QUrl::fromLocalFile(m_shownItem->filePath)))
         m_activity->addLog(tr("No program answers for this file"), m_shownItem->filePath, true);
 }
 
@@ -146,8 +145,8 @@ void AppDelegate::revertEdits() {
 }
 
 void AppDelegate::showNoSelectionAlert() {
-    AlertBox::run(m_window.get(), tr("No Item has been selected"),
-                  tr("Please select at least one item to process."), {tr(" Ok ")});
+    m_surroundings->alerts->ask(m_window.get(), tr("No Item has been selected"),
+                                tr("Please select at least one item to process."), {tr(" Ok ")});
 }
 
 void AppDelegate::refreshSummary() {

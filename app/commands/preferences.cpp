@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/preferences_state.h"
+#include "app/commands/surroundings.h"
 #include "app/windows/about_window.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
@@ -9,7 +11,6 @@
 #include "platform/foundation/paths.h"
 #include "platform/workspace/ns_workspace.h"
 
-#include <QFileDialog>
 #include <QSettings>
 
 namespace clipheave::app {
@@ -22,25 +23,33 @@ constexpr char kProductPage[] = "https://clipheave.example/";
 
 } // namespace
 
+QString AppDelegate::storagelocation() const {
+    return m_preferences->values.storagelocation;
+}
+
+const media::Preferences& AppDelegate::preferences() const {
+    return m_preferences->values;
+}
+
 void AppDelegate::applyPreferenceValues() {
-    if (const QString backup = m_defaults->setAsideWhenBroken(); !backup.isEmpty())
+    if (const QString backup = m_surroundings->defaults->setAsideWhenBroken(); !backup.isEmpty())
         m_activity->addLog(tr("The preferences could not be read: the defaults apply, the file is "
                               "kept as %1")
                                .arg(platform::displayPath(backup)),
-                           m_defaults->filePath(), true);
-    const auto applied = media::applyPreferencesAtStart(*m_defaults);
-    m_preferences = applied ? *applied : media::readPreferences(*m_defaults);
+                           m_surroundings->defaults->filePath(), true);
+    const auto applied = media::applyPreferencesAtStart(*m_surroundings->defaults);
+    m_preferences->values = applied ? *applied : media::readPreferences(*m_surroundings->defaults);
     if (!applied)
         m_activity->addLog(applied.error().text(), {}, true);
-    platform::removeStaleTemporaries(m_preferences.storagelocation);
-    m_preferencesWindow->show(m_preferences, m_currentFontColor);
-    m_window->setStorageLocation(m_preferences.storagelocation);
-    if (m_preferences.firstStart)
-        platform::NSWorkspace::sharedWorkspace().openURL(QUrl(QLatin1String(kProductPage)));
+    platform::removeStaleTemporaries(m_preferences->values.storagelocation);
+    m_preferencesWindow->show(m_preferences->values, m_preferences->currentFontColor);
+    m_window->setStorageLocation(m_preferences->values.storagelocation);
+    if (m_preferences->values.firstStart)
+        m_surroundings->workspace->openUrl(QUrl(QLatin1String(kProductPage)));
 }
 
 void AppDelegate::ShowPreferenceSetting() {
-    m_preferencesWindow->show(m_preferences, m_currentFontColor);
+    m_preferencesWindow->show(m_preferences->values, m_preferences->currentFontColor);
     m_preferencesWindow->present();
 }
 
@@ -50,8 +59,8 @@ void AppDelegate::CancelPreferenceSetting() {
 
 void AppDelegate::ResetPreferenceSetting() {
     const QString folder = m_preferencesWindow->storagePath();
-    m_preferences.storagelocation = folder;
-    if (const auto stored = media::setStorageLocation(*m_defaults, folder); !stored)
+    m_preferences->values.storagelocation = folder;
+    if (const auto stored = media::setStorageLocation(*m_surroundings->defaults, folder); !stored)
         m_activity->addLog(stored.error().text(), folder, true);
     m_window->setStorageLocation(folder);
     storeStampChoices();
@@ -59,25 +68,27 @@ void AppDelegate::ResetPreferenceSetting() {
 }
 
 void AppDelegate::ShowFontPanelAction() {
-    if (!m_fontPanel) {
+    if (!m_preferences->fontPanel) {
         QFont first(QStringLiteral("Lucida Grande"));
         first.setPointSize(14);
-        m_fontPanel = new QFontDialog(first, m_window.get());
-        m_fontPanel->setAttribute(Qt::WA_DeleteOnClose);
-        m_fontPanel->setOption(QFontDialog::NoButtons);
-        connect(m_fontPanel, &QFontDialog::currentFontChanged, this, &AppDelegate::changeFont);
+        m_preferences->fontPanel = new QFontDialog(first, m_window.get());
+        m_preferences->fontPanel->setAttribute(Qt::WA_DeleteOnClose);
+        m_preferences->fontPanel->setOption(QFontDialog::NoButtons);
+        connect(m_preferences->fontPanel, &QFontDialog::currentFontChanged, this,
+                &AppDelegate::changeFont);
     }
-    m_fontPanel->show();
-    m_fontPanel->raise();
-    m_fontPanel->activateWindow();
+    m_preferences->fontPanel->show();
+    m_preferences->fontPanel->raise();
+    m_preferences->fontPanel->activateWindow();
 }
 
 void AppDelegate::changeFont(const QFont& font) {
-    m_preferences.currentFontname = font.family();
-    m_preferences.currentFontSize = font.pointSize();
-    m_preferences.fontLabel = QStringLiteral("%1 %2").arg(font.family()).arg(font.pointSize());
+    m_preferences->values.currentFontname = font.family();
+    m_preferences->values.currentFontSize = font.pointSize();
+    m_preferences->values.fontLabel =
+        QStringLiteral("%1 %2").arg(font.family()).arg(font.pointSize());
     m_preferencesWindow->setStampFont(font.family(), font.pointSize());
-    m_fontChosen = true;
+    m_preferences->fontChosen = true;
 }
 
 void AppDelegate::chooseAppearance(Appearance appearance) {
@@ -104,32 +115,29 @@ void AppDelegate::appearanceLight() {
 void AppDelegate::storeStampChoices() {
     QList<std::pair<const char16_t*, QVariant>> choices;
     if (const QString position = m_preferencesWindow->position(); !position.isEmpty()) {
-        m_preferences.position = position;
+        m_preferences->values.position = position;
         choices.append({media::kPositionKey, position});
     }
     if (const QString format = m_preferencesWindow->dateFormat(); !format.isEmpty()) {
-        m_preferences.dateFormat = format;
+        m_preferences->values.dateFormat = format;
         choices.append({media::kDateFormatKey, format});
     }
-    if (m_fontChosen) {
-        choices.append({media::kFontNameKey, m_preferences.currentFontname});
-        choices.append({media::kFontSizeKey, m_preferences.currentFontSize});
+    if (m_preferences->fontChosen) {
+        choices.append({media::kFontNameKey, m_preferences->values.currentFontname});
+        choices.append({media::kFontSizeKey, m_preferences->values.currentFontSize});
     }
     for (const auto& [key, value] : choices)
-        if (const auto stored = m_defaults->setObject_forKey(value, QString::fromUtf16(key));
+        if (const auto stored =
+                m_surroundings->defaults->setObject_forKey(value, QString::fromUtf16(key));
             !stored)
             m_activity->addLog(stored.error().text(), {}, true);
 }
 
 void AppDelegate::ChangeStoreLocation() {
-    auto* panel = new QFileDialog(m_preferencesWindow.get());
-    panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setFileMode(QFileDialog::Directory);
-    panel->setOption(QFileDialog::ShowDirsOnly);
-    panel->setDirectory(m_preferencesWindow->storagePath());
-    connect(panel, &QFileDialog::fileSelected, m_preferencesWindow.get(),
-            &PreferencesWindow::setStoragePath);
-    panel->open();
+    PreferencesWindow* window = m_preferencesWindow.get();
+    m_surroundings->fileChooser->chooseFolder(
+        window, window->storagePath(),
+        [window](const QString& folder) { window->setStoragePath(folder); });
 }
 
 void AppDelegate::ClickAbout() {
@@ -140,16 +148,15 @@ void AppDelegate::CLICkSupport() {
     const QUrl draft = platform::NSWorkspace::mailDraft(QLatin1String(kSupportAddress),
                                                         QStringLiteral("ClipHeave"),
                                                         QStringLiteral("ClipHeave Feedback"));
-    if (!platform::NSWorkspace::sharedWorkspace().openURL(draft))
-        m_activity->addLog(tr("No mail program answers"), draft.toString(), true);
+    if (!m_surroundings->workspace->openUrl(draft))
+        m_activity->addLog(tr("No mail program could be opened"), draft.toString(), true);
 }
 
 void AppDelegate::CLICkProductGuide() {
 }
 
 void AppDelegate::openStorageFolder() {
-    platform::NSWorkspace::sharedWorkspace().openURL(
-        QUrl::fromLocalFile(m_preferences.storagelocation));
+    m_surroundings->workspace->openUrl(QUrl::fromLocalFile(m_preferences->values.storagelocation));
 }
 
 } // namespace clipheave::app

@@ -37,7 +37,7 @@ void setCustomControlsEnabled(const RenameControls& controls, bool enabled) {
 
 void AppDelegate::refreshRenameItems() {
     if (m_renameWindow->isVisible())
-        m_renameWindow->setItems(selectedItems(), m_preferences.storagelocation);
+        m_renameWindow->setItems(selectedItems(), storagelocation());
 }
 
 void AppDelegate::ShowRenameWindowAction() {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/surroundings.h"
 #include "app/list/media_table_view.h"
 #include "app/list/photo_grid.h"
 #include "app/windows/main_window.h"
@@ -8,7 +9,6 @@
 #include "batch/batch_rename.h"
 #include "platform/foundation/main_thread.h"
 #include "platform/foundation/paths.h"
-#include "platform/workspace/ns_workspace.h"
 
 #include <QAction>
 #include <QHash>
@@ -86,7 +86,7 @@ void AppDelegate::SaveChangesRenameWindowAction() {
     run->request = m_renameWindow->request();
     run->request.mode =
         m_useCustomName ? batch::RenameMode::CustomText : batch::RenameMode::MetadataTags;
-    run->request.storagelocation = m_preferences.storagelocation;
+    run->request.storagelocation = storagelocation();
     run->items = selectedItems();
     startRename(run, tr("Rename"));
 }
@@ -177,7 +177,7 @@ void AppDelegate::takeRenamed(RenameRun& run) {
         if (!run.undoes && run.request.mode == batch::RenameMode::MetadataTags)
             shownNames.insert(run.items[line]->filePath, run.plan[line].newFileName);
         if (!run.undoes && line == 0)
-            platform::NSWorkspace::sharedWorkspace().selectFiles({outcome.target});
+            m_surroundings->workspace->selectFiles({outcome.target});
         run.moved += outcome.moved ? 1 : 0;
     }
     changeItems(shownNames.keys(), [&shownNames](media::IKImageItem& item) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/surroundings.h"
 #include "app/commands/write_run.h"
 #include "app/panes/detail_pane.h"
 #include "app/windows/main_window.h"
@@ -8,7 +9,6 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/main_thread.h"
 #include "platform/image/image_transcode.h"
-#include "platform/workspace/ns_workspace.h"
 
 #include <QSet>
 #include <QTimer>
@@ -125,7 +125,7 @@ AppDelegate::writeRequests(const std::vector<media::ItemPointer>& items) const {
     for (const auto& item : items) {
         jobs::WriteRequest& request = requests.emplace_back();
         request.item = item;
-        request.storagelocation = m_preferences.storagelocation;
+        request.storagelocation = storagelocation();
         request.bImportLocalFolder = m_bImportLocalFolder;
         request.bImportLocalPath = m_bImportLocalPath;
         // A file of the other kind than the one in the pane keeps its own texts: what its pane
@@ -241,7 +241,7 @@ void AppDelegate::takeOutcome(WriteRun& run, const jobs::WriteOutcome& outcome,
             : QString(),
         run.oneEach ? tr("%1 written") : QString());
     if (!run.outputs.isEmpty())
-        platform::NSWorkspace::sharedWorkspace().selectFiles(run.outputs);
+        m_surroundings->workspace->selectFiles(run.outputs);
     m_writeRuns.erase(run.job); // the last use of the run
     Q_EMIT saveFinished();
 }

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/preferences_state.h"
+#include "app/commands/surroundings.h"
 #include "app/commands/write_run.h"
 #include "app/list/media_list_model.h"
 #include "app/widgets/accessible_roles.h"
-#include "app/widgets/alert_box.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "app/windows/rename_window.h"
@@ -28,9 +29,10 @@ AppDelegate* s_controller = nullptr;
 
 } // namespace
 
-AppDelegate::AppDelegate(std::unique_ptr<platform::NSUserDefaults> defaults, QObject* parent)
-    : QObject(parent), m_defaults(std::move(defaults)),
-      m_activity(std::make_unique<ActivityModel>()),
+AppDelegate::AppDelegate(Surroundings surroundings, QObject* parent)
+    : QObject(parent), m_surroundings(std::make_unique<Surroundings>(std::move(surroundings))),
+      m_preferences(std::make_unique<PreferencesState>()),
+      m_activity(std::make_unique<ActivityModel>(m_surroundings->clock)),
       m_mediaController(std::make_unique<MediaListModel>()) {
     s_controller = this;
     platform::ExportQueue::shared().giveWayToOthers();
@@ -131,8 +133,8 @@ bool AppDelegate::windowShouldClose() {
 }
 
 void AppDelegate::CloseTheMainWindow() {
-    const int answer = AlertBox::run(m_window.get(), tr("Are you sure you want to Exit ?"), {},
-                                     {tr(" Exit "), tr("Cancel")});
+    const int answer = m_surroundings->alerts->ask(
+        m_window.get(), tr("Are you sure you want to Exit ?"), {}, {tr(" Exit "), tr("Cancel")});
     if (answer == 0)
         QApplication::quit();
 }

@@ -97,8 +97,7 @@ void AppDelegate::startVideoJob(VideoWorker worker, const QString& activity, con
     };
     run->tellsSizes = worker == &AppDelegate::CompressVideoMediaFileFileThreader;
     VideoRun video;
-    video.request = {title, items, m_preferences.storagelocation, m_bImportLocalFolder,
-                     m_bImportLocalPath};
+    video.request = {title, items, storagelocation(), m_bImportLocalFolder, m_bImportLocalPath};
     video.jobs = std::make_shared<video::VideoJobs>(outcomesTo(run));
     run->progress = [jobs = video.jobs] { return jobs->runningProgress(); };
     run->cancel = [jobs = video.jobs] { jobs->cancel(); };

@@ -19,11 +19,6 @@ constexpr int kAlertWidth = 420;
 constexpr int kImageBox = 40;
 constexpr int kTextWidth = kAlertWidth - 2 * 20 - kImageBox - 16;
 
-AlertBox::Answerer& alertAnswerer() {
-    static AlertBox::Answerer answerer;
-    return answerer;
-}
-
 bool destroys(const QString& button) {
     return button.trimmed() == QLatin1String("Delete");
 }
@@ -147,13 +142,7 @@ void AlertBox::reject() {
 int AlertBox::run(QWidget* parent, const QString& message, const QString& informative,
                   const QStringList& buttons) {
     AlertBox box(parent != nullptr ? parent->window() : nullptr, message, informative, buttons);
-    if (alertAnswerer())
-        return alertAnswerer()(box);
     return box.exec();
-}
-
-void AlertBox::setAnswerer(Answerer answerer) {
-    alertAnswerer() = std::move(answerer);
 }
 
 void AlertBox::paintEvent(QPaintEvent*) {

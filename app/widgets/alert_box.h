@@ -4,8 +4,6 @@
 #include <QDialog>
 #include <QStringList>
 
-#include <functional>
-
 namespace clipheave::app {
 
 class Button;
@@ -30,10 +28,6 @@ public:
     /// Shows the alert and waits. Returns the index of the pressed button in `buttons`.
     static int run(QWidget* parent, const QString& message, const QString& informative,
                    const QStringList& buttons);
-
-    /// Returns run() in place of the user while set: tests need no event loop. Empty: ask the user.
-    using Answerer = std::function<int(const AlertBox&)>;
-    static void setAnswerer(Answerer answerer);
 
     void reject() override;
 

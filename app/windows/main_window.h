@@ -108,7 +108,6 @@ private:
     QWidget* makeListTools();
     QWidget* makePhotoTools();
     QWidget* makeLeftSide(MediaListModel& model);
-    QWidget* makeTip();
     void makeMenus();
     void fillMenu(QMenu& menu, const MenuEntry* entries, int count, bool withShortcuts);
     void connectViews();

@@ -33,11 +33,6 @@ namespace {
 constexpr int kSideBar = 136; // px
 constexpr char16_t kLastFolderKey[] = u"openPanel/folder";
 
-OpenPanel::Answerer& panelAnswerer() {
-    static OpenPanel::Answerer answerer;
-    return answerer;
-}
-
 QString lastFolder() {
     const QSettings settings(windowSettingsFile(), QSettings::IniFormat);
     const QString folder = settings.value(QString::fromUtf16(kLastFolderKey)).toString();
@@ -214,12 +209,6 @@ void rememberFolder(const QString& folder) {
 
 void OpenPanel::open(QWidget* parent, const QString& message, Mode mode,
                      std::function<void(const QStringList&)> chosen) {
-    if (panelAnswerer()) {
-        const QStringList paths = panelAnswerer()(message, mode);
-        if (!paths.isEmpty())
-            chosen(paths);
-        return;
-    }
     auto* panel = new PanelDialog(parent, message, mode);
     QPointer<Scrim> scrim = parent ? new Scrim(parent->window()) : nullptr;
     QObject::connect(panel, &QDialog::finished, panel,
@@ -232,10 +221,6 @@ void OpenPanel::open(QWidget* parent, const QString& message, Mode mode,
                          chosen(paths);
                      });
     panel->open();
-}
-
-void OpenPanel::setAnswerer(Answerer answerer) {
-    panelAnswerer() = std::move(answerer);
 }
 
 } // namespace clipheave::app

@@ -16,10 +16,6 @@ struct OpenPanel {
     /// `chosen` gets at least one absolute path, and only when the user accepts.
     static void open(QWidget* parent, const QString& message, Mode mode,
                      std::function<void(const QStringList&)> chosen);
-
-    /// Returns in place of the user while set; an empty answer is a cancelled panel.
-    using Answerer = std::function<QStringList(const QString& message, Mode mode)>;
-    static void setAnswerer(Answerer answerer);
 };
 
 } // namespace clipheave::app

@@ -75,6 +75,22 @@ TEST(ActivityModel, EndsAJobOnceAndSaysWhatBecameOfIt) {
     EXPECT_EQ(model.job(own)->fraction(), 1);
 }
 
+TEST(ActivityModel, TimesComeFromItsClock) {
+    QDateTime now(QDate(2025, 6, 14), QTime(21, 36, 20));
+    ActivityModel model([&now] { return now; });
+    const int id = model.beginJob(QStringLiteral("Convert to MP4"), 4);
+    model.fileFinished(id, fileIn(FileState::Done));
+    now = now.addSecs(72);
+    EXPECT_EQ(cell(model, 0, ActivityModel::TimeColumn), QStringLiteral("1:12"));
+    EXPECT_EQ(model.job(id)->timeLeftText(model.now()), QStringLiteral("3:36 left"));
+    now = now.addSecs(-100); // a clock that was set back
+    EXPECT_EQ(cell(model, 0, ActivityModel::TimeColumn), QStringLiteral("0:00"));
+    model.endJob(id);
+    EXPECT_EQ(cell(model, 0, ActivityModel::TimeColumn), QStringLiteral("21:35"));
+    model.addLog(QStringLiteral("odd"));
+    EXPECT_EQ(model.log().back().time, now);
+}
+
 TEST(ActivityModel, EveryFileThatRunsCountsByItself) {
     ActivityModel model;
     const int id = model.beginJob(QStringLiteral("Convert to MP4"), 8);

@@ -255,16 +255,6 @@ TEST_F(WidgetsTest, AlertsAnswerWithTheButtonPressed) {
     };
     EXPECT_EQ(answerTo(Qt::Key_Return), 0);
     EXPECT_EQ(answerTo(Qt::Key_Escape), 1);
-    QString asked;
-    AlertBox::setAnswerer([&](const AlertBox& box) {
-        asked = box.message() + box.informative();
-        return 7;
-    });
-    EXPECT_EQ(
-        AlertBox::run(nullptr, QStringLiteral("a"), QStringLiteral("b"), {QStringLiteral(" Ok ")}),
-        7);
-    EXPECT_EQ(asked, u"ab");
-    AlertBox::setAnswerer({});
 }
 
 TEST_F(WidgetsTest, TitleBarButtonsActOrPost) {

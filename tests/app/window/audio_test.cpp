@@ -5,7 +5,6 @@
 #include "app/list/media_list_model.h"
 #include "app/panes/artwork_well.h"
 #include "app/panes/detail_pane.h"
-#include "app/widgets/alert_box.h"
 #include "app/widgets/image_button.h"
 #include "app/windows/main_window.h"
 #include "tests/app/window/started_controller.h"
@@ -31,10 +30,8 @@ protected:
         SKIP_WITHOUT("ffmpeg");
         controller = startedController(dir);
         ASSERT_NE(controller, nullptr);
-        AlertBox::setAnswerer([](const AlertBox&) { return 0; });
         importAlbum();
     }
-    void TearDown() override { AlertBox::setAnswerer({}); }
 
     /// One track in four formats, in this order.
     void importAlbum() {

@@ -3,7 +3,6 @@
 // that names a command must reach one.
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
-#include "app/widgets/alert_box.h"
 #include "app/widgets/button_look.h"
 #include "app/widgets/image_button.h"
 #include "app/windows/command_tables.h"
@@ -119,14 +118,9 @@ std::vector<MenuEntry> entriesOf(std::span<const MenuTable> menus) {
 class DispatcherTest : public testing::Test {
 protected:
     void SetUp() override {
-        controller = startedController(dir);
+        controller = startedController(dir, desktop);
         ASSERT_NE(controller, nullptr);
-        AlertBox::setAnswerer([this](const AlertBox& alert) {
-            alerts.append(alert.message());
-            return alertAnswer;
-        });
     }
-    void TearDown() override { AlertBox::setAnswerer({}); }
 
     MainWindow* window() { return controller->mainWindow(); }
     /// Buttons outside the main window are named after the command that they run.
@@ -162,17 +156,16 @@ protected:
         }
         if (controller->activity()->log().size() > lines)
             return controller->activity()->log().back().text;
-        if (!alerts.isEmpty())
-            return alerts.takeFirst();
+        if (!desktop->alerts.isEmpty())
+            return desktop->alerts.takeFirst();
         const bool renames = controller->renameWindow()->isVisible();
         controller->renameWindow()->hide();
         return renames ? controller->renameWindow()->objectName() : QString();
     }
 
     testkit::TempDir dir;
+    std::shared_ptr<FakeDesktop> desktop = std::make_shared<FakeDesktop>();
     std::unique_ptr<AppDelegate> controller;
-    QStringList alerts;
-    int alertAnswer = 0;
 };
 
 TEST_F(DispatcherTest, EveryNamedCommandExistsOrIsStillToCome) {
@@ -298,9 +291,9 @@ TEST(CommandTables, AShortcutIsReadableAndMeansOneCommand) {
 }
 
 /// Whether the application ends when the close button is pressed and the alert answered so.
-bool endsOn(int answer, int& alertAnswer, ImageButton* close) {
+bool endsOn(int answer, FakeDesktop& desktop, ImageButton* close) {
     constexpr int kWentOn = 7;
-    alertAnswer = answer;
+    desktop.alertAnswer = answer;
     QTimer::singleShot(0, close, [close] {
         QTest::mousePress(close, Qt::LeftButton);
         QTimer::singleShot(0, close, [] { QCoreApplication::exit(kWentOn); });
@@ -310,10 +303,10 @@ bool endsOn(int answer, int& alertAnswer, ImageButton* close) {
 
 TEST_F(DispatcherTest, TheCloseButtonEndsTheApplicationOnExitAlone) {
     auto* close = window()->findChild<ImageButton*>(QStringLiteral("closeBtn"));
-    EXPECT_FALSE(endsOn(1, alertAnswer, close)) << "Cancel";
-    EXPECT_FALSE(endsOn(-1, alertAnswer, close)) << "no button";
-    EXPECT_TRUE(endsOn(0, alertAnswer, close)) << "Exit";
-    EXPECT_EQ(alerts, QStringList(3, QStringLiteral("Are you sure you want to Exit ?")));
+    EXPECT_FALSE(endsOn(1, *desktop, close)) << "Cancel";
+    EXPECT_FALSE(endsOn(-1, *desktop, close)) << "no button";
+    EXPECT_TRUE(endsOn(0, *desktop, close)) << "Exit";
+    EXPECT_EQ(desktop->alerts, QStringList(3, QStringLiteral("Are you sure you want to Exit ?")));
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "app/widgets/parts.h"
 #include "app/windows/list_head.h"
 #include "app/windows/main_window.h"
+#include "tests/app/window/started_controller.h"
 #include "tests/testkit/testkit.h"
 
 #include <QLabel>
@@ -47,11 +48,9 @@ TEST(ListHead, KeepsTheWarningWhereBothDoNotFit) {
 
 TEST(Look, MenusShowImagesAndKeysAndAKeyActsOnce) {
     testkit::TempDir dir;
-    AppDelegate controller(
-        std::make_unique<platform::NSUserDefaults>(dir.path(QStringLiteral("prefs.conf"))));
-    controller.awakeFromNib();
-    controller.applicationDidFinishLaunching();
-    MainWindow* window = controller.mainWindow();
+    const auto controller = startedController(dir);
+    ASSERT_NE(controller, nullptr);
+    MainWindow* window = controller->mainWindow();
     const QMenu* popUp = window->menu(QStringLiteral("videoEditMenu"));
     for (const QAction* action : popUp->actions())
         EXPECT_TRUE(action->isSeparator() || !action->icon().isNull())

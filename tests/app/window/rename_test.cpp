@@ -10,7 +10,6 @@
 #include "app/windows/rename_preview.h"
 #include "app/windows/rename_window.h"
 #include "app/windows/template_field.h"
-#include "platform/workspace/ns_workspace.h"
 #include "tests/app/window/started_controller.h"
 #include "tests/testkit/testkit.h"
 
@@ -34,7 +33,6 @@ class RenameTest : public testing::Test {
 protected:
     void SetUp() override {
         qputenv("XDG_STATE_HOME", dir.path(QStringLiteral("state")).toUtf8());
-        platform::NSWorkspace::sharedWorkspace().setRevealEnabled(false);
         Theme::instance().apply(Appearance::Dark);
         controller = startedController(dir);
         ASSERT_NE(controller, nullptr);
@@ -42,7 +40,6 @@ protected:
     }
     void TearDown() override {
         controller = nullptr;
-        platform::NSWorkspace::sharedWorkspace().setRevealEnabled(true);
         qunsetenv("XDG_STATE_HOME");
     }
 

@@ -2,7 +2,6 @@
 // Video jobs from the menus of the window.
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
-#include "app/widgets/alert_box.h"
 #include "app/windows/command_tables.h"
 #include "app/windows/main_window.h"
 #include "tests/app/window/started_controller.h"
@@ -25,14 +24,9 @@ using namespace clipheave::app;
 class VideoJobsTest : public testing::Test {
 protected:
     void SetUp() override {
-        controller = startedController(dir);
+        controller = startedController(dir, desktop);
         ASSERT_NE(controller, nullptr);
-        AlertBox::setAnswerer([this](const AlertBox& alert) {
-            alerts.append(alert.message());
-            return 0;
-        });
     }
-    void TearDown() override { AlertBox::setAnswerer({}); }
 
     QString clip(const char* name, int seconds = 1) {
         const QString path = dir.path(QLatin1String(name));
@@ -70,13 +64,13 @@ protected:
     }
 
     testkit::TempDir dir;
+    std::shared_ptr<FakeDesktop> desktop = std::make_shared<FakeDesktop>();
     std::unique_ptr<AppDelegate> controller;
-    QStringList alerts;
 };
 
 TEST_F(VideoJobsTest, EveryMenuEntryDoesItsJobOverTheSelection) {
     choose("videoEditMenu", "Merge");
-    EXPECT_EQ(alerts, QStringList{QStringLiteral("No Item has been selected")});
+    EXPECT_EQ(desktop->alerts, QStringList{QStringLiteral("No Item has been selected")});
     importAndSelect({clip("a.mp4"), clip("b.mov"), dir.write(QStringLiteral("c.mp4"), "text")});
     struct Case {
         const char* menu;
@@ -149,7 +143,7 @@ TEST_F(VideoJobsTest, WhatIsNoVideoIsNamedAndNothingIsWrittenForIt) {
         EXPECT_EQ(file.note, u"\".webm\" is none of the known kinds of video") << title;
         EXPECT_EQ(filesOut().size(), 1) << title;
     }
-    EXPECT_TRUE(alerts.isEmpty());
+    EXPECT_TRUE(desktop->alerts.isEmpty());
 }
 
 TEST_F(VideoJobsTest, CancelEndsTheExportsAndLeavesNoFile) {

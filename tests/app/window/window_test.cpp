@@ -7,11 +7,11 @@
 #include "app/list/photo_grid.h"
 #include "app/panes/detail_pane.h"
 #include "app/theme/theme.h"
-#include "app/widgets/alert_box.h"
 #include "app/widgets/image_button.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "app/windows/window_settings.h"
+#include "tests/app/window/fake_desktop.h"
 #include "tests/testkit/media.h"
 
 #include <QAccessible>
@@ -41,21 +41,16 @@ class WindowTest : public testing::Test {
 protected:
     void SetUp() override {
         Theme::instance().apply(Appearance::Dark);
-        auto defaults =
-            std::make_unique<platform::NSUserDefaults>(dir.path(QStringLiteral("prefs.conf")));
+        Surroundings surroundings = surroundingsOf(desktop, dir);
+        const auto& defaults = surroundings.defaults;
         ASSERT_TRUE(defaults->setObject_forKey(dir.path(QStringLiteral("out")),
                                                QStringLiteral("storagePath")));
         ASSERT_TRUE(defaults->setObject_forKey(QStringLiteral("lower left corner"),
                                                QStringLiteral("Postion")));
-        controller = std::make_unique<AppDelegate>(std::move(defaults));
+        controller = std::make_unique<AppDelegate>(std::move(surroundings));
         controller->awakeFromNib();
         controller->applicationDidFinishLaunching();
-        AlertBox::setAnswerer([this](const AlertBox& alert) {
-            alerts.append(alert.message());
-            return alertAnswer;
-        });
     }
-    void TearDown() override { AlertBox::setAnswerer({}); }
 
     MainWindow* window() { return controller->mainWindow(); }
     template <class T> T* child(const char* name) {
@@ -83,9 +78,8 @@ protected:
     }
 
     testkit::TempDir dir;
+    std::shared_ptr<FakeDesktop> desktop = std::make_shared<FakeDesktop>();
     std::unique_ptr<AppDelegate> controller;
-    QStringList alerts;
-    int alertAnswer = 0;
 };
 
 QStringList list(std::initializer_list<const char*> texts) {
@@ -302,20 +296,37 @@ TEST_F(WindowTest, ThePhotoGridTakesDropsAndTheDeleteKey) {
     EXPECT_EQ(names(), list({"b.mp4", "a.mp4", "d.mp4"}));
 }
 
+TEST_F(WindowTest, AddingAsksForPathsAndTakesWhatIsChosen) {
+    controller->AddMediaFileAction();
+    EXPECT_FALSE(controller->isImporting()) << "cancelled";
+    desktop->chosenPaths = {dir.write(QStringLiteral("a.mp4"), movie("a"))};
+    QSignalSpy done(controller.get(), &AppDelegate::importFinished);
+    controller->OpenComputerFoldertoImportAction();
+    ASSERT_TRUE(done.wait(10'000));
+    EXPECT_EQ(names(), list({"a.mp4"}));
+    EXPECT_EQ(desktop->mediaChoosers, (QList{OpenPanel::FilesAndFolders, OpenPanel::FilesOnly}));
+    window()->selectRow(0);
+    controller->revealCurrentItem();
+    EXPECT_EQ(desktop->revealed, desktop->chosenPaths);
+    desktop->opensUrls = false;
+    controller->openCurrentItem();
+    EXPECT_TRUE(controller->activity()->log().back().isError) << "no program opens it";
+}
+
 TEST_F(WindowTest, AnEmptySelectionGetsTheFixedAlert) {
     controller->SaveMeidaFileChangesAction();
-    EXPECT_EQ(alerts, list({"No Item has been selected"}));
+    EXPECT_EQ(desktop->alerts, list({"No Item has been selected"}));
 }
 
 TEST_F(WindowTest, TheTwoWaysToCloseAskAndDoNotAsk) {
-    alertAnswer = 1;
+    desktop->alertAnswer = 1;
     QSignalSpy quits(qApp, &QCoreApplication::aboutToQuit);
     controller->CloseTheMainWindow();
-    EXPECT_EQ(alerts, list({"Are you sure you want to Exit ?"}));
+    EXPECT_EQ(desktop->alerts, list({"Are you sure you want to Exit ?"}));
     QTest::mousePress(child<ImageButton>("closeBtn"), Qt::LeftButton);
-    EXPECT_EQ(alerts.size(), 2);
+    EXPECT_EQ(desktop->alerts.size(), 2);
     EXPECT_TRUE(controller->windowShouldClose());
-    EXPECT_EQ(alerts.size(), 2);
+    EXPECT_EQ(desktop->alerts.size(), 2);
 }
 
 TEST_F(WindowTest, PreferencesTakeTheFolderOnSaveOnly) {

@@ -237,20 +237,5 @@ TEST_F(OpenPanelTest, RemembersTheFolderAndIgnoresACancelledPanel) {
     EXPECT_EQ(parent.findChild<Scrim*>(), nullptr);
 }
 
-TEST_F(OpenPanelTest, CanBeAnsweredByAProgram) {
-    QStringList answer;
-    OpenPanel::setAnswerer([&](const QString&, OpenPanel::Mode) { return answer; });
-    const auto ask = [this] {
-        OpenPanel::open(&parent, {}, OpenPanel::FilesOnly,
-                        [this](const QStringList& chosen) { answers += chosen; });
-    };
-    ask();
-    EXPECT_TRUE(answers.isEmpty());
-    answer += QStringLiteral("/in/a.mov");
-    ask();
-    OpenPanel::setAnswerer({});
-    EXPECT_EQ(answers, QList<QStringList>{answer});
-}
-
 } // namespace
 } // namespace clipheave::app

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "media/preferences.h"
+
+#include <QColor>
+#include <QFontDialog>
+#include <QPointer>
+
+namespace clipheave::app {
+
+/// The preference values in force and what belongs to choosing them. Main thread.
+struct PreferencesState {
+    media::Preferences values;
+    QColor currentFontColor = Qt::white; ///< not stored: white at every start
+    bool fontChosen = false;             ///< the font panel was used
+    QPointer<QFontDialog> fontPanel;     ///< null while it is closed
+};
+
+} // namespace clipheave::app

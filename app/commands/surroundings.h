@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/windows/open_panel.h"
+#include "platform/foundation/user_defaults.h"
+
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+
+#include <functional>
+#include <memory>
+
+class QWidget;
+
+namespace clipheave::app {
+
+/// Asks the user what must be answered before a command goes on.
+class Alerts {
+public:
+    virtual ~Alerts() = default;
+    /// Shows an alert above `parent` and waits. Returns the index of the pressed button in
+    /// `buttons`, -1 when the alert was closed without one.
+    virtual int ask(QWidget* parent, const QString& message, const QString& informative,
+                    const QStringList& buttons) = 0;
+};
+
+/// Asks the user for paths, without blocking. A cancelled chooser calls nothing back.
+class FileChooser {
+public:
+    virtual ~FileChooser() = default;
+    /// `chosen` gets at least one absolute path.
+    virtual void chooseMedia(QWidget* parent, const QString& message, OpenPanel::Mode mode,
+                             std::function<void(const QStringList&)> chosen) = 0;
+    /// One folder; the chooser opens in `current`.
+    virtual void chooseFolder(QWidget* parent, const QString& current,
+                              std::function<void(const QString&)> chosen) = 0;
+};
+
+/// The desktop's other programs.
+class Workspace {
+public:
+    virtual ~Workspace() = default;
+    /// Shows files selected in the file browser. Never fails loudly.
+    virtual void selectFiles(const QStringList& paths) = 0;
+    /// Opens web pages, mail drafts and files in their usual program; false when there is none.
+    virtual bool openUrl(const QUrl& url) = 0;
+};
+
+/// Returns the time of day of now, in local time.
+using Clock = std::function<QDateTime()>;
+
+/// What the controller reaches outside its process. None of it is ever null.
+struct Surroundings {
+    std::unique_ptr<platform::NSUserDefaults> defaults; ///< the per-user store
+    std::shared_ptr<Alerts> alerts;
+    std::shared_ptr<FileChooser> fileChooser;
+    std::shared_ptr<Workspace> workspace;
+    Clock clock;
+};
+
+/// Returns the user's own desktop: real alerts, choosers and programs, and the system's clock.
+[[nodiscard]] Surroundings desktopSurroundings(std::unique_ptr<platform::NSUserDefaults> defaults);
+
+} // namespace clipheave::app

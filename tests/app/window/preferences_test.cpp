@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The first start and the values it leaves, as the window shows and stores them.
+#include "app/AppDelegate.h"
+#include "app/windows/main_window.h"
+#include "app/windows/preferences_window.h"
+#include "media/preferences.h"
+#include "tests/app/window/fake_desktop.h"
+
+#include <QComboBox>
+#include <QFontDialog>
+
+namespace {
+
+using namespace clipheave;
+using namespace clipheave::app;
+
+class PreferencesTest : public testing::Test {
+protected:
+    void SetUp() override { qputenv("HOME", dir.path().toUtf8()); }
+    void TearDown() override {
+        controller = nullptr;
+        qputenv("HOME", home);
+    }
+    void start() {
+        controller = nullptr;
+        controller = std::make_unique<AppDelegate>(surroundingsOf(desktop, dir));
+        controller->awakeFromNib();
+        controller->applicationDidFinishLaunching();
+    }
+    platform::NSUserDefaults stored() const {
+        return platform::NSUserDefaults(dir.path(QStringLiteral("prefs.conf")));
+    }
+
+    testkit::TempDir dir;
+    const QByteArray home = qgetenv("HOME");
+    std::shared_ptr<FakeDesktop> desktop = std::make_shared<FakeDesktop>();
+    std::unique_ptr<AppDelegate> controller;
+};
+
+TEST_F(PreferencesTest, TheFirstStartStoresItsValuesAndShowsTheProductPageOnce) {
+    start();
+    const std::pair<const char16_t*, const char16_t*> kFirst[] = {
+        {u"fontName", u"Lucida Grande"},
+        {u"Postion", u"lower left corner"},
+        {u"Dateformat", u"MM/DD/YYYY HH:MM"},
+    };
+    for (const auto& [key, value] : kFirst)
+        EXPECT_EQ(stored().stringForKey(QString::fromUtf16(key)), QString::fromUtf16(value));
+    EXPECT_EQ(stored().stringForKey(QStringLiteral("storagePath")),
+              media::defaultStorageLocation());
+    EXPECT_FALSE(stored().contains(QStringLiteral("fontsize")));
+    EXPECT_EQ(controller->preferences().currentFontname, u"Lucida Grande");
+    EXPECT_EQ(controller->preferences().currentFontSize, 14);
+    const PreferencesWindow& window = *controller->preferencesWindow();
+    EXPECT_EQ(window.fontLabel(), u"Lucida Grande 24");
+    EXPECT_EQ(window.fontColor(), QColor(Qt::white));
+    EXPECT_EQ(window.dateFormat(), u"MM/DD/YYYY HH:MM");
+    EXPECT_EQ(window.position(), u"") << "the stored text is none of the titles";
+    EXPECT_EQ(desktop->opened, QList<QUrl>{QUrl(QStringLiteral("https://clipheave.example/"))});
+    start();
+    EXPECT_EQ(desktop->opened.size(), 1);
+}
+
+TEST_F(PreferencesTest, MissingKeysChooseTheFirstTitles) {
+    ASSERT_TRUE(
+        stored().setObject_forKey(dir.path(QStringLiteral("out")), QStringLiteral("storagePath")));
+    start();
+    const PreferencesWindow& window = *controller->preferencesWindow();
+    EXPECT_EQ(window.position(), u"Lower left corner");
+    EXPECT_EQ(window.dateFormat(), u"MM/DD/YYYY HH:MM");
+    EXPECT_EQ(window.fontLabel(), u"Lucida Grande 24");
+    EXPECT_FALSE(stored().contains(QStringLiteral("Dateformat")));
+}
+
+TEST_F(PreferencesTest, TheFontPanelBeginsWithItsFixedFontAndTheFolderComesFromTheChooser) {
+    start();
+    controller->ShowFontPanelAction();
+    const auto* panel = controller->mainWindow()->findChild<QFontDialog*>();
+    ASSERT_NE(panel, nullptr);
+    EXPECT_EQ(panel->currentFont().pointSize(), 14);
+    const QString before = controller->preferencesWindow()->storagePath();
+    controller->ChangeStoreLocation();
+    EXPECT_EQ(controller->preferencesWindow()->storagePath(), before) << "cancelled";
+    desktop->chosenPaths = QStringList{QStringLiteral("/else")};
+    controller->ChangeStoreLocation();
+    EXPECT_EQ(controller->preferencesWindow()->storagePath(), u"/else");
+}
+
+} // namespace
