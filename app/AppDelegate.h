@@ -1,16 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "app/list/path_rows.h"
-#include "app/theme/theme.h"
-#include "media/audio_pane.h"
-#include "media/media_import.h"
+#include "media/image_item.h"
 #include "media/media_kind.h"
-#include "platform/foundation/log.h"
 
-#include <QElapsedTimer>
 #include <QObject>
-#include <QPointF>
 
 #include <atomic>
 #include <functional>
@@ -24,6 +18,8 @@ struct RenameProgress;
 } // namespace clipheave::batch
 
 namespace clipheave::media {
+class MediaImport;
+struct ChangeFlags;
 struct Preferences;
 } // namespace clipheave::media
 
@@ -32,14 +28,22 @@ struct WriteOutcome;
 struct WriteRequest;
 } // namespace clipheave::jobs
 
+namespace clipheave::platform {
+struct LogLine;
+class LogSubscription;
+} // namespace clipheave::platform
+
 namespace clipheave::app {
 
+enum class Appearance;
 class ActivityModel;
 class MainWindow;
 class MediaListModel;
-class ImageButton;
 class PreferencesWindow;
 class RenameWindow;
+struct ImportState;
+struct ListState;
+struct PaneState;
 struct PreferencesState;
 struct Surroundings;
 
@@ -177,16 +181,14 @@ public:
     [[nodiscard]] RenameWindow* renameWindow() const { return m_renameWindow.get(); }
     [[nodiscard]] ActivityModel* activity() const { return m_activity.get(); }
     [[nodiscard]] MediaListModel* mediaController() const { return m_mediaController.get(); }
-    [[nodiscard]] const std::vector<media::ItemPointer>& localPhotoItemArray() const {
-        return m_items;
-    }
+    [[nodiscard]] const std::vector<media::ItemPointer>& localPhotoItemArray() const;
     [[nodiscard]] QString storagelocation() const;
     [[nodiscard]] const media::Preferences& preferences() const;
-    [[nodiscard]] media::ChangeFlags changeFlags() const { return m_flags; }
+    [[nodiscard]] media::ChangeFlags changeFlags() const;
     /// Degrees, as the position fields held them when an edit began there last: latitude in x,
     /// longitude in y.
-    [[nodiscard]] QPointF currentCoords() const { return m_currentCoords; }
-    [[nodiscard]] bool isImporting() const { return m_runningImports > 0; }
+    [[nodiscard]] QPointF currentCoords() const;
+    [[nodiscard]] bool isImporting() const;
 
     /// What a writing command does.
     enum class JobKind { Save, RemoveMetadata, TitleToName, NameToTitle };
@@ -224,7 +226,6 @@ private:
     void runImport(const QStringList& paths, bool photos);
     void appendNewItem(int job, const media::ItemPointer& item);
     void finishImport(const media::MediaImport& import, int job);
-    [[nodiscard]] static QString importSummary(int added, int failed, int skipped);
     [[nodiscard]] std::vector<media::ItemPointer> selectedItems() const;
     struct WriteRun;
     /// The run of a job that tells an outcome an item; `outcomesTo` is what to give its writer.
@@ -256,19 +257,11 @@ private:
 
     std::unique_ptr<Surroundings> m_surroundings;
     std::unique_ptr<PreferencesState> m_preferences;
-    unsigned m_macOsVer = 0; ///< minor number of the system's version
-    bool m_blocalMode = false;
-    bool m_bImportLocalFolder = false;
-    QString m_bImportLocalPath;
-    media::ChangeFlags m_flags;
-    std::vector<media::ItemPointer> m_items; ///< localPhotoItemArray, import order
-    PathRows m_itemRows;                     ///< of m_items
-    media::ItemPointer m_shownItem;          ///< what the pane shows; null: nothing
-    std::uint64_t m_totalBytes = 0;          ///< of m_items
-    std::size_t m_shownItems = 0;            ///< of m_items, how many the list shows already
-    std::atomic<bool> m_stopping{false};     ///< read by workers
-    int m_runningImports = 0;
-    QElapsedTimer m_summaryAge;
+    std::unique_ptr<ImportState> m_import;
+    std::unique_ptr<ListState> m_list;
+    std::unique_ptr<PaneState> m_pane;
+    unsigned m_macOsVer = 0;             ///< minor number of the system's version
+    std::atomic<bool> m_stopping{false}; ///< read by workers
     /// Of the jobs in the panel: another try of their failed files.
     std::map<int, std::function<void(const QStringList& failed)>> m_retries;
     int m_startingVideoJobs = 0; ///< workers that are still starting exports
@@ -277,7 +270,6 @@ private:
     int m_runningRenames = 0;
     std::mutex m_renameTurn; ///< held by the rename that runs; never on the main thread
     std::map<int, std::shared_ptr<RenameRun>> m_renameRuns; ///< by job: what runs or failed in part
-    QPointF m_currentCoords;
     QString m_commandTitle; ///< of the menu entry whose command runs
     std::unique_ptr<platform::LogSubscription> m_logLines;
     std::unique_ptr<ActivityModel> m_activity;

@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
 #include "app/activity/activity_panel.h"
+#include "app/commands/pane_state.h"
 #include "app/commands/preferences_state.h"
 #include "app/commands/surroundings.h"
 #include "app/panes/detail_pane.h"
@@ -40,9 +41,9 @@ void AppDelegate::connectPanes() {
     connect(pane, &DetailPane::revealRequested, this, &AppDelegate::revealCurrentItem);
     connect(pane, &DetailPane::artworkChosen, this, &AppDelegate::takeArtwork);
     connect(pane, &DetailPane::durationKnown, this, [this](double seconds) {
-        if (!m_shownItem || !m_shownItem->fileduratStr.isEmpty())
+        if (!m_pane->shownItem || !m_pane->shownItem->fileduratStr.isEmpty())
             return;
-        changeItems({m_shownItem->filePath}, [seconds](media::IKImageItem& item) {
+        changeItems({m_pane->shownItem->filePath}, [seconds](media::IKImageItem& item) {
             item.fileduration = seconds;
             item.fileduratStr = getMediaDuration(static_cast<int>(seconds));
         });
@@ -67,21 +68,29 @@ void AppDelegate::connectPreferences() {
     connect(window, &PreferencesWindow::showFontPanel, this, &AppDelegate::ShowFontPanelAction);
 }
 
+media::ChangeFlags AppDelegate::changeFlags() const {
+    return m_pane->flags;
+}
+
+QPointF AppDelegate::currentCoords() const {
+    return m_pane->currentCoords;
+}
+
 bool AppDelegate::control_textShouldBeginEditing(const QString& field) {
     for (const media::VideoFormField& row : media::videoFormFields())
         if (field == QLatin1String(row.objectName) && row.group)
-            m_flags.*row.group = true;
+            m_pane->flags.*row.group = true;
     for (const media::AudioField& row : media::audioFields())
         if (field == QLatin1String(row.objectName) && row.group)
-            m_flags.*row.group = true;
+            m_pane->flags.*row.group = true;
     if (field == u"audioCreateDatelab")
-        m_flags.cameraInfoChange = true;
+        m_pane->flags.cameraInfoChange = true;
     // Deliberate: the altitude sets no flag.
     if (field == u"mediaLatitude" || field == u"mediaLongtitude") {
-        m_flags.gpsInfoChange = true;
+        m_pane->flags.gpsInfoChange = true;
         const media::VideoPane pane = m_window->detailPane()->videoPane();
-        m_currentCoords = {platform::doubleValue(pane.texts.mediaLatitude),
-                           platform::doubleValue(pane.texts.mediaLongtitude)};
+        m_pane->currentCoords = {platform::doubleValue(pane.texts.mediaLatitude),
+                                 platform::doubleValue(pane.texts.mediaLongtitude)};
     }
     return true;
 }

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/import_state.h"
+#include "app/commands/list_state.h"
 #include "app/commands/surroundings.h"
 #include "app/list/media_list_model.h"
 #include "app/windows/main_window.h"
+#include "media/media_import.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/main_thread.h"
@@ -24,7 +27,27 @@ constexpr int kSummaryInterval = 100; // ms
 
 constexpr char kPanelMessage[] = "Please select videos or auidos to import.";
 
+/// "3 added, 1 failed"; what did not happen is left out.
+QString importSummary(int added, int failed, int skipped) {
+    if (added == 0 && failed == 0)
+        return skipped > 0 ? AppDelegate::tr("%1 skipped").arg(skipped)
+                           : AppDelegate::tr("No media file found");
+    if (failed == 0 && skipped == 0)
+        return added == 1 ? AppDelegate::tr("1 file added")
+                          : AppDelegate::tr("%1 files added").arg(added);
+    QString summary = AppDelegate::tr("%1 added").arg(added);
+    if (failed > 0)
+        summary += AppDelegate::tr(", %1 failed").arg(failed);
+    if (skipped > 0)
+        summary += AppDelegate::tr(", %1 skipped").arg(skipped);
+    return summary;
+}
+
 } // namespace
+
+bool AppDelegate::isImporting() const {
+    return m_import->running > 0;
+}
 
 void AppDelegate::AddMediaFileAction() {
     ClickImportPhotosAction();
@@ -46,7 +69,7 @@ void AppDelegate::importPaths(const QStringList& paths) {
     if (paths.isEmpty())
         return;
     m_window->showMediaList();
-    m_blocalMode = true;
+    m_import->blocalMode = true;
     runImport(paths, false);
 }
 
@@ -54,7 +77,7 @@ void AppDelegate::importPhotoPaths(const QStringList& paths) {
     if (paths.isEmpty())
         return;
     m_window->showPhotos();
-    m_blocalMode = true;
+    m_import->blocalMode = true;
     runImport(paths, true);
     platform::ignoreFailure(
         platform::NSFileManager::defaultManager().createDirectoryAtPath(storagelocation()),
@@ -74,7 +97,7 @@ void AppDelegate::retryImport(const QStringList& paths, bool photos) {
 void AppDelegate::runImport(const QStringList& paths, bool photos) {
     const int job = m_activity->beginJob(photos ? tr("Import photos") : tr("Import"));
     m_retries[job] = [this, photos](const QStringList& failed) { retryImport(failed, photos); };
-    ++m_runningImports;
+    ++m_import->running;
     platform::BackgroundJob::detach([this, paths, photos, job] {
         std::vector<media::ItemPointer> ready;
         auto lastHandOver = std::chrono::steady_clock::now();
@@ -105,8 +128,8 @@ void AppDelegate::runImport(const QStringList& paths, bool photos) {
 }
 
 void AppDelegate::appendNewItem(int job, const media::ItemPointer& item) {
-    m_items.push_back(item);
-    m_totalBytes += item->sizeBytes;
+    m_list->items.push_back(item);
+    m_list->totalBytes += item->sizeBytes;
     if (item->problem.isEmpty())
         return;
     m_activity->fileFinished(job, {item->filePath, {}, FileState::Failed, item->problem});
@@ -114,36 +137,24 @@ void AppDelegate::appendNewItem(int job, const media::ItemPointer& item) {
 
 void AppDelegate::LoadImportedMediasonMainThread() {
     if (m_mediaController->isSorted()) {
-        m_mediaController->setContent(m_items); // import order again
+        m_mediaController->setContent(m_list->items); // import order again
     } else {
-        for (std::size_t i = m_shownItems; i < m_items.size(); ++i)
-            m_mediaController->appendItem(m_items[i]);
+        for (std::size_t i = m_list->handedOver; i < m_list->items.size(); ++i)
+            m_mediaController->appendItem(m_list->items[i]);
     }
-    m_shownItems = m_items.size();
+    m_list->handedOver = m_list->items.size();
     // With everything selected the summary walks the whole list: not after every file.
-    if (m_summaryAge.isValid() && m_summaryAge.elapsed() < kSummaryInterval && m_runningImports > 0)
+    if (m_list->summaryAge.isValid() && m_list->summaryAge.elapsed() < kSummaryInterval &&
+        m_import->running > 0)
         return;
     refreshSummary();
-    m_summaryAge.start();
-}
-
-QString AppDelegate::importSummary(int added, int failed, int skipped) {
-    if (added == 0 && failed == 0)
-        return skipped > 0 ? tr("%1 skipped").arg(skipped) : tr("No media file found");
-    if (failed == 0 && skipped == 0)
-        return added == 1 ? tr("1 file added") : tr("%1 files added").arg(added);
-    QString summary = tr("%1 added").arg(added);
-    if (failed > 0)
-        summary += tr(", %1 failed").arg(failed);
-    if (skipped > 0)
-        summary += tr(", %1 skipped").arg(skipped);
-    return summary;
+    m_list->summaryAge.start();
 }
 
 void AppDelegate::finishImport(const media::MediaImport& import, int job) {
     if (import.localPhotoItemArray().size() + import.skipped().size() > 0) {
-        m_bImportLocalFolder = import.bImportLocalFolder();
-        m_bImportLocalPath = import.bImportLocalPath();
+        m_import->bImportLocalFolder = import.bImportLocalFolder();
+        m_import->bImportLocalPath = import.bImportLocalPath();
     }
     for (const media::SkippedPath& skipped : import.skipped())
         m_activity->fileFinished(job, {skipped.path, {}, FileState::Failed, skipped.reason});
@@ -158,17 +169,17 @@ void AppDelegate::finishImport(const media::MediaImport& import, int job) {
     m_activity->endJob(job,
                        importSummary(count + static_cast<int>(import.skipped().size()) - failed,
                                      failed, static_cast<int>(import.unknown().size())));
-    --m_runningImports;
+    --m_import->running;
     refreshSummary();
     Q_EMIT importFinished();
 }
 
 void AppDelegate::PRDragOperationMediaNoteHandle(QObject* view) {
-    m_blocalMode = true;
+    m_import->blocalMode = true;
     media::MediaImport import;
     import.addWithoutReading(m_window->droppedPaths(view));
     for (const auto& item : import.localPhotoItemArray())
-        m_items.push_back(item);
+        m_list->items.push_back(item);
 }
 
 void AppDelegate::NSDragOperationMediaNoteHandle(QObject* view) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/list_state.h"
+#include "app/commands/pane_state.h"
 #include "app/commands/surroundings.h"
 #include "app/list/media_list_model.h"
 #include "app/panes/detail_pane.h"
@@ -14,6 +16,10 @@
 #include <unordered_set>
 
 namespace clipheave::app {
+
+const std::vector<media::ItemPointer>& AppDelegate::localPhotoItemArray() const {
+    return m_list->items;
+}
 
 void AppDelegate::tableViewSelectionDidChange() {
     refreshSummary();
@@ -29,14 +35,14 @@ void AppDelegate::tableViewSelectionDidChange() {
 }
 
 void AppDelegate::ShowVideoViewWithItem(const media::ItemPointer& item) {
-    m_shownItem = item;
-    m_flags = {};
+    m_pane->shownItem = item;
+    m_pane->flags = {};
     m_window->detailPane()->showVideo(*item, media::ShowVideoViewWithItem(*item));
 }
 
 void AppDelegate::ShowAudioViewWithItem(const media::ItemPointer& item) {
-    m_shownItem = item;
-    m_flags = {};
+    m_pane->shownItem = item;
+    m_pane->flags = {};
     DetailPane* pane = m_window->detailPane();
     pane->showAudio(*item, media::ShowAudioViewWithItem(*item, pane->videoArtistText()));
 }
@@ -48,8 +54,8 @@ void AppDelegate::tableView_didClickTableColumn(int column) {
 }
 
 void AppDelegate::restoreImportOrder() {
-    m_mediaController->setContent(m_items);
-    m_shownItems = m_items.size();
+    m_mediaController->setContent(m_list->items);
+    m_list->handedOver = m_list->items.size();
     refreshSummary();
 }
 
@@ -58,28 +64,28 @@ std::vector<media::ItemPointer> AppDelegate::selectedItems() const {
     // list says so then, and the foot of the pane names what is touched.
     std::vector<media::ItemPointer> items;
     for (int row : m_window->selectedRows())
-        if (row >= 0 && static_cast<std::size_t>(row) < m_items.size())
-            items.push_back(m_items[static_cast<std::size_t>(row)]);
+        if (row >= 0 && static_cast<std::size_t>(row) < m_list->items.size())
+            items.push_back(m_list->items[static_cast<std::size_t>(row)]);
     return items;
 }
 
 std::vector<media::ItemPointer> AppDelegate::itemsAt(const QStringList& paths) {
     std::vector<media::ItemPointer> found;
     for (const QString& path : paths)
-        if (const QList<int> rows = m_itemRows.rowsOf(path, m_items); !rows.isEmpty())
-            found.push_back(m_items[static_cast<std::size_t>(rows.first())]);
+        if (const QList<int> rows = m_list->rows.rowsOf(path, m_list->items); !rows.isEmpty())
+            found.push_back(m_list->items[static_cast<std::size_t>(rows.first())]);
     return found;
 }
 
 void AppDelegate::changeItems(const QStringList& paths, const media::ItemChange& change) {
     ItemChanges changes;
     for (const QString& path : paths) {
-        for (const int row : m_itemRows.rowsOf(path, m_items)) {
-            media::ItemPointer& item = m_items[static_cast<std::size_t>(row)];
+        for (const int row : m_list->rows.rowsOf(path, m_list->items)) {
+            media::ItemPointer& item = m_list->items[static_cast<std::size_t>(row)];
             const media::ItemPointer copy = media::changedCopy(*item, change);
             changes.emplace_back(item, copy);
-            if (m_shownItem == item)
-                m_shownItem = copy;
+            if (m_pane->shownItem == item)
+                m_pane->shownItem = copy;
             item = copy;
         }
     }
@@ -87,13 +93,13 @@ void AppDelegate::changeItems(const QStringList& paths, const media::ItemChange&
 }
 
 void AppDelegate::removeItems(const std::function<bool(const media::IKImageItem&)>& goes) {
-    std::erase_if(m_items, [this, &goes](const media::ItemPointer& item) {
+    std::erase_if(m_list->items, [this, &goes](const media::ItemPointer& item) {
         if (!goes(*item))
             return false;
-        m_totalBytes -= item->sizeBytes;
+        m_list->totalBytes -= item->sizeBytes;
         return true;
     });
-    m_itemRows.forget();
+    m_list->rows.forget();
     restoreImportOrder();
 }
 
@@ -103,9 +109,9 @@ void AppDelegate::RemoveMediaFileAction() {
     for (const auto& item : selectedItems())
         removed.insert(item.get());
     removeItems([&removed](const auto& item) { return removed.contains(&item); });
-    m_shownItem.reset();
+    m_pane->shownItem.reset();
     m_window->detailPane()->showNothing();
-    if (m_items.empty())
+    if (m_list->items.empty())
         m_window->showEmptyState();
 }
 
@@ -114,33 +120,34 @@ void AppDelegate::ChangeToImportComputerPhoto() {
 }
 
 void AppDelegate::revealCurrentItem() {
-    if (m_shownItem)
-        m_surroundings->workspace->selectFiles({m_shownItem->filePath});
+    if (m_pane->shownItem)
+        m_surroundings->workspace->selectFiles({m_pane->shownItem->filePath});
 }
 
 void AppDelegate::openCurrentItem() {
-    if (m_shownItem &&
-        !m_surroundings->workspace->openUrl(QUrl::fromLocalFile(m_shownItem->filePath)))
-        m_activity->addLog(tr("No program answers for this file"), m_shownItem->filePath, true);
+    if (m_pane->shownItem &&
+        !m_surroundings->workspace->openUrl(QUrl::fromLocalFile(m_pane->shownItem->filePath)))
+        m_activity->addLog(tr("No program answers for this file"), m_pane->shownItem->filePath,
+                           true);
 }
 
 void AppDelegate::copyCurrentPath() {
-    if (m_shownItem)
-        QGuiApplication::clipboard()->setText(platform::displayPath(m_shownItem->filePath));
+    if (m_pane->shownItem)
+        QGuiApplication::clipboard()->setText(platform::displayPath(m_pane->shownItem->filePath));
 }
 
 void AppDelegate::chooseArtwork() {
-    if (m_shownItem)
+    if (m_pane->shownItem)
         m_window->detailPane()->chooseArtwork();
 }
 
 void AppDelegate::pasteArtwork() {
-    if (m_shownItem)
+    if (m_pane->shownItem)
         m_window->detailPane()->pasteArtwork();
 }
 
 void AppDelegate::revertEdits() {
-    if (const media::ItemPointer item = m_shownItem)
+    if (const media::ItemPointer item = m_pane->shownItem)
         isAudio(item->filePath) ? ShowAudioViewWithItem(item) : ShowVideoViewWithItem(item);
 }
 
@@ -157,7 +164,7 @@ void AppDelegate::refreshSummary() {
         selectedBytes += item->sizeBytes;
         seconds += item->fileduration;
     }
-    const int count = static_cast<int>(m_items.size());
+    const int count = static_cast<int>(m_list->items.size());
     QString summary;
     if (!selected.empty())
         summary = tr("%1 selected of %2").arg(selected.size()).arg(count);
@@ -166,8 +173,9 @@ void AppDelegate::refreshSummary() {
     if (!selected.empty())
         summary += QStringLiteral(", ") + sizeText(selectedBytes);
     m_window->setListSummary(summary, m_mediaController->isSorted());
-    m_window->setTotals(count == 1 ? tr("1 item, %1").arg(sizeText(m_totalBytes))
-                                   : tr("%1 items, %2").arg(count).arg(sizeText(m_totalBytes)));
+    m_window->setTotals(count == 1
+                            ? tr("1 item, %1").arg(sizeText(m_list->totalBytes))
+                            : tr("%1 items, %2").arg(count).arg(sizeText(m_list->totalBytes)));
     QStringList names;
     for (const auto& item : selected)
         names.append(item->fileName);

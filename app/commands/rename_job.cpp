@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/import_state.h"
 #include "app/commands/surroundings.h"
 #include "app/list/media_table_view.h"
 #include "app/list/photo_grid.h"
@@ -78,7 +79,7 @@ void AppDelegate::connectRename() {
 
 void AppDelegate::SaveChangesRenameWindowAction() {
     m_renameWindow->hide();
-    if (!m_blocalMode)
+    if (!m_import->blocalMode)
         return;
     // Deliberate: what the window asks for is read now, with the click: what is typed and selected
     // while the job runs belongs to the next one.

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/import_state.h"
+#include "app/commands/list_state.h"
+#include "app/commands/pane_state.h"
 #include "app/commands/surroundings.h"
 #include "app/commands/write_run.h"
 #include "app/panes/detail_pane.h"
@@ -78,7 +81,7 @@ void AppDelegate::SaveMeidaFileChangesAction() {
 }
 
 void AppDelegate::RemoveAllMediaFileAction() {
-    writeItems(JobKind::RemoveMetadata, m_items);
+    writeItems(JobKind::RemoveMetadata, m_list->items);
 }
 
 void AppDelegate::RemoveSelectedMediaFileAction() {
@@ -119,15 +122,15 @@ void AppDelegate::cancelJob(int id) {
 std::vector<jobs::WriteRequest>
 AppDelegate::writeRequests(const std::vector<media::ItemPointer>& items) const {
     const DetailPane* pane = m_window->detailPane();
-    const bool showsAudio = m_shownItem && isAudio(m_shownItem->filePath);
-    const bool showsVideo = m_shownItem && !showsAudio;
+    const bool showsAudio = m_pane->shownItem && isAudio(m_pane->shownItem->filePath);
+    const bool showsVideo = m_pane->shownItem && !showsAudio;
     std::vector<jobs::WriteRequest> requests;
     for (const auto& item : items) {
         jobs::WriteRequest& request = requests.emplace_back();
         request.item = item;
         request.storagelocation = storagelocation();
-        request.bImportLocalFolder = m_bImportLocalFolder;
-        request.bImportLocalPath = m_bImportLocalPath;
+        request.bImportLocalFolder = m_import->bImportLocalFolder;
+        request.bImportLocalPath = m_import->bImportLocalPath;
         // A file of the other kind than the one in the pane keeps its own texts: what its pane
         // holds is of an earlier file, or nothing.
         request.pane = showsVideo ? pane->videoPane() : media::ShowVideoViewWithItem(*item);
@@ -164,7 +167,7 @@ jobs::OutcomeHandler AppDelegate::outcomesTo(const std::shared_ptr<WriteRun>& ru
 
 QStringList AppDelegate::allPaths() const {
     QStringList paths;
-    for (const auto& item : m_items)
+    for (const auto& item : m_list->items)
         paths.append(item->filePath);
     return paths;
 }
@@ -252,8 +255,8 @@ void AppDelegate::takeArtwork(const QString& path) {
         m_activity->addLog(image.error().text(), path, true);
         return;
     }
-    if (m_shownItem) {
-        changeItems({m_shownItem->filePath},
+    if (m_pane->shownItem) {
+        changeItems({m_pane->shownItem->filePath},
                     [&path](media::IKImageItem& item) { item.fileImagePath = path; });
         m_window->detailPane()->setArtwork(*image);
     }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/import_state.h"
+#include "app/commands/list_state.h"
+#include "app/commands/pane_state.h"
 #include "app/commands/preferences_state.h"
 #include "app/commands/surroundings.h"
 #include "app/commands/write_run.h"
@@ -32,6 +35,8 @@ AppDelegate* s_controller = nullptr;
 AppDelegate::AppDelegate(Surroundings surroundings, QObject* parent)
     : QObject(parent), m_surroundings(std::make_unique<Surroundings>(std::move(surroundings))),
       m_preferences(std::make_unique<PreferencesState>()),
+      m_import(std::make_unique<ImportState>()), m_list(std::make_unique<ListState>()),
+      m_pane(std::make_unique<PaneState>()),
       m_activity(std::make_unique<ActivityModel>(m_surroundings->clock)),
       m_mediaController(std::make_unique<MediaListModel>()) {
     s_controller = this;
@@ -47,7 +52,7 @@ AppDelegate::~AppDelegate() {
         run->cancel();
     platform::AVAssetExportSession::cancelAllExports();
     // Workers hand over to this thread and wait for it: let them through until they have ended.
-    while (m_runningImports > 0 || !m_writeRuns.empty() || m_runningRenames > 0 ||
+    while (m_import->running > 0 || !m_writeRuns.empty() || m_runningRenames > 0 ||
            m_startingVideoJobs > 0)
         QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
     platform::AVAssetExportSession::waitForAllExports();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/import_state.h"
 #include "app/commands/write_run.h"
 #include "app/windows/main_window.h"
 #include "jobs/write_outcome.h"
@@ -97,7 +98,8 @@ void AppDelegate::startVideoJob(VideoWorker worker, const QString& activity, con
     };
     run->tellsSizes = worker == &AppDelegate::CompressVideoMediaFileFileThreader;
     VideoRun video;
-    video.request = {title, items, storagelocation(), m_bImportLocalFolder, m_bImportLocalPath};
+    video.request = {title, items, storagelocation(), m_import->bImportLocalFolder,
+                     m_import->bImportLocalPath};
     video.jobs = std::make_shared<video::VideoJobs>(outcomesTo(run));
     run->progress = [jobs = video.jobs] { return jobs->runningProgress(); };
     run->cancel = [jobs = video.jobs] { jobs->cancel(); };

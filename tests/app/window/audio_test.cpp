@@ -7,6 +7,7 @@
 #include "app/panes/detail_pane.h"
 #include "app/widgets/image_button.h"
 #include "app/windows/main_window.h"
+#include "media/media_import.h"
 #include "tests/app/window/started_controller.h"
 #include "tests/testkit/media.h"
 

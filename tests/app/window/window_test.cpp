@@ -11,6 +11,9 @@
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "app/windows/window_settings.h"
+#include "media/media_import.h"
+#include "media/panes.h"
+#include "platform/foundation/log.h"
 #include "tests/app/window/fake_desktop.h"
 #include "tests/testkit/media.h"
 
@@ -311,6 +314,18 @@ TEST_F(WindowTest, AddingAsksForPathsAndTakesWhatIsChosen) {
     desktop->opensUrls = false;
     controller->openCurrentItem();
     EXPECT_TRUE(controller->activity()->log().back().isError) << "no program opens it";
+}
+
+TEST_F(WindowTest, EditingAPositionKeepsWhereItWas) {
+    importThree();
+    window()->selectRow(0);
+    child<QLineEdit>("mediaLongtitude")->setText(QStringLiteral("12.25"));
+    child<QLineEdit>("mediaLatitude")->setText(QStringLiteral("-33.5"));
+    controller->control_textShouldBeginEditing(QStringLiteral("mediaAatitude"));
+    EXPECT_FALSE(controller->changeFlags().gpsInfoChange) << "the altitude sets no flag";
+    EXPECT_TRUE(controller->control_textShouldBeginEditing(QStringLiteral("mediaLatitude")));
+    EXPECT_TRUE(controller->changeFlags().gpsInfoChange);
+    EXPECT_EQ(controller->currentCoords(), QPointF(-33.5, 12.25));
 }
 
 TEST_F(WindowTest, AnEmptySelectionGetsTheFixedAlert) {
