@@ -35,7 +35,7 @@ public:
     }
     Result<Notes> audioToM4a(const QString& source, const QString& target,
                              const std::function<bool(double)>& progress) override {
-        return exportAudio(source, target, progress);
+        return convertToM4a(source, target, progress);
     }
     Result<Notes> runExport(const ExportPlan& plan, const QString& target,
                             const ExportResources& resources,
@@ -59,7 +59,7 @@ public:
         return writeSampleFile(sample, target);
     }
     Result<RawFrame> keyframeAt(const QString& path, double seconds, int largestSide) override {
-        return grabFrame(path, seconds, largestSide);
+        return grabKeyframe(path, seconds, largestSide);
     }
     Result<QByteArray> audioPeaks(const QString& path, int columns,
                                   const std::function<bool()>& goOn) override {

@@ -5,118 +5,108 @@
 
 namespace clipheave::platform {
 
-namespace {
+DecodedFormat FrameFilter::formatOf(const AVFrame& frame, AVRational aspect) const {
+    DecodedFormat format;
+    format.width = frame.width;
+    format.height = frame.height;
+    format.pixels = frame.format;
+    format.aspect = aspect.num > 0 && aspect.den > 0 ? aspect : AVRational{1, 1};
+    format.colours = coloursOf(frame, m_stream);
+    format.deinterlace = m_anyFields && !m_output.interlaced;
+    return format;
+}
 
-using FilterEnds = std::unique_ptr<AVFilterInOut, Releaser<avfilter_inout_free>>;
-
-int namedEnd(FilterEnds& ends, const char* name, AVFilterContext* filter) {
-    ends.reset(avfilter_inout_alloc());
-    if (!ends)
+/// Draws an HDR frame for a common screen, as small as the output needs it: mapping is costly.
+/// Fields keep their lines, as they are woven into frames afterwards.
+int FrameFilter::toneMap(Frame& frame, DecodedFormat& format) {
+    const QSize size = format.deinterlace ? QSize(format.width, format.height)
+                                          : fittedSize(format, m_output, m_orientation);
+    if (!m_painter || m_painter->size() != size)
+        m_painter.emplace(m_stream, size, m_threads);
+    Frame painted(av_frame_alloc());
+    if (!painted)
         return AVERROR(ENOMEM);
-    ends->name = av_strdup(name);
-    ends->filter_ctx = filter;
-    return ends->name != nullptr ? 0 : AVERROR(ENOMEM);
-}
-
-} // namespace
-
-int LinearGraph::build(const QByteArray& kind, const QByteArray& sourceOptions,
-                       const QByteArray& filters, int threads) {
-    graph.reset(avfilter_graph_alloc());
-    if (!graph)
+    painted->format = AV_PIX_FMT_RGB32;
+    painted->width = size.width();
+    painted->height = size.height();
+    // The painter needs room for a row behind the last one.
+    if (av_frame_get_buffer(painted.get(), FramePainter::kRowAlignment) < 0)
         return AVERROR(ENOMEM);
-    graph->nb_threads = threads;
-    const AVFilter* from = avfilter_get_by_name((kind + "buffer").constData());
-    const AVFilter* to = avfilter_get_by_name((kind + "buffersink").constData());
-    int code = avfilter_graph_create_filter(&source, from, "in", sourceOptions.constData(), nullptr,
-                                            graph.get());
-    if (code >= 0)
-        code = avfilter_graph_create_filter(&sink, to, "out", nullptr, nullptr, graph.get());
-    FilterEnds inputs, outputs;
-    if (code >= 0)
-        code = namedEnd(outputs, "in", source);
-    if (code >= 0)
-        code = namedEnd(inputs, "out", sink);
-    if (code < 0)
-        return code;
-    AVFilterInOut *in = inputs.release(), *out = outputs.release();
-    code = avfilter_graph_parse_ptr(graph.get(), filters.constData(), &in, &out, nullptr);
-    inputs.reset(in);
-    outputs.reset(out);
-    return code < 0 ? code : avfilter_graph_config(graph.get(), nullptr);
+    if (!m_painter->paint(*frame, painted->data[0], painted->linesize[0]))
+        return AVERROR(EINVAL);
+    painted->interlaced_frame = frame->interlaced_frame;
+    painted->top_field_first = frame->top_field_first;
+    if (size != QSize(format.width, format.height))
+        format.aspect = storedAspect(m_output, m_orientation);
+    format.width = size.width();
+    format.height = size.height();
+    format.pixels = AV_PIX_FMT_RGB32;
+    format.colours = sdrColours();
+    frame = std::move(painted);
+    return 0;
 }
 
-FrameShape FrameFilter::shapeOf(const AVFrame& frame, AVRational aspect) const {
-    FrameShape shape;
-    shape.width = frame.width;
-    shape.height = frame.height;
-    shape.format = frame.format;
-    shape.aspect = aspect.num > 0 && aspect.den > 0 ? aspect : AVRational{1, 1};
-    shape.range = frame.color_range;
-    shape.matrix = frame.colorspace;
-    shape.transfer = frame.color_trc;
-    // Once a segment has shown fields they are expected again.
-    shape.deinterlace = m_shape.deinterlace || (!m_look.interlaced && frame.interlaced_frame != 0);
-    return shape;
-}
-
-int FrameFilter::start(const FrameShape& shape) {
-    m_shape = shape;
+int FrameFilter::start(const DecodedFormat& input) {
+    m_input = input;
     m_times.clear();
     const QByteArray options =
-        "video_size=" + QByteArray::number(shape.width) + 'x' + QByteArray::number(shape.height) +
-        ":pix_fmt=" + QByteArray::number(shape.format) +
-        ":time_base=1/1000:pixel_aspect=" + QByteArray::number(shape.aspect.num) + '/' +
-        QByteArray::number(shape.aspect.den);
-    return m_graph.build({}, options, filtersFor(shape, m_look, m_turn, m_mirrored), m_threads);
+        "video_size=" + QByteArray::number(input.width) + 'x' + QByteArray::number(input.height) +
+        ":pix_fmt=" + QByteArray::number(input.pixels) +
+        ":time_base=1/1000:pixel_aspect=" + QByteArray::number(input.aspect.num) + '/' +
+        QByteArray::number(input.aspect.den);
+    return m_graph.build({}, options, filtersFor(input, m_output, m_orientation), m_threads);
 }
 
-int FrameFilter::push(TimedFrame videoFrame, AVRational aspect, const Sink& sink) {
-    normalizeRange(*videoFrame.frame);
-    const FrameShape shape = shapeOf(*videoFrame.frame, aspect);
-    if (!m_graph.graph || !(shape == m_shape)) {
+int FrameFilter::push(TimedFrame timed, AVRational aspect, const Sink& sink) {
+    normalizeRange(*timed.frame);
+    m_anyFields = m_anyFields || timed.frame->interlaced_frame != 0;
+    DecodedFormat input = formatOf(*timed.frame, aspect);
+    if (isHdr(input.colours.transfer) && !isHdr(m_output.transfer))
+        if (const int code = toneMap(timed.frame, input); code < 0)
+            return code;
+    if (!m_graph.graph || m_input != input) {
         int code = finish(sink);
         if (code >= 0)
-            code = start(shape);
+            code = start(input);
         if (code < 0)
             return code;
     }
-    AVFrame& frame = *videoFrame.frame;
-    frame.pts = videoFrame.start / (kTicksPerSecond / 1000);
-    frame.sample_aspect_ratio = shape.aspect;
-    m_times.emplace_back(videoFrame.start, videoFrame.end);
+    AVFrame& frame = *timed.frame;
+    frame.pts = timed.start / (kTicksPerSecond / 1000);
+    frame.sample_aspect_ratio = input.aspect;
+    m_times.emplace_back(timed.start, timed.end);
     const int code = av_buffersrc_add_frame(m_graph.source, &frame);
     return code < 0 ? code : pull(sink);
 }
 
 void FrameFilter::mark(AVFrame& frame) const {
-    frame.sample_aspect_ratio = m_look.aspect;
+    frame.sample_aspect_ratio = m_output.aspect;
     frame.pict_type = AV_PICTURE_TYPE_NONE; // the encoder decides
     frame.key_frame = 0;
-    frame.interlaced_frame = m_look.interlaced ? 1 : 0;
-    frame.top_field_first = m_look.interlaced && m_look.topFieldFirst ? 1 : 0;
+    frame.interlaced_frame = m_output.interlaced ? 1 : 0;
+    frame.top_field_first = m_output.interlaced && m_output.topFieldFirst ? 1 : 0;
 }
 
 int FrameFilter::pull(const Sink& sink) {
     for (;;) {
-        TimedFrame videoFrame{Frame(av_frame_alloc())};
-        if (!videoFrame.frame)
+        TimedFrame timed{Frame(av_frame_alloc())};
+        if (!timed.frame)
             return AVERROR(ENOMEM);
-        const int code = av_buffersink_get_frame(m_graph.sink, videoFrame.frame.get());
+        const int code = av_buffersink_get_frame(m_graph.sink, timed.frame.get());
         if (code == AVERROR(EAGAIN) || code == AVERROR_EOF)
             return 0;
         if (code < 0)
             return code;
         if (m_times.empty())
             return AVERROR_BUG;
-        if (videoFrame.frame->width != m_look.width || videoFrame.frame->height != m_look.height)
-            videoFrame.frame = centredOnBlack(*videoFrame.frame, m_look);
-        if (!videoFrame.frame)
+        if (timed.frame->width != m_output.width || timed.frame->height != m_output.height)
+            timed.frame = centredOnBlack(*timed.frame, m_output);
+        if (!timed.frame)
             return AVERROR(ENOMEM);
-        std::tie(videoFrame.start, videoFrame.end) = m_times.front();
+        std::tie(timed.start, timed.end) = m_times.front();
         m_times.pop_front();
-        mark(*videoFrame.frame);
-        if (!sink(std::move(videoFrame)))
+        mark(*timed.frame);
+        if (!sink(std::move(timed)))
             return AVERROR_EXIT;
     }
 }

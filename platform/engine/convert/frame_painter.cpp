@@ -11,35 +11,23 @@ namespace {
 
 constexpr int kWidePixelBytes = 6;
 
-/// Matrix of the colour differences; videos that do not tell follow the custom of their size.
-int colourSpaceOf(const AVFrame& frame, const AVCodecParameters& video, bool isWide) {
-    constexpr int kHighDefinitionWidth = 1280, kStandardHeight = 576;
-    int space = frame.colorspace;
-    if (space == AVCOL_SPC_UNSPECIFIED)
-        space = video.color_space;
-    if (space != AVCOL_SPC_UNSPECIFIED && space != AVCOL_SPC_RGB)
-        return space;
-    if (isWide)
-        return SWS_CS_BT2020;
-    return frame.width >= kHighDefinitionWidth || frame.height > kStandardHeight ? SWS_CS_ITU709
-                                                                                 : SWS_CS_ITU601;
-}
-
-Scaler newScaler(const AVFrame& frame, QSize size, AVPixelFormat format, int threads) {
+Scaler newScaler(const AVFrame& frame, QSize size, AVPixelFormat format, int threads,
+                 Scaling scaling) {
     Scaler scaler(sws_alloc_context());
     if (scaler == nullptr)
         return scaler;
     const struct {
         const char* name;
         int value;
-    } options[] = {{"srcw", frame.width},
-                   {"srch", frame.height},
-                   {"src_format", frame.format},
-                   {"dstw", size.width()},
-                   {"dsth", size.height()},
-                   {"dst_format", format},
-                   {"sws_flags", SWS_BICUBIC | SWS_ACCURATE_RND},
-                   {"threads", threads}};
+    } options[] = {
+        {"srcw", frame.width},
+        {"srch", frame.height},
+        {"src_format", frame.format},
+        {"dstw", size.width()},
+        {"dsth", size.height()},
+        {"dst_format", format},
+        {"sws_flags", scaling == Scaling::Fast ? SWS_AREA : SWS_BICUBIC | SWS_ACCURATE_RND},
+        {"threads", threads}};
     for (const auto& [name, value] : options)
         if (av_opt_set_int(scaler.get(), name, value, 0) < 0)
             return nullptr;
@@ -50,26 +38,28 @@ Scaler newScaler(const AVFrame& frame, QSize size, AVPixelFormat format, int thr
 
 } // namespace
 
-FramePainter::FramePainter(const AVCodecParameters& video, QSize size, int threads)
-    : m_video(video), m_size(size), m_threads(threads) {
+FramePainter::FramePainter(const AVCodecParameters* stream, QSize size, int threads,
+                           Scaling scaling)
+    : m_stream(stream), m_size(size), m_threads(threads), m_scaling(scaling) {
 }
 
 bool FramePainter::prepare(const AVFrame& frame) {
-    const ToneKind tones = toneKindOf(frame, m_video);
+    const Colours colours = coloursOf(frame, m_stream);
+    const ToneKind tones = toneKindOf(frame, colours);
     const bool isWide = tones.needsMapping();
     if (isWide && (!m_tones || m_tones->kind() != tones))
         m_tones.emplace(tones);
-    const int fullRange = frame.color_range == AVCOL_RANGE_JPEG ? 1 : 0;
-    const Kind kind{frame.width, frame.height, frame.format, colourSpaceOf(frame, m_video, isWide),
-                    fullRange,   isWide};
+    const Kind kind{frame.width, frame.height, frame.format, colours, isWide};
     if (m_scaler != nullptr && kind == m_kind)
         return true;
     m_kind = kind;
-    m_scaler = newScaler(frame, m_size, isWide ? AV_PIX_FMT_RGB48 : AV_PIX_FMT_RGB32, m_threads);
+    m_scaler = newScaler(frame, m_size, isWide ? AV_PIX_FMT_RGB48 : AV_PIX_FMT_RGB32, m_threads,
+                         m_scaling);
     if (m_scaler == nullptr)
         return false;
-    sws_setColorspaceDetails(m_scaler.get(), sws_getCoefficients(kind.space), fullRange,
-                             sws_getCoefficients(SWS_CS_DEFAULT), 1, 0, 1 << 16, 1 << 16);
+    sws_setColorspaceDetails(m_scaler.get(), sws_getCoefficients(colours.matrix),
+                             colours.isFullRange ? 1 : 0, sws_getCoefficients(SWS_CS_DEFAULT), 1, 0,
+                             1 << 16, 1 << 16);
     return true;
 }
 
@@ -80,7 +70,7 @@ bool FramePainter::scale(const AVFrame& frame, std::uint8_t* to, int stride) {
     const Frame target(av_frame_alloc());
     if (target == nullptr)
         return false;
-    // Only frames with counted memory are drawn by several threads.
+    // The scaler uses several threads only for frames with reference-counted memory.
     target->buf[0] = av_buffer_create(to, bytes, keep, nullptr, 0);
     target->data[0] = to;
     target->linesize[0] = stride;

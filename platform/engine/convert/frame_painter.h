@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/engine/convert/tone.h"
+#include "platform/engine/convert/tone_mapper.h"
 
 #include <QSize>
 
@@ -11,17 +11,24 @@
 
 namespace clipheave::platform {
 
-/// Draws decoded frames at one size, as they are stored, in the colours of a common screen.
+enum class Scaling {
+    Fine, ///< bicubic: for frames that are kept
+    Fast, ///< area averages: for thumbnails
+};
+
+/// Draws decoded frames at one size, not rotated, in the colours of a common screen.
 class FramePainter {
 public:
     /// The scaler writes whole vectors: rows are a multiple of this long, and behind the last one
     /// there is as much room again.
     static constexpr int kRowAlignment = 64;
 
-    /// `video` is borrowed.
-    FramePainter(const AVCodecParameters& video, QSize size, int threads);
-    /// Opaque pixels of four bytes, 0xffRRGGBB in the machine's order, into rows of `stride` bytes.
-    /// False when the frame has a pixel format that is not known.
+    /// `stream` is borrowed and gives the tags that frames lack; null: none.
+    FramePainter(const AVCodecParameters* stream, QSize size, int threads,
+                 Scaling scaling = Scaling::Fine);
+    [[nodiscard]] QSize size() const { return m_size; }
+    /// Draws opaque pixels of four bytes, 0xffRRGGBB in the machine's order, into rows of `stride`
+    /// bytes. Returns false for a pixel format that is not known.
     [[nodiscard]] bool paint(const AVFrame& frame, std::uint8_t* to, int stride);
 
 private:
@@ -32,13 +39,15 @@ private:
 
     /// What a scaler was made for.
     struct Kind {
-        int width = 0, height = 0, format = -1, space = 0, fullRange = 0;
+        int width = 0, height = 0, format = -1;
+        Colours colours;
         bool isWide = false;
         bool operator==(const Kind&) const = default;
     };
-    const AVCodecParameters& m_video;
+    const AVCodecParameters* m_stream;
     QSize m_size;
     int m_threads;
+    Scaling m_scaling;
     Kind m_kind;
     Scaler m_scaler;
     std::optional<ToneMapper> m_tones;

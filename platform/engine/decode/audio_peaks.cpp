@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/decode/audio_peaks.h"
 
+#include "platform/engine/decode/media_decoder.h"
 #include "platform/engine/io/file_input.h"
+#include "platform/engine/messages.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,16 +16,16 @@ namespace clipheave::platform {
 namespace {
 
 constexpr int kMostColumns = 4096;
-/// A recording of half a day would keep a core busy for minutes.
+/// Half a day of audio would keep a core busy for minutes.
 constexpr double kLongestAudio = 3 * 3600.0; // s
 constexpr std::int64_t kMostSampleTimes = std::int64_t{3 * 3600} * 192'000;
 constexpr InputLimits kPeakLimits{std::uint64_t{8} << 30, std::chrono::milliseconds(30'000)};
 
-Error peakError(ErrorCode code, const QString& path, const QString& detail = {}) {
-    return {code, QStringLiteral("measure the sound"), path, detail};
+tl::unexpected<Error> peakError(ErrorCode code, const Message& detail = {}) {
+    return failure(code, kMeasureAudio, {}, detail);
 }
 
-/// The stream that a player would play; all others give no packets. Null without one.
+/// Returns the stream that a player would play; all others give no packets. Null without one.
 AVStream* selectAudio(FileInput& input) {
     if (!input.findStreamInfo(StreamsOfUse::Audio))
         return nullptr;
@@ -41,27 +43,12 @@ double audioSeconds(const AVFormatContext& context, const AVStream& stream) {
     return context.duration > 0 ? static_cast<double>(context.duration) / AV_TIME_BASE : 0;
 }
 
-Result<Codec> openAudioDecoder(const AVStream& stream, const QString& path) {
-    const AVCodec* decoder = avcodec_find_decoder(stream.codecpar->codec_id);
-    if (decoder == nullptr)
-        return tl::unexpected(
-            peakError(ErrorCode::NotSupported, path, QStringLiteral("no decoder")));
-    Codec codec(avcodec_alloc_context3(decoder));
-    if (codec == nullptr || avcodec_parameters_to_context(codec.get(), stream.codecpar) < 0)
-        return tl::unexpected(peakError(ErrorCode::Io, path, QStringLiteral("no memory")));
-    codec->pkt_timebase = stream.time_base;
-    codec->thread_count = 1; // in the background, beside a player
-    if (const int opened = avcodec_open2(codec.get(), decoder, nullptr); opened < 0)
-        return tl::unexpected(peakError(ErrorCode::NotSupported, path, ffmpegText(opened)));
-    return codec;
-}
-
-/// Largest magnitude of `count` samples, 1 for full scale.
+/// Returns the largest magnitude of `count` samples, 1 for full scale.
 template <class Sample> float largestOf(const std::uint8_t* bytes, std::int64_t count) {
     const auto* samples = reinterpret_cast<const Sample*>(bytes);
     if constexpr (std::is_floating_point_v<Sample>) {
         Sample largest = 0;
-        for (std::int64_t i = 0; i < count; ++i) // what is no number is smaller than anything
+        for (std::int64_t i = 0; i < count; ++i) // NaN compares as smaller
             largest = std::abs(samples[i]) > largest ? std::abs(samples[i]) : largest;
         return static_cast<float>(largest);
     } else {
@@ -73,7 +60,7 @@ template <class Sample> float largestOf(const std::uint8_t* bytes, std::int64_t 
     }
 }
 
-/// The same of `count` samples in the middle of one plane; 0 for a format that is not known.
+/// Returns the same for `count` samples in the middle of one plane; 0 for an unknown format.
 float largestIn(const AVFrame& frame, int plane, std::int64_t first, std::int64_t count) {
     const auto format = static_cast<AVSampleFormat>(frame.format);
     const std::uint8_t* bytes =
@@ -141,37 +128,74 @@ private:
     std::int64_t m_time = 0; ///< samples of one channel so far
 };
 
-/// Takes all frames that are ready.
-void takeFrames(AVCodecContext& codec, AVFrame& frame, PeakColumns& peaks) {
-    while (avcodec_receive_frame(&codec, &frame) >= 0) {
-        peaks.add(frame);
-        av_frame_unref(&frame);
+/// Reads packets for the decoder until somebody wants no more.
+class PeakReader {
+public:
+    PeakReader(FileInput& input, const AVStream& stream, const std::function<bool()>& goOn)
+        : m_input(input), m_stream(stream), m_goOn(goOn) {}
+
+    /// Measures all frames. The decoder's threads stay at one: this runs in the background, beside
+    /// a player.
+    Result<QByteArray> read(MediaDecoder& decoder, PeakColumns& peaks);
+
+private:
+    [[nodiscard]] int readPacket(AVPacket& packet);
+
+    FileInput& m_input;
+    const AVStream& m_stream;
+    const std::function<bool()>& m_goOn;
+    bool m_cancelled = false;
+};
+
+/// Every failing read is the end: what was decoded counts.
+int PeakReader::readPacket(AVPacket& packet) {
+    while (av_read_frame(m_input.context(), &packet) >= 0) {
+        m_cancelled = !m_goOn();
+        if (m_cancelled)
+            return AVERROR_EXIT;
+        if (packet.stream_index == m_stream.index)
+            return 0;
+        av_packet_unref(&packet);
     }
+    return AVERROR_EOF;
 }
 
-Result<QByteArray> decodePeaks(FileInput& input, const AVStream& stream, AVCodecContext& codec,
-                               PeakColumns& peaks, const std::function<bool()>& goOn) {
+Result<QByteArray> PeakReader::read(MediaDecoder& decoder, PeakColumns& peaks) {
     const Frame frame(av_frame_alloc());
-    const Packet packet(av_packet_alloc());
-    if (frame == nullptr || packet == nullptr)
-        return tl::unexpected(peakError(ErrorCode::Io, {}, QStringLiteral("no memory")));
-    while (av_read_frame(input.context(), packet.get()) >= 0) {
-        if (packet->stream_index == stream.index)
-            avcodec_send_packet(&codec, packet.get()); // a damaged packet is left out
-        av_packet_unref(packet.get());
-        takeFrames(codec, *frame, peaks);
-        if (!goOn())
-            return tl::unexpected(peakError(ErrorCode::Cancelled, {}));
+    const auto reader = [this](AVPacket& packet) { return readPacket(packet); };
+    int code = frame ? 0 : AVERROR(ENOMEM);
+    while (code >= 0 && (code = decoder.next(*frame, reader)) >= 0) {
+        peaks.add(*frame);
+        av_frame_unref(frame.get());
         if (peaks.sampleTimes() > kMostSampleTimes)
-            return tl::unexpected(peakError(ErrorCode::LimitExceeded, {}));
+            return peakError(ErrorCode::LimitExceeded, kAudioLength);
     }
-    avcodec_send_packet(&codec, nullptr);
-    takeFrames(codec, *frame, peaks);
-    if (input.exhausted())
-        return tl::unexpected(peakError(ErrorCode::LimitExceeded, {}));
+    if (m_cancelled)
+        return peakError(ErrorCode::Cancelled);
+    if (code != AVERROR_EOF)
+        return peakError(ErrorCode::Io, ffmpegReason(code));
+    if (m_input.exhausted())
+        return peakError(ErrorCode::LimitExceeded, kAudioLength);
     if (peaks.sampleTimes() == 0)
-        return tl::unexpected(peakError(ErrorCode::InvalidData, {}));
+        return peakError(ErrorCode::InvalidData, kNoAudioDecoded);
     return peaks.bytes();
+}
+
+Result<QByteArray> peaksOf(FileInput& input, const QString& path, int columns,
+                           const std::function<bool()>& goOn) {
+    const AVStream* stream = selectAudio(input);
+    if (stream == nullptr)
+        return peakError(ErrorCode::NotSupported, kNoAudioTrack);
+    const double length = audioSeconds(*input.context(), *stream);
+    if (!(length > 0 && length <= kLongestAudio))
+        return peakError(ErrorCode::LimitExceeded, kAudioLength);
+    auto decoder = MediaDecoder::open(*stream, 1);
+    if (!decoder)
+        return peakError(decoder.error().code, decoder.error().detail);
+    PeakColumns peaks(columns, length);
+    auto bytes = PeakReader(input, *stream, goOn).read(**decoder, peaks);
+    logDamage(path, (*decoder)->damaged());
+    return bytes;
 }
 
 } // namespace
@@ -179,25 +203,14 @@ Result<QByteArray> decodePeaks(FileInput& input, const AVStream& stream, AVCodec
 Result<QByteArray> readAudioPeaks(const QString& path, int columns,
                                   const std::function<bool()>& goOn) {
     if (columns < 1 || columns > kMostColumns)
-        return tl::unexpected(peakError(ErrorCode::InvalidArgument, path));
+        return failure(ErrorCode::InvalidArgument, kMeasureAudio, path);
     auto reader = FileReader::open(path);
     if (!reader)
         return tl::unexpected(reader.error());
     auto input = FileInput::open(*reader, kPeakLimits);
     if (!input)
         return tl::unexpected(input.error());
-    const AVStream* stream = selectAudio(**input);
-    if (stream == nullptr)
-        return tl::unexpected(
-            peakError(ErrorCode::NotSupported, path, QStringLiteral("no sound track")));
-    const double length = audioSeconds(*(*input)->context(), *stream);
-    if (!(length > 0 && length <= kLongestAudio))
-        return tl::unexpected(peakError(ErrorCode::LimitExceeded, path, QStringLiteral("length")));
-    auto codec = openAudioDecoder(*stream, path);
-    if (!codec)
-        return tl::unexpected(codec.error());
-    PeakColumns peaks(columns, length);
-    auto bytes = decodePeaks(**input, *stream, **codec, peaks, goOn);
+    auto bytes = peaksOf(**input, path, columns, goOn);
     if (!bytes)
         bytes.error().path = path;
     return bytes;

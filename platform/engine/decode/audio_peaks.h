@@ -5,7 +5,7 @@
 
 namespace clipheave::platform {
 
-/// See MediaEngine::soundPeaks.
+/// See MediaEngine::audioPeaks.
 [[nodiscard]] Result<QByteArray> readAudioPeaks(const QString& path, int columns,
                                                 const std::function<bool()>& goOn);
 

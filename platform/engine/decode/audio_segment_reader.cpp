@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/decode/audio_segment_reader.h"
 
+#include "platform/engine/messages.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -15,23 +17,17 @@ namespace {
 
 /// Segments that begin earlier are read from the start of the file.
 constexpr Ticks kAudioShortestSeek = kTicksPerSecond;
-/// Timestamps that are off by less, a 25th of a second, are rounding; filling would be heard.
+/// Timestamps that are off by less than a 25th of a second are rounding; filling would be heard.
 constexpr int kToleratedPart = 25;
-constexpr int kSilencePiece = 4096;
+constexpr int kSilenceChunk = 4096;
 constexpr int kHighestRate = 768'000;
 constexpr Ticks kToleratedAudioLoss = kTicksPerSecond * 2;
 constexpr double kFastest = 1000; ///< beyond, and below its inverse, nothing can be heard
 
-QByteArray layoutName(const AVChannelLayout& layout) {
-    char text[256] = {};
-    return av_channel_layout_describe(&layout, text, sizeof text) > 0 ? QByteArray(text)
-                                                                      : QByteArray();
-}
-
-/// A change of speed that keeps the pitch, in steps that do not leave audio out.
+/// Returns filters for a change of speed that keeps the pitch, in steps that leave no audio out.
 QByteArray tempoFilters(double speed) {
     const int steps = std::max(1, static_cast<int>(std::ceil(std::abs(std::log2(speed)) - 1e-6)));
-    // Times in whole units make a half a little less than that, which the filter refuses.
+    // Rounded times can make a half slightly less, which the filter refuses.
     const double tempo = std::clamp(std::pow(speed, 1.0 / steps), 0.5, 2.0);
     return QByteArray("atempo=" + QByteArray::number(tempo, 'f', 12) + ',').repeated(steps);
 }
@@ -41,27 +37,18 @@ bool knowsItsEnd(const AVFormatContext& context) {
     return QByteArray(context.iformat->name).startsWith("mov,");
 }
 
-Frame plainAudioFrame(const AVFrame& like, int samples) {
-    Frame frame(av_frame_alloc());
-    if (!frame)
-        return frame;
-    frame->format = like.format;
-    frame->sample_rate = like.sample_rate;
-    frame->nb_samples = samples;
-    if (av_channel_layout_copy(&frame->ch_layout, &like.ch_layout) < 0 ||
-        av_frame_get_buffer(frame.get(), 0) < 0)
-        return nullptr;
-    return frame;
+AudioFormat formatOf(const AVFrame& frame) {
+    return {static_cast<AVSampleFormat>(frame.format), frame.sample_rate,
+            ChannelLayout(frame.ch_layout)};
 }
 
 } // namespace
 
 Result<std::unique_ptr<AudioSegmentReader>>
-AudioSegmentReader::open(PlannedSegment& segment, double volume, const AudioEncoder& encoder) {
+AudioSegmentReader::open(PlannedSegment& segment, double volume, const AudioFormat& format) {
     const double speed = segment.stretch.speed();
     if (!(speed <= kFastest && speed >= 1 / kFastest))
-        return failure(ErrorCode::InvalidArgument, QStringLiteral("change the speed"),
-                       segment.path);
+        return failure(ErrorCode::InvalidArgument, kEncodeAudio, segment.path, kPlannedAudio);
     auto source = openSegment(segment, AVMEDIA_TYPE_AUDIO);
     if (!source)
         return tl::unexpected(source.error());
@@ -70,23 +57,24 @@ AudioSegmentReader::open(PlannedSegment& segment, double volume, const AudioEnco
     reader->m_source = std::move(*source);
     if (segment.stretch.sourceStart > kAudioShortestSeek)
         reader->m_sought = reader->m_source->seekBefore(segment.stretch.sourceStart);
-    auto decoder = ExportDecoder::open(*reader->m_source, 1);
+    auto decoder = MediaDecoder::open(reader->m_source->stream(), 1);
     if (!decoder)
-        return tl::unexpected(decoder.error());
+        return reader->m_source->failed(decoder.error().code, decoder.error().detail);
     reader->m_decoder = std::move(*decoder);
-    const QByteArray rate = QByteArray::number(encoder.sampleRate());
+    const QByteArray rate = QByteArray::number(format.sampleRate);
     if (volume != 1)
         reader->m_filters += "volume=" + QByteArray::number(volume, 'f', 9) + ":precision=float,";
     reader->m_filters += "aresample=" + rate + ',';
     if (speed != 1)
         reader->m_filters += tempoFilters(speed);
-    reader->m_filters += "aformat=sample_fmts=fltp:sample_rates=" + rate +
-                         ":channel_layouts=" + layoutName(encoder.layout());
+    reader->m_filters += QByteArray("aformat=sample_fmts=") +
+                         av_get_sample_fmt_name(format.sampleFormat) + ":sample_rates=" + rate +
+                         ":channel_layouts=" + layoutName(format.layout.get());
     return reader;
 }
 
-/// Filters anew when the stream changes its form on the way.
-int AudioSegmentReader::useForm(AVFrame& frame, const Sink& sink) {
+/// Builds the filters anew when the stream changes its format on the way.
+int AudioSegmentReader::useFormatOf(AVFrame& frame, const Sink& sink) {
     if (frame.ch_layout.order == AV_CHANNEL_ORDER_UNSPEC)
         av_channel_layout_default(&frame.ch_layout, frame.ch_layout.nb_channels);
     const QByteArray layout = layoutName(frame.ch_layout);
@@ -127,15 +115,15 @@ int AudioSegmentReader::feedSilence(const AVFrame& like, std::int64_t count, con
         return AVERROR(ERANGE);
     int code = 0;
     while (count > 0 && code >= 0) {
-        const int piece = static_cast<int>(std::min<std::int64_t>(count, kSilencePiece));
-        const Frame frame = plainAudioFrame(like, piece);
+        const int chunk = static_cast<int>(std::min<std::int64_t>(count, kSilenceChunk));
+        const Frame frame = newAudioFrame(formatOf(like), chunk);
         if (!frame)
             return AVERROR(ENOMEM);
-        av_samples_set_silence(frame->extended_data, 0, piece, like.ch_layout.nb_channels,
+        av_samples_set_silence(frame->extended_data, 0, chunk, like.ch_layout.nb_channels,
                                static_cast<AVSampleFormat>(like.format));
         frame->pts = m_position;
-        m_position += piece;
-        count -= piece;
+        m_position += chunk;
+        count -= chunk;
         code = send(frame.get(), sink);
     }
     return code;
@@ -150,7 +138,7 @@ int AudioSegmentReader::feed(AVFrame& frame, std::int64_t skip, std::int64_t cou
         frame.nb_samples = static_cast<int>(count);
         return send(&frame, sink);
     }
-    const Frame rest = plainAudioFrame(frame, static_cast<int>(count));
+    const Frame rest = newAudioFrame(formatOf(frame), static_cast<int>(count));
     if (!rest)
         return AVERROR(ENOMEM);
     av_samples_copy(rest->extended_data, frame.extended_data, 0, static_cast<int>(skip),
@@ -161,7 +149,7 @@ int AudioSegmentReader::feed(AVFrame& frame, std::int64_t skip, std::int64_t cou
 }
 
 int AudioSegmentReader::takeFrame(AVFrame& frame, const Sink& sink) {
-    if (const int code = useForm(frame, sink); code < 0)
+    if (const int code = useFormatOf(frame, sink); code < 0)
         return code;
     const std::int64_t total = ticksToUnits(m_stretch.sourceEnd - m_stretch.sourceStart, m_rate);
     const auto time = m_source->time(frame.best_effort_timestamp);
@@ -183,25 +171,28 @@ int AudioSegmentReader::takeFrame(AVFrame& frame, const Sink& sink) {
     return m_position >= total ? 1 : 0;
 }
 
-/// After a jump that went too far, once more from the start of the file.
+/// After a seek that went too far, once more from the start of the file.
 bool AudioSegmentReader::rewindIfLate(const AVFrame* frame) {
     const auto time =
         frame != nullptr ? m_source->time(frame->best_effort_timestamp) : std::optional<Ticks>();
     const bool late = !time || *time > m_stretch.sourceStart;
     const bool again = m_sought && late && m_source->rewind();
     m_sought = false;
-    if (again)
-        m_decoder->restart();
+    if (again) {
+        m_decoder->flush();
+        m_decoder->forgetDamage();
+    }
     return again;
 }
 
-int AudioSegmentReader::run(const Sink& sink, const ExportLanes& lanes) {
+int AudioSegmentReader::run(const Sink& sink, const std::function<bool()>& stopped) {
+    const auto read = [this](AVPacket& packet) { return m_source->read(packet); };
     const Frame frame(av_frame_alloc());
     int code = frame ? 0 : AVERROR(ENOMEM);
     while (code == 0) {
-        if (lanes.stopped())
+        if (stopped())
             return AVERROR_EXIT;
-        code = m_decoder->next(*frame);
+        code = m_decoder->next(*frame, read);
         if (m_sought && rewindIfLate(code >= 0 ? frame.get() : nullptr)) {
             code = 0;
             continue;
@@ -221,9 +212,7 @@ int AudioSegmentReader::run(const Sink& sink, const ExportLanes& lanes) {
 
 Result<void> AudioSegmentReader::check() const {
     if (!m_decodedAny)
-        return m_source->failed(ErrorCode::InvalidData,
-                                QStringLiteral("nothing of the sound can be decoded: ") +
-                                    m_decoder->complaint());
+        return m_source->failed(ErrorCode::InvalidData, nothingDecoded(*m_decoder));
     const auto announced = m_source->announcedEnd();
     if (!announced || m_rate <= 0)
         return {};
@@ -232,11 +221,10 @@ Result<void> AudioSegmentReader::check() const {
     if (wanted - got <= std::max(kToleratedAudioLoss, wanted / 20))
         return {};
     return m_source->failed(ErrorCode::InvalidData,
-                            QStringLiteral("the sound breaks off at %1 s")
-                                .arg(ticksToSeconds(m_stretch.sourceStart + got), 0, 'f', 1));
+                            {kAudioBreaksOff, {secondsText(m_stretch.sourceStart + got)}});
 }
 
-std::optional<Ticks> audioEndOf(PlannedSegment& segment, const ExportLanes& lanes) {
+std::optional<Ticks> audioEndOf(PlannedSegment& segment, const std::function<bool()>& stopped) {
     const std::optional<Ticks> announced = segment.facts->end;
     if (!announced || *announced >= segment.stretch.sourceEnd)
         return announced;
@@ -244,10 +232,10 @@ std::optional<Ticks> audioEndOf(PlannedSegment& segment, const ExportLanes& lane
     const Packet packet(av_packet_alloc());
     if (!source || !packet || knowsItsEnd((*source)->context()))
         return announced;
-    // Where it cannot be entered near the end it is read from the start.
+    // Read from the start where no seek leads near the end.
     (void)(*source)->seekBefore(*announced);
     std::optional<Ticks> end;
-    while (!lanes.stopped() && (*source)->read(*packet) >= 0) {
+    while (!stopped() && (*source)->read(*packet) >= 0) {
         const auto time = (*source)->time(packet->pts);
         const auto length =
             ticksOf(std::max<std::int64_t>(packet->duration, 0), (*source)->stream().time_base);

@@ -1,27 +1,30 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/engine/convert/frame_filter.h"
-#include "platform/engine/encode/audio_encoder.h"
+#include "platform/engine/convert/audio_format.h"
+#include "platform/engine/convert/linear_graph.h"
+#include "platform/engine/decode/media_decoder.h"
+#include "platform/engine/plan/planned_export.h"
 
 namespace clipheave::platform {
 
-/// Decodes one segment's audio, cut to the sample, in the form and at the speed that the encoder
-/// is to get. Gaps in its times become silence.
+/// Decodes one segment's audio, cut to the sample, in the format and at the speed that the encoder
+/// needs. Gaps in its timestamps become silence.
 class AudioSegmentReader {
 public:
     using Sink = std::function<int(const AVFrame&)>; ///< a negative code stops
     [[nodiscard]] static Result<std::unique_ptr<AudioSegmentReader>>
-    open(PlannedSegment& segment, double volume, const AudioEncoder& encoder);
+    open(PlannedSegment& segment, double volume, const AudioFormat& format);
 
-    /// Gives the whole segment. AVERROR_EXIT when the lanes or the sink stopped it.
-    [[nodiscard]] int run(const Sink& sink, const ExportLanes& lanes);
+    /// Gives the whole segment. AVERROR_EXIT when `stopped` or the sink stopped it.
+    [[nodiscard]] int run(const Sink& sink, const std::function<bool()>& stopped);
     /// InvalidData when nothing could be decoded or the audio is shorter than announced.
     [[nodiscard]] Result<void> check() const;
-    [[nodiscard]] QString note() const { return damageNote(*m_source, m_decoder->damaged()); }
+    /// Returns the note on damage; empty without any.
+    [[nodiscard]] Message note() const { return damageNote(*m_source, m_decoder->damaged()); }
 
 private:
-    [[nodiscard]] int useForm(AVFrame& frame, const Sink& sink);
+    [[nodiscard]] int useFormatOf(AVFrame& frame, const Sink& sink);
     /// 1 when the segment is complete.
     [[nodiscard]] int takeFrame(AVFrame& frame, const Sink& sink);
     [[nodiscard]] int feed(AVFrame& frame, std::int64_t skip, std::int64_t count, const Sink& sink);
@@ -30,9 +33,9 @@ private:
     [[nodiscard]] bool rewindIfLate(const AVFrame* frame);
 
     Stretch m_stretch;
-    QByteArray m_filters; ///< behind the form of the source
-    std::unique_ptr<ExportSource> m_source;
-    std::unique_ptr<ExportDecoder> m_decoder;
+    QByteArray m_filters; ///< after the format of the source
+    std::unique_ptr<StreamSource> m_source;
+    std::unique_ptr<MediaDecoder> m_decoder;
     LinearGraph m_graph;
     int m_format = -1, m_rate = 0;
     QByteArray m_layout;         ///< by its name
@@ -40,8 +43,9 @@ private:
     bool m_sought = false, m_begun = false, m_decodedAny = false;
 };
 
-/// Where the audio of a segment's source ends, in its presentation: as its index says, or as its
-/// last packets do where the headers only guess. None where nothing tells.
-[[nodiscard]] std::optional<Ticks> audioEndOf(PlannedSegment& segment, const ExportLanes& lanes);
+/// Returns where the audio of a segment's source ends, in presentation time: by its index, or by
+/// its last packets where the headers only guess. None where neither is there.
+[[nodiscard]] std::optional<Ticks> audioEndOf(PlannedSegment& segment,
+                                              const std::function<bool()>& stopped);
 
 } // namespace clipheave::platform

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/decode/frame_reader.h"
 
+#include "platform/engine/convert/frame_filter.h"
 #include "platform/engine/convert/frame_painter.h"
 #include "platform/engine/decode/video_segment_reader.h"
-#include "platform/engine/export/export_runner.h"
 #include "platform/engine/io/bounded_queue.h"
+#include "platform/engine/messages.h"
+#include "platform/engine/plan/export_plan_reader.h"
 
 #include <algorithm>
 #include <atomic>
@@ -24,7 +26,7 @@ std::size_t waitingFrames(QSize size) {
                                                kLeastWaitingRead, kMostWaitingRead));
 }
 
-/// The first to the last frame of a stream, at normal speed.
+/// Returns a plan of the first to the last frame of a stream, at normal speed.
 ExportPlan wholeVideo(const QString& path, int stream) {
     const CMTimeRange all{kCMTimeZero, CMTimeMake(kFarthestTicks / kTicksPerSecond, 1)};
     ExportPlan plan;
@@ -32,17 +34,19 @@ ExportPlan wholeVideo(const QString& path, int stream) {
     return plan;
 }
 
-/// As it is stored, fields aside.
-FrameFormat lookOfFrame(const AVFrame& frame, AVRational aspect) {
-    FrameFormat look;
-    look.width = frame.width;
-    look.height = frame.height;
-    look.aspect = aspect;
-    look.format = static_cast<AVPixelFormat>(frame.format);
-    look.range = frame.color_range;
-    look.matrix = frame.colorspace;
-    look.transfer = frame.color_trc;
-    return look;
+/// Returns the format of a frame as it is stored, fields aside.
+FrameFormat formatWithoutFields(const AVFrame& frame, const SourceFacts& facts) {
+    const Colours colours = coloursOf(frame, facts.parameters.get());
+    FrameFormat format;
+    format.width = frame.width;
+    format.height = frame.height;
+    format.aspect = facts.aspect;
+    format.pixels = static_cast<AVPixelFormat>(frame.format);
+    format.range = frame.color_range;
+    format.matrix = colours.matrix;
+    format.primaries = colours.primaries;
+    format.transfer = colours.transfer;
+    return format;
 }
 
 class DecodedFrames final : public FrameReader {
@@ -51,7 +55,7 @@ public:
                   int threads)
         : m_segment(std::move(segment)), m_reader(std::move(reader)),
           m_pool(size, waitingFrames(size) + 2),
-          m_painter(*m_segment.facts->parameters, size, threads), m_threads(threads),
+          m_painter(m_segment.facts->parameters.get(), size, threads), m_threads(threads),
           m_queue(waitingFrames(size), [this] { return m_stopped.load(); }) {
         int units = std::max(m_segment.facts->timeBase.den, 1);
         while (units < kLeastVideoUnits)
@@ -79,8 +83,8 @@ public:
 private:
     void run();
     Result<void> readAll();
-    Result<void> deliver(TimedFrame videoFrame);
-    Result<void> deliverWithoutFields(TimedFrame videoFrame);
+    Result<void> deliver(TimedFrame timed);
+    Result<void> deliverWithoutFields(TimedFrame timed);
     Result<void> filtered(int code);
 
     PlannedSegment m_segment;
@@ -101,8 +105,7 @@ private:
 
 Result<void> DecodedFrames::begin() {
     if (auto first = m_pool.createPixelBuffer(); !first)
-        return failure(first.error().code, QStringLiteral("read the film"), m_segment.path,
-                       first.error().detail);
+        return failure(first.error().code, kReadVideo, m_segment.path, first.error().detail);
     m_thread = std::thread([this] { run(); });
     return {};
 }
@@ -111,7 +114,7 @@ Result<CMSampleBuffer> DecodedFrames::next() {
     if (auto sample = m_queue.pop())
         return std::move(*sample);
     if (m_stopped)
-        return failure(ErrorCode::Cancelled, QStringLiteral("read the film"), m_segment.path);
+        return failure(ErrorCode::Cancelled, kReadVideo, m_segment.path);
     const std::lock_guard lock(m_mutex);
     return m_error ? Result<CMSampleBuffer>(tl::unexpected(*m_error)) : CMSampleBuffer{};
 }
@@ -128,30 +131,29 @@ void DecodedFrames::run() {
 
 Result<void> DecodedFrames::readAll() {
     while (!m_stopped) {
-        auto videoFrame = m_reader->next();
+        auto timed = m_reader->next();
         Notes notes = m_reader->notes();
-        notes.removeAll(QString());
         {
             const std::lock_guard lock(m_mutex);
             m_notes = std::move(notes);
         }
-        if (!videoFrame)
-            return tl::unexpected(videoFrame.error());
-        if (!videoFrame->frame)
+        if (!timed)
+            return tl::unexpected(timed.error());
+        if (!timed->frame)
             break;
-        const bool fields = m_fields || videoFrame->frame->interlaced_frame != 0;
+        const bool fields = m_fields || timed->frame->interlaced_frame != 0;
         auto delivered =
-            fields ? deliverWithoutFields(std::move(*videoFrame)) : deliver(std::move(*videoFrame));
+            fields ? deliverWithoutFields(std::move(*timed)) : deliver(std::move(*timed));
         if (!delivered)
             return delivered;
     }
     if (!m_stopped && !m_reader->anyDecoded())
-        return failure(ErrorCode::InvalidData, QStringLiteral("decode the film"), m_segment.path,
-                       QStringLiteral("nothing of it can be decoded: ") + m_reader->complaint());
+        return failure(ErrorCode::InvalidData, kDecodeVideo, m_segment.path,
+                       m_reader->nothingDecodedReason());
     if (!m_fields || m_stopped)
         return {};
-    return filtered(m_fields->finish([this](TimedFrame videoFrame) {
-        m_delivered = deliver(std::move(videoFrame));
+    return filtered(m_fields->finish([this](TimedFrame timed) {
+        m_delivered = deliver(std::move(timed));
         return m_delivered.has_value();
     }));
 }
@@ -160,34 +162,34 @@ Result<void> DecodedFrames::filtered(int code) {
     if (!m_delivered)
         return m_delivered;
     if (code < 0 && code != AVERROR_EXIT)
-        return failure(ErrorCode::Io, QStringLiteral("filter the film"), m_segment.path,
-                       ffmpegText(code));
+        return failure(ErrorCode::Io, kFilterVideo, m_segment.path, ffmpegReason(code));
     return {};
 }
 
-/// Frames woven of two fields become whole ones, as in exports that change the frame.
-Result<void> DecodedFrames::deliverWithoutFields(TimedFrame videoFrame) {
-    normalizeRange(*videoFrame.frame);
+/// Deinterlaces frames woven of two fields, as exports do that change the frame.
+Result<void> DecodedFrames::deliverWithoutFields(TimedFrame timed) {
+    normalizeRange(*timed.frame);
     const AVRational aspect = m_segment.facts->aspect;
     if (!m_fields)
-        m_fields.emplace(lookOfFrame(*videoFrame.frame, aspect), 0, false, m_threads);
-    return filtered(m_fields->push(std::move(videoFrame), aspect, [this](TimedFrame whole) {
+        m_fields.emplace(m_segment.facts->parameters.get(),
+                         formatWithoutFields(*timed.frame, *m_segment.facts), Orientation(),
+                         m_threads);
+    return filtered(m_fields->push(std::move(timed), aspect, [this](TimedFrame whole) {
         m_delivered = deliver(std::move(whole));
         return m_delivered.has_value();
     }));
 }
 
-Result<void> DecodedFrames::deliver(TimedFrame videoFrame) {
+Result<void> DecodedFrames::deliver(TimedFrame timed) {
     auto buffer = m_pool.createPixelBuffer();
     if (!buffer)
         return tl::unexpected(buffer.error());
-    if (!m_painter.paint(*videoFrame.frame, (*buffer)->baseAddress(), (*buffer)->bytesPerRow()))
-        return failure(ErrorCode::NotSupported, QStringLiteral("read the film"), m_segment.path,
-                       QStringLiteral("unknown kind of pixels"));
+    if (!m_painter.paint(*timed.frame, (*buffer)->baseAddress(), (*buffer)->bytesPerRow()))
+        return failure(ErrorCode::NotSupported, kReadVideo, m_segment.path, kUnknownPixelFormat);
     (*buffer)->pixelAspectWidth = m_segment.facts->aspect.num;
     (*buffer)->pixelAspectHeight = m_segment.facts->aspect.den;
-    const std::int64_t from = ticksToUnits(videoFrame.start, m_units),
-                       to = ticksToUnits(videoFrame.end, m_units);
+    const std::int64_t from = ticksToUnits(timed.start, m_units),
+                       to = ticksToUnits(timed.end, m_units);
     // Returns false only when it was stopped, which the loop sees.
     static_cast<void>(m_queue.push(
         {std::move(*buffer), CMTimeMake(from, m_units), CMTimeMake(to - from, m_units)}));
@@ -202,8 +204,8 @@ Result<std::unique_ptr<FrameReader>> makeFrameReader(const QString& path, int st
     if (!planned)
         return tl::unexpected(planned.error());
     PlannedSegment segment = std::move(planned->video.front());
-    const AVCodecParameters& videoFile = *segment.facts->parameters;
-    const QSize size(videoFile.width, videoFile.height);
+    const AVCodecParameters& video = *segment.facts->parameters;
+    const QSize size(video.width, video.height);
     const int threads = threadsOf(resources);
     auto reader = VideoSegmentReader::open(segment, threads);
     if (!reader)

@@ -5,7 +5,7 @@
 
 namespace clipheave::platform {
 
-/// See MediaEngine::openPictures.
+/// See MediaEngine::openFrameReader.
 [[nodiscard]] Result<std::unique_ptr<FrameReader>>
 makeFrameReader(const QString& path, int stream, const ExportResources& resources);
 

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/decode/frame_source.h"
 
-#include "platform/engine/decode/frame_source_packets.h"
+#include "platform/engine/convert/frame_maker.h"
+#include "platform/engine/decode/media_decoder.h"
+#include "platform/engine/decode/video_packets.h"
 #include "platform/engine/decode/video_stream.h"
 #include "platform/engine/io/file_input.h"
+#include "platform/engine/messages.h"
+#include "platform/media/model/cv_pixel_buffer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,42 +16,21 @@ namespace clipheave::platform {
 
 namespace {
 
-constexpr int kMostSide = 16384;
-constexpr std::int64_t kMostFramePixels = 128 << 20;
+constexpr int kAllCores = 0;
+constexpr int kMostSide = CVPixelBuffer::kMostSide;
 constexpr std::int64_t kProbeVideoBytes = 16 << 20;
 /// A video is given up after so many packets that give no frame.
 constexpr int kMostPacketsWithoutFrame = 20000;
-/// Other readers round the duration of a file in other ways.
+/// Other readers round the duration of a file differently.
 constexpr double kDurationRounding = 0.001;
-/// Of a frame that tells no duration, in a video that tells no rate, in seconds.
+/// Of a frame without a duration in a video without a frame rate, in seconds.
 constexpr double kUnknownDuration = 1;
 /// A frame that claims to stay longer, in seconds, is damage.
 constexpr double kLongestFrame = 60;
 /// Ways back from a place where nothing can be decoded in time, in seconds.
 constexpr double kWaysBack[] = {0, 1, 4, 15};
 
-Error frameError(ErrorCode code, const QString& path, const QString& detail) {
-    return {code, QStringLiteral("read a frame of the film"), path, detail};
-}
-
-Result<Codec> openVideoDecoder(const AVStream& video, const QString& path) {
-    const AVCodec* decoder = avcodec_find_decoder(video.codecpar->codec_id);
-    if (decoder == nullptr)
-        return tl::unexpected(
-            frameError(ErrorCode::NotSupported, path, QStringLiteral("no decoder for this film")));
-    Codec codec(avcodec_alloc_context3(decoder));
-    if (codec == nullptr || avcodec_parameters_to_context(codec.get(), video.codecpar) < 0)
-        return tl::unexpected(frameError(ErrorCode::Io, path, QStringLiteral("no memory")));
-    codec->pkt_timebase = video.time_base;
-    codec->thread_count = 0; // all cores
-    codec->thread_type = FF_THREAD_FRAME | FF_THREAD_SLICE;
-    codec->max_pixels = kMostFramePixels;
-    if (const int opened = avcodec_open2(codec.get(), decoder, nullptr); opened < 0)
-        return tl::unexpected(frameError(ErrorCode::NotSupported, path, ffmpegText(opened)));
-    return codec;
-}
-
-/// Size in square pixels, turned; the width takes up what the sample aspect asks for.
+/// Returns the size in square pixels, upright; the sample aspect ratio changes the width.
 QSize squareSize(AVFormatContext& context, AVStream& video) {
     const AVRational aspect = av_guess_sample_aspect_ratio(&context, &video, nullptr);
     const double stretch = std::clamp(seconds(aspect) > 0 ? seconds(aspect) : 1.0, 1.0 / 16, 16.0);
@@ -56,7 +39,7 @@ QSize squareSize(AVFormatContext& context, AVStream& video) {
         return {};
     const double scale =
         std::min({1.0, kMostSide / width, kMostSide / height,
-                  std::sqrt(static_cast<double>(kMostFramePixels) / width / height)});
+                  std::sqrt(static_cast<double>(CVPixelBuffer::kMostPixels) / width / height)});
     const auto side = [scale](double length) {
         return std::clamp(static_cast<int>(std::lround(length * scale)), 1, kMostSide);
     };
@@ -64,7 +47,8 @@ QSize squareSize(AVFormatContext& context, AVStream& video) {
     return quarterTurnOf(video).swapsSides() ? size.transposed() : size;
 }
 
-/// How long a frame is shown, in the video's units: as it says, else as videos of this rate do.
+/// Returns how long a frame is shown, in the video's units: its own duration, else that of the
+/// frame rate.
 std::int64_t shownFor(const AVFrame& frame, const AVStream& video) {
     const double unit = seconds(video.time_base);
     if (frame.pkt_duration > 0 && static_cast<double>(frame.pkt_duration) * unit <= kLongestFrame)
@@ -75,13 +59,13 @@ std::int64_t shownFor(const AVFrame& frame, const AVStream& video) {
     return std::max<std::int64_t>(std::llround(usual / unit), 1);
 }
 
-/// Time of the video that is second 0 of the file's presentation.
+/// Returns the time of the video at second 0 of the file's presentation.
 std::int64_t presentationStart(const AVFormatContext& context, const AVStream& video) {
     const std::int64_t own = video.start_time == kNoTimestamp ? 0 : video.start_time;
     if (context.start_time == kNoTimestamp)
         return own;
     const std::int64_t start = startMicroseconds(context);
-    // The video's own time is exact, the file's is rounded.
+    // The time of the video is exact, that of the file rounded.
     const std::int64_t rounded = av_rescale_q(own, video.time_base, AV_TIME_BASE_Q);
     return rounded == start ? own : av_rescale_q(start, AV_TIME_BASE_Q, video.time_base);
 }
@@ -89,6 +73,12 @@ std::int64_t presentationStart(const AVFormatContext& context, const AVStream& v
 class DecodedVideo final : public FrameSource {
 public:
     explicit DecodedVideo(FileReader reader) : m_reader(std::move(reader)) {}
+    ~DecodedVideo() override {
+        if (m_decoder)
+            logDamage(m_reader.path(), m_decoder->damaged());
+    }
+    DecodedVideo(const DecodedVideo&) = delete;
+    DecodedVideo& operator=(const DecodedVideo&) = delete;
     [[nodiscard]] Result<void> open(std::optional<QSize> size);
 
     Result<RawFrame> frameAt(CMTime time) override;
@@ -102,8 +92,8 @@ private:
         Frame frame;
         std::int64_t time = kNoTimestamp, number = 0;
     };
-    [[nodiscard]] tl::unexpected<Error> failed(ErrorCode code, const QString& detail) const {
-        return tl::unexpected(frameError(code, m_reader.path(), detail));
+    [[nodiscard]] tl::unexpected<Error> failed(ErrorCode code, const Message& detail) const {
+        return failure(code, kReadFrame, m_reader.path(), detail);
     }
     [[nodiscard]] std::optional<std::int64_t> videoTime(CMTime time) const;
     [[nodiscard]] bool isBeyondEnd(std::int64_t wanted) const;
@@ -119,7 +109,7 @@ private:
     FileReader m_reader;
     std::unique_ptr<FileInput> m_input;
     AVStream* m_video = nullptr;
-    Codec m_codec;
+    std::unique_ptr<MediaDecoder> m_decoder;
     std::optional<VideoPackets> m_packets;
     std::optional<FrameMaker> m_maker;
     QSize m_size;
@@ -137,7 +127,7 @@ private:
     std::int64_t m_first = kNoTimestamp; ///< where the video's first frame begins, once seen
     std::int64_t m_lastEnd = 0;          ///< where the newest frame ends
     std::int64_t m_end = kNoTimestamp;   ///< where the video's last frame ends, once seen
-    RawFrame m_frame;                    ///< of the frame m_pictureNumber
+    RawFrame m_frame;                    ///< of the frame m_frameNumber
     std::int64_t m_frameNumber = 0, m_frameTime = 0;
 };
 
@@ -149,30 +139,32 @@ Result<void> DecodedVideo::open(std::optional<QSize> size) {
     AVFormatContext& context = *m_input->context();
     context.probesize = kProbeVideoBytes;
     if (!m_input->findStreamInfo())
-        return failed(ErrorCode::InvalidData, QStringLiteral("no streams found"));
+        return failed(ErrorCode::InvalidData, kStreamsUnreadable);
     m_video = videoStream(context);
     if (m_video == nullptr || m_video->time_base.num <= 0 || m_video->time_base.den <= 0)
-        return failed(ErrorCode::NotSupported, QStringLiteral("no film in it"));
+        return failed(ErrorCode::NotSupported, kNoVideoTrack);
     for (unsigned i = 0; i < context.nb_streams; ++i)
         if (context.streams[i] != m_video)
             context.streams[i]->discard = AVDISCARD_ALL;
     m_size = squareSize(context, *m_video);
     if (m_size.isEmpty())
-        return failed(ErrorCode::InvalidData, QStringLiteral("no picture size"));
+        return failed(ErrorCode::InvalidData, kNoFrameSize);
     if (size && (size->isEmpty() || std::max(size->width(), size->height()) > kMostSide))
-        return failed(ErrorCode::InvalidArgument, QStringLiteral("picture size"));
+        return failed(ErrorCode::InvalidArgument,
+                      Message(kFrameSizeOutOfRange,
+                              {QString::number(size->width()), QString::number(size->height())}));
     m_size = size.value_or(m_size);
-    auto codec = openVideoDecoder(*m_video, m_reader.path());
-    if (!codec)
-        return tl::unexpected(codec.error());
-    m_codec = std::move(*codec);
+    auto decoder = MediaDecoder::open(*m_video, kAllCores);
+    if (!decoder)
+        return failed(decoder.error().code, decoder.error().detail);
+    m_decoder = std::move(*decoder);
     m_start = presentationStart(context, *m_video);
     m_duration = context.duration > 0 ? static_cast<double>(context.duration) / AV_TIME_BASE : 0;
-    // Transport and program streams have no header that tells; what is guessed may be too short.
+    // Transport and program streams have no duration in a header; a guess may be too short.
     m_isDurationExact = m_duration > 0 && (context.iformat->flags & AVFMT_TS_DISCONT) == 0 &&
                         context.duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
     m_packets.emplace(context, *m_video);
-    m_maker.emplace(*m_video, m_size);
+    m_maker.emplace(*m_video->codecpar, quarterTurnOf(*m_video), m_size, Scaling::Fine);
     return {};
 }
 
@@ -197,7 +189,8 @@ bool DecodedVideo::mustGoBack(std::int64_t wanted) const {
     return m_next.frame != nullptr && wanted < m_next.time && !m_isFromStart;
 }
 
-/// Keeps the frame that was decoded last. Times that jump back are shown at once, as a player does.
+/// Keeps the frame that was decoded last. One whose time jumps back is shown at once, as a player
+/// does.
 void DecodedVideo::take(std::int64_t wanted) {
     Shown shown{std::move(m_spare), kNoTimestamp, ++m_count};
     const AVFrame& frame = *shown.frame;
@@ -221,8 +214,7 @@ void DecodedVideo::feed(std::int64_t wanted) {
     Packet packet = m_packets->next();
     while (packet != nullptr && m_packets->isUnneeded(*packet, wanted))
         packet = m_packets->next();
-    // A packet that cannot be decoded is left out, as a player does.
-    avcodec_send_packet(m_codec.get(), packet.get());
+    static_cast<void>(m_decoder->send(packet.get())); // without memory no frame comes out either
     ++m_withoutFrame;
 }
 
@@ -235,8 +227,7 @@ void DecodedVideo::decodeUpTo(std::int64_t wanted) {
     while (m_next.frame == nullptr && !m_isDrained) {
         if (m_spare == nullptr)
             m_spare.reset(av_frame_alloc());
-        const int received =
-            m_spare != nullptr ? avcodec_receive_frame(m_codec.get(), m_spare.get()) : AVERROR_EOF;
+        const int received = m_spare != nullptr ? m_decoder->receive(*m_spare) : AVERROR_EOF;
         if (received >= 0) {
             m_withoutFrame = 0;
             take(wanted);
@@ -251,12 +242,13 @@ void DecodedVideo::decodeUpTo(std::int64_t wanted) {
     }
 }
 
-/// False when nothing came out that is shown by then, or the place cannot be reached.
+/// Decodes up to `wanted` from a place before it. False when no frame that starts by then came out,
+/// or the place cannot be reached.
 bool DecodedVideo::decodeFrom(std::int64_t wanted, std::optional<std::int64_t> back) {
     const bool found = m_packets->seekFor(wanted, back);
     if (!found && back)
         return false;
-    avcodec_flush_buffers(m_codec.get());
+    m_decoder->flush();
     m_current = {};
     m_next = {};
     m_isDrained = false;
@@ -266,8 +258,8 @@ bool DecodedVideo::decodeFrom(std::int64_t wanted, std::optional<std::int64_t> b
     return m_current.frame != nullptr;
 }
 
-/// Containers without an index find a place only roughly: when what comes from there is later, it
-/// is looked for further back.
+/// Containers without an index find a place only roughly: when what comes from there is later, the
+/// search goes further back.
 void DecodedVideo::restartFor(std::int64_t wanted) {
     for (const double back : kWaysBack) {
         const double units = back / seconds(m_video->time_base);
@@ -290,19 +282,17 @@ void DecodedVideo::goTo(std::int64_t wanted) {
 Result<RawFrame> DecodedVideo::frameOf(const Shown& shown) {
     if (m_frameNumber == shown.number)
         return m_frame;
-    auto videoFrame = m_maker->videoFrame(*shown.frame);
-    if (!videoFrame)
-        return failed(ErrorCode::NotSupported, QStringLiteral("unknown kind of pixels"));
-    m_frame = std::move(*videoFrame);
+    auto made = m_maker->make(*shown.frame);
+    if (!made)
+        return failed(ErrorCode::NotSupported, kUnknownPixelFormat);
+    m_frame = std::move(*made);
     m_frameNumber = shown.number;
     m_frameTime = shown.time;
     return m_frame;
 }
 
 Result<RawFrame> DecodedVideo::frameAt(CMTime time) {
-    const auto beyondEnd = [this] {
-        return failed(ErrorCode::InvalidArgument, QStringLiteral("beyond the end of the film"));
-    };
+    const auto beyondEnd = [this] { return failed(ErrorCode::InvalidArgument, kTimeOutOfRange); };
     const auto wanted = videoTime(time);
     if (!wanted || isBeyondEnd(*wanted) ||
         (m_isDurationExact && CMTimeGetSeconds(time) > m_duration + kDurationRounding))
@@ -312,7 +302,7 @@ Result<RawFrame> DecodedVideo::frameAt(CMTime time) {
         return beyondEnd();
     const Shown& shown = m_current.frame != nullptr ? m_current : m_next;
     if (shown.frame == nullptr)
-        return failed(ErrorCode::InvalidData, QStringLiteral("no picture could be decoded"));
+        return failed(ErrorCode::InvalidData, kNoFrameDecoded);
     return frameOf(shown);
 }
 

@@ -5,7 +5,7 @@
 
 namespace clipheave::platform {
 
-/// See MediaEngine::pictureAt.
-[[nodiscard]] Result<RawFrame> grabFrame(const QString& path, double seconds, int largestSide);
+/// See MediaEngine::keyframeAt.
+[[nodiscard]] Result<RawFrame> grabKeyframe(const QString& path, double seconds, int largestSide);
 
 } // namespace clipheave::platform

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/decode/video_segment_reader.h"
 
+#include "platform/engine/messages.h"
+
 #include <QFileInfo>
 
 #include <algorithm>
@@ -10,12 +12,12 @@ namespace clipheave::platform {
 
 namespace {
 
-constexpr AVRational kUsualRate{25, 1}; ///< where a file tells none
+constexpr AVRational kUsualRate{25, 1}; ///< where a file has none
 /// Segments that begin earlier are read from the start of the file.
 constexpr Ticks kShortestSeek = kTicksPerSecond;
-/// A last frame that would stay longer is damage, unless something else goes on so long.
+/// A last frame with a longer duration is damage, unless another stream lasts as long.
 constexpr Ticks kLongestLastFrame = kTicksPerSecond * 60;
-/// So much of the announced length may be missing at the end.
+/// As much of the announced duration may be missing at the end.
 constexpr Ticks kToleratedLoss = kTicksPerSecond * 2;
 
 } // namespace
@@ -30,9 +32,9 @@ Result<std::unique_ptr<VideoSegmentReader>> VideoSegmentReader::open(PlannedSegm
     reader->m_source = std::move(*source);
     if (segment.stretch.sourceStart > kShortestSeek)
         reader->m_sought = reader->m_source->seekBefore(segment.stretch.sourceStart);
-    auto decoder = ExportDecoder::open(*reader->m_source, threads);
+    auto decoder = MediaDecoder::open(reader->m_source->stream(), threads);
     if (!decoder)
-        return tl::unexpected(decoder.error());
+        return reader->m_source->failed(decoder.error().code, decoder.error().detail);
     reader->m_decoder = std::move(*decoder);
     const AVRational rate = segment.facts->frameRate;
     const bool known = rate.num > 0 && rate.den > 0 && av_q2d(rate) >= 0.1;
@@ -42,23 +44,28 @@ Result<std::unique_ptr<VideoSegmentReader>> VideoSegmentReader::open(PlannedSegm
 }
 
 Notes VideoSegmentReader::notes() const {
-    return {damageNote(*m_source, m_decoder->damaged()), m_endNote};
+    Notes notes;
+    for (const Message& note : {damageNote(*m_source, m_decoder->damaged()), m_endNote})
+        if (!note.isEmpty())
+            notes << note;
+    return notes;
 }
 
 AVRational VideoSegmentReader::aspectOf(AVFrame& frame) const {
     return av_guess_sample_aspect_ratio(&m_source->context(), &m_source->stream(), &frame);
 }
 
-/// The next frame with a time later than the one before.
+/// Decodes the next frame and gives it a time later than the one before.
 Result<VideoSegmentReader::Decoded> VideoSegmentReader::decode() {
     Decoded decoded{Frame(av_frame_alloc())};
     if (!decoded.frame)
-        return m_source->failed(ErrorCode::Io, ffmpegText(AVERROR(ENOMEM)));
-    const int code = m_decoder->next(*decoded.frame);
+        return m_source->failed(ErrorCode::Io, ffmpegReason(AVERROR(ENOMEM)));
+    const int code = m_decoder->next(*decoded.frame,
+                                     [this](AVPacket& packet) { return m_source->read(packet); });
     if (code == AVERROR_EOF)
         return Decoded{};
     if (code < 0)
-        return m_source->failed(ErrorCode::Io, ffmpegText(code));
+        return m_source->failed(ErrorCode::Io, ffmpegReason(code));
     const auto duration =
         ticksOf(decoded.frame->pkt_duration, m_source->stream().time_base).value_or(0);
     decoded.duration = duration > 0 ? duration : m_usualDuration;
@@ -70,7 +77,7 @@ Result<VideoSegmentReader::Decoded> VideoSegmentReader::decode() {
     return decoded;
 }
 
-/// After a jump that went too far, once more from the start of the file.
+/// After a seek that went too far, once more from the start of the file.
 Result<VideoSegmentReader::Decoded> VideoSegmentReader::decodeFirst() {
     auto first = decode();
     const bool late = first && (!first->frame || first->time > m_stretch.sourceStart);
@@ -79,12 +86,13 @@ Result<VideoSegmentReader::Decoded> VideoSegmentReader::decodeFirst() {
     m_sought = false;
     if (!m_source->rewind())
         return first;
-    m_decoder->restart();
+    m_decoder->flush();
+    m_decoder->forgetDamage();
     m_lastTime.reset();
     return decode();
 }
 
-/// The last frame stays to the end of the stream, where that is told and can be.
+/// Returns the end of the last frame: that of the stream, where the headers give a credible one.
 Ticks VideoSegmentReader::lastEnd(const Decoded& last) const {
     const auto end = m_source->announcedEnd();
     const bool holds = end && *end > last.time &&
@@ -92,27 +100,25 @@ Ticks VideoSegmentReader::lastEnd(const Decoded& last) const {
     return holds ? *end : last.time + std::min(last.duration, kLongestLastFrame);
 }
 
-/// The video must last as long as its track says. A container's length may be that of another
+/// The video must last as long as its track says. A container's duration may be that of another
 /// stream.
 Result<void> VideoSegmentReader::checkBreak(Ticks end) {
     const AVFormatContext& context = m_source->context();
     const auto track = m_source->announcedEnd();
     auto announced = track;
-    if (!track && !m_source->isPieceOfStream() &&
+    if (!track && !m_source->isCutOut() &&
         context.duration_estimation_method == AVFMT_DURATION_FROM_STREAM)
-        // Some writers count from zero where the first frame comes much later.
+        // Some writers count from zero though the first frame comes much later.
         announced = ticksOf(context.duration - startMicroseconds(context), AV_TIME_BASE_Q);
     if (!announced)
         return {};
     const Ticks wanted = std::min(*announced, m_stretch.sourceEnd), missing = wanted - end;
     if (missing <= std::max(kToleratedLoss, wanted / 20))
         return {};
-    const QString at = QString::number(ticksToSeconds(end), 'f', 1);
+    const QString at = secondsText(end);
     if (track || (missing > wanted / 5 && !m_source->fileReaches(wanted)))
-        return m_source->failed(ErrorCode::InvalidData,
-                                QStringLiteral("the film breaks off at %1 s").arg(at));
-    m_endNote = QStringLiteral("%1: the film ends at %2 s, before the file does")
-                    .arg(QFileInfo(m_source->path()).fileName(), at);
+        return m_source->failed(ErrorCode::InvalidData, {kVideoBreaksOff, {at}});
+    m_endNote = {kVideoEndsEarly, {QFileInfo(m_source->path()).fileName(), at}};
     return {};
 }
 
@@ -137,13 +143,13 @@ Result<TimedFrame> VideoSegmentReader::next() {
         const Ticks to = std::min(end, m_stretch.sourceEnd);
         if (to - from < std::min(kSliverTicks, (end - shown.time) / 2))
             continue;
-        TimedFrame videoFrame{std::move(shown.frame)};
-        // A first frame whose forerunner was a sliver takes over its time.
+        TimedFrame timed{std::move(shown.frame)};
+        // A first frame takes over the time of a sliver before it.
         const bool atStart = !m_shown && from - m_stretch.sourceStart < kSliverTicks;
-        videoFrame.start = m_stretch.toTarget(atStart ? m_stretch.sourceStart : from);
-        videoFrame.end = m_stretch.toTarget(to);
+        timed.start = m_stretch.toTarget(atStart ? m_stretch.sourceStart : from);
+        timed.end = m_stretch.toTarget(to);
         m_shown = true;
-        return videoFrame;
+        return timed;
     }
     return TimedFrame{};
 }

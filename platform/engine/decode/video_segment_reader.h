@@ -1,22 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/engine/convert/frame_filter.h"
+#include "platform/engine/convert/timed_frame.h"
+#include "platform/engine/decode/media_decoder.h"
+#include "platform/engine/plan/planned_export.h"
 
 namespace clipheave::platform {
 
-/// The decoded frames of one segment with their times in the output: those before its start are
-/// left out, the ones at its borders cut in time.
+/// Decodes the frames of one segment and gives them their times in the output: leaves out those
+/// before its start and cuts the ones at its borders in time.
 class VideoSegmentReader {
 public:
+    /// `threads` of the decoder, 0 for all cores.
     [[nodiscard]] static Result<std::unique_ptr<VideoSegmentReader>> open(PlannedSegment& segment,
                                                                           int threads);
-    /// The next frame; one without a frame at the end.
+    /// Returns the next frame; one without a frame at the end.
     [[nodiscard]] Result<TimedFrame> next();
+    /// Returns the sample aspect ratio of a frame; 0/1 when it is not known.
     [[nodiscard]] AVRational aspectOf(AVFrame& frame) const;
-    [[nodiscard]] Notes notes() const; ///< some may be empty
+    [[nodiscard]] Notes notes() const; ///< damage so far
     [[nodiscard]] bool anyDecoded() const { return m_lastTime.has_value(); }
-    [[nodiscard]] QString complaint() const { return m_decoder->complaint(); }
+    /// Returns why nothing was decoded.
+    [[nodiscard]] Message nothingDecodedReason() const { return nothingDecoded(*m_decoder); }
 
 private:
     struct Decoded {
@@ -30,10 +35,10 @@ private:
 
     Stretch m_stretch;
     Ticks m_usualDuration = 0;
-    std::unique_ptr<ExportSource> m_source;
-    std::unique_ptr<ExportDecoder> m_decoder;
+    std::unique_ptr<StreamSource> m_source;
+    std::unique_ptr<MediaDecoder> m_decoder;
     Decoded m_current;
-    QString m_endNote;
+    Message m_endNote;
     std::optional<Ticks> m_lastTime; ///< of the frame decoded last
     bool m_begun = false, m_sought = false, m_shown = false;
 };

@@ -29,27 +29,4 @@ QuarterTurn quarterTurnOf(const AVStream& stream) {
     return nearestQuarterTurn(matrix);
 }
 
-FrameMaker::FrameMaker(const AVStream& video, QSize size)
-    : m_turn(quarterTurnOf(video)), m_stored(m_turn.swapsSides() ? size.transposed() : size),
-      m_painter(*video.codecpar, m_stored, 1) {
-}
-
-std::optional<RawFrame> FrameMaker::videoFrame(const AVFrame& frame) {
-    constexpr int kAlignment = FramePainter::kRowAlignment;
-    RawFrame videoFrame;
-    videoFrame.width = m_stored.width();
-    videoFrame.height = m_stored.height();
-    const qsizetype row = qsizetype{videoFrame.width} * 4;
-    const int stride = (videoFrame.width * 4 + kAlignment - 1) / kAlignment * kAlignment;
-    QByteArray padded(qsizetype{stride} * videoFrame.height + kAlignment, Qt::Uninitialized);
-    if (!m_painter.paint(frame, reinterpret_cast<std::uint8_t*>(padded.data()), stride))
-        return std::nullopt;
-    for (int y = 1; row != stride && y < videoFrame.height; ++y)
-        std::memmove(padded.data() + row * y, padded.constData() + qsizetype{stride} * y,
-                     static_cast<std::size_t>(row));
-    padded.resize(row * videoFrame.height);
-    videoFrame.rgb32 = std::move(padded);
-    return turnedFrame(videoFrame, m_turn);
-}
-
 } // namespace clipheave::platform

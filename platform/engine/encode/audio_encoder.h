@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/engine/plan/export_lanes.h"
-#include "platform/engine/plan/export_plan_reader.h"
+#include "platform/engine/encode/audio_encoding.h"
+#include "platform/engine/io/output_track.h"
 
 #include <functional>
 
@@ -14,27 +14,32 @@ namespace clipheave::platform {
 
 using AudioFifo = std::unique_ptr<AVAudioFifo, Releaser<av_audio_fifo_free>>;
 
-/// AAC of planar float samples, gathered to the encoder's frames.
+/// Encodes audio, gathering samples into the frames that the encoder takes.
 class AudioEncoder {
 public:
     using Sink = std::function<bool(Packet)>; ///< false stops
 
-    /// Rate and channels are those of the first source so far as the plan and AAC allow.
-    [[nodiscard]] static Result<std::unique_ptr<AudioEncoder>> open(const ExportAudio& audio,
-                                                                    const SourceFacts& first);
+    /// NotSupported when there is no such encoder or it refuses the format.
+    [[nodiscard]] static Result<std::unique_ptr<AudioEncoder>> open(const AudioEncoding& encoding);
     [[nodiscard]] Result<OutputTrack> track() const;
-    [[nodiscard]] int sampleRate() const { return m_codec->sample_rate; }
-    [[nodiscard]] const AVChannelLayout& layout() const { return m_codec->ch_layout; }
-    [[nodiscard]] std::int64_t samples() const { return m_taken; } ///< taken so far
-    /// The first `count` samples of a frame. AVERROR_EXIT when the sink stopped it.
+    [[nodiscard]] const AudioFormat& format() const { return m_format; }
+    /// Returns how many samples of a channel were taken so far.
+    [[nodiscard]] std::int64_t samples() const { return m_taken; }
+    /// Takes the first `count` samples of a frame in the encoder's format. AVERROR_EXIT when the
+    /// sink stopped it.
     [[nodiscard]] int write(const AVFrame& frame, int count, const Sink& sink);
     [[nodiscard]] int writeSilence(std::int64_t count, const Sink& sink);
+    /// Encodes what is left and drains the encoder.
     [[nodiscard]] int finish(const Sink& sink);
 
 private:
+    AudioEncoder() = default;
+    [[nodiscard]] Result<void> allocate();
     [[nodiscard]] int encodeReady(bool all, const Sink& sink);
+    [[nodiscard]] int encodeFrame(int count, const Sink& sink);
     [[nodiscard]] int givePackets(const Sink& sink);
 
+    AudioFormat m_format;
     Codec m_codec;
     AudioFifo m_fifo;
     Frame m_silence;

@@ -1,30 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/export/audio_to_m4a.h"
 
+#include "platform/engine/decode/media_decoder.h"
+#include "platform/engine/encode/audio_encoder.h"
 #include "platform/engine/export/remux.h"
 #include "platform/engine/io/chapters.h"
+#include "platform/engine/io/container_codecs.h"
 #include "platform/engine/io/file_input.h"
 #include "platform/engine/io/file_output.h"
+#include "platform/engine/messages.h"
 
 #include <algorithm>
-
-extern "C" {
-#include <libavutil/audio_fifo.h>
-}
 
 namespace clipheave::platform {
 
 namespace {
 
-using SampleFifo = std::unique_ptr<AVAudioFifo, Releaser<av_audio_fifo_free>>;
-
 constexpr std::int64_t kLossyBitRate = 256'000;
-constexpr int kLosslessBits = 24; ///< the most that the ALAC encoder takes
-constexpr int kSamplesAtOnce = 1024;
-constexpr const char* kConvertText = "convert the sound";
 
-Error audioError(ErrorCode code, const QString& path, const QString& detail) {
-    return {code, QString::fromLatin1(kConvertText), path, detail};
+tl::unexpected<Error> audioError(ErrorCode code, const QString& path, const Message& detail) {
+    return failure(code, kConvertAudio, path, detail);
 }
 
 /// What M4A holds as it is.
@@ -38,40 +33,42 @@ bool isLossless(const AVCodecParameters& codec) {
            (descriptor->props & AV_CODEC_PROP_LOSSY) == 0;
 }
 
-/// Decodes one stream and encodes it for M4A.
+/// Decodes one stream and encodes it for M4A. Deliberate: it resamples by itself, not through the
+/// filters of an export, whose edit lists, tempo and mixing it does not want: channels stay as they
+/// are.
 class AudioConverter {
 public:
+    using Progress = std::function<bool(double)>;
+
     AudioConverter(AVFormatContext& input, const AVStream& stream, FileOutput& output, QString path)
         : m_input(input), m_stream(stream), m_output(output), m_path(std::move(path)) {}
     [[nodiscard]] Result<void> open();
-    [[nodiscard]] Result<void> convert(const std::function<bool(double)>& progress);
+    [[nodiscard]] Result<void> convert(const Progress& progress);
     [[nodiscard]] Notes notes() const;
 
 private:
     [[nodiscard]] Result<void> openDecoder();
     [[nodiscard]] Result<void> openEncoder();
-    void chooseFormat();
-    [[nodiscard]] bool chooseLayout();
-    [[nodiscard]] int decode(const AVPacket* packet);
+    [[nodiscard]] Result<void> addStream();
+    [[nodiscard]] int readPacket(AVPacket& packet, const Progress& progress);
+    [[nodiscard]] int decodeAll(const Progress& progress);
     [[nodiscard]] int resample(const AVFrame& frame);
     [[nodiscard]] int startResampler(const AVFrame& frame);
-    [[nodiscard]] int encodeReady(bool all);
-    [[nodiscard]] int writePackets();
+    [[nodiscard]] bool writePacket(const Packet& packet);
     [[nodiscard]] int finish();
 
     AVFormatContext& m_input;
     const AVStream& m_stream;
     FileOutput& m_output;
     QString m_path;
-    bool m_lossless = false;
-    Codec m_decoder, m_encoder;
+    std::unique_ptr<MediaDecoder> m_decoder;
+    std::unique_ptr<AudioEncoder> m_encoder;
+    const AudioEncoder::Sink m_sink = [this](const Packet& packet) { return writePacket(packet); };
     AVStream* m_target = nullptr;
     Resampler m_resampler;
     int m_inputFormat = AV_SAMPLE_FMT_NONE, m_inputRate = 0, m_inputChannels = 0;
-    SampleFifo m_fifo;
-    std::int64_t m_written = 0; ///< samples given to the encoder
-    int m_damaged = 0;          ///< packets that could not be decoded
-    bool m_rounded = false;     ///< samples finer than the target holds
+    int m_writeCode = 0; ///< of the last packet
+    bool m_cancelled = false;
 };
 
 Result<void> AudioConverter::open() {
@@ -79,110 +76,56 @@ Result<void> AudioConverter::open() {
         return opened;
     if (auto opened = openEncoder(); !opened)
         return opened;
-    m_fifo.reset(av_audio_fifo_alloc(m_encoder->sample_fmt, m_encoder->ch_layout.nb_channels,
-                                     kSamplesAtOnce));
-    if (!m_fifo)
-        return m_output.failed(kConvertText, AVERROR(ENOMEM));
-    return {};
+    return addStream();
 }
 
 Result<void> AudioConverter::openDecoder() {
-    const AVCodec* decoder = avcodec_find_decoder(m_stream.codecpar->codec_id);
-    if (decoder == nullptr)
-        return tl::unexpected(
-            audioError(ErrorCode::NotSupported, m_path, QStringLiteral("no decoder")));
-    m_decoder.reset(avcodec_alloc_context3(decoder));
-    if (!m_decoder || avcodec_parameters_to_context(m_decoder.get(), m_stream.codecpar) < 0)
-        return m_output.failed(kConvertText, AVERROR(ENOMEM));
-    m_decoder->pkt_timebase = m_stream.time_base;
-    if (const int code = avcodec_open2(m_decoder.get(), decoder, nullptr); code < 0)
-        return tl::unexpected(audioError(ErrorCode::NotSupported, m_path, ffmpegText(code)));
-    if (m_decoder->sample_rate <= 0 || m_decoder->ch_layout.nb_channels <= 0)
-        return tl::unexpected(
-            audioError(ErrorCode::InvalidData, m_path, QStringLiteral("no sample rate")));
+    auto decoder = MediaDecoder::open(m_stream, 1);
+    if (!decoder)
+        return audioError(decoder.error().code, m_path, decoder.error().detail);
+    m_decoder = std::move(*decoder);
+    const AVCodecContext& context = m_decoder->context();
+    if (context.sample_rate <= 0 || context.ch_layout.nb_channels <= 0)
+        return audioError(ErrorCode::InvalidData, m_path, kNoSampleRate);
     return {};
-}
-
-/// Sample format, precision and rate of the target.
-void AudioConverter::chooseFormat() {
-    AVCodecContext& encoder = *m_encoder;
-    encoder.sample_rate = m_decoder->sample_rate;
-    if (!m_lossless) {
-        encoder.sample_fmt = AV_SAMPLE_FMT_FLTP;
-        encoder.bit_rate = kLossyBitRate;
-        const int* rates = encoder.codec->supported_samplerates;
-        int best = rates != nullptr ? rates[0] : encoder.sample_rate;
-        for (; rates != nullptr && *rates != 0; ++rates)
-            if (std::abs(*rates - encoder.sample_rate) < std::abs(best - encoder.sample_rate))
-                best = *rates;
-        encoder.sample_rate = best;
-        return;
-    }
-    const AVSampleFormat packed = av_get_packed_sample_fmt(m_decoder->sample_fmt);
-    const bool isFloat = packed == AV_SAMPLE_FMT_FLT || packed == AV_SAMPLE_FMT_DBL;
-    const int raw = m_decoder->bits_per_raw_sample;
-    const int bits = raw > 0 && !isFloat ? raw : av_get_bytes_per_sample(packed) * 8;
-    m_rounded = isFloat || bits > kLosslessBits;
-    encoder.sample_fmt = bits <= 16 ? AV_SAMPLE_FMT_S16P : AV_SAMPLE_FMT_S32P;
-    encoder.bits_per_raw_sample = bits <= 16 ? 16 : kLosslessBits;
-}
-
-/// The source's layout, or one that the encoder knows with as many channels: they keep their order.
-bool AudioConverter::chooseLayout() {
-    const AVChannelLayout& wanted = m_decoder->ch_layout;
-    const AVChannelLayout* known = m_encoder->codec->ch_layouts;
-    const AVChannelLayout* found = nullptr;
-    for (const AVChannelLayout* layout = known; layout != nullptr && layout->nb_channels != 0;
-         ++layout) {
-        if (av_channel_layout_compare(layout, &wanted) == 0)
-            return av_channel_layout_copy(&m_encoder->ch_layout, layout) >= 0;
-        if (layout->nb_channels == wanted.nb_channels && found == nullptr)
-            found = layout;
-    }
-    if (found != nullptr)
-        return av_channel_layout_copy(&m_encoder->ch_layout, found) >= 0;
-    if (known != nullptr)
-        return false;
-    if (wanted.order != AV_CHANNEL_ORDER_UNSPEC)
-        return av_channel_layout_copy(&m_encoder->ch_layout, &wanted) >= 0;
-    av_channel_layout_default(&m_encoder->ch_layout, wanted.nb_channels);
-    return true;
 }
 
 Result<void> AudioConverter::openEncoder() {
-    m_lossless = isLossless(*m_stream.codecpar);
-    const AVCodec* codec = avcodec_find_encoder(m_lossless ? AV_CODEC_ID_ALAC : AV_CODEC_ID_AAC);
-    m_target = avformat_new_stream(m_output.context(), nullptr);
-    m_encoder.reset(avcodec_alloc_context3(codec));
-    if (codec == nullptr || !m_encoder || m_target == nullptr)
-        return m_output.failed(kConvertText, AVERROR_ENCODER_NOT_FOUND);
-    chooseFormat();
-    if (!chooseLayout())
-        return tl::unexpected(
-            audioError(ErrorCode::NotSupported, m_path,
-                       QStringLiteral("M4A has no place for this many channels")));
-    m_encoder->time_base = {1, m_encoder->sample_rate};
-    m_encoder->flags |= AV_CODEC_FLAG_GLOBAL_HEADER | AV_CODEC_FLAG_BITEXACT;
-    if (const int code = avcodec_open2(m_encoder.get(), codec, nullptr); code < 0)
-        return tl::unexpected(audioError(ErrorCode::NotSupported, m_path, ffmpegText(code)));
-    m_target->time_base = m_encoder->time_base;
-    if (avcodec_parameters_from_context(m_target->codecpar, m_encoder.get()) < 0)
-        return m_output.failed(kConvertText, AVERROR(ENOMEM));
+    const AVCodecContext& decoder = m_decoder->context();
+    auto encoder = (isLossless(*m_stream.codecpar) ? alacEncoding(decoder)
+                                                   : unmixedAacEncoding(decoder, kLossyBitRate))
+                       .and_then(&AudioEncoder::open);
+    if (!encoder)
+        return audioError(encoder.error().code, m_path, encoder.error().detail);
+    m_encoder = std::move(*encoder);
     return {};
 }
 
-/// Anew when a stream changes its form on the way.
+Result<void> AudioConverter::addStream() {
+    auto track = m_encoder->track();
+    if (!track)
+        return tl::unexpected(track.error());
+    m_target = avformat_new_stream(m_output.context(), nullptr);
+    if (m_target == nullptr ||
+        avcodec_parameters_copy(m_target->codecpar, track->parameters.get()) < 0)
+        return m_output.failed(kConvertAudio, AVERROR(ENOMEM));
+    m_target->time_base = track->timeBase;
+    return {};
+}
+
+/// Starts anew when a stream changes its format on the way.
 int AudioConverter::startResampler(const AVFrame& frame) {
+    const AudioFormat& format = m_encoder->format();
+    auto* layout = const_cast<AVChannelLayout*>(&format.layout.get()); // only read
     m_inputFormat = frame.format;
     m_inputRate = frame.sample_rate;
     m_inputChannels = frame.ch_layout.nb_channels;
-    if (m_inputChannels != m_encoder->ch_layout.nb_channels)
+    if (m_inputChannels != layout->nb_channels)
         return AVERROR_INPUT_CHANGED;
     SwrContext* context = nullptr;
     // The same layout on both sides: formats and rates change, channels are not mixed.
-    const int code = swr_alloc_set_opts2(&context, &m_encoder->ch_layout, m_encoder->sample_fmt,
-                                         m_encoder->sample_rate, &m_encoder->ch_layout,
-                                         static_cast<AVSampleFormat>(frame.format),
+    const int code = swr_alloc_set_opts2(&context, layout, format.sampleFormat, format.sampleRate,
+                                         layout, static_cast<AVSampleFormat>(frame.format),
                                          frame.sample_rate, 0, nullptr);
     m_resampler.reset(context);
     return code < 0 ? code : swr_init(m_resampler.get());
@@ -194,85 +137,52 @@ int AudioConverter::resample(const AVFrame& frame) {
     if (changed)
         if (const int code = startResampler(frame); code < 0)
             return code;
-    const Frame out(av_frame_alloc());
+    const Frame out = newAudioFrame(
+        m_encoder->format(), std::max(1, swr_get_out_samples(m_resampler.get(), frame.nb_samples)));
     if (!out)
-        return AVERROR(ENOMEM);
-    out->format = m_encoder->sample_fmt;
-    out->nb_samples = std::max(1, swr_get_out_samples(m_resampler.get(), frame.nb_samples));
-    if (av_channel_layout_copy(&out->ch_layout, &m_encoder->ch_layout) < 0 ||
-        av_frame_get_buffer(out.get(), 0) < 0)
         return AVERROR(ENOMEM);
     auto** data = const_cast<const std::uint8_t**>(frame.extended_data); // the C interface
     const int got = swr_convert(m_resampler.get(), out->extended_data, out->nb_samples,
                                 frame.nb_samples > 0 ? data : nullptr, frame.nb_samples);
-    if (got <= 0)
-        return got;
-    void** samples = static_cast<void**>(static_cast<void*>(out->extended_data));
-    return av_audio_fifo_write(m_fifo.get(), samples, got) < got ? AVERROR(ENOMEM) : 0;
+    return got <= 0 ? got : m_encoder->write(*out, got, m_sink);
 }
 
-int AudioConverter::decode(const AVPacket* packet) {
-    int code = avcodec_send_packet(m_decoder.get(), packet);
-    if (code == AVERROR_INVALIDDATA) {
-        ++m_damaged;
-        return 0;
+bool AudioConverter::writePacket(const Packet& packet) {
+    packet->stream_index = m_target->index;
+    av_packet_rescale_ts(packet.get(), {1, m_encoder->format().sampleRate}, m_target->time_base);
+    m_writeCode = av_interleaved_write_frame(m_output.context(), packet.get());
+    return m_writeCode >= 0;
+}
+
+int AudioConverter::readPacket(AVPacket& packet, const Progress& progress) {
+    const double total = m_input.duration > 0 ? static_cast<double>(m_input.duration) * 1e-6 : 0;
+    int code = 0;
+    while ((code = av_read_frame(&m_input, &packet)) >= 0) {
+        const double done =
+            static_cast<double>(m_encoder->samples()) / m_encoder->format().sampleRate;
+        m_cancelled = progress && !progress(total > 0 ? std::min(done / total, 1.0) : 0);
+        if (m_cancelled)
+            return AVERROR_EXIT;
+        if (packet.stream_index == m_stream.index)
+            return 0;
+        av_packet_unref(&packet);
     }
+    return code;
+}
+
+int AudioConverter::decodeAll(const Progress& progress) {
     const Frame frame(av_frame_alloc());
-    if (!frame)
-        return AVERROR(ENOMEM);
-    while (code >= 0 && (code = avcodec_receive_frame(m_decoder.get(), frame.get())) >= 0) {
-        if ((code = resample(*frame)) >= 0)
-            code = encodeReady(false);
+    const auto read = [&](AVPacket& packet) { return readPacket(packet, progress); };
+    int code = frame ? 0 : AVERROR(ENOMEM);
+    while (code >= 0 && (code = m_decoder->next(*frame, read)) >= 0) {
+        code = resample(*frame);
+        av_frame_unref(frame.get());
     }
-    if (code == AVERROR_INVALIDDATA) {
-        ++m_damaged;
-        return 0;
-    }
-    return code == AVERROR(EAGAIN) || code == AVERROR_EOF ? 0 : code;
+    return code == AVERROR_EOF ? finish() : code;
 }
 
-/// Gives the encoder whole frames; at the end also what is left.
-int AudioConverter::encodeReady(bool all) {
-    const int size = m_encoder->frame_size > 0 ? m_encoder->frame_size : kSamplesAtOnce;
-    while (av_audio_fifo_size(m_fifo.get()) >= (all ? 1 : size)) {
-        const Frame frame(av_frame_alloc());
-        if (!frame)
-            return AVERROR(ENOMEM);
-        frame->format = m_encoder->sample_fmt;
-        frame->sample_rate = m_encoder->sample_rate;
-        frame->nb_samples = std::min(size, av_audio_fifo_size(m_fifo.get()));
-        frame->pts = m_written;
-        if (av_channel_layout_copy(&frame->ch_layout, &m_encoder->ch_layout) < 0 ||
-            av_frame_get_buffer(frame.get(), 0) < 0)
-            return AVERROR(ENOMEM);
-        void** samples = static_cast<void**>(static_cast<void*>(frame->extended_data));
-        const int got = av_audio_fifo_read(m_fifo.get(), samples, frame->nb_samples);
-        if (got < frame->nb_samples)
-            return AVERROR_BUG;
-        m_written += got;
-        if (const int code = avcodec_send_frame(m_encoder.get(), frame.get()); code < 0)
-            return code;
-        if (const int code = writePackets(); code < 0)
-            return code;
-    }
-    return 0;
-}
-
-int AudioConverter::writePackets() {
-    const Packet packet(av_packet_alloc());
-    int code = packet ? 0 : AVERROR(ENOMEM);
-    while (code >= 0 && (code = avcodec_receive_packet(m_encoder.get(), packet.get())) >= 0) {
-        packet->stream_index = m_target->index;
-        av_packet_rescale_ts(packet.get(), m_encoder->time_base, m_target->time_base);
-        code = av_interleaved_write_frame(m_output.context(), packet.get());
-    }
-    return code == AVERROR(EAGAIN) || code == AVERROR_EOF ? 0 : code;
-}
-
-/// Empties decoder, resampler and encoder, in this order.
+/// Empties resampler and encoder.
 int AudioConverter::finish() {
-    if (const int code = decode(nullptr); code < 0)
-        return code;
     if (m_resampler) {
         const Frame nothing(av_frame_alloc());
         if (!nothing)
@@ -283,44 +193,29 @@ int AudioConverter::finish() {
         if (const int code = resample(*nothing); code < 0)
             return code;
     }
-    if (const int code = encodeReady(true); code < 0)
-        return code;
-    if (const int code = avcodec_send_frame(m_encoder.get(), nullptr); code < 0)
-        return code;
-    return writePackets();
+    return m_encoder->finish(m_sink);
 }
 
-Result<void> AudioConverter::convert(const std::function<bool(double)>& progress) {
-    const Packet packet(av_packet_alloc());
-    int code = packet ? 0 : AVERROR(ENOMEM);
-    const double total = m_input.duration > 0 ? static_cast<double>(m_input.duration) * 1e-6 : 0;
-    while (code >= 0 && (code = av_read_frame(&m_input, packet.get())) >= 0) {
-        if (packet->stream_index == m_stream.index)
-            code = decode(packet.get());
-        av_packet_unref(packet.get());
-        const double done = static_cast<double>(m_written) / m_encoder->sample_rate;
-        if (progress && !progress(total > 0 ? std::min(done / total, 1.0) : 0))
-            return failure(ErrorCode::Cancelled, QString::fromLatin1(kConvertText));
-    }
-    if (code == AVERROR_EOF)
-        code = finish();
+Result<void> AudioConverter::convert(const Progress& progress) {
+    const int code = decodeAll(progress);
+    if (m_cancelled)
+        return failure(ErrorCode::Cancelled, kConvertAudio);
     if (code < 0)
-        return m_output.failed(kConvertText, code);
-    if (m_written == 0)
-        return tl::unexpected(
-            audioError(ErrorCode::InvalidData, m_path, QStringLiteral("nothing could be decoded")));
+        return m_output.failed(kConvertAudio, m_writeCode < 0 ? m_writeCode : code);
+    if (m_encoder->samples() == 0)
+        return audioError(ErrorCode::InvalidData, m_path, nothingDecoded(*m_decoder));
     return {};
 }
 
 Notes AudioConverter::notes() const {
     Notes notes;
-    if (!m_lossless)
-        notes << QStringLiteral("The sound was encoded again as AAC: M4A does not hold %1")
-                     .arg(QString::fromLatin1(avcodec_get_name(m_stream.codecpar->codec_id)));
-    if (m_rounded)
-        notes << QStringLiteral("Samples stored with 24 bits: M4A holds no more without loss");
-    if (m_damaged > 0)
-        notes << QStringLiteral("Damaged pieces of the sound left out: %1").arg(m_damaged);
+    const bool lossless = isLossless(*m_stream.codecpar);
+    if (!lossless)
+        notes << Message(kAudioBecameAac, {codecName(m_stream.codecpar->codec_id)});
+    if (lossless && isFinerThanAlac(m_decoder->context()))
+        notes << kSamplesBecame24Bits;
+    if (m_decoder->damaged() > 0)
+        notes << Message(kDamagedPackets, {QString::number(m_decoder->damaged())});
     return notes;
 }
 
@@ -345,8 +240,8 @@ Result<Notes> convertAudio(FileInput& input, const AVStream& stream, const QStri
 
 } // namespace
 
-Result<Notes> exportAudio(const QString& source, const QString& target,
-                          const std::function<bool(double)>& progress) {
+Result<Notes> convertToM4a(const QString& source, const QString& target,
+                           const std::function<bool(double)>& progress) {
     Result<FileReader> reader = FileReader::open(source);
     if (!reader)
         return tl::unexpected(reader.error());
@@ -354,13 +249,11 @@ Result<Notes> exportAudio(const QString& source, const QString& target,
     if (!input)
         return tl::unexpected(input.error());
     if (!(*input)->findStreamInfo(StreamsOfUse::Audio))
-        return tl::unexpected(audioError(ErrorCode::InvalidData, source,
-                                         QStringLiteral("the streams cannot be read")));
+        return audioError(ErrorCode::InvalidData, source, kStreamsUnreadable);
     AVFormatContext& context = *(*input)->context();
     const int best = av_find_best_stream(&context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (best < 0)
-        return tl::unexpected(
-            audioError(ErrorCode::NotSupported, source, QStringLiteral("there is no sound")));
+        return audioError(ErrorCode::NotSupported, source, kNoAudioTrack);
     if (isHeldByM4a(context.streams[best]->codecpar->codec_id)) {
         if (auto copied = remuxAudio(source, target, progress); !copied)
             return tl::unexpected(copied.error());

@@ -3,14 +3,12 @@
 
 #include "platform/foundation/result.h"
 
-#include <QStringList>
-
 #include <functional>
 
 namespace clipheave::platform {
 
-/// See MediaEngine::soundToM4a.
-[[nodiscard]] Result<Notes> exportAudio(const QString& source, const QString& target,
-                                        const std::function<bool(double)>& progress);
+/// See MediaEngine::audioToM4a.
+[[nodiscard]] Result<Notes> convertToM4a(const QString& source, const QString& target,
+                                         const std::function<bool(double)>& progress);
 
 } // namespace clipheave::platform

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/export/export_runner.h"
 
-#include "platform/engine/export/export_audio.h"
-#include "platform/engine/export/export_copy.h"
-#include "platform/engine/export/export_muxer.h"
-#include "platform/engine/export/export_video.h"
+#include "platform/engine/export/audio_lane.h"
+#include "platform/engine/export/copy_lane.h"
+#include "platform/engine/export/lane_writer.h"
+#include "platform/engine/export/video_lane.h"
+#include "platform/engine/messages.h"
 #include "platform/engine/plan/export_plan_reader.h"
 #include "platform/foundation/file_manager.h"
 
@@ -15,12 +16,10 @@ namespace clipheave::platform {
 
 namespace {
 
-constexpr int kMostThreads = 64;
-
 /// The threads that fill the lanes; stopped and joined at the end.
 class LaneThreads {
 public:
-    explicit LaneThreads(ExportLanes& lanes) : m_lanes(lanes) {}
+    explicit LaneThreads(PacketLanes& lanes) : m_lanes(lanes) {}
     ~LaneThreads() {
         m_lanes.stop();
         for (std::thread& thread : m_threads)
@@ -34,7 +33,7 @@ public:
     }
 
 private:
-    ExportLanes& m_lanes;
+    PacketLanes& m_lanes;
     std::vector<std::thread> m_threads;
 };
 
@@ -47,12 +46,11 @@ Result<void> checkTarget(const ExportPlan& plan, const QString& target) {
         return std::any_of(segments.begin(), segments.end(), isTarget);
     };
     if ((plan.video && reads(plan.video->segments)) || (plan.audio && reads(plan.audio->segments)))
-        return failure(ErrorCode::InvalidArgument, QStringLiteral("export"), target,
-                       QStringLiteral("the target is a source"));
+        return failure(ErrorCode::InvalidArgument, kRunExport, target, kTargetIsSource);
     return {};
 }
 
-void runLanes(const ExportPlan& plan, PlannedExport& planned, int threads, ExportLanes& lanes,
+void runLanes(const ExportPlan& plan, PlannedExport& planned, int threads, PacketLanes& lanes,
               LaneThreads& running) {
     std::size_t lane = 0;
     if (!planned.video.empty()) {
@@ -75,11 +73,6 @@ void runLanes(const ExportPlan& plan, PlannedExport& planned, int threads, Expor
 
 } // namespace
 
-int threadsOf(const ExportResources& resources) {
-    const int cores = static_cast<int>(std::max(std::thread::hardware_concurrency(), 1u));
-    return std::clamp(resources.threads > 0 ? resources.threads : cores, 1, kMostThreads);
-}
-
 Result<Notes> runExportPlan(const ExportPlan& plan, const QString& target,
                             const ExportResources& resources,
                             const std::function<bool(double)>& progress) {
@@ -91,7 +84,7 @@ Result<Notes> runExportPlan(const ExportPlan& plan, const QString& target,
     const int threads = threadsOf(resources);
     const auto count = static_cast<std::size_t>(!planned->video.empty()) +
                        static_cast<std::size_t>(!planned->audio.empty());
-    ExportLanes lanes(count);
+    PacketLanes lanes(count);
     Result<void> written;
     {
         LaneThreads running(lanes);

@@ -4,14 +4,9 @@
 #include "platform/foundation/result.h"
 #include "platform/media/model/export_plan.h"
 
-#include <QStringList>
-
 #include <functional>
 
 namespace clipheave::platform {
-
-/// At least one.
-[[nodiscard]] int threadsOf(const ExportResources& resources);
 
 /// See MediaEngine::runExport.
 [[nodiscard]] Result<Notes> runExportPlan(const ExportPlan& plan, const QString& target,

@@ -2,9 +2,10 @@
 #include "platform/engine/export/remux.h"
 
 #include "platform/engine/io/chapters.h"
-#include "platform/engine/io/error_texts.h"
+#include "platform/engine/io/container_codecs.h"
 #include "platform/engine/io/file_input.h"
 #include "platform/engine/io/file_output.h"
+#include "platform/engine/messages.h"
 #include "platform/foundation/file_manager.h"
 
 #include <algorithm>
@@ -19,29 +20,21 @@ constexpr int kPacketsBetweenReports = 32;
 /// Packets may look far ahead for their codec parameters: the file is read in full anyway.
 constexpr std::int64_t kRemuxProbeBytes = 16 << 20;
 
-/// The streams as a text for the user: "subtitle (subrip)".
+/// Returns a stream as a text for users: "subtitle (subrip)".
 QString streamText(const AVCodecParameters& codec) {
     const char* type = av_get_media_type_string(codec.codec_type);
     return QString::fromLatin1(type != nullptr ? type : "unknown") + QStringLiteral(" (") +
            QString::fromLatin1(avcodec_get_name(codec.codec_id)) + u')';
 }
 
-/// The tag of the source where the target knows it for this codec, else the target's own.
-std::uint32_t targetTag(const AVOutputFormat& format, const AVCodecParameters& codec) {
-    unsigned known = 0;
-    const bool kept = av_codec_get_id(format.codec_tag, codec.codec_tag) == codec.codec_id ||
-                      av_codec_get_tag2(format.codec_tag, codec.codec_id, &known) == 0;
-    return kept ? codec.codec_tag : 0;
-}
-
-/// VP8 has a code in this family, but nothing that describes it; the muxer refuses it late.
+/// VP8 has a code in this family, but no box that describes it; the muxer refuses it late.
 bool holds(const AVOutputFormat& format, AVCodecID codec) {
     return codec != AV_CODEC_ID_VP8 && holdsCodec(format, codec, FF_COMPLIANCE_NORMAL);
 }
 
 enum class StreamChoice { All, Audio };
 
-/// Keeps the streams that are not wanted from giving packets, and from being added.
+/// Discards the streams that are not wanted: they give no packets and are not added.
 void chooseStreams(AVFormatContext& source, StreamChoice choice) {
     if (choice == StreamChoice::All)
         return;
@@ -68,22 +61,24 @@ Result<Notes> addStreams(AVFormatContext& source, FileOutput& output, UnheldStre
             continue;
         const AVOutputFormat& format = *output.context()->oformat;
         if (!holds(format, from.codecpar->codec_id)) {
-            const bool leaves = unheld == UnheldStreams::LeaveOut && mayBeLeftOut(from);
-            if (leaves)
-                leftOut << streamText(*from.codecpar);
+            const AVCodecParameters& codec = *from.codecpar;
+            if (unheld == UnheldStreams::LeaveOut && mayBeLeftOut(from))
+                leftOut << streamText(codec);
+            else if (codec.codec_id == AV_CODEC_ID_NONE)
+                return failure(ErrorCode::NotSupported, kCopyStreams, path, noDecoder(codec));
             else
-                refused << codecText(from.codecpar->codec_id);
+                refused << codecName(codec.codec_id);
             from.discard = AVDISCARD_ALL;
             continue;
         }
         AVStream* to = avformat_new_stream(output.context(), nullptr);
         if (to == nullptr || avcodec_parameters_copy(to->codecpar, from.codecpar) < 0)
-            return output.failed("copy the streams", AVERROR(ENOMEM));
-        to->codecpar->codec_tag = targetTag(format, *from.codecpar);
+            return output.failed(kCopyStreams, AVERROR(ENOMEM));
+        to->codecpar->codec_tag = codecTag(format, *from.codecpar);
         to->time_base = from.time_base;
         to->avg_frame_rate = from.avg_frame_rate;
-        // Where container and codec disagree the container's shape is the one that is shown; the
-        // writer takes but one.
+        // Where container and codec disagree about the aspect ratio the container's is shown; the
+        // muxer takes only one.
         to->sample_aspect_ratio = av_guess_sample_aspect_ratio(&source, &from, nullptr);
         to->codecpar->sample_aspect_ratio = to->sample_aspect_ratio;
         to->disposition = from.disposition;
@@ -95,16 +90,15 @@ Result<Notes> addStreams(AVFormatContext& source, FileOutput& output, UnheldStre
         }
     }
     if (!refused.isEmpty())
-        return cannotHold("copy the streams", *output.context(), refused);
+        return cannotHold(kCopyStreams, *output.context(), refused);
     if (output.context()->nb_streams == 0)
-        return failure(ErrorCode::NotSupported, QStringLiteral("copy the streams"), path,
-                       QStringLiteral("there are none"));
+        return failure(ErrorCode::NotSupported, kCopyStreams, path, kNoStream);
     if (leftOut.isEmpty())
         return Notes();
-    return Notes{QStringLiteral("not carried over: ") + leftOut.join(QStringLiteral(", "))};
+    return Notes{Message(kStreamsLeftOut, {leftOut.join(QStringLiteral(", "))})};
 }
 
-/// Keeps the timestamps of one stream as a writer must have them: present and rising.
+/// Makes the timestamps of one stream what a muxer needs: present and rising.
 class TimestampRepair {
 public:
     TimestampRepair(const AVStream& stream, const AVFormatContext& source)
@@ -125,7 +119,7 @@ public:
         packet.pts -= m_shift;
         packet.dts -= m_shift;
     }
-    /// Into the writer's units, which may be coarser: rising there too.
+    /// Converts to the muxer's units, which may be coarser: rising there too.
     void rescale(AVPacket& packet, AVRational from, AVRational to) {
         av_packet_rescale_ts(&packet, from, to);
         if (m_written != kNoTimestamp && packet.dts <= m_written)
@@ -139,11 +133,11 @@ private:
     std::int64_t m_last = kNoTimestamp, m_lastDuration = 1, m_written = kNoTimestamp;
 };
 
-/// Counts what is written and what the writer finds to be no data of its codec.
+/// Counts what is written and what the muxer finds to be no data of its codec.
 struct PacketCount {
     int written = 0, damaged = 0;
 
-    /// The code that the copying goes on with.
+    /// Returns the code that the copying goes on with.
     int add(int code, bool holdsData) {
         if (code == AVERROR_INVALIDDATA) {
             ++damaged;
@@ -187,15 +181,14 @@ Result<int> copyPackets(AVFormatContext& source, FileOutput& output,
         const bool holdsData = packet->size > 0;
         code = packets.add(av_interleaved_write_frame(output.context(), packet.get()), holdsData);
         if (progress && count % kPacketsBetweenReports == 0 && !progress(done))
-            return failure(ErrorCode::Cancelled, QStringLiteral("copy the streams"));
+            return failure(ErrorCode::Cancelled, kCopyStreams);
     }
     if (code != AVERROR_EOF)
-        return output.failed("copy the streams", code);
+        return output.failed(kCopyStreams, code);
     if (packets.damaged > packets.written)
-        return output.failed("copy the streams", AVERROR_INVALIDDATA);
+        return output.failed(kCopyStreams, AVERROR_INVALIDDATA);
     if (packets.written == 0)
-        return failure(ErrorCode::InvalidData, QStringLiteral("copy the streams"), {},
-                       QStringLiteral("there is nothing in them"));
+        return failure(ErrorCode::InvalidData, kCopyStreams, {}, kStreamsEmpty);
     return packets.damaged;
 }
 
@@ -204,8 +197,7 @@ Result<Notes> remuxStreams(const QString& source, const QString& target, RemuxTa
                            const std::function<bool(double)>& progress) {
     // Opening the target empties it.
     if (NSFileManager::defaultManager().isSameFile(source, target))
-        return failure(ErrorCode::InvalidArgument, QStringLiteral("copy the streams"), target,
-                       QStringLiteral("the target is the source"));
+        return failure(ErrorCode::InvalidArgument, kCopyStreams, target, kTargetIsSource);
     Result<FileReader> reader = FileReader::open(source);
     if (!reader)
         return tl::unexpected(reader.error());
@@ -216,7 +208,7 @@ Result<Notes> remuxStreams(const QString& source, const QString& target, RemuxTa
     from.flags |= AVFMT_FLAG_GENPTS;
     from.probesize = kRemuxProbeBytes;
     if (!(*input)->findStreamInfo())
-        return failure(ErrorCode::InvalidData, QStringLiteral("read the streams"), source);
+        return failure(ErrorCode::InvalidData, kReadStreams, source);
 
     chooseStreams(from, choice);
     auto output = FileOutput::create(kind == RemuxTarget::QuickTimeMovie ? "mov" : "mp4", target);
@@ -231,13 +223,13 @@ Result<Notes> remuxStreams(const QString& source, const QString& target, RemuxTa
     if (auto begun = (*output)->writeHeader(options); !begun) {
         const QStringList refused = refusedCodecs(*(*output)->context());
         return refused.isEmpty() ? tl::unexpected(begun.error())
-                                 : cannotHold("copy the streams", *(*output)->context(), refused);
+                                 : cannotHold(kCopyStreams, *(*output)->context(), refused);
     }
     const auto damaged = copyPackets(from, **output, progress);
     if (!damaged)
         return tl::unexpected(damaged.error());
     if (*damaged > 0)
-        notes->append(QStringLiteral("damaged pieces left out: %1").arg(*damaged));
+        notes->append(Message(kDamagedPackets, {QString::number(*damaged)}));
     if (progress)
         progress(1);
     if (auto finished = (*output)->finish(); !finished)

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/export/video_writer.h"
 
+#include "platform/engine/convert/frame_filter.h"
 #include "platform/engine/encode/video_encoder.h"
-#include "platform/engine/export/export_muxer.h"
-#include "platform/engine/export/export_runner.h"
+#include "platform/engine/export/lane_writer.h"
 #include "platform/engine/io/bounded_queue.h"
+#include "platform/engine/messages.h"
+#include "platform/engine/plan/export_plan_reader.h"
 
 #include <algorithm>
 #include <thread>
@@ -19,7 +21,6 @@ constexpr std::size_t kVideoLane = 0;
 constexpr std::int64_t kWaitingVideoBytes = 64 << 20;
 constexpr std::int64_t kMostWaitingVideo = 64, kLeastWaitingVideo = 2;
 constexpr AVRational kUsualVideoRate{25, 1};
-constexpr const char* kNoFrameText = "no picture was given";
 
 std::size_t waitingFor(QSize size) {
     const std::int64_t bytes = std::int64_t{size.width()} * size.height() * 4;
@@ -28,13 +29,17 @@ std::size_t waitingFor(QSize size) {
                    kMostWaitingVideo));
 }
 
-tl::unexpected<Error> videoError(ErrorCode code, const QString& detail) {
-    return failure(code, QStringLiteral("write the film"), {}, detail);
+tl::unexpected<Error> videoError(ErrorCode code, const Message& detail) {
+    return failure(code, kWriteVideo, {}, detail);
+}
+
+QStringList sides(QSize size) {
+    return {QString::number(size.width()), QString::number(size.height())};
 }
 
 AVRational aspectOfBuffer(const CVPixelBuffer& buffer) {
-    const bool told = buffer.pixelAspectWidth > 0 && buffer.pixelAspectHeight > 0;
-    return told ? AVRational{buffer.pixelAspectWidth, buffer.pixelAspectHeight} : AVRational{1, 1};
+    const bool given = buffer.pixelAspectWidth > 0 && buffer.pixelAspectHeight > 0;
+    return given ? AVRational{buffer.pixelAspectWidth, buffer.pixelAspectHeight} : AVRational{1, 1};
 }
 
 /// Borrows the frame's memory and keeps it alive.
@@ -60,12 +65,12 @@ Frame frameOfBuffer(const std::shared_ptr<CVPixelBuffer>& buffer) {
     return frame;
 }
 
-/// The video's look for its first frame: another size than the video's is fitted into it.
-FrameFormat lookFor(const VideoWriterSettings& settings, const CVPixelBuffer& first) {
-    FrameFormat look = standardLook(settings.size.width(), settings.size.height());
+/// Returns the format of the video for its first frame; one of another size is fitted into it.
+FrameFormat formatFor(const VideoWriterSettings& settings, const CVPixelBuffer& first) {
+    FrameFormat format = standardFormat(settings.size.width(), settings.size.height());
     if (first.size() == settings.size)
-        look.aspect = aspectOfBuffer(first);
-    return look;
+        format.aspect = aspectOfBuffer(first);
+    return format;
 }
 
 AVRational timeBaseFor(const CMSampleBuffer& first) {
@@ -104,9 +109,7 @@ public:
         m_finished = true;
         return m_written;
     }
-    void cancel() override {
-        stop({ErrorCode::Cancelled, QStringLiteral("write the film"), {}, {}});
-    }
+    void cancel() override { stop({ErrorCode::Cancelled, kWriteVideo, {}, {}}); }
     std::optional<Error> failure() const override {
         return m_lanes.stopped() ? std::optional(m_lanes.error()) : std::nullopt;
     }
@@ -117,7 +120,7 @@ private:
     void join();
     void encode();
     void write();
-    [[nodiscard]] bool place(TimedFrame videoFrame);
+    [[nodiscard]] bool place(TimedFrame timed);
     void feed(CMSampleBuffer sample, FrameFilter& filter);
     [[nodiscard]] Result<void> feedAll(CMSampleBuffer sample, FrameFilter& filter);
     [[nodiscard]] Result<void> push(const CMSampleBuffer& sample, Ticks end, FrameFilter& filter);
@@ -125,7 +128,7 @@ private:
     const VideoWriterSettings m_settings;
     const QString m_target;
     const int m_threads;
-    ExportLanes m_lanes;
+    PacketLanes m_lanes;
     BoundedQueue<CMSampleBuffer> m_input; ///< as they were appended
     FrameQueue m_frames;                  ///< in the colours of the video
     std::optional<FramePacer> m_pacer;    ///< of the feeding thread
@@ -139,23 +142,17 @@ private:
 
 Result<void> EncodedVideo::check(const CMSampleBuffer& sample) const {
     if (sample.imageBuffer == nullptr)
-        return videoError(ErrorCode::InvalidArgument, QStringLiteral("a sample without a picture"));
+        return videoError(ErrorCode::InvalidArgument, kSampleWithoutFrame);
     const QSize size = sample.imageBuffer->size();
     if (!m_frameSize.isEmpty() && size != m_frameSize)
-        return videoError(ErrorCode::InvalidArgument, QStringLiteral("a picture of %1 x %2 pixels "
-                                                                     "in a film of %3 x %4")
-                                                          .arg(size.width())
-                                                          .arg(size.height())
-                                                          .arg(m_frameSize.width())
-                                                          .arg(m_frameSize.height()));
+        return videoError(ErrorCode::InvalidArgument,
+                          {kFrameSizeChanges, sides(size) + sides(m_frameSize)});
     const auto start = ticksOf(sample.presentationTimeStamp);
     const auto length = ticksOf(sample.duration);
     if (!start || (length && *length < 0))
-        return videoError(ErrorCode::InvalidArgument,
-                          QStringLiteral("a picture without a valid time"));
+        return videoError(ErrorCode::InvalidArgument, kFrameWithoutTime);
     if (m_last.timescale > 0 && CMTimeCompare(sample.presentationTimeStamp, m_last) <= 0)
-        return videoError(ErrorCode::InvalidArgument,
-                          QStringLiteral("a picture that is not later than the one before"));
+        return videoError(ErrorCode::InvalidArgument, kFrameNotLater);
     return {};
 }
 
@@ -164,8 +161,7 @@ Result<void> EncodedVideo::append(const CMSampleBuffer& sample) {
         return tl::unexpected(*failed);
     if (m_finished || !m_input.hasRoom())
         return videoError(m_finished ? ErrorCode::InvalidArgument : ErrorCode::LimitExceeded,
-                          m_finished ? QStringLiteral("the film is complete")
-                                     : QStringLiteral("too many pictures wait"));
+                          m_finished ? kVideoIsComplete : kTooManyFramesWait);
     if (auto checked = check(sample); !checked) {
         stop(checked.error());
         return checked;
@@ -202,16 +198,13 @@ void EncodedVideo::write() {
 void EncodedVideo::encode() {
     auto first = m_input.pop();
     if (!first) {
-        stop({ErrorCode::InvalidArgument,
-              QStringLiteral("write the film"),
-              {},
-              QString::fromLatin1(kNoFrameText)});
+        stop({ErrorCode::InvalidArgument, kWriteVideo, {}, kNoFrameGiven});
         return;
     }
-    const FrameFormat look = lookFor(m_settings, *first->imageBuffer);
+    const FrameFormat format = formatFor(m_settings, *first->imageBuffer);
     const AVRational base = timeBaseFor(*first);
     auto encoder =
-        VideoEncoder::open(look, ExportVideo(), base, rateFor(*first), encoderThreads(m_threads));
+        VideoEncoder::open(format, ExportVideo(), base, rateFor(*first), encoderThreads(m_threads));
     auto track = encoder ? (*encoder)->track() : tl::unexpected(encoder.error());
     if (!track)
         return stop(track.error());
@@ -219,7 +212,7 @@ void EncodedVideo::encode() {
     if (!m_lanes.announce(kVideoLane, std::move(*track)))
         return;
     m_pacer.emplace(base, false);
-    FrameFilter filter(look, 0, false, m_threads);
+    FrameFilter filter(nullptr, format, Orientation(), m_threads);
     std::thread feeding([&] { feed(std::move(*first), filter); });
     encodeFrames(**encoder, m_frames, m_lanes, kVideoLane);
     feeding.join();
@@ -245,22 +238,21 @@ Result<void> EncodedVideo::feedAll(CMSampleBuffer sample, FrameFilter& filter) {
     }
     if (m_lanes.stopped())
         return {};
-    const Ticks told = ticksOf(sample.duration).value_or(0);
+    const Ticks given = ticksOf(sample.duration).value_or(0);
     const Ticks start = ticksOf(sample.presentationTimeStamp).value_or(0);
-    if (auto pushed = push(sample, start + (told > 0 ? told : length), filter); !pushed)
+    if (auto pushed = push(sample, start + (given > 0 ? given : length), filter); !pushed)
         return pushed;
-    const int code =
-        filter.finish([this](TimedFrame videoFrame) { return place(std::move(videoFrame)); });
+    const int code = filter.finish([this](TimedFrame timed) { return place(std::move(timed)); });
     if (code < 0 && code != AVERROR_EXIT)
-        return videoError(ErrorCode::Io, ffmpegText(code));
+        return videoError(ErrorCode::Io, ffmpegReason(code));
     if (!m_anyPlaced && !m_lanes.stopped())
-        return videoError(ErrorCode::InvalidArgument, QString::fromLatin1(kNoFrameText));
+        return videoError(ErrorCode::InvalidArgument, kNoFrameGiven);
     return {};
 }
 
-bool EncodedVideo::place(TimedFrame videoFrame) {
+bool EncodedVideo::place(TimedFrame timed) {
     m_anyPlaced = true;
-    return m_pacer->place(std::move(videoFrame), [this](StampedFrame stamped) {
+    return m_pacer->place(std::move(timed), [this](StampedFrame stamped) {
         return m_frames.push(std::move(stamped));
     }) >= 0;
 }
@@ -268,14 +260,14 @@ bool EncodedVideo::place(TimedFrame videoFrame) {
 Result<void> EncodedVideo::push(const CMSampleBuffer& sample, Ticks end, FrameFilter& filter) {
     if (end <= 0)
         return {};
-    TimedFrame videoFrame{frameOfBuffer(sample.imageBuffer)};
-    videoFrame.start = std::max<Ticks>(ticksOf(sample.presentationTimeStamp).value_or(0), 0);
-    videoFrame.end = end;
+    TimedFrame timed{frameOfBuffer(sample.imageBuffer)};
+    timed.start = std::max<Ticks>(ticksOf(sample.presentationTimeStamp).value_or(0), 0);
+    timed.end = end;
     int code = AVERROR(ENOMEM);
-    if (videoFrame.frame)
-        code = filter.push(std::move(videoFrame), aspectOfBuffer(*sample.imageBuffer),
+    if (timed.frame)
+        code = filter.push(std::move(timed), aspectOfBuffer(*sample.imageBuffer),
                            [this](TimedFrame filtered) { return place(std::move(filtered)); });
-    return code < 0 && code != AVERROR_EXIT ? videoError(ErrorCode::Io, ffmpegText(code))
+    return code < 0 && code != AVERROR_EXIT ? videoError(ErrorCode::Io, ffmpegReason(code))
                                             : Result<void>();
 }
 
@@ -287,9 +279,7 @@ Result<std::unique_ptr<VideoWriter>> makeVideoWriter(const VideoWriterSettings& 
     const QSize size = settings.size;
     if (size.width() < 2 || size.height() < 2 || size.width() > CVPixelBuffer::kMostSide ||
         size.height() > CVPixelBuffer::kMostSide)
-        return videoError(
-            ErrorCode::InvalidArgument,
-            QStringLiteral("pictures of %1 x %2 pixels").arg(size.width()).arg(size.height()));
+        return videoError(ErrorCode::InvalidArgument, {kFrameSizeOutOfRange, sides(size)});
     return std::make_unique<EncodedVideo>(settings, target, threadsOf(resources));
 }
 

@@ -5,7 +5,7 @@
 
 namespace clipheave::platform {
 
-/// See MediaEngine::writeFilm.
+/// See MediaEngine::openVideoWriter.
 [[nodiscard]] Result<std::unique_ptr<VideoWriter>>
 makeVideoWriter(const VideoWriterSettings& settings, const QString& target,
                 const ExportResources& resources);

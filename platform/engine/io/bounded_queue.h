@@ -10,8 +10,8 @@
 
 namespace clipheave::platform {
 
-/// Things on their way from one thread to another, few at a time. Both sides return at once when
-/// `stopped` says so: it is asked at every wake() and every 50 ms.
+/// Hands things from one thread to another, few at a time. Both sides return at once when `stopped`
+/// says so: it is asked at every wake() and every 50 ms.
 template <class T> class BoundedQueue {
 public:
     BoundedQueue(std::size_t most, std::function<bool()> stopped)
@@ -32,13 +32,13 @@ public:
         const std::lock_guard lock(m_mutex);
         return m_things.size() < m_most;
     }
-    /// Nothing more comes.
+    /// Announces that nothing more comes.
     void close() {
         const std::lock_guard lock(m_mutex);
         m_closed = true;
         m_changed.notify_all();
     }
-    /// None at the end, and when it was stopped.
+    /// Waits for the next thing; none at the end and when it was stopped.
     std::optional<T> pop() {
         std::unique_lock lock(m_mutex);
         while (m_things.empty() && !m_closed && !m_stopped())

@@ -12,7 +12,7 @@ namespace {
 constexpr AVRational kStartTimeBase{1, 1'000'000};
 constexpr unsigned kMostChapters = 1 << 16; ///< more than a book has; a lying file may claim more
 
-/// `time` less `start` (in microseconds); kNoTimestamp when that is no number.
+/// Returns `time` less `start` (in microseconds); kNoTimestamp when that overflows.
 std::int64_t fromStart(std::int64_t time, std::int64_t start, AVRational timeBase) {
     if (time == kNoTimestamp)
         return time;

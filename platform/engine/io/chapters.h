@@ -6,9 +6,9 @@
 namespace clipheave::platform {
 
 /// Gives `target`, whose header is not written yet, the chapters of `source`, counted from where
-/// its streams begin. Chapters that lie before that, or end before they start, are left out.
+/// its streams start. Leaves out chapters that lie before that or end before they start.
 void copyChapters(const AVFormatContext& source, AVFormatContext& target);
-/// The same of a file that is opened for it, cut at `seconds`. A file that cannot be read has none.
+/// Does the same with a file that it opens, cut at `seconds`. A file that cannot be read has none.
 void copyChaptersOfFile(const QString& path, double seconds, AVFormatContext& target);
 
 } // namespace clipheave::platform

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "platform/foundation/handles.h"
-
-#include <QString>
+#include "platform/foundation/message.h"
 
 #include <memory>
 
@@ -20,14 +19,15 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
-// The only folder that includes FFmpeg; its types do not leave the module.
+// Handles of the FFmpeg libraries; their types do not leave the module.
 namespace clipheave::platform {
 
 /// Closes what avformat_open_input() opened; the caller's own IO stays.
 using InputFormat = std::unique_ptr<AVFormatContext, Releaser<avformat_close_input>>;
-/// A context for writing; its file is closed by OutputFile.
+/// A context for writing; its file is closed by FileOutput.
 using OutputFormat = std::unique_ptr<AVFormatContext, Releaser<avformat_free_context>>;
 using Codec = std::unique_ptr<AVCodecContext, Releaser<avcodec_free_context>>;
+using CodecParameters = std::unique_ptr<AVCodecParameters, Releaser<avcodec_parameters_free>>;
 using Frame = std::unique_ptr<AVFrame, Releaser<av_frame_free>>;
 using Packet = std::unique_ptr<AVPacket, Releaser<av_packet_free>>;
 using Scaler = std::unique_ptr<SwsContext, Releaser<sws_freeContext>>;
@@ -44,18 +44,19 @@ struct Dictionary {
 
 inline constexpr std::int64_t kNoTimestamp = INT64_MIN; // AV_NOPTS_VALUE
 
-/// What an error code of the libraries means, in plain words.
-[[nodiscard]] QString ffmpegText(int code);
+/// What an error code of the libraries means: a reason in plain words, or the text of the system.
+[[nodiscard]] Message ffmpegReason(int code);
 
-/// Where the presentation of an opened file begins, in microseconds. Deliberate: a start just below
-/// zero is audio that the decoder swallows; 0 stays 0 then, so that frames, audio and chapters
-/// stay where they are. A broadcast whose clock runs over begins up to a day below zero.
+/// Returns where the presentation of an opened file starts, in microseconds. Deliberate: a start
+/// just below zero is audio priming; 0 stays 0 then, so that frames, audio and chapters stay where
+/// they are. A broadcast whose clock wraps around starts up to a day below zero.
 inline std::int64_t startMicroseconds(const AVFormatContext& context) {
     constexpr std::int64_t kLongestPriming = 1'000'000;
     const bool isPriming = context.start_time < 0 && context.start_time > -kLongestPriming;
     return isPriming || context.start_time == kNoTimestamp ? 0 : context.start_time;
 }
 
+/// Returns the value of a rational number in seconds or per second; 0 for one that is not positive.
 inline double seconds(AVRational rational) {
     return rational.num > 0 && rational.den > 0 ? av_q2d(rational) : 0;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/io/file_input.h"
 
+#include "platform/engine/messages.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -14,11 +16,11 @@ namespace {
 
 constexpr std::int64_t kProbeBytes = 512 << 10;
 constexpr std::int64_t kAnalyzeMicroseconds = 2'000'000;
-/// Below this score the demuxer is a guess: text and noise look a little like MPEG audio.
+/// Below this score the demuxer is a guess: text and noise resemble MPEG audio a little.
 constexpr int kLeastProbeScore = 2;
 
-// Containers of audio and frames in motion. Left out on purpose: playlists and everything else
-// that leads to other files, still frames, subtitles, devices.
+// Containers of audio and video. Left out on purpose: playlists and everything else that leads to
+// other files, images, subtitles, devices.
 constexpr char kDemuxers[] =
     "aac,ac3,aiff,amr,amrnb,amrwb,ape,asf,asf_o,au,avi,caf,dirac,dsf,dts,dtshd,dv,eac3,flac,flv,"
     "gxf,"
@@ -100,10 +102,8 @@ std::int64_t FileInput::seek(void* self, std::int64_t offset, int whence) {
 Result<std::unique_ptr<FileInput>> FileInput::open(FileReader& reader, const InputLimits& limits) {
     const auto failed = [&](int code) {
         const bool unknown = code == AVERROR_DEMUXER_NOT_FOUND || code == AVERROR(EINVAL);
-        return failure(unknown ? ErrorCode::NotSupported : ErrorCode::InvalidData,
-                       QStringLiteral("open the media container"), reader.path(),
-                       unknown ? QStringLiteral("no container of sound or film that is read")
-                               : ffmpegText(code));
+        return failure(unknown ? ErrorCode::NotSupported : ErrorCode::InvalidData, kOpenContainer,
+                       reader.path(), unknown ? Message(kUnknownContainer) : ffmpegReason(code));
     };
     std::unique_ptr<FileInput> input(new FileInput(reader, limits));
     const int readAhead = std::max(limits.readAhead, 1 << 10);

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/io/file_output.h"
 
+#include "platform/engine/messages.h"
 #include "platform/foundation/paths.h"
 
 #include <unistd.h>
 
 namespace clipheave::platform {
 
-tl::unexpected<Error> FileOutput::failed(const char* operation, int code) const {
+tl::unexpected<Error> FileOutput::failed(MessageCode operation, int code) const {
     ErrorCode kind = ErrorCode::Io;
     if (code == AVERROR(ENOSPC) || code == AVERROR(EDQUOT))
         kind = ErrorCode::NoSpace;
@@ -17,7 +18,7 @@ tl::unexpected<Error> FileOutput::failed(const char* operation, int code) const 
         kind = ErrorCode::NotFound;
     else if (code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA)
         kind = ErrorCode::InvalidData;
-    return failure(kind, QString::fromLatin1(operation), m_target, ffmpegText(code));
+    return failure(kind, operation, m_target, ffmpegReason(code));
 }
 
 Result<std::unique_ptr<FileOutput>> FileOutput::create(const char* container,
@@ -28,15 +29,15 @@ Result<std::unique_ptr<FileOutput>> FileOutput::create(const char* container,
     const QByteArray url = "file:" + nativePath(target);
     AVFormatContext* context = nullptr;
     if (avformat_alloc_output_context2(&context, nullptr, container, url.constData()) < 0)
-        return failure(ErrorCode::NotSupported, QStringLiteral("create the media file"), target,
-                       QStringLiteral("no writer for ") + QString::fromLatin1(container));
+        return failure(ErrorCode::NotSupported, kCreateMediaFile, target,
+                       {kNoMuxer, {QString::fromLatin1(container)}});
     output->m_context.reset(context);
     // Repeatable output: no dates, no version texts.
     context->flags |= AVFMT_FLAG_BITEXACT;
     const int opened =
         avio_open2(&context->pb, url.constData(), AVIO_FLAG_READ_WRITE, nullptr, nullptr);
     if (opened < 0)
-        return output->failed("create the media file", opened);
+        return output->failed(kCreateMediaFile, opened);
     output->m_native = nativePath(target);
     return output;
 }
@@ -51,7 +52,7 @@ FileOutput::~FileOutput() {
 Result<void> FileOutput::writeHeader(Dictionary& options) {
     const int code = avformat_write_header(m_context.get(), &options.entries);
     if (code < 0)
-        return failed("begin the media file", code);
+        return failed(kBeginMediaFile, code);
     return {};
 }
 
@@ -61,7 +62,7 @@ Result<void> FileOutput::finish() {
     if (code >= 0)
         code = closed;
     if (code < 0)
-        return failed("complete the media file", code);
+        return failed(kCompleteMediaFile, code);
     m_finished = true;
     return {};
 }

@@ -17,9 +17,11 @@ public:
     FileOutput& operator=(const FileOutput&) = delete;
 
     [[nodiscard]] AVFormatContext* context() const { return m_context.get(); }
+    /// `options` are those of the muxer.
     [[nodiscard]] Result<void> writeHeader(Dictionary& options);
+    /// Writes what the container has at its end and closes the file.
     [[nodiscard]] Result<void> finish();
-    [[nodiscard]] tl::unexpected<Error> failed(const char* operation, int code) const;
+    [[nodiscard]] tl::unexpected<Error> failed(MessageCode operation, int code) const;
 
 private:
     FileOutput() = default;

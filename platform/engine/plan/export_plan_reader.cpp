@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/plan/export_plan_reader.h"
 
-#include "platform/engine/io/error_texts.h"
+#include "platform/engine/io/container_codecs.h"
 #include "platform/engine/io/file_input.h"
+#include "platform/engine/messages.h"
 
 #include <QFileInfo>
 
@@ -15,24 +16,23 @@ namespace {
 
 constexpr std::size_t kMostSegments = 100'000;
 
-tl::unexpected<Error> planError(const char* what, const QString& path = {}) {
-    return failure(ErrorCode::InvalidArgument, QStringLiteral("read the export plan"), path,
-                   QString::fromLatin1(what));
+tl::unexpected<Error> planError(MessageCode what, const QString& path = {}) {
+    return failure(ErrorCode::InvalidArgument, kReadExportPlan, path, what);
 }
 
-/// Side data of a video that belongs to its track whatever becomes of the frames' codec.
+/// Side data of a video that belongs to its track whatever codec the frames get.
 bool isKeptSideData(AVPacketSideDataType type) {
     return type == AV_PKT_DATA_MASTERING_DISPLAY_METADATA ||
            type == AV_PKT_DATA_CONTENT_LIGHT_LEVEL || type == AV_PKT_DATA_SPHERICAL ||
            type == AV_PKT_DATA_STEREO3D || type == AV_PKT_DATA_DOVI_CONF;
 }
 
-Result<std::shared_ptr<const SourceFacts>> factsOf(ExportSource& source) {
+Result<std::shared_ptr<const SourceFacts>> factsOf(StreamSource& source) {
     auto facts = std::make_shared<SourceFacts>();
     AVStream& stream = source.stream();
     facts->parameters.reset(avcodec_parameters_alloc());
     if (!facts->parameters || avcodec_parameters_copy(facts->parameters.get(), stream.codecpar) < 0)
-        return source.failed(ErrorCode::Io, ffmpegText(AVERROR(ENOMEM)));
+        return source.failed(ErrorCode::Io, ffmpegReason(AVERROR(ENOMEM)));
     facts->timeBase = stream.time_base;
     facts->frameRate = stream.avg_frame_rate.num > 0 && stream.avg_frame_rate.den > 0
                            ? stream.avg_frame_rate
@@ -53,22 +53,15 @@ Result<std::shared_ptr<const SourceFacts>> factsOf(ExportSource& source) {
     return facts;
 }
 
-Result<void> checkFacts(const ExportSource& source, bool decoded) {
+Result<void> checkFacts(const StreamSource& source, bool decoded) {
     const AVCodecParameters& codec = source.codec();
-    const bool videoFile = codec.codec_type == AVMEDIA_TYPE_VIDEO;
+    const bool video = codec.codec_type == AVMEDIA_TYPE_VIDEO;
     if (decoded && avcodec_find_decoder(codec.codec_id) == nullptr)
-        return source.failed(ErrorCode::NotSupported,
-                             QStringLiteral("no decoder for the %1 (%2)")
-                                 .arg(videoFile ? QStringLiteral("film") : QStringLiteral("sound"),
-                                      codec.codec_id == AV_CODEC_ID_NONE
-                                          ? QStringLiteral("of an unknown coding")
-                                          : codecText(codec.codec_id)));
-    if (videoFile && (codec.width <= 0 || codec.height <= 0))
-        return source.failed(ErrorCode::InvalidData,
-                             QStringLiteral("nothing of the film can be decoded"));
-    if (!videoFile && (codec.sample_rate <= 0 || codec.ch_layout.nb_channels <= 0))
-        return source.failed(ErrorCode::InvalidData,
-                             QStringLiteral("nothing of the sound can be decoded"));
+        return source.failed(ErrorCode::NotSupported, noDecoder(codec));
+    if (video && (codec.width <= 0 || codec.height <= 0))
+        return source.failed(ErrorCode::InvalidData, kNoVideoDecoded);
+    if (!video && (codec.sample_rate <= 0 || codec.ch_layout.nb_channels <= 0))
+        return source.failed(ErrorCode::InvalidData, kNoAudioDecoded);
     return source.checkComplete();
 }
 
@@ -81,13 +74,13 @@ public:
         std::vector<PlannedSegment> planned;
         Ticks end = 0;
         if (segments.empty() || segments.size() > kMostSegments)
-            return planError("a track without a segment, or with too many");
+            return planError(kSegmentCount);
         for (const ExportSegment& segment : segments) {
             const auto stretch = Stretch::of(segment.source, segment.target);
             if (!stretch || segment.stream < 0)
-                return planError("a segment without a valid time", segment.path);
+                return planError(kSegmentTime, segment.path);
             if (stretch->targetStart < end - kSliverTicks)
-                return planError("segments overlap", segment.path);
+                return planError(kSegmentsOverlap, segment.path);
             end = stretch->targetEnd;
             PlannedSegment& added = planned.emplace_back();
             added.path = segment.path;
@@ -103,7 +96,7 @@ private:
     Result<void> addFacts(PlannedSegment& segment, bool keepOpen) {
         auto& known = m_facts[{segment.path, segment.stream}];
         if (known == nullptr) {
-            auto source = ExportSource::open(segment.path, m_type, segment.stream);
+            auto source = StreamSource::open(segment.path, m_type, segment.stream);
             if (!source)
                 return tl::unexpected(source.error());
             if (auto checked = checkFacts(**source, m_decoded); !checked)
@@ -124,19 +117,19 @@ private:
     std::map<std::pair<QString, int>, std::shared_ptr<const SourceFacts>> m_facts;
 };
 
-Result<void> readTurns(const ExportVideo& video, std::vector<PlannedSegment>& segments) {
+Result<void> readOrientations(const ExportVideo& video, std::vector<PlannedSegment>& segments) {
     const std::vector<int>& turns = video.turns;
     const std::vector<bool>& mirrored = video.mirrored;
     const auto isCount = [&segments](std::size_t n) { return n <= 1 || n == segments.size(); };
     if (!isCount(turns.size()) || !isCount(mirrored.size()))
-        return planError("as many turns as segments are needed");
+        return planError(kRotationCount);
     for (std::size_t i = 0; i < segments.size() && !mirrored.empty(); ++i)
-        segments[i].mirrored = mirrored[mirrored.size() == 1 ? 0 : i];
+        segments[i].orientation.mirrored = mirrored[mirrored.size() == 1 ? 0 : i];
     for (std::size_t i = 0; i < segments.size() && !turns.empty(); ++i) {
-        const int turn = turns.size() == 1 ? turns.front() : turns[i];
-        if (turn != 0 && turn != 90 && turn != 180 && turn != 270)
-            return planError("pictures are turned by quarters only");
-        segments[i].turn = turn;
+        const int degrees = turns.size() == 1 ? turns.front() : turns[i];
+        if (degrees != 0 && degrees != 90 && degrees != 180 && degrees != 270)
+            return planError(kRotationValue);
+        segments[i].orientation.degrees = degrees;
     }
     return {};
 }
@@ -148,24 +141,24 @@ Result<void> checkVideo(const ExportVideo& video) {
                        size.height() <= kLargestSide && size.width() % 2 == 0 &&
                        size.height() % 2 == 0;
     if (!size.isEmpty() && !valid)
-        return planError("the picture size is not even or too large");
+        return planError(kPlannedFrameSize);
     if (video.frameDuration) {
         const auto ticks = ticksOf(*video.frameDuration);
         if (!ticks || *ticks < kTicksPerSecond / 1000 || *ticks > kTicksPerSecond * 60 ||
             video.frameDuration->value > INT32_MAX)
-            return planError("the frame duration is out of range");
+            return planError(kPlannedFrameDuration);
     }
     if (video.bitRate < 0 || video.bitRate > 1'000'000'000 || video.crf < 0 || video.crf > 51)
-        return planError("the quality is out of range");
+        return planError(kPlannedQuality);
     return {};
 }
 
 Result<void> checkAudio(const ExportAudio& audio) {
     const bool plain = audio.volume == 1;
     if (!(audio.volume >= 0 && audio.volume <= 100) || audio.channels < 0 || audio.bitRate <= 0)
-        return planError("the sound's settings are out of range");
+        return planError(kPlannedAudio);
     if (audio.mode == ExportMode::Copy && !plain)
-        return planError("copied sound keeps its volume");
+        return planError(kCopiedAudioVolume);
     return {};
 }
 
@@ -175,11 +168,10 @@ Result<void> readAudio(const ExportPlan& plan, PlannedExport& planned) {
     const bool decoded = plan.audio->mode == ExportMode::Encode && plan.audio->volume > 0;
     auto segments = TrackReader(AVMEDIA_TYPE_AUDIO, decoded).read(plan.audio->segments);
     if (!segments && segments.error().code == ErrorCode::NotSupported && plan.video) {
-        // The video is worth having without an audio track that is not there or that nothing can
-        // play.
-        planned.notes << QStringLiteral("%1: %2; left out")
-                             .arg(QFileInfo(segments.error().path).fileName(),
-                                  segments.error().detail.text());
+        // The video is worth having without an audio track that is missing or that nothing decodes.
+        const Error& error = segments.error();
+        planned.notes << Message(kAudioLeftOut,
+                                 {QFileInfo(error.path).fileName(), error.detail.text()});
         return {};
     }
     if (!segments)
@@ -207,9 +199,9 @@ QByteArray creationTimeOf(const QString& path) {
 Result<PlannedExport> readExportPlan(const ExportPlan& plan) {
     PlannedExport planned;
     if (!plan.video && !plan.audio)
-        return planError("neither film nor sound");
+        return planError(kPlanIsEmpty);
     if (plan.video && plan.container == ExportContainer::M4A)
-        return planError("M4A holds no film");
+        return planError(kM4aHoldsNoVideo);
     if (plan.video) {
         if (auto valid = checkVideo(*plan.video); !valid)
             return tl::unexpected(valid.error());
@@ -218,8 +210,8 @@ Result<PlannedExport> readExportPlan(const ExportPlan& plan) {
         if (!segments)
             return tl::unexpected(segments.error());
         planned.video = std::move(*segments);
-        if (auto turned = readTurns(*plan.video, planned.video); !turned)
-            return tl::unexpected(turned.error());
+        if (auto read = readOrientations(*plan.video, planned.video); !read)
+            return tl::unexpected(read.error());
         planned.end = planned.video.back().stretch.targetEnd;
     }
     if (plan.audio)
@@ -229,12 +221,6 @@ Result<PlannedExport> readExportPlan(const ExportPlan& plan) {
         planned.end = std::max(planned.end, planned.audio.back().stretch.targetEnd);
     planned.creationTime = creationTimeOf(plan.headerDatesOf);
     return planned;
-}
-
-Result<std::unique_ptr<ExportSource>> openSegment(PlannedSegment& segment, AVMediaType type) {
-    if (segment.opened)
-        return std::move(segment.opened);
-    return ExportSource::open(segment.path, type, segment.stream);
 }
 
 } // namespace clipheave::platform

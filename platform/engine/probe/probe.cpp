@@ -2,6 +2,8 @@
 #include "platform/engine/probe/probe.h"
 
 #include "platform/engine/io/file_input.h"
+#include "platform/engine/messages.h"
+#include "platform/engine/probe/tags.h"
 
 #include <algorithm>
 #include <array>
@@ -18,7 +20,7 @@ std::span<AVStream* const> streamsOf(const AVFormatContext& context) {
     return {context.streams, std::min(context.nb_streams, kMostStreams)};
 }
 
-bool isFrame(const AVStream& stream) {
+bool isAttachedPicture(const AVStream& stream) {
     return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
 }
 
@@ -32,11 +34,11 @@ double containerSeconds(const AVFormatContext& context) {
         return static_cast<double>(context.duration) * kMicrosecond;
     double longest = 0;
     for (const AVStream* stream : streamsOf(context))
-        longest = std::max(longest, isFrame(*stream) ? 0 : streamSeconds(*stream));
+        longest = std::max(longest, isAttachedPicture(*stream) ? 0 : streamSeconds(*stream));
     return longest;
 }
 
-/// True when the headers have told everything, so that no packet need be read.
+/// Returns whether the headers give everything, so that no packet need be read.
 bool isComplete(const AVFormatContext& context) {
     if ((context.ctx_flags & AVFMTCTX_NOHEADER) != 0 || context.nb_streams == 0 ||
         containerSeconds(context) <= 0)
@@ -44,7 +46,7 @@ bool isComplete(const AVFormatContext& context) {
     const auto streams = streamsOf(context);
     return std::all_of(streams.begin(), streams.end(), [](const AVStream* stream) {
         const AVCodecParameters& codec = *stream->codecpar;
-        if (isFrame(*stream))
+        if (isAttachedPicture(*stream))
             return true;
         if (codec.codec_type == AVMEDIA_TYPE_VIDEO)
             return codec.width > 0 && codec.height > 0;
@@ -67,7 +69,7 @@ const char* mediaTypeCode(AVMediaType type) {
     }
 }
 
-/// The display matrix: 16.16 fixed point, its third column 2.30.
+/// Returns the display matrix, stored as 16.16 fixed point, its third column as 2.30.
 std::array<double, 9> displayMatrix(const AVStream& stream) {
     std::array<double, 9> matrix{1, 0, 0, 0, 1, 0, 0, 0, 1};
     std::size_t size = 0;
@@ -81,7 +83,7 @@ std::array<double, 9> displayMatrix(const AVStream& stream) {
     return matrix;
 }
 
-/// Bits a second: of the codec, else what Matroska writers state in the statistics tag.
+/// Returns bits a second: of the codec, else what Matroska writers state in the statistics tag.
 double streamBitRate(const AVStream& stream) {
     if (stream.codecpar->bit_rate > 0)
         return static_cast<double>(stream.codecpar->bit_rate);
@@ -96,7 +98,7 @@ AVAssetTrack trackOf(const AVStream& stream) {
     track.mediaType = QString::fromLatin1(mediaTypeCode(codec.codec_type));
     track.codec = QString::fromLatin1(avcodec_get_name(codec.codec_id));
     track.durationSeconds = streamSeconds(stream);
-    track.isAttachedPicture = isFrame(stream);
+    track.isAttachedPicture = isAttachedPicture(stream);
     track.bitRate = streamBitRate(stream);
     if (codec.codec_type == AVMEDIA_TYPE_VIDEO) {
         track.naturalSize = QSize(std::max(codec.width, 0), std::max(codec.height, 0));
@@ -143,7 +145,7 @@ void addTracks(const AVFormatContext& context, std::uint64_t fileBytes, MediaFac
 }
 
 /// Noise that a demuxer took for its own gives streams without any property.
-bool saysAnything(const MediaFacts& facts) {
+bool hasAnyFact(const MediaFacts& facts) {
     return facts.durationSeconds > 0 || !facts.metadata.isEmpty() ||
            std::any_of(facts.tracks.begin(), facts.tracks.end(), [](const AVAssetTrack& track) {
                return track.sampleRate > 0 || !track.naturalSize.isEmpty();
@@ -160,17 +162,16 @@ Result<MediaFacts> probeFile(FileReader& reader) {
     MediaFacts facts;
     facts.container = Container::Other;
     if (!isComplete(context) && !(*input)->findStreamInfo())
-        facts.problem = QStringLiteral("the streams could not be read");
+        facts.problem = Message(kStreamsUnreadable).text();
     if ((*input)->exhausted())
-        facts.problem = QStringLiteral("the headers are too long to be read in full");
+        facts.problem = Message(kHeadersTooLong).text();
     facts.durationSeconds = containerSeconds(context);
     addTracks(context, reader.size(), facts);
     facts.metadata = mappedTags(context);
     facts.contentCreationDate = creationTime(context);
     facts.hasChapters = context.nb_chapters > 0;
-    if (!saysAnything(facts))
-        return failure(ErrorCode::InvalidData, QStringLiteral("read the media container"),
-                       reader.path(), QStringLiteral("no stream found"));
+    if (!hasAnyFact(facts))
+        return failure(ErrorCode::InvalidData, kReadContainer, reader.path(), kNoStream);
     return facts;
 }
 

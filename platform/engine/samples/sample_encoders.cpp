@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/samples/sample_encoders.h"
 
+#include "platform/engine/messages.h"
 #include "platform/engine/samples/sample_scene.h"
 
 #include <algorithm>
@@ -11,7 +12,6 @@ namespace clipheave::platform {
 namespace {
 
 constexpr int kSamplesAFrame = 1024; ///< where the encoder takes any number
-constexpr const char* kEncodeText = "encode the sample";
 
 class VideoSample final : public SampleStream {
 public:
@@ -61,7 +61,7 @@ Result<void> VideoSample::prepare() {
                                   nullptr));
     m_rgb.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3);
     if (!m_scaler || av_frame_get_buffer(m_frame.get(), 0) < 0)
-        return m_output.failed(kEncodeText, AVERROR(ENOMEM));
+        return m_output.failed(kEncodeSample, AVERROR(ENOMEM));
     return {};
 }
 
@@ -88,7 +88,7 @@ Result<bool> VideoSample::nextFrame() {
     drawScene({m_rgb, m_sample.size.width(), m_sample.size.height(), stride}, m_sample.pattern,
               static_cast<double>(m_next) / m_sample.frameRate);
     if (const int code = av_frame_make_writable(m_frame.get()); code < 0)
-        return m_output.failed(kEncodeText, code);
+        return m_output.failed(kEncodeSample, code);
     const std::uint8_t* rows[] = {m_rgb.data()};
     sws_scale(m_scaler.get(), rows, &stride, 0, m_sample.size.height(), m_frame->data,
               m_frame->linesize);
@@ -110,7 +110,7 @@ private:
     Resampler m_resampler;
 };
 
-int nearestRate(const AVCodec& encoder, int wanted) {
+int nearestSampleRateOf(const AVCodec& encoder, int wanted) {
     int best = wanted;
     if (encoder.supported_samplerates != nullptr) {
         best = encoder.supported_samplerates[0];
@@ -124,7 +124,7 @@ int nearestRate(const AVCodec& encoder, int wanted) {
 Result<void> AudioSample::prepare() {
     if (auto begun = begin(m_sample.audioCodec, AVMEDIA_TYPE_AUDIO); !begun)
         return begun;
-    m_codec->sample_rate = nearestRate(*m_encoder, m_sample.sampleRate);
+    m_codec->sample_rate = nearestSampleRateOf(*m_encoder, m_sample.sampleRate);
     m_codec->sample_fmt =
         m_encoder->sample_fmts != nullptr ? m_encoder->sample_fmts[0] : AV_SAMPLE_FMT_S16;
     av_channel_layout_default(&m_codec->ch_layout, m_sample.channels);
@@ -140,7 +140,7 @@ Result<void> AudioSample::prepare() {
                         &m_codec->ch_layout, AV_SAMPLE_FMT_FLT, m_codec->sample_rate, 0, nullptr);
     m_resampler.reset(resampler);
     if (!m_resampler || swr_init(m_resampler.get()) < 0)
-        return m_output.failed(kEncodeText, AVERROR(EINVAL));
+        return m_output.failed(kEncodeSample, AVERROR(EINVAL));
     return {};
 }
 
@@ -165,7 +165,7 @@ Result<bool> AudioSample::nextFrame() {
     if (code >= 0)
         code = swr_convert(m_resampler.get(), m_frame->extended_data, count, &input, count);
     if (code < 0)
-        return m_output.failed(kEncodeText, code);
+        return m_output.failed(kEncodeSample, code);
     m_frame->pts = m_next;
     m_next += count;
     return true;
@@ -180,74 +180,6 @@ Result<std::unique_ptr<SampleStream>> prepared(FileOutput& output, const SampleM
 }
 
 } // namespace
-
-Result<void> SampleStream::begin(const QString& encoderName, AVMediaType type) {
-    m_encoder = avcodec_find_encoder_by_name(encoderName.toLatin1().constData());
-    if (m_encoder == nullptr || m_encoder->type != type)
-        return failure(ErrorCode::NotSupported, QString::fromLatin1(kEncodeText), {},
-                       QStringLiteral("no encoder ") + encoderName);
-    m_stream = avformat_new_stream(m_output.context(), nullptr);
-    m_codec.reset(avcodec_alloc_context3(m_encoder));
-    m_frame.reset(av_frame_alloc());
-    if (m_stream == nullptr || !m_codec || !m_frame)
-        return m_output.failed(kEncodeText, AVERROR(ENOMEM));
-    m_codec->flags |= AV_CODEC_FLAG_BITEXACT;
-    if ((m_output.context()->oformat->flags & AVFMT_GLOBALHEADER) != 0)
-        m_codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-    m_codec->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
-    m_codec->thread_count = 1; // with more the bytes would depend on the machine
-    return {};
-}
-
-Result<void> SampleStream::open() {
-    Dictionary options;
-    options.set("preset", "veryfast");
-    options.set("x265-params", "log-level=none:pools=none:frame-threads=1");
-    int code = avcodec_open2(m_codec.get(), m_encoder, &options.entries);
-    if (code >= 0)
-        code = avcodec_parameters_from_context(m_stream->codecpar, m_codec.get());
-    if (code < 0)
-        return m_output.failed(kEncodeText, code);
-    m_stream->time_base = m_codec->time_base;
-    return {};
-}
-
-double SampleStream::position() const {
-    return static_cast<double>(m_next) * av_q2d(m_codec->time_base);
-}
-
-Result<bool> SampleStream::step() {
-    Result<bool> drawn = nextFrame();
-    if (!drawn)
-        return drawn;
-    m_done = !*drawn;
-    const int code = avcodec_send_frame(m_codec.get(), m_done ? nullptr : m_frame.get());
-    if (code < 0)
-        return m_output.failed(kEncodeText, code);
-    if (const auto written = writePackets(); !written)
-        return tl::unexpected(written.error());
-    return !m_done;
-}
-
-Result<void> SampleStream::writePackets() {
-    const Packet packet(av_packet_alloc());
-    if (!packet)
-        return m_output.failed(kEncodeText, AVERROR(ENOMEM));
-    for (;;) {
-        int code = avcodec_receive_packet(m_codec.get(), packet.get());
-        if (code == AVERROR(EAGAIN) || code == AVERROR_EOF)
-            return {};
-        if (code >= 0) {
-            av_packet_rescale_ts(packet.get(), m_codec->time_base, m_stream->time_base);
-            if (packet->duration == 0 && m_codec->codec_type == AVMEDIA_TYPE_VIDEO)
-                packet->duration = av_rescale_q(1, m_codec->time_base, m_stream->time_base);
-            packet->stream_index = m_stream->index;
-            code = av_interleaved_write_frame(m_output.context(), packet.get());
-        }
-        if (code < 0)
-            return m_output.failed("write the sample", code);
-    }
-}
 
 Result<std::unique_ptr<SampleStream>> makeVideoSample(FileOutput& output,
                                                       const SampleMedia& sample) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/samples/sample_writer.h"
 
+#include "platform/engine/messages.h"
 #include "platform/engine/samples/sample_encoders.h"
 
 #include <algorithm>
@@ -56,7 +57,7 @@ SampleStream* nextStream(const std::vector<std::unique_ptr<SampleStream>>& strea
 
 Result<void> writeSampleFile(const SampleMedia& sample, const QString& target) {
     if (!isPlausible(sample))
-        return failure(ErrorCode::InvalidArgument, QStringLiteral("write the sample"), target);
+        return failure(ErrorCode::InvalidArgument, kWriteSample, target);
     auto output = FileOutput::create(sample.container.toLatin1().constData(), target);
     if (!output)
         return tl::unexpected(output.error());
@@ -67,7 +68,7 @@ Result<void> writeSampleFile(const SampleMedia& sample, const QString& target) {
     if (sample.moovFirst)
         options.set("movflags", "+faststart");
     if (sample.container ==
-        QLatin1String("mp3")) // no empty tag before the audio; 2.3 is known to all
+        QLatin1String("mp3")) // no empty tag before the audio; every reader knows 2.3
         options.set("id3v2_version", sample.tags.isEmpty() ? "0" : "3");
     for (auto tag = sample.tags.cbegin(); tag != sample.tags.cend(); ++tag)
         av_dict_set(&(*output)->context()->metadata, tag.key().toUtf8().constData(),

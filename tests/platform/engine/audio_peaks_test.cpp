@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/foundation/log.h"
 #include "platform/media/model/media_engine.h"
 #include "tests/platform/engine/engine_fixture.h"
 
@@ -86,6 +87,20 @@ TEST_F(AudioPeaks, RefuseWhatHasNoneAndStopWhenAsked) {
     mute.videoCodec = QStringLiteral("mpeg4");
     ASSERT_TRUE(m_engine->writeSample(mute, video));
     EXPECT_EQ(peaks(video, 60).error().code, ErrorCode::NotSupported);
+}
+
+TEST_F(AudioPeaks, LogWhatDamageLeftOut) {
+    const QString path = audio(QStringLiteral("whole.flac"), "-c:a flac");
+    QByteArray bytes = testkit::TempDir::read(path);
+    std::fill_n(bytes.begin() + bytes.size() / 2, 4000, '\x5a');
+    const QString hurt = m_dir.write(QStringLiteral("hurt.flac"), bytes);
+    QStringList paths;
+    const LogSubscription listening(LogLevel::Info,
+                                    [&](const LogLine& line) { paths << line.path; });
+    ASSERT_TRUE(peaks(path, 60));
+    EXPECT_TRUE(paths.isEmpty());
+    ASSERT_TRUE(peaks(hurt, 60));
+    EXPECT_EQ(paths, QStringList{hurt});
 }
 
 } // namespace clipheave::platform

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/messages.h"
 #include "platform/media/asset/av_url_asset.h"
 #include "platform/media/model/media_engine.h"
 #include "tests/platform/engine/engine_fixture.h"
@@ -185,7 +186,7 @@ TEST_F(Engine, RemuxGoesOnPastDamageAndPastTimesThatBeginAnew) {
         const auto done =
             m_engine->remux(path, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {});
         ASSERT_TRUE(done) << done.error().text().toStdString();
-        EXPECT_EQ(textOf(*done).contains(u"damaged"), bytes.size() == whole.size());
+        EXPECT_EQ(done->isEmpty(), bytes.size() != whole.size());
         EXPECT_GT(ffprobe(target, "stream=nb_frames").split('\n').at(1).toInt(), 60) << "of sound";
     }
 }
@@ -220,7 +221,7 @@ TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
         m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse, {});
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().code, ErrorCode::NotSupported);
-    EXPECT_EQ(refused.error().detail.text(), u"MP4 files cannot hold PCM");
+    EXPECT_EQ(refused.error().detail, Message(kMp4CannotHold, {QStringLiteral("PCM")}));
     EXPECT_FALSE(QFileInfo::exists(target));
     // A QuickTime movie holds it, whatever the file is called.
     ASSERT_TRUE(

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/engine/messages.h"
 #include "platform/foundation/file_reader.h"
 #include "platform/media/model/media_engine.h"
 #include "tests/platform/engine/engine_fixture.h"
@@ -10,6 +11,11 @@
 #include <cmath>
 
 namespace clipheave::platform {
+
+/// Matches a note or reason with this code.
+inline auto says(MessageCode code) {
+    return testing::Property(&Message::code, code);
+}
 
 /// Videos made by another program, exports of them by the engine, and that program's judgement.
 class ExportTest : public EngineTest {
@@ -98,11 +104,11 @@ protected:
         m_out = m_dir.path(QString::fromLatin1(name));
         return m_engine->runExport(plan, m_out, {}, m_progress);
     }
-    /// The same, to succeed.
-    QStringList exported(const ExportPlan& plan, const char* name = "out.mp4") {
+    /// The same, to succeed; returns the notes.
+    Notes exported(const ExportPlan& plan, const char* name = "out.mp4") {
         const auto done = run(plan, name);
         EXPECT_TRUE(done) << done.error().text().toStdString();
-        return testkit::textsOf(done.value_or(Notes()));
+        return done.value_or(Notes());
     }
 
     QString m_out;

@@ -27,7 +27,7 @@ TEST_F(ExportVideoTest, TurnsFramesAtAConstantRate) {
         plan.video->size = turn % 180 == 0 ? QSize(192, 128) : QSize(128, 192);
         plan.video->frameDuration = CMTimeMake(1, 30);
         plan.moovFirst = true;
-        EXPECT_EQ(exported(plan), QStringList()) << turn;
+        EXPECT_EQ(exported(plan), Notes()) << turn;
         EXPECT_GT(likeness(m_out, source, (QByteArray("fps=30,") + filter).constData()), 0.98)
             << turn;
         EXPECT_EQ(ffprobe(m_out, "v", "stream=codec_name,r_frame_rate,duration,nb_frames"),
@@ -131,44 +131,44 @@ TEST_F(ExportVideoTest, FitsIntoSquarePixelsWithBars) {
 
 TEST_F(ExportVideoTest, KeepsColoursAndDepthSoThatNothingIsWashedOut) {
     const struct {
-        const char *name, *options, *expected, *filter, *note;
+        const char *name, *options, *expected, *filter;
+        MessageCode note;
+        const char* bits = nullptr;
         std::int64_t bitRate = 0;
     } cases[] = {
         {"full.mp4", "-pix_fmt yuvj420p -c:v libx264 -colorspace bt709 -color_trc bt709",
-         "High,yuvj420p,pc,bt709,bt709,unknown", "null", ""},
+         "High,yuvj420p,pc,bt709,bt709,unknown", "null", MessageCode()},
         {"sdr10.mp4", "-pix_fmt yuv420p10le -c:v libx264",
-         "High 10,yuv420p10le,unknown,unknown,unknown,unknown", "null",
-         "10 bits were kept (H.264 with 10 bits)"},
+         "High 10,yuv420p10le,unknown,unknown,unknown,unknown", "null", kBitDepthKept, "10"},
         {"sdr10.mp4", "-pix_fmt yuv420p10le -c:v libx264",
-         "High,yuv420p,unknown,unknown,unknown,unknown", "null", "10 bits became 8", 2'000'000},
+         "High,yuv420p,unknown,unknown,unknown,unknown", "null", kBitDepthBecame8, "10", 2'000'000},
         {"full10.mov",
          "-vf scale=out_range=pc -pix_fmt yuv422p10le -c:v libx264 -color_range pc "
          "-colorspace bt709 -color_trc bt709 -color_primaries bt709",
-         "High 10,yuv420p10le,pc,bt709,bt709,bt709", "null", "10 bits were kept"},
+         "High 10,yuv420p10le,pc,bt709,bt709,bt709", "null", kBitDepthKept, "10"},
         {"full10.mov",
          "-vf scale=out_range=pc -pix_fmt yuv422p10le -c:v libx264 -color_range pc "
          "-colorspace bt709 -color_trc bt709 -color_primaries bt709",
-         "High,yuvj420p,pc,bt709,bt709,bt709", "null", "10 bits became 8", 2'000'000},
+         "High,yuvj420p,pc,bt709,bt709,bt709", "null", kBitDepthBecame8, "10", 2'000'000},
         {"twelve.mkv", "-pix_fmt yuv444p12le -c:v ffv1",
-         "High 10,yuv420p10le,unknown,unknown,unknown,unknown", "null", "12 bits became 10"},
+         "High 10,yuv420p10le,unknown,unknown,unknown,unknown", "null", kBitDepthBecame10, "12"},
         {"rgb.mov", "-pix_fmt rgb24 -c:v png", "High,yuv420p,tv,bt709,unknown,unknown",
-         "scale=out_color_matrix=bt709:out_range=tv", ""},
+         "scale=out_color_matrix=bt709:out_range=tv", MessageCode()},
         {"rgb48.mov", "-pix_fmt rgb48be -c:v png", "High 10,yuv420p10le,tv,bt709,unknown,unknown",
-         "scale=out_color_matrix=bt709:out_range=tv", "16 bits became 10"},
+         "scale=out_color_matrix=bt709:out_range=tv", kBitDepthBecame10, "16"},
         {"hdr.mov",
          "-pix_fmt yuv420p10le -c:v libx265 -x265-params log-level=none -color_range tv "
          "-colorspace bt2020nc -color_trc smpte2084 -color_primaries bt2020",
-         "High 10,yuv420p10le,tv,bt2020nc,smpte2084,bt2020", "null",
-         "High dynamic range was kept (H.264 with 10 bits)"},
+         "High 10,yuv420p10le,tv,bt2020nc,smpte2084,bt2020", "null", kHdrKept},
     };
-    for (const auto& [name, options, expected, filter, note, bitRate] : cases) {
+    for (const auto& [name, options, expected, filter, note, bits, bitRate] : cases) {
         const QString source = make(name, (QByteArray(options) + " -an").constData());
         ExportPlan plan = planFor(source);
         plan.audio.reset();
         plan.video->bitRate = bitRate;
-        const std::string told = exported(plan).join(u' ').toStdString();
-        EXPECT_THAT(told, testing::StartsWith(note)) << name;
-        EXPECT_EQ(told.empty(), *note == 0) << name << told;
+        const Notes notes = exported(plan);
+        EXPECT_EQ(notes.value(0).code(), note) << name;
+        EXPECT_EQ(notes.value(0).arguments().value(0), QString::fromLatin1(bits)) << name;
         EXPECT_EQ(
             ffprobe(
                 m_out, "v",
@@ -182,7 +182,7 @@ TEST_F(ExportVideoTest, KeepsColoursAndDepthSoThatNothingIsWashedOut) {
     ExportPlan plan = planFor(m_dir.path(QStringLiteral("hdr.mov")));
     plan.audio.reset();
     plan.video->segments.push_back(segment(standard, 0, 3, 3));
-    EXPECT_THAT(exported(plan).join(u' ').toStdString(), testing::HasSubstr("standard range"));
+    EXPECT_THAT(exported(plan), testing::Contains(says(kHdrBecameSdr)));
     EXPECT_EQ(ffprobe(m_out, "v", "stream=pix_fmt,color_transfer,nb_frames"), "yuv420p,bt709,150");
 }
 
@@ -291,7 +291,7 @@ TEST_F(ExportVideoTest, CutsToTheFrameAndStretchesTime) {
 TEST_F(ExportVideoTest, OneFrameForALongAudioIsWholeUnlessTheFileIsCut) {
     const QString source = make("still.mkv", "-c:v libx264 -c:a aac",
                                 "testsrc2=d=0.04:s=192x128:r=25", "sine=d=90:r=44100");
-    EXPECT_EQ(exported(planFor(source, 90)), QStringList());
+    EXPECT_EQ(exported(planFor(source, 90)), Notes());
     EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "1");
     for (const char* track : {"v", "a"})
         EXPECT_NEAR(ffprobe(m_out, track, "stream=duration").toDouble(), 90, 0.03) << track;

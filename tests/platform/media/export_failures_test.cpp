@@ -82,7 +82,7 @@ TEST_F(ExportFailures, SayWhichCodecTheContainerDoesNotHold) {
                   {"ffv1.mkv", "-c:v ffv1 -c:a flac", "FFV1", "FFV1"}};
     for (const auto& [name, options, copied, slowed] : videos) {
         const QString source = make(name, options, 1);
-        const std::string cannot = "QuickTime movies cannot hold ";
+        const std::string cannot = "mov cannot hold: ";
         EXPECT_THAT(reasonOf(start(source, AVAssetExportPresetPassthrough)),
                     testing::EndsWith(cannot + copied));
         // The way of a video that is slowed down.

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/engine/convert/frame_painter.h"
+#include "platform/media/model/picture_turn.h"
+
+#include <optional>
+
+namespace clipheave::platform {
+
+/// Makes upright frames of one size out of decoded frames, in the colours of a common screen.
+class FrameMaker {
+public:
+    /// `size` of the upright frame; `video` is borrowed.
+    FrameMaker(const AVCodecParameters& video, QuarterTurn turn, QSize size, Scaling scaling);
+    /// Returns nothing for a pixel format that is not known.
+    [[nodiscard]] std::optional<RawFrame> make(const AVFrame& frame);
+
+private:
+    QuarterTurn m_turn;
+    QSize m_stored; ///< of the frame before it is turned
+    FramePainter m_painter;
+};
+
+} // namespace clipheave::platform

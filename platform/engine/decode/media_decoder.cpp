@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/decode/media_decoder.h"
+
+#include "platform/engine/io/container_codecs.h"
+#include "platform/engine/messages.h"
+#include "platform/foundation/log.h"
+#include "platform/media/model/cv_pixel_buffer.h"
+
+namespace clipheave::platform {
+
+Result<std::unique_ptr<MediaDecoder>> MediaDecoder::open(const AVStream& stream, int threads) {
+    const AVCodecParameters& parameters = *stream.codecpar;
+    const AVCodec* codec = avcodec_find_decoder(parameters.codec_id);
+    if (codec == nullptr)
+        return failure(ErrorCode::NotSupported, {}, {}, noDecoder(parameters));
+    std::unique_ptr<MediaDecoder> decoder(new MediaDecoder);
+    decoder->m_codec.reset(avcodec_alloc_context3(codec));
+    AVCodecContext* context = decoder->m_codec.get();
+    if (context == nullptr || !decoder->m_packet ||
+        avcodec_parameters_to_context(context, &parameters) < 0)
+        return failure(ErrorCode::Io, {}, {}, ffmpegReason(AVERROR(ENOMEM)));
+    context->pkt_timebase = stream.time_base;
+    context->thread_count = threads;
+    context->max_pixels = CVPixelBuffer::kMostPixels;
+    if (const int code = avcodec_open2(context, codec, nullptr); code < 0)
+        return failure(ErrorCode::NotSupported, {}, {}, ffmpegReason(code));
+    return decoder;
+}
+
+void MediaDecoder::countDamage(int code) {
+    ++m_damaged;
+    m_complaint = code;
+}
+
+int MediaDecoder::send(const AVPacket* packet) {
+    m_drained = packet == nullptr;
+    const int code = avcodec_send_packet(m_codec.get(), packet);
+    if (code == AVERROR(ENOMEM))
+        return code;
+    if (code < 0 && code != AVERROR_EOF)
+        countDamage(code);
+    return 0;
+}
+
+int MediaDecoder::receive(AVFrame& frame) {
+    const int code = avcodec_receive_frame(m_codec.get(), &frame);
+    if (code >= 0 || code == AVERROR_EOF || code == AVERROR(EAGAIN) || code == AVERROR(ENOMEM))
+        return code;
+    countDamage(code);
+    return m_drained ? AVERROR_EOF : AVERROR(EAGAIN);
+}
+
+int MediaDecoder::next(AVFrame& frame, const PacketReader& read) {
+    for (;;) {
+        int code = receive(frame);
+        if (code != AVERROR(EAGAIN))
+            return code;
+        code = read(*m_packet);
+        if (code < 0 && code != AVERROR_EOF)
+            return code;
+        code = send(code == AVERROR_EOF ? nullptr : m_packet.get());
+        av_packet_unref(m_packet.get());
+        if (code < 0)
+            return code;
+    }
+}
+
+void MediaDecoder::flush() {
+    avcodec_flush_buffers(m_codec.get());
+    m_drained = false;
+}
+
+Message nothingDecoded(const MediaDecoder& decoder) {
+    const bool video = decoder.context().codec_type == AVMEDIA_TYPE_VIDEO;
+    const Message complaint = decoder.complaint();
+    if (complaint.isEmpty())
+        return video ? kNoVideoDecoded : kNoAudioDecoded;
+    return {video ? kNoVideoDecodedBecause : kNoAudioDecodedBecause, {complaint.text()}};
+}
+
+void logDamage(const QString& path, int damaged) {
+    if (damaged > 0)
+        log(LogLevel::Info, Message(kDamagedPackets, {QString::number(damaged)}).text(), path);
+}
+
+} // namespace clipheave::platform
