@@ -103,7 +103,7 @@ private:
             if (!made)
                 return tl::unexpected(made.error());
         }
-        return platform::moveItemTelling(move.source, target, [&](const FileIdentity& copy) {
+        return platform::moveItemWithOutcome(move.source, target, [&](const FileIdentity& copy) {
             return m_journal.noteCopy(index, copy);
         });
     }

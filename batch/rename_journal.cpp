@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "batch/rename_journal.h"
 
+#include "platform/foundation/atomic_file.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
+#include "platform/foundation/temporaries.h"
 
 #include <QDir>
 #include <QRandomGenerator>

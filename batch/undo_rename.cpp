@@ -4,7 +4,9 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/file_reader.h"
 #include "platform/foundation/file_system.h"
+#include "platform/foundation/folder_syncs.h"
 #include "platform/foundation/paths.h"
+#include "platform/foundation/temporaries.h"
 
 #include <QSet>
 #include <QStringList>
@@ -134,7 +136,7 @@ public:
 private:
     void putBack(const JournalMove& move, std::size_t index, RenameOutcome& outcome) {
         const auto moved =
-            platform::moveItemTelling(move.target, move.source, [&](const FileIdentity& copy) {
+            platform::moveItemWithOutcome(move.target, move.source, [&](const FileIdentity& copy) {
                 return m_journal.notePutBack(index, copy);
             });
         outcome.moved = moved.has_value();

@@ -5,6 +5,7 @@
 #include "media/media_kind.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
+#include "platform/foundation/temporaries.h"
 
 #include <condition_variable>
 #include <map>

@@ -2,7 +2,9 @@
 #include "video/video_jobs.h"
 #include "video/video_labels.h"
 
+#include "platform/foundation/atomic_file.h"
 #include "platform/foundation/file_manager.h"
+#include "platform/foundation/folder_syncs.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 #include "platform/image/cg_image_destination.h"

@@ -5,6 +5,7 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
+#include "platform/media/model/frame_rotation.h"
 
 #include <cmath>
 #include <numbers>
@@ -94,14 +95,14 @@ Rotation labelledRotation(int degrees, QSize size) {
     }
 }
 
-/// A track that has been turned before is turned on from how it is shown.
+/// A track that is rotated already is rotated on from how it is shown.
 Rotation rotationOfTrack(const AVAssetTrack& track, int degrees) {
     CGAffineTransform own = transformOfMatrix(track.preferredTransform);
     // A matrix of zeros shows nothing; players take it for none.
     if (own.a == 0 && own.b == 0 && own.c == 0 && own.d == 0)
         own = {};
-    const auto turn = frameTurn(own);
-    const bool lies = turn && turn->degrees % 180 != 0;
+    const auto shown = rotationOfTransform(own);
+    const bool lies = shown && shown->swapsSides();
     Rotation rotation =
         labelledRotation(degrees, lies ? track.naturalSize.transposed() : track.naturalSize);
     rotation.transform = CGAffineTransformConcat(own, rotation.transform);

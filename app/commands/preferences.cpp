@@ -7,8 +7,8 @@
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "app/windows/window_settings.h"
-#include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
+#include "platform/foundation/temporaries.h"
 #include "platform/workspace/ns_workspace.h"
 
 #include <QSettings>

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/foundation/file_manager.h"
+#include "platform/foundation/atomic_file.h"
 
+#include "platform/foundation/creation_date.h"
 #include "platform/foundation/file_reader.h"
 #include "platform/foundation/file_system.h"
+#include "platform/foundation/folder_syncs.h"
 #include "platform/foundation/paths.h"
-
-#include <QRandomGenerator>
+#include "platform/foundation/temporaries.h"
 
 #include <algorithm>
 #include <array>
@@ -27,11 +28,6 @@ constexpr std::size_t kCopyBuffer =
     128u << 10; // four times as fast as one of 1 MiB: it stays in the cache
 constexpr std::uint64_t kWorthReserving = 1u << 20;
 constexpr std::uint64_t kLastOffset = std::numeric_limits<off_t>::max();
-
-QString folderOf(const QString& path) {
-    const QString folder = deletingLastPathComponent(path);
-    return folder.isEmpty() ? QStringLiteral(".") : folder;
-}
 
 /// Saving through a link writes the file it leads to; the link stays.
 QString withoutLinks(const QString& path) {
@@ -130,26 +126,7 @@ int makeDurable(int fd) {
     return errno;
 }
 
-/// Folders whose new names are to be made durable later; null: at once.
-thread_local QStringList* t_deferredFolders = nullptr;
-
-void makeFolderDurable(const QString& folder) {
-    const FileDescriptor fd(
-        ::open(nativePath(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!fd || ::fsync(fd.get()) != 0)
-        ignoreFailure(systemFailure(QStringLiteral("sync the folder"), folder, errno).value(),
-                      "the file itself is complete and in place");
-}
-
 } // namespace
-
-QString temporaryNameBeside(const QString& target) {
-    return appendingPathComponent(
-        folderOf(target),
-        QStringLiteral(".clipheave-%1-%2.tmp")
-            .arg(::getpid())
-            .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0')));
-}
 
 Result<AtomicFile> AtomicFile::create(const QString& target, std::uint64_t sizeHint) {
     const QString operation = QStringLiteral("create");
@@ -158,8 +135,8 @@ Result<AtomicFile> AtomicFile::create(const QString& target, std::uint64_t sizeH
         return failure(ErrorCode::InvalidArgument, operation, target);
     AtomicFile file;
     file.m_target = withoutLinks(target);
-    file.m_folder.reset(
-        ::open(nativePath(folderOf(file.m_target)).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    file.m_folder.reset(::open(nativePath(containingFolder(file.m_target)).constData(),
+                               O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!file.m_folder)
         return systemFailure(operation, target, errno);
     for (int attempt = 0; attempt < kNameAttempts && !file.m_fd; ++attempt) {
@@ -308,28 +285,8 @@ Result<void> AtomicFile::commit(NSFileManager::IfExists ifExists) {
     m_temporary.clear();
     m_folder.reset();
     m_fd.reset();
-    if (!t_deferredFolders)
-        makeFolderDurable(folderOf(m_target));
-    else if (!t_deferredFolders->contains(folderOf(m_target)))
-        t_deferredFolders->append(folderOf(m_target));
+    syncNewNameIn(containingFolder(m_target));
     return {};
-}
-
-DeferredFolderSyncs::DeferredFolderSyncs() {
-    t_deferredFolders = new QStringList;
-}
-
-DeferredFolderSyncs::~DeferredFolderSyncs() {
-    delete std::exchange(t_deferredFolders, nullptr);
-}
-
-QStringList DeferredFolderSyncs::take() {
-    return std::exchange(*t_deferredFolders, {});
-}
-
-void syncFolders(const QStringList& folders) {
-    for (const QString& folder : folders)
-        makeFolderDurable(folder);
 }
 
 Result<AtomicFile> AtomicFile::copyOf(const QString& from, const QString& to,

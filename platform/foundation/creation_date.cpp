@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/foundation/creation_date.h"
+
 #include "platform/foundation/byte_view.h"
-#include "platform/foundation/file_system.h"
 
 #include <QtEndian>
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/foundation/file_manager.h"
 
+#include "platform/foundation/creation_date.h"
 #include "platform/foundation/file_moves.h"
 #include "platform/foundation/file_system.h"
 #include "platform/foundation/paths.h"
@@ -171,7 +172,7 @@ Result<void> NSFileManager::removeItemAtPath(const QString& path) const {
 }
 
 Result<void> NSFileManager::moveItem(const QString& from, const QString& to) const {
-    const Result<MoveOutcome> moved = moveItemTelling(from, to, {});
+    const Result<MoveOutcome> moved = moveItemWithOutcome(from, to, {});
     if (!moved)
         return tl::unexpected(moved.error());
     if (moved->sourceKept)
@@ -192,10 +193,6 @@ QString NSFileManager::nextFreeName(const QString& path) const {
     for (int number = 2; nameIsTaken(nativePath(candidate)); ++number)
         candidate = numberedName(path, number);
     return candidate;
-}
-
-QString NSFileManager::outputPathForSource(const QString& wanted, const QString& source) const {
-    return isSameFile(wanted, source) ? nextFreeName(wanted) : wanted;
 }
 
 } // namespace clipheave::platform

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/foundation/file_moves.h"
 
+#include "platform/foundation/atomic_file.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/file_system.h"
+#include "platform/foundation/folder_syncs.h"
 #include "platform/foundation/paths.h"
+#include "platform/foundation/temporaries.h"
 
 #include <array>
 #include <cerrno>
@@ -158,7 +161,8 @@ FileIdentity identityOfItem(const QString& path) {
     return identityFrom(status);
 }
 
-Result<MoveOutcome> moveItemTelling(const QString& from, const QString& to, const CopyHook& hook) {
+Result<MoveOutcome> moveItemWithOutcome(const QString& from, const QString& to,
+                                        const CopyHook& hook) {
     const QString operation = QStringLiteral("move");
     if (to.contains(QChar::Null)) // the system would take the text before it
         return failure(ErrorCode::InvalidArgument, operation, to);

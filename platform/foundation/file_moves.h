@@ -11,15 +11,15 @@
 
 namespace clipheave::platform {
 
-/// Tells one file from all others, whatever it is called; stays through renames. The time of birth
-/// parts it from a later file that was given the same inode.
+/// Distinguishes one file from all others, whatever its name; stays through renames. The birth time
+/// separates it from a later file that was given the same inode.
 struct FileIdentity {
     std::uint64_t device = 0, inode = 0;
-    std::int64_t bornSeconds = 0; ///< since the epoch; 0 with 0 ns: the file system does not tell
+    std::int64_t bornSeconds = 0; ///< since the epoch; 0 with 0 ns: not known
     std::uint32_t bornNanoseconds = 0;
 
     [[nodiscard]] bool isKnown() const { return inode != 0; }
-    /// False when either is unknown. Device numbers count only where no time of birth is told: they
+    /// False when either is unknown. Device numbers count only where no birth time is known: they
     /// may change when a disk is mounted again.
     [[nodiscard]] bool isSameAs(const FileIdentity& other) const;
 };
@@ -39,7 +39,7 @@ struct MoveOutcome {
 /// that copy and forbids it by a failure. A source that changes while it is copied stays
 /// (InvalidData).
 [[nodiscard]] Result<MoveOutcome>
-moveItemTelling(const QString& from, const QString& to,
-                const std::function<Result<void>(const FileIdentity&)>& beforeCopyAppears);
+moveItemWithOutcome(const QString& from, const QString& to,
+                    const std::function<Result<void>(const FileIdentity&)>& beforeCopyAppears);
 
 } // namespace clipheave::platform

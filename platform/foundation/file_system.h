@@ -8,7 +8,6 @@
 
 #include <cstdint>
 #include <ctime>
-#include <optional>
 
 #include <sys/stat.h>
 
@@ -25,7 +24,7 @@ struct FileReference {
 
     /// 0 or errno.
     int status(struct statx& answer) const;
-    /// The `f_type` of statfs(2), 0 when it cannot be told.
+    /// The `f_type` of statfs(2), 0 when it is not known.
     [[nodiscard]] std::uint32_t fileSystemType() const;
     /// Names of the extended attributes that the file system lists; empty without any.
     [[nodiscard]] QByteArrayList attributeNames() const;
@@ -43,19 +42,8 @@ struct FileReference {
 
 /// True when the name is taken, also by a link that leads nowhere.
 [[nodiscard]] bool nameIsTaken(const QByteArray& name);
-/// A new hidden name in the target's folder, ".clipheave-<pid>-<random>.tmp".
-[[nodiscard]] QString temporaryNameBeside(const QString& target);
 /// rename(2) that never replaces; 0 or errno (EEXIST).
 int renameWithoutReplacing(const QByteArray& from, const QByteArray& to);
-
-/// The creation date that someone has stored for the file: in the file system's own attribute, in
-/// "user.clipheave.crtime" (RFC 3339, UTC, nanoseconds) or in the attribute of the SMB server, in
-/// this order.
-[[nodiscard]] std::optional<timespec> storedCreationDate(const FileReference& file);
-/// The stored date, else birth time, else modification time.
-[[nodiscard]] timespec creationDate(const FileReference& file, const struct statx& status);
-/// 0 or errno; ENOTSUP when the file system keeps no extended attributes.
-int storeCreationDate(const FileReference& file, const timespec& date);
 
 [[nodiscard]] QDateTime dateFromTimespec(const timespec& time);
 [[nodiscard]] timespec timespecFromDate(const QDateTime& date);

@@ -153,6 +153,11 @@ QString deletingLastPathComponent(QStringView path) {
     return withoutTrailingSlashes(path.first(std::max<qsizetype>(slash, 1))).toString();
 }
 
+QString containingFolder(const QString& path) {
+    const QString folder = deletingLastPathComponent(path);
+    return folder.isEmpty() ? QStringLiteral(".") : folder;
+}
+
 QString appendingPathComponent(QStringView path, QStringView component) {
     path = withoutTrailingSlashes(path);
     while (component.startsWith(kPathSlash))

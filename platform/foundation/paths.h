@@ -23,6 +23,8 @@ namespace clipheave::platform {
 [[nodiscard]] QString lastPathComponent(QStringView path);
 /// "a/b" gives "a", "b" gives "", "/b" gives "/", a trailing slash is dropped first.
 [[nodiscard]] QString deletingLastPathComponent(QStringView path);
+/// The same, but "." where that gives nothing: a folder that can be opened.
+[[nodiscard]] QString containingFolder(const QString& path);
 /// Exactly one slash between the two; repeated slashes of `path`'s end are collapsed.
 [[nodiscard]] QString appendingPathComponent(QStringView path, QStringView component);
 /// "dir/B.E" and 2 give "dir/B 2.E". The base loses characters at its end where the name would be

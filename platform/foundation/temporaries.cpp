@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/foundation/file_manager.h"
+#include "platform/foundation/temporaries.h"
 
+#include "platform/foundation/file_manager.h"
 #include "platform/foundation/file_system.h"
 #include "platform/foundation/paths.h"
 
 #include <QFile>
+#include <QRandomGenerator>
 
 #include <cerrno>
 #include <csignal>
@@ -57,6 +59,14 @@ bool makerIsAlive(pid_t pid, std::int64_t fileModified) {
 }
 
 } // namespace
+
+QString temporaryNameBeside(const QString& target) {
+    return appendingPathComponent(
+        containingFolder(target),
+        QStringLiteral(".clipheave-%1-%2.tmp")
+            .arg(::getpid())
+            .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0')));
+}
 
 void removeStaleTemporaries(const QString& folder) {
     const auto entries = NSFileManager::defaultManager().contentsOfDirectoryAtPath(folder);

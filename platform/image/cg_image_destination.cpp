@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/cg_image_destination.h"
 
-#include "platform/foundation/file_manager.h"
+#include "platform/foundation/atomic_file.h"
 #include "platform/image/gif_palette.h"
 
 #include <gif_lib.h>

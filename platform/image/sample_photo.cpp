@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/sample_photo.h"
 
-#include "platform/foundation/file_manager.h"
+#include "platform/foundation/atomic_file.h"
 #include "platform/foundation/paths.h"
 
 #include <QBuffer>

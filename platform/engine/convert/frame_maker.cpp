@@ -5,9 +5,9 @@
 
 namespace clipheave::platform {
 
-FrameMaker::FrameMaker(const AVCodecParameters& video, QuarterTurn turn, QSize size,
+FrameMaker::FrameMaker(const AVCodecParameters& video, FrameRotation rotation, QSize size,
                        Scaling scaling)
-    : m_turn(turn), m_stored(m_turn.swapsSides() ? size.transposed() : size),
+    : m_rotation(rotation), m_stored(m_rotation.swapsSides() ? size.transposed() : size),
       m_painter(&video, m_stored, 1, scaling) {
 }
 
@@ -26,7 +26,7 @@ std::optional<RawFrame> FrameMaker::make(const AVFrame& frame) {
                      static_cast<std::size_t>(row));
     padded.resize(row * raw.height);
     raw.rgb32 = std::move(padded);
-    return turnedFrame(raw, m_turn);
+    return rotatedFrame(raw, m_rotation);
 }
 
 } // namespace clipheave::platform

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/engine/convert/frame_painter.h"
-#include "platform/media/model/picture_turn.h"
+#include "platform/media/model/frame_rotation.h"
 
 #include <optional>
 
@@ -12,12 +12,12 @@ namespace clipheave::platform {
 class FrameMaker {
 public:
     /// `size` of the upright frame; `video` is borrowed.
-    FrameMaker(const AVCodecParameters& video, QuarterTurn turn, QSize size, Scaling scaling);
+    FrameMaker(const AVCodecParameters& video, FrameRotation rotation, QSize size, Scaling scaling);
     /// Returns nothing for a pixel format that is not known.
     [[nodiscard]] std::optional<RawFrame> make(const AVFrame& frame);
 
 private:
-    QuarterTurn m_turn;
+    FrameRotation m_rotation;
     QSize m_stored; ///< of the frame before it is turned
     FramePainter m_painter;
 };

@@ -44,7 +44,7 @@ QSize squareSize(AVFormatContext& context, AVStream& video) {
         return std::clamp(static_cast<int>(std::lround(length * scale)), 1, kMostSide);
     };
     const QSize size(side(width), side(height));
-    return quarterTurnOf(video).swapsSides() ? size.transposed() : size;
+    return rotationOfStream(video).swapsSides() ? size.transposed() : size;
 }
 
 /// Returns how long a frame is shown, in the video's units: its own duration, else that of the
@@ -164,7 +164,7 @@ Result<void> DecodedVideo::open(std::optional<QSize> size) {
     m_isDurationExact = m_duration > 0 && (context.iformat->flags & AVFMT_TS_DISCONT) == 0 &&
                         context.duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
     m_packets.emplace(context, *m_video);
-    m_maker.emplace(*m_video->codecpar, quarterTurnOf(*m_video), m_size, Scaling::Fine);
+    m_maker.emplace(*m_video->codecpar, rotationOfStream(*m_video), m_size, Scaling::Fine);
     return {};
 }
 

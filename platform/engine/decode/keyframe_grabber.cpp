@@ -127,7 +127,7 @@ QSize uprightSize(const AVFrame& frame, const AVStream& stream, int largestSide)
         return std::clamp(static_cast<int>(std::lround(length * scale)), 1, largestSide);
     };
     const QSize size(side(width), side(frame.height));
-    return quarterTurnOf(stream).swapsSides() ? size.transposed() : size;
+    return rotationOfStream(stream).swapsSides() ? size.transposed() : size;
 }
 
 Result<RawFrame> keyframeOf(FileInput& input, const QString& path, double seconds,
@@ -143,7 +143,7 @@ Result<RawFrame> keyframeOf(FileInput& input, const QString& path, double second
     logDamage(path, (*decoder)->damaged());
     if (frame == nullptr)
         return grabError(ErrorCode::InvalidData, kNoFrameDecoded);
-    FrameMaker maker(*stream->codecpar, quarterTurnOf(*stream),
+    FrameMaker maker(*stream->codecpar, rotationOfStream(*stream),
                      uprightSize(*frame, *stream, largestSide), Scaling::Fast);
     auto upright = maker.make(*frame);
     if (!upright)

@@ -17,7 +17,7 @@ AVStream* videoStream(AVFormatContext& context) {
     return nullptr;
 }
 
-QuarterTurn quarterTurnOf(const AVStream& stream) {
+FrameRotation rotationOfStream(const AVStream& stream) {
     std::size_t size = 0;
     const std::uint8_t* bytes = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
     std::array<std::int32_t, 9> fixed{};
@@ -26,7 +26,7 @@ QuarterTurn quarterTurnOf(const AVStream& stream) {
     std::memcpy(fixed.data(), bytes, sizeof fixed);
     std::array<double, 9> matrix{};
     std::copy(fixed.begin(), fixed.end(), matrix.begin());
-    return nearestQuarterTurn(matrix);
+    return nearestRotation(matrix);
 }
 
 } // namespace clipheave::platform

@@ -2,13 +2,13 @@
 #pragma once
 
 #include "platform/engine/io/ffmpeg.h"
-#include "platform/media/model/picture_turn.h"
+#include "platform/media/model/frame_rotation.h"
 
 namespace clipheave::platform {
 
 /// Returns the first video that is no attached picture; null when there is none.
 [[nodiscard]] AVStream* videoStream(AVFormatContext& context);
 /// Returns the rotation by quarters that is nearest to the stream's display matrix.
-[[nodiscard]] QuarterTurn quarterTurnOf(const AVStream& stream);
+[[nodiscard]] FrameRotation rotationOfStream(const AVStream& stream);
 
 } // namespace clipheave::platform

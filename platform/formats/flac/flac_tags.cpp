@@ -4,7 +4,7 @@
 #include "platform/formats/flac/flac_blocks.h"
 #include "platform/formats/flac/flac_picture.h"
 #include "platform/formats/flac/vorbis_comment.h"
-#include "platform/foundation/file_manager.h"
+#include "platform/foundation/atomic_file.h"
 
 #include <vector>
 

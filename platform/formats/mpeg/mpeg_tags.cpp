@@ -6,7 +6,7 @@
 #include "platform/formats/mpeg/id3_header.h"
 #include "platform/formats/mpeg/mpeg_header.h"
 #include "platform/formats/mpeg/tag_footers.h"
-#include "platform/foundation/file_manager.h"
+#include "platform/foundation/atomic_file.h"
 
 #include <array>
 

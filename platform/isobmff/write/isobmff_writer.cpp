@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/write/isobmff_writer.h"
 
+#include "platform/foundation/atomic_file.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/isobmff/write/render_items.h"
 #include "platform/isobmff/write/write_layout.h"

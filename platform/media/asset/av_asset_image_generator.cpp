@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/asset/av_asset_image_generator.h"
 
-#include "platform/media/model/picture_turn.h"
+#include "platform/media/model/frame_rotation.h"
 
 #include <algorithm>
 
@@ -9,12 +9,12 @@ namespace clipheave::platform {
 
 namespace {
 
-QuarterTurn turnOfVideo(const AVURLAsset& asset) {
+FrameRotation rotationOfVideo(const AVURLAsset& asset) {
     const auto& tracks = asset.tracks();
     const auto video = std::find_if(tracks.begin(), tracks.end(), [](const AVAssetTrack& track) {
         return track.mediaType == u"vide" && !track.isAttachedPicture;
     });
-    return video == tracks.end() ? QuarterTurn{} : nearestQuarterTurn(video->preferredTransform);
+    return video == tracks.end() ? FrameRotation{} : nearestRotation(video->preferredTransform);
 }
 
 } // namespace
@@ -47,7 +47,7 @@ Result<RawFrame> AVAssetImageGenerator::copyCGImageAtTime(CMTime time, CMTime* a
     if (actualTime != nullptr)
         *actualTime = m_frames->shownTime();
     return m_appliesTransform ? std::move(frame)
-                              : turnedFrame(*frame, turnOfVideo(m_asset).inverted());
+                              : rotatedFrame(*frame, rotationOfVideo(m_asset).inverted());
 }
 
 } // namespace clipheave::platform

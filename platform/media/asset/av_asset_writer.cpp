@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/asset/av_asset_writer.h"
 
-#include "platform/foundation/file_manager.h"
+#include "platform/foundation/atomic_file.h"
 #include "platform/foundation/paths.h"
 #include "platform/media/export/export_job.h"
 #include "platform/media/model/media_engine.h"

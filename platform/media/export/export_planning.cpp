@@ -2,6 +2,7 @@
 #include "platform/media/export/export_planning.h"
 
 #include "platform/foundation/paths.h"
+#include "platform/media/model/frame_rotation.h"
 
 #include <algorithm>
 #include <array>
@@ -175,16 +176,16 @@ Result<void> applyVideoComposition(const AVMutableVideoComposition& instructions
         for (const auto& layer : instruction.layerInstructions) {
             if (!layer.transform())
                 continue;
-            const auto turn = frameTurn(*layer.transform());
-            if (!turn)
+            const auto rotation = rotationOfTransform(*layer.transform());
+            if (!rotation)
                 return unsupported(path, QStringLiteral("only turns by right angles are drawn"));
-            video.turns = {turn->degrees};
-            video.mirrored = {turn->mirrored};
+            video.turns = {rotation->degrees};
+            video.mirrored = {rotation->mirrored};
         }
     return {};
 }
 
-/// Clips of several shapes are drawn upright into the size of the first.
+/// Clips of several sizes, aspect ratios or rotations are drawn upright into the size of the first.
 void drawUpright(const AVMutableCompositionTrack& track, ExportVideo& video) {
     const AVAssetTrack& first = track.sourceTracks().front();
     const bool alike =
@@ -193,9 +194,9 @@ void drawUpright(const AVMutableCompositionTrack& track, ExportVideo& video) {
     if (alike)
         return;
     for (const AVAssetTrack& source : track.sourceTracks()) {
-        const auto turn = frameTurn(transformOfMatrix(source.preferredTransform));
-        video.turns.push_back(turn ? turn->degrees : 0);
-        video.mirrored.push_back(turn && turn->mirrored);
+        const auto rotation = rotationOfTransform(transformOfMatrix(source.preferredTransform));
+        video.turns.push_back(rotation ? rotation->degrees : 0);
+        video.mirrored.push_back(rotation && rotation->mirrored);
     }
     QSizeF size = displaySize(first);
     if (video.turns.front() % 180 != 0)

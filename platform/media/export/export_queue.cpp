@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/export/export_queue.h"
 
-#include "platform/foundation/file_manager.h"
+#include "platform/foundation/folder_syncs.h"
 #include "platform/foundation/log.h"
 
 #include <algorithm>

@@ -17,12 +17,7 @@ namespace {
 const QString kPrepareOutput = QStringLiteral("prepare the output");
 /// The shortest video with its header needs no less.
 constexpr std::uint64_t kLeastRoom = 16 << 10;
-constexpr std::chrono::milliseconds kBetweenLooks{300};
-
-QString folderOfOutput(const QString& output) {
-    const QString folder = deletingLastPathComponent(output);
-    return folder.isEmpty() ? QStringLiteral(".") : folder;
-}
+constexpr std::chrono::milliseconds kCheckInterval{300};
 
 bool isMissing(const QString& path) {
     return ::access(nativePath(path).constData(), F_OK) != 0 &&
@@ -32,12 +27,12 @@ bool isMissing(const QString& path) {
 } // namespace
 
 Result<void> OutputPlace::check(std::uint64_t bytes) const {
-    const QString folder = folderOfOutput(m_output);
+    const QString folder = containingFolder(m_output);
     const QByteArray native = nativePath(folder);
     if (::access(native.constData(), W_OK | X_OK) != 0)
         return systemFailure(kPrepareOutput, folder, errno);
     struct statvfs room {};
-    // Some remote file systems tell nothing, or no sizes at all.
+    // Some remote file systems report nothing, or no sizes at all.
     if (::statvfs(native.constData(), &room) != 0 || room.f_blocks == 0)
         return {};
     const std::uint64_t unit = room.f_frsize > 0 ? room.f_frsize : room.f_bsize;
@@ -57,13 +52,13 @@ bool OutputPlace::isGone() {
     const auto now = std::chrono::steady_clock::now();
     if (m_gone || now < m_nextLook)
         return m_gone;
-    m_nextLook = now + kBetweenLooks;
-    m_gone = isMissing(m_watched.isEmpty() ? folderOfOutput(m_output) : m_watched);
+    m_nextLook = now + kCheckInterval;
+    m_gone = isMissing(m_watched.isEmpty() ? containingFolder(m_output) : m_watched);
     return m_gone;
 }
 
 Result<void> OutputPlace::blame() const {
-    const bool isFolderMissing = isMissing(folderOfOutput(m_output));
+    const bool isFolderMissing = isMissing(containingFolder(m_output));
     if (!m_gone && !isFolderMissing)
         return {};
     return failure(ErrorCode::NotFound, QStringLiteral("export"), m_output,

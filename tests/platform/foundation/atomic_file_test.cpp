@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/foundation/atomic_file.h"
 #include "platform/foundation/file_manager.h"
+#include "platform/foundation/temporaries.h"
 
 #include "platform/foundation/file_reader.h"
 #include "platform/foundation/paths.h"

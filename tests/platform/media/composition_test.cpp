@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/export/export_planning.h"
+#include "platform/media/model/frame_rotation.h"
 #include "tests/testkit/media.h"
 
 #include <numbers>
@@ -177,23 +178,23 @@ TEST_F(Compositions, ASlowerPassthroughCopiesTheVideoAndEncodesTheAudio) {
     EXPECT_THAT(segments(planned->plan.audio->segments), ElementsAre(u"0+1 > 0+2"));
 }
 
-TEST(Transforms, RightAnglesBecomeTurns) {
+TEST(Transforms, RightAnglesBecomeRotations) {
     constexpr double kPi = std::numbers::pi;
     const CGAffineTransform mirror{-1, 0, 0, 1, 0, 0};
     for (const int degrees : {0, 90, 180, 270}) {
         const auto rotation = CGAffineTransformMakeRotation(degrees * kPi / 180);
-        const auto turn = frameTurn(
+        const auto found = rotationOfTransform(
             CGAffineTransformConcat(rotation, CGAffineTransformMakeTranslation(640, 360)));
-        ASSERT_TRUE(turn);
-        EXPECT_EQ(turn->degrees, degrees);
-        EXPECT_FALSE(turn->mirrored);
-        const auto mirrored = frameTurn(CGAffineTransformConcat(mirror, rotation));
+        ASSERT_TRUE(found);
+        EXPECT_EQ(found->degrees, degrees);
+        EXPECT_FALSE(found->mirrored);
+        const auto mirrored = rotationOfTransform(CGAffineTransformConcat(mirror, rotation));
         EXPECT_EQ(mirrored->degrees, degrees);
         EXPECT_TRUE(mirrored->mirrored);
     }
-    EXPECT_FALSE(frameTurn(CGAffineTransformMakeRotation(0.3)));
-    EXPECT_FALSE(frameTurn({0, 0, 0, 0, 0, 0}));
-    EXPECT_FALSE(frameTurn({1, 0, 1, 0, 0, 0})) << "flattened";
+    EXPECT_FALSE(rotationOfTransform(CGAffineTransformMakeRotation(0.3)));
+    EXPECT_FALSE(rotationOfTransform({0, 0, 0, 0, 0, 0}));
+    EXPECT_FALSE(rotationOfTransform({1, 0, 1, 0, 0, 0})) << "flattened";
 }
 
 TEST(Times, AreExactAndNeverOverflow) {

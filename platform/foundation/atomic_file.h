@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/foundation/file_manager.h"
+#include "platform/foundation/handles.h"
+
+#include <array>
+#include <ctime>
+
+namespace clipheave::platform {
+
+/// A file that comes into being in one step. The bytes go to a hidden temporary file in the
+/// target's folder (".clipheave-<pid>-<random>.tmp"); commit() makes them durable and renames.
+/// Dropped without commit() nothing is left. Left-over temporaries of dead processes are removed by
+/// removeStaleTemporaries().
+class AtomicFile {
+public:
+    /// `sizeHint` bytes, from 1 MiB on, are reserved when known, so that a full disk is found at
+    /// once and the file lies in one piece. A link is followed. A file that is replaced hands on
+    /// its permissions.
+    [[nodiscard]] static Result<AtomicFile> create(const QString& target,
+                                                   std::uint64_t sizeHint = 0);
+    /// The bytes of `from` with its extended attributes, permissions and dates, not committed yet.
+    /// `progress` as in NSFileManager::copyItem().
+    [[nodiscard]] static Result<AtomicFile>
+    copyOf(const QString& from, const QString& to,
+           const std::function<bool(double)>& progress = {});
+    AtomicFile(AtomicFile&&) noexcept;
+    AtomicFile& operator=(AtomicFile&&) noexcept;
+    ~AtomicFile();
+
+    [[nodiscard]] int fd() const { return m_fd.get(); }
+    [[nodiscard]] const QString& temporaryPath() const { return m_temporary; }
+    [[nodiscard]] std::uint64_t position() const { return m_position; }
+
+    /// Appends at position().
+    [[nodiscard]] Result<void> write(QByteArrayView bytes);
+    /// Appends `length` bytes of `sourceFd` from `offset` by copy_file_range, falling back to
+    /// read/write; `progress` gets the bytes copied so far and stops the copy by returning false
+    /// (Cancelled).
+    [[nodiscard]] Result<void> copyFrom(int sourceFd, std::uint64_t offset, std::uint64_t length,
+                                        const std::function<bool(std::uint64_t)>& progress = {});
+    /// Extended attributes of the source travel along, and its creation date, which is its birth
+    /// time when none is stored; best effort.
+    void copyExtendedAttributes(int sourceFd);
+
+    /// Makes the bytes durable and puts them under the target name. AlreadyExists with
+    /// IfExists::Fail.
+    [[nodiscard]] Result<void>
+    commit(NSFileManager::IfExists ifExists = NSFileManager::IfExists::Replace);
+
+private:
+    AtomicFile() = default;
+    void discard();
+    [[nodiscard]] Result<void> reserve(std::uint64_t size);
+
+    QString m_target, m_temporary;
+    FileDescriptor m_folder; ///< of the temporary, also when somebody renames the folder meanwhile
+    FileDescriptor m_fd;
+    std::uint64_t m_position = 0;
+    std::uint64_t m_reserved = 0;                   ///< bytes of blocks taken in advance
+    std::optional<std::array<timespec, 2>> m_dates; ///< of access and modification, for commit()
+};
+
+} // namespace clipheave::platform
