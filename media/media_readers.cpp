@@ -41,7 +41,7 @@ Result<OpenedItem> beginItem(const QString& path, const QString& type) {
     auto file = MediaFile::open(path);
     if (file) {
         applyAttributes(*item, (*file)->attributes());
-        item->problem = (*file)->facts().problem;
+        item->problem = (*file)->facts().problem.text();
         return OpenedItem{item, *file};
     }
     const auto attributes = NSFileManager::defaultManager().attributesOfItemAtPath(path);

@@ -88,7 +88,7 @@ Result<ItemPointer> readPhotoItem(const QString& path) {
         applyPhotoAttributes(*item, source->attributes());
         item->filePixWidth = source->pixelSize().width();
         item->filepixHeigh = source->pixelSize().height();
-        item->problem = source->problem();
+        item->problem = source->problem().text();
         applyDictionaries(*item, source->properties());
         return item;
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/audio/audio_file.h"
 
+#include "platform/audio/messages.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -99,7 +101,7 @@ EncodedImage artworkAmong(const QList<AVMetadataItem>& items) {
 }
 
 tl::unexpected<Error> noSuchProperty() {
-    return failure(ErrorCode::NotFound, QStringLiteral("read an audio file property"));
+    return failure(ErrorCode::NotFound, kReadAudioFileProperty);
 }
 
 } // namespace
@@ -113,7 +115,7 @@ Result<AudioFile> AudioFileOpenURL(const QString& path, AudioFilePermissions per
 
 Result<AudioFile> AudioFileOpenURL(std::shared_ptr<const MediaFile> file,
                                    AudioFilePermissions permissions) {
-    const QString operation = QStringLiteral("open the audio file");
+    const MessageCode operation = kOpenAudioFile;
     if (!file || permissions < kAudioFileReadPermission ||
         permissions > kAudioFileReadWritePermission)
         return failure(ErrorCode::InvalidArgument, operation);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/foundation/message.h"
+#include "platform/media/model/messages.h"
 
 // The sentences of the engine; their words stand in the tables of the fronts. A comment names what
 // fills the gaps. "file" is a name without its folder, "s" a number of seconds.
@@ -13,7 +14,6 @@ inline constexpr MessageCode kReadContainer{"read-media-container"};
 inline constexpr MessageCode kReadSource{"read-source-media"};
 inline constexpr MessageCode kReadStreams{"read-streams"};
 inline constexpr MessageCode kReadExportPlan{"read-export-plan"};
-inline constexpr MessageCode kReadVideo{"read-video"};
 inline constexpr MessageCode kReadFrame{"read-video-frame"};
 inline constexpr MessageCode kGrabKeyframe{"grab-keyframe"};
 inline constexpr MessageCode kMeasureAudio{"measure-audio"};
@@ -25,7 +25,6 @@ inline constexpr MessageCode kConvertAudio{"convert-audio"};
 inline constexpr MessageCode kCopyStreams{"copy-streams"};
 inline constexpr MessageCode kRunExport{"run-export"};
 inline constexpr MessageCode kWriteExport{"write-export"};
-inline constexpr MessageCode kWriteVideo{"write-video"};
 inline constexpr MessageCode kCreateMediaFile{"create-media-file"};
 inline constexpr MessageCode kBeginMediaFile{"begin-media-file"};
 inline constexpr MessageCode kCompleteMediaFile{"complete-media-file"};
@@ -45,8 +44,6 @@ inline constexpr MessageCode kUnknownContainer{"unknown-media-container"};
 inline constexpr MessageCode kStreamsUnreadable{"streams-unreadable"};
 inline constexpr MessageCode kHeadersTooLong{"headers-too-long"};
 inline constexpr MessageCode kNoStream{"no-stream"};
-inline constexpr MessageCode kNoVideoTrack{"no-video-track"};
-inline constexpr MessageCode kNoAudioTrack{"no-audio-track"};
 inline constexpr MessageCode kNoVideoDecoder{"no-video-decoder"}; ///< codec
 inline constexpr MessageCode kNoAudioDecoder{"no-audio-decoder"}; ///< codec
 inline constexpr MessageCode kUnknownVideoCodec{"unknown-video-codec"};
@@ -111,7 +108,6 @@ inline constexpr MessageCode kCopiedAudioVolume{"copied-audio-volume"};
 
 // Frames and samples.
 inline constexpr MessageCode kNoFrameSize{"no-frame-size"};
-inline constexpr MessageCode kFrameSizeOutOfRange{"frame-size-out-of-range"}; ///< width, height
 inline constexpr MessageCode kFrameSizeChanges{"frame-size-changes"}; ///< width, height of both
 inline constexpr MessageCode kUnknownPixelFormat{"unknown-pixel-format"};
 inline constexpr MessageCode kNoFrameDecoded{"no-frame-decoded"};

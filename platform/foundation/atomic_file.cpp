@@ -5,6 +5,7 @@
 #include "platform/foundation/file_reader.h"
 #include "platform/foundation/file_system.h"
 #include "platform/foundation/folder_syncs.h"
+#include "platform/foundation/messages.h"
 #include "platform/foundation/paths.h"
 #include "platform/foundation/temporaries.h"
 
@@ -129,7 +130,7 @@ int makeDurable(int fd) {
 } // namespace
 
 Result<AtomicFile> AtomicFile::create(const QString& target, std::uint64_t sizeHint) {
-    const QString operation = QStringLiteral("create");
+    const MessageCode operation = kCreateFile;
     if (lastPathComponent(target).isEmpty() || target.contains(QChar::Null) ||
         sizeHint > kLastOffset)
         return failure(ErrorCode::InvalidArgument, operation, target);
@@ -193,7 +194,7 @@ Result<void> AtomicFile::reserve(std::uint64_t size) {
                     static_cast<off_t>(size - m_position)) == 0)
         m_reserved = size;
     else if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)
-        return systemFailure(QStringLiteral("reserve room"), m_target, errno);
+        return systemFailure(kReserveSpace, m_target, errno);
     return {};
 }
 
@@ -207,16 +208,16 @@ void AtomicFile::discard() {
 
 Result<void> AtomicFile::write(QByteArrayView bytes) {
     if (static_cast<std::uint64_t>(bytes.size()) > kLastOffset - m_position)
-        return failure(ErrorCode::LimitExceeded, QStringLiteral("write"), m_target);
+        return failure(ErrorCode::LimitExceeded, kWriteFile, m_target);
     if (const int error = pwriteAll(m_fd.get(), bytes, m_position))
-        return systemFailure(QStringLiteral("write"), m_target, error);
+        return systemFailure(kWriteFile, m_target, error);
     m_position += static_cast<std::uint64_t>(bytes.size());
     return {};
 }
 
 Result<void> AtomicFile::copyFrom(int sourceFd, std::uint64_t offset, std::uint64_t length,
                                   const std::function<bool(std::uint64_t)>& progress) {
-    const QString operation = QStringLiteral("copy");
+    const MessageCode operation = kCopyFile;
     if (offset > kLastOffset || length > kLastOffset - offset || length > kLastOffset - m_position)
         return failure(ErrorCode::InvalidArgument, operation, m_target);
     if (length >= kWorthReserving) {
@@ -233,8 +234,7 @@ Result<void> AtomicFile::copyFrom(int sourceFd, std::uint64_t offset, std::uint6
         if (done < 0)
             return systemFailure(operation, m_target, errno);
         if (done == 0)
-            return failure(ErrorCode::Truncated, operation, m_target,
-                           QStringLiteral("the source has become shorter"));
+            return failure(ErrorCode::Truncated, operation, m_target, kSourceHasShrunk);
         copied += static_cast<std::uint64_t>(done);
         m_position += static_cast<std::uint64_t>(done);
         if (m_position - begun >= kCopyChunk) {
@@ -262,7 +262,7 @@ void AtomicFile::copyExtendedAttributes(int sourceFd) {
 }
 
 Result<void> AtomicFile::commit(NSFileManager::IfExists ifExists) {
-    const QString operation = QStringLiteral("save");
+    const MessageCode operation = kSaveFile;
     struct stat status {};
     if (m_reserved > 0 && ::fstat(m_fd.get(), &status) == 0 &&
         static_cast<std::uint64_t>(status.st_size) < m_reserved &&
@@ -272,7 +272,7 @@ Result<void> AtomicFile::commit(NSFileManager::IfExists ifExists) {
         return systemFailure(operation, m_target, error);
     // As late as can be: an old date would make the temporary look like a left-over.
     if (m_dates && ::futimens(m_fd.get(), m_dates->data()) != 0)
-        return systemFailure(QStringLiteral("copy the dates"), m_target, errno);
+        return systemFailure(kCopyDates, m_target, errno);
     const QByteArray from = nativePath(m_temporary);
     const QByteArray to = nativePath(m_target);
     int error = 0;
@@ -305,7 +305,7 @@ Result<AtomicFile> AtomicFile::copyOf(const QString& from, const QString& to,
         return tl::unexpected(copied.error());
     struct stat status {};
     if (::fstat(source->fd(), &status) != 0 || ::fchmod(copy->fd(), status.st_mode & 0777) != 0)
-        return systemFailure(QStringLiteral("copy the permissions"), to, errno);
+        return systemFailure(kCopyPermissions, to, errno);
     copy->copyExtendedAttributes(source->fd());
     copy->m_dates = std::array<timespec, 2>{status.st_atim, status.st_mtim};
     return copy;
@@ -314,7 +314,7 @@ Result<AtomicFile> AtomicFile::copyOf(const QString& from, const QString& to,
 Result<void> NSFileManager::copyItem(const QString& from, const QString& to, IfExists ifExists,
                                      const std::function<bool(double)>& progress) const {
     if (ifExists == IfExists::Fail && nameIsTaken(nativePath(to)))
-        return systemFailure(QStringLiteral("copy"), to, EEXIST);
+        return systemFailure(kCopyFile, to, EEXIST);
     Result<AtomicFile> copy = AtomicFile::copyOf(from, to, progress);
     if (!copy)
         return tl::unexpected(copy.error());

@@ -4,6 +4,7 @@
 #include "platform/foundation/creation_date.h"
 #include "platform/foundation/file_moves.h"
 #include "platform/foundation/file_system.h"
+#include "platform/foundation/messages.h"
 #include "platform/foundation/paths.h"
 
 #include <array>
@@ -24,7 +25,7 @@ using Directory = std::unique_ptr<DIR, Releaser<::closedir>>;
 Result<FileAttributes> attributesOf(const FileReference& file, const QString& path) {
     struct statx status {};
     if (const int error = file.status(status))
-        return systemFailure(QStringLiteral("read the file attributes"), path, error);
+        return systemFailure(kReadAttributes, path, error);
     FileAttributes attributes;
     attributes.NSFileSize = status.stx_size;
     attributes.isDirectory = S_ISDIR(status.stx_mode);
@@ -52,14 +53,14 @@ Result<CreationDateStored> setAttributesOf(const FileReference& file, const QStr
                                            const std::optional<QDateTime>& creation,
                                            const std::optional<QDateTime>& modification) {
     if ((creation && !creation->isValid()) || (modification && !modification->isValid()))
-        return failure(ErrorCode::InvalidArgument, QStringLiteral("set the file dates"), path);
+        return failure(ErrorCode::InvalidArgument, kSetDates, path);
     const int creationError = creation ? storeCreationDate(file, timespecFromDate(*creation)) : 0;
     // Also after a failure: one date that is right is better than none.
     const int modificationError = modification ? setModificationDate(file, *modification) : 0;
     if (creationError != 0 && creationError != ENOTSUP)
-        return systemFailure(QStringLiteral("set the creation date"), path, creationError);
+        return systemFailure(kSetCreationDate, path, creationError);
     if (modificationError != 0)
-        return systemFailure(QStringLiteral("set the modification date"), path, modificationError);
+        return systemFailure(kSetModificationDate, path, modificationError);
     return creationError == ENOTSUP ? CreationDateStored::NotStoredHere : CreationDateStored::Yes;
 }
 
@@ -112,7 +113,7 @@ NSFileManager::setAttributesOfOpenFile(int fd, const QString& path,
 
 Result<std::vector<DirectoryEntry>>
 NSFileManager::contentsOfDirectoryAtPath(const QString& path) const {
-    const QString operation = QStringLiteral("read the folder");
+    const MessageCode operation = kReadFolder;
     const Directory folder(::opendir(nativePath(path).constData()));
     if (!folder)
         return systemFailure(operation, path, errno);
@@ -132,7 +133,7 @@ NSFileManager::contentsOfDirectoryAtPath(const QString& path) const {
 }
 
 Result<void> NSFileManager::createDirectoryAtPath(const QString& path) const {
-    const QString operation = QStringLiteral("create the folder");
+    const MessageCode operation = kCreateFolder;
     if (path.isEmpty() || path.contains(QChar::Null))
         return failure(ErrorCode::InvalidArgument, operation, path);
     bool isThere = false;
@@ -156,7 +157,7 @@ Result<void> NSFileManager::createDirectoryAtPath(const QString& path) const {
 }
 
 Result<void> NSFileManager::removeItemAtPath(const QString& path) const {
-    const QString operation = QStringLiteral("remove");
+    const MessageCode operation = kRemoveItem;
     const QByteArray name = nativePath(path);
     if (::unlink(name.constData()) == 0)
         return {};

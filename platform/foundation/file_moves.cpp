@@ -5,6 +5,7 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/file_system.h"
 #include "platform/foundation/folder_syncs.h"
+#include "platform/foundation/messages.h"
 #include "platform/foundation/paths.h"
 #include "platform/foundation/temporaries.h"
 
@@ -81,7 +82,7 @@ private:
 
 Result<void> copyLink(const QString& from, const QString& to, const struct stat& status,
                       const CopyHook& hook) {
-    const QString operation = QStringLiteral("move the link");
+    const MessageCode operation = kMoveLink;
     std::array<char, PATH_MAX> leadsTo;
     const ssize_t length =
         ::readlink(nativePath(from).constData(), leadsTo.data(), leadsTo.size() - 1);
@@ -106,26 +107,24 @@ Result<void> copyFile(const QString& from, const QString& to, const struct stat&
     if (!copy)
         return tl::unexpected(copy.error());
     if (!isUntouched(status, nativePath(from)))
-        return failure(ErrorCode::InvalidData, QStringLiteral("move"), from,
-                       QStringLiteral("the file was changed meanwhile"));
+        return failure(ErrorCode::InvalidData, kMoveItem, from, kFileHasChanged);
     struct statx made {};
     if (const int error = FileReference::ofDescriptor(copy->fd()).status(made))
-        return systemFailure(QStringLiteral("move"), to, error);
+        return systemFailure(kMoveItem, to, error);
     if (Result<void> allowed = allow(hook, identityFrom(made)); !allowed)
         return allowed;
     return copy->commit(NSFileManager::IfExists::Fail);
 }
 
 Result<MoveOutcome> moveAcross(const QString& from, const QString& to, const CopyHook& hook) {
-    const QString operation = QStringLiteral("move");
+    const MessageCode operation = kMoveItem;
     struct stat status {};
     if (::lstat(nativePath(from).constData(), &status) != 0)
         return systemFailure(operation, from, errno);
     if (nameIsTaken(nativePath(to))) // before the work is done
         return systemFailure(operation, to, EEXIST);
     if (!S_ISREG(status.st_mode) && !S_ISLNK(status.st_mode))
-        return failure(ErrorCode::NotSupported, operation, from,
-                       QStringLiteral("neither a file nor a link"));
+        return failure(ErrorCode::NotSupported, operation, from, kNeitherFileNorLink);
     const Result<void> copied = S_ISLNK(status.st_mode) ? copyLink(from, to, status, hook)
                                                         : copyFile(from, to, status, hook);
     if (!copied)
@@ -133,10 +132,9 @@ Result<MoveOutcome> moveAcross(const QString& from, const QString& to, const Cop
     MoveOutcome outcome;
     outcome.copied = true;
     if (!isUntouched(status, nativePath(from)))
-        outcome.sourceKept = Error{ErrorCode::InvalidData, QStringLiteral("remove"), from,
-                                   QStringLiteral("the file was changed meanwhile")};
+        outcome.sourceKept = Error{ErrorCode::InvalidData, kRemoveItem, from, kFileHasChanged};
     else if (::unlink(nativePath(from).constData()) != 0)
-        outcome.sourceKept = systemFailure(QStringLiteral("remove"), from, errno).value();
+        outcome.sourceKept = systemFailure(kRemoveItem, from, errno).value();
     return outcome;
 }
 
@@ -163,7 +161,7 @@ FileIdentity identityOfItem(const QString& path) {
 
 Result<MoveOutcome> moveItemWithOutcome(const QString& from, const QString& to,
                                         const CopyHook& hook) {
-    const QString operation = QStringLiteral("move");
+    const MessageCode operation = kMoveItem;
     if (to.contains(QChar::Null)) // the system would take the text before it
         return failure(ErrorCode::InvalidArgument, operation, to);
     int error = renameWithoutReplacing(nativePath(from), nativePath(to));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/foundation/file_reader.h"
 
+#include "platform/foundation/messages.h"
 #include "platform/foundation/paths.h"
 
 #include <algorithm>
@@ -34,13 +35,11 @@ std::int64_t preadAll(int fd, char* target, std::uint64_t length, std::uint64_t 
 }
 
 tl::unexpected<Error> shorterThanAnnounced(const QString& path) {
-    return failure(ErrorCode::Truncated, QStringLiteral("read"), path,
-                   QStringLiteral("the file ends before the announced bytes"));
+    return failure(ErrorCode::Truncated, kReadFile, path, kEndsBeforeAnnouncedBytes);
 }
 
 tl::unexpected<Error> notARegularFile(const QString& path) {
-    return failure(ErrorCode::NotSupported, QStringLiteral("open"), path,
-                   QStringLiteral("not a regular file"));
+    return failure(ErrorCode::NotSupported, kOpenFile, path, kNotARegularFile);
 }
 
 } // namespace
@@ -55,7 +54,7 @@ void FileDescriptor::reset(int fd) noexcept {
 
 Result<QByteArray> FileSlice::load(std::uint64_t limit) const {
     if (length > limit)
-        return failure(ErrorCode::LimitExceeded, QStringLiteral("read"), path);
+        return failure(ErrorCode::LimitExceeded, kReadFile, path);
     Result<FileReader> reader = FileReader::open(path);
     if (!reader)
         return tl::unexpected(reader.error());
@@ -67,10 +66,10 @@ Result<FileReader> FileReader::open(const QString& path) {
     FileDescriptor fd(
         ::open(nativePath(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!fd)
-        return systemFailure(QStringLiteral("open"), path, errno);
+        return systemFailure(kOpenFile, path, errno);
     struct stat status {};
     if (::fstat(fd.get(), &status) != 0)
-        return systemFailure(QStringLiteral("open"), path, errno);
+        return systemFailure(kOpenFile, path, errno);
     if (!S_ISREG(status.st_mode))
         return notARegularFile(path);
     FileReader reader;
@@ -92,7 +91,7 @@ bool FileReader::fillWindow(std::uint64_t offset) {
 
 Result<ByteView> FileReader::view(std::uint64_t offset, std::uint64_t length) {
     if (length > kWindow)
-        return failure(ErrorCode::LimitExceeded, QStringLiteral("read"), m_path);
+        return failure(ErrorCode::LimitExceeded, kReadFile, m_path);
     if (offset > m_size || length > m_size - offset)
         return shorterThanAnnounced(m_path);
     const auto cached = [&] {
@@ -105,7 +104,7 @@ Result<ByteView> FileReader::view(std::uint64_t offset, std::uint64_t length) {
         const std::uint64_t start = offset - offset % kReaderAlignment;
         const bool fits = length <= kWindow - (offset - start);
         if (!fillWindow(fits ? start : offset))
-            return systemFailure(QStringLiteral("read"), m_path, errno);
+            return systemFailure(kReadFile, m_path, errno);
         if (!cached())
             return shorterThanAnnounced(m_path);
     }
@@ -127,7 +126,7 @@ Result<QByteArray> FileReader::read(std::uint64_t offset, std::uint64_t length) 
     if (offset > m_size || length > m_size - offset)
         return shorterThanAnnounced(m_path);
     if (length > kMaxRead)
-        return failure(ErrorCode::LimitExceeded, QStringLiteral("read"), m_path);
+        return failure(ErrorCode::LimitExceeded, kReadFile, m_path);
     if (length <= kReaderAlignment) {
         const Result<ByteView> seen = view(offset, length);
         if (!seen)
@@ -137,7 +136,7 @@ Result<QByteArray> FileReader::read(std::uint64_t offset, std::uint64_t length) 
     QByteArray bytes(static_cast<qsizetype>(length), Qt::Uninitialized);
     const std::int64_t got = preadAll(m_fd.get(), bytes.data(), length, offset);
     if (got < 0)
-        return systemFailure(QStringLiteral("read"), m_path, errno);
+        return systemFailure(kReadFile, m_path, errno);
     m_fetched += static_cast<std::uint64_t>(got);
     if (static_cast<std::uint64_t>(got) < length)
         return shorterThanAnnounced(m_path);

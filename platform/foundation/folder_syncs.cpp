@@ -2,6 +2,7 @@
 #include "platform/foundation/folder_syncs.h"
 
 #include "platform/foundation/handles.h"
+#include "platform/foundation/messages.h"
 #include "platform/foundation/paths.h"
 #include "platform/foundation/result.h"
 
@@ -20,7 +21,7 @@ void makeFolderDurable(const QString& folder) {
     const FileDescriptor fd(
         ::open(nativePath(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!fd || ::fsync(fd.get()) != 0)
-        ignoreFailure(systemFailure(QStringLiteral("sync the folder"), folder, errno).value(),
+        ignoreFailure(systemFailure(kSyncFolder, folder, errno).value(),
                       "the file itself is complete and in place");
 }
 

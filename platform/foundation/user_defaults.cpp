@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/foundation/user_defaults.h"
 
+#include "platform/foundation/messages.h"
 #include "platform/foundation/text.h"
 
 #include <QFile>
@@ -19,7 +20,7 @@ QString standardDefaultsFile() {
 
 /// Writes what has been changed, merged into what other processes have written.
 Result<void> synchronize(QSettings& store, const QString& file) {
-    const QString operation = QStringLiteral("write the settings");
+    const MessageCode operation = kWriteSettings;
     store.sync();
     switch (store.status()) {
     case QSettings::NoError:

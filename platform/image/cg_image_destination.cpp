@@ -3,6 +3,7 @@
 
 #include "platform/foundation/atomic_file.h"
 #include "platform/image/gif_palette.h"
+#include "platform/image/messages.h"
 
 #include <gif_lib.h>
 
@@ -17,8 +18,8 @@ namespace {
 constexpr int kMostGifSide = 65535, kMostLoops = 65535;
 constexpr qsizetype kGifBuffer = 1 << 20;
 
-tl::unexpected<Error> gifFailure(ErrorCode code, const QString& path, const QString& detail) {
-    return failure(code, QStringLiteral("write the GIF"), path, detail);
+tl::unexpected<Error> gifFailure(ErrorCode code, const QString& path, const Message& detail) {
+    return failure(code, kWriteGif, path, detail);
 }
 
 struct ColourMapFreer {
@@ -127,7 +128,7 @@ CGImageDestinationCreateWithURL(const QString& path, const QString& type, int co
     if (type != QStringView(kUTTypeGIF))
         return gifFailure(ErrorCode::NotSupported, path, type);
     if (count < 1)
-        return gifFailure(ErrorCode::InvalidArgument, path, QStringLiteral("no pictures"));
+        return gifFailure(ErrorCode::InvalidArgument, path, kNoFrames);
     auto file = AtomicFile::create(path);
     if (!file)
         return tl::unexpected(file.error());
@@ -143,7 +144,7 @@ Result<void> CGImageDestinationSetProperties(CGImageDestination& destination,
     auto& state = *destination.m_state;
     const int loops = properties.kCGImagePropertyGIFLoopCount.value_or(0);
     if (state.added > 0 || loops < 0 || loops > kMostLoops)
-        return gifFailure(ErrorCode::InvalidArgument, state.path, QStringLiteral("properties"));
+        return gifFailure(ErrorCode::InvalidArgument, state.path, kPropertiesOutOfRange);
     state.properties = properties;
     return {};
 }
@@ -157,9 +158,9 @@ Result<void> CGImageDestinationAddImage(CGImageDestination& destination, const R
                                     std::max(image.width, image.height) <= kMostGifSide
                               : image.width == state.width && image.height == state.height;
     if (!fits || image.rgb32.size() != qsizetype{image.width} * image.height * 4)
-        return gifFailure(ErrorCode::InvalidArgument, state.path, QStringLiteral("picture size"));
+        return gifFailure(ErrorCode::InvalidArgument, state.path, kFrameSizeDiffers);
     if (!state.file || state.added >= state.announced)
-        return gifFailure(ErrorCode::InvalidArgument, state.path, QStringLiteral("one too many"));
+        return gifFailure(ErrorCode::InvalidArgument, state.path, kOneFrameTooMany);
     if ((!isFirst || state.begin(image)) && state.put(image)) {
         ++state.added;
         return {};
@@ -172,7 +173,7 @@ Result<void> CGImageDestinationAddImage(CGImageDestination& destination, const R
 Result<void> CGImageDestinationFinalize(CGImageDestination& destination) {
     auto& state = *destination.m_state;
     if (!state.error && (state.added == 0 || !state.file))
-        return gifFailure(ErrorCode::InvalidArgument, state.path, QStringLiteral("no pictures"));
+        return gifFailure(ErrorCode::InvalidArgument, state.path, kNoFrames);
     state.gif.reset(); // writes the trailer
     if (!state.error)
         state.flush();

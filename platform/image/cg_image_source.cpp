@@ -4,6 +4,7 @@
 #include "platform/foundation/paths.h"
 #include "platform/image/heif_reader.h"
 #include "platform/image/image_layout.h"
+#include "platform/image/messages.h"
 #include "platform/image/photo_tags.h"
 #include "platform/media/model/encoded_image.h"
 
@@ -26,7 +27,7 @@ struct PhotoFacts {
     ImageLayout layout;
     QSize pixelSize;
     int orientation = 0; ///< 0: as the tags say
-    QString problem;
+    Message problem;
 };
 
 /// Size of images that the header sniffer does not know, by the reader that the name calls for:
@@ -178,9 +179,8 @@ Result<CGImageSource> CGImageSource::createWithPath(const QString& path) {
         return tl::unexpected(std::move(error));
     }
     if (isEmpty(*facts))
-        return failure(ErrorCode::InvalidData, QStringLiteral("read the photo"), path,
-                       facts->problem.isNull() ? QStringLiteral("no picture found")
-                                               : facts->problem);
+        return failure(ErrorCode::InvalidData, kReadPhoto, path,
+                       facts->problem.isEmpty() ? Message(kNoImage) : facts->problem);
     CGImageSource source;
     source.m_attributes = *attributes;
     source.m_properties = dictionariesOf(*facts);

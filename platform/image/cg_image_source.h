@@ -23,13 +23,13 @@ public:
     [[nodiscard]] QSize pixelSize() const; ///< as stored, not rotated; empty when unknown
     [[nodiscard]] const FileAttributes& attributes() const { return m_attributes; }
     /// Why some of it could not be read; null when all went well.
-    [[nodiscard]] QString problem() const { return m_problem; }
+    [[nodiscard]] const Message& problem() const { return m_problem; }
 
 private:
     CGImageSource() = default;
     QVariantMap m_properties;
     FileAttributes m_attributes;
-    QString m_problem;
+    Message m_problem;
 };
 
 } // namespace clipheave::platform

@@ -2,6 +2,7 @@
 #include "platform/image/heif_reader.h"
 
 #include "platform/image/heif_items.h"
+#include "platform/image/messages.h"
 #include "platform/isobmff/box.h"
 
 #include <algorithm>
@@ -131,14 +132,14 @@ void readMeta(FileReader& reader, const QByteArray& payload, HeifFacts& facts) {
     if (const auto item = primaryItem(meta.pitm))
         readProperties(meta, *item, facts);
     else
-        facts.problem = QStringLiteral("the file names no main picture");
+        facts.problem = kNoPrimaryImage;
     const auto exif = itemOfType(meta.iinf, fourCc("Exif"));
     if (!exif)
         return;
     if (const auto location = itemLocation(meta.iloc, *exif))
         facts.exif = tiffOfExifItem(loadItem(reader, meta, *location));
     if (facts.exif.isEmpty())
-        facts.problem = QStringLiteral("the Exif item could not be read");
+        facts.problem = kExifUnreadable;
 }
 
 /// CR3: moov / uuid with one small TIFF structure for each group of tags.
@@ -209,16 +210,15 @@ Result<HeifFacts> readHeif(FileReader& reader) {
             found = true;
             meta = headers.viewUpTo(box->payloadOffset(), box->payloadSize()).toByteArray();
             if (static_cast<std::uint64_t>(meta.size()) < box->payloadSize())
-                facts.problem = QStringLiteral("the picture's header is longer than what is read");
+                facts.problem = kImageHeaderTooLong;
         } else if (box->type == fourCc("moov")) {
             readMovie(headers, *box, !raw, facts);
             found = true;
         }
     }
     if (!found)
-        return failure(
-            ErrorCode::InvalidData, QStringLiteral("read the picture's boxes"), reader.path(),
-            top.problem().isNull() ? QStringLiteral("no picture header") : top.problem());
+        return failure(ErrorCode::InvalidData, kReadImageBoxes, reader.path(),
+                       top.problem().isEmpty() ? Message(kNoImageHeader) : top.problem());
     if (!meta.isEmpty())
         readMeta(reader, meta, facts);
     return facts;

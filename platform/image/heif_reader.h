@@ -18,7 +18,7 @@ struct HeifFacts {
     int bitsPerComponent = 0, components = 0; ///< of `pixi`, 0 when unknown
     /// CR3 only: the TIFF structures CMT1 (main), CMT2 (Exif) and CMT4 (GPS), null when absent.
     QByteArray mainTags, photoTags, gpsTags;
-    QString problem; ///< why some of it could not be read
+    Message problem; ///< why some of it could not be read
 };
 
 /// True for files that begin as one of these ("ftyp" with a still-image brand).

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/image_transcode.h"
 
+#include "platform/image/messages.h"
+
 #include <QBuffer>
 #include <QImage>
 #include <QImageReader>
@@ -18,8 +20,7 @@ bool hasTooManyPixels(QSize size) {
 }
 
 tl::unexpected<Error> tooManyPixels(const QString& path) {
-    return failure(ErrorCode::LimitExceeded, QStringLiteral("read the picture"), path,
-                   QStringLiteral("too many pixels"));
+    return failure(ErrorCode::LimitExceeded, kReadImage, path, kTooManyPixels);
 }
 
 Result<QByteArray> asPng(const QByteArray& bytes, const QString& path) {
@@ -32,12 +33,11 @@ Result<QByteArray> asPng(const QByteArray& bytes, const QString& path) {
         return tooManyPixels(path);
     const QImage image = reader.read();
     if (image.isNull())
-        return failure(ErrorCode::InvalidData, QStringLiteral("read the picture"), path,
-                       reader.errorString());
+        return failure(ErrorCode::InvalidData, kReadImage, path, reader.errorString());
     QBuffer output;
     output.open(QIODevice::WriteOnly);
     if (!image.save(&output, "PNG"))
-        return failure(ErrorCode::Io, QStringLiteral("encode the picture"), path);
+        return failure(ErrorCode::Io, kEncodeImage, path);
     return output.data();
 }
 
@@ -48,8 +48,7 @@ Result<EncodedImage> imageForArtwork(const QString& path) {
     if (!reader)
         return tl::unexpected(reader.error());
     if (reader->size() > kMostArtworkBytes)
-        return failure(ErrorCode::LimitExceeded, QStringLiteral("read the picture"), path,
-                       QStringLiteral("larger than 64 MiB"));
+        return failure(ErrorCode::LimitExceeded, kReadImage, path, kImageFileTooLarge);
     const auto bytes = reader->read(0, reader->size());
     if (!bytes)
         return tl::unexpected(bytes.error());

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/photo_tags.h"
 
+#include "platform/image/messages.h"
 #include "platform/image/photo_dictionaries.h"
 
 #include <QMutex>
@@ -37,9 +38,9 @@ void initializeLibrary() {
 /// Runs `work`; what it throws becomes a failure. The only place where exceptions of the library
 /// end.
 template <class Work>
-Result<PhotoTags> guarded(const QString& path, const char* operation, Work work) {
-    const auto failed = [&](ErrorCode code, const char* text) {
-        return failure(code, QString::fromLatin1(operation), path, QString::fromUtf8(text));
+Result<PhotoTags> guarded(const QString& path, MessageCode operation, Work work) {
+    const auto failed = [&](ErrorCode code, const Message& text) {
+        return failure(code, operation, path, text);
     };
     try {
         initializeLibrary();
@@ -47,11 +48,12 @@ Result<PhotoTags> guarded(const QString& path, const char* operation, Work work)
     } catch (const Exiv2::AnyError& error) {
         const bool unknown = error.code() == Exiv2::kerFileContainsUnknownImageType ||
                              error.code() == Exiv2::kerUnsupportedImageType;
-        return failed(unknown ? ErrorCode::NotSupported : ErrorCode::InvalidData, error.what());
+        return failed(unknown ? ErrorCode::NotSupported : ErrorCode::InvalidData,
+                      QString::fromUtf8(error.what()));
     } catch (const std::bad_alloc&) {
-        return failed(ErrorCode::LimitExceeded, "not enough memory");
+        return failed(ErrorCode::LimitExceeded, kTagsNeedTooMuchMemory);
     } catch (const std::exception& error) {
-        return failed(ErrorCode::InvalidData, error.what());
+        return failed(ErrorCode::InvalidData, QString::fromUtf8(error.what()));
     }
 }
 
@@ -92,7 +94,7 @@ void addCanonTags(const QByteArray& bytes, const char* group, PhotoTags& tags) {
 } // namespace
 
 Result<PhotoTags> readPhotoTags(FileReader& reader) {
-    return guarded(reader.path(), "read the tags of the photo", [&]() -> PhotoTags {
+    return guarded(reader.path(), kReadPhotoTags, [&]() -> PhotoTags {
         // The open file once more under a name of plain ASCII: the library takes names as text.
         const std::string name = "/proc/self/fd/" + std::to_string(reader.fd());
         const auto image = std::unique_ptr<Exiv2::Image>{Exiv2::ImageFactory::open(name).release()};
@@ -113,7 +115,7 @@ Result<PhotoTags> readPhotoTags(FileReader& reader) {
 }
 
 Result<PhotoTags> decodePhotoTags(const HeifFacts& facts) {
-    return guarded({}, "read the tags of the photo", [&] {
+    return guarded({}, kReadPhotoTags, [&] {
         PhotoTags tags;
         if (!facts.exif.isEmpty()) {
             Exiv2::ExifData data;

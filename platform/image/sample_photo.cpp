@@ -3,6 +3,7 @@
 
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/paths.h"
+#include "platform/image/messages.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -109,8 +110,7 @@ Result<QByteArray> withExif(const QByteArray& encoded, const SamplePhoto& photo,
         return QByteArray(static_cast<const char*>(static_cast<const void*>(data.pData_)),
                           static_cast<qsizetype>(data.size_));
     } catch (const std::exception& error) {
-        return failure(ErrorCode::Io, QStringLiteral("write the photo's tags"), target,
-                       QString::fromUtf8(error.what()));
+        return failure(ErrorCode::Io, kWritePhotoTags, target, QString::fromUtf8(error.what()));
     }
 }
 
@@ -127,7 +127,7 @@ Result<QByteArray> drawSampleImage(QSize size, int pattern, const QString& forma
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     if (!drawScene(size, pattern).save(&buffer, format.toLatin1().constData(), 90))
-        return failure(ErrorCode::NotSupported, QStringLiteral("encode a picture"), {}, format);
+        return failure(ErrorCode::NotSupported, kEncodeImage, {}, format);
     return buffer.data();
 }
 

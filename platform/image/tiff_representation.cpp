@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/tiff_representation.h"
 
+#include "platform/image/messages.h"
+
 #include <QBuffer>
 #include <QImage>
 #include <QImageReader>
@@ -18,7 +20,7 @@ constexpr qint64 kMostCoverPixels = 100'000'000;
 constexpr int kLzw = 1;
 
 Result<EncodedImage> transcoded(const EncodedImage& original, const char* format) {
-    const QString operation = QStringLiteral("convert the picture");
+    const MessageCode operation = kConvertImage;
     QByteArray bytes = original.bytes();
     QBuffer input(&bytes);
     input.open(QIODevice::ReadOnly);
@@ -26,7 +28,7 @@ Result<EncodedImage> transcoded(const EncodedImage& original, const char* format
     reader.setAutoTransform(true);
     const QSize size = reader.size();
     if (size.isValid() && qint64{size.width()} * size.height() > kMostCoverPixels)
-        return failure(ErrorCode::LimitExceeded, operation, {}, QStringLiteral("too many pixels"));
+        return failure(ErrorCode::LimitExceeded, operation, {}, kTooManyPixels);
     const QImage image = reader.read();
     if (image.isNull())
         return failure(ErrorCode::InvalidData, operation, {}, reader.errorString());
@@ -95,7 +97,7 @@ private:
 } // namespace
 
 Result<QByteArray> TIFFRepresentation(const RawFrame& original) {
-    const QString operation = QStringLiteral("make the TIFF picture");
+    const MessageCode operation = kCreateTiff;
     const qint64 pixels = qint64{std::max(original.width, 0)} * std::max(original.height, 0);
     if (pixels == 0 || original.rgb32.size() != pixels * 4)
         return failure(ErrorCode::InvalidArgument, operation);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/box.h"
 
+#include "platform/isobmff/messages.h"
+
 #include <algorithm>
 
 namespace clipheave::platform {
@@ -17,14 +19,12 @@ bool onlyZeros(ByteView bytes) {
                        [](std::uint8_t byte) { return byte == 0; });
 }
 
-QString badBoxProblem(std::uint64_t offset) {
-    return QStringLiteral("the bytes at offset %1 are no box").arg(offset);
+Message badBoxProblem(std::uint64_t offset) {
+    return {kNotABox, {QString::number(offset)}};
 }
 
-QString cutBoxProblem(const Box& box) {
-    return QStringLiteral("the box \"%1\" at offset %2 reaches beyond its end")
-        .arg(fourCcText(box.type))
-        .arg(box.offset);
+Message cutBoxProblem(const Box& box) {
+    return {kBoxBeyondEnd, {fourCcText(box.type), QString::number(box.offset)}};
 }
 
 } // namespace
@@ -70,8 +70,7 @@ std::optional<Box> BoxWalker::next() {
         return std::nullopt;
     const auto box = parseBoxHeader(rest, m_base + m_position, rest.size());
     if (!box || ++m_count > kMaxBoxesPerWalk) {
-        m_problem =
-            box ? QStringLiteral("there are too many boxes") : badBoxProblem(m_base + m_position);
+        m_problem = box ? Message(kTooManyBoxes) : badBoxProblem(m_base + m_position);
         m_position = m_bytes.size();
         return std::nullopt;
     }
@@ -129,7 +128,7 @@ std::optional<Box> FileBoxWalker::next() {
         return std::nullopt;
     const auto box = parseBoxHeader(head, m_position, available);
     if (!box || m_left == 0) {
-        m_problem = box ? QStringLiteral("there are too many boxes") : badBoxProblem(m_position);
+        m_problem = box ? Message(kTooManyBoxes) : badBoxProblem(m_position);
         m_position = m_end;
         return std::nullopt;
     }

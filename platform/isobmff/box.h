@@ -65,14 +65,14 @@ public:
         return m_bytes.sub(box.offset - m_base, box.size);
     }
     /// Why the walk is incomplete; null when all is well so far.
-    [[nodiscard]] const QString& problem() const { return m_problem; }
+    [[nodiscard]] const Message& problem() const { return m_problem; }
 
 private:
     ByteView m_bytes;
     std::uint64_t m_base = 0;
     std::uint64_t m_position = 0;
     std::uint64_t m_count = 0;
-    QString m_problem;
+    Message m_problem;
 };
 
 /// Headers of a file that lie far apart, fetched in few and small pieces: one window for the start
@@ -118,14 +118,14 @@ public:
                   std::uint64_t maxBoxes = kMaxBoxesPerWalk);
 
     [[nodiscard]] std::optional<Box> next();
-    [[nodiscard]] const QString& problem() const { return m_problem; }
+    [[nodiscard]] const Message& problem() const { return m_problem; }
 
 private:
     HeaderReader& m_reader;
     std::uint64_t m_position = 0;
     std::uint64_t m_end = 0;
     std::uint64_t m_left = 0;
-    QString m_problem;
+    Message m_problem;
 };
 
 /// The payload of the first box found by going down `path` from the boxes in `bytes`; empty when

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/workspace/system_version.h"
 
+#include "platform/workspace/messages.h"
+
 #include <QStringList>
 #include <QSysInfo>
 
@@ -14,8 +16,7 @@ Result<SystemVersion> parseSystemVersion(const QString& text) {
         bool ok = false;
         *numbers[i] = parts[i].toUInt(&ok);
         if (!ok && i == 0)
-            return failure(ErrorCode::InvalidData, QStringLiteral("read the system's version"), {},
-                           text);
+            return failure(ErrorCode::InvalidData, kReadSystemVersion, {}, text);
     }
     return version;
 }

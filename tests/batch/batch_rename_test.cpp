@@ -355,7 +355,7 @@ TEST_F(RenameAcross, BytesDatesAndLinksTravel) {
     ASSERT_TRUE(taken.open(QIODevice::WriteOnly));
     EXPECT_THAT(messagesOf(run({moveFar(QStringLiteral("a")), moveFar(QStringLiteral("link")),
                                 moveFar(QStringLiteral("folder")), moveFar(QStringLiteral("b"))})),
-                ElementsAre("+", "+", "-neither a file nor a link", "-name exists"));
+                ElementsAre("+", "+", "-neither file nor link", "-name exists"));
     EXPECT_EQ(inodesIn(media()).size(), 2u);
     EXPECT_EQ(TempDir::read(far(QStringLiteral("a"))), QByteArray(300'000, 'v'));
     const auto attributes = manager.attributesOfItemAtPath(far(QStringLiteral("a"))).value();

@@ -305,7 +305,7 @@ TEST_F(Jobs, VideosThatLieFailPlainlyOrGiveWhatTheyHold) {
     for (const auto& [worker, title, files] : jobs) {
         const auto outcomes = run(worker, title, videos);
         ASSERT_EQ(outcomes.size(), 3U);
-        EXPECT_THAT(outcomes[0].message.toStdString(), HasSubstr("it has no duration"));
+        EXPECT_THAT(outcomes[0].message.toStdString(), HasSubstr("no duration"));
         EXPECT_EQ(outcomes[1].status, WriteStatus::Completed) << outcomes[1].message.toStdString();
         EXPECT_THAT(outcomes[2].message.toStdString(), HasSubstr("no decoder"));
         EXPECT_EQ(filesOut(), files);

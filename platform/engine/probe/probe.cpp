@@ -162,9 +162,9 @@ Result<MediaFacts> probeFile(FileReader& reader) {
     MediaFacts facts;
     facts.container = Container::Other;
     if (!isComplete(context) && !(*input)->findStreamInfo())
-        facts.problem = Message(kStreamsUnreadable).text();
+        facts.problem = kStreamsUnreadable;
     if ((*input)->exhausted())
-        facts.problem = Message(kHeadersTooLong).text();
+        facts.problem = kHeadersTooLong;
     facts.durationSeconds = containerSeconds(context);
     addTracks(context, reader.size(), facts);
     facts.metadata = mappedTags(context);

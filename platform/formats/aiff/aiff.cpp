@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/audio_facts.h"
 #include "platform/formats/format_readers.h"
+#include "platform/formats/messages.h"
 #include "platform/formats/mpeg/id3_contents.h"
 #include "platform/formats/tag_text.h"
 
@@ -21,7 +22,7 @@ struct AiffFile {
     std::optional<std::uint64_t> audioBytes;
     InfoDictionary info;
     Id3Contents id3;
-    QString problem;
+    Message problem;
 };
 
 /// IEEE 754 extended: sign and 15 bits exponent, 64 bits with the leading one.
@@ -77,7 +78,7 @@ AiffFile walkAiff(FileReader& reader) {
         const QByteArray id = head.sub(0, 4).toByteArray();
         const std::uint64_t size = head.be32(4).value_or(0);
         if (size > reader.size() - at - 8)
-            aiff.problem = QStringLiteral("the file ends inside a chunk");
+            aiff.problem = kEndsInsideChunk;
         readAiffChunk(aiff, id, ByteRange(reader, at + 8, size));
         at += 8 + size + size % 2;
     }
@@ -122,16 +123,15 @@ Result<MediaFacts> readAiff(FileReader& reader) {
     const ByteView head = reader.viewUpTo(0, 12);
     const ByteView form = head.sub(8);
     if (!head.startsWith("FORM") || !(form.startsWith("AIFF") || form.startsWith("AIFC")))
-        return failure(ErrorCode::InvalidData, QStringLiteral("read AIFF"), reader.path(),
-                       QStringLiteral("the signature is missing"));
+        return failure(ErrorCode::InvalidData, kReadAiff, reader.path(), kSignatureMissing);
     AiffFile aiff = walkAiff(reader);
     MediaFacts facts;
     facts.container = Container::Aiff;
     facts.problem = aiff.problem;
     if (aiff.sampleRate > 0)
         setAiffAudio(facts, aiff);
-    else if (facts.problem.isNull())
-        facts.problem = QStringLiteral("the AIFF file has no common chunk");
+    else if (facts.problem.isEmpty())
+        facts.problem = kNoAiffCommonChunk;
     facts.id3TagSize = aiff.id3.tagSize;
     // Only the file's own texts are AIFF items: what the ID3 tag says stands after them as it is.
     facts.metadata = infoItems(aiff.info) + aiff.id3.items;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/audio_facts.h"
 #include "platform/formats/format_readers.h"
+#include "platform/formats/messages.h"
 #include "platform/formats/tag_text.h"
 
 namespace clipheave::platform {
@@ -68,7 +69,7 @@ void setAuAudio(MediaFacts& facts, ByteView head, std::uint64_t available) {
         audio.durationSeconds =
             static_cast<double>(known ? announced : available) * 8 / audio.bitRate;
     if (announced != kUnknownAuSize && announced > available)
-        facts.problem = QStringLiteral("the file ends before the announced sound does");
+        facts.problem = kEndsInsideAudio;
     setAudio(facts, audio);
 }
 
@@ -78,8 +79,7 @@ Result<MediaFacts> readAu(FileReader& reader) {
     const QByteArray bytes = reader.viewUpTo(0, kAuHeaderSize).toByteArray();
     const ByteView head(bytes);
     if (!head.startsWith(".snd") || head.size() < kAuHeaderSize)
-        return failure(ErrorCode::InvalidData, QStringLiteral("read AU"), reader.path(),
-                       QStringLiteral("the signature is missing"));
+        return failure(ErrorCode::InvalidData, kReadAu, reader.path(), kSignatureMissing);
     MediaFacts facts;
     facts.container = Container::Au;
     const std::uint64_t start = std::max(*head.be32(4), kAuHeaderSize);

@@ -2,6 +2,7 @@
 #include "platform/formats/audio_facts.h"
 #include "platform/formats/byte_range.h"
 #include "platform/formats/format_readers.h"
+#include "platform/formats/messages.h"
 #include "platform/formats/tag_text.h"
 
 #include <bit>
@@ -24,7 +25,7 @@ struct CafFile {
     std::uint64_t dataSize = 0;
     std::uint64_t validFrames = 0;
     QList<NamedTag> texts;
-    QString problem;
+    Message problem;
 };
 
 void readCafDescription(CafFile& caf, ByteView body) {
@@ -60,7 +61,7 @@ CafFile walkCaf(FileReader& reader) {
         if (id == "data" && size == kCafSizeToTheEnd)
             size = left;
         if (size > left)
-            caf.problem = QStringLiteral("the file ends inside a chunk");
+            caf.problem = kEndsInsideChunk;
         const ByteRange body(reader, at + 12, size);
         if (id == "desc")
             readCafDescription(caf, body.view(0, 32));
@@ -97,16 +98,15 @@ void setCafAudio(MediaFacts& facts, const CafFile& caf) {
 
 Result<MediaFacts> readCaf(FileReader& reader) {
     if (!reader.viewUpTo(0, 8).startsWith("caff"))
-        return failure(ErrorCode::InvalidData, QStringLiteral("read CAF"), reader.path(),
-                       QStringLiteral("the signature is missing"));
+        return failure(ErrorCode::InvalidData, kReadCaf, reader.path(), kSignatureMissing);
     const CafFile caf = walkCaf(reader);
     MediaFacts facts;
     facts.container = Container::Caf;
     facts.problem = caf.problem;
     if (caf.sampleRate > 0)
         setCafAudio(facts, caf);
-    else if (facts.problem.isNull())
-        facts.problem = QStringLiteral("the CAF file has no audio description");
+    else if (facts.problem.isEmpty())
+        facts.problem = kNoCafDescription;
     facts.infoDictionary = infoFromTags(caf.texts);
     addYearOfDate(facts.infoDictionary);
     facts.metadata = infoItems(facts.infoDictionary);

@@ -4,6 +4,7 @@
 #include "platform/formats/flac/flac_picture.h"
 #include "platform/formats/flac/vorbis_comment.h"
 #include "platform/formats/format_readers.h"
+#include "platform/formats/messages.h"
 #include "platform/formats/mpeg/id3_contents.h"
 
 namespace clipheave::platform {
@@ -14,7 +15,7 @@ struct FlacHeaders {
     QList<NamedTag> tags;
     std::optional<FlacPicture> cover;
     std::uint64_t audioStart = 0;
-    QString problem;
+    Message problem;
 };
 
 /// The first front cover, else the first image.
@@ -39,14 +40,14 @@ FlacHeaders readFlacHeaders(FileReader& reader, std::uint64_t at) {
     });
     headers.audioStart = end.offset;
     if (end.reason == FlacBlocksEnd::Reason::Damaged)
-        headers.problem = QStringLiteral("a metadata block of the FLAC file is damaged");
+        headers.problem = kFlacBlockDamaged;
     return headers;
 }
 
 void setFlacAudio(MediaFacts& facts, const FlacHeaders& headers, std::uint64_t audioBytes) {
     const auto packed = headers.streamInfo.view(0, 34).be64(10);
     if (!packed) {
-        facts.problem = QStringLiteral("the FLAC file has no stream information");
+        facts.problem = kNoFlacStreamInfo;
         return;
     }
     // 20 bits rate, 3 channels - 1, 5 bits a sample - 1, 36 samples.
@@ -69,8 +70,7 @@ Result<MediaFacts> readFlac(FileReader& reader) {
     facts.container = Container::Flac;
     const auto start = findFlacSignature(reader);
     if (!start)
-        return failure(ErrorCode::InvalidData, QStringLiteral("read FLAC"), reader.path(),
-                       QStringLiteral("the signature is missing"));
+        return failure(ErrorCode::InvalidData, kReadFlac, reader.path(), kSignatureMissing);
     const Id3Contents id3 = readId3(ByteRange(reader, 0, *start));
     const FlacHeaders headers = readFlacHeaders(reader, *start + 4);
     facts.problem = headers.problem;

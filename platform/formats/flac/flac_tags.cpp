@@ -4,6 +4,7 @@
 #include "platform/formats/flac/flac_blocks.h"
 #include "platform/formats/flac/flac_picture.h"
 #include "platform/formats/flac/vorbis_comment.h"
+#include "platform/formats/messages.h"
 #include "platform/foundation/atomic_file.h"
 
 #include <vector>
@@ -15,9 +16,8 @@ namespace {
 constexpr std::uint32_t kMostCommentsKept = 1 << 16;
 constexpr std::uint64_t kStreamInfoSize = 34;
 
-tl::unexpected<Error> flacFailure(ErrorCode code, const FileReader& reader, const char16_t* why) {
-    return failure(code, QStringLiteral("write the FLAC tags"), reader.path(),
-                   QString::fromUtf16(why));
+tl::unexpected<Error> flacFailure(ErrorCode code, const FileReader& reader, MessageCode why) {
+    return failure(code, kWriteFlacTags, reader.path(), why);
 }
 
 /// The comments of an info key, the first of which is written.
@@ -70,19 +70,19 @@ bool startsFlacFrame(FileReader& reader, std::uint64_t at) {
 Result<FlacLayout> readFlacLayout(FileReader& reader) {
     const auto start = findFlacSignature(reader);
     if (!start)
-        return flacFailure(ErrorCode::InvalidData, reader, u"the signature is missing");
+        return flacFailure(ErrorCode::InvalidData, reader, kSignatureMissing);
     FlacLayout layout;
     layout.start = *start;
     const auto keep = [&](const FlacBlock& block) { layout.blocks.push_back({block, {}}); };
     const FlacBlocksEnd end = visitFlacBlocks(reader, layout.start + 4, keep);
     if (end.reason != FlacBlocksEnd::Reason::LastBlock)
-        return flacFailure(ErrorCode::InvalidData, reader, u"a metadata block is damaged");
+        return flacFailure(ErrorCode::InvalidData, reader, kFlacBlockDamaged);
     layout.audioStart = end.offset;
     const FlacBlock& first = layout.blocks.front().source;
     if (first.type != FlacBlockType::StreamInfo || first.size != kStreamInfoSize)
-        return flacFailure(ErrorCode::InvalidData, reader, u"there is no stream information");
+        return flacFailure(ErrorCode::InvalidData, reader, kNoFlacStreamInfo);
     if (end.offset < reader.size() && !startsFlacFrame(reader, end.offset))
-        return flacFailure(ErrorCode::InvalidData, reader, u"no sound follows the metadata");
+        return flacFailure(ErrorCode::InvalidData, reader, kNoFlacAudio);
     return layout;
 }
 
@@ -163,7 +163,7 @@ Result<void> changeCommentBlock(FileReader& reader, FlacLayout& layout,
     auto comments =
         isNew ? std::optional(StoredComments()) : loadComments(block->source.body(reader));
     if (!comments)
-        return flacFailure(ErrorCode::InvalidData, reader, u"the comments are damaged");
+        return flacFailure(ErrorCode::InvalidData, reader, kFlacCommentsDamaged);
     changeComments(comments->entries, info);
     const QByteArray body = renderVorbisComment(comments->vendor, comments->entries);
     if (isNew)
@@ -179,7 +179,7 @@ Result<void> changeFrontCover(FileReader& reader, FlacLayout& layout, const Enco
         return {};
     const QByteArray body = renderFlacFrontCover(image);
     if (body.isEmpty())
-        return flacFailure(ErrorCode::Io, reader, u"the picture cannot be read");
+        return flacFailure(ErrorCode::Io, reader, kArtworkUnreadable);
     const auto cover =
         std::find_if(layout.blocks.begin(), layout.blocks.end(), [&](const WrittenBlock& b) {
             return b.source.type == FlacBlockType::Picture &&
@@ -195,7 +195,7 @@ Result<void> changeFrontCover(FileReader& reader, FlacLayout& layout, const Enco
 Result<void> writeBlock(AtomicFile& file, FileReader& reader, const WrittenBlock& block,
                         bool isLast) {
     if (block.size() > FlacBlock::kLargestBody)
-        return flacFailure(ErrorCode::LimitExceeded, reader, u"a block would be over 16 MiB");
+        return flacFailure(ErrorCode::LimitExceeded, reader, kFlacBlockTooLarge);
     const QByteArray header = flacBlockHeader(block.source.type, block.size(), isLast);
     if (auto written = file.write(header); !written)
         return written;

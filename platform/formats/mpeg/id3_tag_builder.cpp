@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/mpeg/id3_tag_builder.h"
 
+#include "platform/formats/messages.h"
 #include "platform/formats/mpeg/id3_frames.h"
 #include "platform/formats/mpeg/id3_header.h"
 
@@ -122,8 +123,7 @@ Result<QByteArray> renderId3Tag(const QList<Id3TextFrame>& frames, const QByteAr
     for (const Id3TextFrame& frame : frames)
         bytes += frame.text.size() * 2 + 64;
     if (bytes > qsizetype{kLargestSyncSafeNumber} - 4096)
-        return failure(ErrorCode::LimitExceeded, QStringLiteral("build the ID3 tag"), {},
-                       QStringLiteral("larger than the format allows"));
+        return failure(ErrorCode::LimitExceeded, kBuildId3Tag, {}, kTagTooLarge);
     ID3_Tag tag;
     tag.Clear();
     for (const Id3TextFrame& row : frames) {
@@ -144,8 +144,7 @@ Result<QByteArray> renderId3Tag(const QList<Id3TextFrame>& frames, const QByteAr
     ByteArrayWriter writer;
     tag.Render(writer, ID3TT_ID3V2);
     if (writer.bytes.size() < kTagHeaderSize || !writer.bytes.startsWith("ID3"))
-        return failure(ErrorCode::Io, QStringLiteral("build the ID3 tag"), {},
-                       QStringLiteral("the library gave none"));
+        return failure(ErrorCode::Io, kBuildId3Tag, {}, kNoTagFromLibrary);
     dropPadding(writer.bytes);
     markEmptyDescriptions(writer.bytes);
     writeTagSize(writer.bytes);

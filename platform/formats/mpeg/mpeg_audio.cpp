@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/audio_facts.h"
 #include "platform/formats/format_readers.h"
+#include "platform/formats/messages.h"
 #include "platform/formats/mpeg/id3_contents.h"
 #include "platform/formats/mpeg/id3_header.h"
 #include "platform/formats/mpeg/mpeg_header.h"
@@ -85,13 +86,12 @@ Result<MediaFacts> readMpegAudio(FileReader& reader) {
     } else if (other) {
         facts.container = Container::Other;
     } else {
-        facts.problem = QStringLiteral("no frame of MPEG audio was found");
+        facts.problem = kNoMpegFrame;
     }
     facts.metadata = std::move(leading.id3.items);
     addTrailingTags(trailing, facts);
     if (!stream && !leading.found && facts.metadata.isEmpty())
-        return failure(ErrorCode::InvalidData, QStringLiteral("read MPEG audio"), reader.path(),
-                       QStringLiteral("no frame and no tag was found"));
+        return failure(ErrorCode::InvalidData, kReadMpegAudio, reader.path(), kNoMpegFrameAndNoTag);
     return facts;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/mpeg/mpeg_tags.h"
 
+#include "platform/formats/messages.h"
 #include "platform/formats/mpeg/ape_tag.h"
 #include "platform/formats/mpeg/id3_frames.h"
 #include "platform/formats/mpeg/id3_header.h"
@@ -19,9 +20,8 @@ constexpr int kMostFramesWalked = 1 << 16;
 constexpr std::uint64_t kLyrics3v1Largest = 5100 + 20;
 constexpr std::uint32_t kMostApeItemsWalked = 1 << 16;
 
-tl::unexpected<Error> unsafeTag(const FileReader& reader, const char16_t* why) {
-    return failure(ErrorCode::InvalidData, QStringLiteral("find the tags"), reader.path(),
-                   QString::fromUtf16(why));
+tl::unexpected<Error> unsafeTag(const FileReader& reader, MessageCode why) {
+    return failure(ErrorCode::InvalidData, kFindTags, reader.path(), why);
 }
 
 /// Returns where the frames of a tag end as far as they can be followed.
@@ -47,11 +47,11 @@ bool coversAudio(FileReader& reader, std::uint64_t start, const Id3Header& heade
 Result<std::uint64_t> leadingId3Size(FileReader& reader, std::uint64_t at) {
     const auto header = id3HeaderAt(reader, at);
     if (!header)
-        return unsafeTag(reader, u"the tag at the start is damaged");
+        return unsafeTag(reader, kLeadingTagDamaged);
     if (header->totalSize > reader.size() - at)
-        return unsafeTag(reader, u"the tag at the start is larger than the file");
+        return unsafeTag(reader, kLeadingTagBeyondFile);
     if (coversAudio(reader, at, *header))
-        return unsafeTag(reader, u"the tag at the start reaches into the sound");
+        return unsafeTag(reader, kLeadingTagCoversAudio);
     return header->totalSize;
 }
 
@@ -65,7 +65,7 @@ Result<std::uint64_t> leadingTagSize(FileReader& reader, std::uint64_t at) {
         return 0;
     const std::uint64_t size = ApeTagEdge::kSize + ape->tagSize;
     if (size > reader.size() - at)
-        return unsafeTag(reader, u"the APE tag at the start is larger than the file");
+        return unsafeTag(reader, kApeTagBeyondFile);
     return size;
 }
 
@@ -186,7 +186,7 @@ Result<MpegAudio> findMpegAudio(FileReader& reader) {
         audio.end -= bytes;
     }
     if (!readMpegStream(ByteRange(reader, audio.start, audio.end - audio.start)))
-        return unsafeTag(reader, u"no frame of MPEG audio was found");
+        return unsafeTag(reader, kNoMpegFrame);
     return audio;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/audio_facts.h"
 #include "platform/formats/format_readers.h"
+#include "platform/formats/messages.h"
 #include "platform/formats/mpeg/id3_contents.h"
 #include "platform/formats/mpeg/id3_header.h"
 #include "platform/formats/mpeg/trailing_tags.h"
@@ -189,7 +190,7 @@ std::optional<MediaFacts> readBySignature(FileReader& reader, TagLibStream& stre
 } // namespace
 
 Result<MediaFacts> readTagged(FileReader& reader) {
-    const QString operation = QStringLiteral("read tags");
+    const MessageCode operation = kReadTags;
     try {
         TagLibStream stream(reader);
         std::optional<MediaFacts> facts = readBySignature(reader, stream);
@@ -200,7 +201,7 @@ Result<MediaFacts> readTagged(FileReader& reader) {
         facts->container = Container::Tagged;
         facts->albumArtwork = artworkOf(reader, facts->metadata);
         if (facts->durationSeconds == 0)
-            facts->problem = QStringLiteral("the length of the sound is not known");
+            facts->problem = kDurationUnknown;
         return std::move(*facts);
     } catch (const std::exception& error) {
         return failure(ErrorCode::InvalidData, operation, reader.path(),

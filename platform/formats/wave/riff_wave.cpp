@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/audio_facts.h"
 #include "platform/formats/format_readers.h"
+#include "platform/formats/messages.h"
 #include "platform/formats/mpeg/id3_contents.h"
 #include "platform/formats/tag_text.h"
 
@@ -43,7 +44,7 @@ struct WaveFile {
     QList<NamedTag> texts;                 ///< under their four letters
     QString recorded;                      ///< of the broadcast extension
     Id3Contents id3;
-    QString problem;
+    Message problem;
 };
 
 void readFormat(WaveFile& wave, ByteView body) {
@@ -126,7 +127,7 @@ WaveFile walkWave(FileReader& reader) {
         if (isData && size == 0 && !isChunkId(reader.viewUpTo(at + 8, 4)))
             size = left;
         if (size > left)
-            wave.problem = QStringLiteral("the file ends inside a chunk");
+            wave.problem = kEndsInsideChunk;
         if (isData)
             wave.dataSize = std::min(size, left);
         else
@@ -196,8 +197,7 @@ Result<MediaFacts> readWave(FileReader& reader) {
     const ByteView head = reader.viewUpTo(0, 12);
     const bool riff = head.startsWith("RIFF") || head.startsWith("RF64") || head.startsWith("BW64");
     if (!riff || !head.sub(8).startsWith("WAVE"))
-        return failure(ErrorCode::InvalidData, QStringLiteral("read WAV"), reader.path(),
-                       QStringLiteral("the signature is missing"));
+        return failure(ErrorCode::InvalidData, kReadWave, reader.path(), kSignatureMissing);
     const WaveFile wave = walkWave(reader);
     MediaFacts facts;
     facts.container = Container::Wave;
@@ -205,7 +205,7 @@ Result<MediaFacts> readWave(FileReader& reader) {
     if (wave.sampleRate > 0)
         setWaveAudio(facts, wave);
     else
-        facts.problem = QStringLiteral("the WAV file has no format chunk");
+        facts.problem = kNoWaveFormatChunk;
     facts.id3TagSize = wave.id3.tagSize;
     facts.infoDictionary = waveInfo(wave);
     facts.metadata = infoItems(facts.infoDictionary) + wave.id3.items;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/read/isobmff_reader.h"
 
+#include "platform/isobmff/messages.h"
 #include "platform/isobmff/read/item_lists.h"
 #include "platform/isobmff/read/movie_fragments.h"
 
@@ -18,7 +19,7 @@ constexpr std::size_t kMaxTracks = 256;
 
 struct TopLevel {
     std::optional<Box> fileType, movie;
-    QString problem;
+    Message problem;
 };
 
 TopLevel findTopLevel(HeaderReader& reader) {
@@ -86,7 +87,7 @@ bool MovieReader::read() {
         readMovie(*top.movie);
     m_sink.noteProblem(top.problem);
     if (!top.movie)
-        m_sink.noteProblem(QStringLiteral("there is no movie header"));
+        m_sink.noteProblem(kNoMovieHeader);
     m_facts.problem = m_sink.problem;
     return true;
 }
@@ -124,7 +125,7 @@ void MovieReader::atMovie(const Box& box) {
     case fourCc("meta"):
         return readMetaItems(m_sink, box);
     case fourCc("cmov"):
-        return m_sink.noteProblem(QStringLiteral("the movie header is compressed"));
+        return m_sink.noteProblem(kMovieHeaderCompressed);
     default:
         return;
     }
@@ -146,7 +147,7 @@ void MovieReader::readMovieHeader(const Box& mvhd) {
 
 void MovieReader::readMovieTrack(const Box& trak) {
     if (m_tracks.size() >= kMaxTracks)
-        return m_sink.noteProblem(QStringLiteral("there are too many tracks"));
+        return m_sink.noteProblem(kTooManyTracks);
     const TrackRequest request{m_timescale, m_sink.quickTime, !m_hasAudio};
     m_tracks.push_back(readTrack(m_reader, trak, request, m_sink.problem));
     m_hasAudio = m_hasAudio || m_tracks.back().track.mediaType == QLatin1String("soun");
@@ -221,8 +222,7 @@ Result<MediaFacts> readIsobmff(FileReader& reader) {
     MediaFacts facts;
     MovieReader movie(reader, facts);
     if (!movie.read())
-        return failure(ErrorCode::InvalidData, QStringLiteral("read the movie header"),
-                       reader.path(), QStringLiteral("neither file type nor movie header"));
+        return failure(ErrorCode::InvalidData, kReadMovieHeader, reader.path(), kNotAMovieFile);
     return facts;
 }
 

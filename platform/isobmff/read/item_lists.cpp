@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/read/item_lists.h"
 
+#include "platform/isobmff/messages.h"
+
 #include <array>
 #include <vector>
 
@@ -36,7 +38,7 @@ MetaParts findMetaParts(ItemSink& sink, const Box& meta) {
         else if (box->type == fourCc("ilst") && !parts.list)
             parts.list = box;
     }
-    if (!walker.problem().isNull())
+    if (!walker.problem().isEmpty())
         sink.noteProblem(walker.problem());
     return parts;
 }
@@ -92,7 +94,7 @@ void addDataItem(ItemSink& sink, QList<AVMetadataItem>& group, const EntryKey& k
                  const std::shared_ptr<const SourceBox>& source) {
     const ByteView head = sink.reader.view(data.payloadOffset(), kDataHead);
     if (data.payloadSize() < kDataHead || head.size() < kDataHead)
-        return sink.noteProblem(QStringLiteral("a metadata value is too short"));
+        return sink.noteProblem(kMetadataValueTooShort);
     // The high byte names a set of types; only set 0 is defined.
     std::uint32_t code = *head.be32(0) <= 0xFFFFFF ? *head.be32(0) : 0;
     const std::uint32_t locale = *head.be32(4);
@@ -118,7 +120,7 @@ void addEntry(ItemSink& sink, QList<AVMetadataItem>& group, const EntryKey& key,
         if (box->type == fourCc("data") && !box->cut)
             addDataItem(sink, group, key, *box, source);
     }
-    if (!walker.problem().isNull())
+    if (!walker.problem().isEmpty())
         sink.noteProblem(walker.problem());
 }
 
@@ -148,7 +150,7 @@ void readITunesList(ItemSink& sink, const Box& list) {
                                                   : internKey("itsk", code);
         addEntry(sink, sink.itunes, key, *entry);
     }
-    if (!walker.problem().isNull())
+    if (!walker.problem().isEmpty())
         sink.noteProblem(walker.problem());
 }
 
@@ -157,7 +159,7 @@ void readKeyedList(ItemSink& sink, const Box& list, const KeyTable& keys) {
     while (const auto entry = walker.next()) {
         const auto name = keys.name(entry->type);
         if (!name) {
-            sink.noteProblem(QStringLiteral("a metadata entry names no key"));
+            sink.noteProblem(kMetadataKeyUnknown);
             continue;
         }
         EntryKey key;
@@ -165,7 +167,7 @@ void readKeyedList(ItemSink& sink, const Box& list, const KeyTable& keys) {
         key.isImage = name->bytes() == "com.apple.quicktime.artwork";
         addEntry(sink, sink.keyed, key, *entry);
     }
-    if (!walker.problem().isNull())
+    if (!walker.problem().isEmpty())
         sink.noteProblem(walker.problem());
 }
 
@@ -178,7 +180,7 @@ void readMetaItems(ItemSink& sink, const Box& meta) {
     if (parts.keys)
         readKeyedList(sink, *parts.list, KeyTable(sink.reader, *parts.keys));
     else if (parts.handler == fourCc("mdta"))
-        sink.noteProblem(QStringLiteral("the metadata entries have no keys"));
+        sink.noteProblem(kMetadataKeysMissing);
     else
         readITunesList(sink, *parts.list);
 }

@@ -2,6 +2,7 @@
 #include "platform/isobmff/read/item_values.h"
 
 #include "platform/isobmff/data_codes.h"
+#include "platform/isobmff/messages.h"
 
 #include <QHash>
 #include <QStringConverter>
@@ -154,14 +155,14 @@ void keepBytes(AVMetadataItem& item, HeaderReader& reader, const FileSlice& payl
 
 } // namespace
 
-void ItemSink::noteProblem(const QString& text) {
-    if (problem.isNull())
+void ItemSink::noteProblem(const Message& text) {
+    if (problem.isEmpty())
         problem = text;
 }
 
 void ItemSink::add(QList<AVMetadataItem>& group, AVMetadataItem item) {
     if (itunes.size() + userData.size() + keyed.size() >= kMaxItems)
-        return noteProblem(QStringLiteral("there are too many metadata items"));
+        return noteProblem(kTooManyMetadataItems);
     group.append(std::move(item));
 }
 

@@ -17,9 +17,9 @@ struct ItemSink {
     HeaderReader& reader;
     bool quickTime = false; ///< by brand: ©-codes are "udta" instead of "uiso"
     QList<AVMetadataItem> itunes, userData, keyed;
-    QString problem; ///< the first one
+    Message problem; ///< the first one
 
-    void noteProblem(const QString& text);
+    void noteProblem(const Message& text);
     void add(QList<AVMetadataItem>& group, AVMetadataItem item);
 };
 

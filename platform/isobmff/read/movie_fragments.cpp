@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/read/movie_fragments.h"
 
+#include "platform/isobmff/messages.h"
+
 #include <algorithm>
 
 // Source: ISO/IEC 14496-12 sections 8.8 and 8.16.3.
@@ -40,7 +42,7 @@ public:
     void readFragment(const Box& moof);
     void walk(std::uint64_t from);
     [[nodiscard]] FragmentTotals totals() const;
-    QString problem;
+    Message problem;
 
 private:
     struct Defaults {
@@ -152,7 +154,7 @@ void FragmentReader::walk(std::uint64_t from) {
         if (box->type != fourCc("moof"))
             continue;
         if (++count > kMaxFragments) {
-            problem = QStringLiteral("there are too many fragments to read");
+            problem = kTooManyFragments;
             return;
         }
         readFragment(*box);

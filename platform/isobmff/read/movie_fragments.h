@@ -32,7 +32,7 @@ struct FragmentTotals {
         std::uint64_t bytes = 0;
     };
     std::vector<Track> tracks;
-    QString problem;
+    Message problem;
 };
 /// Looks for the end of the fragments behind `moovEnd`: in the index at the front (`sidx`), in the
 /// one at the end (`mfra`), and else by walking at most kMaxFragments headers.

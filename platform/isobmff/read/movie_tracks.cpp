@@ -91,7 +91,7 @@ std::uint64_t sampleTicks(HeaderReader& reader, const Box& stts) {
 
 class TrackReader {
 public:
-    TrackReader(HeaderReader& reader, const TrackRequest& request, QString& problem)
+    TrackReader(HeaderReader& reader, const TrackRequest& request, Message& problem)
         : m_reader(reader), m_request(request), m_problem(problem) {}
 
     MovieTrack read(const Box& trak) {
@@ -112,7 +112,7 @@ private:
         FileBoxWalker walker(m_reader, parent.payloadOffset(), parent.end());
         while (const auto box = walker.next())
             visit(*box);
-        if (m_problem.isNull())
+        if (m_problem.isEmpty())
             m_problem = walker.problem();
     }
     ByteView payload(const Box& box) {
@@ -181,7 +181,7 @@ private:
 
     HeaderReader& m_reader;
     const TrackRequest& m_request;
-    QString& m_problem;
+    Message& m_problem;
     MovieTrack m_movie;
     std::optional<Box> m_media, m_information, m_tables;
     SampleSizes m_sizes;
@@ -191,7 +191,7 @@ private:
 } // namespace
 
 MovieTrack readTrack(HeaderReader& reader, const Box& trak, const TrackRequest& request,
-                     QString& problem) {
+                     Message& problem) {
     return TrackReader(reader, request, problem).read(trak);
 }
 

@@ -22,7 +22,7 @@ struct TrackRequest {
 };
 /// Facts of a `trak` box; `problem` is set when it is null and the box is damaged.
 [[nodiscard]] MovieTrack readTrack(HeaderReader& reader, const Box& trak,
-                                   const TrackRequest& request, QString& problem);
+                                   const TrackRequest& request, Message& problem);
 
 /// Sets codec, size, sample rate, channels and announced bit rate from the payload of an `stsd`
 /// box, of which at least the first entry should be there.

@@ -312,7 +312,7 @@ void readUserData(ItemSink& sink, const Box& udta) {
         else if (!isNoUserDataItem(box->type) && !box->cut)
             addUserDataBox(sink, *box);
     }
-    if (!walker.problem().isNull())
+    if (!walker.problem().isEmpty())
         sink.noteProblem(walker.problem());
 }
 

@@ -3,6 +3,8 @@
 
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/file_manager.h"
+#include "platform/foundation/messages.h"
+#include "platform/isobmff/messages.h"
 #include "platform/isobmff/write/render_items.h"
 #include "platform/isobmff/write/write_layout.h"
 #include "platform/isobmff/write/write_metadata.h"
@@ -58,7 +60,7 @@ Result<PlannedTarget> planTarget(const std::vector<SourceRun>& runs, MovieHeader
     }
     if (!moov)
         return tl::unexpected(moov.error());
-    return failure(ErrorCode::InvalidData, QStringLiteral("lay out the file"));
+    return failure(ErrorCode::InvalidData, kLayOutFile);
 }
 
 /// Brings the runs of the source into the target.
@@ -107,8 +109,8 @@ Result<void> RunWriter::write(const SourceRun& run) {
 
 Result<QByteArray> RunWriter::patched(const Box& box) {
     if (box.size > kMaxPatchedBox)
-        return failure(ErrorCode::LimitExceeded, QStringLiteral("move the file offsets"),
-                       m_source.reader.path(), fourCcText(box.type));
+        return failure(ErrorCode::LimitExceeded, kMoveFileOffsets, m_source.reader.path(),
+                       Message(kBoxTooLarge, {fourCcText(box.type)}));
     auto bytes = m_source.reader.read(box.offset, box.size);
     if (!bytes)
         return bytes;
@@ -135,7 +137,7 @@ Result<void> RunWriter::copy(std::uint64_t begin, std::uint64_t end) {
     }
     const std::uint64_t before = m_target.position();
     if (!m_progress.goOn(before))
-        return failure(ErrorCode::Cancelled, QStringLiteral("copy"));
+        return failure(ErrorCode::Cancelled, kCopyFile);
     return m_target.copyFrom(m_source.reader.fd(), start, end - start,
                              [&](std::uint64_t done) { return m_progress.goOn(before + done); });
 }
@@ -177,9 +179,9 @@ Result<void> writeTarget(const PassthroughRequest& request, SourceFile& source,
         return done;
     const auto appended = static_cast<std::uint64_t>(plan.appendix.size());
     if (target->position() != plan.layout.size + appended)
-        return failure(ErrorCode::Io, QStringLiteral("write the file"), request.target);
+        return failure(ErrorCode::Io, kWriteMovieFile, request.target);
     if (!progress.goOn(plan.layout.size))
-        return failure(ErrorCode::Cancelled, QStringLiteral("copy"), request.target);
+        return failure(ErrorCode::Cancelled, kCopyFile, request.target);
     const auto attributes =
         FileReader::open(request.attributesOf.isEmpty() ? request.source : request.attributesOf);
     target->copyExtendedAttributes(attributes ? attributes->fd() : source.reader.fd());
@@ -197,8 +199,8 @@ QByteArray xmpPacketOf(const QString& path) {
 
 Result<PassthroughOutcome> writePassthrough(const PassthroughRequest& request) {
     if (NSFileManager::defaultManager().isSameFile(request.source, request.target))
-        return failure(ErrorCode::InvalidArgument, QStringLiteral("write the file"), request.target,
-                       QStringLiteral("it is the source itself"));
+        return failure(ErrorCode::InvalidArgument, kWriteMovieFile, request.target,
+                       kOutputIsSource);
     auto source = openSourceFile(request.source);
     if (!source)
         return tl::unexpected(source.error());

@@ -4,6 +4,7 @@
 #include "platform/foundation/text.h"
 #include "platform/isobmff/box.h"
 #include "platform/isobmff/data_codes.h"
+#include "platform/isobmff/messages.h"
 
 #include <QLocale>
 #include <QtEndian>
@@ -44,7 +45,7 @@ QByteArray renderArtwork(const AVMetadataItem& item, Notes& notes) {
     const QByteArray bytes = item.dataValue();
     const auto code = imageCode(bytes);
     if (!code) {
-        notes << QStringLiteral("Artwork not stored: only JPEG, PNG, GIF and BMP can be");
+        notes << kArtworkFormatNotStored;
         return {};
     }
     return renderData(*code, bytes);
@@ -195,7 +196,7 @@ QByteArray renderKeyData(const AVMetadataItem& item, Notes& notes) {
     }
     const QByteArray bytes = item.dataValue();
     if (bytes.isNull()) {
-        notes << QStringLiteral("\"%1\" not stored: its value cannot be read").arg(item.key);
+        notes << Message(kValueNotStored, {item.key});
         return {};
     }
     return renderData(dataCode(item), bytes, language);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/foundation/text.h"
 #include "platform/isobmff/box.h"
+#include "platform/isobmff/messages.h"
 #include "platform/isobmff/write/render_items.h"
 
 #include <QtEndian>
@@ -62,8 +63,7 @@ QByteArray fixedPoint(double value) {
 QByteArray renderLocation(const AVMetadataItem& item, Notes& notes) {
     const auto position = parsePosition(item.stringValue());
     if (!position) {
-        notes
-            << QStringLiteral("Location not stored: \"%1\" is no position").arg(item.stringValue());
+        notes << Message(kLocationNotStored, {item.stringValue()});
         return {};
     }
     constexpr char kNoName = 0, kShootingLocation = 0, kNoRemarks = 0;
@@ -80,7 +80,7 @@ QByteArray renderLocation(const AVMetadataItem& item, Notes& notes) {
 QByteArray renderQuickTimeText(std::uint32_t code, const AVMetadataItem& item, Notes& notes) {
     const QByteArray text = item.stringValue().toUtf8();
     if (text.size() > UINT16_MAX) {
-        notes << QStringLiteral("\"%1\" not stored: the text is too long").arg(item.key);
+        notes << Message(kTextTooLongToStore, {item.key});
         return {};
     }
     const std::uint16_t language = item.extendedLanguageTag.isEmpty()

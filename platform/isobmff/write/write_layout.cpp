@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/write/write_layout.h"
 
+#include "platform/isobmff/messages.h"
+
 #include <algorithm>
 
 namespace clipheave::platform {
@@ -64,17 +66,15 @@ bool isXmpPacket(FileReader& reader, const Box& box) {
 }
 
 Result<void> loadMovieHeader(SourceFile& source) {
-    const QString operation = QStringLiteral("read the movie header");
+    const MessageCode operation = kReadMovieHeader;
     const auto moov = std::find_if(source.boxes.begin(), source.boxes.end(), isMovieHeader);
     if (moov == source.boxes.end())
-        return failure(ErrorCode::InvalidData, operation, source.reader.path(),
-                       QStringLiteral("there is none"));
+        return failure(ErrorCode::InvalidData, operation, source.reader.path(), kNoMovieHeader);
     if (moov->cut)
-        return failure(ErrorCode::Truncated, operation, source.reader.path(),
-                       QStringLiteral("the file ends within it"));
+        return failure(ErrorCode::Truncated, operation, source.reader.path(), kMovieHeaderCut);
     if (moov->payloadSize() > kMaxMoovSize)
         return failure(ErrorCode::LimitExceeded, operation, source.reader.path(),
-                       QStringLiteral("it is too large"));
+                       kMovieHeaderTooLarge);
     source.moovIndex = static_cast<std::size_t>(moov - source.boxes.begin());
     auto bytes = source.reader.read(moov->payloadOffset(), moov->payloadSize());
     if (!bytes)

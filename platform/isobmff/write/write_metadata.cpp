@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/write/write_metadata.h"
 
+#include "platform/isobmff/messages.h"
 #include "platform/isobmff/write/render_items.h"
 #include "platform/isobmff/write/write_tables.h"
 
@@ -207,7 +208,7 @@ void ListRenderer::keepLocation(const SourceUserData& source) {
         m_userData += box;
     for (const SourceUserData::KeyEntry& entry : source.locationKeys)
         emitKeyValues(entry.name, entry.values, false);
-    m_notes << QStringLiteral("Location kept");
+    m_notes << kLocationKept;
 }
 
 QByteArray handlerBox(const char* handler, const char* manufacturer) {

@@ -2,6 +2,7 @@
 #include "platform/isobmff/write/write_moov.h"
 
 #include "platform/isobmff/box.h"
+#include "platform/isobmff/messages.h"
 
 #include <QtEndian>
 
@@ -10,15 +11,13 @@
 namespace clipheave::platform {
 namespace {
 
-const QString kRebuildHeader = QStringLiteral("rebuild the movie header");
-
-tl::unexpected<Error> headerFailure(ErrorCode code, const QString& detail) {
-    return failure(code, kRebuildHeader, {}, detail);
+tl::unexpected<Error> headerFailure(ErrorCode code, const Message& detail) {
+    return failure(code, kRebuildMovieHeader, {}, detail);
 }
 
 tl::unexpected<Error> cutBox(const Box& box) {
     return headerFailure(ErrorCode::InvalidData,
-                         QStringLiteral("its part \"%1\" is cut off").arg(fourCcText(box.type)));
+                         Message(kMovieHeaderPartCut, {fourCcText(box.type)}));
 }
 
 /// Tracks whose samples lie in other files: their offsets are none of this file.
@@ -83,7 +82,7 @@ struct MovieHeaderBuilder::Pass {
             if (!done)
                 return done;
         }
-        if (!walker.problem().isNull())
+        if (!walker.problem().isEmpty())
             return headerFailure(ErrorCode::InvalidData, walker.problem());
         qToBigEndian(static_cast<quint32>(out.size() - start), out.data() + start);
         return {};
@@ -113,8 +112,7 @@ struct MovieHeaderBuilder::Pass {
             out += walker.whole(box).bytes();
             return {};
         case SampleHome::Both:
-            return headerFailure(ErrorCode::NotSupported,
-                                 QStringLiteral("a track has samples in several files"));
+            return headerFailure(ErrorCode::NotSupported, kSamplesInSeveralFiles);
         case SampleHome::ThisFile:
             break;
         }
@@ -130,12 +128,12 @@ Result<void> MovieHeaderBuilder::check() const {
     BoxWalker walker(m_payload);
     while (const auto box = walker.next()) {
         if (box->type == fourCc("cmov"))
-            return headerFailure(ErrorCode::NotSupported, QStringLiteral("it is compressed"));
+            return headerFailure(ErrorCode::NotSupported, kMovieHeaderCompressed);
         // A box that reaches over the end would swallow what is written behind it.
         if (box->cut)
             return cutBox(*box);
     }
-    if (!walker.problem().isNull())
+    if (!walker.problem().isEmpty())
         return headerFailure(ErrorCode::InvalidData, walker.problem());
     return {};
 }
@@ -167,7 +165,7 @@ Result<QByteArray> MovieHeaderBuilder::build(const OffsetMap& map) const {
     if (!metaPlaced)
         pass.out += m_metadata->meta;
     if (pass.out.size() > static_cast<qsizetype>(UINT32_MAX))
-        return headerFailure(ErrorCode::LimitExceeded, QStringLiteral("it has become too large"));
+        return headerFailure(ErrorCode::LimitExceeded, kMovieHeaderHasGrown);
     qToBigEndian(static_cast<quint32>(pass.out.size()), pass.out.data());
     return pass.out;
 }

@@ -2,6 +2,7 @@
 #include "platform/isobmff/write/write_offsets.h"
 
 #include "platform/isobmff/box.h"
+#include "platform/isobmff/messages.h"
 
 #include <QtEndian>
 
@@ -47,8 +48,7 @@ Result<std::optional<OffsetTable>> offsetTable(std::uint32_t type, ByteView payl
     const auto count = payload.be32(table.entries - 4);
     if (!count || !payload.has(table.entries,
                                std::uint64_t{*count} * static_cast<std::uint64_t>(table.width)))
-        return failure(ErrorCode::InvalidData, QStringLiteral("read the chunk offsets"), {},
-                       QStringLiteral("the table is shorter than its count"));
+        return failure(ErrorCode::InvalidData, kReadChunkOffsets, {}, kChunkTableTooShort);
     table.count = *count;
     return std::optional(table);
 }
@@ -78,14 +78,13 @@ Result<QByteArray> movedTable(std::uint32_t type, ByteView payload, const Offset
             table.width == 8 ? payload.be64(at).value_or(0) : payload.be32(at).value_or(0);
         const auto moved = map.map(old);
         if (!moved)
-            return failure(ErrorCode::InvalidData, QStringLiteral("move the chunk offsets"), {},
-                           QStringLiteral("a chunk lies outside the file's payload"));
+            return failure(ErrorCode::InvalidData, kMoveChunkOffsets, {}, kChunkOutsidePayload);
         if (width == 8) {
             qToBigEndian(static_cast<quint64>(*moved), out);
         } else if (*moved <= UINT32_MAX) {
             qToBigEndian(static_cast<quint32>(*moved), out);
         } else {
-            return failure(ErrorCode::LimitExceeded, QStringLiteral("move the chunk offsets"));
+            return failure(ErrorCode::LimitExceeded, kMoveChunkOffsets);
         }
     }
     return box;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/box.h"
+#include "platform/isobmff/messages.h"
 #include "platform/isobmff/write/write_offsets.h"
 
 #include <QtEndian>
@@ -12,8 +13,8 @@ namespace {
 
 constexpr std::uint64_t kMaxItemExtents = 1u << 20;
 
-tl::unexpected<Error> patchFailure(ErrorCode code, const char* detail) {
-    return failure(code, QStringLiteral("move the file offsets"), {}, QString::fromLatin1(detail));
+tl::unexpected<Error> patchFailure(ErrorCode code, MessageCode detail) {
+    return failure(code, kMoveFileOffsets, {}, detail);
 }
 
 /// An unsigned number of 0, 4 or 8 bytes in a box that is being patched.
@@ -41,14 +42,14 @@ struct PatchField {
 Result<bool> patchAbsolute(QByteArray& box, const PatchField& field, const OffsetMap& map) {
     const auto old = field.read(box);
     if (!old)
-        return patchFailure(ErrorCode::InvalidData, "an offset stands beyond its box");
+        return patchFailure(ErrorCode::InvalidData, kOffsetBeyondBox);
     const auto moved = map.map(*old);
     if (!moved)
-        return patchFailure(ErrorCode::InvalidData, "an offset points outside the payload");
+        return patchFailure(ErrorCode::InvalidData, kOffsetOutsidePayload);
     if (*moved == *old)
         return false;
     if (!field.write(box, *moved))
-        return patchFailure(ErrorCode::NotSupported, "an offset has no room for its new value");
+        return patchFailure(ErrorCode::NotSupported, kNoSpaceForOffset);
     return true;
 }
 
@@ -62,7 +63,7 @@ Result<bool> patchItemLocation(QByteArray& box, const PatchField& base,
         const std::uint64_t old = start + extent.read(box).value_or(0);
         const auto moved = map.map(old);
         if (!moved)
-            return patchFailure(ErrorCode::InvalidData, "an item lies outside the payload");
+            return patchFailure(ErrorCode::InvalidData, kItemOutsidePayload);
         shifts.push_back(*moved - old);
         changed |= shifts.back() != 0;
     }
@@ -75,7 +76,7 @@ Result<bool> patchItemLocation(QByteArray& box, const PatchField& base,
     for (std::size_t i = 0; i < extents.size(); ++i) {
         const std::uint64_t value = extents[i].read(box).value_or(0) + shifts[i];
         if (shifts[i] != 0 && !extents[i].write(box, value))
-            return patchFailure(ErrorCode::NotSupported, "an item's offset has no room");
+            return patchFailure(ErrorCode::NotSupported, kNoSpaceForItemOffset);
     }
     return true;
 }
@@ -118,7 +119,7 @@ Result<bool> patchOneItem(QByteArray& box, ItemCursor& cursor, const ItemWidths&
     const PatchField base = cursor.field(widths.base);
     const std::uint64_t count = cursor.take(2);
     if (count > extentBudget)
-        return patchFailure(ErrorCode::LimitExceeded, "too many item extents");
+        return patchFailure(ErrorCode::LimitExceeded, kTooManyItemExtents);
     extentBudget -= count;
     std::vector<PatchField> extents;
     for (std::uint64_t i = 0; i < count && cursor.good; ++i) {
@@ -127,7 +128,7 @@ Result<bool> patchOneItem(QByteArray& box, ItemCursor& cursor, const ItemWidths&
         cursor.take(widths.length);
     }
     if (!cursor.good)
-        return patchFailure(ErrorCode::InvalidData, "the item locations end too early");
+        return patchFailure(ErrorCode::InvalidData, kItemLocationsCut);
     if (method != 0 || reference != 0)
         return false; // inside the box itself, or in another file
     return patchItemLocation(box, base, extents, map);
@@ -145,7 +146,7 @@ Result<bool> patchItemLocations(QByteArray& box, const Box& iloc, const OffsetMa
     widths.index = widths.version > 0 ? nibble(0) : 0;
     for (const int width : {widths.offset, widths.length, widths.base, widths.index})
         if (width != 0 && width != 4 && width != 8)
-            return patchFailure(ErrorCode::InvalidData, "item locations of an unknown width");
+            return patchFailure(ErrorCode::InvalidData, kItemLocationWidthUnknown);
     const std::uint64_t items = cursor.take(widths.version < 2 ? 2 : 4);
     std::uint64_t extentBudget = kMaxItemExtents;
     bool changed = false;
@@ -172,7 +173,7 @@ Result<bool> patchFragmentTable(QByteArray& box, const Box& tfra, const OffsetMa
         const PatchField offset = cursor.field(wide ? 8 : 4);
         cursor.take(numbers);
         if (!cursor.good)
-            return patchFailure(ErrorCode::InvalidData, "the fragment table ends too early");
+            return patchFailure(ErrorCode::InvalidData, kFragmentTableCut);
         const auto entry = patchAbsolute(box, offset, map);
         if (!entry)
             return entry;
@@ -192,7 +193,7 @@ Result<bool> patchTrackFragment(QByteArray& box, const Box& traf, const OffsetMa
             (walker.payload(*child).be32(0).value_or(0) & kBaseDataOffsetPresent) == 0)
             continue;
         if (child->payloadSize() < 16)
-            return patchFailure(ErrorCode::InvalidData, "a track fragment header is too short");
+            return patchFailure(ErrorCode::InvalidData, kFragmentHeaderTooShort);
         const auto patched = patchAbsolute(box, {child->payloadOffset() + 8, 8}, map);
         if (!patched)
             return patched;
@@ -285,7 +286,7 @@ Result<bool> patchSegmentIndex(QByteArray& box, std::uint64_t sourceEnd, const O
     if (!newEnd || !target || *target < *newEnd || *target - *newEnd == *distance)
         return false;
     if (!field.write(box, *target - *newEnd))
-        return patchFailure(ErrorCode::NotSupported, "the segment index has no room");
+        return patchFailure(ErrorCode::NotSupported, kNoSpaceInSegmentIndex);
     return true;
 }
 

@@ -3,7 +3,9 @@
 
 #include "platform/foundation/file_reader.h"
 #include "platform/media/asset/av_composition.h"
+#include "platform/media/messages.h"
 #include "platform/media/model/media_engine.h"
+#include "platform/media/model/messages.h"
 
 #include <algorithm>
 #include <mutex>
@@ -12,8 +14,8 @@ namespace clipheave::platform {
 
 namespace {
 
-tl::unexpected<Error> readerError(ErrorCode code, const AVURLAsset& asset, const char* why) {
-    return failure(code, QStringLiteral("read the film"), asset.path(), QString::fromLatin1(why));
+tl::unexpected<Error> readerError(ErrorCode code, const AVURLAsset& asset, MessageCode why) {
+    return failure(code, kReadVideo, asset.path(), why);
 }
 
 } // namespace
@@ -92,23 +94,23 @@ Result<std::unique_ptr<AVAssetReader>> AVAssetReader::initWithAsset(AVURLAsset a
 }
 
 Result<void> AVAssetReader::addOutput(const std::shared_ptr<AVAssetReaderTrackOutput>& output) {
-    const auto refused = [&](const char* why) {
+    const auto refused = [&](MessageCode why) {
         return readerError(ErrorCode::InvalidArgument, m_asset, why);
     };
     if (status() != AVAssetReaderStatus::Unknown)
-        return refused("an output comes before the start");
+        return refused(kOutputAfterStart);
     if (output == nullptr || m_hasOutput || output->m_state != nullptr)
-        return refused("one output, which is nobody else's");
+        return refused(kOneOutput);
     const auto format =
         output->m_settings.value(QString::fromUtf16(kCVPixelBufferPixelFormatTypeKey));
     if (format.toUInt() != kCVPixelFormatType_32BGRA)
-        return readerError(ErrorCode::NotSupported, m_asset, "pictures are read as 32-bit BGRA");
+        return readerError(ErrorCode::NotSupported, m_asset, kBgraOnly);
     const auto videos = tracksWithMediaType(m_asset, QString::fromUtf16(AVMediaTypeVideo));
     const auto video = std::find_if(videos.begin(), videos.end(), [&](const AVAssetTrack& track) {
         return track.trackID == output->m_track.trackID;
     });
     if (video == videos.end() || output->m_track.mediaType != video->mediaType)
-        return refused("the track is no film of this file");
+        return refused(kNotAVideoTrack);
     m_stream = static_cast<int>(video - videos.begin());
     m_hasOutput = true;
     output->m_state = m_state;
@@ -122,10 +124,9 @@ bool AVAssetReader::startReading() {
         return false;
     };
     if (status() != AVAssetReaderStatus::Unknown)
-        return refuse(
-            readerError(ErrorCode::InvalidArgument, m_asset, "it was started before").value());
+        return refuse(readerError(ErrorCode::InvalidArgument, m_asset, kStartedBefore).value());
     if (!m_hasOutput)
-        return refuse(readerError(ErrorCode::InvalidArgument, m_asset, "it has no output").value());
+        return refuse(readerError(ErrorCode::InvalidArgument, m_asset, kNoOutput).value());
     auto opened = mediaEngine().and_then([this](MediaEngine* engine) {
         return engine->openFrameReader(m_asset.path(), m_stream, {});
     });

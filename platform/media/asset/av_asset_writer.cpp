@@ -4,7 +4,9 @@
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/paths.h"
 #include "platform/media/export/export_job.h"
+#include "platform/media/messages.h"
 #include "platform/media/model/media_engine.h"
+#include "platform/media/model/messages.h"
 
 #include <algorithm>
 #include <mutex>
@@ -15,8 +17,6 @@
 namespace clipheave::platform {
 
 namespace {
-
-const QString kWriterOperation = QStringLiteral("write the film");
 
 std::optional<ExportContainer> writerContainer(const QString& type) {
     switch (outputContainerOf(type).value_or(OutputContainer::M4A)) {
@@ -49,7 +49,7 @@ struct AVAssetWriterInput::State {
     std::vector<std::function<void()>> handlers;
 
     // With the mutex held.
-    void refuse(ErrorCode code, const char* why);
+    void refuse(ErrorCode code, MessageCode why);
     void end(AVAssetWriterStatus final, const Error& reason);
     void noticeFailure();
     [[nodiscard]] bool start();
@@ -59,8 +59,8 @@ struct AVAssetWriterInput::State {
 };
 
 /// The status stays: nothing was begun.
-void AVAssetWriterInput::State::refuse(ErrorCode code, const char* why) {
-    error = {code, kWriterOperation, target, QString::fromLatin1(why)};
+void AVAssetWriterInput::State::refuse(ErrorCode code, MessageCode why) {
+    error = {code, kWriteVideo, target, why};
 }
 
 /// Stops the threads before the file goes.
@@ -178,11 +178,10 @@ Result<std::unique_ptr<AVAssetWriter>> AVAssetWriter::initWithURL(const QString&
                                                                   const QString& fileType) {
     const auto container = writerContainer(fileType);
     if (!container)
-        return failure(ErrorCode::NotSupported, kWriterOperation, path,
-                       QStringLiteral("unknown output type \"%1\"").arg(fileType));
+        return failure(ErrorCode::NotSupported, kWriteVideo, path,
+                       Message(kUnknownOutputType, {fileType}));
     if (lastPathComponent(path).isEmpty())
-        return failure(ErrorCode::InvalidArgument, kWriterOperation, path,
-                       QStringLiteral("no output path"));
+        return failure(ErrorCode::InvalidArgument, kWriteVideo, path, kNoOutputPath);
     std::unique_ptr<AVAssetWriter> writer(new AVAssetWriter);
     writer->m_state = std::make_shared<AVAssetWriterInput::State>();
     writer->m_state->target = path;
@@ -203,24 +202,24 @@ AVAssetWriter::~AVAssetWriter() {
 }
 
 Result<void> AVAssetWriter::addInput(const std::shared_ptr<AVAssetWriterInput>& input) {
-    const auto refused = [this](ErrorCode code, const char* why) {
-        return failure(code, kWriterOperation, m_state->target, QString::fromLatin1(why));
+    const auto refused = [this](ErrorCode code, MessageCode why) {
+        return failure(code, kWriteVideo, m_state->target, why);
     };
     const std::lock_guard lock(m_state->mutex);
     if (m_state->status != AVAssetWriterStatus::Unknown)
-        return refused(ErrorCode::InvalidArgument, "an input comes before the start");
+        return refused(ErrorCode::InvalidArgument, kInputAfterStart);
     if (input == nullptr || m_input != nullptr || !input->m_state.expired())
-        return refused(ErrorCode::InvalidArgument, "one input, which is nobody else's");
+        return refused(ErrorCode::InvalidArgument, kOneInput);
     const auto setting = [&](const char16_t* key) {
         return input->m_settings.value(QString::fromUtf16(key));
     };
     if (input->m_mediaType != QStringView(AVMediaTypeVideo) ||
         setting(AVVideoCodecKey).toString() != QStringView(AVVideoCodecTypeH264))
-        return refused(ErrorCode::NotSupported, "films of H.264 are written, nothing else");
+        return refused(ErrorCode::NotSupported, kH264Only);
     const QSize size(setting(AVVideoWidthKey).toInt(), setting(AVVideoHeightKey).toInt());
     if (std::min(size.width(), size.height()) < 2 ||
         std::max(size.width(), size.height()) > CVPixelBuffer::kMostSide)
-        return refused(ErrorCode::InvalidArgument, "the picture size is out of range");
+        return refused(ErrorCode::InvalidArgument, kFrameSizeNotWritten);
     m_state->settings.size = size;
     m_input = input;
     input->m_state = m_state;
@@ -240,8 +239,7 @@ void AVAssetWriter::setHeaderDatesOf(const QString& path) {
 bool AVAssetWriter::startWriting() {
     const std::lock_guard lock(m_state->mutex);
     if (m_state->status != AVAssetWriterStatus::Unknown || m_input == nullptr) {
-        m_state->refuse(ErrorCode::InvalidArgument,
-                        m_input == nullptr ? "it has no input" : "it was started before");
+        m_state->refuse(ErrorCode::InvalidArgument, m_input == nullptr ? kNoInput : kStartedBefore);
         return false;
     }
     m_state->settings.preferredTransform = m_input->m_transform;
@@ -260,7 +258,7 @@ void AVAssetWriter::finishWritingWithCompletionHandler(std::function<void()> han
         const std::lock_guard lock(m_state->mutex);
         m_state->noticeFailure();
         if (m_state->status == AVAssetWriterStatus::Unknown)
-            m_state->refuse(ErrorCode::InvalidArgument, "it was not started");
+            m_state->refuse(ErrorCode::InvalidArgument, kNotStarted);
         if (m_state->status == AVAssetWriterStatus::Writing) {
             m_state->handlers.push_back(std::move(handler));
             if (std::exchange(m_state->isFinishing, true))

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/asset/av_composition.h"
 
+#include "platform/media/messages.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -9,8 +11,6 @@ namespace clipheave::platform {
 namespace {
 
 constexpr std::int32_t kMicroseconds = 1'000'000;
-
-const QString kInsert = QStringLiteral("insert a track");
 
 /// `time` of the composition in the source of a segment.
 CMTime sourceTime(const ExportSegment& segment, CMTime time) {
@@ -61,23 +61,22 @@ Result<void> AVMutableCompositionTrack::insertTimeRange_ofTrack_atTime(CMTimeRan
                                                                        const AVURLAsset& asset,
                                                                        const AVAssetTrack& track,
                                                                        CMTime at) {
-    const auto refused = [&](const char* why) {
-        return failure(ErrorCode::InvalidArgument, kInsert, asset.path(),
-                       QString(QLatin1String(why)));
+    const auto refused = [&](MessageCode why) {
+        return failure(ErrorCode::InvalidArgument, kInsertTrack, asset.path(), why);
     };
     if (track.mediaType != m_mediaType)
-        return refused("the track is of another kind");
+        return refused(kTrackOfOtherKind);
     if (CMTimeCompare(range.duration, kCMTimeZero) <= 0)
-        return refused("it has no duration");
+        return refused(kNoDuration);
     if (CMTimeCompare(range.start, kCMTimeZero) < 0 || CMTimeCompare(at, kCMTimeZero) < 0)
-        return refused("the time is negative");
+        return refused(kNegativeTime);
     const auto siblings = tracksWithMediaType(asset, m_mediaType);
     const auto stream =
         std::find_if(siblings.begin(), siblings.end(), [&](const AVAssetTrack& candidate) {
             return candidate.trackID == track.trackID;
         });
     if (stream == siblings.end())
-        return refused("the track is not of this file");
+        return refused(kTrackOfOtherFile);
     splitAt(at);
     const auto place = std::find_if(m_segments.begin(), m_segments.end(), [&](const auto& segment) {
         return CMTimeCompare(segment.target.start, at) >= 0;

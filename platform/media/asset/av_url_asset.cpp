@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/asset/av_url_asset.h"
 
+#include "platform/media/messages.h"
+
 namespace clipheave::platform {
 
 Result<AVURLAsset> AVURLAsset::assetWithPath(const QString& path) {
@@ -10,10 +12,9 @@ Result<AVURLAsset> AVURLAsset::assetWithPath(const QString& path) {
 
 Result<AVURLAsset> AVURLAsset::assetWithFile(std::shared_ptr<const MediaFile> file) {
     if (!file)
-        return failure(ErrorCode::InvalidArgument, QStringLiteral("open the media file"));
+        return failure(ErrorCode::InvalidArgument, kOpenMediaFile);
     if (file->facts().container == Container::Unknown)
-        return failure(ErrorCode::InvalidData, QStringLiteral("read the media file"), file->path(),
-                       file->facts().problem);
+        return failure(ErrorCode::InvalidData, kReadMediaFile, file->path(), file->facts().problem);
     return AVURLAsset(std::move(file));
 }
 

@@ -2,8 +2,10 @@
 #include "platform/media/export/export_job.h"
 
 #include "platform/foundation/paths.h"
+#include "platform/isobmff/messages.h"
 #include "platform/media/export/export_queue.h"
 #include "platform/media/export/quicktime_codecs.h"
+#include "platform/media/messages.h"
 
 #include <algorithm>
 #include <thread>
@@ -11,8 +13,6 @@
 namespace clipheave::platform {
 
 namespace {
-
-const QString kExportOperation = QStringLiteral("export");
 
 ExportContainer exportContainer(OutputContainer container) {
     switch (container) {
@@ -38,7 +38,7 @@ ExportResources fairShare() {
 }
 
 /// The text that tells players how many samples to skip is true of the source's packets alone; the
-/// edit list of what was written anew says it there.
+/// edit list of what is encoded again says it there.
 QList<AVMetadataItem> withoutGaplessItem(QList<AVMetadataItem> items) {
     items.removeIf([](const AVMetadataItem& item) {
         return item.effectiveIdentifier().endsWith(QLatin1String("iTunSMPB"));
@@ -46,7 +46,7 @@ QList<AVMetadataItem> withoutGaplessItem(QList<AVMetadataItem> items) {
     return items;
 }
 
-Result<PassthroughOutcome> told(Result<PassthroughOutcome> outcome, const Notes& notes) {
+Result<PassthroughOutcome> withNotes(Result<PassthroughOutcome> outcome, const Notes& notes) {
     if (outcome)
         outcome->notes = notes + outcome->notes;
     return outcome;
@@ -107,24 +107,20 @@ void AVAssetExportSession::State::cancel() {
 }
 
 Result<void> AVAssetExportSession::State::validated() const {
-    const auto refused = [&](ErrorCode code, const QString& why) {
-        return failure(code, kExportOperation, sourcePath, why);
+    const auto refused = [&](ErrorCode code, const Message& why) {
+        return failure(code, kExportVideo, sourcePath, why);
     };
     if (order && !isExportPreset(order->presetName))
-        return refused(ErrorCode::InvalidArgument,
-                       QStringLiteral("unknown preset \"%1\"").arg(order->presetName));
+        return refused(ErrorCode::InvalidArgument, Message(kUnknownPreset, {order->presetName}));
     if (order && outputFileType.isEmpty())
         return refused(ErrorCode::InvalidArgument,
-                       QStringLiteral("no file type for an output named \"%1\"")
-                           .arg(lastPathComponent(outputPath)));
+                       Message(kNoTypeForName, {lastPathComponent(outputPath)}));
     if (order && !outputContainerOf(outputFileType))
-        return refused(ErrorCode::InvalidArgument,
-                       QStringLiteral("unknown output type \"%1\"").arg(outputFileType));
+        return refused(ErrorCode::InvalidArgument, Message(kUnknownOutputType, {outputFileType}));
     if (outputPath.isEmpty())
-        return refused(ErrorCode::InvalidArgument, QStringLiteral("no output path"));
+        return refused(ErrorCode::InvalidArgument, kNoOutputPath);
     if (NSFileManager::defaultManager().isSameFile(sourcePath, outputPath))
-        return refused(ErrorCode::InvalidArgument,
-                       QStringLiteral("the output is the source itself"));
+        return refused(ErrorCode::InvalidArgument, kOutputIsSource);
     return {};
 }
 
@@ -174,7 +170,7 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequ
     if (!wholeFile)
         return runPlan(std::move(request));
     if (isIsoMedia(order->asset->file()->facts().container))
-        return told(writePassthrough(request), notesOnCodecs(request.container));
+        return withNotes(writePassthrough(request), notesOnCodecs(request.container));
     const PassthroughRequest asked = request;
     // Packets take about as much room in one container as in another, unless much is left out.
     const std::uint64_t bytes = order->asset->file()->attributes().NSFileSize;
@@ -194,11 +190,10 @@ Notes AVAssetExportSession::State::notesOnCodecs(OutputContainer container) cons
     const QStringList codecs = codecsOfQuickTimeAlone(order->asset->tracks());
     if (codecs.isEmpty())
         return {};
-    return {QStringLiteral("%1 has no place in MP4 files: some players will not play it")
-                .arg(codecs.join(QStringLiteral(", ")))};
+    return {Message(kCodecsNotForMp4, {codecs.join(QStringLiteral(", "))})};
 }
 
-/// What is encoded, cut or put together: the engine makes the streams, the metadata follows.
+/// What is encoded, cut or joined: the engine makes the streams, the metadata follows.
 Result<PassthroughOutcome> AVAssetExportSession::State::runPlan(PassthroughRequest request) {
     order->container = exportContainer(request.container);
     const auto planned = planExport(*order);
@@ -219,8 +214,8 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runPlan(PassthroughReque
         return engine.runExport(plan, target, fairShare(),
                                 [this](double done) { return report(kEncodingShare * done); });
     };
-    return told(runThroughEngine(std::move(request), *original, {kEncodingShare}, run),
-                planned->notes);
+    return withNotes(runThroughEngine(std::move(request), *original, {kEncodingShare}, run),
+                     planned->notes);
 }
 
 Result<PassthroughOutcome> AVAssetExportSession::State::runThroughEngine(PassthroughRequest request,

@@ -2,7 +2,9 @@
 #include "platform/media/export/export_planning.h"
 
 #include "platform/foundation/paths.h"
+#include "platform/media/messages.h"
 #include "platform/media/model/frame_rotation.h"
+#include "platform/media/model/messages.h"
 
 #include <algorithm>
 #include <array>
@@ -11,8 +13,6 @@
 namespace clipheave::platform {
 
 namespace {
-
-const QString kPlan = QStringLiteral("plan the export");
 
 /// What a preset encodes to. The sizes are the largest that a frame gets, never scaled up.
 struct Preset {
@@ -41,8 +41,8 @@ bool isPassthrough(const QString& name) {
     return name == QStringView(AVAssetExportPresetPassthrough);
 }
 
-tl::unexpected<Error> unsupported(const QString& path, const QString& why) {
-    return failure(ErrorCode::NotSupported, kPlan, path, why);
+tl::unexpected<Error> unsupported(const QString& path, MessageCode why) {
+    return failure(ErrorCode::NotSupported, kPlanExport, path, why);
 }
 
 /// A file as a composition: its first frame and its first audio, from their start to their end.
@@ -68,46 +68,52 @@ bool holdsSomethingOf(const std::optional<Track>& track, const QString& path) {
                                 [&](const ExportSegment& segment) { return segment.path == path; });
 }
 
-/// What of the file the output does not hold; null when that is nothing.
-QString notCarried(const AVURLAsset& asset, const ExportPlan& plan) {
-    int videos = holdsSomethingOf(plan.video, asset.path()) ? -1 : 0;
-    int audioFiles = holdsSomethingOf(plan.audio, asset.path()) ? -1 : 0;
-    int others = 0;
+/// Tracks of one file that the output does not hold, by their kinds.
+struct LeftTracks {
+    int videos = 0, audios = 0, others = 0;
+};
+
+LeftTracks leftTracks(const AVURLAsset& asset, const ExportPlan& plan) {
+    LeftTracks left;
+    left.videos = holdsSomethingOf(plan.video, asset.path()) ? -1 : 0;
+    left.audios = holdsSomethingOf(plan.audio, asset.path()) ? -1 : 0;
     for (const AVAssetTrack& track : asset.tracks()) {
         if (track.isAttachedPicture || track.isChapterTrack)
             continue;
         if (track.mediaType == QStringView(AVMediaTypeVideo))
-            videos += plan.video ? 1 : 0;
+            left.videos += plan.video ? 1 : 0;
         else if (track.mediaType == QStringView(AVMediaTypeAudio))
-            ++audioFiles;
+            ++left.audios;
         else
-            ++others;
+            ++left.others;
     }
-    QStringList kinds;
-    const auto tell = [&kinds](int count, const QString& what) {
+    return left;
+}
+
+/// One note a kind: a note that lists them could not be put into other languages.
+Notes notCarriedOver(const AVURLAsset& asset, const ExportPlan& plan, bool namesFile) {
+    const LeftTracks left = leftTracks(asset, plan);
+    const QStringList name =
+        namesFile ? QStringList(lastPathComponent(asset.path())) : QStringList();
+    Notes notes;
+    const auto note = [&](int count, MessageCode alone, MessageCode ofFile) {
         if (count > 0)
-            kinds.append(QStringLiteral("%1 %2").arg(count).arg(what));
+            notes << Message(namesFile ? ofFile : alone,
+                             QStringList(QString::number(count)) + name);
     };
-    tell(videos, QStringLiteral("further film(s)"));
-    tell(audioFiles, QStringLiteral("further sound track(s)"));
-    tell(others, QStringLiteral("track(s) of text or data"));
+    note(left.videos, kVideoTracksNotCarriedOver, kVideoTracksOfFileNotCarriedOver);
+    note(left.audios, kAudioTracksNotCarriedOver, kAudioTracksOfFileNotCarriedOver);
+    note(left.others, kDataTracksNotCarriedOver, kDataTracksOfFileNotCarriedOver);
     if (asset.file()->facts().hasChapters && plan.chaptersOf != asset.path())
-        kinds.append(QStringLiteral("chapters"));
-    return kinds.isEmpty()
-               ? QString()
-               : QStringLiteral("not carried over: ") + kinds.join(QStringLiteral(", "));
+        notes << Message(namesFile ? kChaptersOfFileNotCarriedOver : kChaptersNotCarriedOver, name);
+    return notes;
 }
 
 /// Of several files each by its name.
-Notes notCarried(const std::vector<AVURLAsset>& assets, const ExportPlan& plan) {
+Notes notCarriedOver(const std::vector<AVURLAsset>& assets, const ExportPlan& plan) {
     Notes notes;
-    for (const AVURLAsset& asset : assets) {
-        const QString note = notCarried(asset, plan);
-        if (!note.isNull())
-            notes << (assets.size() == 1
-                          ? note
-                          : lastPathComponent(asset.path()) + QStringLiteral(": ") + note);
-    }
+    for (const AVURLAsset& asset : assets)
+        notes << notCarriedOver(asset, plan, assets.size() > 1);
     return notes;
 }
 
@@ -178,7 +184,7 @@ Result<void> applyVideoComposition(const AVMutableVideoComposition& instructions
                 continue;
             const auto rotation = rotationOfTransform(*layer.transform());
             if (!rotation)
-                return unsupported(path, QStringLiteral("only turns by right angles are drawn"));
+                return unsupported(path, kRightAnglesOnly);
             video.turns = {rotation->degrees};
             video.mirrored = {rotation->mirrored};
         }
@@ -303,11 +309,10 @@ bool isExportPreset(const QString& name) {
 Result<PlannedExport> planExport(const ExportOrder& order) {
     const Preset* preset = presetOf(order.presetName);
     if (!isExportPreset(order.presetName))
-        return failure(ErrorCode::InvalidArgument, kPlan, firstPath(order),
-                       QStringLiteral("unknown preset \"%1\"").arg(order.presetName));
+        return failure(ErrorCode::InvalidArgument, kPlanExport, firstPath(order),
+                       Message(kUnknownPreset, {order.presetName}));
     if (order.asset && CMTimeCompare(assetDuration(*order.asset), kCMTimeZero) <= 0)
-        return failure(ErrorCode::InvalidData, kPlan, order.asset->path(),
-                       QStringLiteral("it has no duration"));
+        return failure(ErrorCode::InvalidData, kPlanExport, order.asset->path(), kNoDuration);
     const AVMutableComposition composition =
         order.asset ? compositionOf(*order.asset) : order.composition;
     PlannedExport planned;
@@ -330,12 +335,10 @@ Result<PlannedExport> planExport(const ExportOrder& order) {
     if (order.timeRange)
         trim(plan, *order.timeRange);
     plan.chaptersOf = chapterSource(plan);
-    planned.notes = notCarried(composition.sourceAssets(), plan);
+    planned.notes = notCarriedOver(composition.sourceAssets(), plan);
     if (plan.video || plan.audio)
         return planned;
-    return unsupported(firstPath(order), preset && !preset->video
-                                             ? QStringLiteral("there is no sound track")
-                                             : QStringLiteral("there is no film"));
+    return unsupported(firstPath(order), preset && !preset->video ? kNoAudioTrack : kNoVideoTrack);
 }
 
 } // namespace clipheave::platform

@@ -3,6 +3,7 @@
 
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
+#include "platform/media/messages.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -14,7 +15,6 @@ namespace clipheave::platform {
 
 namespace {
 
-const QString kPrepareOutput = QStringLiteral("prepare the output");
 /// The shortest video with its header needs no less.
 constexpr std::uint64_t kLeastRoom = 16 << 10;
 constexpr std::chrono::milliseconds kCheckInterval{300};
@@ -61,9 +61,8 @@ Result<void> OutputPlace::blame() const {
     const bool isFolderMissing = isMissing(containingFolder(m_output));
     if (!m_gone && !isFolderMissing)
         return {};
-    return failure(ErrorCode::NotFound, QStringLiteral("export"), m_output,
-                   isFolderMissing ? QStringLiteral("the output folder is gone")
-                                   : QStringLiteral("it was taken away while it was written"));
+    return failure(ErrorCode::NotFound, kExportVideo, m_output,
+                   isFolderMissing ? kOutputFolderGone : kOutputRemoved);
 }
 
 } // namespace clipheave::platform

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/model/cv_pixel_buffer.h"
 
+#include "platform/media/model/messages.h"
+
 #include <cstring>
 #include <mutex>
 #include <new>
@@ -28,8 +30,8 @@ bool isHandled(QSize size) {
            std::int64_t{size.width()} * size.height() <= CVPixelBuffer::kMostPixels;
 }
 
-tl::unexpected<Error> bufferError(ErrorCode code, const QString& why) {
-    return failure(code, QStringLiteral("make a pixel buffer"), {}, why);
+tl::unexpected<Error> bufferError(ErrorCode code, const Message& why) {
+    return failure(code, kCreatePixelBuffer, {}, why);
 }
 
 } // namespace
@@ -77,9 +79,9 @@ CVPixelBufferPool::CVPixelBufferPool(QSize size, std::size_t spares)
 
 Result<std::shared_ptr<CVPixelBuffer>> CVPixelBufferPool::createPixelBuffer() {
     if (!isHandled(m_size))
-        return bufferError(
-            ErrorCode::LimitExceeded,
-            QStringLiteral("%1 x %2 pixels").arg(m_size.width()).arg(m_size.height()));
+        return bufferError(ErrorCode::LimitExceeded,
+                           Message(kFrameSizeOutOfRange, {QString::number(m_size.width()),
+                                                          QString::number(m_size.height())}));
     CVPixelBuffer::Bytes bytes;
     {
         const std::lock_guard lock(m_spares->mutex);
@@ -91,7 +93,7 @@ Result<std::shared_ptr<CVPixelBuffer>> CVPixelBufferPool::createPixelBuffer() {
     if (bytes == nullptr)
         bytes = CVPixelBuffer::allocate(m_size);
     if (bytes == nullptr)
-        return bufferError(ErrorCode::Io, QStringLiteral("no memory"));
+        return bufferError(ErrorCode::Io, kOutOfMemory);
     return std::shared_ptr<CVPixelBuffer>(new CVPixelBuffer(m_size, std::move(bytes), m_spares));
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/foundation/message.h"
 #include "platform/media/model/encoded_image.h"
 #include "platform/media/model/metadata_item.h"
 
@@ -71,8 +72,8 @@ struct MediaFacts {
     EncodedImage albumArtwork;             ///< null when there is none
     std::uint64_t id3TagSize = 0;          ///< bytes of the raw ID3v2 tag, 0 when there is none
 
-    /// Why the reading ended before everything was read; null when all went well.
-    QString problem;
+    /// Why the reading ended before everything was read; empty when all went well.
+    Message problem;
 };
 
 } // namespace clipheave::platform

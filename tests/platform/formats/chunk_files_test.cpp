@@ -61,7 +61,7 @@ TEST(Wave, PrefersInfoTextsAndFillsFromTheId3Chunk) {
     EXPECT_EQ(facts->audioChannels, 1);
     EXPECT_EQ(facts->albumArtwork.size(), QSize(5, 3));
     EXPECT_EQ(facts->id3TagSize, static_cast<quint64>(tag.size()));
-    EXPECT_TRUE(facts->problem.isNull());
+    EXPECT_TRUE(facts->problem.isEmpty());
 }
 
 TEST(Wave, ReadsSizesOf64BitsAndTheBroadcastDate) {
@@ -81,13 +81,13 @@ TEST(Wave, SaysWhatADamagedFileLacks) {
         read(readWave, wave(format() + chunk("data", QByteArray(8000, '\0'))).left(4044));
     ASSERT_TRUE(cut);
     EXPECT_EQ(cut->durationSeconds, 0.25);
-    EXPECT_FALSE(cut->problem.isNull());
+    EXPECT_FALSE(cut->problem.isEmpty());
     const auto interrupted =
         read(readWave, wave(format()) + raw("data\0\0\0\0") + QByteArray(8000, '\x80'));
     ASSERT_TRUE(interrupted);
     EXPECT_EQ(interrupted->durationSeconds, 0.5);
     const auto formless = read(readWave, wave(chunk("data", "ab")));
-    EXPECT_TRUE(formless && formless->tracks.empty() && !formless->problem.isNull());
+    EXPECT_TRUE(formless && formless->tracks.empty() && !formless->problem.isEmpty());
     EXPECT_EQ(read(readWave, "RIFFxxxxAVI ").error().code, ErrorCode::InvalidData);
 }
 
@@ -148,7 +148,7 @@ TEST(Au, ReadsNamedLinesAndPlainAnnotations) {
     EXPECT_EQ(named->durationSeconds, 0.5);
     const auto plain = read(readAu, audio("recorded at home", 16000));
     EXPECT_EQ(plain->infoDictionary, info({{"comments", "recorded at home"}}));
-    EXPECT_FALSE(plain->problem.isNull());
+    EXPECT_FALSE(plain->problem.isEmpty());
 }
 
 TEST(Flac, TellsDatesApartAndTakesTheFrontCover) {
@@ -177,5 +177,5 @@ TEST(Flac, TellsDatesApartAndTakesTheFrontCover) {
     EXPECT_EQ(items.at(QStringLiteral("id3/TYER")), QStringLiteral("2019"));
     EXPECT_EQ(items.at(QStringLiteral("id3/TRDA")), QStringLiteral("2019-01-02"));
     const auto cut = read(readFlac, file.left(80));
-    EXPECT_TRUE(cut && cut->durationSeconds == 0.5 && !cut->problem.isNull());
+    EXPECT_TRUE(cut && cut->durationSeconds == 0.5 && !cut->problem.isEmpty());
 }

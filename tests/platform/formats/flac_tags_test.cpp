@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/flac/flac_tags.h"
+#include "platform/formats/messages.h"
 #include "platform/foundation/file_manager.h"
 #include "tests/testkit/media.h"
 
@@ -32,7 +33,7 @@ protected:
         EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden).size(), done ? 1 : 0);
         const QByteArray written = TempDir::read(target);
         QFile::remove(target);
-        return done ? written : done.error().detail.text().toUtf8();
+        return done ? written : QByteArray(done.error().detail.code().id);
     }
     TempDir m_dir;
 };
@@ -79,19 +80,19 @@ TEST_F(FlacTags, ANewCoverReplacesTheFrontCoverAlone) {
 TEST_F(FlacTags, DamagedFilesAreRefused) {
     const FlacTagChanges changes{{{QStringLiteral("title"), QStringLiteral("n")}}, {}};
     const QByteArray good = flacFile({"TITLE=t"});
-    EXPECT_EQ(changed(good.left(good.size() - 20), changes), "a metadata block is damaged");
+    EXPECT_EQ(changed(good.left(good.size() - 20), changes), kFlacBlockDamaged.id);
     EXPECT_EQ(changed("fLaC" + flacBlock(4, vorbisComments({}), true) + kFlacAudio, changes),
-              "there is no stream information");
+              kNoFlacStreamInfo.id);
     EXPECT_EQ(changed("fLaC" + flacBlock(0, kStreamInfo, true) + "no sync", changes),
-              "no sound follows the metadata");
+              kNoFlacAudio.id);
     EXPECT_EQ(changed(QByteArray(good).replace("TITLE=t", "TITLE="), changes),
-              "a metadata block is damaged");
+              kFlacBlockDamaged.id);
     QByteArray lying = good;
     lying.replace(lying.indexOf("maker") - 4, 4, le(0xFFFFFFFF, 4));
-    EXPECT_EQ(changed(lying, changes), "the comments are damaged");
+    EXPECT_EQ(changed(lying, changes), kFlacCommentsDamaged.id);
     EXPECT_EQ(changed(good, {{{QStringLiteral("title"), QString(17 << 20, u'x')}}, {}}),
-              "a block would be over 16 MiB");
-    EXPECT_EQ(changed({}, changes), "the signature is missing");
+              kFlacBlockTooLarge.id);
+    EXPECT_EQ(changed({}, changes), kSignatureMissing.id);
 }
 
 } // namespace

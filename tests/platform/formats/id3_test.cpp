@@ -173,7 +173,7 @@ TEST(MpegAudio, TakesTheFirstOfTwoTagsAndFindsTheAudioBehindThem) {
     EXPECT_THAT(walk(*facts), has("id3/TIT2", "A"));
     EXPECT_EQ(facts->audioSampleRate, 44100);
     EXPECT_EQ(facts->id3TagSize, 22u);
-    EXPECT_TRUE(facts->problem.isNull());
+    EXPECT_TRUE(facts->problem.isEmpty());
 }
 
 TEST(MpegAudio, LeavesOtherAudioBehindATagToTheEngine) {
@@ -182,7 +182,7 @@ TEST(MpegAudio, LeavesOtherAudioBehindATagToTheEngine) {
     ASSERT_TRUE(facts);
     EXPECT_EQ(facts->container, Container::Other);
     EXPECT_EQ(facts->durationSeconds, 0);
-    EXPECT_TRUE(facts->problem.isNull());
+    EXPECT_TRUE(facts->problem.isEmpty());
     EXPECT_THAT(walk(*facts), has("id3/TIT2", "A"));
     EXPECT_EQ(read(readMpegAudio, QByteArray(5000, 'x')).error().code, ErrorCode::InvalidData);
 }

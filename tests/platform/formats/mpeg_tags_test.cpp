@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/formats/messages.h"
 #include "platform/formats/mpeg/id3_tag_builder.h"
 #include "platform/formats/mpeg/mpeg_tags.h"
 #include "platform/foundation/file_manager.h"
@@ -54,7 +55,7 @@ QByteArray title(const QString& text) {
 
 class MpegTags : public testing::Test {
 protected:
-    /// What the file becomes under a new title; the error's text when it is refused.
+    /// What the file becomes under a new title; the code of the reason when it is refused.
     QByteArray retagged(const QByteArray& file) {
         const QString source = m_dir.write(QStringLiteral("in/a.mp3"), file);
         const QString target = m_dir.path(QStringLiteral("out.mp3"));
@@ -63,7 +64,7 @@ protected:
         EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden).size(), done ? 1 : 0);
         const QByteArray written = TempDir::read(target);
         QFile::remove(target);
-        return done ? written : done.error().detail.text().toUtf8();
+        return done ? written : QByteArray(done.error().detail.code().id);
     }
     TempDir m_dir;
 };
@@ -107,13 +108,12 @@ TEST_F(MpegTags, EveryKindOfTagGoesAndTheAudioStays) {
 
 TEST_F(MpegTags, WhatCannotBeTrustedIsNotTakenOff) {
     const QByteArray text = id3Frame("TIT2", QByteArray("\0abc", 4));
-    EXPECT_EQ(retagged(id3Tag(3, text, 0, 100 << 20) + mpegFrames()),
-              "the tag at the start is larger than the file");
+    EXPECT_EQ(retagged(id3Tag(3, text, 0, 100 << 20) + mpegFrames()), kLeadingTagBeyondFile.id);
     EXPECT_EQ(retagged(id3Tag(3, text, 0, text.size() + 900) + mpegFrames()),
-              "the tag at the start reaches into the sound");
-    EXPECT_EQ(retagged(id3Tag(3, text)), "no frame of MPEG audio was found");
-    EXPECT_EQ(retagged({}), "no frame of MPEG audio was found");
-    EXPECT_EQ(retagged(QByteArray(5000, '\0')), "no frame of MPEG audio was found");
+              kLeadingTagCoversAudio.id);
+    EXPECT_EQ(retagged(id3Tag(3, text)), kNoMpegFrame.id);
+    EXPECT_EQ(retagged({}), kNoMpegFrame.id);
+    EXPECT_EQ(retagged(QByteArray(5000, '\0')), kNoMpegFrame.id);
     // Ends that only look like tags belong to the audio.
     const QByteArray fresh = title(QStringLiteral("T"));
     QByteArray lying = ape(true);

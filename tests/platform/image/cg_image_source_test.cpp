@@ -76,7 +76,7 @@ TEST(CGImageSource, SizesOfPlainImages) {
         const auto source = CGImageSource::createWithPath(imageFile(dir, name));
         ASSERT_TRUE(source) << name << source.error().text().toStdString();
         EXPECT_EQ(source->pixelSize(), QSize(64, 48)) << name;
-        EXPECT_TRUE(source->problem().isNull()) << name << source->problem().toStdString();
+        EXPECT_TRUE(source->problem().isEmpty()) << name << source->problem().text().toStdString();
         EXPECT_EQ(value(source->properties(), "Orientation").toInt(), 1) << name;
         EXPECT_FALSE(source->properties().contains(QStringLiteral("{TIFF}"))) << name;
     }

@@ -69,7 +69,7 @@ TEST(Heif, SizeAndExifItem) {
     EXPECT_EQ(facts->pixelSize, QSize(4032, 3024));
     EXPECT_EQ(facts->orientation, 1);
     EXPECT_EQ(facts->exif, kTiff);
-    EXPECT_TRUE(facts->problem.isNull()) << facts->problem.toStdString();
+    EXPECT_TRUE(facts->problem.isEmpty()) << facts->problem.text().toStdString();
 }
 
 TEST(Heif, TransformsGiveTheOrientation) {

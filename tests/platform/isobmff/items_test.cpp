@@ -34,7 +34,7 @@ TEST(IsobmffItems, ComeAsListThenUserDataThenKeysWhateverTheFileOrder) {
     const MediaFacts old = read(dir, box("moov", udta));
     EXPECT_EQ(old.container, Container::QuickTime);
     EXPECT_EQ(itemTexts(old)[1], s("udta/%A9swr=abc"));
-    EXPECT_TRUE(old.problem.isNull()) << old.problem.toStdString();
+    EXPECT_TRUE(old.problem.isEmpty()) << old.problem.text().toStdString();
 }
 
 TEST(IsobmffItems, ITunesValuesHaveTheirTypes) {
@@ -95,7 +95,7 @@ TEST(IsobmffItems, KeysTakePlainAndFullBoxesEvenInsideUserData) {
                                                                keyedEntry(0, dataBox(1, "y")) +
                                                                keyedEntry(1, dataBox(1, "z"))))));
     EXPECT_THAT(itemTexts(damaged), ElementsAre(s("mdta/a=z")));
-    EXPECT_FALSE(damaged.problem.isNull());
+    EXPECT_FALSE(damaged.problem.isEmpty());
 }
 
 TEST(IsobmffItems, QuickTimeTextsHaveRecordsPerLanguage) {

@@ -124,14 +124,14 @@ TEST_F(Compositions, WhatIsNotCarriedOverIsNamedFileByFile) {
         return planned ? testkit::textsOf(planned->notes) : QStringList();
     };
     EXPECT_TRUE(notesOf({chaptered}, 1).isEmpty()) << "its track of titles is its chapters";
-    EXPECT_THAT(notesOf({chaptered}, 2), ElementsAre(u"not carried over: chapters"));
-    EXPECT_THAT(notesOf({rich}, 1),
-                ElementsAre(u"not carried over: 1 further sound track(s), 1 track(s) of text or "
-                            u"data"));
+    EXPECT_THAT(notesOf({chaptered}, 2), ElementsAre(u"chapters not carried over"));
+    EXPECT_THAT(notesOf({rich}, 1), ElementsAre(u"audio tracks not carried over: 1",
+                                                u"data tracks not carried over: 1"));
     EXPECT_THAT(notesOf({m_clip, rich, chaptered}, 1),
-                ElementsAre(u"rich.mkv: not carried over: 1 further sound track(s), 1 track(s) of "
-                            u"text or data, chapters",
-                            u"chapters.mp4: not carried over: chapters"));
+                ElementsAre(u"audio tracks of file not carried over: 1, rich.mkv",
+                            u"data tracks of file not carried over: 1, rich.mkv",
+                            u"chapters of file not carried over: rich.mkv",
+                            u"chapters of file not carried over: chapters.mp4"));
 }
 
 TEST_F(Compositions, PresetsChooseSizesCodecsAndRates) {

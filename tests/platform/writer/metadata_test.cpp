@@ -167,10 +167,10 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
         EXPECT_FALSE(bytes.contains("old") || bytes.contains("Secret") || bytes.contains("2001"));
         EXPECT_TRUE(bytes.contains("chapters"));
         EXPECT_TRUE(bytes.contains("a track's own name") && bytes.contains("kept"));
-        return outcome ? textOf(outcome->notes) : QString();
+        return outcome ? outcome->notes : Notes();
     };
     for (const Items& list : {Items{newItem("itsk/%A9nam", {})}, Items{}}) {
-        EXPECT_EQ(remove(list, true), QStringLiteral("Location kept"));
+        EXPECT_EQ(remove(list, true), Notes{kLocationKept});
         EXPECT_EQ(shown(readItems(target), {kKeys + QStringLiteral("location.ISO6709")}),
                   QStringLiteral("+33.0000+044.0000+000.000/"));
         EXPECT_TRUE(TempDir::read(target).contains("loci"));
@@ -178,7 +178,7 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
     }
     // An empty list that is no removal of a video leaves nothing at all.
     for (const Items& list : {Items{newItem("uiso/loci", {})}, Items{}}) {
-        EXPECT_EQ(remove(list, !list.isEmpty()), QString());
+        EXPECT_EQ(remove(list, !list.isEmpty()), Notes());
         const QByteArray bytes = TempDir::read(target);
         EXPECT_FALSE(bytes.contains("loci") || bytes.contains("ISO6709") || bytes.contains("xyz"));
         EXPECT_EQ(pieces(payloadAt(bytes, "moov/udta")).size(), 1);

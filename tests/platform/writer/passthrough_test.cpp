@@ -58,7 +58,7 @@ TEST_P(EncodedFiles, KeepEverythingButTheMetadata) {
             write(source, target, kTitleOnly,
                   moovFirst ? OutputContainer::M4V : OutputContainer::QuickTimeMovie, moovFirst);
         ASSERT_TRUE(outcome) << outcome.error().text().toStdString();
-        EXPECT_THAT(outcome->notes, testing::ElementsAre(QStringLiteral("Location kept")));
+        EXPECT_THAT(outcome->notes, testing::ElementsAre(kLocationKept));
         const QByteArray after = TempDir::read(target);
         EXPECT_EQ(mediaHash(target), hash);
         EXPECT_TRUE(chunkHeads(after) == chunkHeads(before));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/isobmff/messages.h"
 #include "platform/isobmff/read/isobmff_reader.h"
 #include "platform/isobmff/write/isobmff_writer.h"
 #include "tests/testkit/media.h"

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/foundation/message.h"
+
+// The sentences of this layer; their words stand in the tables of the fronts.
+namespace clipheave::platform {
+
+// Operations.
+inline constexpr MessageCode kReadImage{"read-image"};
+inline constexpr MessageCode kReadPhoto{"read-photo"};
+inline constexpr MessageCode kReadPhotoTags{"read-photo-tags"};
+inline constexpr MessageCode kReadImageBoxes{"read-image-boxes"};
+inline constexpr MessageCode kEncodeImage{"encode-image"};
+inline constexpr MessageCode kConvertImage{"convert-image"};
+inline constexpr MessageCode kCreateTiff{"create-tiff"};
+inline constexpr MessageCode kWriteGif{"write-gif"};
+inline constexpr MessageCode kWritePhotoTags{"write-photo-tags"};
+
+// Reasons.
+inline constexpr MessageCode kTooManyPixels{"too-many-pixels"};
+inline constexpr MessageCode kImageFileTooLarge{"image-file-too-large"};
+inline constexpr MessageCode kNoImage{"no-image"};
+inline constexpr MessageCode kNoFrames{"no-frames"};
+inline constexpr MessageCode kPropertiesOutOfRange{"properties-out-of-range"};
+inline constexpr MessageCode kFrameSizeDiffers{"frame-size-differs"};
+inline constexpr MessageCode kOneFrameTooMany{"one-frame-too-many"};
+inline constexpr MessageCode kNoPrimaryImage{"no-primary-image"};
+inline constexpr MessageCode kExifUnreadable{"exif-unreadable"};
+inline constexpr MessageCode kImageHeaderTooLong{"image-header-too-long"};
+inline constexpr MessageCode kNoImageHeader{"no-image-header"};
+inline constexpr MessageCode kTagsNeedTooMuchMemory{"tags-need-too-much-memory"};
+
+} // namespace clipheave::platform
