@@ -84,7 +84,7 @@ TEST_F(ExportFailures, SayWhichCodecTheContainerDoesNotHold) {
         const QString source = make(name, options, 1);
         const std::string cannot = "mov cannot hold: ";
         EXPECT_THAT(reasonOf(start(source, AVAssetExportPresetPassthrough)),
-                    testing::EndsWith(cannot + copied));
+                    testing::HasSubstr(cannot + copied));
         // The way of a video that is slowed down.
         const auto asset = AVURLAsset::assetWithPath(source);
         AVMutableComposition composition;
@@ -96,7 +96,7 @@ TEST_F(ExportFailures, SayWhichCodecTheContainerDoesNotHold) {
         composition.scaleTimeRange_toDuration(whole, {2, 1});
         EXPECT_THAT(reasonOf(start(std::make_shared<AVAssetExportSession>(
                         composition, QString::fromUtf16(AVAssetExportPresetPassthrough)))),
-                    testing::EndsWith(cannot + slowed));
+                    testing::HasSubstr(cannot + slowed));
     }
     EXPECT_THAT(filesOut(), testing::IsEmpty());
 }
