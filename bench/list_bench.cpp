@@ -104,6 +104,25 @@ void measureSorts(MediaListModel& model) {
         }
 }
 
+void measureSelections(MediaListModel& model, app::MediaTableView& view,
+                       const std::vector<media::ItemPointer>& items) {
+    const Stopwatch selecting;
+    view.selectAll();
+    QApplication::processEvents();
+    report("100,000 rows: select all", selecting.milliseconds(), 33, "ms");
+    app::ItemChanges changes;
+    for (const media::ItemPointer& item : items)
+        changes.emplace_back(item, media::changedCopy(*item, [](auto&) {}));
+    const Stopwatch changing;
+    model.replaceItems(changes);
+    QApplication::processEvents();
+    report("100,000 rows: new names for all", changing.milliseconds(), 150, "ms");
+    const Stopwatch removing;
+    model.setContent({items.front()});
+    QApplication::processEvents();
+    report("100,000 rows: remove all but one", removing.milliseconds(), 33, "ms");
+}
+
 /// Real frames for the first tiles, so that thumbnails arrive while the grid scrolls.
 void makePhotos(const QTemporaryDir& folder, std::vector<media::ItemPointer>& items) {
     QImage videoFrame(1600, 1200, QImage::Format_RGB32);
@@ -173,6 +192,7 @@ int main(int argc, char** argv) {
     report("refill after a sort", refilling.milliseconds(), 33, "ms");
     report("100,000 rows: longest frame, 96 px steps", longestFrame(view, 96), 33, "ms");
     report("100,000 rows: longest frame, pages", longestFrame(view, 7000), 33, "ms");
+    measureSelections(model, view, items);
     view.hide();
     makePhotos(folder, items);
     measureGrid(items, service);

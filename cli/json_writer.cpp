@@ -128,7 +128,11 @@ JsonWriter& JsonWriter::member(const char* name, double value) {
 
 QByteArray JsonWriter::take() {
     m_needsComma = false;
-    return std::exchange(m_out, {}) + '\n';
+    return takePart() + '\n';
+}
+
+QByteArray JsonWriter::takePart() {
+    return std::exchange(m_out, {});
 }
 
 } // namespace clipheave::cli

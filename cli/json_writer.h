@@ -8,7 +8,8 @@
 
 namespace clipheave::cli {
 
-/// Writes one JSON document, keys in the order given. Bytes of a path that are no UTF-8 come out as
+/// Writes one JSON document, whole or part by part, keys in the order given. Bytes of a path that
+/// are no UTF-8 come out as
 /// "\udcXX" (their escaped form inside the program), so that nothing is lost and the document stays
 /// valid; a library's own JSON class would replace them.
 class JsonWriter {
@@ -26,7 +27,13 @@ public:
     JsonWriter& member(const char* name, const QString& text);
     JsonWriter& member(const char* name, double value);
 
+    /// Returns the document, or what of it has not been taken yet, with a line feed behind it; the
+    /// next one can begin.
     [[nodiscard]] QByteArray take();
+    /// Returns what has been written since the last time; the document goes on.
+    [[nodiscard]] QByteArray takePart();
+    /// Bytes that wait to be taken.
+    [[nodiscard]] qsizetype waitingBytes() const { return m_out.size(); }
 
 private:
     void separate();

@@ -1,92 +1,55 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/commands.h"
-#include "cli/item_json.h"
-#include "platform/foundation/paths.h"
-
-#include <algorithm>
-#include <array>
+#include "cli/item_stream.h"
+#include "cli/item_table.h"
 
 namespace clipheave::cli {
 
 namespace {
 
-using media::IKImageItem;
-using media::MediaImport;
+/// Takes the items of a run as they come; none is kept.
+class Listing {
+public:
+    Listing(Console& console, bool json, bool metadata)
+        : m_json(json), m_stream(console, metadata) {}
 
-struct Column {
-    const char16_t* header;
-    QString IKImageItem::*field;
-    bool rightAligned;
-};
-constexpr std::array<Column, 7> kColumns{{
-    {u"Media Name", &IKImageItem::fileName, false},
-    {u"Media Size", &IKImageItem::fileSize, true},
-    {u"Media Length", &IKImageItem::fileduratStr, true},
-    {u"Media Kind", &IKImageItem::fileType, false},
-    {u"Media Artist", &IKImageItem::fileArist, false},
-    {u"Media Album", &IKImageItem::fileAblumName, false},
-    {u"Media Created Date", &IKImageItem::fileCreateDateStr, false},
-}};
-
-/// One line, whatever a tag holds; a terminal must not be steered by a file's texts.
-QString cellText(const QString& text) {
-    QString cell = platform::displayPath(text).left(200);
-    for (QChar& c : cell)
-        if (c.category() == QChar::Other_Control)
-            c = u' ';
-    return cell;
-}
-
-QByteArray table(const std::vector<media::ItemPointer>& items) {
-    std::array<qsizetype, kColumns.size()> widths{};
-    for (std::size_t i = 0; i < kColumns.size(); ++i) {
-        widths[i] = QStringView(kColumns[i].header).size();
-        for (const auto& item : items)
-            widths[i] = std::max(widths[i], cellText((*item).*kColumns[i].field).size());
+    void add(const media::IKImageItem& item) {
+        m_isEmpty = false;
+        m_troubled = m_troubled || !item.problem.isEmpty();
+        m_json ? m_stream.add(item) : m_table.add(item);
     }
-    QByteArray out;
-    const auto addRow = [&](const auto& cellOf) {
-        QString line;
-        for (std::size_t i = 0; i < kColumns.size(); ++i) {
-            const QString cell = cellOf(kColumns[i]);
-            line += kColumns[i].rightAligned ? cell.rightJustified(widths[i])
-                                             : cell.leftJustified(widths[i]);
-            line += u"  ";
-        }
-        while (line.endsWith(u' '))
-            line.chop(1);
-        out += line.toUtf8() + '\n';
-    };
-    addRow([](const Column& column) { return QString::fromUtf16(column.header); });
-    for (const auto& item : items)
-        addRow([&item](const Column& column) { return cellText((*item).*column.field); });
-    return out;
-}
+    /// A skipped path stands in the JSON list only; standard error has named it.
+    void add(const media::SkippedPath& skipped) {
+        m_isEmpty = false;
+        m_troubled = true;
+        if (m_json)
+            m_stream.add(skipped);
+    }
+    [[nodiscard]] bool isEmpty() const { return m_isEmpty; }
+    /// Some file gave no item, or could not be read in full.
+    [[nodiscard]] bool isTroubled() const { return m_troubled; }
+    /// Returns false when standard output could not be written.
+    [[nodiscard]] bool finish() { return m_json ? m_stream.finish() : printOut(m_table.text()); }
 
-QByteArray document(const MediaImport& import, bool withMetadata) {
-    JsonWriter json;
-    json.beginArray();
-    for (const auto& item : import.localPhotoItemArray())
-        writeItem(json, *item, withMetadata);
-    for (const media::SkippedPath& skipped : import.skipped())
-        writeSkipped(json, skipped);
-    json.endArray();
-    return json.take();
-}
-
-bool anyTrouble(const MediaImport& import) {
-    const auto& items = import.localPhotoItemArray();
-    return !import.skipped().empty() ||
-           std::any_of(items.begin(), items.end(),
-                       [](const auto& item) { return !item->problem.isEmpty(); });
-}
+private:
+    bool m_json;
+    bool m_isEmpty = true;
+    bool m_troubled = false;
+    ItemStream m_stream;
+    ItemTable m_table;
+};
 
 } // namespace
 
 int runList(const GlobalOptions& global, const ListOptions& options, Console& console) {
+    Listing listing(console, global.json, options.metadata);
     int count = 0;
-    MediaImport import(
-        [&](const media::ItemPointer&) { console.progress(QStringLiteral("read"), ++count, 0); });
+    media::MediaImport import([&](const media::ItemPointer& item) {
+        console.progress(QStringLiteral("read"), ++count, 0);
+        if (item)
+            listing.add(*item);
+    });
+    import.setKeepsItems(false);
     import.setStopRequested(&isInterrupted);
     if (options.photos)
         import.importPhotos(options.paths);
@@ -95,11 +58,12 @@ int runList(const GlobalOptions& global, const ListOptions& options, Console& co
     console.clearProgress();
     if (isInterrupted())
         return interruption();
-    if (import.localPhotoItemArray().empty() && import.skipped().empty())
+    for (const media::SkippedPath& skipped : import.skipped())
+        listing.add(skipped);
+    if (listing.isEmpty())
         return reportNothingToDo();
-    const bool written = printOut(global.json ? document(import, options.metadata)
-                                              : table(import.localPhotoItemArray()));
-    return written && !anyTrouble(import) ? kAllDone : kSomeFailed;
+    const bool written = listing.finish();
+    return written && !listing.isTroubled() ? kAllDone : kSomeFailed;
 }
 
 } // namespace clipheave::cli

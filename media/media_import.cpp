@@ -4,6 +4,7 @@
 #include "media/media_kind.h"
 #include "media/media_readers.h"
 #include "media/read_ahead.h"
+#include "media/shared_texts.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
@@ -21,7 +22,7 @@ using namespace platform;
 constexpr int kDeepestFolder = 1000;
 
 /// The reader of an audio file by its extension.
-Result<ItemPointer> readAudioItem(const QString& path) {
+Result<MutableItemPointer> readAudioItem(const QString& path) {
     const QString extension = pathExtension(path);
     for (const char16_t* wav : {u"wav", u"flac", u"au"})
         if (extension.compare(QStringView(wav), Qt::CaseInsensitive) == 0)
@@ -33,13 +34,13 @@ Result<ItemPointer> readAudioItem(const QString& path) {
 }
 
 /// The photo browser knows a video by kind, name and path; the rest is read as for the list.
-Result<ItemPointer> readBrowserItem(const QString& path) {
+Result<MutableItemPointer> readBrowserItem(const QString& path) {
     if (MediaKind::isPhoto(path) || !MediaKind::isVideo(path))
         return readPhotoItem(path);
-    const auto item = readVideoItem(path, WalkTable::Video);
-    if (!item)
-        return tl::unexpected(item.error());
-    return changedCopy(**item, [](auto& copy) { copy.fileType = QStringLiteral("Movie"); });
+    auto item = readVideoItem(path, WalkTable::Video);
+    if (item)
+        (*item)->fileType = QStringLiteral("Movie");
+    return item;
 }
 
 /// A video by its name whose kind the list does not take.
@@ -98,18 +99,23 @@ struct MediaImport::Pipeline {
         import.m_skipped.push_back({path, reason});
     }
 
-    void deliver(const QString& path, std::optional<Result<ItemPointer>> result) {
+    void deliver(const QString& path, std::optional<Result<MutableItemPointer>> result) {
         ItemPointer item;
-        if (result && *result) {
-            item = **result;
-            if (!item->problem.isEmpty())
-                log(LogLevel::Warning, item->problem, path);
-            import.m_items.push_back(item);
-        } else if (result) {
+        if (result && *result)
+            item = handOver(**result);
+        else if (result)
             skip(path, result->error().text());
-        }
         if (import.m_step)
             import.m_step(item);
+    }
+
+    ItemPointer handOver(const MutableItemPointer& item) {
+        texts.shareTextsOf(*item);
+        if (!item->problem.isEmpty())
+            log(LogLevel::Warning, item->problem, item->filePath);
+        if (import.m_keepsItems)
+            import.m_items.push_back(item);
+        return item;
     }
 
     void addFile(const QString& path, bool inFolder) {
@@ -162,6 +168,7 @@ struct MediaImport::Pipeline {
     Wanted wanted;
     ReadAhead ahead;
     std::vector<Identity> ancestors;
+    SharedTexts texts;
 };
 
 MediaImport::MediaImport(ImportStep step)

@@ -39,6 +39,7 @@ public:
     /// size, dates, pixel size, camera and position; other files an item as the browser needs it.
     void importPhotos(const QStringList& paths);
 
+    /// Empty when the items are not kept.
     [[nodiscard]] const std::vector<ItemPointer>& localPhotoItemArray() const { return m_items; }
     /// What could not be read.
     [[nodiscard]] const std::vector<SkippedPath>& skipped() const { return m_skipped; }
@@ -51,6 +52,8 @@ public:
 
     /// Threads that read ahead, besides the importing one (default: the machine's other cores).
     void setReadAheadThreads(int count) { m_readAheadThreads = count; }
+    /// Whether localPhotoItemArray() collects the items (the default) or the step alone gets them.
+    void setKeepsItems(bool keeps) { m_keepsItems = keeps; }
     /// Asked between files; returning true ends the import early (a signal, the end of the
     /// program).
     void setStopRequested(std::function<bool()> stop) { m_stop = std::move(stop); }
@@ -62,6 +65,7 @@ private:
     std::function<bool()> m_stop;
     std::vector<ItemPointer> m_items;
     std::vector<SkippedPath> m_skipped, m_unknown;
+    bool m_keepsItems = true;
     bool m_bImportLocalFolder = false;
     QString m_bImportLocalPath;
     int m_readAheadThreads;

@@ -111,7 +111,7 @@ void logMetadata(const AVURLAsset& asset) {
             asset.path());
 }
 
-Result<ItemPointer> readTaggedAudio(const QString& path, WalkTable table) {
+Result<MutableItemPointer> readTaggedAudio(const QString& path, WalkTable table) {
     const auto opened = beginItem(path, QStringLiteral("Audio"));
     if (!opened)
         return tl::unexpected(opened.error());
@@ -187,7 +187,7 @@ void applyAudioFileProperties(IKImageItem& item, const std::shared_ptr<const Med
 
 } // namespace
 
-Result<ItemPointer> readVideoItem(const QString& path, WalkTable table) {
+Result<MutableItemPointer> readVideoItem(const QString& path, WalkTable table) {
     const auto opened = beginItem(path, QStringLiteral("Movie"));
     if (!opened)
         return tl::unexpected(opened.error());
@@ -211,15 +211,15 @@ Result<ItemPointer> readVideoItem(const QString& path, WalkTable table) {
     return item;
 }
 
-Result<ItemPointer> readSomeMp3AudioFileWithFilePath(const QString& path) {
+Result<MutableItemPointer> readSomeMp3AudioFileWithFilePath(const QString& path) {
     return readTaggedAudio(path, WalkTable::Audio);
 }
 
-Result<ItemPointer> readSomeAiffAudioFileWithFilePath(const QString& path) {
+Result<MutableItemPointer> readSomeAiffAudioFileWithFilePath(const QString& path) {
     return readTaggedAudio(path, WalkTable::AiffAudio);
 }
 
-Result<ItemPointer> readSomeWAVAudioFileWithFilePath(const QString& path) {
+Result<MutableItemPointer> readSomeWAVAudioFileWithFilePath(const QString& path) {
     const auto opened = beginItem(path, QStringLiteral("Audio"));
     if (!opened)
         return tl::unexpected(opened.error());

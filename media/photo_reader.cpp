@@ -79,7 +79,7 @@ void applyPhotoAttributes(IKImageItem& item, const FileAttributes& attributes) {
 
 } // namespace
 
-Result<ItemPointer> readPhotoItem(const QString& path) {
+Result<MutableItemPointer> readPhotoItem(const QString& path) {
     auto item = std::make_shared<IKImageItem>();
     item->fileName = lastPathComponent(path);
     item->filePath = path;

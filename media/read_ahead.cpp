@@ -8,7 +8,7 @@ struct ReadAhead::Task {
     QString path;
     Reader reader;
     State state = State::Unread; ///< guarded by m_mutex
-    std::optional<platform::Result<ItemPointer>> result;
+    std::optional<platform::Result<MutableItemPointer>> result;
 };
 
 ReadAhead::ReadAhead(int helpers, Deliver deliver)

@@ -22,10 +22,10 @@ namespace clipheave::media {
 /// still runs.
 class ReadAhead {
 public:
-    using Reader = platform::Result<ItemPointer> (*)(const QString& path);
+    using Reader = platform::Result<MutableItemPointer> (*)(const QString& path);
     /// The result is absent when the file had no reader.
     using Deliver = std::function<void(const QString& path,
-                                       std::optional<platform::Result<ItemPointer>> result)>;
+                                       std::optional<platform::Result<MutableItemPointer>> result)>;
 
     ReadAhead(int helpers, Deliver deliver);
     ~ReadAhead();

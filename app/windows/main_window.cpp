@@ -60,9 +60,10 @@ int MainWindow::currentRow() const {
 
 QList<int> MainWindow::selectedRows() const {
     QList<int> rows;
-    for (const QModelIndex& index : selectionOf(currentView())->selectedIndexes())
-        if (index.column() == 0) // once a row, also where whole rows are selected
-            rows.append(index.row());
+    // By ranges: everything selected is one of them, where every cell would be an index.
+    for (const QItemSelectionRange& range : selectionOf(currentView())->selection())
+        for (int row = range.top(); range.left() == 0 && row <= range.bottom(); ++row)
+            rows.append(row);
     std::sort(rows.begin(), rows.end());
     return rows;
 }
