@@ -2,6 +2,7 @@
 #include "batch/rename_template.h"
 
 #include "batch/rename_plan.h"
+#include "media/fields.h"
 #include "platform/foundation/paths.h"
 
 #include <algorithm>
@@ -35,17 +36,21 @@ struct TagWord {
     QString IKImageItem::*field = nullptr;
     QString (*text)(const IKImageItem&) = nullptr;
 };
+consteval TagWord tagWordOf(std::string_view field) {
+    return {QLatin1String(media::fieldNamed(field).tagWord), media::fieldNamed(field).record};
+}
+
 /// Deliberate: the order is that of the replacement, and a value put in earlier is searched by the
 /// later words.
 constexpr std::array kTagWords = {
-    TagWord{QLatin1String("Title"), &IKImageItem::fileTitle},
-    TagWord{QLatin1String("Artist"), &IKImageItem::fileArist},
-    TagWord{QLatin1String("Description"), &IKImageItem::fileDescription},
-    TagWord{QLatin1String("Copyright"), &IKImageItem::fileCopyright},
+    tagWordOf("title"),
+    tagWordOf("artist"),
+    tagWordOf("description"),
+    tagWordOf("copyright"),
     TagWord{QLatin1String("Dimensions"), nullptr, &dimensionsText},
-    TagWord{QLatin1String("Keywords"), &IKImageItem::fileKeyWords},
-    TagWord{QLatin1String("Camera Make"), &IKImageItem::fileMake},
-    TagWord{QLatin1String("Camera Model"), &IKImageItem::fileModel},
+    tagWordOf("keywords"),
+    tagWordOf("make"),
+    tagWordOf("model"),
     TagWord{kCameraDateWord},
     TagWord{QLatin1String("Existing File Name"), nullptr, &existingName},
 };

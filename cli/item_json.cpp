@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/item_json.h"
 
+#include "media/fields.h"
 #include "platform/foundation/dates.h"
 #include "platform/foundation/text.h"
 
@@ -12,32 +13,6 @@ namespace {
 
 using media::IKImageItem;
 using platform::AVMetadataItem;
-
-struct TextKey {
-    const char* name;
-    QString IKImageItem::*field;
-};
-constexpr TextKey kTagKeys[] = {
-    {"title", &IKImageItem::fileTitle},
-    {"subtitle", &IKImageItem::fileSubTitle},
-    {"album", &IKImageItem::fileAblumName},
-    {"artist", &IKImageItem::fileArist},
-    {"albumArtist", &IKImageItem::fileAlbumArist},
-    {"composer", &IKImageItem::fileComposer},
-    {"band", &IKImageItem::fileBand},
-    {"lyricist", &IKImageItem::fileLyricist},
-    {"director", &IKImageItem::fileDirector},
-    {"actors", &IKImageItem::fileActor},
-    {"producer", &IKImageItem::fileproducer},
-    {"publisher", &IKImageItem::filePublisher},
-    {"copyright", &IKImageItem::fileCopyright},
-    {"keywords", &IKImageItem::fileKeyWords},
-    {"description", &IKImageItem::fileDescription},
-    {"comments", &IKImageItem::fileComments},
-    {"year", &IKImageItem::fileReleasedYear},
-    {"make", &IKImageItem::fileMake},
-    {"model", &IKImageItem::fileModel},
-};
 
 void writePosition(JsonWriter& json, const char* name, const QString& sign, double value) {
     if (!sign.isEmpty())
@@ -116,8 +91,9 @@ void writeItem(JsonWriter& json, const IKImageItem& item, bool withMetadata) {
     json.member("modified",
                 platform::formatDate(item.modificationDate, platform::DatePattern::Colon));
     writeTechnicalFacts(json, item);
-    for (const TextKey& tag : kTagKeys)
-        json.member(tag.name, item.*tag.field);
+    for (const media::Field& field : media::kFields)
+        if (isTag(field))
+            json.member(field.name, item.*field.record);
     writePosition(json, "latitude", item.latitudeFormat, item.filelatitude);
     writePosition(json, "longitude", item.longtitudeFormat, item.filelongtitude);
     writePosition(json, "altitude", item.AtitudeFormat, item.fileAtitude);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "cli/audio_fields.h"
 #include "cli/write_run.h"
+#include "media/fields.h"
 #include "media/media_kind.h"
 #include "platform/foundation/dates.h"
 #include "platform/image/image_transcode.h"
@@ -34,8 +34,8 @@ bool isPlainNumber(const QString& text) {
 /// The reason why the values cannot be taken at all; null when they can.
 QString usageFault(const SaveOptions& options) {
     for (const auto& [name, text] : options.set) {
-        const media::VideoField* field = media::videoField(name);
-        if (!field && !audioField(name) && !isOtherKindsField(name))
+        const media::Field* field = media::videoField(name);
+        if (!field && !media::audioField(name) && !isOtherKindsField(name))
             return QStringLiteral("unknown field \"%1\"").arg(name);
         if (field && QLatin1String(field->name) == u"created" && !platform::parseDateText(text))
             return QString::fromUtf16(kDateAlert);
@@ -50,7 +50,7 @@ QString usageFault(const SaveOptions& options) {
 QString fillPane(media::VideoPane& pane, const SaveOptions& options,
                  const platform::EncodedImage& artwork) {
     for (const auto& [name, text] : options.set) {
-        const media::VideoField* field = media::videoField(name);
+        const media::Field* field = media::videoField(name);
         if (!field)
             return QStringLiteral("a video has no field \"%1\"").arg(name);
         media::typeIntoField(pane, *field, text);
@@ -64,10 +64,10 @@ QString fillPane(media::VideoPane& pane, const SaveOptions& options,
 QString fillAudioPane(media::AudioPane& pane, const SaveOptions& options,
                       const platform::EncodedImage& artwork) {
     for (const auto& [name, text] : options.set) {
-        const AudioFieldName* field = audioField(name);
+        const media::Field* field = media::audioField(name);
         if (!field)
             return QStringLiteral("an audio file has no field \"%1\"").arg(name);
-        pane.texts.*field->text = text;
+        pane.texts.*field->audio.text = text;
     }
     if (!artwork.isNull())
         pane.texts.audioArtImageView = artwork;

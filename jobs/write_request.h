@@ -2,6 +2,7 @@
 #pragma once
 
 #include "media/audio_pane.h"
+#include "media/video_pane.h"
 
 #include <QString>
 

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "media/panes.h"
+#include "media/change_flags.h"
+#include "media/image_item.h"
+
+#include <QString>
 
 namespace clipheave::media {
 
@@ -59,37 +62,5 @@ struct AudioPane {
 /// The pane as it shows `item`; `videoPaneArtist` is the text of the video pane's artist field.
 [[nodiscard]] AudioPane ShowAudioViewWithItem(const IKImageItem& item,
                                               const QString& videoPaneArtist);
-
-/// A field of the audio pane: its fixed name, label, text, memory and the flag that an edit sets.
-struct AudioField {
-    const char* objectName;
-    const char* label;
-    QString AudioPaneTexts::*text;
-    QString AudioShownTexts::*shown;
-    bool ChangeFlags::*group; ///< null: sets no flag
-};
-inline constexpr int kAudioFieldCount = 16;
-/// In the order of the pane, row by row.
-[[nodiscard]] const AudioField (&audioFields())[kAudioFieldCount];
-
-/// A field of the video pane as a form shows it, left column then right.
-struct VideoFormField {
-    const char* objectName;
-    const char* label;
-    QString PaneTexts::*text;
-    QString ShownTexts::*shown;
-    bool ChangeFlags::*group;
-};
-inline constexpr int kVideoFormFieldCount = 12;
-[[nodiscard]] const VideoFormField (&videoFormFields())[kVideoFormFieldCount];
-
-/// One line of facts: the fixed text with its blank, and the value (null: the bare label).
-struct FactLine {
-    QString label;
-    QString value;
-};
-/// The nine facts of the audio pane and the eleven of the video pane, in their fixed wording.
-[[nodiscard]] QList<FactLine> audioFacts(const IKImageItem& item);
-[[nodiscard]] QList<FactLine> videoFacts(const IKImageItem& item);
 
 } // namespace clipheave::media

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "media/media_readers.h"
 
+#include "media/fields.h"
 #include "media/item_texts.h"
 #include "media/media_kind.h"
 #include "platform/audio/audio_file.h"
@@ -131,29 +132,12 @@ Result<MutableItemPointer> readTaggedAudio(const QString& path, WalkTable table)
     return item;
 }
 
-struct InfoRow {
-    const char16_t* key;
-    QString IKImageItem::*field;
-};
-constexpr InfoRow kInfoRows[] = {
-    {u"album", &IKImageItem::fileAblumName},
-    {u"artist", &IKImageItem::fileArist},
-    {u"title", &IKImageItem::fileTitle},
-    {u"subtitle", &IKImageItem::fileSubTitle},
-    // Deliberate: the track number stands in the album-artist field, where the pane shows it.
-    {u"track number", &IKImageItem::fileAlbumArist},
-    {u"year", &IKImageItem::fileReleasedYear},
-    {u"copyright", &IKImageItem::fileCopyright},
-    {u"composer", &IKImageItem::fileComposer},
-    {u"comments", &IKImageItem::fileComments},
-    {u"lyricist", &IKImageItem::fileLyricist},
-};
-
 void applyInfoDictionary(IKImageItem& item, const QMap<QString, QString>& info) {
-    for (const InfoRow& row : kInfoRows) {
-        const auto value = info.constFind(QString::fromUtf16(row.key));
-        if (value != info.cend() && !value->isEmpty())
-            item.*row.field = *value;
+    for (const Field& field : kFields) {
+        const QString value =
+            field.infoKey ? info.value(QString::fromUtf16(field.infoKey)) : QString();
+        if (!value.isEmpty())
+            item.*field.record = value;
     }
     const QString recorded = info.value(QStringLiteral("recorded date"));
     if (!recorded.isEmpty())

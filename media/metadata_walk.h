@@ -14,8 +14,8 @@ enum class WalkTable {
     AiffAudio,     ///< the audio table and the AIFF/CAF info keys
 };
 
-/// Walks the items in order into the fields; the first matching row of the table wins for an item,
-/// a later item overwrites an earlier one for the same field.
+/// Walks the items in order into the fields that kFields gives for their identifiers; a later item
+/// overwrites an earlier one of the same field.
 void applyMetadata(IKImageItem& item, const QList<platform::AVMetadataItem>& metadata,
                    WalkTable table);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "media/fields.h"
 #include "metadata/metadata_keys.h"
 #include "metadata/video_plans.h"
 
@@ -19,41 +20,13 @@ struct VideoTextRow {
     const char16_t* identifier;
 };
 
-inline constexpr VideoTextRow kVideoTextRows[] = {
-    {&media::PaneTexts::mediaTitle, &media::ShownTexts::oldMovieTitle,
-     &media::IKImageItem::fileTitle, &media::ChangeFlags::basicInfoChange, kKeySpaceITunes,
-     u"title", u"itsk/%A9nam"},
-    {&media::PaneTexts::mediaAlumArtis, &media::ShownTexts::oldMovieAlbumArtist,
-     &media::IKImageItem::fileAblumName, &media::ChangeFlags::basicInfoChange, kKeySpaceITunes,
-     u"albumName", u"itsk/%A9alb"},
-    {&media::PaneTexts::mediaArtist, &media::ShownTexts::oldMovieArtist,
-     &media::IKImageItem::fileArist, &media::ChangeFlags::basicInfoChange, kKeySpaceITunes,
-     u"artist", u"itsk/%A9ART"},
-    {&media::PaneTexts::mediaMake, &media::ShownTexts::oldMovieMake,
-     &media::IKImageItem::fileDirector, &media::ChangeFlags::basicInfoChange,
-     AVMetadataKeySpaceQuickTimeMetadata, AVMetadataQuickTimeMetadataKeyDirector,
-     u"mdta/com.apple.quicktime.director"},
-    {&media::PaneTexts::mediaModel, &media::ShownTexts::oldMovieModel,
-     &media::IKImageItem::fileActor, &media::ChangeFlags::basicInfoChange,
-     AVMetadataKeySpaceQuickTimeMetadata, AVMetadataQuickTimeMetadataKeyPerformer,
-     u"mdta/com.apple.quicktime.performer"},
-    {&media::PaneTexts::mediaProducer, &media::ShownTexts::oldMovieProducer,
-     &media::IKImageItem::fileproducer, &media::ChangeFlags::basicInfoChange,
-     AVMetadataKeySpaceQuickTimeMetadata, AVMetadataQuickTimeMetadataKeyProducer,
-     u"mdta/com.apple.quicktime.producer"},
-    {&media::PaneTexts::mediaReleaseYear, &media::ShownTexts::oldMoviePublisher,
-     &media::IKImageItem::filePublisher, &media::ChangeFlags::cameraInfoChange,
-     AVMetadataKeySpaceCommon, AVMetadataCommonKeyPublisher, u"common/publisher"},
-    {&media::PaneTexts::mediaCopyright, &media::ShownTexts::oldMovieCopyright,
-     &media::IKImageItem::fileCopyright, &media::ChangeFlags::cameraInfoChange,
-     AVMetadataKeySpaceCommon, AVMetadataCommonKeyCopyrights, u"common/copyrights"},
-    {&media::PaneTexts::mediakeywords, &media::ShownTexts::oldMovieKeywords,
-     &media::IKImageItem::fileKeyWords, &media::ChangeFlags::cameraInfoChange,
-     AVMetadataKeySpaceQuickTimeMetadata, kQuickTimeKeywords, u"mdta/com.apple.quicktime.keywords"},
-    {&media::PaneTexts::mediaSoftware, &media::ShownTexts::oldMovieDescription,
-     &media::IKImageItem::fileDescription, &media::ChangeFlags::cameraInfoChange,
-     AVMetadataKeySpaceCommon, AVMetadataCommonKeyDescription, u"common/description"},
-};
+inline constexpr auto kVideoTextRows =
+    media::partsOf<media::isWrittenToVideos>([](const media::Field& field) {
+        const auto& [keySpace, key, identifier] = field.written;
+        return VideoTextRow{field.video.text,  field.video.shown, field.record,
+                            field.video.group, keySpace,          key,
+                            identifier};
+    });
 
 /// An item of one of the tables' places.
 [[nodiscard]] inline platform::AVMetadataItem

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "jobs/write_job.h"
-#include "media/panes.h"
+#include "media/video_pane.h"
 
 #include <QList>
 #include <QString>

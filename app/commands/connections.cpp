@@ -8,6 +8,7 @@
 #include "app/panes/detail_pane.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
+#include "media/fields.h"
 #include "metadata/video_metadata.h"
 #include "platform/foundation/paths.h"
 #include "platform/foundation/text.h"
@@ -77,10 +78,10 @@ QPointF AppDelegate::currentCoords() const {
 }
 
 bool AppDelegate::control_textShouldBeginEditing(const QString& field) {
-    for (const media::VideoFormField& row : media::videoFormFields())
+    for (const media::VideoFormField& row : media::kVideoFormFields)
         if (field == QLatin1String(row.objectName) && row.group)
             m_pane->flags.*row.group = true;
-    for (const media::AudioField& row : media::audioFields())
+    for (const media::AudioField& row : media::kAudioFields)
         if (field == QLatin1String(row.objectName) && row.group)
             m_pane->flags.*row.group = true;
     if (field == u"audioCreateDatelab")

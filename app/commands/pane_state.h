@@ -2,7 +2,7 @@
 #pragma once
 
 #include "media/image_item.h"
-#include "media/panes.h"
+#include "media/video_pane.h"
 
 #include <QPointF>
 

@@ -9,6 +9,8 @@
 #include "app/widgets/edit_field.h"
 #include "app/widgets/fact_label.h"
 #include "app/widgets/parts.h"
+#include "media/fact_lines.h"
+#include "media/fields.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
@@ -59,7 +61,7 @@ void AudioPaneView::makeTags() {
     m_tags = new SectionHeading(tr("Tags"), this);
     addHeading(m_column, m_tags);
     m_form = new Form(Form::Order::ByRows, this);
-    for (const media::AudioField& row : media::audioFields()) {
+    for (const media::AudioField& row : media::kAudioFields) {
         auto* field = new EditField(m_form);
         field->setObjectName(QLatin1String(row.objectName));
         m_form->addRow(new FieldRow(tr(row.label), field, FieldRow::kLabelWidth, m_form));
@@ -97,7 +99,7 @@ void AudioPaneView::show(const media::IKImageItem& item, const media::AudioPane&
         m_facts[i]->setFact(facts[static_cast<qsizetype>(i)].label,
                             facts[static_cast<qsizetype>(i)].value);
     for (std::size_t i = 0; i < m_fields.size(); ++i)
-        m_fields[i]->setShownText(pane.texts.*media::audioFields()[i].text);
+        m_fields[i]->setShownText(pane.texts.*media::kAudioFields[i].text);
     m_artwork->setImage(pane.texts.audioArtImageView);
     refreshChanges();
     player()->setFile(item.filePath);
@@ -107,7 +109,7 @@ void AudioPaneView::show(const media::IKImageItem& item, const media::AudioPane&
 media::AudioPane AudioPaneView::pane() const {
     media::AudioPane pane = m_pane;
     for (std::size_t i = 0; i < m_fields.size(); ++i)
-        pane.texts.*media::audioFields()[i].text = m_fields[i]->text();
+        pane.texts.*media::kAudioFields[i].text = m_fields[i]->text();
     pane.texts.audioArtImageView = m_artwork->artwork();
     return pane;
 }

@@ -52,7 +52,7 @@ private:
     ArtworkWell* m_artwork = nullptr;
     SectionHeading* m_tags = nullptr;
     std::vector<FactLabel*> m_facts;
-    std::vector<EditField*> m_fields; ///< in the order of media::audioFields()
+    std::vector<EditField*> m_fields; ///< in the order of media::kAudioFields
     media::AudioPane m_pane;
 };
 

@@ -12,6 +12,8 @@
 #include "app/widgets/map_view.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/token_label.h"
+#include "media/fact_lines.h"
+#include "media/fields.h"
 #include "platform/foundation/text.h"
 #include "platform/player/mpv_player.h"
 
@@ -68,7 +70,7 @@ void VideoPaneView::makeTags() {
     m_tags = new SectionHeading(tr("Tags"), this);
     addHeading(m_column, m_tags);
     m_form = new Form(Form::Order::ByColumns, this);
-    for (const media::VideoFormField& row : media::videoFormFields()) {
+    for (const media::VideoFormField& row : media::kVideoFormFields) {
         auto* field = new EditField(m_form);
         field->setObjectName(QLatin1String(row.objectName));
         m_form->addRow(new FieldRow(tr(row.label), field, FieldRow::kLabelWidth, m_form));
@@ -167,7 +169,7 @@ void VideoPaneView::connectFields() {
 void VideoPaneView::beginEditing(EditField* field) {
     for (std::size_t i = 0; i < m_fields.size(); ++i)
         if (m_fields[i] == field)
-            m_pane.flags.*media::videoFormFields()[i].group = true;
+            m_pane.flags.*media::kVideoFormFields[i].group = true;
     // Deliberate: the altitude sets no flag.
     if (field == m_latitude || field == m_longitude) {
         m_pane.flags.gpsInfoChange = true;
@@ -184,7 +186,7 @@ void VideoPaneView::show(const media::IKImageItem& item, const media::VideoPane&
                             facts[static_cast<qsizetype>(i)].value);
     m_needsDuration = item.fileduratStr.isEmpty();
     for (std::size_t i = 0; i < m_fields.size(); ++i)
-        m_fields[i]->setShownText(pane.texts.*media::videoFormFields()[i].text);
+        m_fields[i]->setShownText(pane.texts.*media::kVideoFormFields[i].text);
     m_latitude->setShownText(pane.texts.mediaLatitude);
     m_longitude->setShownText(pane.texts.mediaLongtitude);
     m_altitude->setShownText(pane.texts.mediaAatitude);
@@ -205,7 +207,7 @@ void VideoPaneView::clear() {
 media::VideoPane VideoPaneView::pane() const {
     media::VideoPane pane = m_pane;
     for (std::size_t i = 0; i < m_fields.size(); ++i)
-        pane.texts.*media::videoFormFields()[i].text = m_fields[i]->text();
+        pane.texts.*media::kVideoFormFields[i].text = m_fields[i]->text();
     pane.texts.mediaLatitude = m_latitude->text();
     pane.texts.mediaLongtitude = m_longitude->text();
     pane.texts.mediaAatitude = m_altitude->text();

@@ -3,7 +3,7 @@
 
 #include "media/audio_pane.h"
 #include "media/media_kind.h"
-#include "media/panes.h"
+#include "media/video_pane.h"
 
 #include <QWidget>
 
@@ -75,7 +75,7 @@ private:
     Form* m_form = nullptr;
     SectionHeading* m_tags = nullptr;
     std::vector<FactLabel*> m_facts;
-    std::vector<EditField*> m_fields; ///< in the order of media::videoFormFields()
+    std::vector<EditField*> m_fields; ///< in the order of media::kVideoFormFields
     EditField *m_latitude = nullptr, *m_longitude = nullptr, *m_altitude = nullptr;
     ElidedLabel* m_location = nullptr;
     TokenIcon* m_locationMark = nullptr;

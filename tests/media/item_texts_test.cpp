@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "media/fields.h"
 #include "media/item_texts.h"
-#include "media/panes.h"
+#include "media/video_pane.h"
 
 #include "media/metadata_walk.h"
 #include "tests/testkit/testkit.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "media/fields.h"
 #include "metadata/video_metadata.h"
 
 #include "tests/testkit/testkit.h"

@@ -10,6 +10,8 @@
 #include "app/widgets/map_view.h"
 #include "app/widgets/parts.h"
 #include "media/audio_pane.h"
+#include "media/fact_lines.h"
+#include "media/fields.h"
 #include "platform/foundation/notification_center.h"
 #include "tests/testkit/media.h"
 
@@ -129,7 +131,7 @@ TEST_F(Panes, AVideoIsShownAndComesBackAsItWasShown) {
     EXPECT_TRUE(facts.contains(QStringLiteral("File Dimensions: 3840 x 2160")));
     EXPECT_TRUE(facts.contains(QStringLiteral("Duration: 3m:18s")));
     const media::VideoPane shown = media::ShowVideoViewWithItem(video()), back = m_pane.videoPane();
-    for (const media::VideoFormField& row : media::videoFormFields()) {
+    for (const media::VideoFormField& row : media::kVideoFormFields) {
         EXPECT_EQ(back.texts.*row.text, shown.texts.*row.text) << row.objectName;
         EXPECT_EQ(back.shown.*row.shown, shown.shown.*row.shown) << row.objectName;
         EXPECT_EQ(field(row.objectName)->accessibleName(), QLatin1String(row.label));
@@ -163,7 +165,7 @@ TEST_F(Panes, TypingChangesTheTextAndKeepsTheMemory) {
 }
 
 TEST_F(Panes, EachVideoFieldSetsTheFlagOfItsGroup) {
-    for (const media::VideoFormField& row : media::videoFormFields()) {
+    for (const media::VideoFormField& row : media::kVideoFormFields) {
         showVideo(video());
         type(row.objectName, QStringLiteral("x"));
         media::ChangeFlags expected;
@@ -188,7 +190,7 @@ TEST_F(Panes, AAudioIsShownAndEachFieldSetsTheFlagOfItsGroup) {
     EXPECT_EQ(m_pane.audioPane().texts.ablumAristlab, QStringLiteral("1/9"));
     EXPECT_EQ(m_pane.audioPane().shown.oldArtistStr, QStringLiteral("Halla Brim"))
         << "the video pane's artist";
-    for (const media::AudioField& row : media::audioFields()) {
+    for (const media::AudioField& row : media::kAudioFields) {
         showAudioFile(audioFile());
         const QString before = field(row.objectName)->text();
         type(row.objectName, QStringLiteral("x"));

@@ -12,7 +12,7 @@
 #include "app/windows/preferences_window.h"
 #include "app/windows/window_settings.h"
 #include "media/media_import.h"
-#include "media/panes.h"
+#include "media/video_pane.h"
 #include "platform/foundation/log.h"
 #include "tests/app/window/fake_desktop.h"
 #include "tests/testkit/media.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "media/change_flags.h"
 #include "media/image_item.h"
 
 #include <QString>
@@ -50,14 +51,6 @@ struct ShownTexts {
     platform::EncodedImage shownArtwork;
 };
 
-/// Which groups of fields an edit has begun in. Only ever set by editing; cleared with another
-/// item.
-struct ChangeFlags {
-    bool basicInfoChange = false;
-    bool cameraInfoChange = false;
-    bool gpsInfoChange = false;
-};
-
 struct VideoPane {
     PaneTexts texts;
     ShownTexts shown;
@@ -69,17 +62,5 @@ struct VideoPane {
 /// location from these texts and a lost minus would move the video; a video without a position
 /// shows empty fields, so that a save does not place it at 0, 0.
 [[nodiscard]] VideoPane ShowVideoViewWithItem(const IKImageItem& item);
-
-/// A field of the video pane that a user can type into; `text` is the member of PaneTexts.
-struct VideoField {
-    const char* name;       ///< of the command line, "title"
-    const char* recordName; ///< of the record, "fileTitle"
-    QString PaneTexts::*text;
-    bool ChangeFlags::*group; ///< null for the altitude, which sets no flag
-};
-/// By either name; null when the video pane has no such field.
-[[nodiscard]] const VideoField* videoField(const QString& name);
-/// Types `text` into a field: sets the text and the flag of its group.
-void typeIntoField(VideoPane& pane, const VideoField& field, const QString& text);
 
 } // namespace clipheave::media
