@@ -24,6 +24,34 @@ TEST(MediaKind, LooksUpTheWholeExtensionWithoutRegardToCase) {
     EXPECT_EQ(MediaKind::GetDragImageType("xps"), 141);
 }
 
+TEST(MediaKind, HoldsEveryExtensionAtItsIndex) {
+    const std::pair<int (*)(const char*), const char*> tables[] = {
+        {&MediaKind::GetImageType, "DNG CR2 MOS 3FR RW2 RAW MRW RAF ORF"},
+        {&MediaKind::GetDragImageType,
+         "HEIC HEIF 3DM 3DMF 3DS 3FR ABM AFX AI ANI ART ARW BLD BLEND BMP BOO BR5 CDR "
+         "CDR CDT CGM CIFF CLP CMX CONT CPT CR2 CRW CUR CVX DCM DCR DCR DIB DNG DRW DS4 "
+         "DSC DT2 DWF DWG EMF EMZ ERF FH8 FLC FOV FPF FPX FUJI FXG GIF HDP HPI ICNS ICO "
+         "IDML IFF IMG INX IPX ISD ITC2 IV JP2 JPEG JPG JPX K25 KDC LBM MA MAX MB MDI "
+         "MDL MDX MINO MNG MOS MRW MSP NCR NEF OBJ ORF PAL PAT PBM PCS PCT PCX PEF PGM "
+         "PIC PICT PICTCLIPPING PNG PPM PSD PSP PSPIMGE PTX PXN QXD RAF RAS RAW RELS "
+         "RGB RLE RTD RW2 SCT SHP SKF SKP SR2 SRF STP SVG SVGZ TEX TGA THM TIF TIFF VWX "
+         "WB1 WBC WBD WBMP WBZ WEBP WMF WP WPG X3F XBM XCF XPM XPS"},
+        {&MediaKind::GetViedoType,
+         "HEVC 3G2 3GP ANM ASF ASX AVI AVS CLK CPI DIVX DMSM DREAM DVDMEDIA DVM DVR-MS "
+         "DXR F4V FBR FLA FLV HDMOV M2P M2TS M4P M4V MKV MOD MOI MOV MP4 MPE MPEG MPG "
+         "MXF OGM PSH QT QTM RCPROJECT RM RMVB SCM SMIL SMJPEG SRT STX SWF TIX TS VOB "
+         "VRO WMV WTV XVID YUV"},
+        {&MediaKind::GetAudioType,
+         "OPUS AMR RAM RFL RMI RNS RPS SIB SND VPM WAV WMA AA3 AAC AC3 AFC AIF AIFF AM "
+         "AT3 AU AUD CAF CDA CPF DMSA DMSE DSS EMP EMX FLAC KPI M3D M4A M4B M4R MID "
+         "MIDI MP3 OGG OMF PTF"}};
+    for (const auto& [indexOf, extensions] : tables) {
+        const QList<QByteArray> names = QByteArray(extensions).split(' ');
+        for (qsizetype i = 0; i < names.size(); ++i)
+            EXPECT_EQ(indexOf(names[i].constData()), names.indexOf(names[i])) << names[i].data();
+    }
+}
+
 TEST(MediaKind, AnswersTheFirstOfTwinEntries) {
     EXPECT_EQ(MediaKind::GetDragImageType("cdr"), 17);
     EXPECT_EQ(MediaKind::GetDragImageType("dcr"), 31);

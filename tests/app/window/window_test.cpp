@@ -149,6 +149,16 @@ TEST_F(WindowTest, SaveWritesThePaneIntoEveryVideoAndTellsTheOneThatFails) {
                   file.source.endsWith(u"cut.mp4"_qs) && !file.note.isEmpty());
 }
 
+TEST_F(WindowTest, WhatIsClearedOfAnImportedFolderGoesIntoItsLikeness) {
+    dir.write(QStringLiteral("lib/a/x.mp4"), movie("x"));
+    import({dir.path(QStringLiteral("lib"))});
+    QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
+    controller->RemoveAllMediaFileAction();
+    ASSERT_TRUE(saved.wait(10'000));
+    EXPECT_EQ(controller->activity()->jobs().front().files.front().outputs,
+              QStringList{dir.path(QStringLiteral("out/lib/a/x.mp4"))});
+}
+
 TEST_F(WindowTest, SaveWritesAudioFilesFromTheirPaneAndVideosFromTheirs) {
     testkit::ffmpeg("-f lavfi -i sine -t 0.3 -metadata title=Own", {dir.path(u"a.mp3"_qs)});
     import({dir.path(QStringLiteral("a.mp3")), dir.write(QStringLiteral("v.mp4"), movie("v"))});
