@@ -98,7 +98,7 @@ void writeItem(JsonWriter& json, const IKImageItem& item, bool withMetadata) {
     writePosition(json, "longitude", item.longtitudeFormat, item.filelongtitude);
     writePosition(json, "altitude", item.AtitudeFormat, item.fileAtitude);
     writeArtwork(json, item.fileImage);
-    json.member("message", item.problem);
+    json.member("message", item.problem.text());
     if (withMetadata)
         writeMetadata(json, item.fileMetaArray);
     json.endObject();
@@ -108,7 +108,7 @@ void writeSkipped(JsonWriter& json, const media::SkippedPath& skipped) {
     json.beginObject();
     json.key("path").string(skipped.path);
     json.key("status").string(u"skipped");
-    json.key("message").string(skipped.reason);
+    json.key("message").string(skipped.reason.text());
     json.endObject();
 }
 

@@ -69,7 +69,7 @@ int printPlan(const GlobalOptions& global, const std::vector<RenameMove>& plan,
             printError(QStringLiteral("%1: %2").arg(move.source, note));
     }
     for (const media::SkippedPath& path : skipped)
-        printError(QStringLiteral("%1: skipped: %2").arg(path.path, path.reason));
+        printError(QStringLiteral("%1: skipped: %2").arg(path.path, path.reason.text()));
     return printOut(lines) && allMoves ? kAllDone : kSomeFailed;
 }
 
@@ -96,7 +96,7 @@ int printPlanAsJson(const std::vector<RenameMove>& plan,
         json.key("source").string(path.path);
         json.key("outputs").beginArray().endArray();
         json.key("status").string(u"skipped");
-        json.key("message").string(path.reason);
+        json.key("message").string(path.reason.text());
         json.endObject();
     }
     json.endArray().endObject();

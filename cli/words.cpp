@@ -331,7 +331,12 @@ const Sentence kServiceWords[] = {
 
 // media
 const Sentence kItemWords[] = {
-    {},
+    {"folder-leads-back", "The folder leads back to itself"},
+    {"folders-too-deep", "The folders are nested too deep"},
+    {"photo-not-wanted", "This is a photo, not a video or an audio file"},
+    {"not-video-or-audio", "This is not a video or an audio file"},
+    {"unknown-kind", "\".%1\" is none of the known kinds of video and audio files"},
+    {"not-for-audio-services", "Audio file services do not open this file"},
 };
 
 // jobs

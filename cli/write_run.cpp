@@ -81,13 +81,13 @@ WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped) {
     WriteOutcome outcome;
     outcome.source = skipped.path;
     outcome.status = WriteStatus::Skipped;
-    outcome.message = skipped.reason;
+    outcome.message = skipped.reason.text();
     return outcome;
 }
 
 void reportUnknown(const media::MediaImport& import) {
     for (const media::SkippedPath& unknown : import.unknown())
-        printError(QStringLiteral("%1: skipped: %2").arg(unknown.path, unknown.reason));
+        printError(QStringLiteral("%1: skipped: %2").arg(unknown.path, unknown.reason.text()));
 }
 
 int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>& outcomes,

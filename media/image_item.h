@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/foundation/message.h"
 #include "platform/media/model/encoded_image.h"
 #include "platform/media/model/metadata_item.h"
 
@@ -77,15 +78,15 @@ struct IKImageItem {
     QList<platform::AVMetadataItem>
         fileMetaArray; ///< raw items of a video, in the container's order
 
-    /// What kept the file from being read in full; null when nothing did. For the log, the activity
-    /// panel and the command line; not shown in the panes.
-    QString problem;
+    /// What kept the file from being read in full; empty when nothing did. For the log, the
+    /// activity panel and the command line; not shown in the panes.
+    platform::Message problem;
     std::uint64_t sizeBytes = 0; ///< behind `fileSize`
     QDateTime modificationDate;  ///< of the file system; `fileModifyDate` stays empty by design
     double audioBitRate = 0;     ///< bit/s behind `fileBitRate`, 0 when unknown
     double audioSampleRate = 0;  ///< Hz behind `fileSampleRate`, 0 when unknown
 
-    // The thumbnail browser's four questions.
+    // What the thumbnail browser asks of an item.
     [[nodiscard]] ImageRepresentationType imageRepresentationType() const;
     [[nodiscard]] QString imageRepresentation() const { return filePath; }
     [[nodiscard]] QString imageUID() const { return filePath; }

@@ -3,6 +3,7 @@
 
 #include "media/media_kind.h"
 #include "media/media_readers.h"
+#include "media/messages.h"
 #include "media/read_ahead.h"
 #include "media/shared_texts.h"
 #include "platform/foundation/file_manager.h"
@@ -54,14 +55,11 @@ bool isVideoOfNoKind(const QString& path) {
     });
 }
 
-QString reasonOfUnknown(const QString& path) {
+Message reasonOfUnknown(const QString& path) {
     if (MediaKind::isPhoto(path))
-        return QStringLiteral("a photo, not a video or an audio file");
+        return kPhotoNotWanted;
     const QString extension = pathExtension(path);
-    return extension.isEmpty()
-               ? QStringLiteral("not a video or an audio file")
-               : QStringLiteral("\".%1\" is none of the known kinds of video and audio files")
-                     .arg(extension);
+    return extension.isEmpty() ? Message(kNotMedia) : Message(kUnknownKind, {extension});
 }
 
 /// What reads the file, or nothing when its kind is not wanted.
@@ -94,8 +92,8 @@ struct MediaImport::Pipeline {
 
     [[nodiscard]] bool stopped() const { return import.m_stop && import.m_stop(); }
 
-    void skip(const QString& path, const QString& reason) {
-        log(LogLevel::Warning, reason, path);
+    void skip(const QString& path, const Message& reason) {
+        log(LogLevel::Warning, reason.text(), path);
         import.m_skipped.push_back({path, reason});
     }
 
@@ -112,7 +110,7 @@ struct MediaImport::Pipeline {
     ItemPointer handOver(const MutableItemPointer& item) {
         texts.shareTextsOf(*item);
         if (!item->problem.isEmpty())
-            log(LogLevel::Warning, item->problem, item->filePath);
+            log(LogLevel::Warning, item->problem.text(), item->filePath);
         if (import.m_keepsItems)
             import.m_items.push_back(item);
         return item;
@@ -139,9 +137,9 @@ struct MediaImport::Pipeline {
             return reportFolder(folder, attributes.error().text());
         const Identity identity{attributes->device, attributes->inode};
         if (std::find(ancestors.begin(), ancestors.end(), identity) != ancestors.end())
-            return reportFolder(folder, QStringLiteral("the folder leads back to itself"));
+            return reportFolder(folder, kFolderLoops);
         if (ancestors.size() >= kDeepestFolder)
-            return reportFolder(folder, QStringLiteral("folders are nested too deep"));
+            return reportFolder(folder, kFoldersTooDeep);
         const auto entries = NSFileManager::defaultManager().contentsOfDirectoryAtPath(folder);
         if (!entries)
             return reportFolder(folder, entries.error().text());
@@ -158,8 +156,8 @@ struct MediaImport::Pipeline {
         ancestors.pop_back();
     }
 
-    /// A folder's trouble is told in its place among the files.
-    void reportFolder(const QString& folder, const QString& reason) {
+    /// A folder's trouble is reported in its place among the files.
+    void reportFolder(const QString& folder, const Message& reason) {
         ahead.finish();
         skip(folder, reason);
     }

@@ -14,7 +14,7 @@ namespace clipheave::media {
 /// A path that gave no item although it was asked for or met: why.
 struct SkippedPath {
     QString path;
-    QString reason;
+    platform::Message reason;
 };
 
 /// What the import knows after one file: the new item, or null for a file that was skipped.
@@ -27,35 +27,39 @@ public:
     /// `step` is called on the importing thread after every file, whatever became of it.
     explicit MediaImport(ImportStep step = {});
 
-    /// The import worker: files and folders in the order given. Folders are walked depth first,
-    /// entries as the file system gives them.
+    /// Imports files and folders in the order given: the import worker. Folders are walked depth
+    /// first, entries as the file system gives them.
     void importMediaItemsThreader(const QStringList& paths);
-    /// The folder worker alone.
+    /// Imports one folder: the folder worker alone.
     void ScanMediasItemWithinFolder(const QString& folder);
-    /// The quick add of the drop area: kind, name and path, nothing read, no step reported.
-    /// Stops at the first file that cannot be looked at.
+    /// Adds items of kind, name and path, reading nothing and reporting no step: the quick add of
+    /// the drop area. Stops at the first file that cannot be looked at.
     void addWithoutReading(const QStringList& paths);
-    /// Photos (by the drop table) and videos for the photo browser; folders are walked. Photos get
-    /// size, dates, pixel size, camera and position; other files an item as the browser needs it.
+    /// Imports photos (by the drop table) and videos for the photo browser; walks folders. Photos
+    /// get size, dates, pixel size, camera and position; other files an item as the browser needs
+    /// it.
     void importPhotos(const QStringList& paths);
 
-    /// Empty when the items are not kept.
+    /// Returns the items in order; empty when they are not kept.
     [[nodiscard]] const std::vector<ItemPointer>& localPhotoItemArray() const { return m_items; }
-    /// What could not be read.
+    /// Returns the paths that could not be read.
     [[nodiscard]] const std::vector<SkippedPath>& skipped() const { return m_skipped; }
-    /// Files of kinds that the list does not take: those that were asked for by name, and of those
-    /// met in folders the ones that are videos all the same. Nothing is logged about them.
+    /// Returns the files of kinds that the list does not take: those that were asked for by name,
+    /// and of those met in folders the ones that are videos all the same. Nothing is logged about
+    /// them.
     [[nodiscard]] const std::vector<SkippedPath>& unknown() const { return m_unknown; }
-    /// True when the last path handled was a folder; then `bImportLocalPath` is its parent.
+    /// Returns true when the last path handled was a folder; then `bImportLocalPath` is its parent.
     [[nodiscard]] bool bImportLocalFolder() const { return m_bImportLocalFolder; }
     [[nodiscard]] QString bImportLocalPath() const { return m_bImportLocalPath; }
 
-    /// Threads that read ahead, besides the importing one (default: the machine's other cores).
+    /// Sets how many threads read ahead, besides the importing one (default: the machine's other
+    /// cores).
     void setReadAheadThreads(int count) { m_readAheadThreads = count; }
-    /// Whether localPhotoItemArray() collects the items (the default) or the step alone gets them.
+    /// Sets whether localPhotoItemArray() collects the items (the default) or the step alone gets
+    /// them.
     void setKeepsItems(bool keeps) { m_keepsItems = keeps; }
-    /// Asked between files; returning true ends the import early (a signal, the end of the
-    /// program).
+    /// Sets what is asked between files; returning true ends the import early (a signal, the end of
+    /// the program).
     void setStopRequested(std::function<bool()> stop) { m_stop = std::move(stop); }
 
 private:

@@ -4,6 +4,7 @@
 #include "media/fields.h"
 #include "media/item_texts.h"
 #include "media/media_kind.h"
+#include "media/messages.h"
 #include "platform/audio/audio_file.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
@@ -33,7 +34,7 @@ void applyAttributes(IKImageItem& item, const FileAttributes& attributes) {
 }
 
 /// The item with name, path and file attributes. A file that exists but cannot be opened keeps what
-/// its folder tells of it.
+/// its folder holds of it.
 Result<OpenedItem> beginItem(const QString& path, const QString& type) {
     auto item = std::make_shared<IKImageItem>();
     item->fileType = type;
@@ -153,7 +154,7 @@ void applyAudioFileProperties(IKImageItem& item, const std::shared_ptr<const Med
     if (!audio) {
         log(LogLevel::Warning, QStringLiteral("AudioFileOpenURL failed"), item.filePath);
         if (item.problem.isEmpty())
-            item.problem = QStringLiteral("not a file that audio file services open");
+            item.problem = kNotForAudioServices;
         return;
     }
     if (!AudioFileGetPropertyInfo(*audio, kAudioFilePropertyID3Tag))

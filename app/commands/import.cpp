@@ -132,7 +132,7 @@ void AppDelegate::appendNewItem(int job, const media::ItemPointer& item) {
     m_list->totalBytes += item->sizeBytes;
     if (item->problem.isEmpty())
         return;
-    m_activity->fileFinished(job, {item->filePath, {}, FileState::Failed, item->problem});
+    m_activity->fileFinished(job, {item->filePath, {}, FileState::Failed, item->problem.text()});
 }
 
 void AppDelegate::LoadImportedMediasonMainThread() {
@@ -157,9 +157,10 @@ void AppDelegate::finishImport(const media::MediaImport& import, int job) {
         m_import->bImportLocalPath = import.bImportLocalPath();
     }
     for (const media::SkippedPath& skipped : import.skipped())
-        m_activity->fileFinished(job, {skipped.path, {}, FileState::Failed, skipped.reason});
+        m_activity->fileFinished(job, {skipped.path, {}, FileState::Failed, skipped.reason.text()});
     for (const media::SkippedPath& unknown : import.unknown())
-        m_activity->fileFinished(job, {unknown.path, {}, FileState::Skipped, unknown.reason});
+        m_activity->fileFinished(job,
+                                 {unknown.path, {}, FileState::Skipped, unknown.reason.text()});
     const int count = static_cast<int>(import.localPhotoItemArray().size());
     m_activity->setTotal(
         job, count + static_cast<int>(import.skipped().size() + import.unknown().size()));

@@ -383,7 +383,15 @@ const Sentence kServiceWords[] = {
 
 // media
 const Sentence kItemWords[] = {
-    {},
+    {"folder-leads-back", QT_TRANSLATE_NOOP("Words", "The folder leads back to itself")},
+    {"folders-too-deep", QT_TRANSLATE_NOOP("Words", "The folders are nested too deep")},
+    {"photo-not-wanted",
+     QT_TRANSLATE_NOOP("Words", "This is a photo, not a video or an audio file")},
+    {"not-video-or-audio", QT_TRANSLATE_NOOP("Words", "This is not a video or an audio file")},
+    {"unknown-kind",
+     QT_TRANSLATE_NOOP("Words", "\".%1\" is none of the known kinds of video and audio files")},
+    {"not-for-audio-services",
+     QT_TRANSLATE_NOOP("Words", "Audio file services do not open this file")},
 };
 
 // jobs
