@@ -8,11 +8,11 @@
 
 namespace clipheave::cli {
 
-/// One object a listed item; `withMetadata` adds the raw items in container order.
+/// Writes one object for a listed item; `withMetadata` adds the raw items in container order.
 void writeItem(JsonWriter& json, const media::IKImageItem& item, bool withMetadata);
-/// A path that was skipped although it was asked for or met.
+/// Writes one object for a path that was skipped although it was asked for or met.
 void writeSkipped(JsonWriter& json, const media::SkippedPath& skipped);
-/// {"items":[{"source","outputs","status","message","seconds"}]}
+/// Writes {"items":[{"source","outputs","status","message","seconds"}]}
 void writeOutcomes(JsonWriter& json, const std::vector<jobs::WriteOutcome>& outcomes);
 [[nodiscard]] const char* statusName(jobs::WriteStatus status);
 

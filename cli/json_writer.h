@@ -9,9 +9,8 @@
 namespace clipheave::cli {
 
 /// Writes one JSON document, whole or part by part, keys in the order given. Bytes of a path that
-/// are no UTF-8 come out as
-/// "\udcXX" (their escaped form inside the program), so that nothing is lost and the document stays
-/// valid; a library's own JSON class would replace them.
+/// are no UTF-8 come out as "\udcXX" (their escaped form inside the program), so that nothing is
+/// lost and the document stays valid; a library's own JSON class would replace them.
 class JsonWriter {
 public:
     JsonWriter& beginObject();
@@ -23,7 +22,7 @@ public:
     JsonWriter& number(double value); ///< null for what is no finite number
     JsonWriter& integer(std::int64_t value);
 
-    /// Key and value; the text form writes nothing for a null or empty text.
+    /// Writes key and value; the text form writes nothing for a null or empty text.
     JsonWriter& member(const char* name, const QString& text);
     JsonWriter& member(const char* name, double value);
 
@@ -32,7 +31,7 @@ public:
     [[nodiscard]] QByteArray take();
     /// Returns what has been written since the last time; the document goes on.
     [[nodiscard]] QByteArray takePart();
-    /// Bytes that wait to be taken.
+    /// Returns how many bytes wait to be taken.
     [[nodiscard]] qsizetype waitingBytes() const { return m_out.size(); }
 
 private:

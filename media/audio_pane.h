@@ -49,7 +49,7 @@ struct AudioShownTexts {
     QString oldCreateDateStr;
     QString oldKeywordStr;
     QString oldImageDescStr;
-    /// Tells a cover that was put into the pane from the one that the file holds.
+    /// Sets a cover that was put into the pane apart from the one that the file holds.
     platform::EncodedImage shownArtwork;
 };
 
@@ -59,7 +59,8 @@ struct AudioPane {
     ChangeFlags flags;
 };
 
-/// The pane as it shows `item`; `videoPaneArtist` is the text of the video pane's artist field.
+/// Returns the pane as it shows `item`; `videoPaneArtist` is the text of the video pane's artist
+/// field.
 [[nodiscard]] AudioPane ShowAudioViewWithItem(const IKImageItem& item,
                                               const QString& videoPaneArtist);
 

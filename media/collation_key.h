@@ -8,8 +8,8 @@
 
 namespace clipheave::media {
 
-/// True when the first character is punctuation in the Unicode sense ("_", "-", "(", "'" …, but
-/// not "$" or "+", which are symbols).
+/// Returns true when the first character is punctuation in the Unicode sense ("_", "-", "(", "'" …,
+/// but not "$" or "+", which are symbols).
 [[nodiscard]] bool startsWithPunctuation(QStringView text);
 
 /// Sort keys of many texts in one block of memory. Bytewise, the keys stand as the media list's
@@ -26,13 +26,14 @@ public:
 
     explicit CollationKeys(std::size_t expectedTexts);
     void append(QStringView text);
-    /// The entries in ascending order of their keys, equal ones in the order of their positions.
+    /// Returns the entries in ascending order of their keys, equal ones in the order of their
+    /// positions.
     [[nodiscard]] std::vector<Entry> sorted() const;
-    /// -1, 0 or 1 for the texts appended at the two positions.
+    /// Returns -1, 0 or 1 for the texts appended at the two positions.
     [[nodiscard]] int compare(std::size_t a, std::size_t b) const;
 
 private:
-    /// Entries `begin` to `end`, whose keys are the same in their first `depth` bytes.
+    /// Sorts the entries `begin` to `end`, whose keys are the same in their first `depth` bytes.
     struct Group {
         std::size_t begin, end;
         std::uint32_t depth;

@@ -244,14 +244,14 @@ inline constexpr const auto& kFields = field_rows::kRows;
     throw "no such field";
 }
 
-/// Whether a field has a part; whether the part is there decides about the tables below.
+// What a field has decides which of the tables below it stands in.
 [[nodiscard]] constexpr bool isOnVideoForm(const Field& field) {
     return field.video.objectName != nullptr;
 }
 [[nodiscard]] constexpr bool isOnAudioPane(const Field& field) {
     return field.audio.text != nullptr;
 }
-/// A text that a file's tags hold, as opposed to its dates and position.
+/// Returns true for a text that a file's tags hold, as opposed to its dates and position.
 [[nodiscard]] constexpr bool isTag(const Field& field) {
     return field.record != nullptr && field.readAs != ReadAs::Date;
 }
@@ -282,9 +282,9 @@ inline constexpr auto kAudioFields = [] {
     return fields;
 }();
 
-/// By either name; null when the video pane has no such field.
+/// Returns the field of either name; null when the video pane has no such field.
 [[nodiscard]] const Field* videoField(const QString& name);
-/// By either name; null when the audio pane has no such field.
+/// Returns the field of either name; null when the audio pane has no such field.
 [[nodiscard]] const Field* audioField(const QString& name);
 /// Types `text` into a field of the video pane: sets the text and the flag of its group.
 void typeIntoField(VideoPane& pane, const Field& field, const QString& text);

@@ -21,7 +21,8 @@ enum class SecondsCut {
 /// `shootDate`. Deliberate: a zone is dropped and the local clock time kept.
 void applyShootDateText(IKImageItem& item, const QString& value, SecondsCut cut);
 
-/// "yyyy:MM:dd HH:mm:ss", or the dash form when that gives nothing; null for an invalid date.
+/// Returns "yyyy:MM:dd HH:mm:ss", or the dash form when that gives nothing; null for an invalid
+/// date.
 [[nodiscard]] QString createdDateText(const QDateTime& date);
 
 } // namespace clipheave::media

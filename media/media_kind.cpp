@@ -18,7 +18,7 @@ namespace {
 constexpr std::string_view kRawPhotoExtensions[] = {"DNG", "CR2", "MOS", "3FR", "RW2",
                                                     "RAW", "MRW", "RAF", "ORF"};
 
-// Deliberate: "CDR" and "DCR" each stand twice; the second of each is never answered.
+// Deliberate: "CDR" and "DCR" each stand twice; the second of each is never returned.
 constexpr std::string_view kDragPhotoExtensions[] = {
     "HEIC", "HEIF", "3DM",     "3DMF", "3DS", "3FR",  "ABM", "AFX",  "AI",           "ANI",  "ART",
     "ARW",  "BLD",  "BLEND",   "BMP",  "BOO", "BR5",  "CDR", "CDR",  "CDT",          "CGM",  "CIFF",

@@ -16,7 +16,7 @@ struct MediaKind {
     static int GetAudioType(const char* extension);
     static int GetViedoType(const char* extension);
 
-    /// The same for the extension of a path.
+    /// Returns whether the extension of a path is in the table.
     static bool isAudio(const QString& path);
     static bool isVideo(const QString& path);
     static bool isPhoto(const QString& path);
@@ -25,11 +25,11 @@ struct MediaKind {
     /// "1.00 TB"; decimal units, divided step by step in single precision.
     static char* size_to_unit_out_buffer(std::uint64_t size, char* buffer);
     static QString sizeText(std::uint64_t size);
-    /// The reverse, for sorting: the last character is the unit, the rest is read as a leading
-    /// number; 0 for an empty text. Deliberate: "12.35 MB" and "800 bytes" are misread, and lists
-    /// sorted by size stand in that order.
+    /// Returns the bytes that such a text reads as, for sorting: the last character is the unit,
+    /// the rest is read as a leading number; 0 for an empty text. Deliberate: "12.35 MB" and "800
+    /// bytes" are misread, and lists sorted by size stand in that order.
     static std::uint64_t sizeFormString(const QString& text);
-    /// "1h:2m:5s", "59m:59s", "5s" of whole seconds.
+    /// Returns whole seconds as "1h:2m:5s", "59m:59s" or "5s".
     static QString getMediaDuration(std::int32_t seconds);
 };
 

@@ -19,11 +19,11 @@ inline constexpr std::array kColumns = {Column::Name,   Column::Size,  Column::T
 /// first click sorts with the flag set. Main thread only.
 class MediaListSort {
 public:
-    /// "Name", "Size", "Time", "Type", "Artist", "Album", "Date".
+    /// Returns "Name", "Size", "Time", "Type", "Artist", "Album" or "Date".
     [[nodiscard]] static QString identifier(Column column);
     [[nodiscard]] static std::optional<Column> columnForIdentifier(QStringView identifier);
     [[nodiscard]] static QString header(Column column); ///< "Media Name" …
-    /// What the cell shows; empty for a missing value.
+    /// Returns what the cell shows; empty for a missing value.
     [[nodiscard]] static const QString& cellText(const IKImageItem& item, Column column);
 
     [[nodiscard]] static bool flag(Column column);
@@ -32,12 +32,13 @@ public:
     /// Clears all flags, as at the start of the program.
     static void resetFlags();
 
-    /// Negative when `a` stands before `b`. Texts (name, type, artist, album): with `flag` they
-    /// descend, those that begin with punctuation and then the empty ones last; without it they
-    /// ascend, the empty ones and then those with punctuation first. Case is ignored and digit
-    /// runs compare by value. Deliberate: two texts are never equal; of equal ones `a` stands
-    /// behind with the flag and before without it. Size (as MediaKind::sizeFormString reads the
-    /// text), time and date ascend with the flag and descend without; equal ones give 0.
+    /// Returns a negative number when `a` stands before `b`. Texts (name, type, artist, album):
+    /// with `flag` they descend, those that begin with punctuation and then the empty ones last;
+    /// without it they ascend, the empty ones and then those with punctuation first. Case is
+    /// ignored and digit runs compare by value. Deliberate: two texts are never equal; of equal
+    /// ones `a` stands behind with the flag and before without it. Size (as
+    /// MediaKind::sizeFormString reads the text), time and date ascend with the flag and descend
+    /// without; equal ones give 0.
     [[nodiscard]] static int compare(const IKImageItem& a, const IKImageItem& b, Column column,
                                      bool flag);
 

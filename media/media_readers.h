@@ -10,19 +10,19 @@ namespace clipheave::media {
 // any thread. A file that cannot be read in full still gives an item, with `problem` set; they fail
 // only for what is no regular file or does not exist.
 
-/// `table` is Video or VideoInFolder.
+/// Reads a video; `table` is Video or VideoInFolder.
 [[nodiscard]] platform::Result<MutableItemPointer> readVideoItem(const QString& path,
                                                                  WalkTable table);
-/// All audio but WAV, FLAC, AU and AIFF.
+/// Reads an audio file that is not WAV, FLAC, AU or AIFF.
 [[nodiscard]] platform::Result<MutableItemPointer>
 readSomeMp3AudioFileWithFilePath(const QString& path);
-/// "wav", "flac", "au": by the audio-file properties.
+/// Reads "wav", "flac" and "au", by their audio-file properties.
 [[nodiscard]] platform::Result<MutableItemPointer>
 readSomeWAVAudioFileWithFilePath(const QString& path);
-/// "aiff", "aif".
+/// Reads "aiff" and "aif".
 [[nodiscard]] platform::Result<MutableItemPointer>
 readSomeAiffAudioFileWithFilePath(const QString& path);
-/// A photo: file facts, pixel size, capture date, camera and position.
+/// Reads a photo: file facts, pixel size, capture date, camera and position.
 [[nodiscard]] platform::Result<MutableItemPointer> readPhotoItem(const QString& path);
 
 } // namespace clipheave::media

@@ -32,17 +32,17 @@ struct Preferences {
     bool firstStart = false;
 };
 
-/// What applies now; writes nothing and creates nothing.
+/// Returns what applies now; writes nothing and creates nothing.
 [[nodiscard]] Preferences readPreferences(const platform::NSUserDefaults& defaults);
-/// The start of the application: at the first start writes the defaults, later writes every
-/// existing value back unchanged, and creates the storage folder. A folder that cannot be made is
-/// no failure here; the jobs that write there fail.
+/// Starts the preferences of the application: at the first start writes the defaults, later writes
+/// every existing value back unchanged, and creates the storage folder. A folder that cannot be
+/// made is no failure here; the jobs that write there fail.
 [[nodiscard]] platform::Result<Preferences>
 applyPreferencesAtStart(platform::NSUserDefaults& defaults);
 /// Stores the output folder and creates it.
 [[nodiscard]] platform::Result<void> setStorageLocation(platform::NSUserDefaults& defaults,
                                                         const QString& folder);
-/// "<videos folder>/com.Tarvolin.clipheave".
+/// Returns "<videos folder>/com.Tarvolin.clipheave".
 [[nodiscard]] QString defaultStorageLocation();
 
 } // namespace clipheave::media

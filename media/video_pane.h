@@ -44,9 +44,9 @@ struct ShownTexts {
     QString oldMovieCopyright;
     QString oldMovieKeywords;
     QString oldMovieDescription;
-    // The position and artwork have no memory of their own on the pane; these tell an edit from
-    // what the file holds already, so that a save leaves an untouched position and cover as they
-    // are.
+    // The position and artwork have no memory of their own on the pane; these set an edit
+    // apart from what the file holds already, so that a save leaves an untouched position and
+    // cover as they are.
     QString shownLatitude, shownLongtitude, shownAtitude;
     platform::EncodedImage shownArtwork;
 };
@@ -57,7 +57,7 @@ struct VideoPane {
     ChangeFlags flags;
 };
 
-/// The pane as it shows `item`, nothing edited. A missing value shows as the empty text.
+/// Returns the pane as it shows `item`, nothing edited. A missing value shows as the empty text.
 /// Deliberate: the position fields carry the sign of the sign fields, because a save builds the
 /// location from these texts and a lost minus would move the video; a video without a position
 /// shows empty fields, so that a save does not place it at 0, 0.

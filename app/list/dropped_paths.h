@@ -10,12 +10,12 @@ class QMimeData;
 
 namespace clipheave::app {
 
-/// The local files that a drag carries, in its order, with names of any bytes.
+/// Returns the local files that a drag carries, in its order, with names of any bytes.
 [[nodiscard]] QStringList droppedPaths(const QMimeData* data);
-/// True when the first path is an audio file, a video file or a folder.
+/// Returns true when the first path is an audio file, a video file or a folder.
 [[nodiscard]] bool takesDrop(const QStringList& paths);
 
-/// True when the first path is a photo.
+/// Returns true when the first path is a photo.
 [[nodiscard]] bool takesPhotoDrop(const QStringList& paths);
 
 /// Lets files and folders be dropped onto a list view: while a drag that is taken is over the view,

@@ -7,11 +7,12 @@
 
 namespace clipheave::app {
 
-/// The text shortened in its middle to `width` px, so that a file name keeps its extension and some
-/// of what stands before it.
+/// Returns the text shortened in its middle to `width` px, so that a file name keeps its extension
+/// and some of what stands before it.
 [[nodiscard]] QString elidedName(const QString& name, const QFontMetrics& metrics, int width);
 
-/// The image of the file's kind (video, music, image, or a plain file), in the kind's colour.
+/// Returns the image of the file's kind (video, music, image, or a plain file), in the kind's
+/// colour.
 [[nodiscard]] QPixmap kindPixmap(const QString& path, int side, double devicePixelRatio);
 
 } // namespace clipheave::app

@@ -24,7 +24,7 @@ public:
     explicit MediaListModel(QObject* parent = nullptr);
 
     [[nodiscard]] const std::vector<media::ItemPointer>& content() const { return m_content; }
-    /// Null beyond the content.
+    /// Returns the item of the row; null beyond the content.
     [[nodiscard]] media::ItemPointer itemAt(int row) const;
 
     /// Adds a row at the end; what is shown, selected and scrolled to stays.
@@ -40,10 +40,10 @@ public:
 
     [[nodiscard]] bool isSorted() const { return m_sortedColumn.has_value(); }
     [[nodiscard]] std::optional<media::Column> sortedColumn() const { return m_sortedColumn; }
-    /// True when the sorted column's values grow from the first row to the last.
+    /// Returns true when the sorted column's values grow from the first row to the last.
     [[nodiscard]] bool isAscending() const { return m_ascending; }
 
-    /// The row numbers that a drag of the list carries; empty for anything else.
+    /// Returns the row numbers that a drag of the list carries; empty for anything else.
     [[nodiscard]] static QList<int> rowsFromArchive(const QByteArray& archive);
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;

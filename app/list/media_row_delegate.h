@@ -23,7 +23,7 @@ public:
     /// Artwork fills the slot of 24 px; other images stand in it within 16.
     [[nodiscard]] static ThumbnailShape shapeFor(const media::IKImageItem& item,
                                                  double devicePixelRatio);
-    /// What hangs at the pointer while rows are dragged.
+    /// Returns what hangs at the pointer while rows are dragged.
     [[nodiscard]] QPixmap dragImage(const QModelIndex& first, int count,
                                     double devicePixelRatio) const;
 

@@ -13,7 +13,8 @@ class MediaTableHeader : public QHeaderView {
 public:
     explicit MediaTableHeader(MediaTableView* view);
     [[nodiscard]] QSize sizeHint() const override;
-    /// What the section needs to show its text in full, with the arrow when it has one.
+    /// Returns the width that the section needs to show its text in full, with the arrow when it
+    /// has one.
     [[nodiscard]] int leastWidth(int section) const;
 
 protected:

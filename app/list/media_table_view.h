@@ -19,13 +19,13 @@ class MediaTableView : public QTableView {
 public:
     explicit MediaTableView(QWidget* parent = nullptr);
 
-    /// A MediaListModel.
+    /// Takes a MediaListModel.
     void setModel(QAbstractItemModel* model) override;
     [[nodiscard]] MediaListModel* listModel() const { return m_listModel; }
-    /// ThumbnailService::shared() unless set; outlives the view.
+    /// Sets the service, ThumbnailService::shared() until then; it outlives the view.
     void setThumbnailService(ThumbnailService* service) { m_thumbnails.setService(service); }
     [[nodiscard]] ThumbnailService* thumbnailService() const { return m_thumbnails.service(); }
-    /// The row under the pointer, -1 for none.
+    /// Returns the row under the pointer, -1 for none.
     [[nodiscard]] int hoveredRow() const { return m_hoveredRow; }
 
     /// Widths that the user has given to columns, for the layout settings; 0 stands for the
@@ -34,11 +34,11 @@ public:
     void setUserColumnWidths(const QList<int>& widths);
 
 Q_SIGNALS:
-    /// A header was clicked: number of the media::Column.
+    /// A header was clicked; `column` is the number of the media::Column.
     void columnClicked(int column);
     /// Files or folders were dropped whose first is taken.
     void pathsDropped(const QStringList& paths);
-    /// The delete key.
+    /// The delete key was pressed.
     void removeRequested();
 
 protected:

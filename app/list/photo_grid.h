@@ -16,19 +16,19 @@ class PhotoGrid : public QListView {
 public:
     explicit PhotoGrid(QWidget* parent = nullptr);
 
-    /// A MediaListModel.
+    /// Takes a MediaListModel.
     void setModel(QAbstractItemModel* model) override;
     [[nodiscard]] MediaListModel* listModel() const { return m_listModel; }
-    /// ThumbnailService::shared() unless set; outlives the view.
+    /// Sets the service, ThumbnailService::shared() until then; it outlives the view.
     void setThumbnailService(ThumbnailService* service) { m_thumbnails.setService(service); }
     [[nodiscard]] ThumbnailService* thumbnailService() const { return m_thumbnails.service(); }
-    /// Tiles side by side.
+    /// Returns how many tiles stand side by side.
     [[nodiscard]] int tilesPerRow() const { return m_tilesPerRow; }
 
 Q_SIGNALS:
     /// Files or folders were dropped whose first is taken.
     void pathsDropped(const QStringList& paths);
-    /// The delete key.
+    /// The delete key was pressed.
     void removeRequested();
 
 protected:

@@ -20,17 +20,17 @@ public:
     /// `folder` as a path; the default is "thumbnails" in the user's cache folder.
     explicit ThumbnailCache(QString folder = defaultFolder());
     [[nodiscard]] static QString defaultFolder();
-    /// "file:///…" with every byte escaped that the standard's own programs escape.
+    /// Returns "file:///…" with every byte escaped that the standard's own programs escape.
     [[nodiscard]] static QByteArray fileAddress(const QString& path);
 
-    /// The stored image; null when there is none or the file has changed since. `modified` in
-    /// seconds since 1970; `side` is kNormalSide or kLargeSide.
+    /// Returns the stored image; null when there is none or the file has changed since. `modified`
+    /// in seconds since 1970; `side` is kNormalSide or kLargeSide.
     [[nodiscard]] QImage find(const QString& path, std::int64_t modified, int side) const;
     /// Stores the image in one step. Failures leave nothing behind and are not reported.
     void store(const QString& path, std::int64_t modified, int side, const QImage& image) const;
-    /// False for the thumbnails themselves: nothing is stored for them.
+    /// Returns false for the thumbnails themselves: nothing is stored for them.
     [[nodiscard]] bool takes(const QString& path) const;
-    /// Where the image of the file is, whether there or not.
+    /// Returns where the image of the file is, whether there or not.
     [[nodiscard]] QString fileFor(const QString& path, int side) const;
 
 private:

@@ -29,18 +29,18 @@ public:
     explicit ThumbnailService(ThumbnailCache cache = ThumbnailCache(), QObject* parent = nullptr);
     /// Waits for what is being made; what is only asked for is dropped.
     ~ThumbnailService() override;
-    /// The one that all lists share; lives as long as the application object.
+    /// Returns the one that all lists share; it lives as long as the application object.
     [[nodiscard]] static ThumbnailService& shared();
 
-    /// The image as far as it is made; null when it is not or cannot be.
+    /// Returns the image when it has been made; null when it is not or cannot be.
     [[nodiscard]] QPixmap image(const media::IKImageItem& item, const ThumbnailShape& shape);
-    /// Says what `viewer` shows now, in the order in which it should come. It replaces what the
+    /// Asks for what `viewer` shows now, in the order in which it should come. It replaces what the
     /// viewer asked for before: of that, what is not begun is dropped. Images that are made
     /// already, or could not be made, are not made again before the file changes.
     void request(const QObject* viewer, const QList<ThumbnailRequest>& wanted);
     void cancel(const QObject* viewer);
 
-    /// Images that were made or tried since the start; for tests and measurements.
+    /// Returns how many images were made or tried since the start; for tests and measurements.
     [[nodiscard]] int madeCount() const { return m_made; }
     [[nodiscard]] bool isIdle() const;
 

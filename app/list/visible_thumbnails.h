@@ -16,15 +16,15 @@ class MediaListModel;
 /// the view has come to rest. A part of its view.
 class VisibleThumbnails : public QObject {
 public:
-    /// What is visible now, in the order in which it should come.
+    /// Returns what is visible now, in the order in which it should come.
     using Wanted = std::function<QList<ThumbnailRequest>(const MediaListModel& model)>;
 
     VisibleThumbnails(QAbstractItemView& view, Wanted wanted);
     ~VisibleThumbnails() override;
 
-    /// The model that the view shows; may be null.
+    /// Sets the model that the view shows; may be null.
     void setModel(MediaListModel* model);
-    /// Outlives the view, or is forgotten when it goes.
+    /// Sets the service, which outlives the view or is forgotten when it goes.
     void setService(ThumbnailService* service);
     [[nodiscard]] ThumbnailService* service() const { return m_service; }
     /// The view shows another part of the list.

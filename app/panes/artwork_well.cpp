@@ -60,7 +60,7 @@ ArtworkWell::ArtworkWell(int side, QWidget* parent) : QWidget(parent) {
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::PointingHandCursor);
     setAccessibleName(tr("Artwork"));
-    setToolTip(tr("Drop or paste a picture, or click to choose one"));
+    setToolTip(tr("Drop or paste an image, or click to choose one"));
 }
 
 void ArtworkWell::setImage(const platform::EncodedImage& artwork) {

@@ -20,7 +20,7 @@ public:
 
     void setImage(const platform::EncodedImage& artwork);
     [[nodiscard]] const platform::EncodedImage& artwork() const { return m_image; }
-    /// The image file that was dropped or pasted last; empty when none was.
+    /// Returns the image file that was dropped or pasted last; empty when none was.
     [[nodiscard]] QString droppedPath() const { return m_droppedPath; }
     /// Takes an image file from the clipboard.
     void paste();

@@ -28,7 +28,7 @@ public:
     void showAudio(const media::IKImageItem& item, const media::AudioPane& pane);
     [[nodiscard]] media::VideoPane videoPane() const { return m_video->pane(); }
     [[nodiscard]] media::AudioPane audioPane() const;
-    /// The text of the video pane's artist field, whatever is shown.
+    /// Returns the text of the video pane's artist field, whatever is shown.
     [[nodiscard]] QString videoArtistText() const { return m_video->artistText(); }
     /// Puts an image into the well of the pane that is shown.
     void setArtwork(const platform::EncodedImage& image);
@@ -39,10 +39,11 @@ public:
     void chooseArtwork();
     /// Takes an image file from the clipboard into that well.
     void pasteArtwork();
-    /// How many files Save will write; the foot says so.
+    /// Sets how many files Save will write; the foot says so.
     void setTouchedCount(int count);
-    /// The files that Save will write. While the list is `sorted` the foot names them, because rows
-    /// are taken by import order then and others than the marked ones may be meant.
+    /// Sets the names of the files that Save will write. While the list is `sorted` the foot names
+    /// them, because rows are taken by import order then and others than the marked ones may be
+    /// meant.
     void setTouchedNames(const QStringList& names, bool sorted);
     [[nodiscard]] QString footNote() const;
 

@@ -27,7 +27,7 @@ public:
     explicit PlayerView(QWidget* parent = nullptr);
     ~PlayerView() override;
 
-    /// Opens the file, paused at its first frame. The same file again starts anew.
+    /// Opens the file, paused at its first frame. The same file again starts over.
     void setFile(const QString& path);
     void clear();
     [[nodiscard]] platform::MpvPlayer* player() const { return m_player; }

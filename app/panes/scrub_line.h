@@ -11,7 +11,7 @@ class ScrubLine : public QSlider {
     Q_OBJECT
 public:
     explicit ScrubLine(QWidget* parent = nullptr);
-    /// Moves the knob without telling anybody; ignored while it is dragged.
+    /// Moves the knob without a signal; ignored while it is dragged.
     void showPosition(double seconds, double duration);
 
     [[nodiscard]] QSize sizeHint() const override { return {120, 16}; }

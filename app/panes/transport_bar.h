@@ -20,8 +20,8 @@ namespace clipheave::app {
 class ScrubLine;
 class Waveform;
 
-/// "01:15.08": minutes, seconds and hundredths, cut and not rounded; more than 99 minutes are
-/// written out ("125:00.00"). Without hundredths "01:15". Nothing negative.
+/// Returns "01:15.08": minutes, seconds and hundredths, cut and not rounded; more than 99 minutes
+/// are written out ("125:00.00"). Without hundredths "01:15". Nothing negative.
 [[nodiscard]] QString transportTime(double seconds, bool hundredths = true);
 
 /// An icon button in the colours of the dark theme, whichever is chosen.

@@ -39,11 +39,11 @@ public:
     void show(const media::IKImageItem& item, const media::VideoPane& pane);
     using QWidget::show;
     void clear();
-    /// Texts as they stand, what was shown, and the groups in which an edit has begun.
+    /// Returns the texts as they stand, what was shown, and the groups in which an edit has begun.
     [[nodiscard]] media::VideoPane pane() const;
     [[nodiscard]] QString artistText() const;
     void setArtwork(const platform::EncodedImage& image);
-    /// How a save joins the three position texts; shown below the fields.
+    /// Sets how a save joins the three position texts; shown below the fields.
     void setLocationRule(LocationRule rule);
     [[nodiscard]] PlayerView* player() const;
     /// Lays out for a pane of this width in px, its scroll bar included: below kNarrowPane the

@@ -4,6 +4,7 @@
 #include "media/fields.h"
 #include "media/media_import.h"
 #include "media/metadata_walk.h"
+#include "platform/isobmff/write/write_tables.h"
 #include "tests/testkit/media.h"
 #include "tests/testkit/testkit.h"
 
@@ -85,6 +86,25 @@ TEST(MetadataWalk, FillsTheFieldOfEachIdentifierInItsTablesAlone) {
                 EXPECT_EQ(filledFields(item), QLatin1String(isIn ? row.field : ""))
                     << identifier.toStdString() << ' ' << letter;
             }
+}
+
+// What is written must replace what would be read for the same field, whichever identifier it has.
+TEST(Fields, AreTheOnesWhoseOlderItemsTheWriterDrops) {
+    using clipheave::platform::RecordField;
+    const auto ofWriter = [](const QString& identifier) {
+        return clipheave::platform::recordField(identifier.toStdString());
+    };
+    for (const Field& field : kFields) {
+        QStringList identifiers;
+        if (field.written.identifier)
+            identifiers.append(QString::fromUtf16(field.written.identifier));
+        for (const ReadIdentifier& read : field.read)
+            if ((read.walks & (kVideos | kSingleVideos)) != 0)
+                identifiers.append(QLatin1String(read.identifier));
+        for (const QString& identifier : identifiers)
+            EXPECT_EQ(ofWriter(identifier), ofWriter(identifiers.front()))
+                << identifier.toStdString();
+    }
 }
 
 TEST(MediaImport, ReadsAVideoInAFolderByTheNarrowerTable) {
