@@ -93,7 +93,7 @@ void writeItem(JsonWriter& json, const IKImageItem& item, bool withMetadata) {
     writeTechnicalFacts(json, item);
     for (const media::Field& field : media::kFields)
         if (isTag(field))
-            json.member(field.name, item.*field.record);
+            json.member(field.names.plain, item.*field.record);
     writePosition(json, "latitude", item.latitudeFormat, item.filelatitude);
     writePosition(json, "longitude", item.longtitudeFormat, item.filelongtitude);
     writePosition(json, "altitude", item.AtitudeFormat, item.fileAtitude);

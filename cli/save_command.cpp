@@ -37,9 +37,10 @@ QString usageFault(const SaveOptions& options) {
         const media::Field* field = media::videoField(name);
         if (!field && !media::audioField(name) && !isOtherKindsField(name))
             return QStringLiteral("unknown field \"%1\"").arg(name);
-        if (field && QLatin1String(field->name) == u"created" && !platform::parseDateText(text))
+        if (field && QLatin1String(field->names.plain) == u"created" &&
+            !platform::parseDateText(text))
             return QString::fromUtf16(kDateAlert);
-        if (field && QLatin1String(field->name).endsWith(u"tude") && !text.isEmpty() &&
+        if (field && QLatin1String(field->names.plain).endsWith(u"tude") && !text.isEmpty() &&
             !isPlainNumber(text))
             return QStringLiteral("%1 takes a number, not \"%2\"").arg(name, text);
     }

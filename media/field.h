@@ -16,6 +16,7 @@ enum WalkBits : std::uint8_t {
     kSingleVideos = 2, ///< videos given by their own path
     kAudioFiles = 4,   ///< all audio files but WAV, FLAC and AU
     kAiffFiles = 8,    ///< AIFF and CAF on top of that
+    kTagged = kVideos | kAudioFiles,
 };
 
 /// An identifier whose value fills a field, and where.
@@ -34,6 +35,13 @@ struct WrittenItem {
     const char16_t* key = nullptr;
     const char16_t* identifier = nullptr;
 };
+
+// Short for the rows: the groups of the change flags.
+namespace field_rows {
+inline constexpr bool ChangeFlags::*kBasic = &ChangeFlags::basicInfoChange;
+inline constexpr bool ChangeFlags::*kCamera = &ChangeFlags::cameraInfoChange;
+inline constexpr bool ChangeFlags::*kPosition = &ChangeFlags::gpsInfoChange;
+} // namespace field_rows
 
 /// A field on the video pane.
 struct VideoFormField {
@@ -54,10 +62,14 @@ struct AudioField {
     bool ChangeFlags::*group = nullptr; ///< null: an edit sets no flag
 };
 
+struct FieldNames {
+    const char* plain = nullptr;  ///< on the command line and in its lists, "title"
+    const char* record = nullptr; ///< of the record, "fileTitle"
+};
+
 /// All that is known of one text of the record.
 struct Field {
-    const char* name = nullptr;             ///< on the command line and in its lists, "title"
-    const char* recordName = nullptr;       ///< "fileTitle"
+    FieldNames names{};
     QString IKImageItem::*record = nullptr; ///< null for the position, which is numbers
     const char* tagWord = nullptr;          ///< in a template of file names; null: none
     ReadAs readAs = ReadAs::Text;

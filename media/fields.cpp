@@ -9,7 +9,7 @@ namespace {
 
 const Field* fieldCalled(const QString& name) {
     for (const Field& field : kFields)
-        if (name == QLatin1String(field.name) || name == QLatin1String(field.recordName))
+        if (name == QLatin1String(field.names.plain) || name == QLatin1String(field.names.record))
             return &field;
     return nullptr;
 }

@@ -127,8 +127,7 @@ void AppDelegate::revealCurrentItem() {
 void AppDelegate::openCurrentItem() {
     if (m_pane->shownItem &&
         !m_surroundings->workspace->openUrl(QUrl::fromLocalFile(m_pane->shownItem->filePath)))
-        m_activity->addLog(tr("No program opens this file"), m_pane->shownItem->filePath,
-                           true);
+        m_activity->addLog(tr("No program opens this file"), m_pane->shownItem->filePath, true);
 }
 
 void AppDelegate::copyCurrentPath() {

@@ -19,7 +19,7 @@ QString filledFields(const IKImageItem& item) {
     QStringList filled;
     for (const Field& field : kFields)
         if (field.record && !(item.*field.record).isNull())
-            filled.append(QLatin1String(field.recordName));
+            filled.append(QLatin1String(field.names.record));
     return filled.join(u' ');
 }
 
@@ -28,51 +28,52 @@ constexpr std::pair<char, WalkTable> kTables[] = {{'S', WalkTable::Video},
                                                   {'A', WalkTable::Audio},
                                                   {'I', WalkTable::AiffAudio}};
 
+constexpr struct {
+    const char* tables; ///< a single video, one in a folder, audio, AIFF
+    const char* field;
+    const char* identifiers;
+} kReadRows[] = {
+    {"SFAI", "fileAblumName", "id3/TALB itsk/%A9alb"},
+    {"SFAI", "fileArist", "id3/TPE1 itsk/%A9ART"},
+    {"SFAI", "fileTitle", "id3/TIT2 itsk/%A9nam"},
+    {"SFAI", "filePublisher", "mdta/com.apple.quicktime.publisher itsk/%A9pub"},
+    {"SFAI", "fileCopyright", "mdta/com.apple.quicktime.copyright itsk/cprt"},
+    {"SFAI", "fileDescription", "mdta/com.apple.quicktime.description"},
+    {"SFAI", "fileReleasedYear", "id3/TYER"},
+    {"SFAI", "shootDateStr", "uiso/date mdta/com.apple.quicktime.creationdate"},
+    {"SF", "fileMake", "mdta/com.apple.quicktime.make"},
+    {"SF", "fileModel", "mdta/com.apple.quicktime.model"},
+    {"SF", "fileKeyWords", "mdta/com.apple.quicktime.keywords udta/%A9key"},
+    {"SF", "fileDescription", "itsk/%A9des"},
+    {"SF", "fileDirector", "mdta/com.apple.quicktime.director itsk/%A9dir"},
+    {"SF", "fileActor", "mdta/com.apple.quicktime.performer itsk/%A9prf"},
+    {"SF", "fileproducer", "mdta/com.apple.quicktime.producer itsk/%A9prd"},
+    {"S", "fileDescription", "uiso/dscp"},
+    {"S", "fileproducer", "mdta/com.apple.proapps.manufacturer"},
+    {"S", "fileMake", "udta/%A9mak"},
+    {"S", "fileModel", "udta/%A9mod"},
+    {"AI", "fileArist", "id3/TOPE"},
+    {"AI", "fileReleasedYear", "itsk/%A9day"},
+    {"AI", "filePublisher", "id3/TPUB"},
+    {"AI", "fileCopyright", "id3/TCOP"},
+    {"AI", "fileComments", "id3/COMM itsk/%A9cmt"},
+    {"AI", "fileSubTitle", "id3/TIT3 itsk/%A9st3"},
+    {"AI", "fileBand", "id3/TPE2 itlk/com.apple.iTunes.BAND"},
+    {"AI", "fileLyricist", "id3/TEXT itsk/%A9lyr"},
+    {"AI", "fileComposer", "id3/TCOM itsk/%A9wrt"},
+    {"AI", "fileAlbumArist", "id3/TRCK itsk/trkn"},
+    {"AI", "shootDateStr", "id3/TRDA"},
+    {"I", "fileAblumName", "caaf/info-album"},
+    {"I", "fileArist", "caaf/info-artist"},
+    {"I", "fileTitle", "caaf/info-title"},
+    {"I", "fileReleasedYear", "caaf/info-year"},
+    {"I", "fileComments", "caaf/info-comments"},
+    {"I", "fileComposer", "caaf/info-composer"},
+    {"I", "fileAlbumArist", "caaf/info-track%20number"},
+};
+
 TEST(MetadataWalk, FillsTheFieldOfEachIdentifierInItsTablesAlone) {
-    struct {
-        const char* tables; ///< a single video, one in a folder, audio, AIFF
-        const char* field;
-        const char* identifiers;
-    } const rows[] = {
-        {"SFAI", "fileAblumName", "id3/TALB itsk/%A9alb"},
-        {"SFAI", "fileArist", "id3/TPE1 itsk/%A9ART"},
-        {"SFAI", "fileTitle", "id3/TIT2 itsk/%A9nam"},
-        {"SFAI", "filePublisher", "mdta/com.apple.quicktime.publisher itsk/%A9pub"},
-        {"SFAI", "fileCopyright", "mdta/com.apple.quicktime.copyright itsk/cprt"},
-        {"SFAI", "fileDescription", "mdta/com.apple.quicktime.description"},
-        {"SFAI", "fileReleasedYear", "id3/TYER"},
-        {"SFAI", "shootDateStr", "uiso/date mdta/com.apple.quicktime.creationdate"},
-        {"SF", "fileMake", "mdta/com.apple.quicktime.make"},
-        {"SF", "fileModel", "mdta/com.apple.quicktime.model"},
-        {"SF", "fileKeyWords", "mdta/com.apple.quicktime.keywords udta/%A9key"},
-        {"SF", "fileDescription", "itsk/%A9des"},
-        {"SF", "fileDirector", "mdta/com.apple.quicktime.director itsk/%A9dir"},
-        {"SF", "fileActor", "mdta/com.apple.quicktime.performer itsk/%A9prf"},
-        {"SF", "fileproducer", "mdta/com.apple.quicktime.producer itsk/%A9prd"},
-        {"S", "fileDescription", "uiso/dscp"},
-        {"S", "fileproducer", "mdta/com.apple.proapps.manufacturer"},
-        {"S", "fileMake", "udta/%A9mak"},
-        {"S", "fileModel", "udta/%A9mod"},
-        {"AI", "fileArist", "id3/TOPE"},
-        {"AI", "fileReleasedYear", "itsk/%A9day"},
-        {"AI", "filePublisher", "id3/TPUB"},
-        {"AI", "fileCopyright", "id3/TCOP"},
-        {"AI", "fileComments", "id3/COMM itsk/%A9cmt"},
-        {"AI", "fileSubTitle", "id3/TIT3 itsk/%A9st3"},
-        {"AI", "fileBand", "id3/TPE2 itlk/com.apple.iTunes.BAND"},
-        {"AI", "fileLyricist", "id3/TEXT itsk/%A9lyr"},
-        {"AI", "fileComposer", "id3/TCOM itsk/%A9wrt"},
-        {"AI", "fileAlbumArist", "id3/TRCK itsk/trkn"},
-        {"AI", "shootDateStr", "id3/TRDA"},
-        {"I", "fileAblumName", "caaf/info-album"},
-        {"I", "fileArist", "caaf/info-artist"},
-        {"I", "fileTitle", "caaf/info-title"},
-        {"I", "fileReleasedYear", "caaf/info-year"},
-        {"I", "fileComments", "caaf/info-comments"},
-        {"I", "fileComposer", "caaf/info-composer"},
-        {"I", "fileAlbumArist", "caaf/info-track%20number"},
-    };
-    for (const auto& row : rows)
+    for (const auto& row : kReadRows)
         for (const QString& identifier : QString::fromLatin1(row.identifiers).split(u' '))
             for (const auto& [letter, table] : kTables) {
                 IKImageItem item;
