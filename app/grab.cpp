@@ -42,7 +42,7 @@ void settle(int milliseconds) {
         QApplication::processEvents(QEventLoop::AllEvents, 20);
 }
 
-/// Row of the first item that a test accepts, -1 when there is none.
+/// Returns the row of the first item that a test accepts, -1 when there is none.
 template <class Test> int rowWhere(const AppDelegate& controller, Test test) {
     const auto& content = controller.mediaController()->content();
     for (std::size_t row = 0; row < content.size(); ++row)
@@ -139,7 +139,7 @@ void seekPlayers(AppDelegate& controller) {
             view->player()->seek(view->player()->duration() * kPart);
 }
 
-/// The image's window: two tags before the existing names, dated and numbered.
+/// The rename window with two tags before the existing names, dated and numbered.
 QList<Above> openRename(AppDelegate& controller) {
     selectSome(*controller.mainWindow()->table(), 5);
     controller.ShowRenameWindowAction();

@@ -5,7 +5,7 @@
 
 namespace clipheave::app {
 
-/// Buttons and fields in each of their states, side by side.
+/// Returns an image of buttons and fields in each of their states, side by side.
 [[nodiscard]] QPixmap grabStates();
 
 } // namespace clipheave::app

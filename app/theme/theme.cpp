@@ -192,7 +192,7 @@ void Theme::install() {
 }
 
 bool Theme::eventFilter(QObject* watched, QEvent* event) {
-    // The desktop's colours changed: windows are told so, with or without a new palette of ours.
+    // The desktop's colours changed: windows are notified, with or without a new palette of ours.
     if (event->type() == QEvent::ThemeChange && m_appearance == Appearance::System && !m_applying &&
         qobject_cast<QWindow*>(watched) != nullptr)
         QTimer::singleShot(0, this, [this] {

@@ -3,7 +3,8 @@
 
 namespace clipheave::app {
 
-/// Tells assistive technology what the drawn widgets are (images, a video) in place of "filler".
+/// Gives the drawn widgets the roles that assistive technology reports (image, video) in place of
+/// "filler".
 /// Once, before the first of them is asked.
 void installAccessibleRoles();
 

@@ -245,12 +245,6 @@ Button::Button(ButtonKind kind, const QString& label, const QString& image, QWid
     connect(&Theme::instance(), &Theme::changed, this, [this] { update(); });
 }
 
-void Button::setKind(ButtonKind kind) {
-    m_kind = kind;
-    updateGeometry();
-    update();
-}
-
 void Button::setImage(const QString& image) {
     m_image = image;
     updateGeometry();

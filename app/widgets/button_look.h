@@ -46,7 +46,6 @@ class Button : public QPushButton {
 public:
     explicit Button(ButtonKind kind, const QString& label, const QString& image = {},
                     QWidget* parent = nullptr);
-    void setKind(ButtonKind kind);
     [[nodiscard]] ButtonKind kind() const { return m_kind; }
     void setImage(const QString& image);
 

@@ -43,7 +43,7 @@ EditField::EditField(QWidget* parent) : QLineEdit(parent) {
 void EditField::setShownText(const QString& remembered) {
     m_shown = remembered;
     setText(remembered);
-    setCursorPosition(0); // the beginning of a long text is what tells it from another
+    setCursorPosition(0); // a long text is recognised by its beginning
     refreshMark();
 }
 

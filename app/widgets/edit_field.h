@@ -16,7 +16,6 @@ public:
 
     /// Fills the field; the text is also what isChanged() compares with.
     void setShownText(const QString& remembered);
-    [[nodiscard]] QString shownText() const { return m_shown; }
     [[nodiscard]] bool isChanged() const { return text() != m_shown; }
     /// A short unit at the right end ("m", "N").
     void setSuffix(const QString& suffix);

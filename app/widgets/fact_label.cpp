@@ -20,9 +20,9 @@ qsizetype valueStart(const QString& text) {
 } // namespace
 
 void drawWithPlainX(QPainter& painter, QRect rect, const QString& text) {
-    const auto draw = [&painter, &rect](const QString& piece) {
-        painter.drawText(rect, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, piece);
-        rect.setLeft(rect.left() + painter.fontMetrics().horizontalAdvance(piece));
+    const auto draw = [&painter, &rect](const QString& text) {
+        painter.drawText(rect, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, text);
+        rect.setLeft(rect.left() + painter.fontMetrics().horizontalAdvance(text));
     };
     const QStringList sides = text.split(QStringLiteral(" x "));
     draw(sides.first());

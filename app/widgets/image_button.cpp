@@ -18,7 +18,7 @@
 namespace clipheave::app {
 namespace {
 
-/// Tells assistive technology of the pop-up, which QToolButton only does for a menu of its own.
+/// Reports the pop-up menu to assistive technology; QToolButton does so only for a menu of its own.
 class ImageButtonAccess : public QAccessibleWidget {
 public:
     explicit ImageButtonAccess(ImageButton* button)
@@ -86,11 +86,6 @@ void ImageButton::setOpensMenu(bool opens) {
     update();
 }
 
-void ImageButton::setImageToken(Token token) {
-    m_imageToken = token;
-    update();
-}
-
 QPoint ImageButton::menuPosition() const {
     constexpr int kMenuGap = 4;
     return mapToGlobal(QPoint(0, height() + kMenuGap));
@@ -102,7 +97,6 @@ ButtonLook ImageButton::look() const {
     return {.kind = m_kind,
             .text = withText ? text() : QString(),
             .image = m_image,
-            .imageToken = m_imageToken,
             .caret = m_opensMenu && m_kind != Kind::Icon,
             .hovered = underMouse() && isEnabled(),
             .pressed = isDown(),

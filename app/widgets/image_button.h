@@ -7,10 +7,10 @@
 
 namespace clipheave::app {
 
-/// A button with an image that tells the whole application when it is used: on mouse-down, Space
-/// and Return it posts "MybuttonMouseDown", when the pointer enters or leaves it
-/// "PRbuttonMouseEntered" and "PRbuttonMouseExited", each with itself as the object. clicked()
-/// comes as with any button, after the post.
+/// A button drawn with an image. It posts a notification with itself as the object:
+/// "MybuttonMouseDown" on mouse-down, Space and Return, "PRbuttonMouseEntered" and
+/// "PRbuttonMouseExited" when the pointer enters or leaves it. clicked() is emitted as by any
+/// button, after the post.
 class ImageButton : public QToolButton {
     Q_OBJECT
 public:
@@ -23,20 +23,18 @@ public:
     [[nodiscard]] Kind kind() const { return m_kind; }
     void setImage(const QString& image);
     [[nodiscard]] QString image() const { return m_image; }
-    /// Draws the caret and reports a pop-up to assistive technology.
+    /// Draws the caret, and reports a pop-up menu to assistive technology.
     void setOpensMenu(bool opens);
     [[nodiscard]] bool opensMenu() const { return m_opensMenu; }
     /// What is posted on press instead of "MybuttonMouseDown".
     void setPressNotification(const QString& name) { m_pressNotification = name; }
-    /// Colour of the image of Icon buttons; text2 at first.
-    void setImageToken(Token token);
-    /// Where a menu of this button opens: its lower-left corner, 4 px down, on the screen.
+    /// Returns where a menu of this button opens: 4 px below its lower-left corner, on the screen.
     [[nodiscard]] QPoint menuPosition() const;
-    /// What a press does: the post, then a click.
+    /// Does what a press does: posts, then clicks.
     void activate();
 
     [[nodiscard]] QSize sizeHint() const override;
-    /// Tools give their padding away where the window is narrow.
+    /// Returns less than sizeHint() for tools: they give up padding in a narrow window.
     [[nodiscard]] QSize minimumSizeHint() const override;
 
 protected:
@@ -55,7 +53,6 @@ private:
     Kind m_kind;
     QString m_image;
     QString m_pressNotification;
-    Token m_imageToken = Token::text2;
     bool m_opensMenu = false;
     bool m_focusRing = false;
 };

@@ -75,11 +75,6 @@ SectionHeading::SectionHeading(const QString& title, QWidget* parent)
     updateOnThemeChange(this);
 }
 
-void SectionHeading::setHint(const QString& hint) {
-    m_hint = hint;
-    update();
-}
-
 void SectionHeading::setNote(const QString& note) {
     m_note = note;
     setAccessibleDescription(note);
@@ -96,10 +91,6 @@ void SectionHeading::paintEvent(QPaintEvent*) {
     QRect rest = rect();
     drawPart(painter, rest, FontRole::Section, Token::text1, m_title);
     rest.setLeft(textWidth(FontRole::Section, m_title) + kHeadingGap);
-    if (!m_hint.isEmpty()) {
-        drawPart(painter, rest, FontRole::Cell, Token::text3, m_hint);
-        rest.setLeft(rest.left() + textWidth(FontRole::Cell, m_hint) + kHeadingGap);
-    }
     if (!m_note.isEmpty()) {
         const int width = textWidth(FontRole::Cell, m_note);
         drawPart(painter, rest.adjusted(rest.width() - width, 0, 2, 0), FontRole::Cell,
@@ -125,18 +116,13 @@ void Card::setChosen(bool chosen) {
     update();
 }
 
-void Card::setIdle(bool idle) {
-    m_idle = idle;
-    update();
-}
-
 void Card::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const Theme& theme = Theme::instance();
     const double width = m_chosen ? 2 : 1;
     painter.setPen(QPen(theme.color(m_chosen ? Token::accent : Token::line1), width));
-    painter.setBrush(m_idle ? QBrush(Qt::NoBrush) : theme.color(Token::bg1));
+    painter.setBrush(theme.color(Token::bg1));
     painter.drawRoundedRect(QRectF(rect()).adjusted(width / 2, width / 2, -width / 2, -width / 2),
                             8, 8);
 }

@@ -19,8 +19,6 @@ class SectionHeading : public QWidget {
     Q_OBJECT
 public:
     explicit SectionHeading(const QString& title, QWidget* parent = nullptr);
-    /// A quiet text right behind the title.
-    void setHint(const QString& hint);
     /// At the right end behind an accent dot ("2 changed"); none when empty.
     void setNote(const QString& note);
     [[nodiscard]] QString note() const { return m_note; }
@@ -30,7 +28,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    QString m_title, m_hint, m_note;
+    QString m_title, m_note;
 };
 
 /// A rounded box around controls that belong together. Lay them out inside as in any widget; the
@@ -41,16 +39,12 @@ public:
     explicit Card(QWidget* parent = nullptr);
     /// Accent outline: the alternative that counts.
     void setChosen(bool chosen);
-    [[nodiscard]] bool isChosen() const { return m_chosen; }
-    /// Clear background: the alternative that does not count.
-    void setIdle(bool idle);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
     bool m_chosen = false;
-    bool m_idle = false;
 };
 
 /// A short state in a pill of 20 px, with an image, so that colour never says it alone.

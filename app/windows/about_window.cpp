@@ -34,12 +34,34 @@ struct UsedLibrary {
 
 constexpr UsedLibrary kUsedLibraries[] = {
     {"Qt", QT_TRANSLATE_NOOP("clipheave::app::AboutWindow", "window, files, processes")},
-    {"FFmpeg", QT_TRANSLATE_NOOP("clipheave::app::AboutWindow", "reading and coding media")},
+    {"FFmpeg",
+     QT_TRANSLATE_NOOP("clipheave::app::AboutWindow", "reading, decoding and encoding media")},
     {"mpv", QT_TRANSLATE_NOOP("clipheave::app::AboutWindow", "player")},
     {"TagLib", QT_TRANSLATE_NOOP("clipheave::app::AboutWindow", "audio tags")},
     {"Exiv2", QT_TRANSLATE_NOOP("clipheave::app::AboutWindow", "photo metadata")},
     {"CLI11, tl::expected", QT_TRANSLATE_NOOP("clipheave::app::AboutWindow", "building blocks")},
 };
+
+ToneLabel* aboutText(const QString& text, FontRole role, Token token, QWidget* parent) {
+    auto* label = new ToneLabel(role, token, parent);
+    label->setText(text);
+    return label;
+}
+
+QGridLayout* libraryGrid(QWidget* parent) {
+    auto* grid = new QGridLayout;
+    grid->setHorizontalSpacing(16);
+    grid->setVerticalSpacing(6);
+    int row = 0;
+    for (const UsedLibrary& library : kUsedLibraries) {
+        const QString name = QLatin1String(library.name);
+        const QString purpose = AboutWindow::tr(library.purpose);
+        grid->addWidget(aboutText(name, FontRole::Cell, Token::text1, parent), row, 0);
+        grid->addWidget(aboutText(purpose, FontRole::Cell, Token::text3, parent), row++, 1);
+    }
+    grid->setColumnStretch(1, 1);
+    return grid;
+}
 
 } // namespace
 
@@ -53,8 +75,7 @@ AboutWindow::AboutWindow(QWidget* parent) : OwnWindow(tr("About ClipHeave"), par
     column->addWidget(mark, 0, Qt::AlignHCenter);
     column->addSpacing(12);
     const auto add = [&](const QString& text, FontRole role, Token token, const QString& name) {
-        auto* label = new ToneLabel(role, token, body());
-        label->setText(text);
+        ToneLabel* label = aboutText(text, role, token, body());
         label->setObjectName(name);
         column->addWidget(label, 0, Qt::AlignHCenter);
     };
@@ -67,20 +88,7 @@ AboutWindow::AboutWindow(QWidget* parent) : OwnWindow(tr("About ClipHeave"), par
         {});
     add(tr("version 3 or later; without any warranty"), FontRole::Cell, Token::text2, {});
     column->addSpacing(16);
-    auto* grid = new QGridLayout;
-    grid->setHorizontalSpacing(16);
-    grid->setVerticalSpacing(6);
-    int row = 0;
-    for (const UsedLibrary& library : kUsedLibraries) {
-        auto* name = new ToneLabel(FontRole::Cell, Token::text1, body());
-        name->setText(QLatin1String(library.name));
-        auto* purpose = new ToneLabel(FontRole::Cell, Token::text3, body());
-        purpose->setText(tr(library.purpose));
-        grid->addWidget(name, row, 0);
-        grid->addWidget(purpose, row++, 1);
-    }
-    grid->setColumnStretch(1, 1);
-    column->addLayout(grid);
+    column->addLayout(libraryGrid(body()));
     column->addStretch(1);
 }
 

@@ -271,7 +271,7 @@ constexpr MenuEntry kView[] = {
 };
 constexpr MenuEntry kDetailMore[] = {
     {"Copy Path", "copyCurrentPath", nullptr},
-    {"Open with the Usual Program", "openCurrentItem", nullptr},
+    {"Open with Default Application", "openCurrentItem", nullptr},
     kSeparator,
     {"Choose Artwork…", "chooseArtwork", nullptr},
     {"Paste Artwork", "pasteArtwork", nullptr},

@@ -21,15 +21,14 @@ struct DispatchRow {
 
 /// One entry of a menu. A null title is a separator.
 struct MenuEntry {
-    const char* title;
-    const char*
-        command; ///< fixed name; workers compare the entry's title where one command has many
-    const char* shortcut;               ///< portable text, null: none
+    const char* title;    ///< fixed: it tells a command with several entries which one was chosen
+    const char* command;  ///< fixed name of the operation
+    const char* shortcut; ///< portable text, null: none
     const MenuEntry* submenu = nullptr; ///< then the entry opens it and has no command
     int submenuCount = 0;
 };
 struct MenuTable {
-    const char* name;  ///< "videoConvertMenu"
+    const char* name;  ///< "videoEditMenu"
     const char* title; ///< in the menu bar, null: pop-up only
     std::span<const MenuEntry> entries;
 };

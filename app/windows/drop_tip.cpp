@@ -76,18 +76,7 @@ DropTip::DropTip(QWidget* parent) : QWidget(parent) {
     layout->addWidget(centredLabel(tr("Videos, audio files or whole folders"), FontRole::Body,
                                    Token::text2, this));
     layout->addSpacing(20);
-    auto* buttons = new QHBoxLayout;
-    buttons->setSpacing(0);
-    auto* add = new Button(ButtonKind::Primary, tr("Add Files or Folders…"),
-                           QStringLiteral("add-files"), this);
-    auto* device =
-        new Button(ButtonKind::Plain, tr("From a Device…"), QStringLiteral("camera"), this);
-    buttons->addStretch();
-    buttons->addWidget(add);
-    buttons->addSpacing(8);
-    buttons->addWidget(device);
-    buttons->addStretch();
-    layout->addLayout(buttons);
+    layout->addLayout(makeButtons());
     layout->addSpacing(24);
     QLabel* note =
         centredLabel(tr("Edits and exports are written as new files to the storage folder."),
@@ -95,8 +84,23 @@ DropTip::DropTip(QWidget* parent) : QWidget(parent) {
     note->setWordWrap(true);
     layout->addWidget(note);
     layout->addStretch();
+}
+
+QLayout* DropTip::makeButtons() {
+    auto* add = new Button(ButtonKind::Primary, tr("Add Files or Folders…"),
+                           QStringLiteral("add-files"), this);
+    auto* device =
+        new Button(ButtonKind::Plain, tr("From a Device…"), QStringLiteral("camera"), this);
     connect(add, &Button::clicked, this, &DropTip::addRequested);
     connect(device, &Button::clicked, this, &DropTip::deviceRequested);
+    auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(0);
+    buttons->addStretch();
+    buttons->addWidget(add);
+    buttons->addSpacing(8);
+    buttons->addWidget(device);
+    buttons->addStretch();
+    return buttons;
 }
 
 void DropTip::paintEvent(QPaintEvent*) {

@@ -27,6 +27,8 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    [[nodiscard]] QLayout* makeButtons();
+
     QStringList m_paths;
     bool m_dragging = false;
 };

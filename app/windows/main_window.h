@@ -20,12 +20,10 @@ class ListHead;
 class MediaListModel;
 class MediaTableView;
 class PhotoGrid;
-class ImageButton;
 class Segment;
 class StorageChip;
 struct MenuEntry;
 class TitleBar;
-class ToolBand;
 
 /// The single window: tools on top, list and detail pane in the middle, activity at the bottom. It
 /// shows and reports; what a command does is the controller's.
@@ -92,7 +90,7 @@ Q_SIGNALS:
     void photosDropped(const QStringList& paths); ///< onto the photo grid, or photos anywhere
     void removeRequested();
     void addRequested();
-    /// `title`: the fixed title of the menu entry, which tells commands with many entries apart.
+    /// `title`: the fixed title of the menu entry; one command may have several entries.
     void commandRequested(const QString& command, const QString& title);
     void systemCloseRequested();
     void storageFolderRequested();
@@ -104,6 +102,8 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
 
 private:
+    void makeTitleBar(QWidget* body);
+    void makeSplitter(MediaListModel& model, QWidget* body);
     QWidget* makeToolBar();
     QWidget* makeListTools();
     QWidget* makePhotoTools();

@@ -56,14 +56,32 @@ MainWindow::MainWindow(MediaListModel& model, ActivityModel& activity) {
     setMouseTracking(true);
     auto* body = new QWidget(this);
     QVBoxLayout* column = tightColumn(body);
+    makeTitleBar(body);
+    column->addWidget(m_titleBar);
+    m_toolBar = makeToolBar();
+    column->addWidget(m_toolBar);
+    makeSplitter(model, body);
+    column->addWidget(m_splitter, 1);
+    m_activityBar = new ActivityBar(activity, body);
+    m_activityPanel = new ActivityPanel(activity, body);
+    column->addWidget(m_activityBar);
+    column->addWidget(m_activityPanel);
+    setCentralWidget(body);
+    makeMenus();
+    connectViews();
+    makeBandKeys();
+    restoreLayout();
+}
+
+void MainWindow::makeTitleBar(QWidget* body) {
     m_titleBar = new TitleBar(body);
     m_titleBar->setName(windowTitle());
     m_titleBar->closeButton()->setObjectName(QStringLiteral("closeBtn"));
     m_titleBar->minimiseButton()->setObjectName(QStringLiteral("minimiseBtn"));
     m_titleBar->resizeButton()->setObjectName(QStringLiteral("resizeBtn"));
-    column->addWidget(m_titleBar);
-    m_toolBar = makeToolBar();
-    column->addWidget(m_toolBar);
+}
+
+void MainWindow::makeSplitter(MediaListModel& model, QWidget* body) {
     m_splitter = new QSplitter(Qt::Horizontal, body);
     m_splitter->setHandleWidth(1);
     m_splitter->setChildrenCollapsible(false);
@@ -76,16 +94,6 @@ MainWindow::MainWindow(MediaListModel& model, ActivityModel& activity) {
     m_splitter->setStretchFactor(1, 0);
     // A splitter puts what it gets below what it has; assistive technology reads from the bottom.
     m_splitter->widget(0)->lower();
-    column->addWidget(m_splitter, 1);
-    m_activityBar = new ActivityBar(activity, body);
-    m_activityPanel = new ActivityPanel(activity, body);
-    column->addWidget(m_activityBar);
-    column->addWidget(m_activityPanel);
-    setCentralWidget(body);
-    makeMenus();
-    connectViews();
-    makeBandKeys();
-    restoreLayout();
 }
 
 QWidget* MainWindow::makeToolBar() {

@@ -7,7 +7,6 @@ class QHBoxLayout;
 
 namespace clipheave::app {
 
-class Button;
 class ToneLabel;
 
 /// A movable window with a head of its own (title and close button), a body and, once asked for, a

@@ -129,6 +129,25 @@ void PreferencesWindow::buildStorage(QLayout& layout) {
     column.addSpacing(20);
 }
 
+QLayout* PreferencesWindow::makeFontRow(QWidget* form) {
+    m_font = new QLineEdit(form);
+    m_font->setObjectName(QStringLiteral("fontlab"));
+    m_font->setReadOnly(true);
+    m_font->setFocusPolicy(Qt::NoFocus);
+    m_font->setFont(Theme::instance().font(FontRole::Field));
+    m_font->setFixedHeight(28);
+    auto* choose = new Button(ButtonKind::Small, tr("Choose…"), {}, form);
+    choose->setObjectName(QStringLiteral("showFontPanelBtn"));
+    choose->setAccessibleName(tr("Choose the font"));
+    allowLowButton(choose);
+    connect(choose, &Button::clicked, this, &PreferencesWindow::showFontPanel);
+    auto* row = new QHBoxLayout;
+    row->setSpacing(8);
+    row->addWidget(m_font, 1);
+    row->addWidget(choose);
+    return row;
+}
+
 QWidget* PreferencesWindow::makeStampForm() {
     auto* form = new QWidget(body());
     auto* grid = new QGridLayout(form);
@@ -137,20 +156,7 @@ QWidget* PreferencesWindow::makeStampForm() {
     grid->setVerticalSpacing(12);
     m_position = prefPopUp(media::stampPositions(), QStringLiteral("postionBtn"), form);
     m_dateFormat = prefPopUp(media::stampDateFormats(), QStringLiteral("dateFormatBtn"), form);
-    m_font = new QLineEdit(form);
-    m_font->setObjectName(QStringLiteral("fontlab"));
-    m_font->setReadOnly(true);
-    m_font->setFocusPolicy(Qt::NoFocus);
-    m_font->setFont(Theme::instance().font(FontRole::Field));
-    m_font->setFixedHeight(28);
-    auto* chooseFont = new Button(ButtonKind::Small, tr("Choose…"), {}, form);
-    chooseFont->setObjectName(QStringLiteral("showFontPanelBtn"));
-    chooseFont->setAccessibleName(tr("Choose the font"));
-    allowLowButton(chooseFont);
-    auto* fontRow = new QHBoxLayout;
-    fontRow->setSpacing(8);
-    fontRow->addWidget(m_font, 1);
-    fontRow->addWidget(chooseFont);
+    QLayout* fontRow = makeFontRow(form);
     m_color = new ColourWell(form);
     m_color->setObjectName(QStringLiteral("fontColorwell"));
     int line = 0;
@@ -171,7 +177,6 @@ QWidget* PreferencesWindow::makeStampForm() {
     grid->setRowStretch(line, 1);
     for (QComboBox* popUp : {m_position, m_dateFormat})
         connect(popUp, &QComboBox::currentIndexChanged, this, &PreferencesWindow::refreshPreview);
-    connect(chooseFont, &Button::clicked, this, &PreferencesWindow::showFontPanel);
     connect(m_color, &QAbstractButton::clicked, this, &PreferencesWindow::chooseColor);
     return form;
 }

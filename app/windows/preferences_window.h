@@ -54,6 +54,8 @@ private:
     void buildStorage(QLayout& column);
     void buildStamp(QLayout& column);
     QWidget* makeStampForm();
+    /// The font of the stamp, read only, and the button that asks for another.
+    QLayout* makeFontRow(QWidget* form);
     void buildAppearance(QLayout& column);
     void buildFoot();
     void chooseColor();

@@ -14,6 +14,7 @@ class QRadioButton;
 
 namespace clipheave::app {
 
+class Button;
 class Card;
 class RenamePreview;
 class TemplateField;
