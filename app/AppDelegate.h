@@ -8,13 +8,11 @@
 
 #include <atomic>
 #include <functional>
-#include <map>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace clipheave::batch {
-struct RenameProgress;
+struct RenameBatch;
 } // namespace clipheave::batch
 
 namespace clipheave::media {
@@ -24,7 +22,8 @@ struct Preferences;
 } // namespace clipheave::media
 
 namespace clipheave::jobs {
-struct WriteOutcome;
+class Run;
+struct RunSettings;
 struct WriteRequest;
 } // namespace clipheave::jobs
 
@@ -33,10 +32,17 @@ struct LogLine;
 class LogSubscription;
 } // namespace clipheave::platform
 
+namespace clipheave::video {
+class VideoJobs;
+struct VideoJobRequest;
+} // namespace clipheave::video
+
 namespace clipheave::app {
 
 enum class Appearance;
 class ActivityModel;
+struct BoardJob;
+class JobBoard;
 class MainWindow;
 class MediaListModel;
 class PreferencesWindow;
@@ -138,9 +144,8 @@ public:
     Q_INVOKABLE void CloseRenameWindowAction();
     Q_INVOKABLE void SaveChangesRenameWindowAction(); ///< the rename itself, on a new thread
     Q_INVOKABLE void undoRename(); ///< the files of the last rename get their old names back
-    struct RenameRun;
     /// The job, on a thread of its own; one after the other.
-    void ReNameLocalphotowithFileThreader(const std::shared_ptr<RenameRun>& run);
+    void ReNameLocalphotowithFileThreader(const std::function<void()>& rename);
     void RefreshRenamePhotoProcessToMainThread(const QString& progress); ///< "%d/%d"
     void RenamePhotoFinishedHanderToMainThread();
 
@@ -155,18 +160,27 @@ public:
     Q_INVOKABLE void ExtractSelectedMediaFileAction();
     Q_INVOKABLE void ExtractImagesSelectedMediaFileAction();
     Q_INVOKABLE void removeSoundFromMediaFileFormatAction();
-    struct VideoRun;
     // Their workers, each on a thread of its own.
-    void RotateVideoMediaFileFileThreader(const VideoRun& run);
-    void MergeVideoMediaFileFileThreader(const VideoRun& run);
-    void SpeedUpVideoMediaFileFileThreader(const VideoRun& run);
-    void SlowDownVideoMediaFileFileThreader(const VideoRun& run);
-    void CompressVideoMediaFileFileThreader(const VideoRun& run);
-    void ConvertVideoMediaFileFileThreader(const VideoRun& run);
-    void ConvertGIFMediaFileFileThreader(const VideoRun& run);
-    void ExtractAudioMediaFileFileThreader(const VideoRun& run);
-    void ExtractImagesMediaFileFileThreader(const VideoRun& run);
-    void RemoveAudioMediaFileFileThreader(const VideoRun& run);
+    void RotateVideoMediaFileFileThreader(video::VideoJobs& jobs,
+                                          const video::VideoJobRequest& request);
+    void MergeVideoMediaFileFileThreader(video::VideoJobs& jobs,
+                                         const video::VideoJobRequest& request);
+    void SpeedUpVideoMediaFileFileThreader(video::VideoJobs& jobs,
+                                           const video::VideoJobRequest& request);
+    void SlowDownVideoMediaFileFileThreader(video::VideoJobs& jobs,
+                                            const video::VideoJobRequest& request);
+    void CompressVideoMediaFileFileThreader(video::VideoJobs& jobs,
+                                            const video::VideoJobRequest& request);
+    void ConvertVideoMediaFileFileThreader(video::VideoJobs& jobs,
+                                           const video::VideoJobRequest& request);
+    void ConvertGIFMediaFileFileThreader(video::VideoJobs& jobs,
+                                         const video::VideoJobRequest& request);
+    void ExtractAudioMediaFileFileThreader(video::VideoJobs& jobs,
+                                           const video::VideoJobRequest& request);
+    void ExtractImagesMediaFileFileThreader(video::VideoJobs& jobs,
+                                            const video::VideoJobRequest& request);
+    void RemoveAudioMediaFileFileThreader(video::VideoJobs& jobs,
+                                          const video::VideoJobRequest& request);
     /// Every export of a worker is on its way: the busy indicator rests. The exports may still run.
     void BatchVideosItemCompleteToMainThread();
 
@@ -180,6 +194,7 @@ public:
     [[nodiscard]] PreferencesWindow* preferencesWindow() const { return m_preferencesWindow.get(); }
     [[nodiscard]] RenameWindow* renameWindow() const { return m_renameWindow.get(); }
     [[nodiscard]] ActivityModel* activity() const { return m_activity.get(); }
+    [[nodiscard]] JobBoard* board() const { return m_board.get(); }
     [[nodiscard]] MediaListModel* mediaController() const { return m_mediaController.get(); }
     [[nodiscard]] const std::vector<media::ItemPointer>& localPhotoItemArray() const;
     [[nodiscard]] QString storagelocation() const;
@@ -204,9 +219,6 @@ private:
     void connectWindow();
     void connectPanes();
     void connectPreferences();
-    /// The failed files of a job once more: reads them again, or saves them with what the pane
-    /// shows now.
-    void retryJob(int job);
     void retryImport(const QStringList& paths, bool photos);
     /// The items of these paths, in their order; a path that the list does not hold gives none.
     [[nodiscard]] std::vector<media::ItemPointer> itemsAt(const QStringList& paths);
@@ -215,11 +227,11 @@ private:
     void changeItems(const QStringList& paths, const media::ItemChange& change);
     /// Takes items off the list, which then stands in import order.
     void removeItems(const std::function<bool(const media::IKImageItem&)>& goes);
-    void cancelJob(int job);
     void chooseAppearance(Appearance appearance);
     void storeStampChoices();
     void writeItems(JobKind kind, const std::vector<media::ItemPointer>& items);
     void startWrite(JobKind kind, const std::vector<media::ItemPointer>& items);
+    [[nodiscard]] jobs::RunSettings runSettings() const;
     [[nodiscard]] std::vector<jobs::WriteRequest>
     writeRequests(const std::vector<media::ItemPointer>& items) const;
     void applyPreferenceValues();
@@ -227,30 +239,21 @@ private:
     void appendNewItem(int job, const media::ItemPointer& item);
     void finishImport(const media::MediaImport& import, int job);
     [[nodiscard]] std::vector<media::ItemPointer> selectedItems() const;
-    struct WriteRun;
-    /// The run of a job that tells an outcome an item; `outcomesTo` is what to give its writer.
-    [[nodiscard]] std::shared_ptr<WriteRun> beginRun(const QString& title,
-                                                     const std::vector<media::ItemPointer>& items);
-    [[nodiscard]] std::function<void(const jobs::WriteOutcome&)>
-    outcomesTo(const std::shared_ptr<WriteRun>& run);
+    struct WriteTally;
+    /// Shows the outcomes of a job that writes outputs, and reveals these at its end.
+    void reportWriting(BoardJob& job, bool tellsSizes = false);
+    void endWriting(int job, const WriteTally& tally);
     [[nodiscard]] QStringList allPaths() const;
-    using VideoWorker = void (AppDelegate::*)(const VideoRun& run);
+    using VideoWorker = void (AppDelegate::*)(video::VideoJobs& jobs,
+                                              const video::VideoJobRequest& request);
     void detachVideoWorker(VideoWorker worker, const QString& activity);
-    void startVideoJob(VideoWorker worker, const QString& activity, const QString& title,
-                       const std::vector<media::ItemPointer>& items);
-    void watchProgress(const std::shared_ptr<WriteRun>& run);
-    struct FileSizes;
-    [[nodiscard]] static FileSizes sizesOf(const jobs::WriteOutcome& outcome);
-    void takeOutcome(WriteRun& run, const jobs::WriteOutcome& outcome, const FileSizes& sizes);
     void connectRename();
     void refreshRenameItems();
-    void startRename(const std::shared_ptr<RenameRun>& run, const QString& title);
-    void retryRename(int job);
-    void undoRenameThreader(const std::shared_ptr<RenameRun>& run);
-    [[nodiscard]] batch::RenameProgress renameProgress(const std::shared_ptr<RenameRun>& run);
-    void takeRenamed(RenameRun& run);
-    void finishRename(RenameRun& run, const platform::Error* failure);
-    void restoreItemNames(const RenameRun& run);
+    void startRename(const std::shared_ptr<batch::RenameBatch>& batch);
+    void nothingToRename();
+    void showRenameProgress(int job, std::size_t taken);
+    void endRename(int job, const jobs::Run& run);
+    void restoreItemNames(const QStringList& paths);
     void takeArtwork(const QString& path);
     void refreshSummary();
     void showNoSelectionAlert();
@@ -262,17 +265,12 @@ private:
     std::unique_ptr<PaneState> m_pane;
     unsigned m_macOsVer = 0;             ///< minor number of the system's version
     std::atomic<bool> m_stopping{false}; ///< read by workers
-    /// Of the jobs in the panel: another try of their failed files.
-    std::map<int, std::function<void(const QStringList& failed)>> m_retries;
-    int m_startingVideoJobs = 0; ///< workers that are still starting exports
-    std::map<int, std::shared_ptr<WriteRun>> m_writeRuns; ///< by job, until their last outcome
-    bool m_useCustomName = true;                          ///< the mode of the rename window
+    bool m_useCustomName = true;         ///< the mode of the rename window
     int m_runningRenames = 0;
-    std::mutex m_renameTurn; ///< held by the rename that runs; never on the main thread
-    std::map<int, std::shared_ptr<RenameRun>> m_renameRuns; ///< by job: what runs or failed in part
     QString m_commandTitle; ///< of the menu entry whose command runs
     std::unique_ptr<platform::LogSubscription> m_logLines;
     std::unique_ptr<ActivityModel> m_activity;
+    std::unique_ptr<JobBoard> m_board; ///< what runs, and another try of it
     std::unique_ptr<MediaListModel> m_mediaController;
     std::unique_ptr<MainWindow> m_window;
     std::unique_ptr<PreferencesWindow> m_preferencesWindow;

@@ -1,32 +1,38 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "batch/batch_rename.h"
 
+#include "batch/messages.h"
 #include "batch/rename_journal.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
 
 #include <QDir>
 
+#include <chrono>
+#include <mutex>
 #include <optional>
 
 namespace clipheave::batch {
 namespace {
 
+using jobs::WriteOutcome;
+using jobs::WriteStatus;
 using platform::Error;
 using platform::ErrorCode;
 using platform::FileIdentity;
+using platform::Message;
 using platform::MoveOutcome;
 using platform::NSFileManager;
 using platform::Result;
 
-QString whyNotMoved(const Error& error, const RenameMove& move) {
+Message whyNotMoved(const Error& error, const RenameMove& move) {
     if (error.code == ErrorCode::AlreadyExists)
-        return renameNoteText(RenameNote::NameExists);
+        return renameNoteMessage(RenameNote::NameExists);
     if (error.code == ErrorCode::NotFound)
-        return renameNoteText(platform::identityOfItem(move.source).isKnown()
-                                  ? RenameNote::NoFolder
-                                  : RenameNote::Missing);
-    return error.detail.isEmpty() ? error.text() : error.detail.text();
+        return renameNoteMessage(platform::identityOfItem(move.source).isKnown()
+                                     ? RenameNote::NoFolder
+                                     : RenameNote::Missing);
+    return error.detail.isEmpty() ? Message(error.text()) : error.detail;
 }
 
 /// Both dates of the file that kept the old name go to the new one.
@@ -63,7 +69,7 @@ public:
     explicit RenameJob(RenameJournal& journal) : m_journal(journal) {}
 
     /// `index` is the move's place in the journal.
-    RenameOutcome make(const RenameMove& move, std::size_t index) {
+    WriteOutcome make(const RenameMove& move, std::size_t index) {
         Result<MoveOutcome> moved = tryTarget(move, move.target, index);
         QString target = move.target;
         if (!moved && moved.error().code == ErrorCode::AlreadyExists &&
@@ -71,19 +77,17 @@ public:
             target = move.retryTarget;
             moved = tryTarget(move, target, index);
         }
-        RenameOutcome outcome{move.source, move.source, moved.has_value(), {}};
         if (!moved) {
-            outcome.message = whyNotMoved(moved.error(), move);
             m_journal.noteStays(index);
-            return outcome;
+            return jobs::refusal(move.source, whyNotMoved(moved.error(), move));
         }
-        outcome.target = target;
+        WriteOutcome outcome;
+        outcome.outputs = {target};
         if (target != move.target)
-            outcome.message = renameNoteText(RenameNote::NameExists);
+            outcome.notes = {renameNoteMessage(RenameNote::NameExists)};
         if (moved->sourceKept) {
             carryDatesOver(move.source, target);
-            outcome.message =
-                QStringLiteral("the original stays too: ") + moved->sourceKept->detail.text();
+            outcome.notes = {{kOriginalStays, {moved->sourceKept->detail.text()}}};
         }
         return outcome;
     }
@@ -115,42 +119,79 @@ private:
     RenameJournal& m_journal;
 };
 
-bool isStopRequested(const RenameProgress& progress) {
-    return progress.stopRequested && progress.stopRequested();
+/// Returns nothing for a plan that moves no file.
+Result<std::optional<RenameJournal>> journalOf(const std::vector<RenameMove>& plan) {
+    std::vector<JournalMove> moves = movesForJournal(plan);
+    if (moves.empty())
+        return std::nullopt;
+    auto made = RenameJournal::create(std::move(moves));
+    if (!made)
+        return tl::unexpected(made.error());
+    return std::optional(std::move(*made));
+}
+
+/// Held by the rename of this process that runs.
+std::mutex& renameTurn() {
+    static std::mutex turn;
+    return turn;
 }
 
 } // namespace
 
-Result<std::vector<RenameOutcome>> runRename(const std::vector<RenameMove>& plan,
-                                             const RenameProgress& progress) {
-    std::vector<JournalMove> moves = movesForJournal(plan);
-    std::optional<RenameJournal> journal;
-    if (!moves.empty()) {
-        auto made = RenameJournal::create(std::move(moves));
-        if (!made)
-            return tl::unexpected(made.error());
-        journal = std::move(*made);
+Result<void> runRename(const std::vector<RenameMove>& plan, jobs::Run& run) {
+    using Clock = std::chrono::steady_clock;
+    auto journal = journalOf(plan);
+    if (!journal) {
+        run.fail(journal.error());
+        return tl::unexpected(journal.error());
     }
-    std::vector<RenameOutcome> outcomes;
     std::size_t index = 0;
     bool anyMoved = false;
     for (const RenameMove& move : plan) {
-        if (isStopRequested(progress)) {
-            if (journal)
-                journal->noteEnd(index);
+        if (run.isCancelled()) {
+            if (*journal)
+                (*journal)->noteEnd(index);
             break;
         }
-        if (move.stays)
-            outcomes.push_back({move.source, move.source, false, renameNoteText(move.note)});
-        else
-            outcomes.push_back(RenameJob(*journal).make(move, index++));
-        anyMoved = anyMoved || outcomes.back().moved;
-        if (progress.done)
-            progress.done(outcomes.back(), outcomes.size(), plan.size());
+        const auto start = Clock::now();
+        const auto ticket = run.ticket(move.source);
+        WriteOutcome outcome = move.stays ? jobs::refusal(move.source, renameNoteMessage(move.note))
+                                          : RenameJob(**journal).make(move, index++);
+        outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        anyMoved = anyMoved || outcome.status == WriteStatus::Completed;
+        ticket.report(outcome);
     }
-    if (journal && !anyMoved)
-        journal->drop();
-    return outcomes;
+    if (*journal && !anyMoved)
+        (*journal)->drop();
+    return {};
+}
+
+jobs::RunOrder renameOrder(const std::shared_ptr<RenameBatch>& batch) {
+    jobs::RunOrder order;
+    for (const media::ItemPointer& item : batch->items)
+        order.sources.append(item->filePath);
+    order.work = [batch](jobs::Run& run, const auto& items) {
+        const std::lock_guard turn(renameTurn());
+        if (batch->plan.empty())
+            batch->plan = planRename(batch->request, batch->items, surroundingsOnDisk());
+        std::vector<RenameMove> lines;
+        for (const std::size_t item : items) {
+            lines.push_back(batch->plan[item]);
+            lines.back().stays &= !batch->wasTried; // that is what is to be tried
+        }
+        batch->wasTried = true;
+        platform::ignoreFailure(runRename(lines, run), "the run's outcomes say it");
+    };
+    return order;
+}
+
+jobs::RunOrder undoOrder() {
+    jobs::RunOrder order;
+    order.work = [](jobs::Run& run, const auto&) {
+        const std::lock_guard turn(renameTurn());
+        platform::ignoreFailure(undoLastRename(run), "the run has it");
+    };
+    return order;
 }
 
 bool canUndoRename() {

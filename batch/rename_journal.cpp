@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "batch/rename_journal.h"
 
+#include "batch/messages.h"
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
@@ -155,13 +156,13 @@ Result<RenameJournal> RenameJournal::create(std::vector<JournalMove> moves) {
     // The lock belongs to what the two descriptors share.
     journal.m_fd.reset(::fcntl(file->fd(), F_DUPFD_CLOEXEC, 0));
     if (!journal.m_fd || ::fchmod(file->fd(), 0600) != 0 || !lockJournal(file->fd()))
-        return platform::systemFailure(QStringLiteral("create the journal"), journal.m_path, errno);
+        return platform::systemFailure(kCreateJournal, journal.m_path, errno);
     if (const Result<void> written = file->write(planText(moves)); !written)
         return tl::unexpected(written.error());
     if (const Result<void> there = file->commit(platform::NSFileManager::IfExists::Fail); !there)
         return tl::unexpected(there.error());
     if (::fcntl(journal.m_fd.get(), F_SETFL, O_APPEND) != 0)
-        return platform::systemFailure(QStringLiteral("open the journal"), journal.m_path, errno);
+        return platform::systemFailure(kOpenJournal, journal.m_path, errno);
     removeOldJournals(names);
     journal.m_moves = std::move(moves);
     return journal;
@@ -178,12 +179,11 @@ Result<RenameJournal> RenameJournal::openLast() {
             return journal;
         platform::ignoreFailure(journal.error(), "the job before it is the last one then");
     }
-    return failure(ErrorCode::NotFound, QStringLiteral("undo the rename"), {},
-                   QStringLiteral("there is no rename to take back"));
+    return failure(ErrorCode::NotFound, kUndoRename, {}, kNothingToUndo);
 }
 
 Result<RenameJournal> RenameJournal::open(const QString& path) {
-    const QString operation = QStringLiteral("open the journal");
+    const platform::Message operation = kOpenJournal;
     RenameJournal journal;
     journal.m_path = path;
     journal.m_fd.reset(::open(nativePath(path).constData(),
@@ -191,8 +191,7 @@ Result<RenameJournal> RenameJournal::open(const QString& path) {
     if (!journal.m_fd)
         return platform::systemFailure(operation, path, errno);
     if (!lockJournal(journal.m_fd.get()))
-        return failure(ErrorCode::NotSupported, QStringLiteral("undo the rename"), {},
-                       QStringLiteral("another rename is still running"));
+        return failure(ErrorCode::NotSupported, kUndoRename, {}, kRenameRunning);
     struct stat status {};
     if (::fstat(journal.m_fd.get(), &status) != 0 || status.st_nlink == 0)
         return failure(ErrorCode::NotFound, operation, path);
@@ -267,7 +266,7 @@ void RenameJournal::take(const QByteArray& line) {
 }
 
 Result<void> RenameJournal::append(const QByteArray& line, bool durable) {
-    const QString operation = QStringLiteral("write the journal");
+    const platform::Message operation = kWriteJournal;
     struct stat status {};
     if (::fstat(m_fd.get(), &status) != 0)
         return platform::systemFailure(operation, m_path, errno);

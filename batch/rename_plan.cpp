@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "batch/rename_plan.h"
 
+#include "batch/messages.h"
 #include "batch/rename_template.h"
 #include "platform/foundation/dates.h"
 #include "platform/foundation/file_manager.h"
@@ -217,24 +218,24 @@ QString creationDateOnDisk(const QString& path) {
 
 } // namespace
 
-QString renameNoteText(RenameNote note) {
+platform::Message renameNoteMessage(RenameNote note) {
     switch (note) {
     case RenameNote::None:
         break;
     case RenameNote::NameExists:
-        return QStringLiteral("name exists");
+        return kNameExists;
     case RenameNote::NoTitle:
-        return QStringLiteral("no title");
+        return kNoTitle;
     case RenameNote::EmptyName:
-        return QStringLiteral("empty name");
+        return kEmptyName;
     case RenameNote::NameTooLong:
-        return QStringLiteral("name too long");
+        return kNameTooLong;
     case RenameNote::Missing:
-        return QStringLiteral("file missing");
+        return kFileMissing;
     case RenameNote::NoFolder:
-        return QStringLiteral("no such folder");
+        return kNoSuchFolder;
     case RenameNote::NotPossible:
-        return QStringLiteral("not a file name");
+        return kNoFileName;
     }
     return {};
 }

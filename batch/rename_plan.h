@@ -2,6 +2,7 @@
 #pragma once
 
 #include "media/image_item.h"
+#include "platform/foundation/message.h"
 
 #include <QString>
 #include <QStringList>
@@ -52,7 +53,11 @@ enum class RenameNote {
     NoFolder,    ///< the text leads into a folder that is not there: the file will stay
     NotPossible, ///< no file can be called so: the file will stay
 };
-[[nodiscard]] QString renameNoteText(RenameNote note); ///< "name exists", …; empty for None
+[[nodiscard]] platform::Message renameNoteMessage(RenameNote note); ///< empty for None
+/// The same in the words of the front: "name exists", …
+[[nodiscard]] inline QString renameNoteText(RenameNote note) {
+    return renameNoteMessage(note).text();
+}
 
 /// One line of the plan.
 struct RenameMove {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "batch/batch_rename.h"
+#include "batch/messages.h"
 #include "batch/rename_journal.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/file_reader.h"
@@ -20,9 +21,12 @@
 namespace clipheave::batch {
 namespace {
 
+using jobs::WriteOutcome;
+using jobs::WriteStatus;
 using platform::ErrorCode;
 using platform::FileIdentity;
 using platform::FileReader;
+using platform::Message;
 using platform::Result;
 
 /// What an undo does with one move of the job.
@@ -54,16 +58,16 @@ UndoStep undoStepFor(const JournalMove& move) {
     return platform::nameIsTaken(folder) ? UndoStep::Gone : UndoStep::DiskAway;
 }
 
-QString whyNotPutBack(UndoStep step) {
+Message whyNotPutBack(UndoStep step) {
     switch (step) {
     case UndoStep::OldNameTaken:
-        return QStringLiteral("the old name has been taken since");
+        return kOldNameTaken;
     case UndoStep::OtherFile:
-        return QStringLiteral("not the same file any more");
+        return kAnotherFile;
     case UndoStep::Gone:
-        return QStringLiteral("the file is not there any more");
+        return kFileGone;
     case UndoStep::DiskAway:
-        return QStringLiteral("the folder is not there");
+        return kFolderGone;
     case UndoStep::Nothing:
     case UndoStep::PutBack:
     case UndoStep::RemoveCopy:
@@ -104,25 +108,25 @@ public:
     explicit UndoJob(RenameJournal& journal) : m_journal(journal) {}
 
     /// Nothing where the job had moved nothing.
-    std::optional<RenameOutcome> takeBack(std::size_t index) {
+    std::optional<WriteOutcome> takeBack(std::size_t index) {
         const JournalMove& move = m_journal.moves()[index];
         const UndoStep step = undoStepFor(move);
         if (step == UndoStep::Nothing)
             return std::nullopt;
-        RenameOutcome outcome{move.target, move.target, false, whyNotPutBack(step)};
+        WriteOutcome outcome = jobs::refusal(move.target, whyNotPutBack(step));
         if (step == UndoStep::PutBack)
-            putBack(move, index, outcome);
+            outcome = putBack(move, index);
         else if (step == UndoStep::RemoveCopy)
-            removeCopy(move, outcome);
-        if (outcome.moved) {
-            outcome.target = move.source;
+            outcome = removeCopy(move);
+        const bool isBack = outcome.status == WriteStatus::Completed;
+        if (isBack) {
+            outcome.outputs = {move.source};
             m_anyPutBack = true;
             remember(move.source);
             remember(move.target);
         }
         m_anyDiskAway = m_anyDiskAway || step == UndoStep::DiskAway;
-        m_anyLeft =
-            m_anyLeft || (!outcome.moved && step != UndoStep::OtherFile && step != UndoStep::Gone);
+        m_anyLeft = m_anyLeft || (!isBack && step != UndoStep::OtherFile && step != UndoStep::Gone);
         return outcome;
     }
 
@@ -134,32 +138,28 @@ public:
     [[nodiscard]] const QStringList& folders() const { return m_folders; }
 
 private:
-    void putBack(const JournalMove& move, std::size_t index, RenameOutcome& outcome) {
+    WriteOutcome putBack(const JournalMove& move, std::size_t index) {
         const auto moved =
             platform::moveItemWithOutcome(move.target, move.source, [&](const FileIdentity& copy) {
                 return m_journal.notePutBack(index, copy);
             });
-        outcome.moved = moved.has_value();
         if (!moved)
-            outcome.message = moved.error().code == ErrorCode::AlreadyExists
-                                  ? whyNotPutBack(UndoStep::OldNameTaken)
-                                  : moved.error().detail.text();
-        else if (moved->sourceKept)
-            outcome.message =
-                QStringLiteral("the new name stays too: ") + moved->sourceKept->detail.text();
+            return jobs::refusal(move.target, moved.error().code == ErrorCode::AlreadyExists
+                                                  ? kOldNameTaken
+                                                  : moved.error().detail);
+        WriteOutcome outcome;
+        if (moved->sourceKept)
+            outcome.notes = {{kNewNameStays, {moved->sourceKept->detail.text()}}};
+        return outcome;
     }
 
     /// The copy may have been edited since; then there are two files, and both stay.
-    static void removeCopy(const JournalMove& move, RenameOutcome& outcome) {
-        if (!haveSameBytes(move.source, move.target)) {
-            outcome.message = QStringLiteral("a copy with other contents stays");
-            return;
-        }
+    static WriteOutcome removeCopy(const JournalMove& move) {
+        if (!haveSameBytes(move.source, move.target))
+            return jobs::refusal(move.target, kChangedCopyStays);
         const auto removed =
             platform::NSFileManager::defaultManager().removeItemAtPath(move.target);
-        outcome.moved = removed.has_value();
-        if (!removed)
-            outcome.message = removed.error().detail.text();
+        return removed ? WriteOutcome() : jobs::refusal(move.target, removed.error().detail);
     }
 
     void remember(const QString& path) {
@@ -187,29 +187,28 @@ void removeUnfinishedCopies(const std::vector<JournalMove>& moves) {
 
 } // namespace
 
-Result<std::vector<RenameOutcome>> undoLastRename(const RenameProgress& progress) {
+Result<void> undoLastRename(jobs::Run& run) {
     auto journal = RenameJournal::openLast();
-    if (!journal)
+    if (!journal) {
+        run.fail(journal.error());
         return tl::unexpected(journal.error());
+    }
     removeUnfinishedCopies(journal->moves());
     UndoJob job(*journal);
-    std::vector<RenameOutcome> outcomes;
     const std::size_t total = journal->moves().size();
+    run.announce(static_cast<int>(total));
     for (std::size_t done = 1; done <= total; ++done) {
-        if (progress.stopRequested && progress.stopRequested())
-            return outcomes;
-        const auto outcome = job.takeBack(total - done);
-        if (!outcome)
-            continue;
-        outcomes.push_back(*outcome);
-        if (progress.done)
-            progress.done(*outcome, done, total);
+        if (run.isCancelled())
+            return {};
+        const std::size_t index = total - done;
+        if (const auto outcome = job.takeBack(index))
+            run.ticket(journal->moves()[index].target).report(*outcome);
     }
     // The journal must not be gone after a power cut that brings the new names back.
     platform::syncFolders(job.folders());
     if (!job.isWorthAnotherTry())
         journal->drop();
-    return outcomes;
+    return {};
 }
 
 } // namespace clipheave::batch

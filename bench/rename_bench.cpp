@@ -82,15 +82,23 @@ double onAThread(const std::function<void()>& work) {
     return taken;
 }
 
-double job(const std::vector<batch::RenameMove>& plan) {
-    int refreshed = 0;
-    batch::RenameProgress progress;
-    progress.done = [&](const batch::RenameOutcome& outcome, std::size_t, std::size_t) {
-        if (!outcome.moved)
+/// A run that the main thread hears of after every file.
+std::shared_ptr<jobs::Run> runOf(const std::function<void(jobs::Run&)>& work, int& refreshed) {
+    jobs::RunOrder order;
+    order.work = [work](jobs::Run& run, const auto&) { work(run); };
+    jobs::Run::Handlers handlers;
+    handlers.outcome = [&](const jobs::WriteOutcome& outcome) {
+        if (outcome.status != jobs::WriteStatus::Completed)
             std::exit(2);
         platform::performOnMainThread([&] { ++refreshed; });
     };
-    return onAThread([&] { (void)batch::runRename(plan, progress); });
+    return jobs::Run::create(order, {}, handlers);
+}
+
+double job(const std::vector<batch::RenameMove>& plan) {
+    int refreshed = 0;
+    const auto run = runOf([&](jobs::Run& run) { (void)batch::runRename(plan, run); }, refreshed);
+    return onAThread([&] { run->perform(); });
 }
 
 /// The posts of that job alone, each waited for.
@@ -103,11 +111,12 @@ double posts() {
 }
 
 double undo() {
-    return onAThread([] {
-        const auto undone = batch::undoLastRename({});
-        if (!undone || undone->size() != kFiles)
-            std::exit(2);
-    });
+    int refreshed = 0;
+    const auto run = runOf([](jobs::Run& run) { (void)batch::undoLastRename(run); }, refreshed);
+    const double taken = onAThread([&] { run->perform(); });
+    if (refreshed != kFiles)
+        std::exit(2);
+    return taken;
 }
 
 double median(std::vector<double> values) {

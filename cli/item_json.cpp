@@ -136,7 +136,7 @@ void writeOutcomes(JsonWriter& json, const std::vector<jobs::WriteOutcome>& outc
             json.string(output);
         json.endArray();
         json.key("status").string(QString::fromLatin1(statusName(outcome.status)));
-        json.key("message").string(outcome.message);
+        json.key("message").string(outcome.text());
         json.member("seconds", outcome.seconds);
         json.endObject();
     }

@@ -4,7 +4,7 @@
 #include "cli/write_run.h"
 #include "platform/foundation/paths.h"
 
-#include <chrono>
+#include <memory>
 
 namespace clipheave::cli {
 
@@ -12,45 +12,24 @@ namespace {
 
 using batch::RenameMove;
 using batch::RenameNote;
-using batch::RenameOutcome;
 using jobs::WriteOutcome;
-using jobs::WriteStatus;
 
-/// Collects the outcomes of a job and shows how far it is.
-class RenameRun {
-public:
-    RenameRun(Console& console, const QString& what) : m_console(console), m_what(what) {}
-
-    batch::RenameProgress progress() {
-        batch::RenameProgress progress;
-        progress.done = [this](const RenameOutcome& outcome, std::size_t index, std::size_t total) {
-            take(outcome);
-            m_console.progress(m_what, static_cast<int>(index), static_cast<int>(total));
-        };
-        progress.stopRequested = &isInterrupted;
-        return progress;
-    }
-    [[nodiscard]] std::vector<WriteOutcome>& outcomes() { return m_outcomes; }
-
-private:
-    void take(const RenameOutcome& outcome) {
-        const auto now = std::chrono::steady_clock::now();
-        WriteOutcome written;
-        written.source = outcome.source;
-        if (outcome.moved)
-            written.outputs.append(outcome.target);
-        written.status = outcome.moved ? WriteStatus::Completed : WriteStatus::Failed;
-        written.message = outcome.message;
-        written.seconds = std::chrono::duration<double>(now - m_last).count();
-        m_last = now;
-        m_outcomes.push_back(std::move(written));
-    }
-
-    Console& m_console;
-    QString m_what;
-    std::vector<WriteOutcome> m_outcomes;
-    std::chrono::steady_clock::time_point m_last = std::chrono::steady_clock::now();
-};
+/// Runs an order of renames on this thread and shows how far it is.
+std::shared_ptr<jobs::Run> performed(const jobs::RunOrder& order, const QString& what,
+                                     Console& console) {
+    std::weak_ptr<jobs::Run> weak;
+    jobs::Run::Handlers handlers;
+    handlers.outcome = [&](const WriteOutcome&) {
+        if (const auto run = weak.lock())
+            console.progress(what, run->done(), run->total());
+    };
+    handlers.stopRequested = &isInterrupted;
+    const auto run = jobs::Run::create(order, order.allItems(), handlers);
+    weak = run;
+    run->perform();
+    console.clearProgress();
+    return run;
+}
 
 /// "old -> new" and what a user should know of it; files that would stay have no line.
 int printPlan(const GlobalOptions& global, const std::vector<RenameMove>& plan,
@@ -108,23 +87,11 @@ int failRename(const platform::Error& error) {
     return error.code == platform::ErrorCode::NotFound ? kNothingToDo : kSomeFailed;
 }
 
-/// The items that an interruption has left alone.
-void addCancelled(std::vector<WriteOutcome>& outcomes, const std::vector<RenameMove>& plan) {
-    while (outcomes.size() < plan.size()) {
-        WriteOutcome outcome;
-        outcome.source = plan[outcomes.size()].source;
-        outcome.status = WriteStatus::Cancelled;
-        outcomes.push_back(std::move(outcome));
-    }
-}
-
 int undoRename(const GlobalOptions& global, Console& console) {
-    RenameRun run(console, QStringLiteral("put back"));
-    const auto undone = batch::undoLastRename(run.progress());
-    console.clearProgress();
-    if (!undone)
-        return failRename(undone.error());
-    return reportOutcomes(global, run.outcomes(), true);
+    const auto run = performed(batch::undoOrder(), QStringLiteral("put back"), console);
+    if (const auto failure = run->failure())
+        return failRename(*failure);
+    return reportOutcomes(global, run->outcomes(), true);
 }
 
 /// Why the options make no sense together; null when they do.
@@ -178,20 +145,20 @@ int runRename(const GlobalOptions& global, const RenameOptions& options, Console
     reportUnknown(import);
     if (items.empty() && import.skipped().empty())
         return reportNothingToDo();
-    const auto plan =
-        batch::planRename(requestOf(global, options), items, batch::surroundingsOnDisk());
+    const auto batch = std::make_shared<batch::RenameBatch>();
+    batch->request = requestOf(global, options);
+    batch->items = items;
+    batch->plan = batch::planRename(batch->request, items, batch::surroundingsOnDisk());
     if (options.dryRun)
-        return global.json ? printPlanAsJson(plan, import.skipped())
-                           : printPlan(global, plan, import.skipped());
-    RenameRun run(console, QStringLiteral("renamed"));
-    const auto renamed = batch::runRename(plan, run.progress());
-    console.clearProgress();
-    if (!renamed)
-        return failRename(renamed.error());
-    addCancelled(run.outcomes(), plan);
+        return global.json ? printPlanAsJson(batch->plan, import.skipped())
+                           : printPlan(global, batch->plan, import.skipped());
+    const auto run = performed(batch::renameOrder(batch), QStringLiteral("renamed"), console);
+    if (const auto failure = run->failure())
+        return failRename(*failure);
+    std::vector<WriteOutcome> outcomes = run->outcomes();
     for (const media::SkippedPath& skipped : import.skipped())
-        run.outcomes().push_back(outcomeOfSkipped(skipped));
-    return reportOutcomes(global, run.outcomes(), import.skipped().empty());
+        outcomes.push_back(outcomeOfSkipped(skipped));
+    return reportOutcomes(global, outcomes, import.skipped().empty());
 }
 
 } // namespace clipheave::cli

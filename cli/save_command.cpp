@@ -75,6 +75,42 @@ QString fillAudioPane(media::AudioPane& pane, const SaveOptions& options,
     return {};
 }
 
+/// Types the values into the pane of the item's kind; the reason when a field is not on it.
+QString fillPanes(jobs::WriteRequest& request, const SaveOptions& options,
+                  const platform::EncodedImage& artwork) {
+    if (request.audioPane)
+        return fillAudioPane(*request.audioPane, options, artwork);
+    if (media::MediaKind::isVideo(request.item->filePath))
+        return fillPane(request.pane, options, artwork);
+    return {};
+}
+
+/// The order for the items without a fault; the others fail with theirs.
+jobs::RunOrder orderBut(std::vector<QString> faults, jobs::RunOrder order) {
+    const auto write = order.work;
+    order.work = [write, faults = std::move(faults), sources = order.sources](jobs::Run& run,
+                                                                              const auto& items) {
+        std::vector<std::size_t> sound;
+        for (const std::size_t item : items) {
+            const QString& source = sources[static_cast<qsizetype>(item)];
+            if (faults[item].isEmpty())
+                sound.push_back(item);
+            else
+                run.ticket(source).report(jobs::refusal(source, faults[item]));
+        }
+        write(run, sound);
+    };
+    return order;
+}
+
+int runWriter(const GlobalOptions& global, const QStringList& paths, const QString& what,
+              metadata::Writer writer, Console& console) {
+    const auto order = [writer](const auto& import, const auto& settings) {
+        return metadata::writeOrder(writer, requestsFor(import, settings));
+    };
+    return runOverItems(global, paths, what, order, console);
+}
+
 } // namespace
 
 int runSave(const GlobalOptions& global, const SaveOptions& options, Console& console) {
@@ -92,37 +128,31 @@ int runSave(const GlobalOptions& global, const SaveOptions& options, Console& co
         }
         artwork = *image;
     }
-    const auto start = [&](metadata::VideoMetadata& writer, jobs::WriteRequest request) {
-        QString notThere;
-        if (request.audioPane)
-            notThere = fillAudioPane(*request.audioPane, options, artwork);
-        else if (media::MediaKind::isVideo(request.item->filePath))
-            notThere = fillPane(request.pane, options, artwork);
-        if (!notThere.isEmpty())
-            return writer.refuse(request, notThere);
-        writer.SaveMeidaFileChangesAction(request);
+    const auto order = [&](const auto& import, const auto& settings) {
+        std::vector<jobs::WriteRequest> requests = requestsFor(import, settings);
+        std::vector<QString> faults;
+        for (jobs::WriteRequest& request : requests)
+            faults.push_back(fillPanes(request, options, artwork));
+        return orderBut(faults,
+                        metadata::writeOrder(&metadata::VideoMetadata::SaveMeidaFileChangesAction,
+                                             std::move(requests)));
     };
-    return runWriting(global, options.paths, QStringLiteral("saved"), start, console);
+    return runOverItems(global, options.paths, QStringLiteral("saved"), order, console);
 }
 
 int runClear(const GlobalOptions& global, const QStringList& paths, Console& console) {
-    return runWriting(
-        global, paths, QStringLiteral("cleared"),
-        [](auto& writer, const auto& request) { writer.RemoveMediaFileAction(request); }, console);
+    return runWriter(global, paths, QStringLiteral("cleared"),
+                     &metadata::VideoMetadata::RemoveMediaFileAction, console);
 }
 
 int runTitleToName(const GlobalOptions& global, const QStringList& paths, Console& console) {
-    return runWriting(
-        global, paths, QStringLiteral("copied"),
-        [](auto& writer, const auto& request) { writer.CopyvideoTitletoFileNameAction(request); },
-        console);
+    return runWriter(global, paths, QStringLiteral("copied"),
+                     &metadata::VideoMetadata::CopyvideoTitletoFileNameAction, console);
 }
 
 int runNameToTitle(const GlobalOptions& global, const QStringList& paths, Console& console) {
-    return runWriting(
-        global, paths, QStringLiteral("saved"),
-        [](auto& writer, const auto& request) { writer.CopyvideofilenametoTitleAction(request); },
-        console);
+    return runWriter(global, paths, QStringLiteral("saved"),
+                     &metadata::VideoMetadata::CopyvideofilenametoTitleAction, console);
 }
 
 } // namespace clipheave::cli

@@ -20,7 +20,7 @@ struct VideoCommand {
     const char* name;
     const QStringList& (*titles)(); ///< null: the job has no choice
     std::vector<ShortForm> shortForms;
-    void (VideoJobs::*worker)(const video::VideoJobRequest& request);
+    video::Worker worker;
 };
 
 const std::vector<VideoCommand>& videoCommands() {
@@ -72,19 +72,11 @@ int runVideo(const GlobalOptions& global, const VideoOptions& options, Console& 
                                 command.titles().join(QStringLiteral("\", \""))));
             return kWrongUsage;
         }
-        const auto start = [&](const ItemRun& run) -> RunProgressTeller {
-            auto jobs = std::make_shared<VideoJobs>(run.handler);
-            jobs->protectSources(sourcesOf(run.import));
-            (jobs.get()->*command.worker)({title, run.import.localPhotoItemArray(), run.storage,
-                                           run.import.bImportLocalFolder(),
-                                           run.import.bImportLocalPath()});
-            return [jobs] {
-                if (isInterrupted())
-                    jobs->cancel();
-                return jobs->runningProgress();
-            };
+        const auto order = [&](const auto& import, const auto& settings) {
+            return video::videoOrder(command.worker,
+                                     {title, import.localPhotoItemArray(), settings});
         };
-        return runOverItems(global, options.paths, QStringLiteral("made"), start, console);
+        return runOverItems(global, options.paths, QStringLiteral("made"), order, console);
     }
     printError(QStringLiteral("video: unknown job \"%1\"").arg(options.job));
     return kWrongUsage;

@@ -341,22 +341,65 @@ const Sentence kItemWords[] = {
 
 // jobs
 const Sentence kJobWords[] = {
-    {},
+    {"no-outcome", "the work was given up without a result"},
+    {"creation-date-not-stored", "creation date not stored here"},
+    {"copied-unchanged", "copied unchanged"},
 };
 
 // metadata
 const Sentence kMetadataWords[] = {
-    {},
+    {"neither-video-nor-audio", "neither a video nor an audio file"},
+    {"no-video-file", "not a video"},
+    {"title-leads-out", "the title \"%1\" would lead out of the output folder"},
+    {"title-given-out", "%1: another file of this run has that title"},
+    {"empty-title", "the title is empty, and so is the name"},
+    {"no-audio-pane", "no audio pane was given"},
+    {"cover-stored-as-given", "The cover is stored as it was given: as TIFF it is over 16 MiB"},
+    {"keywords-not-stored", "Keywords not stored: the file has no place for it"},
+    {"description-not-stored", "Description not stored: the file has no place for it"},
+    {"track-not-stored", "Track not stored: the file has no place for it"},
+    {"publisher-not-stored", "Publisher not stored: the file has no place for it"},
+    {"band-not-stored", "Band not stored: the file has no place for it"},
+    {"created-date-not-stored", "Created date not stored: the file has no place for it"},
 };
 
 // video
 const Sentence kVideoWords[] = {
-    {},
+    {"export-video", "Export"},
+    {"read-video-frames", "Read frames"},
+    {"no-video-item", "not a video"},
+    {"unknown-video-kind", "\".%1\" is none of the known kinds of video"},
+    {"source-without-video", "There is no video track"},
+    {"source-without-tracks", "There is neither a video nor an audio track"},
+    {"video-without-frames", "No frame could be decoded"},
+    {"replaced-older-file", "replaced an older file"},
+    {"merged-into", "in %1"},
+    {"frames-written", "%1 images"},
+    {"frames-not-decoded", "%1 frames could not be decoded"},
 };
 
 // batch
 const Sentence kBatchWords[] = {
-    {},
+    {"name-exists", "name exists"},
+    {"no-title", "no title"},
+    {"empty-name", "empty name"},
+    {"name-too-long", "name too long"},
+    {"file-missing", "file missing"},
+    {"no-such-folder", "no such folder"},
+    {"no-file-name", "not a file name"},
+    {"original-stays", "the original stays too: %1"},
+    {"new-name-stays", "the new name stays too: %1"},
+    {"old-name-taken", "the old name has been taken since"},
+    {"another-file", "not the same file any more"},
+    {"file-gone", "the file is not there any more"},
+    {"folder-gone", "the folder is not there"},
+    {"changed-copy-stays", "a copy with other contents stays"},
+    {"create-journal", "Create the journal"},
+    {"open-journal", "Open the journal"},
+    {"write-journal", "Write the journal"},
+    {"undo-rename", "Undo the rename"},
+    {"nothing-to-undo", "There is no rename to take back"},
+    {"rename-running", "Another rename is still running"},
 };
 
 /// By code.

@@ -7,9 +7,7 @@
 #include "platform/foundation/paths.h"
 #include "platform/foundation/temporaries.h"
 
-#include <condition_variable>
-#include <map>
-#include <mutex>
+#include <chrono>
 
 namespace clipheave::cli {
 
@@ -18,70 +16,42 @@ namespace {
 using jobs::WriteOutcome;
 using jobs::WriteStatus;
 
-/// Collects outcomes that arrive on export threads.
-class OutcomeCollector {
-public:
-    jobs::OutcomeHandler handler() {
-        return [this](const WriteOutcome& outcome) {
-            const std::scoped_lock lock(m_mutex);
-            m_bySource[outcome.source].push_back(outcome);
-            ++m_count;
-            m_arrived.notify_all();
-        };
-    }
-    /// Waits until `count` outcomes are there; calls `tick` meanwhile.
-    void waitFor(int count, const std::function<void(int)>& tick) {
-        std::unique_lock lock(m_mutex);
-        while (m_count < count) {
-            m_arrived.wait_for(lock, std::chrono::milliseconds(100));
-            const int done = m_count;
-            lock.unlock();
-            tick(done);
-            lock.lock();
-        }
-    }
-    int count() {
-        const std::scoped_lock lock(m_mutex);
-        return m_count;
-    }
-    /// In the order of the items; a file listed twice has two.
-    std::vector<WriteOutcome> inOrderOf(const std::vector<media::ItemPointer>& items) {
-        const std::scoped_lock lock(m_mutex);
-        std::vector<WriteOutcome> ordered;
-        for (const auto& item : items) {
-            auto& outcomes = m_bySource[item->filePath];
-            if (outcomes.empty())
-                continue;
-            ordered.push_back(outcomes.front());
-            outcomes.erase(outcomes.begin());
-        }
-        return ordered;
-    }
+constexpr std::chrono::milliseconds kTick(100);
 
-private:
-    std::mutex m_mutex;
-    std::condition_variable m_arrived;
-    std::map<QString, std::vector<WriteOutcome>> m_bySource;
-    int m_count = 0;
-};
-
-jobs::WriteRequest requestFor(const media::ItemPointer& item, const QString& storage,
-                              const media::MediaImport& import) {
-    jobs::WriteRequest request{item, media::ShowVideoViewWithItem(*item), storage,
-                               import.bImportLocalFolder(), import.bImportLocalPath()};
-    // There is no video pane beside it whose artist could stand in the memory.
-    if (media::MediaKind::isAudio(item->filePath))
-        request.audioPane = media::ShowAudioViewWithItem(*item, item->fileArist);
-    return request;
+/// Waits for the end of a run; an interruption cancels what is left of it.
+void waitForEnd(jobs::Run& run, const QString& what, Console& console) {
+    while (!run.waitForEnd(kTick)) {
+        if (isInterrupted())
+            run.cancel();
+        const jobs::RunProgress running = run.progress();
+        console.progress(what, run.done(), run.total(), {running.mean(), running.files()});
+    }
+    platform::AVAssetExportSession::waitForAllExports();
+    console.clearProgress();
 }
 
 } // namespace
+
+std::vector<jobs::WriteRequest> requestsFor(const media::MediaImport& import,
+                                            const jobs::RunSettings& settings) {
+    std::vector<jobs::WriteRequest> requests;
+    for (const auto& item : import.localPhotoItemArray()) {
+        jobs::WriteRequest& request = requests.emplace_back();
+        request.item = item;
+        request.pane = media::ShowVideoViewWithItem(*item);
+        request.settings = settings;
+        // There is no video pane beside it whose artist could stand in the memory.
+        if (media::MediaKind::isAudio(item->filePath))
+            request.audioPane = media::ShowAudioViewWithItem(*item, item->fileArist);
+    }
+    return requests;
+}
 
 WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped) {
     WriteOutcome outcome;
     outcome.source = skipped.path;
     outcome.status = WriteStatus::Skipped;
-    outcome.message = skipped.reason.text();
+    outcome.notes = {skipped.reason};
     return outcome;
 }
 
@@ -105,9 +75,9 @@ int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>&
             allDone &= outcome.status == WriteStatus::Skipped;
             printError(QStringLiteral("%1: %2: %3")
                            .arg(outcome.source, QLatin1String(statusName(outcome.status)),
-                                outcome.message));
-        } else if (!outcome.message.isEmpty() && !global.quiet) {
-            printError(QStringLiteral("%1: %2").arg(outcome.source, outcome.message));
+                                outcome.text()));
+        } else if (!outcome.text().isEmpty() && !global.quiet) {
+            printError(QStringLiteral("%1: %2").arg(outcome.source, outcome.text()));
         }
     }
     if (global.json) {
@@ -123,7 +93,7 @@ int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>&
 }
 
 int runOverItems(const GlobalOptions& global, const QStringList& paths, const QString& what,
-                 const StartRun& start, Console& console) {
+                 const MakeOrder& makeOrder, Console& console) {
     media::MediaImport import;
     import.setStopRequested(&isInterrupted);
     import.importMediaItemsThreader(paths);
@@ -139,43 +109,16 @@ int runOverItems(const GlobalOptions& global, const QStringList& paths, const QS
         return kSomeFailed;
     }
     platform::removeStaleTemporaries(storage);
-    OutcomeCollector collector;
-    const auto progress = start({collector.handler(), import, storage});
-    const auto total = static_cast<int>(items.size());
-    collector.waitFor(total, [&](int done) {
-        const jobs::RunProgress running = progress();
-        console.progress(what, done, total, {running.mean(), running.files()});
-    });
-    platform::AVAssetExportSession::waitForAllExports();
-    console.clearProgress();
-    std::vector<WriteOutcome> outcomes = collector.inOrderOf(items);
+    const auto order =
+        makeOrder(import, {storage, import.bImportLocalFolder(), import.bImportLocalPath()});
+    const auto run = jobs::Run::create(order, order.allItems(), {{}, {}, &isInterrupted});
+    run->paths().protect(order.sources);
+    run->perform();
+    waitForEnd(*run, what, console);
+    std::vector<WriteOutcome> outcomes = run->outcomes();
     for (const media::SkippedPath& skipped : import.skipped())
         outcomes.push_back(outcomeOfSkipped(skipped));
     return reportOutcomes(global, outcomes, import.skipped().empty());
-}
-
-int runWriting(const GlobalOptions& global, const QStringList& paths, const QString& what,
-               const StartWriting& start, Console& console) {
-    const auto startAll = [&start](const ItemRun& run) -> RunProgressTeller {
-        auto writer = std::make_shared<metadata::VideoMetadata>(run.handler);
-        writer->protectSources(sourcesOf(run.import));
-        for (const auto& item : run.import.localPhotoItemArray()) {
-            auto request = requestFor(item, run.storage, run.import);
-            if (isInterrupted())
-                writer->refuse(request, QStringLiteral("cancelled"), WriteStatus::Cancelled);
-            else
-                start(*writer, std::move(request));
-        }
-        return [writer] { return writer->runningProgress(); };
-    };
-    return runOverItems(global, paths, what, startAll, console);
-}
-
-QStringList sourcesOf(const media::MediaImport& import) {
-    QStringList sources;
-    for (const auto& item : import.localPhotoItemArray())
-        sources.append(item->filePath);
-    return sources;
 }
 
 } // namespace clipheave::cli

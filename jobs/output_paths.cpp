@@ -21,23 +21,23 @@ QString withoutWaysOut(const QString& path) {
 
 /// Below the storage folder, with the file's name; the name alone without an imported folder.
 QString relativePath(const WriteRequest& request) {
-    if (!request.bImportLocalFolder)
+    if (!request.settings.bImportLocalFolder)
         return request.item->fileName;
     QString path = request.item->filePath;
     // Of the root nothing is taken out: that would leave one long name without folders.
-    if (!request.bImportLocalPath.isEmpty() && request.bImportLocalPath != u"/")
-        path.remove(request.bImportLocalPath);
+    if (!request.settings.bImportLocalPath.isEmpty() && request.settings.bImportLocalPath != u"/")
+        path.remove(request.settings.bImportLocalPath);
     return withoutWaysOut(path);
 }
 
 } // namespace
 
 QString flatOutputPath(const WriteRequest& request) {
-    return appendingPathComponent(request.storagelocation, request.item->fileName);
+    return appendingPathComponent(request.settings.storagelocation, request.item->fileName);
 }
 
 QString mirroredOutputPath(const WriteRequest& request) {
-    return appendingPathComponent(request.storagelocation, relativePath(request));
+    return appendingPathComponent(request.settings.storagelocation, relativePath(request));
 }
 
 QString titledOutputPath(const WriteRequest& request) {
@@ -49,6 +49,7 @@ QString titledOutputPath(const WriteRequest& request) {
 }
 
 void OutputPaths::protect(const QStringList& sources) {
+    const std::lock_guard lock(m_mutex);
     for (const QString& source : sources) {
         if (m_protectedPaths.contains(source))
             continue;
@@ -59,14 +60,20 @@ void OutputPaths::protect(const QStringList& sources) {
 }
 
 bool OutputPaths::isProtected(const QString& path) const {
+    const std::lock_guard lock(m_mutex);
+    return leadsToSource(path);
+}
+
+bool OutputPaths::leadsToSource(const QString& path) const {
     const auto found = NSFileManager::defaultManager().attributesOfItemAtPath(path);
     return found && m_protected.contains({found->device, found->inode});
 }
 
 QString OutputPaths::claim(const QString& wanted) {
+    const std::lock_guard lock(m_mutex);
     const NSFileManager& files = NSFileManager::defaultManager();
     QString path = wanted;
-    if (m_taken.contains(path) || isProtected(path)) {
+    if (m_taken.contains(path) || leadsToSource(path)) {
         // Outputs of this run may not be there yet: step past them by name.
         for (int number = 2; m_taken.contains(path) || files.fileExistsAtPath(path); ++number)
             path = numberedName(wanted, number);
@@ -80,6 +87,7 @@ QString OutputPaths::claimShared(const QString& wanted) const {
 }
 
 bool OutputPaths::claimExactly(const QString& path) {
+    const std::lock_guard lock(m_mutex);
     if (m_taken.contains(path))
         return false;
     m_taken.insert(path);

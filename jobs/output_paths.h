@@ -8,6 +8,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <mutex>
+
 namespace clipheave::jobs {
 
 /// The flat rule: the file's name in the storage folder.
@@ -21,7 +23,7 @@ namespace clipheave::jobs {
 /// stands; null when it would lead out of the storage folder.
 [[nodiscard]] QString titledOutputPath(const WriteRequest& request);
 
-/// The output paths of one command run. Not thread-safe.
+/// Gives out the output paths of one run. Thread-safe.
 class OutputPaths {
 public:
     /// No output replaces one of these files, whatever leads to it.
@@ -39,6 +41,9 @@ public:
     [[nodiscard]] bool isProtected(const QString& path) const;
 
 private:
+    [[nodiscard]] bool leadsToSource(const QString& path) const;
+
+    mutable std::mutex m_mutex;
     QSet<QString> m_taken;
     QSet<QString> m_protectedPaths;
     QSet<QPair<quint64, quint64>> m_protected; ///< device and inode of each

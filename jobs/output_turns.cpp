@@ -3,7 +3,12 @@
 
 namespace clipheave::jobs {
 
-void OutputTurns::begin(const QString& path, std::function<void()> begin) {
+void OutputTurn::end() {
+    if (!m_hasEnded.exchange(true))
+        m_turns->ended(m_path);
+}
+
+void OutputTurns::begin(const QString& path, Begin begin) {
     {
         const std::lock_guard lock(m_mutex);
         const auto [entry, isFirst] = m_waiting.try_emplace(path);
@@ -12,11 +17,11 @@ void OutputTurns::begin(const QString& path, std::function<void()> begin) {
             return;
         }
     }
-    begin();
+    begin(std::make_shared<OutputTurn>(shared_from_this(), path));
 }
 
 void OutputTurns::ended(const QString& path) {
-    std::function<void()> next;
+    Begin next;
     {
         const std::lock_guard lock(m_mutex);
         const auto entry = m_waiting.find(path);
@@ -29,7 +34,7 @@ void OutputTurns::ended(const QString& path) {
         next = std::move(entry->second.front());
         entry->second.pop_front();
     }
-    next();
+    next(std::make_shared<OutputTurn>(shared_from_this(), path));
 }
 
 } // namespace clipheave::jobs

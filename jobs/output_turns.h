@@ -3,25 +3,48 @@
 
 #include <QString>
 
+#include <atomic>
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 
 namespace clipheave::jobs {
 
-/// Exports of one job that write one name go one after the other, in the order of the list, so that
-/// the last one wins whichever is faster. Thread-safe.
-class OutputTurns {
+class OutputTurns;
+
+/// The turn of one export at a path. Ends once: by end(), at the latest when it goes.
+class OutputTurn {
 public:
-    /// Runs `begin` now, or when those before it for this path have ended.
-    void begin(const QString& path, std::function<void()> begin);
-    /// The one that has the turn is done.
-    void ended(const QString& path);
+    OutputTurn(std::shared_ptr<OutputTurns> turns, QString path)
+        : m_turns(std::move(turns)), m_path(std::move(path)) {}
+    OutputTurn(const OutputTurn&) = delete;
+    OutputTurn& operator=(const OutputTurn&) = delete;
+    ~OutputTurn() { end(); }
+    /// Lets the next one begin, on this thread.
+    void end();
 
 private:
+    std::shared_ptr<OutputTurns> m_turns;
+    QString m_path;
+    std::atomic<bool> m_hasEnded = false;
+};
+
+/// Exports of one run that write one name go one after the other, in the order of the list, so that
+/// the last one wins whichever is faster. Thread-safe.
+class OutputTurns : public std::enable_shared_from_this<OutputTurns> {
+public:
+    using Begin = std::function<void(const std::shared_ptr<OutputTurn>& turn)>;
+    /// Runs `begin` now, or when the turns before it for this path have ended.
+    void begin(const QString& path, Begin begin);
+
+private:
+    friend class OutputTurn;
+    void ended(const QString& path);
+
     std::mutex m_mutex;
-    std::map<QString, std::deque<std::function<void()>>> m_waiting; ///< by path in use
+    std::map<QString, std::deque<Begin>> m_waiting; ///< by path in use
 };
 
 } // namespace clipheave::jobs

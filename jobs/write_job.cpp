@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "jobs/write_job.h"
 
+#include "jobs/messages.h"
+
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
@@ -12,26 +14,29 @@ namespace {
 using namespace platform;
 using Status = AVAssetExportSessionStatus;
 
-void finish(const WriteJob& job, WriteStatus status, const QStringList& outputs,
-            const Notes& messages) {
+void finish(const WriteJob& job, WriteStatus status, const std::optional<Error>& failure,
+            const Notes& notes, const QStringList& outputs = {}) {
     WriteOutcome outcome;
     outcome.source = job.source;
     outcome.outputs = outputs;
     outcome.status = status;
-    outcome.message = textOf(messages + job.notes);
+    outcome.failure = failure;
+    outcome.notes = notes + job.notes;
     outcome.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - job.start).count();
-    job.handler(outcome);
+    if (job.beforeReport)
+        job.beforeReport(outcome);
+    job.ticket.report(outcome);
 }
 
-/// Sets the dates of a finished output; adds what a user should know to `messages`.
-void setOutputDates(const WriteJob& job, Notes& messages) {
+/// Sets the dates of a finished output; adds what a user should know to `notes`.
+void setOutputDates(const WriteJob& job, Notes& notes) {
     const auto stored = NSFileManager::defaultManager().setAttributes(
         job.output, job.dates.creation, job.dates.modification);
     if (!stored)
-        messages.append(stored.error().text());
+        notes.append(stored.error().text());
     else if (*stored == CreationDateStored::NotStoredHere)
-        messages.append(QStringLiteral("creation date not stored here"));
+        notes.append(kCreationDateNotStored);
 }
 
 /// The ends that leave no output. True when the job has ended with one of them.
@@ -62,107 +67,65 @@ void completeExport(const WriteJob& job, const AVAssetExportSession& session) {
         return;
     if (status == Status::Failed) {
         if (!job.copiesOnFailure)
-            return failJob(job, session.error().text());
-        return startCopy(job, NSFileManager::IfExists::Replace, session.error().text());
+            return failJob(job, session.error());
+        return startCopy(job, NSFileManager::IfExists::Replace, session.error());
     }
-    Notes messages = session.notes();
-    setOutputDates(job, messages);
-    finish(job, WriteStatus::Completed, {job.output}, messages);
+    Notes notes = session.notes();
+    setOutputDates(job, notes);
+    finish(job, WriteStatus::Completed, {}, notes, {job.output});
 }
 
-void completeCopy(const WriteJob& job, const AVAssetExportSession& session, const QString& reason) {
+/// `reason`: the copy stands in for a rewrite that failed.
+void completeCopy(const WriteJob& job, const AVAssetExportSession& session,
+                  const std::optional<Error>& reason) {
     const Status status = session.status();
     if (endedWithoutOutput(job, status))
         return;
-    Notes messages;
-    if (!reason.isEmpty())
-        messages.append(reason);
+    Notes notes;
     if (status == Status::Failed) {
-        messages.append(session.error().text());
-        return finish(job, WriteStatus::Failed, {}, messages);
+        if (reason)
+            notes.append(session.error().text());
+        return finish(job, WriteStatus::Failed, reason ? *reason : session.error(), notes);
     }
-    if (!reason.isEmpty())
-        messages.append(QStringLiteral("copied unchanged"));
-    setOutputDates(job, messages);
-    finish(job, reason.isEmpty() ? WriteStatus::Completed : WriteStatus::Failed, {job.output},
-           messages);
+    if (reason)
+        notes.append(kCopiedUnchanged);
+    setOutputDates(job, notes);
+    finish(job, reason ? WriteStatus::Failed : WriteStatus::Completed, reason, notes, {job.output});
 }
 
 } // namespace
 
-double RunProgress::files() const {
-    double sum = 0;
-    for (const Export& running : exports)
-        sum += running.done * running.files;
-    return sum;
-}
-
-double RunProgress::mean() const {
-    int all = 0;
-    for (const Export& running : exports)
-        all += running.files;
-    return all > 0 ? files() / all : -1;
-}
-
-void RunningExports::start(const std::shared_ptr<AVAssetExportSession>& session,
-                           const QString& source, std::function<void()> completionHandler,
-                           int files) {
-    {
-        const std::lock_guard lock(m_mutex);
-        std::erase_if(m_running, [](const Running& ended) { return ended.session.expired(); });
-        m_running.push_back({session, source, files});
-        if (m_cancelled)
-            session->cancelExport();
-    }
-    session->exportAsynchronouslyWithCompletionHandler(std::move(completionHandler));
-}
-
-void RunningExports::cancel() {
-    const std::lock_guard lock(m_mutex);
-    m_cancelled = true;
-    for (const Running& running : m_running)
-        if (const auto session = running.session.lock())
-            session->cancelExport();
-}
-
-RunProgress RunningExports::progress() const {
-    const std::lock_guard lock(m_mutex);
-    RunProgress progress;
-    for (const auto& [weak, source, files] : m_running)
-        if (const auto session = weak.lock(); session && session->status() == Status::Exporting)
-            progress.exports.push_back({source, session->progress(), files});
-    return progress;
-}
-
-std::optional<WriteJob> beginJob(const QString& source, const QString& output,
-                                 const OutcomeHandler& handler,
-                                 const std::shared_ptr<RunningExports>& running) {
+std::optional<WriteJob> beginJob(const Ticket& ticket, const QString& source, const QString& output,
+                                 const std::function<void(WriteOutcome& outcome)>& beforeReport) {
     WriteJob job;
     job.source = source;
     job.output = output;
-    job.handler = handler;
-    job.running = running;
+    job.ticket = ticket;
+    job.beforeReport = beforeReport;
+    if (!ticket.run() ||
+        (ticket.run()->isCancelled() && endedWithoutOutput(job, Status::Cancelled)))
+        return std::nullopt;
     const NSFileManager& files = NSFileManager::defaultManager();
     const auto attributes = files.attributesOfItemAtPath(source);
     if (!attributes) {
-        failJob(job, attributes.error().text());
+        failJob(job, attributes.error());
         return std::nullopt;
     }
     job.dates = {attributes->NSFileCreationDate, attributes->NSFileModificationDate};
     if (const auto made = files.createDirectoryAtPath(deletingLastPathComponent(output)); !made) {
-        failJob(job, made.error().text());
+        failJob(job, made.error());
         return std::nullopt;
     }
     return job;
 }
 
 void startSession(const WriteJob& job, const std::shared_ptr<AVAssetExportSession>& session) {
-    job.running->start(
+    job.ticket.run()->start(
         session, job.source, [session, job] { completeExport(job, *session); }, job.files);
 }
 
-void failJob(const WriteJob& job, const QString& reason) {
-    finish(job, WriteStatus::Failed, {}, {reason});
+void failJob(const WriteJob& job, const Error& error) {
+    finish(job, WriteStatus::Failed, error, {});
 }
 
 void startExport(const WriteJob& job, const AVURLAsset& asset, const MetadataPlan& plan) {
@@ -178,10 +141,11 @@ void startExport(const WriteJob& job, const AVURLAsset& asset, const MetadataPla
     startSession(job, session);
 }
 
-void startCopy(const WriteJob& job, NSFileManager::IfExists ifExists, const QString& reason) {
+void startCopy(const WriteJob& job, NSFileManager::IfExists ifExists,
+               const std::optional<Error>& reason) {
     const auto session = AVAssetExportSession::unchangedCopy(job.source, job.output, ifExists);
-    job.running->start(session, job.source,
-                       [session, job, reason] { completeCopy(job, *session, reason); });
+    job.ticket.run()->start(session, job.source,
+                            [session, job, reason] { completeCopy(job, *session, reason); });
 }
 
 } // namespace clipheave::jobs

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "jobs/run_settings.h"
 #include "media/audio_pane.h"
 #include "media/video_pane.h"
-
-#include <QString>
 
 #include <optional>
 
@@ -17,10 +16,7 @@ struct WriteRequest {
     /// The pane at that moment. All writers take the file dates from its created-date field; a save
     /// writes its fields. A front without a pane gives the item's own, ShowVideoViewWithItem().
     media::VideoPane pane;
-    QString storagelocation;
-    /// As the import left them; the mirrored output path needs both.
-    bool bImportLocalFolder = false;
-    QString bImportLocalPath;
+    RunSettings settings;
     /// The audio pane at that moment, ShowAudioViewWithItem() for a front without one. Without it
     /// audio files are not written: an empty pane would take all their texts away.
     std::optional<media::AudioPane> audioPane = std::nullopt;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/audio_metadata.h"
 
+#include "metadata/messages.h"
 #include "metadata/temporary_artwork.h"
 #include "platform/formats/flac/flac_tags.h"
 #include "platform/formats/mpeg/mpeg_tags.h"
@@ -31,19 +32,18 @@ const QString& createdTextOf(const jobs::WriteRequest& request) {
 
 /// A text that was typed and that the file has no place for is not kept in silence.
 void noteUnstored(jobs::WriteJob& job, const media::AudioPane& pane, bool isFlac) {
-    const auto note = [&](const QString& text, const QString& old, const char* name) {
+    const auto note = [&](const QString& text, const QString& old, MessageCode reason) {
         if (text != old)
-            job.notes.append(QStringLiteral("%1 not stored: the file has no place for it")
-                                 .arg(QLatin1String(name)));
+            job.notes.append(reason);
     };
-    note(pane.texts.keywordslab, pane.shown.oldKeywordStr, "Keywords");
-    note(pane.texts.imageDescrilab, pane.shown.oldImageDescStr, "Description");
+    note(pane.texts.keywordslab, pane.shown.oldKeywordStr, kKeywordsNotStored);
+    note(pane.texts.imageDescrilab, pane.shown.oldImageDescStr, kDescriptionNotStored);
     if (!isFlac)
         return;
-    note(pane.texts.ablumAristlab, pane.shown.oldAlbumArtistStr, "Track");
-    note(pane.texts.publishlab, pane.shown.oldPublisherStr, "Publisher");
-    note(pane.texts.bandlab, pane.shown.oldBandStr, "Band");
-    note(pane.texts.createdDatelab, pane.shown.oldCreateDateStr, "Created date");
+    note(pane.texts.ablumAristlab, pane.shown.oldAlbumArtistStr, kTrackNotStored);
+    note(pane.texts.publishlab, pane.shown.oldPublisherStr, kPublisherNotStored);
+    note(pane.texts.bandlab, pane.shown.oldBandStr, kBandNotStored);
+    note(pane.texts.createdDatelab, pane.shown.oldCreateDateStr, kCreatedDateNotStored);
 }
 
 bool holdsListedArtwork(const QList<AVMetadataItem>& items) {
@@ -69,9 +69,7 @@ EncodedImage coverForFlac(const EncodedImage& image, platform::Notes& notes) {
     const auto tiff = TIFFRepresentation(image);
     if (tiff && tiff->byteCount() <= kLargestFlacImage)
         return *tiff;
-    notes.append(tiff ? QStringLiteral("The cover is stored as it was given: as TIFF it is over "
-                                       "16 MiB")
-                      : tiff.error().text());
+    notes.append(tiff ? Message(kCoverStoredAsGiven) : Message(tiff.error().text()));
     return image;
 }
 
@@ -95,15 +93,12 @@ std::optional<jobs::WriteJob> AudioMetadata::begin(const jobs::WriteRequest& req
                                                    const QString& createdText) {
     const QString& source = request.item->filePath;
     if (!request.audioPane) {
-        jobs::WriteJob job;
-        job.source = source;
-        job.handler = m_handler;
-        jobs::failJob(job, QStringLiteral("no audio pane was given"));
+        m_run.ticket(source).report(jobs::refusal(source, kNoAudioPane));
         return std::nullopt;
     }
-    m_paths.protect({source});
-    auto job =
-        jobs::beginJob(source, m_paths.claim(jobs::flatOutputPath(request)), m_handler, m_running);
+    m_run.paths().protect({source});
+    auto job = jobs::beginJob(m_run.ticket(source), source,
+                              m_run.paths().claim(jobs::flatOutputPath(request)));
     if (job)
         noteUnstored(*job, *request.audioPane, hasExtension(request, u"flac"));
     if (!job || createdText.isNull() || createdText == request.audioPane->shown.oldCreateDateStr)
@@ -176,7 +171,7 @@ void AudioMetadata::writeM4a(
     job->copiesOnFailure = false;
     const auto asset = AVURLAsset::assetWithPath(job->source);
     if (!asset)
-        return jobs::failJob(*job, asset.error().text());
+        return jobs::failJob(*job, asset.error());
     auto session = std::make_shared<AVAssetExportSession>(
         *asset, QString::fromUtf16(AVAssetExportPresetPassthrough));
     session->setOutputPath(job->output);

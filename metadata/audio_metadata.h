@@ -1,22 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "jobs/output_paths.h"
 #include "jobs/write_job.h"
 #include "jobs/write_request.h"
 #include "metadata/audio_plans.h"
 
 namespace clipheave::metadata {
 
-/// Writers of audio files of one command run, beside those of VideoMetadata, which owns the run.
-/// Each call starts one item and returns; see VideoMetadata for the outcome. All outputs go flat
-/// into the storage folder under the source's name and extension, whatever the container becomes.
-/// A request without an audio pane returns Failed.
+/// Writers of audio files on a run, beside those of VideoMetadata. Each call starts one item and
+/// returns; see there for the outcome. All outputs go flat into the storage folder under the
+/// source's name and extension, whatever the container becomes. A request without an audio pane
+/// fails.
 class AudioMetadata {
 public:
-    AudioMetadata(jobs::OutcomeHandler handler, jobs::OutputPaths& paths,
-                  std::shared_ptr<jobs::RunningExports> running)
-        : m_handler(std::move(handler)), m_paths(paths), m_running(std::move(running)) {}
+    explicit AudioMetadata(jobs::Run& run) : m_run(run) {}
 
     /// By the extension: MP3, FLAC (saving alone), any other audio.
     void save(const jobs::WriteRequest& request);
@@ -52,8 +49,8 @@ public:
                                                  const AudioDictionary& exif);
 
 private:
-    /// The job with the dates that `createdText` asks for; null: those of the source. None when it
-    /// cannot begin, which the handler has been told.
+    /// Makes the job with the dates that `createdText` asks for; null: those of the source. None as
+    /// jobs::beginJob().
     [[nodiscard]] std::optional<jobs::WriteJob> begin(const jobs::WriteRequest& request,
                                                       const QString& createdText);
     void writeMp3(const jobs::WriteRequest& request, const QList<platform::Id3TextFrame>& frames,
@@ -65,9 +62,7 @@ private:
     void writeFlac(const jobs::WriteRequest& request, const QMap<QString, QString>& info,
                    const CoverPlan& cover);
 
-    jobs::OutcomeHandler m_handler;
-    jobs::OutputPaths& m_paths;
-    std::shared_ptr<jobs::RunningExports> m_running;
+    jobs::Run& m_run;
 };
 
 } // namespace clipheave::metadata

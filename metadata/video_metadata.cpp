@@ -2,6 +2,7 @@
 #include "metadata/video_metadata.h"
 
 #include "media/media_kind.h"
+#include "metadata/messages.h"
 #include "platform/foundation/dates.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
@@ -30,14 +31,14 @@ void takeDatesOfPane(jobs::WriteJob& job, const media::VideoPane& pane) {
 template <class Planner> void exportByPlan(const jobs::WriteJob& job, const Planner& plan) {
     const auto asset = AVURLAsset::assetWithPath(job.source);
     if (!asset)
-        return jobs::startCopy(job, NSFileManager::IfExists::Replace, asset.error().text());
+        return jobs::startCopy(job, NSFileManager::IfExists::Replace, asset.error());
     jobs::startExport(job, *asset, plan(asset->metadata()));
 }
 
 } // namespace
 
 std::optional<jobs::WriteJob> VideoMetadata::begin(const QString& source, const QString& output) {
-    return jobs::beginJob(source, output, m_handler, m_running);
+    return jobs::beginJob(m_run.ticket(source), source, output);
 }
 
 std::optional<jobs::WriteJob> VideoMetadata::begin(const jobs::WriteRequest& request,
@@ -48,13 +49,10 @@ std::optional<jobs::WriteJob> VideoMetadata::begin(const jobs::WriteRequest& req
     return job;
 }
 
-void VideoMetadata::refuse(const jobs::WriteRequest& request, const QString& reason,
+void VideoMetadata::refuse(const jobs::WriteRequest& request, const Message& reason,
                            jobs::WriteStatus status) {
-    jobs::WriteOutcome outcome;
-    outcome.source = request.item->filePath;
-    outcome.status = status;
-    outcome.message = reason;
-    m_handler(outcome);
+    const QString& source = request.item->filePath;
+    m_run.ticket(source).report(jobs::refusal(source, reason, status));
 }
 
 void VideoMetadata::SaveMeidaFileChangesAction(const jobs::WriteRequest& request) {
@@ -62,14 +60,13 @@ void VideoMetadata::SaveMeidaFileChangesAction(const jobs::WriteRequest& request
     if (MediaKind::isAudio(path))
         return m_audio.save(request);
     if (!MediaKind::isVideo(path))
-        return refuse(request, QStringLiteral("neither a video nor an audio file"),
-                      jobs::WriteStatus::Skipped);
+        return refuse(request, kNeitherVideoNorAudio, jobs::WriteStatus::Skipped);
     SaveChangedVideoExifDateAction(request);
 }
 
 void VideoMetadata::SaveChangedVideoExifDateAction(const jobs::WriteRequest& request) {
-    m_paths.protect({request.item->filePath});
-    const auto job = begin(request, m_paths.claim(jobs::flatOutputPath(request)));
+    m_run.paths().protect({request.item->filePath});
+    const auto job = begin(request, m_run.paths().claim(jobs::flatOutputPath(request)));
     if (!job)
         return;
     if (isMaterialExchange(job->source))
@@ -83,13 +80,12 @@ void VideoMetadata::RemoveMediaFileAction(const jobs::WriteRequest& request) {
         return RemoveVideoExifDateAction(request);
     if (MediaKind::isAudio(path))
         return m_audio.remove(request);
-    refuse(request, QStringLiteral("neither a video nor an audio file"),
-           jobs::WriteStatus::Skipped);
+    refuse(request, kNeitherVideoNorAudio, jobs::WriteStatus::Skipped);
 }
 
 void VideoMetadata::RemoveVideoExifDateAction(const jobs::WriteRequest& request) {
-    m_paths.protect({request.item->filePath});
-    auto job = begin(request, m_paths.claim(jobs::mirroredOutputPath(request)));
+    m_run.paths().protect({request.item->filePath});
+    auto job = begin(request, m_run.paths().claim(jobs::mirroredOutputPath(request)));
     if (!job)
         return;
     job->removes = true;
@@ -99,8 +95,8 @@ void VideoMetadata::RemoveVideoExifDateAction(const jobs::WriteRequest& request)
 void VideoMetadata::SetVideoFileWithFilePath_WithExifPath_withDateStr(const QString& filePath,
                                                                       const QString& exifPath,
                                                                       const QString& dateText) {
-    m_paths.protect({filePath});
-    auto job = begin(filePath, m_paths.claim(exifPath));
+    m_run.paths().protect({filePath});
+    auto job = begin(filePath, m_run.paths().claim(exifPath));
     if (!job)
         return;
     if (const auto date = parseDateText(dateText))
@@ -111,32 +107,41 @@ void VideoMetadata::SetVideoFileWithFilePath_WithExifPath_withDateStr(const QStr
 void VideoMetadata::CopyvideoTitletoFileNameAction(const jobs::WriteRequest& request) {
     const QString output = jobs::titledOutputPath(request);
     if (output.isEmpty())
-        return refuse(request,
-                      QStringLiteral("the title \"%1\" would lead out of the output folder")
-                          .arg(request.item->fileTitle));
-    if (!m_paths.claimExactly(output))
-        return refuse(request,
-                      QStringLiteral("%1: another file of this run has that title").arg(output));
+        return refuse(request, {kTitleLeadsOut, {request.item->fileTitle}});
+    if (!m_run.paths().claimExactly(output))
+        return refuse(request, {kTitleGivenOut, {output}});
     // The folder by the mirrored rule is made; one that only the title names is not.
     auto job = begin(request.item->filePath, jobs::mirroredOutputPath(request));
     if (!job)
         return;
     job->output = output;
     if (request.item->fileTitle.isEmpty())
-        job->notes.append(QStringLiteral("the title is empty, and so is the name"));
+        job->notes.append(kEmptyTitle);
     jobs::startCopy(*job, NSFileManager::IfExists::Fail);
 }
 
 void VideoMetadata::CopyvideofilenametoTitleAction(const jobs::WriteRequest& request) {
     const QString& path = request.item->filePath;
     if (!MediaKind::isVideo(path))
-        return refuse(request, QStringLiteral("not a video"), jobs::WriteStatus::Skipped);
-    m_paths.protect({path});
-    const auto job = begin(path, m_paths.claim(jobs::mirroredOutputPath(request)));
+        return refuse(request, kNoVideoFile, jobs::WriteStatus::Skipped);
+    m_run.paths().protect({path});
+    const auto job = begin(path, m_run.paths().claim(jobs::mirroredOutputPath(request)));
     if (!job)
         return;
     const QString title = deletingPathExtension(request.item->fileName);
     exportByPlan(*job, [&](const auto& items) { return planVideoTitle(title, items); });
+}
+
+jobs::RunOrder writeOrder(Writer writer, std::vector<jobs::WriteRequest> requests) {
+    jobs::RunOrder order;
+    for (const jobs::WriteRequest& request : requests)
+        order.sources.append(request.item->filePath);
+    order.work = [writer, requests = std::move(requests)](jobs::Run& run, const auto& items) {
+        VideoMetadata writers(run);
+        for (const std::size_t item : items)
+            (writers.*writer)(requests[item]);
+    };
+    return order;
 }
 
 } // namespace clipheave::metadata

@@ -17,21 +17,19 @@ namespace {
 jobs::WriteRequest pathRequest(const VideoJobRequest& request, const media::ItemPointer& item) {
     jobs::WriteRequest paths;
     paths.item = item;
-    paths.storagelocation = request.storagelocation;
-    paths.bImportLocalFolder = request.bImportLocalFolder;
-    paths.bImportLocalPath = request.bImportLocalPath;
+    paths.settings = request.settings;
     return paths;
 }
 
 /// Deliberate: the folders of an imported tree appear in the storage folder although the converted
 /// videos lie beside them, as they always have.
 void makeMirroredFolders(const VideoJobRequest& request, const media::ItemPointer& item) {
-    if (!request.bImportLocalFolder)
+    if (!request.settings.bImportLocalFolder)
         return;
     const QString mirrored = jobs::mirroredOutputPath(pathRequest(request, item));
     ignoreFailure(
         NSFileManager::defaultManager().createDirectoryAtPath(deletingLastPathComponent(mirrored)),
-        "the films do not go there");
+        "the videos do not go there");
 }
 
 constexpr char kFailedText[] = "Export failed: %1";
@@ -93,7 +91,7 @@ void VideoJobs::ConvertVideoMediaFileFileThreader(const VideoJobRequest& request
             continue;
         makeMirroredFolders(request, item);
         ConvertVideo_OutPutPath(item,
-                                appendingPathComponent(request.storagelocation,
+                                appendingPathComponent(request.settings.storagelocation,
                                                        deletingPathExtension(item->fileName) +
                                                            u'.' + convertExtension(request.title)));
     }
@@ -105,12 +103,13 @@ void VideoJobs::ExtractAudioMediaFileFileThreader(const VideoJobRequest& request
             continue;
         // Deliberate: an older output of the video itself goes, not one of its audio (that one is
         // replaced). A file of the list is never taken away.
-        const QString older = appendingPathComponent(request.storagelocation, item->fileName);
+        const QString older =
+            appendingPathComponent(request.settings.storagelocation, item->fileName);
         bool isDirectory = false;
         if (NSFileManager::defaultManager().fileExistsAtPath(older, isDirectory) && !isDirectory &&
-            !m_paths.isProtected(older)) {
+            !m_run.paths().isProtected(older)) {
             ignoreFailure(NSFileManager::defaultManager().removeItemAtPath(older),
-                          "the sound goes under another name");
+                          "the audio goes under another name");
             log(LogLevel::Info, QStringLiteral("removed an older output"), older);
         }
         extractVideo_M4AoutputURL(item, older + QStringLiteral(".m4a"));

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "video/messages.h"
 #include "video/video_jobs.h"
 #include "video/video_labels.h"
 
@@ -11,6 +12,7 @@
 #include "platform/image/tiff_representation.h"
 #include "platform/media/asset/av_asset_image_generator.h"
 #include "platform/media/export/output_place.h"
+#include "platform/media/messages.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,6 +25,7 @@ using namespace platform;
 using jobs::WriteOutcome;
 using jobs::WriteStatus;
 using Progress = std::function<bool(double)>;
+using Clock = std::chrono::steady_clock;
 
 namespace {
 
@@ -53,8 +56,7 @@ public:
     [[nodiscard]] tl::unexpected<Error> none(const QString& path) const {
         if (m_reason && m_reason->code == ErrorCode::NotSupported)
             return tl::unexpected(*m_reason);
-        return failure(ErrorCode::InvalidData, QStringLiteral("read frames"), path,
-                       QStringLiteral("no frame could be decoded"));
+        return failure(ErrorCode::InvalidData, kReadFrames, path, kWithoutFrames);
     }
 
 private:
@@ -63,7 +65,7 @@ private:
 };
 
 tl::unexpected<Error> stopped(const QString& path) {
-    return failure(ErrorCode::Cancelled, QStringLiteral("read frames"), path);
+    return failure(ErrorCode::Cancelled, kReadFrames, path);
 }
 
 struct Video {
@@ -77,16 +79,14 @@ Result<Video> openVideo(const QString& source) {
     if (!asset)
         return tl::unexpected(asset.error());
     if (tracksWithMediaType(*asset, QString::fromUtf16(AVMediaTypeVideo)).empty())
-        return failure(ErrorCode::NotSupported, QStringLiteral("read frames"), source,
-                       QStringLiteral("there is no film"));
+        return failure(ErrorCode::NotSupported, kReadFrames, source, kWithoutVideo);
     AVAssetImageGenerator generator = AVAssetImageGenerator::initWithAsset(*asset);
     generator.setAppliesPreferredTrackTransform(true);
     generator.setRequestedTimeToleranceBefore(kCMTimeZero);
     generator.setRequestedTimeToleranceAfter(kCMTimeZero);
     const double duration = std::min(CMTimeGetSeconds(assetDuration(*asset)), kLongestVideo);
     if (!(duration > 0))
-        return failure(ErrorCode::InvalidData, QStringLiteral("read frames"), source,
-                       QStringLiteral("it has no duration"));
+        return failure(ErrorCode::InvalidData, kReadFrames, source, kNoDuration);
     return Video{std::move(generator), duration};
 }
 
@@ -142,7 +142,7 @@ Result<Notes> writeGif(const QString& source, const QString& target, const Progr
     }
     if (failures.count() == 0)
         return Notes();
-    return Notes{QStringLiteral("%1 frames could not be decoded").arg(failures.count())};
+    return Notes{{kFramesSkipped, {QString::number(failures.count())}}};
 }
 
 /// The frame as TIFF under `path`, with the dates of the video. The new name is not durable yet.
@@ -166,9 +166,9 @@ Result<void> writeTiff(const QString& path, const RawFrame& frame, const FileAtt
 class FrameWriter {
 public:
     FrameWriter(QString source, QString folder, QString base, double interval,
-                const jobs::OutputPaths& paths, std::shared_ptr<QStringList> outputs)
+                std::shared_ptr<jobs::Run> run, std::shared_ptr<QStringList> outputs)
         : m_source(std::move(source)), m_folder(std::move(folder)), m_base(std::move(base)),
-          m_interval(interval), m_paths(paths), m_outputs(std::move(outputs)) {}
+          m_interval(interval), m_run(std::move(run)), m_outputs(std::move(outputs)) {}
 
     Result<Notes> run(const Progress& progress) {
         auto videoFile = openVideo(m_source);
@@ -198,9 +198,9 @@ public:
         syncFolders({m_folder});
         if (m_outputs->isEmpty())
             return m_failures.none(m_source);
-        Notes notes{QStringLiteral("%1 pictures").arg(m_outputs->size())};
+        Notes notes{{kFramesWritten, {QString::number(m_outputs->size())}}};
         if (m_failures.count() > 0)
-            notes.append(QStringLiteral("%1 could not be decoded").arg(m_failures.count()));
+            notes.append(Message(kFramesSkipped, {QString::number(m_failures.count())}));
         return notes;
     }
 
@@ -237,7 +237,7 @@ private:
 
     /// Deliberate: TIFF bytes under a name that says JPEG, as this job has always written them.
     Result<void> write(const RawFrame& frame, int second) {
-        const QString path = m_paths.claimShared(
+        const QString path = m_run->paths().claimShared(
             appendingPathComponent(m_folder, m_base + QStringLiteral("_%1.jpg").arg(second)));
         if (const auto before = awaitWriting(); !before)
             return before;
@@ -260,7 +260,7 @@ private:
 
     QString m_source, m_folder, m_base;
     double m_interval;
-    const jobs::OutputPaths& m_paths;
+    std::shared_ptr<jobs::Run> m_run;
     std::shared_ptr<QStringList> m_outputs;
     FileAttributes m_dates;
     std::future<Result<void>> m_writing;
@@ -280,13 +280,50 @@ WriteStatus endOf(const AVAssetExportSession& session) {
     }
 }
 
+/// One video whose frames are wanted.
+struct FramesJob {
+    QString source, folder, base;
+    double interval;
+};
+
+void reportFrames(const AVAssetExportSession& session, WriteOutcome outcome,
+                  const jobs::Ticket& ticket) {
+    outcome.status = endOf(session);
+    if (outcome.status == WriteStatus::Completed)
+        outcome.notes = session.notes();
+    else if (outcome.status == WriteStatus::Failed)
+        outcome.failure = session.error();
+    else
+        outcome.notes = {QStringLiteral("cancelled")};
+    ticket.report(outcome);
+}
+
+/// The frames of one video, "BASE_SECOND.jpg".
+void beginFrames(const FramesJob& job, const jobs::Ticket& ticket,
+                 const std::shared_ptr<jobs::OutputTurn>& turn) {
+    const auto outputs = std::make_shared<QStringList>();
+    const auto writer = std::make_shared<FrameWriter>(job.source, job.folder, job.base,
+                                                      job.interval, ticket.run(), outputs);
+    const auto session = AVAssetExportSession::rewriting(
+        job.source, appendingPathComponent(job.folder, job.base),
+        [writer](const Progress& progress) { return writer->run(progress); });
+    const auto ended = [session, outputs, ticket, turn, start = Clock::now()] {
+        WriteOutcome outcome;
+        outcome.outputs = *outputs;
+        outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        turn->end();
+        reportFrames(*session, outcome, ticket);
+    };
+    ticket.run()->start(session, job.source, ended);
+}
+
 } // namespace
 
 void VideoJobs::ConvertGIFMediaFileFileThreader(const VideoJobRequest& request) {
     for (const auto& item : request.items)
         startExport(
             item,
-            appendingPathComponent(request.storagelocation,
+            appendingPathComponent(request.settings.storagelocation,
                                    deletingPathExtension(item->fileName) + QStringLiteral(".gif")),
             {{},
              [](const AVURLAsset& asset,
@@ -303,34 +340,12 @@ void VideoJobs::ExtractImagesMediaFileFileThreader(const VideoJobRequest& reques
     const double interval = extractInterval(request.title);
     for (const auto& item : request.items) {
         const QString base = deletingPathExtension(item->fileName);
-        m_turns->begin(appendingPathComponent(request.storagelocation, base),
-                       [this, source = item->filePath, folder = request.storagelocation, base,
-                        interval] { beginFrames(source, folder, base, interval); });
+        const FramesJob job{item->filePath, request.settings.storagelocation, base, interval};
+        m_run.turns().begin(appendingPathComponent(job.folder, base),
+                            [job, ticket = m_run.ticket(job.source)](const auto& turn) {
+                                beginFrames(job, ticket, turn);
+                            });
     }
-}
-
-void VideoJobs::beginFrames(const QString& source, const QString& folder, const QString& base,
-                            double interval) {
-    const QString allFrames = appendingPathComponent(folder, base);
-    const auto outputs = std::make_shared<QStringList>();
-    const auto writer =
-        std::make_shared<FrameWriter>(source, folder, base, interval, m_paths, outputs);
-    const auto session = AVAssetExportSession::rewriting(
-        source, allFrames, [writer](const Progress& progress) { return writer->run(progress); });
-    const auto ended = [session, outputs, source, allFrames, start = Clock::now(), turns = m_turns,
-                        handler = m_handler] {
-        WriteOutcome outcome;
-        outcome.source = source;
-        outcome.outputs = *outputs;
-        outcome.status = endOf(*session);
-        outcome.message = outcome.status == WriteStatus::Completed ? textOf(session->notes())
-                          : outcome.status == WriteStatus::Failed  ? session->error().text()
-                                                                   : QStringLiteral("cancelled");
-        outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
-        turns->ended(allFrames);
-        handler(outcome);
-    };
-    m_running->start(session, source, ended);
 }
 
 } // namespace clipheave::video

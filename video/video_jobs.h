@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "jobs/output_paths.h"
-#include "jobs/output_turns.h"
 #include "jobs/write_job.h"
+#include "media/image_item.h"
 
 namespace clipheave::video {
 
@@ -11,29 +10,20 @@ namespace clipheave::video {
 struct VideoJobRequest {
     QString title; ///< see video_labels.h
     std::vector<media::ItemPointer> items;
-    QString storagelocation;
-    /// As the import left them; compress and convert mirror the imported folders.
-    bool bImportLocalFolder = false;
-    QString bImportLocalPath;
+    jobs::RunSettings settings; ///< compress and convert mirror the imported folders
 };
 
-/// `handler`, told of a success that it took the place of the file that stands at `output` now.
-[[nodiscard]] jobs::OutcomeHandler tellingReplacement(const QString& output,
-                                                      const jobs::OutcomeHandler& handler);
-
-/// The workers of one job. Each call walks the items, starts their exports and returns; one outcome
-/// an item arrives, on any thread. Outputs lie in the storage folder and replace older files of
-/// their name when they are complete; of two items with one name the second replaces the first. No
-/// source is ever touched: an output that would be one takes the next free name. Revealing the
-/// outputs is the front's. The calls come from one thread; progress and cancel from any.
+/// The workers of one job on a run. Each call walks the items, starts their exports and returns;
+/// the outcome of each goes to its ticket. Outputs lie in the storage folder and replace older
+/// files of their name when they are complete; of two items with one name the second replaces the
+/// first. No source is ever touched: an output that would be one takes the next free name. The
+/// calls come from one thread; what they leave to others holds tickets of the run, nothing of the
+/// worker.
 class VideoJobs {
 public:
-    explicit VideoJobs(jobs::OutcomeHandler handler) : m_handler(std::move(handler)) {}
+    explicit VideoJobs(jobs::Run& run) : m_run(run) {}
     VideoJobs(const VideoJobs&) = delete;
     VideoJobs& operator=(const VideoJobs&) = delete;
-
-    /// Files that no output may replace: every file of the media list.
-    void protectSources(const QStringList& paths) { m_paths.protect(paths); }
 
     void RotateVideoMediaFileFileThreader(const VideoJobRequest& request);
     /// All items in one video. Deliberate: each clip goes in at the longest duration before it, not
@@ -51,12 +41,6 @@ public:
     /// The audio stays as a silent track.
     void RemoveAudioMediaFileFileThreader(const VideoJobRequest& request);
 
-    /// Of the exports that are running now; a merge stands for all its files.
-    [[nodiscard]] jobs::RunProgress runningProgress() const { return m_running->progress(); }
-    /// Stops this job: what waits or runs ends as Cancelled and leaves no part of a file. Single
-    /// frames that are complete stay.
-    void cancel() { m_running->cancel(); }
-
 private:
     /// What the fixed log says of an export; null: nothing. `%1` is the reason.
     struct CompletionTexts {
@@ -65,6 +49,7 @@ private:
         const char* afterFailure = nullptr; ///< a line of its own
         bool cancelledIsFailed = false;
     };
+    static void logCompletion(const CompletionTexts& texts, const jobs::WriteOutcome& outcome);
     /// Builds the session of one asset; the failure is the item's.
     using SessionMaker =
         std::function<platform::Result<std::shared_ptr<platform::AVAssetExportSession>>(
@@ -77,18 +62,14 @@ private:
     /// The export of one item into `wanted`.
     void startExport(const media::ItemPointer& item, const QString& wanted,
                      const ExportRecipe& recipe);
-    void beginExport(const QString& source, const QString& output, const ExportRecipe& recipe,
-                     const jobs::OutcomeHandler& handler);
-    using Clock = std::chrono::steady_clock;
+    static void beginExport(const jobs::Ticket& ticket, const QString& source,
+                            const QString& output, const ExportRecipe& recipe,
+                            const std::shared_ptr<jobs::OutputTurn>& turn);
     /// True when the item is no video; its outcome says so.
     [[nodiscard]] bool skips(const media::ItemPointer& item) const;
-    void refuse(const QString& source, const QString& reason,
-                jobs::WriteStatus status = jobs::WriteStatus::Failed) const;
-    /// The frames of one video, "BASE_SECOND.jpg".
-    void beginFrames(const QString& source, const QString& folder, const QString& base,
-                     double interval);
-    void finishMerge(const QString& output, const std::vector<media::ItemPointer>& merged,
-                     const platform::AVMutableComposition& composition);
+    /// The tickets of the merged items, in their order.
+    void finishMerge(const QString& output, const std::vector<jobs::Ticket>& tickets,
+                     const QString& first, const platform::AVMutableComposition& composition);
 
     // The export routines. Their completion logs "Export failed: %@" and "11111", or "22222".
     void ConvertVideo_OutPutPath(const media::ItemPointer& item, const QString& outputPath);
@@ -101,10 +82,14 @@ private:
         extractVideo_M4AoutputURL(item, outputPath);
     }
 
-    jobs::OutcomeHandler m_handler;
-    jobs::OutputPaths m_paths;
-    std::shared_ptr<jobs::OutputTurns> m_turns = std::make_shared<jobs::OutputTurns>();
-    std::shared_ptr<jobs::RunningExports> m_running = std::make_shared<jobs::RunningExports>();
+    jobs::Run& m_run;
 };
+
+/// The operation of a video command.
+using Worker = std::function<void(VideoJobs& jobs, const VideoJobRequest& request)>;
+/// Returns the order of a job over the items of the request. `isWhole`: it makes one output of
+/// them.
+[[nodiscard]] jobs::RunOrder videoOrder(Worker worker, VideoJobRequest request,
+                                        bool isWhole = false);
 
 } // namespace clipheave::video

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "video/messages.h"
 #include "video/video_jobs.h"
 #include "video/video_labels.h"
 
@@ -31,8 +32,7 @@ QString preset(const char16_t* name) {
 Result<AVAssetTrack> firstVideo(const AVURLAsset& asset) {
     const auto videos = tracksWithMediaType(asset, kVideo);
     if (videos.empty())
-        return failure(ErrorCode::NotSupported, QStringLiteral("export"), asset.path(),
-                       QStringLiteral("there is no film"));
+        return failure(ErrorCode::NotSupported, kExport, asset.path(), kWithoutVideo);
     return videos.front();
 }
 
@@ -50,8 +50,7 @@ Result<void> insertFirst(AVMutableCompositionTrack& track, const AVURLAsset& ass
 
 Result<void> videoOrAudioOf(const AVURLAsset& asset) {
     if (tracksWithMediaType(asset, kVideo).empty() && tracksWithMediaType(asset, kAudio).empty())
-        return failure(ErrorCode::NotSupported, QStringLiteral("export"), asset.path(),
-                       QStringLiteral("there is neither film nor sound"));
+        return failure(ErrorCode::NotSupported, kExport, asset.path(), kWithoutTracks);
     return {};
 }
 
@@ -195,7 +194,7 @@ SessionResult silencingSession(const AVURLAsset& asset) {
 }
 
 QString flatPath(const VideoJobRequest& request, const QString& name) {
-    return appendingPathComponent(request.storagelocation, name);
+    return appendingPathComponent(request.settings.storagelocation, name);
 }
 
 constexpr char kSpeedText[] = "Change Video Speed Success";
@@ -242,7 +241,8 @@ void VideoJobs::MergeVideoMediaFileFileThreader(const VideoJobRequest& request) 
     AVMutableComposition composition;
     auto& videoFile = composition.addMutableTrackWithMediaType(kVideo);
     auto& audio = composition.addMutableTrackWithMediaType(kAudio);
-    std::vector<media::ItemPointer> merged;
+    std::vector<jobs::Ticket> merged;
+    QString first;
     CMTime cursor = kCMTimeZero;
     QString output;
     for (const auto& item : request.items) {
@@ -261,42 +261,48 @@ void VideoJobs::MergeVideoMediaFileFileThreader(const VideoJobRequest& request) 
             cursor = CMTimeCompare(cursor, duration) > 0 ? cursor : duration;
             inserted = videoOrAudioOf(*asset);
         }
-        if (inserted)
-            merged.push_back(item);
-        else
-            refuse(item->filePath, inserted.error().text());
+        const jobs::Ticket ticket = m_run.ticket(item->filePath);
+        if (!inserted) {
+            WriteOutcome outcome;
+            outcome.status = WriteStatus::Failed;
+            outcome.failure = inserted.error();
+            ticket.report(outcome);
+            continue;
+        }
+        if (merged.empty())
+            first = item->filePath;
+        merged.push_back(ticket);
     }
     if (!merged.empty())
-        finishMerge(m_paths.claimShared(output), merged, composition);
+        finishMerge(m_run.paths().claimShared(output), merged, first, composition);
     else if (!request.items.empty())
         log(LogLevel::Info, kMergingFailed + QStringLiteral("there is nothing to merge"),
             request.items.front()->filePath);
 }
 
-void VideoJobs::finishMerge(const QString& output, const std::vector<media::ItemPointer>& merged,
-                            const AVMutableComposition& composition) {
-    const auto handler = [report = m_handler, merged,
-                          name = lastPathComponent(output)](const WriteOutcome& outcome) {
+void VideoJobs::finishMerge(const QString& output, const std::vector<jobs::Ticket>& tickets,
+                            const QString& first, const AVMutableComposition& composition) {
+    const bool replaces = NSFileManager::defaultManager().fileExistsAtPath(output);
+    const auto reportOthers = [tickets, replaces,
+                               name = lastPathComponent(output)](WriteOutcome& outcome) {
         if (outcome.status == WriteStatus::Completed)
             log(LogLevel::Info, QStringLiteral("Merging completed!"), outcome.source);
         else if (outcome.status == WriteStatus::Failed)
-            log(LogLevel::Info, kMergingFailed + outcome.message, outcome.source);
-        for (std::size_t i = 1; i < merged.size(); ++i) {
-            WriteOutcome other = outcome;
-            other.source = merged[i]->filePath;
-            other.outputs.clear();
-            if (outcome.status == WriteStatus::Completed)
-                other.message = QStringLiteral("in ") + name;
-            report(other);
-        }
-        report(outcome);
+            log(LogLevel::Info, kMergingFailed + outcome.text(), outcome.source);
+        if (replaces && outcome.status == WriteStatus::Completed)
+            outcome.notes.append(kReplacedOlderFile);
+        WriteOutcome other = outcome;
+        other.outputs.clear();
+        if (outcome.status == WriteStatus::Completed)
+            other.notes = {{kMergedInto, {name}}};
+        for (std::size_t i = 1; i < tickets.size(); ++i)
+            tickets[i].report(other);
     };
-    auto job = jobs::beginJob(merged.front()->filePath, output, tellingReplacement(output, handler),
-                              m_running);
+    auto job = jobs::beginJob(tickets.front(), first, output, reportOthers);
     if (!job)
         return;
     job->copiesOnFailure = false;
-    job->files = static_cast<int>(merged.size());
+    job->files = static_cast<int>(tickets.size());
     auto session = std::make_shared<AVAssetExportSession>(
         composition, preset(AVAssetExportPresetHighestQuality));
     session->setOutputPath(output);

@@ -52,8 +52,6 @@ void AppDelegate::connectPanes() {
     ActivityPanel* panel = m_window->activityPanel();
     connect(panel, &ActivityPanel::revealRequested, this,
             [this](const QStringList& paths) { m_surroundings->workspace->selectFiles(paths); });
-    connect(m_activity.get(), &ActivityModel::cancelRequested, this, &AppDelegate::cancelJob);
-    connect(m_activity.get(), &ActivityModel::retryRequested, this, &AppDelegate::retryJob);
 }
 
 void AppDelegate::connectPreferences() {

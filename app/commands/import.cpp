@@ -4,6 +4,7 @@
 #include "app/commands/import_state.h"
 #include "app/commands/list_state.h"
 #include "app/commands/surroundings.h"
+#include "app/jobs/job_board.h"
 #include "app/list/media_list_model.h"
 #include "app/windows/main_window.h"
 #include "media/media_import.h"
@@ -96,7 +97,8 @@ void AppDelegate::retryImport(const QStringList& paths, bool photos) {
 
 void AppDelegate::runImport(const QStringList& paths, bool photos) {
     const int job = m_activity->beginJob(photos ? tr("Import photos") : tr("Import"));
-    m_retries[job] = [this, photos](const QStringList& failed) { retryImport(failed, photos); };
+    m_board->setRetry(job,
+                      [this, photos](const QStringList& failed) { retryImport(failed, photos); });
     ++m_import->running;
     platform::BackgroundJob::detach([this, paths, photos, job] {
         std::vector<media::ItemPointer> ready;

@@ -6,7 +6,7 @@
 #include "app/commands/pane_state.h"
 #include "app/commands/preferences_state.h"
 #include "app/commands/surroundings.h"
-#include "app/commands/write_run.h"
+#include "app/jobs/job_board.h"
 #include "app/list/media_list_model.h"
 #include "app/widgets/accessible_roles.h"
 #include "app/windows/main_window.h"
@@ -38,9 +38,11 @@ AppDelegate::AppDelegate(Surroundings surroundings, QObject* parent)
       m_import(std::make_unique<ImportState>()), m_list(std::make_unique<ListState>()),
       m_pane(std::make_unique<PaneState>()),
       m_activity(std::make_unique<ActivityModel>(m_surroundings->clock)),
+      m_board(std::make_unique<JobBoard>(*m_activity)),
       m_mediaController(std::make_unique<MediaListModel>()) {
     s_controller = this;
     platform::ExportQueue::shared().giveWayToOthers();
+    m_board->setListedFiles([this] { return allPaths(); });
     observeNotifications();
     takeLogLines();
 }
@@ -48,12 +50,10 @@ AppDelegate::AppDelegate(Surroundings surroundings, QObject* parent)
 AppDelegate::~AppDelegate() {
     m_logLines.reset();
     m_stopping = true;
-    for (const auto& [job, run] : m_writeRuns)
-        run->cancel();
+    m_board->cancelAll();
     platform::AVAssetExportSession::cancelAllExports();
     // Workers hand over to this thread and wait for it: let them through until they have ended.
-    while (m_import->running > 0 || !m_writeRuns.empty() || m_runningRenames > 0 ||
-           m_startingVideoJobs > 0)
+    while (m_import->running > 0 || !m_board->isIdle())
         QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
     platform::AVAssetExportSession::waitForAllExports();
     platform::NSNotificationCenter::defaultCenter().removeObserver(this);

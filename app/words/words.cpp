@@ -396,22 +396,75 @@ const Sentence kItemWords[] = {
 
 // jobs
 const Sentence kJobWords[] = {
-    {},
+    {"no-outcome", QT_TRANSLATE_NOOP("Words", "the work was given up without a result")},
+    {"creation-date-not-stored", QT_TRANSLATE_NOOP("Words", "creation date not stored here")},
+    {"copied-unchanged", QT_TRANSLATE_NOOP("Words", "copied unchanged")},
 };
 
 // metadata
 const Sentence kMetadataWords[] = {
-    {},
+    {"neither-video-nor-audio", QT_TRANSLATE_NOOP("Words", "neither a video nor an audio file")},
+    {"no-video-file", QT_TRANSLATE_NOOP("Words", "not a video")},
+    {"title-leads-out",
+     QT_TRANSLATE_NOOP("Words", "the title \"%1\" would lead out of the output folder")},
+    {"title-given-out", QT_TRANSLATE_NOOP("Words", "%1: another file of this run has that title")},
+    {"empty-title", QT_TRANSLATE_NOOP("Words", "the title is empty, and so is the name")},
+    {"no-audio-pane", QT_TRANSLATE_NOOP("Words", "no audio pane was given")},
+    {"cover-stored-as-given",
+     QT_TRANSLATE_NOOP("Words", "The cover is stored as it was given: as TIFF it is over 16 MiB")},
+    {"keywords-not-stored",
+     QT_TRANSLATE_NOOP("Words", "Keywords not stored: the file has no place for it")},
+    {"description-not-stored",
+     QT_TRANSLATE_NOOP("Words", "Description not stored: the file has no place for it")},
+    {"track-not-stored",
+     QT_TRANSLATE_NOOP("Words", "Track not stored: the file has no place for it")},
+    {"publisher-not-stored",
+     QT_TRANSLATE_NOOP("Words", "Publisher not stored: the file has no place for it")},
+    {"band-not-stored",
+     QT_TRANSLATE_NOOP("Words", "Band not stored: the file has no place for it")},
+    {"created-date-not-stored",
+     QT_TRANSLATE_NOOP("Words", "Created date not stored: the file has no place for it")},
 };
 
 // video
 const Sentence kVideoWords[] = {
-    {},
+    {"export-video", QT_TRANSLATE_NOOP("Words", "Export")},
+    {"read-video-frames", QT_TRANSLATE_NOOP("Words", "Read frames")},
+    {"no-video-item", QT_TRANSLATE_NOOP("Words", "not a video")},
+    {"unknown-video-kind",
+     QT_TRANSLATE_NOOP("Words", "\".%1\" is none of the known kinds of video")},
+    {"source-without-video", QT_TRANSLATE_NOOP("Words", "There is no video track")},
+    {"source-without-tracks",
+     QT_TRANSLATE_NOOP("Words", "There is neither a video nor an audio track")},
+    {"video-without-frames", QT_TRANSLATE_NOOP("Words", "No frame could be decoded")},
+    {"replaced-older-file", QT_TRANSLATE_NOOP("Words", "replaced an older file")},
+    {"merged-into", QT_TRANSLATE_NOOP("Words", "in %1")},
+    {"frames-written", QT_TRANSLATE_NOOP("Words", "%1 images")},
+    {"frames-not-decoded", QT_TRANSLATE_NOOP("Words", "%1 frames could not be decoded")},
 };
 
 // batch
 const Sentence kBatchWords[] = {
-    {},
+    {"name-exists", QT_TRANSLATE_NOOP("Words", "name exists")},
+    {"no-title", QT_TRANSLATE_NOOP("Words", "no title")},
+    {"empty-name", QT_TRANSLATE_NOOP("Words", "empty name")},
+    {"name-too-long", QT_TRANSLATE_NOOP("Words", "name too long")},
+    {"file-missing", QT_TRANSLATE_NOOP("Words", "file missing")},
+    {"no-such-folder", QT_TRANSLATE_NOOP("Words", "no such folder")},
+    {"no-file-name", QT_TRANSLATE_NOOP("Words", "not a file name")},
+    {"original-stays", QT_TRANSLATE_NOOP("Words", "the original stays too: %1")},
+    {"new-name-stays", QT_TRANSLATE_NOOP("Words", "the new name stays too: %1")},
+    {"old-name-taken", QT_TRANSLATE_NOOP("Words", "the old name has been taken since")},
+    {"another-file", QT_TRANSLATE_NOOP("Words", "not the same file any more")},
+    {"file-gone", QT_TRANSLATE_NOOP("Words", "the file is not there any more")},
+    {"folder-gone", QT_TRANSLATE_NOOP("Words", "the folder is not there")},
+    {"changed-copy-stays", QT_TRANSLATE_NOOP("Words", "a copy with other contents stays")},
+    {"create-journal", QT_TRANSLATE_NOOP("Words", "Create the journal")},
+    {"open-journal", QT_TRANSLATE_NOOP("Words", "Open the journal")},
+    {"write-journal", QT_TRANSLATE_NOOP("Words", "Write the journal")},
+    {"undo-rename", QT_TRANSLATE_NOOP("Words", "Undo the rename")},
+    {"nothing-to-undo", QT_TRANSLATE_NOOP("Words", "There is no rename to take back")},
+    {"rename-running", QT_TRANSLATE_NOOP("Words", "Another rename is still running")},
 };
 
 /// By code.

@@ -5,6 +5,7 @@
 #include "platform/foundation/file_moves.h"
 #include "platform/foundation/file_system.h"
 #include "platform/foundation/paths.h"
+#include "tests/testkit/open_run.h"
 #include "tests/testkit/testkit.h"
 
 #include <QDateTime>
@@ -22,13 +23,33 @@ namespace {
 
 using namespace clipheave;
 using batch::RenameMove;
-using batch::RenameOutcome;
-using batch::runRename;
-using batch::undoLastRename;
+using jobs::WriteOutcome;
+using jobs::WriteStatus;
 using platform::identityOfItem;
 using platform::NSFileManager;
 using testing::ElementsAre;
 using testkit::TempDir;
+
+using Outcomes = std::vector<WriteOutcome>;
+using Taker = std::function<void(const WriteOutcome& outcome)>;
+
+/// What a rename or its undoing gives; `took` sees each outcome at once.
+platform::Result<Outcomes> outcomesOf(const std::function<platform::Result<void>(jobs::Run&)>& work,
+                                      const Taker& took) {
+    platform::Result<void> result;
+    const Outcomes outcomes =
+        testkit::outcomesOf([&](jobs::Run& run) { result = work(run); }, {took, {}, {}});
+    return result ? platform::Result<Outcomes>(outcomes) : tl::unexpected(result.error());
+}
+platform::Result<Outcomes> renamed(const std::vector<RenameMove>& plan, const Taker& took = {}) {
+    return outcomesOf([&](jobs::Run& run) { return batch::runRename(plan, run); }, took);
+}
+platform::Result<Outcomes> takenBack(const Taker& took = {}) {
+    return outcomesOf([](jobs::Run& run) { return batch::undoLastRename(run); }, took);
+}
+bool isMoved(const WriteOutcome& outcome) {
+    return outcome.status == WriteStatus::Completed;
+}
 
 constexpr uid_t kNobody = 65534;
 
@@ -70,14 +91,14 @@ protected:
         move.target = at(QString::fromUtf8(to));
         return move;
     }
-    std::vector<RenameOutcome> run(const std::vector<RenameMove>& plan) {
-        return runRename(plan, {}).value();
+    std::vector<WriteOutcome> run(const std::vector<RenameMove>& plan) {
+        return renamed(plan).value();
     }
-    std::vector<std::string> messagesOf(const std::vector<RenameOutcome>& outcomes) {
+    std::vector<std::string> messagesOf(const std::vector<WriteOutcome>& outcomes) {
         std::vector<std::string> messages;
-        for (const RenameOutcome& outcome : outcomes)
-            messages.push_back(
-                (QString(QLatin1Char(outcome.moved ? '+' : '-')) + outcome.message).toStdString());
+        for (const WriteOutcome& outcome : outcomes)
+            messages.push_back((QString(QLatin1Char(isMoved(outcome) ? '+' : '-')) + outcome.text())
+                                   .toStdString());
         return messages;
     }
 
@@ -102,15 +123,15 @@ TEST_F(BatchRename, EveryFileEndsUnderOneName) {
     EXPECT_THAT(messagesOf(outcomes),
                 ElementsAre("+", "+", "-name exists", "+", "-file missing", "-no such folder",
                             "-name exists", "-file missing", "-name exists"));
-    EXPECT_EQ(outcomes[2].target, outcomes[2].source);
+    EXPECT_TRUE(outcomes[2].outputs.isEmpty());
     EXPECT_EQ(TempDir::read(at(QStringLiteral("a"))), "b");
     EXPECT_EQ(sortedInodes(inodesIn(media())), sortedInodes(before));
     EXPECT_TRUE(identityOfItem(at(QStringLiteral("link 2"))).isKnown());
     ASSERT_TRUE(batch::canUndoRename());
-    EXPECT_THAT(messagesOf(undoLastRename({}).value()), ElementsAre("+", "+", "+"));
+    EXPECT_THAT(messagesOf(takenBack().value()), ElementsAre("+", "+", "+"));
     EXPECT_EQ(inodesIn(media()), before);
     EXPECT_FALSE(batch::canUndoRename());
-    EXPECT_EQ(undoLastRename({}).error().code, platform::ErrorCode::NotFound);
+    EXPECT_EQ(takenBack().error().code, platform::ErrorCode::NotFound);
 }
 
 TEST_F(BatchRename, ANameThatIsTakenMeanwhileIsEvadedOnce) {
@@ -126,25 +147,25 @@ TEST_F(BatchRename, ANameThatIsTakenMeanwhileIsEvadedOnce) {
     const Inodes before = inodesIn(media());
     const auto outcomes = run({first, second});
     EXPECT_THAT(messagesOf(outcomes), ElementsAre("+name exists", "-name exists"));
-    EXPECT_EQ(outcomes[0].target, first.retryTarget);
+    EXPECT_EQ(outcomes[0].outputs, QStringList{first.retryTarget});
     EXPECT_EQ(TempDir::read(at(QStringLiteral("taken"))), "other");
-    EXPECT_THAT(messagesOf(undoLastRename({}).value()), ElementsAre("+"));
+    EXPECT_THAT(messagesOf(takenBack().value()), ElementsAre("+"));
     EXPECT_EQ(inodesIn(media()), before);
 }
 
 TEST_F(BatchRename, AFileThatIsSavedAnewMeanwhileCanBeTakenBack) {
     write(QStringLiteral("a"));
     write(QStringLiteral("b"));
-    batch::RenameProgress progress;
-    progress.done = [&](const RenameOutcome&, std::size_t index, std::size_t) {
-        if (index == 1) {
+    std::size_t index = 0;
+    const Taker saveOther = [&](const WriteOutcome&) {
+        if (++index == 1) {
             write(QStringLiteral("b new"), "saved");
             ::rename(at(QStringLiteral("b new")).toUtf8().constData(),
                      at(QStringLiteral("b")).toUtf8().constData());
         }
     };
-    ASSERT_TRUE(runRename({move("a", "a1"), move("b", "b1")}, progress));
-    EXPECT_THAT(messagesOf(undoLastRename({}).value()), ElementsAre("+", "+"));
+    ASSERT_TRUE(renamed({move("a", "a1"), move("b", "b1")}, saveOther));
+    EXPECT_THAT(messagesOf(takenBack().value()), ElementsAre("+", "+"));
     EXPECT_EQ(TempDir::read(at(QStringLiteral("b"))), "saved");
 }
 
@@ -167,8 +188,8 @@ TEST_F(BatchRename, AnyNameGoesThereAndBack) {
     const Inodes after = inodesIn(media());
     for (const QByteArray& name : names)
         EXPECT_EQ(after.count(name.toStdString()), 1u) << name.toPercentEncoding().toStdString();
-    EXPECT_FALSE(outcomes.back().moved);
-    EXPECT_EQ(undoLastRename({}).value().size(), names.size());
+    EXPECT_FALSE(isMoved(outcomes.back()));
+    EXPECT_EQ(takenBack().value().size(), names.size());
     EXPECT_EQ(inodesIn(media()), before);
 }
 
@@ -181,14 +202,13 @@ TEST_F(BatchRename, UndoRefusesWhatIsNotItsOwn) {
     write(QStringLiteral("c2"), "another");
     QFile::remove(at(QStringLiteral("c1")));
     ASSERT_TRUE(QFile::rename(at(QStringLiteral("c2")), at(QStringLiteral("c1"))));
-    EXPECT_THAT(messagesOf(undoLastRename({}).value()),
-                ElementsAre("+", "-not the same file any more", "-the file is not there any more",
-                            "-the old name has been taken since"));
+    EXPECT_THAT(messagesOf(takenBack().value()),
+                ElementsAre("+", "-another file", "-file gone", "-old name taken"));
     EXPECT_EQ(TempDir::read(at(QStringLiteral("a"))), "new");
     EXPECT_EQ(TempDir::read(at(QStringLiteral("a1"))), "a");
     // What was in the way may go: the job waits for that once.
     QFile::remove(at(QStringLiteral("a")));
-    EXPECT_EQ(undoLastRename({}).value().size(), 3u);
+    EXPECT_EQ(takenBack().value().size(), 3u);
     EXPECT_EQ(TempDir::read(at(QStringLiteral("a"))), "a");
     EXPECT_FALSE(batch::canUndoRename());
 }
@@ -204,12 +224,12 @@ TEST_F(BatchRename, JobsAreTakenBackOneByOneAndNeverMixed) {
         next.target = at(QStringLiteral("25"));
         const auto running = batch::RenameJournal::create({next});
         ASSERT_TRUE(running);
-        EXPECT_EQ(undoLastRename({}).error().code, platform::ErrorCode::NotSupported);
+        EXPECT_EQ(takenBack().error().code, platform::ErrorCode::NotSupported);
     }
-    EXPECT_TRUE(undoLastRename({}).value().empty()); // it had moved nothing
+    EXPECT_TRUE(takenBack().value().empty()); // it had moved nothing
     m_dir.write(QStringLiteral("state/clipheave/9999999999-1-x.renames"), "no journal");
     int undone = 0;
-    while (undoLastRename({}))
+    while (takenBack())
         ++undone;
     EXPECT_EQ(undone, 19); // the last twenty jobs, one of which was the empty one
     EXPECT_EQ(inodesIn(media()).count("5"), 1u);
@@ -218,7 +238,7 @@ TEST_F(BatchRename, JobsAreTakenBackOneByOneAndNeverMixed) {
 TEST_F(BatchRename, AJournalThatCannotBeWrittenStopsTheJob) {
     write(QStringLiteral("a"));
     m_dir.write(QStringLiteral("state"), "no folder");
-    EXPECT_FALSE(runRename({move("a", "b")}, {}));
+    EXPECT_FALSE(renamed({move("a", "b")}));
     EXPECT_TRUE(QFile::exists(at(QStringLiteral("a"))));
 }
 
@@ -228,7 +248,7 @@ TEST_F(BatchRename, AReadOnlyFolderKeepsItsNames) {
     write(QStringLiteral("a"));
     ASSERT_EQ(::chmod(m_dir.path().toUtf8().constData(), 0777), 0);
     ASSERT_EQ(::seteuid(kNobody), 0);
-    const auto outcomes = runRename({move("a", "b")}, {});
+    const auto outcomes = renamed({move("a", "b")});
     ASSERT_EQ(::seteuid(0), 0);
     ASSERT_TRUE(outcomes);
     EXPECT_THAT(messagesOf(*outcomes), ElementsAre("-Permission denied"));
@@ -242,14 +262,13 @@ protected:
     /// with the first file of which `work` tells, or at once.
     enum class From { FirstFile, Start };
     static bool killAfter(std::chrono::microseconds delay, From from,
-                          const std::function<void(const batch::RenameProgress&)>& work) {
+                          const std::function<void(const Taker&)>& work) {
         int ends[2];
         if (::pipe(ends) != 0)
             return false;
         const pid_t child = ::fork();
         if (child == 0) {
-            batch::RenameProgress progress;
-            progress.done = [&](const RenameOutcome&, std::size_t, std::size_t) {
+            const Taker progress = [&](const WriteOutcome&) {
                 if (const int end = std::exchange(ends[1], -1); end >= 0)
                     ::close(end);
             };
@@ -297,26 +316,25 @@ TEST_F(KilledRename, TenThousandFilesComeBack) {
     const Inodes before = inodesIn(media());
     double renaming = 0;
     double undoing = 0;
-    renaming = microseconds([&] { EXPECT_TRUE(runRename(plan, {})); });
+    renaming = microseconds([&] { EXPECT_TRUE(renamed(plan)); });
     EXPECT_EQ(inodesIn(media()).count("n9999"), 1u);
     EXPECT_EQ(inodesIn(media()).count("9999"), 0u);
     EXPECT_EQ(sortedInodes(inodesIn(media())), sortedInodes(before));
-    undoing = microseconds([] { EXPECT_EQ(undoLastRename({}).value().size(), 10'000u); });
+    undoing = microseconds([] { EXPECT_EQ(takenBack().value().size(), 10'000u); });
     EXPECT_EQ(inodesIn(media()), before);
     int killedMidway = 0;
     for (int round = 0; round < 6; ++round) {
         const From from = round % 3 == 0 ? From::Start : From::FirstFile;
-        const bool killed = killAfter(anyMoment(renaming / 3), from, [&](const auto& progress) {
-            (void)runRename(plan, progress);
-        });
+        const bool killed = killAfter(anyMoment(renaming / 3), from,
+                                      [&](const auto& progress) { (void)renamed(plan, progress); });
         killedMidway += killed && inodesIn(media()) != before;
         for (const From undoFrom : {From::Start, From::FirstFile})
             killAfter(anyMoment(undoing / 3), undoFrom,
-                      [](const auto& progress) { (void)undoLastRename(progress); });
+                      [](const auto& progress) { (void)takenBack(progress); });
         ASSERT_EQ(sortedInodes(inodesIn(media())), sortedInodes(before));
-        while (const auto undone = undoLastRename({}))
-            for (const RenameOutcome& outcome : *undone)
-                ASSERT_TRUE(outcome.moved) << outcome.message.toStdString();
+        while (const auto undone = takenBack())
+            for (const WriteOutcome& outcome : *undone)
+                ASSERT_TRUE(isMoved(outcome)) << outcome.text().toStdString();
         ASSERT_EQ(inodesIn(media()), before) << "round " << round;
     }
     EXPECT_GT(killedMidway, 0);
@@ -362,7 +380,7 @@ TEST_F(RenameAcross, BytesDatesAndLinksTravel) {
     EXPECT_EQ(attributes.NSFileModificationDate, created.addDays(9));
     EXPECT_EQ(attributes.NSFileCreationDate, created);
     EXPECT_EQ(QFile::symLinkTarget(far(QStringLiteral("link"))), far(QStringLiteral("a")));
-    EXPECT_THAT(messagesOf(undoLastRename({}).value()), ElementsAre("+", "+"));
+    EXPECT_THAT(messagesOf(takenBack().value()), ElementsAre("+", "+"));
     EXPECT_EQ(manager.attributesOfItemAtPath(file).value().NSFileCreationDate, created);
     EXPECT_EQ(inodesIn(media()).size(), 4u);
     EXPECT_EQ(inodesIn(m_far.path()).size(), 1u);
@@ -377,14 +395,14 @@ TEST_F(RenameAcross, DatesCrossWhenTheOriginalStays) {
     ASSERT_TRUE(manager.setAttributes(file, created, created.addDays(9)));
     ASSERT_EQ(::chmod(m_dir.path().toUtf8().constData(), 0777), 0);
     ASSERT_EQ(::seteuid(kNobody), 0);
-    const auto outcomes = runRename({moveFar(QStringLiteral("a"))}, {});
+    const auto outcomes = renamed({moveFar(QStringLiteral("a"))});
     ASSERT_EQ(::seteuid(0), 0);
     ASSERT_TRUE(outcomes);
-    EXPECT_THAT(messagesOf(*outcomes), ElementsAre("+the original stays too: Permission denied"));
+    EXPECT_THAT(messagesOf(*outcomes), ElementsAre("+original stays: Permission denied"));
     const auto attributes = manager.attributesOfItemAtPath(far(QStringLiteral("a"))).value();
     EXPECT_EQ(attributes.NSFileModificationDate, created);
     EXPECT_EQ(attributes.NSFileCreationDate, created.addDays(9));
-    EXPECT_THAT(messagesOf(undoLastRename({}).value()), ElementsAre("+"));
+    EXPECT_THAT(messagesOf(takenBack().value()), ElementsAre("+"));
     EXPECT_TRUE(inodesIn(m_far.path()).empty());
     EXPECT_EQ(TempDir::read(file), "bytes");
 }
@@ -402,16 +420,16 @@ TEST_F(RenameAcross, AKilledCopyLosesNothing) {
         return names;
     };
     const auto before = namesNow();
-    const double renaming = microseconds([&] { EXPECT_TRUE(runRename(plan, {})); });
-    const double undoing = microseconds([] { EXPECT_EQ(undoLastRename({}).value().size(), 60u); });
+    const double renaming = microseconds([&] { EXPECT_TRUE(renamed(plan)); });
+    const double undoing = microseconds([] { EXPECT_EQ(takenBack().value().size(), 60u); });
     for (int round = 0; round < 12; ++round) {
         killAfter(anyMoment(renaming), From::Start,
-                  [&](const auto& progress) { (void)runRename(plan, progress); });
+                  [&](const auto& progress) { (void)renamed(plan, progress); });
         killAfter(anyMoment(undoing), From::Start,
-                  [](const auto& progress) { (void)undoLastRename(progress); });
-        while (const auto undone = undoLastRename({}))
-            for (const RenameOutcome& outcome : *undone)
-                ASSERT_TRUE(outcome.moved) << outcome.message.toStdString();
+                  [](const auto& progress) { (void)takenBack(progress); });
+        while (const auto undone = takenBack())
+            for (const WriteOutcome& outcome : *undone)
+                ASSERT_TRUE(isMoved(outcome)) << outcome.text().toStdString();
         ASSERT_EQ(namesNow(), before);
         ASSERT_TRUE(inodesIn(m_far.path()).empty());
         for (int i = 0; i < 60; ++i)

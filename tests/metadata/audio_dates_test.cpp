@@ -6,6 +6,7 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/media/export/av_asset_export_session.h"
 #include "tests/testkit/media.h"
+#include "tests/testkit/open_run.h"
 
 #include <QJsonArray>
 
@@ -41,19 +42,19 @@ protected:
                                                                             kSourceDate));
         jobs::WriteRequest request;
         request.item = read(path);
-        request.storagelocation = m_dir.path(QStringLiteral("out"));
+        request.settings.storagelocation = m_dir.path(QStringLiteral("out"));
         request.audioPane = media::ShowAudioViewWithItem(*request.item, request.item->fileArist);
         return request;
     }
     /// The writer's output as the import reads it.
     media::ItemPointer written(const jobs::WriteRequest& request,
                                const std::function<void(AudioMetadata&)>& command) {
-        VideoMetadata writer([](const jobs::WriteOutcome& outcome) {
-            EXPECT_EQ(outcome.status, jobs::WriteStatus::Completed)
-                << outcome.message.toStdString();
+        const auto outcomes = testkit::outcomesOf([&](jobs::Run& run) {
+            AudioMetadata writer(run);
+            command(writer);
         });
-        command(writer.audio());
-        platform::AVAssetExportSession::waitForAllExports();
+        for (const jobs::WriteOutcome& outcome : outcomes)
+            EXPECT_EQ(outcome.status, jobs::WriteStatus::Completed) << outcome.text().toStdString();
         m_output = m_dir.path(QStringLiteral("out/") + request.item->fileName);
         return read(m_output);
     }

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "media/media_import.h"
+#include "metadata/messages.h"
 #include "metadata/video_metadata.h"
 
 #include "platform/foundation/file_manager.h"
 #include "platform/media/asset/av_url_asset.h"
 #include "tests/testkit/media.h"
+#include "tests/testkit/open_run.h"
 
 #include <QDir>
 
@@ -106,15 +108,15 @@ protected:
             item.filePath = path;
             item.fileName = path.section(u'/', -1);
         });
-        made.storagelocation = m_dir.path(QStringLiteral("out"));
+        made.settings.storagelocation = m_dir.path(QStringLiteral("out"));
         return made;
     }
     jobs::WriteOutcome run(const std::function<void(VideoMetadata&)>& command) const {
-        jobs::WriteOutcome last;
-        VideoMetadata writer([&](const jobs::WriteOutcome& outcome) { last = outcome; });
-        command(writer);
-        platform::AVAssetExportSession::waitForAllExports();
-        return last;
+        const auto outcomes = testkit::outcomesOf([&](jobs::Run& run) {
+            VideoMetadata writer(run);
+            command(writer);
+        });
+        return outcomes.back();
     }
     QStringList filesOut() const {
         return QDir(m_dir.path(QStringLiteral("out"))).entryList(QDir::Files | QDir::Hidden);
@@ -130,7 +132,8 @@ TEST_F(AudioWriters, WithoutAPaneNothingIsWritten) {
                     : writer.SaveMeidaFileChangesAction(request(path));
         });
         EXPECT_EQ(outcome.status, jobs::WriteStatus::Failed);
-        EXPECT_EQ(outcome.message, u"no audio pane was given");
+        ASSERT_TRUE(outcome.failure);
+        EXPECT_EQ(outcome.failure->detail.code(), metadata::kNoAudioPane);
     }
     EXPECT_TRUE(filesOut().isEmpty());
 }
@@ -161,7 +164,7 @@ TEST_F(AudioWriters, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {
     made.audioPane = paneOf(itemWithTexts());
     const auto outcome =
         run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); });
-    EXPECT_EQ(outcome.status, jobs::WriteStatus::Completed) << outcome.message.toStdString();
+    EXPECT_EQ(outcome.status, jobs::WriteStatus::Completed) << outcome.text().toStdString();
     EXPECT_FALSE(QFileInfo(link).isSymLink());
     EXPECT_EQ(testkit::TempDir::read(kept), "not selected");
 }

@@ -94,9 +94,9 @@ jobs::WriteRequest requestFor(const QString& path, const QString& imported) {
         item.filePath = path;
         item.fileName = path.section(u'/', -1);
     });
-    request.storagelocation = QStringLiteral("/s/out");
-    request.bImportLocalFolder = !imported.isNull();
-    request.bImportLocalPath = imported;
+    request.settings.storagelocation = QStringLiteral("/s/out");
+    request.settings.bImportLocalFolder = !imported.isNull();
+    request.settings.bImportLocalPath = imported;
     return request;
 }
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "jobs/messages.h"
 #include "media/fields.h"
 #include "metadata/video_metadata.h"
 
 #include "platform/foundation/file_manager.h"
+#include "tests/testkit/open_run.h"
 #include "tests/testkit/testkit.h"
 
 #include <QDir>
@@ -25,18 +27,14 @@ protected:
             item.fileName = path.section(u'/', -1);
         });
         made.pane = media::ShowVideoViewWithItem(*made.item);
-        made.storagelocation = m_dir.path(QStringLiteral("out"));
+        made.settings.storagelocation = m_dir.path(QStringLiteral("out"));
         return made;
     }
     std::vector<jobs::WriteOutcome> run(const std::function<void(VideoMetadata&)>& commands) const {
-        std::vector<jobs::WriteOutcome> outcomes;
-        std::mutex mutex;
-        VideoMetadata writer([&](const jobs::WriteOutcome& outcome) {
-            const std::lock_guard lock(mutex);
-            outcomes.push_back(outcome);
+        auto outcomes = testkit::outcomesOf([&](jobs::Run& run) {
+            VideoMetadata writer(run);
+            commands(writer);
         });
-        commands(writer);
-        platform::AVAssetExportSession::waitForAllExports();
         std::sort(outcomes.begin(), outcomes.end(),
                   [](const auto& a, const auto& b) { return a.source < b.source; });
         return outcomes;
@@ -97,7 +95,7 @@ TEST_F(Writers, TheCreatedDateOfThePaneDatesSavesAndRemovals) {
     EXPECT_EQ(modified(outcomes[1].outputs.front()), modified(plain.item->filePath));
     // What cannot be rewritten is there all the same, dated as asked, and says so.
     EXPECT_EQ(outcomes[2].status, jobs::WriteStatus::Failed);
-    EXPECT_TRUE(outcomes[2].message.contains(QStringLiteral("copied unchanged")));
+    EXPECT_TRUE(outcomes[2].notes.contains(platform::Message(jobs::kCopiedUnchanged)));
     EXPECT_EQ(testkit::TempDir::read(outcomes[2].outputs.front()), "nothing of the kind");
     EXPECT_EQ(modified(outcomes[2].outputs.front()), asked);
     const auto removed = run([&](VideoMetadata& writer) {
@@ -149,7 +147,7 @@ TEST_F(Writers, TitlesBecomeNamesOnlyInsideAndOnlyWhereNothingIs) {
     EXPECT_TRUE(QFileInfo(link).isSymLink());
     for (const std::size_t failed : {1u, 2u, 3u, 4u, 7u}) {
         EXPECT_EQ(outcomes[failed].status, jobs::WriteStatus::Failed) << failed;
-        EXPECT_FALSE(outcomes[failed].message.isEmpty());
+        EXPECT_FALSE(outcomes[failed].text().isEmpty());
     }
     EXPECT_EQ(filesOut(), (QStringList{QStringLiteral(".mp4"), QStringLiteral("Dots...mov"),
                                        QStringLiteral("Link.mp4"), QStringLiteral("Same.mp4"),
@@ -164,17 +162,17 @@ TEST_F(Writers, TitlesBecomeNamesOnlyInsideAndOnlyWhereNothingIs) {
 TEST_F(Writers, OutputsSpareEverySourceOfTheListAndStopWhenToldTo) {
     const QString other = m_dir.write(QStringLiteral("out/a.mp4"), "another source of the list");
     const auto made = request(m_dir.write(QStringLiteral("a.mp4"), testkit::movie("t")));
-    const auto outcome = run([&](VideoMetadata& writer) {
-                             writer.protectSources({other});
-                             writer.CopyvideofilenametoTitleAction(made);
+    const auto outcome = testkit::outcomesOf([&](jobs::Run& run) {
+                             run.paths().protect({other});
+                             VideoMetadata(run).CopyvideofilenametoTitleAction(made);
                          }).front();
     EXPECT_EQ(outcome.outputs, QStringList{m_dir.path(QStringLiteral("out/a 2.mp4"))});
     EXPECT_EQ(valueOf(outcome.outputs.front(), "itsk/%A9nam"), u"a");
     EXPECT_EQ(testkit::TempDir::read(other), "another source of the list");
-    const auto cancelled = run([&](VideoMetadata& writer) {
-        writer.cancel();
+    const auto cancelled = testkit::outcomesOf([&](jobs::Run& run) {
+        run.cancel();
         for (int i = 0; i < 20; ++i)
-            writer.SaveMeidaFileChangesAction(made);
+            VideoMetadata(run).SaveMeidaFileChangesAction(made);
     });
     for (const auto& one : cancelled)
         EXPECT_EQ(one.status, jobs::WriteStatus::Cancelled);

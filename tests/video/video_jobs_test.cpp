@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
+#include "platform/media/messages.h"
 #include "tests/testkit/media.h"
+#include "tests/testkit/open_run.h"
 #include "video/video_jobs.h"
 #include "video/video_labels.h"
 
@@ -17,7 +19,7 @@ using jobs::WriteStatus;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using video::VideoJobs;
-using Worker = void (VideoJobs::*)(const video::VideoJobRequest&);
+using video::Worker;
 
 /// Jobs over small videos that ffmpeg has made, looked at with ffprobe.
 class Jobs : public testing::Test {
@@ -43,22 +45,18 @@ protected:
     }
 
     std::vector<WriteOutcome> run(Worker worker, const QString& title, const QStringList& paths) {
-        video::VideoJobRequest request{title, {}, out(), false, {}};
+        video::VideoJobRequest request{title, {}, {out(), false, {}}};
         for (const QString& path : paths) {
             auto item = std::make_shared<media::IKImageItem>();
             item->filePath = path;
             item->fileName = path.section(u'/', -1);
             request.items.push_back(item);
         }
-        std::vector<WriteOutcome> outcomes;
-        std::mutex mutex;
-        VideoJobs jobs([&](const WriteOutcome& outcome) {
-            const std::lock_guard lock(mutex);
-            outcomes.push_back(outcome);
+        auto outcomes = testkit::outcomesOf([&](jobs::Run& run) {
+            run.paths().protect(paths);
+            VideoJobs jobs(run);
+            worker(jobs, request);
         });
-        jobs.protectSources(paths);
-        (jobs.*worker)(request);
-        platform::AVAssetExportSession::waitForAllExports();
         std::stable_sort(outcomes.begin(), outcomes.end(), [&](const auto& a, const auto& b) {
             return paths.indexOf(a.source) < paths.indexOf(b.source);
         });
@@ -118,8 +116,8 @@ TEST_F(Jobs, RotateTurnsEachVideoAsItIsShownAndKeepsWhatItCarries) {
     EXPECT_EQ(source->NSFileModificationDate, output->NSFileModificationDate);
     // No output type for this extension, and no video: both fail alone.
     EXPECT_EQ(outcomes[2].status, WriteStatus::Failed);
-    EXPECT_THAT(outcomes[2].message.toStdString(), HasSubstr("clip.mkv"));
-    EXPECT_THAT(outcomes[3].message.toStdString(), HasSubstr("no film"));
+    EXPECT_THAT(outcomes[2].text().toStdString(), HasSubstr("clip.mkv"));
+    EXPECT_THAT(outcomes[3].text().toStdString(), HasSubstr("source without video"));
     EXPECT_THAT(filesOut(), ElementsAre(u"clip.mp4", u"upright.mov"));
     // A display matrix of zeros: players show the video as it is stored.
     QByteArray bytes = testkit::TempDir::read(videoFile("upright.mov"));
@@ -169,7 +167,7 @@ TEST_F(Jobs, MergePutsEachClipAtTheLongestDurationBeforeIt) {
     EXPECT_THAT(filesOut(), ElementsAre(u"MergeVideo.mp4")) << "named by the last item";
     EXPECT_THAT(streams(out("MergeVideo.mp4")).first().toStdString(), HasSubstr("6.0"));
     EXPECT_EQ(outcomes[0].outputs, QStringList{out("MergeVideo.mp4")});
-    EXPECT_EQ(outcomes[1].message, u"in MergeVideo.mp4");
+    EXPECT_EQ(outcomes[1].text(), u"merged into: MergeVideo.mp4");
     EXPECT_EQ(outcomes[3].status, WriteStatus::Failed);
     (void)run(&VideoJobs::MergeVideoMediaFileFileThreader, {}, {videoFile("clip.mp4")});
     EXPECT_THAT(filesOut(), ElementsAre(u"MergeVideo.mp4", u"clip_MergeVideo.mp4"));
@@ -182,7 +180,7 @@ TEST_F(Jobs, MergePutsEachClipAtTheLongestDurationBeforeIt) {
     const platform::LogSubscription subscription(
         platform::LogLevel::Info, [&](const platform::LogLine& line) { logged << line.text; });
     const auto nothing = run(&VideoJobs::MergeVideoMediaFileFileThreader, {}, {words});
-    EXPECT_THAT(nothing[0].message.toStdString(), HasSubstr("neither film nor sound"));
+    EXPECT_THAT(nothing[0].text().toStdString(), HasSubstr("source without tracks"));
     EXPECT_THAT(logged, testing::Contains(u"Merging failed: there is nothing to merge"));
 }
 
@@ -190,10 +188,10 @@ TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
     m_dir.write(QStringLiteral("out/clip.mp4"), "older");
     auto outcomes = run(&VideoJobs::CompressVideoMediaFileFileThreader, QStringLiteral("Best"),
                         {videoFile("clip.mp4"), videoFile("sound.m4a")});
-    EXPECT_FALSE(outcomes[0].message.contains(u"replaced")) << "nothing was";
+    EXPECT_FALSE(outcomes[0].text().contains(u"replaced")) << "nothing was";
     EXPECT_EQ(testkit::TempDir::read(out("clip.mp4")), "older");
     ASSERT_TRUE(QFile::remove(out("clip.mp4")));
-    EXPECT_THAT(outcomes[0].message.toStdString(), HasSubstr("High video quality"))
+    EXPECT_THAT(outcomes[0].text().toStdString(), HasSubstr("High video quality"))
         << "an unlisted title is a preset that nobody knows";
     EXPECT_EQ(outcomes[1].status, WriteStatus::Skipped);
     EXPECT_TRUE(filesOut().isEmpty());
@@ -212,7 +210,7 @@ TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
          {std::pair(u"Convert to MP4"_qs, true), {u"Convert to MOV"_qs, false}}) {
         const auto converted = run(&VideoJobs::ConvertVideoMediaFileFileThreader, title, {camera});
         EXPECT_EQ(converted[0].status, WriteStatus::Completed);
-        EXPECT_EQ(converted[0].message.contains(u"PCM has no place in MP4 files"), warned);
+        EXPECT_EQ(converted[0].notes.contains({platform::kCodecsNotForMp4, {u"PCM"_qs}}), warned);
     }
     // What is not slowed down at all keeps every track of its own.
     (void)run(&VideoJobs::SlowDownVideoMediaFileFileThreader, QStringLiteral("1X"), {camera});
@@ -305,9 +303,10 @@ TEST_F(Jobs, VideosThatLieFailPlainlyOrGiveWhatTheyHold) {
     for (const auto& [worker, title, files] : jobs) {
         const auto outcomes = run(worker, title, videos);
         ASSERT_EQ(outcomes.size(), 3U);
-        EXPECT_THAT(outcomes[0].message.toStdString(), HasSubstr("no duration"));
-        EXPECT_EQ(outcomes[1].status, WriteStatus::Completed) << outcomes[1].message.toStdString();
-        EXPECT_THAT(outcomes[2].message.toStdString(), HasSubstr("no decoder"));
+        ASSERT_TRUE(outcomes[0].failure && outcomes[2].failure);
+        EXPECT_EQ(outcomes[0].failure->detail.code(), platform::kNoDuration);
+        EXPECT_EQ(outcomes[1].status, WriteStatus::Completed) << outcomes[1].text().toStdString();
+        EXPECT_STREQ(outcomes[2].failure->detail.code().id, "unknown-video-codec");
         EXPECT_EQ(filesOut(), files);
         if (files.first() == u"long.mp4") {
             EXPECT_NEAR(
@@ -343,7 +342,7 @@ TEST_F(Jobs, OfTwoVideosWithOneNameTheSecondStays) {
                               video::rotateTitles().at(0), {first, second});
     EXPECT_THAT(streams(out("x.mov")).first().toStdString(), HasSubstr("96x64"));
     EXPECT_THAT(filesOut(), ElementsAre(u"x.mov"));
-    EXPECT_EQ(outcomes[1].message, u"replaced an older file");
+    EXPECT_EQ(outcomes[1].text(), u"replaced older file");
     // A source in the storage folder is no older output.
     const auto own = run(&VideoJobs::RemoveAudioMediaFileFileThreader, {}, {out("x.mov")});
     EXPECT_EQ(own[0].outputs, QStringList{out("x 2.mov")});
@@ -368,19 +367,19 @@ TEST_F(Jobs, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {
 }
 
 TEST_F(Jobs, CancelLeavesNoFile) {
-    std::atomic<int> cancelled = 0;
-    VideoJobs jobs([&](const WriteOutcome& outcome) {
-        cancelled += outcome.status == WriteStatus::Cancelled ? 1 : 0;
-    });
-    video::VideoJobRequest request{video::rotateTitles().at(1), {}, out(), false, {}};
+    video::VideoJobRequest request{video::rotateTitles().at(1), {}, {out(), false, {}}};
     auto item = std::make_shared<media::IKImageItem>();
     item->filePath = videoFile("clip.mp4");
     item->fileName = QStringLiteral("clip.mp4");
     request.items.assign(6, item); // one name: they wait for each other
-    jobs.cancel();
-    jobs.RotateVideoMediaFileFileThreader(request);
-    platform::AVAssetExportSession::waitForAllExports();
-    EXPECT_EQ(cancelled, 6);
+    const auto outcomes = testkit::outcomesOf([&](jobs::Run& run) {
+        run.cancel();
+        VideoJobs(run).RotateVideoMediaFileFileThreader(request);
+    });
+    EXPECT_EQ(
+        std::count_if(outcomes.begin(), outcomes.end(),
+                      [](const auto& outcome) { return outcome.status == WriteStatus::Cancelled; }),
+        6);
     EXPECT_TRUE(filesOut().isEmpty());
 }
 

@@ -2,6 +2,7 @@
 // The window as a user works with it, by real input events on an offscreen screen.
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/jobs/job_board.h"
 #include "app/list/media_list_model.h"
 #include "app/list/media_table_view.h"
 #include "app/list/photo_grid.h"
@@ -113,6 +114,35 @@ TEST_F(WindowTest, TypingATitleAndPressingSaveWritesANewFile) {
     EXPECT_EQ(job.state, JobState::Done);
     ASSERT_EQ(job.files.size(), 1u);
     EXPECT_EQ(job.files.front().outputs, QStringList{dir.path(QStringLiteral("out/c.mp4"))});
+}
+
+TEST_F(WindowTest, TryAgainWritesWhatWasAskedForThen) {
+    importThree();
+    window()->selectRow(1);
+    auto* title = child<QLineEdit>("mediaTitle");
+    const auto type = [title](const QString& text) {
+        title->setFocus();
+        title->selectAll();
+        QTest::keyClicks(title, text);
+    };
+    type(QStringLiteral("Asked for"));
+    ASSERT_TRUE(QDir(dir.path(QStringLiteral("out"))).removeRecursively());
+    const QString out = dir.write(QStringLiteral("out"), "a file where the folder should be");
+    QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
+    controller->SaveMeidaFileChangesAction();
+    ASSERT_TRUE(saved.wait(10'000));
+    const int failed = controller->activity()->jobs().front().id;
+    ASSERT_EQ(controller->activity()->job(failed)->failed, 1);
+    EXPECT_EQ(controller->board()->keptJobs(), 1u);
+    ASSERT_TRUE(QFile::remove(out));
+    type(QStringLiteral("Typed later"));
+    Q_EMIT controller->activity()->retryRequested(failed);
+    ASSERT_TRUE(saved.wait(10'000));
+    const QByteArray written = testkit::TempDir::read(dir.path(QStringLiteral("out/c.mp4")));
+    EXPECT_TRUE(written.contains("Asked for"));
+    EXPECT_FALSE(written.contains("Typed later"));
+    controller->activity()->clearFinished();
+    EXPECT_EQ(controller->board()->keptJobs(), 0u);
 }
 
 TEST_F(WindowTest, SaveWritesThePaneIntoEveryVideoAndTellsTheOneThatFails) {

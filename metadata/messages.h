@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/foundation/message.h"
+
+// What this layer says to users; the sentences stand in the tables of the fronts.
+namespace clipheave::metadata {
+
+inline constexpr platform::MessageCode kNeitherVideoNorAudio{"neither-video-nor-audio"};
+inline constexpr platform::MessageCode kNoVideoFile{"no-video-file"};
+inline constexpr platform::MessageCode kTitleLeadsOut{"title-leads-out"}; ///< title
+inline constexpr platform::MessageCode kTitleGivenOut{"title-given-out"}; ///< path
+inline constexpr platform::MessageCode kEmptyTitle{"empty-title"};
+inline constexpr platform::MessageCode kNoAudioPane{"no-audio-pane"};
+inline constexpr platform::MessageCode kCoverStoredAsGiven{"cover-stored-as-given"};
+
+// Fields that the file has no place for.
+inline constexpr platform::MessageCode kKeywordsNotStored{"keywords-not-stored"};
+inline constexpr platform::MessageCode kDescriptionNotStored{"description-not-stored"};
+inline constexpr platform::MessageCode kTrackNotStored{"track-not-stored"};
+inline constexpr platform::MessageCode kPublisherNotStored{"publisher-not-stored"};
+inline constexpr platform::MessageCode kBandNotStored{"band-not-stored"};
+inline constexpr platform::MessageCode kCreatedDateNotStored{"created-date-not-stored"};
+
+} // namespace clipheave::metadata
