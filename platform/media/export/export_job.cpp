@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/export/export_job.h"
 
+#include "platform/foundation/atomic_file.h"
 #include "platform/foundation/paths.h"
 #include "platform/isobmff/messages.h"
 #include "platform/media/export/export_queue.h"
