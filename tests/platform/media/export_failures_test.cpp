@@ -108,7 +108,8 @@ TEST_F(ExportFailures, NoticeThatTheFolderIsGone) {
         ASSERT_TRUE(isUnderWay());
         ASSERT_TRUE(QDir(out()).removeRecursively());
         ASSERT_TRUE(!madeAgain || QDir().mkpath(out()));
-        EXPECT_THAT(reasonOf(session), HasSubstr(madeAgain ? "taken away" : "folder is gone"));
+        EXPECT_THAT(reasonOf(session),
+                    HasSubstr(madeAgain ? "output removed" : "output folder gone"));
         EXPECT_LT(session->progress(), 0.9) << "not at the end of a long encoding";
         EXPECT_THAT(filesOut(), testing::IsEmpty());
         EXPECT_EQ(QDir(out()).exists(), madeAgain);
@@ -119,11 +120,11 @@ TEST_F(ExportFailures, NoticeThatTheFolderIsGone) {
     ASSERT_TRUE(isUnderWay());
     const QString moved = m_dir.path(QStringLiteral("moved"));
     ASSERT_TRUE(QDir().rename(out(), moved));
-    EXPECT_THAT(reasonOf(session), HasSubstr("folder is gone"));
+    EXPECT_THAT(reasonOf(session), HasSubstr("output folder gone"));
     EXPECT_TRUE(QDir(moved).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
     // Before it begins.
     EXPECT_THAT(reasonOf(start(source, AVAssetExportPresetHighestQuality)),
-                HasSubstr("folder is gone"));
+                HasSubstr("output folder gone"));
 }
 
 TEST_F(ExportFailures, NoticeAFullDiskBeforeAndWhileTheyWrite) {
