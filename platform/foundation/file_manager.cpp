@@ -4,6 +4,7 @@
 #include "platform/foundation/creation_date.h"
 #include "platform/foundation/file_moves.h"
 #include "platform/foundation/file_system.h"
+#include "platform/foundation/handles.h"
 #include "platform/foundation/messages.h"
 #include "platform/foundation/paths.h"
 

@@ -4,6 +4,7 @@
 #include "platform/formats/audio_facts.h"
 #include "platform/formats/mpeg/ape_tag.h"
 #include "platform/formats/mpeg/id3_contents.h"
+#include "platform/formats/mpeg/id3_header.h"
 #include "platform/formats/mpeg/tag_footers.h"
 #include "platform/formats/tag_text.h"
 
