@@ -68,7 +68,7 @@ CLI::App* addSave(CLI::App& app, Arguments& arguments) {
     save->add_option("--set", arguments.set, "FIELD=TEXT, as often as needed")
         ->type_name("FIELD=TEXT")
         ->allow_extra_args(false);
-    save->add_option("--artwork", arguments.artwork, "Cover picture")->type_name("IMAGE");
+    save->add_option("--artwork", arguments.artwork, "Artwork")->type_name("IMAGE");
     save->add_option("PATH", arguments.paths, "Files and folders")->required();
     return save;
 }

@@ -12,23 +12,24 @@ struct JobArguments {
     const char* choice;
 };
 constexpr JobArguments kJobs[] = {
-    {"rotate", "Turns the pictures clockwise", "--by", "90|180|270"},
-    {"merge", "One film of all; each clip goes in at the longest duration before it", nullptr,
+    {"rotate", "Rotates each video clockwise", "--by", "90|180|270"},
+    {"merge", "One video of all; each clip goes in at the longest duration before it", nullptr,
      nullptr},
-    {"speed", "Cuts the film to its duration divided by the factor", "--factor", "TITLE"},
-    {"slow", "Stretches the film", "--factor", "TITLE"},
-    {"compress", "Encodes the film anew", "--quality", "high|medium|low"},
+    {"speed", "Cuts each video to its duration divided by the factor", "--factor", "TITLE"},
+    {"slow", "Stretches each video", "--factor", "TITLE"},
+    {"compress", "Transcodes each video", "--quality", "high|medium|low"},
     {"convert", "The same streams in another container", "--to", "mp4|mov|m4v"},
-    {"gif", "An animated picture, one frame a second", nullptr, nullptr},
-    {"audio", "The sound alone, as M4A", nullptr, nullptr},
-    {"frames", "Single pictures as files", "--every", "TITLE"},
-    {"mute", "Silences the sound", nullptr, nullptr},
+    {"gif", "An animated image, one frame a second", nullptr, nullptr},
+    {"audio", "The audio alone, as M4A", nullptr, nullptr},
+    {"frames", "Single frames as files", "--every", "TITLE"},
+    {"mute", "Silences the audio", nullptr, nullptr},
 };
 
 } // namespace
 
 CLI::App* addVideo(CLI::App& app, VideoArguments& arguments) {
-    CLI::App* video = app.add_subcommand("video", "Makes new films, sounds and pictures of videos");
+    CLI::App* video =
+        app.add_subcommand("video", "Makes new videos, audio files and images of videos");
     video->require_subcommand(1);
     video->fallthrough();
     for (const JobArguments& job : kJobs) {

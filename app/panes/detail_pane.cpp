@@ -273,7 +273,7 @@ void DetailPane::chooseArtwork() {
     auto* panel = new QFileDialog(this, tr("Artwork"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setFileMode(QFileDialog::ExistingFile);
-    panel->setNameFilter(tr("Pictures (*.jpg *.jpeg *.png *.gif *.bmp *.tif *.tiff *.webp)"));
+    panel->setNameFilter(tr("Images (*.jpg *.jpeg *.png *.gif *.bmp *.tif *.tiff *.webp)"));
     connect(panel, &QFileDialog::fileSelected, this, &DetailPane::artworkChosen);
     panel->open();
 }
