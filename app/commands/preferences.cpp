@@ -3,6 +3,7 @@
 #include "app/activity/activity_model.h"
 #include "app/commands/preferences_state.h"
 #include "app/commands/surroundings.h"
+#include "app/theme/theme.h"
 #include "app/windows/about_window.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"

@@ -9,6 +9,7 @@
 #include "app/panes/detail_pane.h"
 #include "app/windows/main_window.h"
 #include "metadata/video_metadata.h"
+#include "platform/foundation/log.h"
 #include "platform/image/image_transcode.h"
 
 #include <map>
