@@ -8,7 +8,7 @@
 namespace clipheave::platform {
 
 /// Header or footer of an APE tag of version 1000 or 2000 ("APE Tags Header" of the APEv2
-/// specification): the items stand between the two, version 1000 has the footer alone.
+/// format): the items stand between the two, version 1000 has the footer alone.
 struct ApeTagEdge {
     static constexpr std::uint64_t kSize = 32;
 
