@@ -74,9 +74,11 @@ QString OutputPaths::claim(const QString& wanted) {
     const NSFileManager& files = NSFileManager::defaultManager();
     QString path = wanted;
     if (m_taken.contains(path) || leadsToSource(path)) {
-        // Outputs of this run may not be there yet: step past them by name.
-        for (int number = 2; m_taken.contains(path) || files.fileExistsAtPath(path); ++number)
-            path = numberedName(wanted, number);
+        // Outputs of this run may not be there yet: step past them by name, from the last number
+        // on, since a camera's names come back in every folder.
+        int& number = m_lastNumber[wanted].value;
+        while (m_taken.contains(path) || files.fileExistsAtPath(path))
+            path = numberedName(wanted, ++number);
     }
     m_taken.insert(path);
     return path;

@@ -3,6 +3,7 @@
 
 #include "jobs/write_request.h"
 
+#include <QHash>
 #include <QPair>
 #include <QSet>
 #include <QString>
@@ -41,10 +42,15 @@ public:
     [[nodiscard]] bool isProtected(const QString& path) const;
 
 private:
+    struct Number {
+        int value = 1;
+    };
+
     [[nodiscard]] bool leadsToSource(const QString& path) const;
 
     mutable std::mutex m_mutex;
     QSet<QString> m_taken;
+    QHash<QString, Number> m_lastNumber; ///< given out, by the wanted path
     QSet<QString> m_protectedPaths;
     QSet<QPair<quint64, quint64>> m_protected; ///< device and inode of each
 };

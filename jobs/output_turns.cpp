@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "jobs/output_turns.h"
 
+#include <utility>
+
 namespace clipheave::jobs {
 
 void OutputTurn::end() {
@@ -11,30 +13,49 @@ void OutputTurn::end() {
 void OutputTurns::begin(const QString& path, Begin begin) {
     {
         const std::lock_guard lock(m_mutex);
-        const auto [entry, isFirst] = m_waiting.try_emplace(path);
-        if (!isFirst) {
-            entry->second.push_back(std::move(begin));
+        const auto [line, isFirst] = m_lines.try_emplace(path);
+        line->second.waiting.push_back(std::move(begin));
+        if (!isFirst)
             return;
-        }
     }
-    begin(std::make_shared<OutputTurn>(shared_from_this(), path));
+    beginNext(path);
 }
 
 void OutputTurns::ended(const QString& path) {
-    Begin next;
     {
         const std::lock_guard lock(m_mutex);
-        const auto entry = m_waiting.find(path);
-        if (entry == m_waiting.end())
+        Line& line = m_lines.at(path);
+        // What has ended before its begin has returned is followed up there: a turn inside the
+        // turn before it, for thousands of files that fail at once, would use up the stack.
+        if (std::exchange(line.hasEnded, true) || line.isBeginning)
             return;
-        if (entry->second.empty()) {
-            m_waiting.erase(entry);
-            return;
-        }
-        next = std::move(entry->second.front());
-        entry->second.pop_front();
     }
-    next(std::make_shared<OutputTurn>(shared_from_this(), path));
+    beginNext(path);
+}
+
+void OutputTurns::beginNext(const QString& path) {
+    bool hasEnded = true;
+    while (hasEnded) {
+        Begin next;
+        {
+            const std::lock_guard lock(m_mutex);
+            const auto found = m_lines.find(path);
+            Line& line = found->second;
+            if (line.waiting.empty()) {
+                m_lines.erase(found);
+                return;
+            }
+            next = std::move(line.waiting.front());
+            line.waiting.pop_front();
+            line.isBeginning = true;
+            line.hasEnded = false;
+        }
+        next(std::make_shared<OutputTurn>(shared_from_this(), path));
+        const std::lock_guard lock(m_mutex);
+        Line& line = m_lines.at(path);
+        line.isBeginning = false;
+        hasEnded = line.hasEnded;
+    }
 }
 
 } // namespace clipheave::jobs

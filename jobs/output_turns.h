@@ -41,10 +41,17 @@ public:
 
 private:
     friend class OutputTurn;
+    struct Line {
+        std::deque<Begin> waiting;
+        bool isBeginning = false; ///< the turn at hand has not returned from its begin
+        bool hasEnded = false;    ///< the turn at hand
+    };
+
     void ended(const QString& path);
+    void beginNext(const QString& path);
 
     std::mutex m_mutex;
-    std::map<QString, std::deque<Begin>> m_waiting; ///< by path in use
+    std::map<QString, Line> m_lines; ///< by path in use
 };
 
 } // namespace clipheave::jobs

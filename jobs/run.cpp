@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 namespace clipheave::jobs {
 
@@ -62,6 +63,8 @@ Run::Run(RunOrder order, const std::vector<std::size_t>& items, Handlers handler
         item.place = place;
         item.source = m_order.sources[static_cast<qsizetype>(place)];
     }
+    for (std::size_t i = m_items.size(); i-- > 0;)
+        m_items[i].nextOfSource = std::exchange(m_waiting[m_items[i].source], i);
 }
 
 Run::~Run() = default;
@@ -98,23 +101,28 @@ bool Run::waitForEnd(std::chrono::milliseconds time) const {
 }
 
 Ticket Run::ticket(const QString& source) {
-    std::size_t index = 0;
-    {
-        const std::lock_guard lock(m_mutex);
-        while (index < m_items.size() &&
-               (m_items[index].isTaken || m_items[index].source != source))
-            ++index;
-        if (index == m_items.size()) {
-            if (!m_order.sources.isEmpty())
-                return {};
-            Item& item = m_items.emplace_back();
-            item.place = index;
-            item.source = source;
-            ++m_left;
-        }
+    const std::optional<std::size_t> index = takeItemOf(source);
+    return index ? ticketOfItem(*index) : Ticket();
+}
+
+/// Returns the place of the item that this ticket is for, in an order without sources a new one.
+std::optional<std::size_t> Run::takeItemOf(const QString& source) {
+    const std::lock_guard lock(m_mutex);
+    if (!m_order.sources.isEmpty()) {
+        const auto waiting = m_waiting.find(source);
+        if (waiting == m_waiting.end() || !*waiting)
+            return std::nullopt;
+        const std::size_t index = **waiting;
+        *waiting = m_items[index].nextOfSource;
         m_items[index].isTaken = true;
+        return index;
     }
-    return ticketOfItem(index);
+    Item& item = m_items.emplace_back();
+    item.place = m_items.size() - 1;
+    item.source = source;
+    item.isTaken = true;
+    ++m_left;
+    return item.place;
 }
 
 Ticket Run::ticketOfItem(std::size_t index) {
@@ -142,6 +150,7 @@ void Run::settleTheRest() {
     std::vector<std::size_t> left;
     {
         const std::lock_guard lock(m_mutex);
+        m_waiting.clear();
         for (std::size_t i = 0; i < m_items.size(); ++i)
             if (!std::exchange(m_items[i].isTaken, true))
                 left.push_back(i);
@@ -160,6 +169,7 @@ void Run::take(std::size_t index, WriteOutcome outcome) {
         outcome.source = item.source;
         outcome.item = item.place;
         item.outcome = outcome;
+        ++m_done;
     }
     if (m_handlers.outcome)
         m_handlers.outcome(outcome);
@@ -184,12 +194,21 @@ void Run::start(const std::shared_ptr<AVAssetExportSession>& session, const QStr
     const bool cancelled = isCancelled();
     {
         const std::lock_guard lock(m_mutex);
-        std::erase_if(m_running, [](const Running& ended) { return ended.session.expired(); });
+        dropEndedExports();
         m_running.push_back({session, source, files});
         if (cancelled || m_cancelled)
             session->cancelExport();
     }
     session->exportAsynchronouslyWithCompletionHandler(std::move(completionHandler));
+}
+
+/// Called locked. Only where as many came as are kept: exports of a large run wait in their queue,
+/// and a look at all of them at each start would be quadratic.
+void Run::dropEndedExports() {
+    if (m_running.size() < m_runningToKeep)
+        return;
+    std::erase_if(m_running, [](const Running& ended) { return ended.session.expired(); });
+    m_runningToKeep = std::max(kRunningToKeep, 2 * m_running.size());
 }
 
 RunProgress Run::progress() const {
@@ -209,8 +228,7 @@ std::optional<Error> Run::failure() const {
 
 int Run::done() const {
     const std::lock_guard lock(m_mutex);
-    return static_cast<int>(std::count_if(
-        m_items.begin(), m_items.end(), [](const Item& item) { return item.outcome.has_value(); }));
+    return m_done;
 }
 
 std::vector<WriteOutcome> Run::outcomes() const {

@@ -7,6 +7,8 @@
 #include "jobs/run_progress.h"
 #include "jobs/ticket.h"
 
+#include <QHash>
+
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -75,6 +77,7 @@ private:
     struct Item {
         std::size_t place = 0; ///< in the order
         QString source;
+        std::optional<std::size_t> nextOfSource; ///< the item after it of the same source
         bool isTaken = false;
         std::optional<WriteOutcome> outcome;
     };
@@ -85,8 +88,10 @@ private:
     };
 
     Run(RunOrder order, const std::vector<std::size_t>& items, Handlers handlers);
+    [[nodiscard]] std::optional<std::size_t> takeItemOf(const QString& source);
     [[nodiscard]] Ticket ticketOfItem(std::size_t index);
     void settleTheRest();
+    void dropEndedExports();
     void take(std::size_t index, WriteOutcome outcome);
     void release();
 
@@ -97,7 +102,11 @@ private:
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_changed;
     std::vector<Item> m_items;
+    QHash<QString, std::optional<std::size_t>> m_waiting; ///< a source's next item without ticket
+    int m_done = 0;
+    static constexpr std::size_t kRunningToKeep = 16;
     std::vector<Running> m_running;
+    std::size_t m_runningToKeep = kRunningToKeep; ///< ended ones go when there are as many
     std::optional<platform::Error> m_failure;
     std::size_t m_left; ///< items without a handled outcome, and one for the work
     int m_announced = 0;

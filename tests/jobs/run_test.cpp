@@ -186,4 +186,15 @@ TEST(OutputTurns, AreGivenInOrderAndEndOnceAtTheLatestWhenTheyGo) {
     EXPECT_EQ(begun, (QStringList{u"other"_qs, u"b"_qs, u"c"_qs}));
 }
 
+TEST(OutputTurns, ThousandsThatEndAtOnceNeedNoStack) {
+    const auto turns = std::make_shared<OutputTurns>();
+    std::shared_ptr<OutputTurn> first;
+    int begun = 0;
+    turns->begin(u"out"_qs, [&](const auto& turn) { first = turn; });
+    for (int i = 0; i < 100'000; ++i)
+        turns->begin(u"out"_qs, [&begun](const auto&) { ++begun; });
+    first->end();
+    EXPECT_EQ(begun, 100'000);
+}
+
 } // namespace
