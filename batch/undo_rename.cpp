@@ -135,7 +135,7 @@ public:
         return m_anyLeft && (m_anyPutBack || m_anyDiskAway);
     }
     /// Where names have changed.
-    [[nodiscard]] const QStringList& folders() const { return m_folders; }
+    [[nodiscard]] QStringList folders() const { return m_folders.values(); }
 
 private:
     WriteOutcome putBack(const JournalMove& move, std::size_t index) {
@@ -163,13 +163,11 @@ private:
     }
 
     void remember(const QString& path) {
-        const QString folder = platform::deletingLastPathComponent(path);
-        if (!m_folders.contains(folder))
-            m_folders.append(folder);
+        m_folders.insert(platform::deletingLastPathComponent(path));
     }
 
     RenameJournal& m_journal;
-    QStringList m_folders;
+    QSet<QString> m_folders;
     bool m_anyPutBack = false;
     bool m_anyDiskAway = false;
     bool m_anyLeft = false; ///< files that are there, but could not be put back

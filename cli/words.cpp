@@ -54,6 +54,7 @@ const Sentence kFoundationWords[] = {
     {"ends-before-announced-bytes", "The file ends before the bytes that it announces"},
     {"source-has-shrunk", "The source has become shorter"},
     {"file-has-changed", "The file was changed in the meantime"},
+    {"out-of-memory", "There is not enough memory"},
 };
 
 // platform/media
@@ -65,7 +66,6 @@ const Sentence kMediaWords[] = {
     {"other-engine-abi", "The media engine is of another version (%1, not %2)"},
     {"create-pixel-buffer", "Create a pixel buffer"},
     {"frame-size-out-of-range", "Frames of %1 x %2 pixels are not handled"},
-    {"out-of-memory", "There is not enough memory"},
     {"open-media-file", "Open the media file"},
     {"read-media-file", "Read the media file"},
     {"read-video", "Read the video"},

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "jobs/output_turns.h"
 
+#include "platform/foundation/guarded.h"
+
 #include <utility>
 
 namespace clipheave::jobs {
@@ -50,7 +52,10 @@ void OutputTurns::beginNext(const QString& path) {
             line.isBeginning = true;
             line.hasEnded = false;
         }
-        next(std::make_shared<OutputTurn>(shared_from_this(), path));
+        platform::ignoreFailure(platform::guarded([&] {
+                                    next(std::make_shared<OutputTurn>(shared_from_this(), path));
+                                }),
+                                "the next turn comes all the same");
         const std::lock_guard lock(m_mutex);
         Line& line = m_lines.at(path);
         line.isBeginning = false;

@@ -2,6 +2,7 @@
 #include "jobs/run.h"
 
 #include "jobs/messages.h"
+#include "platform/foundation/guarded.h"
 #include "platform/foundation/log.h"
 #include "platform/media/export/av_asset_export_session.h"
 
@@ -73,7 +74,8 @@ void Run::perform() {
     std::vector<std::size_t> places;
     for (const Item& item : m_items)
         places.push_back(item.place);
-    m_order.work(*this, places);
+    if (const auto worked = guarded([&] { m_order.work(*this, places); }); !worked)
+        fail(worked.error());
     settleTheRest();
     release();
 }
@@ -172,7 +174,7 @@ void Run::take(std::size_t index, WriteOutcome outcome) {
         ++m_done;
     }
     if (m_handlers.outcome)
-        m_handlers.outcome(outcome);
+        ignoreFailure(guarded([&] { m_handlers.outcome(outcome); }), "the run keeps the outcome");
     release();
 }
 
@@ -183,7 +185,7 @@ void Run::release() {
             return;
     }
     if (m_handlers.ended)
-        m_handlers.ended();
+        ignoreFailure(guarded(m_handlers.ended), "the run has ended all the same");
     const std::lock_guard lock(m_mutex);
     m_ended = true;
     m_changed.notify_all();

@@ -56,6 +56,7 @@ const Sentence kFoundationWords[] = {
      QT_TRANSLATE_NOOP("Words", "The file ends before the bytes that it announces")},
     {"source-has-shrunk", QT_TRANSLATE_NOOP("Words", "The source has become shorter")},
     {"file-has-changed", QT_TRANSLATE_NOOP("Words", "The file was changed in the meantime")},
+    {"out-of-memory", QT_TRANSLATE_NOOP("Words", "There is not enough memory")},
 };
 
 // platform/media
@@ -69,7 +70,6 @@ const Sentence kMediaWords[] = {
     {"create-pixel-buffer", QT_TRANSLATE_NOOP("Words", "Create a pixel buffer")},
     {"frame-size-out-of-range",
      QT_TRANSLATE_NOOP("Words", "Frames of %1 x %2 pixels are not handled")},
-    {"out-of-memory", QT_TRANSLATE_NOOP("Words", "There is not enough memory")},
     {"open-media-file", QT_TRANSLATE_NOOP("Words", "Open the media file")},
     {"read-media-file", QT_TRANSLATE_NOOP("Words", "Read the media file")},
     {"read-video", QT_TRANSLATE_NOOP("Words", "Read the video")},

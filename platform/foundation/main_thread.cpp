@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/foundation/main_thread.h"
 
+#include "platform/foundation/guarded.h"
+
 #include <QCoreApplication>
 #include <QThread>
 
@@ -46,7 +48,7 @@ void BackgroundJob::detach(std::function<void()> worker) {
         ++workers.count;
     }
     std::thread([worker = std::move(worker)]() mutable {
-        worker();
+        ignoreFailure(guarded(worker), "the program goes on without this worker");
         worker = nullptr; // what it holds ends before it counts as ended
         RunningWorkers& all = runningWorkers();
         const std::lock_guard lock(all.mutex);

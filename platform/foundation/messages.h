@@ -45,5 +45,6 @@ inline constexpr MessageCode kNeitherFileNorLink{"neither-file-nor-link"};
 inline constexpr MessageCode kEndsBeforeAnnouncedBytes{"ends-before-announced-bytes"};
 inline constexpr MessageCode kSourceHasShrunk{"source-has-shrunk"};
 inline constexpr MessageCode kFileHasChanged{"file-has-changed"};
+inline constexpr MessageCode kOutOfMemory{"out-of-memory"};
 
 } // namespace clipheave::platform

@@ -2,11 +2,14 @@
 #include "jobs/messages.h"
 #include "jobs/run.h"
 #include "platform/foundation/log.h"
+#include "platform/foundation/messages.h"
 #include "platform/media/export/av_asset_export_session.h"
 #include "tests/testkit/open_run.h"
 #include "tests/testkit/testkit.h"
 
 #include <atomic>
+#include <new>
+#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -172,6 +175,32 @@ TEST(Run, AFailureOfTheWholeIsThatOfWhatIsLeft) {
     EXPECT_EQ(run->outcomes()[1].failure->code, platform::ErrorCode::NoSpace);
 }
 
+TEST(Run, WhatThrowsCostsNoOtherOutcome) {
+    int outcomes = 0, ends = 0;
+    Run::Handlers handlers;
+    handlers.outcome = [&](const WriteOutcome&) {
+        if (++outcomes == 1)
+            throw std::bad_alloc();
+    };
+    handlers.ended = [&] {
+        ++ends;
+        throw std::runtime_error("no thread");
+    };
+    const auto run = performed(orderOf({u"a"_qs, u"b"_qs, u"c"_qs},
+                                       [](jobs::Run& run, const auto&) {
+                                           run.ticket(u"a"_qs).report(done());
+                                           const Ticket given = run.ticket(u"b"_qs);
+                                           throw std::bad_alloc();
+                                       }),
+                               handlers);
+    EXPECT_TRUE(run->waitForEnd(kLongEnough));
+    EXPECT_EQ(outcomes, 3);
+    EXPECT_EQ(ends, 1);
+    EXPECT_THAT(statusesOf(*run),
+                ElementsAre(WriteStatus::Completed, WriteStatus::Failed, WriteStatus::Failed));
+    EXPECT_EQ(run->outcomes()[2].failure->detail.code(), platform::kOutOfMemory);
+}
+
 TEST(OutputTurns, AreGivenInOrderAndEndOnceAtTheLatestWhenTheyGo) {
     const auto turns = std::make_shared<OutputTurns>();
     std::shared_ptr<OutputTurn> first;
@@ -192,7 +221,10 @@ TEST(OutputTurns, ThousandsThatEndAtOnceNeedNoStack) {
     int begun = 0;
     turns->begin(u"out"_qs, [&](const auto& turn) { first = turn; });
     for (int i = 0; i < 100'000; ++i)
-        turns->begin(u"out"_qs, [&begun](const auto&) { ++begun; });
+        turns->begin(u"out"_qs, [&begun](const auto&) {
+            if (++begun == 1)
+                throw std::bad_alloc();
+        });
     first->end();
     EXPECT_EQ(begun, 100'000);
 }

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/export/av_asset_export_session.h"
 
+#include "platform/foundation/guarded.h"
 #include "platform/media/export/export_job.h"
 #include "platform/media/export/export_queue.h"
 
-#include <algorithm>
 #include <mutex>
+#include <set>
 
 namespace clipheave::platform {
 
@@ -20,20 +21,20 @@ public:
     }
     void add(const std::shared_ptr<AVAssetExportSession::State>& state) {
         const std::lock_guard lock(m_mutex);
-        m_states.push_back(state);
+        m_states.insert(state);
     }
     void remove(const std::shared_ptr<AVAssetExportSession::State>& state) {
         const std::lock_guard lock(m_mutex);
-        std::erase(m_states, state);
+        m_states.erase(state);
     }
     [[nodiscard]] std::vector<std::shared_ptr<AVAssetExportSession::State>> all() {
         const std::lock_guard lock(m_mutex);
-        return m_states;
+        return {m_states.begin(), m_states.end()};
     }
 
 private:
     std::mutex m_mutex;
-    std::vector<std::shared_ptr<AVAssetExportSession::State>> m_states;
+    std::set<std::shared_ptr<AVAssetExportSession::State>> m_states;
 };
 
 /// The list of sessions outlives the queue, whose jobs use it to their end.
@@ -126,9 +127,9 @@ void AVAssetExportSession::exportAsynchronouslyWithCompletionHandler(
     LiveSessions::shared().add(m_state);
     exportQueue().add([state = m_state, handler = std::move(completionHandler)] {
         if (state->startExporting())
-            state->finish(state->run());
+            state->finish(guarded([&state] { return state->run(); }));
         if (handler)
-            handler();
+            ignoreFailure(guarded(handler), "what the handler holds reports that it was given up");
         LiveSessions::shared().remove(state);
     });
 }

@@ -83,7 +83,7 @@ void ExportQueue::startThreadIfNeeded() {
 /// With nothing else running or waiting: what was written gets its names for good.
 void ExportQueue::finishRound(std::unique_lock<std::mutex>& lock) {
     while (m_jobs.empty() && m_running == 1 && !m_changedFolders.isEmpty()) {
-        const QStringList folders = std::exchange(m_changedFolders, {});
+        const QStringList folders = std::exchange(m_changedFolders, {}).values();
         lock.unlock();
         syncFolders(folders);
         lock.lock();
@@ -108,8 +108,7 @@ void ExportQueue::work() {
         job = nullptr; // what it holds goes before anybody is told that it is done
         lock.lock();
         for (const QString& folder : deferred.take())
-            if (!m_changedFolders.contains(folder))
-                m_changedFolders.append(folder);
+            m_changedFolders.insert(folder);
         finishRound(lock);
         --m_running;
         m_wake.notify_one();

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QStringList>
+#include <QSet>
+#include <QString>
 
 #include <atomic>
 #include <condition_variable>
@@ -46,7 +47,7 @@ private:
     std::condition_variable m_wake, m_idle;
     std::deque<std::function<void()>> m_jobs;
     std::vector<std::thread> m_threads;
-    QStringList m_changedFolders; ///< their new names are not durable yet
+    QSet<QString> m_changedFolders; ///< their new names are not durable yet
     std::size_t m_maximum = 1, m_running = 0;
     bool m_stopping = false;
     std::atomic<bool> m_givesWay = false;

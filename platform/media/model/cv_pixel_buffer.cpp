@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/model/cv_pixel_buffer.h"
 
+#include "platform/foundation/messages.h"
 #include "platform/media/model/messages.h"
 
 #include <cstring>

@@ -15,6 +15,5 @@ inline constexpr MessageCode kFrameSizeOutOfRange{"frame-size-out-of-range"}; //
 
 // Pixel buffers.
 inline constexpr MessageCode kCreatePixelBuffer{"create-pixel-buffer"};
-inline constexpr MessageCode kOutOfMemory{"out-of-memory"};
 
 } // namespace clipheave::platform
