@@ -7,6 +7,7 @@
 #include "app/list/photo_grid.h"
 #include "app/theme/theme.h"
 #include "bench/report.h"
+#include "platform/foundation/utc.h"
 
 #include <QApplication>
 #include <QDir>
@@ -54,7 +55,7 @@ media::ItemPointer syntheticItem(int i, std::mt19937& random) {
     item->fileArist = QStringLiteral("Artist %1").arg(random() % 500);
     item->fileAblumName = QStringLiteral("Album %1").arg(random() % 4000);
     item->fileCreateDate = QDateTime::fromMSecsSinceEpoch(
-        1'600'000'000'000 + static_cast<qint64>(random()) * 30, Qt::UTC);
+        1'600'000'000'000 + static_cast<qint64>(random()) * 30, platform::kUtc);
     item->fileCreateDateStr = item->fileCreateDate.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss"));
     item->modificationDate = item->fileCreateDate;
     return item;

@@ -2,6 +2,7 @@
 #include "platform/foundation/file_system.h"
 
 #include "platform/foundation/paths.h"
+#include "platform/foundation/utc.h"
 
 #include <array>
 #include <cerrno>
@@ -127,7 +128,7 @@ int renameWithoutReplacing(const QByteArray& from, const QByteArray& to) {
 QDateTime dateFromTimespec(const timespec& time) {
     // Not in local time: without TZ in the environment that costs 7 µs a date, and an import makes
     // two for every file.
-    return QDateTime::fromMSecsSinceEpoch(time.tv_sec * 1000 + time.tv_nsec / 1'000'000, Qt::UTC);
+    return QDateTime::fromMSecsSinceEpoch(time.tv_sec * 1000 + time.tv_nsec / 1'000'000, kUtc);
 }
 
 timespec timespecFromDate(const QDateTime& date) {

@@ -95,13 +95,18 @@ void addGpsTag(const Exiv2::Exifdatum& datum, const std::string& name, PhotoTags
            tagPlainValue(datum));
 }
 
+/// Returns the first number of a value, 0 to 64.
+int countOf(const Exiv2::Exifdatum& datum) {
+    return static_cast<int>(std::clamp<std::int64_t>(integerAt(datum, 0), 0, 64));
+}
+
 void addImageTag(const Exiv2::Exifdatum& datum, const std::string& name, PhotoTags& tags) {
     if (std::find(std::begin(kTiffNames), std::end(kTiffNames), name) != std::end(kTiffNames))
         addTag(tags.tiff, QString::fromStdString(name), tagPlainValue(datum));
     else if (name == "BitsPerSample" && datum.count() > 0)
-        tags.bitsPerComponent = static_cast<int>(std::clamp(datum.toLong(0), 0L, 64L));
+        tags.bitsPerComponent = countOf(datum);
     else if (name == "SamplesPerPixel" && datum.count() > 0)
-        tags.components = static_cast<int>(std::clamp(datum.toLong(0), 0L, 64L));
+        tags.components = countOf(datum);
 }
 
 /// Published names of IPTC data sets where they differ from the library's; arrays are repeatable.

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/photo_tags.h"
 
+#include "platform/image/exiv2.h"
 #include "platform/image/messages.h"
 #include "platform/image/photo_dictionaries.h"
 
 #include <QMutex>
 
-#include <exiv2/exiv2.hpp>
-#include <exiv2/webpimage.hpp> // not among those of the line above
+#include <exiv2/webpimage.hpp> // not among those of exiv2.hpp
 
 #include <algorithm>
 #include <array>
@@ -45,9 +45,9 @@ Result<PhotoTags> guarded(const QString& path, MessageCode operation, Work work)
     try {
         initializeLibrary();
         return work();
-    } catch (const Exiv2::AnyError& error) {
-        const bool unknown = error.code() == Exiv2::kerFileContainsUnknownImageType ||
-                             error.code() == Exiv2::kerUnsupportedImageType;
+    } catch (const Exiv2::Error& error) {
+        const bool unknown = error.code() == Exiv2::ErrorCode::kerFileContainsUnknownImageType ||
+                             error.code() == Exiv2::ErrorCode::kerUnsupportedImageType;
         return failed(unknown ? ErrorCode::NotSupported : ErrorCode::InvalidData,
                       QString::fromUtf8(error.what()));
     } catch (const std::bad_alloc&) {
@@ -58,15 +58,19 @@ Result<PhotoTags> guarded(const QString& path, MessageCode operation, Work work)
 }
 
 /// The library also reads videos, where hostile files keep it busy for ever, and sidecars.
-bool isPhotoType(int type) {
-    using namespace Exiv2::ImageType;
-    static constexpr std::array kTypes{jpeg, exv, crw, cr2, tiff, mrw, png, webp, orf,
-                                       psd,  raf, rw2, gif, bmp,  tga, jp2, pgf};
-    return std::find(kTypes.begin(), kTypes.end(), type) != kTypes.end();
+bool isPhoto(const Exiv2::Image& image) {
+    static constexpr std::array kTypes{
+        Exiv2::ImageType::jpeg, Exiv2::ImageType::exv,  Exiv2::ImageType::crw,
+        Exiv2::ImageType::cr2,  Exiv2::ImageType::tiff, Exiv2::ImageType::mrw,
+        Exiv2::ImageType::png,  Exiv2::ImageType::webp, Exiv2::ImageType::orf,
+        Exiv2::ImageType::psd,  Exiv2::ImageType::raf,  Exiv2::ImageType::rw2,
+        Exiv2::ImageType::gif,  Exiv2::ImageType::bmp,  Exiv2::ImageType::tga,
+        Exiv2::ImageType::jp2,  Exiv2::ImageType::pgf};
+    return std::find(kTypes.begin(), kTypes.end(), image.imageType()) != kTypes.end();
 }
 
-QSize plausibleSize(long width, long height) {
-    constexpr long kLargest = 1 << 20;
+QSize plausibleSize(std::int64_t width, std::int64_t height) {
+    constexpr std::int64_t kLargest = 1 << 20;
     if (width <= 0 || height <= 0 || width > kLargest || height > kLargest)
         return {};
     return {static_cast<int>(width), static_cast<int>(height)};
@@ -87,7 +91,7 @@ void addCanonTags(const QByteArray& bytes, const char* group, PhotoTags& tags) {
         const auto width = raw.findKey(Exiv2::ExifKey("Exif.Image.ImageWidth"));
         const auto height = raw.findKey(Exiv2::ExifKey("Exif.Image.ImageLength"));
         if (width != raw.end() && height != raw.end() && width->count() > 0 && height->count() > 0)
-            tags.pixelSize = plausibleSize(width->toLong(), height->toLong());
+            tags.pixelSize = plausibleSize(integerAt(*width, 0), integerAt(*height, 0));
     }
 }
 
@@ -98,18 +102,15 @@ Result<PhotoTags> readPhotoTags(FileReader& reader) {
         // The open file once more under a name of plain ASCII: the library takes names as text.
         const std::string name = "/proc/self/fd/" + std::to_string(reader.fd());
         const auto image = std::unique_ptr<Exiv2::Image>{Exiv2::ImageFactory::open(name).release()};
-        if (!isPhotoType(image->imageType()))
-            throw Exiv2::Error(Exiv2::kerUnsupportedImageType, image->imageType());
+        if (!isPhoto(*image))
+            throw Exiv2::Error(Exiv2::ErrorCode::kerUnsupportedImageType,
+                               static_cast<int>(image->imageType()));
         image->readMetadata();
         PhotoTags tags;
         addExifDictionaries(image->exifData(), tags);
         addIptcDictionary(image->iptcData(), tags);
         tags.pixelSize = plausibleSize(image->pixelWidth(), image->pixelHeight());
-        if (const Exiv2::DataBuf* profile = image->iccProfile();
-            profile != nullptr && profile->size_ > 0)
-            tags.iccProfile =
-                QByteArray(static_cast<const char*>(static_cast<const void*>(profile->pData_)),
-                           profile->size_);
+        tags.iccProfile = iccProfileOf(*image);
         return tags;
     });
 }

@@ -3,12 +3,11 @@
 
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/paths.h"
+#include "platform/image/exiv2.h"
 #include "platform/image/messages.h"
 
 #include <QBuffer>
 #include <QImage>
-
-#include <exiv2/exiv2.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -106,9 +105,7 @@ Result<QByteArray> withExif(const QByteArray& encoded, const SamplePhoto& photo,
         image->writeMetadata();
         Exiv2::BasicIo& io = image->io();
         io.open();
-        const Exiv2::DataBuf data = io.read(static_cast<long>(io.size()));
-        return QByteArray(static_cast<const char*>(static_cast<const void*>(data.pData_)),
-                          static_cast<qsizetype>(data.size_));
+        return bytesOf(io.read(static_cast<long>(io.size())));
     } catch (const std::exception& error) {
         return failure(ErrorCode::Io, kWritePhotoTags, target, QString::fromUtf8(error.what()));
     }

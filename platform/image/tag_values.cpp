@@ -45,7 +45,7 @@ QVariant numberAt(const Exiv2::Exifdatum& datum, long index) {
     case Exiv2::signedShort:
     case Exiv2::unsignedLong:
     case Exiv2::signedLong:
-        return QVariant(static_cast<qlonglong>(datum.toLong(index)));
+        return QVariant(static_cast<qlonglong>(integerAt(datum, index)));
     default:
         break;
     }
@@ -54,7 +54,7 @@ QVariant numberAt(const Exiv2::Exifdatum& datum, long index) {
 }
 
 std::string bytesOf(const Exiv2::Exifdatum& datum) {
-    std::string bytes(static_cast<std::size_t>(std::max(datum.size(), 0L)), '\0');
+    std::string bytes(static_cast<std::size_t>(datum.size()), '\0');
     if (!bytes.empty())
         datum.copy(static_cast<Exiv2::byte*>(static_cast<void*>(bytes.data())),
                    Exiv2::littleEndian);
@@ -72,7 +72,7 @@ QVariant tagPlainValue(const Exiv2::Exifdatum& datum) {
 }
 
 QVariant tagArrayValue(const Exiv2::Exifdatum& datum) {
-    const long count = datum.count();
+    const auto count = static_cast<long>(datum.count());
     if (count < 1 || count > kMostArrayValues)
         return {};
     QVariantList values;

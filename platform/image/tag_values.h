@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/image/exiv2.h"
+
 #include <QString>
 #include <QVariant>
-
-#include <exiv2/exiv2.hpp>
 
 // Values of tags in the forms that the property dictionaries have. Each returns an invalid QVariant
 // for what it cannot read. Only for the .cpp files that include Exiv2.

@@ -5,6 +5,7 @@
 #include "platform/foundation/file_moves.h"
 #include "platform/foundation/file_system.h"
 #include "platform/foundation/paths.h"
+#include "platform/foundation/utc.h"
 #include "tests/testkit/open_run.h"
 #include "tests/testkit/testkit.h"
 
@@ -363,7 +364,7 @@ protected:
 
 TEST_F(RenameAcross, BytesDatesAndLinksTravel) {
     const QString file = write(QStringLiteral("a"), QByteArray(300'000, 'v'));
-    const QDateTime created(QDate(2011, 2, 3), QTime(4, 5, 6), Qt::UTC);
+    const QDateTime created(QDate(2011, 2, 3), QTime(4, 5, 6), platform::kUtc);
     const auto& manager = NSFileManager::defaultManager();
     ASSERT_TRUE(manager.setAttributes(file, created, created.addDays(9)));
     ASSERT_EQ(::symlink("a", at(QStringLiteral("link")).toUtf8().constData()), 0);
@@ -390,7 +391,7 @@ TEST_F(RenameAcross, DatesCrossWhenTheOriginalStays) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "needs to become another user";
     const QString file = write(QStringLiteral("a"), "bytes");
-    const QDateTime created(QDate(2011, 2, 3), QTime(4, 5, 6), Qt::UTC);
+    const QDateTime created(QDate(2011, 2, 3), QTime(4, 5, 6), platform::kUtc);
     const auto& manager = NSFileManager::defaultManager();
     ASSERT_TRUE(manager.setAttributes(file, created, created.addDays(9)));
     ASSERT_EQ(::chmod(m_dir.path().toUtf8().constData(), 0777), 0);

@@ -2,6 +2,7 @@
 #include "batch/rename_plan.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
+#include "platform/foundation/utc.h"
 #include "tests/testkit/testkit.h"
 
 #include <QDateTime>
@@ -172,7 +173,7 @@ TEST(RenamePlan, CreationDateOfTheFileIsUniversalTime) {
     const auto item = itemNamed(QStringLiteral("a.mov"));
     item->filePath = dir.write(QStringLiteral("a.mov"), "x");
     item->fileCreateDateStr = QStringLiteral("?");
-    const QDateTime created(QDate(2024, 6, 30), QTime(23, 15, 9), Qt::UTC);
+    const QDateTime created(QDate(2024, 6, 30), QTime(23, 15, 9), platform::kUtc);
     ASSERT_TRUE(platform::NSFileManager::defaultManager().setAttributes(item->filePath, created,
                                                                         std::nullopt));
     qputenv("TZ", "Pacific/Auckland");

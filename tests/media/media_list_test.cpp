@@ -2,6 +2,7 @@
 #include "media/collation_key.h"
 #include "media/media_list.h"
 #include "platform/foundation/text.h"
+#include "platform/foundation/utc.h"
 #include "tests/testkit/testkit.h"
 
 #include <QTimeZone>
@@ -162,7 +163,7 @@ TEST(MediaList, SortsTimesAndDatesAscendingFirst) {
         auto item = named(QChar(static_cast<char16_t>(u'a' + i)));
         item->fileduration = seconds[i];
         if (years[i] != 0)
-            item->fileCreateDate = QDateTime(QDate(years[i], 1, 1), QTime(0, 0), Qt::UTC);
+            item->fileCreateDate = QDateTime(QDate(years[i], 1, 1), QTime(0, 0), platform::kUtc);
         items.push_back(item);
     }
     const auto order = [&](Column column, bool flag) {

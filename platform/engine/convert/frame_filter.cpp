@@ -34,8 +34,7 @@ int FrameFilter::toneMap(Frame& frame, DecodedFormat& format) {
         return AVERROR(ENOMEM);
     if (!m_painter->paint(*frame, painted->data[0], painted->linesize[0]))
         return AVERROR(EINVAL);
-    painted->interlaced_frame = frame->interlaced_frame;
-    painted->top_field_first = frame->top_field_first;
+    setFields(*painted, isInterlaced(*frame), isTopFieldFirst(*frame));
     if (size != QSize(format.width, format.height))
         format.aspect = storedAspect(m_output, m_orientation);
     format.width = size.width();
@@ -59,7 +58,7 @@ int FrameFilter::start(const DecodedFormat& input) {
 
 int FrameFilter::push(TimedFrame timed, AVRational aspect, const Sink& sink) {
     normalizeRange(*timed.frame);
-    m_anyFields = m_anyFields || timed.frame->interlaced_frame != 0;
+    m_anyFields = m_anyFields || isInterlaced(*timed.frame);
     DecodedFormat input = formatOf(*timed.frame, aspect);
     if (isHdr(input.colours.transfer) && !isHdr(m_output.transfer))
         if (const int code = toneMap(timed.frame, input); code < 0)
@@ -82,9 +81,8 @@ int FrameFilter::push(TimedFrame timed, AVRational aspect, const Sink& sink) {
 void FrameFilter::mark(AVFrame& frame) const {
     frame.sample_aspect_ratio = m_output.aspect;
     frame.pict_type = AV_PICTURE_TYPE_NONE; // the encoder decides
-    frame.key_frame = 0;
-    frame.interlaced_frame = m_output.interlaced ? 1 : 0;
-    frame.top_field_first = m_output.interlaced && m_output.topFieldFirst ? 1 : 0;
+    setNoKeyframe(frame);
+    setFields(frame, m_output.interlaced, m_output.interlaced && m_output.topFieldFirst);
 }
 
 int FrameFilter::pull(const Sink& sink) {

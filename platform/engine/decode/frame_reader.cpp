@@ -141,7 +141,7 @@ Result<void> DecodedFrames::readAll() {
             return tl::unexpected(timed.error());
         if (!timed->frame)
             break;
-        const bool fields = m_fields || timed->frame->interlaced_frame != 0;
+        const bool fields = m_fields || isInterlaced(*timed->frame);
         auto delivered =
             fields ? deliverWithoutFields(std::move(*timed)) : deliver(std::move(*timed));
         if (!delivered)

@@ -51,8 +51,9 @@ QSize squareSize(AVFormatContext& context, AVStream& video) {
 /// frame rate.
 std::int64_t shownFor(const AVFrame& frame, const AVStream& video) {
     const double unit = seconds(video.time_base);
-    if (frame.pkt_duration > 0 && static_cast<double>(frame.pkt_duration) * unit <= kLongestFrame)
-        return frame.pkt_duration;
+    const std::int64_t own = durationOf(frame);
+    if (own > 0 && static_cast<double>(own) * unit <= kLongestFrame)
+        return own;
     const bool isAverage = video.avg_frame_rate.num > 0;
     const double rate = seconds(isAverage ? video.avg_frame_rate : video.r_frame_rate);
     const double usual = rate > 1 / kLongestFrame ? 1 / rate : kUnknownDuration;

@@ -67,7 +67,7 @@ Result<VideoSegmentReader::Decoded> VideoSegmentReader::decode() {
     if (code < 0)
         return m_source->failed(ErrorCode::Io, ffmpegReason(code));
     const auto duration =
-        ticksOf(decoded.frame->pkt_duration, m_source->stream().time_base).value_or(0);
+        ticksOf(durationOf(*decoded.frame), m_source->stream().time_base).value_or(0);
     decoded.duration = duration > 0 ? duration : m_usualDuration;
     const auto time = m_source->time(decoded.frame->best_effort_timestamp);
     decoded.time = time.value_or(m_lastTime ? *m_lastTime + m_usualDuration : 0);

@@ -18,12 +18,11 @@ AVStream* videoStream(AVFormatContext& context) {
 }
 
 FrameRotation rotationOfStream(const AVStream& stream) {
-    std::size_t size = 0;
-    const std::uint8_t* bytes = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
+    const auto bytes = sideDataOf(stream, AV_PKT_DATA_DISPLAYMATRIX);
     std::array<std::int32_t, 9> fixed{};
-    if (bytes == nullptr || size < sizeof fixed)
+    if (bytes.size() < sizeof fixed)
         return {};
-    std::memcpy(fixed.data(), bytes, sizeof fixed);
+    std::memcpy(fixed.data(), bytes.data(), sizeof fixed);
     std::array<double, 9> matrix{};
     std::copy(fixed.begin(), fixed.end(), matrix.begin());
     return nearestRotation(matrix);

@@ -23,11 +23,11 @@ Result<const AVCodec*> findAudioEncoder(const char* name) {
 }
 
 int nearestSampleRate(const AVCodec& codec, int wanted) {
-    const int* rates = codec.supported_samplerates;
-    int best = rates != nullptr ? rates[0] : wanted;
-    for (; rates != nullptr && *rates != 0; ++rates)
-        if (std::abs(*rates - wanted) < std::abs(best - wanted))
-            best = *rates;
+    const auto rates = sampleRatesOf(codec);
+    int best = rates.empty() ? wanted : rates.front();
+    for (const int rate : rates)
+        if (std::abs(rate - wanted) < std::abs(best - wanted))
+            best = rate;
     return best;
 }
 
@@ -46,16 +46,16 @@ ChannelLayout aacLayout(int channels) {
 /// order.
 Result<ChannelLayout> sameChannels(const AVCodec& codec, const AVChannelLayout& wanted) {
     const AVChannelLayout* found = nullptr;
-    for (const AVChannelLayout* layout = codec.ch_layouts;
-         layout != nullptr && layout->nb_channels != 0; ++layout) {
-        if (av_channel_layout_compare(layout, &wanted) == 0)
-            return ChannelLayout(*layout);
-        if (layout->nb_channels == wanted.nb_channels && found == nullptr)
-            found = layout;
+    const auto layouts = channelLayoutsOf(codec);
+    for (const AVChannelLayout& layout : layouts) {
+        if (av_channel_layout_compare(&layout, &wanted) == 0)
+            return ChannelLayout(layout);
+        if (layout.nb_channels == wanted.nb_channels && found == nullptr)
+            found = &layout;
     }
     if (found != nullptr)
         return ChannelLayout(*found);
-    if (codec.ch_layouts != nullptr)
+    if (!layouts.empty())
         return failure(ErrorCode::NotSupported, kEncodeAudio, {},
                        {kTooManyChannels, {QString::number(wanted.nb_channels)}});
     if (wanted.order != AV_CHANNEL_ORDER_UNSPEC)

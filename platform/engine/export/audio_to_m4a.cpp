@@ -106,8 +106,7 @@ Result<void> AudioConverter::addStream() {
     if (!track)
         return tl::unexpected(track.error());
     m_target = avformat_new_stream(m_output.context(), nullptr);
-    if (m_target == nullptr ||
-        avcodec_parameters_copy(m_target->codecpar, track->parameters.get()) < 0)
+    if (m_target == nullptr || copyParameters(m_target->codecpar, track->parameters.get()) < 0)
         return m_output.failed(kConvertAudio, AVERROR(ENOMEM));
     m_target->time_base = track->timeBase;
     return {};

@@ -227,8 +227,7 @@ Result<OutputTrack> copiedTrack(const std::vector<PlannedSegment>& segments) {
     const SourceFacts& first = *segments.front().facts;
     OutputTrack track;
     track.parameters.reset(avcodec_parameters_alloc());
-    if (!track.parameters ||
-        avcodec_parameters_copy(track.parameters.get(), first.parameters.get()) < 0)
+    if (!track.parameters || copyParameters(track.parameters.get(), first.parameters.get()) < 0)
         return failure(ErrorCode::Io, kCopyStreams, {}, ffmpegReason(AVERROR(ENOMEM)));
     track.timeBase = copyTimeBase(segments);
     track.frameRate = first.frameRate;

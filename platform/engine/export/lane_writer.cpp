@@ -81,7 +81,7 @@ private:
     Result<void> waitForTracks();
     Result<void> addTracks();
     Result<void> addTrack(OutputTrack& track, AVStream*& stream);
-    static bool addSideData(const OutputTrack& track, AVStream& stream);
+    static bool addSideDataOf(const OutputTrack& track, AVStream& stream);
     Result<void> report(Ticks written);
     Result<void> write(Packet packet, std::size_t lane);
     Result<void> writeNewest(std::size_t lane);
@@ -121,9 +121,9 @@ Result<void> LaneWriter::waitForTracks() {
     }
 }
 
-bool LaneWriter::addSideData(const OutputTrack& track, AVStream& stream) {
+bool LaneWriter::addSideDataOf(const OutputTrack& track, AVStream& stream) {
     const auto add = [&](AVPacketSideDataType type, const void* bytes, std::size_t size) {
-        std::uint8_t* to = av_stream_new_side_data(&stream, type, size);
+        std::uint8_t* to = addSideData(stream, type, size);
         if (to != nullptr)
             std::copy_n(static_cast<const std::uint8_t*>(bytes), size, to);
         return to != nullptr;
@@ -146,8 +146,8 @@ Result<void> LaneWriter::addTrack(OutputTrack& track, AVStream*& stream) {
         return cannotHold(kWriteExport, format, {codecName(codec.codec_id)});
     codec.codec_tag = codecTag(*format.oformat, codec);
     stream = avformat_new_stream(&format, nullptr);
-    if (stream == nullptr || avcodec_parameters_copy(stream->codecpar, &codec) < 0 ||
-        !addSideData(track, *stream))
+    if (stream == nullptr || copyParameters(stream->codecpar, &codec) < 0 ||
+        !addSideDataOf(track, *stream))
         return m_output.failed(kWriteExport, AVERROR(ENOMEM));
     stream->time_base = track.timeBase;
     stream->avg_frame_rate = track.frameRate;

@@ -72,7 +72,7 @@ Result<Notes> addStreams(AVFormatContext& source, FileOutput& output, UnheldStre
             continue;
         }
         AVStream* to = avformat_new_stream(output.context(), nullptr);
-        if (to == nullptr || avcodec_parameters_copy(to->codecpar, from.codecpar) < 0)
+        if (to == nullptr || copyParameters(to->codecpar, from.codecpar) < 0)
             return output.failed(kCopyStreams, AVERROR(ENOMEM));
         to->codecpar->codec_tag = codecTag(format, *from.codecpar);
         to->time_base = from.time_base;
@@ -83,11 +83,9 @@ Result<Notes> addStreams(AVFormatContext& source, FileOutput& output, UnheldStre
         to->codecpar->sample_aspect_ratio = to->sample_aspect_ratio;
         to->disposition = from.disposition;
         av_dict_copy(&to->metadata, from.metadata, 0);
-        for (int n = 0; n < from.nb_side_data; ++n) {
-            const AVPacketSideData& data = from.side_data[n];
-            if (std::uint8_t* copy = av_stream_new_side_data(to, data.type, data.size))
+        for (const AVPacketSideData& data : sideDataOf(from))
+            if (std::uint8_t* copy = addSideData(*to, data.type, data.size))
                 std::copy_n(data.data, data.size, copy);
-        }
     }
     if (!refused.isEmpty())
         return cannotHold(kCopyStreams, *output.context(), refused);

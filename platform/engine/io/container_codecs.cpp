@@ -32,7 +32,7 @@ bool canBegin(const AVFormatContext& output, const AVStream& stream) {
     const OutputFormat trial(context);
     trial->strict_std_compliance = output.strict_std_compliance;
     AVStream* copy = avformat_new_stream(context, nullptr);
-    if (copy == nullptr || avcodec_parameters_copy(copy->codecpar, stream.codecpar) < 0 ||
+    if (copy == nullptr || copyParameters(copy->codecpar, stream.codecpar) < 0 ||
         avio_open_dyn_buf(&context->pb) < 0)
         return true;
     copy->time_base = stream.time_base;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/engine/io/ffmpeg_versions.h"
 #include "platform/foundation/handles.h"
 #include "platform/foundation/message.h"
 

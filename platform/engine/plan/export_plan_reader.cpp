@@ -31,7 +31,7 @@ Result<std::shared_ptr<const SourceFacts>> factsOf(StreamSource& source) {
     auto facts = std::make_shared<SourceFacts>();
     AVStream& stream = source.stream();
     facts->parameters.reset(avcodec_parameters_alloc());
-    if (!facts->parameters || avcodec_parameters_copy(facts->parameters.get(), stream.codecpar) < 0)
+    if (!facts->parameters || copyParameters(facts->parameters.get(), stream.codecpar) < 0)
         return source.failed(ErrorCode::Io, ffmpegReason(AVERROR(ENOMEM)));
     facts->timeBase = stream.time_base;
     facts->frameRate = stream.avg_frame_rate.num > 0 && stream.avg_frame_rate.den > 0
@@ -43,13 +43,11 @@ Result<std::shared_ptr<const SourceFacts>> factsOf(StreamSource& source) {
     facts->end = source.announcedEnd();
     if (const AVDictionaryEntry* entry = av_dict_get(stream.metadata, "language", nullptr, 0))
         facts->language = entry->value;
-    for (int i = 0; i < stream.nb_side_data; ++i) {
-        const AVPacketSideData& data = stream.side_data[i];
+    for (const AVPacketSideData& data : sideDataOf(stream))
         if (isKeptSideData(data.type) && data.size < (1 << 20))
             facts->sideData.push_back(
                 {data.type, QByteArray(static_cast<const char*>(static_cast<void*>(data.data)),
                                        static_cast<qsizetype>(data.size))});
-    }
     return facts;
 }
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <span>
 
 namespace clipheave::platform {
@@ -72,12 +73,11 @@ const char* mediaTypeCode(AVMediaType type) {
 /// Returns the display matrix, stored as 16.16 fixed point, its third column as 2.30.
 std::array<double, 9> displayMatrix(const AVStream& stream) {
     std::array<double, 9> matrix{1, 0, 0, 0, 1, 0, 0, 0, 1};
-    std::size_t size = 0;
-    const std::uint8_t* bytes = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
-    if (bytes == nullptr || size < 9 * sizeof(std::int32_t))
-        return matrix;
+    const auto bytes = sideDataOf(stream, AV_PKT_DATA_DISPLAYMATRIX);
     std::array<std::int32_t, 9> fixed{};
-    std::copy_n(bytes, sizeof fixed, static_cast<std::uint8_t*>(static_cast<void*>(fixed.data())));
+    if (bytes.size() < sizeof fixed)
+        return matrix;
+    std::memcpy(fixed.data(), bytes.data(), sizeof fixed);
     for (std::size_t i = 0; i < fixed.size(); ++i)
         matrix[i] = fixed[i] / (i % 3 == 2 ? 1073741824.0 : 65536.0);
     return matrix;

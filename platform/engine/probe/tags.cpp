@@ -2,6 +2,7 @@
 #include "platform/engine/probe/tags.h"
 
 #include "platform/engine/io/ffmpeg.h"
+#include "platform/foundation/utc.h"
 #include "platform/media/model/tag_mapping.h"
 
 #include <algorithm>
@@ -73,10 +74,9 @@ QDateTime creationTime(const AVFormatContext& context) {
     if (entry == nullptr)
         return {};
     // libavformat writes "2019-05-04T10:11:12.000000Z"; a text without zone is taken as UTC.
-    QDateTime date = QDateTime::fromString(tagValue(entry->value), Qt::ISODateWithMs);
-    if (date.isValid() && date.timeSpec() == Qt::LocalTime)
-        date.setTimeSpec(Qt::UTC);
-    return date;
+    const QDateTime date = QDateTime::fromString(tagValue(entry->value), Qt::ISODateWithMs);
+    const bool isZoned = !date.isValid() || date.timeSpec() != Qt::LocalTime;
+    return isZoned ? date : QDateTime(date.date(), date.time(), kUtc);
 }
 
 } // namespace clipheave::platform

@@ -29,12 +29,10 @@ private:
 
 /// The first pixel format, but the usual one where the encoder takes it: players expect it.
 AVPixelFormat pixelFormatFor(const AVCodec& encoder) {
-    if (encoder.pix_fmts == nullptr)
-        return AV_PIX_FMT_YUV420P;
-    for (const AVPixelFormat* format = encoder.pix_fmts; *format != AV_PIX_FMT_NONE; ++format)
-        if (*format == AV_PIX_FMT_YUV420P)
-            return *format;
-    return encoder.pix_fmts[0];
+    const auto formats = pixelFormatsOf(encoder);
+    const bool takesUsual =
+        std::find(formats.begin(), formats.end(), AV_PIX_FMT_YUV420P) != formats.end();
+    return formats.empty() || takesUsual ? AV_PIX_FMT_YUV420P : formats.front();
 }
 
 Result<void> VideoSample::prepare() {
@@ -71,7 +69,7 @@ void VideoSample::setRotation() {
     if (quarter == 0)
         return;
     std::uint8_t* bytes =
-        av_stream_new_side_data(m_stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(std::int32_t));
+        addSideData(*m_stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(std::int32_t));
     if (bytes == nullptr)
         return;
     auto* matrix = static_cast<std::int32_t*>(static_cast<void*>(bytes));
@@ -111,13 +109,11 @@ private:
 };
 
 int nearestSampleRateOf(const AVCodec& encoder, int wanted) {
-    int best = wanted;
-    if (encoder.supported_samplerates != nullptr) {
-        best = encoder.supported_samplerates[0];
-        for (const int* rate = encoder.supported_samplerates; *rate != 0; ++rate)
-            if (std::abs(*rate - wanted) < std::abs(best - wanted))
-                best = *rate;
-    }
+    const auto rates = sampleRatesOf(encoder);
+    int best = rates.empty() ? wanted : rates.front();
+    for (const int rate : rates)
+        if (std::abs(rate - wanted) < std::abs(best - wanted))
+            best = rate;
     return best;
 }
 
@@ -125,8 +121,8 @@ Result<void> AudioSample::prepare() {
     if (auto begun = begin(m_sample.audioCodec, AVMEDIA_TYPE_AUDIO); !begun)
         return begun;
     m_codec->sample_rate = nearestSampleRateOf(*m_encoder, m_sample.sampleRate);
-    m_codec->sample_fmt =
-        m_encoder->sample_fmts != nullptr ? m_encoder->sample_fmts[0] : AV_SAMPLE_FMT_S16;
+    const auto formats = sampleFormatsOf(*m_encoder);
+    m_codec->sample_fmt = formats.empty() ? AV_SAMPLE_FMT_S16 : formats.front();
     av_channel_layout_default(&m_codec->ch_layout, m_sample.channels);
     m_codec->time_base = {1, m_codec->sample_rate};
     m_codec->bit_rate = 64'000LL * m_sample.channels;

@@ -14,7 +14,7 @@ constexpr std::uint64_t kMostReadsBehindTheEnd = 4096;
 
 } // namespace
 
-TagLib::ByteVector TagLibStream::readBlock(unsigned long length) {
+TagLib::ByteVector TagLibStream::readBlock(TagLibLength length) {
     const auto at = static_cast<std::uint64_t>(m_position);
     if (++m_reads > kMostReads ||
         (at >= m_reader.size() && ++m_readsBehindTheEnd > kMostReadsBehindTheEnd))
@@ -33,13 +33,15 @@ TagLib::ByteVector TagLibStream::readBlock(unsigned long length) {
     } else if (const auto read = m_reader.read(at, size)) {
         bytes = TagLib::ByteVector(read->constData(), static_cast<unsigned int>(read->size()));
     }
-    m_position += static_cast<long>(bytes.size());
+    m_position += static_cast<TagLibOffset>(bytes.size());
     return bytes;
 }
 
-void TagLibStream::seek(long offset, Position position) {
-    const long base = position == Beginning ? 0 : position == Current ? m_position : length();
-    long target = 0;
+void TagLibStream::seek(TagLibOffset offset, Position position) {
+    const TagLibOffset base = position == Beginning ? 0
+                              : position == Current ? m_position
+                                                    : length();
+    TagLibOffset target = 0;
     // An offset from the file may be anything; a place before the start is the start.
     if (__builtin_add_overflow(base, offset, &target) || target < 0)
         target = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/formats/tagged/taglib_types.h"
 #include "platform/foundation/file_reader.h"
 
 #include <tiostream.h>
@@ -19,23 +20,23 @@ public:
         : m_reader(reader), m_fetchedBefore(reader.bytesFetched()) {}
 
     TagLib::FileName name() const override { return ""; }
-    TagLib::ByteVector readBlock(unsigned long length) override;
+    TagLib::ByteVector readBlock(TagLibLength length) override;
     void writeBlock(const TagLib::ByteVector&) override {}
-    void insert(const TagLib::ByteVector&, unsigned long, unsigned long) override {}
-    void removeBlock(unsigned long, unsigned long) override {}
+    void insert(const TagLib::ByteVector&, TagLibStart, TagLibLength) override {}
+    void removeBlock(TagLibStart, TagLibLength) override {}
     bool readOnly() const override { return true; }
     bool isOpen() const override { return true; }
-    void seek(long offset, Position position) override;
-    long tell() const override { return m_position; }
-    long length() override { return static_cast<long>(m_reader.size()); }
-    void truncate(long) override {}
+    void seek(TagLibOffset offset, Position position) override;
+    TagLibOffset tell() const override { return m_position; }
+    TagLibOffset length() override { return static_cast<TagLibOffset>(m_reader.size()); }
+    void truncate(TagLibOffset) override {}
 
 private:
     FileReader& m_reader;
     std::uint64_t m_fetchedBefore;
     std::uint64_t m_reads = 0;
     std::uint64_t m_readsBehindTheEnd = 0;
-    long m_position = 0;
+    TagLibOffset m_position = 0;
 };
 
 } // namespace clipheave::platform

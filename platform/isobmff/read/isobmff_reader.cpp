@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/read/isobmff_reader.h"
 
+#include "platform/foundation/utc.h"
 #include "platform/isobmff/messages.h"
 #include "platform/isobmff/read/item_lists.h"
 #include "platform/isobmff/read/movie_fragments.h"
@@ -48,7 +49,7 @@ QDateTime creationDate(std::uint64_t seconds) {
         seconds > kFrom1904To1970 ? seconds - kFrom1904To1970 : seconds;
     if (unixSeconds > kYear2100)
         return {};
-    return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(unixSeconds), Qt::UTC);
+    return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(unixSeconds), kUtc);
 }
 
 class MovieReader {

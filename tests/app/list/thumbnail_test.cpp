@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/list/thumbnail_service.h"
+#include "platform/foundation/utc.h"
 #include "tests/app/list/list_items.h"
 #include "tests/testkit/media.h"
 
@@ -29,7 +30,7 @@ protected:
     [[nodiscard]] static media::MutableItemPointer dated(const QString& path, qint64 second) {
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::ReadWrite));
-        const QDateTime time = QDateTime::fromSecsSinceEpoch(second, Qt::UTC);
+        const QDateTime time = QDateTime::fromSecsSinceEpoch(second, platform::kUtc);
         EXPECT_TRUE(file.setFileTime(time, QFileDevice::FileModificationTime));
         auto item = listItem(path);
         item->modificationDate = time;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/messages.h"
+#include "platform/foundation/utc.h"
 #include "platform/media/asset/av_url_asset.h"
 #include "platform/media/model/media_engine.h"
 #include "tests/platform/engine/engine_fixture.h"
@@ -111,7 +112,7 @@ TEST_F(Engine, MapsTagsAndFrames) {
     ASSERT_TRUE(facts);
     EXPECT_EQ(text(*facts, "id3/TIT2"), QStringLiteral("Sommer in Köln"));
     EXPECT_EQ(text(*facts, "id3/TPE1"), QStringLiteral("Müller"));
-    EXPECT_EQ(facts->contentCreationDate, QDateTime(QDate(2019, 5, 4), QTime(10, 11, 12), Qt::UTC));
+    EXPECT_EQ(facts->contentCreationDate, QDateTime(QDate(2019, 5, 4), QTime(10, 11, 12), kUtc));
     const auto frame =
         std::find_if(facts->metadata.begin(), facts->metadata.end(),
                      [](const auto& item) { return item.identifier == QLatin1String("id3/APIC"); });

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/foundation/dates.h"
+#include "platform/foundation/utc.h"
 
 #include "tests/testkit/testkit.h"
 
@@ -72,7 +73,7 @@ TEST(Dates, SkippedClockTimesAreRefusedAndRepeatedOnesAreTheLater) {
 
 TEST(Dates, FormatsInLocalTimeAndReadsBack) {
     const ZoneGuard zone("Asia/Kathmandu"); // UTC+5:45
-    const QDateTime date(QDate(2021, 3, 4), QTime(23, 30), Qt::UTC);
+    const QDateTime date(QDate(2021, 3, 4), QTime(23, 30), kUtc);
     EXPECT_EQ(formatDate(date, DatePattern::Colon), u"2021:03:05 05:15:00"_qs);
     EXPECT_EQ(formatDate(date, DatePattern::Dash), u"2021-03-05 05:15:00"_qs);
     EXPECT_EQ(dateDescription(date), u"2021-03-04 23:30:00 +0000"_qs);
