@@ -23,6 +23,13 @@ function(clipheave_layer name)
   target_link_libraries(${name}_link PRIVATE $<LINK_LIBRARY:WHOLE_ARCHIVE,${name}>)
 endfunction()
 
+# A test's limit: the sanitizers make everything several times slower. A limit of the test preset is only for tests without
+# one of their own.
+set(CLIPHEAVE_TEST_SECONDS 300)
+if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=")
+  set(CLIPHEAVE_TEST_SECONDS 1800)
+endif()
+
 # clipheave_test(NAME DEPENDS targets…): a GoogleTest executable of all sources in the calling folder. Its tests carry its
 # name as a label.
 function(clipheave_test name)
@@ -33,7 +40,7 @@ function(clipheave_test name)
   endif()
   add_executable(${name} ${sources})
   target_link_libraries(${name} PRIVATE clipheave_options testkit GTest::gmock ${ARG_DEPENDS})
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 LABELS ${name})
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${CLIPHEAVE_TEST_SECONDS} LABELS ${name})
 endfunction()
 
 # clipheave_gui_test(NAME DEPENDS targets…): the same with a QApplication, offscreen unless told otherwise.
@@ -43,5 +50,5 @@ function(clipheave_gui_test name)
   add_executable(${name} ${sources} ${CMAKE_SOURCE_DIR}/tests/testkit/gui_main.cpp)
   set_target_properties(${name} PROPERTIES AUTOMOC ON)
   target_link_libraries(${name} PRIVATE clipheave_options testkit GTest::gmock Qt6::Widgets Qt6::Test ${ARG_DEPENDS})
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 LABELS ${name})
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${CLIPHEAVE_TEST_SECONDS} LABELS ${name})
 endfunction()

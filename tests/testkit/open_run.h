@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <functional>
+#include <utility>
 #include <vector>
 
 namespace testkit {
@@ -18,7 +21,7 @@ outcomesOf(const std::function<void(clipheave::jobs::Run& run)>& work,
     order.work = [&work](clipheave::jobs::Run& run, const auto&) { work(run); };
     const auto run = clipheave::jobs::Run::create(order, {}, std::move(handlers));
     run->perform();
-    EXPECT_TRUE(run->waitForEnd(std::chrono::minutes(2)));
+    EXPECT_TRUE(run->waitForEnd(std::chrono::minutes(4)));
     return run->outcomes();
 }
 

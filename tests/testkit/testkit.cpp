@@ -44,6 +44,13 @@ Surroundings::Surroundings() {
     }
 }
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+// Such runs are long, side by side, and often on a machine with other work.
+constexpr int kPatienceMs = 15 * 60'000;
+#else
+constexpr int kPatienceMs = 2 * 60'000;
+#endif
+
 RunResult run(const QString& program, const QStringList& arguments, const QByteArray& input) {
     QProcess process;
     process.start(program, arguments);
@@ -51,7 +58,7 @@ RunResult run(const QString& program, const QStringList& arguments, const QByteA
         return {-1, {}, process.errorString().toUtf8()};
     process.write(input);
     process.closeWriteChannel();
-    const bool ended = process.waitForFinished(120'000);
+    const bool ended = process.waitForFinished(kPatienceMs);
     return {ended && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
             process.readAllStandardOutput(), process.readAllStandardError()};
 }

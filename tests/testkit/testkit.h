@@ -59,7 +59,7 @@ struct RunResult {
     int exitCode = -1; ///< -1 when it could not be started or was killed
     QByteArray out, err;
 };
-/// Runs a program to its end (two minutes at most).
+/// Runs a program to its end (two minutes at most, fifteen under a sanitizer).
 [[nodiscard]] RunResult run(const QString& program, const QStringList& arguments,
                             const QByteArray& input = {});
 [[nodiscard]] bool hasProgram(const QString& program);
