@@ -38,6 +38,15 @@ const char* prefixOf(LogLevel level) {
     return "";
 }
 
+/// A line with the bytes of its paths; a name must not steer the terminal, nor look like a line of
+/// its own.
+QByteArray terminalLine(QString text) {
+    for (QChar& c : text)
+        if (c.category() == QChar::Other_Control)
+            c = u' ';
+    return platform::nativePath(text) + '\n';
+}
+
 void writeStandardError(const QByteArray& bytes) {
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
 }
@@ -74,8 +83,9 @@ void Console::print(const platform::LogLine& line) {
     QByteArray text = prefixOf(line.level);
     // A text that names its file already is not given it twice.
     if (!line.path.isEmpty() && !line.text.contains(line.path))
-        text += platform::nativePath(line.path) + ": ";
-    text += platform::nativePath(line.text) + '\n';
+        text += terminalLine(line.path + QStringLiteral(": ") + line.text);
+    else
+        text += terminalLine(line.text);
     const std::scoped_lock lock(m_mutex);
     eraseBar();
     writeStandardError(text);
@@ -125,7 +135,7 @@ bool printOut(const QByteArray& bytes) {
 }
 
 void printError(const QString& text) {
-    writeStandardError("clipheave-cli: " + platform::nativePath(text) + '\n');
+    writeStandardError("clipheave-cli: " + terminalLine(text));
 }
 
 int reportNothingToDo() {

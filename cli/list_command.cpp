@@ -2,6 +2,7 @@
 #include "cli/commands.h"
 #include "cli/item_stream.h"
 #include "cli/item_table.h"
+#include "cli/write_run.h"
 
 namespace clipheave::cli {
 
@@ -18,7 +19,7 @@ public:
         m_troubled = m_troubled || !item.problem.isEmpty();
         m_json ? m_stream.add(item) : m_table.add(item);
     }
-    /// A skipped path stands in the JSON list only; standard error has named it.
+    /// A skipped path stands in the JSON list only; standard error names it.
     void add(const media::SkippedPath& skipped) {
         m_isEmpty = false;
         m_troubled = true;
@@ -60,6 +61,8 @@ int runList(const GlobalOptions& global, const ListOptions& options, Console& co
         return interruption();
     for (const media::SkippedPath& skipped : import.skipped())
         listing.add(skipped);
+    reportSkipped(import);
+    reportUnknown(import);
     if (listing.isEmpty())
         return reportNothingToDo();
     const bool written = listing.finish();

@@ -140,7 +140,7 @@ int runRename(const GlobalOptions& global, const RenameOptions& options, Console
     import.setStopRequested(&isInterrupted);
     import.importMediaItemsThreader(options.paths);
     if (isInterrupted())
-        return interruption();
+        return reportOutcomes(global, {}, false);
     const auto& items = import.localPhotoItemArray();
     reportUnknown(import);
     if (items.empty() && import.skipped().empty())

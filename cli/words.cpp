@@ -248,7 +248,7 @@ const Sentence kEngineWords[] = {
     {"was-stopped", "It was stopped"},
     {"cannot-be-processed", "The data cannot be processed"},
     {"wrong-properties", "Properties of the data are missing or wrong"},
-    {"unknown-media-container", "This is no audio or video container that can be read"},
+    {"unknown-media-container", "This is not an audio or video file that can be read"},
     {"streams-unreadable", "The streams cannot be read"},
     {"headers-too-long", "The headers are too long to be read in full"},
     {"no-stream", "There is no stream"},
@@ -341,19 +341,19 @@ const Sentence kItemWords[] = {
 
 // jobs
 const Sentence kJobWords[] = {
-    {"no-outcome", "the work was given up without a result"},
-    {"creation-date-not-stored", "creation date not stored here"},
-    {"copied-unchanged", "copied unchanged"},
+    {"no-outcome", "The work was given up without a result"},
+    {"creation-date-not-stored", "Creation date not stored here"},
+    {"copied-unchanged", "Copied unchanged"},
 };
 
 // metadata
 const Sentence kMetadataWords[] = {
-    {"neither-video-nor-audio", "neither a video nor an audio file"},
-    {"no-video-file", "not a video"},
-    {"title-leads-out", "the title \"%1\" would lead out of the output folder"},
-    {"title-given-out", "%1: another file of this run has that title"},
-    {"empty-title", "the title is empty, and so is the name"},
-    {"no-audio-pane", "no audio pane was given"},
+    {"neither-video-nor-audio", "This is neither a video nor an audio file"},
+    {"no-video-file", "This is not a video"},
+    {"title-leads-out", "The title \"%1\" would lead out of the output folder"},
+    {"title-given-out", "Another file of this run has that title: %1"},
+    {"empty-title", "The title is empty, and so is the name"},
+    {"no-audio-pane", "No audio pane was given"},
     {"cover-stored-as-given", "The cover is stored as it was given: as TIFF it is over 16 MiB"},
     {"keywords-not-stored", "Keywords not stored: the file has no place for it"},
     {"description-not-stored", "Description not stored: the file has no place for it"},
@@ -367,15 +367,15 @@ const Sentence kMetadataWords[] = {
 const Sentence kVideoWords[] = {
     {"export-video", "Export"},
     {"read-video-frames", "Read frames"},
-    {"no-video-item", "not a video"},
+    {"no-video-item", "This is not a video"},
     {"unknown-video-kind", "\".%1\" is none of the known kinds of video"},
     {"source-without-video", "There is no video track"},
     {"source-without-tracks", "There is neither a video nor an audio track"},
     {"video-without-frames", "No frame could be decoded"},
-    {"replaced-older-file", "replaced an older file"},
-    {"merged-into", "in %1"},
-    {"frames-written", "%1 images"},
-    {"frames-not-decoded", "%1 frames could not be decoded"},
+    {"replaced-older-file", "Replaced an older file"},
+    {"merged-into", "In %1"},
+    {"frames-written", "%1 image(s)"},
+    {"frames-not-decoded", "%1 frame(s) could not be decoded"},
 };
 
 // batch

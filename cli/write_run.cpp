@@ -30,6 +30,14 @@ void waitForEnd(jobs::Run& run, const QString& what, Console& console) {
     console.clearProgress();
 }
 
+/// "clip.mp4: failed: The disk is full"; the reason may be missing.
+QString endLine(const WriteOutcome& outcome) {
+    QStringList parts{outcome.source, QLatin1String(statusName(outcome.status))};
+    if (const QString text = outcome.text(); !text.isEmpty())
+        parts.append(text);
+    return parts.join(u": ");
+}
+
 } // namespace
 
 std::vector<jobs::WriteRequest> requestsFor(const media::MediaImport& import,
@@ -60,6 +68,11 @@ void reportUnknown(const media::MediaImport& import) {
         printError(QStringLiteral("%1: skipped: %2").arg(unknown.path, unknown.reason.text()));
 }
 
+void reportSkipped(const media::MediaImport& import) {
+    for (const media::SkippedPath& skipped : import.skipped())
+        printError(endLine(outcomeOfSkipped(skipped)));
+}
+
 int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>& outcomes,
                    bool allImported) {
     bool allDone = allImported;
@@ -73,9 +86,7 @@ int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>&
         anythingDone |= outcome.status == WriteStatus::Completed;
         if (outcome.status != WriteStatus::Completed) {
             allDone &= outcome.status == WriteStatus::Skipped;
-            printError(QStringLiteral("%1: %2: %3")
-                           .arg(outcome.source, QLatin1String(statusName(outcome.status)),
-                                outcome.text()));
+            printError(endLine(outcome));
         } else if (!outcome.text().isEmpty() && !global.quiet) {
             printError(QStringLiteral("%1: %2").arg(outcome.source, outcome.text()));
         }

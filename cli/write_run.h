@@ -25,5 +25,7 @@ using MakeOrder = std::function<jobs::RunOrder(const media::MediaImport& import,
 [[nodiscard]] jobs::WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped);
 /// Names the files of unknown kinds on standard error. They are no items: nothing of them failed.
 void reportUnknown(const media::MediaImport& import);
+/// Names on standard error the paths that gave no item, with the reason.
+void reportSkipped(const media::MediaImport& import);
 
 } // namespace clipheave::cli

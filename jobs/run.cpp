@@ -25,7 +25,6 @@ WriteOutcome cancelledOutcome(const QString& source) {
     WriteOutcome outcome;
     outcome.source = source;
     outcome.status = WriteStatus::Cancelled;
-    outcome.notes = {QStringLiteral("cancelled")};
     return outcome;
 }
 

@@ -43,7 +43,8 @@ void setOutputDates(const WriteJob& job, Notes& notes) {
 bool endedWithoutOutput(const WriteJob& job, Status status) {
     const auto ended = [&](const QString& text, WriteStatus outcome) {
         log(LogLevel::Info, text, job.source);
-        finish(job, outcome, {}, {text});
+        // That it was cancelled is the outcome's status already.
+        finish(job, outcome, {}, outcome == WriteStatus::Cancelled ? Notes{} : Notes{text});
         return true;
     };
     switch (status) {

@@ -93,7 +93,8 @@ struct MediaImport::Pipeline {
     [[nodiscard]] bool stopped() const { return import.m_stop && import.m_stop(); }
 
     void skip(const QString& path, const Message& reason) {
-        log(LogLevel::Warning, reason.text(), path);
+        // The front names what was skipped; a warning besides would say it twice.
+        log(LogLevel::Info, reason.text(), path);
         import.m_skipped.push_back({path, reason});
     }
 
@@ -128,7 +129,7 @@ struct MediaImport::Pipeline {
         if (found)
             import.m_unknown.push_back({path, reasonOfUnknown(path)});
         else
-            import.m_skipped.push_back({path, found.error().text()});
+            skip(path, found.error().text());
     }
 
     void walk(const QString& folder) {

@@ -293,8 +293,6 @@ void reportFrames(const AVAssetExportSession& session, WriteOutcome outcome,
         outcome.notes = session.notes();
     else if (outcome.status == WriteStatus::Failed)
         outcome.failure = session.error();
-    else
-        outcome.notes = {QStringLiteral("cancelled")};
     ticket.report(outcome);
 }
 

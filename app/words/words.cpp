@@ -287,7 +287,7 @@ const Sentence kEngineWords[] = {
     {"cannot-be-processed", QT_TRANSLATE_NOOP("Words", "The data cannot be processed")},
     {"wrong-properties", QT_TRANSLATE_NOOP("Words", "Properties of the data are missing or wrong")},
     {"unknown-media-container",
-     QT_TRANSLATE_NOOP("Words", "This is no audio or video container that can be read")},
+     QT_TRANSLATE_NOOP("Words", "This is not an audio or video file that can be read")},
     {"streams-unreadable", QT_TRANSLATE_NOOP("Words", "The streams cannot be read")},
     {"headers-too-long", QT_TRANSLATE_NOOP("Words", "The headers are too long to be read in full")},
     {"no-stream", QT_TRANSLATE_NOOP("Words", "There is no stream")},
@@ -396,20 +396,21 @@ const Sentence kItemWords[] = {
 
 // jobs
 const Sentence kJobWords[] = {
-    {"no-outcome", QT_TRANSLATE_NOOP("Words", "the work was given up without a result")},
-    {"creation-date-not-stored", QT_TRANSLATE_NOOP("Words", "creation date not stored here")},
-    {"copied-unchanged", QT_TRANSLATE_NOOP("Words", "copied unchanged")},
+    {"no-outcome", QT_TRANSLATE_NOOP("Words", "The work was given up without a result")},
+    {"creation-date-not-stored", QT_TRANSLATE_NOOP("Words", "Creation date not stored here")},
+    {"copied-unchanged", QT_TRANSLATE_NOOP("Words", "Copied unchanged")},
 };
 
 // metadata
 const Sentence kMetadataWords[] = {
-    {"neither-video-nor-audio", QT_TRANSLATE_NOOP("Words", "neither a video nor an audio file")},
-    {"no-video-file", QT_TRANSLATE_NOOP("Words", "not a video")},
+    {"neither-video-nor-audio",
+     QT_TRANSLATE_NOOP("Words", "This is neither a video nor an audio file")},
+    {"no-video-file", QT_TRANSLATE_NOOP("Words", "This is not a video")},
     {"title-leads-out",
-     QT_TRANSLATE_NOOP("Words", "the title \"%1\" would lead out of the output folder")},
-    {"title-given-out", QT_TRANSLATE_NOOP("Words", "%1: another file of this run has that title")},
-    {"empty-title", QT_TRANSLATE_NOOP("Words", "the title is empty, and so is the name")},
-    {"no-audio-pane", QT_TRANSLATE_NOOP("Words", "no audio pane was given")},
+     QT_TRANSLATE_NOOP("Words", "The title \"%1\" would lead out of the output folder")},
+    {"title-given-out", QT_TRANSLATE_NOOP("Words", "Another file of this run has that title: %1")},
+    {"empty-title", QT_TRANSLATE_NOOP("Words", "The title is empty, and so is the name")},
+    {"no-audio-pane", QT_TRANSLATE_NOOP("Words", "No audio pane was given")},
     {"cover-stored-as-given",
      QT_TRANSLATE_NOOP("Words", "The cover is stored as it was given: as TIFF it is over 16 MiB")},
     {"keywords-not-stored",
@@ -430,17 +431,17 @@ const Sentence kMetadataWords[] = {
 const Sentence kVideoWords[] = {
     {"export-video", QT_TRANSLATE_NOOP("Words", "Export")},
     {"read-video-frames", QT_TRANSLATE_NOOP("Words", "Read frames")},
-    {"no-video-item", QT_TRANSLATE_NOOP("Words", "not a video")},
+    {"no-video-item", QT_TRANSLATE_NOOP("Words", "This is not a video")},
     {"unknown-video-kind",
      QT_TRANSLATE_NOOP("Words", "\".%1\" is none of the known kinds of video")},
     {"source-without-video", QT_TRANSLATE_NOOP("Words", "There is no video track")},
     {"source-without-tracks",
      QT_TRANSLATE_NOOP("Words", "There is neither a video nor an audio track")},
     {"video-without-frames", QT_TRANSLATE_NOOP("Words", "No frame could be decoded")},
-    {"replaced-older-file", QT_TRANSLATE_NOOP("Words", "replaced an older file")},
-    {"merged-into", QT_TRANSLATE_NOOP("Words", "in %1")},
-    {"frames-written", QT_TRANSLATE_NOOP("Words", "%1 images")},
-    {"frames-not-decoded", QT_TRANSLATE_NOOP("Words", "%1 frames could not be decoded")},
+    {"replaced-older-file", QT_TRANSLATE_NOOP("Words", "Replaced an older file")},
+    {"merged-into", QT_TRANSLATE_NOOP("Words", "In %1")},
+    {"frames-written", QT_TRANSLATE_NOOP("Words", "%1 image(s)")},
+    {"frames-not-decoded", QT_TRANSLATE_NOOP("Words", "%1 frame(s) could not be decoded")},
 };
 
 // batch

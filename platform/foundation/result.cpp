@@ -15,6 +15,7 @@ ErrorCode codeOfErrno(int number) {
     switch (number) {
     case ENOENT:
     case ENOTDIR:
+    case ELOOP: // links that lead to each other
         return ErrorCode::NotFound;
     case EACCES:
     case EPERM:

@@ -296,4 +296,16 @@ TEST_F(Cli, AnInterruptedSaveLeavesNothingBehind) {
     }
 }
 
+TEST_F(Cli, NamesWhatItSkipsOnALineEach) {
+    const testkit::TempDir dir;
+    const QString odd = dir.write(QStringLiteral("a\nwarning: b\033[31m.mp4"), "no video");
+    const auto result = cli({QStringLiteral("list"), odd, dir.path(QStringLiteral("gone.mp4")),
+                             dir.write(u"c.xyz"_qs, "x")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.err.contains("gone.mp4: skipped: The file was not found"));
+    EXPECT_TRUE(result.err.contains("c.xyz: skipped: "));
+    EXPECT_EQ(result.err.count('\n'), 3) << result.err.toStdString();
+    EXPECT_FALSE(result.err.contains('\033'));
+}
+
 } // namespace

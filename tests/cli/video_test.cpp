@@ -95,7 +95,7 @@ TEST_F(VideoCommand, NamesWhatIsNoVideo) {
     EXPECT_EQ(video(QStringLiteral("convert --to mp4"), {audio, m_video}).exitCode, 0);
     const auto skipped = video(QStringLiteral("convert --to mov"), {audio});
     EXPECT_EQ(skipped.exitCode, 1) << "nothing was done";
-    EXPECT_TRUE(skipped.err.contains("sound.m4a: skipped: not a video"))
+    EXPECT_TRUE(skipped.err.contains("sound.m4a: skipped: This is not a video"))
         << skipped.err.toStdString();
     const auto tried = video(QStringLiteral("gif"), {audio});
     EXPECT_TRUE(tried.err.contains("sound.m4a: failed: ")) << tried.err.toStdString();
