@@ -7,6 +7,8 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
 
+#include <memory>
+
 namespace clipheave::metadata {
 
 namespace {
@@ -136,10 +138,12 @@ jobs::RunOrder writeOrder(Writer writer, std::vector<jobs::WriteRequest> request
     jobs::RunOrder order;
     for (const jobs::WriteRequest& request : requests)
         order.sources.append(request.item->filePath);
-    order.work = [writer, requests = std::move(requests)](jobs::Run& run, const auto& items) {
+    // Orders are copied at every hand-over; what they ask for, 2 KB an item, stays in one place.
+    const auto kept = std::make_shared<const std::vector<jobs::WriteRequest>>(std::move(requests));
+    order.work = [writer, kept](jobs::Run& run, const auto& items) {
         VideoMetadata writers(run);
         for (const std::size_t item : items)
-            (writers.*writer)(requests[item]);
+            (writers.*writer)((*kept)[item]);
     };
     return order;
 }
