@@ -19,4 +19,8 @@ target_compile_options(
 target_compile_definitions(
   clipheave_options INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS
                               QT_NO_NARROWING_CONVERSIONS_IN_CONNECT QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+# What Qt has deprecated since 6.4 need not have its successor there.
+if(Qt6_VERSION VERSION_GREATER_EQUAL 6.5)
+  target_compile_definitions(clipheave_options INTERFACE QT_WARN_DEPRECATED_UP_TO=0x060400)
+endif()
 target_include_directories(clipheave_options INTERFACE ${CMAKE_SOURCE_DIR})

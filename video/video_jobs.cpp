@@ -17,7 +17,7 @@ namespace {
 
 void logText(const char* text, const WriteOutcome& outcome) {
     if (text)
-        log(LogLevel::Info, QString::fromLatin1(text).replace(u"%1"_qs, outcome.text()),
+        log(LogLevel::Info, QString::fromLatin1(text).replace(QStringLiteral("%1"), outcome.text()),
             outcome.source);
 }
 

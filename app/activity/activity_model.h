@@ -101,8 +101,9 @@ public:
     static constexpr int kRefreshesPerSecond = 20;
 
     /// `now`: the clock that jobs and log lines are dated by.
-    explicit ActivityModel(std::function<QDateTime()> now = &QDateTime::currentDateTime,
-                           QObject* parent = nullptr);
+    explicit ActivityModel(
+        std::function<QDateTime()> now = [] { return QDateTime::currentDateTime(); },
+        QObject* parent = nullptr);
 
     /// Returns the time of this model's clock.
     [[nodiscard]] QDateTime now() const { return m_now(); }

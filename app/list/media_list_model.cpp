@@ -48,7 +48,8 @@ private:
 QVariant toolTipOf(const QString& text) {
     if (text.isEmpty())
         return {};
-    return Qt::mightBeRichText(text) ? u"<qt>%1</qt>"_qs.arg(text.toHtmlEscaped()) : text;
+    return Qt::mightBeRichText(text) ? QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped())
+                                     : text;
 }
 
 bool isNumberColumn(int column) {

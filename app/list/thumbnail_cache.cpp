@@ -55,7 +55,8 @@ bool ThumbnailCache::takes(const QString& path) const {
 QString ThumbnailCache::fileFor(const QString& path, int side) const {
     const QByteArray name =
         QCryptographicHash::hash(fileAddress(path), QCryptographicHash::Md5).toHex();
-    return m_folder + u'/' + folderOfSide(side) + u'/' + QLatin1String(name) + u".png"_qs;
+    return m_folder + u'/' + folderOfSide(side) + u'/' + QLatin1String(name) +
+           QStringLiteral(".png");
 }
 
 QImage ThumbnailCache::find(const QString& path, std::int64_t modified, int side) const {

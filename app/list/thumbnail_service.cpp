@@ -44,9 +44,10 @@ ThumbnailService& ThumbnailService::shared() {
 }
 
 QString ThumbnailService::keyOf(const media::IKImageItem& item, const ThumbnailShape& shape) {
-    return u"%1x%2%3:%4:%5:%6"_qs.arg(shape.size.width())
+    return QStringLiteral("%1x%2%3:%4:%5:%6")
+        .arg(shape.size.width())
         .arg(shape.size.height())
-        .arg(shape.mode == ThumbnailShape::Fill ? u"fill"_qs : u"fit"_qs)
+        .arg(shape.mode == ThumbnailShape::Fill ? QStringLiteral("fill") : QStringLiteral("fit"))
         .arg(item.fileImage.byteCount())
         .arg(item.modificationDate.isValid() ? item.modificationDate.toMSecsSinceEpoch() : 0)
         .arg(item.filePath);

@@ -47,7 +47,8 @@ QString previewToolTip(const batch::RenameMove& move, int column) {
         text += QLatin1Char('\n') + batch::renameNoteText(move.note);
     if (const QString hint = RenamePreviewModel::hint(move); !hint.isEmpty())
         text += QLatin1Char('\n') + hint;
-    return Qt::mightBeRichText(text) ? u"<qt>%1</qt>"_qs.arg(text.toHtmlEscaped()) : text;
+    return Qt::mightBeRichText(text) ? QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped())
+                                     : text;
 }
 
 class PreviewDelegate : public QStyledItemDelegate {

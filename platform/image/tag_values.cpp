@@ -106,10 +106,11 @@ QVariant tagCommentValue(const Exiv2::Exifdatum& datum) {
 }
 
 QVariant tagDegreesValue(const Exiv2::Exifdatum& datum) {
-    if (datum.count() < 1 || datum.count() > 3)
-        return {};
     double degrees = 0, unit = 1;
-    for (long i = 0; i < datum.count(); ++i, unit *= 60) {
+    const auto count = static_cast<long>(datum.count());
+    if (count < 1 || count > 3)
+        return {};
+    for (long i = 0; i < count; ++i, unit *= 60) {
         const auto part = realAt(datum, i);
         // Phones without a fix write 0/0 for what they do not know.
         if (!part && i == 0)
