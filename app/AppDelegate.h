@@ -6,31 +6,23 @@
 
 #include <QObject>
 
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <vector>
 
-namespace clipheave::batch {
-struct RenameBatch;
-} // namespace clipheave::batch
-
 namespace clipheave::media {
-class MediaImport;
 struct ChangeFlags;
 struct Preferences;
 } // namespace clipheave::media
 
 namespace clipheave::jobs {
-class Run;
 struct RunSettings;
 struct WriteRequest;
 } // namespace clipheave::jobs
 
-namespace clipheave::platform {
-struct LogLine;
-class LogSubscription;
-} // namespace clipheave::platform
+namespace clipheave::metadata {
+class VideoMetadata;
+} // namespace clipheave::metadata
 
 namespace clipheave::video {
 class VideoJobs;
@@ -39,18 +31,21 @@ struct VideoJobRequest;
 
 namespace clipheave::app {
 
-enum class Appearance;
 class ActivityModel;
-struct BoardJob;
+class Importer;
+class ItemList;
 class JobBoard;
+class LogFeed;
 class MainWindow;
 class MediaListModel;
 class PreferencesWindow;
+class RenameJobs;
 class RenameWindow;
+struct CommandState;
 struct ImportState;
-struct ListState;
 struct PaneState;
 struct PreferencesState;
+struct RenameState;
 struct Surroundings;
 
 /// The one controller: owns the windows, the media list and the preference values, and carries
@@ -205,73 +200,43 @@ public:
     [[nodiscard]] QPointF currentCoords() const;
     [[nodiscard]] bool isImporting() const;
 
-    /// What a writing command does.
-    enum class JobKind { Save, RemoveMetadata, TitleToName, NameToTitle };
-
     Q_SIGNAL void importFinished();
     Q_SIGNAL void saveFinished();
     Q_SIGNAL void renameFinished(); ///< a rename or its undoing
 
 private:
-    void observeNotifications();
-    void takeLogLines();
-    void takeLogLine(const platform::LogLine& line);
-    void connectWindow();
     void connectPanes();
     void connectPreferences();
-    void retryImport(const QStringList& paths, bool photos);
-    /// The items of these paths, in their order; a path that the list does not hold gives none.
-    [[nodiscard]] std::vector<media::ItemPointer> itemsAt(const QStringList& paths);
-    /// Puts changed copies in the place of the items of these paths, in the list and what it shows.
-    /// Who holds an item keeps it as it was.
-    void changeItems(const QStringList& paths, const media::ItemChange& change);
-    /// Takes items off the list, which then stands in import order.
-    void removeItems(const std::function<bool(const media::IKImageItem&)>& goes);
-    void chooseAppearance(Appearance appearance);
-    void storeStampChoices();
-    void writeItems(JobKind kind, const std::vector<media::ItemPointer>& items);
-    void startWrite(JobKind kind, const std::vector<media::ItemPointer>& items);
-    [[nodiscard]] jobs::RunSettings runSettings() const;
-    [[nodiscard]] std::vector<jobs::WriteRequest>
-    writeRequests(const std::vector<media::ItemPointer>& items) const;
+    void connectRename();
     void applyPreferenceValues();
-    void runImport(const QStringList& paths, bool photos);
-    void appendNewItem(int job, const media::ItemPointer& item);
-    void finishImport(const media::MediaImport& import, int job);
-    [[nodiscard]] std::vector<media::ItemPointer> selectedItems() const;
-    struct WriteTally;
-    /// Shows the outcomes of a job that writes outputs, and reveals these at its end.
-    void reportWriting(BoardJob& job, bool tellsSizes = false);
-    void endWriting(int job, const WriteTally& tally);
-    [[nodiscard]] QStringList allPaths() const;
+    /// Writes items as the operation says, in a job of this title; without items the alert.
+    void writeItems(void (metadata::VideoMetadata::*writer)(const jobs::WriteRequest& request),
+                    const QString& title, const std::vector<media::ItemPointer>& items);
     using VideoWorker = void (AppDelegate::*)(video::VideoJobs& jobs,
                                               const video::VideoJobRequest& request);
     void detachVideoWorker(VideoWorker worker, const QString& activity);
-    void connectRename();
-    void refreshRenameItems();
-    void startRename(const std::shared_ptr<batch::RenameBatch>& batch);
-    void nothingToRename();
-    void showRenameProgress(int job, std::size_t taken);
-    void endRename(int job, const jobs::Run& run);
-    void restoreItemNames(const QStringList& paths);
+    [[nodiscard]] jobs::RunSettings runSettings() const;
+    [[nodiscard]] std::vector<media::ItemPointer> selectedItems() const;
+    /// Changes the items of these paths, in the list and in the pane.
+    void changeItems(const QStringList& paths, const media::ItemChange& change);
     void takeArtwork(const QString& path);
     void refreshSummary();
+    void refreshRenameItems();
     void showNoSelectionAlert();
 
     std::unique_ptr<Surroundings> m_surroundings;
+    std::unique_ptr<CommandState> m_command;
     std::unique_ptr<PreferencesState> m_preferences;
     std::unique_ptr<ImportState> m_import;
-    std::unique_ptr<ListState> m_list;
     std::unique_ptr<PaneState> m_pane;
-    unsigned m_macOsVer = 0;             ///< minor number of the system's version
-    std::atomic<bool> m_stopping{false}; ///< read by workers
-    bool m_useCustomName = true;         ///< the mode of the rename window
-    int m_runningRenames = 0;
-    QString m_commandTitle; ///< of the menu entry whose command runs
-    std::unique_ptr<platform::LogSubscription> m_logLines;
+    std::unique_ptr<RenameState> m_rename;
     std::unique_ptr<ActivityModel> m_activity;
     std::unique_ptr<JobBoard> m_board; ///< what runs, and another try of it
+    std::unique_ptr<LogFeed> m_log;
     std::unique_ptr<MediaListModel> m_mediaController;
+    std::unique_ptr<ItemList> m_list;
+    std::unique_ptr<Importer> m_importer;
+    std::unique_ptr<RenameJobs> m_renameJobs;
     std::unique_ptr<MainWindow> m_window;
     std::unique_ptr<PreferencesWindow> m_preferencesWindow;
     std::unique_ptr<RenameWindow> m_renameWindow;

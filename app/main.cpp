@@ -42,14 +42,13 @@ void addOptions(QCommandLineParser& parser) {
 }
 
 /// The one that was asked for, else what the user chose last.
-app::Appearance appearanceOf(const QString& name) {
+app::Appearance appearanceOf(const QString& name, const QSettings& settings) {
     if (name == u"light")
         return app::Appearance::Light;
     if (name == u"dark")
         return app::Appearance::Dark;
     if (name == u"system")
         return app::Appearance::System;
-    const QSettings settings(app::windowSettingsFile(), QSettings::IniFormat);
     const int stored = settings.value(QStringLiteral("appearance")).toInt();
     return static_cast<app::Appearance>(std::clamp(stored, 0, 2));
 }
@@ -88,10 +87,12 @@ int main(int argc, char** argv) {
     QCommandLineParser parser;
     addOptions(parser);
     parser.process(application);
-    app::Theme::instance().apply(appearanceOf(parser.value(QStringLiteral("theme"))));
+    const auto settings =
+        std::make_shared<QSettings>(app::windowSettingsFile(), QSettings::IniFormat);
+    app::Theme::instance().apply(appearanceOf(parser.value(QStringLiteral("theme")), *settings));
     auto defaults =
         std::make_unique<platform::NSUserDefaults>(parser.value(QStringLiteral("config")));
-    app::AppDelegate controller(app::desktopSurroundings(std::move(defaults)));
+    app::AppDelegate controller(app::desktopSurroundings(std::move(defaults), settings));
     QObject::connect(controller.activity(), &app::ActivityModel::logAdded, controller.activity(),
                      [&] { printLine(controller.activity()->log().back()); });
     controller.awakeFromNib();

@@ -21,6 +21,7 @@
 #include <QEventLoop>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -215,7 +216,10 @@ int main(int argc, char** argv) {
                                     QStringLiteral("storagePath")))
         return 2;
     app::Theme::instance().apply(app::Appearance::Dark);
-    app::AppDelegate controller(app::desktopSurroundings(std::move(defaults)));
+    app::AppDelegate controller(app::desktopSurroundings(
+        std::move(defaults),
+        std::make_shared<QSettings>(folder.filePath(QStringLiteral("window.conf")),
+                                    QSettings::IniFormat)));
     controller.awakeFromNib();
     FirstFrame frame(arguments.value(1).toLongLong());
     if (what == u"frame")

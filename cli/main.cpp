@@ -5,7 +5,6 @@
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 #include "platform/media/export/av_asset_export_session.h"
-#include "platform/workspace/ns_workspace.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
@@ -211,7 +210,5 @@ int main(int argc, char** argv) {
         qputenv("TZ", ":/etc/localtime");
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("clipheave"));
-    // Nothing pops up on the desktop of whoever runs a script.
-    clipheave::platform::NSWorkspace::sharedWorkspace().setRevealEnabled(false);
     return clipheave::cli::run(argc, argv);
 }

@@ -103,6 +103,8 @@ void ActivityPanel::connectModel() {
     connect(&m_model, &ActivityModel::firstFailure, this, &ActivityPanel::openOnFailure);
     connect(m_table, &JobTable::jobChosen, m_details, &JobDetails::showJob);
     connect(m_details, &JobDetails::revealRequested, this, &ActivityPanel::revealRequested);
+    for (const LogView* log : findChildren<LogView*>())
+        connect(log, &LogView::copyRequested, this, &ActivityPanel::copyRequested);
     connect(&Theme::instance(), &Theme::changed, this, [this] {
         update();
         refreshSoon();

@@ -45,6 +45,7 @@ Q_SIGNALS:
     void openChanged(bool open);
     /// Show these in the file manager.
     void revealRequested(const QStringList& paths);
+    void copyRequested(const QString& text); ///< lines of a log
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -4,8 +4,6 @@
 #include "app/theme/theme.h"
 #include "platform/foundation/paths.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -162,7 +160,7 @@ QString LogView::textOf(const QModelIndexList& rows) const {
 
 void LogView::keyPressEvent(QKeyEvent* event) {
     if (event->matches(QKeySequence::Copy))
-        QGuiApplication::clipboard()->setText(textOf(selectedIndexes()));
+        Q_EMIT copyRequested(textOf(selectedIndexes()));
     else
         QListView::keyPressEvent(event);
 }

@@ -44,6 +44,9 @@ public:
     /// Time, text and path of the rows, one line each.
     [[nodiscard]] QString textOf(const QModelIndexList& rows) const;
 
+Q_SIGNALS:
+    void copyRequested(const QString& text); ///< text of the selected rows
+
 protected:
     void keyPressEvent(QKeyEvent* event) override;
 

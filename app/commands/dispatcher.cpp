@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/command_state.h"
 #include "app/windows/command_tables.h"
 #include "app/windows/main_window.h"
 
@@ -52,7 +53,7 @@ void AppDelegate::PRbuttonMouseExitedHandle(QObject* button) {
 }
 
 void AppDelegate::performCommand(const QString& name, const QString& title) {
-    m_commandTitle = title;
+    m_command->title = title;
     const QByteArray method = name.toLatin1();
     if (!invoke(this, method) && !invoke(m_window.get(), method))
         notAvailableYet(name);
@@ -60,7 +61,7 @@ void AppDelegate::performCommand(const QString& name, const QString& title) {
 
 void AppDelegate::notAvailableYet(const QString& command) {
     m_activity->addLog(
-        tr("%1: not available yet").arg(m_commandTitle.isEmpty() ? command : m_commandTitle));
+        tr("%1: not available yet").arg(m_command->title.isEmpty() ? command : m_command->title));
     m_window->showStatus(tr("Not available yet"));
 }
 

@@ -1,18 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QElapsedTimer>
 #include <QString>
+
+#include <atomic>
 
 namespace clipheave::app {
 
-/// What imports leave behind for the commands after them. Main thread.
+/// What imports leave behind for the commands after them. Main thread, but for `stopping`.
 struct ImportState {
-    bool blocalMode = false; ///< the list holds files of this computer
+    bool blocalMode = true; ///< the list holds files of this computer
     /// Whether the last import walked a folder, and which: jobs keep its structure in the storage
     /// folder.
     bool bImportLocalFolder = false;
     QString bImportLocalPath;
-    int running = 0; ///< imports under way
+    int running = 0;                   ///< imports under way
+    std::atomic<bool> stopping{false}; ///< read by workers: the program ends
+    QElapsedTimer summaryAge;          ///< since the summary of the list was made last
 };
 
 } // namespace clipheave::app

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
-#include "app/commands/list_state.h"
+#include "app/commands/item_list.h"
 #include "app/commands/pane_state.h"
 #include "app/commands/surroundings.h"
 #include "app/list/media_list_model.h"
@@ -10,15 +10,32 @@
 #include "media/media_kind.h"
 #include "platform/foundation/paths.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
-
 #include <unordered_set>
 
 namespace clipheave::app {
 
+namespace {
+
+/// "2 selected of 5, 0:01:02, 3.4 MB"; empty when nothing is selected.
+QString selectionSummary(const std::vector<media::ItemPointer>& selected, std::size_t count) {
+    if (selected.empty())
+        return {};
+    std::uint64_t bytes = 0;
+    double seconds = 0;
+    for (const auto& item : selected) {
+        bytes += item->sizeBytes;
+        seconds += item->fileduration;
+    }
+    QString summary = AppDelegate::tr("%1 selected of %2").arg(selected.size()).arg(count);
+    if (seconds >= 1) // photos have no duration
+        summary += QStringLiteral(", ") + AppDelegate::getMediaDuration(static_cast<int>(seconds));
+    return summary + QStringLiteral(", ") + AppDelegate::sizeText(bytes);
+}
+
+} // namespace
+
 const std::vector<media::ItemPointer>& AppDelegate::localPhotoItemArray() const {
-    return m_list->items;
+    return m_list->items();
 }
 
 void AppDelegate::tableViewSelectionDidChange() {
@@ -35,14 +52,12 @@ void AppDelegate::tableViewSelectionDidChange() {
 }
 
 void AppDelegate::ShowVideoViewWithItem(const media::ItemPointer& item) {
-    m_pane->shownItem = item;
-    m_pane->flags = {};
+    m_pane->show(item);
     m_window->detailPane()->showVideo(*item, media::ShowVideoViewWithItem(*item));
 }
 
 void AppDelegate::ShowAudioViewWithItem(const media::ItemPointer& item) {
-    m_pane->shownItem = item;
-    m_pane->flags = {};
+    m_pane->show(item);
     DetailPane* pane = m_window->detailPane();
     pane->showAudio(*item, media::ShowAudioViewWithItem(*item, pane->videoArtistText()));
 }
@@ -54,53 +69,18 @@ void AppDelegate::tableView_didClickTableColumn(int column) {
 }
 
 void AppDelegate::restoreImportOrder() {
-    m_mediaController->setContent(m_list->items);
-    m_list->handedOver = m_list->items.size();
+    m_list->restoreOrder();
     refreshSummary();
 }
 
 std::vector<media::ItemPointer> AppDelegate::selectedItems() const {
     // Deliberate: row numbers count in import order, also while the list is sorted; the head of the
     // list says so then, and the foot of the pane names what is touched.
-    std::vector<media::ItemPointer> items;
-    for (int row : m_window->selectedRows())
-        if (row >= 0 && static_cast<std::size_t>(row) < m_list->items.size())
-            items.push_back(m_list->items[static_cast<std::size_t>(row)]);
-    return items;
-}
-
-std::vector<media::ItemPointer> AppDelegate::itemsAt(const QStringList& paths) {
-    std::vector<media::ItemPointer> found;
-    for (const QString& path : paths)
-        if (const QList<int> rows = m_list->rows.rowsOf(path, m_list->items); !rows.isEmpty())
-            found.push_back(m_list->items[static_cast<std::size_t>(rows.first())]);
-    return found;
+    return m_list->itemsOf(m_window->selectedRows());
 }
 
 void AppDelegate::changeItems(const QStringList& paths, const media::ItemChange& change) {
-    ItemChanges changes;
-    for (const QString& path : paths) {
-        for (const int row : m_list->rows.rowsOf(path, m_list->items)) {
-            media::ItemPointer& item = m_list->items[static_cast<std::size_t>(row)];
-            const media::ItemPointer copy = media::changedCopy(*item, change);
-            changes.emplace_back(item, copy);
-            if (m_pane->shownItem == item)
-                m_pane->shownItem = copy;
-            item = copy;
-        }
-    }
-    m_mediaController->replaceItems(changes);
-}
-
-void AppDelegate::removeItems(const std::function<bool(const media::IKImageItem&)>& goes) {
-    std::erase_if(m_list->items, [this, &goes](const media::ItemPointer& item) {
-        if (!goes(*item))
-            return false;
-        m_list->totalBytes -= item->sizeBytes;
-        return true;
-    });
-    m_list->rows.forget();
-    restoreImportOrder();
+    m_pane->follow(m_list->change(paths, change));
 }
 
 void AppDelegate::RemoveMediaFileAction() {
@@ -108,10 +88,11 @@ void AppDelegate::RemoveMediaFileAction() {
     std::unordered_set<const media::IKImageItem*> removed;
     for (const auto& item : selectedItems())
         removed.insert(item.get());
-    removeItems([&removed](const auto& item) { return removed.contains(&item); });
+    m_list->remove([&removed](const auto& item) { return removed.contains(&item); });
+    refreshSummary();
     m_pane->shownItem.reset();
     m_window->detailPane()->showNothing();
-    if (m_list->items.empty())
+    if (m_list->items().empty())
         m_window->showEmptyState();
 }
 
@@ -132,17 +113,18 @@ void AppDelegate::openCurrentItem() {
 
 void AppDelegate::copyCurrentPath() {
     if (m_pane->shownItem)
-        QGuiApplication::clipboard()->setText(platform::displayPath(m_pane->shownItem->filePath));
+        m_surroundings->pasteboard->setText(platform::displayPath(m_pane->shownItem->filePath));
 }
 
 void AppDelegate::chooseArtwork() {
     if (m_pane->shownItem)
-        m_window->detailPane()->chooseArtwork();
+        m_surroundings->fileChooser->chooseImage(
+            m_window.get(), [this](const QString& path) { takeArtwork(path); });
 }
 
 void AppDelegate::pasteArtwork() {
     if (m_pane->shownItem)
-        m_window->detailPane()->pasteArtwork();
+        m_window->detailPane()->pasteArtwork(m_surroundings->pasteboard->contents());
 }
 
 void AppDelegate::revertEdits() {
@@ -156,29 +138,17 @@ void AppDelegate::showNoSelectionAlert() {
 }
 
 void AppDelegate::refreshSummary() {
-    std::uint64_t selectedBytes = 0;
-    double seconds = 0;
     const auto selected = selectedItems();
-    for (const auto& item : selected) {
-        selectedBytes += item->sizeBytes;
-        seconds += item->fileduration;
-    }
-    const int count = static_cast<int>(m_list->items.size());
-    QString summary;
-    if (!selected.empty())
-        summary = tr("%1 selected of %2").arg(selected.size()).arg(count);
-    if (!selected.empty() && seconds >= 1) // photos have no length
-        summary += QStringLiteral(", ") + getMediaDuration(static_cast<int>(seconds));
-    if (!selected.empty())
-        summary += QStringLiteral(", ") + sizeText(selectedBytes);
-    m_window->setListSummary(summary, m_mediaController->isSorted());
-    m_window->setTotals(count == 1
-                            ? tr("1 item, %1").arg(sizeText(m_list->totalBytes))
-                            : tr("%1 items, %2").arg(count).arg(sizeText(m_list->totalBytes)));
+    const bool sorted = m_mediaController->isSorted();
+    m_window->setListSummary(selectionSummary(selected, m_list->items().size()), sorted);
+    const QString bytes = sizeText(m_list->totalBytes());
+    m_window->setTotals(m_list->items().size() == 1
+                            ? tr("1 item, %1").arg(bytes)
+                            : tr("%1 items, %2").arg(m_list->items().size()).arg(bytes));
     QStringList names;
     for (const auto& item : selected)
         names.append(item->fileName);
-    m_window->detailPane()->setTouchedNames(names, m_mediaController->isSorted());
+    m_window->detailPane()->setTouchedNames(names, sorted);
 }
 
 } // namespace clipheave::app

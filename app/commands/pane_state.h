@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/list/media_list_model.h"
 #include "media/image_item.h"
 #include "media/video_pane.h"
 
@@ -15,6 +16,18 @@ struct PaneState {
     /// Degrees, as the position fields held them when an edit began there last: latitude in x,
     /// longitude in y.
     QPointF currentCoords;
+
+    /// Another item is shown; nothing is edited yet.
+    void show(const media::ItemPointer& item) {
+        shownItem = item;
+        flags = {};
+    }
+    /// Goes on with the changed copy of the shown item.
+    void follow(const ItemChanges& changes) {
+        for (const auto& [item, copy] : changes)
+            if (shownItem == item)
+                shownItem = copy;
+    }
 };
 
 } // namespace clipheave::app

@@ -7,7 +7,6 @@
 #include "app/windows/about_window.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
-#include "app/windows/window_settings.h"
 #include "platform/foundation/paths.h"
 #include "platform/foundation/temporaries.h"
 #include "platform/workspace/ns_workspace.h"
@@ -22,7 +21,69 @@ namespace {
 constexpr char kSupportAddress[] = "support@clipheave.example";
 constexpr char kProductPage[] = "https://clipheave.example/";
 
+/// The stored values; the defaults in the place of what cannot be read, which is logged.
+media::Preferences valuesAtStart(platform::NSUserDefaults& defaults, ActivityModel& activity) {
+    if (const QString backup = defaults.setAsideWhenBroken(); !backup.isEmpty())
+        activity.addLog(AppDelegate::tr("The preferences could not be read: the defaults apply, "
+                                        "the file is kept as %1")
+                            .arg(platform::displayPath(backup)),
+                        defaults.filePath(), true);
+    const auto applied = media::applyPreferencesAtStart(defaults);
+    if (applied)
+        return *applied;
+    activity.addLog(applied.error().text(), {}, true);
+    return media::readPreferences(defaults);
+}
+
+void chooseAppearance(QSettings& settings, Appearance appearance) {
+    Theme::instance().apply(appearance);
+    settings.setValue(QStringLiteral("appearance"), static_cast<int>(appearance));
+}
+
+/// What of the date stamp's choices is stored, by key. Deliberate: a pop-up in which nothing is
+/// chosen leaves what is stored alone, and the font is stored only once the font panel was used:
+/// until then the first start's label and size stand side by side as they are.
+QList<std::pair<QString, QVariant>> stampChoices(const PreferencesState& state,
+                                                 const PreferencesWindow& window) {
+    QList<std::pair<QString, QVariant>> choices;
+    if (!window.position().isEmpty())
+        choices.append({QString::fromUtf16(media::kPositionKey), window.position()});
+    if (!window.dateFormat().isEmpty())
+        choices.append({QString::fromUtf16(media::kDateFormatKey), window.dateFormat()});
+    if (state.fontChosen) {
+        choices.append({QString::fromUtf16(media::kFontNameKey), state.values.currentFontname});
+        choices.append({QString::fromUtf16(media::kFontSizeKey), state.values.currentFontSize});
+    }
+    return choices;
+}
+
+void takeStampChoices(PreferencesState& state, const PreferencesWindow& window) {
+    if (!window.position().isEmpty())
+        state.values.position = window.position();
+    if (!window.dateFormat().isEmpty())
+        state.values.dateFormat = window.dateFormat();
+}
+
 } // namespace
+
+void AppDelegate::connectPreferences() {
+    PreferencesWindow* window = m_preferencesWindow.get();
+    connect(window, &PreferencesWindow::changeStoreLocation, this,
+            &AppDelegate::ChangeStoreLocation);
+    connect(window, &PreferencesWindow::cancel, this, &AppDelegate::CancelPreferenceSetting);
+    connect(window, &PreferencesWindow::save, this, &AppDelegate::ResetPreferenceSetting);
+    connect(window, &PreferencesWindow::appearanceChosen, this, [this](int index) {
+        chooseAppearance(*m_surroundings->windowSettings, static_cast<Appearance>(index));
+    });
+    connect(window, &PreferencesWindow::showColorPanel, this, [this, window] {
+        m_surroundings->stylePanels->chooseColor(window, window->fontColor(),
+                                                 [this, window](const QColor& color) {
+                                                     m_preferences->currentFontColor = color;
+                                                     window->setStampColor(color);
+                                                 });
+    });
+    connect(window, &PreferencesWindow::showFontPanel, this, &AppDelegate::ShowFontPanelAction);
+}
 
 QString AppDelegate::storagelocation() const {
     return m_preferences->values.storagelocation;
@@ -33,15 +94,7 @@ const media::Preferences& AppDelegate::preferences() const {
 }
 
 void AppDelegate::applyPreferenceValues() {
-    if (const QString backup = m_surroundings->defaults->setAsideWhenBroken(); !backup.isEmpty())
-        m_activity->addLog(tr("The preferences could not be read: the defaults apply, the file is "
-                              "kept as %1")
-                               .arg(platform::displayPath(backup)),
-                           m_surroundings->defaults->filePath(), true);
-    const auto applied = media::applyPreferencesAtStart(*m_surroundings->defaults);
-    m_preferences->values = applied ? *applied : media::readPreferences(*m_surroundings->defaults);
-    if (!applied)
-        m_activity->addLog(applied.error().text(), {}, true);
+    m_preferences->values = valuesAtStart(*m_surroundings->defaults, *m_activity);
     platform::removeStaleTemporaries(m_preferences->values.storagelocation);
     m_preferencesWindow->show(m_preferences->values, m_preferences->currentFontColor);
     m_window->setStorageLocation(m_preferences->values.storagelocation);
@@ -64,23 +117,18 @@ void AppDelegate::ResetPreferenceSetting() {
     if (const auto stored = media::setStorageLocation(*m_surroundings->defaults, folder); !stored)
         m_activity->addLog(stored.error().text(), folder, true);
     m_window->setStorageLocation(folder);
-    storeStampChoices();
+    takeStampChoices(*m_preferences, *m_preferencesWindow);
+    for (const auto& [key, value] : stampChoices(*m_preferences, *m_preferencesWindow))
+        if (const auto stored = m_surroundings->defaults->setObject_forKey(value, key); !stored)
+            m_activity->addLog(stored.error().text(), {}, true);
     m_preferencesWindow->hide();
 }
 
 void AppDelegate::ShowFontPanelAction() {
-    if (!m_preferences->fontPanel) {
-        QFont first(QStringLiteral("Lucida Grande"));
-        first.setPointSize(14);
-        m_preferences->fontPanel = new QFontDialog(first, m_window.get());
-        m_preferences->fontPanel->setAttribute(Qt::WA_DeleteOnClose);
-        m_preferences->fontPanel->setOption(QFontDialog::NoButtons);
-        connect(m_preferences->fontPanel, &QFontDialog::currentFontChanged, this,
-                &AppDelegate::changeFont);
-    }
-    m_preferences->fontPanel->show();
-    m_preferences->fontPanel->raise();
-    m_preferences->fontPanel->activateWindow();
+    QFont first(QStringLiteral("Lucida Grande"));
+    first.setPointSize(14);
+    m_surroundings->stylePanels->showFontPanel(m_window.get(), first,
+                                               [this](const QFont& font) { changeFont(font); });
 }
 
 void AppDelegate::changeFont(const QFont& font) {
@@ -92,46 +140,16 @@ void AppDelegate::changeFont(const QFont& font) {
     m_preferences->fontChosen = true;
 }
 
-void AppDelegate::chooseAppearance(Appearance appearance) {
-    Theme::instance().apply(appearance);
-    QSettings(windowSettingsFile(), QSettings::IniFormat)
-        .setValue(QStringLiteral("appearance"), static_cast<int>(appearance));
-}
-
 void AppDelegate::appearanceSystem() {
-    chooseAppearance(Appearance::System);
+    chooseAppearance(*m_surroundings->windowSettings, Appearance::System);
 }
 
 void AppDelegate::appearanceDark() {
-    chooseAppearance(Appearance::Dark);
+    chooseAppearance(*m_surroundings->windowSettings, Appearance::Dark);
 }
 
 void AppDelegate::appearanceLight() {
-    chooseAppearance(Appearance::Light);
-}
-
-/// The date stamp's choices. Deliberate: a pop-up in which nothing is chosen leaves what is stored
-/// alone, and the font is stored only once the font panel was used: until then the first start's
-/// label and size stand side by side as they are.
-void AppDelegate::storeStampChoices() {
-    QList<std::pair<const char16_t*, QVariant>> choices;
-    if (const QString position = m_preferencesWindow->position(); !position.isEmpty()) {
-        m_preferences->values.position = position;
-        choices.append({media::kPositionKey, position});
-    }
-    if (const QString format = m_preferencesWindow->dateFormat(); !format.isEmpty()) {
-        m_preferences->values.dateFormat = format;
-        choices.append({media::kDateFormatKey, format});
-    }
-    if (m_preferences->fontChosen) {
-        choices.append({media::kFontNameKey, m_preferences->values.currentFontname});
-        choices.append({media::kFontSizeKey, m_preferences->values.currentFontSize});
-    }
-    for (const auto& [key, value] : choices)
-        if (const auto stored =
-                m_surroundings->defaults->setObject_forKey(value, QString::fromUtf16(key));
-            !stored)
-            m_activity->addLog(stored.error().text(), {}, true);
+    chooseAppearance(*m_surroundings->windowSettings, Appearance::Light);
 }
 
 void AppDelegate::ChangeStoreLocation() {

@@ -4,8 +4,6 @@
 #include "media/preferences.h"
 
 #include <QColor>
-#include <QFontDialog>
-#include <QPointer>
 
 namespace clipheave::app {
 
@@ -14,7 +12,6 @@ struct PreferencesState {
     media::Preferences values;
     QColor currentFontColor = Qt::white; ///< not stored: white at every start
     bool fontChosen = false;             ///< the font panel was used
-    QPointer<QFontDialog> fontPanel;     ///< null while it is closed
 };
 
 } // namespace clipheave::app

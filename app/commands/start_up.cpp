@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
+#include "app/commands/command_state.h"
 #include "app/commands/import_state.h"
-#include "app/commands/list_state.h"
+#include "app/commands/importer.h"
+#include "app/commands/item_list.h"
+#include "app/commands/log_feed.h"
 #include "app/commands/pane_state.h"
 #include "app/commands/preferences_state.h"
+#include "app/commands/rename_jobs.h"
+#include "app/commands/rename_state.h"
 #include "app/commands/surroundings.h"
 #include "app/jobs/job_board.h"
 #include "app/list/media_list_model.h"
@@ -14,6 +19,7 @@
 #include "app/windows/rename_window.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/notification_center.h"
+#include "platform/foundation/paths.h"
 #include "platform/media/export/av_asset_export_session.h"
 #include "platform/media/export/export_queue.h"
 #include "platform/player/mpv_player.h"
@@ -30,42 +36,7 @@ constexpr int kIdleAfterStart = 300; // ms
 
 AppDelegate* s_controller = nullptr;
 
-} // namespace
-
-AppDelegate::AppDelegate(Surroundings surroundings, QObject* parent)
-    : QObject(parent), m_surroundings(std::make_unique<Surroundings>(std::move(surroundings))),
-      m_preferences(std::make_unique<PreferencesState>()),
-      m_import(std::make_unique<ImportState>()), m_list(std::make_unique<ListState>()),
-      m_pane(std::make_unique<PaneState>()),
-      m_activity(std::make_unique<ActivityModel>(m_surroundings->clock)),
-      m_board(std::make_unique<JobBoard>(*m_activity)),
-      m_mediaController(std::make_unique<MediaListModel>()) {
-    s_controller = this;
-    platform::ExportQueue::shared().giveWayToOthers();
-    m_board->setListedFiles([this] { return allPaths(); });
-    observeNotifications();
-    takeLogLines();
-}
-
-AppDelegate::~AppDelegate() {
-    m_logLines.reset();
-    m_stopping = true;
-    m_board->cancelAll();
-    platform::AVAssetExportSession::cancelAllExports();
-    // Workers hand over to this thread and wait for it: let them through until they have ended.
-    while (m_import->running > 0 || !m_board->isIdle())
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-    platform::AVAssetExportSession::waitForAllExports();
-    platform::NSNotificationCenter::defaultCenter().removeObserver(this);
-    if (s_controller == this)
-        s_controller = nullptr;
-}
-
-AppDelegate* AppDelegate::shared() {
-    return s_controller;
-}
-
-void AppDelegate::observeNotifications() {
+void observeNotifications(AppDelegate& controller) {
     using Handler = void (AppDelegate::*)(QObject*);
     // Deliberate: a media drop arrives under a name of its own and is handed on.
     static constexpr std::pair<const char16_t*, Handler> kObserved[] = {
@@ -80,17 +51,75 @@ void AppDelegate::observeNotifications() {
     auto& center = platform::NSNotificationCenter::defaultCenter();
     for (const auto& [name, handler] : kObserved)
         center.addObserver_name(
-            this, QString::fromUtf16(name),
-            [this, handler = handler](QObject* object) { (this->*handler)(object); });
+            &controller, QString::fromUtf16(name),
+            [&controller, handler = handler](QObject* object) { (controller.*handler)(object); });
 }
 
-/// What the layers below have to say comes into the activity log, whichever thread says it.
-void AppDelegate::takeLogLines() {
-    m_logLines = std::make_unique<platform::LogSubscription>(
-        platform::LogLevel::Info, [this](const platform::LogLine& line) {
-            QMetaObject::invokeMethod(
-                this, [this, line] { takeLogLine(line); }, Qt::QueuedConnection);
-        });
+/// What the window alone asks for goes to its command.
+void connectCommands(const MainWindow& window, AppDelegate& controller) {
+    const auto to = [&](auto signal, auto slot) {
+        QObject::connect(&window, signal, &controller, slot);
+    };
+    to(&MainWindow::selectionChanged, &AppDelegate::tableViewSelectionDidChange);
+    to(&MainWindow::columnClicked, &AppDelegate::tableView_didClickTableColumn);
+    to(&MainWindow::pathsDropped, [&controller](const QStringList& paths) {
+        controller.activity()->addLog(
+            QStringLiteral("urls==%1").arg(platform::displayPath(paths.join(u", "))));
+        controller.importPaths(paths);
+    });
+    to(&MainWindow::photosDropped, &AppDelegate::importPhotoPaths);
+    to(&MainWindow::addRequested, &AppDelegate::AddMediaFileAction);
+    to(&MainWindow::removeRequested, &AppDelegate::RemoveMediaFileAction);
+    to(&MainWindow::commandRequested, &AppDelegate::performCommand);
+    to(&MainWindow::systemCloseRequested, &AppDelegate::windowShouldClose);
+    to(&MainWindow::storageFolderRequested, &AppDelegate::openStorageFolder);
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(Surroundings surroundings, QObject* parent)
+    : QObject(parent), m_surroundings(std::make_unique<Surroundings>(std::move(surroundings))),
+      m_command(std::make_unique<CommandState>()),
+      m_preferences(std::make_unique<PreferencesState>()),
+      m_import(std::make_unique<ImportState>()), m_pane(std::make_unique<PaneState>()),
+      m_rename(std::make_unique<RenameState>()),
+      m_activity(std::make_unique<ActivityModel>(m_surroundings->clock)),
+      m_board(std::make_unique<JobBoard>(*m_activity)),
+      m_log(std::make_unique<LogFeed>(*m_activity, *m_board)),
+      m_mediaController(std::make_unique<MediaListModel>()),
+      m_list(std::make_unique<ItemList>(*m_mediaController)),
+      m_importer(std::make_unique<Importer>(*m_import, *m_list, *m_activity, *m_board)),
+      m_renameJobs(std::make_unique<RenameJobs>(
+          *m_rename, *m_activity, *m_board, *m_surroundings->workspace,
+          [this](const auto& paths, const auto& change) { changeItems(paths, change); })) {
+    s_controller = this;
+    platform::ExportQueue::shared().giveWayToOthers();
+    m_board->setListedFiles([this] { return m_list->paths(); });
+    connect(m_importer.get(), &Importer::itemsRead, this,
+            &AppDelegate::LoadImportedMediasonMainThread);
+    connect(m_importer.get(), &Importer::finished, this, [this] {
+        refreshSummary();
+        Q_EMIT importFinished();
+    });
+    observeNotifications(*this);
+}
+
+AppDelegate::~AppDelegate() {
+    m_log.reset();
+    m_import->stopping = true;
+    m_board->cancelAll();
+    platform::AVAssetExportSession::cancelAllExports();
+    // Workers hand over to this thread and wait for it: let them through until they have ended.
+    while (m_import->running > 0 || !m_board->isIdle())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    platform::AVAssetExportSession::waitForAllExports();
+    platform::NSNotificationCenter::defaultCenter().removeObserver(this);
+    if (s_controller == this)
+        s_controller = nullptr;
+}
+
+AppDelegate* AppDelegate::shared() {
+    return s_controller;
 }
 
 void AppDelegate::getSystemVersionMajor_minor_bugFix(unsigned* major, unsigned* minor,
@@ -112,17 +141,20 @@ void AppDelegate::getSystemVersionMajor_minor_bugFix(unsigned* major, unsigned* 
 
 void AppDelegate::awakeFromNib() {
     installAccessibleRoles();
-    getSystemVersionMajor_minor_bugFix(nullptr, &m_macOsVer, nullptr);
-    m_window = std::make_unique<MainWindow>(*m_mediaController, *m_activity);
+    getSystemVersionMajor_minor_bugFix(nullptr, &m_command->macOsVer, nullptr);
+    m_window = std::make_unique<MainWindow>(*m_mediaController, *m_activity,
+                                            *m_surroundings->windowSettings);
     m_preferencesWindow = std::make_unique<PreferencesWindow>(m_window.get());
     m_renameWindow = std::make_unique<RenameWindow>(m_window.get());
-    connectWindow();
+    connectCommands(*m_window, *this);
+    connectPanes();
+    connectPreferences();
     connectRename();
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
     applyPreferenceValues();
-    m_window->setTitleButtonImages(m_macOsVer > 9);
+    m_window->setTitleButtonImages(m_command->macOsVer > 9);
     m_window->setJobProgressVisible(false);
     m_window->show();
     m_window->raise();

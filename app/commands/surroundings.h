@@ -12,6 +12,10 @@
 #include <functional>
 #include <memory>
 
+class QColor;
+class QFont;
+class QMimeData;
+class QSettings;
 class QWidget;
 
 namespace clipheave::app {
@@ -36,6 +40,30 @@ public:
     /// One folder; the chooser opens in `current`.
     virtual void chooseFolder(QWidget* parent, const QString& current,
                               std::function<void(const QString&)> chosen) = 0;
+    /// One image file.
+    virtual void chooseImage(QWidget* parent, std::function<void(const QString&)> chosen) = 0;
+};
+
+/// The system's panels for fonts and colours. None blocks.
+class StylePanels {
+public:
+    virtual ~StylePanels() = default;
+    /// The one font panel, brought to the front: `first` is chosen in it when it opens, `changed`
+    /// gets each other choice.
+    virtual void showFontPanel(QWidget* parent, const QFont& first,
+                               std::function<void(const QFont&)> changed) = 0;
+    /// A colour; the panel opens with `current`. A cancelled one calls nothing back.
+    virtual void chooseColor(QWidget* parent, const QColor& current,
+                             std::function<void(const QColor&)> chosen) = 0;
+};
+
+/// What was copied last, in any program.
+class Pasteboard {
+public:
+    virtual ~Pasteboard() = default;
+    virtual void setText(const QString& text) = 0;
+    /// Returns what can be pasted; null for nothing. Valid until control returns to the event loop.
+    [[nodiscard]] virtual const QMimeData* contents() const = 0;
 };
 
 /// The desktop's other programs.
@@ -56,11 +84,17 @@ struct Surroundings {
     std::unique_ptr<platform::NSUserDefaults> defaults; ///< the per-user store
     std::shared_ptr<Alerts> alerts;
     std::shared_ptr<FileChooser> fileChooser;
+    std::shared_ptr<StylePanels> stylePanels;
+    std::shared_ptr<Pasteboard> pasteboard;
     std::shared_ptr<Workspace> workspace;
+    /// Geometry, column widths, appearance: apart from the preference keys.
+    std::shared_ptr<QSettings> windowSettings;
     Clock clock;
 };
 
-/// Returns the user's own desktop: real alerts, choosers and programs, and the system's clock.
-[[nodiscard]] Surroundings desktopSurroundings(std::unique_ptr<platform::NSUserDefaults> defaults);
+/// Returns the user's own desktop: real alerts, choosers, panels and programs, the clipboard and
+/// the system's clock.
+[[nodiscard]] Surroundings desktopSurroundings(std::unique_ptr<platform::NSUserDefaults> defaults,
+                                               std::shared_ptr<QSettings> windowSettings);
 
 } // namespace clipheave::app

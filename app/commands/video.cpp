@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
-#include "app/commands/import_state.h"
+#include "app/commands/command_state.h"
+#include "app/commands/surroundings.h"
+#include "app/commands/write_report.h"
 #include "app/jobs/job_board.h"
 #include "app/windows/main_window.h"
 #include "video/video_jobs.h"
@@ -86,13 +88,16 @@ void AppDelegate::detachVideoWorker(VideoWorker worker, const QString& activity)
     if (items.empty())
         return showNoSelectionAlert();
     BoardJob job;
-    job.title = activity.contains(u"%1") ? activity.arg(m_commandTitle) : activity;
+    job.title = activity.contains(u"%1") ? activity.arg(m_command->title) : activity;
     // A merge without the others is none.
     const bool merges = worker == &AppDelegate::MergeVideoMediaFileFileThreader;
     job.order = video::videoOrder(
         [this, worker](auto& jobs, const auto& request) { (this->*worker)(jobs, request); },
-        {m_commandTitle, items, runSettings()}, merges);
-    reportWriting(job, worker == &AppDelegate::CompressVideoMediaFileFileThreader);
+        {m_command->title, items, runSettings()}, merges);
+    const bool compresses = worker == &AppDelegate::CompressVideoMediaFileFileThreader;
+    WriteReport{*m_activity, *m_surroundings->workspace, [this] { Q_EMIT saveFinished(); },
+                compresses}
+        .attachTo(job);
     job.workReturned = [this](int id) {
         m_activity->setExportsAlone(id);
         BatchVideosItemCompleteToMainThread();

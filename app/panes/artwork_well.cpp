@@ -8,7 +8,6 @@
 
 #include <QApplication>
 #include <QBuffer>
-#include <QClipboard>
 #include <QDragEnterEvent>
 #include <QImageReader>
 #include <QKeyEvent>
@@ -130,15 +129,11 @@ void ArtworkWell::mouseReleaseEvent(QMouseEvent* event) {
 
 void ArtworkWell::keyPressEvent(QKeyEvent* event) {
     if (event->matches(QKeySequence::Paste))
-        paste();
+        Q_EMIT pasteRequested();
     else if (event->key() == Qt::Key_Space || event->key() == Qt::Key_Return)
         Q_EMIT openRequested();
     else
         QWidget::keyPressEvent(event);
-}
-
-void ArtworkWell::paste() {
-    take(QGuiApplication::clipboard()->mimeData());
 }
 
 bool ArtworkWell::take(const QMimeData* data) {

@@ -22,12 +22,14 @@ public:
     [[nodiscard]] const platform::EncodedImage& artwork() const { return m_image; }
     /// Returns the image file that was dropped or pasted last; empty when none was.
     [[nodiscard]] QString droppedPath() const { return m_droppedPath; }
-    /// Takes an image file from the clipboard.
-    void paste();
+    /// Takes the one image file of a drag or of a clipboard; false when it is anything else.
+    bool take(const QMimeData* data);
 
 Q_SIGNALS:
     /// The user clicked to choose a file.
     void openRequested();
+    /// The user wants what is on the clipboard in the well.
+    void pasteRequested();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -38,12 +40,11 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    bool take(const QMimeData* data);
     void decode();
     void takeDecoded(const QImage& image);
 
     platform::EncodedImage m_image;
-    int m_decoding = 0; ///< counts setPicture() calls: an image that comes late is dropped
+    int m_decoding = 0; ///< counts setImage() calls: an image that comes late is dropped
     QPixmap m_pixmap;   ///< decoded, at most the well's own size; null: the placeholder
     QString m_droppedPath;
     bool m_dragging = false;

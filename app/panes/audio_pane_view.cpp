@@ -43,7 +43,6 @@ void AudioPaneView::makeHead() {
     row->setSpacing(kAudioFactGap);
     m_artwork = new ArtworkWell(kAudioArtworkSide, this);
     m_artwork->setObjectName(QStringLiteral("audioArtImageView"));
-    connect(m_artwork, &ArtworkWell::openRequested, this, &AudioPaneView::artworkRequested);
     row->addWidget(m_artwork, 0, Qt::AlignTop);
     auto* facts = new QVBoxLayout;
     facts->setSpacing(0);

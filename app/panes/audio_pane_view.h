@@ -35,7 +35,6 @@ public:
 
 Q_SIGNALS:
     void fieldEditingBegan(const QString& objectName);
-    void artworkRequested();
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -10,7 +10,6 @@
 #include "app/widgets/token_label.h"
 
 #include <QEvent>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QScrollArea>
@@ -64,8 +63,10 @@ DetailPane::DetailPane(QWidget* parent)
     column->addWidget(m_foot);
     connect(m_video, &VideoPaneView::fieldEditingBegan, this, &DetailPane::fieldEditingBegan);
     connect(m_audio, &AudioPaneView::fieldEditingBegan, this, &DetailPane::fieldEditingBegan);
-    connect(m_video, &VideoPaneView::artworkRequested, this, &DetailPane::chooseArtwork);
-    connect(m_audio, &AudioPaneView::artworkRequested, this, &DetailPane::chooseArtwork);
+    for (const ArtworkWell* well : findChildren<ArtworkWell*>()) {
+        connect(well, &ArtworkWell::openRequested, this, &DetailPane::artworkRequested);
+        connect(well, &ArtworkWell::pasteRequested, this, &DetailPane::pasteRequested);
+    }
     connect(m_video, &VideoPaneView::durationKnown, this, &DetailPane::durationKnown);
     showNothing();
     setTouchedCount(1);
@@ -213,9 +214,9 @@ void DetailPane::setArtwork(const platform::EncodedImage& image) {
         m_video->setArtwork(image);
 }
 
-void DetailPane::pasteArtwork() {
+void DetailPane::pasteArtwork(const QMimeData* copied) {
     if (auto* well = m_stack->currentWidget()->findChild<ArtworkWell*>())
-        well->paste();
+        well->take(copied);
 }
 
 void DetailPane::setTouchedCount(int count) {
@@ -267,15 +268,6 @@ void DetailPane::refreshNote() {
 
 QString DetailPane::footNote() const {
     return m_note->text();
-}
-
-void DetailPane::chooseArtwork() {
-    auto* panel = new QFileDialog(this, tr("Artwork"));
-    panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setFileMode(QFileDialog::ExistingFile);
-    panel->setNameFilter(tr("Images (*.jpg *.jpeg *.png *.gif *.bmp *.tif *.tiff *.webp)"));
-    connect(panel, &QFileDialog::fileSelected, this, &DetailPane::artworkChosen);
-    panel->open();
 }
 
 } // namespace clipheave::app

@@ -6,6 +6,7 @@
 
 #include <QStringList>
 
+class QMimeData;
 class QScrollArea;
 class QStackedWidget;
 
@@ -35,10 +36,8 @@ public:
     void setLocationTextRule(VideoPaneView::LocationRule rule) {
         m_video->setLocationRule(std::move(rule));
     }
-    /// Asks for an image file for the well of the pane that is shown.
-    void chooseArtwork();
-    /// Takes an image file from the clipboard into that well.
-    void pasteArtwork();
+    /// Takes the image file of a clipboard into the well of the pane that is shown.
+    void pasteArtwork(const QMimeData* copied);
     /// Sets how many files Save will write; the foot says so.
     void setTouchedCount(int count);
     /// Sets the names of the files that Save will write. While the list is `sorted` the foot names
@@ -53,7 +52,8 @@ Q_SIGNALS:
     void fieldEditingBegan(const QString& objectName);
     void revealRequested();
     void moreRequested(const QPoint& position);
-    void artworkChosen(const QString& path);
+    void artworkRequested(); ///< a click on a well: asks for an image file
+    void pasteRequested();   ///< into the well that has the focus
     void durationKnown(double seconds);
 
 protected:

@@ -85,7 +85,6 @@ void VideoPaneView::makePosition() {
     row->setSpacing(0);
     m_artwork = new ArtworkWell(kArtworkSide, this);
     m_artwork->setObjectName(QStringLiteral("mediaImageView"));
-    connect(m_artwork, &ArtworkWell::openRequested, this, &VideoPaneView::artworkRequested);
     row->addWidget(m_artwork, 0, Qt::AlignTop);
     row->addSpacing(kPositionGap - FieldRow::kGutter);
     row->addLayout(makePositionFields());

@@ -52,7 +52,6 @@ public:
 
 Q_SIGNALS:
     void fieldEditingBegan(const QString& objectName);
-    void artworkRequested();
     void durationKnown(double seconds);
 
 protected:

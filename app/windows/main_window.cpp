@@ -140,7 +140,7 @@ void MainWindow::paste() {
     if (editFocusedField("paste"))
         return;
     if (auto* well = qobject_cast<ArtworkWell*>(QApplication::focusWidget()))
-        well->paste();
+        Q_EMIT well->pasteRequested();
 }
 
 void MainWindow::selectAll() {

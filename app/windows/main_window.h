@@ -7,6 +7,7 @@
 
 class QAbstractItemView;
 class QMenu;
+class QSettings;
 class QSplitter;
 class QStackedWidget;
 
@@ -30,7 +31,8 @@ class TitleBar;
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
-    MainWindow(MediaListModel& model, ActivityModel& activity);
+    /// `settings` keep the layout from start to start and outlive the window.
+    MainWindow(MediaListModel& model, ActivityModel& activity, QSettings& settings);
     ~MainWindow() override;
 
     [[nodiscard]] DetailPane* detailPane() const { return m_detailPane; }
@@ -122,6 +124,7 @@ private:
     [[nodiscard]] bool showsPhotos() const;
     [[nodiscard]] QAbstractItemView* currentView() const;
 
+    QSettings& m_settings;
     TitleBar* m_titleBar = nullptr;
     QWidget* m_toolBar = nullptr;
     QStackedWidget* m_toolSets = nullptr;

@@ -12,7 +12,6 @@
 #include "app/windows/drop_tip.h"
 #include "app/windows/list_head.h"
 #include "app/windows/main_window.h"
-#include "app/windows/window_settings.h"
 
 #include <QApplication>
 #include <QHBoxLayout>
@@ -48,7 +47,8 @@ ImageButton* tool(const char* name, const QString& label, const char* image, boo
 
 } // namespace
 
-MainWindow::MainWindow(MediaListModel& model, ActivityModel& activity) {
+MainWindow::MainWindow(MediaListModel& model, ActivityModel& activity, QSettings& settings)
+    : m_settings(settings) {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowFlag(Qt::FramelessWindowHint);
     setWindowTitle(QStringLiteral("ClipHeave"));
@@ -249,28 +249,26 @@ QWidget* MainWindow::firstStop(QWidget* band) {
 }
 
 void MainWindow::restoreLayout() {
-    const QSettings settings(windowSettingsFile(), QSettings::IniFormat);
-    resize(settings.value(QStringLiteral("window/size"), QSize(1440, 900))
+    resize(m_settings.value(QStringLiteral("window/size"), QSize(1440, 900))
                .toSize()
                .expandedTo(minimumSize()));
-    const int right = settings.value(QStringLiteral("window/rightWidth"), kRightWidth).toInt();
+    const int right = m_settings.value(QStringLiteral("window/rightWidth"), kRightWidth).toInt();
     m_splitter->setSizes({width() - right, right});
     QList<int> widths;
-    for (const QVariant& width : settings.value(QStringLiteral("window/columnWidths")).toList())
+    for (const QVariant& width : m_settings.value(QStringLiteral("window/columnWidths")).toList())
         widths.append(width.toInt());
     m_table->setUserColumnWidths(widths);
 }
 
 void MainWindow::saveLayout() const {
-    QSettings settings(windowSettingsFile(), QSettings::IniFormat);
     if (!isMaximized() && !isFullScreen())
-        settings.setValue(QStringLiteral("window/size"), size());
+        m_settings.setValue(QStringLiteral("window/size"), size());
     QVariantList widths;
     for (const int width : m_table->userColumnWidths())
         widths.append(width);
-    settings.setValue(QStringLiteral("window/columnWidths"), widths);
+    m_settings.setValue(QStringLiteral("window/columnWidths"), widths);
     if (!m_detailPane->isHidden() && m_splitter->sizes().value(1) > 0)
-        settings.setValue(QStringLiteral("window/rightWidth"), m_splitter->sizes().value(1));
+        m_settings.setValue(QStringLiteral("window/rightWidth"), m_splitter->sizes().value(1));
 }
 
 } // namespace clipheave::app

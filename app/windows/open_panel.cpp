@@ -4,7 +4,6 @@
 #include "app/activity/activity_parts.h"
 #include "app/theme/theme.h"
 #include "app/widgets/parts.h"
-#include "app/windows/window_settings.h"
 #include "media/media_kind.h"
 
 #include <QAbstractItemView>
@@ -33,8 +32,7 @@ namespace {
 constexpr int kSideBar = 136; // px
 constexpr char16_t kLastFolderKey[] = u"openPanel/folder";
 
-QString lastFolder() {
-    const QSettings settings(windowSettingsFile(), QSettings::IniFormat);
+QString lastFolder(const QSettings& settings) {
     const QString folder = settings.value(QString::fromUtf16(kLastFolderKey)).toString();
     return !folder.isEmpty() && QFileInfo(folder).isDir() ? folder : QDir::homePath();
 }
@@ -66,7 +64,8 @@ QFileIconProvider& panelIcons() {
 /// The library's own chooser: the desktop's have no mode that takes files and folders together.
 class PanelDialog : public QFileDialog {
 public:
-    PanelDialog(QWidget* parent, const QString& message, OpenPanel::Mode mode)
+    PanelDialog(QWidget* parent, const QString& message, OpenPanel::Mode mode,
+                const QString& folder)
         : QFileDialog(parent), m_mode(mode) {
         setObjectName(QStringLiteral("openPanel"));
         setAttribute(Qt::WA_DeleteOnClose);
@@ -75,7 +74,7 @@ public:
         setViewMode(Detail);
         setWindowTitle(tr("Open"));
         setAccessibleDescription(message);
-        setDirectory(lastFolder());
+        setDirectory(folder);
         resize(760, 480);
         insertMessage(message);
         m_view = findChild<QTreeView*>(QStringLiteral("treeView"));
@@ -200,24 +199,20 @@ private:
     QStringList m_paths;
 };
 
-void rememberFolder(const QString& folder) {
-    QSettings(windowSettingsFile(), QSettings::IniFormat)
-        .setValue(QString::fromUtf16(kLastFolderKey), folder);
-}
-
 } // namespace
 
-void OpenPanel::open(QWidget* parent, const QString& message, Mode mode,
+void OpenPanel::open(QWidget* parent, const QString& message, Mode mode, QSettings& settings,
                      std::function<void(const QStringList&)> chosen) {
-    auto* panel = new PanelDialog(parent, message, mode);
+    auto* panel = new PanelDialog(parent, message, mode, lastFolder(settings));
     QPointer<Scrim> scrim = parent ? new Scrim(parent->window()) : nullptr;
     QObject::connect(panel, &QDialog::finished, panel,
-                     [panel, scrim, chosen = std::move(chosen)](int result) {
+                     [panel, scrim, &settings, chosen = std::move(chosen)](int result) {
                          delete scrim;
                          const QStringList paths = panel->chosenPaths();
                          if (result != QDialog::Accepted || paths.isEmpty())
                              return;
-                         rememberFolder(panel->directory().absolutePath());
+                         settings.setValue(QString::fromUtf16(kLastFolderKey),
+                                           panel->directory().absolutePath());
                          chosen(paths);
                      });
     panel->open();

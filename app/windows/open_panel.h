@@ -5,6 +5,7 @@
 
 #include <functional>
 
+class QSettings;
 class QWidget;
 
 namespace clipheave::app {
@@ -13,8 +14,9 @@ namespace clipheave::app {
 struct OpenPanel {
     enum Mode { FilesAndFolders, FilesOnly };
 
-    /// `chosen` gets at least one absolute path, and only when the user accepts.
-    static void open(QWidget* parent, const QString& message, Mode mode,
+    /// `chosen` gets at least one absolute path, and only when the user accepts. `settings`, which
+    /// outlive the panel, keep the folder that was chosen from last.
+    static void open(QWidget* parent, const QString& message, Mode mode, QSettings& settings,
                      std::function<void(const QStringList&)> chosen);
 };
 

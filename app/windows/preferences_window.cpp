@@ -8,7 +8,6 @@
 #include "app/windows/stamp_preview.h"
 
 #include <QAction>
-#include <QColorDialog>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QLineEdit>
@@ -177,7 +176,7 @@ QWidget* PreferencesWindow::makeStampForm() {
     grid->setRowStretch(line, 1);
     for (QComboBox* popUp : {m_position, m_dateFormat})
         connect(popUp, &QComboBox::currentIndexChanged, this, &PreferencesWindow::refreshPreview);
-    connect(m_color, &QAbstractButton::clicked, this, &PreferencesWindow::chooseColor);
+    connect(m_color, &QAbstractButton::clicked, this, &PreferencesWindow::showColorPanel);
     return form;
 }
 
@@ -238,9 +237,8 @@ void PreferencesWindow::show(const media::Preferences& preferences, const QColor
     m_dateFormat->setCurrentIndex(
         static_cast<int>(media::stampDateFormats().indexOf(preferences.dateFormat)));
     m_font->setText(preferences.fontLabel);
-    m_color->setColor(fontColor);
     m_preview->setStampFont(preferences.currentFontname, preferences.currentFontSize);
-    m_preview->setStampColor(fontColor);
+    setStampColor(fontColor);
     refreshPreview();
 }
 
@@ -282,15 +280,9 @@ QColor PreferencesWindow::fontColor() const {
     return m_color->color();
 }
 
-void PreferencesWindow::chooseColor() {
-    auto* panel = new QColorDialog(m_color->color(), this);
-    panel->setAttribute(Qt::WA_DeleteOnClose);
-    connect(panel, &QColorDialog::colorSelected, this, [this](const QColor& color) {
-        m_color->setColor(color);
-        m_preview->setStampColor(color);
-        Q_EMIT fontColorChosen(color);
-    });
-    panel->open();
+void PreferencesWindow::setStampColor(const QColor& color) {
+    m_color->setColor(color);
+    m_preview->setStampColor(color);
 }
 
 void PreferencesWindow::refreshPreview() {

@@ -37,6 +37,8 @@ public:
     /// What the font panel chose.
     void setStampFont(const QString& family, int size);
     [[nodiscard]] QColor fontColor() const;
+    /// What the colour panel chose.
+    void setStampColor(const QColor& color);
     [[nodiscard]] StampPreview* preview() const { return m_preview; }
 
     void reject() override;
@@ -44,7 +46,7 @@ public:
 Q_SIGNALS:
     void changeStoreLocation();
     void showFontPanel();
-    void fontColorChosen(const QColor& color);
+    void showColorPanel();
     /// Index of Appearance.
     void appearanceChosen(int appearance);
     void cancel();
@@ -58,7 +60,6 @@ private:
     QLayout* makeFontRow(QWidget* form);
     void buildAppearance(QLayout& column);
     void buildFoot();
-    void chooseColor();
     void refreshPreview();
 
     QLineEdit* m_storagePath = nullptr;

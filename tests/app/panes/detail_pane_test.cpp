@@ -16,9 +16,7 @@
 #include "tests/testkit/media.h"
 
 #include <QBuffer>
-#include <QClipboard>
 #include <QDropEvent>
-#include <QGuiApplication>
 #include <QImage>
 #include <QLabel>
 #include <QMimeData>
@@ -435,9 +433,10 @@ TEST_F(Panes, TheWellTakesOneImageFileByDropAndPaste) {
     EXPECT_FALSE(drop(well, {QStringLiteral("/a/1.jpg"), QStringLiteral("/a/2.jpg")}));
     EXPECT_TRUE(drop(well, {QStringLiteral("/a/1.jpg")}));
     EXPECT_EQ(well->droppedPath(), QStringLiteral("/a/1.jpg"));
-    auto* copied = new QMimeData;
-    setFiles(*copied, {QStringLiteral("/a/Cover \u00e9.PNG")});
-    QGuiApplication::clipboard()->setMimeData(copied);
+    QMimeData copied;
+    setFiles(copied, {QStringLiteral("/a/Cover \u00e9.PNG")});
+    QObject::connect(&m_pane, &DetailPane::pasteRequested, well,
+                     [&] { m_pane.pasteArtwork(&copied); });
     well->setFocus();
     QTest::keySequence(well, QKeySequence::Paste);
     EXPECT_EQ(well->droppedPath(), QStringLiteral("/a/Cover \u00e9.PNG"));

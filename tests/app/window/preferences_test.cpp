@@ -6,6 +6,8 @@
 #include "media/preferences.h"
 #include "tests/app/window/fake_desktop.h"
 
+#include <QAbstractButton>
+#include <QColorDialog>
 #include <QComboBox>
 #include <QFontDialog>
 
@@ -75,15 +77,48 @@ TEST_F(PreferencesTest, MissingKeysChooseTheFirstTitles) {
 TEST_F(PreferencesTest, TheFontPanelBeginsWithItsFixedFontAndTheFolderComesFromTheChooser) {
     start();
     controller->ShowFontPanelAction();
-    const auto* panel = controller->mainWindow()->findChild<QFontDialog*>();
-    ASSERT_NE(panel, nullptr);
-    EXPECT_EQ(panel->currentFont().pointSize(), 14);
+    ASSERT_EQ(desktop->fontPanels.size(), 1);
+    EXPECT_EQ(desktop->fontPanels[0].pointSize(), 14);
+    EXPECT_EQ(desktop->fontPanels[0].family(), u"Lucida Grande");
     const QString before = controller->preferencesWindow()->storagePath();
     controller->ChangeStoreLocation();
     EXPECT_EQ(controller->preferencesWindow()->storagePath(), before) << "cancelled";
     desktop->chosenPaths = QStringList{QStringLiteral("/else")};
     controller->ChangeStoreLocation();
     EXPECT_EQ(controller->preferencesWindow()->storagePath(), u"/else");
+}
+
+TEST_F(PreferencesTest, ThePanelsOfTheDesktopReportWhatIsChosen) {
+    start();
+    QWidget parent;
+    const Surroundings real = desktopSurroundings(nullptr, nullptr);
+    QList<QFont> fonts;
+    for (const int size : {14, 20}) // the second time it only comes to the front
+        real.stylePanels->showFontPanel(&parent, QFont(QStringLiteral("Sans"), size),
+                                        [&fonts](const QFont& font) { fonts.append(font); });
+    const auto panels = parent.findChildren<QFontDialog*>();
+    ASSERT_EQ(panels.size(), 1);
+    EXPECT_EQ(panels[0]->currentFont().pointSize(), 14);
+    panels[0]->setCurrentFont(QFont(QStringLiteral("Sans"), 30));
+    ASSERT_FALSE(fonts.isEmpty());
+    EXPECT_EQ(fonts.last().pointSize(), 30);
+
+    auto* well = controller->preferencesWindow()->findChild<QAbstractButton*>(
+        QStringLiteral("fontColorwell"));
+    well->click();
+    EXPECT_EQ(controller->preferencesWindow()->fontColor(), QColor(Qt::white)) << "cancelled";
+    desktop->chosenColor = Qt::green;
+    well->click();
+    EXPECT_EQ(controller->preferencesWindow()->fontColor(), QColor(Qt::green));
+    QColor chosen;
+    real.stylePanels->chooseColor(&parent, Qt::white,
+                                  [&chosen](const QColor& color) { chosen = color; });
+    auto* colors = parent.findChild<QColorDialog*>();
+    ASSERT_NE(colors, nullptr);
+    EXPECT_EQ(colors->currentColor(), QColor(Qt::white));
+    colors->setCurrentColor(Qt::yellow);
+    colors->accept();
+    EXPECT_EQ(chosen, QColor(Qt::yellow));
 }
 
 } // namespace

@@ -11,7 +11,6 @@
 #include "app/widgets/image_button.h"
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
-#include "app/windows/window_settings.h"
 #include "media/media_import.h"
 #include "media/video_pane.h"
 #include "platform/foundation/log.h"
@@ -317,11 +316,10 @@ TEST_F(WindowTest, TheWindowKeepsItsLookForTheNextStart) {
     window()->table()->setUserColumnWidths({0, 0, 0, 150, 0, 0, 0});
     controller->appearanceLight();
     controller = nullptr;
-    QSettings settings(windowSettingsFile(), QSettings::IniFormat);
+    const QSettings settings(dir.path(QStringLiteral("window.conf")), QSettings::IniFormat);
     EXPECT_EQ(settings.value(QStringLiteral("appearance")).toInt(), 2);
     SetUp();
     EXPECT_EQ(window()->table()->userColumnWidths().value(3), 150);
-    QFile::remove(windowSettingsFile());
 }
 
 TEST_F(WindowTest, ThePhotoGridTakesDropsAndTheDeleteKey) {

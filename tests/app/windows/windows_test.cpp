@@ -11,13 +11,13 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QColorDialog>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFileSystemModel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTreeView>
@@ -73,6 +73,7 @@ TEST(PreferencesWindow, ReportsItsButtonsAndKeys) {
     QSignalSpy cancelled(&window, &PreferencesWindow::cancel);
     QSignalSpy folder(&window, &PreferencesWindow::changeStoreLocation);
     QSignalSpy font(&window, &PreferencesWindow::showFontPanel);
+    QSignalSpy color(&window, &PreferencesWindow::showColorPanel);
     QSignalSpy appearance(&window, &PreferencesWindow::appearanceChosen);
     const auto press = [&window](const char* name) {
         QTest::mouseClick(window.findChild<QAbstractButton*>(QLatin1String(name)), Qt::LeftButton);
@@ -108,12 +109,8 @@ TEST(PreferencesWindow, ReportsItsButtonsAndKeys) {
 
     window.present();
     press("fontColorwell");
-    auto* colors = window.findChild<QColorDialog*>();
-    ASSERT_NE(colors, nullptr);
-    QSignalSpy chosen(&window, &PreferencesWindow::fontColorChosen);
-    colors->setCurrentColor(Qt::yellow);
-    colors->accept();
-    EXPECT_EQ(chosen.count(), 1);
+    EXPECT_EQ(color.count(), 1);
+    window.setStampColor(Qt::yellow);
     EXPECT_EQ(window.fontColor(), QColor(Qt::yellow));
 }
 
@@ -145,7 +142,7 @@ protected:
 
     QFileDialog* open(OpenPanel::Mode mode) {
         OpenPanel::open(&parent, QStringLiteral("Please select videos or auidos to import."), mode,
-                        [this](const QStringList& paths) { answers += paths; });
+                        settings, [this](const QStringList& paths) { answers += paths; });
         auto* panel = parent.findChild<QFileDialog*>(QStringLiteral("openPanel"));
         panel->setDirectory(folder.path());
         return panel;
@@ -175,6 +172,7 @@ protected:
 
     QWidget parent;
     testkit::TempDir folder;
+    QSettings settings{folder.path(QStringLiteral("window.conf")), QSettings::IniFormat};
     QList<QStringList> answers;
 };
 
@@ -222,7 +220,7 @@ TEST_F(OpenPanelTest, RemembersTheFolderAndIgnoresACancelledPanel) {
     EXPECT_THAT(answers[0], testing::UnorderedElementsAreArray(
                                 paths({QStringLiteral("a.mp4"), QStringLiteral("b.mp4")})));
     QTest::qWait(0);
-    OpenPanel::open(&parent, {}, OpenPanel::FilesOnly,
+    OpenPanel::open(&parent, {}, OpenPanel::FilesOnly, settings,
                     [this](const QStringList& chosen) { answers += chosen; });
     panel = parent.findChild<QFileDialog*>(QStringLiteral("openPanel"));
     EXPECT_EQ(panel->directory().absolutePath(), folder.path());

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <functional>
+
+namespace clipheave::app {
+
+class ActivityModel;
+class Workspace;
+struct BoardJob;
+
+/// Shows the outcomes of jobs that write outputs, and reveals the outputs at the end of each. Main
+/// thread; what it refers to outlives the jobs.
+struct WriteReport {
+    ActivityModel& activity;
+    Workspace& workspace;
+    std::function<void()> ended; ///< after the row of a job
+    bool withSizes = false;      ///< the jobs are about sizes: their summaries give them
+
+    /// Fills in what the job calls when outcomes come and when it has ended.
+    void attachTo(BoardJob& job) const;
+};
+
+} // namespace clipheave::app
