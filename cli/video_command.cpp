@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/write_run.h"
 #include "video/video_jobs.h"
-#include "video/video_labels.h"
+#include "video/video_titles.h"
 
 namespace clipheave::cli {
 
 namespace {
 
+using video::titlesOf;
 using video::VideoJobs;
 
 /// What is typed for a title of the menus.
@@ -18,7 +19,7 @@ struct ShortForm {
 /// One job of the video menu, with the option that chooses its title.
 struct VideoCommand {
     const char* name;
-    const QStringList& (*titles)(); ///< null: the job has no choice
+    QStringList titles; ///< empty: the job has no choice
     std::vector<ShortForm> shortForms;
     video::Worker worker;
 };
@@ -26,32 +27,32 @@ struct VideoCommand {
 const std::vector<VideoCommand>& videoCommands() {
     static const std::vector<VideoCommand> commands{
         {"rotate",
-         &video::rotateTitles,
+         titlesOf(video::kRotations),
          {{"90", 0}, {"180", 1}, {"270", 2}},
          &VideoJobs::RotateVideoMediaFileFileThreader},
-        {"merge", nullptr, {}, &VideoJobs::MergeVideoMediaFileFileThreader},
-        {"speed", &video::speedUpTitles, {}, &VideoJobs::SpeedUpVideoMediaFileFileThreader},
-        // Factors that leave the speed alone are titles of the job all the same.
-        {"slow", &video::speedUpTitles, {}, &VideoJobs::SlowDownVideoMediaFileFileThreader},
+        {"merge", {}, {}, &VideoJobs::MergeVideoMediaFileFileThreader},
+        {"speed", titlesOf(video::kSpeedUps), {}, &VideoJobs::SpeedUpVideoMediaFileFileThreader},
+        // Factors that leave the speed as it is are titles of the job all the same.
+        {"slow", titlesOf(video::kSpeedUps), {}, &VideoJobs::SlowDownVideoMediaFileFileThreader},
         {"compress",
-         &video::compressTitles,
+         titlesOf(video::kQualities),
          {{"high", 0}, {"medium", 1}, {"low", 2}},
          &VideoJobs::CompressVideoMediaFileFileThreader},
         {"convert",
-         &video::convertTitles,
+         titlesOf(video::kConversions),
          {{"mp4", 0}, {"mov", 1}, {"m4v", 2}},
          &VideoJobs::ConvertVideoMediaFileFileThreader},
-        {"gif", nullptr, {}, &VideoJobs::ConvertGIFMediaFileFileThreader},
-        {"audio", nullptr, {}, &VideoJobs::ExtractAudioMediaFileFileThreader},
-        {"frames", &video::extractImagesTitles, {}, &VideoJobs::ExtractImagesMediaFileFileThreader},
-        {"mute", nullptr, {}, &VideoJobs::RemoveAudioMediaFileFileThreader},
+        {"gif", {}, {}, &VideoJobs::ConvertGIFMediaFileFileThreader},
+        {"audio", {}, {}, &VideoJobs::ExtractAudioMediaFileFileThreader},
+        {"frames", titlesOf(video::kIntervals), {}, &VideoJobs::ExtractImagesMediaFileFileThreader},
+        {"mute", {}, {}, &VideoJobs::RemoveAudioMediaFileFileThreader},
     };
     return commands;
 }
 
 /// The menu title that was asked for; null when there is none of it.
 QString titleOf(const VideoCommand& command, const QString& choice) {
-    const QStringList& titles = command.titles();
+    const QStringList& titles = command.titles;
     for (const ShortForm& form : command.shortForms)
         if (choice.compare(QLatin1String(form.text), Qt::CaseInsensitive) == 0)
             return titles.at(form.title);
@@ -65,11 +66,12 @@ int runVideo(const GlobalOptions& global, const VideoOptions& options, Console& 
     for (const VideoCommand& command : videoCommands()) {
         if (options.job != QLatin1String(command.name))
             continue;
-        const QString title = command.titles ? titleOf(command, options.choice) : QString();
-        if (command.titles && title.isNull()) {
+        const QString title =
+            command.titles.isEmpty() ? QString() : titleOf(command, options.choice);
+        if (!command.titles.isEmpty() && title.isNull()) {
             printError(QStringLiteral("video %1: \"%2\" is none of \"%3\"")
                            .arg(options.job, options.choice,
-                                command.titles().join(QStringLiteral("\", \""))));
+                                command.titles.join(QStringLiteral("\", \""))));
             return kWrongUsage;
         }
         const auto order = [&](const auto& import, const auto& settings) {

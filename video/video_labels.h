@@ -2,20 +2,11 @@
 #pragma once
 
 #include <QString>
-#include <QStringList>
 
 #include <optional>
 
-// The titles of the menu entries that start video jobs, and what each stands for. A worker compares
-// the title that started it.
+// What the title of the menu entry that started a job stands for.
 namespace clipheave::video {
-
-[[nodiscard]] const QStringList& rotateTitles();   ///< 90, 180, 270 degrees
-[[nodiscard]] const QStringList& speedUpTitles();  ///< "0.2X" to "8X"
-[[nodiscard]] const QStringList& slowDownTitles(); ///< "0.2X", "0.5X", "1X"
-[[nodiscard]] const QStringList& compressTitles(); ///< high, medium, low
-[[nodiscard]] const QStringList& convertTitles();  ///< MP4, MOV, M4V
-[[nodiscard]] const QStringList& extractImagesTitles();
 
 /// Degrees clockwise; none for another title.
 [[nodiscard]] std::optional<int> rotationOfTitle(const QString& title);

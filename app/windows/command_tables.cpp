@@ -1,6 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/windows/command_tables.h"
 
+#include "video/video_titles.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+
 namespace clipheave::app {
 
 namespace {
@@ -46,9 +52,25 @@ constexpr DispatchRow kDispatchRows[] = {
 
 constexpr MenuEntry kSeparator{nullptr, nullptr, nullptr};
 
-template <int Count>
-constexpr MenuEntry subMenu(const char* title, const MenuEntry (&entries)[Count]) {
-    return {title, nullptr, nullptr, entries, Count};
+constexpr MenuEntry subMenu(const char* title, std::span<const MenuEntry> entries) {
+    return {title, nullptr, nullptr, entries.data(), static_cast<int>(entries.size())};
+}
+
+/// Returns an entry for each title that starts a video job; all have the one command.
+template <class Value, std::size_t count>
+consteval auto entriesOf(const video::Title<Value> (&titles)[count], const char* command) {
+    std::array<MenuEntry, count> entries{};
+    for (std::size_t i = 0; i < count; ++i)
+        entries[i] = {titles[i].title, command, nullptr};
+    return entries;
+}
+
+template <std::size_t first, std::size_t second>
+consteval auto joined(const std::array<MenuEntry, first>& head, const MenuEntry (&tail)[second]) {
+    std::array<MenuEntry, first + second> entries{};
+    std::copy(std::begin(tail), std::end(tail),
+              std::copy(head.begin(), head.end(), entries.begin()));
+    return entries;
 }
 
 constexpr MenuEntry kImport[] = {
@@ -70,36 +92,20 @@ constexpr MenuEntry kMetadata[] = {
     {"Remove Metadata of Selected", "RemoveSelectedMediaFileAction", "Ctrl+Shift+Del"},
     {"Remove Metadata of All", "RemoveAllMediaFileAction", nullptr},
 };
-constexpr MenuEntry kConvert[] = {
-    {"Convert to MP4", "ConvertSelectedMediaFileFormatAction", nullptr},
-    {"Convert to MOV", "ConvertSelectedMediaFileFormatAction", nullptr},
-    {"Convert to M4V", "ConvertSelectedMediaFileFormatAction", nullptr},
-    kSeparator,
-    {"Convert to GIF", "ConvertSelectedMediaFileToGIFAction", nullptr},
-};
-constexpr MenuEntry kCompress[] = {
-    {"High video quality", "CompressSelectedMediaFileAction", nullptr},
-    {"Medium video quality", "CompressSelectedMediaFileAction", nullptr},
-    {"Low video quality", "CompressSelectedMediaFileAction", nullptr},
-};
-constexpr MenuEntry kRotate[] = {
-    {"right (clockwise) by 90 degrees", "RotateVideoMediaFileAction", "Ctrl+R"},
-    {"right (clockwise) by 180 degrees", "RotateVideoMediaFileAction", nullptr},
-    {"right (clockwise) by 270 degrees", "RotateVideoMediaFileAction", "Ctrl+L"},
-};
-constexpr MenuEntry kSpeedUp[] = {
-    {"0.2X", "SpeedSelectedMediaFileFormatAction", nullptr},
-    {"0.5X", "SpeedSelectedMediaFileFormatAction", nullptr},
-    {"1X", "SpeedSelectedMediaFileFormatAction", nullptr},
-    {"2X", "SpeedSelectedMediaFileFormatAction", nullptr},
-    {"4X", "SpeedSelectedMediaFileFormatAction", nullptr},
-    {"8X", "SpeedSelectedMediaFileFormatAction", nullptr},
-};
-constexpr MenuEntry kSlowDown[] = {
-    {"0.2X", "SlowdownSelectedMediaFileFormatAction", nullptr},
-    {"0.5X", "SlowdownSelectedMediaFileFormatAction", nullptr},
-    {"1X", "SlowdownSelectedMediaFileFormatAction", nullptr},
-};
+constexpr auto kConvert =
+    joined(entriesOf(video::kConversions, "ConvertSelectedMediaFileFormatAction"),
+           {kSeparator, {"Convert to GIF", "ConvertSelectedMediaFileToGIFAction", nullptr}});
+constexpr auto kCompress = entriesOf(video::kQualities, "CompressSelectedMediaFileAction");
+constexpr auto kRotate = [] {
+    auto entries = entriesOf(video::kRotations, "RotateVideoMediaFileAction");
+    entries.front().shortcut = "Ctrl+R";
+    entries.back().shortcut = "Ctrl+L";
+    return entries;
+}();
+constexpr auto kSpeedUp = entriesOf(video::kSpeedUps, "SpeedSelectedMediaFileFormatAction");
+constexpr auto kSlowDown = entriesOf(video::kSlowDowns, "SlowdownSelectedMediaFileFormatAction");
+constexpr auto kExtractImages =
+    entriesOf(video::kIntervals, "ExtractImagesSelectedMediaFileAction");
 constexpr MenuEntry kEditVideo[] = {
     subMenu("Rotate", kRotate),
     subMenu("Speed Up", kSpeedUp),
@@ -115,15 +121,12 @@ constexpr MenuEntry kWatermark[] = {
     {"Text Watermark…", "ClickShowAddWaterMarktoVideoFileAction", "Ctrl+T"},
     {"Image Watermark…", "ClickShowImageWaterMarktoVideoFileAction", "Ctrl+Shift+T"},
 };
-constexpr MenuEntry kExtract[] = {
-    {"Extract Audio", "ExtractSelectedMediaFileAction", "Ctrl+U"},
-    kSeparator,
-    {"5 pics per second", "ExtractImagesSelectedMediaFileAction", nullptr},
-    {"1 pic per second", "ExtractImagesSelectedMediaFileAction", nullptr},
-    {"1 pic every 5 seconds", "ExtractImagesSelectedMediaFileAction", nullptr},
-    {"1 pic every 10 seconds", "ExtractImagesSelectedMediaFileAction", nullptr},
-    {"1 pic every 30 seconds", "ExtractImagesSelectedMediaFileAction", nullptr},
-};
+constexpr auto kExtract = [] {
+    std::array<MenuEntry, kExtractImages.size() + 2> entries{
+        {{"Extract Audio", "ExtractSelectedMediaFileAction", "Ctrl+U"}, kSeparator}};
+    std::copy(kExtractImages.begin(), kExtractImages.end(), entries.begin() + 2);
+    return entries;
+}();
 constexpr MenuEntry kEditExif[] = {
     {"Edit GPS…", "EditeGPSExifDataPhoto", "Ctrl+G"},
     {"Add GPS…", "AddGPSExifDataPhoto", nullptr},
@@ -204,13 +207,6 @@ constexpr MenuEntry kDates[] = {
     {"Copy Video Record Date to Created Date", "ClickCopyVideoExifDateToCreateDateAction", nullptr},
     {"Copy Video Created Date to Record Date", "ClickCopyVideoCreatedDateToCameraDateAction",
      nullptr},
-};
-constexpr MenuEntry kExtractImages[] = {
-    {"5 pics per second", "ExtractImagesSelectedMediaFileAction", nullptr},
-    {"1 pic per second", "ExtractImagesSelectedMediaFileAction", nullptr},
-    {"1 pic every 5 seconds", "ExtractImagesSelectedMediaFileAction", nullptr},
-    {"1 pic every 10 seconds", "ExtractImagesSelectedMediaFileAction", nullptr},
-    {"1 pic every 30 seconds", "ExtractImagesSelectedMediaFileAction", nullptr},
 };
 constexpr MenuEntry kVideo[] = {
     subMenu("Convert", kConvert),

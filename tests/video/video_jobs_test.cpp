@@ -6,6 +6,7 @@
 #include "tests/testkit/open_run.h"
 #include "video/video_jobs.h"
 #include "video/video_labels.h"
+#include "video/video_titles.h"
 
 #include <QDir>
 #include <QImage>
@@ -101,7 +102,7 @@ private:
 
 TEST_F(Jobs, RotateTurnsEachVideoAsItIsShownAndKeepsWhatItCarries) {
     const auto outcomes =
-        run(&VideoJobs::RotateVideoMediaFileFileThreader, video::rotateTitles().at(0),
+        run(&VideoJobs::RotateVideoMediaFileFileThreader, QLatin1String(video::kRotations[0].title),
             {videoFile("clip.mp4"), videoFile("upright.mov"), videoFile("clip.mkv"),
              videoFile("sound.m4a")});
     ASSERT_EQ(outcomes.size(), 4U);
@@ -123,7 +124,7 @@ TEST_F(Jobs, RotateTurnsEachVideoAsItIsShownAndKeepsWhatItCarries) {
     QByteArray bytes = testkit::TempDir::read(videoFile("upright.mov"));
     const qsizetype matrix = bytes.indexOf("tkhd") + 44;
     std::fill_n(bytes.begin() + matrix, 9 * 4, '\0');
-    run(&VideoJobs::RotateVideoMediaFileFileThreader, video::rotateTitles().at(0),
+    run(&VideoJobs::RotateVideoMediaFileFileThreader, QLatin1String(video::kRotations[0].title),
         {m_dir.write(QStringLiteral("zeros.mov"), bytes)});
     EXPECT_THAT(streams(out("zeros.mov")), ElementsAre(u"h264 64x96 3.0", u"aac 3.0"));
 }
@@ -154,7 +155,8 @@ TEST_F(Jobs, ChaptersComeAlongAsFarAsTheVideoGoes) {
         return testkit::ffprobe(
             "-of csv=p=0 -show_entries chapter=start_time,end_time:chapter_tags=title", path);
     };
-    (void)run(&VideoJobs::RotateVideoMediaFileFileThreader, video::rotateTitles().at(0), {book});
+    (void)run(&VideoJobs::RotateVideoMediaFileFileThreader,
+              QLatin1String(video::kRotations[0].title), {book});
     EXPECT_EQ(chapters(out("book.mp4")), chapters(book));
     (void)run(&VideoJobs::SpeedUpVideoMediaFileFileThreader, QStringLiteral("2X"), {book});
     EXPECT_EQ(chapters(out("book.mp4")), "0.000000,1.000000,One\n1.000000,1.500000,Two\n");
@@ -195,8 +197,8 @@ TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
         << "an unlisted title is a preset that nobody knows";
     EXPECT_EQ(outcomes[1].status, WriteStatus::Skipped);
     EXPECT_TRUE(filesOut().isEmpty());
-    outcomes = run(&VideoJobs::CompressVideoMediaFileFileThreader, video::compressTitles().at(2),
-                   {videoFile("clip.mp4")});
+    outcomes = run(&VideoJobs::CompressVideoMediaFileFileThreader,
+                   QLatin1String(video::kQualities[2].title), {videoFile("clip.mp4")});
     EXPECT_THAT(streams(out("clip.mp4")), ElementsAre(u"h264 96x64 3.0", u"aac 3.0"));
     (void)run(&VideoJobs::ConvertVideoMediaFileFileThreader, QStringLiteral("Convert to MOV"),
               {videoFile("clip.mkv")});
@@ -292,7 +294,7 @@ TEST_F(Jobs, VideosThatLieFailPlainlyOrGiveWhatTheyHold) {
         QStringList files;
     } jobs[] = {
         {&VideoJobs::RotateVideoMediaFileFileThreader,
-         video::rotateTitles().at(0),
+         QLatin1String(video::kRotations[0].title),
          {u"long.mp4"_qs}},
         {&VideoJobs::RemoveAudioMediaFileFileThreader, {}, {u"long.mp4"_qs}},
         {&VideoJobs::ConvertGIFMediaFileFileThreader, {}, {u"long.gif"_qs}},
@@ -339,7 +341,7 @@ TEST_F(Jobs, OfTwoVideosWithOneNameTheSecondStays) {
     ASSERT_TRUE(QFile::copy(videoFile("clip.mp4"), first));
     ASSERT_TRUE(QFile::copy(videoFile("upright.mov"), second));
     const auto outcomes = run(&VideoJobs::RotateVideoMediaFileFileThreader,
-                              video::rotateTitles().at(0), {first, second});
+                              QLatin1String(video::kRotations[0].title), {first, second});
     EXPECT_THAT(streams(out("x.mov")).first().toStdString(), HasSubstr("96x64"));
     EXPECT_THAT(filesOut(), ElementsAre(u"x.mov"));
     EXPECT_EQ(outcomes[1].text(), u"replaced older file");
@@ -367,7 +369,8 @@ TEST_F(Jobs, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {
 }
 
 TEST_F(Jobs, CancelLeavesNoFile) {
-    video::VideoJobRequest request{video::rotateTitles().at(1), {}, {out(), false, {}}};
+    video::VideoJobRequest request{
+        QLatin1String(video::kRotations[1].title), {}, {out(), false, {}}};
     auto item = std::make_shared<media::IKImageItem>();
     item->filePath = videoFile("clip.mp4");
     item->fileName = QStringLiteral("clip.mp4");
