@@ -7,6 +7,7 @@
 #include "platform/formats/messages.h"
 #include "platform/foundation/atomic_file.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace clipheave::platform {
@@ -92,14 +93,13 @@ bool isNamed(const QByteArray& entry, QByteArrayView name) {
 }
 
 qsizetype removeNamed(QByteArrayList& entries, QByteArrayView name) {
-    qsizetype first = -1;
-    for (qsizetype i = entries.size() - 1; i >= 0; --i) {
-        if (isNamed(entries[i], name)) {
-            entries.removeAt(i);
-            first = i;
-        }
-    }
-    return first;
+    const auto has = [name](const QByteArray& entry) { return isNamed(entry, name); };
+    const auto first = std::find_if(entries.cbegin(), entries.cend(), has);
+    if (first == entries.cend())
+        return -1;
+    const qsizetype place = first - entries.cbegin();
+    entries.removeIf(has);
+    return place;
 }
 
 /// What stands there already, joined as the reader joins several values.

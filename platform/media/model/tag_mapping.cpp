@@ -36,7 +36,9 @@ QString tagText(const QList<NamedTag>& tags, QLatin1String name) {
         if (tag.name.size() != name.size() || tag.name.compare(name, Qt::CaseInsensitive) != 0 ||
             tag.value.isEmpty() || tag.value == joined)
             continue;
-        joined = joined.isEmpty() ? tag.value : joined + kValueSeparator + tag.value;
+        if (!joined.isEmpty())
+            joined += kValueSeparator;
+        joined += tag.value;
     }
     return joined;
 }
