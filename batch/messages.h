@@ -31,6 +31,8 @@ inline constexpr MessageCode kCreateJournal{"create-journal"};
 inline constexpr MessageCode kOpenJournal{"open-journal"};
 inline constexpr MessageCode kWriteJournal{"write-journal"};
 inline constexpr MessageCode kUndoRename{"undo-rename"};
+inline constexpr MessageCode kJournalEndsInHalfALine{"journal-half-line"};
+inline constexpr MessageCode kJournalNotRemoved{"journal-not-removed"};
 inline constexpr MessageCode kNothingToUndo{"nothing-to-undo"};
 inline constexpr MessageCode kRenameRunning{"rename-running"};
 

@@ -277,8 +277,8 @@ Result<void> RenameJournal::append(const QByteArray& line, bool durable) {
     const int error = done >= 0 && done < line.size() ? ENOSPC : errno;
     // The move will not be made; half a line would spoil the next one.
     if (::ftruncate(m_fd.get(), status.st_size) != 0)
-        platform::log(platform::LogLevel::Warning, QStringLiteral("half a line in the journal"),
-                      m_path);
+        platform::log(platform::LogLevel::Warning,
+                      platform::Message(kJournalEndsInHalfALine).text(), m_path);
     return platform::systemFailure(operation, m_path, error);
 }
 
@@ -318,8 +318,8 @@ void RenameJournal::noteEnd(std::size_t index) {
 
 void RenameJournal::drop() {
     if (::unlink(nativePath(m_path).constData()) != 0)
-        platform::log(platform::LogLevel::Warning,
-                      QStringLiteral("the journal of a rename could not be removed"), m_path);
+        platform::log(platform::LogLevel::Warning, platform::Message(kJournalNotRemoved).text(),
+                      m_path);
 }
 
 } // namespace clipheave::batch

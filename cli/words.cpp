@@ -342,6 +342,7 @@ const Sentence kItemWords[] = {
 // jobs
 const Sentence kJobWords[] = {
     {"no-outcome", "The work was given up without a result"},
+    {"outcome-dropped", "A second outcome was dropped: %1"},
     {"creation-date-not-stored", "Creation date not stored here"},
     {"copied-unchanged", "Copied unchanged"},
 };
@@ -355,6 +356,7 @@ const Sentence kMetadataWords[] = {
     {"empty-title", "The title is empty, and so is the name"},
     {"no-audio-pane", "No audio pane was given"},
     {"cover-stored-as-given", "The cover is stored as it was given: as TIFF it is over 16 MiB"},
+    {"artwork-copy-not-written", "The temporary copy of the artwork could not be written"},
     {"keywords-not-stored", "Keywords not stored: the file has no place for it"},
     {"description-not-stored", "Description not stored: the file has no place for it"},
     {"track-not-stored", "Track not stored: the file has no place for it"},
@@ -372,6 +374,8 @@ const Sentence kVideoWords[] = {
     {"source-without-video", "There is no video track"},
     {"source-without-tracks", "There is neither a video nor an audio track"},
     {"video-without-frames", "No frame could be decoded"},
+    {"nothing-to-merge", "There is nothing to merge"},
+    {"older-output-removed", "An older output was removed"},
     {"replaced-older-file", "Replaced an older file"},
     {"merged-into", "In %1"},
     {"frames-written", "%1 image(s)"},
@@ -398,6 +402,8 @@ const Sentence kBatchWords[] = {
     {"open-journal", "Open the journal"},
     {"write-journal", "Write the journal"},
     {"undo-rename", "Undo the rename"},
+    {"journal-half-line", "Half a line remains in the journal of a rename"},
+    {"journal-not-removed", "The journal of a rename could not be removed"},
     {"nothing-to-undo", "There is no rename to take back"},
     {"rename-running", "Another rename is still running"},
 };

@@ -17,8 +17,7 @@ using namespace platform;
 namespace {
 
 void logDropped(const WriteOutcome& outcome) {
-    log(LogLevel::Warning, QStringLiteral("a second outcome was dropped: ") + outcome.text(),
-        outcome.source);
+    log(LogLevel::Warning, Message(kOutcomeDropped, {outcome.text()}).text(), outcome.source);
 }
 
 WriteOutcome cancelledOutcome(const QString& source) {
@@ -242,6 +241,8 @@ std::vector<WriteOutcome> Run::outcomes() const {
 }
 
 std::vector<std::size_t> Run::itemsToRetry() const {
+    if (m_order.sources.isEmpty()) // only the work knows its items
+        return {};
     const std::lock_guard lock(m_mutex);
     std::vector<std::size_t> failed;
     for (const Item& item : m_items)

@@ -69,7 +69,8 @@ public:
     [[nodiscard]] int done() const;
     /// Returns the outcomes so far, in the order of the items.
     [[nodiscard]] std::vector<WriteOutcome> outcomes() const;
-    /// Returns the places that another try is about: those that failed, or all of a whole order.
+    /// Returns the places that another try is about: those that failed, or all of a whole order;
+    /// none where only the work knows the items.
     [[nodiscard]] std::vector<std::size_t> itemsToRetry() const;
 
 private:

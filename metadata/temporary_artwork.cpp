@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/temporary_artwork.h"
 
+#include "metadata/messages.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 
@@ -22,7 +23,8 @@ void writeTemporaryArtwork(const QByteArray& bytes) {
         file.setAutoRemove(false);
         return;
     }
-    platform::log(platform::LogLevel::Info, QStringLiteral("art.jpg could not be written"), target);
+    platform::log(platform::LogLevel::Info, platform::Message(kArtworkCopyNotWritten).text(),
+                  target);
 }
 
 } // namespace clipheave::metadata

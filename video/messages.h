@@ -17,6 +17,9 @@ inline constexpr MessageCode kWithoutVideo{"source-without-video"};
 inline constexpr MessageCode kWithoutTracks{"source-without-tracks"};
 inline constexpr MessageCode kWithoutFrames{"video-without-frames"};
 
+inline constexpr MessageCode kNothingToMerge{"nothing-to-merge"};
+
+inline constexpr MessageCode kOlderOutputRemoved{"older-output-removed"};
 inline constexpr MessageCode kReplacedOlderFile{"replaced-older-file"};
 inline constexpr MessageCode kMergedInto{"merged-into"};           ///< name
 inline constexpr MessageCode kFramesWritten{"frames-written"};     ///< count

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "video/messages.h"
 #include "video/video_jobs.h"
 #include "video/video_labels.h"
 
@@ -110,7 +111,7 @@ void VideoJobs::ExtractAudioMediaFileFileThreader(const VideoJobRequest& request
             !m_run.paths().isProtected(older)) {
             ignoreFailure(NSFileManager::defaultManager().removeItemAtPath(older),
                           "the audio goes under another name");
-            log(LogLevel::Info, QStringLiteral("removed an older output"), older);
+            log(LogLevel::Info, Message(kOlderOutputRemoved).text(), older);
         }
         extractVideo_M4AoutputURL(item, older + QStringLiteral(".m4a"));
     }

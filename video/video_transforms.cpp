@@ -276,7 +276,7 @@ void VideoJobs::MergeVideoMediaFileFileThreader(const VideoJobRequest& request) 
     if (!merged.empty())
         finishMerge(m_run.paths().claimShared(output), merged, first, composition);
     else if (!request.items.empty())
-        log(LogLevel::Info, kMergingFailed + QStringLiteral("there is nothing to merge"),
+        log(LogLevel::Info, kMergingFailed + Message(kNothingToMerge).text(),
             request.items.front()->filePath);
 }
 

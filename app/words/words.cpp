@@ -397,6 +397,7 @@ const Sentence kItemWords[] = {
 // jobs
 const Sentence kJobWords[] = {
     {"no-outcome", QT_TRANSLATE_NOOP("Words", "The work was given up without a result")},
+    {"outcome-dropped", QT_TRANSLATE_NOOP("Words", "A second outcome was dropped: %1")},
     {"creation-date-not-stored", QT_TRANSLATE_NOOP("Words", "Creation date not stored here")},
     {"copied-unchanged", QT_TRANSLATE_NOOP("Words", "Copied unchanged")},
 };
@@ -413,6 +414,8 @@ const Sentence kMetadataWords[] = {
     {"no-audio-pane", QT_TRANSLATE_NOOP("Words", "No audio pane was given")},
     {"cover-stored-as-given",
      QT_TRANSLATE_NOOP("Words", "The cover is stored as it was given: as TIFF it is over 16 MiB")},
+    {"artwork-copy-not-written",
+     QT_TRANSLATE_NOOP("Words", "The temporary copy of the artwork could not be written")},
     {"keywords-not-stored",
      QT_TRANSLATE_NOOP("Words", "Keywords not stored: the file has no place for it")},
     {"description-not-stored",
@@ -438,6 +441,8 @@ const Sentence kVideoWords[] = {
     {"source-without-tracks",
      QT_TRANSLATE_NOOP("Words", "There is neither a video nor an audio track")},
     {"video-without-frames", QT_TRANSLATE_NOOP("Words", "No frame could be decoded")},
+    {"nothing-to-merge", QT_TRANSLATE_NOOP("Words", "There is nothing to merge")},
+    {"older-output-removed", QT_TRANSLATE_NOOP("Words", "An older output was removed")},
     {"replaced-older-file", QT_TRANSLATE_NOOP("Words", "Replaced an older file")},
     {"merged-into", QT_TRANSLATE_NOOP("Words", "In %1")},
     {"frames-written", QT_TRANSLATE_NOOP("Words", "%1 image(s)")},
@@ -464,6 +469,10 @@ const Sentence kBatchWords[] = {
     {"open-journal", QT_TRANSLATE_NOOP("Words", "Open the journal")},
     {"write-journal", QT_TRANSLATE_NOOP("Words", "Write the journal")},
     {"undo-rename", QT_TRANSLATE_NOOP("Words", "Undo the rename")},
+    {"journal-half-line",
+     QT_TRANSLATE_NOOP("Words", "Half a line remains in the journal of a rename")},
+    {"journal-not-removed",
+     QT_TRANSLATE_NOOP("Words", "The journal of a rename could not be removed")},
     {"nothing-to-undo", QT_TRANSLATE_NOOP("Words", "There is no rename to take back")},
     {"rename-running", QT_TRANSLATE_NOOP("Words", "Another rename is still running")},
 };

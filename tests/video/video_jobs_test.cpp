@@ -183,7 +183,7 @@ TEST_F(Jobs, MergePutsEachClipAtTheLongestDurationBeforeIt) {
         platform::LogLevel::Info, [&](const platform::LogLine& line) { logged << line.text; });
     const auto nothing = run(&VideoJobs::MergeVideoMediaFileFileThreader, {}, {words});
     EXPECT_THAT(nothing[0].text().toStdString(), HasSubstr("source without tracks"));
-    EXPECT_THAT(logged, testing::Contains(u"Merging failed: there is nothing to merge"));
+    EXPECT_THAT(logged, testing::Contains(u"Merging failed: nothing to merge"));
 }
 
 TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
