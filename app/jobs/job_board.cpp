@@ -4,6 +4,8 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/main_thread.h"
 
+#include <QScopeGuard>
+
 #include <algorithm>
 #include <utility>
 
@@ -113,8 +115,8 @@ int JobBoard::start(const BoardJob& job, const std::vector<std::size_t>& items) 
     const int id = m_activity.beginJob(job.title, static_cast<int>(items.size()));
     jobs::RunOrder order = job.order;
     order.work = [id, inbox = m_inbox, work = order.work](jobs::Run& run, const auto& places) {
+        const auto post = qScopeGuard([&] { inbox->post({id, Inbox::Event::WorkReturned, {}}); });
         work(run, places);
-        inbox->post({id, Inbox::Event::WorkReturned, {}});
     };
     Entry& entry = m_entries[id];
     entry.job = job;
