@@ -1,19 +1,13 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
 """scripts/check-layers finds an include against an arrow and a library outside its folder, and nothing else."""
-import importlib.machinery
-import importlib.util
 import pathlib
-import sys
 import tempfile
 import unittest
 
-SCRIPT = str(pathlib.Path(__file__).resolve().parents[2] / "scripts" / "check-layers")
-LOADER = importlib.machinery.SourceFileLoader("check_layers", SCRIPT)
-sys.dont_write_bytecode = True
-layers = importlib.util.module_from_spec(importlib.util.spec_from_loader("check_layers", LOADER))
-LOADER.exec_module(layers)
+import loaded
 
+layers = loaded.script("check-layers")
 MODULES = {"QString": "QtCore", "QImage": "QtGui", "QWidget": "QtWidgets", "QDBusMessage": "QtDBus"}
 
 

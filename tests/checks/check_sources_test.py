@@ -1,11 +1,13 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Each check of check_sources.py finds the fault it is there for, and nothing in clean code."""
+"""Each check of scripts/check-sources finds the fault it is there for, and nothing in clean code."""
 import pathlib
 import tempfile
 import unittest
 
-import check_sources as checks
+import loaded
+
+checks = loaded.script("check-sources")
 
 SPDX = "// SPDX-License-Identifier: GPL-3.0-or-later\n"
 
