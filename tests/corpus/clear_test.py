@@ -3,12 +3,8 @@
 """usage: clear_test.py CLI. Clears every MP4-family video of CLIPHEAVE_CORPUS: what must go is gone, byte for byte, what
 must stay is there, and others see no other difference than the edit's; the same view for a saved title."""
 import collections
-import hashlib
 import json
-import pathlib
 import re
-import sys
-import tempfile
 
 import corpus
 import differences
@@ -26,7 +22,7 @@ SHORTEST = 6  # bytes of a text that are searched for; shorter ones stand anywhe
 
 def exiftool(path):
     """The tags and values that exiftool sees in the file, countable."""
-    row, = save_test.json_of("exiftool", "-a", "-G1:4", "-j", "-api", "largefilesupport=1", path)
+    row, = json.loads(corpus.output("exiftool", "-a", "-G1:4", "-j", "-api", "largefilesupport=1", path))
     tags = collections.Counter()
     for key, value in row.items():
         key = re.sub(r":Copy\d+:", ":", key)
@@ -109,8 +105,7 @@ def check_cleared(cli, path, target):
 
 def pictures_and_sound(path):
     """Without attached pictures, which are metadata."""
-    return save_test.lines("ffmpeg", "-v", "quiet", "-i", path, "-map", "0:V?", "-map", "0:a?", "-map", "0:s?", "-map",
-                           "0:d?", "-map", "0:t?", "-c", "copy", "-copy_unknown", "-f", "streamhash", "-hash", "md5", "-")
+    return corpus.stream_hashes(path, "0:V?", "0:a?", "0:s?", "0:d?", "0:t?")
 
 
 def check_titled(path, target):
@@ -130,32 +125,17 @@ def run(cli, path, storage, *command):
     return outcome, (storage / path.name if outcome["status"] == "completed" else None)
 
 
-def main():
-    cli = sys.argv[1]
-    root, files = corpus.corpus_or_skip()
-    found, outcomes = {}, collections.Counter()
-    for path in files:
-        if corpus.extension(path) not in save_test.VIDEO_FAMILY or "broken" in path.relative_to(root).parts:
-            continue
-        digest = hashlib.sha256(path.read_bytes()).digest()
-        faults = {}
-        with tempfile.TemporaryDirectory() as folder:
-            storage = pathlib.Path(folder)
-            outcome, target = run(cli, path, storage, "clear")
-            outcomes[outcome["status"]] += 1
-            if target:
-                faults = check_cleared(cli, path, target)
-            elif not outcome.get("message"):
-                faults["silent"] = "failed without a message"
-            _, target = run(cli, path, storage, "save", "--set", f"title={save_test.TITLE}")
-            faults.update(check_titled(path, target) if target else {})
-        if hashlib.sha256(path.read_bytes()).digest() != digest:
-            faults["source"] = "the source was changed"
-        found.update({(str(path.relative_to(root)), "clear", what): text for what, text in faults.items()})
-    present = {str(path.relative_to(root)) for path in files}
-    known = corpus.parse_differences(differences.CLEAR)
-    corpus.finish(corpus.judge(found, known, present), f"outcomes: {dict(outcomes)}; {len(known)} known differences")
+def check_one(cli, path, storage):
+    outcome, target = run(cli, path, storage, "clear")
+    faults = {}
+    if target:
+        faults = check_cleared(cli, path, target)
+    elif not outcome.get("message"):
+        faults["silent"] = "failed without a message"
+    _, titled = run(cli, path, storage, "save", "--set", f"title={save_test.TITLE}")
+    faults.update(check_titled(path, titled) if titled else {})
+    return {f"clear {what}": text for what, text in faults.items()}, outcome["status"]
 
 
 if __name__ == "__main__":
-    main()
+    corpus.check_each(save_test.VIDEO_FAMILY, "clear", check_one, differences.CLEAR)

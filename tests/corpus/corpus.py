@@ -1,5 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """What the corpus tests share: the kind tables, running the command line, the list of known differences."""
+import collections
+import hashlib
+import itertools
 import json
 import os
 import pathlib
@@ -43,6 +46,23 @@ def corpus_or_skip():
     return root, files
 
 
+def output(*command):
+    """What another program prints, without the end of the line."""
+    done = subprocess.run([str(part) for part in command], capture_output=True, stdin=subprocess.DEVNULL)
+    return done.stdout.decode(errors="replace").strip()
+
+
+def stream_hashes(path, *maps):
+    """One hash a stream of its packets as they are stored."""
+    maps = [part for each in maps for part in ("-map", each)]
+    return output("ffmpeg", "-v", "quiet", "-i", path, *maps, "-c", "copy", "-copy_unknown", "-f", "streamhash", "-hash", "md5",
+                  "-").splitlines()
+
+
+def digest(path):
+    return hashlib.sha256(path.read_bytes()).hexdigest()
+
+
 class Run:
     """One run of the command line, with an own empty preferences file."""
 
@@ -71,7 +91,7 @@ class Run:
 
 
 def parse_differences(text):
-    """Blocks of "reason:" lines at the margin and indented "file field oracle" lines -> {(file, field, oracle): reason}."""
+    """Blocks of "reason:" lines at the margin and indented "file field+… oracle+…" lines -> {(file, field, oracle): reason}."""
     known, reason, open_reason = {}, [], False
     for line in text.strip().splitlines():
         if not line.strip():
@@ -81,8 +101,8 @@ def parse_differences(text):
             open_reason = True
             continue
         open_reason = False
-        name, field, oracles = line.rsplit(maxsplit=2)
-        for oracle in oracles.split("+"):
+        name, fields, oracles = line.rsplit(maxsplit=2)
+        for field, oracle in itertools.product(fields.split("+"), oracles.split("+")):
             known[(name.strip(), field, oracle)] = " ".join(reason)
     return known
 
@@ -94,6 +114,30 @@ def judge(differences, known, present):
     faults += [f"stale entry, no difference any more: {' '.join(key)}" for key in sorted(known)
                if key not in differences and key[0] in present]
     return faults
+
+
+def check_each(wanted, job, check, known_text, of_broken=()):
+    """Checks each file whose extension is `wanted` with check(cli, path, storage) -> ({"job what": text}, outcome), and that it
+    leaves the source alone ("`job` source"); then ends the test. Of damaged files only `of_broken` counts; without it they
+    are left out."""
+    cli = sys.argv[1]
+    root, files = corpus_or_skip()
+    found, outcomes = {}, collections.Counter()
+    for path in files:
+        name = path.relative_to(root)
+        broken = "broken" in name.parts
+        if extension(path) not in wanted or broken and not of_broken:
+            continue
+        before = digest(path)
+        with tempfile.TemporaryDirectory() as storage:
+            faults, outcome = check(cli, path, pathlib.Path(storage))
+        outcomes[outcome] += 1
+        if digest(path) != before:
+            faults[f"{job} source"] = "the source was changed"
+        found.update({(str(name), *what.split()): text for what, text in faults.items() if not broken or what in of_broken})
+    known = parse_differences(known_text)
+    present = {str(path.relative_to(root)) for path in files}
+    finish(judge(found, known, present), f"outcomes: {dict(outcomes)}; {len(known)} known differences")
 
 
 def finish(faults, summary):

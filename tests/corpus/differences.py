@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Where the command line reads or saves otherwise than programs of others see it, with the reason, found by looking into
-the bytes. A block is a reason and the lines "file field oracle" that it explains; "nobody" means that no other program
+the bytes. A block is a reason and the lines "file field oracle" that it explains, fields and oracles joined by "+"; "nobody" means that no other program
 reads the item at all. An entry that no longer differs is a fault."""
 
 IMPORT = """
@@ -11,84 +11,56 @@ Deliberate: the rows of the import for CAF files have no keys of the info chunk 
 The bytes are code page 1252, as the CSET chunk says (E9 FF is "é" and "ÿ"); the others take them for UTF-8.
   audio/exifast__RIFF_cset_info.wav artist exiftool+ffprobe
 An ID3 tag where the Ogg stream should begin: nothing but exiftool opens the file.
-  audio/exifast__ogg_id3_prefixed.ogg title exiftool
-  audio/exifast__ogg_id3_prefixed.ogg artist exiftool
-  audio/exifast__ogg_id3_prefixed.ogg album exiftool
+  audio/exifast__ogg_id3_prefixed.ogg title+artist+album exiftool
 The size in the header of the ID3v2.2 tag has a byte over 7F; the others refuse the tag, we read its frames.
-  audio/lofty-rs__test_full.id3v22.mp3 title nobody
-  audio/lofty-rs__test_full.id3v22.mp3 artist nobody
-  audio/lofty-rs__test_full.id3v22.mp3 album nobody
+  audio/lofty-rs__test_full.id3v22.mp3 title+artist+album nobody
 A single MPEG frame behind the tag: we give its length; ffprobe and mutagen want more than one.
   audio/music-metadata__issue-641.mp3 durationSeconds nobody
 The file ends inside its ID3 tag; the others refuse the tag, we read the frames that are there.
-  audio/taglib__compressed_id3_frame.mp3 title nobody
-  audio/taglib__compressed_id3_frame.mp3 artist nobody
-  audio/taglib__compressed_id3_frame.mp3 album nobody
-  audio/taglib__w000.mp3 title nobody
-  audio/taglib__w000.mp3 artist nobody
-  audio/taglib__w000.mp3 album nobody
-  audio/tinytag__utf16_no_bom.mp3 title nobody
-  audio/tinytag__utf16_no_bom.mp3 artist nobody
+  audio/taglib__compressed_id3_frame.mp3 title+artist+album nobody
+  audio/taglib__w000.mp3 title+artist+album nobody
+  audio/tinytag__utf16_no_bom.mp3 title+artist nobody
 The file ends inside its moov, behind the item list; ffprobe reads the same texts, but is no oracle for ISO files.
-  audio/tinytag__alac_file.m4a title nobody
-  audio/tinytag__alac_file.m4a artist nobody
-  audio/tinytag__alac_file.m4a album nobody
+  audio/tinytag__alac_file.m4a title+artist+album nobody
 The file ends behind its LIST chunk, without sound; the others give up.
-  audio/tinytag__detect_wav.x.wav title nobody
-  audio/tinytag__detect_wav.x.wav artist nobody
-  audio/tinytag__detect_wav.x.wav album nobody
+  audio/tinytag__detect_wav.x.wav title+artist+album nobody
 Several values in one field: we join all with "; ", exiftool keeps the last, ffprobe joins with ";".
   audio/tinytag__multiple_values_images.flac album exiftool+ffprobe
   audio/tinytag__multiple_values_images.flac artist ffprobe
 Several values, in three objects of the header: we keep the order in which the tag library collects them, mutagen has its
 own, the others show one.
-  audio/tinytag__multiple_values_images.wma title exiftool+ffprobe+mutagen
-  audio/tinytag__multiple_values_images.wma artist exiftool+ffprobe+mutagen
-  audio/tinytag__multiple_values_images.wma album exiftool+ffprobe+mutagen
+  audio/tinytag__multiple_values_images.wma title+artist+album exiftool+ffprobe+mutagen
 An ID3 tag before the FLAC signature with other texts; the Vorbis comment is the file's own and counts.
-  audio/tinytag__with_padded_id3_header2.flac title exiftool
-  audio/tinytag__with_padded_id3_header2.flac artist exiftool
-  audio/tinytag__with_padded_id3_header2.flac album exiftool
+  audio/tinytag__with_padded_id3_header2.flac title+artist+album exiftool
 Latitude without a longitude, or the other way round: no position.
   photo/Piexif__01.jpg latitude exiftool
   photo/media__ss-motion-photo-shortened.jpg longitude exiftool
 A raw photo in a TIFF: we give the size of the first image, as for every TIFF, exiftool that of the camera's Exif block.
-  photo/exifast__Canon_EOS-1D_real.TIF width exiftool
-  photo/exifast__Canon_EOS-1D_real.TIF height exiftool
+  photo/exifast__Canon_EOS-1D_real.TIF width+height exiftool
 The photo library reads the Exif of the preview; exiftool the sensor's size from the maker's header.
-  photo/exiftool__FujiFilm.raf width exiftool
-  photo/exiftool__FujiFilm.raf height exiftool
+  photo/exiftool__FujiFilm.raf width+height exiftool
 Sensor with its borders (we) or the picture within them (exiftool).
-  photo/exiftool__Panasonic.rw2 width exiftool
-  photo/exiftool__Panasonic.rw2 height exiftool
-  photo/imagemeta__sample.arw width exiftool
-  photo/imagemeta__sample.arw height exiftool
+  photo/exiftool__Panasonic.rw2 width+height exiftool
+  photo/imagemeta__sample.arw width+height exiftool
 The photo library does not know X3F.
-  photo/exiftool__SigmaDP2.x3f width exiftool
-  photo/exiftool__SigmaDP2.x3f height exiftool
+  photo/exiftool__SigmaDP2.x3f width+height exiftool
 A photo cut off before its picture: we give the size that its Exif block claims, exiftool gives none.
-  photo/exiv2__issue_1881_coverage.jpg width nobody
-  photo/exiv2__issue_1881_coverage.jpg height nobody
-  photo/file-type__fixture-sony-zv-e10.arw width nobody
-  photo/file-type__fixture-sony-zv-e10.arw height nobody
+  photo/exiv2__issue_1881_coverage.jpg width+height nobody
+  photo/file-type__fixture-sony-zv-e10.arw width+height nobody
 A latitude of 213 degrees is none.
-  photo/photoprism__buggy_panorama.jpg latitude exiftool
-  photo/photoprism__buggy_panorama.jpg longitude exiftool
+  photo/photoprism__buggy_panorama.jpg latitude+longitude exiftool
 The position stands under the key "©xyz" of the QuickTime metadata; the import knows location.ISO6709 only.
-  video/exifast__MP4_movie_keys.mov latitude exiftool
-  video/exifast__MP4_movie_keys.mov longitude exiftool
+  video/exifast__MP4_movie_keys.mov latitude+longitude exiftool
 An MPEG program stream of 0.04 s; mutagen takes it for an MP3 and estimates by the bit rate.
   video/file-type__fixture.ps.mpg durationSeconds mutagen
 A track without a handler: exiftool does not know it as a picture and reads the fixed-point size (2.0) as a whole number.
-  video/fq__png_no_hdlr.mp4 width exiftool
-  video/fq__png_no_hdlr.mp4 height exiftool
+  video/fq__png_no_hdlr.mp4 width+height exiftool
 mutagen gives the length of the sound track, which ends before the picture.
   video/media__sample_shorter_audio.mp4 durationSeconds mutagen
   video/metadata-extractor-images__FLIR_Thermal.mp4 durationSeconds mutagen
   video/picard__test.m4v durationSeconds mutagen
 The sample description says 12x10, the H.264 stream inside 10x12; we read no streams.
-  video/media__sample_with_fake_auxiliary_tracks_interleaved_with_primary_video_track.mp4 width ffprobe
-  video/media__sample_with_fake_auxiliary_tracks_interleaved_with_primary_video_track.mp4 height ffprobe
+  video/media__sample_with_fake_auxiliary_tracks_interleaved_with_primary_video_track.mp4 width+height ffprobe
 Fragments from second 10 on: we give the end of the longest track, that of the captions; ffprobe leaves captions out.
   video/mp4ff__cbcsdec.mp4 durationSeconds ffprobe
 One fragment of a longer film: its header announces 48 s (mehd), the file holds the first six.
@@ -149,26 +121,19 @@ The payload that the movie header points to is cut off, or there is no header.
 # The video jobs: "file job what". Films of the corpus and made ones.
 VIDEO_JOBS = """
 Another program writes these old codings into QuickTime, where players do not show them; here they are refused.
-  made/odd.mkv slow failed
-  made/odd.mkv mov failed
-  made/windows.wmv slow failed
-  made/windows.wmv mov failed
+  made/odd.mkv slow+mov failed
+  made/windows.wmv slow+mov failed
   video/Audio-Scan__wmv92.wmv mov failed
-  video/exiftool__Flash.flv slow failed
-  video/exiftool__Flash.flv mov failed
-  video/exiv2__flame.avi slow failed
-  video/exiv2__flame.avi mov failed
-  video/file-type__fixture.avi slow failed
-  video/file-type__fixture.avi mov failed
+  video/exiftool__Flash.flv slow+mov failed
+  video/exiv2__flame.avi slow+mov failed
+  video/file-type__fixture.avi slow+mov failed
   video/music-metadata__elephant.asf mov failed
 A name of 255 bytes has no room for what these jobs add.
-  made/nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.mp4 audio failed
-  made/nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.mp4 frames failed
+  made/nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.mp4 audio+frames failed
 The reading ends after the first of its pictures.
   video/exiftool__Flash.flv mute failed
 Pure colours side by side: their halved colours fall on other lines when the picture was turned first.
-  made/rgb.mov rotate90 ssim
-  made/rgb.mov rotate270 ssim
+  made/rgb.mov rotate90+rotate270 ssim
 Hard edges of pure colours, whose halved colours are spread in another way.
   made/narrow.mov frames ssim
   made/bt2020.mp4 frames ssim

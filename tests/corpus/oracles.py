@@ -3,7 +3,6 @@
 command line's JSON. A program that does not read the item in question leaves the key out."""
 import json
 import re
-import subprocess
 
 import corpus
 
@@ -14,8 +13,7 @@ EXIFTOOL_TAGS = {"title": ("Title", "Name"), "artist": ("Artist", "Author"), "al
 
 
 def run_json(*command):
-    done = subprocess.run([str(part) for part in command], capture_output=True, stdin=subprocess.DEVNULL)
-    return json.loads(done.stdout.decode(errors="replace") or "null")
+    return json.loads(corpus.output(*command) or "null")
 
 
 def exiftool_all(root):

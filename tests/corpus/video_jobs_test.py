@@ -4,7 +4,6 @@
 against what ffprobe, ffmpeg and exiftool see."""
 import collections
 import concurrent.futures
-import hashlib
 import os
 import pathlib
 import re
@@ -44,7 +43,7 @@ class Source:
     def __init__(self, path, key):
         self.path, self.key = path, key
         self.kind = corpus.extension(path)
-        self.digest = digest_of(path)
+        self.digest = corpus.digest(path)
         self.probe = oracles.Probe(path)
         film = self.probe.film
         pictures, damaged = oracles.decoded(path)
@@ -61,10 +60,6 @@ class Source:
 
     def sound_seconds(self):
         return len(self.samples) / oracles.SOUND_RATE
-
-
-def digest_of(path):
-    return hashlib.sha256(path.read_bytes()).digest()
 
 
 def run(cli, storage, job, *paths, prefix=()):
@@ -223,7 +218,7 @@ def main():
             for case, text in video_places.all_cases(cli, work / "made", work / "places"):
                 trial.note("places", case.replace(" ", "-"), "case", text)
         for source in sources:
-            if digest_of(source.path) != source.digest:
+            if corpus.digest(source.path) != source.digest:
                 trial.note(source.key, "all", "source", "the source was changed")
     known = corpus.parse_differences(getattr(differences, "VIDEO_JOBS", ""))
     present = {source.key for source in sources} if not part else set()
