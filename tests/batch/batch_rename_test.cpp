@@ -60,7 +60,7 @@ Inodes inodesIn(const QString& folder) {
     Inodes inodes;
     const auto entries = NSFileManager::defaultManager().contentsOfDirectoryAtPath(folder);
     for (const auto& entry : entries.value())
-        if (!entry.name.startsWith(QLatin1String(".clipheave-")))
+        if (!entry.name.startsWith(".clipheave-"_L1))
             inodes[platform::nativePath(entry.name).toStdString()] =
                 identityOfItem(platform::appendingPathComponent(folder, entry.name)).inode;
     return inodes;
@@ -76,15 +76,13 @@ std::vector<ino_t> sortedInodes(const Inodes& inodes) {
 
 class BatchRename : public testing::Test {
 protected:
-    BatchRename() { qputenv("XDG_STATE_HOME", m_dir.path(QStringLiteral("state")).toUtf8()); }
+    BatchRename() { qputenv("XDG_STATE_HOME", m_dir.path("state").toUtf8()); }
     ~BatchRename() override { qunsetenv("XDG_STATE_HOME"); }
 
-    [[nodiscard]] QString at(const QString& name) const {
-        return m_dir.path(QStringLiteral("media/") + name);
-    }
-    [[nodiscard]] QString media() const { return m_dir.path(QStringLiteral("media")); }
+    [[nodiscard]] QString at(const QString& name) const { return m_dir.path(u"media/"_s + name); }
+    [[nodiscard]] QString media() const { return m_dir.path("media"); }
     QString write(const QString& name, const QByteArray& bytes = "x") {
-        return m_dir.write(QStringLiteral("media/") + name, bytes);
+        return m_dir.write(u"media/"_s + name, bytes);
     }
     [[nodiscard]] RenameMove move(const char* from, const char* to) const {
         RenameMove move;
@@ -109,11 +107,11 @@ protected:
 TEST_F(BatchRename, EveryFileEndsUnderOneName) {
     for (const char* name : {"a", "b", "folder/inside", "target"})
         write(QLatin1String(name), name);
-    ASSERT_EQ(::symlink("nowhere", at(QStringLiteral("link")).toUtf8().constData()), 0);
+    ASSERT_EQ(::symlink("nowhere", at(u"link"_s).toUtf8().constData()), 0);
     const Inodes before = inodesIn(media());
     RenameMove taken = move("b", "a");
-    taken.retryTarget = m_dir.path(QStringLiteral("store/b 1"));
-    taken.storageFolder = m_dir.path(QStringLiteral("store/"));
+    taken.retryTarget = m_dir.path("store/b 1");
+    taken.storageFolder = m_dir.path("store/");
     RenameMove stays = move("target", "x");
     stays.stays = true;
     stays.note = batch::RenameNote::NameExists;
@@ -125,9 +123,9 @@ TEST_F(BatchRename, EveryFileEndsUnderOneName) {
                 ElementsAre("+", "+", "-name exists", "+", "-file missing", "-no such folder",
                             "-name exists", "-file missing", "-name exists"));
     EXPECT_TRUE(outcomes[2].outputs.isEmpty());
-    EXPECT_EQ(TempDir::read(at(QStringLiteral("a"))), "b");
+    EXPECT_EQ(TempDir::read(at(u"a"_s)), "b");
     EXPECT_EQ(sortedInodes(inodesIn(media())), sortedInodes(before));
-    EXPECT_TRUE(identityOfItem(at(QStringLiteral("link 2"))).isKnown());
+    EXPECT_TRUE(identityOfItem(at(u"link 2"_s)).isKnown());
     ASSERT_TRUE(batch::canUndoRename());
     EXPECT_THAT(messagesOf(takenBack().value()), ElementsAre("+", "+", "+"));
     EXPECT_EQ(inodesIn(media()), before);
@@ -136,12 +134,12 @@ TEST_F(BatchRename, EveryFileEndsUnderOneName) {
 }
 
 TEST_F(BatchRename, ANameThatIsTakenMeanwhileIsEvadedOnce) {
-    write(QStringLiteral("a"));
-    write(QStringLiteral("b"));
-    write(QStringLiteral("taken"), "other");
+    write(u"a"_s);
+    write(u"b"_s);
+    write(u"taken"_s, "other");
     RenameMove first = move("a", "taken");
-    first.retryTarget = m_dir.path(QStringLiteral("store/taken 1"));
-    first.storageFolder = m_dir.path(QStringLiteral("store/"));
+    first.retryTarget = m_dir.path("store/taken 1");
+    first.storageFolder = m_dir.path("store/");
     RenameMove second = move("b", "taken");
     second.retryTarget = first.retryTarget;
     second.storageFolder = first.storageFolder;
@@ -149,25 +147,24 @@ TEST_F(BatchRename, ANameThatIsTakenMeanwhileIsEvadedOnce) {
     const auto outcomes = run({first, second});
     EXPECT_THAT(messagesOf(outcomes), ElementsAre("+name exists", "-name exists"));
     EXPECT_EQ(outcomes[0].outputs, QStringList{first.retryTarget});
-    EXPECT_EQ(TempDir::read(at(QStringLiteral("taken"))), "other");
+    EXPECT_EQ(TempDir::read(at(u"taken"_s)), "other");
     EXPECT_THAT(messagesOf(takenBack().value()), ElementsAre("+"));
     EXPECT_EQ(inodesIn(media()), before);
 }
 
 TEST_F(BatchRename, AFileThatIsSavedAnewMeanwhileCanBeTakenBack) {
-    write(QStringLiteral("a"));
-    write(QStringLiteral("b"));
+    write(u"a"_s);
+    write(u"b"_s);
     std::size_t index = 0;
     const Taker saveOther = [&](const WriteOutcome&) {
         if (++index == 1) {
-            write(QStringLiteral("b new"), "saved");
-            ::rename(at(QStringLiteral("b new")).toUtf8().constData(),
-                     at(QStringLiteral("b")).toUtf8().constData());
+            write(u"b new"_s, "saved");
+            ::rename(at(u"b new"_s).toUtf8().constData(), at(u"b"_s).toUtf8().constData());
         }
     };
     ASSERT_TRUE(renamed({move("a", "a1"), move("b", "b1")}, saveOther));
     EXPECT_THAT(messagesOf(takenBack().value()), ElementsAre("+", "+"));
-    EXPECT_EQ(TempDir::read(at(QStringLiteral("b"))), "saved");
+    EXPECT_EQ(TempDir::read(at(u"b"_s)), "saved");
 }
 
 TEST_F(BatchRename, AnyNameGoesThereAndBack) {
@@ -181,14 +178,14 @@ TEST_F(BatchRename, AnyNameGoesThereAndBack) {
         plan.push_back(move);
     }
     RenameMove tooLong = move("0", "x");
-    tooLong.source = write(QStringLiteral("long"));
+    tooLong.source = write(u"long"_s);
     tooLong.target = at(QString(256, u'n'));
     plan.push_back(tooLong);
     const Inodes before = inodesIn(media());
     const auto outcomes = run(plan);
     const Inodes after = inodesIn(media());
     for (const QByteArray& name : names)
-        EXPECT_EQ(after.count(name.toStdString()), 1u) << name.toPercentEncoding().toStdString();
+        EXPECT_EQ(after.count(name.toStdString()), 1u) << name.toPercentEncoding();
     EXPECT_FALSE(isMoved(outcomes.back()));
     EXPECT_EQ(takenBack().value().size(), names.size());
     EXPECT_EQ(inodesIn(media()), before);
@@ -198,37 +195,37 @@ TEST_F(BatchRename, UndoRefusesWhatIsNotItsOwn) {
     for (const char* name : {"a", "b", "c", "d"})
         write(QLatin1String(name), name);
     run({move("a", "a1"), move("b", "b1"), move("c", "c1"), move("d", "d1")});
-    write(QStringLiteral("a"), "new");
-    QFile::remove(at(QStringLiteral("b1")));
-    write(QStringLiteral("c2"), "another");
-    QFile::remove(at(QStringLiteral("c1")));
-    ASSERT_TRUE(QFile::rename(at(QStringLiteral("c2")), at(QStringLiteral("c1"))));
+    write(u"a"_s, "new");
+    QFile::remove(at(u"b1"_s));
+    write(u"c2"_s, "another");
+    QFile::remove(at(u"c1"_s));
+    ASSERT_TRUE(QFile::rename(at(u"c2"_s), at(u"c1"_s)));
     EXPECT_THAT(messagesOf(takenBack().value()),
                 ElementsAre("+", "-another file", "-file gone", "-old name taken"));
-    EXPECT_EQ(TempDir::read(at(QStringLiteral("a"))), "new");
-    EXPECT_EQ(TempDir::read(at(QStringLiteral("a1"))), "a");
+    EXPECT_EQ(TempDir::read(at(u"a"_s)), "new");
+    EXPECT_EQ(TempDir::read(at(u"a1"_s)), "a");
     // What was in the way may go: the job waits for that once.
-    QFile::remove(at(QStringLiteral("a")));
+    QFile::remove(at(u"a"_s));
     EXPECT_EQ(takenBack().value().size(), 3u);
-    EXPECT_EQ(TempDir::read(at(QStringLiteral("a"))), "a");
+    EXPECT_EQ(TempDir::read(at(u"a"_s)), "a");
     EXPECT_FALSE(batch::canUndoRename());
 }
 
 TEST_F(BatchRename, JobsAreTakenBackOneByOneAndNeverMixed) {
-    write(QStringLiteral("0"));
+    write(u"0"_s);
     for (int i = 0; i < 24; ++i)
         run({move(QByteArray::number(i).constData(), QByteArray::number(i + 1).constData())});
     {
         // A job that runs elsewhere is not taken for the last one.
         batch::JournalMove next;
-        next.source = at(QStringLiteral("24"));
-        next.target = at(QStringLiteral("25"));
+        next.source = at(u"24"_s);
+        next.target = at(u"25"_s);
         const auto running = batch::RenameJournal::create({next});
         ASSERT_TRUE(running);
         EXPECT_EQ(takenBack().error().code, platform::ErrorCode::NotSupported);
     }
     EXPECT_TRUE(takenBack().value().empty()); // it had moved nothing
-    m_dir.write(QStringLiteral("state/clipheave/9999999999-1-x.renames"), "no journal");
+    m_dir.write("state/clipheave/9999999999-1-x.renames", "no journal");
     int undone = 0;
     while (takenBack())
         ++undone;
@@ -237,16 +234,16 @@ TEST_F(BatchRename, JobsAreTakenBackOneByOneAndNeverMixed) {
 }
 
 TEST_F(BatchRename, AJournalThatCannotBeWrittenStopsTheJob) {
-    write(QStringLiteral("a"));
-    m_dir.write(QStringLiteral("state"), "no folder");
+    write(u"a"_s);
+    m_dir.write("state", "no folder");
     EXPECT_FALSE(renamed({move("a", "b")}));
-    EXPECT_TRUE(QFile::exists(at(QStringLiteral("a"))));
+    EXPECT_TRUE(QFile::exists(at(u"a"_s)));
 }
 
 TEST_F(BatchRename, AReadOnlyFolderKeepsItsNames) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "needs to become another user";
-    write(QStringLiteral("a"));
+    write(u"a"_s);
     ASSERT_EQ(::chmod(m_dir.path().toUtf8().constData(), 0777), 0);
     ASSERT_EQ(::seteuid(kNobody), 0);
     const auto outcomes = renamed({move("a", "b")});
@@ -335,7 +332,7 @@ TEST_F(KilledRename, TenThousandFilesComeBack) {
         ASSERT_EQ(sortedInodes(inodesIn(media())), sortedInodes(before));
         while (const auto undone = takenBack())
             for (const WriteOutcome& outcome : *undone)
-                ASSERT_TRUE(isMoved(outcome)) << outcome.text().toStdString();
+                ASSERT_TRUE(isMoved(outcome)) << outcome.text();
         ASSERT_EQ(inodesIn(media()), before) << "round " << round;
     }
     EXPECT_GT(killedMidway, 0);
@@ -359,28 +356,28 @@ protected:
         return move;
     }
 
-    QTemporaryDir m_far{QStringLiteral("/dev/shm/rename-XXXXXX")};
+    QTemporaryDir m_far{u"/dev/shm/rename-XXXXXX"_s};
 };
 
 TEST_F(RenameAcross, BytesDatesAndLinksTravel) {
-    const QString file = write(QStringLiteral("a"), QByteArray(300'000, 'v'));
+    const QString file = write(u"a"_s, QByteArray(300'000, 'v'));
     const QDateTime created(QDate(2011, 2, 3), QTime(4, 5, 6), platform::kUtc);
     const auto& manager = NSFileManager::defaultManager();
     ASSERT_TRUE(manager.setAttributes(file, created, created.addDays(9)));
-    ASSERT_EQ(::symlink("a", at(QStringLiteral("link")).toUtf8().constData()), 0);
-    write(QStringLiteral("folder/x"));
-    write(QStringLiteral("b"));
-    QFile taken(far(QStringLiteral("b")));
+    ASSERT_EQ(::symlink("a", at(u"link"_s).toUtf8().constData()), 0);
+    write(u"folder/x"_s);
+    write(u"b"_s);
+    QFile taken(far(u"b"_s));
     ASSERT_TRUE(taken.open(QIODevice::WriteOnly));
-    EXPECT_THAT(messagesOf(run({moveFar(QStringLiteral("a")), moveFar(QStringLiteral("link")),
-                                moveFar(QStringLiteral("folder")), moveFar(QStringLiteral("b"))})),
+    EXPECT_THAT(messagesOf(run(
+                    {moveFar(u"a"_s), moveFar(u"link"_s), moveFar(u"folder"_s), moveFar(u"b"_s)})),
                 ElementsAre("+", "+", "-neither file nor link", "-name exists"));
     EXPECT_EQ(inodesIn(media()).size(), 2u);
-    EXPECT_EQ(TempDir::read(far(QStringLiteral("a"))), QByteArray(300'000, 'v'));
-    const auto attributes = manager.attributesOfItemAtPath(far(QStringLiteral("a"))).value();
+    EXPECT_EQ(TempDir::read(far(u"a"_s)), QByteArray(300'000, 'v'));
+    const auto attributes = manager.attributesOfItemAtPath(far(u"a"_s)).value();
     EXPECT_EQ(attributes.NSFileModificationDate, created.addDays(9));
     EXPECT_EQ(attributes.NSFileCreationDate, created);
-    EXPECT_EQ(QFile::symLinkTarget(far(QStringLiteral("link"))), far(QStringLiteral("a")));
+    EXPECT_EQ(QFile::symLinkTarget(far(u"link"_s)), far(u"a"_s));
     EXPECT_THAT(messagesOf(takenBack().value()), ElementsAre("+", "+"));
     EXPECT_EQ(manager.attributesOfItemAtPath(file).value().NSFileCreationDate, created);
     EXPECT_EQ(inodesIn(media()).size(), 4u);
@@ -390,17 +387,17 @@ TEST_F(RenameAcross, BytesDatesAndLinksTravel) {
 TEST_F(RenameAcross, DatesCrossWhenTheOriginalStays) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "needs to become another user";
-    const QString file = write(QStringLiteral("a"), "bytes");
+    const QString file = write(u"a"_s, "bytes");
     const QDateTime created(QDate(2011, 2, 3), QTime(4, 5, 6), platform::kUtc);
     const auto& manager = NSFileManager::defaultManager();
     ASSERT_TRUE(manager.setAttributes(file, created, created.addDays(9)));
     ASSERT_EQ(::chmod(m_dir.path().toUtf8().constData(), 0777), 0);
     ASSERT_EQ(::seteuid(kNobody), 0);
-    const auto outcomes = renamed({moveFar(QStringLiteral("a"))});
+    const auto outcomes = renamed({moveFar(u"a"_s)});
     ASSERT_EQ(::seteuid(0), 0);
     ASSERT_TRUE(outcomes);
     EXPECT_THAT(messagesOf(*outcomes), ElementsAre("+original stays: Permission denied"));
-    const auto attributes = manager.attributesOfItemAtPath(far(QStringLiteral("a"))).value();
+    const auto attributes = manager.attributesOfItemAtPath(far(u"a"_s)).value();
     EXPECT_EQ(attributes.NSFileModificationDate, created);
     EXPECT_EQ(attributes.NSFileCreationDate, created.addDays(9));
     EXPECT_THAT(messagesOf(takenBack().value()), ElementsAre("+"));
@@ -430,7 +427,7 @@ TEST_F(RenameAcross, AKilledCopyLosesNothing) {
                   [](const auto& progress) { (void)takenBack(progress); });
         while (const auto undone = takenBack())
             for (const WriteOutcome& outcome : *undone)
-                ASSERT_TRUE(isMoved(outcome)) << outcome.text().toStdString();
+                ASSERT_TRUE(isMoved(outcome)) << outcome.text();
         ASSERT_EQ(namesNow(), before);
         ASSERT_TRUE(inodesIn(m_far.path()).empty());
         for (int i = 0; i < 60; ++i)

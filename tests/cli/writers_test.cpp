@@ -1,161 +1,127 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The commands that write a whole selection, and what is left of a save that is killed.
 #include "tests/cli/cli_kit.h"
+#include "tests/testkit/tiny_disk.h"
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QThread>
 
-#include <sys/mount.h>
-#include <unistd.h>
-
 namespace {
 
 using clitest::cli;
 using clitest::listed;
+using clitest::listedFile;
+using clitest::sample;
 using testkit::TempDir;
 
 class Commands : public testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        s_dir = new TempDir;
-        ASSERT_EQ(cli({QStringLiteral("--quiet"), QStringLiteral("demo"),
-                       s_dir->path(QStringLiteral("lib"))})
-                      .exitCode,
-                  0);
-    }
-    static void TearDownTestSuite() { delete s_dir; }
-
-    static QString library(const char* name) {
-        return s_dir->path(QStringLiteral("lib/") + QLatin1String(name));
-    }
     /// {source name: outcome} of a command with an output folder of this test's own.
-    QMap<QString, QJsonObject> outcomes(const QStringList& command) {
-        const auto run = cli(QStringList{QStringLiteral("--json"), QStringLiteral("--quiet"),
-                                         QStringLiteral("--storage"), m_out.path()} +
-                             command);
+    QMap<QString, QJsonObject> outcomes(const QByteArray& command, const QStringList& paths) {
+        const auto run =
+            cli("--json --quiet --storage % " + command, QStringList{m_out.path()} + paths);
         m_exitCode = run.exitCode;
         QMap<QString, QJsonObject> found;
-        for (const auto& item : QJsonDocument::fromJson(run.out)[QLatin1String("items")].toArray())
-            found.insert(item[QLatin1String("source")].toString().section(u'/', -1),
-                         item.toObject());
+        for (const auto& item : QJsonDocument::fromJson(run.out)["items"_L1].toArray())
+            found.insert(item["source"_L1].toString().section(u'/', -1), item.toObject());
         return found;
     }
-    static TempDir* s_dir;
     TempDir m_out;
     int m_exitCode = -1;
 };
-TempDir* Commands::s_dir = nullptr;
 
 TEST_F(Commands, ClearLeavesNothingBelowTheMirroredFolder) {
-    const QString placed = m_out.path(QStringLiteral("placed"));
-    ASSERT_EQ(cli({QStringLiteral("--storage"), placed, QStringLiteral("save"),
-                   QStringLiteral("--set"), QStringLiteral("latitude=31.2"),
-                   QStringLiteral("--set"), QStringLiteral("longitude=121.4"),
-                   QStringLiteral("--artwork"), library("Photos/studio.tif"),
-                   library("Iceland/waterfall-slowmo.m4v"), library("Harbour/phone-clip.3gp")})
-                  .exitCode,
-              0);
-    const auto before = listed({placed, library("Iceland")});
-    const auto done = outcomes({QStringLiteral("clear"), placed, library("Iceland")});
+    const QString placed = m_out.path("placed");
+    const auto saved =
+        cli("--storage % save --set latitude=31.2 --set longitude=121.4 --artwork",
+            {placed, sample("Photos/studio.tif"), sample("Iceland/waterfall-slowmo.m4v"),
+             sample("Harbour/phone-clip.3gp")});
+    ASSERT_EQ(saved.exitCode, 0) << saved.err;
+    const auto before = listed({placed, sample("Iceland")});
+    const auto done = outcomes("clear", {placed, sample("Iceland")});
     EXPECT_EQ(m_exitCode, 0);
     EXPECT_EQ(done.size(), 4); // two of one name
-    const QString mirrored = m_out.path(QStringLiteral("Iceland/reynisfjara-sunset.mov"));
-    EXPECT_EQ(done[QStringLiteral("reynisfjara-sunset.mov")][QLatin1String("outputs")].toArray(),
-              QJsonArray{mirrored});
-    EXPECT_EQ(done[QStringLiteral("reynisfjara-sunset.mov")][QLatin1String("message")].toString(),
-              u"Location kept");
+    const QString mirrored = m_out.path("Iceland/reynisfjara-sunset.mov");
+    EXPECT_EQ(done[u"reynisfjara-sunset.mov"_s]["outputs"_L1].toArray(), QJsonArray{mirrored});
+    EXPECT_EQ(done[u"reynisfjara-sunset.mov"_s]["message"_L1].toString(), u"Location kept");
     EXPECT_FALSE(TempDir::read(mirrored).contains("Reynisfjara at last light"));
     EXPECT_EQ(TempDir::read(mirrored).mid(8, 4), "M4V ");
     for (const auto& outcome : done)
-        for (const auto& output : outcome[QLatin1String("outputs")].toArray()) {
-            const QJsonObject item = listed({output.toString()}).first().toObject();
+        for (const auto& output : outcome["outputs"_L1].toArray()) {
+            const QJsonObject item = listedFile(output.toString());
             for (const char* key : {"title", "artist", "album", "copyright", "keywords",
                                     "description", "recorded", "director", "artwork"})
-                EXPECT_FALSE(item.contains(QLatin1String(key)))
-                    << output.toString().toStdString() << ' ' << key;
-            const bool isPlaced = output.toString().contains(QStringLiteral("placed"));
-            EXPECT_EQ(item.contains(QLatin1String("latitude")),
-                      !isPlaced &&
-                          item[QLatin1String("name")].toString() != u"waterfall-slowmo.m4v");
+                EXPECT_FALSE(item.contains(QLatin1String(key))) << output.toString() << ' ' << key;
+            const bool isPlaced = output.toString().contains(u"placed"_s);
+            EXPECT_EQ(item.contains("latitude"_L1),
+                      !isPlaced && item["name"_L1].toString() != u"waterfall-slowmo.m4v");
         }
-    EXPECT_EQ(listed({placed, library("Iceland")}), before);
+    EXPECT_EQ(listed({placed, sample("Iceland")}), before);
 }
 
 TEST_F(Commands, NamesAndTitlesGoBothWays) {
-    const auto titled = outcomes({QStringLiteral("name-to-title"), library("Iceland"),
-                                  library("Harbour/VID_20250615_123045.mp4")});
+    const auto titled =
+        outcomes("name-to-title", {sample("Iceland"), sample("Harbour/VID_20250615_123045.mp4")});
     EXPECT_EQ(m_exitCode, 0);
     // The last path was a file: nothing is mirrored.
-    const QString output = m_out.path(QStringLiteral("reynisfjara-sunset.mov"));
-    EXPECT_EQ(titled[QStringLiteral("reynisfjara-sunset.mov")][QLatin1String("outputs")].toArray(),
-              QJsonArray{output});
-    const QJsonObject item = listed({output}).first().toObject();
-    EXPECT_EQ(item[QLatin1String("title")].toString(), u"reynisfjara-sunset");
-    EXPECT_EQ(item[QLatin1String("recorded")].toString(), u"2025-06-14 21:41:07");
+    const QString output = m_out.path("reynisfjara-sunset.mov");
+    EXPECT_EQ(titled[u"reynisfjara-sunset.mov"_s]["outputs"_L1].toArray(), QJsonArray{output});
+    const QJsonObject item = listedFile(output);
+    EXPECT_EQ(item["title"_L1].toString(), u"reynisfjara-sunset");
+    EXPECT_EQ(item["recorded"_L1].toString(), u"2025-06-14 21:41:07");
     EXPECT_EQ(TempDir::read(output).mid(8, 4), "qt  ");
 
-    const auto named = outcomes({QStringLiteral("title-to-name"), library("Iceland")});
+    const auto named = outcomes("title-to-name", {sample("Iceland")});
     EXPECT_EQ(m_exitCode, 0);
-    const QString copy = m_out.path(QStringLiteral("Iceland/Reynisfjara at last light.mov"));
-    EXPECT_EQ(TempDir::read(copy), TempDir::read(library("Iceland/reynisfjara-sunset.mov")));
-    outcomes({QStringLiteral("title-to-name"), library("Iceland")}); // all are there already
+    const QString copy = m_out.path("Iceland/Reynisfjara at last light.mov");
+    EXPECT_EQ(TempDir::read(copy), TempDir::read(sample("Iceland/reynisfjara-sunset.mov")));
+    outcomes("title-to-name", {sample("Iceland")}); // all are there already
     EXPECT_EQ(m_exitCode, 1);
-    const auto audio = outcomes({QStringLiteral("name-to-title"), library("Northbound")});
-    EXPECT_EQ(audio[QStringLiteral("07 Salt & Cedar.mp3")][QLatin1String("status")].toString(),
-              u"skipped");
-    EXPECT_EQ(cli({QStringLiteral("clear"), library("Photos")}).exitCode, 3);
-    EXPECT_EQ(cli({QStringLiteral("clear")}).exitCode, 2);
+    const auto audio = outcomes("name-to-title", {sample("Northbound")});
+    EXPECT_EQ(audio[u"07 Salt & Cedar.mp3"_s]["status"_L1].toString(), u"skipped");
+    EXPECT_EQ(cli("clear", {sample("Photos")}).exitCode, 3);
+    EXPECT_EQ(cli("clear").exitCode, 2);
 }
 
 TEST_F(Commands, TheLongestNamesAndFoldersThatCannotBeWritten) {
-    const QString name = QString(83, QChar(0x7267)) + QStringLiteral("aa.mp4");
+    const QString name = QString(83, QChar(0x7267)) + u"aa.mp4"_s;
     const QString source =
-        m_out.write(name, TempDir::read(library("Iceland/dyrholaey-timelapse.mp4")));
+        m_out.write(name, TempDir::read(sample("Iceland/dyrholaey-timelapse.mp4")));
     ASSERT_EQ(name.toUtf8().size(), 255);
-    auto done = outcomes({QStringLiteral("clear"), source});
-    EXPECT_EQ(m_exitCode, 0) << done.first()[QLatin1String("message")].toString().toStdString();
-    EXPECT_TRUE(done.first()[QLatin1String("outputs")][0].toString().endsWith(u" 2.mp4"));
+    auto done = outcomes("clear", {source});
+    EXPECT_EQ(m_exitCode, 0) << done.first()["message"_L1].toString();
+    EXPECT_TRUE(done.first()["outputs"_L1][0].toString().endsWith(u" 2.mp4"));
 
     // A file where the folder should be; it stands for one that must not be written, too.
-    const QString file = m_out.write(QStringLiteral("file"), "x");
-    EXPECT_EQ(cli({QStringLiteral("--storage"), file, QStringLiteral("clear"), source}).exitCode,
-              1);
-    const QByteArray target = m_out.path(QStringLiteral("small")).toUtf8();
-    QDir().mkpath(QString::fromUtf8(target));
-    if (::mount("tmpfs", target.constData(), "tmpfs", 0, "size=64k") != 0)
-        GTEST_SKIP() << "no rights to make a full disk";
-    const auto full = cli(
-        {QStringLiteral("--storage"), QString::fromUtf8(target), QStringLiteral("clear"), source});
-    const bool isEmpty =
-        QDir(QString::fromUtf8(target)).isEmpty(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
-    ::mount(nullptr, target.constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
-    const auto readOnly = cli(
-        {QStringLiteral("--storage"), QString::fromUtf8(target), QStringLiteral("clear"), source});
-    ::umount(target.constData());
+    const QString file = m_out.write("file", "x");
+    EXPECT_EQ(cli("--storage % clear", {file, source}).exitCode, 1);
+    const QString folder = m_out.path("small");
+    const testkit::TinyDisk disk(folder, "size=64k");
+    SKIP_WITHOUT_DISK(disk);
+    const auto full = cli("--storage % clear", {folder, source});
+    EXPECT_TRUE(m_out.files("small").isEmpty());
+    disk.makeReadOnly();
+    const auto readOnly = cli("--storage % clear", {folder, source});
     EXPECT_EQ(full.exitCode, 1);
-    EXPECT_TRUE(full.err.contains("No space left")) << full.err.toStdString();
-    EXPECT_TRUE(isEmpty);
+    EXPECT_TRUE(full.err.contains("No space left")) << full.err;
     EXPECT_EQ(readOnly.exitCode, 1);
-    EXPECT_TRUE(readOnly.err.contains("Read-only")) << readOnly.err.toStdString();
+    EXPECT_TRUE(readOnly.err.contains("Read-only")) << readOnly.err;
 }
 
 // CLIPHEAVE_KILLS sets how often (40).
 TEST_F(Commands, AKilledSaveLeavesTheOldFileOrTheNewOne) {
-    const QByteArray movie = TempDir::read(library("Iceland/waterfall-slowmo.m4v"));
+    const QByteArray movie = TempDir::read(sample("Iceland/waterfall-slowmo.m4v"));
     const QByteArray source = movie + testkit::box("free", QByteArray(24 << 20, 'x'));
-    const QString path = m_out.write(QStringLiteral("in/clip.m4v"), source);
-    const QString storage = m_out.path(QStringLiteral("out"));
-    const QString output = storage + QStringLiteral("/clip.m4v");
-    const QStringList save{QStringLiteral("--storage"), storage,
-                           QStringLiteral("save"),      QStringLiteral("--set"),
-                           QStringLiteral("title=new"), path};
+    const QString path = m_out.write("in/clip.m4v", source);
+    const QString storage = m_out.path("out");
+    const QString output = storage + u"/clip.m4v"_s;
+    const QStringList save = testkit::words("--storage % save --set title=new %", {storage, path});
     QElapsedTimer clock;
     clock.start();
-    ASSERT_EQ(cli(save).exitCode, 0);
+    ASSERT_EQ(testkit::run(QStringLiteral(CLIPHEAVE_CLI), save).exitCode, 0);
     const auto whole = static_cast<quint32>(clock.elapsed());
     const QByteArray expected = TempDir::read(output);
     const int kills = std::max(40, qEnvironmentVariableIntValue("CLIPHEAVE_KILLS"));
@@ -163,7 +129,7 @@ TEST_F(Commands, AKilledSaveLeavesTheOldFileOrTheNewOne) {
     for (int i = 0; i < kills; ++i) {
         QFile::remove(output);
         if (i % 2 == 1)
-            m_out.write(QStringLiteral("out/clip.m4v"), "old");
+            m_out.write("out/clip.m4v", "old");
         QProcess process;
         process.start(QStringLiteral(CLIPHEAVE_CLI), save);
         ASSERT_TRUE(process.waitForStarted());

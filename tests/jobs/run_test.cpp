@@ -45,14 +45,14 @@ TEST(Run, HasOneOutcomeAnItemWhateverTheWorkReports) {
     const platform::LogSubscription log(platform::LogLevel::Warning,
                                         [&](const platform::LogLine&) { ++dropped; });
     Ticket late;
-    const auto run = performed(orderOf({u"a"_qs, u"b"_qs, u"c"_qs, u"a"_qs},
+    const auto run = performed(orderOf({u"a"_s, u"b"_s, u"c"_s, u"a"_s},
                                        [&](jobs::Run& run, const auto&) {
-                                           const Ticket first = run.ticket(u"a"_qs);
+                                           const Ticket first = run.ticket(u"a"_s);
                                            first.report(done("first"));
-                                           first.report(done("second"));           // one too many
-                                           static_cast<void>(run.ticket(u"b"_qs)); // given up
-                                           run.ticket(u"z"_qs).report(done());     // not expected
-                                           late = run.ticket(u"a"_qs);
+                                           first.report(done("second"));          // one too many
+                                           static_cast<void>(run.ticket(u"b"_s)); // given up
+                                           run.ticket(u"z"_s).report(done());     // not expected
+                                           late = run.ticket(u"a"_s);
                                            late.report(done("twin"));
                                        }), // "c" is forgotten
                                {[&](const WriteOutcome&) { ++outcomes; }, [&] { ++ends; }, {}});
@@ -63,9 +63,9 @@ TEST(Run, HasOneOutcomeAnItemWhateverTheWorkReports) {
     EXPECT_EQ(dropped, 3);
     EXPECT_THAT(statusesOf(*run), ElementsAre(WriteStatus::Completed, WriteStatus::Failed,
                                               WriteStatus::Failed, WriteStatus::Completed));
-    EXPECT_EQ(run->outcomes()[0].outputs, QStringList{u"first"_qs});
+    EXPECT_EQ(run->outcomes()[0].outputs, QStringList{u"first"_s});
     EXPECT_EQ(run->outcomes()[1].failure->detail.code(), kNoOutcome);
-    EXPECT_EQ(run->outcomes()[3].outputs, QStringList{u"twin"_qs});
+    EXPECT_EQ(run->outcomes()[3].outputs, QStringList{u"twin"_s});
     EXPECT_THAT(run->itemsToRetry(), ElementsAre(1u, 2u));
 }
 
@@ -101,12 +101,12 @@ TEST(Run, EndsWithoutItsOwnerAndWaitsForEveryHandler) {
 
 TEST(Run, CancelBeforeDuringAndAfter) {
     const testkit::TempDir dir;
-    const QString source = dir.write(QStringLiteral("a"), "x");
+    const QString source = dir.write("a", "x");
     std::atomic<bool> runs = false;
     const auto work = [&](jobs::Run& run, const auto&) {
         const Ticket ticket = run.ticket(source);
         const auto session = platform::AVAssetExportSession::rewriting(
-            source, dir.path(QStringLiteral("out")),
+            source, dir.path("out"),
             [&](const auto& progress) -> platform::Result<platform::Notes> {
                 runs = true;
                 while (progress(0.25))
@@ -121,7 +121,7 @@ TEST(Run, CancelBeforeDuringAndAfter) {
             ticket.report(outcome);
         });
     };
-    const RunOrder order = orderOf({source, u"never begun"_qs}, work);
+    const RunOrder order = orderOf({source, u"never begun"_s}, work);
     for (const bool before : {true, false}) {
         runs = false;
         const auto run = jobs::Run::create(order, order.allItems());
@@ -144,11 +144,11 @@ TEST(Run, CancelBeforeDuringAndAfter) {
 }
 
 TEST(Run, AnotherTryIsTheSameRequestForWhatFailed) {
-    QString asked = QStringLiteral("first text");
+    QString asked = u"first text"_s;
     QStringList written;
-    RunOrder order = orderOf(
-        {u"a"_qs, u"b"_qs, u"c"_qs},
-        [&written, asked](jobs::Run& run, const std::vector<std::size_t>& items) {
+    RunOrder order =
+        orderOf({u"a"_s, u"b"_s, u"c"_s}, [&written, asked](jobs::Run& run,
+                                                            const std::vector<std::size_t>& items) {
             for (const std::size_t item : items) {
                 const QString source = run.order().sources[int(item)];
                 written.append(source + u':' + asked);
@@ -156,20 +156,20 @@ TEST(Run, AnotherTryIsTheSameRequestForWhatFailed) {
             }
         });
     const auto run = performed(order);
-    asked = QStringLiteral("another text");
+    asked = u"another text"_s;
     written.clear();
     const auto again = jobs::Run::create(run->order(), run->itemsToRetry());
     again->perform();
-    EXPECT_EQ(written, (QStringList{u"b:first text"_qs, u"c:first text"_qs}));
+    EXPECT_EQ(written, (QStringList{u"b:first text"_s, u"c:first text"_s}));
     EXPECT_EQ(again->outcomes().front().item, 1u);
     order.isWhole = true;
     EXPECT_THAT(performed(order)->itemsToRetry(), ElementsAre(0u, 1u, 2u));
 }
 
 TEST(Run, AFailureOfTheWholeIsThatOfWhatIsLeft) {
-    const auto run = performed(orderOf({u"a"_qs, u"b"_qs}, [](jobs::Run& run, const auto&) {
-        run.ticket(u"a"_qs).report(done());
-        run.fail({platform::ErrorCode::NoSpace, {}, {}, u"full"_qs});
+    const auto run = performed(orderOf({u"a"_s, u"b"_s}, [](jobs::Run& run, const auto&) {
+        run.ticket(u"a"_s).report(done());
+        run.fail({platform::ErrorCode::NoSpace, {}, {}, u"full"_s});
     }));
     EXPECT_THAT(statusesOf(*run), ElementsAre(WriteStatus::Completed, WriteStatus::Failed));
     EXPECT_EQ(run->outcomes()[1].failure->code, platform::ErrorCode::NoSpace);
@@ -186,10 +186,10 @@ TEST(Run, WhatThrowsCostsNoOtherOutcome) {
         ++ends;
         throw std::runtime_error("no thread");
     };
-    const auto run = performed(orderOf({u"a"_qs, u"b"_qs, u"c"_qs},
+    const auto run = performed(orderOf({u"a"_s, u"b"_s, u"c"_s},
                                        [](jobs::Run& run, const auto&) {
-                                           run.ticket(u"a"_qs).report(done());
-                                           const Ticket given = run.ticket(u"b"_qs);
+                                           run.ticket(u"a"_s).report(done());
+                                           const Ticket given = run.ticket(u"b"_s);
                                            throw std::bad_alloc();
                                        }),
                                handlers);
@@ -205,23 +205,23 @@ TEST(OutputTurns, AreGivenInOrderAndEndOnceAtTheLatestWhenTheyGo) {
     const auto turns = std::make_shared<OutputTurns>();
     std::shared_ptr<OutputTurn> first;
     QStringList begun;
-    turns->begin(u"out"_qs, [&](const auto& turn) { first = turn; });
+    turns->begin(u"out"_s, [&](const auto& turn) { first = turn; });
     for (const char* name : {"b", "c"})
-        turns->begin(u"out"_qs, [&begun, name](const auto&) { begun << QLatin1String(name); });
-    turns->begin(u"other"_qs, [&begun](const auto&) { begun << u"other"_qs; });
-    EXPECT_EQ(begun, QStringList{u"other"_qs});
+        turns->begin(u"out"_s, [&begun, name](const auto&) { begun << QLatin1String(name); });
+    turns->begin(u"other"_s, [&begun](const auto&) { begun << u"other"_s; });
+    EXPECT_EQ(begun, QStringList{u"other"_s});
     first->end();
     first->end();
-    EXPECT_EQ(begun, (QStringList{u"other"_qs, u"b"_qs, u"c"_qs}));
+    EXPECT_EQ(begun, (QStringList{u"other"_s, u"b"_s, u"c"_s}));
 }
 
 TEST(OutputTurns, ThousandsThatEndAtOnceNeedNoStack) {
     const auto turns = std::make_shared<OutputTurns>();
     std::shared_ptr<OutputTurn> first;
     int begun = 0;
-    turns->begin(u"out"_qs, [&](const auto& turn) { first = turn; });
+    turns->begin(u"out"_s, [&](const auto& turn) { first = turn; });
     for (int i = 0; i < 100'000; ++i)
-        turns->begin(u"out"_qs, [&begun](const auto&) {
+        turns->begin(u"out"_s, [&begun](const auto&) {
             if (++begun == 1)
                 throw std::bad_alloc();
         });

@@ -4,20 +4,21 @@
 #include "media/video_pane.h"
 
 #include "media/metadata_walk.h"
+#include "tests/testkit/items.h"
 #include "tests/testkit/testkit.h"
 
 namespace {
 
 using namespace clipheave::media;
 using clipheave::platform::AVMetadataItem;
+using testkit::itemOf;
 
 struct Position {
     QString signs;
     double latitude, longitude, altitude;
     friend bool operator==(const Position&, const Position&) = default;
     friend void PrintTo(const Position& p, std::ostream* out) {
-        *out << p.signs.toStdString() << ' ' << p.latitude << ' ' << p.longitude << ' '
-             << p.altitude;
+        *out << p.signs << ' ' << p.latitude << ' ' << p.longitude << ' ' << p.altitude;
     }
 };
 
@@ -29,12 +30,10 @@ Position positionOf(const char* text) {
 }
 
 TEST(LocationText, NeedsThreeSignsForALongitude) {
-    EXPECT_EQ(positionOf("+37.3349-122.0090+010.000/"),
-              (Position{QStringLiteral("+-+"), 37.3349, 122.009, 10}));
-    EXPECT_EQ(positionOf("-33.9+151.2-003.5/"),
-              (Position{QStringLiteral("-+-"), 33.9, 151.2, 3.5}));
-    EXPECT_EQ(positionOf("+48.8583+002.2945/"), (Position{QStringLiteral("++"), 48.8583, 0, 0}));
-    EXPECT_EQ(positionOf("+31.2-121.4+"), (Position{QStringLiteral("+-+"), 31.2, 121.4, 0}));
+    EXPECT_EQ(positionOf("+37.3349-122.0090+010.000/"), (Position{u"+-+"_s, 37.3349, 122.009, 10}));
+    EXPECT_EQ(positionOf("-33.9+151.2-003.5/"), (Position{u"-+-"_s, 33.9, 151.2, 3.5}));
+    EXPECT_EQ(positionOf("+48.8583+002.2945/"), (Position{u"++"_s, 48.8583, 0, 0}));
+    EXPECT_EQ(positionOf("+31.2-121.4+"), (Position{u"+-+"_s, 31.2, 121.4, 0}));
     EXPECT_EQ(positionOf(""), (Position{{}, 0, 0, 0}));
     EXPECT_EQ(positionOf("nowhere"), (Position{{}, 0, 0, 0}));
 }
@@ -42,38 +41,29 @@ TEST(LocationText, NeedsThreeSignsForALongitude) {
 QString dateOf(const char* text, SecondsCut cut = SecondsCut::TwoDigits) {
     IKImageItem item;
     applyShootDateText(item, QString::fromLatin1(text), cut);
-    return item.shootDateStr + (item.shootDate.isValid()
-                                    ? QStringLiteral(" = ") + item.shootDate.toString(Qt::ISODate)
-                                    : QString());
+    return item.shootDateStr +
+           (item.shootDate.isValid() ? u" = "_s + item.shootDate.toString(Qt::ISODate) : QString());
 }
 
 TEST(ShootDateText, DropsZonesAndKeepsTheLocalClock) {
-    const QString parsed = QStringLiteral("2019-05-04 10:11:12 = 2019-05-04T10:11:12");
+    const QString parsed = u"2019-05-04 10:11:12 = 2019-05-04T10:11:12"_s;
     EXPECT_EQ(dateOf("2019-05-04T10:11:12+0200"), parsed);
     EXPECT_EQ(dateOf("2019-05-04T10:11:12-0700"), parsed);
     EXPECT_EQ(dateOf("2019-05-04T10:11:12Z"), parsed);
     EXPECT_EQ(dateOf("2019-05-04 10:11:12.345"), parsed);
-    EXPECT_EQ(dateOf("2019:05:04 10:11:12"),
-              QStringLiteral("2019:05:04 10:11:12 = 2019-05-04T10:11:12"));
-    EXPECT_EQ(dateOf("2019"), QStringLiteral("2019"));
-    EXPECT_EQ(dateOf("May 2019+x"), QStringLiteral("May 2019"));
+    EXPECT_EQ(dateOf("2019:05:04 10:11:12"), u"2019:05:04 10:11:12 = 2019-05-04T10:11:12");
+    EXPECT_EQ(dateOf("2019"), u"2019");
+    EXPECT_EQ(dateOf("May 2019+x"), u"May 2019");
     // The WAV reader leaves the seconds as they are, so this one does not parse.
-    EXPECT_EQ(dateOf("2019-05-04T10:11:12Z", SecondsCut::AsTheyAre),
-              QStringLiteral("2019-05-04 10:11:12Z"));
-}
-
-AVMetadataItem textItem(const char* identifier, const char* value) {
-    const QString id = QString::fromLatin1(identifier);
-    const qsizetype slash = id.indexOf(u'/');
-    return AVMetadataItem::make(id.left(slash), id.mid(slash + 1), id, QString::fromUtf8(value));
+    EXPECT_EQ(dateOf("2019-05-04T10:11:12Z", SecondsCut::AsTheyAre), u"2019-05-04 10:11:12Z");
 }
 
 TEST(MetadataWalk, TakesTheLastItemOfAField) {
     IKImageItem item;
     applyMetadata(item,
-                  {textItem("itsk/%A9des", "list"), textItem("uiso/dscp", "box"),
-                   textItem("mdta/com.apple.quicktime.description", "key"),
-                   textItem("itsk/%A9xyz", "?"), textItem("itsk/%A9nam", "")},
+                  {itemOf("itsk/%A9des", "list"), itemOf("uiso/dscp", "box"),
+                   itemOf("mdta/com.apple.quicktime.description", "key"),
+                   itemOf("itsk/%A9xyz", "?"), itemOf("itsk/%A9nam", "")},
                   WalkTable::Video);
     EXPECT_EQ(item.fileDescription, u"key");
     EXPECT_TRUE(item.fileTitle.isNull());
@@ -81,8 +71,8 @@ TEST(MetadataWalk, TakesTheLastItemOfAField) {
 
 TEST(MetadataWalk, ReadsLessOfAVideoInAFolder) {
     const QList<AVMetadataItem> metadata{
-        textItem("udta/%A9mak", "maker"), textItem("udta/%A9mod", "model"),
-        textItem("uiso/dscp", "words"), textItem("mdta/com.apple.proapps.manufacturer", "suite")};
+        itemOf("udta/%A9mak", "maker"), itemOf("udta/%A9mod", "model"),
+        itemOf("uiso/dscp", "words"), itemOf("mdta/com.apple.proapps.manufacturer", "suite")};
     IKImageItem single, inFolder;
     applyMetadata(single, metadata, WalkTable::Video);
     applyMetadata(inFolder, metadata, WalkTable::VideoInFolder);
@@ -96,12 +86,10 @@ TEST(MetadataWalk, ReadsLessOfAVideoInAFolder) {
 
 TEST(MetadataWalk, PutsTheTrackNumberIntoTheAlbumArtist) {
     IKImageItem item;
-    applyMetadata(
-        item,
-        {AVMetadataItem::make(QStringLiteral("itsk"), QStringLiteral("trkn"),
-                              QStringLiteral("itsk/trkn"), QByteArray("\0\0\0\7\0\13\0\0", 8)),
-         textItem("id3/TPE2", "band"), textItem("caaf/info-title", "only AIFF")},
-        WalkTable::Audio);
+    applyMetadata(item,
+                  {itemOf(u"itsk/trkn"_s, QByteArray("\0\0\0\7\0\13\0\0", 8)),
+                   itemOf("id3/TPE2", "band"), itemOf("caaf/info-title", "only AIFF")},
+                  WalkTable::Audio);
     EXPECT_EQ(item.fileAlbumArist, u"7/11");
     EXPECT_EQ(item.fileBand, u"band");
     EXPECT_TRUE(item.fileTitle.isNull());
@@ -109,20 +97,20 @@ TEST(MetadataWalk, PutsTheTrackNumberIntoTheAlbumArtist) {
 
 TEST(VideoPane, RemembersWhatItShowsAndFlagsWhatIsTyped) {
     IKImageItem item;
-    item.fileTitle = QStringLiteral("t");
-    item.latitudeFormat = QStringLiteral("-");
+    item.fileTitle = u"t"_s;
+    item.latitudeFormat = u"-"_s;
     item.filelatitude = 33.9;
     VideoPane pane = ShowVideoViewWithItem(item);
     EXPECT_EQ(pane.texts.mediaTitle, pane.shown.oldMovieTitle);
     EXPECT_FALSE(pane.texts.mediaAlumArtis.isNull()); // missing shows as empty
     EXPECT_EQ(pane.texts.mediaLatitude, u"-33.9");
     EXPECT_TRUE(pane.texts.mediaLongtitude.isEmpty());
-    EXPECT_EQ(videoField(QStringLiteral("fileTitle")), videoField(QStringLiteral("title")));
-    EXPECT_EQ(videoField(QStringLiteral("subtitle")), nullptr);
-    typeIntoField(pane, *videoField(QStringLiteral("altitude")), QStringLiteral("5"));
+    EXPECT_EQ(videoField(u"fileTitle"_s), videoField(u"title"_s));
+    EXPECT_EQ(videoField(u"subtitle"_s), nullptr);
+    typeIntoField(pane, *videoField(u"altitude"_s), u"5"_s);
     EXPECT_FALSE(pane.flags.basicInfoChange || pane.flags.cameraInfoChange ||
                  pane.flags.gpsInfoChange);
-    typeIntoField(pane, *videoField(QStringLiteral("recorded")), QStringLiteral("x"));
+    typeIntoField(pane, *videoField(u"recorded"_s), u"x"_s);
     EXPECT_TRUE(pane.flags.cameraInfoChange && !pane.flags.basicInfoChange);
 }
 

@@ -27,18 +27,17 @@ QStringList namesOf(const MediaImport& import) {
 
 TEST(MediaImport, WalksFoldersAndSkipsUnknownKinds) {
     const testkit::TempDir dir;
-    dir.write(QStringLiteral("in/a.mp4"), movie("One"));
-    dir.write(QStringLiteral("in/b.MP3"), "no sound");
-    dir.write(QStringLiteral("in/c.txt"), "text");
-    dir.write(QStringLiteral("in/.hidden"), "x");
-    dir.write(QStringLiteral("in/sub/d.wav"), "RIFF");
+    dir.write("in/a.mp4", movie("One"));
+    dir.write("in/b.MP3", "no sound");
+    dir.write("in/c.txt", "text");
+    dir.write("in/.hidden", "x");
+    dir.write("in/sub/d.wav", "RIFF");
     int steps = 0;
     MediaImport import([&](const media::ItemPointer&) { ++steps; });
-    import.importMediaItemsThreader({dir.path(QStringLiteral("in"))});
+    import.importMediaItemsThreader({dir.path("in")});
     QStringList names = namesOf(import);
     names.sort();
-    EXPECT_EQ(names, (QStringList{QStringLiteral("a.mp4"), QStringLiteral("b.MP3"),
-                                  QStringLiteral("d.wav")}));
+    EXPECT_EQ(names, (QStringList{u"a.mp4"_s, u"b.MP3"_s, u"d.wav"_s}));
     EXPECT_EQ(steps, 5); // skipped files count as steps
     EXPECT_TRUE(import.bImportLocalFolder());
     EXPECT_EQ(import.bImportLocalPath(), dir.path());
@@ -46,27 +45,26 @@ TEST(MediaImport, WalksFoldersAndSkipsUnknownKinds) {
 
 TEST(MediaImport, ReadsAVideoAndResetsTheFolderFlag) {
     const testkit::TempDir dir;
-    const QString file = dir.write(QStringLiteral("in/a.mp4"), movie("Ⅰ one"));
+    const QString file = dir.write("in/a.mp4", movie("Ⅰ one"));
     MediaImport import;
-    import.importMediaItemsThreader({dir.path(QStringLiteral("in")), file, file});
+    import.importMediaItemsThreader({dir.path("in"), file, file});
     ASSERT_EQ(import.localPhotoItemArray().size(),
               3u); // the same file stands there as often as given
     EXPECT_FALSE(import.bImportLocalFolder());
     const auto& item = *import.localPhotoItemArray().front();
-    EXPECT_EQ(item.fileTitle, QStringLiteral("Ⅰ one"));
+    EXPECT_EQ(item.fileTitle, u"Ⅰ one");
     EXPECT_EQ(item.fileduratStr, u"1m:1s");
     EXPECT_DOUBLE_EQ(item.fileduration, 61.5);
-    EXPECT_EQ(item.fileSize, QStringLiteral("%1 bytes").arg(QFile(file).size()));
+    EXPECT_EQ(item.fileSize, u"%1 bytes"_s.arg(QFile(file).size()));
     EXPECT_FALSE(item.fileCreateDateStr.isEmpty());
-    EXPECT_TRUE(item.problem.isEmpty()) << item.problem.text().toStdString();
+    EXPECT_TRUE(item.problem.isEmpty()) << item.problem.text();
 }
 
 TEST(MediaImport, ReadingAheadKeepsTheOrder) {
     const testkit::TempDir dir;
     QStringList paths;
     for (int i = 0; i < 300; ++i)
-        paths.append(
-            dir.write(QStringLiteral("%1.mp4").arg(i), movie(QByteArray::number(i).constData())));
+        paths.append(dir.write(u"%1.mp4"_s.arg(i), movie(QByteArray::number(i).constData())));
     for (int helpers : {0, 1, 7}) {
         QStringList delivered;
         MediaImport import(
@@ -80,20 +78,19 @@ TEST(MediaImport, ReadingAheadKeepsTheOrder) {
 
 TEST(MediaImport, TellsWhichFilesAreOfNoKnownKind) {
     const testkit::TempDir dir;
-    dir.write(QStringLiteral("in/web.WEBM"), "film");
-    dir.write(QStringLiteral("in/list.txt"), "of no interest in a folder");
-    const QString text = dir.write(QStringLiteral("notes.txt"), "asked for by name");
+    dir.write("in/web.WEBM", "film");
+    dir.write("in/list.txt", "of no interest in a folder");
+    const QString text = dir.write("notes.txt", "asked for by name");
     MediaImport import;
-    import.importMediaItemsThreader({dir.path(QStringLiteral("in")), text,
-                                     dir.write(QStringLiteral("a.jpg"), "photo"),
-                                     dir.path(QStringLiteral("gone.txt"))});
+    import.importMediaItemsThreader(
+        {dir.path("in"), text, dir.write("a.jpg", "photo"), dir.path("gone.txt")});
     QStringList told;
     for (const media::SkippedPath& path : import.unknown())
         told.append(platform::lastPathComponent(path.path) + u' ' +
                     QLatin1String(path.reason.code().id) + u' ' +
                     path.reason.arguments().join(u' '));
-    EXPECT_EQ(told, (QStringList{u"web.WEBM unknown-kind WEBM"_qs, u"notes.txt unknown-kind txt"_qs,
-                                 u"a.jpg photo-not-wanted "_qs}));
+    EXPECT_EQ(told, (QStringList{u"web.WEBM unknown-kind WEBM"_s, u"notes.txt unknown-kind txt"_s,
+                                 u"a.jpg photo-not-wanted "_s}));
     ASSERT_EQ(import.skipped().size(), 1U); // a path that is not there is a mistake
     EXPECT_TRUE(import.skipped()[0].reason.text().contains(u"No such file"));
     EXPECT_TRUE(import.localPhotoItemArray().empty());
@@ -101,10 +98,10 @@ TEST(MediaImport, TellsWhichFilesAreOfNoKnownKind) {
 
 TEST(MediaImport, TroubledPathsAreToldAndTheWalkGoesOn) {
     const testkit::TempDir dir;
-    const QByteArray root = dir.path(QStringLiteral("in")).toUtf8();
-    dir.write(QStringLiteral("in/empty.mov"), "");
-    dir.write(QStringLiteral("in/fake.mp4"), "this is no movie at all");
-    dir.write(QStringLiteral("in/cut.mov"), movie("cut").left(60));
+    const QByteArray root = dir.path("in").toUtf8();
+    dir.write("in/empty.mov", "");
+    dir.write("in/fake.mp4", "this is no movie at all");
+    dir.write("in/cut.mov", movie("cut").left(60));
     ASSERT_EQ(::mkfifo((root + "/pipe.mp4").constData(), 0600), 0);
     ASSERT_EQ(::symlink("..", (root + "/loop").constData()), 0);
     ASSERT_EQ(::symlink("nowhere.mp4", (root + "/dangling.mp4").constData()), 0);
@@ -117,30 +114,28 @@ TEST(MediaImport, TroubledPathsAreToldAndTheWalkGoesOn) {
     std::fclose(file);
 
     MediaImport import;
-    import.importMediaItemsThreader(
-        {QString::fromUtf8(root), dir.path(QStringLiteral("missing.mp4"))});
+    import.importMediaItemsThreader({QString::fromUtf8(root), dir.path("missing.mp4")});
     QStringList skipped;
     for (const media::SkippedPath& path : import.skipped()) {
         skipped.append(platform::lastPathComponent(path.path));
         EXPECT_FALSE(path.reason.isEmpty());
     }
     skipped.sort();
-    EXPECT_EQ(skipped, (QStringList{QStringLiteral("dangling.mp4"), QStringLiteral("in"),
-                                    QStringLiteral("missing.mp4"), QStringLiteral("pipe.mp4")}));
+    EXPECT_EQ(skipped, (QStringList{u"dangling.mp4"_s, u"in"_s, u"missing.mp4"_s, u"pipe.mp4"_s}));
     ASSERT_EQ(import.localPhotoItemArray().size(), 4u);
     for (const auto& item : import.localPhotoItemArray()) {
         const bool isOdd = platform::nativePath(item->filePath) == oddName;
-        EXPECT_EQ(item->fileTitle, isOdd ? QStringLiteral("odd name") : item->fileTitle);
-        EXPECT_EQ(item->problem.isEmpty(), isOdd) << item->filePath.toStdString();
+        EXPECT_EQ(item->fileTitle, isOdd ? u"odd name"_s : item->fileTitle);
+        EXPECT_EQ(item->problem.isEmpty(), isOdd) << item->filePath;
     }
 }
 
 TEST(MediaImport, QuickAddReadsNothing) {
     const testkit::TempDir dir;
-    const QString song = dir.write(QStringLiteral("a.mp3"), "x");
-    const QString video = dir.write(QStringLiteral("a.mp4"), movie("T"));
+    const QString song = dir.write("a.mp3", "x");
+    const QString video = dir.write("a.mp4", movie("T"));
     MediaImport import;
-    import.addWithoutReading({video, song, dir.path(QStringLiteral("gone.mp4")), video});
+    import.addWithoutReading({video, song, dir.path("gone.mp4"), video});
     ASSERT_EQ(import.localPhotoItemArray().size(), 2u); // stops at the first that is not there
     EXPECT_EQ(import.localPhotoItemArray()[0]->fileType, u"Movie");
     EXPECT_TRUE(import.localPhotoItemArray()[0]->fileTitle.isNull());
@@ -150,7 +145,7 @@ TEST(MediaImport, QuickAddReadsNothing) {
 TEST(Preferences, FirstStartWritesDefaultsAndKeepsItsTwoFontSizes) {
     const testkit::TempDir dir;
     qputenv("HOME", dir.path().toUtf8());
-    platform::NSUserDefaults defaults(dir.path(QStringLiteral("prefs.conf")));
+    platform::NSUserDefaults defaults(dir.path("prefs.conf"));
     const auto first = media::applyPreferencesAtStart(defaults);
     ASSERT_TRUE(first);
     EXPECT_TRUE(first->firstStart);
@@ -161,20 +156,20 @@ TEST(Preferences, FirstStartWritesDefaultsAndKeepsItsTwoFontSizes) {
     EXPECT_EQ(first->dateFormat, u"MM/DD/YYYY HH:MM");
     EXPECT_TRUE(QDir(first->storagelocation).exists());
     const std::pair<const char16_t*, QString> stored[] = {{u"storagePath", first->storagelocation},
-                                                          {u"fontName", u"Lucida Grande"_qs},
-                                                          {u"Postion", u"lower left corner"_qs},
-                                                          {u"Dateformat", u"MM/DD/YYYY HH:MM"_qs}};
+                                                          {u"fontName", u"Lucida Grande"_s},
+                                                          {u"Postion", u"lower left corner"_s},
+                                                          {u"Dateformat", u"MM/DD/YYYY HH:MM"_s}};
     EXPECT_EQ(defaults.allKeys().size(), 4) << "no font size";
     for (const auto& [name, value] : stored)
         EXPECT_EQ(defaults.stringForKey(QString::fromUtf16(name)), value);
 
-    ASSERT_TRUE(defaults.setObject_forKey(36, QStringLiteral("fontsize")));
-    ASSERT_TRUE(defaults.setObject_forKey(QStringLiteral("Noto Sans"), QStringLiteral("fontName")));
+    ASSERT_TRUE(defaults.setObject_forKey(36, u"fontsize"_s));
+    ASSERT_TRUE(defaults.setObject_forKey(u"Noto Sans"_s, u"fontName"_s));
     const auto second = media::applyPreferencesAtStart(defaults);
     ASSERT_TRUE(second);
     EXPECT_FALSE(second->firstStart);
     EXPECT_EQ(second->fontLabel, u"Noto Sans 36");
-    EXPECT_EQ(defaults.integerForKey(QStringLiteral("fontsize")), 36);
+    EXPECT_EQ(defaults.integerForKey(u"fontsize"_s), 36);
 }
 
 TEST(Preferences, FillWhatAStoreLacksOneByOne) {
@@ -183,14 +178,14 @@ TEST(Preferences, FillWhatAStoreLacksOneByOne) {
         const char* stored;
         QString fontLabel, position, dateFormat;
     } cases[] = {
-        {"", u"Lucida Grande 24"_qs, u"Lower left corner"_qs, u"MM/DD/YYYY HH:MM"_qs},
-        {"fontName=F\n", u"F 14"_qs, u"Lower left corner"_qs, u"MM/DD/YYYY HH:MM"_qs},
-        {"fontsize=36\nPostion=P\n", u"Lucida Grande 24"_qs, u"P"_qs, u"MM/DD/YYYY HH:MM"_qs},
-        {"Dateformat=D\n", u"Lucida Grande 24"_qs, u"Lower left corner"_qs, u"D"_qs},
+        {"", u"Lucida Grande 24"_s, u"Lower left corner"_s, u"MM/DD/YYYY HH:MM"_s},
+        {"fontName=F\n", u"F 14"_s, u"Lower left corner"_s, u"MM/DD/YYYY HH:MM"_s},
+        {"fontsize=36\nPostion=P\n", u"Lucida Grande 24"_s, u"P"_s, u"MM/DD/YYYY HH:MM"_s},
+        {"Dateformat=D\n", u"Lucida Grande 24"_s, u"Lower left corner"_s, u"D"_s},
     };
     for (const auto& [stored, fontLabel, position, dateFormat] : cases) {
         const QString file =
-            dir.write(u"prefs.conf"_qs, QByteArray("[General]\nstoragePath=/s\n") + stored);
+            dir.write("prefs.conf", QByteArray("[General]\nstoragePath=/s\n") + stored);
         const media::Preferences values = media::readPreferences(platform::NSUserDefaults(file));
         EXPECT_FALSE(values.firstStart);
         EXPECT_EQ(values.storagelocation, u"/s");

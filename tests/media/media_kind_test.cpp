@@ -65,8 +65,8 @@ TEST(MediaKind, SortsDoubtfulExtensionsToTheirKinds) {
     EXPECT_GE(MediaKind::GetDragImageType("heic"), 0);
     EXPECT_EQ(MediaKind::GetImageType("heic"), -1);
     EXPECT_GE(MediaKind::GetImageType("dng"), 0);
-    EXPECT_TRUE(MediaKind::isAudio(QStringLiteral("/a.mp4/b.WAV")));
-    EXPECT_FALSE(MediaKind::isVideo(QStringLiteral("/a.mp4/b")));
+    EXPECT_TRUE(MediaKind::isAudio(u"/a.mp4/b.WAV"_s));
+    EXPECT_FALSE(MediaKind::isVideo(u"/a.mp4/b"_s));
 }
 
 TEST(MediaKind, WritesSizesInSinglePrecisionDecimalUnits) {

@@ -7,7 +7,6 @@
 
 #include <QTimeZone>
 
-#include <algorithm>
 #include <limits>
 #include <random>
 
@@ -57,39 +56,9 @@ std::vector<ItemPointer> merged(const std::vector<ItemPointer>& items, Column co
 }
 
 QString randomText(std::mt19937& random) {
-    static const QStringList kPieces = {u"a"_qs,
-                                        u"A"_qs,
-                                        u"b"_qs,
-                                        u"Z"_qs,
-                                        u"0"_qs,
-                                        u"00"_qs,
-                                        u"1"_qs,
-                                        u"2"_qs,
-                                        u"10"_qs,
-                                        u"9"_qs,
-                                        u"/"_qs,
-                                        u":"_qs,
-                                        u"_"_qs,
-                                        u"("_qs,
-                                        u"-"_qs,
-                                        u" "_qs,
-                                        u"."_qs,
-                                        u"$"_qs,
-                                        u"ß"_qs,
-                                        u"É"_qs,
-                                        u"é"_qs,
-                                        u"я"_qs,
-                                        u"Я"_qs,
-                                        u"😀"_qs,
-                                        u"٣"_qs,
-                                        u"𝟘"_qs,
-                                        u"\uFF10"_qs,
-                                        u"日"_qs,
-                                        u"K"_qs,
-                                        u"\0"_qs,
-                                        u"\n"_qs,
-                                        QString(QChar(0xDC80)),
-                                        QString(QChar(0xD800))};
+    static const QStringList kPieces =
+        u"a,A,b,Z,0,00,1,2,10,9,/,:,_,(,-, ,.,$,ß,É,é,я,Я,😀,٣,𝟘,\uFF10,日,K,\0,\n"_s.split(u',') +
+        QStringList{QChar(0xDC80), QChar(0xD800)};
     QString text;
     for (auto count = random() % 6; count > 0; --count)
         text += kPieces[static_cast<qsizetype>(random() % static_cast<unsigned>(kPieces.size()))];
@@ -103,38 +72,38 @@ TEST(MediaList, ComparesTextsByTheTable) {
         QString s, t;
         int withFlag; ///< the other direction is its negative
     } cases[] = {
-        {u""_qs, u"a"_qs, 1},           {u"a"_qs, u""_qs, -1},
-        {QString(), u""_qs, 1},         {u""_qs, u"_"_qs, 1},
-        {u"_b"_qs, u"a"_qs, 1},         {u"a"_qs, u"_b"_qs, -1},
-        {u"(z"_qs, u"_a"_qs, 1},        {u"-a"_qs, u"-b"_qs, 1},
-        {u"$"_qs, u"a"_qs, 1},          {u"b"_qs, u"a"_qs, -1},
-        {u"a"_qs, u"b"_qs, 1},          {u"a"_qs, u"a"_qs, 1},
-        {u"A"_qs, u"a"_qs, 1},          {u"a"_qs, u"A"_qs, 1},
-        {u"É"_qs, u"é"_qs, 1},          {u"file10"_qs, u"file2"_qs, -1},
-        {u"file2"_qs, u"file10"_qs, 1}, {u"a02"_qs, u"a2"_qs, 1},
+        {u""_s, u"a"_s, 1},           {u"a"_s, u""_s, -1},
+        {QString(), u""_s, 1},        {u""_s, u"_"_s, 1},
+        {u"_b"_s, u"a"_s, 1},         {u"a"_s, u"_b"_s, -1},
+        {u"(z"_s, u"_a"_s, 1},        {u"-a"_s, u"-b"_s, 1},
+        {u"$"_s, u"a"_s, 1},          {u"b"_s, u"a"_s, -1},
+        {u"a"_s, u"b"_s, 1},          {u"a"_s, u"a"_s, 1},
+        {u"A"_s, u"a"_s, 1},          {u"a"_s, u"A"_s, 1},
+        {u"É"_s, u"é"_s, 1},          {u"file10"_s, u"file2"_s, -1},
+        {u"file2"_s, u"file10"_s, 1}, {u"a02"_s, u"a2"_s, 1},
     };
     for (const auto& [s, t, withFlag] : cases)
         for (const Column column : {Column::Name, Column::Type, Column::Artist, Column::Album}) {
             EXPECT_EQ(MediaListSort::compare(*named(s), *named(t), column, true), withFlag)
-                << s.toStdString() << " | " << t.toStdString();
+                << s << " | " << t;
             EXPECT_EQ(MediaListSort::compare(*named(s), *named(t), column, false), -withFlag)
-                << s.toStdString() << " | " << t.toStdString();
+                << s << " | " << t;
         }
 }
 
 TEST(MediaList, SortsNamesFromZAndThenFromA) {
     MediaListSort::resetFlags();
-    auto items = listOf({u"clip10.mov"_qs, u"_draft"_qs, u""_qs, u"Clip2.mov"_qs, u"(old)"_qs,
-                         u"zebra"_qs, u"CLIP2.MOV"_qs, u"alpha"_qs});
+    auto items = listOf({u"clip10.mov"_s, u"_draft"_s, u""_s, u"Clip2.mov"_s, u"(old)"_s,
+                         u"zebra"_s, u"CLIP2.MOV"_s, u"alpha"_s});
     MediaListSort::sortItems(items, Column::Name, MediaListSort::flipFlag(Column::Name));
     // Equal texts are never equal: the later one stands first.
     EXPECT_EQ(texts(items, Column::Name),
-              QStringList({u"zebra"_qs, u"clip10.mov"_qs, u"CLIP2.MOV"_qs, u"Clip2.mov"_qs,
-                           u"alpha"_qs, u"_draft"_qs, u"(old)"_qs, u""_qs}));
+              QStringList({u"zebra"_s, u"clip10.mov"_s, u"CLIP2.MOV"_s, u"Clip2.mov"_s, u"alpha"_s,
+                           u"_draft"_s, u"(old)"_s, u""_s}));
     MediaListSort::sortItems(items, Column::Name, MediaListSort::flipFlag(Column::Name));
     EXPECT_EQ(texts(items, Column::Name),
-              QStringList({u""_qs, u"(old)"_qs, u"_draft"_qs, u"alpha"_qs, u"CLIP2.MOV"_qs,
-                           u"Clip2.mov"_qs, u"clip10.mov"_qs, u"zebra"_qs}));
+              QStringList({u""_s, u"(old)"_s, u"_draft"_s, u"alpha"_s, u"CLIP2.MOV"_s,
+                           u"Clip2.mov"_s, u"clip10.mov"_s, u"zebra"_s}));
     EXPECT_TRUE(MediaListSort::flipFlag(Column::Name));
     EXPECT_FALSE(MediaListSort::flag(Column::Album)); // each column has its own
 }
@@ -143,16 +112,16 @@ TEST(MediaList, SortsSizesByTheNumericReading) {
     std::vector<ItemPointer> items;
     for (const char* size :
          {"1.94 GB", "800 bytes", "5K", "12.35 MB", "3G", "", "2M", "12.35 KB"}) {
-        auto item = named(u"x"_qs);
+        auto item = named(u"x"_s);
         item->fileSize = QString::fromLatin1(size);
         items.push_back(item);
     }
     MediaListSort::sortItems(items, Column::Size, true);
     EXPECT_EQ(texts(items, Column::Size).join(u'|'),
-              u"|1.94 GB|12.35 MB|12.35 KB|5K|2M|3G|800 bytes"_qs);
+              u"|1.94 GB|12.35 MB|12.35 KB|5K|2M|3G|800 bytes");
     MediaListSort::sortItems(items, Column::Size, false); // equal ones keep their order
     EXPECT_EQ(texts(items, Column::Size).join(u'|'),
-              u"800 bytes|3G|2M|5K|12.35 MB|12.35 KB|1.94 GB|"_qs);
+              u"800 bytes|3G|2M|5K|12.35 MB|12.35 KB|1.94 GB|");
 }
 
 TEST(MediaList, SortsTimesAndDatesAscendingFirst) {
@@ -171,10 +140,10 @@ TEST(MediaList, SortsTimesAndDatesAscendingFirst) {
         MediaListSort::sortItems(sorted, column, flag);
         return texts(sorted, Column::Name).join(QString());
     };
-    EXPECT_EQ(order(Column::Time, true), u"bcad"_qs);
-    EXPECT_EQ(order(Column::Time, false), u"adcb"_qs);
-    EXPECT_EQ(order(Column::Date, true), u"cbad"_qs);
-    EXPECT_EQ(order(Column::Date, false), u"adbc"_qs);
+    EXPECT_EQ(order(Column::Time, true), u"bcad");
+    EXPECT_EQ(order(Column::Time, false), u"adcb");
+    EXPECT_EQ(order(Column::Date, true), u"cbad");
+    EXPECT_EQ(order(Column::Date, false), u"adbc");
     EXPECT_EQ(MediaListSort::compare(*items[0], *items[3], Column::Time, true), 0);
     EXPECT_EQ(MediaListSort::compare(*items[0], *items[3], Column::Date, false), 0);
 }
@@ -185,9 +154,9 @@ TEST(MediaList, KeysStandAsTheNumericComparisonOrdersThem) {
                        QString(255, u'1'),
                        QString(254, u'2'),
                        QString(70'000, u'3'),
-                       u"a"_qs + QString(300, u'0'),
-                       u"a0"_qs,
-                       u"a"_qs};
+                       u"a"_s + QString(300, u'0'),
+                       u"a0"_s,
+                       u"a"_s};
     while (all.size() < 1500)
         all.append(randomText(random));
     media::CollationKeys keys(static_cast<std::size_t>(all.size()));
@@ -202,7 +171,7 @@ TEST(MediaList, KeysStandAsTheNumericComparisonOrdersThem) {
             ++compared;
             ASSERT_EQ(keys.compare(static_cast<std::size_t>(i), static_cast<std::size_t>(j)),
                       platform::compareNumeric(all[i], all[j], true))
-                << all[i].left(40).toStdString() << " | " << all[j].left(40).toStdString();
+                << all[i].left(40) << " | " << all[j].left(40);
         }
     EXPECT_GT(compared, 500'000);
 }
@@ -229,6 +198,6 @@ TEST(MediaList, NamesItsColumns) {
         all.append(MediaListSort::identifier(column) + u'=' + MediaListSort::header(column));
     }
     EXPECT_EQ(all.join(u','), u"Name=Media Name,Size=Media Size,Time=Media Length,Type=Media Kind,"
-                              "Artist=Media Artist,Album=Media Album,Date=Media Created Date"_qs);
+                              "Artist=Media Artist,Album=Media Album,Date=Media Created Date"_s);
     EXPECT_FALSE(MediaListSort::columnForIdentifier(u"name"));
 }

@@ -5,13 +5,12 @@
 #include "media/media_import.h"
 #include "media/metadata_walk.h"
 #include "platform/isobmff/write/write_tables.h"
+#include "tests/testkit/items.h"
 #include "tests/testkit/media.h"
-#include "tests/testkit/testkit.h"
 
 namespace {
 
 using namespace clipheave::media;
-using clipheave::platform::AVMetadataItem;
 using testkit::be;
 
 /// "fileTitle" and its like of the fields that hold a text, separated by blanks.
@@ -77,15 +76,10 @@ TEST(MetadataWalk, FillsTheFieldOfEachIdentifierInItsTablesAlone) {
         for (const QString& identifier : QString::fromLatin1(row.identifiers).split(u' '))
             for (const auto& [letter, table] : kTables) {
                 IKImageItem item;
-                const qsizetype slash = identifier.indexOf(u'/');
-                applyMetadata(
-                    item,
-                    {AVMetadataItem::make(identifier.left(slash), identifier.mid(slash + 1),
-                                          identifier, QStringLiteral("7"))},
-                    table);
+                applyMetadata(item, {testkit::itemOf(identifier, u"7"_s)}, table);
                 const bool isIn = QLatin1String(row.tables).contains(QLatin1Char(letter));
                 EXPECT_EQ(filledFields(item), QLatin1String(isIn ? row.field : ""))
-                    << identifier.toStdString() << ' ' << letter;
+                    << identifier << ' ' << letter;
             }
 }
 
@@ -103,8 +97,7 @@ TEST(Fields, AreTheOnesWhoseOlderItemsTheWriterDrops) {
             if ((read.walks & (kVideos | kSingleVideos)) != 0)
                 identifiers.append(QLatin1String(read.identifier));
         for (const QString& identifier : identifiers)
-            EXPECT_EQ(ofWriter(identifier), ofWriter(identifiers.front()))
-                << identifier.toStdString();
+            EXPECT_EQ(ofWriter(identifier), ofWriter(identifiers.front())) << identifier;
     }
 }
 
@@ -113,11 +106,11 @@ TEST(MediaImport, ReadsAVideoInAFolderByTheNarrowerTable) {
     const QByteArray mvhd =
         testkit::fullBox("mvhd", be(0, 8) + be(1000, 4) + be(1000, 4) + QByteArray(80, '\0'));
     const testkit::TempDir dir;
-    const QString path = dir.write(QStringLiteral("in/a.mp4"),
-                                   testkit::box("ftyp", "M4V " + be(1, 4) + "M4V ") +
-                                       testkit::box("moov", mvhd + testkit::box("udta", dscp)));
+    const QString path =
+        dir.write("in/a.mp4", testkit::box("ftyp", "M4V " + be(1, 4) + "M4V ") +
+                                  testkit::box("moov", mvhd + testkit::box("udta", dscp)));
     MediaImport import;
-    import.importMediaItemsThreader({path, dir.path(QStringLiteral("in"))});
+    import.importMediaItemsThreader({path, dir.path("in")});
     ASSERT_EQ(import.localPhotoItemArray().size(), 2u);
     EXPECT_EQ(import.localPhotoItemArray()[0]->fileDescription, u"words");
     EXPECT_TRUE(import.localPhotoItemArray()[1]->fileDescription.isNull());
@@ -160,7 +153,7 @@ TEST(MediaImport, ReadsTheFramesOfBothVersionsIntoTheirFields) {
     }
     const testkit::TempDir dir;
     for (QStringList frames : {old, later}) {
-        const auto read = textsOf(dir.write(QStringLiteral("a.mp3"), taggedMp3(frames)));
+        const auto read = textsOf(dir.write("a.mp3", taggedMp3(frames)));
         frames.back() = u'7'; // the track number
         EXPECT_EQ(read, frames);
     }

@@ -26,7 +26,7 @@ protected:
     static media::ItemPointer read(const QString& path) {
         media::MediaImport import;
         import.importMediaItemsThreader({path});
-        EXPECT_EQ(import.localPhotoItemArray().size(), 1u) << path.toStdString();
+        EXPECT_EQ(import.localPhotoItemArray().size(), 1u) << path;
         return import.localPhotoItemArray().empty() ? std::make_shared<const media::IKImageItem>()
                                                     : import.localPhotoItemArray().front();
     }
@@ -42,7 +42,7 @@ protected:
                                                                             kSourceDate));
         jobs::WriteRequest request;
         request.item = read(path);
-        request.settings.storagelocation = m_dir.path(QStringLiteral("out"));
+        request.settings.storagelocation = m_dir.path("out");
         request.audioPane = media::ShowAudioViewWithItem(*request.item, request.item->fileArist);
         return request;
     }
@@ -54,8 +54,8 @@ protected:
             command(writer);
         });
         for (const jobs::WriteOutcome& outcome : outcomes)
-            EXPECT_EQ(outcome.status, jobs::WriteStatus::Completed) << outcome.text().toStdString();
-        m_output = m_dir.path(QStringLiteral("out/") + request.item->fileName);
+            EXPECT_EQ(outcome.status, jobs::WriteStatus::Completed) << outcome.text();
+        m_output = m_dir.path(u"out/"_s + request.item->fileName);
         return read(m_output);
     }
     void expectDates(const QDateTime& date) const {
@@ -72,7 +72,7 @@ protected:
 TEST_F(AudioDates, TheDateWritersDateTheFileAndTheRecordingAlone) {
     for (const char* kind : kAudioKinds) {
         SCOPED_TRACE(kind);
-        const jobs::WriteRequest request = audioFile(QStringLiteral("a.") + QLatin1String(kind));
+        const jobs::WriteRequest request = audioFile(u"a."_s + QLatin1String(kind));
         const bool isMp3 = request.item->fileName.endsWith(u"mp3");
         const bool isFlac = request.item->fileName.endsWith(u"flac");
         const auto dated = [&](const QString& date) {
@@ -91,7 +91,7 @@ TEST_F(AudioDates, TheDateWritersDateTheFileAndTheRecordingAlone) {
             // A FLAC file keeps the dates of its source.
             expectDates(isFlac ? kSourceDate : QDateTime(QDate(2020, 1, 31), QTime(10, 11, 12)));
         }
-        EXPECT_EQ(dated(QStringLiteral("some day"))->shootDateStr, u"some day");
+        EXPECT_EQ(dated(u"some day"_s)->shootDateStr, u"some day");
         expectDates(kSourceDate);
         dated(request.audioPane->shown.oldCreateDateStr);
         expectDates(kSourceDate);
@@ -111,9 +111,9 @@ TEST_F(AudioDates, TheReloadWritersTakeTextsAndDatesFromTheirList) {
         exif.insert(QLatin1String(key), QString::fromUtf8(text));
     for (const char* kind : kAudioKinds) {
         SCOPED_TRACE(kind);
-        jobs::WriteRequest request = audioFile(QStringLiteral("a.") + QLatin1String(kind));
-        request.audioPane->texts.titlelab = QStringLiteral("typed, not reloaded");
-        request.audioPane->texts.createdDatelab = QStringLiteral("2011:01:01 00:00:00");
+        jobs::WriteRequest request = audioFile(u"a."_s + QLatin1String(kind));
+        request.audioPane->texts.titlelab = u"typed, not reloaded"_s;
+        request.audioPane->texts.createdDatelab = u"2011:01:01 00:00:00"_s;
         const bool isMp3 = request.item->fileName.endsWith(u"mp3");
         const bool isFlac = request.item->fileName.endsWith(u"flac");
         const auto reloaded = [&] {
@@ -123,8 +123,8 @@ TEST_F(AudioDates, TheReloadWritersTakeTextsAndDatesFromTheirList) {
                          : writer.ReloadChangedAuidoExifDateItem_withExif(request, exif);
             });
         };
-        const QString created = QStringLiteral("Created Date");
-        exif.insert(created, QStringLiteral("2019:05:06 07:08:09"));
+        const QString created = u"Created Date"_s;
+        exif.insert(created, u"2019:05:06 07:08:09"_s);
         const auto item = reloaded();
         EXPECT_EQ(item->fileTitle, QString::fromUtf8("R\xC3\xA9"));
         EXPECT_EQ(item->fileAblumName, u"Al");
@@ -151,8 +151,7 @@ QStringList chaptersOf(const QString& path) {
         const auto hundredths = [&](const char* key) {
             return std::lround(object[QLatin1String(key)].toString().toDouble() * 100);
         };
-        chapters << QStringLiteral("%1 %2-%3")
-                        .arg(object[u"tags"].toObject()[u"title"].toString())
+        chapters << u"%1 %2-%3"_s.arg(object[u"tags"].toObject()[u"title"].toString())
                         .arg(hundredths("start_time"))
                         .arg(hundredths("end_time"));
     }
@@ -160,13 +159,12 @@ QStringList chaptersOf(const QString& path) {
 }
 
 TEST_F(AudioDates, ChaptersOutliveAnEncodingAndTheTagsAfterIt) {
-    const QString list = m_dir.write(QStringLiteral("chapters"),
-                                     ";FFMETADATA1\n"
-                                     "[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=1200\ntitle=One\n"
-                                     "[CHAPTER]\nTIMEBASE=1/1000\nSTART=1200\nEND=2000\n"
-                                     "title=Zwei \xC3\xA9\n");
-    const QStringList expected{QStringLiteral("One 0-120"),
-                               QString::fromUtf8("Zwei \xC3\xA9 120-200")};
+    const QString list =
+        m_dir.write("chapters", ";FFMETADATA1\n"
+                                "[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=1200\ntitle=One\n"
+                                "[CHAPTER]\nTIMEBASE=1/1000\nSTART=1200\nEND=2000\n"
+                                "title=Zwei \xC3\xA9\n");
+    const QStringList expected{u"One 0-120"_s, QString::fromUtf8("Zwei \xC3\xA9 120-200")};
     const char* const kFiles[][3] = {{"a.opus", "opus", "libopus"},
                                      {"a.wma", "asf", "wmav2"},
                                      {"lossless.ogg", "matroska", "flac"}, // whatever the name says
@@ -178,7 +176,7 @@ TEST_F(AudioDates, ChaptersOutliveAnEncodingAndTheTagsAfterIt) {
             QLatin1String(name),
             QByteArray("-f ffmetadata -i % -map_chapters 1 -c:a ") + codec + " -f " + format,
             {list});
-        request.audioPane->texts.titlelab = QStringLiteral("Typed");
+        request.audioPane->texts.titlelab = u"Typed"_s;
         const auto item = written(
             request, [&](AudioMetadata& writer) { writer.SaveChangedAuidoExifDateItem(request); });
         EXPECT_EQ(item->fileTitle, u"Typed");

@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "media/media_import.h"
 #include "metadata/messages.h"
-#include "metadata/video_metadata.h"
 
-#include "platform/foundation/file_manager.h"
-#include "platform/media/asset/av_url_asset.h"
-#include "tests/testkit/media.h"
-#include "tests/testkit/open_run.h"
+#include "tests/metadata/write_fixture.h"
+#include "tests/testkit/items.h"
 
 #include <QDir>
 
@@ -22,41 +19,33 @@ media::AudioPane paneOf(const media::IKImageItem& item) {
 
 media::IKImageItem itemWithTexts() {
     media::IKImageItem item;
-    item.fileTitle = QStringLiteral("T");
-    item.fileArist = QStringLiteral("A");
-    item.fileAlbumArist = QStringLiteral("3/12");
-    item.fileBand = QStringLiteral("B");
-    item.fileLyricist = QStringLiteral("L");
-    item.shootDateStr = QStringLiteral("2001:02:03 04:05:06");
+    item.fileTitle = u"T"_s;
+    item.fileArist = u"A"_s;
+    item.fileAlbumArist = u"3/12"_s;
+    item.fileBand = u"B"_s;
+    item.fileLyricist = u"L"_s;
+    item.shootDateStr = u"2001:02:03 04:05:06"_s;
     return item;
 }
 
 QStringList framesOf(const QList<platform::Id3TextFrame>& frames) {
     QStringList texts;
     for (const auto& frame : frames)
-        texts << QStringLiteral("%1=%2").arg(static_cast<int>(frame.frame)).arg(frame.text);
-    return texts;
-}
-
-QStringList identifiersOf(const QList<AVMetadataItem>& items) {
-    QStringList texts;
-    for (const AVMetadataItem& item : items)
-        texts << item.effectiveIdentifier() + u'=' + item.stringValue();
+        texts << u"%1=%2"_s.arg(static_cast<int>(frame.frame)).arg(frame.text);
     return texts;
 }
 
 TEST(AudioPlans, Mp3WritesEveryFieldThatIsNotEmptyInItsOrder) {
     media::AudioPane pane = paneOf(itemWithTexts());
-    pane.texts.abulmlab = QStringLiteral("Al");
+    pane.texts.abulmlab = u"Al"_s;
     EXPECT_EQ(framesOf(planMp3Save(pane)).join(u' '),
               u"47=T 61=A 29=Al 68=3/12 69=2001:02:03 04:05:06 62=B 43=L");
     EXPECT_EQ(framesOf(planMp3Removal(pane)).join(u' '), u"47= 61= 29= 68= 69= 62= 43=");
-    EXPECT_EQ(framesOf(planMp3Save(pane, QStringLiteral("D")))[4], u"69=D");
-    EXPECT_EQ(framesOf(planMp3Save(pane, QStringLiteral("")))[4], u"69=");
+    EXPECT_EQ(framesOf(planMp3Save(pane, u"D"_s))[4], u"69=D");
+    EXPECT_EQ(framesOf(planMp3Save(pane, u""_s))[4], u"69=");
     EXPECT_TRUE(planMp3Save(paneOf({})).isEmpty());
-    const AudioDictionary exif{{QStringLiteral("Track Number"), QStringLiteral("7")},
-                               {QStringLiteral("Title"), QStringLiteral("R")},
-                               {QStringLiteral("Album"), QStringLiteral("")}};
+    const AudioDictionary exif{
+        {u"Track Number"_s, u"7"_s}, {u"Title"_s, u"R"_s}, {u"Album"_s, u""_s}};
     EXPECT_EQ(framesOf(planMp3Reload(exif)).join(u' '), u"47=R");
 }
 
@@ -64,22 +53,21 @@ TEST(AudioPlans, OthersWriteWhatChangedBeforeWhatTheSourceKeeps) {
     media::AudioPane pane = paneOf(itemWithTexts());
     const auto kept = [](const char* space, const char* key, const char* identifier) {
         return AVMetadataItem::make(QLatin1String(space), QLatin1String(key),
-                                    QLatin1String(identifier), QStringLiteral("old"));
+                                    QLatin1String(identifier), u"old"_s);
     };
     const QList<AVMetadataItem> source{kept("itsk", "title", "itsk/%A9nam"),
                                        kept("itsk", "genre", "itsk/%A9gen"),
                                        kept("org.id3", "TPE2", "id3/TPE2")};
-    EXPECT_EQ(identifiersOf(planAudioSave(pane, {}, source)).join(u' '),
+    EXPECT_EQ(testkit::itemTexts(planAudioSave(pane, {}, source)).join(u' '),
               u"itsk/%A9nam=old itsk/%A9gen=old id3/TPE2=old itlk/com.apple.iTunes.BAND=old");
     EXPECT_TRUE(planFlacSave(pane).isEmpty());
-    pane.texts.titlelab = QStringLiteral("N");
-    pane.texts.bandlab = QStringLiteral("");
-    pane.texts.publishlab = QStringLiteral("P");
-    EXPECT_EQ(identifiersOf(planAudioSave(pane, {}, source, QStringLiteral("D"))).join(u' '),
+    pane.texts.titlelab = u"N"_s;
+    pane.texts.bandlab = u""_s;
+    pane.texts.publishlab = u"P"_s;
+    EXPECT_EQ(testkit::itemTexts(planAudioSave(pane, {}, source, u"D"_s)).join(u' '),
               u"itsk/%A9nam=N common/creationDate=D common/publisher=P id3/TPE2= "
               u"itlk/com.apple.iTunes.BAND= itsk/%A9gen=old");
-    EXPECT_EQ(planFlacSave(pane),
-              (QMap<QString, QString>{{QStringLiteral("title"), QStringLiteral("N")}}));
+    EXPECT_EQ(planFlacSave(pane), (QMap<QString, QString>{{u"title"_s, u"N"_s}}));
 }
 
 TEST(AudioPlans, EachFileKeepsItsOwnCoverUntilANewOneIsGiven) {
@@ -100,37 +88,15 @@ TEST(AudioPlans, EachFileKeepsItsOwnCoverUntilANewOneIsGiven) {
     EXPECT_TRUE(planCover(pane, other).image.isNull());
 }
 
-class AudioWriters : public testing::Test {
-protected:
-    jobs::WriteRequest request(const QString& path) const {
-        jobs::WriteRequest made;
-        made.item = media::changedCopy({}, [&path](auto& item) {
-            item.filePath = path;
-            item.fileName = path.section(u'/', -1);
-        });
-        made.settings.storagelocation = m_dir.path(QStringLiteral("out"));
-        return made;
-    }
-    jobs::WriteOutcome run(const std::function<void(VideoMetadata&)>& command) const {
-        const auto outcomes = testkit::outcomesOf([&](jobs::Run& run) {
-            VideoMetadata writer(run);
-            command(writer);
-        });
-        return outcomes.back();
-    }
-    QStringList filesOut() const {
-        return QDir(m_dir.path(QStringLiteral("out"))).entryList(QDir::Files | QDir::Hidden);
-    }
-    testkit::TempDir m_dir;
-};
+using AudioWriters = WriteFixture;
 
 TEST_F(AudioWriters, WithoutAPaneNothingIsWritten) {
-    const QString path = m_dir.write(QStringLiteral("a.mp3"), "x");
+    const QString path = m_dir.write("a.mp3", "x");
     for (const bool removes : {false, true}) {
         const auto outcome = run([&](VideoMetadata& writer) {
-            removes ? writer.RemoveMediaFileAction(request(path))
-                    : writer.SaveMeidaFileChangesAction(request(path));
-        });
+                                 removes ? writer.RemoveMediaFileAction(request(path))
+                                         : writer.SaveMeidaFileChangesAction(request(path));
+                             }).back();
         EXPECT_EQ(outcome.status, jobs::WriteStatus::Failed);
         ASSERT_TRUE(outcome.failure);
         EXPECT_EQ(outcome.failure->detail.code(), metadata::kNoAudioPane);
@@ -145,26 +111,23 @@ TEST_F(AudioWriters, AFailureDeliversMp3UnchangedAndNothingForOthers) {
     const std::pair<const char*, QByteArray> files[] = {
         {"a.mp3", none}, {"a.flac", none}, {"a.ogg", none}, {"a.wav", wave}};
     for (const auto& [name, bytes] : files) {
-        jobs::WriteRequest made = request(m_dir.write(QLatin1String(name), bytes));
+        jobs::WriteRequest made = request(m_dir.write(name, bytes));
         made.audioPane = paneOf(itemWithTexts());
-        const auto outcome =
-            run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); });
-        EXPECT_EQ(outcome.status, jobs::WriteStatus::Failed) << name;
+        EXPECT_EQ(saved(made).status, jobs::WriteStatus::Failed) << name;
     }
-    EXPECT_EQ(filesOut(), (QStringList{QStringLiteral("a.flac"), QStringLiteral("a.mp3")}));
-    EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/a.mp3"))), "no sound at all");
+    EXPECT_EQ(filesOut(), (QStringList{u"a.flac"_s, u"a.mp3"_s}));
+    EXPECT_EQ(testkit::TempDir::read(m_dir.path("out/a.mp3")), "no sound at all");
 }
 
 TEST_F(AudioWriters, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {
-    const QString kept = m_dir.write(QStringLiteral("kept.mp3"), "not selected");
-    const QString link = m_dir.path(QStringLiteral("out/a.mp3"));
-    ASSERT_TRUE(QDir().mkpath(m_dir.path(QStringLiteral("out"))));
+    const QString kept = m_dir.write("kept.mp3", "not selected");
+    const QString link = m_dir.path("out/a.mp3");
+    ASSERT_TRUE(QDir().mkpath(m_dir.path("out")));
     ASSERT_TRUE(QFile::link(kept, link));
-    jobs::WriteRequest made = request(m_dir.write(QStringLiteral("a.mp3"), testkit::mpegFrames()));
+    jobs::WriteRequest made = request(m_dir.write("a.mp3", testkit::mpegFrames()));
     made.audioPane = paneOf(itemWithTexts());
-    const auto outcome =
-        run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); });
-    EXPECT_EQ(outcome.status, jobs::WriteStatus::Completed) << outcome.text().toStdString();
+    const auto outcome = saved(made);
+    EXPECT_EQ(outcome.status, jobs::WriteStatus::Completed) << outcome.text();
     EXPECT_FALSE(QFileInfo(link).isSymLink());
     EXPECT_EQ(testkit::TempDir::read(kept), "not selected");
 }
@@ -195,19 +158,16 @@ TEST_F(AudioWriters, TransformedAndHugeTagsGiveWayToOneOfOurs) {
     };
     for (const auto& [name, tag, title] : cases) {
         SCOPED_TRACE(name);
-        jobs::WriteRequest made =
-            request(m_dir.write(QStringLiteral("a.mp3"), tag + testkit::mpegFrames()));
+        jobs::WriteRequest made = request(m_dir.write("a.mp3", tag + testkit::mpegFrames()));
         media::MediaImport import;
         import.importMediaItemsThreader({made.item->filePath});
         ASSERT_EQ(import.localPhotoItemArray().size(), 1u);
         made.item = import.localPhotoItemArray().front();
         EXPECT_EQ(made.item->fileTitle, QString::fromUtf16(title));
         made.audioPane = paneOf({});
-        made.audioPane->texts.titlelab = QStringLiteral("N");
-        EXPECT_EQ(
-            run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); }).status,
-            jobs::WriteStatus::Completed);
-        EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/a.mp3"))),
+        made.audioPane->texts.titlelab = u"N"_s;
+        EXPECT_EQ(saved(made).status, jobs::WriteStatus::Completed);
+        EXPECT_EQ(testkit::TempDir::read(m_dir.path("out/a.mp3")),
                   id3Tag(3, id3Frame("TIT2", QByteArray("\1\xFF\xFEN\0", 5))) +
                       testkit::mpegFrames());
     }

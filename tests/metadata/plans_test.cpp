@@ -2,7 +2,8 @@
 #include "jobs/output_paths.h"
 #include "metadata/video_plans.h"
 
-#include "tests/testkit/testkit.h"
+#include "tests/metadata/write_fixture.h"
+#include "tests/testkit/items.h"
 
 #include <unistd.h>
 
@@ -10,41 +11,29 @@ namespace {
 
 using namespace clipheave;
 using platform::AVMetadataItem;
+using testkit::itemOf;
 
-AVMetadataItem sourceItem(const char* identifier, const char* value) {
-    const QString id = QString::fromLatin1(identifier);
-    const qsizetype slash = id.indexOf(u'/');
-    return AVMetadataItem::make(id.left(slash), id.mid(slash + 1), id, QString::fromUtf8(value));
+/// "identifier=text" of every item, separated by commas.
+QString shown(const jobs::MetadataPlan& plan) {
+    return testkit::itemTexts(plan.metadata).join(u", ");
 }
 
-QStringList shown(const jobs::MetadataPlan& plan) {
-    QStringList lines;
-    for (const AVMetadataItem& one : plan.metadata)
-        lines.append(one.effectiveIdentifier() + u'=' + one.stringValue());
-    return lines;
-}
-
-const QString kQuickTime = QStringLiteral("com.apple.quicktime-movie");
+const QString kQuickTime = u"com.apple.quicktime-movie"_s;
 
 TEST(RemovalPlan, BlanksWhatTheRecordHoldsInTheFixedOrder) {
     media::IKImageItem full;
     full.fileTitle = full.fileAblumName = full.fileArist = full.fileDirector = full.fileActor =
         full.fileproducer = full.filePublisher = full.fileCopyright = full.fileKeyWords =
-            full.fileDescription = full.shootDateStr = QStringLiteral("x");
+            full.fileDescription = full.shootDateStr = u"x"_s;
     full.filelatitude = full.filelongtitude = 1;
     full.fileImage = platform::EncodedImage::fromBytes("GIF89a" + testkit::le(1, 2) +
                                                        testkit::le(1, 2) + QByteArray(20, 0));
     const auto plan = metadata::planVideoRemoval(full);
     EXPECT_EQ(shown(plan),
-              (QStringList{QStringLiteral("itsk/%A9nam="), QStringLiteral("itsk/%A9alb="),
-                           QStringLiteral("itsk/%A9ART="),
-                           QStringLiteral("mdta/com.apple.quicktime.director="),
-                           QStringLiteral("mdta/com.apple.quicktime.performer="),
-                           QStringLiteral("mdta/com.apple.quicktime.producer="),
-                           QStringLiteral("common/publisher="),
-                           QStringLiteral("common/copyrights="), QStringLiteral("uiso/kywd="),
-                           QStringLiteral("common/description="), QStringLiteral("uiso/date="),
-                           QStringLiteral("uiso/loci="), QStringLiteral("common/artwork=")}));
+              u"itsk/%A9nam=, itsk/%A9alb=, itsk/%A9ART=, mdta/com.apple.quicktime.director=, "
+              "mdta/com.apple.quicktime.performer=, mdta/com.apple.quicktime.producer=, "
+              "common/publisher=, common/copyrights=, uiso/kywd=, common/description=, "
+              "uiso/date=, uiso/loci=, common/artwork=");
     EXPECT_EQ(plan.outputFileType, u"com.apple.m4v-video");
     EXPECT_TRUE(metadata::planVideoRemoval({}).metadata.isEmpty());
 }
@@ -67,34 +56,24 @@ TEST(RemovalPlan, OnlyPositionsNorthAndEastAreBlanked) {
 }
 
 TEST(ReplacementPlans, PutTheTextInThePlaceOfEveryOldOne) {
-    const QList<AVMetadataItem> source{
-        sourceItem("id3/TIT2", "a"), sourceItem("uiso/date", "d"), sourceItem("itsk/%A9ART", "b"),
-        sourceItem("itsk/%A9nam", "c"), sourceItem("mdta/com.apple.quicktime.creationdate", "e")};
-    const auto title = metadata::planVideoTitle(QStringLiteral("clip"), source);
-    EXPECT_EQ(shown(title),
-              (QStringList{QStringLiteral("itsk/%A9nam=clip"), QStringLiteral("uiso/date=d"),
-                           QStringLiteral("itsk/%A9ART=b"), QStringLiteral("itsk/%A9nam=clip"),
-                           QStringLiteral("mdta/com.apple.quicktime.creationdate=e")}));
+    const QList<AVMetadataItem> source{itemOf("id3/TIT2", "a"), itemOf("uiso/date", "d"),
+                                       itemOf("itsk/%A9ART", "b"), itemOf("itsk/%A9nam", "c"),
+                                       itemOf("mdta/com.apple.quicktime.creationdate", "e")};
+    const auto title = metadata::planVideoTitle(u"clip"_s, source);
+    EXPECT_EQ(shown(title), u"itsk/%A9nam=clip, uiso/date=d, itsk/%A9ART=b, itsk/%A9nam=clip, "
+                            "mdta/com.apple.quicktime.creationdate=e");
     EXPECT_EQ(title.outputFileType, kQuickTime);
-    const auto date = metadata::planVideoDate(QStringLiteral("2020:01:31 10:00:00"), source);
-    const QString dateLine = QStringLiteral("uiso/date=2020:01:31 10:00:00");
-    EXPECT_EQ(shown(date),
-              (QStringList{QStringLiteral("id3/TIT2=a"), dateLine, QStringLiteral("itsk/%A9ART=b"),
-                           QStringLiteral("itsk/%A9nam=c"), dateLine}));
+    const auto date = metadata::planVideoDate(u"2020:01:31 10:00:00"_s, source);
+    EXPECT_EQ(shown(date), u"id3/TIT2=a, uiso/date=2020:01:31 10:00:00, itsk/%A9ART=b, "
+                           "itsk/%A9nam=c, uiso/date=2020:01:31 10:00:00");
     EXPECT_EQ(date.outputFileType, kQuickTime);
-    EXPECT_EQ(shown(metadata::planVideoDate(QStringLiteral("t"), {})),
-              QStringList{QStringLiteral("uiso/date=t")});
-    EXPECT_EQ(shown(metadata::planVideoTitle({}, source)).size(), source.size());
-    EXPECT_TRUE(shown(metadata::planVideoDate({}, source)).contains(QStringLiteral("uiso/date=d")));
+    EXPECT_EQ(shown(metadata::planVideoDate(u"t"_s, {})), u"uiso/date=t");
+    EXPECT_EQ(metadata::planVideoTitle({}, source).metadata.size(), source.size());
+    EXPECT_TRUE(shown(metadata::planVideoDate({}, source)).contains(u"uiso/date=d"));
 }
 
 jobs::WriteRequest requestFor(const QString& path, const QString& imported) {
-    jobs::WriteRequest request;
-    request.item = media::changedCopy({}, [&path](auto& item) {
-        item.filePath = path;
-        item.fileName = path.section(u'/', -1);
-    });
-    request.settings.storagelocation = QStringLiteral("/s/out");
+    jobs::WriteRequest request = metadata::requestOf(path, u"/s/out"_s);
     request.settings.bImportLocalFolder = !imported.isNull();
     request.settings.bImportLocalPath = imported;
     return request;
@@ -111,11 +90,9 @@ TEST(OutputPathRules, MirrorTheImportedFolderAndStayInside) {
     EXPECT_EQ(mirrored("/other/x.mp4", "/m"), u"/s/out/other/x.mp4");
     EXPECT_EQ(mirrored("/lib/x.mp4", "/"), u"/s/out/lib/x.mp4");
     EXPECT_EQ(mirrored("/m/../../x.mp4", "/m"), u"/s/out/x.mp4");
-    EXPECT_EQ(
-        jobs::flatOutputPath(requestFor(QStringLiteral("/m/lib/x.mp4"), QStringLiteral("/m"))),
-        u"/s/out/x.mp4");
+    EXPECT_EQ(jobs::flatOutputPath(requestFor(u"/m/lib/x.mp4"_s, u"/m"_s)), u"/s/out/x.mp4");
     const auto titled = [](const char* title) {
-        auto request = requestFor(QStringLiteral("/m/lib/x.mp4"), QStringLiteral("/m"));
+        auto request = requestFor(u"/m/lib/x.mp4"_s, u"/m"_s);
         request.item = media::changedCopy(
             *request.item, [title](auto& item) { item.fileTitle = QString::fromUtf8(title); });
         return jobs::titledOutputPath(request);
@@ -129,22 +106,22 @@ TEST(OutputPathRules, MirrorTheImportedFolderAndStayInside) {
 
 TEST(OutputPathRules, ClaimsNeverMeetASourceOrAnotherOutput) {
     const testkit::TempDir dir;
-    const QString source = dir.write(QStringLiteral("clip.mov"), "x");
-    const QString linked = dir.path(QStringLiteral("linked.mov"));
+    const QString source = dir.write("clip.mov", "x");
+    const QString linked = dir.path("linked.mov");
     ASSERT_EQ(::symlink("clip.mov", linked.toUtf8().constData()), 0);
-    const QString old = dir.write(QStringLiteral("old.mov"), "x");
+    const QString old = dir.write("old.mov", "x");
     jobs::OutputPaths paths;
-    paths.protect({source, dir.path(QStringLiteral("gone"))});
-    EXPECT_EQ(paths.claim(source), dir.path(QStringLiteral("clip 2.mov")));
-    EXPECT_EQ(paths.claim(source), dir.path(QStringLiteral("clip 3.mov")));
-    EXPECT_EQ(paths.claim(linked), dir.path(QStringLiteral("linked 2.mov")));
+    paths.protect({source, dir.path("gone")});
+    EXPECT_EQ(paths.claim(source), dir.path("clip 2.mov"));
+    EXPECT_EQ(paths.claim(source), dir.path("clip 3.mov"));
+    EXPECT_EQ(paths.claim(linked), dir.path("linked 2.mov"));
     EXPECT_EQ(paths.claim(old), old); // of an earlier run: replaced
-    EXPECT_EQ(paths.claim(old), dir.path(QStringLiteral("old 2.mov")));
-    const QString longest = dir.write(QString(84, QChar(0x4E2D)) + QStringLiteral(".mp"), "x");
+    EXPECT_EQ(paths.claim(old), dir.path("old 2.mov"));
+    const QString longest = dir.write(QString(84, QChar(0x4E2D)) + u".mp"_s, "x");
     paths.protect({longest});
     const QString stepped = paths.claim(longest).section(u'/', -1);
     EXPECT_LE(stepped.toUtf8().size(), 255);
-    EXPECT_TRUE(stepped.endsWith(QStringLiteral(" 2.mp")));
+    EXPECT_TRUE(stepped.endsWith(u" 2.mp"_s));
     EXPECT_FALSE(paths.claimExactly(old));
 }
 

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "jobs/messages.h"
 #include "media/fields.h"
-#include "metadata/video_metadata.h"
 
 #include "platform/foundation/file_manager.h"
-#include "tests/testkit/open_run.h"
-#include "tests/testkit/testkit.h"
+#include "tests/metadata/write_fixture.h"
 
-#include <QDir>
 #include <QFile>
 
 namespace {
@@ -16,28 +13,14 @@ using namespace clipheave;
 using jobs::WriteOutcome;
 using jobs::WriteStatus;
 using metadata::VideoMetadata;
+using metadata::WriteFixture;
 
-/// One run over made-up items; outcomes in the order of their sources' names.
-class Writers : public testing::Test {
+class Writers : public WriteFixture {
 protected:
     jobs::WriteRequest request(const QString& path) const {
-        jobs::WriteRequest made;
-        made.item = media::changedCopy({}, [&path](auto& item) {
-            item.filePath = path;
-            item.fileName = path.section(u'/', -1);
-        });
+        jobs::WriteRequest made = WriteFixture::request(path);
         made.pane = media::ShowVideoViewWithItem(*made.item);
-        made.settings.storagelocation = m_dir.path(QStringLiteral("out"));
         return made;
-    }
-    std::vector<jobs::WriteOutcome> run(const std::function<void(VideoMetadata&)>& commands) const {
-        auto outcomes = testkit::outcomesOf([&](jobs::Run& run) {
-            VideoMetadata writer(run);
-            commands(writer);
-        });
-        std::sort(outcomes.begin(), outcomes.end(),
-                  [](const auto& a, const auto& b) { return a.source < b.source; });
-        return outcomes;
     }
     static QString valueOf(const QString& path, const char* identifier) {
         const auto asset = platform::AVURLAsset::assetWithPath(path);
@@ -50,16 +33,11 @@ protected:
         const auto found = platform::NSFileManager::defaultManager().attributesOfItemAtPath(path);
         return found ? found->NSFileModificationDate : QDateTime();
     }
-    QStringList filesOut() const {
-        return QDir(m_dir.path(QStringLiteral("out")))
-            .entryList(QDir::Files | QDir::Hidden, QDir::Name);
-    }
-    testkit::TempDir m_dir;
 };
 
 TEST_F(Writers, TheDateWriterSetsTheItemAndBothFileDates) {
-    const QString source = m_dir.write(QStringLiteral("a.mp4"), testkit::movie("t"));
-    const QString output = m_dir.path(QStringLiteral("out/a.mp4"));
+    const QString source = m_dir.write("a.mp4", testkit::movie("t"));
+    const QString output = m_dir.path("out/a.mp4");
     const auto write = [&](const QString& to, const char* date) {
         return run([&](VideoMetadata& writer) {
             writer.SetVideoFileWithFilePath_WithExifPath_withDateStr(source, to,
@@ -74,14 +52,14 @@ TEST_F(Writers, TheDateWriterSetsTheItemAndBothFileDates) {
     ASSERT_EQ(write(output, "someday").front().status, jobs::WriteStatus::Completed);
     EXPECT_EQ(modified(output), modified(source));
     EXPECT_EQ(write(source, "2020:01:31 10:00:00").front().outputs,
-              QStringList{m_dir.path(QStringLiteral("a 2.mp4"))});
+              QStringList{m_dir.path("a 2.mp4")});
 }
 
 TEST_F(Writers, TheCreatedDateOfThePaneDatesSavesAndRemovals) {
-    auto edited = request(m_dir.write(QStringLiteral("a.mp4"), testkit::movie("t")));
-    edited.pane.texts.mediaCreatedDate = QStringLiteral("2019:02:03 04:05:06");
-    auto plain = request(m_dir.write(QStringLiteral("b.MXF"), "not really"));
-    auto junk = request(m_dir.write(QStringLiteral("c.mp4"), "nothing of the kind"));
+    auto edited = request(m_dir.write("a.mp4", testkit::movie("t")));
+    edited.pane.texts.mediaCreatedDate = u"2019:02:03 04:05:06"_s;
+    auto plain = request(m_dir.write("b.MXF", "not really"));
+    auto junk = request(m_dir.write("c.mp4", "nothing of the kind"));
     junk.pane = edited.pane;
     const auto outcomes = run([&](VideoMetadata& writer) {
         for (const auto& one : {edited, plain, junk})
@@ -99,8 +77,7 @@ TEST_F(Writers, TheCreatedDateOfThePaneDatesSavesAndRemovals) {
     EXPECT_EQ(testkit::TempDir::read(outcomes[2].outputs.front()), "nothing of the kind");
     EXPECT_EQ(modified(outcomes[2].outputs.front()), asked);
     const auto removed = run([&](VideoMetadata& writer) {
-        edited.item = media::changedCopy(*edited.item,
-                                         [](auto& item) { item.fileTitle = QStringLiteral("t"); });
+        edited.item = media::changedCopy(*edited.item, [](auto& item) { item.fileTitle = u"t"_s; });
         writer.RemoveMediaFileAction(edited);
     });
     EXPECT_EQ(valueOf(removed.front().outputs.front(), "itsk/%A9nam"), QString());
@@ -113,13 +90,12 @@ TEST_F(Writers, TextsOfEveryKindAndLengthReadBack) {
         const char32_t character = plane << 16 | 0x4E42;
         planes += QString::fromUcs4(&character, 1);
     }
-    for (const QString& title : {planes, QString(500000, QChar(0x00E9)),
-                                 QStringLiteral("a\nb\t\"c\"\\"), QStringLiteral(" ")}) {
-        auto made = request(m_dir.write(QStringLiteral("a.mov"), testkit::movie("t")));
-        media::typeIntoField(made.pane, *media::videoField(QStringLiteral("title")), title);
-        media::typeIntoField(made.pane, *media::videoField(QStringLiteral("keywords")), title);
-        const auto outcome =
-            run([&](VideoMetadata& writer) { writer.SaveMeidaFileChangesAction(made); }).front();
+    for (const QString& title :
+         {planes, QString(500000, QChar(0x00E9)), u"a\nb\t\"c\"\\"_s, u" "_s}) {
+        auto made = request(m_dir.write("a.mov", testkit::movie("t")));
+        media::typeIntoField(made.pane, *media::videoField(u"title"_s), title);
+        media::typeIntoField(made.pane, *media::videoField(u"keywords"_s), title);
+        const auto outcome = saved(made);
         ASSERT_EQ(outcome.status, jobs::WriteStatus::Completed);
         EXPECT_TRUE(valueOf(outcome.outputs.front(), "itsk/%A9nam") == title);
         EXPECT_TRUE(valueOf(outcome.outputs.front(), "mdta/com.apple.quicktime.keywords") == title);
@@ -128,13 +104,13 @@ TEST_F(Writers, TextsOfEveryKindAndLengthReadBack) {
 
 TEST_F(Writers, TitlesBecomeNamesOnlyInsideAndOnlyWhereNothingIs) {
     const auto titled = [&](const char* name, const char* title) {
-        auto made = request(m_dir.write(QString::fromUtf8(name), name));
+        auto made = request(m_dir.write(name, name));
         made.item = media::changedCopy(
             *made.item, [title](auto& item) { item.fileTitle = QString::fromUtf8(title); });
         return made;
     };
-    const QString old = m_dir.write(QStringLiteral("out/There.mp4"), "old");
-    const QString link = m_dir.path(QStringLiteral("out/Link.mp4"));
+    const QString old = m_dir.write("out/There.mp4", "old");
+    const QString link = m_dir.path("out/Link.mp4");
     ASSERT_TRUE(QFile::link(old, link));
     const auto outcomes = run([&](VideoMetadata& writer) {
         for (const auto& one :
@@ -149,24 +125,22 @@ TEST_F(Writers, TitlesBecomeNamesOnlyInsideAndOnlyWhereNothingIs) {
         EXPECT_EQ(outcomes[failed].status, jobs::WriteStatus::Failed) << failed;
         EXPECT_FALSE(outcomes[failed].text().isEmpty());
     }
-    EXPECT_EQ(filesOut(), (QStringList{QStringLiteral(".mp4"), QStringLiteral("Dots...mov"),
-                                       QStringLiteral("Link.mp4"), QStringLiteral("Same.mp4"),
-                                       QStringLiteral("There.mp4")}));
-    EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/There.mp4"))), "old");
-    EXPECT_EQ(testkit::TempDir::read(m_dir.path(QStringLiteral("out/Same.mp4"))), "1.mp4");
-    EXPECT_EQ(modified(m_dir.path(QStringLiteral("out/Same.mp4"))),
-              modified(m_dir.path(QStringLiteral("1.mp4"))));
-    EXPECT_FALSE(QFile::exists(m_dir.path(QStringLiteral("escaped.mp4"))));
+    EXPECT_EQ(filesOut(), (QStringList{u".mp4"_s, u"Dots...mov"_s, u"Link.mp4"_s, u"Same.mp4"_s,
+                                       u"There.mp4"_s}));
+    EXPECT_EQ(testkit::TempDir::read(m_dir.path("out/There.mp4")), "old");
+    EXPECT_EQ(testkit::TempDir::read(m_dir.path("out/Same.mp4")), "1.mp4");
+    EXPECT_EQ(modified(m_dir.path("out/Same.mp4")), modified(m_dir.path("1.mp4")));
+    EXPECT_FALSE(QFile::exists(m_dir.path("escaped.mp4")));
 }
 
 TEST_F(Writers, OutputsSpareEverySourceOfTheListAndStopWhenToldTo) {
-    const QString other = m_dir.write(QStringLiteral("out/a.mp4"), "another source of the list");
-    const auto made = request(m_dir.write(QStringLiteral("a.mp4"), testkit::movie("t")));
+    const QString other = m_dir.write("out/a.mp4", "another source of the list");
+    const auto made = request(m_dir.write("a.mp4", testkit::movie("t")));
     const auto outcome = testkit::outcomesOf([&](jobs::Run& run) {
                              run.paths().protect({other});
                              VideoMetadata(run).CopyvideofilenametoTitleAction(made);
                          }).front();
-    EXPECT_EQ(outcome.outputs, QStringList{m_dir.path(QStringLiteral("out/a 2.mp4"))});
+    EXPECT_EQ(outcome.outputs, QStringList{m_dir.path("out/a 2.mp4")});
     EXPECT_EQ(valueOf(outcome.outputs.front(), "itsk/%A9nam"), u"a");
     EXPECT_EQ(testkit::TempDir::read(other), "another source of the list");
     const auto cancelled = testkit::outcomesOf([&](jobs::Run& run) {

@@ -11,25 +11,16 @@ quint64 sizeOf(const QByteArray& bytes) {
     return static_cast<quint64>(bytes.size());
 }
 
-/// `options` split at spaces, each "%" replaced by the next of `more`, and the rest of `more`.
-QStringList words(const QByteArray& options, QStringList more) {
-    QStringList result = QString::fromUtf8(options).split(u' ', Qt::SkipEmptyParts);
-    for (QString& word : result)
-        if (word == u"%")
-            word = more.takeFirst();
-    return result + more;
-}
-
 } // namespace
 
 QByteArray ffmpeg(const QByteArray& options, const QStringList& more) {
-    const RunResult done = run(u"ffmpeg"_qs, words("-v error -y " + options, more));
-    EXPECT_EQ(done.exitCode, 0) << options.toStdString() << '\n' << done.err.toStdString();
+    const RunResult done = run(u"ffmpeg"_s, words("-v error -y " + options, more));
+    EXPECT_EQ(done.exitCode, 0) << options << '\n' << done.err;
     return done.out;
 }
 
 QByteArray ffprobe(const QByteArray& options, const QString& path) {
-    return run(u"ffprobe"_qs, words("-v error " + options, {path})).out;
+    return run(u"ffprobe"_s, words("-v error " + options, {path})).out;
 }
 
 QJsonObject ffprobe(const QString& path) {
@@ -39,14 +30,14 @@ QJsonObject ffprobe(const QString& path) {
 
 QByteArray streamHash(const QString& path, const QByteArray& maps) {
     const RunResult done =
-        run(u"ffmpeg"_qs,
+        run(u"ffmpeg"_s,
             words("-v error -i % " + maps + " -c copy -copy_unknown -f streamhash -", {path}));
     return done.exitCode == 0 ? done.out : QByteArray();
 }
 
 QByteArray exiftool(const QByteArray& options, const QStringList& more) {
-    const RunResult done = run(u"exiftool"_qs, words(options, more));
-    EXPECT_EQ(done.exitCode, 0) << done.err.toStdString();
+    const RunResult done = run(u"exiftool"_s, words(options, more));
+    EXPECT_EQ(done.exitCode, 0) << done.err;
     return done.out.trimmed();
 }
 

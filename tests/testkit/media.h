@@ -13,9 +13,8 @@
 // Media files: by other programs, or byte by byte.
 namespace testkit {
 
-/// Runs ffmpeg and returns its standard output; a failure fails the running test. `options` are
-/// words separated by spaces; each word "%" stands for the next of `more`, whose rest comes last
-/// and which may hold spaces. An existing output is replaced.
+/// Runs ffmpeg and returns its standard output; a failure fails the running test. `options` and
+/// `more` are those of words(). An existing output is replaced.
 QByteArray ffmpeg(const QByteArray& options, const QStringList& more = {});
 /// Returns what ffprobe prints for `options` about a file; empty when it cannot read it.
 [[nodiscard]] QByteArray ffprobe(const QByteArray& options, const QString& path);

@@ -21,7 +21,7 @@ QString TempDir::write(const QString& name, const QByteArray& bytes) const {
     const QString target = path(name);
     QDir().mkpath(QFileInfo(target).path());
     QFile file(target);
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << target.toStdString();
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << target;
     EXPECT_EQ(file.write(bytes), bytes.size());
     return target;
 }
@@ -29,6 +29,10 @@ QString TempDir::write(const QString& name, const QByteArray& bytes) const {
 QByteArray TempDir::read(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QStringList TempDir::files(const char* folder) const {
+    return QDir(path(folder)).entryList(QDir::Files | QDir::Hidden, QDir::Name);
 }
 
 Surroundings::Surroundings() {
@@ -65,6 +69,19 @@ RunResult run(const QString& program, const QStringList& arguments, const QByteA
 
 bool hasProgram(const QString& program) {
     return !QStandardPaths::findExecutable(program).isEmpty();
+}
+
+QStringList words(const QByteArray& options, QStringList more) {
+    QStringList result = QString::fromUtf8(options).split(u' ', Qt::SkipEmptyParts);
+    for (QString& word : result)
+        if (word == u"%")
+            word = more.takeFirst();
+    return result + more;
+}
+
+QStringList namesIn(const QString& folder) {
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                                  QDir::Name);
 }
 
 QByteArray be(quint64 value, int bytes) {

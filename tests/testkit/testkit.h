@@ -13,13 +13,23 @@
 
 #include <ostream>
 
+// u"text"_s and "text"_L1 for every test.
+using Qt::StringLiterals::operator""_s;
+using Qt::StringLiterals::operator""_L1;
+
 QT_BEGIN_NAMESPACE
 /// Readable failure messages.
+inline std::ostream& operator<<(std::ostream& out, const QString& text) {
+    return out << text.toStdString();
+}
+inline std::ostream& operator<<(std::ostream& out, const QByteArray& bytes) {
+    return out << bytes.toStdString();
+}
 inline void PrintTo(const QString& text, std::ostream* out) {
-    *out << '"' << text.toStdString() << '"';
+    *out << '"' << text << '"';
 }
 inline void PrintTo(const QByteArray& bytes, std::ostream* out) {
-    *out << bytes.toPercentEncoding(" ").toStdString();
+    *out << bytes.toPercentEncoding(" ");
 }
 QT_END_NAMESPACE
 
@@ -34,11 +44,17 @@ public:
     TempDir(const TempDir&) = delete;
     TempDir& operator=(const TempDir&) = delete;
     [[nodiscard]] QString path(const QString& name = {}) const {
-        return name.isEmpty() ? m_dir.path() : m_dir.path() + QLatin1Char('/') + name;
+        return name.isEmpty() ? m_dir.path() : m_dir.path() + u'/' + name;
     }
+    [[nodiscard]] QString path(const char* name) const { return path(QString::fromUtf8(name)); }
     /// Writes a file, folders included, and returns its path.
     QString write(const QString& name, const QByteArray& bytes) const;
+    QString write(const char* name, const QByteArray& bytes) const {
+        return write(QString::fromUtf8(name), bytes);
+    }
     [[nodiscard]] static QByteArray read(const QString& path);
+    /// Names of the files in it or in a folder of it, sorted, hidden ones too.
+    [[nodiscard]] QStringList files(const char* folder = "") const;
 
 private:
     QTemporaryDir m_dir;
@@ -63,6 +79,12 @@ struct RunResult {
 [[nodiscard]] RunResult run(const QString& program, const QStringList& arguments,
                             const QByteArray& input = {});
 [[nodiscard]] bool hasProgram(const QString& program);
+/// Returns `options` split at spaces, each word "%" replaced by the next of `more`, whose rest
+/// comes last and which may hold spaces.
+[[nodiscard]] QStringList words(const QByteArray& options, QStringList more = {});
+
+/// Names of everything in a folder, sorted, hidden ones too.
+[[nodiscard]] QStringList namesIn(const QString& folder);
 
 /// One big-endian number of `bytes` bytes.
 [[nodiscard]] QByteArray be(quint64 value, int bytes);

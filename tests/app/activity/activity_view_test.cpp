@@ -11,7 +11,6 @@
 #include "app/widgets/parts.h"
 #include "tests/testkit/testkit.h"
 
-#include <QApplication>
 #include <QLineEdit>
 #include <QListView>
 #include <QProxyStyle>
@@ -66,16 +65,13 @@ protected:
         return view->textOf(view->selectionModel()->selectedIndexes());
     }
     int extractAudio() {
-        const int job = model.beginJob(QStringLiteral("Extract audio"), 2);
-        model.fileFinished(job, {QStringLiteral("/in/surf.mp4"),
-                                 {QStringLiteral("/out/surf.m4a")},
-                                 FileState::Done,
-                                 QStringLiteral("4.71 MB")});
-        model.fileFinished(job, {QStringLiteral("/in/mist.mkv"),
-                                 {},
-                                 FileState::Failed,
-                                 QStringLiteral("extract: /in/mist.mkv: no audio track")});
-        model.addLog(QStringLiteral("Export failed: no audio track"), {}, true, job);
+        const int job = model.beginJob(u"Extract audio"_s, 2);
+        model.fileFinished(
+            job, {u"/in/surf.mp4"_s, {u"/out/surf.m4a"_s}, FileState::Done, u"4.71 MB"_s});
+        model.fileFinished(
+            job,
+            {u"/in/mist.mkv"_s, {}, FileState::Failed, u"extract: /in/mist.mkv: no audio track"_s});
+        model.addLog(u"Export failed: no audio track"_s, {}, true, job);
         model.endJob(job);
         return job;
     }
@@ -88,42 +84,42 @@ protected:
 };
 
 TEST_F(ActivityViews, BarSaysWhatRunsAndHowManyDid) {
-    EXPECT_EQ(bar->statusText(), QStringLiteral("Nothing running"));
+    EXPECT_EQ(bar->statusText(), u"Nothing running");
     EXPECT_FALSE(part<BusyIndicator>("jobProgressor")->isVisible());
     EXPECT_EQ(chip("doneChip"), QString());
-    bar->setListSummary(QStringLiteral("19 items, 28.74 GB"));
-    EXPECT_EQ(part<ToneLabel>("listTotal")->text(), QStringLiteral("19 items, 28.74 GB"));
+    bar->setListSummary(u"19 items, 28.74 GB"_s);
+    EXPECT_EQ(part<ToneLabel>("listTotal")->text(), u"19 items, 28.74 GB");
 
     extractAudio();
-    model.endJob(model.beginJob(QStringLiteral("Import")));
-    const int job = model.beginJob(QStringLiteral("Convert to MP4"), 6);
+    model.endJob(model.beginJob(u"Import"_s));
+    const int job = model.beginJob(u"Convert to MP4"_s, 6);
     for (int i = 0; i < 3; ++i)
-        model.fileFinished(job, {QStringLiteral("/in/a.mov"), {}, FileState::Done, {}});
+        model.fileFinished(job, {u"/in/a.mov"_s, {}, FileState::Done, {}});
     settle();
-    EXPECT_EQ(bar->statusText(), QStringLiteral("Convert to MP4, 3 of 6 files"));
+    EXPECT_EQ(bar->statusText(), u"Convert to MP4, 3 of 6 files");
     EXPECT_TRUE(part<BusyIndicator>("jobProgressor")->isTurning());
     model.setExportsAlone(job);
     settle();
     EXPECT_FALSE(part<BusyIndicator>("jobProgressor")->isTurning()) << "it is the worker's";
     EXPECT_EQ(part<ThinProgress>("jobProgress")->value(), 500);
-    EXPECT_EQ(chip("runningChip"), QStringLiteral("1 running"));
-    EXPECT_EQ(chip("failedChip"), QStringLiteral("1 failed"));
-    EXPECT_EQ(chip("doneChip"), QStringLiteral("1 done"));
+    EXPECT_EQ(chip("runningChip"), u"1 running");
+    EXPECT_EQ(chip("failedChip"), u"1 failed");
+    EXPECT_EQ(chip("doneChip"), u"1 done");
 
-    bar->showMessage(QStringLiteral("Not available yet"));
-    EXPECT_EQ(bar->statusText(), QStringLiteral("Not available yet"));
+    bar->showMessage(u"Not available yet"_s);
+    EXPECT_EQ(bar->statusText(), u"Not available yet");
     model.endJob(job);
     settle();
-    EXPECT_EQ(bar->statusText(), QStringLiteral("Nothing running"));
+    EXPECT_EQ(bar->statusText(), u"Nothing running");
     EXPECT_FALSE(part<BusyIndicator>("jobProgressor")->isTurning());
     bar->setBusyVisible(true);
     EXPECT_TRUE(part<BusyIndicator>("jobProgressor")->isTurning());
 }
 
 TEST_F(ActivityViews, NamesTheEndOfAJobForScreenReaders) {
-    EXPECT_EQ(bar->accessibleName(), QStringLiteral("Activity"));
+    EXPECT_EQ(bar->accessibleName(), u"Activity");
     extractAudio();
-    EXPECT_EQ(bar->accessibleName(), QStringLiteral("Activity. Extract audio: 1 done, 1 failed"));
+    EXPECT_EQ(bar->accessibleName(), u"Activity. Extract audio: 1 done, 1 failed");
 }
 
 TEST_F(ActivityViews, OpensOnceOnAFailureAndLeavesTheFocus) {
@@ -138,10 +134,10 @@ TEST_F(ActivityViews, OpensOnceOnAFailureAndLeavesTheFocus) {
     settle();
     EXPECT_FALSE(panel->isOpen());
     EXPECT_FALSE(panel->isVisible());
-    EXPECT_EQ(part<Button>("activityArrow")->accessibleName(), QStringLiteral("Show Activity"));
+    EXPECT_EQ(part<Button>("activityArrow")->accessibleName(), u"Show Activity");
 
-    const int job = model.beginJob(QStringLiteral("Save changes"), 3);
-    const ActivityFile failed{QStringLiteral("/in/b.mov"), {}, FileState::Failed, {}};
+    const int job = model.beginJob(u"Save changes"_s, 3);
+    const ActivityFile failed{u"/in/b.mov"_s, {}, FileState::Failed, {}};
     model.fileFinished(job, failed);
     EXPECT_TRUE(panel->isOpen()) << "another run";
     bar->toggle();
@@ -161,7 +157,7 @@ TEST_F(ActivityViews, NothingMovesWhenTheDesktopAsksForStillness) {
     for (QWidget* widget :
          {static_cast<QWidget*>(panel), part<QWidget>("jobProgressor"), part<QWidget>("jobTable")})
         widget->setStyle(&still);
-    model.beginJob(QStringLiteral("Import"));
+    model.beginJob(u"Import"_s);
     bar->toggle();
     EXPECT_EQ(panel->height(), ActivityPanel::kHeight) << "at once";
     bar->setBusyVisible(true);
@@ -175,33 +171,32 @@ TEST_F(ActivityViews, NothingMovesWhenTheDesktopAsksForStillness) {
 
 TEST_F(ActivityViews, SegmentsFilterTheTasks) {
     extractAudio();
-    model.endJob(model.beginJob(QStringLiteral("Import")));
-    const int job = model.beginJob(QStringLiteral("Save changes"), 2);
+    model.endJob(model.beginJob(u"Import"_s));
+    const int job = model.beginJob(u"Save changes"_s, 2);
     settle();
     auto* segment = part<Segment>("activitySegment");
-    EXPECT_EQ(segment->part(0)->text(), QStringLiteral("All 3"));
-    EXPECT_EQ(segment->part(1)->text(), QStringLiteral("Running 1"));
-    EXPECT_EQ(segment->part(2)->text(), QStringLiteral("Failed 1"));
-    EXPECT_EQ(rows(), (QStringList{QStringLiteral("Save changes"), QStringLiteral("Import"),
-                                   QStringLiteral("Extract audio")}));
+    EXPECT_EQ(segment->part(0)->text(), u"All 3");
+    EXPECT_EQ(segment->part(1)->text(), u"Running 1");
+    EXPECT_EQ(segment->part(2)->text(), u"Failed 1");
+    EXPECT_EQ(rows(), (QStringList{u"Save changes"_s, u"Import"_s, u"Extract audio"_s}));
     QTest::mouseClick(segment->part(1), Qt::LeftButton);
-    EXPECT_EQ(rows(), QStringList{QStringLiteral("Save changes")});
+    EXPECT_EQ(rows(), QStringList{u"Save changes"_s});
     EXPECT_TRUE(panel->findChild<JobTable*>()->isTurning());
     model.endJob(job);
     settle();
     EXPECT_TRUE(rows().isEmpty());
     EXPECT_FALSE(panel->findChild<JobTable*>()->isTurning());
     QTest::mouseClick(segment->part(2), Qt::LeftButton);
-    EXPECT_EQ(rows(), QStringList{QStringLiteral("Extract audio")});
+    EXPECT_EQ(rows(), QStringList{u"Extract audio"_s});
 
-    model.addLog(QStringLiteral("urls==/in"), QStringLiteral("/in/c.mov"));
+    model.addLog(u"urls==/in"_s, u"/in/c.mov"_s);
     QTest::mouseClick(segment->part(3), Qt::LeftButton);
     EXPECT_EQ(panel->shown(), ActivityPanel::Log);
     const QString log = logText("activityLog");
-    EXPECT_TRUE(log.contains(QLatin1String("Export failed: no audio track\n")));
-    EXPECT_TRUE(log.endsWith(QLatin1String("  urls==/in  /in/c.mov")));
+    EXPECT_TRUE(log.contains("Export failed: no audio track\n"_L1));
+    EXPECT_TRUE(log.endsWith("  urls==/in  /in/c.mov"_L1));
     EXPECT_EQ(part<LogView>("activityLog")->model()->rowCount(), 2);
-    model.addLog(QStringLiteral("one more"));
+    model.addLog(u"one more"_s);
     settle();
     EXPECT_EQ(part<LogView>("activityLog")->model()->rowCount(), 3);
 
@@ -217,22 +212,21 @@ TEST_F(ActivityViews, DetailsShowFilesWithReasonsAndActOnThem) {
     auto* list = part<QListView>("jobFiles");
     const auto* files = list->model();
     ASSERT_EQ(files->rowCount(), 2);
-    EXPECT_EQ(files->index(0, 0).data().toString(), QStringLiteral("surf.m4a"));
-    EXPECT_EQ(files->index(0, 0).data(JobFiles::NoteRole).toString(), QStringLiteral("4.71 MB"));
-    EXPECT_EQ(files->index(1, 0).data().toString(), QStringLiteral("mist.mkv"));
-    EXPECT_EQ(files->index(1, 0).data(JobFiles::NoteRole).toString(),
-              QStringLiteral("extract: no audio track"))
+    EXPECT_EQ(files->index(0, 0).data().toString(), u"surf.m4a");
+    EXPECT_EQ(files->index(0, 0).data(JobFiles::NoteRole).toString(), u"4.71 MB");
+    EXPECT_EQ(files->index(1, 0).data().toString(), u"mist.mkv");
+    EXPECT_EQ(files->index(1, 0).data(JobFiles::NoteRole).toString(), u"extract: no audio track")
         << "the row says the file already";
-    EXPECT_EQ(part<ToneLabel>("jobResult")->text(), QStringLiteral("1 done, 1 failed"));
-    EXPECT_TRUE(logText("jobLog").endsWith(QLatin1String("Export failed: no audio track")));
+    EXPECT_EQ(part<ToneLabel>("jobResult")->text(), u"1 done, 1 failed");
+    EXPECT_TRUE(logText("jobLog").endsWith("Export failed: no audio track"_L1));
 
     QSignalSpy revealed(panel, &ActivityPanel::revealRequested);
     QTest::mouseClick(part<Button>("revealJobBtn"), Qt::LeftButton);
     ASSERT_EQ(revealed.count(), 1);
-    EXPECT_EQ(revealed[0][0].toStringList(), QStringList{QStringLiteral("/out/surf.m4a")});
+    EXPECT_EQ(revealed[0][0].toStringList(), QStringList{u"/out/surf.m4a"_s});
     list->setCurrentIndex(files->index(1, 0));
     QTest::mouseClick(part<Button>("revealJobBtn"), Qt::LeftButton);
-    EXPECT_EQ(revealed[1][0].toStringList(), QStringList{QStringLiteral("/in/mist.mkv")});
+    EXPECT_EQ(revealed[1][0].toStringList(), QStringList{u"/in/mist.mkv"_s});
 
     QSignalSpy retried(&model, &ActivityModel::retryRequested);
     EXPECT_FALSE(part<Button>("cancelJobBtn")->isVisible());
@@ -240,24 +234,24 @@ TEST_F(ActivityViews, DetailsShowFilesWithReasonsAndActOnThem) {
     ASSERT_EQ(retried.count(), 1);
     EXPECT_EQ(retried[0][0].toInt(), job);
 
-    const int running = model.beginJob(QStringLiteral("Save changes"), 2);
+    const int running = model.beginJob(u"Save changes"_s, 2);
     model.setCanCancel(running, true);
     panel->chooseJob(running);
     settle();
     QSignalSpy cancelled(&model, &ActivityModel::cancelRequested);
-    EXPECT_EQ(part<ToneLabel>("jobResult")->text(), QStringLiteral("0 of 2 files"));
+    EXPECT_EQ(part<ToneLabel>("jobResult")->text(), u"0 of 2 files");
     EXPECT_FALSE(part<Button>("retryJobBtn")->isVisible());
     QTest::mouseClick(part<Button>("cancelJobBtn"), Qt::LeftButton);
     ASSERT_EQ(cancelled.count(), 1);
     EXPECT_EQ(cancelled[0][0].toInt(), running);
     EXPECT_EQ(files->rowCount(), 0);
-    model.fileFinished(running, {QStringLiteral("/in/d.mov"), {}, FileState::Done, {}});
+    model.fileFinished(running, {u"/in/d.mov"_s, {}, FileState::Done, {}});
     settle();
     EXPECT_EQ(files->rowCount(), 1);
 }
 
 TEST_F(ActivityViews, DetailsShowHowFarEachExportIs) {
-    const int job = model.beginJob(QStringLiteral("Convert to MP4"), 4);
+    const int job = model.beginJob(u"Convert to MP4"_s, 4);
     bar->toggle();
     const auto* files = part<QListView>("jobFiles")->model();
     const auto shown = [&] {
@@ -268,15 +262,15 @@ TEST_F(ActivityViews, DetailsShowHowFarEachExportIs) {
                     files->index(row, 0).data(JobFiles::NoteRole).toString();
         return rows.join(u", ");
     };
-    const QString a = QStringLiteral("/in/a.mov"), b = QStringLiteral("/in/b.mov");
+    const QString a = u"/in/a.mov"_s, b = u"/in/b.mov"_s;
     model.setRunning(job, {{a, 0.1}, {b, 0.2}});
     EXPECT_EQ(shown(), u"a.mov 10%, b.mov 20%");
     EXPECT_FALSE(files->index(0, 0).flags().testFlag(Qt::ItemIsSelectable));
-    model.fileFinished(job, {a, {QStringLiteral("/out/a.mp4")}, FileState::Done, {}});
+    model.fileFinished(job, {a, {u"/out/a.mp4"_s}, FileState::Done, {}});
     model.setRunning(job, {{b, 0.6}});
     EXPECT_EQ(shown(), u"b.mov 60%, a.mp4 ");
     part<QListView>("jobFiles")->setCurrentIndex(files->index(1, 0));
-    model.fileFinished(job, {b, {}, FileState::Failed, QStringLiteral("no film")});
+    model.fileFinished(job, {b, {}, FileState::Failed, u"no film"_s});
     EXPECT_EQ(shown(), u"a.mp4 , b.mov no film");
     EXPECT_EQ(part<QListView>("jobFiles")->currentIndex().row(), 0) << "the same file as before";
     model.clearFinished();
@@ -303,13 +297,13 @@ TEST(LogLines, FollowsALogThatLosesItsOldestLines) {
     EXPECT_EQ(lines.rowCount(), 11);
     EXPECT_EQ(removed.count(), 1);
     EXPECT_EQ(resets.count(), 0) << "a selection must survive";
-    EXPECT_EQ(lines.index(0).data().toString(), QStringLiteral("3"));
-    EXPECT_EQ(lines.index(10).data().toString(), QStringLiteral("13"));
+    EXPECT_EQ(lines.index(0).data().toString(), u"3");
+    EXPECT_EQ(lines.index(10).data().toString(), u"13");
     log.clear();
     add(50, 60);
     lines.refresh(60, 1); // nothing of the old ones is left
     EXPECT_EQ(lines.rowCount(), 10);
-    EXPECT_EQ(lines.index(0).data().toString(), QStringLiteral("50"));
+    EXPECT_EQ(lines.index(0).data().toString(), u"50");
     lines.refresh(10, 2);
     EXPECT_EQ(resets.count(), 1) << "another log";
 }
@@ -323,7 +317,7 @@ TEST_F(ActivityViews, RepaintsRarelyUnderLoad) {
             return false;
         }
     } paints;
-    const int job = model.beginJob(QStringLiteral("Import"));
+    const int job = model.beginJob(u"Import"_s);
     bar->toggle();
     settle();
     part<ToneLabel>("jobStatuslab")->installEventFilter(&paints);
@@ -331,7 +325,7 @@ TEST_F(ActivityViews, RepaintsRarelyUnderLoad) {
     clock.start();
     int files = 0;
     while (clock.elapsed() < 1000) {
-        model.fileFinished(job, {QStringLiteral("/in/a.mov"), {}, FileState::Done, {}});
+        model.fileFinished(job, {u"/in/a.mov"_s, {}, FileState::Done, {}});
         ++files;
         QTest::qWait(2);
     }

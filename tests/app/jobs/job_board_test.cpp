@@ -20,9 +20,9 @@ protected:
     /// A job over "/0", "/1", … that ends each file as `ends` says then.
     BoardJob jobOf(qsizetype files) {
         BoardJob job;
-        job.title = QStringLiteral("Save");
+        job.title = u"Save"_s;
         for (qsizetype i = 0; i < files; ++i)
-            job.order.sources.append(QStringLiteral("/%1").arg(i));
+            job.order.sources.append(u"/%1"_s.arg(i));
         job.order.work = [this](jobs::Run& run, const std::vector<std::size_t>& items) {
             asked.push_back(items);
             while (waits && !run.isCancelled())
@@ -74,7 +74,7 @@ TEST_F(JobBoardTest, ShowsEachOutcomeOnceAndKeepsOnlyWhatCanBeTriedAgain) {
         job.took = [&taken](int, std::vector<JobArrival>& arrivals) {
             taken += arrivals.size();
             for (JobArrival& arrival : arrivals)
-                arrival.file.note = QStringLiteral("noted");
+                arrival.file.note = u"noted"_s;
         };
         returned = 0;
         const int id = board.start(job);
@@ -105,13 +105,13 @@ TEST_F(JobBoardTest, AnotherTryIsARowOfItsOwnAboutWhatFailed) {
     EXPECT_THAT(asked, ElementsAre(ElementsAre(0, 1, 2), ElementsAre(0, 2), ElementsAre(2)));
 
     QStringList again; // a row that is not the board's
-    const int import = model.beginJob(QStringLiteral("Import"));
+    const int import = model.beginJob(u"Import"_s);
     board.setRetry(import, [&again](const QStringList& failed) { again = failed; });
-    model.fileFinished(import, {QStringLiteral("/x"), {}, FileState::Failed, {}});
-    model.fileFinished(import, {QStringLiteral("/y"), {}, FileState::Done, {}});
+    model.fileFinished(import, {u"/x"_s, {}, FileState::Failed, {}});
+    model.fileFinished(import, {u"/y"_s, {}, FileState::Done, {}});
     model.endJob(import);
     Q_EMIT model.retryRequested(import);
-    EXPECT_EQ(again, QStringList{QStringLiteral("/x")});
+    EXPECT_EQ(again, QStringList{u"/x"_s});
 }
 
 TEST_F(JobBoardTest, ACancelIsOfOneRowAndTheEndOfTheBoardOfAll) {
@@ -119,8 +119,8 @@ TEST_F(JobBoardTest, ACancelIsOfOneRowAndTheEndOfTheBoardOfAll) {
     waits = true;
     const int first = board.start(jobOf(1));
     const int second = board.start(jobOf(1));
-    EXPECT_EQ(board.jobOfFile(QStringLiteral("/0")), first);
-    EXPECT_EQ(board.jobOfFile(QStringLiteral("/1")), 0);
+    EXPECT_EQ(board.jobOfFile(u"/0"_s), first);
+    EXPECT_EQ(board.jobOfFile(u"/1"_s), 0);
     Q_EMIT model.retryRequested(first); // it still runs
     EXPECT_EQ(model.jobs().size(), 2u);
     Q_EMIT model.cancelRequested(second);
@@ -129,7 +129,7 @@ TEST_F(JobBoardTest, ACancelIsOfOneRowAndTheEndOfTheBoardOfAll) {
     EXPECT_EQ(model.job(second)->cancelled, 1);
     waits = false;
     EXPECT_THAT(statesOf(first), ElementsAre(FileState::Done));
-    EXPECT_EQ(board.jobOfFile(QStringLiteral("/0")), 0);
+    EXPECT_EQ(board.jobOfFile(u"/0"_s), 0);
 
     waits = true;
     auto gone = std::make_unique<JobBoard>(model);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "media/image_item.h"
+#include "tests/testkit/testkit.h"
 
 #include <QImage>
 
@@ -15,14 +16,14 @@ inline media::MutableItemPointer listItem(const QString& path, const QString& ar
     item->filePath = path;
     item->fileName = path.mid(path.lastIndexOf(u'/') + 1);
     item->fileArist = artist;
-    item->fileSize = QStringLiteral("1.00 MB");
+    item->fileSize = u"1.00 MB"_s;
     return item;
 }
 
 inline std::vector<media::ItemPointer> listItems(int count) {
     std::vector<media::ItemPointer> items;
     for (int i = 0; i < count; ++i)
-        items.push_back(listItem(QStringLiteral("/films/clip %1.mp4").arg(i)));
+        items.push_back(listItem(u"/films/clip %1.mp4"_s.arg(i)));
     return items;
 }
 

@@ -4,17 +4,15 @@
 #include "app/list/media_list_model.h"
 #include "app/list/media_table_view.h"
 #include "app/list/photo_grid.h"
+#include "tests/app/drops.h"
 #include "tests/app/list/list_items.h"
 #include "tests/testkit/testkit.h"
 
 #include <QApplication>
-#include <QDragEnterEvent>
 #include <QHeaderView>
-#include <QMimeData>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
-#include <QUrl>
 
 namespace clipheave::app {
 
@@ -57,7 +55,7 @@ protected:
         QDragMoveEvent move(QPoint(9, 9), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(m_view.viewport(), &move);
         EXPECT_EQ(enter.isAccepted(), move.isAccepted());
-        EXPECT_EQ(m_view.findChild<QWidget*>(u"dropOutline"_qs)->isVisible(), enter.isAccepted());
+        EXPECT_EQ(m_view.findChild<QWidget*>(u"dropOutline"_s)->isVisible(), enter.isAccepted());
         if (drop) {
             QDropEvent end(QPointF(9, 9), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
             QApplication::sendEvent(m_view.viewport(), &end);
@@ -66,12 +64,12 @@ protected:
             QDragLeaveEvent leave;
             QApplication::sendEvent(m_view.viewport(), &leave);
         }
-        EXPECT_FALSE(m_view.findChild<QWidget*>(u"dropOutline"_qs)->isVisible());
+        EXPECT_FALSE(m_view.findChild<QWidget*>(u"dropOutline"_s)->isVisible());
         return enter.isAccepted();
     }
 
     testkit::TempDir m_dir;
-    ThumbnailService m_service{ThumbnailCache(m_dir.path(u"thumbnails"_qs))};
+    ThumbnailService m_service{ThumbnailCache(m_dir.path("thumbnails"))};
     MediaListModel m_model;
     MediaTableView m_view;
 };
@@ -79,11 +77,11 @@ protected:
 } // namespace
 
 TEST_F(MediaTable, ShowsTheColumnsOfTheItems) {
-    auto item = listItem(u"/a/clip <b>.mp4"_qs, u"Anna"_qs);
-    item->fileduratStr = u"5s"_qs;
-    item->fileType = u"MPEG-4 video"_qs;
-    item->fileAblumName = u"Trip"_qs;
-    item->fileCreateDateStr = u"2025:06:14 21:41:07"_qs;
+    auto item = listItem(u"/a/clip <b>.mp4"_s, u"Anna"_s);
+    item->fileduratStr = u"5s"_s;
+    item->fileType = u"MPEG-4 video"_s;
+    item->fileAblumName = u"Trip"_s;
+    item->fileCreateDateStr = u"2025:06:14 21:41:07"_s;
     m_model.appendItem(item);
     m_model.appendItem(std::make_shared<media::IKImageItem>());
     QStringList cells, headers, emptyRow;
@@ -94,13 +92,12 @@ TEST_F(MediaTable, ShowsTheColumnsOfTheItems) {
         headers.append(m_model.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
     }
     EXPECT_EQ(cells.join(u'|'),
-              u"clip <b>.mp4|1.00 MB|5s|MPEG-4 video|Anna|Trip|2025:06:14 21:41:07"_qs);
-    EXPECT_EQ(emptyRow.join(u'|'), u"|||Image|||"_qs);
+              u"clip <b>.mp4|1.00 MB|5s|MPEG-4 video|Anna|Trip|2025:06:14 21:41:07");
+    EXPECT_EQ(emptyRow.join(u'|'), u"|||Image|||");
     EXPECT_EQ(headers.join(u'|'), u"Media Name|Media Size|Media Length|Media Kind|Media Artist|"
-                                  "Media Album|Media Created Date"_qs);
-    EXPECT_EQ(m_model.index(0, 4).data(Qt::ToolTipRole).toString(), u"Anna"_qs);
-    EXPECT_EQ(m_model.index(0, 0).data(Qt::ToolTipRole).toString(),
-              u"<qt>clip &lt;b&gt;.mp4</qt>"_qs);
+                                  "Media Album|Media Created Date"_s);
+    EXPECT_EQ(m_model.index(0, 4).data(Qt::ToolTipRole).toString(), u"Anna");
+    EXPECT_EQ(m_model.index(0, 0).data(Qt::ToolTipRole).toString(), u"<qt>clip &lt;b&gt;.mp4</qt>");
     EXPECT_FALSE(m_model.index(1, 4).data(Qt::ToolTipRole).isValid());
 }
 
@@ -116,18 +113,18 @@ TEST_F(MediaTable, ReplacedItemsShowInTheirRowsAndKeepTheSelection) {
     ItemChanges replaced;
     for (const int i : {2, 3, 5}) {
         auto copy = std::make_shared<media::IKImageItem>(*items[static_cast<std::size_t>(i)]);
-        copy->fileName = u"new %1"_qs.arg(i);
+        copy->fileName = u"new %1"_s.arg(i);
         replaced.emplace_back(items[static_cast<std::size_t>(i)], copy);
     }
-    replaced.emplace_back(listItem(u"/not/in/the list"_qs), listItem(u"/not/in/the list"_qs));
+    replaced.emplace_back(listItem(u"/not/in/the list"_s), listItem(u"/not/in/the list"_s));
     m_model.replaceItems(replaced);
     std::size_t rows = 0;
     for (const auto& change : changes)
         for (int row = change[0].toModelIndex().row(); row <= change[1].toModelIndex().row(); ++row)
             rows += names()[row] != before[row] ? 1u : 100u;
     EXPECT_EQ(rows, replaced.size() - 1) << "exactly the rows that are others now";
-    EXPECT_EQ(names().filter(u"new"_qs).size(), 3);
-    EXPECT_EQ(names().count(u"clip 2.mp4"_qs), 1) << "the other one of the same path stays";
+    EXPECT_EQ(names().filter(u"new"_s).size(), 3);
+    EXPECT_EQ(names().count(u"clip 2.mp4"_s), 1) << "the other one of the same path stays";
     EXPECT_EQ(selectedRowsOf(m_view), QList<int>{1});
     EXPECT_TRUE(m_model.isSorted());
 }
@@ -141,7 +138,7 @@ TEST_F(MediaTable, AppendAndRefillKeepSelectionAndScrollPosition) {
     const QSignalSpy selections(m_view.selectionModel(), &QItemSelectionModel::selectionChanged);
     const QSignalSpy resets(&m_model, &QAbstractItemModel::modelReset);
     for (int i = 0; i < 50; ++i)
-        m_model.appendItem(listItem(u"/films/new.mp4"_qs));
+        m_model.appendItem(listItem(u"/films/new.mp4"_s));
     m_model.setContent(listItems(300)); // another list of other items
     QApplication::processEvents();
     EXPECT_EQ(m_view.verticalScrollBar()->value(), 1000);
@@ -149,12 +146,12 @@ TEST_F(MediaTable, AppendAndRefillKeepSelectionAndScrollPosition) {
     EXPECT_EQ(m_view.currentIndex().row(), 150);
     EXPECT_TRUE(selections.isEmpty());
     EXPECT_TRUE(resets.isEmpty());
-    EXPECT_EQ(names().at(260), u"clip 260.mp4"_qs);
+    EXPECT_EQ(names().at(260), u"clip 260.mp4");
 
     auto fewer = listItems(100);
     fewer.erase(fewer.begin());
     m_model.setContent(fewer);
-    EXPECT_EQ(names().front(), u"clip 1.mp4"_qs);
+    EXPECT_EQ(names().front(), u"clip 1.mp4");
     EXPECT_EQ(m_model.rowCount(), 99);
     EXPECT_EQ(selectedRowsOf(m_view), QList<int>({3}));
 }
@@ -172,62 +169,59 @@ TEST_F(MediaTable, SortsItsContentAndForgetsItWithTheNextFilling) {
     ASSERT_EQ(clicks.size(), 1);
     EXPECT_EQ(clicks[0][0].toInt(), 0);
     m_model.sortByColumn(0);
-    EXPECT_EQ(names().join(u' '), u"d10.mp4 d9.mp4 b.mp4 a.mp4 _c.mp4"_qs);
+    EXPECT_EQ(names().join(u' '), u"d10.mp4 d9.mp4 b.mp4 a.mp4 _c.mp4");
     EXPECT_EQ(m_model.sortedColumn(), media::Column::Name);
     EXPECT_FALSE(m_model.isAscending());
     EXPECT_TRUE(selectedRowsOf(m_view).isEmpty());
     m_model.sortByColumn(0);
-    EXPECT_EQ(names().join(u' '), u"_c.mp4 a.mp4 b.mp4 d9.mp4 d10.mp4"_qs);
+    EXPECT_EQ(names().join(u' '), u"_c.mp4 a.mp4 b.mp4 d9.mp4 d10.mp4");
     EXPECT_TRUE(m_model.isAscending());
     m_model.sortByColumn(1);
     EXPECT_TRUE(m_model.isAscending()); // numbers start small
     EXPECT_EQ(states.size(), 3);
 
-    items.push_back(listItem(u"/new.mp4"_qs));
+    items.push_back(listItem(u"/new.mp4"_s));
     m_model.setContent(items);
-    EXPECT_EQ(names().join(u' '), u"b.mp4 a.mp4 _c.mp4 d10.mp4 d9.mp4 new.mp4"_qs);
+    EXPECT_EQ(names().join(u' '), u"b.mp4 a.mp4 _c.mp4 d10.mp4 d9.mp4 new.mp4");
     EXPECT_FALSE(m_model.isSorted());
     m_model.sortByColumn(99);
     EXPECT_FALSE(m_model.isSorted());
 }
 
 TEST_F(MediaTable, TakesDropsThatBeginWithMediaOrAFolder) {
-    m_dir.write(u"folder.x/note.txt"_qs, "x");
+    m_dir.write("folder.x/note.txt", "x");
     const auto urls = [&](const QStringList& paths) {
         auto data = std::make_unique<QMimeData>();
-        QList<QUrl> list;
-        for (const QString& path : paths)
-            list.append(QUrl::fromLocalFile(path));
-        data->setUrls(list);
+        data->setUrls(urlsOf(paths));
         return data;
     };
-    EXPECT_TRUE(takes(*urls({u"/a/b.MP3"_qs, u"/a/b.txt"_qs})));
-    EXPECT_TRUE(takes(*urls({u"/a/b c.mov"_qs})));
-    EXPECT_TRUE(takes(*urls({m_dir.path(u"folder.x"_qs)})));
-    EXPECT_FALSE(takes(*urls({m_dir.path(u"folder.x/note.txt"_qs)})));
-    EXPECT_FALSE(takes(*urls({u"/a/b.jpg"_qs, u"/a/b.mp3"_qs})));
+    EXPECT_TRUE(takes(*urls({u"/a/b.MP3"_s, u"/a/b.txt"_s})));
+    EXPECT_TRUE(takes(*urls({u"/a/b c.mov"_s})));
+    EXPECT_TRUE(takes(*urls({m_dir.path("folder.x")})));
+    EXPECT_FALSE(takes(*urls({m_dir.path("folder.x/note.txt")})));
+    EXPECT_FALSE(takes(*urls({u"/a/b.jpg"_s, u"/a/b.mp3"_s})));
     EXPECT_FALSE(takes(*urls({})));
     QMimeData text;
-    text.setText(u"/a/b.mp3"_qs);
+    text.setText(u"/a/b.mp3"_s);
     EXPECT_FALSE(takes(text));
     QMimeData web;
-    web.setUrls({QUrl(u"https://example.org/b.mp3"_qs)});
+    web.setUrls({QUrl(u"https://example.org/b.mp3"_s)});
     EXPECT_FALSE(takes(web));
 
     QSignalSpy drops(&m_view, &MediaTableView::pathsDropped);
-    EXPECT_TRUE(takes(*urls({u"/a/b.mp3"_qs, u"/ü/c d.png"_qs}), true));
-    EXPECT_FALSE(takes(*urls({u"/a/b.jpg"_qs}), true));
+    EXPECT_TRUE(takes(*urls({u"/a/b.mp3"_s, u"/ü/c d.png"_s}), true));
+    EXPECT_FALSE(takes(*urls({u"/a/b.jpg"_s}), true));
     ASSERT_EQ(drops.size(), 1);
-    EXPECT_EQ(drops[0][0].toStringList(), QStringList({u"/a/b.mp3"_qs, u"/ü/c d.png"_qs}));
+    EXPECT_EQ(drops[0][0].toStringList(), QStringList({u"/a/b.mp3"_s, u"/ü/c d.png"_s}));
 
     // A name of bytes that are no UTF-8 comes through.
     class RawUrls : public QMimeData {
-        QStringList formats() const override { return {u"text/uri-list"_qs}; }
+        QStringList formats() const override { return {u"text/uri-list"_s}; }
         QVariant retrieveData(const QString&, QMetaType) const override {
             return QByteArray("# comment\r\nfile:///a/%E4.mp3\r\nfile://localhost/b/\r\n");
         }
     } raw;
-    EXPECT_EQ(droppedPaths(&raw), QStringList({u"/a/"_qs + QChar(0xDCE4) + u".mp3"_qs, u"/b"_qs}));
+    EXPECT_EQ(droppedPaths(&raw), QStringList({u"/a/"_s + QChar(0xDCE4) + u".mp3"_s, u"/b"_s}));
 }
 
 TEST_F(MediaTable, ADragCarriesTheRowNumbersAlone) {
@@ -235,8 +229,8 @@ TEST_F(MediaTable, ADragCarriesTheRowNumbersAlone) {
     const std::unique_ptr<QMimeData> data(m_model.mimeData(
         {m_model.index(7, 0), m_model.index(2, 0), m_model.index(2, 1), m_model.index(7, 3)}));
     ASSERT_NE(data, nullptr);
-    EXPECT_EQ(data->formats(), QStringList({u"text/uri-list"_qs}));
-    const QByteArray archive = data->data(u"text/uri-list"_qs);
+    EXPECT_EQ(data->formats(), QStringList({u"text/uri-list"_s}));
+    const QByteArray archive = data->data(u"text/uri-list"_s);
     EXPECT_EQ(archive, QByteArray::fromHex("00000002"
                                            "00000002"
                                            "00000007"));
@@ -307,7 +301,7 @@ TEST_F(MediaTable, GridShowsTheSameRowsAsTiles) {
                       grid.visualRect(m_model.index(36, 0)).center());
     EXPECT_EQ(selectedRowsOf(grid), QList<int>({36, 38}));
     const int scrolled = grid.verticalScrollBar()->value();
-    m_model.appendItem(listItem(u"/films/new.mp4"_qs));
+    m_model.appendItem(listItem(u"/films/new.mp4"_s));
     QTest::qWait(50);
     EXPECT_EQ(grid.verticalScrollBar()->value(), scrolled);
     EXPECT_EQ(selectedRowsOf(grid), QList<int>({36, 38}));
@@ -315,18 +309,18 @@ TEST_F(MediaTable, GridShowsTheSameRowsAsTiles) {
 
 TEST(ListPainting, ElidesNamesBeforeTheirExtension) {
     const QFontMetrics metrics{QFont()};
-    const QString name = u"reynisfjara-sunset-drone-second-flight.mp4"_qs;
+    const QString name = u"reynisfjara-sunset-drone-second-flight.mp4"_s;
     EXPECT_EQ(elidedName(name, metrics, 2000), name);
     for (int width = 80; width < metrics.horizontalAdvance(name); width += 7) {
         const QString text = elidedName(name, metrics, width);
-        EXPECT_LE(metrics.horizontalAdvance(text), width) << text.toStdString();
-        EXPECT_TRUE(text.endsWith(u"ght.mp4"_qs)) << text.toStdString();
+        EXPECT_LE(metrics.horizontalAdvance(text), width) << text;
+        EXPECT_TRUE(text.endsWith(u"ght.mp4"_s)) << text;
         EXPECT_TRUE(text.contains(u'…'));
     }
-    const QString emoji = u"😀😀😀😀😀😀😀😀😀😀😀😀😀😀😀😀😀😀😀😀.mov"_qs;
+    const QString emoji = u"😀😀😀😀😀😀😀😀😀😀😀😀😀😀😀😀😀😀😀😀.mov"_s;
     for (int width = 60; width < 200; ++width)
         EXPECT_TRUE(elidedName(emoji, metrics, width).isValidUtf16());
-    EXPECT_EQ(elidedName(u"abc.mp4"_qs, metrics, 0).size(), 1);
+    EXPECT_EQ(elidedName(u"abc.mp4"_s, metrics, 0).size(), 1);
 }
 
 } // namespace clipheave::app

@@ -13,17 +13,14 @@
 #include "media/fact_lines.h"
 #include "media/fields.h"
 #include "platform/foundation/notification_center.h"
+#include "tests/app/drops.h"
 #include "tests/testkit/media.h"
 
 #include <QBuffer>
-#include <QDropEvent>
 #include <QImage>
 #include <QLabel>
-#include <QMimeData>
-#include <QScrollArea>
 #include <QSignalSpy>
 #include <QTest>
-#include <QUrl>
 
 #include <algorithm>
 
@@ -35,45 +32,45 @@ using testing::IsEmpty;
 
 media::IKImageItem video() {
     media::IKImageItem item;
-    item.fileName = QStringLiteral("reynisfjara-sunset-drone.mp4");
-    item.filePath = QStringLiteral("/nowhere/ring-road/day-03/reynisfjara-sunset-drone.mp4");
-    item.fileType = QStringLiteral("MPEG-4 video");
-    item.fileSize = QStringLiteral("1.94 GB");
-    item.fileduratStr = QStringLiteral("3m:18s");
+    item.fileName = u"reynisfjara-sunset-drone.mp4"_s;
+    item.filePath = u"/nowhere/ring-road/day-03/reynisfjara-sunset-drone.mp4"_s;
+    item.fileType = u"MPEG-4 video"_s;
+    item.fileSize = u"1.94 GB"_s;
+    item.fileduratStr = u"3m:18s"_s;
     item.filePixWidth = 3840;
     item.filepixHeigh = 2160;
-    item.fileBitRate = QStringLiteral("192000 bps");
-    item.fileSampleRate = QStringLiteral("48000 Hz");
-    item.fileChannels = QStringLiteral("2");
-    item.shootDateStr = QStringLiteral("2025-06-14 21:41:07");
-    item.fileCreateDateStr = QStringLiteral("2025:06:14 21:41:07");
-    item.fileTitle = QStringLiteral("Reynisfjara at last light");
-    item.fileAblumName = QStringLiteral("Iceland Ring Road");
-    item.fileArist = QStringLiteral("Halla Brim");
-    item.fileDirector = QStringLiteral("Teitur Vang");
-    item.filePublisher = QStringLiteral("Norðurljós Films");
-    item.fileKeyWords = QStringLiteral("drone, black sand, sea stacks");
-    item.fileDescription = QStringLiteral("One pass west to east, wind 9 m/s");
-    item.latitudeFormat = QStringLiteral("+");
+    item.fileBitRate = u"192000 bps"_s;
+    item.fileSampleRate = u"48000 Hz"_s;
+    item.fileChannels = u"2"_s;
+    item.shootDateStr = u"2025-06-14 21:41:07"_s;
+    item.fileCreateDateStr = u"2025:06:14 21:41:07"_s;
+    item.fileTitle = u"Reynisfjara at last light"_s;
+    item.fileAblumName = u"Iceland Ring Road"_s;
+    item.fileArist = u"Halla Brim"_s;
+    item.fileDirector = u"Teitur Vang"_s;
+    item.filePublisher = u"Norðurljós Films"_s;
+    item.fileKeyWords = u"drone, black sand, sea stacks"_s;
+    item.fileDescription = u"One pass west to east, wind 9 m/s"_s;
+    item.latitudeFormat = u"+"_s;
     item.filelatitude = 63.4043;
-    item.longtitudeFormat = QStringLiteral("-");
+    item.longtitudeFormat = u"-"_s;
     item.filelongtitude = 19.0571;
-    item.AtitudeFormat = QStringLiteral("+");
+    item.AtitudeFormat = u"+"_s;
     item.fileAtitude = 84.2;
     return item;
 }
 
 media::IKImageItem audioFile() {
     media::IKImageItem item;
-    item.fileName = QStringLiteral("01 Northbound Tide.flac");
-    item.filePath = QStringLiteral("/nowhere/albums/northbound-tide/01 Northbound Tide.flac");
-    item.fileType = QStringLiteral("FLAC audio");
-    item.fileduratStr = QStringLiteral("4m:51s");
-    item.fileTitle = QStringLiteral("Northbound Tide");
-    item.fileArist = QStringLiteral("Oran Vale");
-    item.fileAlbumArist = QStringLiteral("1/9");
-    item.fileComposer = QStringLiteral("Halla Brim, Oran Vale");
-    item.fileLyricist = QStringLiteral("Instrumental");
+    item.fileName = u"01 Northbound Tide.flac"_s;
+    item.filePath = u"/nowhere/albums/northbound-tide/01 Northbound Tide.flac"_s;
+    item.fileType = u"FLAC audio"_s;
+    item.fileduratStr = u"4m:51s"_s;
+    item.fileTitle = u"Northbound Tide"_s;
+    item.fileArist = u"Oran Vale"_s;
+    item.fileAlbumArist = u"1/9"_s;
+    item.fileComposer = u"Halla Brim, Oran Vale"_s;
+    item.fileLyricist = u"Instrumental"_s;
     return item;
 }
 
@@ -114,8 +111,7 @@ protected:
 };
 
 QString flagsText(const media::ChangeFlags& flags) {
-    return QStringLiteral("%1%2%3")
-        .arg(flags.basicInfoChange)
+    return u"%1%2%3"_s.arg(flags.basicInfoChange)
         .arg(flags.cameraInfoChange)
         .arg(flags.gpsInfoChange);
 }
@@ -126,32 +122,32 @@ TEST_F(Panes, AVideoIsShownAndComesBackAsItWasShown) {
     for (const FactLabel* label : body("mediaMetaView")->findChildren<FactLabel*>())
         facts.append(label->text());
     EXPECT_THAT(facts, testing::SizeIs(11));
-    EXPECT_TRUE(facts.contains(QStringLiteral("File Dimensions: 3840 x 2160")));
-    EXPECT_TRUE(facts.contains(QStringLiteral("Duration: 3m:18s")));
+    EXPECT_TRUE(facts.contains(u"File Dimensions: 3840 x 2160"_s));
+    EXPECT_TRUE(facts.contains(u"Duration: 3m:18s"_s));
     const media::VideoPane shown = media::ShowVideoViewWithItem(video()), back = m_pane.videoPane();
     for (const media::VideoFormField& row : media::kVideoFormFields) {
         EXPECT_EQ(back.texts.*row.text, shown.texts.*row.text) << row.objectName;
         EXPECT_EQ(back.shown.*row.shown, shown.shown.*row.shown) << row.objectName;
         EXPECT_EQ(field(row.objectName)->accessibleName(), QLatin1String(row.label));
     }
-    EXPECT_EQ(back.texts.mediaLongtitude, QStringLiteral("-19.0571"));
-    EXPECT_EQ(back.texts.mediaAatitude, QStringLiteral("84.2"));
-    EXPECT_EQ(flagsText(back.flags), QStringLiteral("000"));
-    EXPECT_EQ(m_pane.videoArtistText(), QStringLiteral("Halla Brim"));
+    EXPECT_EQ(back.texts.mediaLongtitude, u"-19.0571");
+    EXPECT_EQ(back.texts.mediaAatitude, u"84.2");
+    EXPECT_EQ(flagsText(back.flags), u"000");
+    EXPECT_EQ(m_pane.videoArtistText(), u"Halla Brim");
 }
 
 TEST_F(Panes, TypingChangesTheTextAndKeepsTheMemory) {
     showVideo(video());
     QSignalSpy began(&m_pane, &DetailPane::fieldEditingBegan);
-    type("mediaTitle", QStringLiteral("ab"));
-    type("mediakeywords", QStringLiteral("!"));
+    type("mediaTitle", u"ab"_s);
+    type("mediakeywords", u"!"_s);
     const media::VideoPane pane = m_pane.videoPane();
-    EXPECT_EQ(pane.texts.mediaTitle, QStringLiteral("Reynisfjara at last lightab"));
-    EXPECT_EQ(pane.shown.oldMovieTitle, QStringLiteral("Reynisfjara at last light"));
-    EXPECT_EQ(changeNote("mediaMetaView"), QStringLiteral("2 changed"));
-    EXPECT_THAT(began, ElementsAre(ElementsAre(QVariant(QStringLiteral("mediaTitle"))),
-                                   ElementsAre(QVariant(QStringLiteral("mediakeywords")))));
-    EXPECT_EQ(flagsText(pane.flags), QStringLiteral("110"));
+    EXPECT_EQ(pane.texts.mediaTitle, u"Reynisfjara at last lightab");
+    EXPECT_EQ(pane.shown.oldMovieTitle, u"Reynisfjara at last light");
+    EXPECT_EQ(changeNote("mediaMetaView"), u"2 changed");
+    EXPECT_THAT(began, ElementsAre(ElementsAre(QVariant(u"mediaTitle"_s)),
+                                   ElementsAre(QVariant(u"mediakeywords"_s))));
+    EXPECT_EQ(flagsText(pane.flags), u"110");
 
     // Typed back: nothing is marked any more, but an edit did begin.
     QTest::keyClick(field("mediakeywords"), Qt::Key_Backspace);
@@ -159,13 +155,13 @@ TEST_F(Panes, TypingChangesTheTextAndKeepsTheMemory) {
     QTest::keyClick(field("mediaTitle"), Qt::Key_Backspace);
     QTest::keyClick(field("mediaTitle"), Qt::Key_Backspace);
     EXPECT_EQ(changeNote("mediaMetaView"), QString());
-    EXPECT_EQ(flagsText(m_pane.videoPane().flags), QStringLiteral("110"));
+    EXPECT_EQ(flagsText(m_pane.videoPane().flags), u"110");
 }
 
 TEST_F(Panes, EachVideoFieldSetsTheFlagOfItsGroup) {
     for (const media::VideoFormField& row : media::kVideoFormFields) {
         showVideo(video());
-        type(row.objectName, QStringLiteral("x"));
+        type(row.objectName, u"x"_s);
         media::ChangeFlags expected;
         expected.*row.group = true;
         EXPECT_EQ(flagsText(m_pane.videoPane().flags), flagsText(expected)) << row.objectName;
@@ -174,7 +170,7 @@ TEST_F(Panes, EachVideoFieldSetsTheFlagOfItsGroup) {
                                       {"mediaLongtitude", "001"},
                                       {"mediaAatitude", "000"}}) {
         showVideo(video());
-        type(name, QStringLiteral("1"));
+        type(name, u"1"_s);
         EXPECT_EQ(flagsText(m_pane.videoPane().flags), QLatin1String(flags)) << name;
     }
 }
@@ -185,34 +181,33 @@ TEST_F(Panes, AAudioIsShownAndEachFieldSetsTheFlagOfItsGroup) {
     EXPECT_TRUE(body("audioContentView")->isVisible());
     EXPECT_FALSE(body("mediaMetaView")->isVisible());
     EXPECT_THAT(body("audioContentView")->findChildren<FactLabel*>(), testing::SizeIs(9));
-    EXPECT_EQ(m_pane.audioPane().texts.ablumAristlab, QStringLiteral("1/9"));
-    EXPECT_EQ(m_pane.audioPane().shown.oldArtistStr, QStringLiteral("Halla Brim"))
-        << "the video pane's artist";
+    EXPECT_EQ(m_pane.audioPane().texts.ablumAristlab, u"1/9");
+    EXPECT_EQ(m_pane.audioPane().shown.oldArtistStr, u"Halla Brim") << "the video pane's artist";
     for (const media::AudioField& row : media::kAudioFields) {
         showAudioFile(audioFile());
         const QString before = field(row.objectName)->text();
-        type(row.objectName, QStringLiteral("x"));
+        type(row.objectName, u"x"_s);
         const media::AudioPane pane = m_pane.audioPane();
         media::ChangeFlags expected;
         if (row.group != nullptr)
             expected.*row.group = true;
         EXPECT_EQ(flagsText(pane.flags), flagsText(expected)) << row.objectName;
         EXPECT_EQ(pane.texts.*row.text, before + u'x') << row.objectName;
-        EXPECT_EQ(changeNote("audioContentView"), QStringLiteral("1 changed")) << row.objectName;
+        EXPECT_EQ(changeNote("audioContentView"), u"1 changed") << row.objectName;
     }
     EXPECT_TRUE(field("audioCreateDatelab")->isHidden());
 }
 
 TEST_F(Panes, AnotherItemDropsWhatWasTyped) {
     showVideo(video());
-    type("mediaTitle", QStringLiteral("x"));
-    type("mediaLatitude", QStringLiteral("5"));
+    type("mediaTitle", u"x"_s);
+    type("mediaLatitude", u"5"_s);
     media::IKImageItem other = video();
     other.fileTitle = QString();
     showVideo(other);
     EXPECT_EQ(m_pane.videoPane().texts.mediaTitle, QString());
-    EXPECT_EQ(m_pane.videoPane().texts.mediaLatitude, QStringLiteral("63.4043"));
-    EXPECT_EQ(flagsText(m_pane.videoPane().flags), QStringLiteral("000"));
+    EXPECT_EQ(m_pane.videoPane().texts.mediaLatitude, u"63.4043");
+    EXPECT_EQ(flagsText(m_pane.videoPane().flags), u"000");
     EXPECT_EQ(changeNote("mediaMetaView"), QString());
     m_pane.showNothing();
     EXPECT_FALSE(body("mediaMetaView")->isVisible());
@@ -222,18 +217,18 @@ TEST_F(Panes, AnotherItemDropsWhatWasTyped) {
 
 TEST_F(Panes, ThePositionIsWrittenOutAndMovesTheMap) {
     showVideo(video());
-    const auto* map = m_pane.findChild<MapView*>(QStringLiteral("mediaMapView"));
-    const auto* caption = m_pane.findChild<QLabel*>(QStringLiteral("locationText"));
+    const auto* map = m_pane.findChild<MapView*>(u"mediaMapView"_s);
+    const auto* caption = m_pane.findChild<QLabel*>(u"locationText"_s);
     ASSERT_TRUE(map && caption);
-    EXPECT_EQ(caption->text(), QStringLiteral("63.4043|-19.0571|84.2"));
-    EXPECT_EQ(field("mediaLongtitude")->suffix(), QStringLiteral("W"));
+    EXPECT_EQ(caption->text(), u"63.4043|-19.0571|84.2");
+    EXPECT_EQ(field("mediaLongtitude")->suffix(), u"W");
     EXPECT_NEAR(map->centre().longitude, -19.0571, 1e-6);
     field("mediaLongtitude")->selectAll();
     type("mediaLongtitude", {});
     field("mediaLongtitude")->selectAll();
-    QTest::keyClicks(field("mediaLongtitude"), QStringLiteral("151.25"));
-    EXPECT_EQ(caption->text(), QStringLiteral("63.4043|151.25|84.2"));
-    EXPECT_EQ(field("mediaLongtitude")->suffix(), QStringLiteral("E"));
+    QTest::keyClicks(field("mediaLongtitude"), u"151.25"_s);
+    EXPECT_EQ(caption->text(), u"63.4043|151.25|84.2");
+    EXPECT_EQ(field("mediaLongtitude")->suffix(), u"E");
     ASSERT_THAT(map->annotations(), testing::SizeIs(1));
     EXPECT_NEAR(map->annotations().first().longitude, 151.25, 1e-9);
     EXPECT_NEAR(map->centre().longitude, 151.25, 1e-6);
@@ -250,48 +245,45 @@ TEST_F(Panes, TheLengthComesFromThePlayerWhenTheFileDoesNotTell) {
     const testkit::TempDir dir;
     media::IKImageItem item = video();
     item.fileduratStr = QString();
-    item.filePath = dir.write(u"three.wav"_qs, testkit::waveFile(QByteArray(24'000, '\x80')));
+    item.filePath = dir.write("three.wav", testkit::waveFile(QByteArray(24'000, '\x80')));
     QSignalSpy known(&m_pane, &DetailPane::durationKnown);
     showVideo(item);
     EXPECT_TRUE(QTest::qWaitFor([&known] { return !known.isEmpty(); }));
     QStringList facts;
     for (const FactLabel* label : body("mediaMetaView")->findChildren<FactLabel*>())
         facts.append(label->text());
-    EXPECT_TRUE(facts.contains(QStringLiteral("Duration: 3s"))) << facts.join(u' ').toStdString();
+    EXPECT_TRUE(facts.contains(u"Duration: 3s"_s)) << facts.join(u' ');
 }
 
 TEST_F(Panes, TheFootSaysWhatSaveWrites) {
     m_pane.setTouchedCount(3);
     EXPECT_EQ(m_pane.footNote(),
-              QStringLiteral("Writes to all 3 selected files, as copies in the storage folder"));
+              u"Writes to all 3 selected files, as copies in the storage folder");
     m_pane.setTouchedCount(1);
     EXPECT_EQ(m_pane.footNote(),
-              QStringLiteral("Saves a copy in the storage folder; the original is not changed"));
+              u"Saves a copy in the storage folder; the original is not changed");
 }
 
 TEST_F(Panes, WhileSortedTheFootNamesTheFiles) {
     showVideo(video());
-    const QStringList three{QStringLiteral("a.mp4"), QStringLiteral("b.mov"),
-                            QStringLiteral("<b>c.mkv")};
+    const QStringList three{u"a.mp4"_s, u"b.mov"_s, u"<b>c.mkv"_s};
     m_pane.setTouchedNames(three, false);
     EXPECT_EQ(m_pane.footNote(),
-              QStringLiteral("Writes to all 3 selected files, as copies in the storage folder"));
+              u"Writes to all 3 selected files, as copies in the storage folder");
     m_pane.setTouchedNames(three, true);
-    EXPECT_EQ(
-        m_pane.footNote(),
-        QStringLiteral("Writes to a.mp4, b.mov and <b>c.mkv, as copies in the storage folder"));
-    m_pane.setTouchedNames(three.first(1), true);
     EXPECT_EQ(m_pane.footNote(),
-              QStringLiteral("Writes to a.mp4, as a copy in the storage folder"));
-    auto* note = m_pane.findChild<QLabel*>(QStringLiteral("saveNote"));
+              u"Writes to a.mp4, b.mov and <b>c.mkv, as copies in the storage folder");
+    m_pane.setTouchedNames(three.first(1), true);
+    EXPECT_EQ(m_pane.footNote(), u"Writes to a.mp4, as a copy in the storage folder");
+    auto* note = m_pane.findChild<QLabel*>(u"saveNote"_s);
     QStringList many;
     for (int i = 0; i < 50; ++i)
-        many.append(QStringLiteral("%1%2.mp4").arg(QString(280, u'x')).arg(i));
+        many.append(u"%1%2.mp4"_s.arg(QString(280, u'x')).arg(i));
     for (const int width : {520, 600, 960}) {
         m_pane.resize(width, 820);
         m_pane.setTouchedNames(many, true);
-        EXPECT_TRUE(m_pane.footNote().contains(QStringLiteral("0.mp4"))) << width;
-        EXPECT_TRUE(m_pane.footNote().contains(QStringLiteral("more, as copies"))) << width;
+        EXPECT_TRUE(m_pane.footNote().contains(u"0.mp4"_s)) << width;
+        EXPECT_TRUE(m_pane.footNote().contains(u"more, as copies"_s)) << width;
         const int needed = note->heightForWidth(note->width());
         EXPECT_LE(needed, 2 * note->fontMetrics().lineSpacing() + 2) << width;
     }
@@ -301,8 +293,8 @@ TEST_F(Panes, WhileSortedTheFootNamesTheFiles) {
     const auto narrow = m_pane.footNote().size();
     m_pane.resize(960, 820);
     EXPECT_TRUE(QTest::qWaitFor([&] { return m_pane.footNote().size() > narrow; }))
-        << "a wider foot names more: " << m_pane.footNote().toStdString();
-    EXPECT_TRUE(note->toolTip().contains(QStringLiteral("29.mp4\nand 20 more")));
+        << "a wider foot names more: " << m_pane.footNote();
+    EXPECT_TRUE(note->toolTip().contains(u"29.mp4\nand 20 more"_s));
     m_pane.setTouchedCount(1);
     EXPECT_TRUE(note->toolTip().isEmpty());
 }
@@ -319,14 +311,14 @@ QStringList misplaced(const QWidget* part) {
         const auto over = [&place](const QRect& other) { return other.intersects(place); };
         if (!part->rect().contains(place) || std::any_of(taken.begin(), taken.end(), over))
             faults.append(
-                QStringLiteral("%1 %2 at %3, %4")
+                u"%1 %2 at %3, %4"_s
                     .arg(QLatin1String(control->metaObject()->className()), control->objectName())
                     .arg(place.x())
                     .arg(place.y()));
         taken.append(place);
     }
     if (taken.size() < 30)
-        faults.append(QStringLiteral("only %1 controls").arg(taken.size()));
+        faults.append(u"only %1 controls"_s.arg(taken.size()));
     return faults;
 }
 
@@ -341,8 +333,7 @@ TEST_F(Panes, NothingIsCutOrOverlapsAtAnyWidth) {
             const QWidget* part = body(view);
             EXPECT_TRUE(QTest::qWaitFor(
                 [&] { return part->width() <= width && misplaced(part).isEmpty(); }, 2000))
-                << view << " " << width << ": "
-                << misplaced(part).join(QStringLiteral("; ")).toStdString();
+                << view << " " << width << ": " << misplaced(part).join(u"; "_s).toStdString();
         }
     }
 }
@@ -401,45 +392,25 @@ TEST_F(Panes, ThePlayerFillsTheScreenAndComesBack) {
     }));
 }
 
-/// The image file of a drag or the clipboard.
-void setFiles(QMimeData& data, const QStringList& paths) {
-    QList<QUrl> urls;
-    for (const QString& path : paths)
-        urls.append(QUrl::fromLocalFile(path));
-    data.setUrls(urls);
-}
-
-bool drop(QWidget* target, const QStringList& paths) {
-    QMimeData data;
-    setFiles(data, paths);
-    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(target, &enter);
-    if (!enter.isAccepted())
-        return false;
-    QDropEvent event(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(target, &event);
-    return event.isAccepted();
-}
-
 TEST_F(Panes, TheWellTakesOneImageFileByDropAndPaste) {
     showVideo(video());
-    auto* well = m_pane.findChild<ArtworkWell*>(QStringLiteral("mediaImageView"));
+    auto* well = m_pane.findChild<ArtworkWell*>(u"mediaImageView"_s);
     ASSERT_NE(well, nullptr);
     QList<QObject*> posted;
     auto& centre = platform::NSNotificationCenter::defaultCenter();
-    centre.addObserver_name(&posted, QStringLiteral("NSDragOperationImageViewNote"),
+    centre.addObserver_name(&posted, u"NSDragOperationImageViewNote"_s,
                             [&posted](QObject* object) { posted.append(object); });
-    EXPECT_FALSE(drop(well, {QStringLiteral("/a/notes.txt")}));
-    EXPECT_FALSE(drop(well, {QStringLiteral("/a/1.jpg"), QStringLiteral("/a/2.jpg")}));
-    EXPECT_TRUE(drop(well, {QStringLiteral("/a/1.jpg")}));
-    EXPECT_EQ(well->droppedPath(), QStringLiteral("/a/1.jpg"));
+    EXPECT_FALSE(dropFiles(well, {u"/a/notes.txt"_s}));
+    EXPECT_FALSE(dropFiles(well, {u"/a/1.jpg"_s, u"/a/2.jpg"_s}));
+    EXPECT_TRUE(dropFiles(well, {u"/a/1.jpg"_s}));
+    EXPECT_EQ(well->droppedPath(), u"/a/1.jpg");
     QMimeData copied;
-    setFiles(copied, {QStringLiteral("/a/Cover \u00e9.PNG")});
+    copied.setUrls(urlsOf({u"/a/Cover \u00e9.PNG"_s}));
     QObject::connect(&m_pane, &DetailPane::pasteRequested, well,
                      [&] { m_pane.pasteArtwork(&copied); });
     well->setFocus();
     QTest::keySequence(well, QKeySequence::Paste);
-    EXPECT_EQ(well->droppedPath(), QStringLiteral("/a/Cover \u00e9.PNG"));
+    EXPECT_EQ(well->droppedPath(), u"/a/Cover \u00e9.PNG");
     EXPECT_EQ(posted, QList<QObject*>({well, well}));
     centre.removeObserver(&posted);
 }
@@ -457,7 +428,7 @@ TEST_F(Panes, AChosenCoverIsShownAndComesBackWithThePane) {
     m_pane.setArtwork(cover);
     EXPECT_EQ(m_pane.videoPane().texts.mediaImageView, cover);
     EXPECT_TRUE(m_pane.videoPane().shown.shownArtwork.isNull());
-    auto* well = m_pane.findChild<ArtworkWell*>(QStringLiteral("mediaImageView"));
+    auto* well = m_pane.findChild<ArtworkWell*>(u"mediaImageView"_s);
     const auto middle = [well] { return well->grab().toImage().pixelColor(62, 62); };
     EXPECT_TRUE(QTest::qWaitFor([&] { return middle() == QColor(Qt::red); }))
         << "decoded and painted";

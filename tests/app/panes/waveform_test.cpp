@@ -5,7 +5,6 @@
 #include "platform/media/model/media_engine.h"
 #include "tests/testkit/testkit.h"
 
-#include <QFileInfo>
 #include <QImage>
 #include <QSignalSpy>
 #include <QTest>
@@ -17,10 +16,10 @@ QString writeTone(const testkit::TempDir& folder, const char* name, int pattern)
     const auto engine = platform::mediaEngine();
     EXPECT_TRUE(engine);
     platform::SampleMedia tone;
-    tone.container = QStringLiteral("wav");
-    tone.audioCodec = QStringLiteral("pcm_s16le");
+    tone.container = u"wav"_s;
+    tone.audioCodec = u"pcm_s16le"_s;
     tone.pattern = pattern;
-    const QString path = folder.path(QString::fromLatin1(name));
+    const QString path = folder.path(name);
     EXPECT_TRUE((*engine)->writeSample(tone, path));
     return path;
 }
@@ -83,9 +82,9 @@ TEST(Waveform, ShowsWhatIsPlayedHidesWithoutAudioAndSeeksByMouseAndKeys) {
     line.setFocus();
     QTest::keyClick(&line, Qt::Key_Left);
     EXPECT_EQ(line.value(), 1000);
-    EXPECT_EQ(line.accessibleName(), QStringLiteral("Waveform"));
+    EXPECT_EQ(line.accessibleName(), u"Waveform");
 
-    line.showFile(folder.write(QStringLiteral("notes.wav"), "no sound at all"), {});
+    line.showFile(folder.write("notes.wav", "no sound at all"), {});
     EXPECT_TRUE(QTest::qWaitFor([&line] { return line.isHidden(); }));
 }
 

@@ -47,7 +47,7 @@ protected:
     }
     static void TearDownTestSuite() { s_folder.reset(); }
 
-    static QString clip(const char* name) { return s_folder->path(QString::fromUtf8(name)); }
+    static QString clip(const char* name) { return s_folder->path(name); }
 
     static inline std::unique_ptr<testkit::TempDir> s_folder;
 };
@@ -139,13 +139,13 @@ TEST_F(PlayerTest, PlaysToTheEndAndFromThereAnew) {
 TEST_F(PlayerTest, TellsWhatCannotBePlayed) {
     MpvPlayer player;
     QSignalSpy failed(&player, &MpvPlayer::failed);
-    const QString broken = s_folder->write(QStringLiteral("broken.mp4"), QByteArray(4000, 'x'));
+    const QString broken = s_folder->write("broken.mp4", QByteArray(4000, 'x'));
     // A list of other files is no medium: what it names is not opened.
     const QString list =
-        s_folder->write(QStringLiteral("list.m3u"), "#EXTM3U\n" + clip("grey.mp4").toUtf8() + "\n");
-    for (const QString& path : {broken, list, s_folder->path(QStringLiteral("missing.mp4"))}) {
+        s_folder->write("list.m3u", "#EXTM3U\n" + clip("grey.mp4").toUtf8() + "\n");
+    for (const QString& path : {broken, list, s_folder->path("missing.mp4")}) {
         player.open(path);
-        ASSERT_TRUE(failed.wait(5000)) << path.toStdString();
+        ASSERT_TRUE(failed.wait(5000)) << path;
         EXPECT_FALSE(failed.takeLast().first().toString().isEmpty());
         EXPECT_FALSE(player.isOpen());
         EXPECT_TRUE(player.render({32, 18}).isNull());
@@ -254,24 +254,24 @@ TEST_F(PlayerTest, BarSeeksWhereItIsPressed) {
     QTest::mouseRelease(line, Qt::LeftButton, {}, {6, 8});
     QTest::keyClick(line, Qt::Key_Right);
     EXPECT_TRUE(showsFrame(*view.player(), 10));
-    EXPECT_EQ(bar.findChildren<QLabel*>().at(0)->text(), QStringLiteral("00:01.00"));
+    EXPECT_EQ(bar.findChildren<QLabel*>().at(0)->text(), u"00:01.00");
     EXPECT_EQ(line->value(), 1000);
 
     QTest::mouseClick(play, Qt::LeftButton);
     EXPECT_FALSE(view.player()->isPaused());
-    EXPECT_EQ(play->accessibleName(), QStringLiteral("Pause"));
+    EXPECT_EQ(play->accessibleName(), u"Pause");
     view.clear();
     EXPECT_FALSE(play->isEnabled());
-    EXPECT_EQ(play->accessibleName(), QStringLiteral("Play"));
+    EXPECT_EQ(play->accessibleName(), u"Play");
 }
 
 TEST(TransportTime, IsCutToHundredths) {
-    EXPECT_EQ(transportTime(75.08), QStringLiteral("01:15.08"));
-    EXPECT_EQ(transportTime(198.129), QStringLiteral("03:18.12"));
-    EXPECT_EQ(transportTime(1.15), QStringLiteral("00:01.15"));
-    EXPECT_EQ(transportTime(59.999), QStringLiteral("00:59.99"));
-    EXPECT_EQ(transportTime(7500), QStringLiteral("125:00.00"));
-    EXPECT_EQ(transportTime(-3), QStringLiteral("00:00.00"));
-    EXPECT_EQ(transportTime(std::nan("")), QStringLiteral("00:00.00"));
-    EXPECT_EQ(transportTime(90.9, false), QStringLiteral("01:30"));
+    EXPECT_EQ(transportTime(75.08), u"01:15.08");
+    EXPECT_EQ(transportTime(198.129), u"03:18.12");
+    EXPECT_EQ(transportTime(1.15), u"00:01.15");
+    EXPECT_EQ(transportTime(59.999), u"00:59.99");
+    EXPECT_EQ(transportTime(7500), u"125:00.00");
+    EXPECT_EQ(transportTime(-3), u"00:00.00");
+    EXPECT_EQ(transportTime(std::nan("")), u"00:00.00");
+    EXPECT_EQ(transportTime(90.9, false), u"01:30");
 }

@@ -3,7 +3,6 @@
 #include "tests/testkit/testkit.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QDirIterator>
 #include <QImage>
 #include <QPalette>
@@ -100,9 +99,8 @@ TEST(Theme, ApplyGivesTheApplicationItsColours) {
 TEST(Theme, StyleSheetHasNoPlaceholderLeft) {
     const QString sheet = Theme::instance().styleSheet();
     EXPECT_GT(sheet.size(), 1000);
-    EXPECT_FALSE(sheet.contains(QLatin1Char('@')))
-        << sheet.mid(sheet.indexOf(QLatin1Char('@')), 20).toStdString();
-    EXPECT_TRUE(sheet.contains(QLatin1String("#43cdbd")));
+    EXPECT_FALSE(sheet.contains(u'@')) << sheet.mid(sheet.indexOf(u'@'), 20);
+    EXPECT_TRUE(sheet.contains("#43cdbd"_L1));
 }
 
 TEST(Theme, FontsFollowTheScale) {
@@ -115,53 +113,43 @@ TEST(Theme, FontsFollowTheScale) {
 }
 
 TEST(ThemeIcon, EveryImageNameOfTheControllerIsThere) {
-    for (const char* name : {"Close_Down.png",     "Close_Nom.png",
-                             "Min_Nom.png",        "Resize_Nom.png",
-                             "applydown.png",      "backdown.png",
-                             "bgroud.png",         "blackground.png",
-                             "bottomwindow.png",   "cameraphotodown.png",
-                             "cameraphotonom.png", "compressbtn.png",
-                             "convertbtn.png",     "delete.png",
-                             "deletemetadata.png", "downloadphoto.png",
-                             "editbtn.png",        "editdown.png",
-                             "editexifnom.png",    "editimageview.png",
-                             "editnom.png",        "editphotometa.png",
-                             "extractbtn.png",     "extractmetadown.png",
-                             "extractmetanom.png", "importphototoedit.png",
-                             "localphotodown.png", "localphotonom.png",
-                             "mainwindow.png",     "opendevice.png",
-                             "renamebtn.png",      "savechanges.png",
-                             "templatedown.png",   "titlebargreen.png",
-                             "titlebarred.png",    "titlebarreddown.png",
-                             "titlebaryellow.png", "watermarkbtn.png",
-                             "artworkimage"}) {
-        const QIcon icon = themeIcon(QLatin1String(name));
+    const QString names =
+        u"Close_Down.png Close_Nom.png Min_Nom.png Resize_Nom.png applydown.png backdown.png "
+        u"bgroud.png blackground.png bottomwindow.png cameraphotodown.png cameraphotonom.png "
+        u"compressbtn.png convertbtn.png delete.png deletemetadata.png downloadphoto.png "
+        u"editbtn.png editdown.png editexifnom.png editimageview.png editnom.png editphotometa.png "
+        u"extractbtn.png extractmetadown.png extractmetanom.png importphototoedit.png "
+        u"localphotodown.png localphotonom.png mainwindow.png opendevice.png renamebtn.png "
+        u"savechanges.png templatedown.png titlebargreen.png titlebarred.png titlebarreddown.png "
+        u"titlebaryellow.png watermarkbtn.png artworkimage"_s;
+    for (const QString& name : names.split(u' ')) {
+        const QIcon icon = themeIcon(name);
         EXPECT_FALSE(icon.isNull()) << name;
         EXPECT_EQ(inkOf(icon.pixmap(20)).alpha(), 255) << name;
     }
-    EXPECT_TRUE(themeIcon(QStringLiteral("nosuch.png")).isNull());
+    EXPECT_TRUE(themeIcon(u"nosuch.png"_s).isNull());
     EXPECT_TRUE(themeIcon({}).isNull());
 }
 
 TEST(ThemeIcon, EveryIconDrawsInTheColourOfItsToken) {
     Theme& theme = Theme::instance();
-    QDirIterator icons(QStringLiteral(":/icons"));
+    QDirIterator icons(u":/icons"_s);
     int count = 0;
     while (icons.hasNext()) {
         icons.next();
         const QString name = icons.fileInfo().completeBaseName();
         ++count;
-        if (name == QLatin1String("mark")) // the only one with colours of its own
+        if (name == "mark"_L1) // the only one with colours of its own
             continue;
         EXPECT_EQ(inkOf(themeIcon(name, Token::accent).pixmap(48)), theme.color(Token::accent))
-            << name.toStdString();
+            << name;
     }
     EXPECT_EQ(count, 83);
 }
 
 TEST(ThemeIcon, FollowsModeThemeAndPixelRatio) {
     Theme& theme = Theme::instance();
-    const QIcon icon = themeIcon(QStringLiteral("surface"), Token::kPhoto);
+    const QIcon icon = themeIcon(u"surface"_s, Token::kPhoto);
     for (const Appearance appearance : {Appearance::Light, Appearance::Dark}) {
         theme.apply(appearance);
         EXPECT_EQ(middleOf(icon.pixmap(16)), theme.color(Token::kPhoto));

@@ -12,7 +12,6 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QImage>
-#include <QMenuBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -34,7 +33,7 @@ public:
             const QString text = QLatin1String(name);
             NSNotificationCenter::defaultCenter().addObserver_name(
                 this, text, [this, text](QObject* object) {
-                    m_posts.append(text + QLatin1Char(' ') + object->objectName());
+                    m_posts.append(text + u' ' + object->objectName());
                 });
         }
     }
@@ -54,13 +53,12 @@ protected:
 };
 
 TEST_F(WidgetsTest, ImageButtonPostsOnceForMouseAndKeys) {
-    ImageButton button(ButtonKind::Tool, QStringLiteral("Convert"),
-                       QStringLiteral("convertbtn.png"));
-    button.setObjectName(QStringLiteral("videoConvertBtn"));
+    ImageButton button(ButtonKind::Tool, u"Convert"_s, u"convertbtn.png"_s);
+    button.setObjectName(u"videoConvertBtn"_s);
     button.show();
     Posts posts;
     QSignalSpy clicked(&button, &QAbstractButton::clicked);
-    const QString down = QStringLiteral("MybuttonMouseDown videoConvertBtn");
+    const QString down = u"MybuttonMouseDown videoConvertBtn"_s;
     QTest::mousePress(&button, Qt::LeftButton);
     EXPECT_THAT(posts.take(), ElementsAre(down)); // at once, before the release
     EXPECT_EQ(clicked.count(), 0);
@@ -84,26 +82,25 @@ TEST_F(WidgetsTest, ImageButtonPostsOnceForMouseAndKeys) {
 }
 
 TEST_F(WidgetsTest, ImageButtonTellsOfThePointerAndSurvivesItsHandler) {
-    auto* button = new ImageButton(ButtonKind::Icon, QStringLiteral("Add"), QStringLiteral("add"));
-    button->setObjectName(QStringLiteral("b"));
+    auto* button = new ImageButton(ButtonKind::Icon, u"Add"_s, u"add"_s);
+    button->setObjectName(u"b"_s);
     Posts posts;
     QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
     QApplication::sendEvent(button, &enter);
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(button, &leave);
-    EXPECT_THAT(posts.take(), ElementsAre(QStringLiteral("PRbuttonMouseEntered b"),
-                                          QStringLiteral("PRbuttonMouseExited b")));
+    EXPECT_THAT(posts.take(), ElementsAre(u"PRbuttonMouseEntered b"_s, u"PRbuttonMouseExited b"_s));
     QPointer<ImageButton> alive(button);
     const int tag = 0;
-    NSNotificationCenter::defaultCenter().addObserver_name(
-        &tag, QStringLiteral("MybuttonMouseDown"), [](QObject* object) { delete object; });
+    NSNotificationCenter::defaultCenter().addObserver_name(&tag, u"MybuttonMouseDown"_s,
+                                                           [](QObject* object) { delete object; });
     button->activate();
     NSNotificationCenter::defaultCenter().removeObserver(&tag);
     EXPECT_EQ(alive, nullptr);
 }
 
 TEST_F(WidgetsTest, ImageButtonIsLiftedWhenAMenuTookTheRelease) {
-    ImageButton button(ButtonKind::Tool, QStringLiteral("Edit"), QStringLiteral("editbtn.png"));
+    ImageButton button(ButtonKind::Tool, u"Edit"_s, u"editbtn.png"_s);
     button.setOpensMenu(true);
     button.show();
     QMouseEvent press(QEvent::MouseButtonPress, {5, 5}, button.mapToGlobal(QPointF(5, 5)),
@@ -130,27 +127,25 @@ TEST_F(WidgetsTest, ButtonsAreAsHighAsDesigned) {
                                        {ButtonKind::SmallSegment, 24},
                                        {ButtonKind::Icon, 28},
                                        {ButtonKind::WindowClose, 36}})
-        EXPECT_EQ(
-            ImageButton(kind, QStringLiteral("Text"), QStringLiteral("add")).sizeHint().height(),
-            height)
+        EXPECT_EQ(ImageButton(kind, u"Text"_s, u"add"_s).sizeHint().height(), height)
             << static_cast<int>(kind);
 }
 
 TEST_F(WidgetsTest, FactLabelKeepsItsWholeText) {
-    FactLabel label(QStringLiteral("Modified Date: "));
+    FactLabel label(u"Modified Date: "_s);
     EXPECT_EQ(label.text(), u"Modified Date: ");
-    const QString size = QStringLiteral("File Size: ");
-    label.setFact(size, QStringLiteral("1.94 GB"));
+    const QString size = u"File Size: "_s;
+    label.setFact(size, u"1.94 GB"_s);
     EXPECT_EQ(label.text(), u"File Size: 1.94 GB");
     EXPECT_EQ(label.toolTip(), u"1.94 GB");
     label.setFact(size, {});
     EXPECT_EQ(label.text(), u"File Size: ");
     EXPECT_TRUE(label.toolTip().isEmpty());
-    const QString path = QStringLiteral("/a: b/<b>long</b>") + QString(200, QLatin1Char('x'));
-    label.setFact(QStringLiteral("Location: "), path);
+    const QString path = u"/a: b/<b>long</b>"_s + QString(200, u'x');
+    label.setFact(u"Location: "_s, path);
     label.resize(120, 20);
     label.grab();
-    EXPECT_EQ(label.text(), QStringLiteral("Location: ") + path);
+    EXPECT_EQ(label.text(), u"Location: "_s + path);
     EXPECT_EQ(label.toolTip(), path);
 }
 
@@ -158,7 +153,7 @@ TEST_F(WidgetsTest, EditFieldMarksChangesAndTellsOfTheFirstOnly) {
     QWidget window;
     auto* column = new QVBoxLayout(&window);
     auto* field = new EditField;
-    auto* row = new FieldRow(QStringLiteral("Title"), field);
+    auto* row = new FieldRow(u"Title"_s, field);
     auto* other = new EditField;
     column->addWidget(row);
     column->addWidget(other);
@@ -170,18 +165,18 @@ TEST_F(WidgetsTest, EditFieldMarksChangesAndTellsOfTheFirstOnly) {
     QString atBegin;
     QObject::connect(field, &EditField::editingBegun, [&] { atBegin = field->text(); });
 
-    field->setShownText(QStringLiteral("old"));
+    field->setShownText(u"old"_s);
     EXPECT_EQ(begun.count(), 0);
     EXPECT_FALSE(field->isChanged());
     QTest::keyClick(field, Qt::Key_Right); // moving about is no edit
     QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(begun.count(), 0);
-    QTest::keyClicks(field, QStringLiteral("new"));
+    QTest::keyClicks(field, u"new"_s);
     EXPECT_EQ(begun.count(), 1);
     EXPECT_EQ(atBegin, u"old"); // told before the text changed
     EXPECT_TRUE(field->isChanged());
     EXPECT_EQ(field->property("changed").toBool(), true);
-    field->setText(QStringLiteral("old"));
+    field->setText(u"old"_s);
     EXPECT_FALSE(field->isChanged());
     EXPECT_EQ(marks.count(), 2);
 
@@ -195,27 +190,27 @@ TEST_F(WidgetsTest, EditFieldMarksChangesAndTellsOfTheFirstOnly) {
     EXPECT_EQ(begun.count(), 2);
     field->setReadOnly(true);
     QApplication::sendEvent(field, &focus);
-    QTest::keyClicks(field, QStringLiteral("x"));
+    QTest::keyClicks(field, u"x"_s);
     EXPECT_EQ(begun.count(), 2);
 }
 
 TEST_F(WidgetsTest, FieldRowDrawsTheMarkOfItsCurrentField) {
     auto* first = new EditField;
     auto* second = new EditField;
-    FieldRow row(QStringLiteral("Artist"), first);
+    FieldRow row(u"Artist"_s, first);
     row.resize(300, 28);
     const auto hasMark = [&] {
         const QImage image = row.grab().toImage();
         return image.pixelColor(3, 14) == Theme::instance().color(Token::accent);
     };
     EXPECT_FALSE(hasMark());
-    first->setText(QStringLiteral("x"));
+    first->setText(u"x"_s);
     EXPECT_TRUE(hasMark());
     row.setField(second);
     EXPECT_FALSE(hasMark());
     EXPECT_EQ(second->accessibleName(), u"Artist");
     EXPECT_EQ(row.label()->buddy(), second);
-    first->setText(QStringLiteral("y"));
+    first->setText(u"y"_s);
     EXPECT_FALSE(hasMark());
     row.setField(nullptr);
     delete second;
@@ -224,23 +219,22 @@ TEST_F(WidgetsTest, FieldRowDrawsTheMarkOfItsCurrentField) {
 }
 
 TEST_F(WidgetsTest, AlertsKeepTheirTextsAndDefaults) {
-    const QString exit = QStringLiteral("Are you sure you want to Exit ?");
-    AlertBox ask(nullptr, exit, {}, {QStringLiteral(" Exit "), QStringLiteral("Cancel")});
+    const QString exit = u"Are you sure you want to Exit ?"_s;
+    AlertBox ask(nullptr, exit, {}, {u" Exit "_s, u"Cancel"_s});
     EXPECT_EQ(ask.message(), exit);
-    EXPECT_THAT(ask.buttonTexts(), ElementsAre(QStringLiteral(" Exit "), QStringLiteral("Cancel")));
+    EXPECT_THAT(ask.buttonTexts(), ElementsAre(u" Exit "_s, u"Cancel"_s));
     EXPECT_EQ(ask.defaultIndex(), 0);
     EXPECT_EQ(ask.escapeIndex(), 1);
-    const auto* button = ask.findChild<Button*>(QStringLiteral("alertButton0"));
+    const auto* button = ask.findChild<Button*>(u"alertButton0"_s);
     ASSERT_NE(button, nullptr);
     EXPECT_EQ(button->text(), u" Exit ");
     EXPECT_TRUE(button->isDefault());
 
-    AlertBox grave(nullptr, QStringLiteral("Are you sure you want to delete the selected photo ?"),
-                   {}, {QStringLiteral(" Delete "), QStringLiteral("Cancel")});
+    AlertBox grave(nullptr, u"Are you sure you want to delete the selected photo ?"_s, {},
+                   {u" Delete "_s, u"Cancel"_s});
     EXPECT_EQ(grave.defaultIndex(), 1);
-    EXPECT_EQ(grave.findChild<Button*>(QStringLiteral("alertButton0"))->kind(), ButtonKind::Danger);
-    AlertBox note(nullptr, QStringLiteral("Vaule Error"),
-                  QStringLiteral("Each value cannot be empty."), {QStringLiteral(" Ok ")});
+    EXPECT_EQ(grave.findChild<Button*>(u"alertButton0"_s)->kind(), ButtonKind::Danger);
+    AlertBox note(nullptr, u"Vaule Error"_s, u"Each value cannot be empty."_s, {u" Ok "_s});
     EXPECT_EQ(note.escapeIndex(), 0);
 }
 
@@ -250,8 +244,7 @@ TEST_F(WidgetsTest, AlertsAnswerWithTheButtonPressed) {
             if (QWidget* alert = QApplication::activeModalWidget())
                 QTest::keyClick(alert, key);
         });
-        return AlertBox::run(nullptr, QStringLiteral("m"), {},
-                             {QStringLiteral(" Exit "), QStringLiteral("Cancel")});
+        return AlertBox::run(nullptr, u"m"_s, {}, {u" Exit "_s, u"Cancel"_s});
     };
     EXPECT_EQ(answerTo(Qt::Key_Return), 0);
     EXPECT_EQ(answerTo(Qt::Key_Escape), 1);
@@ -262,15 +255,15 @@ TEST_F(WidgetsTest, TitleBarButtonsActOrPost) {
     auto* column = new QVBoxLayout(&window);
     column->setContentsMargins(0, 0, 0, 0);
     auto* bar = new TitleBar;
-    bar->setName(QStringLiteral("ClipHeave"));
+    bar->setName(u"ClipHeave"_s);
     column->addWidget(bar);
     column->addStretch();
     window.resize(900, 300);
     window.show();
     Posts posts;
-    bar->closeButton()->setObjectName(QStringLiteral("close"));
+    bar->closeButton()->setObjectName(u"close"_s);
     QTest::mouseClick(bar->closeButton(), Qt::LeftButton);
-    EXPECT_THAT(posts.take(), ElementsAre(QStringLiteral("MyClosebuttonMouseDown close")));
+    EXPECT_THAT(posts.take(), ElementsAre(u"MyClosebuttonMouseDown close"_s));
     EXPECT_TRUE(window.isVisible());
     QTest::mouseClick(bar->resizeButton(), Qt::LeftButton);
     EXPECT_TRUE(window.isMaximized());
@@ -284,8 +277,8 @@ TEST_F(WidgetsTest, TitleBarButtonsActOrPost) {
 
 TEST_F(WidgetsTest, SegmentHasOneChoice) {
     Segment segment;
-    segment.addPart(QStringLiteral("List"));
-    segment.addPart(QStringLiteral("Photos"));
+    segment.addPart(u"List"_s);
+    segment.addPart(u"Photos"_s);
     segment.show();
     QSignalSpy changed(&segment, &Segment::currentChanged);
     EXPECT_EQ(segment.currentIndex(), 0);

@@ -1,43 +1,28 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // An album in the window: its pane, edits, an image dropped in, save and removal.
-#include "app/AppDelegate.h"
-#include "app/activity/activity_model.h"
-#include "app/list/media_list_model.h"
 #include "app/panes/artwork_well.h"
-#include "app/panes/detail_pane.h"
 #include "app/widgets/image_button.h"
-#include "app/windows/main_window.h"
 #include "media/media_import.h"
-#include "tests/app/window/started_controller.h"
+#include "tests/app/drops.h"
+#include "tests/app/window/window_fixture.h"
 #include "tests/testkit/media.h"
 
 #include <QDir>
-#include <QDragEnterEvent>
 #include <QImage>
-#include <QLineEdit>
-#include <QMimeData>
-#include <QSignalSpy>
-#include <QTest>
-#include <QUrl>
 
 namespace {
 
 using namespace clipheave;
 using namespace clipheave::app;
 
-class AlbumTest : public testing::Test {
+class AlbumTest : public WindowFixture {
 protected:
     void SetUp() override {
         SKIP_WITHOUT("ffmpeg");
-        controller = startedController(dir);
-        ASSERT_NE(controller, nullptr);
-        importAlbum();
-    }
-
-    /// One track in four formats, in this order.
-    void importAlbum() {
+        WindowFixture::SetUp();
+        // One track in four formats, in this order.
         for (const char* name : {"1.mp3", "2.flac", "3.m4a", "4.wav"}) {
-            const QString path = dir.path(QLatin1String(name));
+            const QString path = dir.path(name);
             testkit::ffmpeg(
                 QByteArray("-f lavfi -i sine=duration=0.5 -metadata artist=Vale -metadata "
                            "album=Tide -metadata comment=Old -metadata title=Track") +
@@ -46,64 +31,37 @@ protected:
             paths.append(path);
             sources.append(testkit::TempDir::read(path));
         }
-        QSignalSpy done(controller.get(), &AppDelegate::importFinished);
-        controller->importPaths(paths);
-        ASSERT_TRUE(done.wait(10'000));
+        import(paths);
         ASSERT_EQ(controller->mediaController()->content().size(), 4u);
     }
-    template <class T> T* child(const char* name) {
-        return controller->mainWindow()->findChild<T*>(QLatin1String(name));
-    }
+
     QString shown(const char* field) { return child<QLineEdit>(field)->text(); }
-    void type(const char* field, const QString& text) {
-        auto* edit = child<QLineEdit>(field);
-        edit->setFocus();
-        edit->selectAll();
-        QTest::keyClicks(edit, text);
-    }
-    bool drop(ArtworkWell* well, const QString& path) {
-        QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(path)});
-        QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(well, &enter);
-        QDropEvent end(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(well, &end);
-        return enter.isAccepted() && end.isAccepted();
-    }
     QString imageFile(const char* name, QSize size) {
         QImage image(size, QImage::Format_RGB32);
         image.fill(QColor(200, 40, 30)); // by its own numbers, to be told from any other
-        EXPECT_TRUE(image.save(dir.path(QLatin1String(name))));
-        return dir.path(QLatin1String(name));
+        EXPECT_TRUE(image.save(dir.path(name)));
+        return dir.path(name);
     }
     const ActivityJob& runToEnd(const std::function<void()>& command) {
-        QDir(dir.path(QStringLiteral("out"))).removeRecursively();
-        QSignalSpy done(controller.get(), &AppDelegate::saveFinished);
-        command();
-        EXPECT_TRUE(done.wait(30'000));
+        QDir(dir.path("out")).removeRecursively();
+        const ActivityJob& job = saved(command);
         for (qsizetype i = 0; i < paths.size(); ++i)
             EXPECT_EQ(testkit::TempDir::read(paths[i]), sources[i]) << "the source of a job";
-        return controller->activity()->jobs().front();
-    }
-    QStringList filesOut() const {
-        return QDir(dir.path(QStringLiteral("out")))
-            .entryList(QDir::Files | QDir::Hidden, QDir::Name);
+        return job;
     }
     /// An output as the import reads it.
     media::IKImageItem written(const QString& name) const {
         media::MediaImport import;
-        import.importMediaItemsThreader({dir.path(QStringLiteral("out/")) + name});
-        EXPECT_EQ(import.localPhotoItemArray().size(), 1u) << name.toStdString();
+        import.importMediaItemsThreader({dir.path("out/") + name});
+        EXPECT_EQ(import.localPhotoItemArray().size(), 1u) << name;
         return import.localPhotoItemArray().empty() ? media::IKImageItem()
                                                     : *import.localPhotoItemArray().front();
     }
     QByteArray ffprobe(const QString& name, const char* entries) const {
         return testkit::ffprobe(QByteArray("-of default=nw=1:nk=1 -show_entries ") + entries,
-                                dir.path(u"out/"_qs + name));
+                                dir.path(u"out/"_s + name));
     }
 
-    testkit::TempDir dir;
-    std::unique_ptr<AppDelegate> controller;
     QStringList paths;
     QByteArrayList sources;
 };
@@ -113,19 +71,19 @@ TEST_F(AlbumTest, TextsAndADroppedImageGoIntoEveryFormat) {
     for (int row = 0; row < 4; ++row) {
         const QString name = paths[row].section(u'/', -1);
         SCOPED_TRACE(name.toStdString());
-        controller->mainWindow()->selectRow(row);
-        EXPECT_EQ(shown("titlelab"), QStringLiteral("Track%1").arg(row + 1));
+        window()->selectRow(row);
+        EXPECT_EQ(shown("titlelab"), u"Track%1"_s.arg(row + 1));
         EXPECT_EQ(shown("artistlab"), u"Vale");
         EXPECT_EQ(shown("abulmlab"), u"Tide");
         // The other program hides it in a frame of its own in MP3 files.
         EXPECT_EQ(shown("commentslab"), QString::fromLatin1(row == 0 ? "" : "Old"));
         auto* well = child<ArtworkWell>("audioArtImageView");
         EXPECT_TRUE(well->artwork().isNull());
-        EXPECT_FALSE(drop(well, paths[row])) << "no picture";
-        ASSERT_TRUE(drop(well, cover));
+        EXPECT_FALSE(dropFiles(well, {paths[row]})) << "no picture";
+        ASSERT_TRUE(dropFiles(well, {cover}));
         EXPECT_EQ(well->artwork().size(), QSize(40, 30));
-        type("titlelab", QStringLiteral("Typed Title"));
-        type("commentslab", QStringLiteral("Typed Comment"));
+        type("titlelab", u"Typed Title"_s);
+        type("commentslab", u"Typed Comment"_s);
         const ActivityJob& job = runToEnd([this] {
             QTest::mouseClick(child<ImageButton>("SaveMediaChangesBtn"), Qt::LeftButton);
         });
@@ -137,23 +95,23 @@ TEST_F(AlbumTest, TextsAndADroppedImageGoIntoEveryFormat) {
         EXPECT_EQ(item.fileAblumName, u"Tide") << "nobody touched it";
         EXPECT_EQ(item.fileImage.size(), QSize(40, 30));
         const QByteArray probed = ffprobe(name, "format_tags=title,comment:stream=width,height");
-        EXPECT_TRUE(probed.contains("Typed Title")) << probed.toStdString();
-        EXPECT_TRUE(probed.contains("Typed Comment")) << probed.toStdString();
+        EXPECT_TRUE(probed.contains("Typed Title")) << probed;
+        EXPECT_TRUE(probed.contains("Typed Comment")) << probed;
         // The image of an MP3 file names no type, and the other program wants one.
-        EXPECT_EQ(probed.contains("40\n30"), row != 0) << probed.toStdString();
+        EXPECT_EQ(probed.contains("40\n30"), row != 0) << probed;
     }
 }
 
 TEST_F(AlbumTest, AImageForTheWholeSelectionGoesIntoAllOfIt) {
-    controller->mainWindow()->selectRow(1);
-    controller->mainWindow()->selectAll();
-    ASSERT_TRUE(drop(child<ArtworkWell>("audioArtImageView"), imageFile("c.png", QSize(16, 24))));
-    type("abulmlab", QStringLiteral("Both"));
+    window()->selectRow(1);
+    window()->selectAll();
+    ASSERT_TRUE(dropFiles(child<ArtworkWell>("audioArtImageView"), {imageFile("c.png", {16, 24})}));
+    type("abulmlab", u"Both"_s);
     runToEnd([this] { controller->SaveMeidaFileChangesAction(); });
     EXPECT_EQ(filesOut().size(), 4);
     for (const QString& name : filesOut()) {
-        EXPECT_EQ(written(name).fileImage.size(), QSize(16, 24)) << name.toStdString();
-        EXPECT_EQ(written(name).fileAblumName, u"Both") << name.toStdString();
+        EXPECT_EQ(written(name).fileImage.size(), QSize(16, 24)) << name;
+        EXPECT_EQ(written(name).fileAblumName, u"Both") << name;
     }
 }
 
@@ -170,19 +128,15 @@ TEST_F(AlbumTest, RemovalTakesTheTagsOfTheSelectionOrOfAll) {
             EXPECT_GT(item.fileduration, 0.4) << "the sound stays";
         }
     };
-    controller->mainWindow()->selectRow(1);
-    EXPECT_EQ(runToEnd([this] {
-                  controller->performCommand(QStringLiteral("RemoveSelectedMediaFileAction"));
-              }).succeeded(),
-              1);
-    expectBare({QStringLiteral("2.flac")});
-    controller->mainWindow()->selectRow(0);
-    EXPECT_EQ(runToEnd([this] {
-                  controller->performCommand(QStringLiteral("RemoveAllMediaFileAction"));
-              }).succeeded(),
-              4);
-    expectBare({QStringLiteral("1.mp3"), QStringLiteral("2.flac"), QStringLiteral("3.m4a"),
-                QStringLiteral("4.wav")});
+    window()->selectRow(1);
+    const auto succeeded = [this](const QString& command) {
+        return runToEnd([&] { controller->performCommand(command); }).succeeded();
+    };
+    EXPECT_EQ(succeeded(u"RemoveSelectedMediaFileAction"_s), 1);
+    expectBare({u"2.flac"_s});
+    window()->selectRow(0);
+    EXPECT_EQ(succeeded(u"RemoveAllMediaFileAction"_s), 4);
+    expectBare({u"1.mp3"_s, u"2.flac"_s, u"3.m4a"_s, u"4.wav"_s});
 }
 
 } // namespace

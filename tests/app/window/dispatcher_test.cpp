@@ -1,24 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The tables of commands against what there is: every button, menu entry, shortcut and object name
 // that names a command must reach one.
-#include "app/AppDelegate.h"
-#include "app/activity/activity_model.h"
 #include "app/widgets/button_look.h"
 #include "app/widgets/image_button.h"
 #include "app/windows/command_tables.h"
-#include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "app/windows/rename_window.h"
-#include "tests/app/window/started_controller.h"
-#include "tests/testkit/testkit.h"
+#include "tests/app/window/window_fixture.h"
 
 #include <QApplication>
 #include <QKeySequence>
 #include <QMap>
 #include <QMenu>
 #include <QSet>
-#include <QSignalSpy>
-#include <QTest>
 #include <QTimer>
 
 #include <vector>
@@ -28,71 +22,41 @@ namespace {
 using namespace clipheave;
 using namespace clipheave::app;
 
+/// The words of a text separated by spaces.
+QSet<QByteArray> setOf(const QByteArray& words) {
+    const QList<QByteArray> list = words.split(' ');
+    return {list.begin(), list.end()};
+}
+
 /// Commands of the tables whose tools are still to come ("not available yet"). It only shrinks: a
 /// command that exists meanwhile must leave it.
-const QSet<QByteArray> kStillToCome{
-    "AddDateOnPhotoAction",
-    "AddGPSExifDataPhoto",
-    "AddVideoEffectsMediaFileAction",
-    "BatchWriteXMPFileToVideoAction",
-    "CanelXMPMetadataToPhotosAction",
-    "ChangeDateExifFromPhoto",
-    "ChangeGPSExifDataPhoto",
-    "ChangeToImportiOSDevicePhoto",
-    "ClickApplyChangeAction",
-    "ClickCopyCreatedDateToCameraDateAction",
-    "ClickCopyCreatedDateToModifyDateAction",
-    "ClickCopyExifDateToCreateDateAction",
-    "ClickCopyFileNameToCommentsAction",
-    "ClickCopyModiyDateToCreateDateAction",
-    "ClickCopyVideoCreatedDateToCameraDateAction",
-    "ClickCopyVideoExifDateToCreateDateAction",
-    "ClickCreatedDateChangedSaveAction",
-    "ClickDateChangedSaveAction",
-    "ClickSetVideoDateFromFileNameAction",
-    "ClickShowAddWaterMarktoVideoFileAction",
-    "ClickShowImageWaterMarktoVideoFileAction",
-    "DeleteAllPhotoMetadataData",
-    "DeleteExifAndGPSData",
-    "DeletePhotoAction",
-    "DownloadImportEditePhotoAction",
-    "DownloadPhotoAction",
-    "EditeGPSExifDataPhoto",
-    "EditvideofileDateInfoAction",
-    "ExportAllArtWokrmetadataAction",
-    "ExportAllMetadataInfoToPlist",
-    "ExportExifInfoToPlist",
-    "ExportExifandGPSInfoToPlist",
-    "ExportExifandTiffInfoToPlist",
-    "ExportSelectedArtWokrmetadataAction",
-    "ExportSelectedItemAllmetadataAction",
-    "ExportSelectedItemSelectedmetadataAction",
-    "ExportTemplateDataToPlist",
-    "ExportTiffInfoToPlist",
-    "HideEditViewAction",
-    "ImportPlistToPhotos",
-    "ImportTemplateToPhotos",
-    "OpenDeviceAction",
-    "OpenPhototoAddWaterMarkAction",
-    "ReloadMetaDataPlistAction",
-    "RemoveExifDataFromPhoto",
-    "RemoveGPSDataFromPhoto",
-    "RemoveIPTCDataFromPhoto",
-    "ShowMapAction",
-    "StartEditViewAction",
-    "WriteSelectedItemsExifDataToPlist",
-    "WriteXMPMetadataToPhotosAction",
-    "removeCaptionMediaFileFormatAction",
-};
+const QSet<QByteArray> kStillToCome = setOf(
+    "AddDateOnPhotoAction AddGPSExifDataPhoto AddVideoEffectsMediaFileAction "
+    "BatchWriteXMPFileToVideoAction CanelXMPMetadataToPhotosAction ChangeDateExifFromPhoto "
+    "ChangeGPSExifDataPhoto ChangeToImportiOSDevicePhoto ClickApplyChangeAction "
+    "ClickCopyCreatedDateToCameraDateAction ClickCopyCreatedDateToModifyDateAction "
+    "ClickCopyExifDateToCreateDateAction ClickCopyFileNameToCommentsAction "
+    "ClickCopyModiyDateToCreateDateAction ClickCopyVideoCreatedDateToCameraDateAction "
+    "ClickCopyVideoExifDateToCreateDateAction ClickCreatedDateChangedSaveAction "
+    "ClickDateChangedSaveAction ClickSetVideoDateFromFileNameAction "
+    "ClickShowAddWaterMarktoVideoFileAction ClickShowImageWaterMarktoVideoFileAction "
+    "DeleteAllPhotoMetadataData DeleteExifAndGPSData DeletePhotoAction "
+    "DownloadImportEditePhotoAction DownloadPhotoAction EditeGPSExifDataPhoto "
+    "EditvideofileDateInfoAction ExportAllArtWokrmetadataAction ExportAllMetadataInfoToPlist "
+    "ExportExifInfoToPlist ExportExifandGPSInfoToPlist ExportExifandTiffInfoToPlist "
+    "ExportSelectedArtWokrmetadataAction ExportSelectedItemAllmetadataAction "
+    "ExportSelectedItemSelectedmetadataAction ExportTemplateDataToPlist ExportTiffInfoToPlist "
+    "HideEditViewAction ImportPlistToPhotos ImportTemplateToPhotos OpenDeviceAction "
+    "OpenPhototoAddWaterMarkAction ReloadMetaDataPlistAction RemoveExifDataFromPhoto "
+    "RemoveGPSDataFromPhoto RemoveIPTCDataFromPhoto ShowMapAction StartEditViewAction "
+    "WriteSelectedItemsExifDataToPlist WriteXMPMetadataToPhotosAction "
+    "removeCaptionMediaFileFormatAction");
 
 /// Buttons of the dispatcher that stand in no window yet; it only shrinks as well.
-const QSet<QByteArray> kButtonsToCome{
-    "CancelXmpBtn",       "addImgWaterMarkBtn", "changeMutiPhotoDateBtn",
-    "changePhotoDateBtn", "deletePhotoBtn",     "downloadPhotoBtn",
-    "editApplyBtn",       "editBackBtn",        "editTemplateBtn",
-    "importEditPhotoBtn", "opendeviceBtn",      "removeExifBtn",
-    "starteditBtn",       "viewExifBtn",        "writeXmpBtn",
-};
+const QSet<QByteArray> kButtonsToCome = setOf(
+    "CancelXmpBtn addImgWaterMarkBtn changeMutiPhotoDateBtn changePhotoDateBtn deletePhotoBtn "
+    "downloadPhotoBtn editApplyBtn editBackBtn editTemplateBtn importEditPhotoBtn opendeviceBtn "
+    "removeExifBtn starteditBtn viewExifBtn writeXmpBtn");
 
 bool exists(const QByteArray& command) {
     const QByteArray method = command + "()";
@@ -115,14 +79,8 @@ std::vector<MenuEntry> entriesOf(std::span<const MenuTable> menus) {
     return all;
 }
 
-class DispatcherTest : public testing::Test {
+class DispatcherTest : public WindowFixture {
 protected:
-    void SetUp() override {
-        controller = startedController(dir, desktop);
-        ASSERT_NE(controller, nullptr);
-    }
-
-    MainWindow* window() { return controller->mainWindow(); }
     /// Buttons outside the main window are named after the command that they run.
     QSet<QByteArray> commandsOfWindowButtons() {
         QSet<QByteArray> commands;
@@ -162,10 +120,6 @@ protected:
         controller->renameWindow()->hide();
         return renames ? controller->renameWindow()->objectName() : QString();
     }
-
-    testkit::TempDir dir;
-    std::shared_ptr<FakeDesktop> desktop = std::make_shared<FakeDesktop>();
-    std::unique_ptr<AppDelegate> controller;
 };
 
 TEST_F(DispatcherTest, EveryNamedCommandExistsOrIsStillToCome) {
@@ -182,10 +136,8 @@ TEST_F(DispatcherTest, EveryNamedCommandExistsOrIsStillToCome) {
 }
 
 TEST_F(DispatcherTest, EveryNamedButtonIsInTheTableOrHasASlotOfItsOwn) {
-    const QSet<QString> own{
-        QStringLiteral("closeBtn"),        QStringLiteral("minimiseBtn"),
-        QStringLiteral("resizeBtn"),       QStringLiteral("datesBtn"),
-        QStringLiteral("addMediaFileBtn"), QStringLiteral("removeMediaFileBtn")};
+    const QSet<QString> own{u"closeBtn"_s, u"minimiseBtn"_s,     u"resizeBtn"_s,
+                            u"datesBtn"_s, u"addMediaFileBtn"_s, u"removeMediaFileBtn"_s};
     QSet<QByteArray> rows;
     for (const DispatchRow& row : dispatchRows()) {
         EXPECT_FALSE(rows.contains(row.button))
@@ -198,7 +150,7 @@ TEST_F(DispatcherTest, EveryNamedButtonIsInTheTableOrHasASlotOfItsOwn) {
     for (const ImageButton* button : window()->findChildren<ImageButton*>()) {
         const QString name = button->objectName();
         EXPECT_TRUE(name.isEmpty() || own.contains(name) || rows.contains(name.toLatin1()))
-            << name.toStdString() << ": nothing happens on a press";
+            << name << ": nothing happens on a press";
     }
 }
 
@@ -244,8 +196,7 @@ TEST_F(DispatcherTest, EveryButtonReachesItsOwnMenuOrCommand) {
 
 /// The entries of a menu and of those below it ask for their command under their fixed title.
 void expectEntriesAsk(const QMenu& menu, std::span<const MenuEntry> entries, QSignalSpy& asked) {
-    ASSERT_EQ(static_cast<std::size_t>(menu.actions().size()), entries.size())
-        << menu.objectName().toStdString();
+    ASSERT_EQ(static_cast<std::size_t>(menu.actions().size()), entries.size()) << menu.objectName();
     for (std::size_t i = 0; i < entries.size(); ++i) {
         const MenuEntry& entry = entries[i];
         QAction* action = menu.actions().at(static_cast<qsizetype>(i));
@@ -302,11 +253,11 @@ bool endsOn(int answer, FakeDesktop& desktop, ImageButton* close) {
 }
 
 TEST_F(DispatcherTest, TheCloseButtonEndsTheApplicationOnExitAlone) {
-    auto* close = window()->findChild<ImageButton*>(QStringLiteral("closeBtn"));
+    auto* close = window()->findChild<ImageButton*>(u"closeBtn"_s);
     EXPECT_FALSE(endsOn(1, *desktop, close)) << "Cancel";
     EXPECT_FALSE(endsOn(-1, *desktop, close)) << "no button";
     EXPECT_TRUE(endsOn(0, *desktop, close)) << "Exit";
-    EXPECT_EQ(desktop->alerts, QStringList(3, QStringLiteral("Are you sure you want to Exit ?")));
+    EXPECT_EQ(desktop->alerts, QStringList(3, u"Are you sure you want to Exit ?"_s));
 }
 
 } // namespace

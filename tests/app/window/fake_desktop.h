@@ -69,15 +69,14 @@ public:
 /// `dir`.
 inline Surroundings surroundingsOf(const std::shared_ptr<FakeDesktop>& desktop,
                                    const testkit::TempDir& dir) {
-    return {
-        std::make_unique<platform::NSUserDefaults>(dir.path(QStringLiteral("prefs.conf"))),
-        desktop,
-        desktop,
-        desktop,
-        desktop,
-        desktop,
-        std::make_shared<QSettings>(dir.path(QStringLiteral("window.conf")), QSettings::IniFormat),
-        [desktop = desktop.get()] { return desktop->now; }};
+    return {std::make_unique<platform::NSUserDefaults>(dir.path("prefs.conf")),
+            desktop,
+            desktop,
+            desktop,
+            desktop,
+            desktop,
+            std::make_shared<QSettings>(dir.path("window.conf"), QSettings::IniFormat),
+            [desktop = desktop.get()] { return desktop->now; }};
 }
 
 } // namespace clipheave::app

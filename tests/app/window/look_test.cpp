@@ -1,20 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Parts of the window that must fit whatever its width, and what its menus show.
-#include "app/AppDelegate.h"
 #include "app/grab_states.h"
-#include "app/theme/theme.h"
 #include "app/widgets/image_button.h"
 #include "app/widgets/parts.h"
 #include "app/windows/list_head.h"
-#include "app/windows/main_window.h"
-#include "tests/app/window/started_controller.h"
-#include "tests/testkit/testkit.h"
+#include "tests/app/window/window_fixture.h"
 
 #include <QLabel>
 #include <QMenu>
 #include <QSet>
-#include <QSignalSpy>
-#include <QTest>
 
 #include <algorithm>
 
@@ -28,9 +22,9 @@ TEST(ListHead, KeepsTheWarningWhereBothDoNotFit) {
     ListHead head(nullptr);
     head.resize(1200, head.height());
     head.show();
-    const auto* summary = head.findChild<QLabel*>(QStringLiteral("listSummary"));
-    const auto* note = head.findChild<QLabel*>(QStringLiteral("sortedNote"));
-    const QString text = QStringLiteral("3 selected of 19, 5m:33s, 3.53 GB");
+    const auto* summary = head.findChild<QLabel*>(u"listSummary"_s);
+    const auto* note = head.findChild<QLabel*>(u"sortedNote"_s);
+    const QString text = u"3 selected of 19, 5m:33s, 3.53 GB"_s;
     head.setSummary(text, false);
     EXPECT_EQ(summary->text(), text);
     EXPECT_TRUE(summary->isVisible() && !note->isVisible());
@@ -39,41 +33,37 @@ TEST(ListHead, KeepsTheWarningWhereBothDoNotFit) {
     head.resize(480, head.height());
     QCoreApplication::processEvents();
     EXPECT_TRUE(!summary->isVisible() && note->isVisible());
-    const auto* remove = head.findChild<ImageButton*>(QStringLiteral("removeMediaFileBtn"));
+    const auto* remove = head.findChild<ImageButton*>(u"removeMediaFileBtn"_s);
     EXPECT_LE(remove->geometry().right(), 480);
     EXPECT_LT(note->geometry().right(), remove->geometry().left());
     head.setSummary(text, false);
     EXPECT_TRUE(summary->isVisible() && !note->isVisible());
 }
 
-TEST(Look, MenusShowImagesAndKeysAndAKeyActsOnce) {
-    testkit::TempDir dir;
-    const auto controller = startedController(dir);
-    ASSERT_NE(controller, nullptr);
-    MainWindow* window = controller->mainWindow();
-    const QMenu* popUp = window->menu(QStringLiteral("videoEditMenu"));
+using LookOfWindow = WindowFixture;
+
+TEST_F(LookOfWindow, MenusShowImagesAndKeysAndAKeyActsOnce) {
+    const QMenu* popUp = window()->menu(u"videoEditMenu"_s);
     for (const QAction* action : popUp->actions())
-        EXPECT_TRUE(action->isSeparator() || !action->icon().isNull())
-            << action->text().toStdString();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
-    QSignalSpy asked(window, &MainWindow::commandRequested);
+        EXPECT_TRUE(action->isSeparator() || !action->icon().isNull()) << action->text();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window()));
+    QSignalSpy asked(window(), &MainWindow::commandRequested);
     EXPECT_TRUE(std::ranges::any_of(
         popUp->actions(), [](const QAction* action) { return !action->shortcut().isEmpty(); }));
     // Shown by the pop-up as well; only the menu bar's entry acts.
-    QTest::keyClick(window, Qt::Key_T, Qt::ControlModifier);
+    QTest::keyClick(window(), Qt::Key_T, Qt::ControlModifier);
     ASSERT_EQ(asked.count(), 1);
-    EXPECT_EQ(asked.at(0).at(0).toString(),
-              QStringLiteral("ClickShowAddWaterMarktoVideoFileAction"));
+    EXPECT_EQ(asked.at(0).at(0).toString(), u"ClickShowAddWaterMarktoVideoFileAction");
 
     for (const QSize size : {QSize(1100, 680), QSize(1440, 900)}) {
-        window->resize(size);
+        window()->resize(size);
         QCoreApplication::processEvents();
         int right = 0;
         for (const char* name :
              {"videoRenameBtn", "datesBtn", "extractMetaBtn", "videoConvertBtn", "videoCompressBtn",
               "videoEditBtn", "videoWaterMarkBtn", "videoExtractBtn", "storageChip"}) {
-            const auto* part = window->findChild<QWidget*>(QLatin1String(name));
-            const int left = part->mapTo(window, QPoint()).x();
+            const auto* part = window()->findChild<QWidget*>(QLatin1String(name));
+            const int left = part->mapTo(window(), QPoint()).x();
             EXPECT_GE(left, right) << name << " at " << size.width();
             EXPECT_GE(part->width(), part->minimumSizeHint().width()) << name;
             right = left + part->width();

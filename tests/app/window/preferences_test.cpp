@@ -30,7 +30,7 @@ protected:
         controller->applicationDidFinishLaunching();
     }
     platform::NSUserDefaults stored() const {
-        return platform::NSUserDefaults(dir.path(QStringLiteral("prefs.conf")));
+        return platform::NSUserDefaults(dir.path("prefs.conf"));
     }
 
     testkit::TempDir dir;
@@ -48,9 +48,8 @@ TEST_F(PreferencesTest, TheFirstStartStoresItsValuesAndShowsTheProductPageOnce) 
     };
     for (const auto& [key, value] : kFirst)
         EXPECT_EQ(stored().stringForKey(QString::fromUtf16(key)), QString::fromUtf16(value));
-    EXPECT_EQ(stored().stringForKey(QStringLiteral("storagePath")),
-              media::defaultStorageLocation());
-    EXPECT_FALSE(stored().contains(QStringLiteral("fontsize")));
+    EXPECT_EQ(stored().stringForKey(u"storagePath"_s), media::defaultStorageLocation());
+    EXPECT_FALSE(stored().contains(u"fontsize"_s));
     EXPECT_EQ(controller->preferences().currentFontname, u"Lucida Grande");
     EXPECT_EQ(controller->preferences().currentFontSize, 14);
     const PreferencesWindow& window = *controller->preferencesWindow();
@@ -58,20 +57,19 @@ TEST_F(PreferencesTest, TheFirstStartStoresItsValuesAndShowsTheProductPageOnce) 
     EXPECT_EQ(window.fontColor(), QColor(Qt::white));
     EXPECT_EQ(window.dateFormat(), u"MM/DD/YYYY HH:MM");
     EXPECT_EQ(window.position(), u"") << "the stored text is none of the titles";
-    EXPECT_EQ(desktop->opened, QList<QUrl>{QUrl(QStringLiteral("https://clipheave.example/"))});
+    EXPECT_EQ(desktop->opened, QList<QUrl>{QUrl(u"https://clipheave.example/"_s)});
     start();
     EXPECT_EQ(desktop->opened.size(), 1);
 }
 
 TEST_F(PreferencesTest, MissingKeysChooseTheFirstTitles) {
-    ASSERT_TRUE(
-        stored().setObject_forKey(dir.path(QStringLiteral("out")), QStringLiteral("storagePath")));
+    ASSERT_TRUE(stored().setObject_forKey(dir.path("out"), u"storagePath"_s));
     start();
     const PreferencesWindow& window = *controller->preferencesWindow();
     EXPECT_EQ(window.position(), u"Lower left corner");
     EXPECT_EQ(window.dateFormat(), u"MM/DD/YYYY HH:MM");
     EXPECT_EQ(window.fontLabel(), u"Lucida Grande 24");
-    EXPECT_FALSE(stored().contains(QStringLiteral("Dateformat")));
+    EXPECT_FALSE(stored().contains(u"Dateformat"_s));
 }
 
 TEST_F(PreferencesTest, TheFontPanelBeginsWithItsFixedFontAndTheFolderComesFromTheChooser) {
@@ -83,7 +81,7 @@ TEST_F(PreferencesTest, TheFontPanelBeginsWithItsFixedFontAndTheFolderComesFromT
     const QString before = controller->preferencesWindow()->storagePath();
     controller->ChangeStoreLocation();
     EXPECT_EQ(controller->preferencesWindow()->storagePath(), before) << "cancelled";
-    desktop->chosenPaths = QStringList{QStringLiteral("/else")};
+    desktop->chosenPaths = QStringList{u"/else"_s};
     controller->ChangeStoreLocation();
     EXPECT_EQ(controller->preferencesWindow()->storagePath(), u"/else");
 }
@@ -94,17 +92,16 @@ TEST_F(PreferencesTest, ThePanelsOfTheDesktopReportWhatIsChosen) {
     const Surroundings real = desktopSurroundings(nullptr, nullptr);
     QList<QFont> fonts;
     for (const int size : {14, 20}) // the second time it only comes to the front
-        real.stylePanels->showFontPanel(&parent, QFont(QStringLiteral("Sans"), size),
+        real.stylePanels->showFontPanel(&parent, QFont(u"Sans"_s, size),
                                         [&fonts](const QFont& font) { fonts.append(font); });
     const auto panels = parent.findChildren<QFontDialog*>();
     ASSERT_EQ(panels.size(), 1);
     EXPECT_EQ(panels[0]->currentFont().pointSize(), 14);
-    panels[0]->setCurrentFont(QFont(QStringLiteral("Sans"), 30));
+    panels[0]->setCurrentFont(QFont(u"Sans"_s, 30));
     ASSERT_FALSE(fonts.isEmpty());
     EXPECT_EQ(fonts.last().pointSize(), 30);
 
-    auto* well = controller->preferencesWindow()->findChild<QAbstractButton*>(
-        QStringLiteral("fontColorwell"));
+    auto* well = controller->preferencesWindow()->findChild<QAbstractButton*>(u"fontColorwell"_s);
     well->click();
     EXPECT_EQ(controller->preferencesWindow()->fontColor(), QColor(Qt::white)) << "cancelled";
     desktop->chosenColor = Qt::green;

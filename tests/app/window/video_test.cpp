@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Video jobs from the menus of the window.
-#include "app/AppDelegate.h"
-#include "app/activity/activity_model.h"
 #include "app/windows/command_tables.h"
-#include "app/windows/main_window.h"
-#include "tests/app/window/started_controller.h"
+#include "tests/app/window/window_fixture.h"
 #include "tests/testkit/media.h"
 
-#include <QApplication>
 #include <QDir>
-#include <QImage>
 #include <QMenu>
-#include <QSignalSpy>
-#include <QTest>
 
 #include <algorithm>
 
@@ -21,15 +14,10 @@ namespace {
 using namespace clipheave;
 using namespace clipheave::app;
 
-class VideoJobsTest : public testing::Test {
+class VideoJobsTest : public WindowFixture {
 protected:
-    void SetUp() override {
-        controller = startedController(dir, desktop);
-        ASSERT_NE(controller, nullptr);
-    }
-
     QString clip(const char* name, int seconds = 1) {
-        const QString path = dir.path(QLatin1String(name));
+        const QString path = dir.path(name);
         const QByteArray length = QByteArray::number(seconds);
         testkit::ffmpeg("-f lavfi -i testsrc2=size=96x64:rate=10:duration=" + length +
                             " -f lavfi -i sine=440:duration=" + length +
@@ -38,40 +26,27 @@ protected:
         return path;
     }
     void importAndSelect(const QStringList& paths) {
-        QSignalSpy done(controller.get(), &AppDelegate::importFinished);
-        controller->importPaths(paths);
-        ASSERT_TRUE(done.wait(10'000));
-        controller->mainWindow()->selectRow(0);
-        controller->mainWindow()->selectAll();
+        import(paths);
+        window()->selectRow(0);
+        window()->selectAll();
     }
     /// Triggers the entry of a pop-up menu, sub-menus included, by its title.
     void choose(const char* menuName, const char* title) {
-        const QMenu* menu = controller->mainWindow()->menu(QLatin1String(menuName));
+        const QMenu* menu = window()->menu(QLatin1String(menuName));
         for (QAction* action : menu->findChildren<QAction*>())
             if (action->text() == QLatin1String(title) && !action->menu())
                 return action->trigger();
         ADD_FAILURE() << "no entry " << title;
     }
     const ActivityJob& runToEnd(const char* menuName, const char* title) {
-        QSignalSpy done(controller.get(), &AppDelegate::saveFinished);
-        choose(menuName, title);
-        EXPECT_TRUE(done.wait(60'000));
-        return controller->activity()->jobs().front();
+        return saved([&] { choose(menuName, title); });
     }
-    QStringList filesOut() const {
-        return QDir(dir.path(QStringLiteral("out")))
-            .entryList(QDir::Files | QDir::Hidden, QDir::Name);
-    }
-
-    testkit::TempDir dir;
-    std::shared_ptr<FakeDesktop> desktop = std::make_shared<FakeDesktop>();
-    std::unique_ptr<AppDelegate> controller;
 };
 
 TEST_F(VideoJobsTest, EveryMenuEntryDoesItsJobOverTheSelection) {
     choose("videoEditMenu", "Merge");
-    EXPECT_EQ(desktop->alerts, QStringList{QStringLiteral("No Item has been selected")});
-    importAndSelect({clip("a.mp4"), clip("b.mov"), dir.write(QStringLiteral("c.mp4"), "text")});
+    EXPECT_EQ(desktop->alerts, QStringList{u"No Item has been selected"_s});
+    importAndSelect({clip("a.mp4"), clip("b.mov"), dir.write("c.mp4", "text")});
     struct Case {
         const char* menu;
         const char* title;
@@ -92,15 +67,15 @@ TEST_F(VideoJobsTest, EveryMenuEntryDoesItsJobOverTheSelection) {
     };
     for (const Case& wanted : kCases) {
         SCOPED_TRACE(wanted.title);
-        QDir(dir.path(QStringLiteral("out"))).removeRecursively();
+        QDir(dir.path("out")).removeRecursively();
         const ActivityJob& job = runToEnd(wanted.menu, wanted.title);
         EXPECT_EQ(job.title, QLatin1String(wanted.activity));
         EXPECT_EQ(job.failed, 1) << "the text that is no film";
         EXPECT_EQ(job.finished, 3);
-        EXPECT_EQ(filesOut().size(), wanted.outputs) << filesOut().join(u' ').toStdString();
+        EXPECT_EQ(filesOut().size(), wanted.outputs) << filesOut().join(u' ');
         // Of a merge not every file became one.
         const bool merges = job.title == u"Merge";
-        EXPECT_EQ(job.result, merges ? u"2 done, 1 failed"_qs : u"2 written, 1 failed"_qs);
+        EXPECT_EQ(job.result, merges ? u"2 done, 1 failed"_s : u"2 written, 1 failed"_s);
         EXPECT_EQ(merges, std::any_of(job.log.begin(), job.log.end(), [](const auto& line) {
                       return line.text == u"Merging completed!";
                   }));
@@ -108,34 +83,30 @@ TEST_F(VideoJobsTest, EveryMenuEntryDoesItsJobOverTheSelection) {
 }
 
 TEST_F(VideoJobsTest, AFailedFileTellsItsReasonAndIsTriedAgain) {
-    const QString broken = dir.write(QStringLiteral("late.mp4"), "not yet a film");
+    const QString broken = dir.write("late.mp4", "not yet a film");
     importAndSelect({broken});
     const int first = runToEnd("videoEditMenu", "right (clockwise) by 180 degrees").id;
     EXPECT_FALSE(controller->activity()->job(first)->files.front().note.isEmpty());
     ASSERT_TRUE(QFile::remove(broken));
     clip("late.mp4");
-    QSignalSpy done(controller.get(), &AppDelegate::saveFinished);
-    Q_EMIT controller->activity()->retryRequested(first);
-    ASSERT_TRUE(done.wait(60'000));
-    EXPECT_EQ(controller->activity()->jobs().front().title,
-              u"Rotate right (clockwise) by 180 degrees");
-    EXPECT_EQ(filesOut(), QStringList{QStringLiteral("late.mp4")});
+    tryAgain(first, &AppDelegate::saveFinished);
+    EXPECT_EQ(newestJob().title, u"Rotate right (clockwise) by 180 degrees");
+    EXPECT_EQ(filesOut(), QStringList{u"late.mp4"_s});
 }
 
 TEST_F(VideoJobsTest, WhatIsNoVideoIsNamedAndNothingIsWrittenForIt) {
-    const QString web = dir.path(QStringLiteral("web.webm"));
+    const QString web = dir.path("web.webm");
     ASSERT_TRUE(QFile::copy(clip("a.mp4"), web));
-    QSignalSpy browsed(controller.get(), &AppDelegate::importFinished);
-    controller->importPhotoPaths({web}); // the photo browser takes any file
-    ASSERT_TRUE(browsed.wait(10'000));
-    importAndSelect({dir.path(QStringLiteral("a.mp4")), web});
-    const ActivityJob& import = controller->activity()->jobs().front();
+    untilEnd(&AppDelegate::importFinished, // the photo browser takes any file
+             [&] { controller->importPhotoPaths({web}); });
+    importAndSelect({dir.path("a.mp4"), web});
+    const ActivityJob& import = newestJob();
     EXPECT_EQ(import.result, u"1 added, 1 skipped");
     EXPECT_EQ(import.files.front().state, FileState::Skipped);
     for (const auto& [menu, title] : {std::pair("videoCompressMenu", "Low video quality"),
-                                      std::pair("VideoConvertMenu", "Convert to MP4"),
-                                      std::pair("videoExtractMenu", "Extract Audio")}) {
-        QDir(dir.path(QStringLiteral("out"))).removeRecursively();
+                                      {"VideoConvertMenu", "Convert to MP4"},
+                                      {"videoExtractMenu", "Extract Audio"}}) {
+        QDir(dir.path("out")).removeRecursively();
         const ActivityJob& job = runToEnd(menu, title);
         EXPECT_EQ(job.skipped, 1) << title;
         EXPECT_EQ(job.failed, 0) << title;
@@ -148,14 +119,13 @@ TEST_F(VideoJobsTest, WhatIsNoVideoIsNamedAndNothingIsWrittenForIt) {
 
 TEST_F(VideoJobsTest, CancelEndsTheExportsAndLeavesNoFile) {
     importAndSelect({clip("a.mp4", 60), clip("b.mov", 60), clip("c.m4v", 60)});
-    QSignalSpy done(controller.get(), &AppDelegate::saveFinished);
-    choose("videoEditMenu", "right (clockwise) by 90 degrees");
-    const int job = controller->activity()->jobs().front().id;
-    QTest::qWait(100);
-    Q_EMIT controller->activity()->cancelRequested(job);
-    ASSERT_TRUE(done.wait(60'000));
-    EXPECT_GT(controller->activity()->job(job)->cancelled, 0);
-    EXPECT_EQ(filesOut().size(), 3 - controller->activity()->job(job)->cancelled);
+    const ActivityJob& job = saved([this] {
+        choose("videoEditMenu", "right (clockwise) by 90 degrees");
+        QTest::qWait(100);
+        Q_EMIT controller->activity()->cancelRequested(newestJob().id);
+    });
+    EXPECT_GT(job.cancelled, 0);
+    EXPECT_EQ(filesOut().size(), 3 - job.cancelled);
 }
 
 } // namespace

@@ -1,20 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The window as a user works with it, by real input events on an offscreen screen.
-#include "app/AppDelegate.h"
-#include "app/activity/activity_model.h"
 #include "app/jobs/job_board.h"
-#include "app/list/media_list_model.h"
 #include "app/list/media_table_view.h"
 #include "app/list/photo_grid.h"
 #include "app/panes/detail_pane.h"
-#include "app/theme/theme.h"
 #include "app/widgets/image_button.h"
-#include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "media/media_import.h"
-#include "media/video_pane.h"
 #include "platform/foundation/log.h"
-#include "tests/app/window/fake_desktop.h"
+#include "tests/app/window/window_fixture.h"
 #include "tests/testkit/media.h"
 
 #include <QAccessible>
@@ -22,15 +16,9 @@
 #include <QComboBox>
 #include <QDir>
 #include <QLabel>
-#include <QLineEdit>
-#include <QMenu>
 #include <QSet>
 #include <QSettings>
-#include <QSignalSpy>
-#include <QTest>
 
-#include <stdexcept>
-#include <string>
 #include <thread>
 
 namespace {
@@ -40,50 +28,7 @@ using namespace clipheave::app;
 
 using testkit::movie;
 
-class WindowTest : public testing::Test {
-protected:
-    void SetUp() override {
-        Theme::instance().apply(Appearance::Dark);
-        Surroundings surroundings = surroundingsOf(desktop, dir);
-        const auto& defaults = surroundings.defaults;
-        ASSERT_TRUE(defaults->setObject_forKey(dir.path(QStringLiteral("out")),
-                                               QStringLiteral("storagePath")));
-        ASSERT_TRUE(defaults->setObject_forKey(QStringLiteral("lower left corner"),
-                                               QStringLiteral("Postion")));
-        controller = std::make_unique<AppDelegate>(std::move(surroundings));
-        controller->awakeFromNib();
-        controller->applicationDidFinishLaunching();
-    }
-
-    MainWindow* window() { return controller->mainWindow(); }
-    template <class T> T* child(const char* name) {
-        T* found = window()->findChild<T*>(QLatin1String(name));
-        if (!found)
-            throw std::runtime_error(std::string("no control ") + name); // ends the one test
-        return found;
-    }
-    void import(const QStringList& paths) {
-        QSignalSpy done(controller.get(), &AppDelegate::importFinished);
-        controller->importPaths(paths);
-        EXPECT_TRUE(done.wait(10'000));
-    }
-    void importThree() {
-        QStringList paths;
-        for (const char* name : {"b", "c", "a"})
-            paths.append(dir.write(QLatin1String(name) + QStringLiteral(".mp4"), movie(name)));
-        import(paths);
-    }
-    QStringList names() {
-        QStringList all;
-        for (const auto& item : controller->mediaController()->content())
-            all.append(item->fileName);
-        return all;
-    }
-
-    testkit::TempDir dir;
-    std::shared_ptr<FakeDesktop> desktop = std::make_shared<FakeDesktop>();
-    std::unique_ptr<AppDelegate> controller;
-};
+class WindowTest : public WindowFixture {};
 
 QStringList list(std::initializer_list<const char*> texts) {
     QStringList all;
@@ -95,51 +40,34 @@ QStringList list(std::initializer_list<const char*> texts) {
 TEST_F(WindowTest, TypingATitleAndPressingSaveWritesANewFile) {
     importThree();
     window()->selectRow(1);
-    auto* title = child<QLineEdit>("mediaTitle");
-    ASSERT_EQ(title->text(), u"c");
-    title->setFocus();
-    title->selectAll();
-    QTest::keyClicks(title, QStringLiteral("Typed"));
+    ASSERT_EQ(child<QLineEdit>("mediaTitle")->text(), u"c");
+    type("mediaTitle", u"Typed"_s);
     EXPECT_TRUE(controller->changeFlags().basicInfoChange);
     EXPECT_FALSE(controller->changeFlags().cameraInfoChange);
-    const QByteArray before = testkit::TempDir::read(dir.path(QStringLiteral("c.mp4")));
-    QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
-    QTest::mouseClick(child<ImageButton>("SaveMediaChangesBtn"), Qt::LeftButton);
-    ASSERT_TRUE(saved.wait(10'000));
-    const QByteArray written = testkit::TempDir::read(dir.path(QStringLiteral("out/c.mp4")));
-    EXPECT_TRUE(written.contains("Typed"));
-    EXPECT_EQ(testkit::TempDir::read(dir.path(QStringLiteral("c.mp4"))), before);
-    const ActivityJob& job = controller->activity()->jobs().front();
+    const QByteArray before = testkit::TempDir::read(dir.path("c.mp4"));
+    const ActivityJob& job = saved(
+        [this] { QTest::mouseClick(child<ImageButton>("SaveMediaChangesBtn"), Qt::LeftButton); });
+    EXPECT_TRUE(output(u"c.mp4"_s).contains("Typed"));
+    EXPECT_EQ(testkit::TempDir::read(dir.path("c.mp4")), before);
     EXPECT_EQ(job.state, JobState::Done);
     ASSERT_EQ(job.files.size(), 1u);
-    EXPECT_EQ(job.files.front().outputs, QStringList{dir.path(QStringLiteral("out/c.mp4"))});
+    EXPECT_EQ(job.files.front().outputs, QStringList{dir.path("out/c.mp4")});
 }
 
 TEST_F(WindowTest, TryAgainWritesWhatWasAskedForThen) {
     importThree();
     window()->selectRow(1);
-    auto* title = child<QLineEdit>("mediaTitle");
-    const auto type = [title](const QString& text) {
-        title->setFocus();
-        title->selectAll();
-        QTest::keyClicks(title, text);
-    };
-    type(QStringLiteral("Asked for"));
-    ASSERT_TRUE(QDir(dir.path(QStringLiteral("out"))).removeRecursively());
-    const QString out = dir.write(QStringLiteral("out"), "a file where the folder should be");
-    QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
-    controller->SaveMeidaFileChangesAction();
-    ASSERT_TRUE(saved.wait(10'000));
-    const int failed = controller->activity()->jobs().front().id;
+    type("mediaTitle", u"Asked for"_s);
+    ASSERT_TRUE(QDir(dir.path("out")).removeRecursively());
+    const QString out = dir.write("out", "a file where the folder should be");
+    const int failed = saved().id;
     ASSERT_EQ(controller->activity()->job(failed)->failed, 1);
     EXPECT_EQ(controller->board()->keptJobs(), 1u);
     ASSERT_TRUE(QFile::remove(out));
-    type(QStringLiteral("Typed later"));
-    Q_EMIT controller->activity()->retryRequested(failed);
-    ASSERT_TRUE(saved.wait(10'000));
-    const QByteArray written = testkit::TempDir::read(dir.path(QStringLiteral("out/c.mp4")));
-    EXPECT_TRUE(written.contains("Asked for"));
-    EXPECT_FALSE(written.contains("Typed later"));
+    type("mediaTitle", u"Typed later"_s);
+    tryAgain(failed, &AppDelegate::saveFinished);
+    EXPECT_TRUE(output(u"c.mp4"_s).contains("Asked for"));
+    EXPECT_FALSE(output(u"c.mp4"_s).contains("Typed later"));
     controller->activity()->clearFinished();
     EXPECT_EQ(controller->board()->keptJobs(), 0u);
 }
@@ -147,95 +75,74 @@ TEST_F(WindowTest, TryAgainWritesWhatWasAskedForThen) {
 TEST_F(WindowTest, SaveWritesThePaneIntoEveryVideoAndTellsTheOneThatFails) {
     QStringList paths;
     for (const char* name : {"one", "two"})
-        paths.append(dir.write(QLatin1String(name) + QStringLiteral(".mp4"), movie(name)));
-    paths.append(dir.write(QStringLiteral("cut.mp4"), movie("cut").left(60)));
+        paths.append(dir.write(QLatin1String(name) + u".mp4"_s, movie(name)));
+    paths.append(dir.write("cut.mp4", movie("cut").left(60)));
     import(paths);
     window()->selectRow(0);
     window()->selectAll();
     for (const char* field : {"mediaArtist", "mediaCopyright", "mediaModel"}) {
         child<QLineEdit>(field)->setFocus();
-        QTest::keyClicks(child<QLineEdit>(field), QStringLiteral("Typed ") + QLatin1String(field));
+        QTest::keyClicks(child<QLineEdit>(field), u"Typed "_s + QLatin1String(field));
     }
-    QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
-    controller->SaveMeidaFileChangesAction();
-    ASSERT_TRUE(saved.wait(10'000));
+    const ActivityJob& job = saved();
     for (const char* name : {"one", "two"}) {
-        const QByteArray written =
-            testkit::TempDir::read(dir.path(QStringLiteral("out/%1.mp4").arg(QLatin1String(name))));
+        const QByteArray written = output(QLatin1String(name) + u".mp4"_s);
         for (const char* field : {"mediaArtist", "mediaCopyright", "mediaModel"})
             EXPECT_TRUE(written.contains(QByteArray("Typed ") + field)) << name << field;
         EXPECT_TRUE(written.contains(name)) << "its own title stays";
     }
-    EXPECT_EQ(testkit::TempDir::read(dir.path(QStringLiteral("out/cut.mp4"))),
-              movie("cut").left(60))
-        << "copied as it is";
-    const ActivityJob& job = controller->activity()->jobs().front();
+    EXPECT_EQ(output(u"cut.mp4"_s), movie("cut").left(60)) << "copied as it is";
     EXPECT_EQ(job.succeeded(), 2);
     EXPECT_EQ(job.failed, 1);
     EXPECT_TRUE(job.canRetry);
     for (const ActivityFile& file : job.files)
         EXPECT_EQ(file.state == FileState::Failed,
-                  file.source.endsWith(u"cut.mp4"_qs) && !file.note.isEmpty());
+                  file.source.endsWith(u"cut.mp4"_s) && !file.note.isEmpty());
 }
 
 TEST_F(WindowTest, WhatIsClearedOfAnImportedFolderGoesIntoItsLikeness) {
-    dir.write(QStringLiteral("lib/a/x.mp4"), movie("x"));
-    import({dir.path(QStringLiteral("lib"))});
-    QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
-    controller->RemoveAllMediaFileAction();
-    ASSERT_TRUE(saved.wait(10'000));
-    EXPECT_EQ(controller->activity()->jobs().front().files.front().outputs,
-              QStringList{dir.path(QStringLiteral("out/lib/a/x.mp4"))});
+    dir.write("lib/a/x.mp4", movie("x"));
+    import({dir.path("lib")});
+    EXPECT_EQ(saved([this] { controller->RemoveAllMediaFileAction(); }).files.front().outputs,
+              QStringList{dir.path("out/lib/a/x.mp4")});
 }
 
 TEST_F(WindowTest, SaveWritesAudioFilesFromTheirPaneAndVideosFromTheirs) {
-    testkit::ffmpeg("-f lavfi -i sine -t 0.3 -metadata title=Own", {dir.path(u"a.mp3"_qs)});
-    import({dir.path(QStringLiteral("a.mp3")), dir.write(QStringLiteral("v.mp4"), movie("v"))});
+    testkit::ffmpeg("-f lavfi -i sine -t 0.3 -metadata title=Own", {dir.path("a.mp3")});
+    import({dir.path("a.mp3"), dir.write("v.mp4", movie("v"))});
     const auto titleOf = [&](const char* name) {
         media::MediaImport written;
-        written.importMediaItemsThreader({dir.path(QStringLiteral("out/") + QLatin1String(name))});
+        written.importMediaItemsThreader({dir.path(u"out/"_s + QLatin1String(name))});
         return written.localPhotoItemArray().empty()
-                   ? QStringLiteral("no file")
+                   ? u"no file"_s
                    : written.localPhotoItemArray().front()->fileTitle;
-    };
-    const auto saveAll = [&] {
-        QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
-        controller->SaveMeidaFileChangesAction();
-        ASSERT_TRUE(saved.wait(10'000));
     };
     window()->selectRow(1); // the video's pane
     window()->selectAll();
-    saveAll();
+    saved();
     EXPECT_EQ(titleOf("a.mp3"), u"Own")
         << "not the empty texts of a pane that shows something else";
     window()->selectRow(0);
-    auto* title = child<QLineEdit>("titlelab");
-    title->setFocus();
-    title->selectAll();
-    QTest::keyClicks(title, QStringLiteral("Typed"));
-    saveAll();
+    type("titlelab", u"Typed"_s);
+    saved();
     EXPECT_EQ(titleOf("a.mp3"), u"Typed");
 }
 
 TEST_F(WindowTest, CancelEndsTheRestOfARunAndLeavesNoPartOfAFile) {
     QStringList paths;
     for (int i = 0; i < 300; ++i)
-        paths.append(dir.write(QStringLiteral("in/%1.mp4").arg(i), movie("x")));
+        paths.append(dir.write(u"in/%1.mp4"_s.arg(i), movie("x")));
     import(paths);
     window()->selectRow(0);
     window()->selectAll();
-    QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
-    controller->performCommand(QStringLiteral("CopyvideofilenametoTitleAction"));
-    Q_EMIT controller->activity()->cancelRequested(controller->activity()->jobs().front().id);
-    ASSERT_TRUE(saved.wait(20'000));
-    const ActivityJob& job = controller->activity()->jobs().front();
+    const ActivityJob& job = saved([this] {
+        controller->performCommand(u"CopyvideofilenametoTitleAction"_s);
+        Q_EMIT controller->activity()->cancelRequested(newestJob().id);
+    });
     EXPECT_EQ(job.state, JobState::Cancelled);
     EXPECT_GT(job.cancelled, 0);
     EXPECT_EQ(job.cancelled + job.succeeded(), 300);
-    EXPECT_EQ(QDir(dir.path(QStringLiteral("out")))
-                  .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
-                  .size(),
-              job.succeeded());
+    EXPECT_EQ(testkit::namesIn(dir.path("out")).size(), job.succeeded());
 }
 
 TEST_F(WindowTest, SortingKeepsImportOrderForJobsAndRemovalRestoresIt) {
@@ -251,7 +158,7 @@ TEST_F(WindowTest, SortingKeepsImportOrderForJobsAndRemovalRestoresIt) {
     EXPECT_TRUE((once == up && twice == down) || (once == down && twice == up));
     EXPECT_EQ(window()->currentRow(), 0);
     EXPECT_FALSE(child<QLabel>("sortedNote")->isHidden());
-    EXPECT_TRUE(window()->detailPane()->footNote().contains(u"b.mp4"_qs)) << "what Save will take";
+    EXPECT_TRUE(window()->detailPane()->footNote().contains(u"b.mp4"_s)) << "what Save will take";
     // Row 0 of the list is row 0 of the import order for a command: b.mp4.
     controller->RemoveMediaFileAction();
     EXPECT_EQ(names(), list({"c.mp4", "a.mp4"}));
@@ -262,24 +169,21 @@ TEST_F(WindowTest, SortingKeepsImportOrderForJobsAndRemovalRestoresIt) {
 TEST_F(WindowTest, ImportAppendsAndTellsTroubles) {
     importThree();
     window()->selectRow(2);
-    import({dir.write(QStringLiteral("broken.mov"), "no movie"),
-            dir.path(QStringLiteral("gone.mp4"))});
+    import({dir.write("broken.mov", "no movie"), dir.path("gone.mp4")});
     EXPECT_EQ(names(), list({"b.mp4", "c.mp4", "a.mp4", "broken.mov"}));
     EXPECT_EQ(window()->currentRow(), 2);
-    const ActivityJob& job = controller->activity()->jobs().front();
+    const ActivityJob& job = newestJob();
     EXPECT_EQ(job.state, JobState::Failed);
     EXPECT_EQ(job.files.size(), 2u);
 }
 
 TEST_F(WindowTest, TryAgainReadsTheFailedFilesOfAnImport) {
-    const QString mended = dir.write(QStringLiteral("mended.mp4"), "no movie");
-    import({mended, dir.path(QStringLiteral("gone.mp4"))});
-    const int job = controller->activity()->jobs().front().id;
+    const QString mended = dir.write("mended.mp4", "no movie");
+    import({mended, dir.path("gone.mp4")});
+    const int job = newestJob().id;
     EXPECT_EQ(names(), list({"mended.mp4"}));
-    dir.write(QStringLiteral("mended.mp4"), movie("m"));
-    QSignalSpy done(controller.get(), &AppDelegate::importFinished);
-    Q_EMIT controller->activity()->retryRequested(job);
-    ASSERT_TRUE(done.wait(10'000));
+    dir.write("mended.mp4", movie("m"));
+    tryAgain(job, &AppDelegate::importFinished);
     EXPECT_EQ(names(), list({"mended.mp4"}));
     EXPECT_EQ(controller->localPhotoItemArray().front()->fileTitle, u"m");
 }
@@ -287,26 +191,20 @@ TEST_F(WindowTest, TryAgainReadsTheFailedFilesOfAnImport) {
 TEST_F(WindowTest, RemovingMetadataWritesACopyAndTheMenuTellsItsTitle) {
     importThree();
     window()->selectAll();
-    QSignalSpy saved(controller.get(), &AppDelegate::saveFinished);
-    controller->performCommand(QStringLiteral("RemoveSelectedMediaFileAction"));
-    ASSERT_TRUE(saved.wait(10'000));
-    EXPECT_EQ(controller->activity()->jobs().front().succeeded(), 3);
-    for (const char* name : {"a", "b", "c"}) {
-        const QByteArray cleared =
-            testkit::TempDir::read(dir.path(QStringLiteral("out/%1.mp4").arg(QLatin1String(name))));
-        EXPECT_FALSE(cleared.isEmpty());
-        EXPECT_FALSE(cleared.contains("\xA9"
-                                      "nam"));
+    const ActivityJob& job =
+        saved([this] { controller->performCommand(u"RemoveSelectedMediaFileAction"_s); });
+    EXPECT_EQ(job.succeeded(), 3);
+    for (const QString& name : list({"a.mp4", "b.mp4", "c.mp4"})) {
+        EXPECT_FALSE(output(name).isEmpty());
+        EXPECT_FALSE(output(name).contains(QByteArray("\xA9") + "nam"));
     }
-    controller->performCommand(QStringLiteral("OpenDeviceAction"), QStringLiteral("Open Device"));
+    controller->performCommand(u"OpenDeviceAction"_s, u"Open Device"_s);
     EXPECT_EQ(controller->activity()->log().back().text, u"Open Device: not available yet");
 }
 
 TEST_F(WindowTest, TheLogTakesLinesOfEveryLayerAndThread) {
     const std::size_t before = controller->activity()->log().size();
-    std::thread([] {
-        platform::log(platform::LogLevel::Warning, QStringLiteral("odd"), u"/x"_qs);
-    }).join();
+    std::thread([] { platform::log(platform::LogLevel::Warning, u"odd"_s, u"/x"_s); }).join();
     QCoreApplication::processEvents();
     ASSERT_EQ(controller->activity()->log().size(), before + 1);
     EXPECT_TRUE(controller->activity()->log().back().isError);
@@ -316,8 +214,8 @@ TEST_F(WindowTest, TheWindowKeepsItsLookForTheNextStart) {
     window()->table()->setUserColumnWidths({0, 0, 0, 150, 0, 0, 0});
     controller->appearanceLight();
     controller = nullptr;
-    const QSettings settings(dir.path(QStringLiteral("window.conf")), QSettings::IniFormat);
-    EXPECT_EQ(settings.value(QStringLiteral("appearance")).toInt(), 2);
+    const QSettings settings(dir.path("window.conf"), QSettings::IniFormat);
+    EXPECT_EQ(settings.value(u"appearance"_s).toInt(), 2);
     SetUp();
     EXPECT_EQ(window()->table()->userColumnWidths().value(3), 150);
 }
@@ -325,10 +223,9 @@ TEST_F(WindowTest, TheWindowKeepsItsLookForTheNextStart) {
 TEST_F(WindowTest, ThePhotoGridTakesDropsAndTheDeleteKey) {
     importThree();
     window()->showPhotos();
-    QSignalSpy done(controller.get(), &AppDelegate::importFinished);
-    dir.write(QStringLiteral("in/d.mp4"), movie("d"));
-    Q_EMIT window()->photoGrid()->pathsDropped({dir.path(QStringLiteral("in"))});
-    ASSERT_TRUE(done.wait(10'000));
+    dir.write("in/d.mp4", movie("d"));
+    untilEnd(&AppDelegate::importFinished,
+             [this] { Q_EMIT window()->photoGrid()->pathsDropped({dir.path("in")}); });
     EXPECT_EQ(names(), list({"b.mp4", "c.mp4", "a.mp4", "d.mp4"}));
     window()->selectAll();
     EXPECT_EQ(window()->selectedRows(), (QList<int>{0, 1, 2, 3}));
@@ -340,10 +237,9 @@ TEST_F(WindowTest, ThePhotoGridTakesDropsAndTheDeleteKey) {
 TEST_F(WindowTest, AddingAsksForPathsAndTakesWhatIsChosen) {
     controller->AddMediaFileAction();
     EXPECT_FALSE(controller->isImporting()) << "cancelled";
-    desktop->chosenPaths = {dir.write(QStringLiteral("a.mp4"), movie("a"))};
-    QSignalSpy done(controller.get(), &AppDelegate::importFinished);
-    controller->OpenComputerFoldertoImportAction();
-    ASSERT_TRUE(done.wait(10'000));
+    desktop->chosenPaths = {dir.write("a.mp4", movie("a"))};
+    untilEnd(&AppDelegate::importFinished,
+             [this] { controller->OpenComputerFoldertoImportAction(); });
     EXPECT_EQ(names(), list({"a.mp4"}));
     EXPECT_EQ(desktop->mediaChoosers, (QList{OpenPanel::FilesAndFolders, OpenPanel::FilesOnly}));
     window()->selectRow(0);
@@ -357,11 +253,11 @@ TEST_F(WindowTest, AddingAsksForPathsAndTakesWhatIsChosen) {
 TEST_F(WindowTest, EditingAPositionKeepsWhereItWas) {
     importThree();
     window()->selectRow(0);
-    child<QLineEdit>("mediaLongtitude")->setText(QStringLiteral("12.25"));
-    child<QLineEdit>("mediaLatitude")->setText(QStringLiteral("-33.5"));
-    controller->control_textShouldBeginEditing(QStringLiteral("mediaAatitude"));
+    child<QLineEdit>("mediaLongtitude")->setText(u"12.25"_s);
+    child<QLineEdit>("mediaLatitude")->setText(u"-33.5"_s);
+    controller->control_textShouldBeginEditing(u"mediaAatitude"_s);
     EXPECT_FALSE(controller->changeFlags().gpsInfoChange) << "the altitude sets no flag";
-    EXPECT_TRUE(controller->control_textShouldBeginEditing(QStringLiteral("mediaLatitude")));
+    EXPECT_TRUE(controller->control_textShouldBeginEditing(u"mediaLatitude"_s));
     EXPECT_TRUE(controller->changeFlags().gpsInfoChange);
     EXPECT_EQ(controller->currentCoords(), QPointF(-33.5, 12.25));
 }
@@ -385,26 +281,26 @@ TEST_F(WindowTest, TheTwoWaysToCloseAskAndDoNotAsk) {
 TEST_F(WindowTest, PreferencesTakeTheFolderOnSaveOnly) {
     controller->ShowPreferenceSetting();
     PreferencesWindow* preferences = controller->preferencesWindow();
-    EXPECT_EQ(preferences->storagePath(), dir.path(QStringLiteral("out")));
-    preferences->setStoragePath(dir.path(QStringLiteral("else")));
+    EXPECT_EQ(preferences->storagePath(), dir.path("out"));
+    preferences->setStoragePath(dir.path("else"));
     controller->CancelPreferenceSetting();
-    EXPECT_EQ(controller->storagelocation(), dir.path(QStringLiteral("out")));
+    EXPECT_EQ(controller->storagelocation(), dir.path("out"));
     controller->ShowPreferenceSetting();
-    preferences->setStoragePath(dir.path(QStringLiteral("else")));
+    preferences->setStoragePath(dir.path("else"));
     controller->ResetPreferenceSetting();
-    EXPECT_EQ(controller->storagelocation(), dir.path(QStringLiteral("else")));
-    const platform::NSUserDefaults stored(dir.path(QStringLiteral("prefs.conf")));
-    EXPECT_EQ(stored.stringForKey(QStringLiteral("Postion")), u"lower left corner")
+    EXPECT_EQ(controller->storagelocation(), dir.path("else"));
+    const platform::NSUserDefaults stored(dir.path("prefs.conf"));
+    EXPECT_EQ(stored.stringForKey(u"Postion"_s), u"lower left corner")
         << "nothing was chosen in the pop-up";
     controller->ShowPreferenceSetting();
-    preferences->findChild<QComboBox*>(QStringLiteral("postionBtn"))->setCurrentIndex(1);
-    controller->changeFont(QFont(QStringLiteral("DejaVu Serif"), 21));
+    preferences->findChild<QComboBox*>(u"postionBtn"_s)->setCurrentIndex(1);
+    controller->changeFont(QFont(u"DejaVu Serif"_s, 21));
     controller->ResetPreferenceSetting();
-    const platform::NSUserDefaults again(dir.path(QStringLiteral("prefs.conf")));
-    EXPECT_EQ(again.stringForKey(QStringLiteral("Postion")), u"Upper right corner");
-    EXPECT_EQ(again.stringForKey(QStringLiteral("fontName")), u"DejaVu Serif");
-    EXPECT_EQ(again.integerForKey(QStringLiteral("fontsize")), 21);
-    EXPECT_TRUE(QDir(dir.path(QStringLiteral("else"))).exists());
+    const platform::NSUserDefaults again(dir.path("prefs.conf"));
+    EXPECT_EQ(again.stringForKey(u"Postion"_s), u"Upper right corner");
+    EXPECT_EQ(again.stringForKey(u"fontName"_s), u"DejaVu Serif");
+    EXPECT_EQ(again.integerForKey(u"fontsize"_s), 21);
+    EXPECT_TRUE(QDir(dir.path("else")).exists());
     EXPECT_TRUE(preferences->isHidden());
 }
 
@@ -427,7 +323,7 @@ TEST_F(WindowTest, EveryControlHasANameForAssistiveTechnology) {
     window()->selectRow(0);
     QStringList unnamed;
     collectUnnamed(QAccessible::queryAccessibleInterface(window()), unnamed);
-    EXPECT_TRUE(unnamed.isEmpty()) << unnamed.join(u", ").toStdString();
+    EXPECT_TRUE(unnamed.isEmpty()) << unnamed.join(u", ");
 }
 
 TEST_F(WindowTest, F6GoesRoundTheBandsBothWays) {

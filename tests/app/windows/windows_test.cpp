@@ -11,10 +11,10 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QColorDialog>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFileDialog>
-#include <QFileSystemModel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSettings>
@@ -27,12 +27,12 @@ namespace {
 
 media::Preferences firstStartPreferences() {
     media::Preferences preferences;
-    preferences.storagelocation = QStringLiteral("/home/mira/Videos/com.Tarvolin.clipheave");
-    preferences.currentFontname = QStringLiteral("Lucida Grande");
+    preferences.storagelocation = u"/home/mira/Videos/com.Tarvolin.clipheave"_s;
+    preferences.currentFontname = u"Lucida Grande"_s;
     preferences.currentFontSize = 14;
-    preferences.fontLabel = QStringLiteral("Lucida Grande 24");
-    preferences.position = QStringLiteral("lower left corner");
-    preferences.dateFormat = QStringLiteral("MM/DD/YYYY HH:MM");
+    preferences.fontLabel = u"Lucida Grande 24"_s;
+    preferences.position = u"lower left corner"_s;
+    preferences.dateFormat = u"MM/DD/YYYY HH:MM"_s;
     return preferences;
 }
 
@@ -41,29 +41,28 @@ TEST(PreferencesWindow, ShowsWhatIsStoredAndNothingElse) {
     media::Preferences stored = firstStartPreferences();
     window.show(stored, Qt::white);
     EXPECT_EQ(window.size(), QSize(680, 536));
-    EXPECT_EQ(window.findChild<QLineEdit*>(QStringLiteral("storagePathlab"))->text(),
-              stored.storagelocation);
-    EXPECT_EQ(window.fontLabel(), QStringLiteral("Lucida Grande 24"));
+    EXPECT_EQ(window.findChild<QLineEdit*>(u"storagePathlab"_s)->text(), stored.storagelocation);
+    EXPECT_EQ(window.fontLabel(), u"Lucida Grande 24");
     EXPECT_EQ(window.position(), QString()) << "the stored default is no title of the list";
-    EXPECT_EQ(window.dateFormat(), QStringLiteral("MM/DD/YYYY HH:MM"));
-    EXPECT_EQ(window.preview()->stampText(), QStringLiteral("06/14/2025 21:36:20"));
+    EXPECT_EQ(window.dateFormat(), u"MM/DD/YYYY HH:MM");
+    EXPECT_EQ(window.preview()->stampText(), u"06/14/2025 21:36:20");
     EXPECT_EQ(window.preview()->corner(), Qt::AlignLeft | Qt::AlignBottom);
 
-    stored.position = QStringLiteral("Upper right corner");
-    stored.dateFormat = QStringLiteral("YYYY-MM-DD");
+    stored.position = u"Upper right corner"_s;
+    stored.dateFormat = u"YYYY-MM-DD"_s;
     window.show(stored, Qt::red);
-    EXPECT_EQ(window.position(), QStringLiteral("Upper right corner"));
+    EXPECT_EQ(window.position(), u"Upper right corner");
     EXPECT_EQ(window.dateFormat(), QString());
     EXPECT_EQ(window.fontColor(), QColor(Qt::red));
     EXPECT_EQ(window.preview()->corner(), Qt::AlignRight | Qt::AlignTop);
-    EXPECT_EQ(window.preview()->stampText(), QStringLiteral("2025:06:14 21:36:20"));
+    EXPECT_EQ(window.preview()->stampText(), u"2025:06:14 21:36:20");
 
-    auto* format = window.findChild<QComboBox*>(QStringLiteral("dateFormatBtn"));
+    auto* format = window.findChild<QComboBox*>(u"dateFormatBtn"_s);
     EXPECT_EQ(format->count(), 3);
     format->setCurrentIndex(1);
-    EXPECT_EQ(window.preview()->stampText(), QStringLiteral("14/06/2025 21:36:20"));
-    window.setStampFont(QStringLiteral("Sans"), 30);
-    EXPECT_EQ(window.fontLabel(), QStringLiteral("Sans 30"));
+    EXPECT_EQ(window.preview()->stampText(), u"14/06/2025 21:36:20");
+    window.setStampFont(u"Sans"_s, 30);
+    EXPECT_EQ(window.fontLabel(), u"Sans 30");
 }
 
 TEST(PreferencesWindow, ReportsItsButtonsAndKeys) {
@@ -89,11 +88,11 @@ TEST(PreferencesWindow, ReportsItsButtonsAndKeys) {
     ASSERT_EQ(appearance.count(), 1);
     EXPECT_EQ(appearance[0][0].toInt(), static_cast<int>(Appearance::Light));
 
-    auto* field = window.findChild<QLineEdit*>(QStringLiteral("storagePathlab"));
-    field->setText(QStringLiteral("/other"));
+    auto* field = window.findChild<QLineEdit*>(u"storagePathlab"_s);
+    field->setText(u"/other"_s);
     QTest::keyClick(field, Qt::Key_Return);
     EXPECT_EQ(saved.count(), 1);
-    EXPECT_EQ(window.storagePath(), QStringLiteral("/other"));
+    EXPECT_EQ(window.storagePath(), u"/other");
     EXPECT_TRUE(window.isVisible()) << "closing is the controller's";
     press("ResetPreferenceSetting");
     EXPECT_EQ(saved.count(), 2);
@@ -122,7 +121,7 @@ TEST(AboutWindow, IsThereOnce) {
     ASSERT_EQ(windows.size(), 1);
     EXPECT_TRUE(windows[0]->isVisible());
     EXPECT_TRUE(windows[0]
-                    ->findChild<ToneLabel*>(QStringLiteral("versionLabel"))
+                    ->findChild<ToneLabel*>(u"versionLabel"_s)
                     ->text()
                     .contains(QStringLiteral(CLIPHEAVE_VERSION)));
     windows[0]->reject();
@@ -135,21 +134,21 @@ protected:
     OpenPanelTest() {
         parent.resize(900, 600);
         parent.show();
-        folder.write(QStringLiteral("clips/inside.mp4"), "x");
-        folder.write(QStringLiteral("a.mp4"), "x");
-        folder.write(QStringLiteral("b.mp4"), "x");
+        folder.write("clips/inside.mp4", "x");
+        folder.write("a.mp4", "x");
+        folder.write("b.mp4", "x");
     }
 
     QFileDialog* open(OpenPanel::Mode mode) {
-        OpenPanel::open(&parent, QStringLiteral("Please select videos or auidos to import."), mode,
-                        settings, [this](const QStringList& paths) { answers += paths; });
-        auto* panel = parent.findChild<QFileDialog*>(QStringLiteral("openPanel"));
+        OpenPanel::open(&parent, u"Please select videos or auidos to import."_s, mode, settings,
+                        [this](const QStringList& paths) { answers += paths; });
+        auto* panel = parent.findChild<QFileDialog*>(u"openPanel"_s);
         panel->setDirectory(folder.path());
         return panel;
     }
     /// Selects names in the list once it has read the folder.
     void select(QFileDialog* panel, const QStringList& names) {
-        auto* view = panel->findChild<QTreeView*>(QStringLiteral("treeView"));
+        auto* view = panel->findChild<QTreeView*>(u"treeView"_s);
         const auto find = [&](const QString& name) {
             return view->model()->match(view->model()->index(0, 0, view->rootIndex()),
                                         Qt::DisplayRole, name, 1, Qt::MatchExactly);
@@ -172,63 +171,61 @@ protected:
 
     QWidget parent;
     testkit::TempDir folder;
-    QSettings settings{folder.path(QStringLiteral("window.conf")), QSettings::IniFormat};
+    QSettings settings{folder.path("window.conf"), QSettings::IniFormat};
     QList<QStringList> answers;
 };
 
 TEST_F(OpenPanelTest, AWholePathThatIsTypedIsTakenOnceAndAlone) {
     QFileDialog* panel = open(OpenPanel::FilesAndFolders);
-    select(panel, {QStringLiteral("b.mp4")}); // left over from the completion of the typed text
-    auto* name = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    select(panel, {u"b.mp4"_s}); // left over from the completion of the typed text
+    auto* name = panel->findChild<QLineEdit*>(u"fileNameEdit"_s);
     name->setFocus();
     name->selectAll();
-    QTest::keyClicks(name, folder.path(QStringLiteral("clips")) + u'/');
+    QTest::keyClicks(name, folder.path("clips") + u'/');
     QTest::keyClick(name, Qt::Key_Return);
     static_cast<QDialog*>(panel)->accept(); // the other way that Return takes
     ASSERT_EQ(answers.size(), 1);
-    EXPECT_EQ(answers.front(), paths({QStringLiteral("clips")}));
+    EXPECT_EQ(answers.front(), paths({u"clips"_s}));
 }
 
 TEST_F(OpenPanelTest, TakesFilesAndFoldersTogether) {
     QFileDialog* panel = open(OpenPanel::FilesAndFolders);
     EXPECT_TRUE(panel->isVisible()) << "and open() came back";
     EXPECT_EQ(panel->windowModality(), Qt::WindowModal);
-    EXPECT_EQ(panel->findChild<ToneLabel*>(QStringLiteral("openPanelMessage"))->text(),
-              QStringLiteral("Please select videos or auidos to import."));
+    EXPECT_EQ(panel->findChild<ToneLabel*>(u"openPanelMessage"_s)->text(),
+              u"Please select videos or auidos to import.");
     EXPECT_NE(parent.findChild<Scrim*>(), nullptr);
-    select(panel, {QStringLiteral("clips"), QStringLiteral("b.mp4")});
+    select(panel, {u"clips"_s, u"b.mp4"_s});
     openButton(panel)->click();
     ASSERT_EQ(answers.size(), 1);
-    EXPECT_THAT(answers[0], testing::UnorderedElementsAreArray(
-                                paths({QStringLiteral("clips"), QStringLiteral("b.mp4")})));
+    EXPECT_THAT(answers[0], testing::UnorderedElementsAreArray(paths({u"clips"_s, u"b.mp4"_s})));
     EXPECT_EQ(parent.findChild<Scrim*>(), nullptr);
 
     QTest::qWait(0); // the closed panel is deleted
     panel = open(OpenPanel::FilesAndFolders);
-    select(panel, {QStringLiteral("clips")});
+    select(panel, {u"clips"_s});
     EXPECT_TRUE(openButton(panel)->isEnabled()) << "a folder alone will do";
     openButton(panel)->click();
     ASSERT_EQ(answers.size(), 2);
-    EXPECT_EQ(answers[1], paths({QStringLiteral("clips")}));
+    EXPECT_EQ(answers[1], paths({u"clips"_s}));
 }
 
 TEST_F(OpenPanelTest, RemembersTheFolderAndIgnoresACancelledPanel) {
     QFileDialog* panel = open(OpenPanel::FilesOnly);
-    select(panel, {QStringLiteral("a.mp4"), QStringLiteral("b.mp4")});
+    select(panel, {u"a.mp4"_s, u"b.mp4"_s});
     openButton(panel)->click();
     ASSERT_EQ(answers.size(), 1);
-    EXPECT_THAT(answers[0], testing::UnorderedElementsAreArray(
-                                paths({QStringLiteral("a.mp4"), QStringLiteral("b.mp4")})));
+    EXPECT_THAT(answers[0], testing::UnorderedElementsAreArray(paths({u"a.mp4"_s, u"b.mp4"_s})));
     QTest::qWait(0);
     OpenPanel::open(&parent, {}, OpenPanel::FilesOnly, settings,
                     [this](const QStringList& chosen) { answers += chosen; });
-    panel = parent.findChild<QFileDialog*>(QStringLiteral("openPanel"));
+    panel = parent.findChild<QFileDialog*>(u"openPanel"_s);
     EXPECT_EQ(panel->directory().absolutePath(), folder.path());
-    select(panel, {QStringLiteral("a.mp4")});
+    select(panel, {u"a.mp4"_s});
     panel->reject();
     QTest::qWait(0);
     panel = open(OpenPanel::FilesOnly);
-    select(panel, {QStringLiteral("clips")});
+    select(panel, {u"clips"_s});
     openButton(panel)->click();
     EXPECT_EQ(answers.size(), 1) << "a folder is no file";
     panel->reject();

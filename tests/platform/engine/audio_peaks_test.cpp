@@ -4,7 +4,6 @@
 #include "tests/platform/engine/engine_fixture.h"
 
 #include <array>
-#include <cmath>
 
 namespace clipheave::platform {
 
@@ -47,7 +46,7 @@ TEST_F(AudioPeaks, FollowTheLoudnessInEverySampleFormat) {
     }};
     for (const auto& [name, options] : files) {
         const auto found = peaks(audio(QString::fromLatin1(name), options), 60);
-        ASSERT_TRUE(found) << name << ": " << found.error().text().toStdString();
+        ASSERT_TRUE(found) << name << ": " << found.error().text();
         ASSERT_EQ(found->size(), 60) << name;
         std::vector<int> columns;
         for (const char byte : *found)
@@ -63,10 +62,10 @@ TEST_F(AudioPeaks, FollowTheLoudnessInEverySampleFormat) {
 }
 
 TEST_F(AudioPeaks, RefuseWhatHasNoneAndStopWhenAsked) {
-    const QString wave = audio(QStringLiteral("a.wav"), "-c:a pcm_s16le");
+    const QString wave = audio(u"a.wav"_s, "-c:a pcm_s16le");
     EXPECT_EQ(peaks(wave, 0).error().code, ErrorCode::InvalidArgument);
     EXPECT_EQ(peaks(wave, 1'000'000).error().code, ErrorCode::InvalidArgument);
-    EXPECT_EQ(peaks(m_dir.path(QStringLiteral("none.wav")), 60).error().code, ErrorCode::NotFound);
+    EXPECT_EQ(peaks(m_dir.path("none.wav"), 60).error().code, ErrorCode::NotFound);
     int asked = 0;
     const auto stopped = m_engine->audioPeaks(wave, 60, [&asked] { return ++asked < 3; });
     ASSERT_FALSE(stopped);
@@ -74,26 +73,24 @@ TEST_F(AudioPeaks, RefuseWhatHasNoneAndStopWhenAsked) {
     EXPECT_EQ(asked, 3);
     // A file cut in the middle is as long as what is there.
     const QByteArray bytes = testkit::TempDir::read(wave);
-    const auto cut =
-        peaks(m_dir.write(QStringLiteral("cut.wav"), bytes.left(bytes.size() / 2)), 60);
+    const auto cut = peaks(m_dir.write("cut.wav", bytes.left(bytes.size() / 2)), 60);
     ASSERT_TRUE(cut);
     EXPECT_EQ(static_cast<unsigned char>(cut->at(19)), 0);
     EXPECT_GE(static_cast<unsigned char>(cut->at(59)), 118);
-    EXPECT_EQ(peaks(m_dir.write(QStringLiteral("empty.wav"), bytes.left(44)), 60).has_value(),
-              false);
-    const QString video = m_dir.path(QStringLiteral("mute.mp4"));
+    EXPECT_EQ(peaks(m_dir.write("empty.wav", bytes.left(44)), 60).has_value(), false);
+    const QString video = m_dir.path("mute.mp4");
     SampleMedia mute;
-    mute.container = QStringLiteral("mp4");
-    mute.videoCodec = QStringLiteral("mpeg4");
+    mute.container = u"mp4"_s;
+    mute.videoCodec = u"mpeg4"_s;
     ASSERT_TRUE(m_engine->writeSample(mute, video));
     EXPECT_EQ(peaks(video, 60).error().code, ErrorCode::NotSupported);
 }
 
 TEST_F(AudioPeaks, LogWhatDamageLeftOut) {
-    const QString path = audio(QStringLiteral("whole.flac"), "-c:a flac");
+    const QString path = audio(u"whole.flac"_s, "-c:a flac");
     QByteArray bytes = testkit::TempDir::read(path);
     std::fill_n(bytes.begin() + bytes.size() / 2, 4000, '\x5a');
-    const QString hurt = m_dir.write(QStringLiteral("hurt.flac"), bytes);
+    const QString hurt = m_dir.write("hurt.flac", bytes);
     QStringList paths;
     const LogSubscription listening(LogLevel::Info,
                                     [&](const LogLine& line) { paths << line.path; });

@@ -12,7 +12,7 @@ protected:
     void SetUp() override {
         SKIP_WITHOUT("ffmpeg");
         const auto loaded = mediaEngine();
-        ASSERT_TRUE(loaded) << loaded.error().text().toStdString();
+        ASSERT_TRUE(loaded) << loaded.error().text();
         m_engine = *loaded;
     }
 

@@ -72,7 +72,7 @@ TEST_F(Engine, ProbesVideosAsFfprobeDoes) {
     for (const auto& [name, options] : cases) {
         const QString path = make(QString::fromLatin1(name), options);
         const auto facts = probe(path);
-        ASSERT_TRUE(facts) << name << facts.error().text().toStdString();
+        ASSERT_TRUE(facts) << name << facts.error().text();
         EXPECT_TRUE(facts->problem.isEmpty()) << name;
         const bool audioFile = QByteArray(options).startsWith("-vn");
         EXPECT_EQ(facts->pixelSize, audioFile ? QSize() : QSize(176, 144)) << name;
@@ -90,7 +90,7 @@ TEST_F(Engine, ProbesVideosAsFfprobeDoes) {
 
 TEST_F(Engine, ReadsHeadersOnly) {
     // Thirty megabytes of audio.
-    const QString path = m_dir.path(QStringLiteral("long.mkv"));
+    const QString path = m_dir.path("long.mkv");
     testkit::ffmpeg("-f lavfi -i sine=d=350 -c:a pcm_s16le", {path});
     ASSERT_GT(QFileInfo(path).size(), 30'000'000);
     const auto facts = probe(path);
@@ -100,29 +100,29 @@ TEST_F(Engine, ReadsHeadersOnly) {
 }
 
 TEST_F(Engine, MapsTagsAndFrames) {
-    const QString cover = m_dir.path(QStringLiteral("cover.png"));
+    const QString cover = m_dir.path("cover.png");
     testkit::ffmpeg("-f lavfi -i testsrc=d=1:s=32x32:r=1 -frames:v 1", {cover});
     const QString path =
-        make(QStringLiteral("t.mkv"),
+        make(u"t.mkv"_s,
              "-c:v mpeg4 -c:a aac -attach % -metadata:s:2 mimetype=image/png -metadata % "
              "-metadata artist=Müller -metadata creation_time=2019-05-04T10:11:12Z "
              "-metadata com.apple.quicktime.make=Maker -metadata:s:v %",
-             {cover, u"title=Sommer in Köln"_qs, u"title=only a track"_qs});
+             {cover, u"title=Sommer in Köln"_s, u"title=only a track"_s});
     const auto facts = probe(path);
     ASSERT_TRUE(facts);
-    EXPECT_EQ(text(*facts, "id3/TIT2"), QStringLiteral("Sommer in Köln"));
-    EXPECT_EQ(text(*facts, "id3/TPE1"), QStringLiteral("Müller"));
+    EXPECT_EQ(text(*facts, "id3/TIT2"), u"Sommer in Köln");
+    EXPECT_EQ(text(*facts, "id3/TPE1"), u"Müller");
     EXPECT_EQ(facts->contentCreationDate, QDateTime(QDate(2019, 5, 4), QTime(10, 11, 12), kUtc));
     const auto frame =
         std::find_if(facts->metadata.begin(), facts->metadata.end(),
-                     [](const auto& item) { return item.identifier == QLatin1String("id3/APIC"); });
+                     [](const auto& item) { return item.identifier == "id3/APIC"_L1; });
     ASSERT_NE(frame, facts->metadata.end());
     EXPECT_EQ(frame->dataValue(), testkit::TempDir::read(cover));
     EXPECT_EQ(facts->pixelSize, QSize(176, 144)) << "the cover is no film";
 }
 
 TEST_F(Engine, FollowsNoReferences) {
-    const QString inner = make(QStringLiteral("inner.ts"), "-c:v mpeg2video");
+    const QString inner = make(u"inner.ts"_s, "-c:v mpeg2video");
     // Lists that name a file which is there and which any player would open.
     const QByteArray playlist =
         "#EXTM3U\n#EXT-X-TARGETDURATION:3\n#EXTINF:3,\n" + inner.toUtf8() + "\n#EXT-X-ENDLIST\n";
@@ -130,7 +130,7 @@ TEST_F(Engine, FollowsNoReferences) {
     const QString before = QDir::currentPath();
     QDir::setCurrent(m_dir.path()); // names without a folder count from here
     for (const QByteArray& list : {playlist, script}) {
-        const QString path = m_dir.write(QStringLiteral("list.m3u8"), list);
+        const QString path = m_dir.write("list.m3u8", list);
         EXPECT_EQ(ffprobe(path, "stream=codec_name").left(10), "mpeg2video");
         EXPECT_FALSE(probe(path));
     }
@@ -140,7 +140,7 @@ TEST_F(Engine, FollowsNoReferences) {
 TEST_F(Engine, RemuxKeepsEveryPacket) {
     for (const char* name : {"r.avi", "r.mkv", "r.ts"}) {
         const QString source = make(QString::fromLatin1(name), "-c:v mpeg4 -bf 2 -c:a aac");
-        const QString target = m_dir.path(QStringLiteral("out.mp4"));
+        const QString target = m_dir.path("out.mp4");
         double last = -1;
         const auto done = m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse,
                                           [&](double part) {
@@ -148,7 +148,7 @@ TEST_F(Engine, RemuxKeepsEveryPacket) {
                                               last = part;
                                               return true;
                                           });
-        ASSERT_TRUE(done) << name << done.error().text().toStdString();
+        ASSERT_TRUE(done) << name << done.error().text();
         EXPECT_EQ(last, 1.0);
         EXPECT_NEAR(ffprobe(target, "format=duration").toDouble(), 3, 0.15) << name;
         // ADTS headers go when audio leaves a transport stream, so only its frames compare.
@@ -162,31 +162,31 @@ TEST_F(Engine, RemuxKeepsEveryPacket) {
 }
 
 TEST_F(Engine, RemuxTakesTheShapeThatTheContainerTells) {
-    const QString square = make(QStringLiteral("q.mkv"), "-an -c:v mpeg4 -vf setsar=1");
-    const QString target = m_dir.path(QStringLiteral("out.mov"));
+    const QString square = make(u"q.mkv"_s, "-an -c:v mpeg4 -vf setsar=1");
+    const QString target = m_dir.path("out.mov");
     for (const char* name : {"wide.mkv", "wide.avi"}) {
         const QString source =
             make(QString::fromLatin1(name), "-i % -map 2 -c copy -aspect 2:1", {square});
         const auto done =
             m_engine->remux(source, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {});
-        ASSERT_TRUE(done) << name << done.error().text().toStdString();
+        ASSERT_TRUE(done) << name << done.error().text();
         EXPECT_EQ(ffprobe(target, "stream=display_aspect_ratio"), "2:1\n") << name;
     }
 }
 
 TEST_F(Engine, RemuxGoesOnPastDamageAndPastTimesThatBeginAnew) {
-    const QString source = make(QStringLiteral("p.ts"), "-c:v libx264 -g 5 -c:a aac -b:a 256k");
+    const QString source = make(u"p.ts"_s, "-c:v libx264 -g 5 -c:a aac -b:a 256k");
     const QByteArray whole = testkit::TempDir::read(source);
     QByteArray hurt = whole;
     constexpr qsizetype kTsPacket = 188;
     for (qsizetype at = kTsPacket * 40; at + 3 * kTsPacket < hurt.size(); at += kTsPacket * 60)
         std::fill_n(hurt.begin() + at + 4, 3 * kTsPacket - 4, '\x5a');
-    const QString target = m_dir.path(QStringLiteral("out.mov"));
+    const QString target = m_dir.path("out.mov");
     for (const QByteArray& bytes : {hurt, whole + whole}) {
-        const QString path = m_dir.write(QStringLiteral("x.ts"), bytes);
+        const QString path = m_dir.write("x.ts", bytes);
         const auto done =
             m_engine->remux(path, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {});
-        ASSERT_TRUE(done) << done.error().text().toStdString();
+        ASSERT_TRUE(done) << done.error().text();
         EXPECT_EQ(done->isEmpty(), bytes.size() != whole.size());
         EXPECT_GT(ffprobe(target, "stream=nb_frames").split('\n').at(1).toInt(), 60) << "of sound";
     }
@@ -194,14 +194,14 @@ TEST_F(Engine, RemuxGoesOnPastDamageAndPastTimesThatBeginAnew) {
 
 TEST_F(Engine, AudioBeforeTheStartMovesNeitherVideoNorChapters) {
     const QString chapters = m_dir.write(
-        QStringLiteral("list.txt"),
+        "list.txt",
         ";FFMETADATA1\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=1000\ntitle=One\n[CHAPTER]\n"
         "TIMEBASE=1/1000\nSTART=1000\nEND=2000\ntitle=Two\n");
     const QString source = make(
-        QStringLiteral("early.mkv"),
+        u"early.mkv"_s,
         "-f ffmetadata -i % -map_chapters 2 -c:v mpeg4 -bf 0 -c:a libopus -ar 48000", {chapters});
     ASSERT_LT(ffprobe(source, "format=start_time").toDouble(), -0.005) << "the decoder's run-in";
-    const QString target = m_dir.path(QStringLiteral("out.mp4"));
+    const QString target = m_dir.path("out.mp4");
     ASSERT_TRUE(m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse, {}));
     const auto times = [&](const char* entries, qsizetype line) {
         return ffprobe(target, entries).split('\n').at(line).toDouble() -
@@ -216,25 +216,24 @@ TEST_F(Engine, AudioBeforeTheStartMovesNeitherVideoNorChapters) {
 }
 
 TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
-    const QString source = make(QStringLiteral("s.mkv"), "-c:v libx264 -c:a pcm_s16le");
-    const QString target = m_dir.path(QStringLiteral("x.mp4"));
+    const QString source = make(u"s.mkv"_s, "-c:v libx264 -c:a pcm_s16le");
+    const QString target = m_dir.path("x.mp4");
     const auto refused =
         m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse, {});
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().code, ErrorCode::NotSupported);
-    EXPECT_EQ(refused.error().detail, Message(kMp4CannotHold, {QStringLiteral("PCM")}));
+    EXPECT_EQ(refused.error().detail, Message(kMp4CannotHold, {u"PCM"_s}));
     EXPECT_FALSE(QFileInfo::exists(target));
     // A QuickTime movie holds it, whatever the file is called.
     ASSERT_TRUE(
         m_engine->remux(source, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {}));
     EXPECT_EQ(testkit::streamHash(target), testkit::streamHash(source));
 
-    const auto cancelled =
-        m_engine->remux(source, m_dir.path(QStringLiteral("x.mov")), RemuxTarget::QuickTimeMovie,
-                        UnheldStreams::Refuse, [](double) { return false; });
+    const auto cancelled = m_engine->remux(source, m_dir.path("x.mov"), RemuxTarget::QuickTimeMovie,
+                                           UnheldStreams::Refuse, [](double) { return false; });
     ASSERT_FALSE(cancelled);
     EXPECT_EQ(cancelled.error().code, ErrorCode::Cancelled);
-    EXPECT_FALSE(QFileInfo::exists(m_dir.path(QStringLiteral("x.mov"))));
+    EXPECT_FALSE(QFileInfo::exists(m_dir.path("x.mov")));
 
     const QByteArray before = testkit::TempDir::read(source);
     EXPECT_FALSE(m_engine->remux(source, source, RemuxTarget::Mp4, UnheldStreams::Refuse, {}));
@@ -261,9 +260,9 @@ TEST_F(Engine, WritesSamplesThatRepeat) {
         sample.videoCodec = QString::fromLatin1(c.video);
         sample.audioCodec = QString::fromLatin1(c.audio);
         sample.seconds = 1;
-        const QString path = m_dir.path(QString::fromLatin1(c.name));
+        const QString path = m_dir.path(c.name);
         const auto written = m_engine->writeSample(sample, path);
-        ASSERT_TRUE(written) << c.name << written.error().text().toStdString();
+        ASSERT_TRUE(written) << c.name << written.error().text();
         QByteArray codecs = ffprobe(path, "stream=codec_name");
         EXPECT_EQ(codecs.replace('\n', ' '), QByteArray(c.codecs)) << c.name;
         EXPECT_NEAR(ffprobe(path, "format=duration").toDouble(), 1, 0.1) << c.name;
@@ -275,11 +274,11 @@ TEST_F(Engine, WritesSamplesThatRepeat) {
 
 TEST_F(Engine, SampleSettings) {
     SampleMedia sample;
-    sample.container = QStringLiteral("mp4");
-    sample.videoCodec = QStringLiteral("libx264");
+    sample.container = u"mp4"_s;
+    sample.videoCodec = u"libx264"_s;
     sample.seconds = 0.5;
     sample.rotation = 90;
-    const QString path = m_dir.path(QStringLiteral("r.mp4"));
+    const QString path = m_dir.path("r.mp4");
     ASSERT_TRUE(m_engine->writeSample(sample, path));
     const QByteArray first = testkit::TempDir::read(path);
     EXPECT_LT(first.indexOf("moov"), first.indexOf("mdat"));
@@ -291,40 +290,39 @@ TEST_F(Engine, SampleSettings) {
     EXPECT_GT(second.indexOf("moov"), second.indexOf("mdat"));
     EXPECT_NE(first.size(), second.size()) << "another pattern is another picture";
 
-    sample.videoCodec = QStringLiteral("nonsense");
-    EXPECT_EQ(m_engine->writeSample(sample, m_dir.path(QStringLiteral("n.mp4"))).error().code,
+    sample.videoCodec = u"nonsense"_s;
+    EXPECT_EQ(m_engine->writeSample(sample, m_dir.path("n.mp4")).error().code,
               ErrorCode::NotSupported);
-    EXPECT_FALSE(QFileInfo::exists(m_dir.path(QStringLiteral("n.mp4"))));
+    EXPECT_FALSE(QFileInfo::exists(m_dir.path("n.mp4")));
     sample.size = QSize(0, 0);
     EXPECT_EQ(m_engine->writeSample(sample, path).error().code, ErrorCode::InvalidArgument);
 }
 
 TEST_F(Engine, OpensFilesByTheirBytes) {
-    const QString flac = make(QStringLiteral("x.flac"), "-vn");
-    const QString mpg = make(QStringLiteral("x.mpg"), "-c:v mpeg2video");
+    const QString flac = make(u"x.flac"_s, "-vn");
+    const QString mpg = make(u"x.mpg"_s, "-c:v mpeg2video");
     const auto container = [](const QString& path) {
         const auto file = MediaFile::open(path);
         return file ? (*file)->facts().container : Container::Unknown;
     };
     const auto renamed = [&](const QString& path, const char* name) {
-        return m_dir.write(QString::fromLatin1(name), testkit::TempDir::read(path));
+        return m_dir.write(name, testkit::TempDir::read(path));
     };
     EXPECT_EQ(container(renamed(flac, "y.mp3")), Container::Flac);
     EXPECT_EQ(container(renamed(mpg, "y.wav")), Container::Other);
 
-    const QString text = m_dir.write(QStringLiteral("t.mp4"), "nothing but text");
+    const QString text = m_dir.write("t.mp4", "nothing but text");
     const auto file = MediaFile::open(text);
     ASSERT_TRUE(file);
     EXPECT_EQ((*file)->facts().container, Container::Unknown);
     EXPECT_FALSE((*file)->facts().problem.isEmpty());
     EXPECT_EQ((*file)->attributes().NSFileSize, 16u);
     EXPECT_EQ(AVURLAsset::assetWithPath(text).error().code, ErrorCode::InvalidData);
-    EXPECT_EQ(AVURLAsset::assetWithPath(m_dir.path(QStringLiteral("none"))).error().code,
-              ErrorCode::NotFound);
+    EXPECT_EQ(AVURLAsset::assetWithPath(m_dir.path("none")).error().code, ErrorCode::NotFound);
 }
 
 TEST_F(Engine, ThreadsProbeSideBySide) {
-    const QString path = make(QStringLiteral("p.ts"), "-c:v mpeg2video");
+    const QString path = make(u"p.ts"_s, "-c:v mpeg2video");
     std::atomic<int> good = 0;
     std::vector<std::jthread> threads;
     for (int i = 0; i < 8; ++i)
@@ -347,12 +345,11 @@ TEST_F(Engine, CorpusOpensWithoutHarm) {
         for (const QString& name : dir.entryList(QDir::Files)) {
             const auto start = std::chrono::steady_clock::now();
             const auto file = MediaFile::open(dir.filePath(name));
-            EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5))
-                << name.toStdString();
-            ASSERT_TRUE(file) << name.toStdString();
+            EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5)) << name;
+            ASSERT_TRUE(file) << name;
             const MediaFacts& facts = (*file)->facts();
             if (facts.container == Container::Unknown) {
-                EXPECT_FALSE(facts.problem.isEmpty()) << name.toStdString();
+                EXPECT_FALSE(facts.problem.isEmpty()) << name;
             }
             opened += facts.container != Container::Unknown ? 1 : 0;
         }

@@ -42,7 +42,7 @@ TEST_F(ExportAudioTest, EncodesAndCutsToTheSample) {
         exported(audioOf(source, 0, 3), "out.m4a");
         const QByteArray got =
             ffprobe(m_out, "a", "stream=codec_name,sample_rate,channels,duration");
-        EXPECT_TRUE(got.startsWith(expected)) << name << got.toStdString();
+        EXPECT_TRUE(got.startsWith(expected)) << name << got;
         const std::vector<float> all = samples(source), copy = samples(m_out);
         EXPECT_GT(correlation(all, copy), 0.98) << name;
         // From the middle: what stood at 1.25 s is at the start.
@@ -107,14 +107,13 @@ TEST_F(ExportAudioTest, KeepsFrameAndAudioTogether) {
     const QString tone = make("tone.m4a", "-vn -c:a aac", "testsrc2=d=3", kChirp);
     // The other container has no such thing; its video tells its times when it is decoded.
     for (int i = 0; i < 4; ++i) {
-        const QString source =
-            m_dir.path(i < 2 ? QStringLiteral("late.mp4") : QStringLiteral("late.mkv"));
+        const QString source = m_dir.path(i < 2 ? u"late.mp4"_s : u"late.mkv"_s);
         testkit::ffmpeg("-i % -itsoffset 0.5 -i % -c copy", {videoFile, tone, source});
         const auto mode = i % 2 == 0 ? ExportMode::Encode : ExportMode::Copy;
         ExportPlan plan = planFor(source, 3.5);
         plan.video->mode = plan.audio->mode = mode;
         exported(plan);
-        const QString audio = m_dir.path(QStringLiteral("sound.wav"));
+        const QString audio = m_dir.path("sound.wav");
         testkit::ffmpeg("-i % -vn -af aresample=async=1:first_pts=0", {m_out, audio});
         const std::vector<float> got = samples(audio);
         ASSERT_GT(got.size(), 5000u);

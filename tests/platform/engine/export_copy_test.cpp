@@ -27,7 +27,7 @@ protected:
         const auto done = run(plan);
         ASSERT_FALSE(done) << what;
         EXPECT_EQ(static_cast<int>(done.error().code), static_cast<int>(code))
-            << what << ": " << done.error().text().toStdString();
+            << what << ": " << done.error().text();
         EXPECT_FALSE(QFileInfo::exists(m_out)) << what;
     }
 };
@@ -102,7 +102,7 @@ TEST_F(ExportCopyTest, StretchesCutsAndJoinsWithoutEncoding) {
     const auto length = shorter.indexOf("elst") + 12;
     ASSERT_EQ(shorter.mid(length, 4), testkit::be(3000, 4));
     shorter.replace(length, 4, testkit::be(2960, 4));
-    const QString hiding = m_dir.write(QStringLiteral("hiding.mp4"), shorter);
+    const QString hiding = m_dir.write("hiding.mp4", shorter);
     plan.video->segments = plan.audio->segments = {segment(hiding, 0, 3)};
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "packet=flags").count("D"), 1);
@@ -142,8 +142,8 @@ TEST_F(ExportCopyTest, CarriesHeaderDatesAndNothingElse) {
 TEST_F(ExportCopyTest, FailsPlainlyAndLeavesNothing) {
     const QString source = make("a.mp4", kVideo);
     const QString audioOnly = make("s.m4a", "-vn -c:a aac");
-    const QString text = m_dir.write(QStringLiteral("t.mp4"), "no film at all");
-    expectFailure(planFor(m_dir.path(QStringLiteral("none.mp4"))), ErrorCode::NotFound, "missing");
+    const QString text = m_dir.write("t.mp4", "no film at all");
+    expectFailure(planFor(m_dir.path("none.mp4")), ErrorCode::NotFound, "missing");
     expectFailure(planFor(audioOnly), ErrorCode::NotSupported, "no film");
     const auto asText = run(planFor(text));
     ASSERT_FALSE(asText);
@@ -179,7 +179,7 @@ TEST_F(ExportCopyTest, SaysWhatCannotBeCopied) {
     const QString source = make("a.mp4", "-c:v libx264 -bf 0 -c:a aac");
     QByteArray bytes = testkit::TempDir::read(source);
     const auto refused = [&](MessageCode why) {
-        const auto done = run(copyOf(m_dir.write(QStringLiteral("b.mp4"), bytes)), "out.mov");
+        const auto done = run(copyOf(m_dir.write("b.mp4", bytes)), "out.mov");
         ASSERT_FALSE(done) << why.id;
         EXPECT_THAT(done.error().detail, says(why));
     };
@@ -227,12 +227,12 @@ TEST_F(ExportCopyTest, GoesOnPastDamageButNotPastABreak) {
     const QString source = make("a.mp4", "-movflags +faststart -c:v libx264 -g 10 -c:a aac");
     QByteArray bytes = testkit::TempDir::read(source);
     const qsizetype data = bytes.indexOf("mdat");
-    const QString torn = m_dir.write(QStringLiteral("torn.mp4"), bytes.left(bytes.size() * 2 / 3));
+    const QString torn = m_dir.write("torn.mp4", bytes.left(bytes.size() * 2 / 3));
     expectFailure(planFor(torn), ErrorCode::InvalidData, "torn");
 
     for (qsizetype at = data + 20'000; at < data + 24'000; ++at)
         bytes[at] = '\x5a';
-    const QString hurt = m_dir.write(QStringLiteral("hurt.mp4"), bytes);
+    const QString hurt = m_dir.write("hurt.mp4", bytes);
     EXPECT_THAT(exported(planFor(hurt)), testing::Contains(says(kDamagedVideoPackets)));
     EXPECT_NEAR(ffprobe(m_out, "v", "stream=duration").toDouble(), 3, 0.2);
 
@@ -241,7 +241,7 @@ TEST_F(ExportCopyTest, GoesOnPastDamageButNotPastABreak) {
     bytes = testkit::TempDir::read(stream);
     for (qsizetype at = 188 * 40; at + 188 * 3 < bytes.size(); at += 188 * 60)
         std::fill_n(bytes.begin() + at + 4, 188 * 3 - 4, '\x5a');
-    EXPECT_THAT(exported(copyOf(m_dir.write(QStringLiteral("b.ts"), bytes)), "out.mov"),
+    EXPECT_THAT(exported(copyOf(m_dir.write("b.ts", bytes)), "out.mov"),
                 testing::Contains(says(kDamagedPackets)));
 
     // A whole video of 3 s, whose container counts from zero to the end: 103 s.
@@ -254,12 +254,12 @@ TEST_F(ExportCopyTest, GoesOnPastDamageButNotPastABreak) {
     bytes = testkit::TempDir::read(source);
     for (qsizetype at = data + 8; at < bytes.size(); ++at)
         bytes[at] = '\x5a';
-    const QString gone = m_dir.write(QStringLiteral("gone.mp4"), bytes);
+    const QString gone = m_dir.write("gone.mp4", bytes);
     expectFailure(planFor(gone), ErrorCode::InvalidData, "all damaged");
 }
 
 TEST_F(ExportCopyTest, TellsThatTheDiskIsFull) {
-    const QString small = m_dir.path(QStringLiteral("small"));
+    const QString small = m_dir.path("small");
     QDir().mkpath(small);
     if (geteuid() != 0 || mount("none", small.toUtf8().constData(), "tmpfs", 0, "size=64k") != 0)
         GTEST_SKIP() << "needs the right to mount";
@@ -267,11 +267,10 @@ TEST_F(ExportCopyTest, TellsThatTheDiskIsFull) {
     for (const bool first : {false, true}) {
         ExportPlan plan = planFor(source);
         plan.moovFirst = first;
-        const QString out = small + QStringLiteral("/out.mp4");
+        const QString out = small + u"/out.mp4"_s;
         const auto done = m_engine->runExport(plan, out, {}, {});
         EXPECT_FALSE(done);
-        EXPECT_TRUE(done || done.error().code == ErrorCode::NoSpace)
-            << done.error().text().toStdString();
+        EXPECT_TRUE(done || done.error().code == ErrorCode::NoSpace) << done.error().text();
         EXPECT_FALSE(QFileInfo::exists(out));
     }
     umount(small.toUtf8().constData());

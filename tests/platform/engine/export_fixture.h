@@ -6,8 +6,6 @@
 #include "platform/media/model/media_engine.h"
 #include "tests/platform/engine/engine_fixture.h"
 
-#include <QFile>
-
 #include <cmath>
 
 namespace clipheave::platform {
@@ -24,7 +22,7 @@ protected:
     [[nodiscard]] QString make(const char* name, const char* options,
                                const char* frame = "testsrc2=d=3:s=192x128:r=25",
                                const char* audio = "sine=d=3:r=44100") const {
-        const QString path = m_dir.path(QString::fromLatin1(name));
+        const QString path = m_dir.path(name);
         const QByteArray inputs = QByteArray("-f lavfi -i ") + frame + " -f lavfi -i " + audio;
         testkit::ffmpeg(inputs + " -pix_fmt yuv420p " + options, {path});
         return path;
@@ -48,12 +46,9 @@ protected:
         const QByteArray graph = QByteArray("[0:v]format=yuv420p,settb=1/25,setpts=N[a];[1:v]") +
                                  filter +
                                  ",format=yuv420p,settb=1/25,setpts=N[b];[a][b]ssim=shortest=1";
-        const auto judged =
-            testkit::run(QStringLiteral("ffmpeg"),
-                         {QStringLiteral("-noautorotate"), QStringLiteral("-i"), output,
-                          QStringLiteral("-noautorotate"), QStringLiteral("-i"), source,
-                          QStringLiteral("-lavfi"), QString::fromLatin1(graph),
-                          QStringLiteral("-f"), QStringLiteral("null"), QStringLiteral("-")});
+        const auto judged = testkit::run(
+            u"ffmpeg"_s, {u"-noautorotate"_s, u"-i"_s, output, u"-noautorotate"_s, u"-i"_s, source,
+                          u"-lavfi"_s, QString::fromLatin1(graph), u"-f"_s, u"null"_s, u"-"_s});
         const qsizetype at = judged.err.lastIndexOf("All:");
         return at < 0 ? -1 : judged.err.mid(at + 4, 6).toDouble();
     }
@@ -101,13 +96,13 @@ protected:
         return plan;
     }
     [[nodiscard]] Result<Notes> run(const ExportPlan& plan, const char* name = "out.mp4") {
-        m_out = m_dir.path(QString::fromLatin1(name));
+        m_out = m_dir.path(name);
         return m_engine->runExport(plan, m_out, {}, m_progress);
     }
     /// The same, to succeed; returns the notes.
     Notes exported(const ExportPlan& plan, const char* name = "out.mp4") {
         const auto done = run(plan, name);
-        EXPECT_TRUE(done) << done.error().text().toStdString();
+        EXPECT_TRUE(done) << done.error().text();
         return done.value_or(Notes());
     }
 

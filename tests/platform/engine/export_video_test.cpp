@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/platform/engine/export_fixture.h"
 
-#include <QFileInfo>
 #include <QtEndian>
 
 namespace clipheave::platform {
@@ -122,10 +121,10 @@ TEST_F(ExportVideoTest, FitsIntoSquarePixelsWithBars) {
         plan.video->segments.front().path =
             make(name, (QByteArray("-c:v libx264 -c:a aac ") + options).constData());
         exported(plan);
-        const QString raw = m_dir.path(QStringLiteral("corner.yuv"));
+        const QString raw = m_dir.path("corner.yuv");
         testkit::ffmpeg("-i % -frames:v 1 -vf crop=8:8:0:0 -f rawvideo", {m_out, raw});
         const QByteArray first = testkit::TempDir::read(raw).toHex();
-        EXPECT_TRUE(first.startsWith(corner)) << name << ' ' << first.left(8).toStdString();
+        EXPECT_TRUE(first.startsWith(corner)) << name << ' ' << first.left(8);
     }
 }
 
@@ -179,7 +178,7 @@ TEST_F(ExportVideoTest, KeepsColoursAndDepthSoThatNothingIsWashedOut) {
     }
     // Both kinds in one video: the high range is brought down, and neither is dark or pale.
     const QString standard = make("b.mp4", "-c:v libx264 -an");
-    ExportPlan plan = planFor(m_dir.path(QStringLiteral("hdr.mov")));
+    ExportPlan plan = planFor(m_dir.path("hdr.mov"));
     plan.audio.reset();
     plan.video->segments.push_back(segment(standard, 0, 3, 3));
     EXPECT_THAT(exported(plan), testing::Contains(says(kHdrBecameSdr)));
@@ -222,7 +221,7 @@ TEST_F(ExportVideoTest, JoinsPiecesOfDifferentFilesAroundASplit) {
         {"7.001:7.99", first, "trim=0.5:1.49"},
     };
     for (const auto& [range, source, filter] : cases) {
-        const QString part = m_dir.path(QStringLiteral("part.mkv"));
+        const QString part = m_dir.path("part.mkv");
         testkit::ffmpeg(QByteArray("-i % -an -vf trim=") + range + " -c:v ffv1 -vsync passthrough",
                         {m_out, part});
         EXPECT_GT(likeness(part, source, filter), 0.97) << range;
@@ -296,8 +295,7 @@ TEST_F(ExportVideoTest, OneFrameForALongAudioIsWholeUnlessTheFileIsCut) {
     for (const char* track : {"v", "a"})
         EXPECT_NEAR(ffprobe(m_out, track, "stream=duration").toDouble(), 90, 0.03) << track;
     const QByteArray bytes = testkit::TempDir::read(source);
-    const auto cut =
-        run(planFor(m_dir.write(QStringLiteral("cut.mkv"), bytes.left(bytes.size() / 2)), 90));
+    const auto cut = run(planFor(m_dir.write("cut.mkv", bytes.left(bytes.size() / 2)), 90));
     ASSERT_FALSE(cut);
     EXPECT_EQ(cut.error().code, ErrorCode::InvalidData);
 }
@@ -314,7 +312,7 @@ TEST_F(ExportVideoTest, APieceOfAStreamEndsWithItsLastFrame) {
     QByteArray ofWhole = piece; // whose header tells the length of the stream that it was cut from
     ofWhole.replace(ofWhole.indexOf("mdhd") + 20, 4, testkit::be(48 * kUnits, 4));
     for (const QByteArray& bytes : {piece, ofWhole}) {
-        const QString source = m_dir.write(QStringLiteral("piece.mp4"), bytes);
+        const QString source = m_dir.write("piece.mp4", bytes);
         ExportPlan plan = planFor(source, 20);
         plan.audio.reset();
         exported(plan);
@@ -329,8 +327,7 @@ TEST_F(ExportVideoTest, GivesRealFilesTheirWholeLength) {
          {"media__dolbyVision-hdr.MOV", "photoprism__quicktime-hvc1.mov", "nom-exif__meta.mov",
           "media__sample_shorter_audio.mp4", "libwebm__bbb_480p_vp9_opus_1second.webm",
           "file-type__fixture.ps.mpg", "media__sd-hls0000000000.ts", "exiv2__flame.avi"}) {
-        const QString source =
-            testkit::corpus() + QStringLiteral("/video/") + QString::fromLatin1(name);
+        const QString source = testkit::corpus() + u"/video/"_s + QString::fromLatin1(name);
         const double length = ffprobe(source, "v:0", "format=duration").toDouble();
         const auto frames =
             static_cast<double>(ffprobe(source, "v:0", "frame=media_type").count("video"));

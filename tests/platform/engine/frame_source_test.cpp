@@ -22,7 +22,7 @@ protected:
     /// 150 frames, 25 a second unless `graph` spreads them.
     [[nodiscard]] QString video(const char* name, const char* options,
                                 const char* graph = "null") const {
-        const QString path = m_dir.path(QString::fromLatin1(name));
+        const QString path = m_dir.path(name);
         ffmpeg(QByteArray("-f lavfi -i "
                           "color=gray:s=320x160:r=25:d=6,format=yuv420p,geq=lum='if(bitand(N,"
                           "pow(2,floor(X/32))),235,16)':cb=128:cr=128,") +
@@ -32,7 +32,7 @@ protected:
     }
     [[nodiscard]] FrameList open(const QString& path, std::optional<QSize> size = {}) const {
         auto frames = m_engine->openFrames(path, size);
-        EXPECT_TRUE(frames) << path.toStdString();
+        EXPECT_TRUE(frames) << path;
         return frames ? std::move(*frames) : nullptr;
     }
     /// The number in the frame; -1 for a failure.
@@ -75,7 +75,7 @@ protected:
         for (const double second : asked) {
             const CMTime time = CMTimeMakeWithSeconds(second, 1'000'000);
             EXPECT_EQ(number(frames->frameAt(time)), expected(begins, second))
-                << path.toStdString() << " at " << second;
+                << path << " at " << second;
             const auto index = static_cast<std::size_t>(expected(begins, second));
             EXPECT_NEAR(CMTimeGetSeconds(frames->shownTime()), begins[index], 2e-6);
         }
@@ -119,15 +119,15 @@ TEST_F(FrameSourceTest, GivesTheFrameThatIsShownInEveryContainerAndOrder) {
 TEST_F(FrameSourceTest, AppliesEditListsAndAttachedPictures) {
     const QString whole = video("whole.mp4", "-c:v libx264 -g 25 -bf 2");
     // Cut inside a group of frames: what stands before the cut is not shown.
-    const QString cut = m_dir.path(QStringLiteral("cut.mp4"));
+    const QString cut = m_dir.path("cut.mp4");
     ffmpeg("-ss 1.4 -i % -c copy", {whole, cut});
     const auto frames = open(cut);
     ASSERT_TRUE(frames);
     EXPECT_EQ(number(frames->frameAt(kCMTimeZero)), 35);
     EXPECT_EQ(number(frames->frameAt({1, 1})), 60);
-    const QString cover = m_dir.path(QStringLiteral("cover.png"));
+    const QString cover = m_dir.path("cover.png");
     ffmpeg("-f lavfi -i color=red:s=64x64 -frames:v 1", {cover});
-    const QString withCover = m_dir.path(QStringLiteral("cover.mp4"));
+    const QString withCover = m_dir.path("cover.mp4");
     ffmpeg("-i % -i % -map 0 -map 1 -c copy -disposition:v:0 attached_pic",
            {cover, whole, withCover});
     const auto covered = open(withCover);
@@ -150,7 +150,7 @@ TEST_F(FrameSourceTest, EndsWhereTheVideoEnds) {
     }
     EXPECT_EQ(number(frames->frameAt({1, 1})), 25); // usable afterwards
     // Audio that lasts longer: there is no video then.
-    const QString longer = m_dir.path(QStringLiteral("longer.mp4"));
+    const QString longer = m_dir.path("longer.mp4");
     ffmpeg("-i % -f lavfi -i sine=d=9 -map 0 -map 1 -c:v copy", {path, longer});
     const auto video = open(longer);
     ASSERT_TRUE(video);
@@ -177,7 +177,7 @@ TEST_F(FrameSourceTest, ShowsShapesAndColoursAsTheyAreMeant) {
                    {319, 179},
                    "null"}};
     for (const auto& [name, options, size, reference] : videos) {
-        const QString path = m_dir.path(QString::fromLatin1(name));
+        const QString path = m_dir.path(name);
         ffmpeg(QByteArray("-f lavfi -i testsrc2=s=320x180:d=1 -pix_fmt yuv420p ") + options,
                {path});
         const QByteArray shown =
@@ -197,7 +197,7 @@ TEST_F(FrameSourceTest, ShowsShapesAndColoursAsTheyAreMeant) {
         const double mean = sum / static_cast<double>(shown.size());
         EXPECT_LT(mean, 4) << name; // 42 dB; the wrong matrix or range is far above 30
     }
-    const auto small = open(m_dir.path(QStringLiteral("709.mp4")), QSize(32, 18));
+    const auto small = open(m_dir.path("709.mp4"), QSize(32, 18));
     ASSERT_TRUE(small);
     EXPECT_EQ(small->frameAt({0, 1})->width, 32);
 }
@@ -210,7 +210,7 @@ TEST_F(FrameSourceTest, BringsHighDynamicRangeToTheScreen) {
         {"pq.mkv", "smpte2084", "if(lt(X,80),381,if(lt(X,160),573,if(lt(X,240),723,64)))"},
         {"hlg.mkv", "arib-std-b67", "if(lt(X,80),396,if(lt(X,160),721,if(lt(X,240),940,64)))"}};
     for (const auto& [name, transfer, greys] : videos) {
-        const QString path = m_dir.path(QString::fromLatin1(name));
+        const QString path = m_dir.path(name);
         ffmpeg(QByteArray("-f lavfi -i color=black:s=320x160:d=0.2,format=yuv420p10,geq=lum='") +
                    greys +
                    "':cb=512:cr=512 -c:v libx265 -x265-params log-level=none -crf 4 "
@@ -244,13 +244,13 @@ TEST_F(FrameSourceTest, GoesOnAfterDamageAndFailsPlainly) {
     for (qsizetype i = payload + (whole.size() - payload) / 3;
          i < payload + (whole.size() - payload) * 2 / 3; ++i)
         noisy[i] = static_cast<char>(i * 7919 >> 3);
-    const auto damaged = open(m_dir.write(QStringLiteral("noisy.mp4"), noisy));
+    const auto damaged = open(m_dir.write("noisy.mp4", noisy));
     ASSERT_TRUE(damaged);
     EXPECT_EQ(number(damaged->frameAt({1, 1})), 25);
     EXPECT_EQ(number(damaged->frameAt({585, 100})), 146);
     // Headers that promise six seconds, and half the video.
-    const auto cut = open(
-        m_dir.write(QStringLiteral("cut.mp4"), whole.left(payload + (whole.size() - payload) / 2)));
+    const auto cut =
+        open(m_dir.write("cut.mp4", whole.left(payload + (whole.size() - payload) / 2)));
     ASSERT_TRUE(cut);
     EXPECT_EQ(number(cut->frameAt({1, 1})), 25);
     const auto lost = cut->frameAt({59, 10});
@@ -259,7 +259,7 @@ TEST_F(FrameSourceTest, GoesOnAfterDamageAndFailsPlainly) {
     // A duration of a million seconds.
     QByteArray endless = whole;
     endless.replace(endless.indexOf("mvhd") + 20, 4, testkit::be(1'000'000'000, 4));
-    const auto hostile = open(m_dir.write(QStringLiteral("endless.mp4"), endless));
+    const auto hostile = open(m_dir.write("endless.mp4", endless));
     ASSERT_TRUE(hostile);
     EXPECT_FALSE(hostile->frameAt({500000, 1}));
     EXPECT_EQ(number(hostile->frameAt({2, 1})), 50);
@@ -267,10 +267,9 @@ TEST_F(FrameSourceTest, GoesOnAfterDamageAndFailsPlainly) {
         const auto opened = m_engine->openFrames(m_dir.write(name, bytes), {});
         return opened ? (*opened)->frameAt({0, 1}).error().code : opened.error().code;
     };
-    EXPECT_EQ(failure(QStringLiteral("text.mp4"), "not a film at all"), ErrorCode::InvalidData);
-    EXPECT_EQ(failure(QStringLiteral("head.mp4"), whole.left(payload)), ErrorCode::InvalidData);
-    EXPECT_EQ(m_engine->openFrames(m_dir.path(QStringLiteral("no.mp4")), {}).error().code,
-              ErrorCode::NotFound);
+    EXPECT_EQ(failure(u"text.mp4"_s, "not a film at all"), ErrorCode::InvalidData);
+    EXPECT_EQ(failure(u"head.mp4"_s, whole.left(payload)), ErrorCode::InvalidData);
+    EXPECT_EQ(m_engine->openFrames(m_dir.path("no.mp4"), {}).error().code, ErrorCode::NotFound);
     EXPECT_FALSE(m_engine->openFrames(path, QSize(0, 5)));
 }
 
@@ -288,7 +287,7 @@ TEST_F(FrameSourceTest, ReadsRealVideos) {
                   {"exiv2__flame.avi", {}},
                   {"media__video.mp4", {}}};
     for (const auto& [name, size] : videos) {
-        const QString path = testkit::corpus() + QStringLiteral("/video/") + QLatin1String(name);
+        const QString path = testkit::corpus() + u"/video/"_s + QLatin1String(name);
         const auto begins = times(path);
         ASSERT_FALSE(begins.empty()) << name;
         const auto frames = open(path);
@@ -298,7 +297,7 @@ TEST_F(FrameSourceTest, ReadsRealVideos) {
         }
         for (const double second : {0.0, 0.05, 0.1, begins.back() + 0.001}) {
             const auto frame = frames->frameAt(CMTimeMakeWithSeconds(second, 1'000'000));
-            ASSERT_TRUE(frame) << name << second << frame.error().text().toStdString();
+            ASSERT_TRUE(frame) << name << second << frame.error().text();
             EXPECT_NEAR(CMTimeGetSeconds(frames->shownTime()),
                         begins[static_cast<std::size_t>(expected(begins, second))], 2e-6)
                 << name << " " << second;
@@ -325,7 +324,7 @@ TEST_F(FrameSourceTest, ReadsEveryVideoWithoutHarm) {
                         EXPECT_EQ(QSize(frame->width, frame->height), (*frames)->size());
                     }
                 }
-            EXPECT_LT(timer.elapsed(), 20000) << files.filePath().toStdString();
+            EXPECT_LT(timer.elapsed(), 20000) << files.filePath();
         }
     EXPECT_GT(opened, 40);
     EXPECT_GT(allFrames, 60);

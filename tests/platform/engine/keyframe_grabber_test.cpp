@@ -2,7 +2,6 @@
 #include "platform/media/model/media_engine.h"
 #include "tests/platform/engine/engine_fixture.h"
 
-#include <chrono>
 #include <cmath>
 
 namespace clipheave::platform {
@@ -57,7 +56,7 @@ TEST_F(FrameGrabber, TakesTheKeyFrameBefore) {
         std::string seen;
         for (const double second : {0.0, 1.5, 2.9, 5.5, 99.0}) {
             const auto frame = m_engine->keyframeAt(path, second, 100);
-            ASSERT_TRUE(frame) << name << second << frame.error().text().toStdString();
+            ASSERT_TRUE(frame) << name << second << frame.error().text();
             EXPECT_EQ(frame->width, 100) << name;
             EXPECT_EQ(frame->height, 50) << name;
             EXPECT_EQ(frame->rgb32.size(), 100 * 50 * 4) << name;
@@ -73,7 +72,7 @@ TEST_F(FrameGrabber, TakesTheKeyFrameBefore) {
 TEST_F(FrameGrabber, TurnsAndStretchesAsThePlayerDoes) {
     // White in the upper left corner.
     const char* corner = "drawbox=0:0:80:80:white:fill";
-    const QString upright = video(QStringLiteral("u.mp4"), "-c:v libx264", corner);
+    const QString upright = video(u"u.mp4"_s, "-c:v libx264", corner);
     const struct {
         const char *name, *options;
         double x, y; ///< where the corner must be
@@ -81,7 +80,7 @@ TEST_F(FrameGrabber, TurnsAndStretchesAsThePlayerDoes) {
                  {"180.mov", "-metadata:s:v rotate=180", 0.9, 0.9},
                  {"270.mov", "-metadata:s:v rotate=270", 0.9, 0.1}};
     for (const auto& [name, options, x, y] : turns) {
-        const QString path = m_dir.path(QString::fromLatin1(name));
+        const QString path = m_dir.path(name);
         testkit::ffmpeg(QByteArray("-i % -c copy ") + options, {upright, path});
         const auto frame = m_engine->keyframeAt(path, 0, 120);
         ASSERT_TRUE(frame) << name;
@@ -94,8 +93,7 @@ TEST_F(FrameGrabber, TurnsAndStretchesAsThePlayerDoes) {
     const auto small = m_engine->keyframeAt(upright, 0, 4096);
     ASSERT_TRUE(small);
     EXPECT_EQ(small->width, 320); // never larger than it is
-    const auto wide =
-        m_engine->keyframeAt(video(QStringLiteral("w.mp4"), "-c:v libx264", "setsar=2"), 0, 160);
+    const auto wide = m_engine->keyframeAt(video(u"w.mp4"_s, "-c:v libx264", "setsar=2"), 0, 160);
     ASSERT_TRUE(wide);
     EXPECT_EQ(wide->width, 160);
     EXPECT_EQ(wide->height, 40);
@@ -106,16 +104,15 @@ TEST_F(FrameGrabber, FailsWithoutAFrame) {
         const auto frame = m_engine->keyframeAt(path, second, side);
         return frame ? ErrorCode::Io : frame.error().code;
     };
-    EXPECT_EQ(code(m_dir.path(QStringLiteral("none.mp4"))), ErrorCode::NotFound);
-    const QString path = video(QStringLiteral("a.mp4"), "-c:v libx264 -movflags +faststart");
+    EXPECT_EQ(code(m_dir.path("none.mp4")), ErrorCode::NotFound);
+    const QString path = video(u"a.mp4"_s, "-c:v libx264 -movflags +faststart");
     EXPECT_EQ(code(path, 0, 0), ErrorCode::InvalidArgument);
     EXPECT_EQ(code(path, std::nan("")), ErrorCode::InvalidArgument);
     // The headers without the video.
     const QByteArray whole = testkit::TempDir::read(path);
-    const QString cut =
-        m_dir.write(QStringLiteral("cut.mp4"), whole.left(whole.indexOf("mdat") + 8));
+    const QString cut = m_dir.write("cut.mp4", whole.left(whole.indexOf("mdat") + 8));
     EXPECT_EQ(code(cut), ErrorCode::InvalidData);
-    const QString audio = m_dir.path(QStringLiteral("s.wav"));
+    const QString audio = m_dir.path("s.wav");
     testkit::ffmpeg("-f lavfi -i sine=d=1", {audio});
     EXPECT_EQ(code(audio), ErrorCode::NotSupported);
 }

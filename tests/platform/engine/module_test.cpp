@@ -19,17 +19,17 @@ MediaEngine* newerModule(const MediaEngineHost&, int& abi) {
 
 TEST(EngineModule, LogsToTheListenersOfTheProgram) {
     const auto entry = findMediaEngine();
-    ASSERT_TRUE(entry) << entry.error().text().toStdString();
+    ASSERT_TRUE(entry) << entry.error().text();
     QStringList lines;
     const LogSubscription listening(LogLevel::Trace,
                                     [&](const LogLine& line) { lines << line.text; });
     ASSERT_TRUE(startMediaEngine(*entry));
-    EXPECT_EQ(lines.filter(QStringLiteral("libavcodec")).size(), 1);
+    EXPECT_EQ(lines.filter(u"libavcodec"_s).size(), 1);
 }
 
 TEST(EngineModule, OfAnotherAbiIsRefused) {
     const auto entry = findMediaEngine();
-    ASSERT_TRUE(entry) << entry.error().text().toStdString();
+    ASSERT_TRUE(entry) << entry.error().text();
     const struct {
         MediaEngineEntry entry;
         int module, program;

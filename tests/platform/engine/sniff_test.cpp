@@ -58,7 +58,7 @@ TEST(Sniff, BytesDecide) {
         {id3Tag(100) + "nothing known", Container::MpegAudio},
     };
     for (const auto& [head, expected] : cases)
-        EXPECT_EQ(sniffContainer(padded(head)), expected) << head.left(16).toHex().toStdString();
+        EXPECT_EQ(sniffContainer(padded(head)), expected) << head.left(16).toHex();
     EXPECT_EQ(sniffContainer(ByteView()), Container::Unknown);
 }
 
@@ -69,16 +69,14 @@ TEST(Sniff, FileBehindTags) {
         return sniffFile(*reader);
     };
     // Two tags, longer than what is read at once; the name is no help.
-    const SniffedFile flac = sniffed(QStringLiteral("a.mp3"), id3Tag(9000) + id3Tag(9000) + "fLaC");
+    const SniffedFile flac = sniffed(u"a.mp3"_s, id3Tag(9000) + id3Tag(9000) + "fLaC");
     EXPECT_EQ(flac.container, Container::Flac);
     EXPECT_TRUE(flac.hasId3Prefix);
-    EXPECT_EQ(sniffed(QStringLiteral("b.mp3"), "padding first").container, Container::MpegAudio);
-    EXPECT_EQ(sniffed(QStringLiteral("b.txt"), "padding first").container, Container::Unknown);
-    EXPECT_TRUE(
-        sniffed(QStringLiteral("v.ogg"), "OggS" + QByteArray(30, '\0') + "\x80theora").hasVideo);
-    EXPECT_FALSE(
-        sniffed(QStringLiteral("a.ogg"), "OggS" + QByteArray(30, '\0') + "\x01vorbis").hasVideo);
-    EXPECT_EQ(sniffed(QStringLiteral("empty"), {}).container, Container::Unknown);
+    EXPECT_EQ(sniffed(u"b.mp3"_s, "padding first").container, Container::MpegAudio);
+    EXPECT_EQ(sniffed(u"b.txt"_s, "padding first").container, Container::Unknown);
+    EXPECT_TRUE(sniffed(u"v.ogg"_s, "OggS" + QByteArray(30, '\0') + "\x80theora").hasVideo);
+    EXPECT_FALSE(sniffed(u"a.ogg"_s, "OggS" + QByteArray(30, '\0') + "\x01vorbis").hasVideo);
+    EXPECT_EQ(sniffed(u"empty"_s, {}).container, Container::Unknown);
 }
 
 } // namespace clipheave::platform

@@ -107,9 +107,9 @@ TEST(Aiff, GivesItsTextsAndThenItsId3Frames) {
                                            {"comments", "Hello"},
                                            {"year", "1990"}}));
     const auto items = walk(*facts);
-    EXPECT_EQ(items.at(QStringLiteral("caaf/info-title")), QStringLiteral("Café"));
-    EXPECT_EQ(items.at(QStringLiteral("id3/TIT2")), QStringLiteral("Tag"));
-    EXPECT_EQ(facts->metadata.last().keySpace, QStringLiteral("org.id3"));
+    EXPECT_EQ(items.at(u"caaf/info-title"_s), u"Café");
+    EXPECT_EQ(items.at(u"id3/TIT2"_s), u"Tag");
+    EXPECT_EQ(facts->metadata.last().keySpace, u"org.id3");
     EXPECT_EQ(facts->durationSeconds, 0.5);
     EXPECT_EQ(facts->audioBitRate, 2 * 16 * 8000) << "12 bits are stored in two bytes";
 }
@@ -117,9 +117,8 @@ TEST(Aiff, GivesItsTextsAndThenItsId3Frames) {
 TEST(Caf, ReadsOwnAndForeignKeysOfItsInfoChunk) {
     const QByteArray description = be(std::bit_cast<quint64>(8000.0), 8) + "lpcm" + be(2, 4) +
                                    be(2, 4) + be(1, 4) + be(1, 4) + be(16, 4);
-    const QByteArray texts = be(4, 4) + raw("title\0Tit\xC3\xA9l\0track number\0"
-                                            "7\0date\0"
-                                            "2019\0comment\0Hi\0");
+    const QByteArray texts =
+        be(4, 4) + raw("title\0Tit\xC3\xA9l\0track number\0007\0date\0002019\0comment\0Hi\0");
     const QByteArray start = raw("caff\0\1\0\0") + cafChunk("desc", description);
     const auto facts = read(readCaf, start + cafChunk("info", texts) + "data" + be(~0ull, 8) +
                                          QByteArray(8004, '\0'));
@@ -127,7 +126,7 @@ TEST(Caf, ReadsOwnAndForeignKeysOfItsInfoChunk) {
     EXPECT_EQ(
         facts->infoDictionary,
         info({{"title", "Titél"}, {"track number", "7"}, {"year", "2019"}, {"comments", "Hi"}}));
-    EXPECT_EQ(walk(*facts).at(QStringLiteral("caaf/info-track%20number")), QStringLiteral("7"));
+    EXPECT_EQ(walk(*facts).at(u"caaf/info-track%20number"_s), u"7");
     EXPECT_EQ(facts->durationSeconds, 0.5);
     const auto packets =
         read(readCaf, start + cafChunk("pakt", be(10, 8) + be(2000, 8) + be(0, 8)) +
@@ -174,8 +173,8 @@ TEST(Flac, TellsDatesApartAndTakesTheFrontCover) {
     EXPECT_EQ(facts->audioBitRate, 16000);
     EXPECT_EQ(facts->albumArtwork.bytes(), gif());
     const auto items = walk(*facts);
-    EXPECT_EQ(items.at(QStringLiteral("id3/TYER")), QStringLiteral("2019"));
-    EXPECT_EQ(items.at(QStringLiteral("id3/TRDA")), QStringLiteral("2019-01-02"));
+    EXPECT_EQ(items.at(u"id3/TYER"_s), u"2019");
+    EXPECT_EQ(items.at(u"id3/TRDA"_s), u"2019-01-02");
     const auto cut = read(readFlac, file.left(80));
     EXPECT_TRUE(cut && cut->durationSeconds == 0.5 && !cut->problem.isEmpty());
 }

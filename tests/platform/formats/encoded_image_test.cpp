@@ -48,17 +48,17 @@ TEST(EncodedImage, StaysInTheFileAndReadsOnlySegmentHeaders) {
         (fixtures::raw("\xFF\xE2\xFF\xFF") + QByteArray(65533, 'p')).repeated(12) +
         fixtures::raw("\xFF\xC2\x00\x11\x08\x00\x32\x00\x46\x03") + QByteArray(5000, 'q');
     const testkit::TempDir folder;
-    const QString path = folder.write(QStringLiteral("a"), QByteArray(777, 'x') + jpeg + "tail");
+    const QString path = folder.write("a", QByteArray(777, 'x') + jpeg + "tail");
     auto reader = FileReader::open(path);
     const FileSlice slice{path, 777, static_cast<quint64>(jpeg.size())};
     const EncodedImage image = EncodedImage::fromSlice(*reader, slice);
-    EXPECT_EQ(image.format(), QStringLiteral("jpeg"));
+    EXPECT_EQ(image.format(), u"jpeg");
     EXPECT_EQ(image.size(), QSize(70, 50));
     EXPECT_EQ(image.byteCount(), slice.length);
     EXPECT_EQ(image.bytes(), jpeg);
     EXPECT_TRUE(image == EncodedImage::fromBytes(jpeg));
     EXPECT_TRUE(EncodedImage::fromSlice(*reader, {path, 777, UINT64_MAX}).isNull());
-    folder.write(QStringLiteral("a"), QByteArray(1'000'000, 'z'));
+    folder.write("a", QByteArray(1'000'000, 'z'));
     EXPECT_TRUE(image.bytes().isNull()) << "other bytes at the place are not the picture";
     QFile::remove(path);
     EXPECT_TRUE(image.bytes().isNull());

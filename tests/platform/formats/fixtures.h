@@ -4,6 +4,8 @@
 #include "platform/formats/format_readers.h"
 #include "tests/testkit/media.h"
 
+#include <QFile>
+
 #include <map>
 
 namespace fixtures {
@@ -25,7 +27,7 @@ using testkit::vorbisComments;
 /// Bytes through a file into a reader.
 inline Result<MediaFacts> read(Result<MediaFacts> (*reader)(FileReader&), const QByteArray& bytes) {
     const testkit::TempDir folder;
-    auto file = FileReader::open(folder.write(QStringLiteral("file"), bytes));
+    auto file = FileReader::open(folder.write("file", bytes));
     return reader(*file);
 }
 
@@ -34,7 +36,7 @@ inline std::map<QString, QString> walk(const MediaFacts& facts) {
     std::map<QString, QString> values;
     for (const auto& item : facts.metadata) {
         if (const auto* bytes = std::get_if<QByteArray>(&item.value))
-            values[item.identifier] = QStringLiteral("<%1 bytes>").arg(bytes->size());
+            values[item.identifier] = u"<%1 bytes>"_s.arg(bytes->size());
         else
             values[item.identifier] = item.stringValue();
     }
@@ -44,6 +46,19 @@ inline std::map<QString, QString> walk(const MediaFacts& facts) {
 /// A GIF's header: 5 x 3 pixels.
 inline QByteArray gif() {
     return raw("GIF89a\x05\x00\x03\x00\x00\x00\x00") + QByteArray(20, '\x01');
+}
+
+/// What `rewrite` makes of a file, or the code of the reason when it refuses; it leaves the source
+/// as it is and nothing but the target behind.
+template <class Rewrite>
+QByteArray rewritten(const testkit::TempDir& dir, const QByteArray& file, const Rewrite& rewrite) {
+    const QString source = dir.write("in/file", file), target = dir.path("out");
+    const auto done = rewrite(source, target);
+    EXPECT_EQ(testkit::TempDir::read(source), file);
+    EXPECT_EQ(dir.files().size(), done ? 1 : 0);
+    const QByteArray written = testkit::TempDir::read(target);
+    QFile::remove(target);
+    return done ? written : QByteArray(done.error().detail.code().id);
 }
 
 } // namespace fixtures

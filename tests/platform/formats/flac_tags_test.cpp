@@ -2,13 +2,12 @@
 #include "platform/formats/flac/flac_tags.h"
 #include "platform/formats/messages.h"
 #include "platform/foundation/file_manager.h"
-#include "tests/testkit/media.h"
-
-#include <QDir>
+#include "tests/platform/formats/fixtures.h"
 
 namespace {
 
 using namespace clipheave::platform;
+using fixtures::rewritten;
 using testkit::be;
 using testkit::flacBlock;
 using testkit::le;
@@ -26,14 +25,9 @@ QByteArray flacFile(const QByteArrayList& entries, const QByteArray& more = {}) 
 class FlacTags : public testing::Test {
 protected:
     QByteArray changed(const QByteArray& file, const FlacTagChanges& changes) {
-        const QString source = m_dir.write(QStringLiteral("in/a.flac"), file);
-        const QString target = m_dir.path(QStringLiteral("out.flac"));
-        const auto done = rewriteFlacTags(source, target, changes, {});
-        EXPECT_EQ(TempDir::read(source), file);
-        EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden).size(), done ? 1 : 0);
-        const QByteArray written = TempDir::read(target);
-        QFile::remove(target);
-        return done ? written : QByteArray(done.error().detail.code().id);
+        return rewritten(m_dir, file, [&](const QString& source, const QString& target) {
+            return rewriteFlacTags(source, target, changes, {});
+        });
     }
     TempDir m_dir;
 };
@@ -42,24 +36,22 @@ TEST_F(FlacTags, OnlyTheChangedCommentsChange) {
     const QByteArray other = flacBlock(2, "application") + flacBlock(6, be(4, 4) + "back cover");
     const QByteArray file = flacFile(
         {"Title=old", "ARTIST=A", "artist=B", "LABEL=kept", "\xFFno name", "COMMENTS=c"}, other);
-    EXPECT_EQ(
-        changed(file, {{{QStringLiteral("title"), QStringLiteral("N\u00E9")},
-                        {QStringLiteral("artist"), QStringLiteral("A; B")}, // as it was read
-                        {QStringLiteral("comments"), QStringLiteral("new")},
-                        {QStringLiteral("recorded date"), QStringLiteral("2001:02:03 04:05:06")},
-                        {QStringLiteral("year"), QString()},
-                        {QStringLiteral("track number"), QStringLiteral("7")}},
-                       {}}),
-        flacFile({"TITLE=N\xC3\xA9", "ARTIST=A", "artist=B", "LABEL=kept", "\xFFno name",
-                  "COMMENT=new", "DATE=2001:02:03 04:05:06"},
-                 other));
+    EXPECT_EQ(changed(file, {{{u"title"_s, u"N\u00E9"_s},
+                              {u"artist"_s, u"A; B"_s}, // as it was read
+                              {u"comments"_s, u"new"_s},
+                              {u"recorded date"_s, u"2001:02:03 04:05:06"_s},
+                              {u"year"_s, QString()},
+                              {u"track number"_s, u"7"_s}},
+                             {}}),
+              flacFile({"TITLE=N\xC3\xA9", "ARTIST=A", "artist=B", "LABEL=kept", "\xFFno name",
+                        "COMMENT=new", "DATE=2001:02:03 04:05:06"},
+                       other));
     EXPECT_EQ(changed(file, {}), file);
-    EXPECT_EQ(changed(flacFile({"DESCRIPTION=d"}), {{{QStringLiteral("comments"), QString()}}, {}}),
+    EXPECT_EQ(changed(flacFile({"DESCRIPTION=d"}), {{{u"comments"_s, QString()}}, {}}),
               flacFile({}));
     const QByteArray bare = "fLaC" + flacBlock(0, kStreamInfo, true) + kFlacAudio;
     const QByteArray tagged = QByteArray("ID3\3\0\0\0\0\0\1x", 11) + bare;
-    EXPECT_EQ(changed(tagged, {{{QStringLiteral("album"), QStringLiteral("A")}}, {}}).left(15),
-              tagged.left(15));
+    EXPECT_EQ(changed(tagged, {{{u"album"_s, u"A"_s}}, {}}).left(15), tagged.left(15));
 }
 
 TEST_F(FlacTags, ANewCoverReplacesTheFrontCoverAlone) {
@@ -78,7 +70,7 @@ TEST_F(FlacTags, ANewCoverReplacesTheFrontCoverAlone) {
 }
 
 TEST_F(FlacTags, DamagedFilesAreRefused) {
-    const FlacTagChanges changes{{{QStringLiteral("title"), QStringLiteral("n")}}, {}};
+    const FlacTagChanges changes{{{u"title"_s, u"n"_s}}, {}};
     const QByteArray good = flacFile({"TITLE=t"});
     EXPECT_EQ(changed(good.left(good.size() - 20), changes), kFlacBlockDamaged.id);
     EXPECT_EQ(changed("fLaC" + flacBlock(4, vorbisComments({}), true) + kFlacAudio, changes),
@@ -90,8 +82,7 @@ TEST_F(FlacTags, DamagedFilesAreRefused) {
     QByteArray lying = good;
     lying.replace(lying.indexOf("maker") - 4, 4, le(0xFFFFFFFF, 4));
     EXPECT_EQ(changed(lying, changes), kFlacCommentsDamaged.id);
-    EXPECT_EQ(changed(good, {{{QStringLiteral("title"), QString(17 << 20, u'x')}}, {}}),
-              kFlacBlockTooLarge.id);
+    EXPECT_EQ(changed(good, {{{u"title"_s, QString(17 << 20, u'x')}}, {}}), kFlacBlockTooLarge.id);
     EXPECT_EQ(changed({}, changes), kSignatureMissing.id);
 }
 

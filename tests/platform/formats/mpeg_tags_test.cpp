@@ -3,13 +3,12 @@
 #include "platform/formats/mpeg/id3_tag_builder.h"
 #include "platform/formats/mpeg/mpeg_tags.h"
 #include "platform/foundation/file_manager.h"
-#include "tests/testkit/media.h"
-
-#include <QDir>
+#include "tests/platform/formats/fixtures.h"
 
 namespace {
 
 using namespace clipheave::platform;
+using fixtures::rewritten;
 using testkit::id3Frame;
 using testkit::id3Tag;
 using testkit::id3Text;
@@ -57,37 +56,29 @@ class MpegTags : public testing::Test {
 protected:
     /// What the file becomes under a new title; the code of the reason when it is refused.
     QByteArray retagged(const QByteArray& file) {
-        const QString source = m_dir.write(QStringLiteral("in/a.mp3"), file);
-        const QString target = m_dir.path(QStringLiteral("out.mp3"));
-        const auto done = replaceMpegTags(source, target, title(QStringLiteral("T")), {});
-        EXPECT_EQ(TempDir::read(source), file);
-        EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden).size(), done ? 1 : 0);
-        const QByteArray written = TempDir::read(target);
-        QFile::remove(target);
-        return done ? written : QByteArray(done.error().detail.code().id);
+        return rewritten(m_dir, file, [](const QString& source, const QString& target) {
+            return replaceMpegTags(source, target, title(u"T"_s), {});
+        });
     }
     TempDir m_dir;
 };
 
 TEST_F(MpegTags, TheNewTagIsExactlyWhatTheFormatSays) {
-    EXPECT_EQ(title(QStringLiteral("T\u0416\U0001F3AC")),
-              id3Tag(3, id3Frame("TIT2", QByteArray("\x01\xFF\xFE"
-                                                    "T\0\x16\x04\x3C\xD8\xAC\xDF",
-                                                    11))));
-    const QByteArray tag = *renderId3Tag(
-        {{ID3FID_SUBTITLE_, QStringLiteral("")}, {ID3FID_COMMENT_, QStringLiteral("C")}}, "II*");
-    EXPECT_EQ(tag, id3Tag(3, id3Frame("TIT3", QByteArray("\x01")) +
-                                 id3Frame("COMM", QByteArray("\x01\0\0\0\xFF\xFE\0\0\xFF\xFE"
-                                                             "C\0",
-                                                             12)) +
-                                 id3Frame("APIC", QByteArray("\x01\0\x03\xFF\xFE\0\0II*", 10))));
+    EXPECT_EQ(title(u"T\u0416\U0001F3AC"_s),
+              id3Tag(3, id3Frame("TIT2", QByteArray("\1\377\376T\0\x16\x04\x3C\xD8\xAC\xDF", 11))));
+    const QByteArray tag =
+        *renderId3Tag({{ID3FID_SUBTITLE_, u""_s}, {ID3FID_COMMENT_, u"C"_s}}, "II*");
+    EXPECT_EQ(tag,
+              id3Tag(3, id3Frame("TIT3", QByteArray("\x01")) +
+                            id3Frame("COMM", QByteArray("\1\0\0\0\xFF\xFE\0\0\377\376C\0", 12)) +
+                            id3Frame("APIC", QByteArray("\x01\0\x03\xFF\xFE\0\0II*", 10))));
     EXPECT_EQ(renderId3Tag({}, {}), QByteArray());
 }
 
 TEST_F(MpegTags, EveryKindOfTagGoesAndTheAudioStays) {
     const QByteArray old =
         id3Tag(3, id3Frame("TCON", QByteArray("\0Rock", 5)) + QByteArray(64, '\0'));
-    const QByteArray fresh = title(QStringLiteral("T"));
+    const QByteArray fresh = title(u"T"_s);
     const QByteArray enhanced = "TAG+" + QByteArray(223, 'y') + id3v1();
     const QByteArray appended = id3Tag(4, id3Frame("TIT2", "\3abc"), 0x10) + "3DI\4" +
                                 id3Tag(4, id3Frame("TIT2", "\3abc"), 0x10).mid(4, 6);
@@ -115,7 +106,7 @@ TEST_F(MpegTags, WhatCannotBeTrustedIsNotTakenOff) {
     EXPECT_EQ(retagged({}), kNoMpegFrame.id);
     EXPECT_EQ(retagged(QByteArray(5000, '\0')), kNoMpegFrame.id);
     // Ends that only look like tags belong to the audio.
-    const QByteArray fresh = title(QStringLiteral("T"));
+    const QByteArray fresh = title(u"T"_s);
     QByteArray lying = ape(true);
     lying.replace(lying.size() - 20, 4, le(900, 4));
     QByteArray cut = lyrics3v2().mid(4);
@@ -125,12 +116,12 @@ TEST_F(MpegTags, WhatCannotBeTrustedIsNotTakenOff) {
 }
 
 TEST_F(MpegTags, CancellingLeavesNothing) {
-    const QString source = m_dir.write(QStringLiteral("in/a.mp3"), mpegFrames());
-    const auto done = replaceMpegTags(source, m_dir.path(QStringLiteral("o.mp3")), {},
-                                      [](double) { return false; });
+    const QString source = m_dir.write("in/a.mp3", mpegFrames());
+    const auto done =
+        replaceMpegTags(source, m_dir.path("o.mp3"), {}, [](double) { return false; });
     ASSERT_FALSE(done);
     EXPECT_EQ(done.error().code, ErrorCode::Cancelled);
-    EXPECT_TRUE(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden).isEmpty());
+    EXPECT_TRUE(m_dir.files().isEmpty());
 }
 
 } // namespace

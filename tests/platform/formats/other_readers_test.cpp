@@ -2,8 +2,8 @@
 // Files that other programs wrote, read here and by other readers.
 #include "platform/audio/audio_file.h"
 #include "tests/platform/formats/fixtures.h"
+#include "tests/testkit/corpus_files.h"
 
-#include <QDirIterator>
 #include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -78,9 +78,9 @@ TEST(OtherPrograms, WriteTagsThatAreReadAlike) {
         auto reader = FileReader::open(path);
         const bool library = !path.endsWith(q("mp3")) && !path.endsWith(q("flac"));
         const auto facts = library ? readTagged(*reader) : readByName(path);
-        ASSERT_TRUE(facts) << path.toStdString();
+        ASSERT_TRUE(facts) << path;
         const auto items = walk(*facts);
-        EXPECT_EQ(items.at(q("id3/TIT2")), q("Töne 東京")) << path.toStdString();
+        EXPECT_EQ(items.at(q("id3/TIT2")), q("Töne 東京")) << path;
         EXPECT_EQ(items.at(q("id3/TPE1")), q("AC/DC"));
         EXPECT_EQ(items.at(q("id3/TALB")), q("Alb"));
         EXPECT_EQ(items.at(q("id3/TCOM")), q("Comp"));
@@ -88,7 +88,7 @@ TEST(OtherPrograms, WriteTagsThatAreReadAlike) {
         EXPECT_EQ(items.count(q("id3/TYER")), path.endsWith(q("new.mp3")) ? 0u : 1u);
         EXPECT_NEAR(facts->durationSeconds, ffprobeDuration(path),
                     path.endsWith(q("mp3")) ? 0.04 : 0.02)
-            << path.toStdString();
+            << path;
         EXPECT_EQ(facts->audioChannels, 2);
         EXPECT_EQ(facts->audioSampleRate, path.endsWith(q("opus")) ? 48000 : 44100);
         EXPECT_LE(reader->bytesFetched(), 200'000u);
@@ -107,45 +107,33 @@ TEST(OtherPrograms, WriteMpegFilesWhoseLengthIsFoundWithoutReadingThem) {
 }
 
 TEST(OtherPrograms, AgreeOnRealFiles) {
-    if (testkit::corpus().isEmpty())
-        GTEST_SKIP() << "CLIPHEAVE_CORPUS is not set";
-    QStringList paths;
-    QDirIterator walker(testkit::corpus() + q("/audio"),
-                        {q("*.mp3"), q("*.flac"), q("*.ogg"), q("*.opus"), q("*.wv"), q("*.mp2")},
-                        QDir::Files);
-    while (walker.hasNext())
-        paths.append(walker.next());
-    const QJsonObject expected = mutagenTexts(paths);
+    SKIP_WITHOUT_CORPUS();
+    const QJsonObject expected = mutagenTexts(testkit::corpusFiles(
+        {q("audio")}, {q("*.mp3"), q("*.flac"), q("*.ogg"), q("*.opus"), q("*.wv"), q("*.mp2")}));
     EXPECT_GE(expected.size(), 25);
     for (auto it = expected.begin(); it != expected.end(); ++it) {
         const auto facts = readByName(it.key());
-        ASSERT_TRUE(facts) << it.key().toStdString();
+        ASSERT_TRUE(facts) << it.key();
         auto items = walk(*facts);
         const QJsonObject texts = it.value().toObject();
         for (auto text = texts.begin(); text != texts.end(); ++text)
-            EXPECT_EQ(items[q("id3/") + text.key()], text.value().toString())
-                << it.key().toStdString();
+            EXPECT_EQ(items[q("id3/") + text.key()], text.value().toString()) << it.key();
     }
 }
 
 TEST(DamagedFiles, AreReadInBoundedTimeByEveryReader) {
-    if (testkit::corpus().isEmpty())
-        GTEST_SKIP() << "CLIPHEAVE_CORPUS is not set";
-    int count = 0;
-    QDirIterator walker(testkit::corpus(), QDir::Files, QDirIterator::Subdirectories);
-    while (walker.hasNext()) {
-        auto reader = FileReader::open(walker.next());
+    SKIP_WITHOUT_CORPUS();
+    const QStringList paths = testkit::corpusFiles({QString()});
+    for (const QString& path : paths) {
+        auto reader = FileReader::open(path);
         for (auto* read :
              {readMpegAudio, readFlac, readWave, readAiff, readCaf, readAu, readTagged}) {
             const auto facts = read(*reader);
-            EXPECT_TRUE(!facts || facts->container != Container::Unknown)
-                << walker.filePath().toStdString();
+            EXPECT_TRUE(!facts || facts->container != Container::Unknown) << path;
         }
-        EXPECT_LE(reader->bytesFetched(), 12 * reader->size() + (1u << 20))
-            << walker.filePath().toStdString();
-        ++count;
+        EXPECT_LE(reader->bytesFetched(), 12 * reader->size() + (1u << 20)) << path;
     }
-    EXPECT_GT(count, 100);
+    EXPECT_GT(paths.size(), 100);
 }
 
 TEST(AudioFile, AnswersPropertiesByTheBytesNotTheName) {

@@ -6,13 +6,12 @@
 #include "platform/foundation/file_reader.h"
 #include "platform/foundation/paths.h"
 
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/tiny_disk.h"
 
 #include <QDir>
 
 #include <csignal>
 #include <fcntl.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
@@ -27,33 +26,11 @@ const NSFileManager& manager() {
     return NSFileManager::defaultManager();
 }
 
-QStringList namesIn(const testkit::TempDir& dir) {
-    return QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-}
-
-/// A file system of one megabyte; gone with the object.
-class TinyDisk {
-public:
-    explicit TinyDisk(const QString& folder) : m_folder(folder.toUtf8()) {
-        m_mounted = ::mkdir(m_folder.constData(), 0700) == 0 &&
-                    ::mount("tmpfs", m_folder.constData(), "tmpfs", 0, "size=1m") == 0;
-    }
-    ~TinyDisk() {
-        if (m_mounted)
-            ::umount2(m_folder.constData(), MNT_DETACH);
-    }
-    [[nodiscard]] bool mounted() const { return m_mounted; }
-
-private:
-    QByteArray m_folder;
-    bool m_mounted = false;
-};
-
 } // namespace
 
 TEST(AtomicFile, AppearsWholeOrNotAtAll) {
     const testkit::TempDir dir;
-    const QString target = dir.write(QStringLiteral("t"), "old");
+    const QString target = dir.write("t", "old");
     ASSERT_EQ(::chmod(nativePath(target).constData(), 0640), 0);
     {
         auto dropped = AtomicFile::create(target);
@@ -62,7 +39,7 @@ TEST(AtomicFile, AppearsWholeOrNotAtAll) {
         EXPECT_TRUE(manager().fileExistsAtPath(moved.temporaryPath()));
         EXPECT_EQ(testkit::TempDir::read(target), "old");
     }
-    EXPECT_EQ(namesIn(dir), QStringList{QStringLiteral("t")});
+    EXPECT_EQ(testkit::namesIn(dir.path()), QStringList{u"t"_s});
 
     auto file = AtomicFile::create(target, 1 << 20);
     ASSERT_TRUE(file && file->write("new ") && file->write("bytes"));
@@ -70,27 +47,26 @@ TEST(AtomicFile, AppearsWholeOrNotAtAll) {
     EXPECT_EQ(testkit::TempDir::read(target), "old");
     ASSERT_TRUE(file->commit());
     EXPECT_EQ(testkit::TempDir::read(target), "new bytes");
-    EXPECT_EQ(namesIn(dir), QStringList{QStringLiteral("t")});
+    EXPECT_EQ(testkit::namesIn(dir.path()), QStringList{u"t"_s});
     struct stat status {};
     ASSERT_EQ(::stat(nativePath(target).constData(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777u, 0640u);   // who may read it stays
     EXPECT_LT(status.st_blocks * 512, 1 << 20); // what was reserved and not used is given back
 
-    auto fresh = AtomicFile::create(dir.path(QStringLiteral("fresh")));
+    auto fresh = AtomicFile::create(dir.path("fresh"));
     ASSERT_TRUE(fresh && fresh->commit(IfExists::Fail));
     const mode_t mask = ::umask(0);
     ::umask(mask);
-    ASSERT_EQ(::stat(nativePath(dir.path(QStringLiteral("fresh"))).constData(), &status), 0);
+    ASSERT_EQ(::stat(nativePath(dir.path("fresh")).constData(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777u, 0666u & ~mask);
-    EXPECT_EQ(AtomicFile::create(dir.path(QStringLiteral("no/x"))).error().code,
-              ErrorCode::NotFound);
+    EXPECT_EQ(AtomicFile::create(dir.path("no/x")).error().code, ErrorCode::NotFound);
     EXPECT_EQ(AtomicFile::create({}).error().code, ErrorCode::InvalidArgument);
 }
 
 TEST(AtomicFile, WritesThroughALinkAndIntoTheCurrentFolder) {
     const testkit::TempDir dir;
-    const QString real = dir.write(QStringLiteral("sub/real"), "old");
-    const QString link = dir.path(QStringLiteral("link"));
+    const QString real = dir.write("sub/real", "old");
+    const QString link = dir.path("link");
     ASSERT_EQ(::symlink("sub/real", nativePath(link).constData()), 0);
     auto file = AtomicFile::create(link);
     ASSERT_TRUE(file && file->write("new") && file->commit());
@@ -101,10 +77,10 @@ TEST(AtomicFile, WritesThroughALinkAndIntoTheCurrentFolder) {
 
     const QString before = QDir::currentPath();
     QDir::setCurrent(dir.path());
-    auto relative = AtomicFile::create(u"r\xDCFE"_qs);
+    auto relative = AtomicFile::create(u"r\xDCFE"_s);
     EXPECT_TRUE(relative && relative->commit());
     QDir::setCurrent(before);
-    EXPECT_TRUE(manager().removeItemAtPath(dir.path(u"r\xDCFE"_qs)));
+    EXPECT_TRUE(manager().removeItemAtPath(dir.path(u"r\xDCFE"_s)));
 }
 
 TEST(AtomicFile, CopiesRangesWithProgressUntilToldToStop) {
@@ -112,8 +88,8 @@ TEST(AtomicFile, CopiesRangesWithProgressUntilToldToStop) {
     QByteArray bytes(40 << 20, '\0');
     for (qsizetype i = 0; i < bytes.size(); i += 4096)
         bytes[i] = static_cast<char>(i >> 12);
-    const auto source = FileReader::open(dir.write(QStringLiteral("s"), bytes));
-    const QString target = dir.path(QStringLiteral("t"));
+    const auto source = FileReader::open(dir.write("s", bytes));
+    const QString target = dir.path("t");
     auto file = AtomicFile::create(target, 100);
     ASSERT_TRUE(source && file && file->write("head"));
     std::vector<std::uint64_t> steps;
@@ -143,7 +119,7 @@ TEST(AtomicFile, CopiesRangesWithProgressUntilToldToStop) {
 
 TEST(AtomicFile, CopiesOfItemsKeepDatesPermissionsAndAttributes) {
     const testkit::TempDir dir;
-    const QString source = dir.write(QStringLiteral("s"), "bytes");
+    const QString source = dir.write("s", "bytes");
     const QByteArray name = nativePath(source);
     if (::setxattr(name.constData(), "user.tag", "red", 3, 0) != 0)
         GTEST_SKIP() << "no extended attributes here";
@@ -151,7 +127,7 @@ TEST(AtomicFile, CopiesOfItemsKeepDatesPermissionsAndAttributes) {
     const timespec times[2] = {{1, 0}, {1'000'000'000, 123'456'789}};
     ASSERT_EQ(::utimensat(AT_FDCWD, name.constData(), times, 0), 0);
     ::usleep(20'000); // the copy's own birth is another moment
-    const QString copy = dir.path(QStringLiteral("c"));
+    const QString copy = dir.path("c");
     ASSERT_TRUE(manager().copyItem(source, copy, IfExists::Fail));
     EXPECT_EQ(manager().copyItem(source, copy, IfExists::Fail).error().code,
               ErrorCode::AlreadyExists);
@@ -173,23 +149,22 @@ TEST(AtomicFile, CopiesOfItemsKeepDatesPermissionsAndAttributes) {
 
 TEST(AtomicFile, AFullDiskIsSaidAndLeavesNothing) {
     const testkit::TempDir dir;
-    const TinyDisk disk(dir.path(QStringLiteral("disk")));
-    if (!disk.mounted())
-        GTEST_SKIP() << "mounting needs the superuser";
-    const QString target = dir.path(QStringLiteral("disk/t"));
+    const testkit::TinyDisk disk(dir.path("disk"), "size=1m");
+    SKIP_WITHOUT_DISK(disk);
+    const QString target = dir.path("disk/t");
     EXPECT_EQ(AtomicFile::create(target, 2 << 20).error().code, ErrorCode::NoSpace);
     {
         auto file = AtomicFile::create(target);
         ASSERT_TRUE(file);
         EXPECT_EQ(file->write(QByteArray(2 << 20, 'x')).error().code, ErrorCode::NoSpace);
     }
-    const QString big = dir.write(QStringLiteral("big"), QByteArray(2 << 20, 'x'));
+    const QString big = dir.write("big", QByteArray(2 << 20, 'x'));
     EXPECT_EQ(manager().copyItem(big, target, IfExists::Replace).error().code, ErrorCode::NoSpace);
     EXPECT_EQ(manager().moveItem(big, target).error().code, ErrorCode::NoSpace);
     EXPECT_TRUE(manager().fileExistsAtPath(big));
-    EXPECT_TRUE(manager().contentsOfDirectoryAtPath(dir.path(QStringLiteral("disk")))->empty());
+    EXPECT_TRUE(manager().contentsOfDirectoryAtPath(dir.path("disk"))->empty());
 
-    const QString small = dir.write(QStringLiteral("small"), "s"); // a move between file systems
+    const QString small = dir.write("small", "s"); // a move between file systems
     EXPECT_TRUE(manager().moveItem(small, target));
     EXPECT_EQ(testkit::TempDir::read(target), "s");
     EXPECT_FALSE(manager().fileExistsAtPath(small));
@@ -197,7 +172,7 @@ TEST(AtomicFile, AFullDiskIsSaidAndLeavesNothing) {
 
 TEST(AtomicFile, WhatAKilledProcessLeavesIsRemovedLater) {
     const testkit::TempDir dir;
-    const QString target = dir.write(QStringLiteral("t"), "old");
+    const QString target = dir.write("t", "old");
     const pid_t child = ::fork();
     if (child == 0) {
         auto file = AtomicFile::create(target);
@@ -208,23 +183,23 @@ TEST(AtomicFile, WhatAKilledProcessLeavesIsRemovedLater) {
     int ended = 0;
     ASSERT_EQ(::waitpid(child, &ended, 0), child);
     ASSERT_TRUE(WIFSIGNALED(ended));
-    ASSERT_EQ(namesIn(dir).size(), 2);
+    ASSERT_EQ(testkit::namesIn(dir.path()).size(), 2);
     removeStaleTemporaries(dir.path());
-    EXPECT_EQ(namesIn(dir).size(), 2); // too young to be sure
+    EXPECT_EQ(testkit::namesIn(dir.path()).size(), 2); // too young to be sure
 
     const auto own = AtomicFile::create(target);
     ASSERT_TRUE(own);
-    const QString foreign = QStringLiteral(".clipheave-notes.tmp");
+    const QString foreign = u".clipheave-notes.tmp"_s;
     // Process 1 lives, yet it began after this file was written: another one had its number.
-    const QString reused = QStringLiteral(".clipheave-1-0.tmp");
+    const QString reused = u".clipheave-1-0.tmp"_s;
     dir.write(foreign, "x");
     dir.write(reused, "x");
     const timespec old[2] = {{1'000, 0}, {1'000, 0}};
-    for (const QString& name : namesIn(dir))
+    for (const QString& name : testkit::namesIn(dir.path()))
         ASSERT_EQ(::utimensat(AT_FDCWD, nativePath(dir.path(name)).constData(), old, 0), 0);
     removeStaleTemporaries(dir.path());
-    EXPECT_THAT(namesIn(dir),
-                testing::UnorderedElementsAre(QStringLiteral("t"), foreign,
-                                              lastPathComponent(own->temporaryPath())));
+    EXPECT_THAT(
+        testkit::namesIn(dir.path()),
+        testing::UnorderedElementsAre(u"t"_s, foreign, lastPathComponent(own->temporaryPath())));
     EXPECT_EQ(testkit::TempDir::read(target), "old");
 }

@@ -44,7 +44,7 @@ QDateTime utc(const char* text) {
 class CreationDates : public testing::Test {
 protected:
     void SetUp() override {
-        path = dir.write(QStringLiteral("file"), "bytes");
+        path = dir.write("file", "bytes");
         if (!setTestAttribute(path, "user.test", "x"))
             GTEST_SKIP() << "no extended attributes here";
     }
@@ -131,8 +131,8 @@ TEST(FileManager, NoExtendedAttributesIsNoFailure) {
 
 TEST(FileManager, ListsFoldersWithLinksAndOddNames) {
     const testkit::TempDir dir;
-    dir.write(QStringLiteral("sub/inner"), "x");
-    dir.write(u"b\u00FC"_qs, "x");
+    dir.write("sub/inner", "x");
+    dir.write("b\u00FC", "x");
     const QByteArray base = dir.path().toUtf8();
     ASSERT_EQ(::symlink("sub", (base + "/toSub").constData()), 0);
     ASSERT_EQ(::symlink("nowhere", (base + "/dangling\xFF").constData()), 0);
@@ -140,74 +140,64 @@ TEST(FileManager, ListsFoldersWithLinksAndOddNames) {
     ASSERT_TRUE(entries);
     QStringList seen;
     for (const DirectoryEntry& entry : *entries)
-        seen += entry.name + (entry.isDirectory ? u"/"_qs : QString());
+        seen += entry.name + (entry.isDirectory ? u"/"_s : QString());
     std::sort(seen.begin(), seen.end());
-    EXPECT_EQ(seen, QStringList({u"b\u00FC"_qs, u"dangling\xDCFF"_qs, u"sub/"_qs, u"toSub/"_qs}));
-    EXPECT_EQ(files().contentsOfDirectoryAtPath(dir.path(QStringLiteral("b"))).error().code,
-              ErrorCode::NotFound);
-    EXPECT_FALSE(files().fileExistsAtPath(dir.path(u"dangling\xDCFF"_qs)));
-    EXPECT_TRUE(files().removeItemAtPath(dir.path(u"dangling\xDCFF"_qs)));
+    EXPECT_EQ(seen, QStringList({u"b\u00FC"_s, u"dangling\xDCFF"_s, u"sub/"_s, u"toSub/"_s}));
+    EXPECT_EQ(files().contentsOfDirectoryAtPath(dir.path("b")).error().code, ErrorCode::NotFound);
+    EXPECT_FALSE(files().fileExistsAtPath(dir.path(u"dangling\xDCFF"_s)));
+    EXPECT_TRUE(files().removeItemAtPath(dir.path(u"dangling\xDCFF"_s)));
     bool isDirectory = false;
-    EXPECT_TRUE(files().fileExistsAtPath(dir.path(QStringLiteral("toSub")), isDirectory));
+    EXPECT_TRUE(files().fileExistsAtPath(dir.path("toSub"), isDirectory));
     EXPECT_TRUE(isDirectory);
 }
 
 TEST(FileManager, CreatesAndRemovesFolders) {
     const testkit::TempDir dir;
-    const QString deep = dir.path(QStringLiteral("a//b/c/"));
+    const QString deep = dir.path("a//b/c/");
     EXPECT_TRUE(files().createDirectoryAtPath(deep));
     EXPECT_TRUE(files().createDirectoryAtPath(deep));
-    const QString file = dir.write(QStringLiteral("a/f"), "x");
+    const QString file = dir.write("a/f", "x");
     EXPECT_EQ(files().createDirectoryAtPath(file).error().code, ErrorCode::AlreadyExists);
-    EXPECT_EQ(files().createDirectoryAtPath(file + QStringLiteral("/x")).error().code,
-              ErrorCode::NotFound);
-    const QString outside = dir.write(QStringLiteral("outside/kept"), "x");
-    ASSERT_EQ(::symlink("../outside", nativePath(dir.path(QStringLiteral("a/link"))).constData()),
-              0);
-    EXPECT_TRUE(files().removeItemAtPath(dir.path(QStringLiteral("a"))));
-    EXPECT_FALSE(files().fileExistsAtPath(dir.path(QStringLiteral("a"))));
+    EXPECT_EQ(files().createDirectoryAtPath(file + u"/x"_s).error().code, ErrorCode::NotFound);
+    const QString outside = dir.write("outside/kept", "x");
+    ASSERT_EQ(::symlink("../outside", nativePath(dir.path("a/link")).constData()), 0);
+    EXPECT_TRUE(files().removeItemAtPath(dir.path("a")));
+    EXPECT_FALSE(files().fileExistsAtPath(dir.path("a")));
     EXPECT_TRUE(files().fileExistsAtPath(outside));
     EXPECT_EQ(files().removeItemAtPath(file).error().code, ErrorCode::NotFound);
 }
 
 TEST(FileManager, MovingNeverReplaces) {
     const testkit::TempDir dir;
-    const QString a = dir.write(QStringLiteral("a"), "A");
-    const QString b = dir.write(QStringLiteral("b"), "B");
+    const QString a = dir.write("a", "A");
+    const QString b = dir.write("b", "B");
     EXPECT_EQ(files().moveItem(a, b).error().code, ErrorCode::AlreadyExists);
     EXPECT_EQ(files().moveItem(a, a).error().code, ErrorCode::AlreadyExists);
     EXPECT_EQ(testkit::TempDir::read(b), "B");
-    EXPECT_EQ(files()
-                  .moveItem(dir.path(QStringLiteral("no")), dir.path(QStringLiteral("x")))
-                  .error()
-                  .code,
-              ErrorCode::NotFound);
+    EXPECT_EQ(files().moveItem(dir.path("no"), dir.path("x")).error().code, ErrorCode::NotFound);
     // Two hard links in two spellings stay two names.
-    const QString spelling = dir.path(QStringLiteral("A"));
+    const QString spelling = dir.path("A");
     ASSERT_EQ(::link(nativePath(a).constData(), nativePath(spelling).constData()), 0);
     EXPECT_EQ(files().moveItem(a, spelling).error().code, ErrorCode::AlreadyExists);
-    EXPECT_TRUE(files().moveItem(a, dir.path(QStringLiteral("c"))));
+    EXPECT_TRUE(files().moveItem(a, dir.path("c")));
     EXPECT_FALSE(files().fileExistsAtPath(a));
-    EXPECT_EQ(testkit::TempDir::read(dir.path(QStringLiteral("c"))), "A");
-    EXPECT_EQ(files().moveItem(b, dir.path(u"x\0y"_qs)).error().code, ErrorCode::InvalidArgument);
+    EXPECT_EQ(testkit::TempDir::read(dir.path("c")), "A");
+    EXPECT_EQ(files().moveItem(b, dir.path(u"x\0y"_s)).error().code, ErrorCode::InvalidArgument);
 }
 
 TEST(FileManager, FindsFreeNamesAndKnowsTheSameFile) {
     const testkit::TempDir dir;
-    const QString source = dir.write(QStringLiteral("clip.mov"), "x");
-    dir.write(QStringLiteral("clip 2.mov"), "x");
-    ASSERT_EQ(::symlink("nowhere", nativePath(dir.path(QStringLiteral("clip 3.mov"))).constData()),
-              0);
-    EXPECT_EQ(files().nextFreeName(source), dir.path(QStringLiteral("clip 4.mov")));
-    EXPECT_EQ(files().nextFreeName(dir.path(QStringLiteral("new"))),
-              dir.path(QStringLiteral("new")));
-    dir.write(QStringLiteral(".rc"), "x");
-    EXPECT_EQ(files().nextFreeName(dir.path(QStringLiteral(".rc"))),
-              dir.path(QStringLiteral(".rc 2")));
+    const QString source = dir.write("clip.mov", "x");
+    dir.write("clip 2.mov", "x");
+    ASSERT_EQ(::symlink("nowhere", nativePath(dir.path("clip 3.mov")).constData()), 0);
+    EXPECT_EQ(files().nextFreeName(source), dir.path("clip 4.mov"));
+    EXPECT_EQ(files().nextFreeName(dir.path("new")), dir.path("new"));
+    dir.write(".rc", "x");
+    EXPECT_EQ(files().nextFreeName(dir.path(".rc")), dir.path(".rc 2"));
 
-    const QString hardLink = dir.path(QStringLiteral("same.mov"));
+    const QString hardLink = dir.path("same.mov");
     ASSERT_EQ(::link(nativePath(source).constData(), nativePath(hardLink).constData()), 0);
     EXPECT_TRUE(files().isSameFile(source, hardLink));
-    EXPECT_EQ(files().nextFreeName(hardLink), dir.path(QStringLiteral("same 2.mov")));
-    EXPECT_FALSE(files().isSameFile(source, dir.path(QStringLiteral("clip 2.mov"))));
+    EXPECT_EQ(files().nextFreeName(hardLink), dir.path("same 2.mov"));
+    EXPECT_FALSE(files().isSameFile(source, dir.path("clip 2.mov")));
 }

@@ -27,7 +27,7 @@ ErrorCode openError(const QString& path) {
 TEST(FileReader, GivesEveryRangeAndFetchesASmallHeadOnce) {
     const testkit::TempDir dir;
     const QByteArray bytes = countingBytes(300'000);
-    auto reader = FileReader::open(dir.write(QStringLiteral("f"), bytes));
+    auto reader = FileReader::open(dir.write("f", bytes));
     ASSERT_TRUE(reader);
     EXPECT_EQ(reader->size(), 300'000u);
     for (const std::uint64_t at : {0u, 8u, 100u, 65'000u})
@@ -53,7 +53,7 @@ TEST(FileReader, GivesEveryRangeAndFetchesASmallHeadOnce) {
 
 TEST(FileReader, AFileThatShrinksMeanwhileIsTruncated) {
     const testkit::TempDir dir;
-    const QString path = dir.write(QStringLiteral("f"), countingBytes(200'000));
+    const QString path = dir.write("f", countingBytes(200'000));
     auto reader = FileReader::open(path);
     ASSERT_TRUE(reader);
     ASSERT_EQ(::truncate(path.toUtf8().constData(), 100'000), 0);
@@ -68,20 +68,20 @@ TEST(FileReader, AFileThatShrinksMeanwhileIsTruncated) {
 
 TEST(FileReader, OpensOnlyRegularFilesAndNeverBlocks) {
     const testkit::TempDir dir;
-    const QString fifo = dir.path(QStringLiteral("fifo"));
+    const QString fifo = dir.path("fifo");
     ASSERT_EQ(::mkfifo(fifo.toUtf8().constData(), 0600), 0);
     EXPECT_EQ(openError(fifo), ErrorCode::NotSupported);
     EXPECT_EQ(openError(dir.path()), ErrorCode::NotSupported);
-    EXPECT_EQ(openError(QStringLiteral("/dev/null")), ErrorCode::NotSupported);
-    EXPECT_EQ(openError(dir.path(QStringLiteral("absent"))), ErrorCode::NotFound);
+    EXPECT_EQ(openError(u"/dev/null"_s), ErrorCode::NotSupported);
+    EXPECT_EQ(openError(dir.path("absent")), ErrorCode::NotFound);
     EXPECT_EQ(openError({}), ErrorCode::NotFound);
-    const QString odd = dir.path(u"caf\xDCE9"_qs);
+    const QString odd = dir.path(u"caf\xDCE9"_s);
     ASSERT_TRUE(::symlink("/etc/passwd", (dir.path().toUtf8() + "/caf\xE9").constData()) == 0);
     EXPECT_TRUE(FileReader::open(odd)); // a name that is no UTF-8, through a link
     ASSERT_EQ(::unlink((dir.path().toUtf8() + "/caf\xE9").constData()), 0);
 
     // A sparse file claims what no memory holds.
-    const QString sparse = dir.write(QStringLiteral("sparse"), "x");
+    const QString sparse = dir.write("sparse", "x");
     ASSERT_EQ(::truncate(sparse.toUtf8().constData(), 1LL << 42), 0);
     EXPECT_EQ(FileReader::open(sparse)->read(0, 1ULL << 42).error().code, ErrorCode::LimitExceeded);
 }

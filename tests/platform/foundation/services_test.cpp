@@ -13,18 +13,17 @@
 #include <atomic>
 #include <cerrno>
 #include <memory>
-#include <thread>
 
 using namespace clipheave::platform;
 
 TEST(Error, JoinsItsPartsAndMapsTheSystemsNumbers) {
-    EXPECT_EQ((Error{ErrorCode::Io, u"read"_qs, u"/a"_qs, u"why"_qs}.text()), u"read: /a: why"_qs);
-    EXPECT_EQ((Error{ErrorCode::Io, u"read"_qs, {}, u"why"_qs}.text()), u"read: why"_qs);
-    EXPECT_EQ((Error{ErrorCode::NoSpace, u"write"_qs, u"/a"_qs, u"No space"_qs}.text()),
-              u"disk full: write: /a: No space"_qs);
-    EXPECT_EQ((Error{ErrorCode::NoSpace, u"write"_qs, u"/a"_qs, kDamagedFile}.text()),
-              u"damaged file: write: /a"_qs);
-    EXPECT_EQ(fillGaps(u"%2 of %1, 5 % of %3%"_qs, {u"%2"_qs, u"b"_qs}), u"b of %2, 5 % of %3%"_qs);
+    EXPECT_EQ((Error{ErrorCode::Io, u"read"_s, u"/a"_s, u"why"_s}.text()), u"read: /a: why");
+    EXPECT_EQ((Error{ErrorCode::Io, u"read"_s, {}, u"why"_s}.text()), u"read: why");
+    EXPECT_EQ((Error{ErrorCode::NoSpace, u"write"_s, u"/a"_s, u"No space"_s}.text()),
+              u"disk full: write: /a: No space");
+    EXPECT_EQ((Error{ErrorCode::NoSpace, u"write"_s, u"/a"_s, kDamagedFile}.text()),
+              u"damaged file: write: /a");
+    EXPECT_EQ(fillGaps(u"%2 of %1, 5 % of %3%"_s, {u"%2"_s, u"b"_s}), u"b of %2, 5 % of %3%");
     const auto code = [](int number) { return systemFailure({}, {}, number).value().code; };
     EXPECT_EQ(code(ENOSPC), ErrorCode::NoSpace);
     EXPECT_EQ(code(EDQUOT), ErrorCode::NoSpace);
@@ -39,22 +38,22 @@ TEST(Log, ReachesTheListenersOfItsLevelWhichMayLogThemselves) {
     {
         const LogSubscription first(LogLevel::Trace, [&](const LogLine& line) {
             all += line.text;
-            if (line.text == u"again"_qs)
-                log(LogLevel::Trace, u"from the listener"_qs);
+            if (line.text == u"again"_s)
+                log(LogLevel::Trace, u"from the listener"_s);
         });
         auto second = std::make_unique<LogSubscription>(
             LogLevel::Warning, [&](const LogLine& line) { warnings += line.path; });
-        log(LogLevel::Trace, u"again"_qs);
-        log(LogLevel::Error, u"bad"_qs, u"/p"_qs);
+        log(LogLevel::Trace, u"again"_s);
+        log(LogLevel::Error, u"bad"_s, u"/p"_s);
         second.reset();
-        log(LogLevel::Error, u"worse"_qs, u"/q"_qs);
-        ignoreFailure(Result<void>(failure(ErrorCode::Io, u"sync"_qs)), "why");
+        log(LogLevel::Error, u"worse"_s, u"/q"_s);
+        ignoreFailure(Result<void>(failure(ErrorCode::Io, u"sync"_s)), "why");
         EXPECT_TRUE(logs(LogLevel::Trace));
     }
     EXPECT_FALSE(logs(LogLevel::Error));
-    EXPECT_EQ(all, QStringList({u"again"_qs, u"from the listener"_qs, u"bad"_qs, u"worse"_qs,
-                                u"sync (ignored: why)"_qs}));
-    EXPECT_EQ(warnings, QStringList{u"/p"_qs});
+    EXPECT_EQ(all, QStringList({u"again"_s, u"from the listener"_s, u"bad"_s, u"worse"_s,
+                                u"sync (ignored: why)"_s}));
+    EXPECT_EQ(warnings, QStringList{u"/p"_s});
 }
 
 TEST(NotificationCenter, DeliversInOrderToThoseWhoAskedForTheName) {
@@ -63,18 +62,18 @@ TEST(NotificationCenter, DeliversInOrderToThoseWhoAskedForTheName) {
     int a = 0;
     int b = 0;
     QObject sender;
-    center.addObserver_name(&a, u"one"_qs, [&](QObject* object) {
-        calls += object == &sender ? u"a"_qs : u"wrong"_qs;
+    center.addObserver_name(&a, u"one"_s, [&](QObject* object) {
+        calls += object == &sender ? u"a"_s : u"wrong"_s;
         center.removeObserver(&a); // a handler may change the list
     });
-    center.addObserver_name(&b, u"one"_qs, [&](QObject*) { calls += u"b"_qs; });
-    center.addObserver_name(&b, u"two"_qs, [&](QObject*) { calls += u"b2"_qs; });
-    center.postNotificationName_object(u"one"_qs, &sender);
-    center.postNotificationName_object(u"one"_qs, &sender);
-    center.postNotificationName_object(u"two"_qs, nullptr);
+    center.addObserver_name(&b, u"one"_s, [&](QObject*) { calls += u"b"_s; });
+    center.addObserver_name(&b, u"two"_s, [&](QObject*) { calls += u"b2"_s; });
+    center.postNotificationName_object(u"one"_s, &sender);
+    center.postNotificationName_object(u"one"_s, &sender);
+    center.postNotificationName_object(u"two"_s, nullptr);
     center.removeObserver(&b);
-    center.postNotificationName_object(u"one"_qs, &sender);
-    EXPECT_EQ(calls, QStringList({u"a"_qs, u"b"_qs, u"b"_qs, u"b2"_qs}));
+    center.postNotificationName_object(u"one"_s, &sender);
+    EXPECT_EQ(calls, QStringList({u"a"_s, u"b"_s, u"b"_s, u"b2"_s}));
 }
 
 TEST(MainThread, WorkersReachItAlsoWhileItWaitsForThem) {
@@ -96,55 +95,44 @@ TEST(MainThread, WorkersReachItAlsoWhileItWaitsForThem) {
 
 TEST(UserDefaults, EveryTextComesBackAsItWas) {
     const testkit::TempDir dir;
-    const QString file = dir.path(u"new/folder/x.conf"_qs);
+    const QString file = dir.path("new/folder/x.conf");
     NSUserDefaults defaults(file);
-    EXPECT_TRUE(defaults.stringForKey(u"absent"_qs).isNull());
-    EXPECT_EQ(defaults.integerForKey(u"absent"_qs), 0);
-    const QStringList texts = {u"a, b,c"_qs,
-                               u"100%20"_qs,
-                               u"  lead and trail "_qs,
-                               u"123"_qs,
-                               u"\u00FC\u4E2D\U0001F3AC"_qs,
-                               u"@Invalid()"_qs,
-                               u"@x"_qs,
-                               u""_qs,
-                               u"\"quoted\"; \\n"_qs,
-                               u"two\nlines\tand tab"_qs,
-                               u"0x41 \\x41"_qs,
-                               u"@ByteArray(a)"_qs,
-                               u"x=1"_qs,
-                               u"[s]"_qs,
-                               u";c"_qs};
+    EXPECT_TRUE(defaults.stringForKey(u"absent"_s).isNull());
+    EXPECT_EQ(defaults.integerForKey(u"absent"_s), 0);
+    const QStringList texts =
+        u"a, b,c|100%20|  lead and trail |123|\u00FC\u4E2D\U0001F3AC|@Invalid()|@x||\"quoted\"; "
+        u"\\n|"
+        "two\nlines\tand tab|0x41 \\x41|@ByteArray(a)|x=1|[s]|;c"_s.split(u'|');
     for (int i = 0; i < texts.size(); ++i)
-        ASSERT_TRUE(defaults.setObject_forKey(texts[i], u"key %1"_qs.arg(i)));
-    ASSERT_TRUE(defaults.setObject_forKey(42, u"number"_qs));
-    ASSERT_TRUE(defaults.setObject_forKey(true, u"flag"_qs));
-    ASSERT_TRUE(defaults.setObject_forKey(u"7 apples"_qs, u"text number"_qs));
+        ASSERT_TRUE(defaults.setObject_forKey(texts[i], u"key %1"_s.arg(i)));
+    ASSERT_TRUE(defaults.setObject_forKey(42, u"number"_s));
+    ASSERT_TRUE(defaults.setObject_forKey(true, u"flag"_s));
+    ASSERT_TRUE(defaults.setObject_forKey(u"7 apples"_s, u"text number"_s));
     for (int i = 0; i < texts.size(); ++i)
-        EXPECT_EQ(NSUserDefaults(file).stringForKey(u"key %1"_qs.arg(i)), texts[i]);
+        EXPECT_EQ(NSUserDefaults(file).stringForKey(u"key %1"_s.arg(i)), texts[i]);
     const NSUserDefaults again(file);
-    EXPECT_EQ(again.integerForKey(u"key 3"_qs), 123);
-    EXPECT_EQ(again.integerForKey(u"number"_qs), 42);
-    EXPECT_EQ(again.objectForKey(u"number"_qs).toInt(), 42);
-    EXPECT_EQ(again.integerForKey(u"flag"_qs), 1);
-    EXPECT_TRUE(again.objectForKey(u"flag"_qs).toBool());
-    EXPECT_EQ(again.integerForKey(u"text number"_qs), 7);
+    EXPECT_EQ(again.integerForKey(u"key 3"_s), 123);
+    EXPECT_EQ(again.integerForKey(u"number"_s), 42);
+    EXPECT_EQ(again.objectForKey(u"number"_s).toInt(), 42);
+    EXPECT_EQ(again.integerForKey(u"flag"_s), 1);
+    EXPECT_TRUE(again.objectForKey(u"flag"_s).toBool());
+    EXPECT_EQ(again.integerForKey(u"text number"_s), 7);
     EXPECT_EQ(again.allKeys().size(), texts.size() + 3);
 }
 
 TEST(UserDefaults, SetsABrokenStoreAside) {
     const testkit::TempDir dir;
-    const QString good = dir.write(u"good.conf"_qs, "[General]\nstoragePath=/videos/\xC3\xBC\n");
+    const QString good = dir.write("good.conf", "[General]\nstoragePath=/videos/\xC3\xBC\n");
     EXPECT_TRUE(NSUserDefaults(good).setAsideWhenBroken().isNull());
-    EXPECT_TRUE(NSUserDefaults(dir.path(u"absent"_qs)).setAsideWhenBroken().isNull());
+    EXPECT_TRUE(NSUserDefaults(dir.path("absent")).setAsideWhenBroken().isNull());
     const QByteArray rubbish[] = {QByteArray("storagePath=\x01\n"), QByteArray("a=\xFF\xFE\n"),
                                   QByteArray("[General]\n\0\0\0", 13), QByteArray(2 << 20, 'a')};
     int number = 0;
     for (const QByteArray& bytes : rubbish) {
-        const QString file = dir.write(u"x.conf"_qs, bytes);
+        const QString file = dir.write("x.conf", bytes);
         const QString backup = NSUserDefaults(file).setAsideWhenBroken();
         ++number;
-        EXPECT_EQ(backup, number == 1 ? file + u".broken"_qs : file + u".broken %1"_qs.arg(number));
+        EXPECT_EQ(backup, number == 1 ? file + u".broken"_s : file + u".broken %1"_s.arg(number));
         EXPECT_EQ(testkit::TempDir::read(backup), bytes);
         EXPECT_TRUE(NSUserDefaults(file).allKeys().isEmpty());
     }
@@ -152,16 +140,16 @@ TEST(UserDefaults, SetsABrokenStoreAside) {
 
 TEST(UserDefaults, KeepsWhatOthersHaveWrittenMeanwhile) {
     const testkit::TempDir dir;
-    const QString file = dir.write(u"x.conf"_qs, "[General]\nmine=1\nlist=a, b\n");
+    const QString file = dir.write("x.conf", "[General]\nmine=1\nlist=a, b\n");
     NSUserDefaults defaults(file);
-    EXPECT_EQ(defaults.stringForKey(u"list"_qs), u"a, b"_qs);
-    dir.write(u"x.conf"_qs, "[General]\nmine=1\ntheirs=second value\n");
-    ASSERT_TRUE(defaults.setObject_forKey(2, u"mine"_qs));
-    EXPECT_EQ(defaults.stringForKey(u"theirs"_qs), u"second value"_qs);
-    ASSERT_TRUE(defaults.removeObjectForKey(u"mine"_qs));
-    EXPECT_FALSE(defaults.contains(u"mine"_qs));
+    EXPECT_EQ(defaults.stringForKey(u"list"_s), u"a, b");
+    dir.write("x.conf", "[General]\nmine=1\ntheirs=second value\n");
+    ASSERT_TRUE(defaults.setObject_forKey(2, u"mine"_s));
+    EXPECT_EQ(defaults.stringForKey(u"theirs"_s), u"second value");
+    ASSERT_TRUE(defaults.removeObjectForKey(u"mine"_s));
+    EXPECT_FALSE(defaults.contains(u"mine"_s));
     EXPECT_EQ(testkit::TempDir::read(file), QByteArray("[General]\ntheirs=second value\n"));
     // A folder in the way: said, not swallowed.
-    EXPECT_FALSE(NSUserDefaults(dir.path()).setObject_forKey(1, u"k"_qs));
-    EXPECT_TRUE(NSUserDefaults().filePath().endsWith(u"/clipheave/clipheave.conf"_qs));
+    EXPECT_FALSE(NSUserDefaults(dir.path()).setObject_forKey(1, u"k"_s));
+    EXPECT_TRUE(NSUserDefaults().filePath().endsWith(u"/clipheave/clipheave.conf"_s));
 }

@@ -37,17 +37,17 @@ TEST(Text, LeadingNumberTakesTheLongestPrefixInAnyLocale) {
     EXPECT_EQ(doubleValue(u"-1e999"), -HUGE_VAL);
     EXPECT_EQ(doubleValue(u"1e-999"), 0);
     EXPECT_DOUBLE_EQ(doubleValue(u""), 0);
-    EXPECT_EQ(describeNumber(0.5), u"0.5"_qs);
+    EXPECT_EQ(describeNumber(0.5), u"0.5");
     std::setlocale(LC_NUMERIC, "C");
 }
 
 TEST(Text, NumbersAreDescribedInTheShortestForm) {
-    EXPECT_EQ(describeNumber(44100), u"44100"_qs);
-    EXPECT_EQ(describeNumber(44100.5), u"44100.5"_qs);
-    EXPECT_EQ(describeNumber(-0.0), u"0"_qs);
-    EXPECT_EQ(describeNumber(0.1), u"0.1"_qs);
-    EXPECT_EQ(describeNumber(3e12), u"3000000000000"_qs);
-    EXPECT_EQ(describeNumber(29.97002997002997), u"29.97002997002997"_qs);
+    EXPECT_EQ(describeNumber(44100), u"44100");
+    EXPECT_EQ(describeNumber(44100.5), u"44100.5");
+    EXPECT_EQ(describeNumber(-0.0), u"0");
+    EXPECT_EQ(describeNumber(0.1), u"0.1");
+    EXPECT_EQ(describeNumber(3e12), u"3000000000000");
+    EXPECT_EQ(describeNumber(29.97002997002997), u"29.97002997002997");
 }
 
 TEST(Text, DigitRunsCompareByValue) {

@@ -3,8 +3,6 @@
 #include "platform/image/tiff_representation.h"
 #include "tests/testkit/media.h"
 
-#include <QDir>
-
 #include <cmath>
 
 namespace clipheave::platform {
@@ -96,7 +94,7 @@ double psnr(const QByteArray& a, const QByteArray& b) {
 
 TEST(Gif, LoopsForEverWithoutDelaysAndLooksLikeItsImages) {
     const testkit::TempDir dir;
-    const QString path = dir.path(QStringLiteral("a.gif"));
+    const QString path = dir.path("a.gif");
     const std::vector<RawFrame> images{gradient(0), gradient(90), gradient(180)};
     const QByteArray gif = gifOf(path, images);
     EXPECT_TRUE(gif.startsWith("GIF89a"));
@@ -115,7 +113,7 @@ TEST(Gif, LoopsForEverWithoutDelaysAndLooksLikeItsImages) {
 TEST(Gif, KeepsEveryColourOfAImageWithFew) {
     SKIP_WITHOUT("ffmpeg");
     const testkit::TempDir dir;
-    const QString path = dir.path(QStringLiteral("few.gif"));
+    const QString path = dir.path("few.gif");
     // Dark, and closer together than coarse counting tells.
     const RawFrame image = drawn(64, 64, [](std::uint32_t x, std::uint32_t y) {
         return (10 + x / 8) << 16 | (10 + y / 8) << 8 | (10 + (x + y) / 42);
@@ -129,11 +127,10 @@ TEST(Gif, KeepsEveryColourOfAImageWithFew) {
 
 TEST(Gif, RefusesWhatIsNoAnimation) {
     const testkit::TempDir dir;
-    const QString path = dir.path(QStringLiteral("a.gif"));
-    EXPECT_FALSE(CGImageDestinationCreateWithURL(path, QStringLiteral("public.png"), 1));
+    const QString path = dir.path("a.gif");
+    EXPECT_FALSE(CGImageDestinationCreateWithURL(path, u"public.png"_s, 1));
     EXPECT_FALSE(CGImageDestinationCreateWithURL(path, gifType(), 0));
-    EXPECT_FALSE(
-        CGImageDestinationCreateWithURL(dir.path(QStringLiteral("no/a.gif")), gifType(), 1));
+    EXPECT_FALSE(CGImageDestinationCreateWithURL(dir.path("no/a.gif"), gifType(), 1));
     auto made = CGImageDestinationCreateWithURL(path, gifType(), 2);
     ASSERT_TRUE(made);
     EXPECT_FALSE(CGImageDestinationFinalize(**made)); // without an image
@@ -146,7 +143,7 @@ TEST(Gif, RefusesWhatIsNoAnimation) {
     EXPECT_TRUE(CGImageDestinationAddImage(**made, image));
     EXPECT_FALSE(CGImageDestinationAddImage(**made, image)); // one too many
     made->reset();
-    EXPECT_TRUE(QDir(dir.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+    EXPECT_TRUE(testkit::namesIn(dir.path()).isEmpty());
 }
 
 TEST(FrameTiff, HoldsThePixelsAsTheyAre) {
@@ -157,13 +154,13 @@ TEST(FrameTiff, HoldsThePixelsAsTheyAre) {
         const auto bytes = TIFFRepresentation(image);
         ASSERT_TRUE(bytes);
         EXPECT_TRUE(bytes->startsWith(QByteArray("II*\0", 4)));
-        const QString path = dir.write(QStringLiteral("a.tiff"), *bytes);
-        if (testkit::hasProgram(QStringLiteral("ffmpeg"))) {
+        const QString path = dir.write("a.tiff", *bytes);
+        if (testkit::hasProgram(u"ffmpeg"_s)) {
             EXPECT_EQ(decoded(path), image.rgb32) << width;
         }
-        if (testkit::hasProgram(QStringLiteral("exiftool"))) {
+        if (testkit::hasProgram(u"exiftool"_s)) {
             const QByteArray said = testkit::exiftool("-validate", {path});
-            EXPECT_TRUE(said.contains("OK")) << said.toStdString();
+            EXPECT_TRUE(said.contains("OK")) << said;
         }
     }
     EXPECT_FALSE(TIFFRepresentation(RawFrame{}));

@@ -55,7 +55,7 @@ QByteArray heif(HeifParts parts) {
 
 Result<HeifFacts> readBytes(const QByteArray& bytes) {
     const testkit::TempDir dir;
-    auto reader = FileReader::open(dir.write(QStringLiteral("p.heic"), bytes));
+    auto reader = FileReader::open(dir.write("p.heic", bytes));
     return readHeif(*reader);
 }
 
@@ -69,7 +69,7 @@ TEST(Heif, SizeAndExifItem) {
     EXPECT_EQ(facts->pixelSize, QSize(4032, 3024));
     EXPECT_EQ(facts->orientation, 1);
     EXPECT_EQ(facts->exif, kTiff);
-    EXPECT_TRUE(facts->problem.isEmpty()) << facts->problem.text().toStdString();
+    EXPECT_TRUE(facts->problem.isEmpty()) << facts->problem.text();
 }
 
 TEST(Heif, TransformsGiveTheOrientation) {
@@ -91,7 +91,7 @@ TEST(Heif, TransformsGiveTheOrientation) {
         parts.transformCount = c.count;
         const auto facts = readBytes(heif(parts));
         ASSERT_TRUE(facts);
-        EXPECT_EQ(facts->orientation, c.expected) << c.boxes.toHex().toStdString();
+        EXPECT_EQ(facts->orientation, c.expected) << c.boxes.toHex();
     }
 }
 

@@ -34,7 +34,7 @@ TEST(IsobmffItems, ComeAsListThenUserDataThenKeysWhateverTheFileOrder) {
     const MediaFacts old = read(dir, box("moov", udta));
     EXPECT_EQ(old.container, Container::QuickTime);
     EXPECT_EQ(itemTexts(old)[1], s("udta/%A9swr=abc"));
-    EXPECT_TRUE(old.problem.isEmpty()) << old.problem.text().toStdString();
+    EXPECT_TRUE(old.problem.isEmpty()) << old.problem.text();
 }
 
 TEST(IsobmffItems, ITunesValuesHaveTheirTypes) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/isobmff/read/isobmff_reader.h"
+#include "tests/testkit/items.h"
 #include "tests/testkit/testkit.h"
 
 /// Hand-made movies for the tests of the reader.
@@ -80,19 +81,15 @@ inline QByteArray keyedEntry(quint32 index, const QByteArray& data) {
 
 /// What the reader says about these bytes.
 inline clipheave::platform::MediaFacts read(const TempDir& dir, const QByteArray& bytes) {
-    auto reader = clipheave::platform::FileReader::open(dir.write(QStringLiteral("movie"), bytes));
+    auto reader = clipheave::platform::FileReader::open(dir.write("movie", bytes));
     EXPECT_TRUE(reader.has_value());
     auto facts = clipheave::platform::readIsobmff(*reader);
     EXPECT_TRUE(facts.has_value());
     return facts.value_or(clipheave::platform::MediaFacts());
 }
 
-/// "identifier=text" of every item.
 inline QStringList itemTexts(const clipheave::platform::MediaFacts& facts) {
-    QStringList texts;
-    for (const auto& item : facts.metadata)
-        texts += item.identifier + QLatin1Char('=') + item.stringValue();
-    return texts;
+    return itemTexts(facts.metadata);
 }
 
 } // namespace testkit

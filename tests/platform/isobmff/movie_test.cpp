@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/platform/isobmff/movie_builder.h"
+#include "tests/testkit/corpus_files.h"
 #include "tests/testkit/media.h"
 
 #include "platform/isobmff/box.h"
 
 #include <QFile>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 
 using namespace clipheave::platform;
@@ -153,7 +153,7 @@ TEST(IsobmffMovie, DamageKeepsWhatStoodBefore) {
     const QByteArray whole =
         ftyp("M4A ") + box("moov", mvhd(0, 600) + good + box("udta", QByteArray(400, 'x')));
     for (qsizetype cut = 24; cut < whole.size(); ++cut) {
-        auto reader = FileReader::open(dir.write(QStringLiteral("cut"), whole.left(cut)));
+        auto reader = FileReader::open(dir.write("cut", whole.left(cut)));
         const auto facts = readIsobmff(*reader);
         ASSERT_TRUE(facts.has_value());
         EXPECT_FALSE(facts->problem.isEmpty()) << cut;
@@ -171,7 +171,7 @@ TEST(IsobmffMovie, DamageKeepsWhatStoodBefore) {
     EXPECT_FALSE(facts.problem.isEmpty());
     for (const QByteArray& nothing :
          {QByteArray(), QByteArray("no movie at all, really"), box("mdat", "x")}) {
-        auto reader = FileReader::open(dir.write(QStringLiteral("none"), nothing));
+        auto reader = FileReader::open(dir.write("none", nothing));
         const auto failed = readIsobmff(*reader);
         ASSERT_FALSE(failed.has_value());
         EXPECT_EQ(failed.error().code, ErrorCode::InvalidData);
@@ -207,8 +207,8 @@ TEST(IsobmffMovie, LargeFilesAreReadInFewPieces) {
         "udta", itunesMeta(box("covr", dataBox(13, cover)) + box("\xA9nam", dataBox(1, "Title"))));
     const QByteArray moov = box("moov", mvhd(0, 600) + trak(video) + trak(video) + udta);
     // Five gigabytes of payload before the movie header, of which nothing is on the disk.
-    const QString path = dir.write(QStringLiteral("large.mp4"),
-                                   ftyp("mp42") + be(1, 4) + "mdat" + be(5ull << 30, 8));
+    const QString path =
+        dir.write("large.mp4", ftyp("mp42") + be(1, 4) + "mdat" + be(5ull << 30, 8));
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadWrite));
     ASSERT_TRUE(file.seek((5ll << 30) + 20));
@@ -217,7 +217,7 @@ TEST(IsobmffMovie, LargeFilesAreReadInFewPieces) {
     auto reader = FileReader::open(path);
     const auto facts = readIsobmff(*reader);
     ASSERT_TRUE(facts.has_value());
-    EXPECT_TRUE(facts->problem.isEmpty()) << facts->problem.text().toStdString();
+    EXPECT_TRUE(facts->problem.isEmpty()) << facts->problem.text();
     EXPECT_EQ(facts->tracks.size(), 2u);
     ASSERT_EQ(facts->metadata.size(), 2);
     EXPECT_EQ(facts->metadata[1].stringValue(), str("Title"));
@@ -253,13 +253,10 @@ TEST(Boxes, HeadersOfAllSizesAndTheirFaults) {
 
 /// The values that ffprobe prints for the first stream of a kind.
 QJsonObject probedStream(const QJsonObject& probed, const char* kind) {
-    for (const QJsonValue& value : probed.value(QLatin1String("streams")).toArray()) {
+    for (const QJsonValue& value : probed["streams"_L1].toArray()) {
         const QJsonObject stream = value.toObject();
-        const bool image = stream.value(QLatin1String("disposition"))
-                               .toObject()
-                               .value(QLatin1String("attached_pic"))
-                               .toInt() == 1;
-        if (stream.value(QLatin1String("codec_type")).toString() == QLatin1String(kind) && !image)
+        const bool image = stream["disposition"_L1]["attached_pic"_L1].toInt() == 1;
+        if (stream["codec_type"_L1].toString() == QLatin1String(kind) && !image)
             return stream;
     }
     return {};
@@ -269,27 +266,20 @@ class IsobmffCorpus : public testing::TestWithParam<const char*> {};
 
 TEST_P(IsobmffCorpus, AgreesWithFfprobe) {
     SKIP_WITHOUT("ffprobe");
-    if (corpus().isEmpty())
-        GTEST_SKIP();
-    const QString path = corpus() + QLatin1Char('/') + QLatin1String(GetParam());
+    SKIP_WITHOUT_CORPUS();
+    const QString path = corpus() + u'/' + QLatin1String(GetParam());
     const QJsonObject probed = testkit::ffprobe(path);
     auto reader = FileReader::open(path);
     const auto facts = readIsobmff(*reader);
     ASSERT_TRUE(facts.has_value());
-    const double seconds = probed.value(QLatin1String("format"))
-                               .toObject()
-                               .value(QLatin1String("duration"))
-                               .toString()
-                               .toDouble();
+    const double seconds = probed["format"_L1]["duration"_L1].toString().toDouble();
     EXPECT_NEAR(facts->durationSeconds, seconds, 0.06);
     const QJsonObject video = probedStream(probed, "video"), audio = probedStream(probed, "audio");
-    const QSize size(video.value(QLatin1String("width")).toInt(-1),
-                     video.value(QLatin1String("height")).toInt(-1));
+    const QSize size(video["width"_L1].toInt(-1), video["height"_L1].toInt(-1));
     EXPECT_EQ(facts->pixelSize, size);
-    EXPECT_EQ(facts->audioChannels, audio.value(QLatin1String("channels")).toInt());
-    EXPECT_EQ(facts->audioSampleRate,
-              audio.value(QLatin1String("sample_rate")).toString().toDouble());
-    const double rate = audio.value(QLatin1String("bit_rate")).toString().toDouble();
+    EXPECT_EQ(facts->audioChannels, audio["channels"_L1].toInt());
+    EXPECT_EQ(facts->audioSampleRate, audio["sample_rate"_L1].toString().toDouble());
+    const double rate = audio["bit_rate"_L1].toString().toDouble();
     EXPECT_NEAR(facts->audioBitRate, rate, rate / 50);
 }
 INSTANTIATE_TEST_SUITE_P(
@@ -301,10 +291,9 @@ INSTANTIATE_TEST_SUITE_P(
                     "video/media__bbb_176x144_128kbps_15fps_h263.3gp"));
 
 TEST(IsobmffCorpusItems, PositionsAndDatesOfRealCameras) {
-    if (corpus().isEmpty())
-        GTEST_SKIP();
+    SKIP_WITHOUT_CORPUS();
     const auto items = [](const char* name) {
-        auto reader = FileReader::open(corpus() + QLatin1Char('/') + QLatin1String(name));
+        auto reader = FileReader::open(corpus() + u'/' + QLatin1String(name));
         return itemTexts(readIsobmff(*reader).value());
     };
     EXPECT_THAT(items("video/metadata-extractor-images__with-gps.mov"),

@@ -8,8 +8,7 @@ namespace {
 
 /// One second each of red, lime and blue, with a white upper left corner; turned by `degrees`.
 QString colourVideo(const testkit::TempDir& dir, int degrees) {
-    const QString plain = dir.path(QStringLiteral("plain.mov")),
-                  path = dir.path(QStringLiteral("%1.mov").arg(degrees));
+    const QString plain = dir.path("plain.mov"), path = dir.path(u"%1.mov"_s.arg(degrees));
     testkit::ffmpeg("-filter_complex "
                     "color=red:s=64x32:d=1:r=10[a];color=lime:s=64x32:d=1:r=10[b];"
                     "color=blue:s=64x32:d=1:r=10[c];[a][b][c]concat=n=3,drawbox=0:0:16:16:"
@@ -42,7 +41,7 @@ TEST(AVAssetImageGenerator, TurnsTheFrameOnlyWhenAsked) {
         ASSERT_TRUE(asset);
         auto generator = AVAssetImageGenerator::initWithAsset(*asset);
         const auto stored = generator.copyCGImageAtTime({0, 1});
-        ASSERT_TRUE(stored) << stored.error().text().toStdString();
+        ASSERT_TRUE(stored) << stored.error().text();
         EXPECT_EQ(stored->width, 64);
         EXPECT_TRUE(isWhite(pixelAt(*stored, 4, 4))) << degrees;
         generator.setAppliesPreferredTrackTransform(true);
@@ -72,7 +71,7 @@ TEST(AVAssetImageGenerator, TellsWhenTheFrameBegins) {
     ASSERT_TRUE(blue);
     EXPECT_GT(pixelAt(*blue, 40, 20) & 0xFF, 200u);
     // Audio alone gives the same plain failure each time.
-    const QString audio = dir.path(QStringLiteral("s.wav"));
+    const QString audio = dir.path("s.wav");
     testkit::ffmpeg("-f lavfi -i sine=d=1", {audio});
     const auto silentVideo = AVURLAsset::assetWithPath(audio);
     ASSERT_TRUE(silentVideo);

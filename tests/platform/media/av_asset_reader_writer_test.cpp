@@ -4,14 +4,13 @@
 #include "platform/media/asset/av_asset_writer.h"
 #include "platform/media/export/av_asset_export_session.h"
 #include "tests/platform/engine/export_fixture.h"
+#include "tests/testkit/tiny_disk.h"
 
 #include <QDir>
 
 #include <chrono>
 #include <cstdlib>
 #include <future>
-#include <sys/mount.h>
-#include <unistd.h>
 
 namespace clipheave::platform {
 
@@ -102,9 +101,7 @@ std::array<int, 3> redGreenBlue(const CVPixelBuffer& buffer, int x, int y) {
 
 class ReaderWriterTest : public ExportTest {
 protected:
-    [[nodiscard]] QString path(const char* name) const {
-        return m_dir.path(QString::fromLatin1(name));
-    }
+    [[nodiscard]] QString path(const char* name) const { return m_dir.path(name); }
     /// All frames of one video into another.
     static void copyFrames(const QString& source, const Writing& to) {
         const Reading from(source);
@@ -112,8 +109,7 @@ protected:
         ASSERT_TRUE(to.begin()) << to.why();
         while (const auto sample = from.output->copyNextSampleBuffer())
             ASSERT_TRUE(to.append(*sample)) << to.why();
-        EXPECT_EQ(from.reader->status(), ReaderStatus::Completed)
-            << from.reader->error().text().toStdString();
+        EXPECT_EQ(from.reader->status(), ReaderStatus::Completed) << from.reader->error().text();
         to.input->markAsFinished();
         EXPECT_EQ(to.finish(), WriterStatus::Completed) << to.why();
     }
@@ -130,10 +126,6 @@ protected:
     }
     /// What a filter before the comparison must do for the output's matrix.
     static constexpr const char* kToBt709 = "scale=in_color_matrix=bt601:out_color_matrix=bt709";
-    /// Names in a folder, hidden ones too.
-    [[nodiscard]] static QStringList names(const QString& folder) {
-        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-    }
 };
 
 } // namespace
@@ -318,7 +310,7 @@ TEST_F(ReaderWriterTest, ReadsPastDamageAndTellsWhatCannotBeRead) {
     const qsizetype payload = bytes.indexOf("mdat") + 4, end = bytes.lastIndexOf("moov") - 4;
     QByteArray damaged = bytes;
     damaged.replace(payload + (end - payload) / 3, 3000, QByteArray(3000, '\x5a'));
-    const Reading past(m_dir.write(QStringLiteral("damaged.mp4"), damaged));
+    const Reading past(m_dir.write("damaged.mp4", damaged));
     const std::size_t count = past.rest().size();
     EXPECT_EQ(past.reader->status(), ReaderStatus::Completed);
     EXPECT_GT(count, 30u);
@@ -328,7 +320,7 @@ TEST_F(ReaderWriterTest, ReadsPastDamageAndTellsWhatCannotBeRead) {
 
     QByteArray nothing = bytes;
     nothing.replace(payload, end - payload, QByteArray(end - payload, '\0'));
-    const Reading none(m_dir.write(QStringLiteral("nothing.mp4"), nothing));
+    const Reading none(m_dir.write("nothing.mp4", nothing));
     EXPECT_TRUE(none.rest().empty());
     EXPECT_EQ(none.reader->status(), ReaderStatus::Failed);
     EXPECT_EQ(none.reader->error().code, ErrorCode::InvalidData);
@@ -345,7 +337,7 @@ TEST_F(ReaderWriterTest, ReadsPastDamageAndTellsWhatCannotBeRead) {
             .code,
         ErrorCode::InvalidArgument);
     EXPECT_FALSE(deaf.reader->startReading());
-    EXPECT_FALSE(AVURLAsset::assetWithPath(m_dir.write(QStringLiteral("t.mp4"), "no film at all")));
+    EXPECT_FALSE(AVURLAsset::assetWithPath(m_dir.write("t.mp4", "no film at all")));
 
     const auto asset = AVURLAsset::assetWithPath(whole).value();
     ASSERT_TRUE(QFile::remove(whole));
@@ -376,28 +368,28 @@ TEST_F(ReaderWriterTest, EndsWhereverItIsDropped) {
 }
 
 TEST_F(ReaderWriterTest, LeavesNothingUnlessItIsFinished) {
-    const QString folder = path("storage"), target = folder + QStringLiteral("/film.mov");
+    const QString folder = path("storage"), target = folder + u"/film.mov"_s;
     QDir().mkpath(folder);
-    m_dir.write(QStringLiteral("storage/film.mov"), "an older one");
+    m_dir.write("storage/film.mov", "an older one");
     for (int way = 0; way < 6; ++way) {
         auto to = std::make_unique<Writing>(target, QSize(64, 64));
         ASSERT_TRUE(way == 0 || to->begin());
         for (int i = 0; way > 1 && i < 100; ++i)
             ASSERT_TRUE(to->append(noise({64, 64}, i)));
-        EXPECT_EQ(names(folder).size(), way > 0 ? 2 : 1);
+        EXPECT_EQ(testkit::namesIn(folder).size(), way > 0 ? 2 : 1);
         if (way == 3)
             to->input.reset();
         if (way == 4)
             to->writer->cancelWriting();
         EXPECT_TRUE(way != 5 || !to->append(noise({64, 64}, 5))) << "a failure";
         if (way >= 4) {
-            EXPECT_EQ(names(folder).size(), 1) << way;
+            EXPECT_EQ(testkit::namesIn(folder).size(), 1) << way;
             EXPECT_EQ(to->finish(), way == 4 ? WriterStatus::Cancelled : WriterStatus::Failed);
         }
         const auto input = way == 2 ? to->input : nullptr;
         to.reset();
         EXPECT_TRUE(input == nullptr || !input->appendSampleBuffer(noise({64, 64}, 200)));
-        EXPECT_EQ(names(folder), QStringList{QStringLiteral("film.mov")}) << way;
+        EXPECT_EQ(testkit::namesIn(folder), QStringList{u"film.mov"_s}) << way;
         EXPECT_EQ(testkit::TempDir::read(target), "an older one") << way;
     }
     // Dropped while it is being finished, by its owner and by the handler itself.
@@ -413,13 +405,13 @@ TEST_F(ReaderWriterTest, LeavesNothingUnlessItIsFinished) {
         to.reset();
         ASSERT_EQ(done.get_future().wait_for(30s), std::future_status::ready);
         EXPECT_EQ(ffprobe(target, "v", "stream=nb_frames"), "50");
-        EXPECT_EQ(names(folder).size(), 1);
+        EXPECT_EQ(testkit::namesIn(folder).size(), 1);
         QFile::remove(target);
     }
 }
 
 TEST_F(ReaderWriterTest, TellsThatTheDiskIsFullOrTheFolderGone) {
-    const QString small = path("small"), target = small + QStringLiteral("/film.mov");
+    const QString small = path("small"), target = small + u"/film.mov"_s;
     QDir().mkpath(small);
     const Writing away(target, {64, 64});
     ASSERT_TRUE(away.begin());
@@ -432,9 +424,8 @@ TEST_F(ReaderWriterTest, TellsThatTheDiskIsFullOrTheFolderGone) {
     EXPECT_FALSE(nowhere.begin());
     EXPECT_EQ(nowhere.writer->error().code, ErrorCode::NotFound) << nowhere.why();
 
-    QDir().mkpath(small);
-    if (geteuid() != 0 || mount("none", small.toUtf8().constData(), "tmpfs", 0, "size=256k") != 0)
-        GTEST_SKIP() << "needs the right to mount";
+    const testkit::TinyDisk disk(small, "size=256k");
+    SKIP_WITHOUT_DISK(disk);
     for (const bool waits : {true, false}) { // for it to be noticed while it goes on
         const Writing to(target, {320, 240});
         ASSERT_TRUE(to.begin());
@@ -446,9 +437,8 @@ TEST_F(ReaderWriterTest, TellsThatTheDiskIsFullOrTheFolderGone) {
         EXPECT_EQ(to.finish(), WriterStatus::Failed);
         EXPECT_EQ(to.writer->error().code, ErrorCode::NoSpace) << to.why();
         EXPECT_EQ(to.writer->error().path, target);
-        EXPECT_TRUE(names(small).isEmpty());
+        EXPECT_TRUE(testkit::namesIn(small).isEmpty());
     }
-    umount(small.toUtf8().constData());
 }
 
 TEST_F(ReaderWriterTest, RefusesWhatIsOutOfOrder) {

@@ -20,11 +20,11 @@ protected:
         s_dir = new testkit::TempDir;
         testkit::ffmpeg("-f lavfi -i testsrc2=size=96x64:rate=10:duration=1 -f lavfi "
                         "-i sine=440:duration=1 -vf setsar=2 -c:v libx264 -c:a aac",
-                        {s_dir->path(u"clip.mp4"_qs)});
+                        {s_dir->path("clip.mp4")});
     }
     static void TearDownTestSuite() { delete s_dir; }
 
-    Compositions() : m_clip(*AVURLAsset::assetWithPath(s_dir->path(QStringLiteral("clip.mp4")))) {}
+    Compositions() : m_clip(*AVURLAsset::assetWithPath(s_dir->path("clip.mp4"))) {}
 
     [[nodiscard]] static CMTimeRange range(int start, int duration) {
         return CMTimeRangeMake(CMTimeMake(start, 1), CMTimeMake(duration, 1));
@@ -34,14 +34,13 @@ protected:
         const auto inserted = track.insertTimeRange_ofTrack_atTime(
             source, m_clip, tracksWithMediaType(m_clip, track.mediaType()).front(),
             CMTimeMake(at, 1));
-        ASSERT_TRUE(inserted) << inserted.error().text().toStdString();
+        ASSERT_TRUE(inserted) << inserted.error().text();
     }
     /// "source start+duration > target start+duration" of each segment, in seconds.
     [[nodiscard]] static QStringList segments(const std::vector<ExportSegment>& list) {
         QStringList texts;
         for (const ExportSegment& segment : list)
-            texts.append(QStringLiteral("%1+%2 > %3+%4")
-                             .arg(CMTimeGetSeconds(segment.source.start))
+            texts.append(u"%1+%2 > %3+%4"_s.arg(CMTimeGetSeconds(segment.source.start))
                              .arg(CMTimeGetSeconds(segment.source.duration))
                              .arg(CMTimeGetSeconds(segment.target.start))
                              .arg(CMTimeGetSeconds(segment.target.duration)));
@@ -91,13 +90,12 @@ TEST_F(Compositions, ScalingStretchesWhatLiesInTheRange) {
 
 TEST_F(Compositions, WhatIsNotCarriedOverIsNamedFileByFile) {
     const testkit::TempDir dir;
-    const QString list = dir.write(QStringLiteral("list.txt"),
-                                   ";FFMETADATA1\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=500\n"
-                                   "title=One\n");
-    const QString words =
-        dir.write(QStringLiteral("words.srt"), "1\n00:00:00,000 --> 00:00:01,000\nHello\n");
+    const QString list =
+        dir.write("list.txt", ";FFMETADATA1\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=500\n"
+                              "title=One\n");
+    const QString words = dir.write("words.srt", "1\n00:00:00,000 --> 00:00:01,000\nHello\n");
     const auto assetOf = [&](const char* name, const char* options) {
-        const QString path = dir.path(QString::fromLatin1(name));
+        const QString path = dir.path(name);
         testkit::ffmpeg(QByteArray("-i % -i % -i % ") + options + " -c copy",
                         {m_clip.path(), list, words, path});
         return *AVURLAsset::assetWithPath(path);

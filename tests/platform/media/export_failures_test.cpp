@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/export/av_asset_export_session.h"
 #include "tests/testkit/media.h"
+#include "tests/testkit/tiny_disk.h"
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 
-#include <sys/mount.h>
 #include <thread>
 
 namespace clipheave::platform {
@@ -25,7 +24,7 @@ protected:
         ASSERT_TRUE(QDir().mkpath(out()));
     }
     [[nodiscard]] QString make(const char* name, const char* options, int seconds = 2) const {
-        const QString path = m_dir.path(QString::fromLatin1(name));
+        const QString path = m_dir.path(name);
         const QByteArray length = QByteArray::number(seconds);
         testkit::ffmpeg("-f lavfi -i testsrc2=s=640x360:r=25:d=" + length +
                             " -f lavfi -i sine=d=" + length + " -pix_fmt yuv420p " + options,
@@ -33,11 +32,9 @@ protected:
         return path;
     }
     [[nodiscard]] QString out(const char* name = "") const {
-        return m_dir.path(QStringLiteral("out/") + QString::fromLatin1(name));
+        return m_dir.path(u"out/"_s + QString::fromLatin1(name));
     }
-    [[nodiscard]] QStringList filesOut() const {
-        return QDir(out()).entryList(QDir::Files | QDir::Hidden);
-    }
+    [[nodiscard]] QStringList filesOut() const { return m_dir.files("out"); }
     std::shared_ptr<AVAssetExportSession> start(const QString& source, const char16_t* preset) {
         const auto asset = AVURLAsset::assetWithPath(source);
         EXPECT_TRUE(asset);
@@ -118,24 +115,20 @@ TEST_F(ExportFailures, NoticeThatTheFolderIsGone) {
     // Under another name it is out of the export's reach, but not what the export began there.
     const auto session = start(source, AVAssetExportPresetHighestQuality);
     ASSERT_TRUE(isUnderWay());
-    const QString moved = m_dir.path(QStringLiteral("moved"));
+    const QString moved = m_dir.path("moved");
     ASSERT_TRUE(QDir().rename(out(), moved));
     EXPECT_THAT(reasonOf(session), HasSubstr("output folder gone"));
-    EXPECT_TRUE(QDir(moved).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+    EXPECT_TRUE(testkit::namesIn(moved).isEmpty());
     // Before it begins.
     EXPECT_THAT(reasonOf(start(source, AVAssetExportPresetHighestQuality)),
                 HasSubstr("output folder gone"));
 }
 
 TEST_F(ExportFailures, NoticeAFullDiskBeforeAndWhileTheyWrite) {
-    const QByteArray folder = out().toUtf8();
-    const auto mounted = [&](const char* size) {
-        return ::mount("tmpfs", folder.constData(), "tmpfs", 0, size) == 0;
-    };
     const QString source = make("a.mp4", "-c:v libx264 -preset ultrafast -c:a aac", 10);
     const QString packets = make("a.mkv", "-c:v libx264 -preset ultrafast -c:a aac", 10);
-    if (!mounted("size=400k"))
-        GTEST_SKIP() << "needs the right to mount";
+    const testkit::TinyDisk disk(out(), "size=400k");
+    SKIP_WITHOUT_DISK(disk);
     const auto noRoom = HasSubstr("No space left on device");
     const auto within = start(source, AVAssetExportPresetHighestQuality);
     EXPECT_THAT(reasonOf(within), noRoom);
@@ -144,20 +137,16 @@ TEST_F(ExportFailures, NoticeAFullDiskBeforeAndWhileTheyWrite) {
     EXPECT_THAT(reasonOf(copying), noRoom);
     EXPECT_EQ(copying->progress(), 0) << "the size of a copy is known before";
     EXPECT_THAT(filesOut(), testing::IsEmpty());
-    QFile filler(out("filler"));
-    ASSERT_TRUE(filler.open(QIODevice::WriteOnly));
-    filler.write(QByteArray(396 << 10, 'x'));
-    filler.close();
+    m_dir.write("out/filler", QByteArray(396 << 10, 'x'));
     const auto full = start(source, AVAssetExportPresetHighestQuality);
     EXPECT_THAT(reasonOf(full), noRoom);
     EXPECT_EQ(full->progress(), 0) << "before the first picture";
     EXPECT_EQ(filesOut().size(), 1);
-    EXPECT_EQ(::umount2(folder.constData(), MNT_DETACH), 0);
 }
 
 TEST_F(ExportFailures, LeaveNothingWhenTheyAreCancelled) {
     const QString source = make("long.mp4", "-c:v libx264 -preset ultrafast -c:a aac", 60);
-    const QString older = m_dir.write(QStringLiteral("out/a.mov"), "an older output");
+    const QString older = m_dir.write("out/a.mov", "an older output");
     const auto session = start(source, AVAssetExportPresetHighestQuality);
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     session->cancelExport();

@@ -20,21 +20,21 @@ QByteArray waveFile() {
 
 TEST(MDItem, AnswersWhatTheFileHas) {
     const testkit::TempDir dir;
-    const auto file = MediaFile::open(dir.write(QStringLiteral("Ton.wav"), waveFile()));
+    const auto file = MediaFile::open(dir.write("Ton.wav", waveFile()));
     ASSERT_TRUE(file);
     const MDItem item = MDItem::create(*file);
     EXPECT_DOUBLE_EQ(item.copyAttribute(kMDItemDurationSeconds)->toDouble(), 0.5);
     EXPECT_EQ(item.copyAttribute(kMDItemAudioSampleRate), QVariant(8000.0));
     EXPECT_EQ(item.copyAttribute(kMDItemAudioBitRate), QVariant(256'000.0));
     EXPECT_EQ(item.copyAttribute(kMDItemAudioChannelCount), QVariant(2));
-    EXPECT_EQ(item.copyAttribute(kMDItemDisplayName), QVariant(QStringLiteral("Ton.wav")));
+    EXPECT_EQ(item.copyAttribute(kMDItemDisplayName), QVariant(u"Ton.wav"_s));
     EXPECT_EQ(item.copyAttribute(kMDItemFSSize),
               QVariant(static_cast<qulonglong>(waveFile().size())));
-    EXPECT_EQ(item.copyAttribute(kMDItemKind), QVariant(QStringLiteral("WAV audio")));
+    EXPECT_EQ(item.copyAttribute(kMDItemKind), QVariant(u"WAV audio"_s));
     EXPECT_TRUE(item.copyAttribute(kMDItemContentCreationDate)->toDateTime().isValid());
     for (const char16_t* absent : {kMDItemPixelWidth, kMDItemPixelHeight, kMDItemAlbum,
                                    kMDItemRecordingYear, u"kMDItemUnheardOf"})
-        EXPECT_FALSE(item.copyAttribute(absent)) << QStringView(absent).toString().toStdString();
+        EXPECT_FALSE(item.copyAttribute(absent)) << QStringView(absent).toString();
 }
 
 TEST(MDItem, AlbumAndYearFromTags) {
@@ -42,10 +42,10 @@ TEST(MDItem, AlbumAndYearFromTags) {
     const QByteArray bytes =
         testkit::id3Tag(3, testkit::id3Text("TALB", "Lieder") + testkit::id3Text("TYER", "1998")) +
         testkit::mpegFrames(20);
-    const auto file = MediaFile::open(dir.write(QStringLiteral("a.mp3"), bytes));
+    const auto file = MediaFile::open(dir.write("a.mp3", bytes));
     ASSERT_TRUE(file);
     const MDItem item = MDItem::create(*file);
-    EXPECT_EQ(item.copyAttribute(kMDItemAlbum), QVariant(QStringLiteral("Lieder")));
+    EXPECT_EQ(item.copyAttribute(kMDItemAlbum), QVariant(u"Lieder"_s));
     EXPECT_EQ(item.copyAttribute(kMDItemRecordingYear), QVariant(1998));
 }
 
@@ -70,7 +70,7 @@ TEST(KindText, NameFirstThenContainer) {
         EXPECT_EQ(kindTextForFile(QString::fromLatin1(c.name), c.container),
                   QLatin1String(c.expected))
             << c.name;
-    EXPECT_TRUE(kindTextForFile(QStringLiteral("noextension"), Container::Unknown).isEmpty());
+    EXPECT_TRUE(kindTextForFile(u"noextension"_s, Container::Unknown).isEmpty());
 }
 
 TEST(KindText, ThreadsAndSpeed) {
@@ -78,15 +78,14 @@ TEST(KindText, ThreadsAndSpeed) {
     for (int i = 0; i < 8; ++i)
         threads.emplace_back([i] {
             for (int n = 0; n < 500; ++n)
-                EXPECT_EQ(
-                    kindTextForFile(QStringLiteral("a.flac"), Container::Flac),
-                    kindTextForFile(QStringLiteral("%1-%2.flac").arg(i).arg(n), Container::Flac));
+                EXPECT_EQ(kindTextForFile(u"a.flac"_s, Container::Flac),
+                          kindTextForFile(u"%1-%2.flac"_s.arg(i).arg(n), Container::Flac));
         });
     threads.clear();
     QElapsedTimer timer;
     timer.start();
     for (int n = 0; n < 1000; ++n)
-        (void)kindTextForFile(QStringLiteral("a.flac"), Container::Flac);
+        (void)kindTextForFile(u"a.flac"_s, Container::Flac);
     EXPECT_LT(timer.elapsed(), 50) << "a known type is answered from memory";
 }
 

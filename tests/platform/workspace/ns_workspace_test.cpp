@@ -28,8 +28,8 @@ public:
 
     [[nodiscard]] QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-        if (message.interface() != u"org.freedesktop.FileManager1"_qs ||
-            message.member() != u"ShowItems"_qs || message.signature() != u"ass"_qs)
+        if (message.interface() != u"org.freedesktop.FileManager1"_s ||
+            message.member() != u"ShowItems"_s || message.signature() != u"ass"_s)
             return false;
         calls += message.arguments();
         connection.send(message.createReply());
@@ -48,8 +48,8 @@ template <class Condition> bool waitUntil(Condition holds) {
 class Desktop : public testing::Test {
 protected:
     void SetUp() override {
-        const QString handler = dir.write(u"xdg-open"_qs, "#!/bin/sh\nprintf '%s\\n' \"$*\" >> " +
-                                                              opened.toUtf8() + "\n");
+        const QString handler =
+            dir.write("xdg-open", "#!/bin/sh\nprintf '%s\\n' \"$*\" >> " + opened.toUtf8() + "\n");
         QFile::setPermissions(handler, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         qputenv("PATH", dir.path().toUtf8() + ":/usr/bin:/bin");
         qputenv("DISPLAY", ":77");
@@ -60,7 +60,7 @@ protected:
     }
 
     const testkit::TempDir dir;
-    const QString opened = dir.path(u"opened"_qs);
+    const QString opened = dir.path("opened");
     QStringList logged;
     const LogSubscription subscription{LogLevel::Info,
                                        [this](const LogLine& line) { logged += line.path; }};
@@ -71,13 +71,13 @@ class DesktopWithBus : public Desktop {
 protected:
     void SetUp() override {
         Desktop::SetUp();
-        if (!testkit::hasProgram(u"dbus-daemon"_qs))
+        if (!testkit::hasProgram(u"dbus-daemon"_s))
             GTEST_SKIP() << "dbus-daemon is not installed";
         if (!bus) {
             bus = new QProcess(qApp);
             // Also a test that is killed leaves no bus behind.
             bus->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
-            bus->start(u"dbus-daemon"_qs, {u"--session"_qs, u"--nofork"_qs, u"--print-address"_qs});
+            bus->start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
             ASSERT_TRUE(bus->waitForReadyRead(10'000));
             address = QString::fromLatin1(bus->readLine().trimmed());
         }
@@ -102,15 +102,15 @@ protected:
 
 TEST_F(DesktopWithBus, FilesAreShownInTheFileBrowserFromAnyThread) {
     FakeFileBrowser browser;
-    QDBusConnection service = QDBusConnection::connectToBus(address, u"fake"_qs);
-    ASSERT_TRUE(service.registerService(u"org.freedesktop.FileManager1"_qs));
-    ASSERT_TRUE(service.registerVirtualObject(u"/org/freedesktop/FileManager1"_qs, &browser));
+    QDBusConnection service = QDBusConnection::connectToBus(address, u"fake"_s);
+    ASSERT_TRUE(service.registerService(u"org.freedesktop.FileManager1"_s));
+    ASSERT_TRUE(service.registerVirtualObject(u"/org/freedesktop/FileManager1"_s, &browser));
     std::thread([] {
-        NSWorkspace::sharedWorkspace().selectFiles({u"/a b/\u00FC#?%.mov"_qs, u"/caf\xDCE9"_qs});
+        NSWorkspace::sharedWorkspace().selectFiles({u"/a b/\u00FC#?%.mov"_s, u"/caf\xDCE9"_s});
     }).join();
     ASSERT_TRUE(waitUntil([&] { return !browser.calls.isEmpty(); }));
     EXPECT_EQ(browser.calls.constFirst().constFirst().toStringList(),
-              QStringList({u"file:///a%20b/%C3%BC%23%3F%25.mov"_qs, u"file:///caf%E9"_qs}));
+              QStringList({u"file:///a%20b/%C3%BC%23%3F%25.mov"_s, u"file:///caf%E9"_s}));
     EXPECT_EQ(browser.calls.size(), 1);
 
     const auto shownOf = [&](const QStringList& paths) {
@@ -121,47 +121,47 @@ TEST_F(DesktopWithBus, FilesAreShownInTheFileBrowserFromAnyThread) {
     };
     QStringList frames, mirrored;
     for (int i = 0; i < 3600; ++i)
-        frames += QStringLiteral("/out/film_%1.jpg").arg(i);
+        frames += u"/out/film_%1.jpg"_s.arg(i);
     for (int i = 0; i < 50; ++i)
-        mirrored += QStringLiteral("/out/2025/day %1/film.mp4").arg(i);
-    EXPECT_EQ(shownOf(frames), QStringList{u"file:///out"_qs});
-    EXPECT_EQ(shownOf(mirrored), QStringList{u"file:///out/2025"_qs}) << "not fifty windows";
+        mirrored += u"/out/2025/day %1/film.mp4"_s.arg(i);
+    EXPECT_EQ(shownOf(frames), QStringList{u"file:///out"_s});
+    EXPECT_EQ(shownOf(mirrored), QStringList{u"file:///out/2025"_s}) << "not fifty windows";
     EXPECT_EQ(shownOf(mirrored.first(2)).size(), 2);
 
     NSWorkspace::sharedWorkspace().setRevealEnabled(false);
-    NSWorkspace::sharedWorkspace().selectFiles({u"/logged"_qs});
+    NSWorkspace::sharedWorkspace().selectFiles({u"/logged"_s});
     NSWorkspace::sharedWorkspace().setRevealEnabled(true);
-    EXPECT_EQ(logged, QStringList{u"/logged"_qs});
-    QDBusConnection::disconnectFromBus(u"fake"_qs);
+    EXPECT_EQ(logged, QStringList{u"/logged"_s});
+    QDBusConnection::disconnectFromBus(u"fake"_s);
     EXPECT_FALSE(QFile::exists(opened));
 }
 
 TEST_F(DesktopWithBus, WithoutAFileBrowserTheFolderIsOpened) {
-    NSWorkspace::sharedWorkspace().selectFiles({u"/a b/c"_qs, u"/a b/d"_qs});
+    NSWorkspace::sharedWorkspace().selectFiles({u"/a b/c"_s, u"/a b/d"_s});
     EXPECT_TRUE(waitForOpened("file:///a%20b\n"));
     qunsetenv("DISPLAY");
-    NSWorkspace::sharedWorkspace().selectFiles({u"/a b/c"_qs, u"/a b/d"_qs});
+    NSWorkspace::sharedWorkspace().selectFiles({u"/a b/c"_s, u"/a b/d"_s});
     EXPECT_TRUE(waitUntil([&] { return logged.size() == 2; }));
-    EXPECT_FALSE(NSWorkspace::sharedWorkspace().openURL(QUrl(u"https://example.org/"_qs)));
+    EXPECT_FALSE(NSWorkspace::sharedWorkspace().openURL(QUrl(u"https://example.org/"_s)));
 }
 
 TEST_F(Desktop, WithoutABusTheFolderIsOpened) {
     qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + dir.path().toUtf8() + "/absent");
     if (QDBusConnection::sessionBus().isConnected())
         GTEST_SKIP() << "this process has met a bus before";
-    NSWorkspace::sharedWorkspace().selectFiles({u"/a/b"_qs});
+    NSWorkspace::sharedWorkspace().selectFiles({u"/a/b"_s});
     EXPECT_TRUE(waitForOpened("file:///a\n"));
 }
 
 TEST_F(Desktop, PagesAndDraftsGoToTheDesktopsHandler) {
-    const QUrl draft = NSWorkspace::mailDraft(u"a+b@example.org"_qs, u"ClipHeave"_qs,
-                                              u"Tom & J\u00FCrgen=100%?\n#1"_qs);
+    const QUrl draft = NSWorkspace::mailDraft(u"a+b@example.org"_s, u"ClipHeave"_s,
+                                              u"Tom & J\u00FCrgen=100%?\n#1"_s);
     const QByteArray expected = "mailto:a%2Bb@example.org?SUBJECT=ClipHeave&BODY="
                                 "Tom%20%26%20J%C3%BCrgen%3D100%25%3F%0A%231";
     EXPECT_EQ(draft.toEncoded(), expected);
     EXPECT_TRUE(NSWorkspace::sharedWorkspace().openURL(draft));
     EXPECT_TRUE(waitForOpened(expected + '\n'));
-    EXPECT_FALSE(NSWorkspace::sharedWorkspace().openURL(QUrl(u"--help"_qs)));
+    EXPECT_FALSE(NSWorkspace::sharedWorkspace().openURL(QUrl(u"--help"_s)));
     qputenv("PATH", "/nowhere");
     EXPECT_FALSE(NSWorkspace::sharedWorkspace().openURL(draft));
 }
@@ -169,11 +169,11 @@ TEST_F(Desktop, PagesAndDraftsGoToTheDesktopsHandler) {
 TEST_F(Desktop, TheVideosFolderIsTheUsersOwn) {
     qputenv("HOME", dir.path().toUtf8());
     qputenv("XDG_CONFIG_HOME", dir.path().toUtf8() + "/config");
-    EXPECT_EQ(videosFolder(), dir.path(u"Videos"_qs));
-    dir.write(u"config/user-dirs.dirs"_qs, "XDG_VIDEOS_DIR=\"$HOME/Filme \xC3\xBC\"\n");
-    EXPECT_EQ(videosFolder(), dir.path(u"Filme \u00FC"_qs));
-    dir.write(u"config/user-dirs.dirs"_qs, "XDG_VIDEOS_DIR=\"$HOME/\"\n");
-    EXPECT_EQ(videosFolder(), dir.path(u"Videos"_qs));
+    EXPECT_EQ(videosFolder(), dir.path("Videos"));
+    dir.write("config/user-dirs.dirs", "XDG_VIDEOS_DIR=\"$HOME/Filme \xC3\xBC\"\n");
+    EXPECT_EQ(videosFolder(), dir.path("Filme \u00FC"));
+    dir.write("config/user-dirs.dirs", "XDG_VIDEOS_DIR=\"$HOME/\"\n");
+    EXPECT_EQ(videosFolder(), dir.path("Videos"));
     EXPECT_EQ(loginName(),
-              QString::fromUtf8(testkit::run(u"/usr/bin/id"_qs, {u"-un"_qs}).out.trimmed()));
+              QString::fromUtf8(testkit::run(u"/usr/bin/id"_s, {u"-un"_s}).out.trimmed()));
 }

@@ -4,8 +4,6 @@
 #include "platform/media/export/av_asset_export_session.h"
 #include "platform/media/model/media_engine.h"
 
-#include <QDir>
-
 #include <atomic>
 #include <future>
 
@@ -20,16 +18,16 @@ protected:
     QString makeSource(qsizetype size = 4000) {
         HandMade media;
         media.payload.resize(size, 'x');
-        return m_dir.write(QStringLiteral("source.mp4"), media.bytes());
+        return m_dir.write("source.mp4", media.bytes());
     }
     std::unique_ptr<AVAssetExportSession> session(const QString& source, const QString& target,
                                                   const char16_t* preset) {
         auto asset = AVURLAsset::assetWithPath(source);
-        EXPECT_TRUE(asset) << asset.error().text().toStdString();
+        EXPECT_TRUE(asset) << asset.error().text();
         auto made = std::make_unique<AVAssetExportSession>(*asset, QString::fromUtf16(preset));
         made->setOutputPath(target.isEmpty() ? target : m_dir.path(target));
         made->setOutputFileType(QString::fromUtf16(AVFileTypeAppleM4V));
-        made->setMetadata(Items{newItem("itsk/%A9nam", QStringLiteral("T"))});
+        made->setMetadata(Items{newItem("itsk/%A9nam", u"T"_s)});
         return made;
     }
     static Status exported(AVAssetExportSession& session) {
@@ -45,13 +43,11 @@ protected:
 
 TEST_F(Export, GoesThroughItsStatesToAWholeFile) {
     const QString source = makeSource();
-    const auto one = session(source, QStringLiteral("t.mp4"), AVAssetExportPresetPassthrough);
+    const auto one = session(source, u"t.mp4"_s, AVAssetExportPresetPassthrough);
     EXPECT_EQ(one->status(), Status::Unknown);
     EXPECT_EQ(exported(*one), Status::Completed);
     EXPECT_EQ(one->progress(), 1);
-    EXPECT_EQ(
-        shown(readItems(m_dir.path(QStringLiteral("t.mp4"))), {QStringLiteral("itsk/%A9nam")}),
-        QStringLiteral("T"));
+    EXPECT_EQ(shown(readItems(m_dir.path("t.mp4")), {u"itsk/%A9nam"_s}), u"T");
     bool again = false; // one session is one export
     one->exportAsynchronouslyWithCompletionHandler([&] { again = true; });
     AVAssetExportSession::waitForAllExports();
@@ -67,7 +63,7 @@ TEST_F(Export, RefusesWhatItCannotDo) {
         EXPECT_EQ(exported(*one), Status::Failed);
         return one->error().code;
     };
-    const QString target = QStringLiteral("t.mp4");
+    const QString target = u"t.mp4"_s;
     EXPECT_EQ(codeOf(u"High", target, AVFileTypeMPEG4), ErrorCode::InvalidArgument);
     EXPECT_EQ(codeOf(u"AVAssetExportPresetLowQuality", target, AVFileTypeMPEG4),
               ErrorCode::InvalidData);
@@ -75,13 +71,12 @@ TEST_F(Export, RefusesWhatItCannotDo) {
               ErrorCode::InvalidArgument);
     EXPECT_EQ(codeOf(AVAssetExportPresetPassthrough, {}, AVFileTypeMPEG4),
               ErrorCode::InvalidArgument);
-    EXPECT_EQ(codeOf(AVAssetExportPresetPassthrough, QStringLiteral("source.mp4"), AVFileTypeMPEG4),
+    EXPECT_EQ(codeOf(AVAssetExportPresetPassthrough, u"source.mp4"_s, AVFileTypeMPEG4),
               ErrorCode::InvalidArgument);
-    EXPECT_EQ(
-        codeOf(AVAssetExportPresetPassthrough, QStringLiteral("no/folder/t.mp4"), AVFileTypeMPEG4),
-        ErrorCode::NotFound);
+    EXPECT_EQ(codeOf(AVAssetExportPresetPassthrough, u"no/folder/t.mp4"_s, AVFileTypeMPEG4),
+              ErrorCode::NotFound);
     EXPECT_EQ(TempDir::read(source), before);
-    EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    EXPECT_EQ(m_dir.files().size(), 1);
 }
 
 TEST_F(Export, CancelsWhatWaitsAndWhatRuns) {
@@ -97,8 +92,7 @@ TEST_F(Export, CancelsWhatWaitsAndWhatRuns) {
         sessions.back()->exportAsynchronouslyWithCompletionHandler([gate] { gate.wait(); });
     }
     for (int i = 0; i < 8; ++i) {
-        sessions.push_back(
-            session(source, QStringLiteral("t%1").arg(i), AVAssetExportPresetPassthrough));
+        sessions.push_back(session(source, u"t%1"_s.arg(i), AVAssetExportPresetPassthrough));
         sessions.back()->exportAsynchronouslyWithCompletionHandler([&] { ++ended; });
     }
     EXPECT_EQ(sessions.back()->status(), Status::Waiting);
@@ -110,7 +104,7 @@ TEST_F(Export, CancelsWhatWaitsAndWhatRuns) {
     AVAssetExportSession::cancelAllExports();
     AVAssetExportSession::waitForAllExports();
     EXPECT_EQ(ended, 8);
-    const QStringList files = QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden);
+    const QStringList files = m_dir.files();
     qsizetype completed = 0;
     for (const auto& one : sessions)
         completed += one->status() == Status::Completed ? 1 : 0;
@@ -124,8 +118,7 @@ TEST_F(Export, RunsManyAtOnce) {
     std::vector<std::unique_ptr<AVAssetExportSession>> sessions;
     std::atomic<int> completed = 0;
     for (int i = 0; i < 40; ++i) {
-        sessions.push_back(
-            session(source, QStringLiteral("t%1").arg(i), AVAssetExportPresetPassthrough));
+        sessions.push_back(session(source, u"t%1"_s.arg(i), AVAssetExportPresetPassthrough));
         AVAssetExportSession* one = sessions.back().get();
         one->exportAsynchronouslyWithCompletionHandler([one, &completed] {
             completed += one->status() == Status::Completed && one->progress() == 1 ? 1 : 0;
@@ -137,14 +130,14 @@ TEST_F(Export, RunsManyAtOnce) {
 
 TEST_F(Export, TakesOtherContainersThroughTheEngine) {
     if (const auto engine = mediaEngine(); !engine)
-        GTEST_SKIP() << engine.error().text().toStdString();
-    const QString source = encode(m_dir, QStringLiteral("s.mkv"), "-metadata title=Oldtitle");
-    const auto one = session(source, QStringLiteral("t.mp4"), AVAssetExportPresetPassthrough);
-    ASSERT_EQ(exported(*one), Status::Completed) << one->error().text().toStdString();
-    const QByteArray bytes = TempDir::read(m_dir.path(QStringLiteral("t.mp4")));
+        GTEST_SKIP() << engine.error().text();
+    const QString source = encode(m_dir, u"s.mkv"_s, "-metadata title=Oldtitle");
+    const auto one = session(source, u"t.mp4"_s, AVAssetExportPresetPassthrough);
+    ASSERT_EQ(exported(*one), Status::Completed) << one->error().text();
+    const QByteArray bytes = TempDir::read(m_dir.path("t.mp4"));
     EXPECT_FALSE(bytes.contains("Oldtitle"));
     EXPECT_EQ(pieces(payloadAt(bytes, "moov")).size(), 4); // mvhd, two tracks, udta
-    EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
+    EXPECT_EQ(m_dir.files().size(), 2);
 }
 
 } // namespace

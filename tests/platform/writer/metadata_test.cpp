@@ -6,21 +6,15 @@ using namespace writertest;
 
 namespace {
 
-const QString kOld = QStringLiteral("old"), kNew = QStringLiteral("new");
+const QString kOld = u"old"_s, kNew = u"new"_s;
 
 /// A source with an old text under everything that feeds a field of the record.
 HandMade fullSource(const QByteArray& brand) {
     HandMade media;
     media.brand = brand;
     QByteArray list;
-    for (const char* code : {"\xA9nam", "\xA9pub", "cprt",
-                             "\xA9"
-                             "des",
-                             "\xA9"
-                             "dir",
-                             "\xA9prf", "\xA9prd",
-                             "\xA9"
-                             "day"})
+    for (const char* code :
+         {"\xA9nam", "\xA9pub", "cprt", "\251des", "\251dir", "\xA9prf", "\xA9prd", "\251day"})
         list += listText(code, "old");
     media.udta = listMeta(list) + fullBox("dscp", be(0x55C4, 2) + QByteArray("old\0", 4)) +
                  box("date", "2001-01-01") + locationBox(10.5, 20.5) +
@@ -45,27 +39,22 @@ void PrintTo(const FieldCase& field, std::ostream* out) {
 }
 class Fields : public testing::TestWithParam<FieldCase> {};
 
-const QString kKeys = QStringLiteral("mdta/com.apple.quicktime.");
+const QString kKeys = u"mdta/com.apple.quicktime."_s;
 INSTANTIATE_TEST_SUITE_P(
     Writer, Fields,
     testing::Values(
-        FieldCase{"itsk/%A9nam", QStringLiteral("itsk/%A9nam")},
-        FieldCase{"common/publisher", kKeys + QStringLiteral("publisher itsk/%A9pub")},
-        FieldCase{"common/copyrights", kKeys + QStringLiteral("copyright itsk/cprt")},
-        FieldCase{"common/description",
-                  kKeys + QStringLiteral("description itsk/%A9des uiso/dscp")},
-        FieldCase{"mdta/com.apple.quicktime.director",
-                  kKeys + QStringLiteral("director itsk/%A9dir")},
-        FieldCase{"mdta/com.apple.quicktime.performer",
-                  kKeys + QStringLiteral("performer itsk/%A9prf")},
+        FieldCase{"itsk/%A9nam", u"itsk/%A9nam"_s},
+        FieldCase{"common/publisher", kKeys + u"publisher itsk/%A9pub"_s},
+        FieldCase{"common/copyrights", kKeys + u"copyright itsk/cprt"_s},
+        FieldCase{"common/description", kKeys + u"description itsk/%A9des uiso/dscp"_s},
+        FieldCase{"mdta/com.apple.quicktime.director", kKeys + u"director itsk/%A9dir"_s},
+        FieldCase{"mdta/com.apple.quicktime.performer", kKeys + u"performer itsk/%A9prf"_s},
         FieldCase{"mdta/com.apple.quicktime.producer",
-                  kKeys +
-                      QStringLiteral("producer itsk/%A9prd mdta/com.apple.proapps.manufacturer")},
-        FieldCase{"mdta/com.apple.quicktime.keywords",
-                  kKeys + QStringLiteral("keywords udta/%A9key")},
-        FieldCase{"uiso/date", kKeys + QStringLiteral("creationdate uiso/date")},
-        FieldCase{"udta/date", kKeys + QStringLiteral("creationdate uiso/date")},
-        FieldCase{"common/creationDate", kKeys + QStringLiteral("creationdate uiso/date")}));
+                  kKeys + u"producer itsk/%A9prd mdta/com.apple.proapps.manufacturer"_s},
+        FieldCase{"mdta/com.apple.quicktime.keywords", kKeys + u"keywords udta/%A9key"_s},
+        FieldCase{"uiso/date", kKeys + u"creationdate uiso/date"_s},
+        FieldCase{"udta/date", kKeys + u"creationdate uiso/date"_s},
+        FieldCase{"common/creationDate", kKeys + u"creationdate uiso/date"_s}));
 
 /// As Save does it: the new item, then the source's but its namesakes.
 Items merged(const Items& news, const Items& source) {
@@ -85,18 +74,18 @@ TEST_P(Fields, ShowWhatWasTypedInEveryContainer) {
                                  OutputContainer::QuickTimeMovie}) {
         for (const QByteArray brand : {"qt  ", "isom"}) {
             const TempDir dir;
-            const QString source = dir.write(QStringLiteral("s"), fullSource(brand).bytes());
-            const QString target = dir.path(QStringLiteral("t"));
+            const QString source = dir.write("s", fullSource(brand).bytes());
+            const QString target = dir.path("t");
             const Items old = readItems(source);
             ASSERT_GE(old.size(), 22);
-            for (const QString& text : {kNew, QString(QLatin1String(""))}) {
+            for (const QString& text : {kNew, QString(""_L1)}) {
                 const Items list = merged({newItem(GetParam().identifier, text)}, old);
                 ASSERT_TRUE(write(source, target, list, container));
                 const Items now = readItems(target);
                 EXPECT_EQ(shown(now, GetParam().readFrom.split(u' ')), text);
                 // Nothing else has gone.
                 EXPECT_GE(now.size(), old.size() - 3);
-                EXPECT_EQ(shown(now, {kKeys + QStringLiteral("make")}), kOld);
+                EXPECT_EQ(shown(now, {kKeys + u"make"_s}), kOld);
             }
         }
     }
@@ -117,8 +106,8 @@ TEST(Lists, UnchangedItemsComeAcrossByteForByte) {
                          box("data", be(13, 4) + be(0, 4) + QByteArray("\xFF\xD8\xFF\xE0 one")) +
                              box("data", be(13, 4) + be(0, 4) + QByteArray("\xFF\xD8\xFF two"))) +
                      box("trkn", box("data", be(0, 8) + be(0x0003'0009, 6) + be(0, 2)))));
-        const QString source = dir.write(QStringLiteral("s"), media.bytes());
-        const QString target = dir.path(QStringLiteral("t"));
+        const QString source = dir.write("s", media.bytes());
+        const QString target = dir.path("t");
         const auto container =
             brand == "qt  " ? OutputContainer::QuickTimeMovie : OutputContainer::M4V;
         ASSERT_TRUE(write(source, target, readItems(source), container));
@@ -153,8 +142,8 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
     media.beforeMedia =
         box("uuid", QByteArray::fromHex("BE7ACFCB97A942E89C71999491E3AFAC") + "Secret");
     media.afterAll = box("free", "Secret of an earlier edit");
-    const QString source = dir.write(QStringLiteral("s"), media.bytes());
-    const QString target = dir.path(QStringLiteral("t"));
+    const QString source = dir.write("s", media.bytes());
+    const QString target = dir.path("t");
     const auto remove = [&](const Items& blanks, bool ofVideo) {
         PassthroughRequest request;
         request.source = source;
@@ -171,8 +160,8 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
     };
     for (const Items& list : {Items{newItem("itsk/%A9nam", {})}, Items{}}) {
         EXPECT_EQ(remove(list, true), Notes{kLocationKept});
-        EXPECT_EQ(shown(readItems(target), {kKeys + QStringLiteral("location.ISO6709")}),
-                  QStringLiteral("+33.0000+044.0000+000.000/"));
+        EXPECT_EQ(shown(readItems(target), {kKeys + u"location.ISO6709"_s}),
+                  u"+33.0000+044.0000+000.000/");
         EXPECT_TRUE(TempDir::read(target).contains("loci"));
         EXPECT_TRUE(TempDir::read(target).contains("+11.0000+022.0000/"));
     }
@@ -187,13 +176,12 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
     ASSERT_TRUE(write(source, target, Items{newItem("itsk/%A9nam", {})}));
     EXPECT_EQ(TempDir::read(target).count("Secret"), 5);
     // Save names it by carrying it: a new one takes the place of every other form.
-    ASSERT_TRUE(write(source, target,
-                      merged({newItem("uiso/loci", QStringLiteral("+31.2304-121.4737+12.5"))},
-                             readItems(source))));
+    ASSERT_TRUE(
+        write(source, target,
+              merged({newItem("uiso/loci", u"+31.2304-121.4737+12.5"_s)}, readItems(source))));
     const Items now = readItems(target);
-    EXPECT_EQ(shown(now, {QStringLiteral("uiso/loci"), kKeys + QStringLiteral("location.ISO6709"),
-                          QStringLiteral("uiso/%A9xyz")}),
-              QStringLiteral("+31.2304-121.4737+012.500/"));
+    EXPECT_EQ(shown(now, {u"uiso/loci"_s, kKeys + u"location.ISO6709"_s, u"uiso/%A9xyz"_s}),
+              u"+31.2304-121.4737+012.500/");
     EXPECT_FALSE(TempDir::read(target).contains("ISO6709"));
 }
 
@@ -224,11 +212,10 @@ TEST(Rendering, OfNewItems) {
     EXPECT_EQ(position("nowhere"), "");
     auto keywords = newItem("mdta/com.apple.quicktime.keywords", {});
     keywords.value = QByteArray("a, b");
-    keywords.dataType = QStringLiteral("com.apple.metadata.datatype.raw-data");
+    keywords.dataType = u"com.apple.metadata.datatype.raw-data"_s;
     EXPECT_TRUE(boxOf(keywords, "moov/meta/ilst").endsWith(be(0, 8) + "a, b"));
     EXPECT_EQ(boxOf(newItem("mdta/com.apple.quicktime.director", text("D")),
-                    "moov/udta/meta/ilst/\xA9"
-                    "dir/data"),
+                    "moov/udta/meta/ilst/\251dir/data"),
               be(1, 4) + be(0, 4) + "D");
     EXPECT_TRUE(boxOf(newItem("common/publisher", text("P")), "moov/meta/keys",
                       OutputContainer::QuickTimeMovie)
@@ -238,22 +225,20 @@ TEST(Rendering, OfNewItems) {
     artwork.value = QByteArray("II*\0 tiff", 9);
     HandMade media;
     media.udta = listMeta(listText("covr", "\xFF\xD8\xFF old picture"));
-    const QString source = dir.write(QStringLiteral("s"), media.bytes());
-    const auto refused =
-        write(source, dir.path(QStringLiteral("t")), merged({artwork}, readItems(source)));
+    const QString source = dir.write("s", media.bytes());
+    const auto refused = write(source, dir.path("t"), merged({artwork}, readItems(source)));
     ASSERT_TRUE(refused);
     EXPECT_EQ(refused->notes.size(), 1);
-    EXPECT_TRUE(TempDir::read(dir.path(QStringLiteral("t"))).contains("old picture"));
+    EXPECT_TRUE(TempDir::read(dir.path("t")).contains("old picture"));
     artwork.value = QByteArray("\x89PNG new");
-    ASSERT_TRUE(write(source, dir.path(QStringLiteral("t")), merged({artwork}, readItems(source))));
-    EXPECT_EQ(
-        payloadAt(TempDir::read(dir.path(QStringLiteral("t"))), "moov/udta/meta/ilst/covr/data"),
-        be(14, 4) + be(0, 4) + "\x89PNG new");
+    ASSERT_TRUE(write(source, dir.path("t"), merged({artwork}, readItems(source))));
+    EXPECT_EQ(payloadAt(TempDir::read(dir.path("t")), "moov/udta/meta/ilst/covr/data"),
+              be(14, 4) + be(0, 4) + "\x89PNG new");
 }
 
 TEST(Rendering, WritesOneBoxForSeveralItemsOfOnePlace) {
     const TempDir dir;
-    const QString date = QStringLiteral("2020:01:31 10:00:00");
+    const QString date = u"2020:01:31 10:00:00"_s;
     auto nameless = newItem("uiso/date", date);
     nameless.identifier.clear(); // key space and key stand for it
     const Items list{nameless,
@@ -269,7 +254,7 @@ TEST(Rendering, WritesOneBoxForSeveralItemsOfOnePlace) {
     EXPECT_EQ(bytes.count("old"), 1); // the album
     // Languages of a key stand side by side.
     auto english = newItem("mdta/com.apple.quicktime.title", kOld);
-    english.extendedLanguageTag = QStringLiteral("en-US");
+    english.extendedLanguageTag = u"en-US"_s;
     const QByteArray both =
         rewritten(dir, HandMade().bytes(),
                   Items{english, newItem("mdta/com.apple.quicktime.title", kNew), english});

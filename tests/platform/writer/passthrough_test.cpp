@@ -3,7 +3,6 @@
 
 #include "platform/isobmff/write/write_layout.h"
 
-#include <QDir>
 #include <QtEndian>
 
 #include <csignal>
@@ -14,7 +13,7 @@ using namespace writertest;
 
 namespace {
 
-const QString kNewTitle = QStringLiteral("A new title, ünïcode");
+const QString kNewTitle = u"A new title, ünïcode"_s;
 const Items kTitleOnly{newItem("itsk/%A9nam", kNewTitle)};
 
 struct EncodedCase {
@@ -53,11 +52,11 @@ TEST_P(EncodedFiles, KeepEverythingButTheMetadata) {
     const QByteArray before = TempDir::read(source), hash = mediaHash(source);
     ASSERT_FALSE(hash.isEmpty());
     for (const bool moovFirst : {false, true}) {
-        const QString target = dir.path(QStringLiteral("out-") + name);
+        const QString target = dir.path(u"out-"_s + name);
         const auto outcome =
             write(source, target, kTitleOnly,
                   moovFirst ? OutputContainer::M4V : OutputContainer::QuickTimeMovie, moovFirst);
-        ASSERT_TRUE(outcome) << outcome.error().text().toStdString();
+        ASSERT_TRUE(outcome) << outcome.error().text();
         EXPECT_THAT(outcome->notes, testing::ElementsAre(kLocationKept));
         const QByteArray after = TempDir::read(target);
         EXPECT_EQ(mediaHash(target), hash);
@@ -177,12 +176,10 @@ TEST(Offsets, OfOtherFilesStayAndThoseOfNowhereFail) {
     media.moovFirst = true;
     QByteArray source = media.bytes();
     source.replace(source.indexOf("stco") + 12, 4, be(0x7FFF'FFFF, 4));
-    const auto outcome =
-        write(dir.write(QStringLiteral("s"), source), dir.path(QStringLiteral("t")), grown);
+    const auto outcome = write(dir.write("s", source), dir.path("t"), grown);
     ASSERT_FALSE(outcome);
     EXPECT_EQ(outcome.error().code, ErrorCode::InvalidData);
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).join(u' '),
-              QStringLiteral("s"));
+    EXPECT_EQ(dir.files().join(u' '), u"s");
     const auto tableOf = [](const QByteArray& bytes) {
         return payloadAt(bytes, "moov/trak/mdia/minf/stbl/stco");
     };
@@ -202,9 +199,9 @@ TEST(Sources, ThatCannotBeWrittenSayWhy) {
     const TempDir dir;
     HandMade media;
     const auto codeOf = [&](const QByteArray& bytes) {
-        const QString target = dir.path(QStringLiteral("t"));
-        const auto outcome = write(dir.write(QStringLiteral("s"), bytes), target, kTitleOnly);
-        EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+        const QString target = dir.path("t");
+        const auto outcome = write(dir.write("s", bytes), target, kTitleOnly);
+        EXPECT_EQ(dir.files().size(), 1);
         return outcome ? ErrorCode::Io : outcome.error().code;
     };
     EXPECT_EQ(codeOf({}), ErrorCode::InvalidData);
@@ -214,8 +211,8 @@ TEST(Sources, ThatCannotBeWrittenSayWhy) {
     EXPECT_EQ(codeOf(media.bytes()), ErrorCode::NotSupported);
     media.moreMoov = be(500, 4) + "over";
     EXPECT_EQ(codeOf(media.bytes()), ErrorCode::InvalidData);
-    const QString path = dir.write(QStringLiteral("s"), HandMade().bytes());
-    const auto same = write(path, dir.path(QStringLiteral("./s")), kTitleOnly);
+    const QString path = dir.write("s", HandMade().bytes());
+    const auto same = write(path, dir.path("./s"), kTitleOnly);
     EXPECT_EQ(same ? ErrorCode::Io : same.error().code, ErrorCode::InvalidArgument);
     EXPECT_EQ(TempDir::read(path), HandMade().bytes());
 }
@@ -243,11 +240,11 @@ TEST(Interrupted, WritesLeaveNothing) {
     const TempDir dir;
     HandMade media;
     media.payload.resize(3'000'000, 'x');
-    const QString source = dir.write(QStringLiteral("s"), media.bytes());
-    const auto files = [&] { return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden); };
+    const QString source = dir.write("s", media.bytes());
+    const auto files = [&] { return dir.files(); };
     PassthroughRequest request;
     request.source = source;
-    request.target = dir.path(QStringLiteral("t"));
+    request.target = dir.path("t");
     request.metadata = kTitleOnly;
     double last = 0;
     request.progress = [&](double done) {
@@ -258,7 +255,7 @@ TEST(Interrupted, WritesLeaveNothing) {
     const auto cancelled = writePassthrough(request);
     ASSERT_FALSE(cancelled);
     EXPECT_EQ(cancelled.error().code, ErrorCode::Cancelled);
-    EXPECT_EQ(files(), QStringList{QStringLiteral("s")});
+    EXPECT_EQ(files(), QStringList{u"s"_s});
 
     request.progress = {};
     rlimit old{};
@@ -270,7 +267,7 @@ TEST(Interrupted, WritesLeaveNothing) {
     ::setrlimit(RLIMIT_FSIZE, &old);
     ::signal(SIGXFSZ, handler);
     EXPECT_FALSE(full);
-    EXPECT_EQ(files(), QStringList{QStringLiteral("s")});
+    EXPECT_EQ(files(), QStringList{u"s"_s});
     EXPECT_TRUE(writePassthrough(request));
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/platform/writer/writer_kit.h"
 
+#include "tests/testkit/items.h"
+
 #include <QtEndian>
 
 #include <algorithm>
@@ -184,8 +186,7 @@ QByteArray locationBox(double latitude, double longitude) {
 }
 
 AVMetadataItem newItem(const char* identifier, const QString& text) {
-    const QString name = QString::fromLatin1(identifier);
-    return AVMetadataItem::make(name.section(u'/', 0, 0), name.section(u'/', 1), name, text);
+    return testkit::itemOf(QString::fromLatin1(identifier), text);
 }
 
 Items readItems(const QString& path) {
@@ -218,9 +219,8 @@ Result<PassthroughOutcome> write(const QString& source, const QString& target,
 
 QByteArray rewritten(const TempDir& dir, const QByteArray& source,
                      const std::optional<Items>& items, OutputContainer container, bool moovFirst) {
-    const QString target = dir.path(QStringLiteral("rewritten"));
-    const auto outcome =
-        write(dir.write(QStringLiteral("source"), source), target, items, container, moovFirst);
+    const QString target = dir.path("rewritten");
+    const auto outcome = write(dir.write("source", source), target, items, container, moovFirst);
     return outcome ? TempDir::read(target) : QByteArray();
 }
 
