@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/audio_plans.h"
 
+#include "media/fields.h"
 #include "metadata/metadata_keys.h"
 
 #include <QSet>
@@ -11,58 +12,61 @@ namespace clipheave::metadata {
 
 namespace {
 
-using media::AudioPaneTexts;
-using media::AudioShownTexts;
 using platform::AVMetadataItem;
 using platform::Id3TextFrame;
 
 constexpr char16_t kKeySpaceId3[] = u"org.id3";
 constexpr char16_t kBandIdentifier[] = u"id3/TPE2";
 
-/// One text field of the audio pane and where each writer puts it; null: nowhere.
+/// One text field of the audio pane and where each writer puts it.
 struct AudioTextRow {
-    QString AudioPaneTexts::*pane;
-    QString AudioShownTexts::*old;
+    const media::Field* field;
     platform::ID3_WrittenFrame frame;
-    const char16_t* keySpace;
-    const char16_t* key;
-    const char16_t* identifier;
-    const char16_t* flacKey;
     const char16_t* dictionaryKey;
+    media::WrittenItem item{};         ///< empty: the one of a video
+    const char16_t* flacKey = nullptr; ///< null: nowhere
+
+    [[nodiscard]] const media::WrittenItem& written() const {
+        return item.identifier ? item : field->written;
+    }
 };
 
+consteval AudioTextRow rowOf(const char* name, platform::ID3_WrittenFrame frame,
+                             const char16_t* dictionaryKey, media::WrittenItem item = {}) {
+    const media::Field& field = media::fieldNamed(name);
+    return {&field, frame, dictionaryKey, item, field.infoKey};
+}
+
+constexpr AudioTextRow withFlacKey(AudioTextRow row, const char16_t* key) {
+    row.flacKey = key;
+    return row;
+}
+
 // In the order in which every writer builds them.
-constexpr std::array<AudioTextRow, 13> kAudioTextRows{{
-    {&AudioPaneTexts::titlelab, &AudioShownTexts::oldTitleStr, platform::ID3FID_TITLE_,
-     kKeySpaceITunes, u"title", u"itsk/%A9nam", u"title", u"Title"},
-    {&AudioPaneTexts::subtitlelab, &AudioShownTexts::oldSubtitleStr, platform::ID3FID_SUBTITLE_,
-     kKeySpaceITunes, u"title", u"itsk/%A9st3", u"subtitle", u"Subtitle"},
-    {&AudioPaneTexts::abulmlab, &AudioShownTexts::oldAlbumStr, platform::ID3FID_ALBUM_,
-     kKeySpaceITunes, u"albumName", u"itsk/%A9alb", u"album", u"Album"},
-    {&AudioPaneTexts::artistlab, &AudioShownTexts::oldArtistStr, platform::ID3FID_LEADARTIST_,
-     kKeySpaceITunes, u"artist", u"itsk/%A9ART", u"artist", u"Artist"},
-    {&AudioPaneTexts::ablumAristlab, &AudioShownTexts::oldAlbumArtistStr,
-     platform::ID3FID_TRACKNUM_, kKeySpaceITunes, u"trkn", u"itsk/trkn", nullptr, u"Track Number"},
-    {&AudioPaneTexts::composerlab, &AudioShownTexts::oldComposerStr, platform::ID3FID_COMPOSER_,
-     kKeySpaceITunes, u"\u00A9wrt", u"itsk/%A9wrt", u"composer", u"Composer"},
-    {&AudioPaneTexts::recordDatelab, &AudioShownTexts::oldRecordDateStr,
-     platform::ID3FID_RECORDINGDATES_, AVMetadataKeySpaceCommon, u"creationDate",
-     u"common/creationDate", u"recorded date", u"Record Date"},
-    {&AudioPaneTexts::releaseYearlab, &AudioShownTexts::oldReleaseYearStr, platform::ID3FID_YEAR_,
-     kKeySpaceITunes, u"\u00A9day", u"itsk/%A9day", u"year", u"Release Year"},
-    {&AudioPaneTexts::copyrightlab, &AudioShownTexts::oldCopyrightStr, platform::ID3FID_COPYRIGHT_,
-     AVMetadataKeySpaceCommon, AVMetadataCommonKeyCopyrights, u"common/copyrights", u"copyright",
-     u"Copyright"},
-    {&AudioPaneTexts::publishlab, &AudioShownTexts::oldPublisherStr, platform::ID3FID_PUBLISHER_,
-     AVMetadataKeySpaceCommon, AVMetadataCommonKeyPublisher, u"common/publisher", nullptr,
-     u"Publisher"},
-    {&AudioPaneTexts::bandlab, &AudioShownTexts::oldBandStr, platform::ID3FID_BAND_, kKeySpaceId3,
-     u"TPE2", kBandIdentifier, nullptr, u"Band"},
-    {&AudioPaneTexts::commentslab, &AudioShownTexts::oldCommentStr, platform::ID3FID_COMMENT_,
-     kKeySpaceITunes, u"\u00A9cmt", u"itsk/%A9cmt", u"comments", u"Comments"},
-    {&AudioPaneTexts::lyricslab, &AudioShownTexts::oldLyricStr, platform::ID3FID_LYRICIST_,
-     kKeySpaceITunes, u"\u00A9lyr", u"itsk/%A9lyr", u"lyricist", u"Lyrics"},
-}};
+constexpr std::array kAudioTextRows{
+    rowOf("title", platform::ID3FID_TITLE_, u"Title"),
+    rowOf("subtitle", platform::ID3FID_SUBTITLE_, u"Subtitle",
+          {kKeySpaceITunes, u"title", u"itsk/%A9st3"}),
+    rowOf("album", platform::ID3FID_ALBUM_, u"Album"),
+    rowOf("artist", platform::ID3FID_LEADARTIST_, u"Artist"),
+    withFlacKey(rowOf("albumArtist", platform::ID3FID_TRACKNUM_, u"Track Number",
+                      {kKeySpaceITunes, u"trkn", u"itsk/trkn"}),
+                nullptr),
+    rowOf("composer", platform::ID3FID_COMPOSER_, u"Composer",
+          {kKeySpaceITunes, u"\u00A9wrt", u"itsk/%A9wrt"}),
+    withFlacKey(rowOf("recorded", platform::ID3FID_RECORDINGDATES_, u"Record Date",
+                      {AVMetadataKeySpaceCommon, u"creationDate", u"common/creationDate"}),
+                u"recorded date"),
+    rowOf("year", platform::ID3FID_YEAR_, u"Release Year",
+          {kKeySpaceITunes, u"\u00A9day", u"itsk/%A9day"}),
+    rowOf("copyright", platform::ID3FID_COPYRIGHT_, u"Copyright"),
+    rowOf("publisher", platform::ID3FID_PUBLISHER_, u"Publisher"),
+    rowOf("band", platform::ID3FID_BAND_, u"Band", {kKeySpaceId3, u"TPE2", kBandIdentifier}),
+    rowOf("comments", platform::ID3FID_COMMENT_, u"Comments",
+          {kKeySpaceITunes, u"\u00A9cmt", u"itsk/%A9cmt"}),
+    rowOf("lyricist", platform::ID3FID_LYRICIST_, u"Lyrics",
+          {kKeySpaceITunes, u"\u00A9lyr", u"itsk/%A9lyr"}),
+};
 constexpr int kMp3Order[] = {0, 1, 3, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12}; // artist before album
 
 bool isRecordDate(const AudioTextRow& row) {
@@ -72,7 +76,8 @@ bool isRecordDate(const AudioTextRow& row) {
 /// What the pane says, or the date that a writer of dates puts in its place.
 const QString& textOf(const AudioTextRow& row, const media::AudioPane& pane,
                       const QString& recordDate) {
-    return isRecordDate(row) && !recordDate.isNull() ? recordDate : pane.texts.*row.pane;
+    return isRecordDate(row) && !recordDate.isNull() ? recordDate
+                                                     : pane.texts.*row.field->audio.text;
 }
 
 /// The changed fields of the pane: row and text.
@@ -81,7 +86,7 @@ QList<std::pair<const AudioTextRow*, QString>> changedTexts(const media::AudioPa
     QList<std::pair<const AudioTextRow*, QString>> changed;
     for (const AudioTextRow& row : kAudioTextRows) {
         const QString& text = textOf(row, pane, recordDate);
-        if (text != pane.shown.*row.old)
+        if (text != pane.shown.*row.field->audio.shown)
             changed.append({&row, text});
     }
     return changed;
@@ -97,8 +102,9 @@ QList<std::pair<const AudioTextRow*, QString>> presentTexts(const AudioDictionar
 }
 
 AVMetadataItem audioItem(const AudioTextRow& row, const QString& text) {
-    return AVMetadataItem::make(QString::fromUtf16(row.keySpace), QString::fromUtf16(row.key),
-                                QString::fromUtf16(row.identifier), text);
+    const media::WrittenItem& item = row.written();
+    return AVMetadataItem::make(QString::fromUtf16(item.keySpace), QString::fromUtf16(item.key),
+                                QString::fromUtf16(item.identifier), text);
 }
 
 /// MPEG-4 has no frame for the band: players know it as the album artist, and the import finds it
@@ -112,7 +118,7 @@ QList<AVMetadataItem> itemsOfTexts(const QList<std::pair<const AudioTextRow*, QS
     QList<AVMetadataItem> items;
     for (const auto& [row, text] : texts) {
         items.append(audioItem(*row, text));
-        if (row->identifier == kBandIdentifier)
+        if (row->item.identifier == kBandIdentifier)
             items.append(bandByName(text));
     }
     return items;
