@@ -20,25 +20,25 @@ namespace {
 
 using namespace clipheave;
 
+QString tr(const char* text) {
+    return QCoreApplication::translate("main", text);
+}
+
 void addOptions(QCommandLineParser& parser) {
-    parser.setApplicationDescription(
-        QStringLiteral("Batch work on videos, audio files and photos"));
+    parser.setApplicationDescription(tr("Batch work on videos, audio files and photos"));
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addOption({QStringLiteral("grab"), QStringLiteral("Paint a view into a file and end."),
-                      QStringLiteral("FILE.png")});
+    parser.addOption(
+        {QStringLiteral("grab"), tr("Paint a view into a file and end."), tr("FILE.png")});
     parser.addOption({QStringLiteral("view"),
-                      QStringLiteral("With --grab: %1.").arg(app::grabViewNames().join(u", ")),
-                      QStringLiteral("NAME"), QStringLiteral("video")});
-    parser.addOption({QStringLiteral("theme"), QStringLiteral("system, dark or light."),
-                      QStringLiteral("NAME")});
-    parser.addOption({QStringLiteral("size"), QStringLiteral("With --grab: window size."),
-                      QStringLiteral("WxH"), QStringLiteral("1440x900")});
-    parser.addOption({QStringLiteral("config"), QStringLiteral("Preferences file of this run."),
-                      QStringLiteral("FILE")});
-    parser.addPositionalArgument(QStringLiteral("PATH"),
-                                 QStringLiteral("Files and folders to add."),
-                                 QStringLiteral("[PATH…]"));
+                      tr("With --grab: %1.").arg(app::grabViewNames().join(u", ")), tr("NAME"),
+                      QStringLiteral("video")});
+    parser.addOption({QStringLiteral("theme"), tr("system, dark or light."), tr("NAME")});
+    parser.addOption({QStringLiteral("size"), tr("With --grab: window size."), tr("WxH"),
+                      QStringLiteral("1440x900")});
+    parser.addOption({QStringLiteral("config"), tr("Preferences file of this run."), tr("FILE")});
+    parser.addPositionalArgument(QStringLiteral("PATH"), tr("Files and folders to add."),
+                                 tr("[PATH…]"));
 }
 
 /// The one that was asked for, else what the user chose last.
@@ -76,8 +76,7 @@ void useNoScreenWhereNoneIsNeeded(int argc, char** argv) {
 int main(int argc, char** argv) {
     app::installWords();
     useNoScreenWhereNoneIsNeeded(argc, argv);
-    // Local times are asked for thousands of times; without this the zone file is looked at each
-    // time.
+    // Local times are computed thousands of times; without this each checks the zone file.
     if (!qEnvironmentVariableIsSet("TZ"))
         qputenv("TZ", ":/etc/localtime");
     const QApplication application(argc, argv);

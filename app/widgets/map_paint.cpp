@@ -117,8 +117,8 @@ ScaleBar scaleBarFor(double metresPerPixel) {
         }
     const bool far = metres >= 1000;
     return {static_cast<int>(std::lround(metres / metresPerPixel)),
-            QString::number(far ? metres / 1000 : metres, 'g', 6) +
-                (far ? QStringLiteral(" km") : QStringLiteral(" m"))};
+            (far ? MapView::tr("%1 km") : MapView::tr("%1 m"))
+                .arg(QString::number(far ? metres / 1000 : metres, 'g', 6))};
 }
 
 QPainterPath pinShape() {
@@ -147,7 +147,7 @@ void MapView::renderBase() {
     const CoastMap& map = CoastMap::instance();
     if (map.levelCount() > 0) {
         const auto& lines = map.level(map.levelFor(m_scale));
-        // Lines over the date line go on beyond the world, so its neighbours are looked at as well.
+        // Lines over the date line go on beyond the world, so neighbouring copies are checked too.
         const int first = static_cast<int>(std::floor(firstOrigin)) - 1;
         const int last = static_cast<int>(std::floor(firstOrigin + width() / m_scale)) + 1;
         MapStrokes strokes;
