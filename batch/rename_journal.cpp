@@ -152,7 +152,7 @@ Result<RenameJournal> RenameJournal::create(std::vector<JournalMove> moves) {
     auto file = platform::AtomicFile::create(journal.m_path);
     if (!file)
         return tl::unexpected(file.error());
-    // Locked before it has its name: nobody can take it for the journal of a job that has ended.
+    // Locked before it gets its name, so that no process mistakes it for an ended job.
     // The lock belongs to what the two descriptors share.
     journal.m_fd.reset(::fcntl(file->fd(), F_DUPFD_CLOEXEC, 0));
     if (!journal.m_fd || ::fchmod(file->fd(), 0600) != 0 || !lockJournal(file->fd()))

@@ -13,7 +13,7 @@
 
 namespace clipheave::batch {
 
-/// A move that a job was going to make, as far as its journal tells.
+/// A planned move, as far as the journal records it.
 struct JournalMove {
     QString source, target;
     platform::FileIdentity original; ///< the source before the job; unknown: there was none
@@ -22,42 +22,43 @@ struct JournalMove {
     bool failed = false;             ///< the job knows that the file stayed
 };
 
-/// The moves of one job on disk: all of them before the first is made, whatever deviates before it
-/// happens. Lies in the user's state folder, one file a job, kept for the last kKeptJobs. As long
-/// as an object lives, its file is locked against other processes and objects.
+/// Records the moves of one job on disk: all of them before the first is made, and each deviation
+/// before it happens. Each job has a file of its own in the user's state folder; those of the last
+/// kKeptJobs are kept. While an object lives, its file is locked against other processes and
+/// objects.
 ///
-/// The file is lines of words separated by blanks; in names, bytes up to 0x20, 0x7F and "%" stand
-/// as
-/// "%XX". The first line names the format, "move" lines give the plan, the lines after them
-/// ("target", "copy", "back", "stays", "end") are appended as things happen. A line that was not
-/// finished does not count.
+/// The file consists of lines of words separated by blanks; in names, bytes up to 0x20, 0x7F and
+/// "%" are written as "%XX". The first line names the format, "move" lines hold the plan, and the
+/// lines after them ("target", "copy", "back", "stays", "end") are appended as the job goes on. An
+/// unfinished line does not count.
 class RenameJournal {
 public:
     static constexpr std::size_t kKeptJobs = 20;
 
-    /// A new journal with the sources as they are now; on disk when this returns.
+    /// Creates a journal with the identities that the sources have now; it is durable on return.
     [[nodiscard]] static platform::Result<RenameJournal> create(std::vector<JournalMove> moves);
-    /// The journal of the last job. NotFound without any; NotSupported while that job, or an undo
-    /// of it, is still running somewhere.
+    /// Opens the journal of the last job. Fails with NotFound when there is none, with NotSupported
+    /// while that job, or an undo of it, is still running in any process.
     [[nodiscard]] static platform::Result<RenameJournal> openLast();
     [[nodiscard]] static bool anyLeft();
 
     [[nodiscard]] const std::vector<JournalMove>& moves() const { return m_moves; }
 
-    /// Durable when they return: the file will be moved to another name, or is another file, than
-    /// planned; a copy of it is about to appear under its target, or under its old name.
+    /// These record, durably on return, that a file will be moved to another name than planned or
+    /// is another file; that a copy of it is about to appear under its target; and the same under
+    /// its old name.
     [[nodiscard]] platform::Result<void> noteTarget(std::size_t index, const QString& target,
                                                     const platform::FileIdentity& original);
     [[nodiscard]] platform::Result<void> noteCopy(std::size_t index,
                                                   const platform::FileIdentity& copy);
     [[nodiscard]] platform::Result<void> notePutBack(std::size_t index,
                                                      const platform::FileIdentity& copy);
-    /// For what an undo should not mention: best effort.
+    /// Records that the file stayed, so that an undo does not mention it. Best effort.
     void noteStays(std::size_t index);
-    /// The job stopped before the move at `index`.
+    /// Records that the job stopped before the move at `index`. Best effort.
     void noteEnd(std::size_t index);
 
-    /// Removes the file: there is nothing left to take back.
+    /// Removes the file: nothing is left to undo.
     void drop();
 
 private:

@@ -36,7 +36,7 @@ QString inFolder(const QString& folder, const QString& name) {
     return folder + u'/' + name;
 }
 
-/// One spelling for each name, for comparing; links are not looked through.
+/// Returns one spelling for each name, for comparing; links are not resolved.
 QString comparableName(const QString& path) {
     for (qsizetype i = 1; i < path.size(); ++i)
         if (path[i - 1] == u'/' && (path[i] == u'/' || path[i] == u'.'))
@@ -66,7 +66,7 @@ private:
     QHash<QString, bool> m_changed; ///< taken or left by a move
 };
 
-/// What one item is to be called, before anyone looks at the disk.
+/// The new name of one item, before the disk is asked whether it is free.
 struct NewName {
     QString target, retry; ///< no retry: null
     RenameNote note = RenameNote::None;

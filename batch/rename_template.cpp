@@ -55,7 +55,7 @@ constexpr std::array kTagWords = {
     TagWord{QLatin1String("Existing File Name"), nullptr, &existingName},
 };
 
-/// A date layout: the order of the date's pieces and what stands between them.
+/// A date layout: the order of year, month and day, and the separators.
 struct DateLayout {
     QLatin1String title;
     std::array<qsizetype, 3> order; ///< of year, month, day
@@ -81,9 +81,9 @@ QString laidOut(const DateLayout& layout, const QStringList& date, const QString
         date[layout.order[0]] + between + date[layout.order[1]] + between + date[layout.order[2]];
     if (!layout.timeSeparator)
         return text;
-    const QStringList pieces = time.split(u':');
+    const QStringList parts = time.split(u':');
     return text + u' ' +
-           (pieces.size() == 3 ? pieces.join(QLatin1String(layout.timeSeparator)) : time);
+           (parts.size() == 3 ? parts.join(QLatin1String(layout.timeSeparator)) : time);
 }
 
 QString dateSource(const IKImageItem& item, const CreationDateText& creationDateText) {
@@ -95,8 +95,8 @@ bool isRemoved(QChar c) {
     return c == u'{' || c == u'}' || c == u',' || c == u'(' || c == u')' || c == u'/';
 }
 
-/// One bit for each Latin capital in the text: most words can be told to be absent by their first
-/// letter, which is a good part of the time that a plan takes.
+/// One bit for each Latin capital in the text. The first letter shows already that most words are
+/// absent, which saves much of the time that a plan takes.
 std::uint32_t bitOfCapital(QChar c) {
     return c >= u'A' && c <= u'Z' ? 1u << (c.unicode() - u'A') : 0;
 }
@@ -166,17 +166,17 @@ QString cameraDateText(const IKImageItem& item, const QString& dateFormat,
     const QString source = dateSource(item, creationDateText);
     if (dateFormat == kRestingDateFormat)
         return source.isNull() ? QStringLiteral("") : source;
-    const QStringList pieces = source.split(u' ');
-    if (pieces.size() < 2)
+    const QStringList parts = source.split(u' ');
+    if (parts.size() < 2)
         return source.isNull() ? QStringLiteral("") : source;
-    QStringList date = pieces[0].split(u':');
+    QStringList date = parts[0].split(u':');
     if (date.size() < 2)
-        date = pieces[0].split(u'-');
+        date = parts[0].split(u'-');
     if (date.size() != 3)
-        return pieces[0] + u' ' + pieces[1];
+        return parts[0] + u' ' + parts[1];
     for (const DateLayout& layout : kDateLayouts)
         if (dateFormat == layout.title)
-            return laidOut(layout, date, pieces[1]);
+            return laidOut(layout, date, parts[1]);
     return {};
 }
 

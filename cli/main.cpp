@@ -204,8 +204,7 @@ void takeToolkitMessage(QtMsgType, const QMessageLogContext&, const QString& tex
 int main(int argc, char** argv) {
     clipheave::cli::installWords();
     qInstallMessageHandler(&takeToolkitMessage);
-    // Local times are asked for thousands of times; without this the zone file is looked at each
-    // time.
+    // Local times are computed thousands of times; without this each checks the zone file.
     if (!qEnvironmentVariableIsSet("TZ"))
         qputenv("TZ", ":/etc/localtime");
     const QCoreApplication application(argc, argv);

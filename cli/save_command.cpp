@@ -9,7 +9,7 @@ namespace clipheave::cli {
 
 namespace {
 
-/// Fields of the photo pane alone; known names, so not wrong usage, but on no other pane.
+/// Fields of the photo pane alone; known names, so no usage error, but of no other pane.
 constexpr const char* kOtherKindsFields[] = {
     "make",       "fileMake", "model",   "fileModel", "imageDescription",
     "cameraDate", "gpsDate",  "gpsTime",
@@ -90,15 +90,15 @@ jobs::RunOrder orderBut(std::vector<QString> faults, jobs::RunOrder order) {
     const auto write = order.work;
     order.work = [write, faults = std::move(faults), sources = order.sources](jobs::Run& run,
                                                                               const auto& items) {
-        std::vector<std::size_t> sound;
+        std::vector<std::size_t> writable;
         for (const std::size_t item : items) {
             const QString& source = sources[static_cast<qsizetype>(item)];
             if (faults[item].isEmpty())
-                sound.push_back(item);
+                writable.push_back(item);
             else
                 run.ticket(source).report(jobs::refusal(source, faults[item]));
         }
-        write(run, sound);
+        write(run, writable);
     };
     return order;
 }

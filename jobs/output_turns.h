@@ -43,8 +43,8 @@ private:
     friend class OutputTurn;
     struct Line {
         std::deque<Begin> waiting;
-        bool isBeginning = false; ///< the turn at hand has not returned from its begin
-        bool hasEnded = false;    ///< the turn at hand
+        bool isBeginning = false; ///< the current turn has not returned from its begin
+        bool hasEnded = false;    ///< the current turn
     };
 
     void ended(const QString& path);

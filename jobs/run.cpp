@@ -202,8 +202,8 @@ void Run::start(const std::shared_ptr<AVAssetExportSession>& session, const QStr
     session->exportAsynchronouslyWithCompletionHandler(std::move(completionHandler));
 }
 
-/// Called locked. Only where as many came as are kept: exports of a large run wait in their queue,
-/// and a look at all of them at each start would be quadratic.
+/// Called locked. Acts only once the list has doubled: exports of a large run wait in their queue,
+/// and checking all of them at each start would be quadratic.
 void Run::dropEndedExports() {
     if (m_running.size() < m_runningToKeep)
         return;

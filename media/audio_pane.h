@@ -49,7 +49,7 @@ struct AudioShownTexts {
     QString oldCreateDateStr;
     QString oldKeywordStr;
     QString oldImageDescStr;
-    /// Sets a cover that was put into the pane apart from the one that the file holds.
+    /// Distinguishes a cover that was put into the pane from the one that the file holds.
     platform::EncodedImage shownArtwork;
 };
 

@@ -38,7 +38,7 @@ QString rebuiltDateText(const QString& text, SecondsCut cut) {
 } // namespace
 
 void applyLocationText(IKImageItem& item, QStringView location) {
-    QStringList pieces;
+    QStringList numbers;
     qsizetype start = 0;
     int signs = 0;
     for (qsizetype i = 0; i < location.size() && signs < 3; ++i) {
@@ -57,12 +57,12 @@ void applyLocationText(IKImageItem& item, QStringView location) {
             item.fileAtitude = platform::doubleValue(location.sliced(i + 1));
         }
         if (signs > 1)
-            pieces.append(number.toString());
+            numbers.append(number.toString());
         start = i + 1;
     }
     if (signs > 0 && platform::logs(platform::LogLevel::Trace))
         platform::log(platform::LogLevel::Trace,
-                      QStringLiteral("theStrArry==%1").arg(pieces.join(u",")), item.filePath);
+                      QStringLiteral("theStrArry==%1").arg(numbers.join(u",")), item.filePath);
 }
 
 void applyShootDateText(IKImageItem& item, const QString& value, SecondsCut cut) {

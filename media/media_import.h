@@ -33,7 +33,7 @@ public:
     /// Imports one folder: the folder worker alone.
     void ScanMediasItemWithinFolder(const QString& folder);
     /// Adds items of kind, name and path, reading nothing and reporting no step: the quick add of
-    /// the drop area. Stops at the first file that cannot be looked at.
+    /// the drop area. Stops at the first file whose attributes cannot be read.
     void addWithoutReading(const QStringList& paths);
     /// Imports photos (by the drop table) and videos for the photo browser; walks folders. Photos
     /// get size, dates, pixel size, camera and position; other files an item as the browser needs

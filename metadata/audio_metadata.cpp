@@ -215,7 +215,7 @@ void AudioMetadata::writeFlac(const jobs::WriteRequest& request, const QMap<QStr
     if (!job)
         return;
     FlacTagChanges changes{info, {}};
-    // A cover that nobody has touched stays as the file holds it.
+    // An untouched cover keeps the bytes that the file holds.
     const bool hasNewCover = !cover.isUntouched && !cover.image.isNull();
     const auto write = [source = job->source, output = job->output, changes,
                         image = hasNewCover ? cover.image : EncodedImage()](

@@ -17,7 +17,7 @@ using AudioDictionary = QMap<QString, QString>;
 /// The front cover of an output.
 struct CoverPlan {
     platform::EncodedImage image; ///< null: none
-    /// The image is the one that the file holds: nobody has put another into the pane.
+    /// The image is the one that the file holds: the pane was given no other.
     bool isUntouched = true;
 };
 /// Deliberate: whether there is a cover at all is read from the pane; an untouched pane gives each

@@ -76,8 +76,8 @@ void appendArtwork(const media::VideoPane& pane, QList<AVMetadataItem>& items) {
 
 QString locationText(const QString& latitude, const QString& longitude, const QString& altitude) {
     QString text;
-    for (const QString& piece : {latitude, longitude, altitude})
-        text += piece.contains(u'-') ? piece : u'+' + piece;
+    for (const QString& number : {latitude, longitude, altitude})
+        text += number.contains(u'-') ? number : u'+' + number;
     return text;
 }
 

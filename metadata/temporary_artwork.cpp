@@ -14,7 +14,7 @@ namespace clipheave::metadata {
 
 void writeTemporaryArtwork(const QByteArray& bytes) {
     // The temporary folder may be everybody's: a file of our own, readable by us alone, moved over
-    // the name. A link that somebody has laid there is replaced, not followed.
+    // the name. A link that another user has planted there is replaced, not followed.
     const QString target = QDir::tempPath() + QStringLiteral("/art.jpg");
     QTemporaryFile file(QDir::tempPath() + QStringLiteral("/art-XXXXXX.tmp"));
     const bool written = file.open() && file.write(bytes) == bytes.size() && file.flush();

@@ -29,7 +29,7 @@ void takeDatesOfPane(jobs::WriteJob& job, const media::VideoPane& pane) {
         job.dates = {*date, *date};
 }
 
-/// Exports what `plan` makes of the source's items; a source that nobody can read is copied.
+/// Exports what `plan` makes of the source's items; a source that cannot be read is copied.
 template <class Planner> void exportByPlan(const jobs::WriteJob& job, const Planner& plan) {
     const auto asset = AVURLAsset::assetWithPath(job.source);
     if (!asset)

@@ -12,7 +12,7 @@
 namespace clipheave::metadata {
 
 /// The save: new items first, then what the source keeps. A field whose text is what was shown
-/// writes nothing; a group whose flag is not set is not looked at.
+/// writes nothing; a group whose flag is not set is skipped.
 [[nodiscard]] jobs::MetadataPlan
 planVideoSave(const media::VideoPane& pane, const QList<platform::AVMetadataItem>& sourceMetadata);
 

@@ -103,7 +103,7 @@ void VideoJobs::ExtractAudioMediaFileFileThreader(const VideoJobRequest& request
         if (skips(item))
             continue;
         // Deliberate: an older output of the video itself goes, not one of its audio (that one is
-        // replaced). A file of the list is never taken away.
+        // replaced). A file of the list is never removed.
         const QString older =
             appendingPathComponent(request.settings.storagelocation, item->fileName);
         bool isDirectory = false;

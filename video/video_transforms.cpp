@@ -11,7 +11,7 @@
 #include <cmath>
 #include <numbers>
 
-// The jobs that put a video together anew: rotate, merge, speed, silence.
+// The jobs that compose a new video: rotate, merge, change the speed, silence.
 namespace clipheave::video {
 
 using namespace platform;
@@ -154,7 +154,7 @@ SessionResult cuttingSession(const AVURLAsset& asset, double factor) {
     return session;
 }
 
-/// The video as it is, with all that a movie holds.
+/// A pass-through of the whole video into a QuickTime movie.
 SessionResult copyingSession(const AVURLAsset& asset) {
     if (const auto videoFile = firstVideo(asset); !videoFile)
         return tl::unexpected(videoFile.error());

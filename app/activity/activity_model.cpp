@@ -206,8 +206,8 @@ void ActivityModel::trim() {
             removeRowAt(row);
 }
 
-/// What was cancelled is not done: the bar of a cancelled job stays where it was stopped. What ran
-/// a moment ago is in the bar until its end is told.
+/// What was cancelled is not done: the bar of a cancelled job stays where it was stopped. A file
+/// that ran a moment ago counts in the bar until its outcome is there.
 void ActivityModel::advance(ActivityJob& job) {
     if (job.total <= 0)
         return;

@@ -19,7 +19,7 @@ namespace clipheave::app {
 /// Lets a button be lower than the 32 px that the window's sheet gives to every push button.
 void allowLowButton(QWidget* button);
 
-/// Image and colour of a state; the image tells it without the colour.
+/// Image and colour of a state; the image alone identifies the state.
 struct StateLook {
     QString image;
     Token token = Token::text3;

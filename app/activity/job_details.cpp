@@ -45,8 +45,8 @@ public:
         paintState(*painter, QRect(row.left(), row.top(), 16, row.height()), lookOf(state), true);
         painter->setFont(theme.font(FontRole::Cell));
         const QFontMetrics metrics(painter->font());
-        // The reason may take most of the row, or all that a short name leaves: it is what the row
-        // is looked at for.
+        // The reason may take most of the row, or all that a short name leaves: it is why the
+        // user reads the row.
         const int besideName =
             row.width() - 24 - 12 - metrics.horizontalAdvance(index.data().toString());
         const QString note =

@@ -103,7 +103,7 @@ private:
         const QFontMetrics metrics(font);
         painter.setFont(font);
         painter.setPen(Theme::instance().color(bad ? Token::bad : task ? Token::text1 : token));
-        // File names stand in the result while a job runs: their end tells more than their middle.
+        // While a job runs the result is a file name, whose end says more than its middle.
         const Qt::TextElideMode elide =
             column == ActivityModel::ResultColumn && job.state == JobState::Running
                 ? Qt::ElideMiddle

@@ -34,7 +34,7 @@ std::uint64_t bytesOf(const QString& path) {
     return found ? found->NSFileSize : 0;
 }
 
-/// On the thread of the outcome, where files may be looked at.
+/// Runs on the thread of the outcome, which may wait for the disk.
 JobArrival arrivalOf(const jobs::WriteOutcome& outcome) {
     JobArrival arrival{outcome, {}, 0, 0};
     arrival.file = {outcome.source, outcome.outputs, stateOf(outcome.status), outcome.text()};

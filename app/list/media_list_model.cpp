@@ -44,7 +44,7 @@ private:
     QByteArray m_archive;
 };
 
-/// A tool tip takes a text that looks like mark-up for mark-up.
+/// A tool tip renders a text that looks like mark-up as mark-up.
 QVariant toolTipOf(const QString& text) {
     if (text.isEmpty())
         return {};

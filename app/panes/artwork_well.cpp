@@ -78,7 +78,7 @@ void ArtworkWell::decode() {
     QThreadPool::globalInstance()->start([well = QPointer(this), artwork = m_image,
                                           turn = m_decoding, most = size() * devicePixelRatioF()] {
         const QImage image = decodedImage(artwork, most);
-        // The pointer is looked at on the widget's own thread alone.
+        // The pointer is read on the widget's own thread only.
         QMetaObject::invokeMethod(qApp, [well, image, turn] {
             if (well && well->m_decoding == turn)
                 well->takeDecoded(image);

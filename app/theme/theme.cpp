@@ -159,7 +159,7 @@ QString Theme::styleSheet() const {
 }
 
 bool Theme::systemIsDark() {
-    // An empty palette gives the desktop's own back for as long as it takes to look at it.
+    // An empty palette brings the desktop's own back for as long as it is read.
     const QPalette ours = QApplication::palette();
     QApplication::setPalette(QPalette());
     const bool dark = QApplication::palette().color(QPalette::Window).lightness() <

@@ -24,7 +24,7 @@ public:
     explicit ImageButtonAccess(ImageButton* button)
         : QAccessibleWidget(button, QAccessible::Button) {}
 
-    /// Asked anew each time: this object is often there before the button knows of its menu.
+    /// Computed on each call: this object often exists before the button has its menu.
     [[nodiscard]] QAccessible::Role role() const override {
         return button()->opensMenu() ? QAccessible::ButtonMenu : QAccessible::Button;
     }

@@ -21,7 +21,7 @@ struct DispatchRow {
 
 /// One entry of a menu. A null title is a separator.
 struct MenuEntry {
-    const char* title;    ///< fixed: it tells a command with several entries which one was chosen
+    const char* title;    ///< fixed: by it a command with several entries knows which was chosen
     const char* command;  ///< fixed name of the operation
     const char* shortcut; ///< portable text, null: none
     const MenuEntry* submenu = nullptr; ///< then the entry opens it and has no command

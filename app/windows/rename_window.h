@@ -44,7 +44,7 @@ public:
     [[nodiscard]] RenamePreview* preview() const { return m_preview; }
     /// What the controls ask for.
     [[nodiscard]] batch::RenameRequest request() const;
-    /// The files of the table; what else is in their folders is looked up afresh.
+    /// The files of the table; the folders around them are read again.
     void setItems(std::vector<media::ItemPointer> items, const QString& storagelocation);
     /// Brings the window up.
     void present();
