@@ -25,6 +25,9 @@ Result<void> SampleStream::begin(const QString& encoderName, AVMediaType type) {
 Result<void> SampleStream::open() {
     Dictionary options;
     options.set("preset", "veryfast");
+    // The x264 library's fast arithmetic for its lookahead reads memory that it never wrote: the
+    // same frames came out as other bytes after other work in the process.
+    options.set("x264-params", "cpu-independent=1");
     options.set("x265-params", "log-level=none:pools=none:frame-threads=1");
     int code = avcodec_open2(m_codec.get(), m_encoder, &options.entries);
     if (code >= 0)

@@ -2,7 +2,8 @@
 #include "platform/engine/samples/sample_writer.h"
 
 #include "platform/engine/messages.h"
-#include "platform/engine/samples/sample_encoders.h"
+#include "platform/engine/samples/audio_sample.h"
+#include "platform/engine/samples/video_sample.h"
 
 #include <algorithm>
 

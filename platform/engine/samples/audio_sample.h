@@ -5,10 +5,8 @@
 
 namespace clipheave::platform {
 
-/// Adds the video of a demonstration file. NotSupported for an unknown encoder.
-[[nodiscard]] Result<std::unique_ptr<SampleStream>> makeVideoSample(FileOutput& output,
-                                                                    const SampleMedia& sample);
-/// Adds the audio of a demonstration file. NotSupported for an unknown encoder.
+/// Adds the audio stream of a demonstration file to the output, before its header is written.
+/// NotSupported for an unknown encoder.
 [[nodiscard]] Result<std::unique_ptr<SampleStream>> makeAudioSample(FileOutput& output,
                                                                     const SampleMedia& sample);
 
