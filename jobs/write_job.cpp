@@ -76,6 +76,12 @@ void completeExport(const WriteJob& job, const AVAssetExportSession& session) {
     finish(job, WriteStatus::Completed, {}, notes, {job.output});
 }
 
+/// Returns whether the second failure says nothing new: a disk that is full is so for the rewrite
+/// and for the copy in its place.
+bool isSameReason(const Error& first, const Error& second) {
+    return first.code == second.code && first.detail == second.detail;
+}
+
 /// `reason`: the copy stands in for a rewrite that failed.
 void completeCopy(const WriteJob& job, const AVAssetExportSession& session,
                   const std::optional<Error>& reason) {
@@ -84,7 +90,7 @@ void completeCopy(const WriteJob& job, const AVAssetExportSession& session,
         return;
     Notes notes;
     if (status == Status::Failed) {
-        if (reason)
+        if (reason && !isSameReason(*reason, session.error()))
             notes.append(session.error().text());
         return finish(job, WriteStatus::Failed, reason ? *reason : session.error(), notes);
     }
