@@ -26,7 +26,7 @@
 namespace clipheave::platform {
 namespace {
 
-constexpr int kAnswerTimeout = 5000; // milliseconds
+constexpr int kReplyTimeout = 5000; // milliseconds
 constexpr int kMostShownFiles = 100, kMostShownFolders = 4;
 
 QString absolutePath(const QString& path) {
@@ -127,11 +127,11 @@ void showInFileBrowser(const QStringList& paths) {
         QStringLiteral("/org/freedesktop/FileManager1"),
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
     call.setArguments({urls, QString()}); // the second: a start-up id, none
-    auto* answer = new QDBusPendingCallWatcher(bus.asyncCall(call, kAnswerTimeout), qApp);
-    QObject::connect(answer, &QDBusPendingCallWatcher::finished, answer, [paths, answer] {
-        if (answer->isError())
+    auto* reply = new QDBusPendingCallWatcher(bus.asyncCall(call, kReplyTimeout), qApp);
+    QObject::connect(reply, &QDBusPendingCallWatcher::finished, reply, [paths, reply] {
+        if (reply->isError())
             openFolderOf(paths);
-        answer->deleteLater();
+        reply->deleteLater();
     });
 }
 
@@ -145,9 +145,9 @@ NSWorkspace& NSWorkspace::sharedWorkspace() {
 void NSWorkspace::selectFiles(const QStringList& paths) {
     if (paths.isEmpty())
         return;
-    if (!m_revealEnabled || !qApp)
+    if (!qApp)
         logPaths(paths);
-    else // the answer arrives in an event loop, and a job's thread has none
+    else // the reply arrives in an event loop, and a job's thread has none
         QMetaObject::invokeMethod(qApp, [paths] { showInFileBrowser(paths); });
 }
 
@@ -160,10 +160,6 @@ QUrl NSWorkspace::mailDraft(const QString& address, const QString& subject, cons
                                  "?SUBJECT=" + QUrl::toPercentEncoding(subject) +
                                  "&BODY=" + QUrl::toPercentEncoding(body),
                              QUrl::StrictMode);
-}
-
-void NSWorkspace::setRevealEnabled(bool enabled) {
-    m_revealEnabled = enabled;
 }
 
 QString videosFolder() {

@@ -16,19 +16,13 @@ public:
 
     /// Shows the files selected in the file browser (org.freedesktop.FileManager1.ShowItems,
     /// without waiting), or, of very many, the folder that has them all; when no file browser
-    /// returns, opens their folder; without a desktop the paths are logged. Never fails loudly.
+    /// replies, opens their folder; without a desktop the paths are logged. Never fails loudly.
     void selectFiles(const QStringList& paths);
     /// Web pages and "mailto:" drafts through the desktop's handler; false when there is none.
     bool openURL(const QUrl& url);
     /// "mailto:ADDRESS?SUBJECT=…&BODY=…", each value percent-escaped in UTF-8.
     [[nodiscard]] static QUrl mailDraft(const QString& address, const QString& subject,
                                         const QString& body);
-
-    /// Off for the command line: then selectFiles only logs.
-    void setRevealEnabled(bool enabled);
-
-private:
-    bool m_revealEnabled = true;
 };
 
 /// The user's videos folder (XDG user dirs); "<home>/Videos" when none is set.
