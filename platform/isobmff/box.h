@@ -75,9 +75,9 @@ private:
     Message m_problem;
 };
 
-/// Headers of a file that lie far apart, fetched in few and small pieces: one window for the start
+/// Headers of a file that lie far apart, fetched by few and small reads: one window for the start
 /// of the file, one for the first jump (the movie header at the end), then `kStep` bytes at a time.
-/// Not to be used in turns with the reader it stands on.
+/// Not to be used alternately with the reader it stands on.
 class HeaderReader {
 public:
     static constexpr std::uint64_t kStep = 8u << 10;

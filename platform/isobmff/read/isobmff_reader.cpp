@@ -5,6 +5,7 @@
 #include "platform/isobmff/messages.h"
 #include "platform/isobmff/read/item_lists.h"
 #include "platform/isobmff/read/movie_fragments.h"
+#include "platform/isobmff/read/user_data.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,8 +15,8 @@ namespace clipheave::platform {
 
 namespace {
 
-/// Boxes of a file looked at before its movie header is given up for lost.
-constexpr std::uint64_t kMaxTopLevelBoxes = 1024;
+/// Top-level boxes that are read in search of the movie header.
+constexpr std::uint64_t kMaxBoxesBeforeMovie = 1024;
 constexpr std::size_t kMaxTracks = 256;
 
 struct TopLevel {
@@ -25,7 +26,7 @@ struct TopLevel {
 
 TopLevel findTopLevel(HeaderReader& reader) {
     TopLevel top;
-    FileBoxWalker walker(reader, kMaxTopLevelBoxes);
+    FileBoxWalker walker(reader, kMaxBoxesBeforeMovie);
     while (const auto box = walker.next()) {
         if (box->type == fourCc("ftyp") && !top.fileType)
             top.fileType = box;
@@ -187,7 +188,7 @@ void MovieReader::markChapterTracks() {
             if (movie.chapterOf == 0 || other.track.trackID != movie.chapterOf)
                 continue;
             other.track.isChapterTrack = m_facts.hasChapters = true;
-            // One of images shows no video.
+            // A chapter track of images is no video.
             other.track.isAttachedPicture = other.track.mediaType == QLatin1String("vide");
         }
     }

@@ -2,6 +2,7 @@
 #include "platform/isobmff/read/item_lists.h"
 
 #include "platform/isobmff/messages.h"
+#include "platform/isobmff/read/item_texts.h"
 
 #include <array>
 #include <vector>

@@ -9,10 +9,4 @@ namespace clipheave::platform {
 /// `keys` the QuickTime metadata ("mdta"). Plain and FullBox forms are taken.
 void readMetaItems(ItemSink& sink, const Box& meta);
 
-/// Adds the items of the movie's `udta`, those of a `meta` inside it included.
-void readUserData(ItemSink& sink, const Box& udta);
-
-/// The ISO and 3GPP codes, which are "uiso" whatever the brand says.
-[[nodiscard]] bool isIsoUserData(std::uint32_t type);
-
 } // namespace clipheave::platform

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/isobmff/read/item_values.h"
+#include "platform/isobmff/read/item_texts.h"
 
 #include <QLocale>
 

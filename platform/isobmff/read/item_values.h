@@ -37,22 +37,11 @@ struct KeyNames {
 [[nodiscard]] std::shared_ptr<const SourceBox> sourceOf(HeaderReader& reader, const Box& box);
 
 /// The payload of a `data` box at `payload`, behind type and locale, into value and data type.
-/// `isPicture`: the key holds images whatever the type code says.
+/// `isImage`: the key holds images whatever the type code says.
 void setTypedValue(AVMetadataItem& item, HeaderReader& reader, std::uint32_t typeCode,
                    const FileSlice& payload, bool isImage);
 /// Bytes of no known type: kept up to kInlineBytes, else left in the file.
 void setRawValue(AVMetadataItem& item, HeaderReader& reader, const FileSlice& payload);
 void setTextValue(AVMetadataItem& item, const QString& text);
-
-/// UTF-8, or UTF-16 with a byte order mark; ends at a NUL.
-[[nodiscard]] QString decodeUnicode(ByteView bytes);
-/// UTF-16, big-endian without a byte order mark; a NUL unit ends it.
-[[nodiscard]] QString decodeUtf16(ByteView bytes);
-[[nodiscard]] QString decodeMacRoman(ByteView bytes);
-
-/// BCP-47 of a packed ISO 639-2/T language or a Macintosh language code; empty when unspecified.
-[[nodiscard]] QString languageTag(std::uint16_t code);
-inline constexpr std::uint16_t kMacLanguageEnd = 0x400;
-inline constexpr std::uint16_t kMacLanguageUnspecified = 0x7FFF;
 
 } // namespace clipheave::platform

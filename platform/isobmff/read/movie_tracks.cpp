@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/read/movie_tracks.h"
 
+#include "platform/isobmff/read/sample_description.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -137,7 +139,7 @@ private:
             m_information = box;
     }
     void atInformation(const Box& box) {
-        // Without a handler the kind of media header tells.
+        // Without a handler the kind of media header decides.
         QString& mediaType = m_movie.track.mediaType;
         if (box.type == fourCc("vmhd") && mediaType.isEmpty())
             mediaType = QStringLiteral("vide");

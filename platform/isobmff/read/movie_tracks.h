@@ -24,8 +24,4 @@ struct TrackRequest {
 [[nodiscard]] MovieTrack readTrack(HeaderReader& reader, const Box& trak,
                                    const TrackRequest& request, Message& problem);
 
-/// Sets codec, size, sample rate, channels and announced bit rate from the payload of an `stsd`
-/// box, of which at least the first entry should be there.
-void readSampleDescription(AVAssetTrack& track, ByteView stsd, bool quickTime);
-
 } // namespace clipheave::platform

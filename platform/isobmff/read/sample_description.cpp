@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/isobmff/read/movie_tracks.h"
+#include "platform/isobmff/read/sample_description.h"
 
 #include <array>
 #include <bit>
@@ -70,7 +70,7 @@ AudioFormat parseAudioSpecificConfig(ByteView config) {
     const std::uint32_t channels = bits.take(4);
     format.channels = channels < kAacChannels.size() ? kAacChannels[channels] : 0;
     if (type == kSbr || type == kPs) {
-        // The second rate is what comes out; parametric stereo makes two channels of one.
+        // The second rate is that of the output; parametric stereo makes two channels of one.
         if (type == kPs)
             format.channels = 2;
         format.sampleRate = aacRate(bits);
@@ -127,7 +127,7 @@ void applyElementaryStream(AVAssetTrack& track, ByteView esds) {
     const unsigned objectType = descriptor.body.u8(0).value_or(0);
     const Descriptor info = descriptorAt(descriptor.body, kDecoderConfigSize);
     // MP3 has the code of AAC too (ISO/IEC 14496-1, object types 0x69 and 0x6B); QuickTime's own
-    // code tells them apart. So has Vorbis, under a user's type that several writers agree on.
+    // code distinguishes them. So has Vorbis, under a user type that several writers agree on.
     if (objectType == 0x69 || objectType == 0x6B)
         track.codec = QStringLiteral(".mp3");
     if (objectType == 0xDD)
@@ -181,7 +181,7 @@ void applyFlac(AVAssetTrack& track, ByteView bytes) {
     track.channels = static_cast<int>((*packed >> 9 & 7) + 1);
 }
 
-/// Beyond this a pixel's shape is damage.
+/// A pixel aspect ratio beyond this is damage.
 constexpr double kMostAspect = 16;
 
 void setPixelAspect(AVAssetTrack& track, double width, double height) {

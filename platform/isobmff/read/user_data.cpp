@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/isobmff/read/user_data.h"
+
 #include "platform/isobmff/read/item_lists.h"
+#include "platform/isobmff/read/item_texts.h"
 #include "platform/isobmff/structural_user_data.h"
 
 #include <algorithm>
@@ -179,7 +182,7 @@ bool setIsoValue(AVMetadataItem& item, ByteView payload, UserDataForm form) {
     case UserDataForm::Rating:
         return setIsoNumber(item, payload.u8(kVersionFlags + 3));
     case UserDataForm::BareText:
-        // Some writers take it for a box like the others.
+        // Some writers give it a version and flags like the others.
         return setIsoText(item, payload, 0);
     case UserDataForm::Raw:
     case UserDataForm::Image:
@@ -228,7 +231,7 @@ QString recordText(ByteView bytes, std::uint16_t language) {
     return decodeUnicode(bytes);
 }
 
-/// The records of a ©-coded text; none when the payload has another shape.
+/// The records of a ©-coded text; none when the payload has another layout.
 std::vector<TextRecord> textRecords(ByteView payload) {
     constexpr std::uint64_t kRecordHead = 4;
     std::vector<TextRecord> records;
@@ -299,10 +302,6 @@ void addUserDataBox(ItemSink& sink, const Box& box) {
 }
 
 } // namespace
-
-bool isIsoUserData(std::uint32_t type) {
-    return isoUserDataRow(type) != nullptr;
-}
 
 void readUserData(ItemSink& sink, const Box& udta) {
     FileBoxWalker walker(sink.reader, udta.payloadOffset(), udta.end());

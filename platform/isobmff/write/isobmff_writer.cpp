@@ -9,6 +9,8 @@
 #include "platform/isobmff/write/write_layout.h"
 #include "platform/isobmff/write/write_metadata.h"
 #include "platform/isobmff/write/write_moov.h"
+#include "platform/isobmff/write/write_patch.h"
+#include "platform/isobmff/write/write_source_metadata.h"
 
 #include <QtEndian>
 
@@ -17,7 +19,7 @@
 namespace clipheave::platform {
 namespace {
 
-/// Tells how far a copy is and hears when to stop.
+/// Reports the progress of a copy and stops it on request.
 struct CopyProgress {
     const std::function<bool(double)>& report;
     std::uint64_t total = 0;
@@ -37,7 +39,7 @@ struct PlannedTarget {
 };
 
 /// The header's size decides where the payload goes, and where it goes decides the header's size:
-/// whether the tracks are written anew, and with offsets of which width. Each happens once.
+/// whether the tracks are rewritten, and with offsets of which width. Each happens once.
 Result<PlannedTarget> planTarget(const std::vector<SourceRun>& runs, MovieHeaderBuilder& builder,
                                  const QByteArray& ftyp, bool moovFirst) {
     PlannedTarget target{ftyp, {}, {}, {}};

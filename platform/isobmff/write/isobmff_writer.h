@@ -33,10 +33,10 @@ struct PassthroughRequest {
 };
 
 struct PassthroughOutcome {
-    Notes notes; ///< worth telling, no failure: "Location kept"
+    Notes notes; ///< no failures: "Location kept"
 };
 
-/// Writes `source` again as `target` with other metadata: `ftyp` of the container, `moov` rebuilt,
+/// Writes `source` as `target` with other metadata: `ftyp` of the container, `moov` rebuilt,
 /// every other box byte for byte, the payload copied by the kernel.
 [[nodiscard]] Result<PassthroughOutcome> writePassthrough(const PassthroughRequest& request);
 

@@ -9,7 +9,7 @@
 #include <cstdint>
 
 // Boxes made of new metadata items. Sources: iTunes metadata list and QuickTime metadata (QuickTime
-// File Format, "Metadata"), QuickTime user data text, 3GPP TS 26.244 section 8.
+// File Format, "Metadata").
 namespace clipheave::platform {
 
 /// A box with a 32-bit size.
@@ -19,16 +19,11 @@ namespace clipheave::platform {
 [[nodiscard]] QByteArray renderCarriedBox(QByteArray bytes);
 
 /// One entry of the iTunes list for `key`: a four-character code, or "com.apple.iTunes.NAME" for a
-/// "----" entry. Empty, with a note for people, when the value cannot be stored.
+/// "----" entry. Empty, with a note, when the value cannot be stored.
 [[nodiscard]] QByteArray renderListEntry(const QByteArray& key, const AVMetadataItem& item,
                                          Notes& notes);
 /// The `data` box of one value of a QuickTime metadata key.
 [[nodiscard]] QByteArray renderKeyData(const AVMetadataItem& item, Notes& notes);
-/// One child of `udta`: "date" as bare text, "loci" from ISO 6709 text, ©-codes as QuickTime text,
-/// the rest as 3GPP text; bytes of unknown codes as they are.
-[[nodiscard]] QByteArray renderUserData(std::uint32_t code, const AVMetadataItem& item,
-                                        Notes& notes);
-
 /// The three letters of a language tag in 15 bits ("und" when there is none).
 [[nodiscard]] std::uint16_t packedLanguage(const QString& tag);
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/isobmff/write/render_user_data.h"
+
 #include "platform/foundation/text.h"
 #include "platform/isobmff/box.h"
 #include "platform/isobmff/messages.h"

@@ -21,7 +21,7 @@ constexpr std::uint64_t kMaxXmpPacket = 64u << 20;
 /// uuid of the XMP packet in ISO base media files (Adobe XMP, part 3).
 constexpr char kXmpUuid[] = "\xBE\x7A\xCF\xCB\x97\xA9\x42\xE8\x9C\x71\x99\x94\x91\xE3\xAF\xAC";
 
-/// Box headers all over a file, fetched in pieces that are small beside the payload between them.
+/// Box headers all over a file, fetched by reads that are small beside the payload between them.
 class TopLevelHeaders {
 public:
     explicit TopLevelHeaders(FileReader& reader) : m_reader(reader) {}

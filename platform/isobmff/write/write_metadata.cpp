@@ -3,6 +3,7 @@
 
 #include "platform/isobmff/messages.h"
 #include "platform/isobmff/write/render_items.h"
+#include "platform/isobmff/write/render_user_data.h"
 #include "platform/isobmff/write/write_tables.h"
 
 #include <QSet>
@@ -32,7 +33,7 @@ bool writesNothing(const AVMetadataItem& item) {
     return std::holds_alternative<std::monostate>(item.value);
 }
 
-/// Builds the three lists of boxes, deciding who wins where several items want one place.
+/// Builds the three lists of boxes and decides which of several items gets a place.
 class ListRenderer {
 public:
     ListRenderer(const QList<AVMetadataItem>& items, OutputContainer container)

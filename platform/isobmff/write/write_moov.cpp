@@ -3,6 +3,7 @@
 
 #include "platform/isobmff/box.h"
 #include "platform/isobmff/messages.h"
+#include "platform/isobmff/write/write_patch.h"
 
 #include <QtEndian>
 

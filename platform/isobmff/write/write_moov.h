@@ -29,7 +29,7 @@ public:
     /// The whole box. Where nothing moves the tracks stay as they are, unless rewriteTracks().
     /// With LimitExceeded call again after widen(): some offset has left the 32 bits.
     [[nodiscard]] Result<QByteArray> build(const OffsetMap& map) const;
-    /// From now on the tracks are always written anew, so that the size no longer depends on the
+    /// From now on the tracks are always rewritten, so that the size no longer depends on the
     /// map.
     void rewriteTracks() { m_rewrite = true; }
     /// From now on offsets are written in 64 bits.

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/isobmff/write/write_patch.h"
+
 #include "platform/isobmff/box.h"
 #include "platform/isobmff/messages.h"
-#include "platform/isobmff/write/write_offsets.h"
 
 #include <QtEndian>
 

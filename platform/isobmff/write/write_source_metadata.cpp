@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/isobmff/write/write_source_metadata.h"
+
 #include "platform/isobmff/write/render_items.h"
-#include "platform/isobmff/write/write_metadata.h"
 #include "platform/isobmff/write/write_tables.h"
 
 #include <algorithm>

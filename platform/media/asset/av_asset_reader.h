@@ -26,12 +26,12 @@ class AVAssetReader;
 class AVAssetReaderTrackOutput {
 public:
     /// `outputSettings`: kCVPixelBufferPixelFormatTypeKey with kCVPixelFormatType_32BGRA, the only
-    /// format there is. What does not fit is told by AVAssetReader::addOutput().
+    /// format there is. AVAssetReader::addOutput() refuses what does not fit.
     [[nodiscard]] static std::shared_ptr<AVAssetReaderTrackOutput>
     assetReaderTrackOutputWithTrack(AVAssetTrack track, AVVideoSettings outputSettings);
 
     /// Waits for the next frame in the order they are shown. None at the end, and when the reader
-    /// is not reading, has failed or was cancelled: its status tells.
+    /// is not reading, has failed or was cancelled: see its status.
     [[nodiscard]] std::optional<CMSampleBuffer> copyNextSampleBuffer();
 
     [[nodiscard]] const AVAssetTrack& track() const { return m_track; }
@@ -59,14 +59,14 @@ public:
     /// One output, before the start. InvalidArgument for a track of another file or type,
     /// NotSupported for another pixel format.
     [[nodiscard]] Result<void> addOutput(const std::shared_ptr<AVAssetReaderTrackOutput>& output);
-    /// False when it was started before, has no output or fails: error() tells (NotSupported
+    /// False when it was started before, has no output or fails: see error() (NotSupported
     /// without a decoder, InvalidData, LimitExceeded for frames that are too large).
     [[nodiscard]] bool startReading();
     /// Completed once copyNextSampleBuffer() has met the end.
     [[nodiscard]] AVAssetReaderStatus status() const;
     [[nodiscard]] Error error() const; ///< why it failed or refused
     void cancelReading();
-    /// What is worth telling so far and is no failure: damaged pieces that were left out.
+    /// Returns the notes so far, none of them a failure: damaged packets that were left out.
     [[nodiscard]] Notes notes() const;
 
 private:

@@ -3,7 +3,8 @@
 
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/paths.h"
-#include "platform/media/export/export_job.h"
+#include "platform/media/asset/av_file_type.h"
+#include "platform/media/asset/media_engine_loader.h"
 #include "platform/media/messages.h"
 #include "platform/media/model/media_engine.h"
 #include "platform/media/model/messages.h"

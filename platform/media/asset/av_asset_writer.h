@@ -26,7 +26,7 @@ class AVAssetWriter;
 class AVAssetWriterInput {
 public:
     /// `outputSettings`: AVVideoCodecKey with AVVideoCodecTypeH264, AVVideoWidthKey and
-    /// AVVideoHeightKey. What does not fit is told by AVAssetWriter::addInput().
+    /// AVVideoHeightKey. AVAssetWriter::addInput() refuses what does not fit.
     [[nodiscard]] static std::shared_ptr<AVAssetWriterInput>
     assetWriterInputWithMediaType(QString mediaType, AVVideoSettings outputSettings);
 
@@ -76,7 +76,7 @@ public:
     void setHeaderDatesOf(const QString& path);
 
     /// False when it was started before, has no input or the folder does not take a file: error()
-    /// tells.
+    /// has the reason.
     [[nodiscard]] bool startWriting();
     /// This time of the frames is the video's time 0. What is shown before is left out.
     void startSessionAtSourceTime(CMTime time);

@@ -16,7 +16,7 @@ namespace clipheave::platform {
 
 namespace {
 
-/// Folder of the running program, empty when the system does not tell it.
+/// Returns the folder of the running program; empty when the system does not give it.
 QByteArray programFolder() {
     std::array<char, PATH_MAX> buffer{};
     const ssize_t length = readlink("/proc/self/exe", buffer.data(), buffer.size());

@@ -53,8 +53,8 @@ MediaFacts withRicherTags(MediaFacts facts, const Result<MediaFacts>& tagged) {
     return facts;
 }
 
-/// The tag library knows tags best but no frames in motion and not every duration: the engine
-/// is asked where the first answer lacks something.
+/// The tag library knows tags best but no video and not every duration: the engine is asked for
+/// what is missing.
 Result<MediaFacts> readByTagLibrary(FileReader& reader, bool hasVideo) {
     Result<MediaFacts> tagged = readTagged(reader);
     if (tagged && tagged->durationSeconds > 0 && !hasVideo)

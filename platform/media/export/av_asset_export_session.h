@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/media/asset/av_file_type.h"
 #include "platform/media/export/export_planning.h"
 
 #include <QList>
@@ -11,11 +12,6 @@
 #include <optional>
 
 namespace clipheave::platform {
-
-inline constexpr char16_t AVFileTypeQuickTimeMovie[] = u"com.apple.quicktime-movie";
-inline constexpr char16_t AVFileTypeMPEG4[] = u"public.mpeg-4";
-inline constexpr char16_t AVFileTypeAppleM4V[] = u"com.apple.m4v-video";
-inline constexpr char16_t AVFileTypeAppleM4A[] = u"com.apple.m4a-audio";
 
 enum class AVAssetExportSessionStatus {
     Unknown = 0,
@@ -59,7 +55,7 @@ public:
     void setVideoComposition(AVMutableVideoComposition composition);
     void setAudioMix(AVMutableAudioMix mix);
     /// A pass-through into another container leaves out what that cannot hold beside videos and
-    /// audio tracks (subtitles, attachments) and tells so, also of codecs that have no place there;
+    /// audio tracks (subtitles, attachments) and notes it, also of codecs that have no place there;
     /// else such a stream fails the export. Off by default: nobody loses a subtitle by saving a
     /// title.
     void setLeavesOutUnheldTracks(bool leavesOut);

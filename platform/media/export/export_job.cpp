@@ -38,7 +38,7 @@ ExportResources fairShare() {
     return {std::max(1, cores / ExportQueue::shared().concurrency())};
 }
 
-/// The text that tells players how many samples to skip is true of the source's packets alone; the
+/// The text that says how many samples players skip is true of the source's packets alone; the
 /// edit list of what is encoded again says it there.
 QList<AVMetadataItem> withoutGaplessItem(QList<AVMetadataItem> items) {
     items.removeIf([](const AVMetadataItem& item) {
@@ -57,18 +57,6 @@ Result<PassthroughOutcome> withNotes(Result<PassthroughOutcome> outcome, const N
 constexpr double kEncodingShare = 0.98;
 
 } // namespace
-
-std::optional<OutputContainer> outputContainerOf(const QString& type) {
-    if (type == QStringView(AVFileTypeQuickTimeMovie))
-        return OutputContainer::QuickTimeMovie;
-    if (type == QStringView(AVFileTypeAppleM4V))
-        return OutputContainer::M4V;
-    if (type == QStringView(AVFileTypeAppleM4A))
-        return OutputContainer::M4A;
-    if (type == QStringView(AVFileTypeMPEG4))
-        return OutputContainer::Mp4;
-    return std::nullopt;
-}
 
 bool AVAssetExportSession::State::startWaiting() {
     const std::lock_guard lock(mutex);

@@ -11,9 +11,6 @@
 
 namespace clipheave::platform {
 
-/// Of one of the AVFileType constants.
-[[nodiscard]] std::optional<OutputContainer> outputContainerOf(const QString& fileType);
-
 /// What a session and the queue's thread share: the order, and how far it is carried out.
 struct AVAssetExportSession::State {
     // Set before the start, by one thread; read by the job alone from then on.
@@ -42,7 +39,7 @@ struct AVAssetExportSession::State {
     [[nodiscard]] Result<void> validated() const;
     [[nodiscard]] Result<PassthroughOutcome> run();
     [[nodiscard]] Result<PassthroughOutcome> runJob();
-    /// Makes a file of this family at `target`; returns what is worth telling.
+    /// Makes a file of this family at `target`; returns notes.
     using Maker = std::function<Result<Notes>(MediaEngine& engine, const QString& target)>;
     struct EngineWork {
         double share = 0;             ///< of the whole progress
