@@ -79,7 +79,7 @@ public:
             auto in = static_cast<off64_t>(from);
             auto out = static_cast<off64_t>(to);
             const ssize_t done = ::copy_file_range(m_source, &in, m_target, &out, length, 0);
-            // 0 is also what some virtual files answer; reading tells for certain.
+            // Some virtual files give 0 here although they have bytes: reading decides.
             if (done > 0 || (done < 0 && !isUnsupported(errno)))
                 return done;
             m_byKernel = false;
@@ -113,7 +113,7 @@ private:
 };
 
 /// Lets the disk begin with these bytes while the next ones are copied: commit() then waits for the
-/// last piece only. Measured with 256 MB on ext4: copied and durable in three fifths of the time
+/// last part only. Measured with 256 MB on ext4: copied and durable in three fifths of the time
 /// that it takes otherwise. A file system that cannot do it writes them at the end.
 void beginWriting(int fd, std::uint64_t offset, std::uint64_t length) {
     ::sync_file_range(fd, static_cast<off64_t>(offset), static_cast<off64_t>(length),
@@ -225,7 +225,7 @@ Result<void> AtomicFile::copyFrom(int sourceFd, std::uint64_t offset, std::uint6
             return reserved;
     }
     RangeCopier copier(sourceFd, m_fd.get());
-    std::uint64_t begun = m_position; // up to here the disk has been told
+    std::uint64_t begun = m_position; // up to here the disk has begun to write
     for (std::uint64_t copied = 0; copied < length;) {
         const std::uint64_t chunk = std::min(kCopyChunk, length - copied);
         const ssize_t done = copier.copy(offset + copied, m_position, chunk);
@@ -256,7 +256,7 @@ void AtomicFile::copyExtendedAttributes(int sourceFd) {
             own.setAttribute(name.constData(), source.attribute(name.constData()));
     }
     struct statx status {};
-    // A birth time cannot travel: from here on the attribute says it.
+    // A birth time cannot be copied: from here on the attribute holds it.
     if (source.status(status) == 0)
         storeCreationDate(own, creationDate(source, status));
 }

@@ -16,7 +16,7 @@ namespace clipheave::platform {
 class AtomicFile {
 public:
     /// `sizeHint` bytes, from 1 MiB on, are reserved when known, so that a full disk is found at
-    /// once and the file lies in one piece. A link is followed. A file that is replaced hands on
+    /// once and the file is not fragmented. A link is followed. A file that is replaced hands on
     /// its permissions.
     [[nodiscard]] static Result<AtomicFile> create(const QString& target,
                                                    std::uint64_t sizeHint = 0);

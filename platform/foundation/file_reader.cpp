@@ -100,7 +100,7 @@ Result<ByteView> FileReader::view(std::uint64_t offset, std::uint64_t length) {
                length <= held - (offset - m_windowOffset);
     };
     if (!cached()) {
-        // A window that starts on a page also serves a look a few bytes back.
+        // A window that starts on a page also serves a read a few bytes back.
         const std::uint64_t start = offset - offset % kReaderAlignment;
         const bool fits = length <= kWindow - (offset - start);
         if (!fillWindow(fits ? start : offset))

@@ -51,7 +51,7 @@ public:
     /// over 1 GiB.
     [[nodiscard]] Result<QByteArray> read(std::uint64_t offset, std::uint64_t length);
 
-    /// Bytes fetched from the system so far; tests hold readers to their promise with it.
+    /// Bytes read from the system so far; tests check with it that readers read headers only.
     [[nodiscard]] std::uint64_t bytesFetched() const { return m_fetched; }
 
 private:

@@ -65,7 +65,7 @@ QStringView lastComponentOf(QStringView path) {
     return path.size() == 1 ? path : path.sliced(path.lastIndexOf(kPathSlash) + 1);
 }
 
-/// Position of the dot that parts name and extension, -1 when there is none.
+/// Position of the dot that separates name and extension, -1 when there is none.
 qsizetype extensionDot(QStringView name) {
     const qsizetype dot = name.lastIndexOf(u'.');
     return dot > 0 && name != QLatin1String("..") ? dot : -1;

@@ -24,7 +24,7 @@ QStringView withoutLeadingBlanks(QStringView text) {
 }
 
 /// The ASCII characters of the longest prefix that is a number: sign, digits, ".", exponent. An
-/// exponent counts only with digits of its own; without any digit the answer is empty.
+/// exponent counts only with digits of its own; empty without any digit.
 std::string numberPrefix(QStringView text) {
     std::string prefix;
     qsizetype i = 0;

@@ -13,11 +13,11 @@ inline constexpr char16_t kUTTypeGIF[] = u"com.compuserve.gif";
 
 /// The dictionary kCGImagePropertyGIFDictionary.
 struct CGImageGIFProperties {
-    /// How often the images are shown, 0 for ever; none: once.
+    /// How often the animation is shown, 0: without end; absent: once.
     std::optional<int> kCGImagePropertyGIFLoopCount;
 };
 
-/// An animated image file that comes into being in one step. Images are written as they come,
+/// An animated image file that appears in one step. Images are written as they come,
 /// each with a palette of its own; no image carries a delay, players then use their default.
 class CGImageDestination {
 public:

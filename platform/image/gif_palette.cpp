@@ -10,13 +10,13 @@ namespace clipheave::platform {
 namespace {
 
 constexpr std::size_t kMostColours = 256;
-/// Pixels that are looked at; of larger images every second, third, … one.
+/// Pixels that are sampled; of larger images every second, third, … one.
 constexpr qsizetype kMostSamples = 4 << 20;
 constexpr int kRefinements = 3;
-/// An image of fewer coarse colours (a dark scene, a drawing) is looked at more closely.
+/// An image of fewer coarse colours (a dark scene, a drawing) is counted by exact colours.
 constexpr std::size_t kFewCoarseBins = 1500;
 constexpr std::size_t kMostExactBins = 1 << 16;
-/// What the eye notices of each component.
+/// Weight of each component for the eye.
 constexpr std::array<int, 3> kComponentWeights{2, 3, 2};
 
 /// Colours that are counted as one, with their mean.

@@ -16,12 +16,12 @@ struct GifColour {
 /// Up to 256 colours and the search for the nearest.
 class GifPalette {
 public:
-    /// The colours that stand for the image's own with the least error: boxes of colours are cut
-    /// where they vary most, then each colour moves to the middle of what it stands for.
+    /// Returns the colours that represent the image with the least error: boxes of colours are
+    /// split where they vary most, then each colour moves to the mean of those it represents.
     [[nodiscard]] static GifPalette of(const RawFrame& image);
 
     [[nodiscard]] const std::vector<GifColour>& colours() const { return m_colours; }
-    /// True when the colours lie so close that values have to be told apart to the last bit.
+    /// True when the colours lie so close that values differ only in the last bit.
     [[nodiscard]] bool isClose() const { return m_isClose; }
     /// Index of the nearest colour; components 0 to 255.
     [[nodiscard]] std::uint8_t nearest(int red, int green, int blue) const;

@@ -129,24 +129,24 @@ std::vector<std::uint32_t> itemProperties(ByteView ipma, std::uint32_t item) {
     return properties;
 }
 
-void HeifOrientation::rotate(int quarterTurnsAnticlockwise) {
-    m_turns = (m_turns + 4 - (quarterTurnsAnticlockwise & 3)) & 3;
+void HeifOrientation::rotate(int quartersAnticlockwise) {
+    m_quarters = (m_quarters + 4 - (quartersAnticlockwise & 3)) & 3;
 }
 
 void HeifOrientation::mirror(bool leftRight) {
-    // Mirroring after a turn is the opposite turn after mirroring; exchanging top and bottom is
-    // exchanging left and right and half a turn.
-    m_turns = (4 - m_turns) & 3;
+    // Mirroring after a rotation is the opposite rotation after mirroring; a flip of top and bottom
+    // is one of left and right and a rotation by 180 degrees.
+    m_quarters = (4 - m_quarters) & 3;
     m_mirrored = !m_mirrored;
     if (!leftRight)
-        m_turns = (m_turns + 2) & 3;
+        m_quarters = (m_quarters + 2) & 3;
 }
 
 int HeifOrientation::exifValue() const {
-    // By clockwise quarter turns; mirrored: exchanged left-right first, then turned.
+    // By clockwise rotation in steps of 90 degrees; mirrored: left-right first, then rotated.
     static constexpr std::array<int, 4> kPlain{1, 6, 3, 8}, kMirrored{2, 7, 4, 5};
-    const auto turns = static_cast<std::size_t>(m_turns);
-    return m_mirrored ? kMirrored[turns] : kPlain[turns];
+    const auto quarters = static_cast<std::size_t>(m_quarters);
+    return m_mirrored ? kMirrored[quarters] : kPlain[quarters];
 }
 
 } // namespace clipheave::platform

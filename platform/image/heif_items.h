@@ -34,15 +34,16 @@ struct HeifLocation {
 /// `ipma`: the properties of an item as indices into `ipco` from 1, in the order of application.
 [[nodiscard]] std::vector<std::uint32_t> itemProperties(ByteView ipma, std::uint32_t item);
 
-/// The Exif orientation that a sequence of transforms amounts to.
+/// Combines a sequence of transforms into one Exif orientation.
 class HeifOrientation {
 public:
-    void rotate(int quarterTurnsAnticlockwise);
+    /// `quartersAnticlockwise`: steps of 90 degrees, as `irot` counts them.
+    void rotate(int quartersAnticlockwise);
     void mirror(bool leftRight);
     [[nodiscard]] int exifValue() const;
 
 private:
-    int m_turns = 0;         ///< clockwise, applied after the mirroring
+    int m_quarters = 0;      ///< of a clockwise rotation, applied after the mirroring
     bool m_mirrored = false; ///< left and right exchanged
 };
 

@@ -113,8 +113,8 @@ QByteArray loadItem(FileReader& reader, const HeifMeta& meta, const HeifLocation
     return bytes;
 }
 
-/// The item is a 4-byte offset and, there, the TIFF structure; some writers count wrongly or leave
-/// the "Exif" mark of JPEG before it. Source: ISO/IEC 23008-12:2017, A.2.1.
+/// The item is a 4-byte offset and, at that offset, the TIFF structure; some writers count wrongly
+/// or leave the "Exif" mark of JPEG before it. Source: ISO/IEC 23008-12:2017, A.2.1.
 QByteArray tiffOfExifItem(const QByteArray& item) {
     const ByteView view(item);
     const std::uint64_t announced = view.be32(0).value_or(0) + std::uint64_t{4};

@@ -8,7 +8,7 @@
 
 namespace clipheave::platform {
 
-/// How a pixel is made up; 0 where unknown.
+/// Components and bits of a pixel; 0 where unknown.
 struct ImageLayout {
     int components = 0;
     int bitsPerComponent = 0;

@@ -31,7 +31,7 @@ QRgb mix(QRgb a, QRgb b, double t) {
     return qRgb(part(qRed(a), qRed(b)), part(qGreen(a), qGreen(b)), part(qBlue(a), qBlue(b)));
 }
 
-/// Sky with a sun, a range of hills and a plain, by plain arithmetic on pixels.
+/// Draws a sky with a sun, a range of hills and a plain.
 QImage drawScene(QSize size, int pattern) {
     QImage image(size, QImage::Format_RGB32);
     const Scene& scene = kScenes[static_cast<std::size_t>(std::abs(pattern)) % std::size(kScenes)];

@@ -67,7 +67,7 @@ public:
         entry(279, kLong, width * height * 3);
         entry(282, kRational, kResolutions);
         entry(283, kRational, kResolutions + 8);
-        entry(284, kShort, 1); // components beside each other
+        entry(284, kShort, 1); // components interleaved
         entry(296, kShort, 2); // resolution per inch
         number<std::uint32_t>(0);
         for (const int bits : {8, 8, 8, 0})
@@ -105,7 +105,7 @@ Result<QByteArray> TIFFRepresentation(const RawFrame& original) {
         return failure(ErrorCode::LimitExceeded, operation);
     const TiffHeader header(static_cast<std::uint32_t>(original.width),
                             static_cast<std::uint32_t>(original.height));
-    // Four bytes are written for each three; one more at the end takes the last.
+    // Writes four bytes for every three: the last write needs one byte more.
     QByteArray bytes(header.bytes().size() + pixels * 3 + 1, Qt::Uninitialized);
     std::memcpy(bytes.data(), header.bytes().constData(),
                 static_cast<std::size_t>(header.bytes().size()));

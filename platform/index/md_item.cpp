@@ -75,7 +75,7 @@ constexpr std::array kAttributes{
                  [](const MediaFile& f) {
                      return textUnlessEmpty(kindTextForFile(f.path(), f.facts().container));
                  }},
-    // Whole bits: the mean of a variable rate has no meaning behind the point.
+    // Whole bits: decimals of an average rate mean nothing.
     AttributeRow{kMDItemAudioBitRate,
                  [](const MediaFile& f) { return positive(std::round(f.facts().audioBitRate)); }},
     AttributeRow{kMDItemAudioSampleRate,

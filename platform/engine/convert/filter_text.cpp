@@ -14,11 +14,11 @@ namespace clipheave::platform {
 
 namespace {
 
-constexpr int kInvisibleBar = 2; ///< bars of that many pixels are rounding
+constexpr int kInvisibleBar = 2; ///< bars of up to this many pixels are rounding
 
 struct FittedFrame {
     int width, height; ///< of the rotated frame in the output's samples
-    bool crop;         ///< a line less is all the difference
+    bool crop;         ///< only a line of pixels is cut off
 };
 
 AVRational rotatedAspect(AVRational aspect, Orientation orientation) {

@@ -12,8 +12,8 @@
 
 namespace clipheave::platform {
 
-/// Gives the frames of one segment the format of the output; filters anew when theirs changes. HDR
-/// becomes SDR by the same tone mapping as in every other frame that is shown.
+/// Converts the frames of one segment to the output's format; rebuilds its filters when theirs
+/// changes. HDR becomes SDR by the same tone mapping as in every other frame that is shown.
 class FrameFilter {
 public:
     using Sink = std::function<bool(TimedFrame)>; ///< false stops
@@ -25,7 +25,7 @@ public:
     /// Filters one frame, whose sample aspect ratio is `aspect`. AVERROR_EXIT when the sink stopped
     /// it.
     [[nodiscard]] int push(TimedFrame timed, AVRational aspect, const Sink& sink);
-    [[nodiscard]] int finish(const Sink& sink); ///< gives what is still inside
+    [[nodiscard]] int finish(const Sink& sink); ///< delivers the frames still inside
 
 private:
     [[nodiscard]] DecodedFormat formatOf(const AVFrame& frame, AVRational aspect) const;
@@ -42,7 +42,7 @@ private:
     std::optional<DecodedFormat> m_input;
     std::optional<FramePainter> m_painter; ///< of HDR frames
     LinearGraph m_graph;
-    /// One filtered frame comes for each that went in, in the same order.
+    /// Times of the frames inside: one comes out for each that went in, in the same order.
     std::deque<std::pair<Ticks, Ticks>> m_times;
 };
 

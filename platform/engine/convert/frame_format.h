@@ -17,7 +17,7 @@ struct FrameFormat {
     AVChromaLocation chroma = AVCHROMA_LOC_UNSPECIFIED;
     bool interlaced = false, topFieldFirst = false;
 
-    /// Makes it SDR: BT.709, chroma at the left.
+    /// Makes it SDR: BT.709, chroma sited at the left.
     void setSdr();
 };
 

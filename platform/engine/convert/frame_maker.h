@@ -18,7 +18,7 @@ public:
 
 private:
     FrameRotation m_rotation;
-    QSize m_stored; ///< of the frame before it is turned
+    QSize m_stored; ///< size of the frame before rotation
     FramePainter m_painter;
 };
 

@@ -15,7 +15,7 @@ struct LinearGraph {
     AVFilterContext* source = nullptr;
     AVFilterContext* sink = nullptr;
 
-    /// Builds it anew of filters as libavfilter writes them. `kind`: "" for video, "a" for audio,
+    /// Rebuilds it from filters as libavfilter writes them. `kind`: "" for video, "a" for audio,
     /// as libavfilter names its ends.
     [[nodiscard]] int build(const QByteArray& kind, const QByteArray& sourceOptions,
                             const QByteArray& filters, int threads);

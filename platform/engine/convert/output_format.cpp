@@ -34,7 +34,7 @@ AVChromaLocation mirrored(AVChromaLocation chroma, bool isMirrored) {
     return !isMirrored || same ? chroma : AVCHROMA_LOC_UNSPECIFIED;
 }
 
-/// Where the colour samples are after a degrees; unspecified where no name is left for it.
+/// Returns the chroma location after a rotation by `degrees`; unspecified where none has a name.
 AVChromaLocation rotated(AVChromaLocation chroma, int degrees) {
     if (degrees == 0 || chroma == AVCHROMA_LOC_CENTER)
         return chroma;
@@ -55,8 +55,8 @@ AVChromaLocation rotated(AVChromaLocation chroma, int degrees) {
     return AVCHROMA_LOC_UNSPECIFIED;
 }
 
-/// More than eight bits stay where the quality is to stay. Deliberate: a small video of a bit rate
-/// is for any player, and some cannot show H.264 of ten.
+/// More than eight bits are kept at constant quality. Deliberate: a video of a given bit rate is to
+/// play everywhere, and some players cannot show 10-bit H.264.
 void chooseDepth(const ExportVideo& video, const std::vector<PlannedSegment>& segments,
                  FrameFormat& output, Notes& notes) {
     const int depth = depthOf(segments);
@@ -75,8 +75,8 @@ AVColorSpace matrixAt(const AVCodecParameters& source, int width, int height) {
     return matrixFor(source.color_space, source.color_primaries, source.color_trc, width, height);
 }
 
-/// Tags an untagged source with the matrix that is meant, where another would be taken for it at
-/// the size of the output.
+/// Tags an untagged source with its matrix, where players would assume another at the size of the
+/// output.
 void keepMatrix(const AVCodecParameters& source, FrameFormat& output) {
     const AVColorSpace meant = matrixAt(source, source.width, source.height);
     output.matrix = source.color_space;
@@ -148,7 +148,7 @@ FrameFormat outputFormat(const ExportVideo& video, const std::vector<PlannedSegm
     FrameFormat output;
     chooseSize(video, first, output);
     chooseColours(video, segments, output, notes);
-    // Fields survive only where nothing but their codec changes; else they are woven to frames.
+    // Fields survive only where nothing but their codec changes; else they are woven into frames.
     const bool untouched = segments.size() == 1 && first.orientation.isIdentity() &&
                            output.width == source.width && output.height == source.height &&
                            output.height % 4 == 0 && !video.frameDuration;

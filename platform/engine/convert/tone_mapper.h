@@ -20,7 +20,7 @@ struct ToneKind {
 [[nodiscard]] ToneKind toneKindOf(const AVFrame& frame, const Colours& colours);
 
 /// Maps wide gamuts and HDR (PQ and HLG, ITU-R BT.2100) to sRGB: diffuse white (203 cd/m2, ITU-R
-/// BT.2408) stays light, what is brighter rolls off without clipping.
+/// BT.2408) stays bright, what is brighter rolls off without clipping.
 class ToneMapper {
 public:
     explicit ToneMapper(const ToneKind& kind);

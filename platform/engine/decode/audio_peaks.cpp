@@ -128,7 +128,7 @@ private:
     std::int64_t m_time = 0; ///< samples of one channel so far
 };
 
-/// Reads packets for the decoder until somebody wants no more.
+/// Reads packets for the decoder until `goOn` says stop.
 class PeakReader {
 public:
     PeakReader(FileInput& input, const AVStream& stream, const std::function<bool()>& goOn)
@@ -147,7 +147,7 @@ private:
     bool m_cancelled = false;
 };
 
-/// Every failing read is the end: what was decoded counts.
+/// A failing read is the end: what was decoded counts.
 int PeakReader::readPacket(AVPacket& packet) {
     while (av_read_frame(m_input.context(), &packet) >= 0) {
         m_cancelled = !m_goOn();

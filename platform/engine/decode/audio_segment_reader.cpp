@@ -17,7 +17,7 @@ namespace {
 
 /// Segments that begin earlier are read from the start of the file.
 constexpr Ticks kAudioShortestSeek = kTicksPerSecond;
-/// Timestamps that are off by less than a 25th of a second are rounding; filling would be heard.
+/// Timestamps that are off by less than a 25th of a second are rounding; silence would be heard.
 constexpr int kToleratedPart = 25;
 constexpr int kSilenceChunk = 4096;
 constexpr int kHighestRate = 768'000;
@@ -73,7 +73,7 @@ AudioSegmentReader::open(PlannedSegment& segment, double volume, const AudioForm
     return reader;
 }
 
-/// Builds the filters anew when the stream changes its format on the way.
+/// Rebuilds the filters when the stream changes its format.
 int AudioSegmentReader::useFormatOf(AVFrame& frame, const Sink& sink) {
     if (frame.ch_layout.order == AV_CHANNEL_ORDER_UNSPEC)
         av_channel_layout_default(&frame.ch_layout, frame.ch_layout.nb_channels);
@@ -171,7 +171,7 @@ int AudioSegmentReader::takeFrame(AVFrame& frame, const Sink& sink) {
     return m_position >= total ? 1 : 0;
 }
 
-/// After a seek that went too far, once more from the start of the file.
+/// Starts again at the beginning of the file after a seek that went too far.
 bool AudioSegmentReader::rewindIfLate(const AVFrame* frame) {
     const auto time =
         frame != nullptr ? m_source->time(frame->best_effort_timestamp) : std::optional<Ticks>();

@@ -16,7 +16,7 @@ public:
     [[nodiscard]] static Result<std::unique_ptr<AudioSegmentReader>>
     open(PlannedSegment& segment, double volume, const AudioFormat& format);
 
-    /// Gives the whole segment. AVERROR_EXIT when `stopped` or the sink stopped it.
+    /// Delivers the whole segment. AVERROR_EXIT when `stopped` or the sink stopped it.
     [[nodiscard]] int run(const Sink& sink, const std::function<bool()>& stopped);
     /// InvalidData when nothing could be decoded or the audio is shorter than announced.
     [[nodiscard]] Result<void> check() const;
@@ -25,7 +25,7 @@ public:
 
 private:
     [[nodiscard]] int useFormatOf(AVFrame& frame, const Sink& sink);
-    /// 1 when the segment is complete.
+    /// Returns 1 when the segment is complete.
     [[nodiscard]] int takeFrame(AVFrame& frame, const Sink& sink);
     [[nodiscard]] int feed(AVFrame& frame, std::int64_t skip, std::int64_t count, const Sink& sink);
     [[nodiscard]] int feedSilence(const AVFrame& like, std::int64_t count, const Sink& sink);
@@ -44,7 +44,7 @@ private:
 };
 
 /// Returns where the audio of a segment's source ends, in presentation time: by its index, or by
-/// its last packets where the headers only guess. None where neither is there.
+/// its last packets where the headers only estimate it. Nothing where neither is there.
 [[nodiscard]] std::optional<Ticks> audioEndOf(PlannedSegment& segment,
                                               const std::function<bool()>& stopped);
 

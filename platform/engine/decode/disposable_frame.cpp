@@ -55,7 +55,7 @@ bool isDisposableAvc(Bytes packet, Bytes extra) {
 }
 
 /// ISO/IEC 23008-2, 7.4.2.2: the even types below 16 are no reference in their temporal layer; of
-/// the highest layer, in none. ISO/IEC 14496-15, 8.3.3: the record tells how many layers there are.
+/// the highest layer, in none. ISO/IEC 14496-15, 8.3.3: the record has the number of layers.
 bool isDisposableHevc(Bytes packet, Bytes extra) {
     constexpr std::size_t kFixedRecord = 22;
     constexpr int kLastTrailing = 15, kDelimiter = 35, kFiller = 38, kPrefixSei = 39,
@@ -79,7 +79,7 @@ bool isDisposableHevc(Bytes packet, Bytes extra) {
     return allDisposable && hasSlice;
 }
 
-/// ISO/IEC 13818-2, 6.3.9: a B frame is never a reference. Other headers in the packet stay.
+/// ISO/IEC 13818-2, 6.3.9: a B-frame is never a reference. Other headers in the packet stay.
 bool isDisposableMpeg2(Bytes packet) {
     constexpr int kFrame = 0x00, kFirstHeader = 0xB3, kExtension = 0xB5, kBothWays = 3;
     bool hasFrame = false;

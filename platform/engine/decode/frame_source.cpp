@@ -19,15 +19,15 @@ namespace {
 constexpr int kAllCores = 0;
 constexpr int kMostSide = CVPixelBuffer::kMostSide;
 constexpr std::int64_t kProbeVideoBytes = 16 << 20;
-/// A video is given up after so many packets that give no frame.
+/// Packets without a frame after which a video is given up.
 constexpr int kMostPacketsWithoutFrame = 20000;
-/// Other readers round the duration of a file differently.
+/// Tolerance for durations that other readers round differently.
 constexpr double kDurationRounding = 0.001;
-/// Of a frame without a duration in a video without a frame rate, in seconds.
+/// Duration of a frame without one in a video without a frame rate, in seconds.
 constexpr double kUnknownDuration = 1;
-/// A frame that claims to stay longer, in seconds, is damage.
+/// A longer duration of a frame, in seconds, is damage.
 constexpr double kLongestFrame = 60;
-/// Ways back from a place where nothing can be decoded in time, in seconds.
+/// How far a search goes back from where nothing can be decoded in time, in seconds.
 constexpr double kWaysBack[] = {0, 1, 4, 15};
 
 /// Returns the size in square pixels, upright; the sample aspect ratio changes the width.
@@ -88,7 +88,7 @@ public:
     double durationSeconds() const override { return m_duration; }
 
 private:
-    /// A frame and when it begins; `number` tells frames apart.
+    /// A frame and when it begins; `number` identifies it.
     struct Shown {
         Frame frame;
         std::int64_t time = kNoTimestamp, number = 0;

@@ -15,9 +15,9 @@ namespace clipheave::platform {
 namespace {
 
 constexpr int kLargestImageSide = 8192;
-/// Packets of the video that are looked at until a frame comes out.
+/// Packets of the video that are decoded at most until a frame comes out.
 constexpr int kMostPackets = 400;
-/// A file that gives no keyframe is decoded from where it stands after this many packets.
+/// A file without a keyframe in this many packets is decoded from wherever it stands.
 constexpr int kPacketsBeforeAnyFrame = 200;
 constexpr double kLatestSecond = 1e7;
 constexpr InputLimits kGrabLimits{96u << 20, std::chrono::milliseconds(4000)};
@@ -30,7 +30,7 @@ tl::unexpected<Error> grabError(ErrorCode code, const Message& detail = {}) {
 const AVStream* selectVideo(FileInput& input) {
     AVFormatContext& context = *input.context();
     AVStream* video = videoStream(context);
-    // Containers without an index tell what they hold only in the packets.
+    // Containers without an index show what they hold only in the packets.
     if (video == nullptr || video->codecpar->width <= 0 || video->codecpar->height <= 0) {
         if (!input.findStreamInfo())
             return nullptr;
@@ -88,7 +88,7 @@ Frame decodeFrame(AVFormatContext& context, const AVStream& stream, MediaDecoder
 }
 
 /// Decodes the last keyframe at or before `position`. Containers without an index find a place only
-/// roughly: when what comes from there is later, the search starts further ahead.
+/// roughly: when what comes from there is later, the search starts earlier.
 Frame frameBefore(AVFormatContext& context, const AVStream& stream, MediaDecoder& decoder,
                   double position) {
     // A search beyond the end finds nothing in some containers.

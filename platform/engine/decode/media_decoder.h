@@ -29,7 +29,7 @@ public:
     /// Takes the next frame, reading as many packets as it needs. AVERROR_EOF at the end, else the
     /// code of the reader.
     [[nodiscard]] int next(AVFrame& frame, const PacketReader& read);
-    /// Forgets what is inside and starts anew at the next packet; the count stays.
+    /// Discards what is inside and restarts at the next packet; the count stays.
     void flush();
 
     /// Returns the number of packets that could not be decoded so far.

@@ -12,9 +12,9 @@ namespace {
 /// More than any reordering of frames.
 constexpr std::size_t kPacketsAhead = 24;
 constexpr std::size_t kMostBytesAhead = 48 << 20;
-/// A video without keyframes (intra refresh) is decoded from where it stands after this many.
+/// After this many packets a video without keyframes (intra refresh) is decoded from anywhere.
 constexpr int kPacketsWithoutKeyFrame = 600;
-/// Where the index does not reach, a time this far ahead is sought instead of decoded up to.
+/// Beyond the index, a time this far ahead is reached by a seek instead of by decoding.
 constexpr double kFarSeconds = 8;
 
 std::int64_t shownTime(const AVPacket& packet) {

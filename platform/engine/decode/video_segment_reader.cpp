@@ -17,7 +17,7 @@ constexpr AVRational kUsualRate{25, 1}; ///< where a file has none
 constexpr Ticks kShortestSeek = kTicksPerSecond;
 /// A last frame with a longer duration is damage, unless another stream lasts as long.
 constexpr Ticks kLongestLastFrame = kTicksPerSecond * 60;
-/// As much of the announced duration may be missing at the end.
+/// How much of the announced duration may be missing at the end.
 constexpr Ticks kToleratedLoss = kTicksPerSecond * 2;
 
 } // namespace
@@ -77,7 +77,7 @@ Result<VideoSegmentReader::Decoded> VideoSegmentReader::decode() {
     return decoded;
 }
 
-/// After a seek that went too far, once more from the start of the file.
+/// Starts again at the beginning of the file after a seek that went too far.
 Result<VideoSegmentReader::Decoded> VideoSegmentReader::decodeFirst() {
     auto first = decode();
     const bool late = first && (!first->frame || first->time > m_stretch.sourceStart);

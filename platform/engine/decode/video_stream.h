@@ -8,7 +8,7 @@ namespace clipheave::platform {
 
 /// Returns the first video that is no attached picture; null when there is none.
 [[nodiscard]] AVStream* videoStream(AVFormatContext& context);
-/// Returns the rotation by quarters that is nearest to the stream's display matrix.
+/// Returns the rotation in steps of 90 degrees nearest to the stream's display matrix.
 [[nodiscard]] FrameRotation rotationOfStream(const AVStream& stream);
 
 } // namespace clipheave::platform

@@ -21,11 +21,11 @@ struct AudioEncoding {
                                                 std::int64_t bitRate);
 
 /// Returns AAC of the same channels in the same order, not mixed. NotSupported where AAC has no
-/// layout of as many.
+/// layout of that many.
 [[nodiscard]] Result<AudioEncoding> unmixedAacEncoding(const AVCodecContext& decoder,
                                                        std::int64_t bitRate);
 /// Returns ALAC of the same channels in the same order, with 16 or 24 bits. NotSupported where ALAC
-/// has no layout of as many.
+/// has no layout of that many.
 [[nodiscard]] Result<AudioEncoding> alacEncoding(const AVCodecContext& decoder);
 /// Returns whether samples of a decoder are finer than ALAC holds, which is 24 bits.
 [[nodiscard]] bool isFinerThanAlac(const AVCodecContext& decoder);

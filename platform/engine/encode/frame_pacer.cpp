@@ -6,7 +6,7 @@
 namespace clipheave::platform {
 
 bool FramePacer::wants(Ticks start, Ticks end) const {
-    // The first one always, be it shorter than a whole frame: a video has a frame.
+    // The first one always, even when it is shorter than a whole frame: a video has a frame.
     return !m_constant || !m_last ||
            ticksTo(end, m_timeBase) > std::max(ticksTo(start, m_timeBase), m_next);
 }

@@ -13,7 +13,7 @@ namespace {
 /// Threads beyond those that the encoder would choose: its frames wait for each other, and with
 /// these no core does. Worth 5 to 8 % of the time on two cores, for 5 % more memory each.
 constexpr int kMoreEncoderThreads = 2;
-/// Of an export beside others: one that outlasts them should not stay on one core.
+/// Least threads of an export beside others: one that outlasts them should not stay on one core.
 constexpr int kLeastEncoderThreads = 4;
 
 tl::unexpected<Error> videoEncoderError(ErrorCode code, const Message& detail) {

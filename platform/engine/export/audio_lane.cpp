@@ -11,7 +11,7 @@ namespace clipheave::platform {
 
 namespace {
 
-/// A change of speed may end up to this part of a second early; the rest is filled with silence.
+/// A change of speed may end up to 1/10 s early; the rest is filled with silence.
 constexpr int kTempoLoss = 10;
 
 /// Puts the segments one after the other, silence between them.

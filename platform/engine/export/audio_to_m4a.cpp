@@ -22,7 +22,7 @@ tl::unexpected<Error> audioError(ErrorCode code, const QString& path, const Mess
     return failure(code, kConvertAudio, path, detail);
 }
 
-/// What M4A holds as it is.
+/// Returns whether M4A holds the codec as it is.
 bool isHeldByM4a(AVCodecID codec) {
     return codec == AV_CODEC_ID_AAC || codec == AV_CODEC_ID_ALAC || codec == AV_CODEC_ID_AC3;
 }
@@ -112,7 +112,7 @@ Result<void> AudioConverter::addStream() {
     return {};
 }
 
-/// Starts anew when a stream changes its format on the way.
+/// Restarts the resampler when the stream changes its format.
 int AudioConverter::startResampler(const AVFrame& frame) {
     const AudioFormat& format = m_encoder->format();
     auto* layout = const_cast<AVChannelLayout*>(&format.layout.get()); // only read

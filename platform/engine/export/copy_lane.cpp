@@ -137,7 +137,7 @@ int PacketCopier::giveHeld() {
     return 0;
 }
 
-/// 1 when the segment is complete.
+/// Returns 1 when the segment is complete.
 int PacketCopier::take(AVPacket& packet, const Times& times) {
     Packet copy(av_packet_alloc());
     if (!copy)
@@ -157,7 +157,7 @@ int PacketCopier::take(AVPacket& packet, const Times& times) {
             return 0;
         }
         if (cutOff)
-            return 0; // no codec reaches so far
+            return 0; // no codec reorders that far
     }
     if (const int code = giveHeld(); code < 0)
         return code;

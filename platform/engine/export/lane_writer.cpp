@@ -191,7 +191,7 @@ Result<void> LaneWriter::begin(const ExportPlan& plan, const PlannedExport& plan
     Dictionary options;
     if (plan.moovFirst)
         options.set("movflags", "+faststart");
-    // Edit lists are written in units of the movie: as fine as the first track's.
+    // Edit lists are written in the movie's timescale: as fine as the first track's.
     const AVRational base =
         m_lanes.track(0) != nullptr ? m_lanes.track(0)->timeBase : AVRational{1, 1000};
     int units = std::max(base.den, 1);

@@ -27,7 +27,7 @@ QString streamText(const AVCodecParameters& codec) {
            QString::fromLatin1(avcodec_get_name(codec.codec_id)) + u')';
 }
 
-/// VP8 has a code in this family, but no box that describes it; the muxer refuses it late.
+/// VP8 has a code in this family, but no box that describes it: the muxer would refuse it late.
 bool holds(const AVOutputFormat& format, AVCodecID codec) {
     return codec != AV_CODEC_ID_VP8 && holdsCodec(format, codec, FF_COMPLIANCE_NORMAL);
 }
@@ -96,7 +96,7 @@ Result<Notes> addStreams(AVFormatContext& source, FileOutput& output, UnheldStre
     return Notes{Message(kStreamsLeftOut, {leftOut.join(QStringLiteral(", "))})};
 }
 
-/// Makes the timestamps of one stream what a muxer needs: present and rising.
+/// Gives a stream the timestamps that a muxer needs: present and increasing.
 class TimestampRepair {
 public:
     TimestampRepair(const AVStream& stream, const AVFormatContext& source)

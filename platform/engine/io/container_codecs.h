@@ -11,7 +11,7 @@ namespace clipheave::platform {
 
 /// Returns the codec's name for users, "VP8"; not for AV_CODEC_ID_NONE, which has none.
 [[nodiscard]] QString codecName(AVCodecID codec);
-/// Returns why a stream cannot be decoded: there is no decoder for its codec, or nothing tells
+/// Returns why a stream cannot be decoded: there is no decoder for its codec, or nothing says
 /// which codec it is.
 [[nodiscard]] Message noDecoder(const AVCodecParameters& stream);
 /// Returns whether the container has a place for the codec; what the stream holds may yet be

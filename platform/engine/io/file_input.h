@@ -8,7 +8,7 @@
 
 namespace clipheave::platform {
 
-/// What one opening of a file may cost. A file that wants more is given up with what it has shown.
+/// What one opening of a file may cost. A file that needs more is given up with what was read.
 struct InputLimits {
     std::uint64_t bytes = 16u << 20;
     std::chrono::milliseconds time{3000};

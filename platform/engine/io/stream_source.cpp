@@ -18,7 +18,7 @@ constexpr int kMostUnreadable = 100; ///< failing reads in a row after which a f
 constexpr Ticks kSeekMargin = kTicksPerSecond * 10;
 /// Audio decoders need some packets before the first good sample.
 constexpr Ticks kAudioPreroll = kTicksPerSecond / 4;
-/// As much may be missing at the end of a file.
+/// How much may be missing at the end of a file.
 constexpr Ticks kToleratedCut = kTicksPerSecond / 2;
 /// Packets from a place found by its time; more than lie between a keyframe and the end.
 constexpr int kMostLookedAt = 2000;

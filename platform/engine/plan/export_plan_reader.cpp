@@ -116,15 +116,15 @@ private:
 };
 
 Result<void> readOrientations(const ExportVideo& video, std::vector<PlannedSegment>& segments) {
-    const std::vector<int>& turns = video.turns;
+    const std::vector<int>& rotations = video.rotations;
     const std::vector<bool>& mirrored = video.mirrored;
     const auto isCount = [&segments](std::size_t n) { return n <= 1 || n == segments.size(); };
-    if (!isCount(turns.size()) || !isCount(mirrored.size()))
+    if (!isCount(rotations.size()) || !isCount(mirrored.size()))
         return planError(kRotationCount);
     for (std::size_t i = 0; i < segments.size() && !mirrored.empty(); ++i)
         segments[i].orientation.mirrored = mirrored[mirrored.size() == 1 ? 0 : i];
-    for (std::size_t i = 0; i < segments.size() && !turns.empty(); ++i) {
-        const int degrees = turns.size() == 1 ? turns.front() : turns[i];
+    for (std::size_t i = 0; i < segments.size() && !rotations.empty(); ++i) {
+        const int degrees = rotations.size() == 1 ? rotations.front() : rotations[i];
         if (degrees != 0 && degrees != 90 && degrees != 180 && degrees != 270)
             return planError(kRotationValue);
         segments[i].orientation.degrees = degrees;

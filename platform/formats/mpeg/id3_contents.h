@@ -8,7 +8,7 @@
 namespace clipheave::platform {
 
 /// What a tag says, as items of key space "org.id3". Texts stand as they are in the tag: TYER,
-/// TDAT, TRDA and TDRC are told apart. Several values of one frame are joined by kValueSeparator.
+/// TDAT, TRDA and TDRC stay distinct. Several values of one frame are joined by kValueSeparator.
 ///
 /// Identifiers are "id3/" + frame with these exceptions, so that whoever takes the last item of an
 /// identifier gets the right one:

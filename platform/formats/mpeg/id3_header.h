@@ -11,7 +11,7 @@ namespace clipheave::platform {
 struct Id3Header {
     static constexpr std::uint64_t kSize = 10;
 
-    int version = 0; ///< 2, 3 or 4; any other number is a tag that only its size is known of
+    int version = 0; ///< 2, 3 or 4; any other number is a tag of which only the size is known
     bool unsynchronised = false;
     bool compressed = false; ///< v2.2 only: contents undefined
     bool extended = false;   ///< v2.3 and v2.4: a further header follows

@@ -45,7 +45,8 @@ std::optional<Result<MediaFacts>> readBehindTag(FileReader& reader, std::uint64_
     return std::nullopt;
 }
 
-/// AAC with ADTS headers (ISO/IEC 13818-7, 6.2), AC-3, DTS and containers: others read those.
+/// AAC with ADTS headers (ISO/IEC 13818-7, 6.2), AC-3, DTS and containers: other readers take
+/// those.
 bool isOtherAudio(ByteView head) {
     const auto mark = head.be16(0).value_or(0);
     if ((mark & 0xFFF6) == 0xFFF0 || mark == 0x0B77 || mark == 0x7FFE)

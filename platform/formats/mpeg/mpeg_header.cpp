@@ -69,8 +69,8 @@ std::optional<MpegInfoFrame> parseInfoFrame(ByteView frame, const MpegFrameHeade
     return info;
 }
 
-/// Average over the frames that one look at the start of the audio shows: a file of variable rate
-/// without an info frame is not taken at the rate of its first, often silent, frame.
+/// Returns the average over the frames in one read at the start of the audio: a file of variable
+/// rate without an info frame is not taken at the rate of its first, often silent, frame.
 double averageBitRate(const ByteRange& audio, std::uint64_t at) {
     double bits = 0;
     double seconds = 0;
@@ -129,7 +129,7 @@ std::optional<std::uint64_t> findMpegFrame(const ByteRange& audio) {
     const std::uint64_t last = std::min(audio.size(), kLongestMpegSearch);
     std::uint64_t at = 0;
     while (at < last) {
-        // The first frame of a clean file is found with a look at a few bytes.
+        // The first frame of a clean file is found within a few bytes.
         const std::uint64_t step = at == 0 ? 1 : kMpegSearchStep;
         const auto found = nextMpegHeader(audio, at, step);
         if (found && (hasInfoFrame(audio, *found) ||

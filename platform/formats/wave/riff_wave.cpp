@@ -183,7 +183,7 @@ InfoDictionary waveInfo(const WaveFile& wave) {
     InfoDictionary info;
     for (const InfoChunkKey& row : kInfoChunkKeys)
         addMissingInfo(info, {{row.key, tagText(wave.texts, QLatin1String(row.id))}});
-    // A year is told from the date of recording.
+    // The year comes from the date of recording.
     addMissingInfo(
         info, {{QStringLiteral("year"), yearText(info.value(QStringLiteral("recorded date")))}});
     addMissingInfo(info, {{QStringLiteral("recorded date"), wave.recorded}});

@@ -185,7 +185,7 @@ Result<void> applyVideoComposition(const AVMutableVideoComposition& instructions
             const auto rotation = rotationOfTransform(*layer.transform());
             if (!rotation)
                 return unsupported(path, kRightAnglesOnly);
-            video.turns = {rotation->degrees};
+            video.rotations = {rotation->degrees};
             video.mirrored = {rotation->mirrored};
         }
     return {};
@@ -201,11 +201,11 @@ void drawUpright(const AVMutableCompositionTrack& track, ExportVideo& video) {
         return;
     for (const AVAssetTrack& source : track.sourceTracks()) {
         const auto rotation = rotationOfTransform(transformOfMatrix(source.preferredTransform));
-        video.turns.push_back(rotation ? rotation->degrees : 0);
+        video.rotations.push_back(rotation ? rotation->degrees : 0);
         video.mirrored.push_back(rotation && rotation->mirrored);
     }
     QSizeF size = displaySize(first);
-    if (video.turns.front() % 180 != 0)
+    if (video.rotations.front() % 180 != 0)
         size.transpose();
     video.size = {evenSide(size.width()), evenSide(size.height())};
     video.preferredTransform = ExportVideo{}.preferredTransform;

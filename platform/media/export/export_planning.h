@@ -14,7 +14,7 @@ inline constexpr char16_t AVAssetExportPresetMediumQuality[] = u"AVAssetExportPr
 inline constexpr char16_t AVAssetExportPresetLowQuality[] = u"AVAssetExportPresetLowQuality";
 inline constexpr char16_t AVAssetExportPresetAppleM4A[] = u"AVAssetExportPresetAppleM4A";
 
-/// What an export session was told, before any file is opened for it.
+/// What an export session was asked for, before any file is opened for it.
 struct ExportOrder {
     std::optional<AVURLAsset> asset; ///< the file, or
     AVMutableComposition composition;

@@ -105,7 +105,7 @@ void ExportQueue::work() {
         ++m_running;
         lock.unlock();
         job();
-        job = nullptr; // what it holds goes before anybody is told that it is done
+        job = nullptr; // what it holds is released before it counts as done
         lock.lock();
         for (const QString& folder : deferred.take())
             m_changedFolders.insert(folder);

@@ -14,7 +14,7 @@ struct QuickTimeCodec {
 };
 constexpr std::array kQuickTimeCodecs{
     QuickTimeCodec{u"sowt", "PCM"},         QuickTimeCodec{u"twos", "PCM"},
-    QuickTimeCodec{u"raw ", "raw data"},    QuickTimeCodec{u"NONE", "raw data"},
+    QuickTimeCodec{u"raw ", "raw"},         QuickTimeCodec{u"NONE", "raw"},
     QuickTimeCodec{u"lpcm", "PCM"},         QuickTimeCodec{u"in24", "PCM"},
     QuickTimeCodec{u"in32", "PCM"},         QuickTimeCodec{u"fl32", "PCM"},
     QuickTimeCodec{u"fl64", "PCM"},         QuickTimeCodec{u"ulaw", "PCM"},
@@ -35,8 +35,8 @@ constexpr std::array kQuickTimeCodecs{
     QuickTimeCodec{u"mjpb", "Motion JPEG"}, QuickTimeCodec{u"dvc ", "DV"},
     QuickTimeCodec{u"dvcp", "DV"},          QuickTimeCodec{u"dvpp", "DV"},
     QuickTimeCodec{u"dv5n", "DV"},          QuickTimeCodec{u"dv5p", "DV"},
-    QuickTimeCodec{u"2vuy", "raw data"},    QuickTimeCodec{u"yuv2", "raw data"},
-    QuickTimeCodec{u"v210", "raw data"},    QuickTimeCodec{u"icod", "Apple Intermediate"},
+    QuickTimeCodec{u"2vuy", "2vuy"},        QuickTimeCodec{u"yuv2", "yuv2"},
+    QuickTimeCodec{u"v210", "v210"},        QuickTimeCodec{u"icod", "Apple Intermediate"},
 };
 
 } // namespace

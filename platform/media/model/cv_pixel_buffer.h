@@ -59,13 +59,13 @@ private:
     std::weak_ptr<Spares> m_home;
 };
 
-/// Hands out buffers of one size; the memory of those that nobody holds any more is used again.
+/// Hands out buffers of one size; the memory of those that nobody holds any more is reused.
 /// Thread-safe. Buffers outlive their pool.
 class CVPixelBufferPool {
 public:
     /// Keeps the memory of at most `spares` buffers.
     CVPixelBufferPool(QSize size, std::size_t spares);
-    /// Its pixels are what they were. Errors of CVPixelBuffer::create().
+    /// Returns a buffer whose pixels are undefined. Errors as CVPixelBuffer::create().
     [[nodiscard]] Result<std::shared_ptr<CVPixelBuffer>> createPixelBuffer();
     [[nodiscard]] QSize size() const { return m_size; }
 

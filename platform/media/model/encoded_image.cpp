@@ -7,13 +7,13 @@
 namespace clipheave::platform {
 namespace {
 
-// Larger than any frame that a decoder here takes; keeps products of the two inside 64 bits.
+// Larger than any image that a decoder here takes; keeps products of the two inside 64 bits.
 constexpr std::uint32_t kLargestImageSide = 1u << 20;
 constexpr int kMostJpegSegments = 2000;
 constexpr int kMostTiffEntries = 1000;
 constexpr qsizetype kLargestFrame = 64 << 20;
 
-/// A few bytes at an offset; cut at the end of the frame. Borrowed until the next call.
+/// A few bytes at an offset; cut at the end of the image. Borrowed until the next call.
 using FrameBytes = std::function<ByteView(std::uint64_t offset, std::uint64_t length)>;
 
 std::optional<FrameHeader> plausibleFrame(const char* format, std::uint32_t width,
@@ -177,7 +177,7 @@ QByteArray EncodedImage::bytes() const {
     const auto loaded = slice->load(kLargestFrame);
     if (!loaded)
         return {};
-    // The file may have been rewritten since: other bytes at this place are not the frame.
+    // The file may have been rewritten since: other bytes at this place are not the image.
     const auto header = sniffImage(*loaded);
     return header && header->format == m_format && header->size == m_size ? *loaded : QByteArray();
 }

@@ -12,16 +12,16 @@
 #include <optional>
 #include <vector>
 
-// An export as a value: which stretches of which files, how they are turned and encoded, into what.
-// Made from a composition and a preset, readable by tests, carried out by the media engine.
+// An export as a value: which stretches of which files, how they are rotated and encoded, into
+// what. Made from a composition and a preset, readable by tests, carried out by the media engine.
 namespace clipheave::platform {
 
 /// A stretch of one track of a file in the output. Times in the presentation time of the file, its
 /// edit list applied, 0 being the start of the file's presentation.
 struct ExportSegment {
     QString path;
-    /// Position of the stream among the file's streams of this media type that are no attached
-    /// frames, 0 being the first.
+    /// Position of the stream among the file's streams of this media type, attached pictures
+    /// not counted, 0 being the first.
     int stream = 0;
     CMTimeRange source;
     /// Where it stands in the output. Another duration than the source's is a change of speed.
@@ -40,11 +40,11 @@ struct ExportVideo {
     /// Size of the encoded frame in square pixels, even; empty: that of the first segment's
     /// source as it is stored (with its sample aspect kept in the track).
     QSize size;
-    /// Draws each source frame turned clockwise by this many degrees (0, 90, 180, 270) before it
+    /// Draws each source frame rotated clockwise by this many degrees (0, 90, 180, 270) before it
     /// is fitted into `size`; one value a segment, or one for all, or none for 0. Sources that do
     /// not fill `size` are centred on black.
-    std::vector<int> turns;
-    /// Mirrors it left to right before that; counted like `turns`.
+    std::vector<int> rotations;
+    /// Mirrors it left to right before that; counted like `rotations`.
     std::vector<bool> mirrored;
     /// Display matrix of the output track, {a b u c d v x y w}; identity: none.
     std::array<double, 9> preferredTransform{1, 0, 0, 0, 1, 0, 0, 0, 1};

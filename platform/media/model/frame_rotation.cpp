@@ -34,7 +34,7 @@ int signOf(double value) {
 
 /// `right` and `down`: where the axes of the frame go; at a right angle to each other.
 FrameRotation rotationOfAxes(Axis right, Axis down) {
-    // Mirroring does not move the y axis: it alone says the angle.
+    // Mirroring does not move the y axis: it alone gives the angle.
     const int degrees = down.y == 1 ? 0 : down.x == -1 ? 90 : down.y == -1 ? 180 : 270;
     return {degrees, right.x * down.y - right.y * down.x < 0};
 }

@@ -50,13 +50,13 @@ public:
     [[nodiscard]] virtual Result<RawFrame> frameAt(CMTime time) = 0;
     /// When the frame begins that was given last; invalid before the first.
     [[nodiscard]] virtual CMTime shownTime() const = 0;
-    /// Size of the frames in square pixels, turned.
+    /// Returns the size of the frames in square pixels, upright.
     [[nodiscard]] virtual QSize size() const = 0;
     /// Duration of the file's presentation in seconds.
     [[nodiscard]] virtual double durationSeconds() const = 0;
 };
 
-/// Every frame of a video in the order they are shown, at the size and the way round in which they
+/// Every frame of a video in presentation order, at the size and in the orientation in which they
 /// are stored. Decoding runs a few frames ahead on a thread of its own, which ends with this.
 class FrameReader {
 public:
@@ -67,11 +67,11 @@ public:
     [[nodiscard]] virtual Result<CMSampleBuffer> next() = 0;
     /// From any thread: next() fails with Cancelled from now on.
     virtual void cancel() = 0;
-    /// What is worth telling so far: damage that was left out.
+    /// Returns the notes so far: damage that was left out.
     [[nodiscard]] virtual Notes notes() const = 0;
 };
 
-/// What a video that is made of frames looks like.
+/// The settings of a video that is made of frames.
 struct VideoWriterSettings {
     ExportContainer container = ExportContainer::QuickTimeMovie;
     QSize size; ///< of the stored frames; an odd side loses a line
@@ -123,18 +123,18 @@ public:
                                               const std::function<bool(double)>& progress) = 0;
     /// The audio of `source` alone as an MP4-family file at `target`: AAC, ALAC and AC-3 are
     /// copied, other lossless codecs become ALAC (16 or 24 bits), all others AAC at 256 kbit/s.
-    /// Returns what is worth telling. NotSupported without an audio track or a decoder. `progress`
+    /// Returns notes. NotSupported without an audio track or a decoder. `progress`
     /// as above.
     [[nodiscard]] virtual Result<Notes> audioToM4a(const QString& source, const QString& target,
                                                    const std::function<bool(double)>& progress) = 0;
     /// Carries out `plan` into a file at `target`, which is replaced and must be nobody's source.
-    /// Returns what is worth telling (a stream that was left out, a colour conversion). The output
+    /// Returns notes (a stream that was left out, a colour conversion). The output
     /// has no metadata of the source but its header dates. `progress` (0 to 1) stops it by
     /// returning false. NotSupported without a decoder, InvalidData when a source breaks off.
     [[nodiscard]] virtual Result<Notes> runExport(const ExportPlan& plan, const QString& target,
                                                   const ExportResources& resources,
                                                   const std::function<bool(double)>& progress) = 0;
-    /// The first video of the file that is no attached picture; frames scaled to `size` where
+    /// Opens the first video that is no attached picture; frames are scaled to `size` where
     /// given. NotSupported without a video or decoder.
     [[nodiscard]] virtual Result<std::unique_ptr<FrameSource>>
     openFrames(const QString& path, std::optional<QSize> size) = 0;
@@ -152,7 +152,7 @@ public:
     /// The last keyframe of the video at or before `seconds` (the first one where there is none
     /// before; a somewhat earlier one where the container has no index), upright as the display
     /// matrix says, in its display proportions, scaled down so that no side is over `largestSide`
-    /// pixels (1 to 8192). Bounded in bytes and time. NotSupported without a frame track or
+    /// pixels (1 to 8192). Bounded in bytes and time. NotSupported without a video or
     /// decoder, InvalidData when nothing could be decoded.
     [[nodiscard]] virtual Result<RawFrame> keyframeAt(const QString& path, double seconds,
                                                       int largestSide) = 0;
@@ -160,7 +160,7 @@ public:
     /// time: the largest magnitude of any channel, 255 for full scale. Decodes all of it, which
     /// takes some seconds for an hour of audio; `goOn` stops it by returning false (Cancelled).
     /// NotSupported without an audio track or decoder, LimitExceeded over three hours, over 30
-    /// seconds of work, or when the file does not tell its length.
+    /// seconds of work, or when the duration of the file is unknown.
     [[nodiscard]] virtual Result<QByteArray> audioPeaks(const QString& path, int columns,
                                                         const std::function<bool()>& goOn) = 0;
 };

@@ -43,14 +43,14 @@ struct AVAssetTrack {
     std::array<double, 9> preferredTransform{1, 0, 0, 0, 1, 0, 0, 0, 1};
     bool enabled = true;
     bool isAttachedPicture = false; ///< cover art carried as a video track
-    bool isChapterTrack = false;    ///< titles or frames of another track's chapters
+    bool isChapterTrack = false;    ///< titles or images of another track's chapters
     double nominalFrameRate = 0;    ///< frames per second, 0 when unknown
     double sampleRate = 0;          ///< Hz
     int channels = 0;
     double bitRate = 0; ///< bit/s, 0 when unknown
 };
 
-/// Everything one skip the headers of a file gives. Missing facts are 0, null or empty.
+/// Everything that one pass over the headers of a file gives. Missing facts are 0, null or empty.
 struct MediaFacts {
     Container container = Container::Unknown;
     QString majorBrand; ///< of ISO base media, "qt  "
@@ -67,7 +67,7 @@ struct MediaFacts {
     bool hasChapters = false;      ///< of ISO base media: as a track
     QDateTime contentCreationDate; ///< embedded creation time; invalid when there is none
 
-    // What the audio-file properties answer; filled for WAV, FLAC, AU, AIFF and CAF.
+    // What the audio-file properties return; filled for WAV, FLAC, AU, AIFF and CAF.
     QMap<QString, QString> infoDictionary; ///< "album", "artist", "track number", …
     EncodedImage albumArtwork;             ///< null when there is none
     std::uint64_t id3TagSize = 0;          ///< bytes of the raw ID3v2 tag, 0 when there is none

@@ -22,7 +22,7 @@ TEST_F(ExportVideoTest, TurnsFramesAtAConstantRate) {
         {0, "null"}, {90, "transpose=clock"}, {180, "hflip,vflip"}, {270, "transpose=cclock"}};
     for (const auto& [turn, filter] : cases) {
         ExportPlan plan = planFor(source);
-        plan.video->turns = {turn};
+        plan.video->rotations = {turn};
         plan.video->size = turn % 180 == 0 ? QSize(192, 128) : QSize(128, 192);
         plan.video->frameDuration = CMTimeMake(1, 30);
         plan.moovFirst = true;
@@ -45,7 +45,7 @@ TEST_F(ExportVideoTest, MirrorsBeforeItTurns) {
     plan.video->mirrored = {true};
     exported(plan);
     EXPECT_GT(likeness(m_out, source, "hflip"), 0.98);
-    plan.video->turns = {90};
+    plan.video->rotations = {90};
     exported(plan);
     EXPECT_GT(likeness(m_out, source, "hflip,transpose=clock"), 0.98);
 }
@@ -191,7 +191,7 @@ TEST_F(ExportVideoTest, KeepsFieldsWhereTheFrameIsUntouchedAndWeavesThemElse) {
     plan.audio.reset();
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=field_order,nb_frames"), "tt,75");
-    plan.video->turns = {90};
+    plan.video->rotations = {90};
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=width,height,field_order,nb_frames"),
               "128,192,progressive,75");
