@@ -11,6 +11,8 @@
 #include "platform/image/tiff_representation.h"
 #include "platform/media/export/output_place.h"
 
+#include <algorithm>
+
 namespace clipheave::metadata {
 
 namespace {

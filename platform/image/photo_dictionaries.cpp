@@ -5,6 +5,7 @@
 #include "platform/image/tag_values.h"
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 namespace clipheave::platform {

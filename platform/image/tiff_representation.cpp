@@ -9,6 +9,7 @@
 #include <QImageWriter>
 #include <QtEndian>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 

@@ -12,10 +12,13 @@
 #include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 
+#include <algorithm>
 #include <csignal>
 #include <map>
 #include <random>
+#include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -9,6 +9,8 @@
 #include <QSet>
 
 #include <ctime>
+#include <string>
+#include <utility>
 
 namespace {
 

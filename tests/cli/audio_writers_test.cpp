@@ -3,6 +3,7 @@
 #include "tests/cli/cli_kit.h"
 
 #include <QDirIterator>
+#include <QFile>
 
 namespace {
 

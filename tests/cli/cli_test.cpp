@@ -11,6 +11,8 @@
 #include <QThread>
 
 #include <csignal>
+#include <cstdio>
+#include <utility>
 
 namespace {
 

@@ -2,6 +2,7 @@
 #include "tests/cli/cli_kit.h"
 
 #include <QDir>
+#include <QFile>
 
 namespace {
 

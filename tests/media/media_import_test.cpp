@@ -11,6 +11,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <utility>
+
 namespace {
 
 using namespace clipheave;

@@ -4,6 +4,7 @@
 #include "tests/testkit/testkit.h"
 
 #include <clocale>
+#include <utility>
 
 namespace {
 

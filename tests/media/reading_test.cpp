@@ -8,6 +8,8 @@
 #include "tests/testkit/items.h"
 #include "tests/testkit/media.h"
 
+#include <utility>
+
 namespace {
 
 using namespace clipheave::media;

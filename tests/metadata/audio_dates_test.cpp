@@ -11,6 +11,7 @@
 #include <QJsonArray>
 
 #include <cmath>
+#include <initializer_list>
 
 namespace {
 

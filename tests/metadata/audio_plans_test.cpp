@@ -6,6 +6,8 @@
 #include "tests/testkit/items.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 
 namespace {
 

@@ -5,6 +5,9 @@
 #include "tests/testkit/items.h"
 #include "tests/testkit/testkit.h"
 
+#include <initializer_list>
+#include <utility>
+
 namespace {
 
 using namespace clipheave;

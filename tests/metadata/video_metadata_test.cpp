@@ -6,6 +6,7 @@
 #include "tests/metadata/write_fixture.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 namespace {
 

@@ -8,9 +8,14 @@
 #include "video/video_labels.h"
 #include "video/video_titles.h"
 
+#include <QColor>
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QImage>
 #include <QJsonArray>
+
+#include <algorithm>
 
 namespace {
 

@@ -4,6 +4,8 @@
 #include "platform/formats/messages.h"
 #include "platform/formats/tag_text.h"
 
+#include <algorithm>
+
 namespace clipheave::platform {
 namespace {
 

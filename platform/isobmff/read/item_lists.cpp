@@ -4,6 +4,7 @@
 #include "platform/isobmff/messages.h"
 #include "platform/isobmff/read/item_texts.h"
 
+#include <algorithm>
 #include <array>
 #include <vector>
 

@@ -8,6 +8,7 @@
 #include <QHash>
 #include <QStringConverter>
 
+#include <algorithm>
 #include <bit>
 
 namespace clipheave::platform {

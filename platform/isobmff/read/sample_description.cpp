@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/read/sample_description.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>

@@ -5,6 +5,7 @@
 #include "tests/testkit/media.h"
 
 #include <QBuffer>
+#include <QColor>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>

@@ -23,6 +23,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <utility>
 
 namespace clipheave::app {
 namespace {

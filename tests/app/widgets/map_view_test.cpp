@@ -13,6 +13,8 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <string>
+#include <utility>
 
 namespace clipheave::app {
 namespace {

@@ -6,6 +6,7 @@
 #include "app/windows/list_head.h"
 #include "tests/app/window/window_fixture.h"
 
+#include <QImage>
 #include <QLabel>
 #include <QMenu>
 #include <QSet>

@@ -11,6 +11,8 @@
 #include <QComboBox>
 #include <QFontDialog>
 
+#include <utility>
+
 namespace {
 
 using namespace clipheave;

@@ -8,6 +8,8 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 namespace clipheave::platform {
 
 namespace {

@@ -3,6 +3,8 @@
 
 #include <QtEndian>
 
+#include <algorithm>
+
 namespace clipheave::platform {
 
 namespace {

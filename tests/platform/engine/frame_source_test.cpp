@@ -2,11 +2,13 @@
 #include "platform/media/model/media_engine.h"
 #include "tests/platform/engine/engine_fixture.h"
 
+#include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace clipheave::platform {

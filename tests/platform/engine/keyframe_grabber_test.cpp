@@ -3,6 +3,8 @@
 #include "tests/platform/engine/engine_fixture.h"
 
 #include <cmath>
+#include <string>
+#include <utility>
 
 namespace clipheave::platform {
 

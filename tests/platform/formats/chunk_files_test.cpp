@@ -2,6 +2,8 @@
 #include "tests/platform/formats/fixtures.h"
 
 #include <bit>
+#include <initializer_list>
+#include <utility>
 
 using namespace fixtures;
 using namespace clipheave::platform;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/platform/formats/fixtures.h"
 
+#include <QFile>
+
 using namespace clipheave::platform;
 using testkit::be;
 using testkit::le;

@@ -16,6 +16,7 @@
 #include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace clipheave::platform;
 using IfExists = NSFileManager::IfExists;

@@ -3,6 +3,7 @@
 #include "tests/testkit/corpus_files.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 
 using namespace testkit;
 using namespace writertest;

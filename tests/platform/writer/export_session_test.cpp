@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <future>
+#include <thread>
 
 using namespace testkit;
 using namespace writertest;

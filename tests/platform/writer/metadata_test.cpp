@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/platform/writer/writer_kit.h"
 
+#include <algorithm>
+
 using namespace testkit;
 using namespace writertest;
 
