@@ -37,7 +37,7 @@ Result<void> writeFirstValues(NSUserDefaults& defaults) {
         {kDateFormatKey, QStringLiteral("MM/DD/YYYY HH:MM")},
     };
     for (const auto& [name, value] : values)
-        if (const auto written = defaults.setObject_forKey(value, key(name)); !written)
+        if (auto written = defaults.setObject_forKey(value, key(name)); !written)
             return written;
     return {};
 }
@@ -47,7 +47,7 @@ Result<void> writeValuesBack(NSUserDefaults& defaults) {
          {kStoragePathKey, kFontNameKey, kFontSizeKey, kPositionKey, kDateFormatKey}) {
         if (!defaults.contains(key(name)))
             continue;
-        const auto written = defaults.setObject_forKey(defaults.objectForKey(key(name)), key(name));
+        auto written = defaults.setObject_forKey(defaults.objectForKey(key(name)), key(name));
         if (!written)
             return written;
     }
@@ -105,7 +105,7 @@ Result<Preferences> applyPreferencesAtStart(NSUserDefaults& defaults) {
 }
 
 Result<void> setStorageLocation(NSUserDefaults& defaults, const QString& folder) {
-    const auto written = defaults.setObject_forKey(folder, key(kStoragePathKey));
+    auto written = defaults.setObject_forKey(folder, key(kStoragePathKey));
     if (!written)
         return written;
     return NSFileManager::defaultManager().createDirectoryAtPath(folder);
