@@ -139,7 +139,7 @@ Result<void> writeSamplePhoto(const SamplePhoto& photo, const QString& target) {
     auto file = AtomicFile::create(target);
     if (!file)
         return tl::unexpected(file.error());
-    if (const auto written = file->write(*tagged); !written)
+    if (auto written = file->write(*tagged); !written)
         return written;
     return file->commit();
 }

@@ -14,7 +14,7 @@ QString shootDateText(const QVariantMap& properties) {
         const QVariantMap dictionary =
             properties.value(QString::fromLatin1(place.dictionary)).toMap();
         // Cameras whose clock was never set write zeros or blanks.
-        const QString text = dictionary.value(QString::fromLatin1(place.key)).toString();
+        QString text = dictionary.value(QString::fromLatin1(place.key)).toString();
         if (parseDateText(text))
             return text;
     }
