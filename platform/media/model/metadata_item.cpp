@@ -175,7 +175,7 @@ QString AVMetadataItem::effectiveIdentifier() const {
 }
 
 QString AVMetadataItem::commonIdentifier() const {
-    const QString own = effectiveIdentifier();
+    QString own = effectiveIdentifier();
     if (own.startsWith(QLatin1String("common/")))
         return own;
     const QStringView view(own);

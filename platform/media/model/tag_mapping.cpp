@@ -7,7 +7,7 @@ namespace clipheave::platform {
 namespace {
 
 QString mappedText(const QList<NamedTag>& tags, const TagMapping& row) {
-    const QString text = tagText(tags, row.name);
+    QString text = tagText(tags, row.name);
     if (text.isEmpty())
         return {};
     switch (row.rule) {
@@ -45,7 +45,7 @@ QString tagText(const QList<NamedTag>& tags, QLatin1String name) {
 
 QString trackText(const QList<NamedTag>& tags, const QString& numbers) {
     const auto firstOf = [](const QString& text) { return text.section(kValueSeparator, 0, 0); };
-    const QString number = firstOf(numbers);
+    QString number = firstOf(numbers);
     if (number.contains(u'/'))
         return number;
     for (const char* name : {"tracktotal", "totaltracks"}) {
