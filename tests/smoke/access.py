@@ -42,6 +42,10 @@ class Node:
         return str(self.call("Get", ACCESSIBLE, "Name", of=PROPERTIES))
 
     @property
+    def description(self):
+        return str(self.call("Get", ACCESSIBLE, "Description", of=PROPERTIES))
+
+    @property
     def role(self):
         """The role; of buttons the finer one, which tells a button with a menu from others."""
         role = str(self.call("GetRoleName"))

@@ -32,6 +32,7 @@ def eventually(condition, what, patience=PATIENCE):
 
 class Desktop:
     """Everything that the program sees of a machine."""
+    screen = "1600x1000"
 
     def __init__(self):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="clipheave-smoke-"))
@@ -45,13 +46,16 @@ class Desktop:
                      "XDG_CACHE_HOME": str(self.home / ".cache"), "XDG_RUNTIME_DIR": str(self.folder / "run"),
                      "XDG_DATA_HOME": str(self.home / ".local/share"), "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
                      "QT_QPA_PLATFORM": "xcb", "LIBGL_ALWAYS_SOFTWARE": "1", "NO_AT_BRIDGE": "0"}
-        self.env["DISPLAY"] = ":" + self.first_line(["Xvfb", "-displayfd", "1", "-screen", "0", "1600x1000x24",
+        self.env["DISPLAY"] = ":" + self.first_line(["Xvfb", "-displayfd", "1", "-screen", "0", f"{self.screen}x24",
                                                      "-nolisten", "tcp", "-noreset"])
-        (self.folder / "jwmrc").write_text(WINDOW_MANAGER)
-        self.start(["jwm", "-f", str(self.folder / "jwmrc")])
+        self.manage_windows()
         self.env["DBUS_SESSION_BUS_ADDRESS"] = self.first_line(
             ["dbus-daemon", "--session", "--nofork", "--print-address=1"])
         self.start(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"])
+
+    def manage_windows(self):
+        (self.folder / "jwmrc").write_text(WINDOW_MANAGER)
+        self.start(["jwm", "-f", str(self.folder / "jwmrc")])
 
     def start(self, command, **more):
         log = open(self.folder / "services.txt", "ab")
