@@ -3,6 +3,7 @@
 #include "app/activity/activity_model.h"
 #include "app/commands/surroundings.h"
 #include "app/grab.h"
+#include "app/quit_signals.h"
 #include "app/theme/theme.h"
 #include "app/windows/window_settings.h"
 #include "app/words/words.h"
@@ -101,6 +102,7 @@ int main(int argc, char** argv) {
             controller, {parser.value(QStringLiteral("grab")), parser.value(QStringLiteral("view")),
                          parser.value(QStringLiteral("size")), parser.positionalArguments(),
                          parser.isSet(QStringLiteral("config"))});
+    app::quitOnSignals();
     controller.importPaths(parser.positionalArguments());
     return QApplication::exec();
 }
