@@ -275,6 +275,11 @@ void ActivityModel::setRunning(int id, std::vector<RunningFile> files) {
     changed(*job);
 }
 
+void ActivityModel::setCanRetry(int id, bool can) {
+    if (ActivityJob* job = find(id); job && std::exchange(job->canRetry, can) != can)
+        changed(*job);
+}
+
 void ActivityModel::endJob(int id, const QString& summary, const QString& success) {
     ActivityJob* job = find(id);
     if (!job || job->state != JobState::Running)

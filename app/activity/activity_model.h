@@ -111,6 +111,8 @@ public:
     int beginJob(const QString& title, int total = 0);
     void setTotal(int job, int total);
     void setCanCancel(int job, bool can);
+    /// An ended job with failed files can be tried again until another try has begun.
+    void setCanRetry(int id, bool can);
     /// What is left of the job runs without its worker.
     void setExportsAlone(int job);
     void fileFinished(int job, const ActivityFile& file);

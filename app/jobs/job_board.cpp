@@ -114,8 +114,11 @@ int JobBoard::start(const BoardJob& job) {
 int JobBoard::start(const BoardJob& job, const std::vector<std::size_t>& items) {
     const int id = m_activity.beginJob(job.title, static_cast<int>(items.size()));
     jobs::RunOrder order = job.order;
-    order.work = [id, inbox = m_inbox, work = order.work](jobs::Run& run, const auto& places) {
+    const QStringList listed = m_listedFiles ? m_listedFiles() : QStringList();
+    order.work = [id, listed, inbox = m_inbox, work = order.work](jobs::Run& run,
+                                                                  const auto& places) {
         const auto post = qScopeGuard([&] { inbox->post({id, Inbox::Event::WorkReturned, {}}); });
+        run.paths().protect(listed);
         work(run, places);
     };
     Entry& entry = m_entries[id];
@@ -126,11 +129,7 @@ int JobBoard::start(const BoardJob& job, const std::vector<std::size_t>& items) 
     m_activity.setCanCancel(id, true);
     m_progressTimer.start();
     // Looking at files, reading headers and copying take their time: not on this thread.
-    const QStringList listed = m_listedFiles ? m_listedFiles() : QStringList();
-    platform::BackgroundJob::detach([run = entry.run, listed] {
-        run->paths().protect(listed);
-        run->perform();
-    });
+    platform::BackgroundJob::detach([run = entry.run] { run->perform(); });
     return id;
 }
 
@@ -190,8 +189,11 @@ void JobBoard::retry(int job) {
     const ActivityJob* row = m_activity.job(job);
     if (found == m_entries.end() || found->second.run || !row)
         return;
+    // Asked twice, two runs would write the same outputs; another try belongs to the new row.
+    m_activity.setCanRetry(job, false);
     if (!found->second.retry) {
-        const Entry entry = found->second;
+        const Entry entry = std::move(found->second);
+        m_entries.erase(found);
         start(entry.job, entry.failedItems);
         return;
     }
