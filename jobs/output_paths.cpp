@@ -71,13 +71,11 @@ bool OutputPaths::leadsToSource(const QString& path) const {
 
 QString OutputPaths::claim(const QString& wanted) {
     const std::lock_guard lock(m_mutex);
-    const NSFileManager& files = NSFileManager::defaultManager();
     QString path = wanted;
     if (m_taken.contains(path) || leadsToSource(path)) {
-        // Outputs of this run may not be there yet: step past them by name, from the last number
-        // on, since a camera's names come back in every folder.
+        // From the last number on, since a camera's names come back in every folder.
         int& number = m_lastNumber[wanted].value;
-        while (m_taken.contains(path) || files.fileExistsAtPath(path))
+        while (m_taken.contains(path) || leadsToSource(path))
             path = numberedName(wanted, ++number);
     }
     m_taken.insert(path);

@@ -29,8 +29,9 @@ class OutputPaths {
 public:
     /// No output replaces one of these files, whatever leads to it.
     void protect(const QStringList& sources);
-    /// `wanted`, or the first free "B 2.E", "B 3.E" … when it is a protected file or was given out
-    /// in this run already. Any other file there is the run's to replace.
+    /// `wanted`, or the first of "B 2.E", "B 3.E" … that is neither a protected file nor was given
+    /// out in this run. Any other file there is the run's to replace: a run made again replaces
+    /// all of its outputs.
     [[nodiscard]] QString claim(const QString& wanted);
     /// `wanted`, or the first free name when it is a protected file; the same name as often as it
     /// is asked for.
