@@ -153,8 +153,6 @@ int runRename(const GlobalOptions& global, const RenameOptions& options, Console
         return global.json ? printPlanAsJson(batch->plan, import.skipped())
                            : printPlan(global, batch->plan, import.skipped());
     const auto run = performed(batch::renameOrder(batch), QStringLiteral("renamed"), console);
-    if (const auto failure = run->failure())
-        return failRename(*failure);
     std::vector<WriteOutcome> outcomes = run->outcomes();
     for (const media::SkippedPath& skipped : import.skipped())
         outcomes.push_back(outcomeOfSkipped(skipped));
