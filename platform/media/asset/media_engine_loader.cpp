@@ -63,7 +63,9 @@ Result<MediaEngineEntry> findMediaEngine() {
     Message reason = kNoModuleFolder;
     for (const QByteArray& path : moduleCandidates()) {
         if (access(path.constData(), F_OK) != 0) {
-            reason = {kNoSuchModule, {pathFromNative(path)}};
+            // One that is there and cannot be loaded says more; the first place is the usual one.
+            if (reason == Message(kNoModuleFolder))
+                reason = {kNoSuchModule, {pathFromNative(path)}};
             continue;
         }
         // Never closed: the libraries behind it register what cannot be taken back.

@@ -4,6 +4,7 @@
 #include "platform/foundation/log.h"
 #include "platform/media/model/cm_sample_buffer.h"
 #include "platform/media/model/export_plan.h"
+#include "platform/media/model/media_engine_abi.h"
 #include "platform/media/model/media_facts.h"
 
 #include <QByteArray>
@@ -168,10 +169,6 @@ public:
 /// The engine, loaded at the first call; NotSupported with the loader's text when the module or one
 /// of its libraries is missing.
 [[nodiscard]] Result<MediaEngine*> mediaEngine();
-
-/// Raised with every change of what crosses into the module: this interface, the types in it and
-/// those of the foundation. Program and module work together only when both were built with one.
-inline constexpr int kMediaEngineAbi = 1;
 
 /// What the program lends the module, which has a copy of the foundation of its own: without it a
 /// log line made there reaches no listener and a message worded there is worded plainly. The number
