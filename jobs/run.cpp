@@ -2,6 +2,7 @@
 #include "jobs/run.h"
 
 #include "jobs/messages.h"
+#include "media/fields.h"
 #include "platform/foundation/guarded.h"
 #include "platform/foundation/log.h"
 #include "platform/media/export/av_asset_export_session.h"
@@ -199,6 +200,7 @@ void Run::start(const std::shared_ptr<AVAssetExportSession>& session, const QStr
         if (cancelled || m_cancelled)
             session->cancelExport();
     }
+    session->setFieldIdentifiers(media::kFieldIdentifiers);
     session->exportAsynchronouslyWithCompletionHandler(std::move(completionHandler));
 }
 

@@ -33,11 +33,16 @@ enum class ReadAs : std::uint8_t { Text, Keywords, Track, Date };
 struct WrittenItem {
     const char16_t* keySpace = nullptr;
     const char16_t* key = nullptr;
-    const char16_t* identifier = nullptr;
+    const char* identifier = nullptr;
 };
 
-// Short for the rows: the groups of the change flags.
+// Short for the rows.
 namespace field_rows {
+using Item = IKImageItem;
+using Video = PaneTexts;
+using OldVideo = ShownTexts;
+using Audio = AudioPaneTexts;
+using OldAudio = AudioShownTexts;
 inline constexpr bool ChangeFlags::*kBasic = &ChangeFlags::basicInfoChange;
 inline constexpr bool ChangeFlags::*kCamera = &ChangeFlags::cameraInfoChange;
 inline constexpr bool ChangeFlags::*kPosition = &ChangeFlags::gpsInfoChange;
@@ -74,6 +79,10 @@ struct Field {
     const char* tagWord = nullptr;          ///< in a template of file names; null: none
     ReadAs readAs = ReadAs::Text;
     std::array<ReadIdentifier, 4> read{};
+    /// Files hold it under these too.
+    std::array<const char*, 3> alsoUnder{};
+    bool replacesOlder =
+        false; ///< with all of its identifiers; kFieldIdentifiers says of which else
     const char16_t* infoKey = nullptr; ///< of the info dictionary of a WAV, FLAC or AU file
     VideoFormField video{};
     WrittenItem written{};

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "media/field_rows.h"
+#include "platform/media/model/field_identifiers.h"
 
 #include <algorithm>
 #include <iterator>
@@ -43,6 +44,46 @@ template <bool (*has)(const Field&), class Part> [[nodiscard]] consteval auto pa
             *next++ = part(field);
     return parts;
 }
+
+/// Returns true for a field whose new value replaces whatever the file holds of it: one that files
+/// hold under other identifiers too, or that is written under a key of its own in each container.
+[[nodiscard]] constexpr bool isReplacedAsAWhole(const Field& field) {
+    const bool isTranslated = isWrittenToVideos(field) && field.written.keySpace != kKeySpaceITunes;
+    return field.replacesOlder || isTranslated || field.alsoUnder[0] != nullptr;
+}
+
+namespace detail {
+/// Calls `take` with each identifier of a field that is replaced as a whole, and its number.
+template <class Take> constexpr void forFieldIdentifiers(Take take) {
+    int number = 0;
+    for (const Field& field : kFields) {
+        ++number;
+        if (!isReplacedAsAWhole(field))
+            continue;
+        for (const ReadIdentifier& read : field.read)
+            if (read.identifier != nullptr)
+                take(platform::FieldIdentifier{read.identifier, number});
+        if (isWrittenToVideos(field))
+            take(platform::FieldIdentifier{field.written.identifier, number});
+        for (const char* identifier : field.alsoUnder)
+            if (identifier != nullptr)
+                take(platform::FieldIdentifier{identifier, number});
+    }
+}
+consteval std::size_t countFieldIdentifiers() {
+    std::size_t count = 0;
+    forFieldIdentifiers([&count](const platform::FieldIdentifier&) { ++count; });
+    return count;
+}
+} // namespace detail
+
+/// What the writer of movie files is told of the fields.
+inline constexpr auto kFieldIdentifiers = [] {
+    std::array<platform::FieldIdentifier, detail::countFieldIdentifiers()> identifiers{};
+    auto next = identifiers.begin();
+    detail::forFieldIdentifiers([&](const platform::FieldIdentifier& one) { *next++ = one; });
+    return identifiers;
+}();
 
 /// The fields of the video pane's form, left column then right.
 inline constexpr auto kVideoFormFields =

@@ -16,7 +16,7 @@ using platform::AVMetadataItem;
 using platform::Id3TextFrame;
 
 constexpr char16_t kKeySpaceId3[] = u"org.id3";
-constexpr char16_t kBandIdentifier[] = u"id3/TPE2";
+constexpr char kBandIdentifier[] = "id3/TPE2";
 
 /// One text field of the audio pane and where each writer puts it.
 struct AudioTextRow {
@@ -46,26 +46,26 @@ constexpr AudioTextRow withFlacKey(AudioTextRow row, const char16_t* key) {
 constexpr std::array kAudioTextRows{
     rowOf("title", platform::ID3FID_TITLE_, u"Title"),
     rowOf("subtitle", platform::ID3FID_SUBTITLE_, u"Subtitle",
-          {kKeySpaceITunes, u"title", u"itsk/%A9st3"}),
+          {kKeySpaceITunes, u"title", "itsk/%A9st3"}),
     rowOf("album", platform::ID3FID_ALBUM_, u"Album"),
     rowOf("artist", platform::ID3FID_LEADARTIST_, u"Artist"),
     withFlacKey(rowOf("albumArtist", platform::ID3FID_TRACKNUM_, u"Track Number",
-                      {kKeySpaceITunes, u"trkn", u"itsk/trkn"}),
+                      {kKeySpaceITunes, u"trkn", "itsk/trkn"}),
                 nullptr),
     rowOf("composer", platform::ID3FID_COMPOSER_, u"Composer",
-          {kKeySpaceITunes, u"\u00A9wrt", u"itsk/%A9wrt"}),
+          {kKeySpaceITunes, u"\u00A9wrt", "itsk/%A9wrt"}),
     withFlacKey(rowOf("recorded", platform::ID3FID_RECORDINGDATES_, u"Record Date",
-                      {AVMetadataKeySpaceCommon, u"creationDate", u"common/creationDate"}),
+                      {AVMetadataKeySpaceCommon, u"creationDate", "common/creationDate"}),
                 u"recorded date"),
     rowOf("year", platform::ID3FID_YEAR_, u"Release Year",
-          {kKeySpaceITunes, u"\u00A9day", u"itsk/%A9day"}),
+          {kKeySpaceITunes, u"\u00A9day", "itsk/%A9day"}),
     rowOf("copyright", platform::ID3FID_COPYRIGHT_, u"Copyright"),
     rowOf("publisher", platform::ID3FID_PUBLISHER_, u"Publisher"),
     rowOf("band", platform::ID3FID_BAND_, u"Band", {kKeySpaceId3, u"TPE2", kBandIdentifier}),
     rowOf("comments", platform::ID3FID_COMMENT_, u"Comments",
-          {kKeySpaceITunes, u"\u00A9cmt", u"itsk/%A9cmt"}),
+          {kKeySpaceITunes, u"\u00A9cmt", "itsk/%A9cmt"}),
     rowOf("lyricist", platform::ID3FID_LYRICIST_, u"Lyrics",
-          {kKeySpaceITunes, u"\u00A9lyr", u"itsk/%A9lyr"}),
+          {kKeySpaceITunes, u"\u00A9lyr", "itsk/%A9lyr"}),
 };
 constexpr int kMp3Order[] = {0, 1, 3, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12}; // artist before album
 
@@ -104,7 +104,7 @@ QList<std::pair<const AudioTextRow*, QString>> presentTexts(const AudioDictionar
 AVMetadataItem audioItem(const AudioTextRow& row, const QString& text) {
     const media::WrittenItem& item = row.written();
     return AVMetadataItem::make(QString::fromUtf16(item.keySpace), QString::fromUtf16(item.key),
-                                QString::fromUtf16(item.identifier), text);
+                                QLatin1StringView(item.identifier), text);
 }
 
 /// MPEG-4 has no frame for the band: players know it as the album artist, and the import finds it
@@ -134,7 +134,7 @@ QList<AVMetadataItem> mergedWithSource(QList<AVMetadataItem> items,
         if (renewed.contains(item.effectiveIdentifier()))
             continue;
         items.append(item);
-        if (item.effectiveIdentifier() == kBandIdentifier)
+        if (item.effectiveIdentifier() == QLatin1StringView(kBandIdentifier))
             items.append(bandByName(item.stringValue()));
     }
     return items;

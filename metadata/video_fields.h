@@ -5,6 +5,8 @@
 #include "metadata/metadata_keys.h"
 #include "metadata/video_plans.h"
 
+#include <QAnyStringView>
+
 // The text fields of a video, in the order in which every writer builds their items.
 namespace clipheave::metadata {
 
@@ -17,7 +19,7 @@ struct VideoTextRow {
     bool media::ChangeFlags::*group;
     const char16_t* keySpace;
     const char16_t* key;
-    const char16_t* identifier;
+    const char* identifier;
 };
 
 inline constexpr auto kVideoTextRows =
@@ -30,10 +32,10 @@ inline constexpr auto kVideoTextRows =
 
 /// An item of one of the tables' places.
 [[nodiscard]] inline platform::AVMetadataItem
-newMetadataItem(const char16_t* keySpace, const char16_t* key, const char16_t* identifier,
+newMetadataItem(const char16_t* keySpace, const char16_t* key, QAnyStringView identifier,
                 platform::AVMetadataItem::Value value) {
     return platform::AVMetadataItem::make(QString::fromUtf16(keySpace), QString::fromUtf16(key),
-                                          QString::fromUtf16(identifier), std::move(value));
+                                          identifier.toString(), std::move(value));
 }
 
 /// The three identifiers under which a video may hold its shooting date.

@@ -4,10 +4,12 @@
 #include "media/fields.h"
 #include "media/media_import.h"
 #include "media/metadata_walk.h"
-#include "platform/isobmff/write/write_tables.h"
 #include "tests/testkit/items.h"
 #include "tests/testkit/media.h"
 
+#include <map>
+#include <set>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -85,22 +87,27 @@ TEST(MetadataWalk, FillsTheFieldOfEachIdentifierInItsTablesAlone) {
             }
 }
 
-// What is written must replace what would be read for the same field, whichever identifier it has.
-TEST(Fields, AreTheOnesWhoseOlderItemsTheWriterDrops) {
-    using clipheave::platform::RecordField;
-    const auto ofWriter = [](const QString& identifier) {
-        return clipheave::platform::recordField(identifier.toStdString());
-    };
-    for (const Field& field : kFields) {
-        QStringList identifiers;
-        if (field.written.identifier)
-            identifiers.append(QString::fromUtf16(field.written.identifier));
-        for (const ReadIdentifier& read : field.read)
-            if ((read.walks & (kVideos | kSingleVideos)) != 0)
-                identifiers.append(QLatin1String(read.identifier));
-        for (const QString& identifier : identifiers)
-            EXPECT_EQ(ofWriter(identifier), ofWriter(identifiers.front())) << identifier;
+// A new value must replace what would be read for the same field, whichever identifier that has.
+TEST(Fields, AreReplacedUnderEveryIdentifierOfTheirs) {
+    std::map<std::string_view, int> fields;
+    for (const auto& [identifier, field] : kFieldIdentifiers)
+        EXPECT_EQ(fields.try_emplace(identifier, field).first->second, field) << identifier;
+    const std::string_view kOneField[][3] = {
+        {"common/publisher", "mdta/com.apple.quicktime.publisher", "itsk/%A9pub"},
+        {"mdta/com.apple.quicktime.keywords", "udta/%A9key", "uiso/%A9key"},
+        {"mdta/com.apple.quicktime.director", "itsk/%A9dir", "itsk/%A9dir"},
+        {"uiso/date", "udta/date", "common/creationDate"},
+        {"id3/TYER", "itsk/%A9day", "itsk/%A9day"},
+        {"common/make", "uiso/manu", "mdta/com.apple.quicktime.make"}};
+    std::set<int> numbers;
+    for (const auto& [one, other, third] : kOneField) {
+        EXPECT_EQ(fields[one], fields[other]) << one;
+        EXPECT_EQ(fields[one], fields[third]) << one;
+        numbers.insert(fields[one]);
     }
+    EXPECT_EQ(numbers.size(), std::size(kOneField));
+    EXPECT_FALSE(numbers.contains(0));
+    EXPECT_FALSE(fields.contains("id3/TOPE")) << "the original artist stays beside the artist";
 }
 
 TEST(MediaImport, ReadsAVideoInAFolderByTheNarrowerTable) {

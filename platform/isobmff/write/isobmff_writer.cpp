@@ -210,9 +210,7 @@ Result<PassthroughOutcome> writePassthrough(const PassthroughRequest& request) {
     std::optional<MovieMetadata> metadata;
     bool stripped = false;
     if (request.metadata) {
-        auto rendered =
-            renderMetadataList(*request.metadata, request.container,
-                               readSourceUserData(source->moov), request.removesMetadata);
+        auto rendered = renderMetadataList(request, readSourceUserData(source->moov));
         if (!rendered)
             return tl::unexpected(rendered.error());
         outcome.notes = rendered->notes;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/foundation/message.h"
+#include "platform/media/model/field_identifiers.h"
 #include "platform/media/model/metadata_item.h"
 
 #include <QList>
@@ -19,6 +20,7 @@ struct PassthroughRequest {
     OutputContainer container = OutputContainer::M4V;
     /// No list keeps the source's metadata; a list replaces it, the empty list leaves none.
     std::optional<QList<AVMetadataItem>> metadata;
+    FieldIdentifiers fields; ///< items of the source that a new item of the list replaces
     /// Hidden copies of old texts go as well (an empty list implies it), and a location that the
     /// list does not name stays even when the list is empty.
     bool removesMetadata = false;

@@ -17,6 +17,10 @@ namespace {
 
 using Place = ItemTarget::Place;
 
+// Numbers of the application's fields begin with 1.
+constexpr int kNoField = 0;
+constexpr int kLocationField = -1;
+
 std::string_view viewOf(const QByteArray& bytes) {
     return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
 }
@@ -36,8 +40,8 @@ bool writesNothing(const AVMetadataItem& item) {
 /// Builds the three lists of boxes and decides which of several items gets a place.
 class ListRenderer {
 public:
-    ListRenderer(const QList<AVMetadataItem>& items, OutputContainer container)
-        : m_items(items), m_container(container) {}
+    explicit ListRenderer(const PassthroughRequest& request)
+        : m_items(*request.metadata), m_container(request.container), m_fields(request.fields) {}
 
     /// First pass: what the new items claim. Nothing that was carried over may shadow it.
     void renderNewItems();
@@ -55,6 +59,7 @@ private:
         QByteArray box;
     };
     [[nodiscard]] QByteArray render(const ItemTarget& target, const AVMetadataItem& item);
+    [[nodiscard]] int fieldOf(const QString& identifier) const;
     [[nodiscard]] bool isShadowing(const AVMetadataItem& carried, const ItemTarget& target) const;
     [[nodiscard]] bool claims(const AVMetadataItem& item, const ItemTarget& target);
     void emitBox(const ItemTarget& target, const QByteArray& box);
@@ -63,13 +68,14 @@ private:
 
     const QList<AVMetadataItem>& m_items;
     OutputContainer m_container;
+    FieldIdentifiers m_fields;
     bool m_namesLocation = false;
     Notes m_notes;
 
     std::map<qsizetype, NewItem> m_newItems; ///< by place in the list
     QSet<QByteArray> m_claimed;              ///< place and key
     QSet<QString> m_newIdentifiers;
-    std::map<RecordField, QString> m_newFields; ///< with the value that came first
+    std::map<int, QString> m_newFields; ///< with the value that came first
     QSet<const SourceBox*> m_emitted;
 
     QByteArray m_list, m_userData, m_keyEntries;
@@ -100,26 +106,37 @@ QByteArray ListRenderer::render(const ItemTarget& target, const AVMetadataItem& 
     return {};
 }
 
+/// Returns the number of the field that is read from this identifier; kNoField for all others.
+int ListRenderer::fieldOf(const QString& identifier) const {
+    const QByteArray latin = identifier.toLatin1();
+    if (isLocation(viewOf(latin)))
+        return kLocationField;
+    const auto found =
+        std::find_if(m_fields.begin(), m_fields.end(), [&](const FieldIdentifier& field) {
+            return field.identifier == viewOf(latin);
+        });
+    return found == m_fields.end() ? kNoField : found->field;
+}
+
 /// True when the item's place and field are its own: the first in the list is what people see.
 bool ListRenderer::claims(const AVMetadataItem& item, const ItemTarget& target) {
     if (m_claimed.contains(claimName(target, item.extendedLanguageTag)))
         return false;
-    const QByteArray identifier = item.effectiveIdentifier().toLatin1();
-    const RecordField field = recordField(viewOf(identifier));
-    if (field == RecordField::None)
+    const QString identifier = item.effectiveIdentifier();
+    const int field = fieldOf(identifier);
+    if (field == kNoField)
         return true;
     const auto first = m_newFields.find(field);
     return first == m_newFields.end() || first->second == item.stringValue() ||
-           identifier.startsWith("mdta/com.apple.quicktime.location.");
+           viewOf(identifier.toLatin1()).starts_with(kLocationKeys);
 }
 
 void ListRenderer::renderNewItems() {
     for (qsizetype i = 0; i < m_items.size(); ++i) {
         const AVMetadataItem& item = m_items[i];
         const QString identifier = item.effectiveIdentifier();
-        const QByteArray latin = identifier.toLatin1();
-        const RecordField field = recordField(viewOf(latin));
-        m_namesLocation |= field == RecordField::Location;
+        const int field = fieldOf(identifier);
+        m_namesLocation |= field == kLocationField;
         if (item.source)
             continue;
         const ItemTarget target = itemTarget(identifier, m_container, false);
@@ -131,7 +148,7 @@ void ListRenderer::renderNewItems() {
             continue; // cannot be stored: what stands there stays
         m_newIdentifiers.insert(identifier);
         m_claimed.insert(claimName(target, item.extendedLanguageTag));
-        if (field != RecordField::None)
+        if (field != kNoField)
             m_newFields.try_emplace(field, item.stringValue());
         if (!blank)
             m_newItems.emplace(i, std::move(rendered));
@@ -140,10 +157,9 @@ void ListRenderer::renderNewItems() {
 
 bool ListRenderer::isShadowing(const AVMetadataItem& carried, const ItemTarget& target) const {
     const QString identifier = carried.effectiveIdentifier();
-    const QByteArray latin = identifier.toLatin1();
-    const RecordField field = recordField(viewOf(latin));
+    const int field = fieldOf(identifier);
     return m_newIdentifiers.contains(identifier) ||
-           (field != RecordField::None && m_newFields.contains(field)) ||
+           (field != kNoField && m_newFields.contains(field)) ||
            m_claimed.contains(claimName(target, {}));
 }
 
@@ -282,19 +298,19 @@ ItemTarget itemTarget(const QString& identifier, OutputContainer container, bool
     return target;
 }
 
-Result<RenderedList> renderMetadataList(const QList<AVMetadataItem>& items,
-                                        OutputContainer container, const SourceUserData& source,
-                                        bool removes) {
-    ListRenderer renderer(items, container);
+Result<RenderedList> renderMetadataList(const PassthroughRequest& request,
+                                        const SourceUserData& source) {
+    const bool isEmpty = request.metadata->isEmpty();
+    ListRenderer renderer(request);
     renderer.renderNewItems();
     const auto emitted = renderer.emitItems();
     if (!emitted)
         return tl::unexpected(emitted.error());
     RenderedList result;
-    result.stripped = removes || items.isEmpty();
+    result.stripped = request.removesMetadata || isEmpty;
     // A list that does not name the location leaves it; an empty one that is no removal of a video
     // leaves nothing.
-    if ((removes || !items.isEmpty()) && !renderer.namesLocation())
+    if ((request.removesMetadata || !isEmpty) && !renderer.namesLocation())
         renderer.keepLocation(source);
     result.boxes = renderer.boxes(source, result.stripped);
     result.notes = renderer.notes();

@@ -23,10 +23,8 @@ struct RenderedList {
     Notes notes;
     bool stripped = false; ///< hidden copies of old texts go too
 };
-/// The boxes of a list of items that replaces the metadata of the source; `removes` as in
-/// PassthroughRequest::removesMetadata.
-[[nodiscard]] Result<RenderedList> renderMetadataList(const QList<AVMetadataItem>& items,
-                                                      OutputContainer container,
-                                                      const SourceUserData& source, bool removes);
+/// The boxes of the request's list, which replaces the metadata of the source.
+[[nodiscard]] Result<RenderedList> renderMetadataList(const PassthroughRequest& request,
+                                                      const SourceUserData& source);
 
 } // namespace clipheave::platform

@@ -15,9 +15,9 @@ QByteArray identifierBytes(const char* prefix, QByteArrayView key) {
     return QByteArray(prefix) + key.toByteArray().toPercentEncoding({}, {}, '%');
 }
 
-bool isLocation(const QByteArray& identifier) {
-    return recordField({identifier.constData(), static_cast<std::size_t>(identifier.size())}) ==
-           RecordField::Location;
+bool saysWhere(const QByteArray& identifier) {
+    return isLocation(
+        std::string_view(identifier.constData(), static_cast<std::size_t>(identifier.size())));
 }
 
 std::uint32_t metaHandler(ByteView children) {
@@ -46,7 +46,7 @@ void readLocationKeys(ByteView children, SourceUserData& found) {
         if (entry->type == 0 || entry->type > names.size())
             continue;
         const QByteArray& name = names[entry->type - 1];
-        if (isLocation(identifierBytes("mdta/", name)))
+        if (saysWhere(identifierBytes("mdta/", name)))
             found.locationKeys.push_back({name, entries.payload(*entry).toByteArray()});
     }
 }
@@ -77,7 +77,7 @@ void readUserData(ByteView udta, SourceUserData& found) {
         }
         const bool structural = isStructuralUserData(child->type);
         const QByteArray code = children.whole(*child).sub(4, 4).toByteArray();
-        if (!structural && !isLocation(identifierBytes("uiso/", code)))
+        if (!structural && !saysWhere(identifierBytes("uiso/", code)))
             continue;
         auto& list = structural ? found.structural : found.location;
         list.push_back(renderCarriedBox(children.whole(*child).toByteArray()));

@@ -21,81 +21,15 @@ inline constexpr std::array kDecoderBrands{
     fourCc("dash"), fourCc("cmfc"), fourCc("cmf2"), fourCc("mp71"),
 };
 
-/// Fields of a media record that are read from several identifiers. A new value replaces what was
-/// carried over for the same field, else an older text would win when the file is read again.
-enum class RecordField : std::uint8_t {
-    None,
-    Publisher,
-    Copyright,
-    Description,
-    Director,
-    Performer,
-    Producer,
-    Keywords,
-    Date,
-    Year,
-    Location,
-    Make,
-    Model,
-};
-struct RecordFieldName {
-    std::string_view identifier;
-    RecordField field;
-};
-inline constexpr std::array kRecordFields{
-    RecordFieldName{"common/publisher", RecordField::Publisher},
-    RecordFieldName{"itsk/%A9pub", RecordField::Publisher},
-    RecordFieldName{"mdta/com.apple.quicktime.publisher", RecordField::Publisher},
-    RecordFieldName{"id3/TPUB", RecordField::Publisher},
-    RecordFieldName{"common/copyrights", RecordField::Copyright},
-    RecordFieldName{"itsk/cprt", RecordField::Copyright},
-    RecordFieldName{"mdta/com.apple.quicktime.copyright", RecordField::Copyright},
-    RecordFieldName{"id3/TCOP", RecordField::Copyright},
-    RecordFieldName{"common/description", RecordField::Description},
-    RecordFieldName{"itsk/%A9des", RecordField::Description},
-    RecordFieldName{"mdta/com.apple.quicktime.description", RecordField::Description},
-    RecordFieldName{"uiso/dscp", RecordField::Description},
-    RecordFieldName{"mdta/com.apple.quicktime.director", RecordField::Director},
-    RecordFieldName{"itsk/%A9dir", RecordField::Director},
-    RecordFieldName{"mdta/com.apple.quicktime.performer", RecordField::Performer},
-    RecordFieldName{"itsk/%A9prf", RecordField::Performer},
-    RecordFieldName{"mdta/com.apple.quicktime.producer", RecordField::Producer},
-    RecordFieldName{"itsk/%A9prd", RecordField::Producer},
-    RecordFieldName{"mdta/com.apple.proapps.manufacturer", RecordField::Producer},
-    RecordFieldName{"mdta/com.apple.quicktime.keywords", RecordField::Keywords},
-    RecordFieldName{"udta/%A9key", RecordField::Keywords},
-    RecordFieldName{"uiso/%A9key", RecordField::Keywords},
-    RecordFieldName{"common/creationDate", RecordField::Date},
-    RecordFieldName{"uiso/date", RecordField::Date},
-    RecordFieldName{"id3/TRDA", RecordField::Date},
-    RecordFieldName{"caaf/info-recorded%20date", RecordField::Date},
-    RecordFieldName{"udta/date", RecordField::Date},
-    RecordFieldName{"mdta/com.apple.quicktime.creationdate", RecordField::Date},
-    RecordFieldName{"itsk/%A9day", RecordField::Year},
-    RecordFieldName{"id3/TYER", RecordField::Year},
-    RecordFieldName{"uiso/loci", RecordField::Location},
-    RecordFieldName{"udta/loci", RecordField::Location},
-    RecordFieldName{"uiso/%A9xyz", RecordField::Location},
-    RecordFieldName{"udta/%A9xyz", RecordField::Location},
-    RecordFieldName{"common/location", RecordField::Location},
-    RecordFieldName{"mdta/com.apple.quicktime.make", RecordField::Make},
-    RecordFieldName{"common/make", RecordField::Make},
-    RecordFieldName{"udta/%A9mak", RecordField::Make},
-    RecordFieldName{"uiso/manu", RecordField::Make},
-    RecordFieldName{"mdta/com.apple.quicktime.model", RecordField::Model},
-    RecordFieldName{"common/model", RecordField::Model},
-    RecordFieldName{"udta/%A9mod", RecordField::Model},
-    RecordFieldName{"uiso/modl", RecordField::Model},
-};
+/// Identifiers that say where something was recorded, beside the keys below.
+inline constexpr std::array<std::string_view, 5> kLocationIdentifiers{
+    "uiso/loci", "udta/loci", "uiso/%A9xyz", "udta/%A9xyz", "common/location"};
 /// Position, its accuracy, name and date: all of them say where.
 inline constexpr std::string_view kLocationKeys = "mdta/com.apple.quicktime.location.";
-[[nodiscard]] constexpr RecordField recordField(std::string_view identifier) {
-    if (identifier.starts_with(kLocationKeys))
-        return RecordField::Location;
-    for (const RecordFieldName& name : kRecordFields)
-        if (name.identifier == identifier)
-            return name.field;
-    return RecordField::None;
+[[nodiscard]] constexpr bool isLocation(std::string_view identifier) {
+    return identifier.starts_with(kLocationKeys) ||
+           std::find(kLocationIdentifiers.begin(), kLocationIdentifiers.end(), identifier) !=
+               kLocationIdentifiers.end();
 }
 
 /// Where a new item goes when its identifier is not that of a place in the file.

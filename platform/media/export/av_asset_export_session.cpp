@@ -95,6 +95,9 @@ void AVAssetExportSession::setOutputFileType(const QString& type) {
 void AVAssetExportSession::setMetadata(const std::optional<QList<AVMetadataItem>>& items) {
     m_state->metadata = items;
 }
+void AVAssetExportSession::setFieldIdentifiers(FieldIdentifiers fields) {
+    m_state->fields = fields;
+}
 void AVAssetExportSession::setRemovesMetadata(bool removes) {
     m_state->removes = removes;
 }

@@ -47,6 +47,8 @@ public:
     /// No list keeps the source's metadata; a list replaces it: items with an empty value write
     /// nothing, and an empty list leaves no item at all.
     void setMetadata(const std::optional<QList<AVMetadataItem>>& items);
+    /// What of the source's items a new item of the list replaces. None: those of its identifier.
+    void setFieldIdentifiers(FieldIdentifiers fields);
     /// The list is that of a removal: hidden copies of old texts (padding, XMP) go as well, and a
     /// location that the list does not name stays even when the list is empty. Off by default.
     void setRemovesMetadata(bool removes);

@@ -147,6 +147,7 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runJob() {
     request.target = outputPath;
     request.container = outputContainerOf(outputFileType).value_or(request.container);
     request.metadata = metadata;
+    request.fields = fields;
     request.removesMetadata = removes;
     request.moovFirst = order->moovFirst;
     request.progress = reports;

@@ -20,6 +20,7 @@ struct AVAssetExportSession::State {
     NSFileManager::IfExists ifExists = NSFileManager::IfExists::Replace; ///< of such a copy
     QString outputPath, outputFileType;
     std::optional<QList<AVMetadataItem>> metadata;
+    FieldIdentifiers fields;
     bool removes = false, leavesOut = false;
 
     std::optional<OutputPlace> place; ///< the job's alone

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/platform/writer/writer_kit.h"
 
+#include "media/fields.h"
 #include "tests/testkit/items.h"
 
 #include <QtEndian>
@@ -213,6 +214,7 @@ Result<PassthroughOutcome> write(const QString& source, const QString& target,
     request.target = target;
     request.container = container;
     request.metadata = items;
+    request.fields = clipheave::media::kFieldIdentifiers; // as every export of the program
     request.moovFirst = moovFirst;
     return writePassthrough(request);
 }
