@@ -189,7 +189,7 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
 
 TEST(Rendering, OfNewItems) {
     const TempDir dir;
-    const auto boxOf = [&](AVMetadataItem item, const char* path,
+    const auto boxOf = [&](const AVMetadataItem& item, const char* path,
                            OutputContainer container = OutputContainer::M4V) {
         return payloadAt(rewritten(dir, HandMade().bytes(), Items{item}, container), path);
     };

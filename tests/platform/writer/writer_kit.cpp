@@ -123,7 +123,7 @@ QByteArray mediaHash(const QString& path) {
 }
 
 QString encode(const TempDir& dir, const QString& name, const QByteArray& options) {
-    const QString path = dir.path(name);
+    QString path = dir.path(name);
     ffmpeg("-f lavfi -i testsrc=s=160x90:d=2 -f lavfi -i sine=d=2 -c:v libx264 -preset ultrafast "
            "-c:a aac " +
                options,
