@@ -48,9 +48,9 @@ Result<void> VideoSample::prepare() {
     m_codec->gop_size = m_sample.frameRate;
     m_codec->bit_rate = static_cast<std::int64_t>(width) * height * 6;
     m_stream->avg_frame_rate = m_codec->framerate;
-    setRotation();
     if (auto opened = open(); !opened)
         return opened;
+    setRotation(); // not earlier: newer releases keep it among the parameters that opening replaces
     m_frames = std::max<std::int64_t>(1, std::llround(m_sample.seconds * m_sample.frameRate));
     return prepareFrames();
 }
