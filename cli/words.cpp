@@ -63,6 +63,7 @@ const Sentence kMediaWords[] = {
     {"no-module-folder", "The folder of the media engine is unknown"},
     {"no-such-module", "%1 is missing"},
     {"unknown-loader-failure", "The media engine cannot be loaded"},
+    {"module-not-loadable", "The media engine cannot be loaded: %1"},
     {"other-engine-abi", "The media engine is of another version (%1, not %2)"},
     {"create-pixel-buffer", "Create a pixel buffer"},
     {"frame-size-out-of-range", "Frames of %1 x %2 pixels are not handled"},

@@ -65,6 +65,7 @@ const Sentence kMediaWords[] = {
     {"no-module-folder", QT_TRANSLATE_NOOP("Words", "The folder of the media engine is unknown")},
     {"no-such-module", QT_TRANSLATE_NOOP("Words", "%1 is missing")},
     {"unknown-loader-failure", QT_TRANSLATE_NOOP("Words", "The media engine cannot be loaded")},
+    {"module-not-loadable", QT_TRANSLATE_NOOP("Words", "The media engine cannot be loaded: %1")},
     {"other-engine-abi",
      QT_TRANSLATE_NOOP("Words", "The media engine is of another version (%1, not %2)")},
     {"create-pixel-buffer", QT_TRANSLATE_NOOP("Words", "Create a pixel buffer")},

@@ -29,9 +29,10 @@ public:
     Message(const QString& verbatim) : m_verbatim(verbatim) {}
 
     [[nodiscard]] MessageCode code() const { return m_code; } ///< empty for a text of the system
+    [[nodiscard]] bool isOurs() const { return *m_code.id != '\0'; } ///< a sentence of this program
     [[nodiscard]] const QStringList& arguments() const { return m_arguments; }
     [[nodiscard]] const QString& verbatim() const { return m_verbatim; }
-    [[nodiscard]] bool isEmpty() const { return *m_code.id == '\0' && m_verbatim.isEmpty(); }
+    [[nodiscard]] bool isEmpty() const { return !isOurs() && m_verbatim.isEmpty(); }
     /// The sentence as the front words it.
     [[nodiscard]] QString text() const;
 

@@ -73,10 +73,10 @@ Message sentenceOf(ErrorCode code) {
 
 QString Error::text() const {
     // A reason of ours says what is wrong better than the code can.
-    const bool isOurs = !(detail.code() == MessageCode());
     QStringList parts;
-    for (const QString& part : {isOurs ? detail.text() : sentenceOf(code).text(), operation.text(),
-                                displayPath(path), isOurs ? QString() : detail.text()})
+    for (const QString& part :
+         {detail.isOurs() ? detail.text() : sentenceOf(code).text(), operation.text(),
+          displayPath(path), detail.isOurs() ? QString() : detail.text()})
         if (!part.isEmpty())
             parts.append(part);
     return parts.join(QLatin1String(": "));

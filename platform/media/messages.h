@@ -11,6 +11,7 @@ inline constexpr MessageCode kLoadMediaEngine{"load-media-engine"};
 inline constexpr MessageCode kNoModuleFolder{"no-module-folder"};
 inline constexpr MessageCode kNoSuchModule{"no-such-module"}; ///< path
 inline constexpr MessageCode kUnknownLoaderFailure{"unknown-loader-failure"};
+inline constexpr MessageCode kModuleNotLoadable{"module-not-loadable"};
 /// Number of the module, number of the program.
 inline constexpr MessageCode kOtherEngineAbi{"other-engine-abi"};
 

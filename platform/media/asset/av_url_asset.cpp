@@ -13,8 +13,11 @@ Result<AVURLAsset> AVURLAsset::assetWithPath(const QString& path) {
 Result<AVURLAsset> AVURLAsset::assetWithFile(std::shared_ptr<const MediaFile> file) {
     if (!file)
         return failure(ErrorCode::InvalidArgument, kOpenMediaFile);
-    if (file->facts().container == Container::Unknown)
-        return failure(ErrorCode::InvalidData, kReadMediaFile, file->path(), file->facts().problem);
+    const MediaFacts& facts = file->facts();
+    // A text of the system has its own plain sentence already.
+    if (facts.container == Container::Unknown)
+        return failure(facts.problem.isOurs() ? ErrorCode::InvalidData : ErrorCode::Io,
+                       kReadMediaFile, file->path(), facts.problem);
     return AVURLAsset(std::move(file));
 }
 

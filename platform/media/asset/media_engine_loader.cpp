@@ -75,7 +75,8 @@ Result<MediaEngineEntry> findMediaEngine() {
         if (symbol != nullptr)
             return reinterpret_cast<MediaEngineEntry>(symbol);
         const char* text = dlerror();
-        reason = text != nullptr ? Message(pathFromNative(text)) : Message(kUnknownLoaderFailure);
+        reason = text != nullptr ? Message(kModuleNotLoadable, {pathFromNative(text)})
+                                 : Message(kUnknownLoaderFailure);
     }
     return notLoaded(reason);
 }

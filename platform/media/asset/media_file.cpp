@@ -99,11 +99,11 @@ MediaFacts factsOf(FileReader& reader) {
     Result<MediaFacts> facts = readContainer(reader, sniffed);
     if (facts)
         return std::move(*facts);
-    // Whoever shows the reason names the file with it.
+    // Whoever shows the reason names the file and says what was being done.
     Error reason = facts.error();
     reason.path.clear();
     MediaFacts none;
-    none.problem = reason.text();
+    none.problem = reason.detail.isOurs() ? reason.detail : Message(reason.text());
     return none;
 }
 
