@@ -5,6 +5,7 @@
 #include <QTest>
 
 #include <atomic>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -24,7 +25,10 @@ protected:
         for (qsizetype i = 0; i < files; ++i)
             job.order.sources.append(u"/%1"_s.arg(i));
         job.order.work = [this](jobs::Run& run, const std::vector<std::size_t>& items) {
-            asked.push_back(items);
+            {
+                const std::lock_guard lock(mutex); // two rows may run at once
+                asked.push_back(items);
+            }
             while (waits && !run.isCancelled())
                 std::this_thread::yield();
             if (run.isCancelled())
@@ -51,6 +55,7 @@ protected:
     ActivityModel model;
     JobBoard board{model};
     std::vector<WriteStatus> ends;
+    std::mutex mutex;
     std::vector<std::vector<std::size_t>> asked;
     std::atomic<bool> waits = false, throws = false;
     int returned = 0;
