@@ -48,7 +48,9 @@ template <bool (*has)(const Field&), class Part> [[nodiscard]] consteval auto pa
 /// Returns true for a field whose new value replaces whatever the file holds of it: one that files
 /// hold under other identifiers too, or that is written under a key of its own in each container.
 [[nodiscard]] constexpr bool isReplacedAsAWhole(const Field& field) {
-    const bool isTranslated = isWrittenToVideos(field) && field.written.keySpace != kKeySpaceITunes;
+    // By its text: with the sanitizers an address is no constant.
+    const bool isTranslated =
+        isWrittenToVideos(field) && std::u16string_view(field.written.keySpace) != kKeySpaceITunes;
     return field.replacesOlder || isTranslated || field.alsoUnder[0] != nullptr;
 }
 
