@@ -74,9 +74,9 @@ QString OutputPaths::claim(const QString& wanted) {
     QString path = wanted;
     if (m_taken.contains(path) || leadsToSource(path)) {
         // From the last number on, since a camera's names come back in every folder.
-        int& number = m_lastNumber[wanted].value;
+        int& steps = m_steps[wanted];
         while (m_taken.contains(path) || leadsToSource(path))
-            path = numberedName(wanted, ++number);
+            path = numberedName(wanted, 1 + ++steps);
     }
     m_taken.insert(path);
     return path;

@@ -43,15 +43,11 @@ public:
     [[nodiscard]] bool isProtected(const QString& path) const;
 
 private:
-    struct Number {
-        int value = 1;
-    };
-
     [[nodiscard]] bool leadsToSource(const QString& path) const;
 
     mutable std::mutex m_mutex;
     QSet<QString> m_taken;
-    QHash<QString, Number> m_lastNumber; ///< given out, by the wanted path
+    QHash<QString, int> m_steps; ///< how many numbers were tried, by the wanted path
     QSet<QString> m_protectedPaths;
     QSet<QPair<quint64, quint64>> m_protected; ///< device and inode of each
 };
