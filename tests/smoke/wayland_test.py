@@ -54,6 +54,16 @@ class WaylandHands(hands.Hands):
         super().__init__(name)
         screen = eventually(self.compositor, "the compositor's screen")
         screen.set_input_focus(X.RevertToParent, X.CurrentTime)
+        self.enter()
+
+    def enter(self):
+        """Leaves the compositor's window and enters it: where the pointer stood before the window came, the compositor may
+        miss it, and then takes no pointer at all."""
+        cover = self.screen.root.create_window(0, 0, self.screen.width_in_pixels, self.screen.height_in_pixels, 0,
+                                               X.CopyFromParent, override_redirect=True)
+        cover.map()
+        self.display.sync()
+        cover.destroy()
         self.display.sync()
 
     def compositor(self):
