@@ -129,7 +129,8 @@ void ActivityBar::refreshSoon() {
 void ActivityBar::refresh() {
     m_refreshTimer.stop();
     const ActivityJob* job = m_model.newestRunning();
-    // Deliberate: it turns with the workers. An export that goes on alone has its row and the bar.
+    // Deliberate: it spins while a worker runs. An export that outlives its worker has its row and
+    // the progress bar.
     m_indicator->setVisible(m_busy || m_model.hasWorker());
     m_progress->setVisible(job);
     if (job)
@@ -151,7 +152,7 @@ void ActivityBar::announceEnd(int id) {
     const ActivityJob* job = m_model.job(id);
     if (!job)
         return;
-    // The name of the bar, not of the status text, which goes on to other jobs.
+    // In the bar's own name: the status text soon shows another job.
     setAccessibleName(tr("Activity. %1: %2").arg(job->title, job->result));
     QAccessibleEvent alert(this, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);

@@ -13,7 +13,7 @@ class Chip;
 class ThinProgress;
 class ToneLabel;
 
-/// The line at the bottom of the window: what runs and how far it is, how many jobs ran, failed and
+/// The line at the bottom of the window: what runs and how far it is, how many jobs run, failed and
 /// are done, and the total of the list. A click anywhere asks for the panel below it.
 class ActivityBar : public QWidget {
     Q_OBJECT
@@ -22,14 +22,14 @@ public:
 
     explicit ActivityBar(ActivityModel& model, QWidget* parent = nullptr);
 
-    /// "19 items, 28.74 GB".
+    /// Shows the total of the list ("19 items, 28.74 GB") at the right end.
     void setListSummary(const QString& summary);
-    /// The busy indicator turns while this is set or a job runs.
+    /// Shows the busy indicator even while no job's worker runs.
     void setBusyVisible(bool visible);
-    /// A status text in place of the running job's own; it goes when a job begins or ends, after
-    /// kMessageTime, or with an empty text.
+    /// Shows a status text in place of the running job's own until a job begins or ends, for
+    /// kMessageTime at most. An empty text ends it.
     void showMessage(const QString& text);
-    /// Turns the arrow: connect it with ActivityPanel::openChanged.
+    /// Points the arrow up or down: connect it with ActivityPanel::openChanged.
     void setOpen(bool open);
     void toggle() { Q_EMIT toggled(); }
     [[nodiscard]] QString statusText() const;

@@ -206,8 +206,8 @@ void ActivityModel::trim() {
             removeRowAt(row);
 }
 
-/// What was cancelled is not done: the bar of a cancelled job stays where it was stopped. A file
-/// that ran a moment ago counts in the bar until its outcome is there.
+/// What was cancelled is not done: the bar of a cancelled job stays where it was stopped. The bar
+/// never goes back when a file no longer runs but its outcome is not there yet.
 void ActivityModel::advance(ActivityJob& job) {
     if (job.total <= 0)
         return;
@@ -268,7 +268,7 @@ void ActivityModel::setRunning(int id, std::vector<RunningFile> files) {
     job->running = std::move(files);
     advance(*job);
     if (same && percentOf(job->fraction()) == before)
-        return; // nobody could see it
+        return; // too small a change to be seen
     if (!job->running.empty())
         job->result =
             platform::displayPath(platform::lastPathComponent(job->running.front().source));

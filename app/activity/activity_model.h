@@ -39,7 +39,7 @@ struct RunningFile {
     int files = 1;   ///< how many of the job's files it stands for
 };
 
-/// 0 to 100 of a share of 0 to 1; what is not there yet is not said to be.
+/// Returns whole per cent of a share of 0 to 1, rounded down: 100 means done.
 [[nodiscard]] inline int percentOf(double share) {
     return static_cast<int>(share * 100);
 }
@@ -54,7 +54,7 @@ struct ActivityJob {
     int failed = 0, skipped = 0, cancelled = 0; ///< of the finished ones
     std::vector<RunningFile> running;           ///< in the order in which they were started
     double reached = 0;                         ///< the most that the job's bar has shown, 0 to 1
-    QString result; ///< while running: the file at hand; afterwards a summary
+    QString result; ///< while running: the file being written; afterwards a summary
     QDateTime started, ended;
     std::vector<ActivityFile> files;
     std::deque<ActivityLogLine> log;
@@ -63,26 +63,26 @@ struct ActivityJob {
     bool canCancel = false;
     bool exportsAlone = false; ///< its worker has ended; exports go on without it
 
-    /// Share of the job that is done, 0 to 1; below 0 when nothing is known yet. Never less than it
-    /// was, unless the total has become another.
+    /// Returns the share of the job that is done, 0 to 1; below 0 when nothing is known yet. It
+    /// shrinks only when the total changes.
     [[nodiscard]] double fraction() const;
-    /// "1:12 left"; empty while its pace says nothing yet, and once it has ended.
+    /// Returns "1:12 left"; empty while it is too early for an estimate, and once it has ended.
     [[nodiscard]] QString timeLeftText(const QDateTime& now) const;
-    /// Files that came out well: neither failed nor skipped nor cancelled.
+    /// Returns the number of files that neither failed nor were skipped or cancelled.
     [[nodiscard]] int succeeded() const;
-    /// It ended and there was nothing for it to do.
+    /// Returns true when it has ended and every file was skipped.
     [[nodiscard]] bool skippedAll() const;
-    /// "3 of 6 files" while it runs, "4 of 5 files" when some did not come out, "6 files" else.
-    /// Empty while nothing is known.
+    /// Returns "3 of 6 files" while it runs, "4 of 5 files" when some did not succeed, else
+    /// "6 files". Empty while nothing is known.
     [[nodiscard]] QString itemsText() const;
-    /// Where its results lie; the sources when there are none.
+    /// Returns the outputs of its files; the sources when there are none.
     [[nodiscard]] QStringList pathsToReveal() const;
 };
 
 /// What runs, how far it is, what failed and why. Newest job first; the oldest finished ones go
 /// when there are more than kMostJobs. Main thread only; workers come through performOnMainThread
-/// or queued calls. jobChanged() comes with every change; dataChanged(), which repaints, is
-/// gathered and comes at most kRefreshesPerSecond times a second, at once when a job ends.
+/// or queued calls. jobChanged() is emitted at every change; dataChanged(), which repaints, at most
+/// kRefreshesPerSecond times a second, and at once when a job ends.
 class ActivityModel : public QAbstractTableModel {
     Q_OBJECT
 public:
@@ -100,7 +100,7 @@ public:
     static constexpr std::size_t kMostLogLines = 10'000; ///< of all jobs and of each
     static constexpr int kRefreshesPerSecond = 20;
 
-    /// `now`: the clock that jobs and log lines are dated by.
+    /// `now` gives the time that jobs and log lines get.
     explicit ActivityModel(
         std::function<QDateTime()> now = [] { return QDateTime::currentDateTime(); },
         QObject* parent = nullptr);
@@ -111,17 +111,17 @@ public:
     int beginJob(const QString& title, int total = 0);
     void setTotal(int job, int total);
     void setCanCancel(int job, bool can);
-    /// An ended job with failed files can be tried again until another try has begun.
+    /// Sets whether the job can be retried: an ended one with failed files, until a retry begins.
     void setCanRetry(int id, bool can);
-    /// What is left of the job runs without its worker.
+    /// Notes that the worker has ended and the job's exports go on without it.
     void setExportsAlone(int job);
     void fileFinished(int job, const ActivityFile& file);
-    /// What is being written now, instead of what was before.
+    /// Replaces the list of files that are being written.
     void setRunning(int job, std::vector<RunningFile> files);
-    /// `summary` null: one is made from the counts, with `success` ("%1 written") for what came out
-    /// well; null: "%1 done".
+    /// Ends the job. A null `summary` is made from the counts, with `success` ("%1 written") for
+    /// the files that succeeded; a null `success` stands for "%1 done".
     void endJob(int job, const QString& summary = {}, const QString& success = {});
-    /// A line of the log; `job` 0: of no job.
+    /// Adds a line to the log, and to that of the job; `job` 0: of no job.
     void addLog(const QString& text, const QString& path = {}, bool isError = false, int job = 0);
     /// Drops every job that has ended.
     void clearFinished();
@@ -129,11 +129,11 @@ public:
     [[nodiscard]] const std::deque<ActivityJob>& jobs() const { return m_jobs; }
     [[nodiscard]] const ActivityJob* job(int id) const;
     [[nodiscard]] const std::deque<ActivityLogLine>& log() const { return m_log; }
-    /// Ever; more than log() holds once the oldest lines are gone.
+    /// Returns how many lines there were ever; log() holds fewer once the oldest are dropped.
     [[nodiscard]] qint64 linesLogged() const { return m_linesLogged; }
     [[nodiscard]] const ActivityJob* newestRunning() const;
     [[nodiscard]] int runningCount() const;
-    [[nodiscard]] bool hasWorker() const;  ///< of a job that runs, some worker still works
+    [[nodiscard]] bool hasWorker() const;  ///< the worker of some running job has not ended
     [[nodiscard]] int failedCount() const; ///< jobs with a failed file
     [[nodiscard]] int doneCount() const;
 

@@ -181,9 +181,9 @@ void ActivityPanel::refreshSoon() {
 void ActivityPanel::refresh() {
     m_refreshTimer.stop();
     refreshCounts();
-    m_table->refreshTurning();
+    m_table->refreshTicking();
     if (!m_open)
-        return; // nobody sees the rest; opening catches up
+        return; // the rest is hidden; opening refreshes it
     if (shown() == Log)
         m_log->refresh(m_model.linesLogged(), 0);
     else

@@ -33,17 +33,17 @@ public:
     [[nodiscard]] bool isOpen() const { return m_open; }
     void setOpen(bool open);
     void toggle() { setOpen(!m_open); }
-    /// The part of the segment that is chosen.
+    /// Returns the chosen part of the segment.
     [[nodiscard]] Show shown() const;
     void show(Show what);
     using QWidget::show;
-    /// The job whose files are shown, 0 when none.
+    /// Returns the job whose files are shown, 0 when none is chosen.
     [[nodiscard]] int chosenJob() const;
     void chooseJob(int job);
 
 Q_SIGNALS:
     void openChanged(bool open);
-    /// Show these in the file manager.
+    /// The user wants to see these in the file manager.
     void revealRequested(const QStringList& paths);
     void copyRequested(const QString& text); ///< lines of a log
 

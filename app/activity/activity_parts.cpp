@@ -15,14 +15,15 @@ constexpr int kStateSide = 16;
 constexpr double kUnknownOpacity = 0.45;
 constexpr int kSteps = 1000; // of a progress bar
 
-/// Degrees; every spinner shows the same angle.
+/// Returns degrees, at any moment the same for every spinner.
 double spinnerAngle() {
     static const QElapsedTimer clock = [] {
         QElapsedTimer started;
         started.start();
         return started;
     }();
-    return static_cast<double>(clock.elapsed() % BusyIndicator::kTurn) * 360 / BusyIndicator::kTurn;
+    return static_cast<double>(clock.elapsed() % BusyIndicator::kRotation) * 360 /
+           BusyIndicator::kRotation;
 }
 
 bool spins(const StateLook& look) {

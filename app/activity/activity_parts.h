@@ -13,7 +13,7 @@ class QPainter;
 
 namespace clipheave::app {
 
-/// Whether things may move: off where the style (which follows the desktop) asks for stillness.
+/// Returns false where the style, which follows the desktop, wants no animations.
 [[nodiscard]] bool animationsEnabled(const QWidget* widget);
 
 /// Lets a button be lower than the 32 px that the window's sheet gives to every push button.
@@ -29,9 +29,9 @@ struct StateLook {
 /// The colour of the job's progress bar.
 [[nodiscard]] Token progressToken(const ActivityJob& job);
 
-/// An image of 16 px; the spinner in the angle of the moment unless `still`.
+/// Draws the image of 16 px in the middle of `rect`; the spinner rotated unless `still`.
 void paintState(QPainter& painter, const QRect& rect, const StateLook& look, bool still);
-/// A bar of 4 px; all of it in a faint colour when `fraction` is below 0.
+/// Draws a progress bar; all of it in a faint colour when `fraction` is below 0 (unknown).
 void paintProgress(QPainter& painter, const QRectF& bar, double fraction, Token token);
 
 /// One line in a token's colour, shortened where it does not fit.
@@ -52,15 +52,15 @@ private:
     Token m_token;
 };
 
-/// The turning circle of a running job: 900 ms per turn while it is seen.
+/// The spinner of a running job; it moves only while it is visible.
 class BusyIndicator : public QWidget {
     Q_OBJECT
 public:
-    static constexpr int kTurn = 900;    ///< ms
-    static constexpr int kInterval = 40; ///< ms between two images
+    static constexpr int kRotation = 900; ///< ms
+    static constexpr int kInterval = 40;  ///< ms between two images
 
     explicit BusyIndicator(QWidget* parent = nullptr);
-    [[nodiscard]] bool isTurning() const { return m_timer.isActive(); }
+    [[nodiscard]] bool isSpinning() const { return m_timer.isActive(); }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -71,7 +71,7 @@ private:
     QTimer m_timer;
 };
 
-/// 160 x 4 px; a progress bar to assistive technology. Below 0: unknown.
+/// A progress bar of 160 x 4 px, for assistive technology too. A fraction below 0: unknown.
 class ThinProgress : public QProgressBar {
     Q_OBJECT
 public:

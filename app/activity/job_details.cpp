@@ -22,9 +22,9 @@ namespace {
 constexpr int kFileRow = 22;
 constexpr int kFilesPadding = 6;
 constexpr int kShownFiles = 5;                   // the log gets the rest
-constexpr int kLeastTitle = 7, kLeastResult = 3; // parts of the width
+constexpr int kLeastTitle = 7, kLeastResult = 3; // a seventh, a third of the width
 
-/// The reason as far as the row does not say it already: without the path of its own file.
+/// Returns the note without the path of its own file, which the row shows already.
 QString shortNote(const ActivityFile& file) {
     QString note = file.note;
     return file.source.isEmpty() ? note : note.remove(file.source + QStringLiteral(": "));
@@ -103,7 +103,7 @@ QString shownPath(const ActivityFile& file) {
 
 } // namespace
 
-/// The chosen job's state; turns with the others while it runs.
+/// The chosen job's state; spins in step with the others while it runs.
 class StateIcon : public QWidget {
 public:
     explicit StateIcon(QWidget* parent) : QWidget(parent) {
@@ -115,7 +115,7 @@ public:
     void setLook(const StateLook& look, bool running) {
         m_look = look;
         m_running = running;
-        setTurning(isVisible());
+        setSpinning(isVisible());
         update();
     }
 
@@ -124,11 +124,11 @@ protected:
         QPainter painter(this);
         paintState(painter, rect(), m_look, !m_timer.isActive());
     }
-    void showEvent(QShowEvent*) override { setTurning(true); }
-    void hideEvent(QHideEvent*) override { setTurning(false); }
+    void showEvent(QShowEvent*) override { setSpinning(true); }
+    void hideEvent(QHideEvent*) override { setSpinning(false); }
 
 private:
-    void setTurning(bool seen) {
+    void setSpinning(bool seen) {
         if (seen && m_running && animationsEnabled(this))
             m_timer.start();
         else
@@ -199,7 +199,7 @@ int JobFiles::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : m_running + m_ended;
 }
 
-/// There is nothing yet to show of what is being written.
+/// A file that is being written cannot be selected: it has no output to reveal yet.
 Qt::ItemFlags JobFiles::flags(const QModelIndex& index) const {
     const Qt::ItemFlags flags = QAbstractListModel::flags(index);
     return index.row() < m_running ? flags & ~Qt::ItemIsSelectable : flags;
@@ -365,7 +365,7 @@ void JobDetails::resizeEvent(QResizeEvent* event) {
 }
 
 void JobDetails::placeParts() {
-    // With a log below, the list takes what its first files need; alone, all there is.
+    // With a log below, the list is as high as its first files; alone, it fills the side.
     const bool withLog = !m_log->isHidden();
     const int rows = std::clamp(m_files->rowCount(), 0, kShownFiles);
     m_list->setMinimumHeight(withLog ? rows * kFileRow : 0);

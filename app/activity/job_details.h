@@ -17,8 +17,8 @@ class ToneLabel;
 struct ActivityFile;
 struct RunningFile;
 
-/// The files of one job: those that are being written, then those that have ended, which only ever
-/// grow at the end.
+/// The files of one job: those that are being written, then the finished ones, in the order in
+/// which they were finished.
 class JobFiles : public QAbstractListModel {
     Q_OBJECT
 public:
@@ -26,11 +26,11 @@ public:
 
     explicit JobFiles(ActivityModel& model, QObject* parent = nullptr);
     void setJob(int job);
-    /// Takes over what was added since.
+    /// Takes over what was added since the last call.
     void refresh();
-    /// Null for one that is being written.
+    /// Returns the finished file of the row; null for one that is being written.
     [[nodiscard]] const ActivityFile* file(int row) const;
-    /// Null for one that has ended.
+    /// Returns the file that is being written; null for a finished one.
     [[nodiscard]] const RunningFile* running(int row) const;
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
@@ -55,10 +55,10 @@ public:
 
     explicit JobDetails(ActivityModel& model, QWidget* parent = nullptr);
 
-    /// 0: none.
+    /// Shows the job; 0 for none.
     void showJob(int job);
     [[nodiscard]] int job() const { return m_job; }
-    /// Takes over what changed since.
+    /// Takes over what changed since the last call.
     void refresh();
 
 Q_SIGNALS:

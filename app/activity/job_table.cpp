@@ -31,7 +31,7 @@ constexpr std::array<ColumnWidths, ActivityModel::ColumnCount> kColumnWidths{
 constexpr int kNarrowTable = 640, kUsualTable = 979;
 
 /// Paints every cell of a row by itself: a style sheet per cell would cost too much and could
-/// neither turn an image nor draw a thin bar.
+/// neither rotate an image nor draw a thin bar.
 class JobDelegate : public QStyledItemDelegate {
 public:
     JobDelegate(const ActivityModel& model, const JobTable& table)
@@ -119,7 +119,7 @@ private:
     const JobTable& m_table;
 };
 
-/// The header's texts stand at the same places as the cells'.
+/// Aligns its texts with those of the cells.
 class JobHeader : public QHeaderView {
 public:
     explicit JobHeader(QWidget* parent) : QHeaderView(Qt::Horizontal, parent) {}
@@ -198,7 +198,7 @@ JobTable::JobTable(ActivityModel& model, JobFilter& filter, QWidget* parent)
     setVerticalScrollMode(ScrollPerPixel);
     setEditTriggers(NoEditTriggers);
     setUpHeader();
-    connect(&m_turnTimer, &QTimer::timeout, this, &JobTable::turn);
+    connect(&m_tickTimer, &QTimer::timeout, this, &JobTable::tick);
 }
 
 void JobTable::setUpHeader() {
@@ -244,19 +244,19 @@ void JobTable::chooseJob(int job) {
     setCurrentIndex({});
 }
 
-void JobTable::refreshTurning() {
-    const bool turning = isVisible() && m_model.runningCount() > 0;
-    if (turning == m_turnTimer.isActive())
+void JobTable::refreshTicking() {
+    const bool ticking = isVisible() && m_model.runningCount() > 0;
+    if (ticking == m_tickTimer.isActive())
         return;
-    m_spins = turning && animationsEnabled(this);
-    if (turning)
-        m_turnTimer.start(m_spins ? BusyIndicator::kInterval : 1000); // else the times alone
+    m_spins = ticking && animationsEnabled(this);
+    if (ticking)
+        m_tickTimer.start(m_spins ? BusyIndicator::kInterval : 1000); // else the times alone
     else
-        m_turnTimer.stop();
+        m_tickTimer.stop();
 }
 
-void JobTable::turn() {
-    const bool second = ++m_turns % (1000 / m_turnTimer.interval()) == 0;
+void JobTable::tick() {
+    const bool second = ++m_ticks % (1000 / m_tickTimer.interval()) == 0;
     for (int row = rowAt(0); row >= 0 && row < model()->rowCount(); ++row) {
         if (rowViewportPosition(row) > viewport()->height())
             break;
@@ -295,12 +295,12 @@ void JobTable::resizeEvent(QResizeEvent* event) {
 
 void JobTable::showEvent(QShowEvent* event) {
     QTableView::showEvent(event);
-    refreshTurning();
+    refreshTicking();
 }
 
 void JobTable::hideEvent(QHideEvent* event) {
     QTableView::hideEvent(event);
-    m_turnTimer.stop();
+    m_tickTimer.stop();
 }
 
 void JobTable::setHoveredRow(int row) {

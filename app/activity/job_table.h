@@ -26,8 +26,8 @@ private:
     Pass m_pass = Pass::All;
 };
 
-/// The rows of the jobs: 36 px each, state, task, items, progress, result, time. The columns shrink
-/// with the window; the name of the task takes what is left.
+/// The table of the jobs, rows of 36 px: state, task, items, progress, result, time. The columns
+/// shrink with the window; the task takes the rest of the width.
 class JobTable : public QTableView {
     Q_OBJECT
 public:
@@ -36,16 +36,17 @@ public:
 
     JobTable(ActivityModel& model, JobFilter& filter, QWidget* parent = nullptr);
 
-    /// 0 when none is chosen.
+    /// Returns the id of the chosen job, 0 when none is.
     [[nodiscard]] int chosenJob() const;
     /// Chooses nothing when the job is not among the rows.
     void chooseJob(int job);
     [[nodiscard]] int hoveredRow() const { return m_hoveredRow; }
-    /// Repaints what moves; without spinning when things are to stand still.
-    [[nodiscard]] bool isTurning() const { return m_turnTimer.isActive(); }
+    /// Returns true while the table repaints the spinners and times of running jobs.
+    [[nodiscard]] bool isTicking() const { return m_tickTimer.isActive(); }
+    /// Returns false where animations are off: the times alone are repainted, once a second.
     [[nodiscard]] bool spins() const { return m_spins; }
-    /// Starts or stops the spinners according to what is running and seen.
-    void refreshTurning();
+    /// Starts or stops the repainting according to what is running and visible.
+    void refreshTicking();
 
 Q_SIGNALS:
     void jobChosen(int job);
@@ -63,13 +64,13 @@ private:
     void setUpHeader();
     void layOutColumns();
     void setHoveredRow(int row);
-    void turn();
+    void tick();
     void updateRow(int row, int column = -1);
 
     ActivityModel& m_model;
-    QTimer m_turnTimer;
+    QTimer m_tickTimer;
     int m_hoveredRow = -1;
-    int m_turns = 0;
+    int m_ticks = 0;
     bool m_spins = false;
 };
 

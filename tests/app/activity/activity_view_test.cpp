@@ -97,10 +97,10 @@ TEST_F(ActivityViews, BarSaysWhatRunsAndHowManyDid) {
         model.fileFinished(job, {u"/in/a.mov"_s, {}, FileState::Done, {}});
     settle();
     EXPECT_EQ(bar->statusText(), u"Convert to MP4, 3 of 6 files");
-    EXPECT_TRUE(part<BusyIndicator>("jobProgressor")->isTurning());
+    EXPECT_TRUE(part<BusyIndicator>("jobProgressor")->isSpinning());
     model.setExportsAlone(job);
     settle();
-    EXPECT_FALSE(part<BusyIndicator>("jobProgressor")->isTurning()) << "it is the worker's";
+    EXPECT_FALSE(part<BusyIndicator>("jobProgressor")->isSpinning()) << "it is the worker's";
     EXPECT_EQ(part<ThinProgress>("jobProgress")->value(), 500);
     EXPECT_EQ(chip("runningChip"), u"1 running");
     EXPECT_EQ(chip("failedChip"), u"1 failed");
@@ -111,9 +111,9 @@ TEST_F(ActivityViews, BarSaysWhatRunsAndHowManyDid) {
     model.endJob(job);
     settle();
     EXPECT_EQ(bar->statusText(), u"Nothing running");
-    EXPECT_FALSE(part<BusyIndicator>("jobProgressor")->isTurning());
+    EXPECT_FALSE(part<BusyIndicator>("jobProgressor")->isSpinning());
     bar->setBusyVisible(true);
-    EXPECT_TRUE(part<BusyIndicator>("jobProgressor")->isTurning());
+    EXPECT_TRUE(part<BusyIndicator>("jobProgressor")->isSpinning());
 }
 
 TEST_F(ActivityViews, NamesTheEndOfAJobForScreenReaders) {
@@ -162,9 +162,9 @@ TEST_F(ActivityViews, NothingMovesWhenTheDesktopAsksForStillness) {
     EXPECT_EQ(panel->height(), ActivityPanel::kHeight) << "at once";
     bar->setBusyVisible(true);
     EXPECT_TRUE(part<BusyIndicator>("jobProgressor")->isVisible());
-    EXPECT_FALSE(part<BusyIndicator>("jobProgressor")->isTurning());
+    EXPECT_FALSE(part<BusyIndicator>("jobProgressor")->isSpinning());
     EXPECT_FALSE(part<JobTable>("jobTable")->spins());
-    EXPECT_TRUE(part<JobTable>("jobTable")->isTurning()) << "the running times go on";
+    EXPECT_TRUE(part<JobTable>("jobTable")->isTicking()) << "the running times go on";
     for (QWidget* widget : window.findChildren<QWidget*>())
         widget->setStyle(nullptr);
 }
@@ -181,11 +181,11 @@ TEST_F(ActivityViews, SegmentsFilterTheTasks) {
     EXPECT_EQ(rows(), (QStringList{u"Save changes"_s, u"Import"_s, u"Extract audio"_s}));
     QTest::mouseClick(segment->part(1), Qt::LeftButton);
     EXPECT_EQ(rows(), QStringList{u"Save changes"_s});
-    EXPECT_TRUE(panel->findChild<JobTable*>()->isTurning());
+    EXPECT_TRUE(panel->findChild<JobTable*>()->isTicking());
     model.endJob(job);
     settle();
     EXPECT_TRUE(rows().isEmpty());
-    EXPECT_FALSE(panel->findChild<JobTable*>()->isTurning());
+    EXPECT_FALSE(panel->findChild<JobTable*>()->isTicking());
     QTest::mouseClick(segment->part(2), Qt::LeftButton);
     EXPECT_EQ(rows(), QStringList{u"Extract audio"_s});
 
