@@ -71,7 +71,7 @@ QImage ThumbnailCache::find(const QString& path, std::int64_t modified, int side
     if (size.isEmpty() || size.width() > kLargeSide * 4 || size.height() > kLargeSide * 4)
         return {};
     const QImage image = reader.read();
-    // Not asked of the reader: it takes such keys apart at their colons.
+    // From the image: the reader would split such keys at their colons.
     if (image.text(kTimeKey).toLongLong() != modified ||
         image.text(kAddressKey).toUtf8() != fileAddress(path))
         return {};
@@ -94,7 +94,7 @@ void ThumbnailCache::store(const QString& path, std::int64_t modified, int side,
     described.setText(QStringLiteral("Software"), QStringLiteral("ClipHeave"));
     if (!described.save(&file, "png") || !file.flush())
         return;
-    // Not made durable on purpose: a thumbnail lost in a power cut is made again.
+    // Deliberate: not made durable. A thumbnail lost in a power cut is made again.
     if (std::rename(QFile::encodeName(file.fileName()).constData(),
                     QFile::encodeName(target).constData()) == 0)
         file.setAutoRemove(false);

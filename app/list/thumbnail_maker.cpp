@@ -18,7 +18,7 @@ namespace clipheave::app {
 
 namespace {
 
-/// Images of more pixels are not opened: decoding one would take the memory of a video.
+/// Images of more pixels are not decoded: one would take 800 MB.
 constexpr qint64 kMostPixelsDecoded = 200'000'000;
 constexpr qsizetype kMostArtworkBytes = 64 << 20;
 /// A video is shown by what it holds at a tenth of its length, within the first minute.
@@ -41,7 +41,7 @@ QImage readScaled(QIODevice& device, int side) {
     if (size.isValid()) {
         if (qint64{size.width()} * size.height() > kMostPixelsDecoded)
             return {};
-        // Twice the size, for a JPEG is reduced in steps; the rest is done smoothly.
+        // To twice the size, because JPEG decoders scale in steps; smooth scaling does the rest.
         if (std::max(size.width(), size.height()) > 2 * side)
             reader.setScaledSize(
                 size.scaled(2 * side, 2 * side, Qt::KeepAspectRatio).expandedTo(QSize(1, 1)));
@@ -75,7 +75,7 @@ QImage decodeVideo(const ThumbnailSource& source, int side) {
         return {};
     const QImage image(reinterpret_cast<const uchar*>(keyframe->rgb32.constData()), keyframe->width,
                        keyframe->height, keyframe->width * 4, QImage::Format_RGB32);
-    return image.copy(); // its own bytes
+    return image.copy(); // the bytes belong to the keyframe
 }
 
 /// The image of the file within `side` pixels, from the thumbnail folder or made and put there.

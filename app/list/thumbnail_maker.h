@@ -8,7 +8,7 @@
 
 namespace clipheave::app {
 
-/// How a thumbnail comes out.
+/// The size and the form that a thumbnail is to have.
 struct ThumbnailShape {
     QSize size; ///< device pixels
     enum Mode {

@@ -45,7 +45,7 @@ public:
     [[nodiscard]] bool isIdle() const;
 
 Q_SIGNALS:
-    /// Some images are there that were not.
+    /// More images can be had from image().
     void imagesReady();
 
 private:
@@ -61,10 +61,10 @@ private:
     void take(const QString& key, const QImage& image);
 
     ThumbnailCache m_cache;
-    QCache<QString, QPixmap> m_images; ///< null images: tried in vain
+    QCache<QString, QPixmap> m_images; ///< a null image could not be made
     int m_made = 0;
 
-    mutable QMutex m_mutex; ///< over what follows
+    mutable QMutex m_mutex; ///< guards what follows
     std::deque<Job> m_waiting;
     QSet<QString> m_running;
     int m_workers = 0;

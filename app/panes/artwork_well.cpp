@@ -76,11 +76,11 @@ void ArtworkWell::setImage(const platform::EncodedImage& artwork) {
 
 void ArtworkWell::decode() {
     QThreadPool::globalInstance()->start([well = QPointer(this), artwork = m_image,
-                                          turn = m_decoding, most = size() * devicePixelRatioF()] {
+                                          call = m_decoding, most = size() * devicePixelRatioF()] {
         const QImage image = decodedImage(artwork, most);
         // The pointer is read on the widget's own thread only.
-        QMetaObject::invokeMethod(qApp, [well, image, turn] {
-            if (well && well->m_decoding == turn)
+        QMetaObject::invokeMethod(qApp, [well, image, call] {
+            if (well && well->m_decoding == call)
                 well->takeDecoded(image);
         });
     });

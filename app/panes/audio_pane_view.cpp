@@ -73,7 +73,7 @@ void AudioPaneView::makeTags() {
         m_fields.push_back(field);
     }
     m_column->addWidget(m_form);
-    // Named only among the change flags; nobody sees it.
+    // A change flag belongs to this field, which is never shown.
     auto* hidden = new EditField(this);
     hidden->setObjectName(QStringLiteral("audioCreateDatelab"));
     hidden->hide();

@@ -76,7 +76,7 @@ QScrollArea* DetailPane::scrolled(QWidget* body) {
     auto* area = new QScrollArea(this);
     area->setWidget(body);
     area->setWidgetResizable(true);
-    // The pane paints the ground of all its parts.
+    // The pane paints the background of all its parts.
     area->viewport()->setAutoFillBackground(false);
     body->setAutoFillBackground(false);
     area->setFrameShape(QFrame::NoFrame);

@@ -41,8 +41,8 @@ public:
     /// Sets how many files Save will write; the foot says so.
     void setTouchedCount(int count);
     /// Sets the names of the files that Save will write. While the list is `sorted` the foot names
-    /// them, because rows are taken by import order then and others than the marked ones may be
-    /// meant.
+    /// them: Save takes the selected row numbers in import order, so these may be other files than
+    /// the selected ones.
     void setTouchedNames(const QStringList& names, bool sorted);
     [[nodiscard]] QString footNote() const;
 

@@ -9,7 +9,7 @@ namespace clipheave::app {
 
 class PlayerView;
 
-/// The image and the controls below it as one card; for audio files the controls alone. Fills the
+/// The frame and the controls below it as one card; for audio files the controls alone. Fills the
 /// screen on request, Esc brings it back.
 class PlayerCard : public QWidget {
     Q_OBJECT
@@ -19,7 +19,7 @@ public:
 
     [[nodiscard]] PlayerView* player() const { return m_player; }
     [[nodiscard]] TransportBar* transport() const { return m_transport; }
-    /// px; the image is 16:9 of it.
+    /// Sets the width in px; the frame's area is 16:9.
     void setCardWidth(int width);
     void toggleFullScreen();
     [[nodiscard]] bool isFullScreen() const;

@@ -13,8 +13,8 @@ class MpvPlayer;
 
 namespace clipheave::app {
 
-/// The image of the player, letterboxed on the well. With the focus: Space plays, comma and
-/// period step one frame, Left and Right go 5 s. A TransportBar below it completes the card.
+/// The player's frame, letterboxed. With the focus: Space plays and pauses, comma and period step
+/// one frame, Left and Right go 5 s. A TransportBar below it completes the card.
 class PlayerView : public QWidget {
     Q_OBJECT
 public:
@@ -45,7 +45,7 @@ protected:
 
 private:
     void paintContent(QPainter& painter);
-    /// Where the image is drawn, in logical px.
+    /// Returns where the frame is drawn, in logical px.
     [[nodiscard]] QRectF imageRect() const;
 
     platform::MpvPlayer* m_player;

@@ -5,8 +5,8 @@
 
 namespace clipheave::app {
 
-/// The line on which the position is seen and chosen; its value is in milliseconds. A press goes to
-/// that place and drags on; Left and Right go a second, Page Up and Page Down ten.
+/// The slider of the playback position, in milliseconds. A press goes to that place and drags on;
+/// Left and Right go a second, Page Up and Page Down ten.
 class ScrubLine : public QSlider {
     Q_OBJECT
 public:

@@ -21,7 +21,7 @@ class ScrubLine;
 class Waveform;
 
 /// Returns "01:15.08": minutes, seconds and hundredths, cut and not rounded; more than 99 minutes
-/// are written out ("125:00.00"). Without hundredths "01:15". Nothing negative.
+/// are written out ("125:00.00"). Without hundredths "01:15". Negative times count as 0.
 [[nodiscard]] QString transportTime(double seconds, bool hundredths = true);
 
 /// An icon button in the colours of the dark theme, whichever is chosen.
@@ -58,8 +58,8 @@ public:
     /// video form only; the audio form has no place for them.
     void setFrameStepping(bool shown);
     [[nodiscard]] Form form() const { return m_form; }
-    /// Audio form: shows how loud the file is over its time, once that is known. Call it after the
-    /// player got the file; it is taken away with that. `changed`: when the file was changed.
+    /// Audio form: shows the waveform of the file once it is measured. Call it after the player has
+    /// opened the file; it is hidden when that closes. `changed` is the modification date.
     void showWaveform(const QString& path, const QDateTime& changed);
 
 Q_SIGNALS:

@@ -32,6 +32,7 @@ class TokenIcon;
 class VideoPaneView : public QWidget {
     Q_OBJECT
 public:
+    /// Returns the text of a position from the texts of latitude, longitude and altitude.
     using LocationRule = std::function<QString(const QString&, const QString&, const QString&)>;
 
     explicit VideoPaneView(QWidget* parent = nullptr);

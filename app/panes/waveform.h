@@ -12,7 +12,7 @@
 
 namespace clipheave::app {
 
-/// Measures files one after the other in the background, the last one asked for at most.
+/// Measures how loud a file is over its time, in the background, one file at once.
 class PeakLoader : public QObject {
     Q_OBJECT
 public:
@@ -21,12 +21,12 @@ public:
     ~PeakLoader() override;
 
     /// Drops what was asked for before. loaded() comes from the event loop, or at once for a file
-    /// that was measured and has not changed since (`changed`).
+    /// that was measured and has not changed since (`changed`, its modification date).
     void load(const QString& path, const QDateTime& changed);
     void cancel();
 
 Q_SIGNALS:
-    /// As MediaEngine::soundPeaks; empty when there are none to be had.
+    /// As MediaEngine::audioPeaks(); empty when the file cannot be measured.
     void loaded(const QByteArray& peaks);
 
 private:
@@ -34,8 +34,8 @@ private:
     QThreadPool m_pool;
 };
 
-/// The position on an image of how loud the audio is; hidden while there is none. Heights are
-/// relative to the loudest place of the file: it is for finding places, not for measuring.
+/// The playback position on the waveform; hidden while there is none. Heights are relative to the
+/// loudest place of the file: it is for finding places, not for measuring.
 class Waveform : public ScrubLine {
     Q_OBJECT
 public:

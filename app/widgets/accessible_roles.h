@@ -4,8 +4,7 @@
 namespace clipheave::app {
 
 /// Gives the drawn widgets the roles that assistive technology reports (image, video) in place of
-/// "filler".
-/// Once, before the first of them is asked.
+/// "filler". Call it before assistive technology meets the first of them; later calls do nothing.
 void installAccessibleRoles();
 
 } // namespace clipheave::app

@@ -19,10 +19,11 @@ public:
 
     [[nodiscard]] QString message() const { return m_message; }
     [[nodiscard]] QString informative() const { return m_informative; }
-    /// In the order given.
+    /// Returns the texts in the order given.
     [[nodiscard]] QStringList buttonTexts() const { return m_texts; }
     [[nodiscard]] int defaultIndex() const { return m_default; }
-    /// What Esc returns: "Cancel" where there is one, else the only button, else -1.
+    /// Returns the index that Esc chooses: "Cancel" where there is one, else the only button, else
+    /// -1.
     [[nodiscard]] int escapeIndex() const;
 
     /// Shows the alert and waits. Returns the index of the pressed button in `buttons`.

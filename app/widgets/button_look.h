@@ -37,7 +37,7 @@ struct ButtonLook {
 
 void paintButton(QPainter& painter, const QRect& rect, const ButtonLook& look);
 [[nodiscard]] QSize buttonSize(const ButtonLook& look);
-/// Whether a focus that came this way is shown by a ring: from the keyboard, not from a click.
+/// Returns true for a focus that came from the keyboard, not from a click: a ring shows it.
 [[nodiscard]] bool showsFocusRing(Qt::FocusReason reason);
 
 /// A button of dialogs and panes in the window's own look, without notifications.

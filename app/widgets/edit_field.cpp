@@ -105,12 +105,12 @@ void EditField::fadeEnd() {
     QPainter painter(this);
     const bool atRight = !text().isRightToLeft();
     const QRect end(atRight ? kTextInset + room - kFade : kTextInset, 4, kFade + 1, height() - 8);
-    const QColor ground = Theme::instance().color(Token::bg3);
-    QColor clear = ground;
+    const QColor background = Theme::instance().color(Token::bg3);
+    QColor clear = background;
     clear.setAlpha(0);
     QLinearGradient fade(end.topLeft(), end.topRight());
-    fade.setColorAt(0, atRight ? clear : ground);
-    fade.setColorAt(1, atRight ? ground : clear);
+    fade.setColorAt(0, atRight ? clear : background);
+    fade.setColorAt(1, atRight ? background : clear);
     painter.fillRect(end, fade);
 }
 

@@ -58,8 +58,8 @@ public:
     /// For controls that carry no mark (pop-ups, several fields).
     FieldRow(const QString& label, QWidget* control, int labelWidth = kLabelWidth,
              QWidget* parent = nullptr);
-    /// Puts another field of the same meaning into the row, or none. The old one loses its parent's
-    /// layout but is not deleted.
+    /// Puts another field of the same meaning into the row, or none. The old one leaves the layout
+    /// but is not deleted.
     void setField(EditField* field);
     [[nodiscard]] EditField* field() const { return m_field; }
     [[nodiscard]] QLabel* label() const { return m_label; }

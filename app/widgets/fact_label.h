@@ -5,8 +5,8 @@
 
 namespace clipheave::app {
 
-/// Draws one line at the left, "3840 x 2160" with its letter: some fonts put a multiplication sign
-/// in place of an x between numbers when they see it as a whole.
+/// Draws one line, aligned left, with the letter x of "3840 x 2160": given the whole text, some
+/// fonts draw an x between numbers as a multiplication sign.
 void drawWithPlainX(QPainter& painter, QRect rect, const QString& text);
 
 /// One fact of a file. text() is the whole string ("File Size: 1.94 GB"), also when it is too long
@@ -15,7 +15,7 @@ void drawWithPlainX(QPainter& painter, QRect rect, const QString& text);
 class FactLabel : public QLabel {
     Q_OBJECT
 public:
-    /// `label` with its ": ", as the bare text of a missing value.
+    /// `label` ends in ": " and is the whole text until there is a value.
     explicit FactLabel(const QString& label = {}, QWidget* parent = nullptr);
 
     /// `label` ("File Size: ") followed by the value; the bare label when it is empty.

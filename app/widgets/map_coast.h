@@ -10,10 +10,11 @@
 
 namespace clipheave::app {
 
-/// Latitudes beyond are not on the map: there it is square.
+/// Degrees; the map is square because it ends here, north and south.
 inline constexpr double kMercatorLimit = 85.0511287798066;
 
-/// Degrees to map units: 0 to 1 from 180 west to 180 east and from 85 north to 85 south.
+/// Returns the map units of a position in degrees: 0 to 1 from 180 west to 180 east and from 85
+/// north to 85 south.
 [[nodiscard]] QPointF mercatorOf(double latitude, double longitude);
 [[nodiscard]] double latitudeOf(double y);
 [[nodiscard]] inline double longitudeOf(double x) {
@@ -33,24 +34,24 @@ struct CoastLine {
     Kind kind = Kind::Ring;
     std::vector<Point> points;
     Box box;
-    std::vector<Box> runs; ///< of kRunLength points each, with the first point of the next run
+    std::vector<Box> runs; ///< kCoastRunLength points each, and the first point of the next run
 };
 
 inline constexpr std::size_t kCoastRunLength = 64;
 
-/// Coast lines and borders in a few degrees of detail, coarse to fine.
+/// Coast lines and borders in a few levels of detail, coarse to fine.
 class CoastMap {
 public:
-    /// The built-in data; read on first use. Empty, and the map all sea, should it be damaged.
+    /// Returns the built-in data, read on first use; empty, an all-sea map, when it is damaged.
     static const CoastMap& instance();
-    /// Form: see scripts/make-coast-data. No levels when the bytes are not of that form.
+    /// Reads the format of scripts/make-coast-data. No levels when the bytes are in another.
     static CoastMap fromBytes(const QByteArray& packed);
 
     [[nodiscard]] std::size_t levelCount() const { return m_levels.size(); }
     [[nodiscard]] const std::vector<CoastLine>& level(std::size_t index) const {
         return m_levels[index];
     }
-    /// The level to draw when the world is `scale` px wide.
+    /// Returns the level to draw when the world is `scale` px wide.
     [[nodiscard]] std::size_t levelFor(double scale) const;
 
 private:
@@ -64,7 +65,7 @@ struct MapFrame {
     QRectF visible; ///< px
 };
 
-/// What of a line lies in the frame: its area cut to a little more than the frame, and its visible
+/// The part of a line in the frame: its area cut to a little more than the frame, and its visible
 /// strokes. Points closer than 0.75 px are dropped; far-away runs are skipped.
 struct CoastShape {
     QPolygonF area;

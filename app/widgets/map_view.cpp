@@ -19,7 +19,7 @@ namespace clipheave::app {
 namespace {
 
 constexpr double kZoomStep = 1.6;
-/// Of a wheel: two notches double the scale.
+/// Wheel delta that doubles the scale: two notches.
 constexpr double kWheelStep = 240;
 /// Nothing narrower is shown: the data has nothing to say there.
 constexpr double kNarrowestSpan = 0.004;
@@ -124,7 +124,7 @@ double MapView::mostScale() const {
 
 void MapView::moveTo(const QPointF& world, double scale) {
     m_scale = std::clamp(scale, leastScale(), mostScale());
-    // The map ends at its upper and lower edge and goes round at the sides.
+    // The map ends at its upper and lower edge and wraps round at the sides.
     const double half = std::min(0.5, height() / 2.0 / m_scale);
     m_world = {world.x() - std::floor(world.x()), std::clamp(world.y(), half, 1 - half)};
     m_base = {};

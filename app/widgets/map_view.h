@@ -37,14 +37,14 @@ public:
     explicit MapView(QWidget* parent = nullptr);
 
     /// Shows at least the span around the centre, and the position text. Values out of range are
-    /// brought into it (longitudes wrap); numbers that are none are ignored.
+    /// brought into it (longitudes wrap); values that are not finite are ignored.
     void setCentre(double latitude, double longitude, double spanLatitude = kFirstSpan.latitude,
                    double spanLongitude = kFirstSpan.longitude);
-    /// The whole world and "No position".
+    /// Shows the whole world and "No position".
     void clearPosition();
     [[nodiscard]] bool hasPosition() const { return m_hasPosition; }
     [[nodiscard]] GeoPoint centre() const;
-    /// What the widget shows now.
+    /// Returns the span that the widget shows now.
     [[nodiscard]] GeoSpan span() const;
 
     void addAnnotation(double latitude, double longitude);
@@ -53,16 +53,16 @@ public:
 
     /// When on, a click emits positionPicked().
     void setPickingEnabled(bool enabled);
-    /// Off: wheel, keys and buttons leave the span alone.
+    /// When off, wheel, keys and buttons leave the span alone.
     void setZoomEnabled(bool enabled);
-    /// `factor` > 1 comes closer; `anchor` (widget px) keeps its place.
+    /// `factor` > 1 zooms in; `anchor` (widget px) keeps its place.
     void zoomBy(double factor, const QPointF& anchor);
     void zoomBy(double factor);
 
-    /// Widget px of a position (the copy nearest to the centre) and back.
+    /// Return the widget px of a position (of the copy nearest to the centre), and the reverse.
     [[nodiscard]] QPointF pixelOf(const GeoPoint& point) const;
     [[nodiscard]] GeoPoint positionAt(const QPointF& pixel) const;
-    /// "63.4043 N  19.0571 W" of the position that was set, or "No position".
+    /// Returns "63.4043 N  19.0571 W" for the position that was set, or "No position".
     [[nodiscard]] QString positionText() const;
 
     [[nodiscard]] QSize sizeHint() const override;
@@ -70,7 +70,7 @@ public:
 
 Q_SIGNALS:
     void positionPicked(double latitude, double longitude);
-    /// Centre or span changed, by whomever.
+    /// Centre or span changed, by the user or by a call.
     void regionChanged();
 
 protected:

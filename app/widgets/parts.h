@@ -19,7 +19,7 @@ class SectionHeading : public QWidget {
     Q_OBJECT
 public:
     explicit SectionHeading(const QString& title, QWidget* parent = nullptr);
-    /// At the right end behind an accent dot ("2 changed"); none when empty.
+    /// Shows a note at the right end, behind an accent dot ("2 changed"); none when empty.
     void setNote(const QString& note);
     [[nodiscard]] QString note() const { return m_note; }
     [[nodiscard]] QSize sizeHint() const override;
@@ -37,7 +37,7 @@ class Card : public QFrame {
     Q_OBJECT
 public:
     explicit Card(QWidget* parent = nullptr);
-    /// Accent outline: the alternative that counts.
+    /// Draws the accent outline of the chosen alternative.
     void setChosen(bool chosen);
 
 protected:
@@ -47,7 +47,7 @@ private:
     bool m_chosen = false;
 };
 
-/// A short state in a pill of 20 px, with an image, so that colour never says it alone.
+/// A short state in a pill of 20 px, with an image, so that colour is never the only sign.
 class Chip : public QWidget {
     Q_OBJECT
 public:
@@ -79,7 +79,7 @@ public:
     [[nodiscard]] ImageButton* part(int index) const;
     [[nodiscard]] int count() const;
     [[nodiscard]] int currentIndex() const { return m_current; }
-    /// Quiet: emits nothing.
+    /// Chooses a part without a signal.
     void setCurrentIndex(int index);
     /// When off, a click changes nothing by itself: whoever gets the part's notification decides.
     void setSwitchesItself(bool switches) { m_switchesItself = switches; }
@@ -102,13 +102,13 @@ private:
     bool m_switchesItself = true;
 };
 
-/// The storage folder at the right end of the tool bar: clicked() opens it, the context menu is the
-/// user's of this class (Qt::CustomContextMenu).
+/// The storage folder at the right end of the tool bar: clicked() asks to open it; whoever owns the
+/// chip shows the context menu (Qt::CustomContextMenu).
 class StorageChip : public QAbstractButton {
     Q_OBJECT
 public:
     explicit StorageChip(QWidget* parent = nullptr);
-    /// The whole path; its last part is shown, the path is the tool tip.
+    /// Sets the path; its last component is shown, the whole path is the tool tip.
     void setPath(const QString& path);
     [[nodiscard]] QString path() const { return m_path; }
     [[nodiscard]] QSize sizeHint() const override;

@@ -128,7 +128,7 @@ QSize StorageChip::sizeHint() const {
 }
 
 QSize StorageChip::minimumSizeHint() const {
-    // A larger font leaves no room for the text beside the tools in the least window.
+    // A larger font leaves no room for the text beside the tools in the smallest window.
     constexpr double kTightScale = 1.1;
     const int caption =
         QFontMetrics(Theme::instance().font(FontRole::Caption)).horizontalAdvance(storageCaption());

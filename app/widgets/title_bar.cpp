@@ -69,7 +69,7 @@ void TitleBar::placeName() {
     m_name->adjustSize();
     const int left = (width() - m_name->width()) / 2;
     m_name->move(left, (kHeight - m_name->height()) / 2);
-    // In a narrow window the menus go before the name.
+    // In a narrow window the menus push the name out.
     m_name->setVisible(left > m_menuBar->geometry().right() + 8);
 }
 
