@@ -29,8 +29,8 @@ bool hasAudioDevice() {
                 .isEmpty();
 }
 
-// Deliberate: nothing beside the file is opened, so that a look at it never reaches into another
-// folder or the network; no subtitles, so that the image is the one stored in the file.
+// Deliberate: nothing beside the file is opened, so that playing it never reaches into another
+// folder or the network; no subtitles, so that frames are those stored in the file.
 constexpr std::array kMpvOptions{
     MpvOption{"vo", "libmpv"},
     MpvOption{"hwdec", "no"},
@@ -49,8 +49,8 @@ constexpr std::array kMpvOptions{
     MpvOption{"pause", "yes"},
     MpvOption{"hr-seek", "yes"},
     MpvOption{"keepaspect", "no"}, // the caller gives the proportions
-    // Turned here: drawing into memory, the library neither turns an image nor survives to be
-    // asked.
+    // Rotated here: when it draws into memory, the library does not rotate frames, and crashes when
+    // it is asked to.
     MpvOption{"video-rotate", "no"},
     MpvOption{"sid", "no"},
     MpvOption{"autoload-files", "no"},
@@ -63,7 +63,7 @@ constexpr std::array kMpvOptions{
 };
 
 constexpr int kMostFrameSide = 16384;
-constexpr int kMostStepsBack = 8; // what a held key may leave behind
+constexpr int kMostStepsBack = 8; // that a held key may queue
 constexpr QSize kUnaskedFrameSize(64, 36);
 constexpr double kSameSeconds = 1e-6;
 
@@ -191,7 +191,7 @@ void MpvCore::forgetFile() {
     m_entry = kNoEntry;
     m_open = m_started = m_known = m_loaded = m_ownImages = false;
     m_atEnd = m_hasVideo = m_hasFrame = m_seeking = false;
-    m_stepsBack = m_turn = 0;
+    m_stepsBack = m_rotation = 0;
     m_seekWhenLoaded.reset();
     m_codedSize = m_videoSize = {};
     m_frame = {};
@@ -269,13 +269,13 @@ QImage MpvCore::render(QSize pixels) {
 }
 
 bool MpvCore::draw(QSize pixels) {
-    const bool swapped = m_turn % 180 != 0;
-    if (m_turn != 0 || m_frame.size() != pixels || !m_frame.isDetached())
+    const bool swapped = m_rotation % 180 != 0;
+    if (m_rotation != 0 || m_frame.size() != pixels || !m_frame.isDetached())
         m_frame = QImage(swapped ? pixels.transposed() : pixels, QImage::Format_RGB32);
     if (m_frame.isNull() || !drawUpright(m_frame))
         return false;
-    if (m_turn != 0)
-        m_frame = m_frame.transformed(QTransform().rotate(m_turn));
+    if (m_rotation != 0)
+        m_frame = m_frame.transformed(QTransform().rotate(m_rotation));
     return true;
 }
 
@@ -306,9 +306,9 @@ void MpvCore::imageChanged() {
     readEvents(); // what this image belongs to
     if ((m_mpv.renderContextUpdate(m_renderer) & MPV_RENDER_UPDATE_FRAME) == 0)
         return;
-    // Drawn even when nobody looks: the library waits 200 ms for each image that is not.
+    // Drawn even when nothing shows it: the library waits 200 ms for each frame that is not drawn.
     const bool drawn = draw(m_frameSize.isEmpty() ? kUnaskedFrameSize : m_frameSize);
-    // The file before may still be drawn once more.
+    // The previous file may still be drawn once more.
     m_hasFrame = m_ownImages && drawn;
     if (m_hasFrame && !m_videoSize.isEmpty())
         Q_EMIT m_owner.frameReady();

@@ -20,10 +20,10 @@ namespace clipheave::platform {
 class MpvPlayer;
 
 /// One running player of the library with its drawing context: the state of the open file as its
-/// events tell it. Lives on the main thread; the library's own threads only wake it up.
+/// events report it. Lives on the main thread; the library's own threads only wake it up.
 class MpvCore {
 public:
-    /// Null when it cannot be had; `reason` then says why.
+    /// Returns null when the library is missing or does not start; `reason` then says why.
     static std::unique_ptr<MpvCore> make(MpvPlayer& owner, QString& reason);
     ~MpvCore();
     MpvCore(const MpvCore&) = delete;
@@ -47,8 +47,17 @@ public:
 
 private:
     static constexpr qint64 kNoEntry = -1;
-    /// What an answer is about; asked together with m_generation.
-    enum class Question : quint8 { Open, Other, Video, Turn, Duration, Width, Height, AudioOutput };
+    /// What a reply is about; sent together with m_generation.
+    enum class Question : quint8 {
+        Open,
+        Other,
+        Video,
+        Rotation,
+        Duration,
+        Width,
+        Height,
+        AudioOutput
+    };
 
     MpvCore(const MpvLibrary& library, MpvPlayer& owner) : m_mpv(library), m_owner(owner) {}
     bool start(QString& reason);
@@ -65,10 +74,10 @@ private:
     void handleEnd(const mpv_event_end_file& end);
     void handleProperty(const mpv_event_property& property);
     void handleOpened(const mpv_event& event);
-    void handleAnswer(const mpv_event& event);
+    void handleReply(const mpv_event& event);
     void fileLoaded(double duration);
-    /// Said once a run: the panel then explains why nothing is heard.
-    static void tellSilence(const char* output);
+    /// Logs once a run why nothing is heard: `output` is the audio output without a device.
+    static void logSilence(const char* output);
     void setCodedSize(QSize size);
     void reachedEnd();
     void forgetFile();
@@ -88,22 +97,22 @@ private:
     std::atomic<bool> m_eventsPosted = false, m_imagePosted = false;
 
     bool m_open = false;
-    quint64 m_generation = 0;  ///< counts open() and close(): older returns are void
-    qint64 m_entry = kNoEntry; ///< of the file that was asked for, once the library told it
+    quint64 m_generation = 0; ///< counts open() and close(): replies to older questions are dropped
+    qint64 m_entry = kNoEntry; ///< of the file that was asked for, once the library has replied
     bool m_started = false;    ///< events belong to that file, not to the one before
-    bool m_known = false;      ///< its tracks are
-    bool m_loaded = false;     ///< the first returns about it are there
-    bool m_ownImages = false;  ///< images are its own, not the last of the file before
+    bool m_known = false;      ///< its tracks are known
+    bool m_loaded = false;     ///< the first replies about it have arrived
+    bool m_ownImages = false;  ///< frames are its own, not the last of the file before
     bool m_paused = true;
     bool m_atEnd = false;
     bool m_seeking = false;
     int m_stepsBack = 0; ///< asked for during a seek
-    int m_turn = 0;      ///< degrees clockwise, a multiple of 90
+    int m_rotation = 0;  ///< degrees clockwise, a multiple of 90
     bool m_hasVideo = false;
     bool m_hasFrame = false;
     double m_position = 0, m_duration = 0;
     std::optional<double> m_seekWhenLoaded;
-    QSize m_codedSize; ///< before it is turned
+    QSize m_codedSize; ///< before the rotation
     QSize m_videoSize;
     QSize m_frameSize; ///< what was last asked for
     QImage m_frame;

@@ -29,7 +29,7 @@ void MpvCore::handle(const mpv_event& event) {
     case MPV_EVENT_FILE_LOADED:
         m_known = m_started;
         ask(Question::Video, "vid", MPV_FORMAT_INT64);
-        ask(Question::Turn, "current-tracks/video/demux-rotation", MPV_FORMAT_INT64);
+        ask(Question::Rotation, "current-tracks/video/demux-rotation", MPV_FORMAT_INT64);
         return ask(Question::Duration, "duration", MPV_FORMAT_DOUBLE);
     case MPV_EVENT_PLAYBACK_RESTART:
         return seekEnded();
@@ -42,7 +42,7 @@ void MpvCore::handle(const mpv_event& event) {
     case MPV_EVENT_COMMAND_REPLY:
         return event.reply_userdata == mark(Question::Open) ? handleOpened(event) : void();
     case MPV_EVENT_GET_PROPERTY_REPLY:
-        return handleAnswer(event);
+        return handleReply(event);
     case MPV_EVENT_PROPERTY_CHANGE:
         return handleProperty(*static_cast<const mpv_event_property*>(event.data));
     default:
@@ -81,41 +81,41 @@ void MpvCore::handleOpened(const mpv_event& event) {
     Q_EMIT m_owner.failed(MpvPlayer::tr("The file cannot be opened."));
 }
 
-void MpvCore::handleAnswer(const mpv_event& event) {
+void MpvCore::handleReply(const mpv_event& event) {
     const auto about = static_cast<Question>(event.reply_userdata & 0xFF);
     if (!m_started || event.reply_userdata != mark(about))
         return;
     const auto& property = *static_cast<const mpv_event_property*>(event.data);
-    const bool told = event.error >= 0 && property.data != nullptr;
-    const bool whole = told && property.format == MPV_FORMAT_INT64;
+    const bool known = event.error >= 0 && property.data != nullptr;
+    const bool whole = known && property.format == MPV_FORMAT_INT64;
     const int64_t number = whole ? *static_cast<const int64_t*>(property.data) : 0;
     const int small = number >= 0 && number <= INT_MAX ? static_cast<int>(number) : 0;
     switch (about) {
     case Question::Video: // a number, or "no", which is none
         m_hasVideo = whole;
         return;
-    case Question::Turn:
-        m_turn = small % 90 == 0 ? small % 360 : 0;
-        m_frame = {}; // drawn again, turned
+    case Question::Rotation:
+        m_rotation = small % 90 == 0 ? small % 360 : 0;
+        m_frame = {}; // drawn again, rotated
         return;
     case Question::Duration:
-        return fileLoaded(told ? *static_cast<const double*>(property.data) : 0);
+        return fileLoaded(known ? *static_cast<const double*>(property.data) : 0);
     case Question::Width:
         return setCodedSize({small, m_codedSize.height()});
     case Question::Height:
         return setCodedSize({m_codedSize.width(), small});
     case Question::AudioOutput:
-        return told ? tellSilence(*static_cast<char* const*>(property.data)) : void();
+        return known ? logSilence(*static_cast<char* const*>(property.data)) : void();
     default:
         return;
     }
 }
 
-void MpvCore::tellSilence(const char* output) {
-    static bool told = false;
-    if (std::strcmp(output, "null") != 0 || std::exchange(told, true))
+void MpvCore::logSilence(const char* output) {
+    static bool logged = false;
+    if (std::strcmp(output, "null") != 0 || std::exchange(logged, true))
         return;
-    log(LogLevel::Info, MpvPlayer::tr("No sound device answers: files play without sound"));
+    log(LogLevel::Info, MpvPlayer::tr("No working sound device: files play silently"));
 }
 
 void MpvCore::fileLoaded(double duration) {
@@ -129,7 +129,7 @@ void MpvCore::fileLoaded(double duration) {
 
 void MpvCore::setCodedSize(QSize size) {
     m_codedSize = size;
-    const QSize upright = m_turn % 180 != 0 ? size.transposed() : size;
+    const QSize upright = m_rotation % 180 != 0 ? size.transposed() : size;
     const QSize seen = m_loaded && m_hasVideo && !upright.isEmpty() ? upright : QSize();
     if (std::exchange(m_videoSize, seen) != seen && m_hasFrame)
         Q_EMIT m_owner.frameReady();
@@ -157,7 +157,7 @@ void MpvCore::handleProperty(const mpv_event_property& property) {
 void MpvCore::reachedEnd() {
     m_atEnd = true;
     if (m_paused)
-        return; // somebody went there, it was not played
+        return; // the user went there, it was not played to its end
     updatePaused(true);
     Q_EMIT m_owner.endReached();
 }

@@ -43,7 +43,7 @@ bool findFunctions(void* library, MpvLibrary& found) {
 }
 
 const MpvLibrary* loadMpvLibrary() {
-    // Never closed: the libraries behind it register what cannot be taken back.
+    // Never closed: the libraries that it loads cannot be unloaded safely.
     void* library = dlopen(kLibraryName, RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     static MpvLibrary found;
     if (library == nullptr || !findFunctions(library, found)) {
@@ -55,7 +55,7 @@ const MpvLibrary* loadMpvLibrary() {
     if (found.clientApiVersion() >> kApiGenerationShift !=
         MPV_CLIENT_API_VERSION >> kApiGenerationShift) {
         log(LogLevel::Error,
-            QStringLiteral("load the player: another generation of its interface"));
+            QStringLiteral("load the player: its interface is of another major version"));
         return nullptr;
     }
     return &found;

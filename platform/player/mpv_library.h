@@ -29,8 +29,8 @@ struct MpvLibrary {
     decltype(&mpv_render_context_free) renderContextFree = nullptr;
 };
 
-/// Loads it on the first call (some 90 ms); later calls give the same. Null when it is missing or
-/// of another generation, which is logged once. Any thread.
+/// Loads the library on the first call (some 90 ms); later calls return the same. Null when it is
+/// missing or its interface is of another major version, which is logged once. Any thread.
 [[nodiscard]] const MpvLibrary* mpvLibrary();
 
 } // namespace clipheave::platform

@@ -46,7 +46,7 @@ def setUpModule():
 class WindowTest(unittest.TestCase):
     """Each test has a window of its own, as after a first start."""
     arguments = ()
-    noise = ("urls==", "No sound device answers")  # lines of the activity log, which the console shows too
+    noise = ("urls==", "No working sound device")  # lines of the activity log, which the console shows too
 
     def setUp(self):
         shutil.rmtree(self.desktop.home / ".config/clipheave", ignore_errors=True)
@@ -566,7 +566,7 @@ class BadInputTest(WindowTest):
         user.get("push button", "Pause")
         user.get("push button", "Play")  # after its two seconds
         if not pathlib.Path("/dev/snd").exists():
-            eventually(lambda: any("No sound device answers" in line for line in self.log()), "a reason in the log")
+            eventually(lambda: any("No working sound device" in line for line in self.log()), "a reason in the log")
 
 
 if __name__ == "__main__":
