@@ -14,7 +14,7 @@ struct InfoSource {
     QLatin1String key;
 };
 
-// MPEG audio and MPEG-4 have no dictionary of their own: these of their items make one.
+// MPEG audio and MPEG-4 have no info dictionary: it is made of these metadata items.
 constexpr InfoSource kInfoSources[] = {
     {QLatin1String("id3/TIT2"), QLatin1String("title")},
     {QLatin1String("itsk/%A9nam"), QLatin1String("title")},

@@ -20,7 +20,7 @@ inline constexpr std::uint32_t kAudioFilePropertyID3Tag = 0x69643374;         //
 inline constexpr std::uint32_t kAudioFilePropertyInfoDictionary = 0x696E666F; // 'info'
 inline constexpr std::uint32_t kAudioFilePropertyAlbumArtwork = 0x61617274;   // 'aart'
 
-/// An audio file opened for its properties. Setters come with the audio tag writers.
+/// An audio file opened for reading its properties.
 class AudioFile {
 public:
     [[nodiscard]] const MediaFacts& facts() const { return m_file->facts(); }
@@ -32,18 +32,19 @@ private:
     std::shared_ptr<const MediaFile> m_file;
 };
 
-/// Fails unless the bytes are of a format that audio file services open (WAV, AIFF, CAF, AU, FLAC,
-/// MPEG audio, MPEG-4 audio), whatever the name says.
+/// Opens the file, whatever its name says. NotSupported unless the bytes are of a format that audio
+/// file services open (WAV, AIFF, CAF, AU, FLAC, MPEG audio, MPEG-4 audio), InvalidArgument for
+/// unknown permissions, else the error of opening it.
 [[nodiscard]] Result<AudioFile> AudioFileOpenURL(const QString& path,
                                                  AudioFilePermissions permissions);
 [[nodiscard]] Result<AudioFile> AudioFileOpenURL(std::shared_ptr<const MediaFile> file,
                                                  AudioFilePermissions permissions);
-/// Size in bytes of a property's value; NotFound when the file does not carry it.
+/// Returns the size in bytes of a property's value; NotFound when the file does not carry it.
 [[nodiscard]] Result<std::uint64_t> AudioFileGetPropertyInfo(const AudioFile& file,
                                                              std::uint32_t property);
-/// 'info': key -> text; empty when the file carries none.
+/// Returns 'info', key -> text; empty when the file carries none.
 [[nodiscard]] Result<QMap<QString, QString>> AudioFileGetInfoDictionary(const AudioFile& file);
-/// 'aart': the image; NotFound when the file carries none.
+/// Returns 'aart', the image; NotFound when the file carries none.
 [[nodiscard]] Result<EncodedImage> AudioFileGetAlbumArtwork(const AudioFile& file);
 
 } // namespace clipheave::platform

@@ -33,7 +33,7 @@ QString absolutePath(const QString& path) {
     return path.startsWith(u'/') ? path : appendingPathComponent(QDir::currentPath(), path);
 }
 
-/// Made of the name's own bytes: a QUrl would lose those that are no UTF-8.
+/// Returns the address with the name's own bytes: a QUrl would lose those that are not UTF-8.
 QString fileUrl(const QString& path) {
     return QLatin1String("file://") +
            QString::fromLatin1(nativePath(absolutePath(path)).toPercentEncoding("/"));
@@ -44,9 +44,9 @@ bool hasDesktop() {
            !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
-/// In a session of its own, with nothing to read or write. A plain fork, as QProcess does it,
-/// copies the page tables of the whole program first: while videos are encoded the window would
-/// hang.
+/// Starts the desktop's handler in a session of its own, with nothing to read or write. A plain
+/// fork, as QProcess does it, copies the page tables of the whole program first: while videos are
+/// encoded the window would hang.
 bool startHandler(QByteArray url) {
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
@@ -65,7 +65,7 @@ bool startHandler(QByteArray url) {
         ::posix_spawnp(&pid, name, &actions, &attributes, arguments, ::environ) == 0;
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
-    if (started) // its end is taken by a thread that nobody waits for
+    if (started) // reaped by a thread that nobody waits for
         std::thread([pid] { ::waitpid(pid, nullptr, 0); }).detach();
     return started;
 }
@@ -90,8 +90,8 @@ QString commonFolder(const QSet<QString>& folders) {
     return common;
 }
 
-/// File browsers open a window a folder, and mark thousands of files only slowly: the folder that
-/// has them all is shown in their place.
+/// Returns the paths to show. File browsers open one window per folder and select thousands of
+/// files slowly: the folder that contains all of them stands for many.
 QStringList worthShowing(const QStringList& paths) {
     QSet<QString> folders;
     for (const QString& path : paths)
@@ -101,8 +101,8 @@ QStringList worthShowing(const QStringList& paths) {
     return {commonFolder(folders)};
 }
 
-/// On a thread of its own: until the handler is read from a disk that is busy with somebody's
-/// videos its caller stands still, and that would be the window.
+/// On a thread of its own: starting the handler blocks its caller, the window, while it is read
+/// from a disk that is busy with videos.
 void openFolderOf(const QStringList& paths) {
     if (!hasDesktop())
         return logPaths(paths);

@@ -15,17 +15,18 @@ public:
     static NSWorkspace& sharedWorkspace();
 
     /// Shows the files selected in the file browser (org.freedesktop.FileManager1.ShowItems,
-    /// without waiting), or, of very many, the folder that has them all; when no file browser
-    /// replies, opens their folder; without a desktop the paths are logged. Never fails loudly.
+    /// without waiting), or, for very many, the folder that contains all of them. When no file
+    /// browser replies, opens their folder; without a desktop, logs the paths.
     void selectFiles(const QStringList& paths);
-    /// Web pages and "mailto:" drafts through the desktop's handler; false when there is none.
+    /// Opens web pages and "mailto:" drafts through the desktop's handler; false when there is
+    /// none.
     bool openURL(const QUrl& url);
-    /// "mailto:ADDRESS?SUBJECT=…&BODY=…", each value percent-escaped in UTF-8.
+    /// Returns "mailto:ADDRESS?SUBJECT=…&BODY=…", each value percent-escaped in UTF-8.
     [[nodiscard]] static QUrl mailDraft(const QString& address, const QString& subject,
                                         const QString& body);
 };
 
-/// The user's videos folder (XDG user dirs); "<home>/Videos" when none is set.
+/// Returns the user's videos folder (XDG user dirs); "<home>/Videos" when none is set.
 [[nodiscard]] QString videosFolder();
 [[nodiscard]] QString loginName();
 

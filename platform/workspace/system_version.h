@@ -15,12 +15,12 @@ struct SystemVersion {
     friend bool operator==(const SystemVersion&, const SystemVersion&) = default;
 };
 
-/// From the distribution's own version ("12", "24.04"); NotFound when it names none.
+/// Returns the distribution's version ("12", "24.04"); InvalidData when it has no number.
 [[nodiscard]] Result<SystemVersion> systemVersion();
-/// "24.04.1" as 24, 4, 1; missing parts are 0; InvalidData without a leading number.
+/// Returns "24.04.1" as 24, 4, 1; missing parts are 0. InvalidData without a leading number.
 [[nodiscard]] Result<SystemVersion> parseSystemVersion(const QString& text);
-/// A packed answer below 0x1040 in binary-coded digits: the high two nibbles are the major number,
-/// then minor and fix.
+/// Returns the parts of a version packed as binary-coded digits, below 0x1040: the high two nibbles
+/// are the major number, then minor and bug fix.
 [[nodiscard]] SystemVersion decodePackedVersion(std::uint32_t packed);
 
 } // namespace clipheave::platform
