@@ -16,16 +16,16 @@ class AVAssetImageGenerator {
 public:
     [[nodiscard]] static AVAssetImageGenerator initWithAsset(AVURLAsset asset);
 
-    /// Upright as the track's display matrix says; off by default: as stored.
+    /// Returns frames upright, by the track's display matrix; off by default: as stored.
     void setAppliesPreferredTrackTransform(bool applies) { m_appliesTransform = applies; }
-    /// Another frame within these times of the wanted one would do. The exact one is always
-    /// given, which is what any tolerance allows.
+    /// Allows another frame within these times of the wanted one. The exact one is always returned,
+    /// which any tolerance allows.
     void setRequestedTimeToleranceBefore(CMTime) {}
     void setRequestedTimeToleranceAfter(CMTime) {}
 
-    /// The frame that is shown at `time`; `actualTime` gets when it begins. Times in rising order
-    /// cost one skip the video. InvalidArgument beyond the end, NotSupported without a video or
-    /// decoder, InvalidData for what cannot be decoded.
+    /// Returns the frame that is shown at `time`; `actualTime` gets the time at which it begins.
+    /// Times in rising order cost one pass through the video. InvalidArgument beyond the end,
+    /// NotSupported without a video or decoder, InvalidData for what cannot be decoded.
     [[nodiscard]] Result<RawFrame> copyCGImageAtTime(CMTime time, CMTime* actualTime = nullptr);
 
 private:

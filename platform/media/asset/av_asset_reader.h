@@ -22,7 +22,7 @@ enum class AVAssetReaderStatus {
 
 class AVAssetReader;
 
-/// The frames of one video track, as they are stored: neither turned nor stretched.
+/// The frames of one video track, as they are stored: neither rotated nor stretched.
 class AVAssetReaderTrackOutput {
 public:
     /// `outputSettings`: kCVPixelBufferPixelFormatTypeKey with kCVPixelFormatType_32BGRA, the only
@@ -46,8 +46,8 @@ private:
     std::shared_ptr<State> m_state; ///< the reader's, once added
 };
 
-/// Reads the frames of a video one after the other. Decoding runs a few frames ahead. Set it up
-/// and read on one thread; status(), error() and cancelReading() are for any. Dropped, it stops.
+/// Reads the frames of a video one after the other. Decoding runs a few frames ahead. Set it up and
+/// read on one thread; status(), error() and cancelReading() are for any. The destructor cancels.
 class AVAssetReader {
 public:
     /// NotFound and the like when the file cannot be opened any more.
@@ -56,13 +56,13 @@ public:
     AVAssetReader(const AVAssetReader&) = delete;
     AVAssetReader& operator=(const AVAssetReader&) = delete;
 
-    /// One output, before the start. InvalidArgument for a track of another file or type,
-    /// NotSupported for another pixel format.
+    /// Adds the one output, before the start. InvalidArgument for a second one and for a track of
+    /// another file or type, NotSupported for another pixel format.
     [[nodiscard]] Result<void> addOutput(const std::shared_ptr<AVAssetReaderTrackOutput>& output);
-    /// False when it was started before, has no output or fails: see error() (NotSupported
+    /// Returns false when it was started before, has no output or fails: see error() (NotSupported
     /// without a decoder, InvalidData, LimitExceeded for frames that are too large).
     [[nodiscard]] bool startReading();
-    /// Completed once copyNextSampleBuffer() has met the end.
+    /// Returns Completed once copyNextSampleBuffer() has reached the end.
     [[nodiscard]] AVAssetReaderStatus status() const;
     [[nodiscard]] Error error() const; ///< why it failed or refused
     void cancelReading();

@@ -45,7 +45,7 @@ struct AVAssetWriterInput::State {
     std::optional<CMTime> sessionStart;
     bool isMarkedFinished = false, isFinishing = false;
     std::shared_ptr<VideoWriter> video; ///< while it writes
-    /// The video grows under its hidden name; dropped, it is removed.
+    /// The video grows under a hidden name; the file is removed with this object.
     std::optional<AtomicFile> file;
     std::vector<std::function<void()>> handlers;
 
@@ -59,7 +59,7 @@ struct AVAssetWriterInput::State {
     void finish(); ///< on a thread of its own
 };
 
-/// The status stays: nothing was begun.
+/// Records why nothing was begun; the status stays.
 void AVAssetWriterInput::State::refuse(ErrorCode code, MessageCode why) {
     error = {code, kWriteVideo, target, why};
 }

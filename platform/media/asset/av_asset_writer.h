@@ -30,16 +30,16 @@ public:
     [[nodiscard]] static std::shared_ptr<AVAssetWriterInput>
     assetWriterInputWithMediaType(QString mediaType, AVVideoSettings outputSettings);
 
-    /// Display matrix of the video, {a b u c d v x y w} as a track's preferredTransform; before the
-    /// start.
+    /// Sets the display matrix of the video, {a b u c d v x y w} as a track's preferredTransform;
+    /// before the start.
     void setTransform(const std::array<double, 9>& matrix) { m_transform = matrix; }
 
-    /// False before the start and while as many frames wait as are kept. Once the writer cannot
-    /// go on it is true, so that a loop which waits for it ends with the append that fails.
+    /// Returns false before the start and while the queue of frames is full. Once the writer has
+    /// failed it is true, so that a loop which waits for it ends with the append that fails.
     [[nodiscard]] bool isReadyForMoreMediaData() const;
-    /// False, and nothing else, out of order: before the session's start, after markAsFinished(),
-    /// while it is not ready. A frame of another size than the first and a time that is not later
-    /// than the last one fail the writer. The pixels must not be changed any more.
+    /// Returns false, without another effect, before the session's start, after markAsFinished()
+    /// and while it is not ready. A frame of another size than the first or a time that is not
+    /// later than the last one fails the writer. The pixels must not be changed any more.
     [[nodiscard]] bool appendSampleBuffer(const CMSampleBuffer& sample);
     void markAsFinished();
 
@@ -54,8 +54,8 @@ private:
     std::weak_ptr<State> m_state; ///< the writer's, once added
 };
 
-/// Makes a video out of frames. It comes under its name in one step when it is complete; until
-/// then a file of that name stays what it is, also when the writer fails, is cancelled or dropped.
+/// Makes a video out of frames. It appears under its name in one step when it is complete; until
+/// then a file of that name stays as it is, also when the writer fails, is cancelled or destroyed.
 /// Set up, append and finish on one thread; status(), error(), cancelWriting() are for any.
 class AVAssetWriter {
 public:
@@ -63,25 +63,25 @@ public:
     /// NotSupported. InvalidArgument without a name.
     [[nodiscard]] static Result<std::unique_ptr<AVAssetWriter>>
     initWithURL(const QString& path, const QString& fileType);
-    /// Waits for a video that is being finished; what is not finished is cancelled.
+    /// Waits for a video that is being finished; cancels one that is not.
     ~AVAssetWriter();
     AVAssetWriter(const AVAssetWriter&) = delete;
     AVAssetWriter& operator=(const AVAssetWriter&) = delete;
 
-    /// One input, before the start. NotSupported for anything but H.264, InvalidArgument for sizes
-    /// beyond 2 to 16384.
+    /// Adds the one input, before the start. NotSupported for anything but H.264, InvalidArgument
+    /// for sides beyond 2 to 16384 pixels.
     [[nodiscard]] Result<void> addInput(const std::shared_ptr<AVAssetWriterInput>& input);
     void setShouldOptimizeForNetworkUse(bool optimize); ///< movie header first; off by default
-    /// The dates in the video's header are those of this file.
+    /// Takes the dates in the video's header from this file.
     void setHeaderDatesOf(const QString& path);
 
-    /// False when it was started before, has no input or the folder does not take a file: error()
-    /// has the reason.
+    /// Returns false when it was started before, has no input or the file cannot be created:
+    /// error() has the reason.
     [[nodiscard]] bool startWriting();
-    /// This time of the frames is the video's time 0. What is shown before is left out.
+    /// Makes this time of the frames the video's time 0. What is shown before is left out.
     void startSessionAtSourceTime(CMTime time);
     /// Completes the video; `handler` runs when status() is final, on a thread of the writer, or at
-    /// once where nothing is being written. The writer may be dropped in it.
+    /// once where nothing is being written. It may destroy the writer.
     void finishWritingWithCompletionHandler(std::function<void()> handler);
     /// Stops and removes what was written; a video that is being finished is stopped if it can be.
     void cancelWriting();

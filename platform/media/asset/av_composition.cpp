@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::int32_t kMicroseconds = 1'000'000;
 
-/// `time` of the composition in the source of a segment.
+/// Returns the time in the segment's source of a `time` of the composition.
 CMTime sourceTime(const ExportSegment& segment, CMTime time) {
     const CMTime into = CMTimeSubtract(time, segment.target.start);
     if (CMTimeCompare(segment.source.duration, segment.target.duration) == 0)
@@ -22,7 +22,7 @@ CMTime sourceTime(const ExportSegment& segment, CMTime time) {
     return CMTimeAdd(segment.source.start, CMTimeMultiplyByFloat64(into, factor));
 }
 
-/// Where `time` lands when `range` is stretched by `factor`.
+/// Returns what `time` becomes when `range` is stretched by `factor`.
 CMTime scaledTime(CMTime time, CMTimeRange range, double factor) {
     if (CMTimeCompare(time, range.start) <= 0)
         return time;
@@ -90,7 +90,7 @@ Result<void> AVMutableCompositionTrack::insertTimeRange_ofTrack_atTime(CMTimeRan
     return {};
 }
 
-/// The segment that runs across `time` becomes two.
+/// Splits the segment that runs across `time`.
 void AVMutableCompositionTrack::splitAt(CMTime time) {
     for (std::size_t i = 0; i < m_segments.size(); ++i) {
         const ExportSegment whole = m_segments[i];

@@ -14,25 +14,24 @@ namespace clipheave::platform {
 inline constexpr char16_t AVMediaTypeVideo[] = u"vide";
 inline constexpr char16_t AVMediaTypeAudio[] = u"soun";
 
-/// The tracks of this type that carry moving frames or audio, in file order; cover art carried as
-/// a track is none.
+/// Returns the tracks of this type in file order, without cover art that is stored as a track.
 [[nodiscard]] std::vector<AVAssetTrack> tracksWithMediaType(const AVURLAsset& asset,
                                                             const QString& mediaType);
-/// The presentation's length, to the microsecond.
+/// Returns the file's duration, to the microsecond; zero when it is unknown.
 [[nodiscard]] CMTime assetDuration(const AVURLAsset& asset);
 
-/// One track of a composition: stretches of source tracks, one after the other.
+/// One track of a composition: segments of source tracks, one after the other.
 class AVMutableCompositionTrack {
 public:
     explicit AVMutableCompositionTrack(QString mediaType) : m_mediaType(std::move(mediaType)) {}
 
-    /// Puts `range` of a file's track at `at`. What stands there is split and moves later; beyond
-    /// the end an empty stretch comes before it. InvalidArgument for a track of another type, an
-    /// empty range or a negative time.
+    /// Inserts `range` of a file's track at `at`. A segment there is split and its rest moves
+    /// later; beyond the end a gap comes before it. InvalidArgument for a track of another type or
+    /// file, an empty range or a negative time.
     [[nodiscard]] Result<void> insertTimeRange_ofTrack_atTime(CMTimeRange range,
                                                               const AVURLAsset& asset,
                                                               const AVAssetTrack& track, CMTime at);
-    /// What lies in `range` then lasts `duration`; what follows moves along.
+    /// Stretches what lies in `range` to `duration`; what follows moves along.
     void scaleTimeRange_toDuration(CMTimeRange range, CMTime duration);
 
     /// The display matrix of the output's track.
@@ -40,9 +39,9 @@ public:
 
     [[nodiscard]] const QString& mediaType() const { return m_mediaType; }
     [[nodiscard]] const std::vector<ExportSegment>& segments() const { return m_segments; }
-    /// The source track of each segment.
+    /// Returns the source track of each segment.
     [[nodiscard]] const std::vector<AVAssetTrack>& sourceTracks() const { return m_sources; }
-    /// Every file of which a stretch was put in, once, in that order.
+    /// Returns every file of which a segment was inserted, once, in that order.
     [[nodiscard]] const std::vector<AVURLAsset>& sourceAssets() const { return m_assets; }
     [[nodiscard]] CMTime duration() const; ///< end of the last segment
 
@@ -58,14 +57,14 @@ private:
 /// Tracks put together from files. Copies are independent.
 class AVMutableComposition {
 public:
-    /// Valid as long as the composition.
+    /// Returns a track that is valid as long as the composition.
     AVMutableCompositionTrack& addMutableTrackWithMediaType(const QString& mediaType);
     void scaleTimeRange_toDuration(CMTimeRange range, CMTime duration); ///< of every track
     [[nodiscard]] CMTime duration() const;                              ///< of the longest track
     [[nodiscard]] const std::deque<AVMutableCompositionTrack>& tracks() const { return m_tracks; }
-    /// Every file of which a track holds something, once.
+    /// Returns every file of which a track holds a segment, once.
     [[nodiscard]] std::vector<AVURLAsset> sourceAssets() const;
-    /// The first track of this type that has segments; null when there is none.
+    /// Returns the first track of this type that has segments; null when there is none.
     [[nodiscard]] const AVMutableCompositionTrack* trackOfType(const QString& mediaType) const;
 
 private:
@@ -75,7 +74,7 @@ private:
 /// How one layer of the frame is drawn.
 class AVMutableVideoCompositionLayerInstruction {
 public:
-    /// Only a transform from time zero on is known.
+    /// Sets the transform; ignored unless `time` is zero: it cannot change within the video.
     void setTransform_atTime(const CGAffineTransform& transform, CMTime time);
     [[nodiscard]] const std::optional<CGAffineTransform>& transform() const { return m_transform; }
 
@@ -106,7 +105,7 @@ private:
 /// Volumes of the audio; one factor for the whole track.
 class AVMutableAudioMixInputParameters {
 public:
-    /// Only a volume from time zero on is known.
+    /// Sets the volume; ignored unless `time` is zero: it cannot change within the track.
     void setVolume_atTime(double volume, CMTime time);
     [[nodiscard]] double volume() const { return m_volume; }
 

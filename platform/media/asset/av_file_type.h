@@ -7,7 +7,7 @@
 
 #include <optional>
 
-// The types of output files that exports and writers of frames take.
+// The types of output files that exports and video writers take.
 namespace clipheave::platform {
 
 inline constexpr char16_t AVFileTypeQuickTimeMovie[] = u"com.apple.quicktime-movie";

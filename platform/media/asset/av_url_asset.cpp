@@ -14,7 +14,7 @@ Result<AVURLAsset> AVURLAsset::assetWithFile(std::shared_ptr<const MediaFile> fi
     if (!file)
         return failure(ErrorCode::InvalidArgument, kOpenMediaFile);
     const MediaFacts& facts = file->facts();
-    // A text of the system has its own plain sentence already.
+    // A problem that is a text of the system (not one of our messages) is an error of input.
     if (facts.container == Container::Unknown)
         return failure(facts.problem.isOurs() ? ErrorCode::InvalidData : ErrorCode::Io,
                        kReadMediaFile, file->path(), facts.problem);

@@ -5,10 +5,11 @@
 
 namespace clipheave::platform {
 
-/// A media file as the logic sees it: metadata items, tracks, duration.
+/// A media file as the layers above see it: metadata items, tracks, duration.
 class AVURLAsset {
 public:
-    /// Fails when the file cannot be opened or nobody can read it (InvalidData with the reason).
+    /// Fails when the file cannot be opened, or with InvalidData and the reason when no reader
+    /// understands it.
     [[nodiscard]] static Result<AVURLAsset> assetWithPath(const QString& path);
     [[nodiscard]] static Result<AVURLAsset> assetWithFile(std::shared_ptr<const MediaFile> file);
 

@@ -23,7 +23,7 @@ template <std::size_t N> constexpr QByteArrayView signatureBytes(const char (&te
     return {text, static_cast<qsizetype>(N - 1)};
 }
 
-// Sources: the format texts of each; TS and MPEG audio, which have no fixed bytes, are below.
+// Source: the description of each format. TS and MPEG audio, which have no fixed bytes, are below.
 const std::array kSignatures{
     Signature{signatureBytes("fLaC"), Container::Flac},
     Signature{signatureBytes("caff"), Container::Caf},
@@ -65,7 +65,7 @@ Container sniffIsobmff(ByteView head) {
     return known ? Container::QuickTime : Container::Unknown;
 }
 
-/// Chunk files: the form type at offset 8 decides.
+/// Formats made of chunks: the form type at offset 8 decides.
 Container sniffChunks(ByteView head) {
     const QByteArrayView group = head.sub(0, 4).bytes();
     const QByteArrayView form = head.sub(8, 4).bytes();
@@ -94,7 +94,7 @@ Container sniffFrameSync(ByteView head) {
     return Container::MpegAudio;
 }
 
-/// A sync byte at three packets in a row; the packets of M2TS carry four bytes more before them.
+/// Looks for the sync byte of three packets in a row; those of M2TS have four more bytes in front.
 bool isTransportStream(ByteView head) {
     const auto syncs = [&](std::uint64_t first, std::uint64_t step) {
         return head.u8(first) == 0x47 && head.u8(first + step) == 0x47 &&
@@ -103,8 +103,8 @@ bool isTransportStream(ByteView head) {
     return syncs(0, 188) || syncs(4, 192);
 }
 
-/// Bytes of the ID3v2 tag at the start, header and footer included; 0 when there is none.
-/// Source: ID3 tag version 2.4.0, main structure, 3.1 (sizes of 7 bits a byte).
+/// Returns the size of the ID3v2 tag at the start, header and footer included; 0 when there is
+/// none. Source: ID3 tag version 2.4.0, main structure, 3.1 (sizes of 7 bits a byte).
 std::uint64_t id3TagBytes(ByteView head) {
     if (!head.startsWith("ID3") || !head.has(0, kId3HeaderBytes) || *head.u8(3) == 0xFF)
         return 0;

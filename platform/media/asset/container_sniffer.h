@@ -5,13 +5,13 @@
 
 namespace clipheave::platform {
 
-/// What the first bytes of a file say, with what stands behind ID3v2 tags at its start.
+/// What the first bytes of a file say; those after ID3v2 tags at its start count.
 struct SniffedFile {
     Container container = Container::Unknown;
     bool hasId3Prefix = false; ///< at least one ID3v2 tag stands first
     bool hasVideo = false;     ///< Ogg and ASF only: a video stream is announced
 };
-/// Reads at most a few kilobytes.
+/// Returns what a file is by its first bytes. Reads at most a few kilobytes.
 [[nodiscard]] SniffedFile sniffFile(FileReader& reader);
 
 } // namespace clipheave::platform

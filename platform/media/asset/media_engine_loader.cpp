@@ -26,7 +26,8 @@ QByteArray programFolder() {
     return path.left(path.lastIndexOf('/'));
 }
 
-/// Beside the program (the build does that, tests included), then where it is installed.
+/// Returns where the module may be: beside the program (as the build puts it), then where it is
+/// installed.
 QByteArrayList moduleCandidates() {
     QByteArrayList folders;
     if (const QByteArray own = programFolder(); !own.isEmpty())
@@ -63,12 +64,13 @@ Result<MediaEngineEntry> findMediaEngine() {
     Message reason = kNoModuleFolder;
     for (const QByteArray& path : moduleCandidates()) {
         if (access(path.constData(), F_OK) != 0) {
-            // One that is there and cannot be loaded says more; the first place is the usual one.
+            // A module that cannot be loaded says more than a missing one; of missing ones, the
+            // first place is the usual one.
             if (reason == Message(kNoModuleFolder))
                 reason = {kNoSuchModule, {pathFromNative(path)}};
             continue;
         }
-        // Never closed: the libraries behind it register what cannot be taken back.
+        // Never closed: the libraries that it loads cannot be unloaded safely.
         void* module = dlopen(path.constData(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
         void* symbol = module != nullptr ? dlsym(module, kMediaEngineSymbol) : nullptr;
         // POSIX: an object pointer of dlsym may be converted to a function pointer.

@@ -13,7 +13,7 @@ namespace {
 
 using FactsReader = Result<MediaFacts> (*)(FileReader&);
 
-/// The own reader of a container; null for what the tag library or the engine reads.
+/// Returns our reader of the container; null for what the tag library or the engine reads.
 FactsReader ownReader(Container container) {
     switch (container) {
     case Container::QuickTime:
@@ -46,7 +46,7 @@ Result<MediaFacts> askEngine(FileReader& reader) {
     return (*engine)->probe(reader);
 }
 
-/// Tags of `tagged` where it has more of them, everything else of `facts`.
+/// Returns `facts` with the tags of `tagged` where it has at least as many.
 MediaFacts withRicherTags(MediaFacts facts, const Result<MediaFacts>& tagged) {
     if (tagged && tagged->metadata.size() >= facts.metadata.size() && !tagged->metadata.isEmpty())
         facts.metadata = tagged->metadata;
@@ -89,7 +89,8 @@ Result<MediaFacts> readContainer(FileReader& reader, const SniffedFile& sniffed)
             facts->container = sniffed.container;
         return facts;
     }
-    // A second opinion for what only looks like the container; the first reason is the better one.
+    // The file may only look like this container: the engine may still read it. When it cannot, the
+    // first error is the better one.
     Result<MediaFacts> probed = askEngine(reader);
     return probed ? probed : facts;
 }
@@ -99,7 +100,7 @@ MediaFacts factsOf(FileReader& reader) {
     Result<MediaFacts> facts = readContainer(reader, sniffed);
     if (facts)
         return std::move(*facts);
-    // Whoever shows the reason names the file and says what was being done.
+    // The path and the operation are left out: whoever shows the problem names them.
     Error reason = facts.error();
     reason.path.clear();
     MediaFacts none;

@@ -8,12 +8,12 @@
 
 namespace clipheave::platform {
 
-/// One file opened once: its attributes and the facts of one skip its headers. The platform
-/// objects (AVURLAsset, MDItem, AudioFile) of one import share it.
+/// One file opened once: its attributes, and the facts that its headers gave when they were read
+/// once. The platform objects (AVURLAsset, MDItem, AudioFile) of one import share it.
 class MediaFile {
 public:
     /// Fails only when the file cannot be opened (NotFound, AccessDenied, NotSupported, Io). A file
-    /// whose contents nobody can read opens with Container::Unknown and a `problem`.
+    /// that no reader understands opens with Container::Unknown and a `problem`.
     [[nodiscard]] static Result<std::shared_ptr<const MediaFile>> open(const QString& path);
 
     [[nodiscard]] const QString& path() const { return m_path; }
@@ -26,7 +26,8 @@ private:
     MediaFacts m_facts;
 };
 
-/// What the first bytes say; never Tagged/Other by name. Source: the signatures of each format.
+/// Returns the container that the first bytes show; the file's name does not count. Source: the
+/// signatures of each format.
 [[nodiscard]] Container sniffContainer(ByteView head);
 
 } // namespace clipheave::platform

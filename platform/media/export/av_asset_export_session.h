@@ -27,15 +27,16 @@ enum class AVAssetExportSessionStatus {
 class AVAssetExportSession {
 public:
     AVAssetExportSession(AVURLAsset asset, QString presetName);
-    /// The metadata, dates and attributes of the output are those of the composition's first file.
+    /// The output gets the metadata, dates and attributes of the composition's first file.
     AVAssetExportSession(AVMutableComposition composition, QString presetName);
-    /// A job beside the exports: `source` as it is under `target`, with its dates and attributes.
-    /// It waits, runs, reports and is cancelled like an export.
+    /// Returns a job that copies `source` to `target` as it is, with its dates and attributes. It
+    /// waits, runs, reports and is cancelled like an export.
     [[nodiscard]] static std::shared_ptr<AVAssetExportSession>
     unchangedCopy(const QString& source, const QString& target, NSFileManager::IfExists ifExists);
-    /// Another job beside the exports: `writer` makes `target` out of `source` in one step and
-    /// returns notes; it is given what takes its progress (0 to 1) and stops it by returning false.
+    /// Makes `target` out of `source` in one step and returns notes. It reports its progress (0 to
+    /// 1) and stops when `progress` returns false.
     using Writer = std::function<Result<Notes>(const std::function<bool(double)>& progress)>;
+    /// Returns a job, treated like an export, that runs `writer`.
     [[nodiscard]] static std::shared_ptr<AVAssetExportSession>
     rewriting(const QString& source, const QString& target, Writer writer);
     ~AVAssetExportSession();
@@ -47,36 +48,38 @@ public:
     /// No list keeps the source's metadata; a list replaces it: items with an empty value write
     /// nothing, and an empty list leaves no item at all.
     void setMetadata(const std::optional<QList<AVMetadataItem>>& items);
-    /// What of the source's items a new item of the list replaces. None: those of its identifier.
+    /// Sets which of the source's items a new item of the list replaces. None: those of its
+    /// identifier.
     void setFieldIdentifiers(FieldIdentifiers fields);
-    /// The list is that of a removal: hidden copies of old texts (padding, XMP) go as well, and a
-    /// location that the list does not name stays even when the list is empty. Off by default.
+    /// Treats the list as that of a removal: hidden copies of old texts (padding, XMP) go as well,
+    /// and a location that the list does not name stays even when the list is empty. Off by
+    /// default.
     void setRemovesMetadata(bool removes);
-    /// Only this part of the source; beyond its end there is nothing. None: all of it.
+    /// Exports this part of the source only, as far as it exists. Without a call: all of it.
     void setTimeRange(CMTimeRange range);
     void setVideoComposition(AVMutableVideoComposition composition);
     void setAudioMix(AVMutableAudioMix mix);
-    /// A pass-through into another container leaves out what that cannot hold beside videos and
-    /// audio tracks (subtitles, attachments) and notes it, also of codecs that have no place there;
-    /// else such a stream fails the export. Off by default: nobody loses a subtitle by saving a
-    /// title.
+    /// Lets a pass-through leave out streams other than video and audio that the container cannot
+    /// hold (subtitles, attachments); notes name them, and the codecs that have no place there.
+    /// When off, such a stream fails the export. Off by default: nobody loses a subtitle by saving
+    /// a title.
     void setLeavesOutUnheldTracks(bool leavesOut);
-    /// Movie header before the payload. Off by default.
+    /// Writes the movie header before the payload. Off by default.
     void setShouldOptimizeForNetworkUse(bool optimize);
 
     /// Queues the job; `completionHandler` runs on the queue's thread when status() is final.
     void exportAsynchronouslyWithCompletionHandler(std::function<void()> completionHandler);
-    /// Stops between chunks; the partial output is removed, status becomes Cancelled.
+    /// Stops the job soon; the partial output is removed, status becomes Cancelled.
     void cancelExport();
 
     [[nodiscard]] AVAssetExportSessionStatus status() const;
     [[nodiscard]] double progress() const; ///< 0 to 1
-    /// Why it failed; meaningful with status Failed.
+    /// Returns why it failed; meaningful with status Failed.
     [[nodiscard]] Error error() const;
-    /// Things worth telling that are no failure ("Location kept").
+    /// Returns what the user should know although it is no failure ("Location kept").
     [[nodiscard]] Notes notes() const;
 
-    /// How many exports run at once in this process (default: the machine's cores).
+    /// Sets how many exports run at once in this process (default: the machine's cores).
     static void setMaximumConcurrentExports(int count);
     /// Returns when no export is queued or running.
     static void waitForAllExports();

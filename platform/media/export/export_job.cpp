@@ -32,14 +32,14 @@ bool isIsoMedia(Container container) {
     return container == Container::QuickTime || container == Container::Mp4;
 }
 
-/// Each of the exports that run gets as many cores as the others.
+/// Returns an equal share of the cores for each export that runs.
 ExportResources fairShare() {
     const auto cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
     return {std::max(1, cores / ExportQueue::shared().concurrency())};
 }
 
-/// The text that says how many samples players skip is true of the source's packets alone; the
-/// edit list of what is encoded again says it there.
+/// Drops the item that says how many samples players skip: it is true of the source's packets
+/// alone. For transcoded audio the edit list says it.
 QList<AVMetadataItem> withoutGaplessItem(QList<AVMetadataItem> items) {
     items.removeIf([](const AVMetadataItem& item) {
         return item.effectiveIdentifier().endsWith(QLatin1String("iTunSMPB"));
@@ -53,7 +53,7 @@ Result<PassthroughOutcome> withNotes(Result<PassthroughOutcome> outcome, const N
     return outcome;
 }
 
-/// Of an export through a file in between: the encoding, then the metadata.
+/// Share of the encoding in an export; writing the metadata is the rest.
 constexpr double kEncodingShare = 0.98;
 
 } // namespace
@@ -120,7 +120,7 @@ bool AVAssetExportSession::State::report(double done) {
 
 Result<PassthroughOutcome> AVAssetExportSession::State::run() {
     place.emplace(outputPath);
-    // A writer knows itself what it writes; where a taken name is to fail, a link takes it, too.
+    // A writer handles links itself; where a taken name must fail, a link counts as one.
     if (!writer && ifExists == NSFileManager::IfExists::Replace)
         place->removeLink();
     auto outcome = runJob();
@@ -162,7 +162,7 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequ
     if (isIsoMedia(order->asset->file()->facts().container))
         return withNotes(writePassthrough(request), notesOnCodecs(request.container));
     const PassthroughRequest asked = request;
-    // Packets take about as much room in one container as in another, unless much is left out.
+    // Packets take about as much space in one container as in another, unless much is left out.
     const std::uint64_t bytes = order->asset->file()->attributes().NSFileSize;
     const EngineWork work{0.5, request.container == OutputContainer::M4A ? 0 : bytes / 2};
     return runThroughEngine(std::move(request), *order->asset, work,
@@ -171,8 +171,9 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequ
                             });
 }
 
-/// Deliberate: such a video is converted, and its user warned; cameras write PCM into MP4 files,
-/// too, and many players take it. A save says nothing: the video is what it was.
+/// Deliberate: such a video is converted all the same and a note warns the user: cameras, too,
+/// write PCM into MP4 files, and many players take it. A save has no note: the streams stay as they
+/// were.
 Notes AVAssetExportSession::State::notesOnCodecs(OutputContainer container) const {
     if (!leavesOut || container == OutputContainer::QuickTimeMovie ||
         order->asset->file()->facts().container != Container::QuickTime)
@@ -183,7 +184,7 @@ Notes AVAssetExportSession::State::notesOnCodecs(OutputContainer container) cons
     return {Message(kCodecsNotForMp4, {codecs.join(QStringLiteral(", "))})};
 }
 
-/// What is encoded, cut or joined: the engine makes the streams, the metadata follows.
+/// Encodes, cuts or joins: the engine makes the streams, then the metadata is written.
 Result<PassthroughOutcome> AVAssetExportSession::State::runPlan(PassthroughRequest request) {
     order->container = exportContainer(request.container);
     const auto planned = planExport(*order);
@@ -217,12 +218,12 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runThroughEngine(Passthr
         return tl::unexpected(engine.error());
     if (const auto usable = place->check(work.leastBytes); !usable)
         return tl::unexpected(usable.error());
-    // Only for its name, which is unique, hidden, and cleared away after a crash.
+    // Only for its name, which is unique, hidden, and removed after a crash.
     const auto temporary = AtomicFile::create(request.target);
     if (!temporary)
         return tl::unexpected(temporary.error());
     place->watch(temporary->temporaryPath());
-    // Nobody but us knows the file in between.
+    // The user does not know the temporary file.
     const auto failed = [&, target = request.target](Error error) {
         if (error.path == temporary->temporaryPath())
             error.path = target;
@@ -231,7 +232,7 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runThroughEngine(Passthr
     const auto made = maker(**engine, temporary->temporaryPath());
     if (!made)
         return failed(made.error());
-    // What the engine wrote by itself (encoder names) is no metadata of the source.
+    // What the engine added (encoder names) is not metadata of the source.
     if (!request.metadata)
         request.metadata = original.metadata();
     request.attributesOf = original.path();
@@ -246,7 +247,7 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runThroughEngine(Passthr
     return outcome;
 }
 
-/// M4A holds audio alone, and of three codecs.
+/// Remuxes into the family of MP4. M4A takes another way: it holds audio alone, in three codecs.
 Result<Notes> AVAssetExportSession::State::copyIntoMp4(MediaEngine& engine,
                                                        const PassthroughRequest& request,
                                                        const QString& target) {

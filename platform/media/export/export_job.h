@@ -11,7 +11,7 @@
 
 namespace clipheave::platform {
 
-/// What a session and the queue's thread share: the order, and how far it is carried out.
+/// What a session and the queue's thread share: the order and its progress.
 struct AVAssetExportSession::State {
     // Set before the start, by one thread; read by the job alone from then on.
     QString sourcePath;
@@ -23,7 +23,7 @@ struct AVAssetExportSession::State {
     FieldIdentifiers fields;
     bool removes = false, leavesOut = false;
 
-    std::optional<OutputPlace> place; ///< the job's alone
+    std::optional<OutputPlace> place; ///< used by the job alone
     std::atomic<double> progress = 0;
     std::atomic<bool> cancelled = false;
 
@@ -44,9 +44,9 @@ struct AVAssetExportSession::State {
     using Maker = std::function<Result<Notes>(MediaEngine& engine, const QString& target)>;
     struct EngineWork {
         double share = 0;             ///< of the whole progress
-        std::uint64_t leastBytes = 0; ///< of its file, as far as that is known
+        std::uint64_t leastBytes = 0; ///< that its file will have, as far as is known
     };
-    /// `maker` writes beside the target first; that file goes when the target is written.
+    /// Lets `maker` write a temporary file beside the target, then writes the target of it.
     [[nodiscard]] Result<PassthroughOutcome> runThroughEngine(PassthroughRequest request,
                                                               const AVURLAsset& original,
                                                               EngineWork work, const Maker& maker);

@@ -45,7 +45,7 @@ tl::unexpected<Error> unsupported(const QString& path, MessageCode why) {
     return failure(ErrorCode::NotSupported, kPlanExport, path, why);
 }
 
-/// A file as a composition: its first frame and its first audio, from their start to their end.
+/// Returns a file as a composition: its first video and its first audio track in full.
 AVMutableComposition compositionOf(const AVURLAsset& asset) {
     AVMutableComposition composition;
     const CMTimeRange whole = CMTimeRangeMake(kCMTimeZero, assetDuration(asset));
@@ -90,7 +90,7 @@ LeftTracks leftTracks(const AVURLAsset& asset, const ExportPlan& plan) {
     return left;
 }
 
-/// One note a kind: a note that lists them could not be put into other languages.
+/// Returns one note per kind of track: a list inside one note could not be translated.
 Notes notCarriedOver(const AVURLAsset& asset, const ExportPlan& plan, bool namesFile) {
     const LeftTracks left = leftTracks(asset, plan);
     const QStringList name =
@@ -109,7 +109,7 @@ Notes notCarriedOver(const AVURLAsset& asset, const ExportPlan& plan, bool names
     return notes;
 }
 
-/// Of several files each by its name.
+/// As above for each file; notes name the file when there are several.
 Notes notCarriedOver(const std::vector<AVURLAsset>& assets, const ExportPlan& plan) {
     Notes notes;
     for (const AVURLAsset& asset : assets)
@@ -117,7 +117,7 @@ Notes notCarriedOver(const std::vector<AVURLAsset>& assets, const ExportPlan& pl
     return notes;
 }
 
-/// The part of the segments that lies in `range`, which then begins at zero.
+/// Returns the part of the segments that lies in `range`, whose start becomes zero.
 std::vector<ExportSegment> trimmed(const std::vector<ExportSegment>& segments, CMTimeRange range) {
     std::vector<ExportSegment> kept;
     const CMTime end = CMTimeRangeGetEnd(range);
@@ -142,10 +142,10 @@ std::vector<ExportSegment> trimmed(const std::vector<ExportSegment>& segments, C
     return kept;
 }
 
-/// Size in square pixels as the track is stored, not turned.
+/// Returns the size in square pixels of the frame as it is stored, before rotation.
 QSizeF displaySize(const AVAssetTrack& track) {
     const double aspect = track.pixelAspect > 0 ? track.pixelAspect : 1;
-    // As players do: the longer direction is never squeezed.
+    // As players do: no direction is squeezed, the other one is stretched.
     return aspect >= 1 ? QSizeF(track.naturalSize.width() * aspect, track.naturalSize.height())
                        : QSizeF(track.naturalSize.width(), track.naturalSize.height() / aspect);
 }
@@ -154,8 +154,8 @@ int evenSide(double side) {
     return std::max(2, static_cast<int>(std::lround(side / 2)) * 2);
 }
 
-/// The frame fitted into `largest`, which lies the way the frame does: 568x320 is 320x568 for
-/// one that stands upright. Empty when it is no larger.
+/// Returns the frame's size scaled into `largest`, which takes the frame's orientation: 568x320 is
+/// 320x568 for a portrait frame. Empty when the frame is no larger.
 QSize fittedSize(const AVAssetTrack& track, QSize largest) {
     const QSizeF shown = displaySize(track);
     if (largest.isEmpty() || shown.isEmpty())
@@ -168,7 +168,7 @@ QSize fittedSize(const AVAssetTrack& track, QSize largest) {
     return {evenSide(fitted.width()), evenSide(fitted.height())};
 }
 
-bool sameShape(const AVAssetTrack& a, const AVAssetTrack& b) {
+bool sameFrame(const AVAssetTrack& a, const AVAssetTrack& b) {
     return a.naturalSize == b.naturalSize && std::abs(a.pixelAspect - b.pixelAspect) < 1e-3 &&
            a.preferredTransform == b.preferredTransform;
 }
@@ -196,7 +196,7 @@ void drawUpright(const AVMutableCompositionTrack& track, ExportVideo& video) {
     const AVAssetTrack& first = track.sourceTracks().front();
     const bool alike =
         std::all_of(track.sourceTracks().begin(), track.sourceTracks().end(),
-                    [&first](const AVAssetTrack& other) { return sameShape(first, other); });
+                    [&first](const AVAssetTrack& other) { return sameFrame(first, other); });
     if (alike)
         return;
     for (const AVAssetTrack& source : track.sourceTracks()) {
@@ -239,7 +239,7 @@ bool isAac(const AVAssetTrack& track) {
     return track.codec == u"mp4a" || track.codec.compare(u"aac", Qt::CaseInsensitive) == 0;
 }
 
-/// Copied where nothing is asked of it that a copy cannot give.
+/// Returns true where a stream copy gives what was asked for.
 bool copiesAudio(const ExportOrder& order, const ExportAudio& audio,
                  const AVMutableCompositionTrack& track, const Preset* preset) {
     if (audio.volume != 1 || audio.segments.size() != 1)
@@ -249,7 +249,7 @@ bool copiesAudio(const ExportOrder& order, const ExportAudio& audio,
         return false;
     if (!preset)
         return true;
-    // AAC that a preset without a frame would only encode once more.
+    // AAC that a preset for audio alone would only encode once more.
     return !preset->video && !order.timeRange && isAac(track.sourceTracks().front());
 }
 
@@ -278,7 +278,7 @@ void trim(ExportPlan& plan, CMTimeRange range) {
         plan.audio.reset();
 }
 
-/// The one file whose times are those of the output; null when there is none.
+/// Returns the one file whose timestamps the output keeps; null when there is none.
 QString chapterSource(const ExportPlan& plan) {
     if (!plan.video && !plan.audio)
         return {};
@@ -320,18 +320,18 @@ Result<PlannedExport> planExport(const ExportOrder& order) {
     plan.container = order.container;
     plan.moovFirst = order.moovFirst;
     plan.headerDatesOf = firstPath(order);
-    const auto* videoFile = composition.trackOfType(QString::fromUtf16(AVMediaTypeVideo));
-    const auto* audio = composition.trackOfType(QString::fromUtf16(AVMediaTypeAudio));
+    const auto* videoTrack = composition.trackOfType(QString::fromUtf16(AVMediaTypeVideo));
+    const auto* audioTrack = composition.trackOfType(QString::fromUtf16(AVMediaTypeAudio));
     if (preset && !preset->video)
-        videoFile = nullptr;
-    if (videoFile) {
-        auto video = planVideo(order, *videoFile, preset);
+        videoTrack = nullptr;
+    if (videoTrack) {
+        auto video = planVideo(order, *videoTrack, preset);
         if (!video)
             return tl::unexpected(video.error());
         plan.video = std::move(*video);
     }
-    if (audio)
-        plan.audio = planAudio(order, *audio, preset);
+    if (audioTrack)
+        plan.audio = planAudio(order, *audioTrack, preset);
     if (order.timeRange)
         trim(plan, *order.timeRange);
     plan.chaptersOf = chapterSource(plan);

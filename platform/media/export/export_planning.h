@@ -28,13 +28,13 @@ struct ExportOrder {
 
 struct PlannedExport {
     ExportPlan plan;
-    Notes notes; ///< what of the source does not come along: "not carried over: 2 subtitles"
+    Notes notes; ///< what of the sources is not carried over: further tracks, chapters
 };
 
 [[nodiscard]] bool isExportPreset(const QString& name);
-/// The export as a value. InvalidArgument for a preset that is none, NotSupported when the order
-/// asks for a frame or audio that the sources do not have, or for a transform that is no right
-/// angle.
+/// Returns the export as a value. InvalidArgument for an unknown preset, InvalidData for a file
+/// without a duration, NotSupported when the sources have neither the video nor the audio that the
+/// order asks for, or for a rotation that is not by right angles.
 [[nodiscard]] Result<PlannedExport> planExport(const ExportOrder& order);
 
 } // namespace clipheave::platform

@@ -16,10 +16,10 @@ namespace {
 
 constexpr int kGivesWay = 10; // steps of niceness: a tenth of the weight
 
-/// This thread and those that it starts, which have its priority.
+/// Lowers the priority of this thread and of those that it starts, which inherit it.
 void lowerPriority() {
     const sched_param none{};
-    // Both are kindness alone: where the system refuses, exports run as they are.
+    // Neither is needed: where the system refuses, exports run at the usual priority.
     if (::sched_setscheduler(0, SCHED_BATCH, &none) != 0 || ::nice(kGivesWay) == -1)
         log(LogLevel::Trace, QStringLiteral("exports keep their priority"));
 }
@@ -74,13 +74,13 @@ int ExportQueue::concurrency() {
     return static_cast<int>(std::max<std::size_t>(wanted, 1));
 }
 
-/// With the mutex held: as many threads as there is work for, up to the limit.
+/// With the mutex held: starts as many threads as there is work for, up to the limit.
 void ExportQueue::startThreadIfNeeded() {
     while (m_threads.size() < std::min(m_maximum, m_running + m_jobs.size()))
         m_threads.emplace_back([this] { work(); });
 }
 
-/// With nothing else running or waiting: what was written gets its names for good.
+/// With nothing else running or waiting: makes the names of what was written durable.
 void ExportQueue::finishRound(std::unique_lock<std::mutex>& lock) {
     while (m_jobs.empty() && m_running == 1 && !m_changedFolders.isEmpty()) {
         const QStringList folders = std::exchange(m_changedFolders, {}).values();

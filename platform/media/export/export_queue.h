@@ -14,8 +14,8 @@
 
 namespace clipheave::platform {
 
-/// Runs jobs on threads of its own, at most so many at once, in the order they came. The folders of
-/// the files that they commit are synced when nothing is left to do. Thread-safe.
+/// Runs jobs on its own threads in the order they came, no more than setMaximum() at once. The
+/// folders of the files that they commit are synced when nothing is left to do. Thread-safe.
 class ExportQueue {
 public:
     /// The one of this process.
@@ -27,15 +27,15 @@ public:
     ExportQueue& operator=(const ExportQueue&) = delete;
 
     void add(std::function<void()> job);
-    /// From now on jobs, with all threads that they start, give way to the other threads of the
-    /// program: a window stays quick while they run on all cores. Where nothing else wants to run
-    /// they are as fast as before. Not to be taken back; to be called before the first job.
+    /// Lets jobs, with all threads that they start, give way to the other threads of the program: a
+    /// window stays quick while they run on all cores. Where nothing else wants to run they are as
+    /// fast as before. Cannot be undone; to be called before the first job.
     void giveWayToOthers() { m_givesWay = true; }
-    /// 1 or more. Jobs beyond a lowered limit run to their end.
+    /// Sets the limit, 1 or more. Jobs beyond a lowered limit run to their end.
     void setMaximum(int count);
     /// Returns when nothing waits or runs. Not to be called from a job.
     void waitForAll();
-    /// How many jobs run at once now, or will when those that wait have begun; at least 1.
+    /// Returns how many jobs run at once now, or will when those that wait have begun; at least 1.
     [[nodiscard]] int concurrency();
 
 private:

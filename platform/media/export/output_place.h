@@ -8,24 +8,25 @@
 
 namespace clipheave::platform {
 
-/// Where an export writes: looked at before the work begins and while it goes on, so that nobody
-/// waits for an encoding that cannot be put anywhere. One thread at a time.
+/// Where an export writes: checked before the work begins and while it goes on, so that nobody
+/// waits for an encoding that cannot be stored. One thread at a time.
 class OutputPlace {
 public:
     explicit OutputPlace(QString output) : m_output(std::move(output)) {}
 
-    /// NotFound or AccessDenied when no file can be made in the folder, NoSpace when its file
-    /// system has less room than `bytes`, or none for even a short video.
+    /// Fails with NotFound or AccessDenied when no file can be created in the folder, NoSpace when
+    /// its file system has less space than `bytes`, or too little for even a short video.
     [[nodiscard]] Result<void> check(std::uint64_t bytes = 0) const;
-    /// Deliberate: a link of the output's name goes away, so that the output takes its place;
-    /// written through it, a file that nobody has selected would be lost.
+    /// Removes a link that has the output's name. Deliberate: written through it, the output would
+    /// replace a file that nobody has selected.
     void removeLink() const;
-    /// A file in the folder that has to stay there while the work goes on.
+    /// Names a file in the folder that has to stay there while the work goes on.
     void watch(const QString& path) { m_watched = path; }
-    /// True when it, or the folder, is not there any more. Looks now and then, else returns as
-    /// before.
+    /// Returns true when the watched file, or the folder without one, is gone. Checks at most every
+    /// 300 ms and returns the last result in between.
     [[nodiscard]] bool isGone();
-    /// The reason why the work was in vain; success when the place is not to blame.
+    /// Fails with NotFound when the folder or the watched file is gone; success when the place is
+    /// not to blame for a failed export.
     [[nodiscard]] Result<void> blame() const;
 
 private:
