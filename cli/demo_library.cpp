@@ -19,7 +19,7 @@ QString text(const char* utf8) {
     return QString::fromUtf8(utf8);
 }
 
-/// Items of a sample. "cover" as a value stands for a drawn image.
+/// Returns the metadata items of a video. The value "cover" stands for a drawn image.
 Result<QList<AVMetadataItem>> itemsOf(const DemoVideo& video) {
     QList<AVMetadataItem> items;
     for (const DemoItem& item : video.items) {
@@ -55,7 +55,7 @@ SampleMedia sampleOf(const DemoVideo& video) {
     return sample;
 }
 
-/// The encoder's file first, under a hidden name; then the metadata writer's copy under its own.
+/// Encodes under a hidden name first; the metadata writer's copy of that gets the video's name.
 Result<void> writeVideo(MediaEngine& engine, const DemoVideo& video, const QString& target) {
     const SampleMedia sample = sampleOf(video);
     if (video.items.front().identifier == nullptr)
@@ -63,11 +63,11 @@ Result<void> writeVideo(MediaEngine& engine, const DemoVideo& video, const QStri
     const QString plain =
         appendingPathComponent(deletingLastPathComponent(target),
                                QStringLiteral(".clipheave-demo-") + lastPathComponent(target));
-    if (auto made = engine.writeSample(sample, plain); !made)
-        return made;
     const auto items = itemsOf(video);
     if (!items)
         return tl::unexpected(items.error());
+    if (auto made = engine.writeSample(sample, plain); !made)
+        return made;
     PassthroughRequest request;
     request.source = plain;
     request.target = target;

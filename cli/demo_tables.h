@@ -7,7 +7,9 @@
 #include <array>
 #include <span>
 
-// What the sample library holds. Texts are UTF-8; a null name ends a list.
+// What the sample library holds. Names are paths inside its folder; dates ("YYYY:MM:DD HH:MM:SS",
+// local time) become the files' dates; muxers, codecs and tags have libavformat's names. Texts are
+// UTF-8; a null identifier or name ends a list.
 namespace clipheave::cli {
 
 struct DemoItem {
@@ -16,21 +18,23 @@ struct DemoItem {
 };
 
 struct DemoVideo {
-    const char* name; ///< relative path
+    const char* name;
     const char* date;
     const char* muxer;
     const char* videoCodec;
-    const char* audioCodec; ///< "" for none
-    int width, height;      ///< pixels
+    const char* audioCodec = ""; ///< "" for none
+    int width, height;           ///< pixels, before the rotation
     double seconds;
-    int frameRate, sampleRate, channels, pattern;
-    double rotation;
-    platform::OutputContainer container;
-    std::array<DemoItem, 13> items;
+    int frameRate, sampleRate = 48000, channels = 2;
+    int pattern = 0;     ///< chooses among the drawn scenes
+    double rotation = 0; ///< degrees clockwise
+    /// What the metadata writer makes of it; unused without items.
+    platform::OutputContainer container = platform::OutputContainer::Mp4;
+    std::array<DemoItem, 13> items = {};
 };
 
 struct DemoTag {
-    const char* name; ///< libavformat's
+    const char* name;
     const char* value;
 };
 
@@ -40,8 +44,9 @@ struct DemoAudio {
     const char* muxer;
     const char* codec;
     double seconds;
-    int sampleRate, channels, pattern;
-    std::array<DemoTag, 9> tags;
+    int sampleRate = 44100, channels = 2;
+    int pattern = 0; ///< chooses among the tones
+    std::array<DemoTag, 9> tags = {};
 };
 
 struct DemoPhoto {
