@@ -182,7 +182,7 @@ const Sentence kIsobmffWords[] = {
     {"artwork-format-not-stored", "Artwork not stored: only JPEG, PNG, GIF and BMP can be"},
     {"value-not-stored", "\"%1\" not stored: its value cannot be read"},
     {"text-too-long-to-store", "\"%1\" not stored: the text is too long"},
-    {"location-not-stored", "Location not stored: \"%1\" is no position"},
+    {"location-not-stored", "Location not stored: \"%1\" is not a position"},
 };
 
 // platform/formats
@@ -278,7 +278,7 @@ const Sentence kEngineWords[] = {
     {"no-video-decoded-because", "Nothing of the video can be decoded: %1"},
     {"no-audio-decoded-because", "Nothing of the audio can be decoded: %1"},
     {"gap-too-long", "There is a gap of more than half a day"},
-    {"nothing-in-range", "The sources have nothing in the time that is wanted"},
+    {"nothing-in-range", "The sources have nothing in the wanted time range"},
     {"bit-depth-kept", "%1 bits were kept (H.264 with 10 bits)"},
     {"bit-depth-became-10", "%1 bits became 10 (H.264 with 10 bits)"},
     {"bit-depth-became-8", "%1 bits became 8"},
@@ -301,7 +301,7 @@ const Sentence kEngineWords[] = {
     {"segment-time", "A segment has no valid time"},
     {"segments-overlap", "Segments overlap"},
     {"rotation-count", "There must be as many rotations as segments"},
-    {"rotation-value", "Frames are rotated by quarters only"},
+    {"rotation-value", "Frames are rotated by multiples of 90 degrees only"},
     {"planned-frame-size", "The frame size is not even or too large"},
     {"planned-frame-duration", "The frame duration is out of range"},
     {"planned-quality", "The quality is out of range"},
@@ -358,7 +358,7 @@ const Sentence kMetadataWords[] = {
     {"no-audio-pane", "No audio pane was given"},
     {"cover-stored-as-given", "The cover is stored as it was given: as TIFF it is over 16 MiB"},
     {"artwork-copy-not-written", "The temporary copy of the artwork could not be written"},
-    {"keywords-not-stored", "Keywords not stored: the file has no place for it"},
+    {"keywords-not-stored", "Keywords not stored: the file has no place for them"},
     {"description-not-stored", "Description not stored: the file has no place for it"},
     {"track-not-stored", "Track not stored: the file has no place for it"},
     {"publisher-not-stored", "Publisher not stored: the file has no place for it"},
@@ -405,7 +405,7 @@ const Sentence kBatchWords[] = {
     {"undo-rename", "Undo the rename"},
     {"journal-half-line", "Half a line remains in the journal of a rename"},
     {"journal-not-removed", "The journal of a rename could not be removed"},
-    {"nothing-to-undo", "There is no rename to take back"},
+    {"nothing-to-undo", "There is no rename to undo"},
     {"rename-running", "Another rename is still running"},
 };
 

@@ -3,7 +3,7 @@
 
 namespace clipheave::cli {
 
-/// Words every message of this process as the command line does. Called once, before any other
+/// Gives every message of this process the command line's words. Called once, before any other
 /// thread begins.
 void installWords();
 

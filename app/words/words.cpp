@@ -211,7 +211,7 @@ const Sentence kIsobmffWords[] = {
     {"text-too-long-to-store",
      QT_TRANSLATE_NOOP("Words", "\"%1\" not stored: the text is too long")},
     {"location-not-stored",
-     QT_TRANSLATE_NOOP("Words", "Location not stored: \"%1\" is no position")},
+     QT_TRANSLATE_NOOP("Words", "Location not stored: \"%1\" is not a position")},
 };
 
 // platform/formats
@@ -324,7 +324,7 @@ const Sentence kEngineWords[] = {
      QT_TRANSLATE_NOOP("Words", "Nothing of the audio can be decoded: %1")},
     {"gap-too-long", QT_TRANSLATE_NOOP("Words", "There is a gap of more than half a day")},
     {"nothing-in-range",
-     QT_TRANSLATE_NOOP("Words", "The sources have nothing in the time that is wanted")},
+     QT_TRANSLATE_NOOP("Words", "The sources have nothing in the wanted time range")},
     {"bit-depth-kept", QT_TRANSLATE_NOOP("Words", "%1 bits were kept (H.264 with 10 bits)")},
     {"bit-depth-became-10", QT_TRANSLATE_NOOP("Words", "%1 bits became 10 (H.264 with 10 bits)")},
     {"bit-depth-became-8", QT_TRANSLATE_NOOP("Words", "%1 bits became 8")},
@@ -352,7 +352,8 @@ const Sentence kEngineWords[] = {
     {"segment-time", QT_TRANSLATE_NOOP("Words", "A segment has no valid time")},
     {"segments-overlap", QT_TRANSLATE_NOOP("Words", "Segments overlap")},
     {"rotation-count", QT_TRANSLATE_NOOP("Words", "There must be as many rotations as segments")},
-    {"rotation-value", QT_TRANSLATE_NOOP("Words", "Frames are rotated by quarters only")},
+    {"rotation-value",
+     QT_TRANSLATE_NOOP("Words", "Frames are rotated by multiples of 90 degrees only")},
     {"planned-frame-size", QT_TRANSLATE_NOOP("Words", "The frame size is not even or too large")},
     {"planned-frame-duration", QT_TRANSLATE_NOOP("Words", "The frame duration is out of range")},
     {"planned-quality", QT_TRANSLATE_NOOP("Words", "The quality is out of range")},
@@ -418,7 +419,7 @@ const Sentence kMetadataWords[] = {
     {"artwork-copy-not-written",
      QT_TRANSLATE_NOOP("Words", "The temporary copy of the artwork could not be written")},
     {"keywords-not-stored",
-     QT_TRANSLATE_NOOP("Words", "Keywords not stored: the file has no place for it")},
+     QT_TRANSLATE_NOOP("Words", "Keywords not stored: the file has no place for them")},
     {"description-not-stored",
      QT_TRANSLATE_NOOP("Words", "Description not stored: the file has no place for it")},
     {"track-not-stored",
@@ -474,7 +475,7 @@ const Sentence kBatchWords[] = {
      QT_TRANSLATE_NOOP("Words", "Half a line remains in the journal of a rename")},
     {"journal-not-removed",
      QT_TRANSLATE_NOOP("Words", "The journal of a rename could not be removed")},
-    {"nothing-to-undo", QT_TRANSLATE_NOOP("Words", "There is no rename to take back")},
+    {"nothing-to-undo", QT_TRANSLATE_NOOP("Words", "There is no rename to undo")},
     {"rename-running", QT_TRANSLATE_NOOP("Words", "Another rename is still running")},
 };
 

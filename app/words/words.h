@@ -3,7 +3,7 @@
 
 namespace clipheave::app {
 
-/// Words every message of this process as the window does. Called once, before any other thread
+/// Gives every message of this process the window's words. Called once, before any other thread
 /// begins.
 void installWords();
 
