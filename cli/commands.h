@@ -63,9 +63,9 @@ int runVideo(const GlobalOptions& global, const VideoOptions& options, Console& 
 int runPrefs(const GlobalOptions& global, const QString& key, const QString& value, bool hasValue);
 int runDemo(const GlobalOptions& global, const QString& folder, Console& console);
 
-/// The output folder of this run, as an absolute path.
+/// Returns the output folder of this run, as an absolute path.
 [[nodiscard]] QString storageLocation(const GlobalOptions& global);
-/// Relative paths are taken from the current folder; the text is otherwise left alone.
+/// Returns the path, taken from the current folder when it is relative; otherwise unchanged.
 [[nodiscard]] QString absolutePath(const QString& path);
 
 } // namespace clipheave::cli

@@ -21,7 +21,7 @@ namespace {
 using platform::LogLevel;
 
 constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
-/// Programs that run others send one signal to the program and to its group.
+/// Signals this close together are one: some programs send it to a process and then to its group.
 constexpr auto kOneSignal = std::chrono::milliseconds(500);
 std::atomic<int> s_interruption{0};
 
@@ -38,8 +38,8 @@ const char* prefixOf(LogLevel level) {
     return "";
 }
 
-/// A line with the bytes of its paths; a name must not steer the terminal, nor look like a line of
-/// its own.
+/// Returns a line with the bytes of its paths; control characters of a name must not reach the
+/// terminal, nor begin a line of their own.
 QByteArray terminalLine(QString text) {
     for (QChar& c : text)
         if (c.category() == QChar::Other_Control)
@@ -51,8 +51,8 @@ void writeStandardError(const QByteArray& bytes) {
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
 }
 
-/// As "nohup" and shells want it for what runs in the background; waiting would take them all the
-/// same.
+/// Returns true for a signal that "nohup" or a shell has set to be ignored: sigwait() would take it
+/// all the same.
 bool isIgnored(int signal) {
     struct sigaction action {};
     return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
@@ -81,7 +81,7 @@ Console::~Console() {
 
 void Console::print(const platform::LogLine& line) {
     QByteArray text = prefixOf(line.level);
-    // A text that names its file already is not given it twice.
+    // Some texts name their file already.
     if (!line.path.isEmpty() && !line.text.contains(line.path))
         text += terminalLine(line.path + QStringLiteral(": ") + line.text);
     else

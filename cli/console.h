@@ -22,7 +22,7 @@ enum ExitStatus : int {
     kHungUp = 129,      ///< SIGHUP
 };
 
-/// How far the items are that are not done yet.
+/// The progress of the items that are being worked on.
 struct RunningItems {
     double fraction = -1; ///< of those that run, 0 to 1; below 0 for none
     double items = 0;     ///< of all of them together: two that are half done are 1
@@ -35,8 +35,8 @@ public:
     explicit Console(Detail detail);
     ~Console();
 
-    /// "item k of n, percent, rate, time left". A total of 0 is unknown. Redrawn at most ten times
-    /// a second.
+    /// Shows "item k of n, percent, rate, time left". A total of 0 is unknown. Redrawn at most ten
+    /// times a second.
     void progress(const QString& what, int done, int total, const RunningItems& running = {});
     void clearProgress();
 
@@ -52,15 +52,17 @@ private:
     std::unique_ptr<platform::LogSubscription> m_subscription;
 };
 
-/// The whole of standard output goes through here, so that a closed pipe or full disk is noticed.
+/// Writes to standard output; everything that goes there takes this way, so that a closed pipe or
+/// full disk is noticed. Returns false, with a message on standard error, when it cannot.
 [[nodiscard]] bool printOut(const QByteArray& bytes);
-/// A message to the user on standard error, "clipheave-cli: TEXT".
+/// Writes a message to the user on standard error, "clipheave-cli: TEXT".
 void printError(const QString& text);
 
-/// The fixed text for an empty selection; returns kNothingToDo.
+/// Prints the fixed text for an empty selection; returns kNothingToDo.
 int reportNothingToDo();
 
-/// SIGINT and SIGTERM cancel the running exports; `interruption()` then gives the exit status.
+/// Makes SIGINT, SIGTERM and SIGHUP cancel the running exports; interruption() then returns the
+/// exit status. A second signal ends the program at once.
 void watchSignals();
 [[nodiscard]] int interruption(); ///< 0, or one of the last three statuses
 [[nodiscard]] bool isInterrupted();

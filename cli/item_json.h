@@ -10,7 +10,7 @@ namespace clipheave::cli {
 
 /// Writes one object for a listed item; `withMetadata` adds the raw items in container order.
 void writeItem(JsonWriter& json, const media::IKImageItem& item, bool withMetadata);
-/// Writes one object for a path that was skipped although it was asked for or met.
+/// Writes one object for a path that the import skipped.
 void writeSkipped(JsonWriter& json, const media::SkippedPath& skipped);
 /// Writes {"items":[{"source","outputs","status","message","seconds"}]}
 void writeOutcomes(JsonWriter& json, const std::vector<jobs::WriteOutcome>& outcomes);

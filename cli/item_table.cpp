@@ -28,7 +28,8 @@ constexpr std::array<TableColumn, 7> kTableColumns{{
     {u"Media Created Date", &IKImageItem::fileCreateDateStr, false},
 }};
 
-/// One line, whatever a tag holds; a terminal must not be steered by a file's texts.
+/// Returns one line, whatever a tag holds; control characters of a file must not reach the
+/// terminal.
 QString tableCell(const QString& text) {
     QString cell = platform::displayPath(text).left(kLongestCell);
     for (QChar& c : cell)

@@ -11,8 +11,8 @@
 
 namespace clipheave::cli {
 
-/// The media list as a table of text. Its columns are as wide as their longest cell, so that it can
-/// be printed when the last item is known; until then it keeps the cells alone.
+/// The media list as a table of text. Its columns are as wide as their longest cell, so it can only
+/// be printed when the last item is known; until then it keeps the cells' texts.
 class ItemTable {
 public:
     ItemTable();

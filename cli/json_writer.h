@@ -9,8 +9,8 @@
 namespace clipheave::cli {
 
 /// Writes one JSON document, whole or part by part, keys in the order given. Bytes of a path that
-/// are no UTF-8 come out as "\udcXX" (their escaped form inside the program), so that nothing is
-/// lost and the document stays valid; a library's own JSON class would replace them.
+/// are not UTF-8 become "\udcXX" (their escaped form inside the program), so that nothing is lost
+/// and the document stays valid; a library's own JSON class would replace them.
 class JsonWriter {
 public:
     JsonWriter& beginObject();
@@ -19,7 +19,7 @@ public:
     JsonWriter& endArray();
     JsonWriter& key(const char* name);
     JsonWriter& string(QStringView text);
-    JsonWriter& number(double value); ///< null for what is no finite number
+    JsonWriter& number(double value); ///< null when it is not finite
     JsonWriter& integer(std::int64_t value);
 
     /// Writes key and value; the text form writes nothing for a null or empty text.

@@ -16,26 +16,26 @@ public:
 
     void add(const media::IKImageItem& item) {
         m_isEmpty = false;
-        m_troubled = m_troubled || !item.problem.isEmpty();
+        m_hasProblems = m_hasProblems || !item.problem.isEmpty();
         m_json ? m_stream.add(item) : m_table.add(item);
     }
     /// A skipped path stands in the JSON list only; standard error names it.
     void add(const media::SkippedPath& skipped) {
         m_isEmpty = false;
-        m_troubled = true;
+        m_hasProblems = true;
         if (m_json)
             m_stream.add(skipped);
     }
     [[nodiscard]] bool isEmpty() const { return m_isEmpty; }
     /// Some file gave no item, or could not be read in full.
-    [[nodiscard]] bool isTroubled() const { return m_troubled; }
+    [[nodiscard]] bool hasProblems() const { return m_hasProblems; }
     /// Returns false when standard output could not be written.
     [[nodiscard]] bool finish() { return m_json ? m_stream.finish() : printOut(m_table.text()); }
 
 private:
     bool m_json;
     bool m_isEmpty = true;
-    bool m_troubled = false;
+    bool m_hasProblems = false;
     ItemStream m_stream;
     ItemTable m_table;
 };
@@ -66,7 +66,7 @@ int runList(const GlobalOptions& global, const ListOptions& options, Console& co
     if (listing.isEmpty())
         return reportNothingToDo();
     const bool written = listing.finish();
-    return written && !listing.isTroubled() ? kAllDone : kSomeFailed;
+    return written && !listing.hasProblems() ? kAllDone : kSomeFailed;
 }
 
 } // namespace clipheave::cli

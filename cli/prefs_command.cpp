@@ -32,7 +32,7 @@ QString oneOf(const QStringList& titles) {
     return QStringLiteral("one of: ") + titles.join(u", ");
 }
 
-/// What a key takes; null when `value` fits.
+/// Returns what the key takes; null when `value` fits.
 QString valueFault(const QString& key, const QString& value) {
     if (key == media::kStoragePathKey && value.isEmpty())
         return QStringLiteral("a folder");

@@ -31,7 +31,7 @@ std::shared_ptr<jobs::Run> performed(const jobs::RunOrder& order, const QString&
     return run;
 }
 
-/// "old -> new" and what a user should know of it; files that would stay have no line.
+/// Prints "old -> new" on standard output, notes and the files that would stay on standard error.
 int printPlan(const GlobalOptions& global, const std::vector<RenameMove>& plan,
               const std::vector<media::SkippedPath>& skipped) {
     bool allMoves = skipped.empty();
@@ -52,7 +52,7 @@ int printPlan(const GlobalOptions& global, const std::vector<RenameMove>& plan,
     return printOut(lines) && allMoves ? kAllDone : kSomeFailed;
 }
 
-/// {"items":[{"source","outputs","status":"planned"|"failed"|"skipped","message"}]}
+/// Prints {"items":[{"source","outputs","status":"planned"|"failed"|"skipped","message"}]}.
 int printPlanAsJson(const std::vector<RenameMove>& plan,
                     const std::vector<media::SkippedPath>& skipped) {
     bool allMoves = skipped.empty();
@@ -94,11 +94,11 @@ int undoRename(const GlobalOptions& global, Console& console) {
     return reportOutcomes(global, run->outcomes(), true);
 }
 
-/// Why the options make no sense together; null when they do.
+/// Returns why the options make no sense together; null when they do.
 QString renameUsageFault(const RenameOptions& options) {
     if (options.undo)
         return options.mode || options.dryRun || options.number || !options.paths.isEmpty()
-                   ? QStringLiteral("--undo stands alone")
+                   ? QStringLiteral("--undo takes neither paths nor other options")
                    : QString();
     if (!options.mode)
         return QStringLiteral("rename takes either --text or --template, or --undo");

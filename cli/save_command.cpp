@@ -9,7 +9,8 @@ namespace clipheave::cli {
 
 namespace {
 
-/// Fields of the photo pane alone; known names, so no usage error, but of no other pane.
+/// Fields of the photo pane alone. Their names are known, so they are no usage error, but videos
+/// and audio files fail with them.
 constexpr const char* kOtherKindsFields[] = {
     "make",       "fileMake", "model",   "fileModel", "imageDescription",
     "cameraDate", "gpsDate",  "gpsTime",
@@ -31,7 +32,7 @@ bool isPlainNumber(const QString& text) {
     return ok;
 }
 
-/// The reason why the values cannot be taken at all; null when they can.
+/// Returns why no file can take the values; null when some can.
 QString usageFault(const SaveOptions& options) {
     for (const auto& [name, text] : options.set) {
         const media::Field* field = media::videoField(name);
@@ -47,7 +48,7 @@ QString usageFault(const SaveOptions& options) {
     return {};
 }
 
-/// Shows the item in its pane and types the values; the reason when a field is not on its pane.
+/// Types the values into the pane. Returns the reason when a field is not on it.
 QString fillPane(media::VideoPane& pane, const SaveOptions& options,
                  const platform::EncodedImage& artwork) {
     for (const auto& [name, text] : options.set) {
@@ -75,7 +76,7 @@ QString fillAudioPane(media::AudioPane& pane, const SaveOptions& options,
     return {};
 }
 
-/// Types the values into the pane of the item's kind; the reason when a field is not on it.
+/// Types the values into the pane of the item's kind. Returns the reason when a field is not on it.
 QString fillPanes(jobs::WriteRequest& request, const SaveOptions& options,
                   const platform::EncodedImage& artwork) {
     if (request.audioPane)
@@ -85,8 +86,8 @@ QString fillPanes(jobs::WriteRequest& request, const SaveOptions& options,
     return {};
 }
 
-/// The order for the items without a fault; the others fail with theirs.
-jobs::RunOrder orderBut(std::vector<QString> faults, jobs::RunOrder order) {
+/// Returns the order for the items without a fault; the others fail with theirs.
+jobs::RunOrder failingFaulty(std::vector<QString> faults, jobs::RunOrder order) {
     const auto write = order.work;
     order.work = [write, faults = std::move(faults), sources = order.sources](jobs::Run& run,
                                                                               const auto& items) {
@@ -133,9 +134,9 @@ int runSave(const GlobalOptions& global, const SaveOptions& options, Console& co
         std::vector<QString> faults;
         for (jobs::WriteRequest& request : requests)
             faults.push_back(fillPanes(request, options, artwork));
-        return orderBut(faults,
-                        metadata::writeOrder(&metadata::VideoMetadata::SaveMeidaFileChangesAction,
-                                             std::move(requests)));
+        return failingFaulty(
+            faults, metadata::writeOrder(&metadata::VideoMetadata::SaveMeidaFileChangesAction,
+                                         std::move(requests)));
     };
     return runOverItems(global, options.paths, QStringLiteral("saved"), order, console);
 }

@@ -13,15 +13,15 @@ struct JobArguments {
 };
 constexpr JobArguments kJobs[] = {
     {"rotate", "Rotates each video clockwise", "--by", "90|180|270"},
-    {"merge", "One video of all; each clip goes in at the longest duration before it", nullptr,
+    {"merge", "Joins all videos; each is inserted at the longest duration before it", nullptr,
      nullptr},
     {"speed", "Cuts each video to its duration divided by the factor", "--factor", "TITLE"},
     {"slow", "Stretches each video", "--factor", "TITLE"},
     {"compress", "Transcodes each video", "--quality", "high|medium|low"},
-    {"convert", "The same streams in another container", "--to", "mp4|mov|m4v"},
-    {"gif", "An animated image, one frame a second", nullptr, nullptr},
-    {"audio", "The audio alone, as M4A", nullptr, nullptr},
-    {"frames", "Single frames as files", "--every", "TITLE"},
+    {"convert", "Copies the streams into another container", "--to", "mp4|mov|m4v"},
+    {"gif", "Makes an animated image, one frame a second", nullptr, nullptr},
+    {"audio", "Extracts the audio, as M4A", nullptr, nullptr},
+    {"frames", "Saves single frames as images", "--every", "TITLE"},
     {"mute", "Silences the audio", nullptr, nullptr},
 };
 

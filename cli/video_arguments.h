@@ -13,7 +13,7 @@ struct VideoArguments {
     std::string choice;
     std::vector<std::string> paths;
 };
-/// Adds the command with one sub-command a job; the one that was given is then its only parsed
+/// Adds the command with one sub-command per job; the one that was given is then its only parsed
 /// sub-command.
 CLI::App* addVideo(CLI::App& app, VideoArguments& arguments);
 

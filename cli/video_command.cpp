@@ -10,7 +10,7 @@ namespace {
 using video::titlesOf;
 using video::VideoJobs;
 
-/// What is typed for a title of the menus.
+/// A short text that stands for a title of the menus.
 struct ShortForm {
     const char* text;
     int title; ///< index in the titles
@@ -50,7 +50,7 @@ const std::vector<VideoCommand>& videoCommands() {
     return commands;
 }
 
-/// The menu title that was asked for; null when there is none of it.
+/// Returns the menu title that was asked for; null when no title fits.
 QString titleOf(const VideoCommand& command, const QString& choice) {
     const QStringList& titles = command.titles;
     for (const ShortForm& form : command.shortForms)

@@ -48,7 +48,8 @@ std::vector<jobs::WriteRequest> requestsFor(const media::MediaImport& import,
         request.item = item;
         request.pane = media::ShowVideoViewWithItem(*item);
         request.settings = settings;
-        // There is no video pane beside it whose artist could stand in the memory.
+        // The window keeps a video pane beside the audio pane, with an artist of its own; here the
+        // item's artist takes that place.
         if (media::MediaKind::isAudio(item->filePath))
             request.audioPane = media::ShowAudioViewWithItem(*item, item->fileArist);
     }
@@ -76,8 +77,7 @@ void reportSkipped(const media::MediaImport& import) {
 int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>& outcomes,
                    bool allImported) {
     bool allDone = allImported;
-    // Deliberate: an audio file among the videos of a folder is no failure of the job that passes
-    // it over.
+    // Deliberate: an audio file among the videos of a folder does not fail the job that skips it.
     bool anythingDone = outcomes.empty();
     QByteArray lines;
     for (const WriteOutcome& outcome : outcomes) {

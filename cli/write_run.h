@@ -8,22 +8,22 @@
 
 namespace clipheave::cli {
 
-/// Makes the order of a command of the imported items and the folders of this run.
+/// Returns a command's order for the imported items and the folders of this run.
 using MakeOrder = std::function<jobs::RunOrder(const media::MediaImport& import,
                                                const jobs::RunSettings& settings)>;
-/// What every command over items does: imports the paths, runs the order, waits for its end and
-/// reports. `what` stands in the progress bar ("saved"). Returns an ExitStatus.
+/// Imports the paths, runs the order, waits for its end and reports, as every command over items
+/// does. `what` stands in the progress bar ("saved"). Returns an ExitStatus.
 [[nodiscard]] int runOverItems(const GlobalOptions& global, const QStringList& paths,
                                const QString& what, const MakeOrder& makeOrder, Console& console);
-/// Returns one request an item: the item, its pane as the item fills it, and the folders.
+/// Returns one request per item: the item, its pane as the item fills it, and the folders.
 [[nodiscard]] std::vector<jobs::WriteRequest> requestsFor(const media::MediaImport& import,
                                                           const jobs::RunSettings& settings);
-/// Outputs or, with --json, the outcomes on standard output, messages on standard error. Returns an
-/// ExitStatus: that all is done only when the import had left out nothing either.
+/// Prints the outputs or, with --json, the outcomes on standard output, messages on standard error.
+/// Returns an ExitStatus; kAllDone only when the import had skipped nothing either.
 [[nodiscard]] int reportOutcomes(const GlobalOptions& global,
                                  const std::vector<jobs::WriteOutcome>& outcomes, bool allImported);
 [[nodiscard]] jobs::WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped);
-/// Names the files of unknown kinds on standard error. They are no items: nothing of them failed.
+/// Names the files of unknown kinds on standard error. They count neither as items nor as failures.
 void reportUnknown(const media::MediaImport& import);
 /// Names on standard error the paths that gave no item, with the reason.
 void reportSkipped(const media::MediaImport& import);
