@@ -56,6 +56,7 @@ std::vector<batch::RenameMove> planWithTags(const std::vector<media::ItemPointer
 /// Milliseconds of bare renames there; back again is not measured.
 double bareRenames(const std::vector<batch::RenameMove>& plan) {
     std::vector<std::array<QByteArray, 2>> names;
+    names.reserve(plan.size());
     for (const batch::RenameMove& move : plan)
         names.push_back({platform::nativePath(move.source), platform::nativePath(move.target)});
     const Stopwatch watch;

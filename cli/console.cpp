@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <thread>
@@ -59,7 +60,7 @@ bool isIgnored(int signal) {
 }
 
 QString durationLeft(double seconds) {
-    const int whole = static_cast<int>(seconds + 0.5);
+    const int whole = static_cast<int>(std::lround(seconds));
     return whole >= 60 ? QStringLiteral("%1m %2s").arg(whole / 60).arg(whole % 60)
                        : QStringLiteral("%1s").arg(whole);
 }

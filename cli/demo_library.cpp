@@ -116,7 +116,7 @@ Result<int> writeDemoLibrary(const QString& folder,
     int count = 0;
     const auto add = [&](const char* name, const char* date, const auto& write) -> Result<void> {
         const QString target = appendingPathComponent(folder, text(name));
-        const auto made = NSFileManager::defaultManager().createDirectoryAtPath(
+        auto made = NSFileManager::defaultManager().createDirectoryAtPath(
             deletingLastPathComponent(target));
         if (!made)
             return made;

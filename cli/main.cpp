@@ -136,6 +136,16 @@ int save(const Arguments& arguments, Console& console) {
     return runSave(arguments.global, options, console);
 }
 
+/// Prints why the arguments were not taken, or the help that they asked for; returns the exit
+/// status. An unknown argument comes before what is missing because of it.
+int explain(const CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<std::string> unknown = app.remaining(true);
+    const bool missing = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+    const int status =
+        missing && !unknown.empty() ? app.exit(CLI::ExtrasError(unknown)) : app.exit(error);
+    return status == 0 ? kAllDone : kWrongUsage;
+}
+
 int run(int argc, char** argv) {
     CLI::App app("ClipHeave: batch work on videos, audio files and photos", "clipheave-cli");
     app.set_version_flag("--version", CLIPHEAVE_VERSION);
@@ -155,7 +165,7 @@ int run(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kAllDone : kWrongUsage;
+        return explain(app, error);
     }
     GlobalOptions& global = arguments.global;
     global.storage = textOf(arguments.storage);

@@ -24,7 +24,7 @@ std::shared_ptr<jobs::Run> performed(const jobs::RunOrder& order, const QString&
             console.progress(what, run->done(), run->total());
     };
     handlers.stopRequested = &isInterrupted;
-    const auto run = jobs::Run::create(order, order.allItems(), handlers);
+    auto run = jobs::Run::create(order, order.allItems(), handlers);
     weak = run;
     run->perform();
     console.clearProgress();

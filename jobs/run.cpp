@@ -51,7 +51,7 @@ void Ticket::report(const WriteOutcome& outcome) const {
     m_run->take(m_duty->index, outcome);
 }
 
-std::shared_ptr<Run> Run::create(RunOrder order, std::vector<std::size_t> items,
+std::shared_ptr<Run> Run::create(RunOrder order, const std::vector<std::size_t>& items,
                                  Handlers handlers) {
     return std::shared_ptr<Run>(new Run(std::move(order), items, std::move(handlers)));
 }

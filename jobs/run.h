@@ -30,8 +30,8 @@ public:
         std::function<bool()> stopRequested; ///< asked by the work besides cancel(); may be empty
     };
     /// Makes a run over the given places of the order's sources; nothing starts yet.
-    [[nodiscard]] static std::shared_ptr<Run> create(RunOrder order, std::vector<std::size_t> items,
-                                                     Handlers handlers = {});
+    [[nodiscard]] static std::shared_ptr<Run>
+    create(RunOrder order, const std::vector<std::size_t>& items, Handlers handlers = {});
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
     ~Run();

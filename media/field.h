@@ -78,11 +78,11 @@ struct Field {
     QString IKImageItem::*record = nullptr; ///< null for the position, which is numbers
     const char* tagWord = nullptr;          ///< in a template of file names; null: none
     ReadAs readAs = ReadAs::Text;
+    /// With all of its identifiers; kFieldIdentifiers says of which else.
+    bool replacesOlder = false;
     std::array<ReadIdentifier, 4> read{};
     /// Files hold it under these too.
     std::array<const char*, 3> alsoUnder{};
-    bool replacesOlder =
-        false; ///< with all of its identifiers; kFieldIdentifiers says of which else
     const char16_t* infoKey = nullptr; ///< of the info dictionary of a WAV, FLAC or AU file
     VideoFormField video{};
     WrittenItem written{};

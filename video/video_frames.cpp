@@ -118,11 +118,11 @@ Result<Notes> writeGif(const QString& source, const QString& target, const Progr
     }
     std::size_t frames = 0;
     FrameFailures failures;
-    for (double t = 0; t < duration; t += 1) {
-        if (!progress(t / duration))
+    for (int second = 0; second < duration; ++second) {
+        if (!progress(second / duration))
             return stopped(source);
         const auto frame =
-            videoFile->generator.copyCGImageAtTime(CMTimeMakeWithSeconds(t, kTimescale));
+            videoFile->generator.copyCGImageAtTime(CMTimeMakeWithSeconds(second, kTimescale));
         if (!frame) {
             if (!failures.goesOnAfter(frame.error()))
                 break;
@@ -155,7 +155,7 @@ Result<void> writeTiff(const QString& path, const RawFrame& frame, const FileAtt
     auto file = AtomicFile::create(path, static_cast<std::uint64_t>(bytes->size()));
     if (!file)
         return tl::unexpected(file.error());
-    if (const auto written = file->write(*bytes); !written)
+    if (auto written = file->write(*bytes); !written)
         return written;
     const auto dated = NSFileManager::defaultManager().setAttributesOfOpenFile(
         file->fd(), path, dates.NSFileCreationDate, dates.NSFileModificationDate);
@@ -239,7 +239,7 @@ private:
     Result<void> write(const RawFrame& frame, int second) {
         const QString path = m_run->paths().claimShared(
             appendingPathComponent(m_folder, m_base + QStringLiteral("_%1.jpg").arg(second)));
-        if (const auto before = awaitWriting(); !before)
+        if (auto before = awaitWriting(); !before)
             return before;
         m_writingPath = path;
         m_writing = std::async(std::launch::async, [path, frame, dates = m_dates] {
@@ -252,7 +252,7 @@ private:
     Result<void> awaitWriting() {
         if (!m_writing.valid())
             return {};
-        const auto written = m_writing.get();
+        auto written = m_writing.get();
         if (written)
             m_outputs->append(m_writingPath);
         return written;
@@ -326,7 +326,7 @@ void VideoJobs::ConvertGIFMediaFileFileThreader(const VideoJobRequest& request) 
             {{},
              [](const AVURLAsset& asset,
                 const QString& output) -> Result<std::shared_ptr<AVAssetExportSession>> {
-                 const QString source = asset.path();
+                 const QString& source = asset.path();
                  return AVAssetExportSession::rewriting(
                      source, output, [source, output](const Progress& progress) {
                          return writeGif(source, output, progress);

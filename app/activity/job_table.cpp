@@ -81,8 +81,8 @@ private:
     static void paintBar(QPainter& painter, const QRect& cell, const ActivityJob& job,
                          const QModelIndex& index, Token token) {
         const int width = std::min(120, cell.width() - kPercentWidth);
-        const QRectF bar(cell.left(), cell.center().y() - kProgressHeight / 2 + 1, width,
-                         kProgressHeight);
+        const int top = cell.center().y() - kProgressHeight / 2 + 1; // on whole pixels
+        const QRectF bar(cell.left(), top, width, kProgressHeight);
         paintProgress(painter, bar, job.fraction(), progressToken(job));
         painter.setFont(Theme::instance().font(FontRole::Cell));
         painter.setPen(Theme::instance().color(token));

@@ -70,7 +70,7 @@ QImage ThumbnailCache::find(const QString& path, std::int64_t modified, int side
     // Whoever wrote it need not have kept to the standard.
     if (size.isEmpty() || size.width() > kLargeSide * 4 || size.height() > kLargeSide * 4)
         return {};
-    const QImage image = reader.read();
+    QImage image = reader.read();
     // From the image: the reader would split such keys at their colons.
     if (image.text(kTimeKey).toLongLong() != modified ||
         image.text(kAddressKey).toUtf8() != fileAddress(path))

@@ -91,9 +91,9 @@ QImage imageOfFile(const ThumbnailSource& source, int side, const ThumbnailCache
     if (!attributes)
         return {};
     const std::int64_t modified = attributes->NSFileModificationDate.toSecsSinceEpoch();
-    if (const QImage stored = cache.find(source.path, modified, side); !stored.isNull())
+    if (QImage stored = cache.find(source.path, modified, side); !stored.isNull())
         return stored;
-    const QImage original =
+    QImage original =
         scaledWithin(isVideoFile ? decodeVideo(source, side) : decodePhoto(*reader, side), side);
     cache.store(source.path, modified, side, original);
     return original;

@@ -85,13 +85,13 @@ void drawGrid(QPainter& painter, const MapFrame& frame) {
     const double north = latitudeOf(y(0));
     const double south = latitudeOf(y(frame.visible.height()));
     painter.setPen(QPen(Theme::instance().color(Token::mapGrid), 1));
-    for (double at = std::ceil(west / step) * step; at <= east; at += step) {
-        const double x = ((at + 180) / 360 - frame.origin.x()) * frame.scale;
+    for (int line = static_cast<int>(std::ceil(west / step)); line * step <= east; ++line) {
+        const double x = ((line * step + 180) / 360 - frame.origin.x()) * frame.scale;
         painter.drawLine(QPointF(x, 0), QPointF(x, frame.visible.height()));
     }
-    for (double at = std::ceil(south / step) * step; at <= north; at += step) {
-        const double line = (mercatorOf(at, 0).y() - frame.origin.y()) * frame.scale;
-        painter.drawLine(QPointF(0, line), QPointF(frame.visible.width(), line));
+    for (int line = static_cast<int>(std::ceil(south / step)); line * step <= north; ++line) {
+        const double top = (mercatorOf(line * step, 0).y() - frame.origin.y()) * frame.scale;
+        painter.drawLine(QPointF(0, top), QPointF(frame.visible.width(), top));
     }
 }
 

@@ -96,7 +96,8 @@ public:
         if (m_paths.isEmpty())
             QFileDialog::accept(); // files alone, typed names, a folder to enter
         else
-            QDialog::done(Accepted); // past the file dialog, which would enter the first folder
+            // Past the file dialog, which would enter the first folder.
+            QDialog::done(Accepted); // NOLINT(bugprone-parent-virtual-call)
     }
 
 private:

@@ -64,7 +64,7 @@ QString NSUserDefaults::setAsideWhenBroken() const {
         return {};
     const QString name = m_file + QStringLiteral(".broken");
     for (int number = 1; number <= kMostBackups; ++number) {
-        const QString backup = number == 1 ? name : name + QStringLiteral(" %1").arg(number);
+        QString backup = number == 1 ? name : name + QStringLiteral(" %1").arg(number);
         if (QFile::rename(m_file, backup)) // never replaces
             return backup;
     }

@@ -2,6 +2,7 @@
 #include "platform/image/gif_palette.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <span>
 
@@ -146,7 +147,7 @@ std::vector<ColourBox> cutIntoBoxes(std::span<ColourBin> bins) {
 }
 
 GifColour roundedColour(const std::array<double, 3>& mean) {
-    const auto part = [](double value) { return static_cast<std::uint8_t>(value + 0.5); };
+    const auto part = [](double value) { return static_cast<std::uint8_t>(std::lround(value)); };
     return {part(mean[0]), part(mean[1]), part(mean[2])};
 }
 

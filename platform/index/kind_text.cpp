@@ -95,7 +95,7 @@ QString kindTextForFile(const QString& path, Container container) {
         if (const auto found = known.constFind(key); found != known.constEnd())
             return *found;
     }
-    const QString text = lookUpKind(key.first, container);
+    QString text = lookUpKind(key.first, container);
     const QWriteLocker writing(&lock);
     if (known.size() < kMostKnown)
         known.insert(key, text);

@@ -30,7 +30,7 @@ QString firstText(const MediaFacts& facts, const std::array<QLatin1String, N>& i
     for (const QLatin1String& identifier : identifiers)
         for (const AVMetadataItem& item : facts.metadata)
             if (item.effectiveIdentifier() == identifier)
-                if (const QString text = item.stringValue(); !text.isEmpty())
+                if (QString text = item.stringValue(); !text.isEmpty())
                     return text;
     return {};
 }

@@ -164,7 +164,7 @@ QUrl NSWorkspace::mailDraft(const QString& address, const QString& subject, cons
 
 QString videosFolder() {
     const QString home = QDir::homePath();
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
     // The home folder itself there means "none" (xdg-user-dirs).
     if (folder.isEmpty() || QDir::cleanPath(folder) == QDir::cleanPath(home))
         return appendingPathComponent(home, QStringLiteral("Videos"));

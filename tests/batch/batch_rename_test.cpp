@@ -98,6 +98,7 @@ protected:
     }
     std::vector<std::string> messagesOf(const std::vector<WriteOutcome>& outcomes) {
         std::vector<std::string> messages;
+        messages.reserve(outcomes.size());
         for (const WriteOutcome& outcome : outcomes)
             messages.push_back((QString(QLatin1Char(isMoved(outcome) ? '+' : '-')) + outcome.text())
                                    .toStdString());

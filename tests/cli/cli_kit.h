@@ -20,7 +20,7 @@ inline QJsonArray listed(const QStringList& paths, const QByteArray& options = {
     const testkit::RunResult result = cli("--json list " + options, paths);
     EXPECT_LE(result.exitCode, 1) << result.err;
     QJsonParseError error;
-    const QJsonArray items = QJsonDocument::fromJson(result.out, &error).array();
+    QJsonArray items = QJsonDocument::fromJson(result.out, &error).array();
     EXPECT_EQ(error.error, QJsonParseError::NoError) << error.errorString();
     return items;
 }

@@ -24,7 +24,7 @@ RunOrder orderOf(const QStringList& sources, RunOrder::Work work) {
     return {sources, std::move(work), false};
 }
 std::shared_ptr<Run> performed(const RunOrder& order, Run::Handlers handlers = {}) {
-    const auto run = jobs::Run::create(order, order.allItems(), std::move(handlers));
+    auto run = jobs::Run::create(order, order.allItems(), std::move(handlers));
     run->perform();
     return run;
 }

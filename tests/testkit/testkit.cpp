@@ -19,7 +19,7 @@ TempDir::~TempDir() {
 }
 
 QString TempDir::write(const QString& name, const QByteArray& bytes) const {
-    const QString target = path(name);
+    QString target = path(name);
     QDir().mkpath(QFileInfo(target).path());
     QFile file(target);
     EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << target;

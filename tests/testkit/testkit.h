@@ -38,7 +38,7 @@ namespace testkit {
 /// A folder of its own for each test, gone afterwards.
 class TempDir {
 public:
-    TempDir() = default;
+    TempDir() {} // not "= default": clang 14 then refuses const members of this type
     /// Names that are no UTF-8 are beyond QTemporaryDir's own removal.
     ~TempDir();
     TempDir(const TempDir&) = delete;

@@ -98,13 +98,13 @@ Result<AudioEncoding> unmixedAacEncoding(const AVCodecContext& decoder, std::int
     const auto codec = findAudioEncoder(kAac);
     if (!codec)
         return tl::unexpected(codec.error());
-    auto layout = sameChannels(**codec, decoder.ch_layout);
+    const auto layout = sameChannels(**codec, decoder.ch_layout);
     if (!layout)
         return tl::unexpected(layout.error());
     AudioEncoding encoding;
     encoding.encoder = kAac;
     encoding.format = {AV_SAMPLE_FMT_FLTP, nearestSampleRate(**codec, decoder.sample_rate),
-                       std::move(*layout)};
+                       *layout};
     encoding.bitRate = bitRate;
     return encoding;
 }
@@ -113,14 +113,14 @@ Result<AudioEncoding> alacEncoding(const AVCodecContext& decoder) {
     const auto codec = findAudioEncoder(kAlac);
     if (!codec)
         return tl::unexpected(codec.error());
-    auto layout = sameChannels(**codec, decoder.ch_layout);
+    const auto layout = sameChannels(**codec, decoder.ch_layout);
     if (!layout)
         return tl::unexpected(layout.error());
     const bool isShort = depthOf(decoder).bits <= kShortSampleBits;
     AudioEncoding encoding;
     encoding.encoder = kAlac;
     encoding.format = {isShort ? AV_SAMPLE_FMT_S16P : AV_SAMPLE_FMT_S32P, decoder.sample_rate,
-                       std::move(*layout)};
+                       *layout};
     encoding.bitsPerRawSample = isShort ? kShortSampleBits : kLosslessBits;
     return encoding;
 }

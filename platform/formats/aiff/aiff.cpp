@@ -109,8 +109,9 @@ void setAiffAudio(MediaFacts& facts, const AiffFile& aiff) {
     const double samples = static_cast<double>(aiff.frames) * samplesInAiffFrame(aiff.compression);
     if (aiff.sampleRate > 0)
         audio.durationSeconds = samples / aiff.sampleRate;
-    if (pcm) // samples are stored in whole bytes
-        audio.bitRate = aiff.sampleRate * aiff.channels * ((aiff.bits + 7) / 8 * 8);
+    const int storedBits = (aiff.bits + 7) / 8 * 8; // of a sample, in whole bytes
+    if (pcm)
+        audio.bitRate = aiff.sampleRate * aiff.channels * storedBits;
     else if (audio.durationSeconds > 0)
         audio.bitRate =
             static_cast<double>(aiff.audioBytes.value_or(0)) * 8 / audio.durationSeconds;

@@ -78,7 +78,7 @@ QString languageTag(std::uint16_t code) {
         return {};
     if (code < kMacLanguageEnd)
         return code < kMacLanguages.size() ? QString::fromLatin1(kMacLanguages[code]) : QString();
-    const QString three = unpackLanguage(code);
+    QString three = unpackLanguage(code);
     if (three.isEmpty() || three == QLatin1String("und"))
         return three;
     if (three == QLatin1String("eng"))

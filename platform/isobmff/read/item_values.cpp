@@ -181,7 +181,7 @@ KeyNames internKey(const char* keySpace, ByteView name) {
     const bool isLatin1 = isCode || !name.bytes().isValidUtf8();
     const QString key =
         isLatin1 ? QString::fromLatin1(name.bytes()) : QString::fromUtf8(name.bytes());
-    const KeyNames names{space, key, metadataIdentifier(space, key)};
+    KeyNames names{space, key, metadataIdentifier(space, key)};
     if (known.size() < kMaxInternedKeys)
         known.insert(id, names);
     return names;

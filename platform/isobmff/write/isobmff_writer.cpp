@@ -133,7 +133,7 @@ Result<void> RunWriter::copy(std::uint64_t begin, std::uint64_t end) {
         const auto head = m_source.reader.read(begin, start - begin);
         if (!head)
             return tl::unexpected(head.error());
-        const auto written = m_target.write(*head);
+        auto written = m_target.write(*head);
         if (!written)
             return written;
     }

@@ -100,7 +100,7 @@ QByteArray renderListValue(std::uint32_t code, const AVMetadataItem& item, Notes
         if (isPair || item.stringValue().isNull())
             return renderData(DataCode::Untyped, *bytes);
     } else if (isPair) {
-        const QByteArray pair = renderPair(item.stringValue(), code == fourCc("trkn") ? 8 : 6);
+        QByteArray pair = renderPair(item.stringValue(), code == fourCc("trkn") ? 8 : 6);
         if (!pair.isEmpty())
             return pair;
     }
@@ -157,7 +157,7 @@ QByteArray renderBox(std::uint32_t type, QByteArrayView payload) {
     return box;
 }
 
-QByteArray renderCarriedBox(QByteArray bytes) {
+QByteArray renderCarriedBox(const QByteArray& bytes) {
     const ByteView view(bytes);
     const auto box = parseBoxHeader(view.sub(0, 16), 0, view.size());
     if (!box)

@@ -79,7 +79,7 @@ struct MovieHeaderBuilder::Pass {
         while (const auto box = walker.next()) {
             if (box->cut)
                 return cutBox(*box);
-            const auto done = sampleBox(walker, *box);
+            auto done = sampleBox(walker, *box);
             if (!done)
                 return done;
         }

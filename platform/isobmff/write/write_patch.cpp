@@ -152,7 +152,7 @@ Result<bool> patchItemLocations(QByteArray& box, const Box& iloc, const OffsetMa
     std::uint64_t extentBudget = kMaxItemExtents;
     bool changed = false;
     for (std::uint64_t i = 0; i < items; ++i) {
-        const auto item = patchOneItem(box, cursor, widths, map, extentBudget);
+        auto item = patchOneItem(box, cursor, widths, map, extentBudget);
         if (!item)
             return item;
         changed |= *item;
@@ -175,7 +175,7 @@ Result<bool> patchFragmentTable(QByteArray& box, const Box& tfra, const OffsetMa
         cursor.take(numbers);
         if (!cursor.good)
             return patchFailure(ErrorCode::InvalidData, kFragmentTableCut);
-        const auto entry = patchAbsolute(box, offset, map);
+        auto entry = patchAbsolute(box, offset, map);
         if (!entry)
             return entry;
         changed |= *entry;
@@ -195,7 +195,7 @@ Result<bool> patchTrackFragment(QByteArray& box, const Box& traf, const OffsetMa
             continue;
         if (child->payloadSize() < 16)
             return patchFailure(ErrorCode::InvalidData, kFragmentHeaderTooShort);
-        const auto patched = patchAbsolute(box, {child->payloadOffset() + 8, 8}, map);
+        auto patched = patchAbsolute(box, {child->payloadOffset() + 8, 8}, map);
         if (!patched)
             return patched;
         changed |= *patched;
@@ -232,7 +232,7 @@ Result<bool> patchChildren(QByteArray& box, const Box& parent, std::uint64_t ski
     while (const auto child = walker.next()) {
         if (child->type != childType)
             continue;
-        const auto patched = patch(box, *child, map);
+        auto patched = patch(box, *child, map);
         if (!patched)
             return patched;
         changed |= *patched;

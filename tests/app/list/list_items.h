@@ -22,6 +22,7 @@ inline media::MutableItemPointer listItem(const QString& path, const QString& ar
 
 inline std::vector<media::ItemPointer> listItems(int count) {
     std::vector<media::ItemPointer> items;
+    items.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         items.push_back(listItem(u"/films/clip %1.mp4"_s.arg(i)));
     return items;

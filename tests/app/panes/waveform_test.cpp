@@ -19,7 +19,7 @@ QString writeTone(const testkit::TempDir& folder, const char* name, int pattern)
     tone.container = u"wav"_s;
     tone.audioCodec = u"pcm_s16le"_s;
     tone.pattern = pattern;
-    const QString path = folder.path(name);
+    QString path = folder.path(name);
     EXPECT_TRUE((*engine)->writeSample(tone, path));
     return path;
 }

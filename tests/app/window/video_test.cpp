@@ -17,7 +17,7 @@ using namespace clipheave::app;
 class VideoJobsTest : public WindowFixture {
 protected:
     QString clip(const char* name, int seconds = 1) {
-        const QString path = dir.path(name);
+        QString path = dir.path(name);
         const QByteArray length = QByteArray::number(seconds);
         testkit::ffmpeg("-f lavfi -i testsrc2=size=96x64:rate=10:duration=" + length +
                             " -f lavfi -i sine=440:duration=" + length +

@@ -37,7 +37,7 @@ class Colours : public ExportTest {
 protected:
     /// A second of one colour given as Y, Cb and Cr of 8 bits.
     [[nodiscard]] QString flat(const char* size, const char* options = "") const {
-        const QString path = m_dir.path("flat.mp4");
+        QString path = m_dir.path("flat.mp4");
         testkit::ffmpeg(QByteArray("-f lavfi -i nullsrc=s=") + size +
                             ":d=1:r=5,format=yuv420p,geq=lum=90:cb=100:cr=190 "
                             "-c:v libx264 -crf 4 " +

@@ -22,7 +22,7 @@ protected:
     [[nodiscard]] QString make(const char* name, const char* options,
                                const char* frame = "testsrc2=d=3:s=192x128:r=25",
                                const char* audio = "sine=d=3:r=44100") const {
-        const QString path = m_dir.path(name);
+        QString path = m_dir.path(name);
         const QByteArray inputs = QByteArray("-f lavfi -i ") + frame + " -f lavfi -i " + audio;
         testkit::ffmpeg(inputs + " -pix_fmt yuv420p " + options, {path});
         return path;

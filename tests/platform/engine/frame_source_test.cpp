@@ -24,7 +24,7 @@ protected:
     /// 150 frames, 25 a second unless `graph` spreads them.
     [[nodiscard]] QString video(const char* name, const char* options,
                                 const char* graph = "null") const {
-        const QString path = m_dir.path(name);
+        QString path = m_dir.path(name);
         ffmpeg(QByteArray("-f lavfi -i "
                           "color=gray:s=320x160:r=25:d=6,format=yuv420p,geq=lum='if(bitand(N,"
                           "pow(2,floor(X/32))),235,16)':cb=128:cr=128,") +
@@ -223,7 +223,7 @@ TEST_F(FrameSourceTest, BringsHighDynamicRangeToTheScreen) {
         ASSERT_TRUE(frames);
         const auto frame = frames->frameAt(kCMTimeZero);
         ASSERT_TRUE(frame);
-        const auto grey = [&](int x) {
+        const auto grey = [&, name = name](int x) {
             const auto pixel =
                 reinterpret_cast<const std::uint32_t*>(frame->rgb32.constData())[80 * 320 + x];
             EXPECT_NEAR(pixel & 0xFF, pixel >> 16 & 0xFF, 2) << name;

@@ -20,7 +20,7 @@ QString q(const char* text) {
 /// Three seconds of audio with the usual tags, written by FFmpeg.
 QString audioFile(const testkit::TempDir& folder, const char* name,
                   const QByteArray& options = {}) {
-    const QString path = folder.path(q(name));
+    QString path = folder.path(q(name));
     testkit::ffmpeg(
         "-f lavfi -i sine=duration=3:sample_rate=44100 -ac 2 -metadata % -metadata "
         "artist=AC/DC -metadata album=Alb -metadata date=2019-05-04 -metadata track=3/12 "

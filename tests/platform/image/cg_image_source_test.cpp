@@ -15,7 +15,7 @@ namespace {
 QString imageFile(const testkit::TempDir& dir, const char* name) {
     QImage image(64, 48, QImage::Format_RGB32);
     image.fill(Qt::darkCyan);
-    const QString path = dir.path(name);
+    QString path = dir.path(name);
     EXPECT_TRUE(image.save(path)) << name;
     return path;
 }

@@ -253,8 +253,8 @@ TEST(Boxes, HeadersOfAllSizesAndTheirFaults) {
 
 /// The values that ffprobe prints for the first stream of a kind.
 QJsonObject probedStream(const QJsonObject& probed, const char* kind) {
-    for (const QJsonValue& value : probed["streams"_L1].toArray()) {
-        const QJsonObject stream = value.toObject();
+    for (const QJsonValue value : probed["streams"_L1].toArray()) {
+        QJsonObject stream = value.toObject();
         const bool image = stream["disposition"_L1]["attached_pic"_L1].toInt() == 1;
         if (stream["codec_type"_L1].toString() == QLatin1String(kind) && !image)
             return stream;

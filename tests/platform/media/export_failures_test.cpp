@@ -24,7 +24,7 @@ protected:
         ASSERT_TRUE(QDir().mkpath(out()));
     }
     [[nodiscard]] QString make(const char* name, const char* options, int seconds = 2) const {
-        const QString path = m_dir.path(name);
+        QString path = m_dir.path(name);
         const QByteArray length = QByteArray::number(seconds);
         testkit::ffmpeg("-f lavfi -i testsrc2=s=640x360:r=25:d=" + length +
                             " -f lavfi -i sine=d=" + length + " -pix_fmt yuv420p " + options,
@@ -50,7 +50,7 @@ protected:
     static std::string reasonOf(const std::shared_ptr<AVAssetExportSession>& session) {
         AVAssetExportSession::waitForAllExports();
         EXPECT_EQ(session->status(), Status::Failed);
-        const std::string reason = session->error().text().toStdString();
+        std::string reason = session->error().text().toStdString();
         EXPECT_THAT(reason, Not(HasSubstr(".tmp"))) << "that is nobody's file";
         EXPECT_THAT(reason, Not(HasSubstr("FFmpeg")));
         return reason;
