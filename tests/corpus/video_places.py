@@ -101,7 +101,7 @@ def names(cli, made, work):
     older.mkdir()
     (older / "plain.mov").write_text("an older output")
     done = run(cli, older, "convert", "--to", "mov", made / "plain.mp4")
-    if "replaced" not in outcomes(done)[0]["message"] or (older / "plain.mov").stat().st_size < 1000:
+    if "Replaced" not in outcomes(done)[0]["message"] or (older / "plain.mov").stat().st_size < 1000:
         yield "older output", f"{outcomes(done)}"
 
 
