@@ -55,6 +55,8 @@ AudioSegmentReader::open(PlannedSegment& segment, double volume, const AudioForm
     std::unique_ptr<AudioSegmentReader> reader(new AudioSegmentReader);
     reader->m_stretch = segment.stretch;
     reader->m_source = std::move(*source);
+    if (knowsItsEnd(reader->m_source->context()))
+        reader->m_end = reader->m_source->announcedEnd();
     if (segment.stretch.sourceStart > kAudioShortestSeek)
         reader->m_sought = reader->m_source->seekBefore(segment.stretch.sourceStart);
     auto decoder = MediaDecoder::open(reader->m_source->stream(), 1);
@@ -148,6 +150,14 @@ int AudioSegmentReader::feed(AVFrame& frame, std::int64_t skip, std::int64_t cou
     return send(rest.get(), sink);
 }
 
+std::int64_t AudioSegmentReader::heardOf(const AVFrame& frame) const {
+    const auto time = m_source->time(frame.best_effort_timestamp);
+    // What begins behind the end is there although the index, one of fragments say, is wrong.
+    if (!m_end || !time || *time >= *m_end)
+        return frame.nb_samples;
+    return std::min<std::int64_t>(frame.nb_samples, ticksToUnits(*m_end - *time, m_rate));
+}
+
 int AudioSegmentReader::takeFrame(AVFrame& frame, const Sink& sink) {
     if (const int code = useFormatOf(frame, sink); code < 0)
         return code;
@@ -157,14 +167,15 @@ int AudioSegmentReader::takeFrame(AVFrame& frame, const Sink& sink) {
     if (m_begun && std::abs(offset - m_position) <= m_rate / kToleratedPart)
         offset = m_position;
     const std::int64_t skip = std::max<std::int64_t>(m_position - offset, 0);
-    if (skip >= frame.nb_samples)
+    const std::int64_t heard = heardOf(frame);
+    if (skip >= heard)
         return 0;
     m_begun = true;
     const std::int64_t gap =
         std::min(std::max<std::int64_t>(offset - m_position, 0), total - m_position);
     if (const int code = gap > 0 ? feedSilence(frame, gap, sink) : 0; code < 0)
         return code;
-    const std::int64_t count = std::min(frame.nb_samples - skip, total - m_position);
+    const std::int64_t count = std::min(heard - skip, total - m_position);
     if (count > 0)
         if (const int code = feed(frame, skip, count, sink); code < 0)
             return code;

@@ -25,6 +25,8 @@ public:
 
 private:
     [[nodiscard]] int useFormatOf(AVFrame& frame, const Sink& sink);
+    /// Returns how many samples of the frame are heard; encoders fill the last one up.
+    [[nodiscard]] std::int64_t heardOf(const AVFrame& frame) const;
     /// Returns 1 when the segment is complete.
     [[nodiscard]] int takeFrame(AVFrame& frame, const Sink& sink);
     [[nodiscard]] int feed(AVFrame& frame, std::int64_t skip, std::int64_t count, const Sink& sink);
@@ -33,7 +35,8 @@ private:
     [[nodiscard]] bool rewindIfLate(const AVFrame* frame);
 
     Stretch m_stretch;
-    QByteArray m_filters; ///< after the format of the source
+    std::optional<Ticks> m_end; ///< of the source, where its index says it to the sample
+    QByteArray m_filters;       ///< after the format of the source
     std::unique_ptr<StreamSource> m_source;
     std::unique_ptr<MediaDecoder> m_decoder;
     LinearGraph m_graph;

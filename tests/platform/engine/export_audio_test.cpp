@@ -66,7 +66,7 @@ TEST_F(ExportAudioTest, StretchesTimeAtTheSamePitch) {
 
 TEST_F(ExportAudioTest, ChangesVolumeAndChannels) {
     const QString source = make("a.m4a", "-vn -c:a ac3 -ac 6", "testsrc2=d=3", kChirp);
-    ExportPlan plan = audioOf(source, 0, 3);
+    ExportPlan plan = audioOf(source, 0, 2.9);
     exported(plan, "out.m4a");
     EXPECT_EQ(ffprobe(m_out, "a", "stream=channels,channel_layout"), "6,5.1");
     plan.audio->channels = 2;
@@ -75,16 +75,17 @@ TEST_F(ExportAudioTest, ChangesVolumeAndChannels) {
     EXPECT_EQ(ffprobe(m_out, "a", "stream=channels,channel_layout"), "2,stereo");
     plan.audio->volume = 0;
     exported(plan, "out.m4a");
-    EXPECT_EQ(ffprobe(m_out, "a", "stream=channels,duration"), "2,3.000000");
+    EXPECT_EQ(ffprobe(m_out, "a", "stream=channels,duration"), "2,2.900000");
     const std::vector<float> audio = samples(m_out);
     EXPECT_THAT(audio, testing::Each(0.0F));
-    EXPECT_GE(audio.size(), 24000u);
+    EXPECT_GE(audio.size(), 23200u);
 }
 
 TEST_F(ExportAudioTest, SilenceLastsAsLongAsTheAudio) {
     const struct {
         const char *name, *options; // some of them guess their ends
     } cases[] = {{"a.mov", "-c:v mpeg2video -c:a mp2"},
+                 {"a2.mov", "-c:v mpeg2video -c:a aac"}, // its last packet is not heard whole
                  {"b.ts", "-c:v mpeg2video -c:a aac"},
                  {"c.mpg", "-c:v mpeg2video -c:a mp2"},
                  {"d.avi", "-c:v mpeg4 -c:a libmp3lame"}};
