@@ -60,8 +60,12 @@ Message noDecoder(const AVCodecParameters& stream) {
 
 bool holdsCodec(const AVOutputFormat& format, AVCodecID codec, int compliance) {
     // Cameras and editors write it into QuickTime movies, under the name that it has elsewhere.
-    if (codec == AV_CODEC_ID_CFHD && QByteArray(format.name) == "mov")
+    const QByteArray name(format.name);
+    if (codec == AV_CODEC_ID_CFHD && name == "mov")
         return true;
+    // Deliberate: MP4 has had boxes for PCM since 2018 only, which most players do not know.
+    if (name == "mp4" && QByteArray(avcodec_get_name(codec)).startsWith("pcm_"))
+        return false;
     return avformat_query_codec(&format, codec, compliance) == 1;
 }
 
