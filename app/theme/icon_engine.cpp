@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/theme/icon_engine.h"
 
+#include "app/theme/icon_size.h"
 #include "app/theme/theme_resources.h"
 
 #include <QFile>
@@ -72,18 +73,21 @@ QPixmap drawIcon(const QString& path, const QSize& pixels, const QColor& color, 
 IconEngine::IconEngine(QString path, Token token) : m_path(std::move(path)), m_token(token) {
 }
 
-void IconEngine::paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) {
+void IconEngine::paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) {
     const double ratio = painter->device()->devicePixelRatioF();
-    painter->drawPixmap(rect,
-                        scaledPixmap((QSizeF(rect.size()) * ratio).toSize(), mode, state, ratio));
+    painter->drawPixmap(rect, draw((QSizeF(rect.size()) * ratio).toSize(), mode, ratio));
 }
 
-QPixmap IconEngine::pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) {
-    return scaledPixmap(size, mode, state, 1);
+QPixmap IconEngine::pixmap(const QSize& size, QIcon::Mode mode, QIcon::State) {
+    return draw(size, mode, 1);
 }
 
 QPixmap IconEngine::scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State, qreal scale) {
-    return drawIcon(m_path, size, Theme::instance().color(tokenFor(m_token, mode)), scale);
+    return draw(devicePixelsOf(size, scale), mode, scale);
+}
+
+QPixmap IconEngine::draw(const QSize& pixels, QIcon::Mode mode, qreal ratio) const {
+    return drawIcon(m_path, pixels, Theme::instance().color(tokenFor(m_token, mode)), ratio);
 }
 
 QIconEngine* IconEngine::clone() const {

@@ -14,13 +14,15 @@ public:
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override;
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override;
-    /// `size` in device px.
+    /// `size` as QIcon gives it, which devicePixelsOf() knows.
     QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State state,
                          qreal scale) override;
     [[nodiscard]] QIconEngine* clone() const override;
     bool isNull() override { return m_path.isEmpty(); }
 
 private:
+    [[nodiscard]] QPixmap draw(const QSize& pixels, QIcon::Mode mode, qreal ratio) const;
+
     QString m_path;
     Token m_token;
 };
