@@ -78,6 +78,11 @@ def spoil(path, out):
     out.write_bytes(data)
 
 
+def colours(matrix, primaries, transfer):
+    """A filter that names them: newer releases take them from the frames, not from options of the output."""
+    return f"setparams=colorspace={matrix}:color_primaries={primaries}:color_trc={transfer}"
+
+
 TAGS = ("-metadata title=Harbour -metadata creation_time=2011-03-04T05:06:07Z -metadata location=+48.8577+002.295/ "
         "-metadata make=Acme -metadata model=Phone9 -movflags use_metadata_tags")
 ALIKE = [
@@ -87,12 +92,12 @@ ALIKE = [
     ("plain.m4v", {}),
     ("plain.MPEG", dict(options=f"{X264} {AAC} -f mp4")),
     ("ten-bit.mov", dict(options=f"-c:v libx265 -x265-params log-level=error -preset ultrafast -crf 12 -pix_fmt yuv420p10le -tag:v hvc1 {AAC}")),
-    ("pq.mp4", dict(options="-vf scale=out_color_matrix=bt2020nc,format=yuv420p10le -c:v libx265 -preset ultrafast -crf 12 -tag:v hvc1 "
-                    "-x265-params log-level=error:colorprim=bt2020:transfer=smpte2084:colormatrix=bt2020nc "
-                    f"-color_primaries bt2020 -color_trc smpte2084 -colorspace bt2020nc {AAC}")),
-    ("hlg.mov", dict(options="-vf scale=out_color_matrix=bt2020nc,format=yuv420p10le -c:v libx265 -preset ultrafast -crf 12 -tag:v hvc1 "
-                     "-x265-params log-level=error:colorprim=bt2020:transfer=arib-std-b67:colormatrix=bt2020nc "
-                     f"-color_primaries bt2020 -color_trc arib-std-b67 -colorspace bt2020nc {AAC}")),
+    ("pq.mp4", dict(options="-vf scale=out_color_matrix=bt2020nc,format=yuv420p10le,"
+                    f"{colours('bt2020nc', 'bt2020', 'smpte2084')} -c:v libx265 -preset ultrafast -crf 12 -tag:v hvc1 "
+                    f"-x265-params log-level=error:colorprim=bt2020:transfer=smpte2084:colormatrix=bt2020nc {AAC}")),
+    ("hlg.mov", dict(options="-vf scale=out_color_matrix=bt2020nc,format=yuv420p10le,"
+                     f"{colours('bt2020nc', 'bt2020', 'arib-std-b67')} -c:v libx265 -preset ultrafast -crf 12 -tag:v hvc1 "
+                     f"-x265-params log-level=error:colorprim=bt2020:transfer=arib-std-b67:colormatrix=bt2020nc {AAC}")),
     ("variable.mp4", dict(options=f"-vf select='not(mod(n\\,3))+between(n\\,20\\,35)' -vsync vfr {X264} -bf 2 {AAC}")),
     ("mono.mp4", dict(options=f"{X264} -c:a aac -ac 1")),
     ("surround.mp4", dict(options=f"{X264} -c:a aac -b:a 384k", layout=":c=5.1", sound=48000)),
@@ -103,11 +108,11 @@ ALIKE = [
     ("odd420.mov", dict(size="101x75", options=f"-c:v mjpeg -q:v 2 -pix_fmt yuvj420p {AAC}")),
     ("anamorphic.mp4", dict(options=f"-vf setsar=4/3 {X264} {AAC}")),
     ("narrow.mov", dict(options=f"-vf setsar=8/9 {X264} {AAC}")),
-    ("full-range.mp4", dict(options="-vf scale=out_range=full:out_color_matrix=bt709 -c:v libx264 -crf 12 -pix_fmt yuvj420p -color_range pc "
-                            f"-colorspace bt709 -color_primaries bt709 -color_trc bt709 {AAC}")),
-    ("bt601.mp4", dict(options=f"-vf scale=out_color_matrix=bt601 {X264} -colorspace smpte170m -color_primaries smpte170m -color_trc smpte170m {AAC}")),
-    ("bt709.mov", dict(options=f"-vf scale=out_color_matrix=bt709 {X264} -colorspace bt709 -color_primaries bt709 -color_trc bt709 {AAC}")),
-    ("bt2020.mp4", dict(options=f"-vf scale=out_color_matrix=bt2020 {X264} -colorspace bt2020nc -color_primaries bt2020 -color_trc bt2020-10 {AAC}")),
+    ("full-range.mp4", dict(options=f"-vf scale=out_range=full:out_color_matrix=bt709,{colours('bt709', 'bt709', 'bt709')}:range=pc "
+                            f"-c:v libx264 -crf 12 -pix_fmt yuvj420p {AAC}")),
+    ("bt601.mp4", dict(options=f"-vf scale=out_color_matrix=bt601,{colours('smpte170m', 'smpte170m', 'smpte170m')} {X264} {AAC}")),
+    ("bt709.mov", dict(options=f"-vf scale=out_color_matrix=bt709,{colours('bt709', 'bt709', 'bt709')} {X264} {AAC}")),
+    ("bt2020.mp4", dict(options=f"-vf scale=out_color_matrix=bt2020,{colours('bt2020nc', 'bt2020', 'bt2020-10')} {X264} {AAC}")),
     ("rgb.mov", dict(options=f"-c:v qtrle {AAC}")),
     ("prores.mov", dict(options="-c:v prores -profile:v 1 -c:a pcm_s16le")),
     ("interlaced.mp4", dict(rate=50, options=f"-vf interlace -c:v libx264 -flags +ildct+ilme -crf 12 -pix_fmt yuv420p {AAC}")),

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/testkit/media.h"
 
+#include <QFile>
 #include <QJsonDocument>
+#include <QtEndian>
+
+#include <array>
 
 namespace testkit {
 
@@ -33,6 +37,27 @@ QByteArray streamHash(const QString& path, const QByteArray& maps) {
         run(u"ffmpeg"_s,
             words("-v error -i % " + maps + " -c copy -copy_unknown -f streamhash -", {path}));
     return done.exitCode == 0 ? done.out : QByteArray();
+}
+
+void rotateClockwise(const QString& path, int degrees) {
+    constexpr qsizetype kMatrix = 44, kMatrixSize = 36; // behind the type, of version 0
+    QByteArray bytes = TempDir::read(path);
+    for (qsizetype at = bytes.lastIndexOf("moov"); (at = bytes.indexOf("tkhd", at + 4)) >= 0;) {
+        const char* size = bytes.constData() + at + kMatrix + kMatrixSize;
+        const auto width = qFromBigEndian<qint32>(size), height = qFromBigEndian<qint32>(size + 4);
+        if (width == 0)
+            continue; // audio
+        constexpr qint32 kOne = 1 << 16, kLast = 1 << 30;
+        const std::array<qint32, 9> quarter{0, kOne, 0, -kOne, 0, 0, height, 0, kLast},
+            half{-kOne, 0, 0, 0, -kOne, 0, width, height, kLast},
+            threeQuarters{0, -kOne, 0, kOne, 0, 0, 0, width, kLast};
+        QByteArray matrix;
+        for (const qint32 number : degrees == 90 ? quarter : degrees == 180 ? half : threeQuarters)
+            matrix += be(static_cast<quint32>(number), 4);
+        bytes.replace(at + kMatrix, kMatrixSize, matrix);
+    }
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size()) << path;
 }
 
 QByteArray exiftool(const QByteArray& options, const QStringList& more) {

@@ -23,6 +23,9 @@ QByteArray ffmpeg(const QByteArray& options, const QStringList& more = {});
 /// Returns ffmpeg's hash of the packets of each stream that `maps` selects; empty when it cannot
 /// read the file.
 [[nodiscard]] QByteArray streamHash(const QString& path, const QByteArray& maps = "-map 0");
+/// Writes the display matrix of a rotation by 90, 180 or 270 degrees into the video tracks of an
+/// ISO base media file. ffmpeg's releases have no option in common for it.
+void rotateClockwise(const QString& path, int degrees);
 /// Runs exiftool likewise and returns what it prints, without spaces around it.
 QByteArray exiftool(const QByteArray& options, const QStringList& more);
 

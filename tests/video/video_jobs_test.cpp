@@ -51,7 +51,8 @@ protected:
             "creation_time=2019-05-06T07:08:09Z",
             {videoFile("clip.mp4")});
         remux("clip.mkv", "");
-        remux("upright.mov", "-metadata:s:v rotate=90");
+        remux("upright.mov", "");
+        testkit::rotateClockwise(videoFile("upright.mov"), 270);
         remux("silent.mov", "-an");
         remux("sound.m4a", "-vn");
     }

@@ -40,7 +40,8 @@ protected:
         ffmpeg("-f lavfi -i color=black:s=64x36:r=10:d=1,drawbox=w=16:h=36:c=white:t=fill -c:v "
                "libx264 -pix_fmt yuv420p",
                {clip("left.mp4")}); // white on its left side
-        ffmpeg("-i % -c copy -metadata:s:v rotate=90", {clip("left.mp4"), clip("turned.mp4")});
+        ffmpeg("-i % -c copy", {clip("left.mp4"), clip("turned.mp4")});
+        testkit::rotateClockwise(clip("turned.mp4"), 270);
         ffmpeg("-i % -frames:v 1",
                {clip("turned.mp4"), clip("turned.png")}); // as another program rotates it
         ffmpeg("-f lavfi -i sine=d=3", {clip("tone.wav")});

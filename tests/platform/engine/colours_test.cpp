@@ -96,8 +96,8 @@ TEST_F(Colours, OfUntaggedVideoAreTheSameEverywhere) {
 }
 
 TEST_F(Colours, OfHdrVideoAreMappedByOneRule) {
-    const QString hdr = flat("320x180", "-color_primaries bt2020 -color_trc smpte2084 "
-                                        "-colorspace bt2020nc");
+    const QString hdr = flat("320x180", "-vf setparams=color_primaries=bt2020:"
+                                        "color_trc=smpte2084:colorspace=bt2020nc");
     const Rgb thumb = thumbnail(hdr);
     EXPECT_TRUE(extracted(hdr).isNear(thumb)) << extracted(hdr) << ", " << thumb;
     EXPECT_TRUE(read(hdr).isNear(thumb)) << read(hdr) << ", " << thumb;

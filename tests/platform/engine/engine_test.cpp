@@ -213,7 +213,12 @@ TEST_F(Engine, AudioBeforeTheStartMovesNeitherVideoNorChapters) {
     const auto shown = m_engine->openFrames(source, {});
     ASSERT_TRUE(shown);
     ASSERT_TRUE((*shown)->frameAt({1, 1}));
-    EXPECT_NEAR(CMTimeGetSeconds((*shown)->shownTime()), 0.967, 0.001) << "as the file says";
+    const QByteArray frames = ffprobe(source, "packet=pts_time -select_streams v");
+    double last = 0;
+    for (const QByteArray& time : frames.split('\n'))
+        last = time.toDouble() <= 1 ? std::max(last, time.toDouble()) : last;
+    EXPECT_GT(last, 0.9);
+    EXPECT_NEAR(CMTimeGetSeconds((*shown)->shownTime()), last, 0.001) << "as the file says";
 }
 
 TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {

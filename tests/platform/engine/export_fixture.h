@@ -52,9 +52,11 @@ protected:
         const qsizetype at = judged.err.lastIndexOf("All:");
         return at < 0 ? -1 : judged.err.mid(at + 4, 6).toDouble();
     }
-    /// Mono samples of the audio at 8000 Hz, as a player would give them.
+    /// Mono samples of the audio at 8000 Hz, as a player would give them: what an encoder needs to
+    /// get going lies before the time 0.
     [[nodiscard]] static std::vector<float> samples(const QString& path) {
-        const QByteArray got = testkit::ffmpeg("-i % -vn -ac 1 -ar 8000 -f f32le -", {path});
+        const QByteArray got =
+            testkit::ffmpeg("-copyts -i % -vn -af atrim=start=0 -ac 1 -ar 8000 -f f32le -", {path});
         std::vector<float> values(static_cast<std::size_t>(got.size()) / sizeof(float));
         std::memcpy(values.data(), got.constData(), values.size() * sizeof(float));
         return values;

@@ -137,19 +137,20 @@ TEST_F(ExportVideoTest, KeepsColoursAndDepthSoThatNothingIsWashedOut) {
         const char* bits = nullptr;
         std::int64_t bitRate = 0;
     } cases[] = {
-        {"full.mp4", "-pix_fmt yuvj420p -c:v libx264 -colorspace bt709 -color_trc bt709",
+        {"full.mp4",
+         "-vf setparams=colorspace=bt709:color_trc=bt709 -pix_fmt yuvj420p -c:v libx264",
          "High,yuvj420p,pc,bt709,bt709,unknown", "null", MessageCode()},
         {"sdr10.mp4", "-pix_fmt yuv420p10le -c:v libx264",
          "High 10,yuv420p10le,unknown,unknown,unknown,unknown", "null", kBitDepthKept, "10"},
         {"sdr10.mp4", "-pix_fmt yuv420p10le -c:v libx264",
          "High,yuv420p,unknown,unknown,unknown,unknown", "null", kBitDepthBecame8, "10", 2'000'000},
         {"full10.mov",
-         "-vf scale=out_range=pc -pix_fmt yuv422p10le -c:v libx264 -color_range pc "
-         "-colorspace bt709 -color_trc bt709 -color_primaries bt709",
+         "-vf scale=out_range=pc,setparams=range=pc:colorspace=bt709:color_trc=bt709:"
+         "color_primaries=bt709 -pix_fmt yuv422p10le -c:v libx264",
          "High 10,yuv420p10le,pc,bt709,bt709,bt709", "null", kBitDepthKept, "10"},
         {"full10.mov",
-         "-vf scale=out_range=pc -pix_fmt yuv422p10le -c:v libx264 -color_range pc "
-         "-colorspace bt709 -color_trc bt709 -color_primaries bt709",
+         "-vf scale=out_range=pc,setparams=range=pc:colorspace=bt709:color_trc=bt709:"
+         "color_primaries=bt709 -pix_fmt yuv422p10le -c:v libx264",
          "High,yuvj420p,pc,bt709,bt709,bt709", "null", kBitDepthBecame8, "10", 2'000'000},
         {"twelve.mkv", "-pix_fmt yuv444p12le -c:v ffv1",
          "High 10,yuv420p10le,unknown,unknown,unknown,unknown", "null", kBitDepthBecame10, "12"},
@@ -158,8 +159,8 @@ TEST_F(ExportVideoTest, KeepsColoursAndDepthSoThatNothingIsWashedOut) {
         {"rgb48.mov", "-pix_fmt rgb48be -c:v png", "High 10,yuv420p10le,tv,bt709,unknown,unknown",
          "scale=out_color_matrix=bt709:out_range=tv", kBitDepthBecame10, "16"},
         {"hdr.mov",
-         "-pix_fmt yuv420p10le -c:v libx265 -x265-params log-level=none -color_range tv "
-         "-colorspace bt2020nc -color_trc smpte2084 -color_primaries bt2020",
+         "-vf setparams=range=tv:colorspace=bt2020nc:color_trc=smpte2084:color_primaries=bt2020 "
+         "-pix_fmt yuv420p10le -c:v libx265 -x265-params log-level=none",
          "High 10,yuv420p10le,tv,bt2020nc,smpte2084,bt2020", "null", kHdrKept},
     };
     for (const auto& [name, options, expected, filter, note, bits, bitRate] : cases) {

@@ -215,9 +215,9 @@ TEST_F(FrameSourceTest, BringsHighDynamicRangeToTheScreen) {
         const QString path = m_dir.path(name);
         ffmpeg(QByteArray("-f lavfi -i color=black:s=320x160:d=0.2,format=yuv420p10,geq=lum='") +
                    greys +
-                   "':cb=512:cr=512 -c:v libx265 -x265-params log-level=none -crf 4 "
-                   "-color_primaries bt2020 -colorspace bt2020nc -color_trc " +
-                   transfer,
+                   "':cb=512:cr=512 -vf setparams=color_primaries=bt2020:colorspace=bt2020nc:"
+                   "color_trc=" +
+                   transfer + " -c:v libx265 -x265-params log-level=none -crf 4",
                {path});
         const auto frames = open(path);
         ASSERT_TRUE(frames);

@@ -8,15 +8,14 @@ namespace {
 
 /// One second each of red, lime and blue, with a white upper left corner; turned by `degrees`.
 QString colourVideo(const testkit::TempDir& dir, int degrees) {
-    const QString plain = dir.path("plain.mov"), path = dir.path(u"%1.mov"_s.arg(degrees));
+    const QString path = dir.path(u"%1.mov"_s.arg(degrees));
     testkit::ffmpeg("-filter_complex "
                     "color=red:s=64x32:d=1:r=10[a];color=lime:s=64x32:d=1:r=10[b];"
                     "color=blue:s=64x32:d=1:r=10[c];[a][b][c]concat=n=3,drawbox=0:0:16:16:"
                     "white:fill -c:v libx264 -pix_fmt yuv420p",
-                    {plain});
-    testkit::ffmpeg("-i % -c copy -metadata:s:v rotate=" +
-                        QByteArray::number((360 - degrees) % 360),
-                    {plain, path});
+                    {path});
+    if (degrees != 0)
+        testkit::rotateClockwise(path, degrees);
     return path;
 }
 
