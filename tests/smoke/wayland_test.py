@@ -104,7 +104,7 @@ class WaylandHands(hands.Hands):
 
 
 class WaylandTest(unittest.TestCase):
-    noise = ("urls==", "No working sound device", "wl_", "libEGL", "MESA")
+    noise = ("urls==", "No working sound device", "Could not find accessible on path", "wl_", "libEGL", "MESA")
     scale = ""
 
     @classmethod
