@@ -18,7 +18,7 @@ class Gone(Exception):
 
 
 class Node:
-    """One thing in the tree. Everything is asked anew, so that it is never stale."""
+    """One thing in the tree. Everything is asked each time, so that it is never stale."""
 
     def __init__(self, bus, service, path):
         self.bus, self.service, self.path = bus, service, path
@@ -47,7 +47,7 @@ class Node:
 
     @property
     def role(self):
-        """The role; of buttons the finer one, which tells a button with a menu from others."""
+        """The role; of buttons the finer one, which is another for a button with a menu."""
         role = str(self.call("GetRoleName"))
         return str(self.call("GetLocalizedRoleName")) if role == "push button" else role
 

@@ -10,21 +10,22 @@ import time
 
 from access import Gone
 
-PATIENCE = 20  # seconds; a loaded machine may need them, a quiet one answers at once
+PATIENCE = 20  # seconds; a loaded machine may need them, a quiet one replies at once
 WINDOW_MANAGER = """<?xml version="1.0"?>
 <JWM><FocusModel>click</FocusModel><Key mask="A" key="F4">close</Key></JWM>"""
 
 
 def eventually(condition, what, patience=PATIENCE):
-    """The first true answer of `condition`; asked again until there is one. `what` may be asked only when it fails."""
+    """Returns the first true value of `condition`, which is called until there is one; fails with `what`, a text or a
+    function that returns one, after `patience` seconds."""
     end = time.monotonic() + patience
     while True:
         try:
-            answer = condition()
+            value = condition()
         except Gone:
-            answer = None
-        if answer:
-            return answer
+            value = None
+        if value:
+            return value
         if time.monotonic() > end:
             raise AssertionError(f"never happened: {what() if callable(what) else what}")
         time.sleep(0.02)

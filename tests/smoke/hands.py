@@ -19,7 +19,7 @@ DRAG_VERSION = 5
 
 
 def differing(one, other):
-    """How many pixels of two pictures of one size differ."""
+    """How many pixels of two images of one size differ."""
     return sum(a != b for a, b in zip(memoryview(one).cast("I"), memoryview(other).cast("I")))
 
 
@@ -72,7 +72,7 @@ class Hands:
         self.display.sync()
 
     def pixels(self, extents, margin):
-        """What is painted in a place of the screen and a little around it, four bytes a pixel."""
+        """What is painted in a place of the screen and `margin` pixels around it, four bytes a pixel."""
         x, y, width, height = extents
         x, y = max(x - margin, 0), max(y - margin, 0)
         width = min(width + 2 * margin, self.screen.width_in_pixels - x)
@@ -80,22 +80,22 @@ class Hands:
         return self.screen.root.get_image(x, y, width, height, X.ZPixmap, 0xFFFFFFFF).data
 
     def menu_is_open(self):
-        """Whether any window is up that is none of the window manager's: a menu. The window manager may hand on a click
-        later than keys that come after it, so that keys for a menu must wait for the menu."""
+        """Whether a window is shown that the window manager does not manage: a menu. The window manager may pass a click on
+        later than keys that follow it, so keys for a menu must wait for the menu."""
         attributes = [window.get_attributes() for window in self.screen.root.query_tree().children]
         return any(a.override_redirect and a.map_state == X.IsViewable for a in attributes)
 
     # The clipboard
 
     def copy(self, text):
-        """Puts a text on the clipboard, where a program of its own keeps it: the window under test waits for the answer
-        and would not answer us meanwhile."""
+        """Puts a text on the clipboard, where a program of its own keeps it: the window under test waits for the reply
+        and would not reply to us meanwhile."""
         command = ["xclip", "-selection", "clipboard", "-target", "UTF8_STRING"]
         environment = os.environ | {"DISPLAY": self.display.get_display_name()}
         subprocess.run(command, input=text.encode(), check=True, env=environment, stdout=subprocess.DEVNULL,
                        stderr=subprocess.DEVNULL)
 
-        # It goes into the background before the server knows that the clipboard is its own.
+        # It goes into the background before the server knows that it owns the clipboard.
         def kept():
             return subprocess.run([*command, "-o"], env=environment, capture_output=True, timeout=10).stdout
         eventually(lambda: kept() == text.encode(), lambda: f"the clipboard holds {kept()}")
@@ -103,7 +103,7 @@ class Hands:
     # Drag and drop between programs
 
     def drag(self, paths, place):
-        """Drags files in from outside as another program would; true when the window under the pointer took them."""
+        """Drags files in as another program would; true when the window under the pointer took them."""
         self.dragged = "".join(f"file://{quote(str(path))}\r\n" for path in paths).encode()
         self.window.set_selection_owner(self.atom("XdndSelection"), X.CurrentTime)
         self.move(*place)
@@ -119,19 +119,19 @@ class Hands:
         return bool(self.serve(lambda e: self.says(e, "XdndFinished")).data[1][1] & 1)
 
     def serve(self, until, patience=10):
-        """Answers the target's questions until `until` is true of an event, which it returns."""
+        """Serves the target's requests until `until` is true of an event, which it returns."""
         end = time.monotonic() + patience
         while time.monotonic() < end:
             while self.display.pending_events():
                 happened = self.display.next_event()
                 if happened.type == X.SelectionRequest:
-                    self.answer(happened)
+                    self.send_selection(happened)
                 if until(happened):
                     return happened
             time.sleep(0.005)
-        raise AssertionError("the program did not answer")
+        raise AssertionError("the program did not reply")
 
-    def answer(self, request):
+    def send_selection(self, request):
         kind = self.atom("text/uri-list")
         place = request.property or request.target
         if request.target == self.atom("TARGETS"):

@@ -1,7 +1,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The window under test, as a user and assistive technology meet it."""
+"""The window under test, as a user and assistive technology meet it, and the frame of its tests."""
+import pathlib
+import shutil
 import subprocess
+import sys
 import time
+import unittest
 
 import access
 import hands
@@ -44,7 +48,7 @@ class Program:
 
     def focused(self):
         """What has the focus; the innermost where menus report their owners too. Cells are left out: the current one
-        says that it has the focus whether its table has it or not."""
+        reports the focus whether its table has it or not."""
         nodes = [node for node in self.tree.shown() if "focused" in node.states]
         return nodes[-1] if nodes else None
 
@@ -114,6 +118,10 @@ class Program:
         node = self.get("text", field)
         self.click_on(node)
         eventually(lambda: self.has_focus("text", field), f"{field} has the focus")
+        self.type_over(node, text, paste)
+
+    def type_over(self, node, text, paste=False):
+        """Replaces the text of the node, which has the focus."""
         self.hands.key("Ctrl+a")
         if paste:
             self.hands.copy(text)
@@ -121,6 +129,17 @@ class Program:
         else:
             self.hands.type(text)
         eventually(lambda: node.text == text, lambda: f"{node.text} is {text}")
+
+    def escape(self, what):
+        self.hands.key("Escape")
+        eventually(lambda: not self.tree.find("dialog"), f"Escape closes {what}")
+
+    def tab_to(self, node):
+        for _ in range(40):
+            if "focused" in node.states:
+                break
+            self.hands.key("Tab")
+            eventually(self.focused, "something has the focus")
 
     def open_activity(self):
         self.hands.key("Ctrl+j")
@@ -134,7 +153,57 @@ class Program:
         eventually(lambda: (name, result) in self.tasks(), lambda: f"{name}: {result}, but {self.tasks()}")
 
     def task_files(self):
-        """What the activity panel says of the files of the newest job."""
+        """What the activity panel says about the files of the newest job."""
         self.click_on(self.cells("Tasks")[0][1])
         files = self.get("list", "Files")
         return eventually(lambda: [node.name for node in files.children], "files of the job")
+
+
+class WindowTest(unittest.TestCase):
+    """Each test has a window of its own, as after a first start."""
+    programs = pathlib.Path(".")
+    arguments, environment = (), {}
+    # Lines of the activity log, which the console shows too, and what newer releases of Qt warn of when assistive
+    # technology asks for a widget that has just gone.
+    noise = ("urls==", "No working sound device", "Could not find accessible on path")
+
+    @classmethod
+    def use(cls, desktop):
+        """Sets the desktop of the tests and writes the sample library there."""
+        cls.desktop, cls.demo = desktop, desktop.folder / "demo"
+        subprocess.run([cls.programs / "clipheave-cli", "demo", cls.demo], env=desktop.env, check=True,
+                       stdout=subprocess.DEVNULL)
+
+    def setUp(self):
+        shutil.rmtree(self.desktop.home / ".config/clipheave", ignore_errors=True)
+        self.prepare()
+        self.user = Program(self.desktop, self.programs / "clipheave", self.arguments, **self.environment)
+        self.addCleanup(self.end)
+
+    def prepare(self):
+        pass
+
+    def type_storage_folder(self, name):
+        """Opens the preferences and types a folder of the desktop, whose path is returned."""
+        self.user.hands.key("Ctrl+comma")
+        self.user.dialog("Preferences")
+        field = eventually(lambda: self.user.has_focus("text", "Storage folder"), "the first field has the focus")
+        self.user.type_over(field, str(self.desktop.folder / name))
+        return self.desktop.folder / name
+
+    def end(self):
+        died = self.user.process.poll()
+        self.user.close()
+        self.assertIn(died, (None, 0), "it crashed")
+        lines = self.user.log.read_text(errors="replace").splitlines()
+        self.assertEqual([line for line in lines if not any(text in line for text in self.noise)], [], "on stderr")
+
+
+def main(*needed):
+    """Runs the tests of the script that was started as FILE FOLDER-OF-PROGRAMS [TEST…], if the needed programs are here."""
+    missing = [name for name in needed if not shutil.which(name)]
+    if missing:
+        print("SKIP: not installed:", *missing)
+        sys.exit(77)
+    WindowTest.programs = pathlib.Path(sys.argv.pop(1)).resolve()
+    unittest.main()

@@ -8,7 +8,6 @@ import re
 import shutil
 import struct
 import subprocess
-import sys
 import unittest
 import zlib
 
@@ -16,8 +15,8 @@ import desktop
 import hands
 import program
 from desktop import eventually
+from program import WindowTest
 
-BINARIES = pathlib.Path(".")
 MEDIA_FILES = 17  # of the demo library, without its photos
 
 
@@ -36,35 +35,9 @@ def digest(path):
 
 
 def setUpModule():
-    WindowTest.desktop = desktop.Desktop()
-    unittest.addModuleCleanup(WindowTest.desktop.close)
-    WindowTest.demo = WindowTest.desktop.folder / "demo"
-    subprocess.run([BINARIES / "clipheave-cli", "demo", WindowTest.demo], env=WindowTest.desktop.env, check=True,
-                   stdout=subprocess.DEVNULL)
-
-
-class WindowTest(unittest.TestCase):
-    """Each test has a window of its own, as after a first start."""
-    arguments = ()
-    # Lines of the activity log, which the console shows too, and what newer releases of Qt warn of when assistive
-    # technology asks for a widget that has just gone.
-    noise = ("urls==", "No working sound device", "Could not find accessible on path")
-
-    def setUp(self):
-        shutil.rmtree(self.desktop.home / ".config/clipheave", ignore_errors=True)
-        self.prepare()
-        self.user = program.Program(self.desktop, BINARIES / "clipheave", self.arguments)
-        self.addCleanup(self.end)
-
-    def prepare(self):
-        pass
-
-    def end(self):
-        died = self.user.process.poll()
-        self.user.close()
-        self.assertIn(died, (None, 0), "it crashed")
-        lines = self.user.log.read_text(errors="replace").splitlines()
-        self.assertEqual([line for line in lines if not any(text in line for text in self.noise)], [], "on stderr")
+    shared = desktop.Desktop()
+    unittest.addModuleCleanup(shared.close)
+    WindowTest.use(shared)
 
 
 class MouseTest(WindowTest):
@@ -206,26 +179,20 @@ class MouseTest(WindowTest):
 
     def test_preferences_are_kept(self):
         user = self.user
-        user.hands.key("Ctrl+comma")
-        user.dialog("Preferences")
-        field = eventually(lambda: user.has_focus("text", "Storage folder"), "the first field has the focus")
-        folder = str(self.desktop.folder / "my results")
-        user.hands.key("Ctrl+a")
-        user.hands.type(folder)
-        eventually(lambda: field.text == folder, lambda: field.text)
+        folder = self.type_storage_folder("my results")
         user.click("push button", "Save")
         eventually(lambda: not user.tree.find("dialog"), "the window is closed")
         kept = (self.desktop.home / ".config/clipheave/clipheave.conf").read_text()
         self.assertIn(f"storagePath={folder}", kept)
-        self.assertTrue(pathlib.Path(folder).is_dir())
+        self.assertTrue(folder.is_dir())
 
     def test_the_close_button_asks(self):
         user = self.user
-        for answer in ("Cancel", "Exit"):
+        for button in ("Cancel", "Exit"):
             user.click("push button", "Close")
             user.dialog("Are you sure you want to Exit ?")
-            user.click("push button", answer)
-            if answer == "Cancel":
+            user.click("push button", button)
+            if button == "Cancel":
                 eventually(lambda: not user.tree.find("dialog"), "the question is gone")
                 self.assertIsNone(user.process.poll())
         self.assertEqual(user.process.wait(desktop.PATIENCE), 0)
@@ -238,18 +205,18 @@ class MouseTest(WindowTest):
 class VideoJobTest(WindowTest):
     noise = WindowTest.noise + ("late.mp4", "Export failed: ", "11111", "22222", "cancelled")
 
-    def film(self, name, seconds):
+    def make_video(self, name, seconds):
         subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", f"testsrc2=size=960x540:duration={seconds}",
                         "-f", "lavfi", "-i", f"sine=duration={seconds}", "-c:v", "libx264", "-preset", "ultrafast",
                         "-c:a", "aac", "-metadata", "title=Tide", self.work / name], check=True)
 
     def prepare(self):
-        self.work = self.desktop.folder / "films"
+        self.work = self.desktop.folder / "videos"
         self.work.mkdir()
         self.addCleanup(shutil.rmtree, self.work)
-        self.film("a.mp4", 40)
-        self.film("b.mov", 40)
-        (self.work / "late.mp4").write_text("not yet a film")
+        self.make_video("a.mp4", 40)
+        self.make_video("b.mov", 40)
+        (self.work / "late.mp4").write_text("not yet a video")
 
     def test_cancel_and_try_again(self):
         user = self.user
@@ -262,7 +229,7 @@ class VideoJobTest(WindowTest):
         user.click("button menu", "Compress")
         eventually(user.hands.menu_is_open, "the menu is open")
         user.hands.key("Down", "Down", "Return")
-        # The file that is no film opens the panel.
+        # The file that is no video opens the panel.
         eventually(lambda: user.tree.find("table", "Tasks") and user.tasks()[0][0] == job, "the job is listed")
         user.click_on(user.cells("Tasks")[0][1])
         files = user.get("list", "Files")
@@ -271,11 +238,11 @@ class VideoJobTest(WindowTest):
         user.click("push button", "Cancel")
         user.task_done(job, "1 failed, 2 cancelled")
         self.assertEqual(set(out.rglob("*.*")), before, "something half done is left")
-        self.film("late.mp4", 1)
+        self.make_video("late.mp4", 1)
         user.click("push button", "Try Again")
         eventually(lambda: re.fullmatch(r"[\d.]+ KB to [\d.]+ KB", user.tasks()[0][1]), lambda: user.tasks())
         self.assertEqual(user.tasks()[0][0], job)
-        made = out / "films/late.mp4"  # the folder was imported: its films keep their places in it
+        made = out / "videos/late.mp4"  # the folder was imported: its videos keep their places in it
         self.assertEqual(set(out.rglob("*.*")) - before, {made})
         self.assertEqual(title_of(made), "Tide")
         self.assertEqual(sorted(path.name for path in self.work.iterdir()), ["a.mp4", "b.mov", "late.mp4"])
@@ -334,7 +301,7 @@ class KeyboardTest(WindowTest):
         self.walk_back(ring, here)
 
     def walk_back(self, ring, here):
-        """Shift+Tab takes the same way, and every stop looks other with the focus than without."""
+        """Shift+Tab takes the same way back, and every stop is drawn differently with the focus."""
         user = self.user
         start = ring.index(here)
         way = [ring[start - i - 1] for i in range(len(ring))]
@@ -346,7 +313,7 @@ class KeyboardTest(WindowTest):
             self.assertEqual(here, stop, "Shift+Tab goes another way than Tab")
             if stop.path in plain and not self.looks_other(stop, plain[stop.path]):
                 unseen.append(repr(stop))
-        self.assertEqual(unseen, [], "nobody sees that these have the focus")
+        self.assertEqual(unseen, [], "these do not show that they have the focus")
 
     def looks_other(self, node, before):
         least = 60  # pixels; a text cursor has fewer
@@ -382,8 +349,7 @@ class KeyboardTest(WindowTest):
         eventually(lambda: user.has_focus("menu item", "Add Files or Folders…"), "the first one, in its place")
         user.hands.key("Return")
         user.dialog("Open")
-        user.hands.key("Escape")
-        eventually(lambda: not user.tree.find("dialog"), "Escape closes it")
+        user.escape("the panel")
         user.hands.key("Alt+v")
         eventually(user.hands.menu_is_open, "the menu of this letter is open")
         user.hands.key("Escape", "Escape")
@@ -395,21 +361,15 @@ class KeyboardTest(WindowTest):
         name = user.names()[-1]
         user.fact(f"File Name: {name}")
         title = user.get("text", "Title")
-        for _ in range(40):
-            if "focused" in title.states:
-                break
-            user.hands.key("Tab")
-            eventually(user.focused, "something has the focus")
-        user.hands.key("Ctrl+a")
-        user.hands.type("typed without a mouse")
-        eventually(lambda: title.text == "typed without a mouse", lambda: title.text)
+        user.tab_to(title)
+        user.type_over(title, "typed without a mouse")
         user.hands.key("Shift+Tab", "Tab", "Ctrl+s", "Ctrl+j")
         user.task_done("Save changes", "1 written")
         self.assertEqual(title_of(storage(user) / name), "typed without a mouse")
 
 
 class AccessTest(WindowTest):
-    """What assistive technology is told."""
+    """What assistive technology sees."""
 
     def test_the_window(self):
         user = self.user
@@ -461,13 +421,12 @@ class AccessTest(WindowTest):
             eventually(user.focused, f"something has the focus in {name}")
             faults += self.nameless(name)
             self.assertIn("active", window.states)
-            user.hands.key("Escape")
-            eventually(lambda: not user.tree.find("dialog"), f"Escape closes {name}")
+            user.escape(name)
         self.assertEqual(faults, [], "\n" + "\n".join(faults))
 
 
 def black_png(path, side):
-    """A picture of one bit a pixel, which is small as a file."""
+    """An image of one bit a pixel, which is small as a file."""
     def chunk(kind, data):
         return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
     rows = zlib.compress(bytes((side // 8 + 1) * side))
@@ -492,7 +451,7 @@ class BadInputTest(WindowTest):
             self.config.write_text(f"[General]\nstoragePath={self.demo / 'Photos/scan-1987.png'}/results\n")
 
     def save(self, result):
-        """Saves, and answers what the panel says of the files."""
+        """Saves; returns what the panel says about the files."""
         user = self.user
         user.hands.key("Ctrl+s")
         if "failed" not in result:  # the first failure opens the panel by itself
@@ -538,12 +497,12 @@ class BadInputTest(WindowTest):
 
     def test_artwork_of_20000_pixels(self):
         user = self.user
-        picture = self.desktop.folder / "huge.png"
-        black_png(picture, 20000)
+        image = self.desktop.folder / "huge.png"
+        black_png(image, 20000)
         user.add(self.work, 3)
         user.select(user.names()[0])
         well = next(node for node in user.window.shown() if node.name == "Artwork")
-        user.hands.drag([picture], well.centre)
+        user.hands.drag([image], well.centre)
         self.assertRegex("\n".join(self.log()), "too many pixels")
 
     def test_broken_preferences(self):
@@ -560,7 +519,7 @@ class BadInputTest(WindowTest):
         user.enter("Title", "nowhere to go")
         self.assertRegex(self.save("1 failed")[0], "Not a directory")
 
-    def test_sound_without_a_device(self):
+    def test_audio_without_a_device(self):
         user = self.user
         user.add(self.demo / "Northbound/beacon.au", 1)
         user.select("beacon.au")
@@ -572,8 +531,4 @@ class BadInputTest(WindowTest):
 
 
 if __name__ == "__main__":
-    if not shutil.which("Xvfb"):
-        print("SKIP: Xvfb is not installed (package xvfb)")
-        sys.exit(77)
-    BINARIES = pathlib.Path(sys.argv.pop(1)).resolve()
-    unittest.main()
+    program.main("Xvfb")

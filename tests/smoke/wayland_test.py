@@ -2,13 +2,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The window under a Wayland compositor: wayland_test.py FOLDER-OF-PROGRAMS [TEST…]. The compositor paints into a screen
 that no one sees, so that the hands of the other smoke tests reach it; the program itself speaks Wayland alone."""
-import pathlib
-import shutil
 import struct
-import subprocess
-import sys
 import time
-import unittest
 
 from Xlib import X
 from Xlib.ext import xtest
@@ -18,7 +13,6 @@ import hands
 import program
 from desktop import eventually
 
-BINARIES = pathlib.Path(".")
 GROUND = 0x336699
 MAGENTA = 0xFF00FF
 COMPOSITOR = f"""[core]
@@ -103,33 +97,21 @@ class WaylandHands(hands.Hands):
         return across[0], hit[0], across[-1] + 1, hit[-1] + 1
 
 
-class WaylandTest(unittest.TestCase):
-    noise = ("urls==", "No working sound device", "Could not find accessible on path", "wl_", "libEGL", "MESA")
-    scale = ""
+class WaylandTest(program.WindowTest):
+    noise = program.WindowTest.noise + ("wl_", "libEGL", "MESA")
+    scale = 1.0
 
     @classmethod
     def setUpClass(cls):
-        cls.desktop = WaylandDesktop()
-        cls.addClassCleanup(cls.desktop.close)
-        cls.demo = cls.desktop.folder / "demo"
-        subprocess.run([BINARIES / "clipheave-cli", "demo", cls.demo], env=cls.desktop.env, check=True,
-                       stdout=subprocess.DEVNULL)
+        own = WaylandDesktop()
+        cls.addClassCleanup(own.close)
+        cls.use(own)
 
     def setUp(self):
-        shutil.rmtree(self.desktop.home / ".config/clipheave", ignore_errors=True)
         own, hands.Hands = hands.Hands, WaylandHands
         self.addCleanup(setattr, hands, "Hands", own)
-        scaling = {"QT_SCALE_FACTOR": self.scale} if self.scale else {}
-        self.user = program.Program(self.desktop, BINARIES / "clipheave", (), **scaling)
-        self.addCleanup(self.end)
+        super().setUp()
         self.place()
-
-    def end(self):
-        died = self.user.process.poll()
-        self.user.close()
-        self.assertIn(died, (None, 0), "it crashed")
-        lines = self.user.log.read_text(errors="replace").splitlines()
-        self.assertEqual([line for line in lines if not any(text in line for text in self.noise)], [], "on stderr")
 
     def place(self):
         """Finds the window on the screen, once it stands still."""
@@ -140,7 +122,7 @@ class WaylandTest(unittest.TestCase):
             return len(seen) > 1 and seen[-1] and seen[-1] == seen[-2] and seen[-1]
         bounds = eventually(still, "the window stands still")
         self.user.hands.origin = bounds[:2]
-        self.user.hands.scale = float(self.scale or 1)
+        self.user.hands.scale = self.scale
         return bounds
 
     def test_moves_and_resizes_by_its_own_frame(self):
@@ -164,21 +146,12 @@ class WaylandTest(unittest.TestCase):
         user.click("menu item", "File")
         user.click("menu item", "Add Files or Folders…")
         user.dialog("Open")
-        user.hands.key("Escape")
-        eventually(lambda: not user.tree.find("dialog"), "the panel is closed")
-        user.hands.key("Ctrl+comma")
-        user.dialog("Preferences")
-        field = eventually(lambda: user.has_focus("text", "Storage folder"), "the first field has the focus")
-        folder = str(self.desktop.folder / "results")
-        user.hands.key("Ctrl+a")
-        user.hands.type(folder)
-        eventually(lambda: field.text == folder, lambda: field.text)
-        user.hands.key("Escape")
-        eventually(lambda: not user.tree.find("dialog"), "the sheet is closed")
+        user.escape("the panel")
+        self.type_storage_folder("results")
+        user.escape("the sheet")
         user.click("push button", "Close")
         user.dialog("Are you sure you want to Exit ?")
-        user.hands.key("Escape")
-        eventually(lambda: not user.tree.find("dialog"), "the question is gone")
+        user.escape("the question")
         self.assertIsNone(user.process.poll())
 
     def test_edits_and_saves(self):
@@ -193,7 +166,7 @@ class WaylandTest(unittest.TestCase):
     def test_another_program_gives_files_and_a_cover(self):
         user = self.user
         files = [self.demo / "Harbour/old-camera.avi", self.demo / "Northbound/beacon.au"]
-        helper = self.desktop.start([BINARIES / "other_program", self.demo / "Photos/IMG_0412.jpg", *files])
+        helper = self.desktop.start([self.programs / "other_program", self.demo / "Photos/IMG_0412.jpg", *files])
         self.addCleanup(helper.kill)
         other = eventually(lambda: user.hands.bounds(MAGENTA, inside=True), "the other program's window")
         middle = (other[0] + other[2]) // 2, (other[1] + other[3]) // 2
@@ -207,24 +180,16 @@ class WaylandTest(unittest.TestCase):
         self.assertEqual(well.description, "No artwork")
         # The drag was a press too: a photo is on the clipboard.
         user.hands.key("Tab")
-        for _ in range(40):
-            if "focused" in well.states:
-                break
-            user.hands.key("Tab")
-            eventually(user.focused, "something has the focus")
+        user.tab_to(well)
         user.hands.key("Ctrl+v")
         eventually(lambda: well.description.endswith(" pixels"), lambda: well.description)
 
 
 class ScaledTest(WaylandTest):
-    """At 150 %: what is seen and what the pointer meets are the same place."""
-    scale = "1.5"
+    """At 150 %: what is drawn and what the pointer hits are the same place."""
+    scale, environment = 1.5, {"QT_SCALE_FACTOR": "1.5"}
     test_edits_and_saves = test_menus_and_sheets = None
 
 
 if __name__ == "__main__":
-    if not shutil.which("weston") or not shutil.which("Xvfb"):
-        print("SKIP: weston or Xvfb is not installed")
-        sys.exit(77)
-    BINARIES = pathlib.Path(sys.argv.pop(1)).resolve()
-    unittest.main()
+    program.main("Xvfb", "weston")
