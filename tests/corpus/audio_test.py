@@ -30,7 +30,7 @@ def codec(path):
 
 
 def samples(path, *how):
-    """A hash of the decoded sound; with `-c copy` of the packets."""
+    """A hash of the decoded audio; with `-c copy` of the packets."""
     return corpus.output("ffmpeg", "-v", "quiet", "-i", path, "-map", "0:a:0", *(how or ("-c:a", "pcm_s24le")), "-f", "hash",
                   "-hash", "md5", "-")
 
@@ -77,14 +77,14 @@ def read_back(cli, path, target):
     if kind == "MP3":
         faults.update(id3_faults(target))
         if samples(path, "-c", "copy") != samples(target, "-c", "copy"):
-            faults["save sound"] = "packets differ"
+            faults["save audio"] = "packets differ"
     elif kind == "FLAC":
         faults.update(flac_faults(path, target))
     else:
         faults.update(m4a_faults(target))
     name = codec(path)
     if (name in COPIED or is_lossless(name)) and samples(path) != samples(target):
-        faults["save sound"] = f"{name}: decoded samples differ"
+        faults["save audio"] = f"{name}: decoded samples differ"
     return faults
 
 
@@ -98,9 +98,9 @@ def clear_faults(cli, path, storage):
     if corpus.extension(path) == "MP3":
         left.pop("id3/APIC", None)  # the cover of an MP3 survives a removal
         if samples(path, "-c", "copy") != samples(target, "-c", "copy"):
-            return {"clear sound": "packets differ"}
+            return {"clear audio": "packets differ"}
     elif is_lossless(codec(path)) and samples(path) != samples(target):
-        return {"clear sound": "decoded samples differ"}
+        return {"clear audio": "decoded samples differ"}
     return {"clear items": left} if left else {}
 
 

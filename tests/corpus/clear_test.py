@@ -10,7 +10,7 @@ import corpus
 import differences
 import save_test
 
-# What exiftool tells of the file itself, of the places of boxes, and of the container's brand.
+# What exiftool shows of the file itself, of the places of boxes, and of the container's brand.
 OF_THE_FILE = re.compile(r"SourceFile|ExifTool:|System:|File:|Composite:|QuickTime:(MediaData|MajorBrand|MinorVersion|"
                          r"CompatibleBrands)|(Track\d+|QuickTime):ChunkOffset")
 # The handlers of the boxes that hold the items: (tag, values).
@@ -90,21 +90,21 @@ def check_cleared(cli, path, target):
     if "latitude" in listed and not is_north_and_east(listed) and \
             (listed["latitude"], listed["longitude"]) != (after_listed.get("latitude"), after_listed.get("longitude")):
         found["location"] = "the position was lost"
-    if pictures_and_sound(path) != pictures_and_sound(target):
+    if media_hashes(path) != media_hashes(target):
         found["streams"] = "streams differ"
     before, after = exiftool(path), exiftool(target)
     structure = [collections.Counter({tag: count for tag, count in tags.items() if STRUCTURE.match(tag[0])})
                  for tags in (before, after)]
     if changed := differing(*structure):
         found["structure"] = f"tags differ: {changed}"
-    told = sorted(tag for tag in after if not STRUCTURE.match(tag[0]) and not LOCATION.search(tag[0]))
-    if told:
-        found["exiftool"] = f"tags left: {told}"
+    shown = sorted(tag for tag in after if not STRUCTURE.match(tag[0]) and not LOCATION.search(tag[0]))
+    if shown:
+        found["exiftool"] = f"tags left: {shown}"
     return found
 
 
-def pictures_and_sound(path):
-    """Without attached pictures, which are metadata."""
+def media_hashes(path):
+    """One hash a stream, without attached pictures, which are metadata."""
     return corpus.stream_hashes(path, "0:V?", "0:a?", "0:s?", "0:d?", "0:t?")
 
 
@@ -117,7 +117,7 @@ def check_titled(path, target):
 
 
 def run(cli, path, storage, *command):
-    """The outcome, and the target when it was written anew."""
+    """The outcome, and the target when it was written."""
     done = corpus.Run(cli, "--quiet", "--json", "--storage", storage, *command, path, limit_seconds=60)
     if done.timed_out or done.status not in (0, 1):
         raise RuntimeError(f"{path}: {command[0]} ended with {done.status}: {done.errors[-300:]}")

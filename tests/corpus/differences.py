@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Where the command line reads or saves otherwise than programs of others see it, with the reason, found by looking into
+"""Where the command line reads or saves something other than other programs see, with the reason, found by looking into
 the bytes. A block is a reason and the lines "file field oracle" that it explains, fields and oracles joined by "+"; "nobody" means that no other program
 reads the item at all. An entry that no longer differs is a fault."""
 
@@ -22,7 +22,7 @@ The file ends inside its ID3 tag; the others refuse the tag, we read the frames 
   audio/tinytag__utf16_no_bom.mp3 title+artist nobody
 The file ends inside its moov, behind the item list; ffprobe reads the same texts, but is no oracle for ISO files.
   audio/tinytag__alac_file.m4a title+artist+album nobody
-The file ends behind its LIST chunk, without sound; the others give up.
+The file ends behind its LIST chunk, without audio; the others give up.
   audio/tinytag__detect_wav.x.wav title+artist+album nobody
 Several values in one field: we join all with "; ", exiftool keeps the last, ffprobe joins with ";".
   audio/tinytag__multiple_values_images.flac album exiftool+ffprobe
@@ -39,12 +39,12 @@ A raw photo in a TIFF: we give the size of the first image, as for every TIFF, e
   photo/exifast__Canon_EOS-1D_real.TIF width+height exiftool
 The photo library reads the Exif of the preview; exiftool the sensor's size from the maker's header.
   photo/exiftool__FujiFilm.raf width+height exiftool
-Sensor with its borders (we) or the picture within them (exiftool).
+Sensor with its borders (we) or the image within them (exiftool).
   photo/exiftool__Panasonic.rw2 width+height exiftool
   photo/imagemeta__sample.arw width+height exiftool
 The photo library does not know X3F.
   photo/exiftool__SigmaDP2.x3f width+height exiftool
-A photo cut off before its picture: we give the size that its Exif block claims, exiftool gives none.
+A photo cut off before its image: we give the size that its Exif block claims, exiftool gives none.
   photo/exiv2__issue_1881_coverage.jpg width+height nobody
   photo/file-type__fixture-sony-zv-e10.arw width+height nobody
 A latitude of 213 degrees is none.
@@ -53,9 +53,9 @@ The position stands under the key "©xyz" of the QuickTime metadata; the import 
   video/exifast__MP4_movie_keys.mov latitude+longitude exiftool
 An MPEG program stream of 0.04 s; mutagen takes it for an MP3 and estimates by the bit rate.
   video/file-type__fixture.ps.mpg durationSeconds mutagen
-A track without a handler: exiftool does not know it as a picture and reads the fixed-point size (2.0) as a whole number.
+A track without a handler: exiftool does not know it as a video and reads the fixed-point size (2.0) as a whole number.
   video/fq__png_no_hdlr.mp4 width+height exiftool
-mutagen gives the length of the sound track, which ends before the picture.
+mutagen gives the duration of the audio track, which ends before the video.
   video/media__sample_shorter_audio.mp4 durationSeconds mutagen
   video/metadata-extractor-images__FLIR_Thermal.mp4 durationSeconds mutagen
   video/picard__test.m4v durationSeconds mutagen
@@ -63,10 +63,10 @@ The sample description says 12x10, the H.264 stream inside 10x12; we read no str
   video/media__sample_with_fake_auxiliary_tracks_interleaved_with_primary_video_track.mp4 width+height ffprobe
 Fragments from second 10 on: we give the end of the longest track, that of the captions; ffprobe leaves captions out.
   video/mp4ff__cbcsdec.mp4 durationSeconds ffprobe
-One fragment of a longer film: its header announces 48 s (mehd), the file holds the first six.
+One fragment of a longer video: its header announces 48 s (mehd), the file holds the first six.
   video/mp4ff__stpp_combined.mp4 durationSeconds ffprobe
-A shortcoming of ours: the tags of an Ogg stand in its streams, and of one with a picture stream first those of the sound
-stream are not read.
+A shortcoming of ours: the tags of an Ogg file stand in its streams; where a video stream comes first, those of the
+audio stream are not read.
   video/taglib__multiplex.ogg title exiftool+ffprobe
 The header says 15 s, the fragments hold 16.35 s, as ffprobe says too.
   video/mutagen__no-tags.3g2 durationSeconds exiftool+mutagen
@@ -77,7 +77,7 @@ A hand-made stub that ffprobe does not open, neither before nor after.
   audio/exifast__MP4_audiokeys_mute.mp4 title ffprobe
 The file has a title in its QuickTime metadata as well, which is kept; ffprobe shows only that one.
   audio/fq__mdta_tags.mp4 title ffprobe
-A picture under the name of a video: there is no movie header to save into.
+An image under the name of a video: there is no movie header to save into.
   photo/fq__heic.mp4 title copied
 A hand-made stub whose second track announces 36 chunks in a table of two: it cannot be rewritten safely.
   video/exifast__QuickTime_sony_fx3_rtmd.mp4 title copied
@@ -86,11 +86,11 @@ The movie header alone, without the payload that its chunks point to.
 """
 
 CLEAR = """
-Chapters and how a film is played are structure, which stays.
+Chapters and how a video is played are structure, which stays.
   video/atldotnet__0.mp4 clear exiftool
   video/media__sample_sef_slow_motion.mp4 clear exiftool
   video/metadata-extractor-images__with-gps.mp4 clear exiftool
-The number of the system that recorded the film stands in the sample description of a timed track, too, which stays.
+The number of the system that recorded the video stands in the sample description of a timed track, too, which stays.
   video/media__dolbyVision-hdr.MOV clear texts
 The movie header alone, without the payload that its chunks point to.
   video/go-mp4__sample_qt.mp4 clear streams
@@ -102,7 +102,7 @@ The QuickTime metadata stands in the user data, where exiftool does not look; sa
 """
 
 AUDIO = """
-Cut to its first kilobytes, or made without sound: no program here decodes a sample of it.
+Cut to its first kilobytes, or made without audio: no program here decodes a sample of it.
   audio/Audio-Scan__wma-live.wma save failed
   audio/exifast__FLAC_id3v24_footer.flac clear failed
   audio/exifast__RIFF_cset_info.wav save failed
@@ -118,9 +118,9 @@ The payload that the movie header points to is cut off, or there is no header.
   audio/tinytag__alac_file.m4a save failed
 """
 
-# The video jobs: "file job what". Films of the corpus and made ones.
+# The video jobs: "file job what". Videos of the corpus and made ones.
 VIDEO_JOBS = """
-Another program writes these old codings into QuickTime, where players do not show them; here they are refused.
+Another program writes these old codecs into QuickTime, where players do not show them; here they are refused.
   made/odd.mkv slow+mov failed
   made/windows.wmv slow+mov failed
   video/Audio-Scan__wmv92.wmv mov failed
@@ -130,9 +130,9 @@ Another program writes these old codings into QuickTime, where players do not sh
   video/music-metadata__elephant.asf mov failed
 A name of 255 bytes has no room for what these jobs add.
   made/nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.mp4 audio+frames failed
-The reading ends after the first of its pictures.
+Reading ends after the first of its frames.
   video/exiftool__Flash.flv mute failed
-Pure colours side by side: their halved colours fall on other lines when the picture was turned first.
+Pure colours side by side: their halved colours fall on other lines when the frame was rotated first.
   made/rgb.mov rotate90+rotate270 ssim
 Hard edges of pure colours, whose halved colours are spread in another way.
   made/narrow.mov frames ssim

@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Small films of many kinds, made by ffmpeg, for what a folder of real files may not hold."""
+"""Small videos of many kinds, made by ffmpeg, for what a folder of real files may not hold."""
 import pathlib
 import struct
 import subprocess
 
-# A tone that rises, so that no stretch of the sound is like another.
+# A tone that rises, so that no part of the audio is like another.
 TONE = "aevalsrc=0.4*sin(2*PI*(200*t+90*t*t)):s={rate}:d={seconds}{layout}"
-FILM = "testsrc2=s={size}:r={rate}:d={seconds}"
+FRAMES = "testsrc2=s={size}:r={rate}:d={seconds}"
 X264 = "-c:v libx264 -preset ultrafast -crf 12 -pix_fmt yuv420p"
 AAC = "-c:a aac -b:a 128k -ac 2"
 
@@ -17,11 +17,11 @@ def ffmpeg(*arguments):
         raise RuntimeError(f"ffmpeg {arguments}: {done.stderr.decode(errors='replace')}")
 
 
-def film(path, options=f"{X264} {AAC}", size="192x128", rate=25, seconds=2, sound=44100, layout="", picture=True):
-    """`sound`: samples a second, 0 for none."""
-    inputs = ["-f", "lavfi", "-i", FILM.format(size=size, rate=rate, seconds=seconds)] if picture else []
-    if sound:
-        inputs += ["-f", "lavfi", "-i", TONE.format(rate=sound, seconds=seconds, layout=layout)]
+def make_video(path, options=f"{X264} {AAC}", size="192x128", rate=25, seconds=2, audio=44100, layout="", video=True):
+    """`audio`: samples a second, 0 for none."""
+    inputs = ["-f", "lavfi", "-i", FRAMES.format(size=size, rate=rate, seconds=seconds)] if video else []
+    if audio:
+        inputs += ["-f", "lavfi", "-i", TONE.format(rate=audio, seconds=seconds, layout=layout)]
     ffmpeg(*inputs, *options.split(), path)
 
 
@@ -46,7 +46,7 @@ def find(data, kinds, start=0, end=None):
 
 
 def set_matrix(path, a, b, c, d, x, y):
-    """The display matrix of the first track."""
+    """Sets the display matrix of the first track."""
     data = bytearray(path.read_bytes())
     at = next(find(data, (b"moov", b"trak", b"tkhd"))) + 40
     struct.pack_into(">9i", data, at, a << 16, b << 16, 0, c << 16, d << 16, 0, x << 16, y << 16, 1 << 30)
@@ -54,7 +54,7 @@ def set_matrix(path, a, b, c, d, x, y):
 
 
 def set_duration(path, seconds):
-    """In all headers; the samples stay as they are."""
+    """Sets the duration in all headers; the samples stay as they are."""
     data = bytearray(path.read_bytes())
     scale = struct.unpack_from(">I", data, next(find(data, (b"moov", b"mvhd"))) + 12)[0]
     struct.pack_into(">I", data, next(find(data, (b"moov", b"mvhd"))) + 16, seconds * scale)
@@ -69,7 +69,7 @@ def set_duration(path, seconds):
 
 
 def spoil(path, out):
-    """A stretch in the middle of the media data overwritten."""
+    """Overwrites a part in the middle of the media data."""
     data = bytearray(path.read_bytes())
     start = next(find(data, (b"mdat",)))
     end = next(last for kind, _, last in boxes(data, 0, len(data)) if kind == b"mdat")
@@ -86,7 +86,7 @@ def colours(matrix, primaries, transfer):
 TAGS = ("-metadata title=Harbour -metadata creation_time=2011-03-04T05:06:07Z -metadata location=+48.8577+002.295/ "
         "-metadata make=Acme -metadata model=Phone9 -movflags use_metadata_tags")
 ALIKE = [
-    # name, keywords of film()
+    # name, keywords of make_video()
     ("plain.mp4", {}),
     ("plain.mov", {}),
     ("plain.m4v", {}),
@@ -100,9 +100,9 @@ ALIKE = [
                      f"-x265-params log-level=error:colorprim=bt2020:transfer=arib-std-b67:colormatrix=bt2020nc {AAC}")),
     ("variable.mp4", dict(options=f"-vf select='not(mod(n\\,3))+between(n\\,20\\,35)' -vsync vfr {X264} -bf 2 {AAC}")),
     ("mono.mp4", dict(options=f"{X264} -c:a aac -ac 1")),
-    ("surround.mp4", dict(options=f"{X264} -c:a aac -b:a 384k", layout=":c=5.1", sound=48000)),
-    ("silent.mp4", dict(sound=0, options=X264)),
-    ("sound-only.mp4", dict(picture=False, options=AAC)),
+    ("surround.mp4", dict(options=f"{X264} -c:a aac -b:a 384k", layout=":c=5.1", audio=48000)),
+    ("silent.mp4", dict(audio=0, options=X264)),
+    ("audio-only.mp4", dict(video=False, options=AAC)),
     ("odd.mp4", dict(size="101x75", options=f"-c:v libx264 -crf 10 -pix_fmt yuv444p {AAC}")),
     ("odd.mkv", dict(size="101x75", options=f"-c:v ffv1 {AAC}")),
     ("odd420.mov", dict(size="101x75", options=f"-c:v mjpeg -q:v 2 -pix_fmt yuvj420p {AAC}")),
@@ -118,12 +118,12 @@ ALIKE = [
     ("interlaced.mp4", dict(rate=50, options=f"-vf interlace -c:v libx264 -flags +ildct+ilme -crf 12 -pix_fmt yuv420p {AAC}")),
     ("b-frames.mp4", dict(options=f"-c:v libx264 -bf 3 -g 30 -crf 12 -pix_fmt yuv420p {AAC}")),
     ("sixty.mov", dict(rate="60000/1001", options=f"{X264} {AAC}")),
-    ("film-rate.mp4", dict(rate="24000/1001", options=f"{X264} {AAC}")),
+    ("cinema-rate.mp4", dict(rate="24000/1001", options=f"{X264} {AAC}")),
     ("slow-rate.mp4", dict(rate="2", options=f"{X264} {AAC}", seconds=5)),
     ("cinema.mkv", {}),
     ("old.avi", dict(options="-c:v mpeg4 -q:v 2 -c:a libmp3lame")),
-    ("web.mkv", dict(options="-c:v libvpx -b:v 2M -deadline realtime -c:a libopus", sound=48000)),
-    ("web9.mkv", dict(options="-c:v libvpx-vp9 -b:v 2M -deadline realtime -c:a libvorbis", sound=48000)),
+    ("web.mkv", dict(options="-c:v libvpx -b:v 2M -deadline realtime -c:a libopus", audio=48000)),
+    ("web9.mkv", dict(options="-c:v libvpx-vp9 -b:v 2M -deadline realtime -c:a libvorbis", audio=48000)),
     ("broadcast.ts", dict(options=f"-output_ts_offset 95000 {X264} {AAC}")),
     ("program.mpg", dict(options="-c:v mpeg2video -q:v 2 -c:a mp2")),
     ("flash.flv", {}),
@@ -132,9 +132,9 @@ ALIKE = [
     ("tagged.mp4", dict(options=f"{X264} {AAC} {TAGS}")),
     ("tagged.mov", dict(options=f"{X264} {AAC} {TAGS}")),
     ("tagged.mkv", dict(options=f"{X264} {AAC} -metadata title=Harbour -metadata creation_time=2011-03-04T05:06:07Z")),
-    ("ac3.mp4", dict(options=f"{X264} -c:a ac3", sound=48000)),
+    ("ac3.mp4", dict(options=f"{X264} -c:a ac3", audio=48000)),
     ("mp3.mp4", dict(options=f"{X264} -c:a libmp3lame")),
-    ("opus.mp4", dict(options=f"{X264} -c:a libopus -strict -2", sound=48000)),
+    ("opus.mp4", dict(options=f"{X264} -c:a libopus -strict -2", audio=48000)),
     ("short.mp4", dict(seconds=0.04)),
     ("name with\nnewline.mp4", {}),
     (b"name \xe9\xff.mp4", {}),
@@ -144,7 +144,7 @@ ALIKE = [
 
 
 def make(folder):
-    """All of them: {name as bytes or text: path}."""
+    """Makes all of them; returns their paths."""
     folder = pathlib.Path(folder)
     paths = []
 
@@ -154,10 +154,10 @@ def make(folder):
 
     for name, keywords in ALIKE:
         if "%" in str(name):
-            film(folder / "plain-name.mp4", **keywords)
+            make_video(folder / "plain-name.mp4", **keywords)
             (folder / "plain-name.mp4").rename(new(name))
         else:
-            film(new(name), **keywords)
+            make_video(new(name), **keywords)
     plain = folder / "plain.mp4"
     for name, matrix in (("portrait.mp4", (0, 1, -1, 0, 128, 0)), ("upside-down.mov", (-1, 0, 0, -1, 192, 128)),
                          ("portrait270.mp4", (0, -1, 1, 0, 0, 192)), ("mirrored.mp4", (-1, 0, 0, 1, 192, 0)),
@@ -166,17 +166,17 @@ def make(folder):
     set_duration(copy(plain, new("zero-duration.mp4")), 0)
     set_duration(copy(plain, new("million-seconds.mp4")), 1_000_000)
     spoil(folder / "b-frames.mp4", new("spoiled.mp4"))
-    film(folder / "first.mp4", options=f"{X264} {AAC} -movflags faststart")
+    make_video(folder / "first.mp4", options=f"{X264} {AAC} -movflags faststart")
     whole = (folder / "first.mp4").read_bytes()
     (folder / "first.mp4").unlink()
     new("truncated.mp4").write_bytes(whole[:len(whole) * 6 // 10])
     new("no-index.mp4").write_bytes(plain.read_bytes()[:5000])
-    new("text.mp4").write_text("This is no film.\n" * 40)
+    new("text.mp4").write_text("This is no video.\n" * 40)
     new("empty.mp4").write_bytes(b"")
     ffmpeg("-ss", "0.52", "-i", folder / "b-frames.mp4", "-c", "copy", new("edit-list.mp4"))
-    ffmpeg("-i", plain, "-itsoffset", "0.7", "-i", plain, "-map", "0:v", "-map", "1:a", "-c", "copy", new("late-sound.mp4"))
-    ffmpeg("-i", plain, "-itsoffset", "0.7", "-i", plain, "-map", "1:v", "-map", "0:a", "-c", "copy", new("late-film.mov"))
-    ffmpeg("-i", plain, "-i", plain, "-map", "0", "-map", "1:a", "-c", "copy", new("two-sounds.mp4"))
+    ffmpeg("-i", plain, "-itsoffset", "0.7", "-i", plain, "-map", "0:v", "-map", "1:a", "-c", "copy", new("late-audio.mp4"))
+    ffmpeg("-i", plain, "-itsoffset", "0.7", "-i", plain, "-map", "1:v", "-map", "0:a", "-c", "copy", new("late-video.mov"))
+    ffmpeg("-i", plain, "-i", plain, "-map", "0", "-map", "1:a", "-c", "copy", new("two-audio-tracks.mp4"))
     subtitle = folder / "text.srt"
     subtitle.write_text("1\n00:00:00,500 --> 00:00:01,500\nHello\n")
     chapters = folder / "chapters.txt"

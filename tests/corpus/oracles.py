@@ -76,10 +76,10 @@ def ffprobe(path):
     container = found.get("format", {})
     if float(container.get("duration", 0)) > 0:
         facts["durationSeconds"] = float(container["duration"])
-    pictures = [stream for stream in found.get("streams", []) if stream.get("codec_type") == "video"
+    videos = [stream for stream in found.get("streams", []) if stream.get("codec_type") == "video"
                 and not stream.get("disposition", {}).get("attached_pic")]
-    if pictures and pictures[0].get("width"):
-        facts.update(width=pictures[0]["width"], height=pictures[0]["height"])
+    if videos and videos[0].get("width"):
+        facts.update(width=videos[0]["width"], height=videos[0]["height"])
     if corpus.extension(path) not in corpus.ISOBMFF:
         # Of ISO files ffprobe folds all key spaces into one; that is no reading of the same item.
         tags = dict(container.get("tags", {}))

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""usage: video_jobs_test.py CLI [NAME-PART]. All video jobs over the films of CLIPHEAVE_CORPUS and over made ones, held
+"""usage: video_jobs_test.py CLI [NAME-PART]. All video jobs over the videos of CLIPHEAVE_CORPUS and over made ones, held
 against what ffprobe, ffmpeg and exiftool see."""
 import collections
 import concurrent.futures
@@ -17,13 +17,13 @@ import video_checks
 import video_places
 import video_oracles as oracles
 
-LIMIT_SECONDS = 600       # for a run that hangs; with other work on the machine a sound one may take minutes
-AT_ONCE = 12              # films of one run
-MOST_WORK = 40e6          # pixels times pictures of a film that all jobs try
+LIMIT_SECONDS = 600       # for a run that hangs; on a busy machine a good one may take minutes
+AT_ONCE = 12              # videos of one run
+MOST_WORK = 40e6          # pixels times frames of a video that all jobs try
 MOST_MEMORY = 900 * corpus.MIB
 TYPED = {"MP4", "MPEG", "M4V", "MOV"}
 NEED_A_TYPE = {"rotate90", "rotate180", "rotate270", "high", "medium", "low"}
-FILM_JOBS = {"rotate90", "rotate180", "rotate270", "speed", "slow", "gif", "frames", "mute"}
+FRAME_JOBS = {"rotate90", "rotate180", "rotate270", "speed", "slow", "gif", "frames", "mute"}
 COPYING = {"slow", "mov", "mp4", "m4v"}
 JOBS = {
     "rotate90": ["rotate", "--by", "90"], "rotate180": ["rotate", "--by", "180"], "rotate270": ["rotate", "--by", "270"],
@@ -32,10 +32,10 @@ JOBS = {
     "mov": ["convert", "--to", "mov"], "mp4": ["convert", "--to", "mp4"], "m4v": ["convert", "--to", "m4v"],
     "gif": ["gif"], "audio": ["audio"], "frames": ["frames", "--every", "1 pic per second"], "mute": ["mute"],
 }
-# What is tried with films that are much work, and with damaged ones.
+# What is tried with large videos, and with damaged ones.
 LIGHT_JOBS = {"slow", "mov", "audio"}
 BROKEN_JOBS = {"rotate90", "mov", "gif", "audio", "mute"}
-# The further variants of a job differ in little from the first: not for every film.
+# The further variants of a job differ little from the first: not for every video.
 OF_FEW = {"rotate180": 4, "rotate270": 4, "medium": 3, "low": 4, "mp4": 3, "m4v": 8}
 
 
@@ -45,21 +45,21 @@ class Source:
         self.kind = corpus.extension(path)
         self.digest = corpus.digest(path)
         self.probe = oracles.Probe(path)
-        film = self.probe.film
-        pictures, damaged = oracles.decoded(path)
-        self.decodes = film is not None and film.get("width", 0) > 0 and pictures > 0
+        video = self.probe.video
+        frames, damaged = oracles.decoded(path)
+        self.decodes = video is not None and video.get("width", 0) > 0 and frames > 0
         self.damaged = damaged or "broken" in key
-        self.samples = oracles.samples_of(path) if self.probe.sounds and not self.damaged else []
+        self.samples = oracles.samples_of(path) if self.probe.audio_count and not self.damaged else []
 
     def work(self):
-        film = self.probe.film or {}
-        return film.get("width", 0) * film.get("height", 0) * len(self.probe.times)
+        video = self.probe.video or {}
+        return video.get("width", 0) * video.get("height", 0) * len(self.probe.times)
 
     def takes(self, job):
         return ("broken" not in self.key or job in BROKEN_JOBS) and (self.work() <= MOST_WORK or job in LIGHT_JOBS)
 
-    def sound_seconds(self):
-        return len(self.samples) / oracles.SOUND_RATE
+    def audio_seconds(self):
+        return len(self.samples) / oracles.AUDIO_RATE
 
 
 def run(cli, storage, job, *paths, prefix=()):
@@ -67,7 +67,7 @@ def run(cli, storage, job, *paths, prefix=()):
 
 
 def ffmpeg_copies(source, target_kind):
-    """Whether another program puts these streams into the container."""
+    """Whether another program can copy these streams into the container."""
     with tempfile.TemporaryDirectory() as folder:
         _, _, status = oracles.output_of("ffmpeg", "-v", "error", "-nostdin", "-i", oracles.file_url(source.path), "-map", "0:V?", "-map",
                                          "0:a?", "-c", "copy", "-strict", "-2", "-f", "ipod" if target_kind == "m4v" else target_kind,
@@ -76,10 +76,10 @@ def ffmpeg_copies(source, target_kind):
 
 
 def excuse(source, job, message):
-    """Whether the failure is one that must be."""
+    """Whether the failure is justified."""
     if not re.search(r"[a-z]{3}", message):
         return False
-    if source.damaged or job in FILM_JOBS and not source.decodes:
+    if source.damaged or job in FRAME_JOBS and not source.decodes:
         return True
     if "no decoder" in message and job not in ("mov", "mp4", "m4v"):
         return True
@@ -88,10 +88,10 @@ def excuse(source, job, message):
     if job in NEED_A_TYPE and source.kind not in TYPED:
         return "no file type" in message
     if job == "audio":
-        return source.probe.sounds == 0 and "no audio track" in message
+        return source.probe.audio_count == 0 and "no audio track" in message
     if "cannot hold" in message and job in COPYING:
         return not ffmpeg_copies(source, "mov" if job == "slow" else job)
-    return not source.decodes and source.probe.sounds == 0
+    return not source.decodes and source.probe.audio_count == 0
 
 
 class Trial:
@@ -111,11 +111,11 @@ class Trial:
         self.slowest = max(self.slowest, (round(done.seconds, 1), f"{job} {keys[0]}"))
         self.largest = max(self.largest, (done.peak_bytes >> 20, f"{job} {keys[0]}"))
         if done.peak_bytes > MOST_MEMORY:
-            self.note(keys[0], job, "memory", f"{done.peak_bytes >> 20} MiB with {len(keys)} films")
+            self.note(keys[0], job, "memory", f"{done.peak_bytes >> 20} MiB with {len(keys)} videos")
         return not done.timed_out and done.status in (0, 1)
 
     def several(self, sources, job, storage):
-        """(source, outcome) of films in one run; one by one where that run ends badly."""
+        """(source, outcome) of videos in one run; one by one where that run ends badly."""
         storage.mkdir(parents=True)
         done = run(self.cli, storage, JOBS[job], *[source.path for source in sources])
         if not self.watch(done, [source.key for source in sources], job):
@@ -148,11 +148,11 @@ class Trial:
         outputs = [pathlib.Path(path) for path in outcome["outputs"]]
         try:
             check = video_checks.Check(source, outputs, job)
-            if source.damaged or not source.decodes and job in FILM_JOBS:
+            if source.damaged or not source.decodes and job in FRAME_JOBS:
                 # Where decoders disagree, the output is at least one.
-                check.expect("opens", job == "frames" or check.out.films + check.out.sounds > 0
-                             or source.probe.films + source.probe.sounds == 0, "no track in it")
-            elif source.probe.film is None and job in ("high", "medium", "low"):
+                check.expect("opens", job == "frames" or check.out.video_count + check.out.audio_count > 0
+                             or source.probe.video_count + source.probe.audio_count == 0, "no track in it")
+            elif source.probe.video is None and job in ("high", "medium", "low"):
                 check.streams(0, 1)
             else:
                 video_checks.CHECKS[job](check)
@@ -165,7 +165,7 @@ class Trial:
             self.note(source.key, job, "file-date", "the output's date is not the source's")
 
     def compare_facts(self, pairs, job, facts):
-        """What a film carries besides its streams."""
+        """What a video carries besides its streams."""
         if job in ("gif", "frames"):
             return
         seen = oracles.exif_facts([outcome["outputs"][0] for _, outcome in pairs])
@@ -176,7 +176,7 @@ class Trial:
                 self.note(source.key, job, "facts", f"{lost}")
 
 
-def films_of(root, files, folder, part):
+def sources_of(root, files, folder, part):
     paths = [(path, str(path.relative_to(root))) for path in files if corpus.extension(path) in corpus.VIDEO]
     if not part.startswith("video/"):
         paths += [(path, f"made/{path.name}") for path in made_videos.make(folder)]
@@ -185,7 +185,7 @@ def films_of(root, files, folder, part):
 
 
 def chunks(sources):
-    """Films that may be tried in one run: no two of a name."""
+    """Videos that may be tried in one run: no two of a name."""
     rest = list(sources)
     while rest:
         taken, names = [], set()
@@ -205,7 +205,7 @@ def main():
     with tempfile.TemporaryDirectory() as folder, concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         work = pathlib.Path(folder)
         (work / "made").mkdir()
-        sources = films_of(root, files, work / "made", part)
+        sources = sources_of(root, files, work / "made", part)
         facts = oracles.exif_facts([source.path for source in sources])
         for job in jobs:
             step = OF_FEW.get(job, 1)
@@ -223,7 +223,7 @@ def main():
     known = corpus.parse_differences(getattr(differences, "VIDEO_JOBS", ""))
     present = {source.key for source in sources} if not part else set()
     left_out = [source.key for source in sources if source.work() > MOST_WORK]
-    summary = f"{len(sources)} films; {dict(trial.counts)}; slowest run {trial.slowest}; most MiB {trial.largest}; only the light jobs: " \
+    summary = f"{len(sources)} videos; {dict(trial.counts)}; slowest run {trial.slowest}; most MiB {trial.largest}; only the light jobs: " \
               f"{left_out}; {len(known)} known differences"
     corpus.finish(corpus.judge(trial.found, known, present), summary)
 

@@ -1,14 +1,14 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What ffprobe, ffmpeg and exiftool see in films: streams, times of pictures, likeness of pictures and of sound."""
+"""What ffprobe, ffmpeg and exiftool see in videos: streams, times of frames, likeness of frames and of audio."""
 import array
 import json
 import re
 import subprocess
 import tempfile
 
-SOUND_RATE = 4000  # samples a second that are compared
-SECONDS = 2        # of pictures and sound that are compared
-WIDTH = 160        # at most, of the pictures that are compared
+AUDIO_RATE = 4000  # samples a second that are compared
+SECONDS = 2        # of frames and audio that are compared
+WIDTH = 160        # at most, of the frames that are compared
 QUIET = ("-nostdin", "-hide_banner", "-threads", "1", "-filter_threads", "1", "-filter_complex_threads", "1")
 
 
@@ -45,17 +45,17 @@ class Probe:
         self.format = found.get("format", {})
         self.chapters = [(round(float(c["start_time"]), 2), c.get("tags", {}).get("title")) for c in found.get("chapters", [])]
         self.streams = found.get("streams", [])
-        films = [s for s in self.streams if s.get("codec_type") == "video" and not s["disposition"]["attached_pic"]]
-        sounds = [s for s in self.streams if s.get("codec_type") == "audio"]
-        self.film, self.films = films[0] if films else None, len(films)
-        self.sound, self.sounds = sounds[0] if sounds else None, len(sounds)
+        videos = [s for s in self.streams if s.get("codec_type") == "video" and not s["disposition"]["attached_pic"]]
+        audios = [s for s in self.streams if s.get("codec_type") == "audio"]
+        self.video, self.video_count = videos[0] if videos else None, len(videos)
+        self.audio, self.audio_count = audios[0] if audios else None, len(audios)
         self.start = start if start is not None else max(0, number(self.format.get("start_time")) or 0)
         self.duration = number(self.format.get("duration")) or 0
-        self.times = self._times(found.get("packets", [])) if self.film else []
+        self.times = self._times(found.get("packets", [])) if self.video else []
 
     def _times(self, packets):
-        """(start, duration) of the pictures that are shown, from the start of the presentation."""
-        packets = [packet for packet in packets if packet.get("stream_index") == self.film["index"]]
+        """(start, duration) of the frames that are shown, from the start of the presentation."""
+        packets = [packet for packet in packets if packet.get("stream_index") == self.video["index"]]
         times = [(number(packet.get("pts_time")), number(packet.get("duration_time"))) for packet in packets
                  if "D" not in packet.get("flags", "")]
         if any(start is None for start, _ in times):  # only a decoder knows them
@@ -66,8 +66,8 @@ class Probe:
         return sorted((start - self.start, duration or 0) for start, duration in times if start is not None)
 
     def rotation(self):
-        """Degrees clockwise, and whether the picture is mirrored."""
-        for data in self.film.get("side_data_list", []):
+        """Degrees clockwise, and whether the frame is mirrored."""
+        for data in self.video.get("side_data_list", []):
             if "displaymatrix" in data:
                 rows = [list(map(int, line.split(":")[1].split())) for line in data["displaymatrix"].strip().splitlines()]
                 (a, b), (c, d) = rows[0][:2], rows[1][:2]
@@ -75,22 +75,22 @@ class Probe:
         return 0, False
 
     def upright(self):
-        """The filter that draws the pictures as they are shown."""
-        for data in self.film.get("side_data_list", []):
+        """The filter that draws the frames as they are shown."""
+        for data in self.video.get("side_data_list", []):
             if "displaymatrix" in data:
                 signs = [(int(n) > 0) - (int(n) < 0) for row in data["displaymatrix"].strip().splitlines()[:2]
                          for n in row.split(":")[1].split()[:2]]
                 return UPRIGHT.get(tuple(signs), "null")
         return "null"
 
-    def aspect(self):
-        """Of a sample."""
-        wide, high = map(int, self.film.get("sample_aspect_ratio", "1:1").split(":"))
+    def sample_aspect(self):
+        """Width to height of a sample."""
+        wide, high = map(int, self.video.get("sample_aspect_ratio", "1:1").split(":"))
         return wide / high if wide > 0 and high > 0 else 1.0
 
     def shown_ratio(self):
         """Width to height as shown."""
-        ratio = self.film["width"] * self.aspect() / self.film["height"]
+        ratio = self.video["width"] * self.sample_aspect() / self.video["height"]
         return 1 / ratio if self.rotation()[0] % 180 else ratio
 
     def shown_end(self):
@@ -102,30 +102,30 @@ class Probe:
 
 
 class Comparison:
-    """The pictures of two films at the same times, drawn small, as SSIM; and the sound of the first, as samples from the start
-    of the presentation. One run of ffmpeg."""
+    """The likeness of the frames of two videos at the same times, drawn small, as SSIM; and the audio of the first, as
+    samples from the start of the presentation. One run of ffmpeg."""
 
-    def __init__(self, one, other, size, filter_one="null", filter_other="null", seconds=SECONDS, input_one=(), rgb=False, sound=False,
-                 picture=True, pad=True):
+    def __init__(self, one, other, size, filter_one="null", filter_other="null", seconds=SECONDS, input_one=(), rgb=False, audio=False,
+                 video=True, pad=True):
         wide = min(WIDTH, size[0])
         # Through the same conversion of colours from RGB on, where one of them is that.
         small = f"{'format=gbrp,' if rgb else ''}scale={wide}:{max(2, round(size[1] * wide / size[0]))}:flags=area+accurate_rnd+full_chroma_int," \
                 "format=yuv420p,setsar=1"
         command = ["ffmpeg", *QUIET, "-v", "info", *input_one, "-noautorotate", "-t", seconds, "-i", file_url(one)]
-        if picture:
+        if video:
             command += ["-noautorotate", "-t", seconds, "-i", file_url(other), "-filter_complex",
                         f"[0:V:0]setpts=PTS+0.008/TB,{filter_one},{small}[a];[1:V:0]{filter_other},{small}{',tpad=stop_mode=clone:stop=1' if pad else ''}[b];"
                         f"[a][b]ssim=shortest=1", "-f", "null", "-"]
         with tempfile.NamedTemporaryFile() as samples:
-            if sound:
-                command += ["-map", "0:a:0", *SOUND, "-y", samples.name]
+            if audio:
+                command += ["-map", "0:a:0", *AUDIO_OUTPUT, "-y", samples.name]
             _, self.errors, _ = output_of(*command)
             self.samples = as_samples(samples.read())
         found = re.findall(r"SSIM.* All:([\d.]+)", self.errors)
         self.likeness = float(found[-1]) if found else None
 
 
-SOUND = ("-af", f"aresample={SOUND_RATE}:async=1:first_pts=0:min_hard_comp=0.02,aformat=channel_layouts=mono", "-f", "s16le")
+AUDIO_OUTPUT = ("-af", f"aresample={AUDIO_RATE}:async=1:first_pts=0:min_hard_comp=0.02,aformat=channel_layouts=mono", "-f", "s16le")
 
 
 def as_samples(data):
@@ -135,22 +135,22 @@ def as_samples(data):
 def samples_of(path, seconds=SECONDS, own_start=True):
     """`own_start`: from the file's first packet, else from zero."""
     copied = () if own_start else ("-copyts",)
-    return as_samples(output_of("ffmpeg", *QUIET, "-v", "error", *copied, "-t", seconds, "-i", file_url(path), "-map", "0:a:0", *SOUND, "-")[0])
+    return as_samples(output_of("ffmpeg", *QUIET, "-v", "error", *copied, "-t", seconds, "-i", file_url(path), "-map", "0:a:0", *AUDIO_OUTPUT, "-")[0])
 
 
 def decoded(path, seconds=SECONDS):
-    """How many pictures of the first film a decoder gives, and what it complains about in the whole beginning."""
+    """How many frames of the first video a decoder gives in this time, and whether it complains about any stream."""
     _, errors, _ = output_of("ffmpeg", *QUIET, "-v", "info", "-t", seconds, "-i", file_url(path), "-map", "0:V:0?", "-map", "0:a:0?", "-vsync",
                              "passthrough", "-f", "null", "-")
-    pictures = re.findall(r"frame= *(\d+)", errors)
-    return int(pictures[-1]) if pictures else 0, re.search("(?i)invalid|error|corrupt|truncat|partial file|missing", errors) is not None
+    frames = re.findall(r"frame= *(\d+)", errors)
+    return int(frames[-1]) if frames else 0, re.search("(?i)invalid|error|corrupt|truncat|partial file|missing", errors) is not None
 
 
 def correlation(a, b):
-    """The best one within 10 ms, -1 to 1; None where there is no sound to speak of."""
-    best, reach = None, SOUND_RATE // 100
+    """The best one within 10 ms, -1 to 1; None where the audio is nearly silent."""
+    best, reach = None, AUDIO_RATE // 100
     n = min(len(a), len(b)) - reach
-    if n < SOUND_RATE // 20:
+    if n < AUDIO_RATE // 20:
         return None
     for x_start, y_start in [(0, lag) for lag in range(0, reach + 1, 4)] + [(lag, 0) for lag in range(4, reach + 1, 4)]:
         x, y = a[x_start:x_start + n], b[y_start:y_start + n]
@@ -169,7 +169,7 @@ EXIF_FACTS = {"title": ("ItemList:Title", "Keys:Title", "UserData:Title", "Keys:
 
 
 def exif_facts(paths):
-    """What a re-encoding carries over: {path: facts}."""
+    """What a transcode carries over: {path: facts}."""
     paths = [path for path in paths if "\n" not in str(path)]  # which separates them here
     if not paths:
         return {}

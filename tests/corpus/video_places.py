@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The video jobs over several films that belong together, and where folders are full, closed or gone: generators of
+"""The video jobs over several videos that belong together, and where folders are full, closed or gone: generators of
 (case, what is wrong)."""
 import os
 import pathlib
@@ -31,14 +31,14 @@ def names_in(folder):
 
 
 def merges(cli, made, work):
-    """The third of three clips goes in where the longest before it ended, in the middle of the second."""
+    """The third of three clips is inserted where the longest before it ended, in the middle of the second."""
     clips = []
     for name, seconds, colour in (("one.mp4", 1, 0), ("two.mp4", 2, 120), ("three.mp4", 0.52, 240)):
-        made_videos.film(work / name, options=f"-vf hue=h={colour} {made_videos.X264} {made_videos.AAC}", seconds=seconds)
+        made_videos.make_video(work / name, options=f"-vf hue=h={colour} {made_videos.X264} {made_videos.AAC}", seconds=seconds)
         clips.append(work / name)
-    piece = lambda kind, number, start, end: f"[{number}:{kind}]{'a' * (kind == 'a')}trim={start}:{end},{'a' * (kind == 'a')}setpts=PTS-STARTPTS"
-    pieces = [(0, 0, 1), (1, 0, 1), (2, 0, 0.52), (1, 1, 2)]
-    graph = ";".join(f"{piece(kind, *where)}[{kind}{i}]" for kind in "va" for i, where in enumerate(pieces))
+    segment = lambda kind, number, start, end: f"[{number}:{kind}]{'a' * (kind == 'a')}trim={start}:{end},{'a' * (kind == 'a')}setpts=PTS-STARTPTS"
+    segments = [(0, 0, 1), (1, 0, 1), (2, 0, 0.52), (1, 1, 2)]
+    graph = ";".join(f"{segment(kind, *where)}[{kind}{i}]" for kind in "va" for i, where in enumerate(segments))
     graph += ";" + "".join(f"[v{i}][a{i}]" for i in range(4)) + "concat=n=4:v=1:a=1[v][a]"
     reference = work / "reference.mkv"
     made_videos.ffmpeg(*[part for clip in clips for part in ("-i", clip)], "-filter_complex", graph, "-map", "[v]", "-map", "[a]",
@@ -49,34 +49,34 @@ def merges(cli, made, work):
         yield "merge", f"{names_in(storage)} and {done.errors[-300:]}"
         return
     target = storage / "MergeVideo.mp4"
-    compared = oracles.Comparison(target, reference, (192, 128), seconds=5, sound=True)
+    compared = oracles.Comparison(target, reference, (192, 128), seconds=5, audio=True)
     if compared.likeness is None or compared.likeness < 0.98:
-        yield "merge pictures", f"{compared.likeness}"
-    # At the joints a tenth of a second may differ, a piece elsewhere would not.
-    sound = oracles.correlation(compared.samples, oracles.samples_of(reference, 5))
-    if sound is None or sound < 0.9:
-        yield "merge sound", f"{sound}"
+        yield "merge frames", f"{compared.likeness}"
+    # At the joints a tenth of a second may differ, a segment elsewhere would not.
+    audio = oracles.correlation(compared.samples, oracles.samples_of(reference, 5))
+    if audio is None or audio < 0.9:
+        yield "merge audio", f"{audio}"
     end = oracles.Probe(target).shown_end()
     if abs(end - 3.52) > 0.045:
         yield "merge duration", f"{end} instead of 3.52"
     done = run(cli, storage, "merge", *clips)
     if names_in(storage) != ["MergeVideo.mp4", "three_MergeVideo.mp4"]:
         yield "merge name", f"{names_in(storage)}"
-    # Clips of other shapes are drawn upright into the first one's size.
+    # Clips of other sizes are drawn upright into the first one's size.
     mixed = work / "mixed"
     run(cli, mixed, "merge", made / "plain.mp4", made / "portrait.mp4")
     seen = oracles.Probe(mixed / "MergeVideo.mp4")
-    if seen.film is None or (seen.film["width"], seen.film["height"], seen.rotation()) != (192, 128, (0, False)):
-        yield "merge shapes", f"{names_in(mixed)}"
+    if seen.video is None or (seen.video["width"], seen.video["height"], seen.rotation()) != (192, 128, (0, False)):
+        yield "merge sizes", f"{names_in(mixed)}"
         return
     compared = oracles.Comparison(mixed / "MergeVideo.mp4", made / "portrait.mp4", (192, 128), filter_one="trim=start=2,setpts=PTS-STARTPTS",
                                   filter_other="transpose=clock,scale=-2:128,pad=192:128:(ow-iw)/2:0", seconds=5)
     if compared.likeness is None or compared.likeness < 0.95:
-        yield "merge shapes", f"the second film's likeness is {compared.likeness}"
+        yield "merge sizes", f"the second video's likeness is {compared.likeness}"
 
 
 def names(cli, made, work):
-    """Of two films with one name the second stays; the sound of a film takes away an older output of the film."""
+    """Of two videos with one name the second stays; extracted audio removes an older output of its video."""
     (work / "other").mkdir()
     other = made_videos.copy(made / "slow-rate.mp4", work / "other" / "plain.mp4")
     storage = work / "names"
@@ -85,7 +85,7 @@ def names(cli, made, work):
         yield "one name", f"{names_in(storage)}"
     run(cli, storage, "audio", made / "plain.mp4")
     if names_in(storage) != ["plain.mp4.m4a"]:
-        yield "older film", f"{names_in(storage)}"
+        yield "older video", f"{names_in(storage)}"
     done = run(cli, made, "mute", made / "plain.mp4")
     if [pathlib.Path(path).name for path in outcomes(done)[0]["outputs"]] != ["plain 2.mp4"]:
         yield "own source", f"{outcomes(done)}"
@@ -109,20 +109,20 @@ EVERY_JOB = [["rotate", "--by", "180"], ["speed", "--factor", "1X"], ["slow", "-
              ["convert", "--to", "mov"], ["gif"], ["audio"], ["frames", "--every", "1 pic per second"], ["mute"], ["merge"]]
 
 
-def failing(cli, storage, films, reason, allowed=()):
-    """Every job fails with `reason`, leaves nothing behind, and goes on with the next film."""
+def failing(cli, storage, videos, reason, allowed=()):
+    """Every job fails with `reason`, leaves nothing behind, and goes on with the next video."""
     for job in EVERY_JOB:
-        done = run(cli, storage, *job, *films)
+        done = run(cli, storage, *job, *videos)
         what = f"{job[0]}, {reason}"
         items = outcomes(done)
-        if done.timed_out or done.status != 1 or items and len(items) != len(films):
+        if done.timed_out or done.status != 1 or items and len(items) != len(videos):
             yield what, f"status {done.status}, {done.errors[-300:]}"
         elif any(item["status"] != "failed" or reason not in item["message"] for item in items):
             yield what, f"{[(item['status'], item['message'][-200:]) for item in items]}"
         elif not items and reason not in done.errors:
             yield what, done.errors[-300:]
         left = [name for name in names_in(storage) if name not in allowed]
-        if left and job[0] != "frames":  # pictures that were complete before stay
+        if left and job[0] != "frames":  # frames that were complete before stay
             yield what, f"left {left}"
         for name in left:
             (storage / name).unlink()
@@ -160,9 +160,9 @@ def closed(cli, made, work):
 
 
 def interrupted(cli, made, work):
-    """A folder that goes away, and Ctrl+C, while a film is encoded."""
+    """A folder that goes away, and Ctrl+C, while a video is encoded."""
     long = work / "long.mp4"
-    made_videos.film(long, size="640x360", seconds=20)
+    made_videos.make_video(long, size="640x360", seconds=20)
     for name, disturb in (("gone", None), ("stopped", signal.SIGINT)):
         storage = work / name
         process = subprocess.Popen([cli, "--config", work / "none.conf", "--quiet", "--json", "--storage", storage, "video", "compress",
