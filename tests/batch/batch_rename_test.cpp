@@ -156,7 +156,7 @@ TEST_F(BatchRename, ANameThatIsTakenMeanwhileIsEvadedOnce) {
     EXPECT_EQ(inodesIn(media()), before);
 }
 
-TEST_F(BatchRename, AFileThatIsSavedAnewMeanwhileCanBeTakenBack) {
+TEST_F(BatchRename, AFileThatIsSavedAgainMeanwhileCanBeTakenBack) {
     write(u"a"_s);
     write(u"b"_s);
     std::size_t index = 0;
@@ -261,7 +261,7 @@ TEST_F(BatchRename, AReadOnlyFolderKeepsItsNames) {
 class KilledRename : public BatchRename {
 protected:
     /// Runs `work` in a child and kills it; true when that was before its end. The delay begins
-    /// with the first file of which `work` tells, or at once.
+    /// with the first file that `work` reports, or at once.
     enum class From { FirstFile, Start };
     static bool killAfter(std::chrono::microseconds delay, From from,
                           const std::function<void(const Taker&)>& work) {
@@ -298,6 +298,11 @@ protected:
         work();
         return static_cast<double>(timer.nsecsElapsed()) / 1000;
     }
+    static void undoAll() {
+        while (const auto undone = takenBack())
+            for (const WriteOutcome& outcome : *undone)
+                ASSERT_TRUE(isMoved(outcome)) << outcome.text();
+    }
     std::vector<RenameMove> planOf(int count) {
         std::vector<RenameMove> plan;
         for (int i = 0; i < count; ++i) {
@@ -316,13 +321,11 @@ protected:
 TEST_F(KilledRename, TenThousandFilesComeBack) {
     const auto plan = planOf(10'000);
     const Inodes before = inodesIn(media());
-    double renaming = 0;
-    double undoing = 0;
-    renaming = microseconds([&] { EXPECT_TRUE(renamed(plan)); });
+    const double renaming = microseconds([&] { EXPECT_TRUE(renamed(plan)); });
     EXPECT_EQ(inodesIn(media()).count("n9999"), 1u);
     EXPECT_EQ(inodesIn(media()).count("9999"), 0u);
     EXPECT_EQ(sortedInodes(inodesIn(media())), sortedInodes(before));
-    undoing = microseconds([] { EXPECT_EQ(takenBack().value().size(), 10'000u); });
+    const double undoing = microseconds([] { EXPECT_EQ(takenBack().value().size(), 10'000u); });
     EXPECT_EQ(inodesIn(media()), before);
     int killedMidway = 0;
     for (int round = 0; round < 6; ++round) {
@@ -334,9 +337,7 @@ TEST_F(KilledRename, TenThousandFilesComeBack) {
             killAfter(anyMoment(undoing / 3), undoFrom,
                       [](const auto& progress) { (void)takenBack(progress); });
         ASSERT_EQ(sortedInodes(inodesIn(media())), sortedInodes(before));
-        while (const auto undone = takenBack())
-            for (const WriteOutcome& outcome : *undone)
-                ASSERT_TRUE(isMoved(outcome)) << outcome.text();
+        undoAll();
         ASSERT_EQ(inodesIn(media()), before) << "round " << round;
     }
     EXPECT_GT(killedMidway, 0);
@@ -360,14 +361,20 @@ protected:
         return move;
     }
 
+    /// A file "a" that was changed nine days after it was created.
+    QString writeDated(const QByteArray& bytes) {
+        const QString file = write(u"a"_s, bytes);
+        EXPECT_TRUE(m_manager.setAttributes(file, m_created, m_created.addDays(9)));
+        return file;
+    }
+
+    const NSFileManager& m_manager = NSFileManager::defaultManager();
+    const QDateTime m_created{QDate(2011, 2, 3), QTime(4, 5, 6), platform::kUtc};
     QTemporaryDir m_far{u"/dev/shm/rename-XXXXXX"_s};
 };
 
 TEST_F(RenameAcross, BytesDatesAndLinksTravel) {
-    const QString file = write(u"a"_s, QByteArray(300'000, 'v'));
-    const QDateTime created(QDate(2011, 2, 3), QTime(4, 5, 6), platform::kUtc);
-    const auto& manager = NSFileManager::defaultManager();
-    ASSERT_TRUE(manager.setAttributes(file, created, created.addDays(9)));
+    const QString file = writeDated(QByteArray(300'000, 'v'));
     ASSERT_EQ(::symlink("a", at(u"link"_s).toUtf8().constData()), 0);
     write(u"folder/x"_s);
     write(u"b"_s);
@@ -378,12 +385,12 @@ TEST_F(RenameAcross, BytesDatesAndLinksTravel) {
                 ElementsAre("+", "+", "-neither file nor link", "-name exists"));
     EXPECT_EQ(inodesIn(media()).size(), 2u);
     EXPECT_EQ(TempDir::read(far(u"a"_s)), QByteArray(300'000, 'v'));
-    const auto attributes = manager.attributesOfItemAtPath(far(u"a"_s)).value();
-    EXPECT_EQ(attributes.NSFileModificationDate, created.addDays(9));
-    EXPECT_EQ(attributes.NSFileCreationDate, created);
+    const auto attributes = m_manager.attributesOfItemAtPath(far(u"a"_s)).value();
+    EXPECT_EQ(attributes.NSFileModificationDate, m_created.addDays(9));
+    EXPECT_EQ(attributes.NSFileCreationDate, m_created);
     EXPECT_EQ(QFile::symLinkTarget(far(u"link"_s)), far(u"a"_s));
     EXPECT_THAT(messagesOf(takenBack().value()), ElementsAre("+", "+"));
-    EXPECT_EQ(manager.attributesOfItemAtPath(file).value().NSFileCreationDate, created);
+    EXPECT_EQ(m_manager.attributesOfItemAtPath(file).value().NSFileCreationDate, m_created);
     EXPECT_EQ(inodesIn(media()).size(), 4u);
     EXPECT_EQ(inodesIn(m_far.path()).size(), 1u);
 }
@@ -391,19 +398,16 @@ TEST_F(RenameAcross, BytesDatesAndLinksTravel) {
 TEST_F(RenameAcross, DatesCrossWhenTheOriginalStays) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "needs to become another user";
-    const QString file = write(u"a"_s, "bytes");
-    const QDateTime created(QDate(2011, 2, 3), QTime(4, 5, 6), platform::kUtc);
-    const auto& manager = NSFileManager::defaultManager();
-    ASSERT_TRUE(manager.setAttributes(file, created, created.addDays(9)));
+    const QString file = writeDated("bytes");
     ASSERT_EQ(::chmod(m_dir.path().toUtf8().constData(), 0777), 0);
     ASSERT_EQ(::seteuid(kNobody), 0);
     const auto outcomes = renamed({moveFar(u"a"_s)});
     ASSERT_EQ(::seteuid(0), 0);
     ASSERT_TRUE(outcomes);
     EXPECT_THAT(messagesOf(*outcomes), ElementsAre("+original stays: Permission denied"));
-    const auto attributes = manager.attributesOfItemAtPath(far(u"a"_s)).value();
-    EXPECT_EQ(attributes.NSFileModificationDate, created);
-    EXPECT_EQ(attributes.NSFileCreationDate, created.addDays(9));
+    const auto attributes = m_manager.attributesOfItemAtPath(far(u"a"_s)).value();
+    EXPECT_EQ(attributes.NSFileModificationDate, m_created);
+    EXPECT_EQ(attributes.NSFileCreationDate, m_created.addDays(9));
     EXPECT_THAT(messagesOf(takenBack().value()), ElementsAre("+"));
     EXPECT_TRUE(inodesIn(m_far.path()).empty());
     EXPECT_EQ(TempDir::read(file), "bytes");
@@ -429,9 +433,7 @@ TEST_F(RenameAcross, AKilledCopyLosesNothing) {
                   [&](const auto& progress) { (void)renamed(plan, progress); });
         killAfter(anyMoment(undoing), From::Start,
                   [](const auto& progress) { (void)takenBack(progress); });
-        while (const auto undone = takenBack())
-            for (const WriteOutcome& outcome : *undone)
-                ASSERT_TRUE(isMoved(outcome)) << outcome.text();
+        undoAll();
         ASSERT_EQ(namesNow(), before);
         ASSERT_TRUE(inodesIn(m_far.path()).empty());
         for (int i = 0; i < 60; ++i)

@@ -41,6 +41,10 @@ protected:
         m_fetched = reader->bytesFetched();
         return facts;
     }
+    [[nodiscard]] Result<Notes> remuxed(const QString& source, const QString& target,
+                                        RemuxTarget kind) {
+        return m_engine->remux(source, target, kind, UnheldStreams::Refuse, {});
+    }
     [[nodiscard]] static QString text(const MediaFacts& facts, const char* identifier) {
         for (const AVMetadataItem& item : facts.metadata)
             if (item.identifier == QLatin1String(identifier))
@@ -83,7 +87,7 @@ TEST_F(Engine, ProbesVideosAsFfprobeDoes) {
             << name;
         EXPECT_NEAR(facts->durationSeconds, ffprobe(path, "format=duration").toDouble(), 0.15)
             << name;
-        // Where the headers tell no frame rate none is looked for.
+        // Where the headers have no frame rate none is measured.
         const double rate = audioFile ? 0 : facts->tracks.front().nominalFrameRate;
         EXPECT_TRUE(rate == 0 || std::abs(rate - 25) < 0.1) << name << ' ' << rate;
     }
@@ -100,7 +104,7 @@ TEST_F(Engine, ReadsHeadersOnly) {
     EXPECT_LE(m_fetched, 256u << 10) << "no packet need be read";
 }
 
-TEST_F(Engine, MapsTagsAndFrames) {
+TEST_F(Engine, MapsTagsAndCovers) {
     const QString cover = m_dir.path("cover.png");
     testkit::ffmpeg("-f lavfi -i testsrc=d=1:s=32x32:r=1 -frames:v 1", {cover});
     const QString path =
@@ -114,12 +118,12 @@ TEST_F(Engine, MapsTagsAndFrames) {
     EXPECT_EQ(text(*facts, "id3/TIT2"), u"Sommer in Köln");
     EXPECT_EQ(text(*facts, "id3/TPE1"), u"Müller");
     EXPECT_EQ(facts->contentCreationDate, QDateTime(QDate(2019, 5, 4), QTime(10, 11, 12), kUtc));
-    const auto frame =
+    const auto attached =
         std::find_if(facts->metadata.begin(), facts->metadata.end(),
                      [](const auto& item) { return item.identifier == "id3/APIC"_L1; });
-    ASSERT_NE(frame, facts->metadata.end());
-    EXPECT_EQ(frame->dataValue(), testkit::TempDir::read(cover));
-    EXPECT_EQ(facts->pixelSize, QSize(176, 144)) << "the cover is no film";
+    ASSERT_NE(attached, facts->metadata.end());
+    EXPECT_EQ(attached->dataValue(), testkit::TempDir::read(cover));
+    EXPECT_EQ(facts->pixelSize, QSize(176, 144)) << "the cover is not the video";
 }
 
 TEST_F(Engine, FollowsNoReferences) {
@@ -162,20 +166,19 @@ TEST_F(Engine, RemuxKeepsEveryPacket) {
     }
 }
 
-TEST_F(Engine, RemuxTakesTheShapeThatTheContainerTells) {
+TEST_F(Engine, RemuxTakesTheAspectRatioOfTheContainer) {
     const QString square = make(u"q.mkv"_s, "-an -c:v mpeg4 -vf setsar=1");
     const QString target = m_dir.path("out.mov");
     for (const char* name : {"wide.mkv", "wide.avi"}) {
         const QString source =
             make(QString::fromLatin1(name), "-i % -map 2 -c copy -aspect 2:1", {square});
-        const auto done =
-            m_engine->remux(source, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {});
+        const auto done = remuxed(source, target, RemuxTarget::QuickTimeMovie);
         ASSERT_TRUE(done) << name << done.error().text();
         EXPECT_EQ(ffprobe(target, "stream=display_aspect_ratio"), "2:1\n") << name;
     }
 }
 
-TEST_F(Engine, RemuxGoesOnPastDamageAndPastTimesThatBeginAnew) {
+TEST_F(Engine, RemuxGoesOnPastDamageAndPastTimestampsThatStartAgain) {
     const QString source = make(u"p.ts"_s, "-c:v libx264 -g 5 -c:a aac -b:a 256k");
     const QByteArray whole = testkit::TempDir::read(source);
     QByteArray hurt = whole;
@@ -185,11 +188,10 @@ TEST_F(Engine, RemuxGoesOnPastDamageAndPastTimesThatBeginAnew) {
     const QString target = m_dir.path("out.mov");
     for (const QByteArray& bytes : {hurt, whole + whole}) {
         const QString path = m_dir.write("x.ts", bytes);
-        const auto done =
-            m_engine->remux(path, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {});
+        const auto done = remuxed(path, target, RemuxTarget::QuickTimeMovie);
         ASSERT_TRUE(done) << done.error().text();
         EXPECT_EQ(done->isEmpty(), bytes.size() != whole.size());
-        EXPECT_GT(ffprobe(target, "stream=nb_frames").split('\n').at(1).toInt(), 60) << "of sound";
+        EXPECT_GT(ffprobe(target, "stream=nb_frames").split('\n').at(1).toInt(), 60) << "of audio";
     }
 }
 
@@ -203,13 +205,13 @@ TEST_F(Engine, AudioBeforeTheStartMovesNeitherVideoNorChapters) {
         "-f ffmetadata -i % -map_chapters 2 -c:v mpeg4 -bf 0 -c:a libopus -ar 48000", {chapters});
     ASSERT_LT(ffprobe(source, "format=start_time").toDouble(), -0.005) << "the decoder's run-in";
     const QString target = m_dir.path("out.mp4");
-    ASSERT_TRUE(m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse, {}));
+    ASSERT_TRUE(remuxed(source, target, RemuxTarget::Mp4));
     const auto times = [&](const char* entries, qsizetype line) {
         return ffprobe(target, entries).split('\n').at(line).toDouble() -
                ffprobe(source, entries).split('\n').at(line).toDouble();
     };
     EXPECT_NEAR(times("chapter=start_time", 1), 0, 0.002);
-    EXPECT_NEAR(times("stream=start_time", 0), 0, 0.002) << "of the film";
+    EXPECT_NEAR(times("stream=start_time", 0), 0, 0.002) << "of the video";
     const auto shown = m_engine->openFrames(source, {});
     ASSERT_TRUE(shown);
     ASSERT_TRUE((*shown)->frameAt({1, 1}));
@@ -224,15 +226,13 @@ TEST_F(Engine, AudioBeforeTheStartMovesNeitherVideoNorChapters) {
 TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
     const QString source = make(u"s.mkv"_s, "-c:v libx264 -c:a pcm_s16le");
     const QString target = m_dir.path("x.mp4");
-    const auto refused =
-        m_engine->remux(source, target, RemuxTarget::Mp4, UnheldStreams::Refuse, {});
+    const auto refused = remuxed(source, target, RemuxTarget::Mp4);
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().code, ErrorCode::NotSupported);
     EXPECT_EQ(refused.error().detail, Message(kMp4CannotHold, {u"PCM"_s}));
     EXPECT_FALSE(QFileInfo::exists(target));
     // A QuickTime movie holds it, whatever the file is called.
-    ASSERT_TRUE(
-        m_engine->remux(source, target, RemuxTarget::QuickTimeMovie, UnheldStreams::Refuse, {}));
+    ASSERT_TRUE(remuxed(source, target, RemuxTarget::QuickTimeMovie));
     EXPECT_EQ(testkit::streamHash(target), testkit::streamHash(source));
 
     const auto cancelled = m_engine->remux(source, m_dir.path("x.mov"), RemuxTarget::QuickTimeMovie,
@@ -242,7 +242,7 @@ TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
     EXPECT_FALSE(QFileInfo::exists(m_dir.path("x.mov")));
 
     const QByteArray before = testkit::TempDir::read(source);
-    EXPECT_FALSE(m_engine->remux(source, source, RemuxTarget::Mp4, UnheldStreams::Refuse, {}));
+    EXPECT_FALSE(remuxed(source, source, RemuxTarget::Mp4));
     EXPECT_EQ(testkit::TempDir::read(source), before);
 }
 
@@ -296,7 +296,7 @@ TEST_F(Engine, SampleSettings) {
     ASSERT_TRUE(m_engine->writeSample(sample, path));
     const QByteArray second = testkit::TempDir::read(path);
     EXPECT_GT(second.indexOf("moov"), second.indexOf("mdat"));
-    EXPECT_NE(first.size(), second.size()) << "another pattern is another picture";
+    EXPECT_NE(first.size(), second.size()) << "another pattern makes other frames";
 
     sample.videoCodec = u"nonsense"_s;
     EXPECT_EQ(m_engine->writeSample(sample, m_dir.path("n.mp4")).error().code,
