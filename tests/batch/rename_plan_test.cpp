@@ -141,7 +141,7 @@ TEST(RenamePlan, CameraDateInEveryLayout) {
             .toStdString();
     };
     ASSERT_EQ(batch::renameDateFormatTitles().size(), 11);
-    // By layout: a whole date; a time of two pieces.
+    // By layout: a whole date; a time of two parts.
     const char* const expected[][2] = {
         {"2015:06:01 12:30:45", "2015:06:01 12:30"}, {"06:01:2015 12:30:45", "06:01:2015 12:30"},
         {"01:06:2015 12:30:45", "01:06:2015 12:30"}, {"2015:06:01 12:30:45", "2015:06:01 12:30"},

@@ -55,7 +55,7 @@ TEST_F(AudioCommands, SaveThenClearKeepTheAudio) {
     }
 }
 
-TEST_F(AudioCommands, FieldsOfOtherKindsAndMissingPlacesAreTold) {
+TEST_F(AudioCommands, FieldsOfOtherKindsAndMissingPlacesAreNoted) {
     const QString flac = m_sources.filter(u".flac"_s).value(0);
     ASSERT_FALSE(flac.isEmpty());
     EXPECT_EQ(run("save --set latitude=1", {flac}).exitCode, 1);

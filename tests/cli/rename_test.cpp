@@ -52,7 +52,7 @@ TEST_F(RenameCommand, RenamesInTheOrderGivenAndTakesItBack) {
     EXPECT_EQ(rename("--undo").exitCode, 3);
 }
 
-TEST_F(RenameCommand, TellsWhatEvadedAndWhatStayed) {
+TEST_F(RenameCommand, NotesWhatGotAnotherNameAndWhatStayed) {
     const QString a = video("a.m4v", "Same");
     const QString b = video("b.m4v", "Same");
     const QString c = video("store/Same 3.m4v", "Same");

@@ -14,7 +14,7 @@ protected:
         testkit::ffmpeg(
             "-f lavfi -i testsrc2=s=64x48:r=10:d=1.5 -f lavfi -i sine=d=1.5 -c:v libx264 -c:a aac",
             {m_video});
-        m_dir.write("text.mp4", "This is no film.");
+        m_dir.write("text.mp4", "This is no video.");
     }
     testkit::RunResult video(const QByteArray& job, const QStringList& more) {
         return clitest::cli("--quiet --storage % video " + job,
@@ -60,12 +60,12 @@ TEST_F(VideoCommand, GoesOnAfterAFailure) {
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.err.contains("text.mp4: failed: ")) << result.err;
     EXPECT_EQ(stored(), u"a.mp4");
-    EXPECT_EQ(TempDir::read(m_text), "This is no film.");
+    EXPECT_EQ(TempDir::read(m_text), "This is no video.");
 }
 
 TEST_F(VideoCommand, NamesWhatIsNoVideo) {
     const QString web = m_dir.path("web.webm");
-    const QString audio = m_dir.path("sound.m4a");
+    const QString audio = m_dir.path("audio.m4a");
     ASSERT_TRUE(QFile::copy(m_video, web));
     const auto made = video("audio", {m_video});
     ASSERT_TRUE(QFile::rename(m_dir.path("store/a.mp4.m4a"), audio)) << made.err;
@@ -83,9 +83,9 @@ TEST_F(VideoCommand, NamesWhatIsNoVideo) {
     EXPECT_EQ(video("convert --to mp4", {audio, m_video}).exitCode, 0);
     const auto skipped = video("convert --to mov", {audio});
     EXPECT_EQ(skipped.exitCode, 1) << "nothing was done";
-    EXPECT_TRUE(skipped.err.contains("sound.m4a: skipped: This is not a video")) << skipped.err;
+    EXPECT_TRUE(skipped.err.contains("audio.m4a: skipped: This is not a video")) << skipped.err;
     const auto tried = video("gif", {audio});
-    EXPECT_TRUE(tried.err.contains("sound.m4a: failed: ")) << tried.err;
+    EXPECT_TRUE(tried.err.contains("audio.m4a: failed: ")) << tried.err;
     const auto nothing = video("compress --quality low", {web});
     EXPECT_EQ(nothing.exitCode, 3);
     EXPECT_TRUE(nothing.err.contains("web.webm: skipped: ")) << nothing.err;

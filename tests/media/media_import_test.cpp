@@ -31,7 +31,7 @@ QStringList namesOf(const MediaImport& import) {
 TEST(MediaImport, WalksFoldersAndSkipsUnknownKinds) {
     const testkit::TempDir dir;
     dir.write("in/a.mp4", movie("One"));
-    dir.write("in/b.MP3", "no sound");
+    dir.write("in/b.MP3", "no audio");
     dir.write("in/c.txt", "text");
     dir.write("in/.hidden", "x");
     dir.write("in/sub/d.wav", "RIFF");
@@ -79,27 +79,28 @@ TEST(MediaImport, ReadingAheadKeepsTheOrder) {
     }
 }
 
-TEST(MediaImport, TellsWhichFilesAreOfNoKnownKind) {
+TEST(MediaImport, ListsTheFilesOfNoKnownKind) {
     const testkit::TempDir dir;
-    dir.write("in/web.WEBM", "film");
+    dir.write("in/web.WEBM", "video");
     dir.write("in/list.txt", "of no interest in a folder");
     const QString text = dir.write("notes.txt", "asked for by name");
     MediaImport import;
     import.importMediaItemsThreader(
         {dir.path("in"), text, dir.write("a.jpg", "photo"), dir.path("gone.txt")});
-    QStringList told;
+    QStringList unknown;
     for (const media::SkippedPath& path : import.unknown())
-        told.append(platform::lastPathComponent(path.path) + u' ' +
-                    QLatin1String(path.reason.code().id) + u' ' +
-                    path.reason.arguments().join(u' '));
-    EXPECT_EQ(told, (QStringList{u"web.WEBM unknown-kind WEBM"_s, u"notes.txt unknown-kind txt"_s,
-                                 u"a.jpg photo-not-wanted "_s}));
+        unknown.append(platform::lastPathComponent(path.path) + u' ' +
+                       QLatin1String(path.reason.code().id) + u' ' +
+                       path.reason.arguments().join(u' '));
+    EXPECT_EQ(unknown,
+              (QStringList{u"web.WEBM unknown-kind WEBM"_s, u"notes.txt unknown-kind txt"_s,
+                           u"a.jpg photo-not-wanted "_s}));
     ASSERT_EQ(import.skipped().size(), 1U); // a path that is not there is a mistake
     EXPECT_TRUE(import.skipped()[0].reason.text().contains(u"No such file"));
     EXPECT_TRUE(import.localPhotoItemArray().empty());
 }
 
-TEST(MediaImport, TroubledPathsAreToldAndTheWalkGoesOn) {
+TEST(MediaImport, TroubledPathsAreListedAndTheWalkGoesOn) {
     const testkit::TempDir dir;
     const QByteArray root = dir.path("in").toUtf8();
     dir.write("in/empty.mov", "");

@@ -53,12 +53,12 @@ TEST(MediaKind, HoldsEveryExtensionAtItsIndex) {
     }
 }
 
-TEST(MediaKind, AnswersTheFirstOfTwinEntries) {
+TEST(MediaKind, ReturnsTheFirstOfTwinEntries) {
     EXPECT_EQ(MediaKind::GetDragImageType("cdr"), 17);
     EXPECT_EQ(MediaKind::GetDragImageType("dcr"), 31);
 }
 
-TEST(MediaKind, SortsDoubtfulExtensionsToTheirKinds) {
+TEST(MediaKind, AssignsDoubtfulExtensionsToTheirKinds) {
     for (const char* video : {"ts", "srt", "dvr-ms"})
         EXPECT_GE(MediaKind::GetViedoType(video), 0) << video;
     for (const char* audio : {"au", "mid", "m4r"})

@@ -56,12 +56,12 @@ std::vector<ItemPointer> merged(const std::vector<ItemPointer>& items, Column co
 }
 
 QString randomText(std::mt19937& random) {
-    static const QStringList kPieces =
+    static const QStringList kParts =
         u"a,A,b,Z,0,00,1,2,10,9,/,:,_,(,-, ,.,$,ß,É,é,я,Я,😀,٣,𝟘,\uFF10,日,K,\0,\n"_s.split(u',') +
         QStringList{QChar(0xDC80), QChar(0xD800)};
     QString text;
     for (auto count = random() % 6; count > 0; --count)
-        text += kPieces[static_cast<qsizetype>(random() % static_cast<unsigned>(kPieces.size()))];
+        text += kParts[static_cast<qsizetype>(random() % static_cast<unsigned>(kParts.size()))];
     return text;
 }
 

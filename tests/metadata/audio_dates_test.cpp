@@ -189,7 +189,7 @@ TEST_F(AudioDates, ChaptersOutliveAnEncodingAndTheTagsAfterIt) {
         const auto cleared = written(
             request, [&](AudioMetadata& writer) { writer.RemoveAuidoExifDateItem(request); });
         EXPECT_EQ(cleared->fileTitle, u"");
-        EXPECT_EQ(chaptersOf(m_output).size(), 2) << "part of the sound, no item";
+        EXPECT_EQ(chaptersOf(m_output).size(), 2) << "part of the audio, no item";
     }
 }
 

@@ -109,7 +109,7 @@ TEST_F(AudioWriters, WithoutAPaneNothingIsWritten) {
 TEST_F(AudioWriters, AFailureDeliversMp3UnchangedAndNothingForOthers) {
     // Of a codec that nobody has: it can be opened, but not written again.
     const QByteArray wave = testkit::waveFile(QByteArray(8, 'x'), {8000, 1, 8, 0x4321});
-    const QByteArray none = "no sound at all";
+    const QByteArray none = "no audio at all";
     const std::pair<const char*, QByteArray> files[] = {
         {"a.mp3", none}, {"a.flac", none}, {"a.ogg", none}, {"a.wav", wave}};
     for (const auto& [name, bytes] : files) {
@@ -118,7 +118,7 @@ TEST_F(AudioWriters, AFailureDeliversMp3UnchangedAndNothingForOthers) {
         EXPECT_EQ(saved(made).status, jobs::WriteStatus::Failed) << name;
     }
     EXPECT_EQ(filesOut(), (QStringList{u"a.flac"_s, u"a.mp3"_s}));
-    EXPECT_EQ(testkit::TempDir::read(m_dir.path("out/a.mp3")), "no sound at all");
+    EXPECT_EQ(testkit::TempDir::read(m_dir.path("out/a.mp3")), "no audio at all");
 }
 
 TEST_F(AudioWriters, ALinkInTheStorageFolderIsReplacedAndNotWrittenThrough) {

@@ -47,7 +47,7 @@ TEST(SavePlan, WritesOnlyWhatDiffersAndKeepsTheRest) {
     EXPECT_EQ(plan.outputFileType, kM4V);
 }
 
-TEST(SavePlan, AGroupWithoutItsFlagIsNotLookedAt) {
+TEST(SavePlan, AGroupWithoutItsFlagIsIgnored) {
     media::VideoPane pane = media::ShowVideoViewWithItem({});
     pane.texts.mediaTitle = u"set by no edit"_s;
     pane.texts.mediaCopyright = u"c"_s;

@@ -134,7 +134,7 @@ TEST_F(Writers, TitlesBecomeNamesOnlyInsideAndOnlyWhereNothingIs) {
     EXPECT_FALSE(QFile::exists(m_dir.path("escaped.mp4")));
 }
 
-TEST_F(Writers, OutputsSpareEverySourceOfTheListAndStopWhenToldTo) {
+TEST_F(Writers, OutputsSpareEverySourceOfTheListAndStopWhenCancelled) {
     const QString other = m_dir.write("out/a.mp4", "another source of the list");
     const auto made = request(m_dir.write("a.mp4", testkit::movie("t")));
     const auto outcome = testkit::outcomesOf([&](jobs::Run& run) {

@@ -38,7 +38,7 @@ const Worker kExtractImages = &VideoJobs::ExtractImagesMediaFileFileThreader;
 const Worker kConvertToGif = &VideoJobs::ConvertGIFMediaFileFileThreader;
 const Worker kRemoveAudio = &VideoJobs::RemoveAudioMediaFileFileThreader;
 
-/// Jobs over small videos that ffmpeg has made, looked at with ffprobe.
+/// Jobs over small videos that ffmpeg has made, read back with ffprobe.
 class Jobs : public testing::Test {
 protected:
     static void SetUpTestSuite() {
@@ -54,7 +54,7 @@ protected:
         remux("upright.mov", "");
         testkit::rotateClockwise(videoFile("upright.mov"), 270);
         remux("silent.mov", "-an");
-        remux("sound.m4a", "-vn");
+        remux("audio.m4a", "-vn");
     }
     static void TearDownTestSuite() { delete s_videos; }
     static QString videoFile(const char* name) { return s_videos->path(name); }
@@ -112,10 +112,10 @@ private:
     static inline testkit::TempDir* s_videos = nullptr;
 };
 
-TEST_F(Jobs, RotateTurnsEachVideoAsItIsShownAndKeepsWhatItCarries) {
+TEST_F(Jobs, RotateTakesEachVideoAsItIsShownAndKeepsItsMetadata) {
     const auto outcomes = run(kRotate, QLatin1String(video::kRotations[0].title),
                               {videoFile("clip.mp4"), videoFile("upright.mov"),
-                               videoFile("clip.mkv"), videoFile("sound.m4a")});
+                               videoFile("clip.mkv"), videoFile("audio.m4a")});
     ASSERT_EQ(outcomes.size(), 4U);
     EXPECT_THAT(streams(out("clip.mp4")), ElementsAre(u"h264 64x96 3.0", u"aac 3.0"));
     EXPECT_THAT(streams(out("upright.mov")), ElementsAre(u"h264 96x64 3.0", u"aac 3.0"));
@@ -172,7 +172,7 @@ TEST_F(Jobs, ChaptersComeAlongAsFarAsTheVideoGoes) {
 TEST_F(Jobs, MergePutsEachClipAtTheLongestDurationBeforeIt) {
     const auto outcomes = run(kMerge, {},
                               {videoFile("clip.mp4"), videoFile("silent.mov"),
-                               videoFile("sound.m4a"), videoFile("none.mp4")});
+                               videoFile("audio.m4a"), videoFile("none.mp4")});
     EXPECT_THAT(filesOut(), ElementsAre(u"MergeVideo.mp4")) << "named by the last item";
     EXPECT_THAT(streams(out("MergeVideo.mp4")).first().toStdString(), HasSubstr("6.0"));
     EXPECT_EQ(outcomes[0].outputs, QStringList{out("MergeVideo.mp4")});
@@ -194,7 +194,7 @@ TEST_F(Jobs, MergePutsEachClipAtTheLongestDurationBeforeIt) {
 
 TEST_F(Jobs, CompressAndConvertFollowTheTitle) {
     m_dir.write("out/clip.mp4", "older");
-    auto outcomes = run(kCompress, u"Best"_s, {videoFile("clip.mp4"), videoFile("sound.m4a")});
+    auto outcomes = run(kCompress, u"Best"_s, {videoFile("clip.mp4"), videoFile("audio.m4a")});
     EXPECT_FALSE(outcomes[0].text().contains(u"replaced")) << "nothing was";
     EXPECT_EQ(testkit::TempDir::read(out("clip.mp4")), "older");
     ASSERT_TRUE(QFile::remove(out("clip.mp4")));
@@ -254,9 +254,9 @@ TEST_F(Jobs, FramesAreThoseOfTheirSeconds) {
     const QByteArray gif = testkit::TempDir::read(out("clip.gif"));
     EXPECT_TRUE(gif.startsWith("GIF89a"));
     EXPECT_TRUE(gif.contains(QByteArray("NETSCAPE2.0\x03\x01\0\0", 15))) << "for ever";
-    EXPECT_EQ(gif.count(QByteArray("\x2c\0\0\0\0\x60\0\x40\0", 9)), 3) << "a picture a second";
-    const auto failed =
-        run(kConvertToGif, {}, {m_dir.write("text.mp4", "no film at all"), videoFile("sound.m4a")});
+    EXPECT_EQ(gif.count(QByteArray("\x2c\0\0\0\0\x60\0\x40\0", 9)), 3) << "a frame a second";
+    const auto failed = run(kConvertToGif, {},
+                            {m_dir.write("text.mp4", "no video at all"), videoFile("audio.m4a")});
     EXPECT_EQ(failed[0].status, WriteStatus::Failed);
     EXPECT_EQ(failed[1].status, WriteStatus::Failed);
 }
@@ -288,7 +288,7 @@ TEST_F(Jobs, VideosThatLieFailPlainlyOrGiveWhatTheyHold) {
         {"mvhd", 20}, {"tkhd", 24}, {"elst", 12}, {"mdhd", 20}};
     const QStringList videos{lying("none.mp4", durations, testkit::be(0, 4)),
                              lying("long.mp4", durations, testkit::be(1'000'000'000, 4)),
-                             lying("coding.mp4", {{"avc1", 0}}, "zzzz")};
+                             lying("codec.mp4", {{"avc1", 0}}, "zzzz")};
     const struct {
         Worker worker;
         QString title, files;

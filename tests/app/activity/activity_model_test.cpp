@@ -102,8 +102,8 @@ TEST(ActivityModel, EveryFileThatRunsCountsByItself) {
     EXPECT_DOUBLE_EQ(job->fraction(), 3.0 / 8);
     EXPECT_EQ(cell(model, 0, ActivityModel::ProgressColumn), u"37%");
     EXPECT_EQ(cell(model, 0, ActivityModel::ResultColumn), u"b.mov")
-        << "what is at hand, and nothing else";
-    // An export has ended and nobody has told it yet; then its file is there.
+        << "the file being written, and nothing else";
+    // An export has ended but its outcome is not there yet; then it is.
     model.setRunning(id, {four[0], four[2], four[3]});
     EXPECT_DOUBLE_EQ(job->fraction(), 3.0 / 8) << "never backwards";
     model.fileFinished(id, {u"/in/c.mov"_s, {}, FileState::Done, {}});
@@ -115,7 +115,7 @@ TEST(ActivityModel, EveryFileThatRunsCountsByItself) {
 
     QSignalSpy changes(&model, &ActivityModel::jobChanged);
     model.setRunning(merge, {{u"/in/a.mov"_s, 0.501, 3}});
-    EXPECT_EQ(changes.count(), 0) << "nobody could see the difference";
+    EXPECT_EQ(changes.count(), 0) << "too small to be seen";
 }
 
 TEST(ActivityModel, KeepsTheNewestJobsAndEveryRunningOne) {

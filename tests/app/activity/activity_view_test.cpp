@@ -270,8 +270,8 @@ TEST_F(ActivityViews, DetailsShowHowFarEachExportIs) {
     model.setRunning(job, {{b, 0.6}});
     EXPECT_EQ(shown(), u"b.mov 60%, a.mp4 ");
     part<QListView>("jobFiles")->setCurrentIndex(files->index(1, 0));
-    model.fileFinished(job, {b, {}, FileState::Failed, u"no film"_s});
-    EXPECT_EQ(shown(), u"a.mp4 , b.mov no film");
+    model.fileFinished(job, {b, {}, FileState::Failed, u"no video"_s});
+    EXPECT_EQ(shown(), u"a.mp4 , b.mov no video");
     EXPECT_EQ(part<QListView>("jobFiles")->currentIndex().row(), 0) << "the same file as before";
     model.clearFinished();
     model.endJob(job);

@@ -24,7 +24,7 @@ inline std::vector<media::ItemPointer> listItems(int count) {
     std::vector<media::ItemPointer> items;
     items.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
-        items.push_back(listItem(u"/films/clip %1.mp4"_s.arg(i)));
+        items.push_back(listItem(u"/videos/clip %1.mp4"_s.arg(i)));
     return items;
 }
 

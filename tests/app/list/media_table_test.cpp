@@ -49,7 +49,7 @@ protected:
             all.append(m_model.index(row, 0).data().toString());
         return all;
     }
-    /// What the view returns to a drag over it, and to the drop.
+    /// Whether the view accepts a drag over it, and the drop.
     [[nodiscard]] bool takes(const QMimeData& data, bool drop = false) {
         QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton,
                               Qt::NoModifier);
@@ -140,7 +140,7 @@ TEST_F(MediaTable, AppendAndRefillKeepSelectionAndScrollPosition) {
     const QSignalSpy selections(m_view.selectionModel(), &QItemSelectionModel::selectionChanged);
     const QSignalSpy resets(&m_model, &QAbstractItemModel::modelReset);
     for (int i = 0; i < 50; ++i)
-        m_model.appendItem(listItem(u"/films/new.mp4"_s));
+        m_model.appendItem(listItem(u"/videos/new.mp4"_s));
     m_model.setContent(listItems(300)); // another list of other items
     QApplication::processEvents();
     EXPECT_EQ(m_view.verticalScrollBar()->value(), 1000);
@@ -216,7 +216,7 @@ TEST_F(MediaTable, TakesDropsThatBeginWithMediaOrAFolder) {
     ASSERT_EQ(drops.size(), 1);
     EXPECT_EQ(drops[0][0].toStringList(), QStringList({u"/a/b.mp3"_s, u"/ü/c d.png"_s}));
 
-    // A name of bytes that are no UTF-8 comes through.
+    // A name whose bytes are not UTF-8 comes through.
     class RawUrls : public QMimeData {
         QStringList formats() const override { return {u"text/uri-list"_s}; }
         QVariant retrieveData(const QString&, QMetaType) const override {
@@ -303,7 +303,7 @@ TEST_F(MediaTable, GridShowsTheSameRowsAsTiles) {
                       grid.visualRect(m_model.index(36, 0)).center());
     EXPECT_EQ(selectedRowsOf(grid), QList<int>({36, 38}));
     const int scrolled = grid.verticalScrollBar()->value();
-    m_model.appendItem(listItem(u"/films/new.mp4"_s));
+    m_model.appendItem(listItem(u"/videos/new.mp4"_s));
     QTest::qWait(50);
     EXPECT_EQ(grid.verticalScrollBar()->value(), scrolled);
     EXPECT_EQ(selectedRowsOf(grid), QList<int>({36, 38}));

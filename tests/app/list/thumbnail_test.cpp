@@ -70,7 +70,7 @@ TEST_F(Thumbnails, NamesFilesAsTheStandardDoes) {
               u"/c/normal/c6ee772d9e49320e97ec29a7eb5b1697.png");
 }
 
-TEST_F(Thumbnails, AreStoredAndMadeAnewWhenTheFileChanges) {
+TEST_F(Thumbnails, AreStoredAndMadeAgainWhenTheFileChanges) {
     const QString path = photo(u"a.png"_s, twoColours({800, 400}, Qt::red, Qt::blue));
     const auto item = dated(path, 1'700'000'000);
     const QImage first = made(m_service, item, kTile).toImage();
@@ -103,7 +103,7 @@ TEST_F(Thumbnails, AreStoredAndMadeAnewWhenTheFileChanges) {
 }
 
 TEST_F(Thumbnails, OfABrokenImageAreTriedOnce) {
-    const auto broken = dated(m_dir.write("b.jpg", "\xFF\xD8\xFF\xE0 no picture"), 1);
+    const auto broken = dated(m_dir.write("b.jpg", "\xFF\xD8\xFF\xE0 no image"), 1);
     const auto heic = listItem(u"/none/c.heic"_s);
     for (int i = 0; i < 5; ++i) {
         EXPECT_TRUE(made(m_service, broken, kRow).isNull());
@@ -146,17 +146,17 @@ TEST_F(Thumbnails, StandUpright) {
     QBuffer buffer(&jpeg);
     ASSERT_TRUE(buffer.open(QIODevice::WriteOnly));
     ASSERT_TRUE(twoColours({400, 200}, Qt::red, Qt::blue).save(&buffer, "jpeg", 95));
-    // An Exif segment that holds nothing but the orientation: turned by a half.
+    // An Exif segment that holds nothing but the orientation: rotated by 180 degrees.
     const QByteArray exif = QByteArray("Exif\0\0MM\0\x2A\0\0\0\x08\0\x01", 16) +
                             QByteArray("\x01\x12\0\x03\0\0\0\x01\0\x03\0\0\0\0\0\0", 16);
     jpeg.insert(2, QByteArray("\xFF\xE1", 2) + testkit::be(quint64(exif.size()) + 2, 2) + exif);
-    const auto item = dated(m_dir.write("turned.jpg", jpeg), 9);
+    const auto item = dated(m_dir.write("rotated.jpg", jpeg), 9);
     EXPECT_EQ(corners(made(m_service, item, kTile).toImage()), u"br");
 }
 
 TEST_F(Thumbnails, OfVideosShowAFrame) {
     SKIP_WITHOUT("ffmpeg");
-    const QString path = m_dir.path("film.mp4");
+    const QString path = m_dir.path("video.mp4");
     testkit::ffmpeg("-f lavfi -i color=blue:s=320x180:d=1 -c:v mpeg4", {path});
     const auto item = dated(path, 77);
     item->fileduration = 1;

@@ -40,10 +40,10 @@ protected:
         ffmpeg("-f lavfi -i color=black:s=64x36:r=10:d=1,drawbox=w=16:h=36:c=white:t=fill -c:v "
                "libx264 -pix_fmt yuv420p",
                {clip("left.mp4")}); // white on its left side
-        ffmpeg("-i % -c copy", {clip("left.mp4"), clip("turned.mp4")});
-        testkit::rotateClockwise(clip("turned.mp4"), 270);
+        ffmpeg("-i % -c copy", {clip("left.mp4"), clip("rotated.mp4")});
+        testkit::rotateClockwise(clip("rotated.mp4"), 270);
         ffmpeg("-i % -frames:v 1",
-               {clip("turned.mp4"), clip("turned.png")}); // as another program rotates it
+               {clip("rotated.mp4"), clip("rotated.png")}); // as another program rotates it
         ffmpeg("-f lavfi -i sine=d=3", {clip("tone.wav")});
     }
     static void TearDownTestSuite() { s_folder.reset(); }
@@ -119,7 +119,7 @@ TEST_F(PlayerTest, ManySeeksAreNotHeldUp) {
     EXPECT_LT(clock.elapsed(), 1500); // 200 ms each when frames are left undrawn
 }
 
-TEST_F(PlayerTest, PlaysToTheEndAndFromThereAnew) {
+TEST_F(PlayerTest, PlaysToTheEndAndThenFromTheStart) {
     MpvPlayer player;
     player.setMuted(true);
     QSignalSpy ended(&player, &MpvPlayer::endReached);
@@ -137,7 +137,7 @@ TEST_F(PlayerTest, PlaysToTheEndAndFromThereAnew) {
         QTest::qWaitFor([&] { return player.position() > 0.1 && player.position() < 1; }, 3000));
 }
 
-TEST_F(PlayerTest, TellsWhatCannotBePlayed) {
+TEST_F(PlayerTest, ReportsWhatCannotBePlayed) {
     MpvPlayer player;
     QSignalSpy failed(&player, &MpvPlayer::failed);
     const QString broken = s_folder->write("broken.mp4", QByteArray(4000, 'x'));
@@ -177,14 +177,14 @@ TEST_F(PlayerTest, AudioAloneAndNamesOfAnyBytes) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return shownFrame(player) > kFrames; }, 3000));
     ASSERT_EQ(::rename(odd.constData(), QFile::encodeName(clip("white.mp4")).constData()), 0);
 
-    ASSERT_TRUE(opens(player, clip("turned.mp4")));
-    const QImage turned(clip("turned.png"));
-    ASSERT_EQ(turned.size(), QSize(36, 64));
+    ASSERT_TRUE(opens(player, clip("rotated.mp4")));
+    const QImage rotated(clip("rotated.png"));
+    ASSERT_EQ(rotated.size(), QSize(36, 64));
     EXPECT_TRUE(QTest::qWaitFor([&] { return player.videoSize() == QSize(36, 64); }, 3000))
         << player.videoSize().width() << " x " << player.videoSize().height();
     ASSERT_TRUE(QTest::qWaitFor([&] { return !player.render({36, 64}).isNull(); }, 3000));
     for (const int y : {4, 60})
-        EXPECT_NEAR(qGray(player.render({36, 64}).pixel(18, y)), qGray(turned.pixel(18, y)), 3)
+        EXPECT_NEAR(qGray(player.render({36, 64}).pixel(18, y)), qGray(rotated.pixel(18, y)), 3)
             << y;
 }
 

@@ -159,7 +159,7 @@ TEST_F(MapViewTest, TheDateLineIsNoBorder) {
     EXPECT_LT(m_map.centre().longitude, 0);
     QTest::keyClick(&m_map, Qt::Key_Left);
     EXPECT_NEAR(m_map.centre().longitude, before, 1e-9);
-    // Chukotka lies on both sides of it and is one piece of land.
+    // Chukotka lies on both sides of it and is one area of land.
     m_map.setCentre(67, 180, 12, 30);
     const QColor land = Theme::instance().color(Token::mapLand);
     EXPECT_EQ(colourAt(67.2, 178.2), land);

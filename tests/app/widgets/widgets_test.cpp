@@ -83,7 +83,7 @@ TEST_F(WidgetsTest, ImageButtonPostsOnceForMouseAndKeys) {
     EXPECT_THAT(posts.take(), IsEmpty());
 }
 
-TEST_F(WidgetsTest, ImageButtonTellsOfThePointerAndSurvivesItsHandler) {
+TEST_F(WidgetsTest, ImageButtonPostsThePointersMovesAndSurvivesItsHandler) {
     auto* button = new ImageButton(ButtonKind::Icon, u"Add"_s, u"add"_s);
     button->setObjectName(u"b"_s);
     Posts posts;
@@ -151,7 +151,7 @@ TEST_F(WidgetsTest, FactLabelKeepsItsWholeText) {
     EXPECT_EQ(label.toolTip(), path);
 }
 
-TEST_F(WidgetsTest, EditFieldMarksChangesAndTellsOfTheFirstOnly) {
+TEST_F(WidgetsTest, EditFieldMarksChangesAndSignalsTheFirstOnly) {
     QWidget window;
     auto* column = new QVBoxLayout(&window);
     auto* field = new EditField;
@@ -175,7 +175,7 @@ TEST_F(WidgetsTest, EditFieldMarksChangesAndTellsOfTheFirstOnly) {
     EXPECT_EQ(begun.count(), 0);
     QTest::keyClicks(field, u"new"_s);
     EXPECT_EQ(begun.count(), 1);
-    EXPECT_EQ(atBegin, u"old"); // told before the text changed
+    EXPECT_EQ(atBegin, u"old"); // emitted before the text changed
     EXPECT_TRUE(field->isChanged());
     EXPECT_EQ(field->property("changed").toBool(), true);
     field->setText(u"old"_s);
@@ -240,16 +240,16 @@ TEST_F(WidgetsTest, AlertsKeepTheirTextsAndDefaults) {
     EXPECT_EQ(note.escapeIndex(), 0);
 }
 
-TEST_F(WidgetsTest, AlertsAnswerWithTheButtonPressed) {
-    const auto answerTo = [](Qt::Key key) {
+TEST_F(WidgetsTest, AlertsReturnTheButtonPressed) {
+    const auto resultOf = [](Qt::Key key) {
         QTimer::singleShot(50, [key] {
             if (QWidget* alert = QApplication::activeModalWidget())
                 QTest::keyClick(alert, key);
         });
         return AlertBox::run(nullptr, u"m"_s, {}, {u" Exit "_s, u"Cancel"_s});
     };
-    EXPECT_EQ(answerTo(Qt::Key_Return), 0);
-    EXPECT_EQ(answerTo(Qt::Key_Escape), 1);
+    EXPECT_EQ(resultOf(Qt::Key_Return), 0);
+    EXPECT_EQ(resultOf(Qt::Key_Escape), 1);
 }
 
 TEST_F(WidgetsTest, TitleBarButtonsActOrPost) {

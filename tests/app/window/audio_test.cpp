@@ -38,7 +38,7 @@ protected:
     QString shown(const char* field) { return child<QLineEdit>(field)->text(); }
     QString imageFile(const char* name, QSize size) {
         QImage image(size, QImage::Format_RGB32);
-        image.fill(QColor(200, 40, 30)); // by its own numbers, to be told from any other
+        image.fill(QColor(200, 40, 30)); // a colour that no other image has
         EXPECT_TRUE(image.save(dir.path(name)));
         return dir.path(name);
     }
@@ -79,7 +79,7 @@ TEST_F(AlbumTest, TextsAndADroppedImageGoIntoEveryFormat) {
         EXPECT_EQ(shown("commentslab"), QString::fromLatin1(row == 0 ? "" : "Old"));
         auto* well = child<ArtworkWell>("audioArtImageView");
         EXPECT_TRUE(well->artwork().isNull());
-        EXPECT_FALSE(dropFiles(well, {paths[row]})) << "no picture";
+        EXPECT_FALSE(dropFiles(well, {paths[row]})) << "no image";
         ASSERT_TRUE(dropFiles(well, {cover}));
         EXPECT_EQ(well->artwork().size(), QSize(40, 30));
         type("titlelab", u"Typed Title"_s);
@@ -125,7 +125,7 @@ TEST_F(AlbumTest, RemovalTakesTheTagsOfTheSelectionOrOfAll) {
                  {item.fileTitle, item.fileArist, item.fileAblumName, item.fileComments})
                 EXPECT_EQ(text, u"");
             EXPECT_FALSE(ffprobe(name, "format_tags").contains("Vale"));
-            EXPECT_GT(item.fileduration, 0.4) << "the sound stays";
+            EXPECT_GT(item.fileduration, 0.4) << "the audio stays";
         }
     };
     window()->selectRow(1);

@@ -241,10 +241,10 @@ TEST(CommandTables, AShortcutIsReadableAndMeansOneCommand) {
     }
 }
 
-/// Whether the application ends when the close button is pressed and the alert answered so.
-bool endsOn(int answer, FakeDesktop& desktop, ImageButton* close) {
+/// Whether the application ends when the close button is pressed and the alert returns `button`.
+bool endsOn(int button, FakeDesktop& desktop, ImageButton* close) {
     constexpr int kWentOn = 7;
-    desktop.alertAnswer = answer;
+    desktop.alertAnswer = button;
     QTimer::singleShot(0, close, [close] {
         QTest::mousePress(close, Qt::LeftButton);
         QTimer::singleShot(0, close, [] { QCoreApplication::exit(kWentOn); });

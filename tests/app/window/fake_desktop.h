@@ -11,7 +11,7 @@
 
 namespace clipheave::app {
 
-/// A desktop that answers as a test wants and keeps what it was asked.
+/// A desktop that replies as a test wants and keeps what it was asked.
 class FakeDesktop : public Alerts,
                     public FileChooser,
                     public StylePanels,

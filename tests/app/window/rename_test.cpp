@@ -36,8 +36,8 @@ protected:
         importThree(u"in/"_s);
         window()->selectAll();
     }
-    /// A window above another counts as active with it; the keys go to the one that the application
-    /// says.
+    /// A window above another counts as active with it; keys go to the one that the application
+    /// names.
     static void waitFor(const QWidget& window) {
         ASSERT_TRUE(QTest::qWaitFor([&window] { return QApplication::activeWindow() == &window; }));
     }
@@ -215,7 +215,7 @@ TEST_F(RenameTest, AFileThatIsGoneStaysWithItsReasonAndCanBeTriedAgain) {
               (QStringList{u"Trip000001.mp4"_s, u"Trip000002.mp4"_s, u"Trip000003.mp4"_s}));
 }
 
-TEST_F(RenameTest, NothingToRenameIsTold) {
+TEST_F(RenameTest, NothingToRenameIsLogged) {
     controller->SaveChangesRenameWindowAction(); // no local files in the list
     EXPECT_TRUE(controller->activity()->jobs().empty());
     selectThree();

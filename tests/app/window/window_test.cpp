@@ -72,7 +72,7 @@ TEST_F(WindowTest, TryAgainWritesWhatWasAskedForThen) {
     EXPECT_EQ(controller->board()->keptJobs(), 0u);
 }
 
-TEST_F(WindowTest, SaveWritesThePaneIntoEveryVideoAndTellsTheOneThatFails) {
+TEST_F(WindowTest, SaveWritesThePaneIntoEveryVideoAndNamesTheOneThatFails) {
     QStringList paths;
     for (const char* name : {"one", "two"})
         paths.append(dir.write(QLatin1String(name) + u".mp4"_s, movie(name)));
@@ -166,7 +166,7 @@ TEST_F(WindowTest, SortingKeepsImportOrderForJobsAndRemovalRestoresIt) {
     EXPECT_TRUE(child<QLineEdit>("mediaTitle")->text().isEmpty());
 }
 
-TEST_F(WindowTest, ImportAppendsAndTellsTroubles) {
+TEST_F(WindowTest, ImportAppendsAndReportsTroubles) {
     importThree();
     window()->selectRow(2);
     import({dir.write("broken.mov", "no movie"), dir.path("gone.mp4")});
@@ -188,7 +188,7 @@ TEST_F(WindowTest, TryAgainReadsTheFailedFilesOfAnImport) {
     EXPECT_EQ(controller->localPhotoItemArray().front()->fileTitle, u"m");
 }
 
-TEST_F(WindowTest, RemovingMetadataWritesACopyAndTheMenuTellsItsTitle) {
+TEST_F(WindowTest, RemovingMetadataWritesACopyAndTheLogNamesTheMenuTitle) {
     importThree();
     window()->selectAll();
     const ActivityJob& job =

@@ -141,7 +141,7 @@ protected:
 
     QFileDialog* open(OpenPanel::Mode mode) {
         OpenPanel::open(&parent, u"Please select videos or auidos to import."_s, mode, settings,
-                        [this](const QStringList& paths) { answers += paths; });
+                        [this](const QStringList& paths) { chosen += paths; });
         auto* panel = parent.findChild<QFileDialog*>(u"openPanel"_s);
         panel->setDirectory(folder.path());
         return panel;
@@ -172,7 +172,7 @@ protected:
     QWidget parent;
     testkit::TempDir folder;
     QSettings settings{folder.path("window.conf"), QSettings::IniFormat};
-    QList<QStringList> answers;
+    QList<QStringList> chosen;
 };
 
 TEST_F(OpenPanelTest, AWholePathThatIsTypedIsTakenOnceAndAlone) {
@@ -184,8 +184,8 @@ TEST_F(OpenPanelTest, AWholePathThatIsTypedIsTakenOnceAndAlone) {
     QTest::keyClicks(name, folder.path("clips") + u'/');
     QTest::keyClick(name, Qt::Key_Return);
     static_cast<QDialog*>(panel)->accept(); // the other way that Return takes
-    ASSERT_EQ(answers.size(), 1);
-    EXPECT_EQ(answers.front(), paths({u"clips"_s}));
+    ASSERT_EQ(chosen.size(), 1);
+    EXPECT_EQ(chosen.front(), paths({u"clips"_s}));
 }
 
 TEST_F(OpenPanelTest, TakesFilesAndFoldersTogether) {
@@ -197,8 +197,8 @@ TEST_F(OpenPanelTest, TakesFilesAndFoldersTogether) {
     EXPECT_NE(parent.findChild<Scrim*>(), nullptr);
     select(panel, {u"clips"_s, u"b.mp4"_s});
     openButton(panel)->click();
-    ASSERT_EQ(answers.size(), 1);
-    EXPECT_THAT(answers[0], testing::UnorderedElementsAreArray(paths({u"clips"_s, u"b.mp4"_s})));
+    ASSERT_EQ(chosen.size(), 1);
+    EXPECT_THAT(chosen[0], testing::UnorderedElementsAreArray(paths({u"clips"_s, u"b.mp4"_s})));
     EXPECT_EQ(parent.findChild<Scrim*>(), nullptr);
 
     QTest::qWait(0); // the closed panel is deleted
@@ -206,19 +206,19 @@ TEST_F(OpenPanelTest, TakesFilesAndFoldersTogether) {
     select(panel, {u"clips"_s});
     EXPECT_TRUE(openButton(panel)->isEnabled()) << "a folder alone will do";
     openButton(panel)->click();
-    ASSERT_EQ(answers.size(), 2);
-    EXPECT_EQ(answers[1], paths({u"clips"_s}));
+    ASSERT_EQ(chosen.size(), 2);
+    EXPECT_EQ(chosen[1], paths({u"clips"_s}));
 }
 
 TEST_F(OpenPanelTest, RemembersTheFolderAndIgnoresACancelledPanel) {
     QFileDialog* panel = open(OpenPanel::FilesOnly);
     select(panel, {u"a.mp4"_s, u"b.mp4"_s});
     openButton(panel)->click();
-    ASSERT_EQ(answers.size(), 1);
-    EXPECT_THAT(answers[0], testing::UnorderedElementsAreArray(paths({u"a.mp4"_s, u"b.mp4"_s})));
+    ASSERT_EQ(chosen.size(), 1);
+    EXPECT_THAT(chosen[0], testing::UnorderedElementsAreArray(paths({u"a.mp4"_s, u"b.mp4"_s})));
     QTest::qWait(0);
     OpenPanel::open(&parent, {}, OpenPanel::FilesOnly, settings,
-                    [this](const QStringList& chosen) { answers += chosen; });
+                    [this](const QStringList& paths) { chosen += paths; });
     panel = parent.findChild<QFileDialog*>(u"openPanel"_s);
     EXPECT_EQ(panel->directory().absolutePath(), folder.path());
     select(panel, {u"a.mp4"_s});
@@ -227,7 +227,7 @@ TEST_F(OpenPanelTest, RemembersTheFolderAndIgnoresACancelledPanel) {
     panel = open(OpenPanel::FilesOnly);
     select(panel, {u"clips"_s});
     openButton(panel)->click();
-    EXPECT_EQ(answers.size(), 1) << "a folder is no file";
+    EXPECT_EQ(chosen.size(), 1) << "a folder is no file";
     panel->reject();
     EXPECT_EQ(parent.findChild<Scrim*>(), nullptr);
 }

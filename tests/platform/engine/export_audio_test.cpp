@@ -48,7 +48,7 @@ TEST_F(ExportAudioTest, EncodesAndCutsToTheSample) {
         // From the middle: what stood at 1.25 s is at the start.
         exported(audioOf(source, 1.25, 2.5), "out.m4a");
         const std::vector<float> part = samples(m_out);
-        // The last packet is decoded whole, beyond the end that the edit list tells.
+        // The last packet is decoded whole, beyond the end that the edit list sets.
         EXPECT_NEAR(static_cast<double>(part.size()), 10150, 200) << name;
         EXPECT_NEAR(ffprobe(m_out, "a", "stream=duration").toDouble(), 1.25, 0.0001) << name;
         EXPECT_GT(correlation({copy.begin() + 10000, copy.end()}, part), 0.95) << name;
@@ -102,11 +102,11 @@ TEST_F(ExportAudioTest, SilenceLastsAsLongAsTheAudio) {
         }
 }
 
-TEST_F(ExportAudioTest, KeepsFrameAndAudioTogether) {
+TEST_F(ExportAudioTest, KeepsVideoAndAudioTogether) {
     // The audio begins half a second after the video, behind an edit list.
-    const QString videoFile = make("film.mp4", "-c:v libx264 -an");
+    const QString videoFile = make("video.mp4", "-c:v libx264 -an");
     const QString tone = make("tone.m4a", "-vn -c:a aac", "testsrc2=d=3", kChirp);
-    // The other container has no such thing; its video tells its times when it is decoded.
+    // The other container has no edit list; its timestamps are known only when it is decoded.
     for (int i = 0; i < 4; ++i) {
         const QString source = m_dir.path(i < 2 ? u"late.mp4"_s : u"late.mkv"_s);
         testkit::ffmpeg("-i % -itsoffset 0.5 -i % -c copy", {videoFile, tone, source});
@@ -114,7 +114,7 @@ TEST_F(ExportAudioTest, KeepsFrameAndAudioTogether) {
         ExportPlan plan = planFor(source, 3.5);
         plan.video->mode = plan.audio->mode = mode;
         exported(plan);
-        const QString audio = m_dir.path("sound.wav");
+        const QString audio = m_dir.path("audio.wav");
         testkit::ffmpeg("-i % -vn -af aresample=async=1:first_pts=0", {m_out, audio});
         const std::vector<float> got = samples(audio);
         ASSERT_GT(got.size(), 5000u);

@@ -144,9 +144,9 @@ TEST_F(ExportCopyTest, CarriesHeaderDatesAndNothingElse) {
 TEST_F(ExportCopyTest, FailsPlainlyAndLeavesNothing) {
     const QString source = make("a.mp4", kVideo);
     const QString audioOnly = make("s.m4a", "-vn -c:a aac");
-    const QString text = m_dir.write("t.mp4", "no film at all");
+    const QString text = m_dir.write("t.mp4", "no video at all");
     expectFailure(planFor(m_dir.path("none.mp4")), ErrorCode::NotFound, "missing");
-    expectFailure(planFor(audioOnly), ErrorCode::NotSupported, "no film");
+    expectFailure(planFor(audioOnly), ErrorCode::NotSupported, "no video");
     const auto asText = run(planFor(text));
     ASSERT_FALSE(asText);
     EXPECT_FALSE(QFileInfo::exists(m_out));
@@ -188,7 +188,8 @@ TEST_F(ExportCopyTest, SaysWhatCannotBeCopied) {
     bytes.replace("avc1", "xyz1");
     refused(kUnknownVideoCodec);
 
-    // A second piece of the video in its edit list; the header stands behind all that it points to.
+    // A second segment in the edit list of the video; the header stands behind all that it points
+    // to.
     bytes = testkit::TempDir::read(source);
     const qsizetype elst = bytes.indexOf("elst");
     const auto add = [&](qsizetype at, quint32 value) {
@@ -206,23 +207,23 @@ TEST_F(ExportCopyTest, SaysWhatCannotBeCopied) {
     refused(kEditListTooComplex);
 }
 
-TEST_F(ExportCopyTest, StopsWhenToldTo) {
+TEST_F(ExportCopyTest, StopsWhenCancelled) {
     const QString source = make("a.mp4", kVideo, "testsrc2=d=20:s=320x240:r=25");
-    std::vector<double> told;
+    std::vector<double> reported;
     m_progress = [&](double part) {
-        told.push_back(part);
+        reported.push_back(part);
         return part < 0.3;
     };
     expectFailure(planFor(source, 20), ErrorCode::Cancelled, "cancelled");
     m_progress = [&](double part) {
-        told.push_back(part);
+        reported.push_back(part);
         return true;
     };
-    told.clear();
+    reported.clear();
     exported(planFor(source, 20));
-    EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
-    EXPECT_GT(told.size(), 3u);
-    EXPECT_EQ(told.back(), 1);
+    EXPECT_TRUE(std::is_sorted(reported.begin(), reported.end()));
+    EXPECT_GT(reported.size(), 3u);
+    EXPECT_EQ(reported.back(), 1);
 }
 
 TEST_F(ExportCopyTest, GoesOnPastDamageButNotPastABreak) {
@@ -260,7 +261,7 @@ TEST_F(ExportCopyTest, GoesOnPastDamageButNotPastABreak) {
     expectFailure(planFor(gone), ErrorCode::InvalidData, "all damaged");
 }
 
-TEST_F(ExportCopyTest, TellsThatTheDiskIsFull) {
+TEST_F(ExportCopyTest, ReportsAFullDisk) {
     const QString small = m_dir.path("small");
     QDir().mkpath(small);
     if (geteuid() != 0 || mount("none", small.toUtf8().constData(), "tmpfs", 0, "size=64k") != 0)

@@ -15,22 +15,22 @@ constexpr char kH264[] = "-c:v libx264 -c:a aac -ac 2";
 
 } // namespace
 
-TEST_F(ExportVideoTest, TurnsFramesAtAConstantRate) {
+TEST_F(ExportVideoTest, RotatesFramesAtAConstantRate) {
     const QString source = make("a.mp4", kH264);
     const struct {
-        int turn;
+        int degrees;
         const char* filter;
     } cases[] = {
         {0, "null"}, {90, "transpose=clock"}, {180, "hflip,vflip"}, {270, "transpose=cclock"}};
-    for (const auto& [turn, filter] : cases) {
+    for (const auto& [degrees, filter] : cases) {
         ExportPlan plan = planFor(source);
-        plan.video->rotations = {turn};
-        plan.video->size = turn % 180 == 0 ? QSize(192, 128) : QSize(128, 192);
+        plan.video->rotations = {degrees};
+        plan.video->size = degrees % 180 == 0 ? QSize(192, 128) : QSize(128, 192);
         plan.video->frameDuration = CMTimeMake(1, 30);
         plan.moovFirst = true;
-        EXPECT_EQ(exported(plan), Notes()) << turn;
+        EXPECT_EQ(exported(plan), Notes()) << degrees;
         EXPECT_GT(likeness(m_out, source, (QByteArray("fps=30,") + filter).constData()), 0.98)
-            << turn;
+            << degrees;
         EXPECT_EQ(ffprobe(m_out, "v", "stream=codec_name,r_frame_rate,duration,nb_frames"),
                   "h264,30/1,3.000000,90");
         EXPECT_EQ(ffprobe(m_out, "a", "stream=codec_name,channels,duration"), "aac,2,3.000000");
@@ -41,7 +41,7 @@ TEST_F(ExportVideoTest, TurnsFramesAtAConstantRate) {
     EXPECT_LT(bytes.indexOf("moov"), bytes.indexOf("mdat"));
 }
 
-TEST_F(ExportVideoTest, MirrorsBeforeItTurns) {
+TEST_F(ExportVideoTest, MirrorsBeforeItRotates) {
     const QString source = make("a.mp4", kH264);
     ExportPlan plan = planFor(source);
     plan.video->mirrored = {true};
@@ -179,7 +179,7 @@ TEST_F(ExportVideoTest, KeepsColoursAndDepthSoThatNothingIsWashedOut) {
             << name;
         EXPECT_GT(likeness(m_out, source, filter), 0.98) << name;
     }
-    // Both kinds in one video: the high range is brought down, and neither is dark or pale.
+    // Both kinds in one video: HDR is tone mapped, and neither is dark or pale.
     const QString standard = make("b.mp4", "-c:v libx264 -an");
     ExportPlan plan = planFor(m_dir.path("hdr.mov"));
     plan.audio.reset();
@@ -188,7 +188,7 @@ TEST_F(ExportVideoTest, KeepsColoursAndDepthSoThatNothingIsWashedOut) {
     EXPECT_EQ(ffprobe(m_out, "v", "stream=pix_fmt,color_transfer,nb_frames"), "yuv420p,bt709,150");
 }
 
-TEST_F(ExportVideoTest, KeepsFieldsWhereTheFrameIsUntouchedAndWeavesThemElse) {
+TEST_F(ExportVideoTest, KeepsFieldsWhereTheFrameIsUntouchedElseDeinterlaces) {
     const QString source = make("a.mpg", "-c:v mpeg2video -q:v 2 -flags +ildct+ilme -top 1 -an");
     ExportPlan plan = planFor(source);
     plan.audio.reset();
@@ -200,16 +200,16 @@ TEST_F(ExportVideoTest, KeepsFieldsWhereTheFrameIsUntouchedAndWeavesThemElse) {
               "128,192,progressive,75");
 }
 
-TEST_F(ExportVideoTest, JoinsPiecesOfDifferentFilesAroundASplit) {
+TEST_F(ExportVideoTest, JoinsSegmentsOfDifferentFilesAroundASplit) {
     const QString first = make("a.mp4", kH264);
     const QString second = make("b.webm", "-c:v libvpx -b:v 2M -c:a libopus -ac 1",
                                 "smptebars=d=3:s=128x128:r=30", "sine=d=3:f=880:r=48000");
     // The first second of one, all of the other, the rest of the first; then a second of nothing
     // and one more.
-    const std::vector<ExportSegment> pieces{segment(first, 0, 1), segment(second, 0, 3, 1),
-                                            segment(first, 1, 3, 4), segment(first, 0.5, 1.5, 7)};
+    const std::vector<ExportSegment> segments{segment(first, 0, 1), segment(second, 0, 3, 1),
+                                              segment(first, 1, 3, 4), segment(first, 0.5, 1.5, 7)};
     ExportPlan plan = planFor(first);
-    plan.video->segments = plan.audio->segments = pieces;
+    plan.video->segments = plan.audio->segments = segments;
     plan.audio->channels = 1;
     exported(plan);
     EXPECT_EQ(ffprobe(m_out, "v", "stream=width,height,duration"), "192,128,8.000000");
@@ -237,7 +237,7 @@ TEST_F(ExportVideoTest, JoinsPiecesOfDifferentFilesAroundASplit) {
             most = std::max(most, std::abs(audio[i]));
         return most;
     };
-    EXPECT_LT(loudest(6.05, 6.95), 0.001F); // the stretch of nothing
+    EXPECT_LT(loudest(6.05, 6.95), 0.001F); // the gap
     EXPECT_GT(loudest(7.05, 7.95), 0.05F);
     EXPECT_GT(loudest(1.05, 3.9), 0.05F);
 }
@@ -303,19 +303,19 @@ TEST_F(ExportVideoTest, OneFrameForALongAudioIsWholeUnlessTheFileIsCut) {
     EXPECT_EQ(cut.error().code, ErrorCode::InvalidData);
 }
 
-TEST_F(ExportVideoTest, APieceOfAStreamEndsWithItsLastFrame) {
+TEST_F(ExportVideoTest, APartOfAStreamEndsWithItsLastFrame) {
     const QString videoFile = make(
         "whole.mp4", "-an -c:v libx264 -g 25 -bf 0 -movflags frag_keyframe+empty_moov -shortest");
-    QByteArray piece = testkit::TempDir::read(videoFile);
+    QByteArray part = testkit::TempDir::read(videoFile);
     constexpr std::int64_t kUnits = 12800; // a second
-    for (auto at = piece.indexOf("tfdt"); at > 0; at = piece.indexOf("tfdt", at + 4)) {
-        const auto time = qFromBigEndian<std::int64_t>(piece.constData() + at + 8);
-        piece.replace(at + 8, 8, testkit::be(static_cast<std::uint64_t>(time + 10 * kUnits), 8));
+    for (auto at = part.indexOf("tfdt"); at > 0; at = part.indexOf("tfdt", at + 4)) {
+        const auto time = qFromBigEndian<std::int64_t>(part.constData() + at + 8);
+        part.replace(at + 8, 8, testkit::be(static_cast<std::uint64_t>(time + 10 * kUnits), 8));
     }
-    QByteArray ofWhole = piece; // whose header tells the length of the stream that it was cut from
+    QByteArray ofWhole = part; // whose header has the duration of the stream that it was cut from
     ofWhole.replace(ofWhole.indexOf("mdhd") + 20, 4, testkit::be(48 * kUnits, 4));
-    for (const QByteArray& bytes : {piece, ofWhole}) {
-        const QString source = m_dir.write("piece.mp4", bytes);
+    for (const QByteArray& bytes : {part, ofWhole}) {
+        const QString source = m_dir.write("part.mp4", bytes);
         ExportPlan plan = planFor(source, 20);
         plan.audio.reset();
         exported(plan);

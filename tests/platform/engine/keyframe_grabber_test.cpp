@@ -11,7 +11,7 @@ namespace clipheave::platform {
 namespace {
 
 /// Red, then green from second 2, then blue from second 4: a keyframe each second.
-class FrameGrabber : public EngineTest {
+class KeyframeGrabber : public EngineTest {
 protected:
     [[nodiscard]] QString video(const QString& name, const char* options,
                                 const char* graph = "null") const {
@@ -44,7 +44,7 @@ protected:
 
 } // namespace
 
-TEST_F(FrameGrabber, TakesTheKeyFrameBefore) {
+TEST_F(KeyframeGrabber, TakesTheKeyFrameBefore) {
     const struct {
         const char *name, *options;
     } videos[] = {{"a.mp4", "-c:v libx264 -g 10 -bf 3"},
@@ -71,7 +71,7 @@ TEST_F(FrameGrabber, TakesTheKeyFrameBefore) {
     }
 }
 
-TEST_F(FrameGrabber, TurnsAndStretchesAsThePlayerDoes) {
+TEST_F(KeyframeGrabber, RotatesAndStretchesAsThePlayerDoes) {
     // White in the upper left corner.
     const char* corner = "drawbox=0:0:80:80:white:fill";
     const QString upright = video(u"u.mp4"_s, "-c:v libx264", corner);
@@ -99,7 +99,7 @@ TEST_F(FrameGrabber, TurnsAndStretchesAsThePlayerDoes) {
     EXPECT_EQ(wide->height, 40);
 }
 
-TEST_F(FrameGrabber, FailsWithoutAFrame) {
+TEST_F(KeyframeGrabber, FailsWithoutAFrame) {
     const auto code = [&](const QString& path, double second = 0, int side = 64) {
         const auto frame = m_engine->keyframeAt(path, second, side);
         return frame ? ErrorCode::Io : frame.error().code;

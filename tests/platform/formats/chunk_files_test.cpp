@@ -133,7 +133,7 @@ TEST(Caf, ReadsOwnAndForeignKeysOfItsInfoChunk) {
     const auto packets =
         read(readCaf, start + cafChunk("pakt", be(10, 8) + be(2000, 8) + be(0, 8)) +
                           cafChunk("data", QByteArray(8004, '\0')));
-    EXPECT_EQ(packets->durationSeconds, 0.25) << "priming and remainder are no music";
+    EXPECT_EQ(packets->durationSeconds, 0.25) << "priming and remainder do not count";
 }
 
 TEST(Au, ReadsNamedLinesAndPlainAnnotations) {
@@ -152,7 +152,7 @@ TEST(Au, ReadsNamedLinesAndPlainAnnotations) {
     EXPECT_FALSE(plain->problem.isEmpty());
 }
 
-TEST(Flac, TellsDatesApartAndTakesTheFrontCover) {
+TEST(Flac, SeparatesDatesAndTakesTheFrontCover) {
     const auto image = [](quint64 type, const QByteArray& bytes) {
         return be(type, 4) + be(9, 4) + "image/gif" + be(0, 4) + QByteArray(16, '\0') +
                be(static_cast<quint64>(bytes.size()), 4) + bytes;

@@ -35,7 +35,7 @@ TEST(EncodedImage, KnowsFormatAndSizeOfWhatAnotherProgramWrote) {
 
 TEST(EncodedImage, IsNullForWhatIsNoImage) {
     EXPECT_TRUE(EncodedImage::fromBytes({}).isNull());
-    EXPECT_TRUE(EncodedImage::fromBytes("not a picture at all, but long enough").isNull());
+    EXPECT_TRUE(EncodedImage::fromBytes("not an image at all, but long enough").isNull());
     EXPECT_TRUE(
         EncodedImage::fromBytes("\x89PNG\r\n\x1A\n" + be(13, 4) + "IHDR" + be(0, 4) + be(5, 4))
             .isNull());
@@ -61,7 +61,7 @@ TEST(EncodedImage, StaysInTheFileAndReadsOnlySegmentHeaders) {
     EXPECT_TRUE(image == EncodedImage::fromBytes(jpeg));
     EXPECT_TRUE(EncodedImage::fromSlice(*reader, {path, 777, UINT64_MAX}).isNull());
     folder.write("a", QByteArray(1'000'000, 'z'));
-    EXPECT_TRUE(image.bytes().isNull()) << "other bytes at the place are not the picture";
+    EXPECT_TRUE(image.bytes().isNull()) << "other bytes at the place are not the image";
     QFile::remove(path);
     EXPECT_TRUE(image.bytes().isNull());
 }

@@ -15,7 +15,7 @@ using testkit::TempDir;
 using testkit::vorbisComments;
 
 const QByteArray kStreamInfo(34, '\1');
-const QByteArray kFlacAudio = "\xFF\xF8 sound";
+const QByteArray kFlacAudio = "\xFF\xF8 audio";
 
 QByteArray flacFile(const QByteArrayList& entries, const QByteArray& more = {}) {
     return "fLaC" + flacBlock(0, kStreamInfo) + flacBlock(4, vorbisComments(entries)) + more +

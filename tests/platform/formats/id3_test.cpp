@@ -150,7 +150,7 @@ TEST(Id3, FillsGapsFromApeThenFromVersion1) {
     EXPECT_THAT(items, has("id3/TALB", "Old album"));
     EXPECT_THAT(items, has("id3/TYER", "1977"));
     EXPECT_THAT(items, has("id3/TRCK", "7"));
-    EXPECT_NEAR(facts->durationSeconds, 5 * 417 / 16000.0, 1e-6) << "tags are no sound";
+    EXPECT_NEAR(facts->durationSeconds, 5 * 417 / 16000.0, 1e-6) << "tags are no audio";
 }
 
 TEST(MpegAudio, TakesTheFirstOfTwoTagsAndFindsTheAudioBehindThem) {

@@ -84,7 +84,7 @@ TEST(AtomicFile, WritesThroughALinkAndIntoTheCurrentFolder) {
     EXPECT_TRUE(manager().removeItemAtPath(dir.path(u"r\xDCFE"_s)));
 }
 
-TEST(AtomicFile, CopiesRangesWithProgressUntilToldToStop) {
+TEST(AtomicFile, CopiesRangesWithProgressUntilStopped) {
     const testkit::TempDir dir;
     QByteArray bytes(40 << 20, '\0');
     for (qsizetype i = 0; i < bytes.size(); i += 4096)
@@ -148,7 +148,7 @@ TEST(AtomicFile, CopiesOfItemsKeepDatesPermissionsAndAttributes) {
               manager().attributesOfItemAtPath(source)->NSFileCreationDate);
 }
 
-TEST(AtomicFile, AFullDiskIsSaidAndLeavesNothing) {
+TEST(AtomicFile, AFullDiskIsReportedAndLeavesNothing) {
     const testkit::TempDir dir;
     const testkit::TinyDisk disk(dir.path("disk"), "size=1m");
     SKIP_WITHOUT_DISK(disk);

@@ -64,7 +64,7 @@ TEST(Dates, SkippedClockTimesAreRefusedAndRepeatedOnesAreTheLater) {
     EXPECT_EQ(shownInUtc(u"2021:03:28 01:59:59"), u"2021-03-28 00:59:59 +0000");
     EXPECT_EQ(shownInUtc(u"2021:03:28 03:00:00"), u"2021-03-28 01:00:00 +0000");
     for (const char16_t* before : {u"2021:07:01 12:00:00", u"2021:12:01 12:00:00"}) {
-        EXPECT_NE(shownInUtc(before), kRefused); // the system's answer depends on the last one
+        EXPECT_NE(shownInUtc(before), kRefused); // the system's result depends on the last one
         EXPECT_EQ(shownInUtc(u"2021:10:31 02:30:00"), u"2021-10-31 01:30:00 +0000");
         EXPECT_EQ(shownInUtc(u"2021:10:31 01:30:00"), u"2021-10-30 23:30:00 +0000");
         EXPECT_EQ(shownInUtc(u"2021:10:31 03:30:00"), u"2021-10-31 02:30:00 +0000");

@@ -18,7 +18,7 @@ TEST(Text, LeadingWholeNumber) {
     EXPECT_EQ(intValue(u"2147483648"), 2147483647);
     EXPECT_EQ(intValue(u"-2147483648"), INT32_MIN);
     EXPECT_EQ(intValue(u"-99999999999999999999999"), INT32_MIN);
-    EXPECT_EQ(intValue(u"\u0661"), 0); // other digits are none
+    EXPECT_EQ(intValue(u"\u0661"), 0); // digits of other scripts do not count
 }
 
 TEST(Text, LeadingNumberTakesTheLongestPrefixInAnyLocale) {

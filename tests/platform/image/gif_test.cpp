@@ -110,11 +110,11 @@ TEST(Gif, LoopsForEverWithoutDelaysAndLooksLikeItsImages) {
         EXPECT_GT(psnr(pixels.mid(i * size, size), images[static_cast<std::size_t>(i)].rgb32), 34);
 }
 
-TEST(Gif, KeepsEveryColourOfAImageWithFew) {
+TEST(Gif, KeepsEveryColourOfAnImageWithFew) {
     SKIP_WITHOUT("ffmpeg");
     const testkit::TempDir dir;
     const QString path = dir.path("few.gif");
-    // Dark, and closer together than coarse counting tells.
+    // Dark, and closer together than coarse counting shows.
     const RawFrame image = drawn(64, 64, [](std::uint32_t x, std::uint32_t y) {
         return (10 + x / 8) << 16 | (10 + y / 8) << 8 | (10 + (x + y) / 42);
     });

@@ -83,7 +83,7 @@ TEST(Heif, TransformsGiveTheOrientation) {
                  {box("irot", be(2, 1)), 1, 3},
                  {leftRight, 1, 2},
                  {topBottom, 1, 4},
-                 {leftRight + irot3, 2, 7},  // mirrored, then turned clockwise
+                 {leftRight + irot3, 2, 7},  // mirrored, then rotated clockwise
                  {irot3 + leftRight, 2, 5}}; // the other order is another image
     for (const auto& c : cases) {
         HeifParts parts;
@@ -141,7 +141,7 @@ TEST(Heif, CanonRawTags) {
     EXPECT_EQ(facts->mainTags, "main");
     EXPECT_EQ(facts->photoTags, "photo");
     EXPECT_EQ(facts->gpsTags, "gps");
-    EXPECT_TRUE(facts->pixelSize.isEmpty()) << "the track is a part of the raw picture";
+    EXPECT_TRUE(facts->pixelSize.isEmpty()) << "the track is a part of the raw image";
 }
 
 } // namespace clipheave::platform

@@ -6,7 +6,7 @@ namespace clipheave::platform {
 
 namespace {
 
-/// One second each of red, lime and blue, with a white upper left corner; turned by `degrees`.
+/// One second each of red, lime and blue, with a white upper left corner; rotated by `degrees`.
 QString colourVideo(const testkit::TempDir& dir, int degrees) {
     const QString path = dir.path(u"%1.mov"_s.arg(degrees));
     testkit::ffmpeg("-filter_complex "
@@ -29,13 +29,13 @@ bool isWhite(std::uint32_t pixel) {
 
 } // namespace
 
-TEST(AVAssetImageGenerator, TurnsTheFrameOnlyWhenAsked) {
+TEST(AVAssetImageGenerator, RotatesTheFrameOnlyWhenAsked) {
     SKIP_WITHOUT("ffmpeg");
     const testkit::TempDir dir;
     const struct {
-        int degrees, width, x, y; ///< where the corner is, turned clockwise
-    } turns[] = {{0, 64, 4, 4}, {90, 32, 28, 4}, {180, 64, 60, 28}, {270, 32, 4, 60}};
-    for (const auto& [degrees, width, x, y] : turns) {
+        int degrees, width, x, y; ///< where the corner is, rotated clockwise
+    } rotations[] = {{0, 64, 4, 4}, {90, 32, 28, 4}, {180, 64, 60, 28}, {270, 32, 4, 60}};
+    for (const auto& [degrees, width, x, y] : rotations) {
         const auto asset = AVURLAsset::assetWithPath(colourVideo(dir, degrees));
         ASSERT_TRUE(asset);
         auto generator = AVAssetImageGenerator::initWithAsset(*asset);
@@ -52,7 +52,7 @@ TEST(AVAssetImageGenerator, TurnsTheFrameOnlyWhenAsked) {
     }
 }
 
-TEST(AVAssetImageGenerator, TellsWhenTheFrameBegins) {
+TEST(AVAssetImageGenerator, ReturnsWhenTheFrameBegins) {
     SKIP_WITHOUT("ffmpeg");
     const testkit::TempDir dir;
     const auto asset = AVURLAsset::assetWithPath(colourVideo(dir, 0));

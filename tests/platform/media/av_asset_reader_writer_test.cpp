@@ -198,7 +198,7 @@ TEST_F(ReaderWriterTest, CutsAtTheSessionsStartAndKeepsALateBeginning) {
     }
 }
 
-TEST_F(ReaderWriterTest, GivesTheColoursThatAreMeant) {
+TEST_F(ReaderWriterTest, ReadsAndWritesTheColoursThatAreMeant) {
     const std::array<std::array<int, 3>, 6> colours{
         {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {255, 255, 0}, {32, 192, 64}, {200, 100, 220}}};
     const char* patches = "color=0xFF0000:s=32x64:d=1:r=5[a];color=0x00FF00:s=32x64:d=1:r=5[b];"
@@ -255,23 +255,22 @@ TEST_F(ReaderWriterTest, ShowsWhatTheImageGeneratorShows) {
         auto generator =
             AVAssetImageGenerator::initWithAsset(AVURLAsset::assetWithPath(source).value());
         for (const std::size_t i : {0U, 31U, 74U}) {
-            const auto videoFrame =
+            const auto image =
                 generator.copyCGImageAtTime(samples[i].presentationTimeStamp).value();
             const CVPixelBuffer& buffer = *samples[i].imageBuffer;
-            ASSERT_EQ(buffer.size(), QSize(videoFrame.width, videoFrame.height));
-            for (int y = 0; y < videoFrame.height; ++y)
-                ASSERT_EQ(QByteArrayView(videoFrame.rgb32)
-                              .sliced(y * videoFrame.width * 4, videoFrame.width * 4),
+            ASSERT_EQ(buffer.size(), QSize(image.width, image.height));
+            for (int y = 0; y < image.height; ++y)
+                ASSERT_EQ(QByteArrayView(image.rgb32).sliced(y * image.width * 4, image.width * 4),
                           QByteArrayView(buffer.baseAddress() + y * buffer.bytesPerRow(),
-                                         videoFrame.width * 4))
-                    << options << " picture " << i << " row " << y;
+                                         image.width * 4))
+                    << options << " frame " << i << " row " << y;
         }
     }
 }
 
-TEST_F(ReaderWriterTest, KeepsTheWayRoundAndTheShapeOfThePixels) {
-    const QString source = make("turned.mov", "-vf crop=191:127:exact=1,setsar=4/3 "
-                                              "-pix_fmt yuv444p -c:v libx264 -an"),
+TEST_F(ReaderWriterTest, KeepsTheDisplayMatrixAndThePixelAspectRatio) {
+    const QString source = make("rotated.mov", "-vf crop=191:127:exact=1,setsar=4/3 "
+                                               "-pix_fmt yuv444p -c:v libx264 -an"),
                   target = path("out.mov");
     testkit::rotateClockwise(source, 90);
     const Writing to(target, {191, 127});
@@ -294,7 +293,7 @@ TEST_F(ReaderWriterTest, KeepsTheWayRoundAndTheShapeOfThePixels) {
               0.98);
 }
 
-TEST_F(ReaderWriterTest, WeavesNoFields) {
+TEST_F(ReaderWriterTest, DeinterlacesFields) {
     const QString source = make("fields.mov",
                                 "-vf interlace -flags +ildct+ilme -top 1 -c:v mpeg2video -q:v 1",
                                 "testsrc2=d=3:s=192x128:r=50"),
@@ -307,7 +306,7 @@ TEST_F(ReaderWriterTest, WeavesNoFields) {
               0.98);
 }
 
-TEST_F(ReaderWriterTest, ReadsPastDamageAndTellsWhatCannotBeRead) {
+TEST_F(ReaderWriterTest, ReadsPastDamageAndReportsWhatCannotBeRead) {
     const QString whole = make("whole.mp4", "-c:v libx264 -g 10 -an");
     QByteArray bytes = testkit::TempDir::read(whole);
     const qsizetype payload = bytes.indexOf("mdat") + 4, end = bytes.lastIndexOf("moov") - 4;
@@ -329,7 +328,7 @@ TEST_F(ReaderWriterTest, ReadsPastDamageAndTellsWhatCannotBeRead) {
     EXPECT_EQ(none.reader->error().code, ErrorCode::InvalidData);
     EXPECT_FALSE(none.reader->startReading()) << "a reader reads once";
 
-    const QString audio = make("sound.m4a", "-vn -c:a aac");
+    const QString audio = make("audio.m4a", "-vn -c:a aac");
     const Reading deaf(audio);
     EXPECT_FALSE(deaf.output->copyNextSampleBuffer());
     EXPECT_EQ(
@@ -340,7 +339,7 @@ TEST_F(ReaderWriterTest, ReadsPastDamageAndTellsWhatCannotBeRead) {
             .code,
         ErrorCode::InvalidArgument);
     EXPECT_FALSE(deaf.reader->startReading());
-    EXPECT_FALSE(AVURLAsset::assetWithPath(m_dir.write("t.mp4", "no film at all")));
+    EXPECT_FALSE(AVURLAsset::assetWithPath(m_dir.write("t.mp4", "no video at all")));
 
     const auto asset = AVURLAsset::assetWithPath(whole).value();
     ASSERT_TRUE(QFile::remove(whole));
@@ -371,9 +370,9 @@ TEST_F(ReaderWriterTest, EndsWhereverItIsDropped) {
 }
 
 TEST_F(ReaderWriterTest, LeavesNothingUnlessItIsFinished) {
-    const QString folder = path("storage"), target = folder + u"/film.mov"_s;
+    const QString folder = path("storage"), target = folder + u"/video.mov"_s;
     QDir().mkpath(folder);
-    m_dir.write("storage/film.mov", "an older one");
+    m_dir.write("storage/video.mov", "an older one");
     for (int way = 0; way < 6; ++way) {
         auto to = std::make_unique<Writing>(target, QSize(64, 64));
         ASSERT_TRUE(way == 0 || to->begin());
@@ -392,7 +391,7 @@ TEST_F(ReaderWriterTest, LeavesNothingUnlessItIsFinished) {
         const auto input = way == 2 ? to->input : nullptr;
         to.reset();
         EXPECT_TRUE(input == nullptr || !input->appendSampleBuffer(noise({64, 64}, 200)));
-        EXPECT_EQ(testkit::namesIn(folder), QStringList{u"film.mov"_s}) << way;
+        EXPECT_EQ(testkit::namesIn(folder), QStringList{u"video.mov"_s}) << way;
         EXPECT_EQ(testkit::TempDir::read(target), "an older one") << way;
     }
     // Dropped while it is being finished, by its owner and by the handler itself.
@@ -413,8 +412,8 @@ TEST_F(ReaderWriterTest, LeavesNothingUnlessItIsFinished) {
     }
 }
 
-TEST_F(ReaderWriterTest, TellsThatTheDiskIsFullOrTheFolderGone) {
-    const QString small = path("small"), target = small + u"/film.mov"_s;
+TEST_F(ReaderWriterTest, ReportsAFullDiskAndAMissingFolder) {
+    const QString small = path("small"), target = small + u"/video.mov"_s;
     QDir().mkpath(small);
     const Writing away(target, {64, 64});
     ASSERT_TRUE(away.begin());
@@ -445,7 +444,7 @@ TEST_F(ReaderWriterTest, TellsThatTheDiskIsFullOrTheFolderGone) {
 }
 
 TEST_F(ReaderWriterTest, RefusesWhatIsOutOfOrder) {
-    const QString target = path("film.mov");
+    const QString target = path("video.mov");
     const CMSampleBuffer sample = noise({64, 64}, 3);
     const Writing to(target, {64, 64});
     EXPECT_FALSE(to.input->isReadyForMoreMediaData());
@@ -477,7 +476,7 @@ TEST_F(ReaderWriterTest, RefusesWhatIsOutOfOrder) {
     }
     const Writing blank(path("bad.mov"), {64, 64});
     ASSERT_TRUE(blank.begin());
-    EXPECT_EQ(blank.finish(), WriterStatus::Failed) << "a film has a picture";
+    EXPECT_EQ(blank.finish(), WriterStatus::Failed) << "a video has a frame";
     EXPECT_FALSE(QFile::exists(path("bad.mov")));
 
     EXPECT_FALSE(AVAssetWriter::initWithURL(target, text(AVFileTypeAppleM4A)));
@@ -499,21 +498,21 @@ TEST_F(ReaderWriterTest, RefusesWhatIsOutOfOrder) {
 }
 
 TEST_F(ReaderWriterTest, KeepsFewFramesWaiting) {
-    const Writing to(path("film.mov"), {1280, 720});
+    const Writing to(path("video.mov"), {1280, 720});
     ASSERT_TRUE(to.begin());
     CMSampleBuffer sample = noise({1280, 720}, 0);
-    const std::weak_ptr<CVPixelBuffer> videoFrame = sample.imageBuffer;
+    const std::weak_ptr<CVPixelBuffer> image = sample.imageBuffer;
     int accepted = 0;
     while (to.input->isReadyForMoreMediaData() && accepted < 400) {
         ASSERT_TRUE(to.input->appendSampleBuffer(sample));
         sample.presentationTimeStamp.value = ++accepted;
     }
-    EXPECT_LT(accepted, 400) << "pictures are taken faster than they can be encoded";
+    EXPECT_LT(accepted, 400) << "frames are taken faster than they can be encoded";
     EXPECT_FALSE(to.input->appendSampleBuffer(sample)) << "a full queue refuses";
     EXPECT_EQ(to.writer->status(), WriterStatus::Writing);
     to.writer->cancelWriting();
     sample = {};
-    EXPECT_TRUE(videoFrame.expired());
+    EXPECT_TRUE(image.expired());
 
     CVPixelBufferPool pool({64, 64}, 1);
     auto first = pool.createPixelBuffer().value(), second = pool.createPixelBuffer().value();

@@ -66,13 +66,13 @@ TEST_F(Compositions, AnInsertionInsideATrackSplitsItAndMovesTheRest) {
     insert(track, range(0, 5), 20);
     EXPECT_THAT(segments(track.segments()),
                 ElementsAre(u"0+10 > 0+10", u"0+10 > 10+10", u"0+5 > 20+5", u"10+10 > 25+10"));
-    insert(track, range(3, 1), 40); // beyond the end: an empty stretch before it
+    insert(track, range(3, 1), 40); // beyond the end: a gap before it
     EXPECT_EQ(CMTimeGetSeconds(composition.duration()), 41);
     EXPECT_EQ(track.sourceTracks().size(), track.segments().size());
 
     const auto wrong = track.insertTimeRange_ofTrack_atTime(
         range(0, 1), m_clip, tracksWithMediaType(m_clip, kAudio).front(), kCMTimeZero);
-    EXPECT_FALSE(wrong) << "a sound in a film";
+    EXPECT_FALSE(wrong) << "audio in a video track";
     EXPECT_FALSE(track.insertTimeRange_ofTrack_atTime(
         range(0, 0), m_clip, tracksWithMediaType(m_clip, kVideo).front(), kCMTimeZero));
 }

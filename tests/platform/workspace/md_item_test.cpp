@@ -18,7 +18,7 @@ QByteArray waveFile() {
 
 } // namespace
 
-TEST(MDItem, AnswersWhatTheFileHas) {
+TEST(MDItem, ReturnsWhatTheFileHas) {
     const testkit::TempDir dir;
     const auto file = MediaFile::open(dir.write("Ton.wav", waveFile()));
     ASSERT_TRUE(file);
@@ -86,7 +86,7 @@ TEST(KindText, ThreadsAndSpeed) {
     timer.start();
     for (int n = 0; n < 1000; ++n)
         (void)kindTextForFile(u"a.flac"_s, Container::Flac);
-    EXPECT_LT(timer.elapsed(), 50) << "a known type is answered from memory";
+    EXPECT_LT(timer.elapsed(), 50) << "a known type comes from memory";
 }
 
 } // namespace clipheave::platform

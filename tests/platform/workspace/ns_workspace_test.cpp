@@ -121,9 +121,9 @@ TEST_F(DesktopWithBus, FilesAreShownInTheFileBrowserFromAnyThread) {
     };
     QStringList frames, mirrored;
     for (int i = 0; i < 3600; ++i)
-        frames += u"/out/film_%1.jpg"_s.arg(i);
+        frames += u"/out/video_%1.jpg"_s.arg(i);
     for (int i = 0; i < 50; ++i)
-        mirrored += u"/out/2025/day %1/film.mp4"_s.arg(i);
+        mirrored += u"/out/2025/day %1/video.mp4"_s.arg(i);
     EXPECT_EQ(shownOf(frames), QStringList{u"file:///out"_s});
     EXPECT_EQ(shownOf(mirrored), QStringList{u"file:///out/2025"_s}) << "not fifty windows";
     EXPECT_EQ(shownOf(mirrored.first(2)).size(), 2);

@@ -137,7 +137,7 @@ TEST_F(Export, TakesOtherContainersThroughTheEngine) {
     ASSERT_EQ(exported(*one), Status::Completed) << one->error().text();
     const QByteArray bytes = TempDir::read(m_dir.path("t.mp4"));
     EXPECT_FALSE(bytes.contains("Oldtitle"));
-    EXPECT_EQ(pieces(payloadAt(bytes, "moov")).size(), 4); // mvhd, two tracks, udta
+    EXPECT_EQ(boxesIn(payloadAt(bytes, "moov")).size(), 4); // mvhd, two tracks, udta
     EXPECT_EQ(m_dir.files().size(), 2);
 }
 

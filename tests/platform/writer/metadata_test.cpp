@@ -99,7 +99,7 @@ TEST(Lists, UnchangedItemsComeAcrossByteForByte) {
         HandMade media = fullSource(brand);
         media.beforeMedia = box("free", QByteArray(50, '\0')); // room for any `ftyp`
         media.udta += box("chpl", "chapters") + box("Xtra", "tags");
-        // A free-form entry, two frames in one entry, a number pair.
+        // A free-form entry, two images in one entry, a number pair.
         media.udta.replace(
             0, media.udta.indexOf("dscp") - 4,
             listMeta(box("----", fullBox("mean", "com.apple.iTunes") + fullBox("name", "iTunNORM") +
@@ -116,8 +116,8 @@ TEST(Lists, UnchangedItemsComeAcrossByteForByte) {
         const QByteArray before = TempDir::read(source), after = TempDir::read(target);
         const auto sorted = [](const QByteArray& file, const char* path) {
             QList<QByteArray> boxes;
-            for (const Piece& piece : pieces(payloadAt(file, path)))
-                boxes << piece.type + piece.payload;
+            for (const FoundBox& found : boxesIn(payloadAt(file, path)))
+                boxes << found.type + found.payload;
             boxes.removeIf([](const QByteArray& one) { return one.startsWith("meta"); });
             std::sort(boxes.begin(), boxes.end());
             return boxes;
@@ -172,7 +172,7 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
         EXPECT_EQ(remove(list, !list.isEmpty()), Notes());
         const QByteArray bytes = TempDir::read(target);
         EXPECT_FALSE(bytes.contains("loci") || bytes.contains("ISO6709") || bytes.contains("xyz"));
-        EXPECT_EQ(pieces(payloadAt(bytes, "moov/udta")).size(), 1);
+        EXPECT_EQ(boxesIn(payloadAt(bytes, "moov/udta")).size(), 1);
     }
     // A list of another writer takes out what it blanks; what no list names stays.
     ASSERT_TRUE(write(source, target, Items{newItem("itsk/%A9nam", {})}));
@@ -222,16 +222,16 @@ TEST(Rendering, OfNewItems) {
     EXPECT_TRUE(boxOf(newItem("common/publisher", text("P")), "moov/meta/keys",
                       OutputContainer::QuickTimeMovie)
                     .endsWith("com.apple.quicktime.publisher"));
-    // A frame that has no code is refused and the old one stays.
+    // An image format that has no code is refused and the old one stays.
     auto artwork = newItem("common/artwork", {});
     artwork.value = QByteArray("II*\0 tiff", 9);
     HandMade media;
-    media.udta = listMeta(listText("covr", "\xFF\xD8\xFF old picture"));
+    media.udta = listMeta(listText("covr", "\xFF\xD8\xFF old artwork"));
     const QString source = dir.write("s", media.bytes());
     const auto refused = write(source, dir.path("t"), merged({artwork}, readItems(source)));
     ASSERT_TRUE(refused);
     EXPECT_EQ(refused->notes.size(), 1);
-    EXPECT_TRUE(TempDir::read(dir.path("t")).contains("old picture"));
+    EXPECT_TRUE(TempDir::read(dir.path("t")).contains("old artwork"));
     artwork.value = QByteArray("\x89PNG new");
     ASSERT_TRUE(write(source, dir.path("t"), merged({artwork}, readItems(source))));
     EXPECT_EQ(payloadAt(TempDir::read(dir.path("t")), "moov/udta/meta/ilst/covr/data"),
@@ -252,7 +252,7 @@ TEST(Rendering, WritesOneBoxForSeveralItemsOfOnePlace) {
                      newItem("id3/XXXX", kOld)};
     const QByteArray bytes = rewritten(dir, HandMade().bytes(), list);
     EXPECT_EQ(bytes.count("date"), 1);
-    EXPECT_EQ(pieces(payloadAt(bytes, "moov/udta/meta/ilst")).size(), 2);
+    EXPECT_EQ(boxesIn(payloadAt(bytes, "moov/udta/meta/ilst")).size(), 2);
     EXPECT_EQ(bytes.count("old"), 1); // the album
     // Languages of a key stand side by side.
     auto english = newItem("mdta/com.apple.quicktime.title", kOld);
@@ -261,9 +261,9 @@ TEST(Rendering, WritesOneBoxForSeveralItemsOfOnePlace) {
         rewritten(dir, HandMade().bytes(),
                   Items{english, newItem("mdta/com.apple.quicktime.title", kNew), english});
     EXPECT_EQ(payloadAt(both, "moov/meta/keys").mid(4, 4), be(1, 4));
-    const auto entries = pieces(payloadAt(both, "moov/meta/ilst"));
+    const auto entries = boxesIn(payloadAt(both, "moov/meta/ilst"));
     ASSERT_EQ(entries.size(), 1);
-    const auto values = pieces(entries[0].payload);
+    const auto values = boxesIn(entries[0].payload);
     ASSERT_EQ(values.size(), 2);
     EXPECT_EQ(values[0].payload, be(1, 4) + be(0x15C7, 4) + "old");
     EXPECT_EQ(values[1].payload, be(1, 4) + be(0, 4) + "new");

@@ -66,8 +66,8 @@ TEST_P(EncodedFiles, KeepEverythingButTheMetadata) {
         // The boxes of fragments hold offsets of their own.
         EXPECT_TRUE(before.contains("moof") || keptBoxes(after) == keptBoxes(before));
         EXPECT_FALSE(after.contains("Oldtitle"));
-        EXPECT_EQ(pieces(after).constLast().type == "moov",
-                  !moovFirst && pieces(before).constLast().type == "moov");
+        EXPECT_EQ(boxesIn(after).constLast().type == "moov",
+                  !moovFirst && boxesIn(before).constLast().type == "moov");
         EXPECT_EQ(QString::fromUtf8(exiftool("-s3 -Title", {target})), kNewTitle);
         EXPECT_EQ(validation(target), validation(source));
     }
@@ -219,7 +219,7 @@ TEST(Sources, ThatCannotBeWrittenSayWhy) {
     EXPECT_EQ(TempDir::read(path), HandMade().bytes());
 }
 
-TEST(Sources, OfOddShapesAreWritten) {
+TEST(Sources, OfOddLayoutsAreWritten) {
     const TempDir dir;
     HandMade media;
     // The first of several headers counts; the other would keep the old texts alive.

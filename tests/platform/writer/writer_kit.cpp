@@ -12,8 +12,8 @@ using namespace testkit;
 
 namespace writertest {
 
-QList<Piece> pieces(const QByteArray& bytes, qint64 base) {
-    QList<Piece> found;
+QList<FoundBox> boxesIn(const QByteArray& bytes, qint64 base) {
+    QList<FoundBox> found;
     for (qint64 at = 0; at + 8 <= bytes.size();) {
         qint64 size = qFromBigEndian<quint32>(bytes.constData() + at), head = 8;
         if (size == 1 && at + 16 <= bytes.size()) {
@@ -34,9 +34,9 @@ QByteArray payloadAt(const QByteArray& file, const char* path) {
     QByteArray level = file;
     for (const QByteArray& type : QByteArray(path).split('/')) {
         QByteArray next;
-        for (const Piece& piece : pieces(level)) {
-            if (piece.type == type) {
-                next = piece.payload.isNull() ? QByteArray("") : piece.payload;
+        for (const FoundBox& found : boxesIn(level)) {
+            if (found.type == type) {
+                next = found.payload.isNull() ? QByteArray("") : found.payload;
                 break;
             }
         }
@@ -50,32 +50,32 @@ QByteArray payloadAt(const QByteArray& file, const char* path) {
 
 QByteArray topLevel(const QByteArray& file) {
     QList<QByteArray> types;
-    for (const Piece& piece : pieces(file))
-        types << piece.type;
+    for (const FoundBox& found : boxesIn(file))
+        types << found.type;
     return types.join(' ');
 }
 
 static void keptOfTrack(const QByteArray& payload, const QByteArray& path,
                         QList<QByteArray>& lines) {
-    for (const Piece& piece : pieces(payload)) {
-        const QByteArray name = path + '/' + piece.type;
-        if (piece.type == "mdia" || piece.type == "minf" || piece.type == "stbl")
-            keptOfTrack(piece.payload, name, lines);
-        else if (piece.type != "stco" && piece.type != "co64" && piece.type != "saio")
-            lines << name + ' ' + piece.payload.toHex();
+    for (const FoundBox& found : boxesIn(payload)) {
+        const QByteArray name = path + '/' + found.type;
+        if (found.type == "mdia" || found.type == "minf" || found.type == "stbl")
+            keptOfTrack(found.payload, name, lines);
+        else if (found.type != "stco" && found.type != "co64" && found.type != "saio")
+            lines << name + ' ' + found.payload.toHex();
     }
 }
 
 QList<QByteArray> keptBoxes(const QByteArray& file) {
     QList<QByteArray> lines;
-    for (const Piece& piece : pieces(file)) {
-        if (piece.type == "ftyp" || piece.type == "free")
+    for (const FoundBox& found : boxesIn(file)) {
+        if (found.type == "ftyp" || found.type == "free")
             continue;
-        if (piece.type != "moov") {
-            lines << piece.type + ' ' + piece.payload.toHex();
+        if (found.type != "moov") {
+            lines << found.type + ' ' + found.payload.toHex();
             continue;
         }
-        for (const Piece& child : pieces(piece.payload)) {
+        for (const FoundBox& child : boxesIn(found.payload)) {
             if (child.type == "trak")
                 keptOfTrack(child.payload, "moov/trak", lines);
             else if (child.type != "udta" && child.type != "meta")
@@ -87,17 +87,17 @@ QList<QByteArray> keptBoxes(const QByteArray& file) {
 }
 
 QList<QByteArray> chunkHeads(const QByteArray& file) {
-    const QList<Piece> top = pieces(file);
+    const QList<FoundBox> top = boxesIn(file);
     // Up to 64 bytes; what stands behind the last chunk is none of it.
     const auto head = [&](qint64 offset) {
         qint64 end = file.size();
-        for (const Piece& piece : top)
-            if (piece.offset > offset)
-                end = std::min(end, piece.offset);
+        for (const FoundBox& found : top)
+            if (found.offset > offset)
+                end = std::min(end, found.offset);
         return file.mid(offset, std::min<qint64>(64, end - offset));
     };
     QList<QByteArray> heads;
-    for (const Piece& track : pieces(payloadAt(file, "moov"))) {
+    for (const FoundBox& track : boxesIn(payloadAt(file, "moov"))) {
         if (track.type != "trak")
             continue;
         for (const int width : {4, 8}) {

@@ -12,12 +12,12 @@ using namespace clipheave::platform;
 using Items = QList<AVMetadataItem>;
 
 /// A box of a file, found by a walk that shares nothing with the program's.
-struct Piece {
+struct FoundBox {
     QByteArray type;
     qint64 offset = 0;
     QByteArray payload;
 };
-[[nodiscard]] QList<Piece> pieces(const QByteArray& bytes, qint64 base = 0);
+[[nodiscard]] QList<FoundBox> boxesIn(const QByteArray& bytes, qint64 base = 0);
 /// The payload of the first box on a path like "moov/udta"; null when there is none.
 [[nodiscard]] QByteArray payloadAt(const QByteArray& file, const char* path);
 /// The types on the top level, one after the other: "ftyp mdat moov".
@@ -31,7 +31,7 @@ struct Piece {
 
 /// FFmpeg's hash of each stream's packets; empty when it cannot read the file.
 [[nodiscard]] QByteArray mediaHash(const QString& path);
-/// Encodes two seconds of frame and tone with further ffmpeg options.
+/// Encodes two seconds of video and a tone with further ffmpeg options.
 [[nodiscard]] QString encode(const testkit::TempDir& dir, const QString& name,
                              const QByteArray& options);
 
