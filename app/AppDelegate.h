@@ -176,12 +176,12 @@ public:
                                             const video::VideoJobRequest& request);
     void RemoveAudioMediaFileFileThreader(video::VideoJobs& jobs,
                                           const video::VideoJobRequest& request);
-    /// Every export of a worker is on its way: the busy indicator rests. The exports may still run.
+    /// A worker has started all its exports, which may still run: stops the busy indicator.
     void BatchVideosItemCompleteToMainThread();
 
-    /// A command of a tool that is still to come: a line in the activity log.
+    /// Logs that a command is not available yet.
     Q_INVOKABLE void notAvailableYet(const QString& command);
-    /// Runs the command of this fixed name, or says that it is not available yet. `title`: the
+    /// Runs the command of this fixed name, or logs that it is not available yet. `title`: the
     /// fixed title of the menu entry, empty for a button.
     void performCommand(const QString& name, const QString& title = {});
 

@@ -42,7 +42,7 @@ void addOptions(QCommandLineParser& parser) {
                                  tr("[PATH…]"));
 }
 
-/// The one that was asked for, else what the user chose last.
+/// The appearance of this name; for another name the one that the user chose last.
 app::Appearance appearanceOf(const QString& name, const QSettings& settings) {
     if (name == u"light")
         return app::Appearance::Light;
@@ -54,7 +54,7 @@ app::Appearance appearanceOf(const QString& name, const QSettings& settings) {
     return static_cast<app::Appearance>(std::clamp(stored, 0, 2));
 }
 
-/// What stands in the activity log stands on the console as well.
+/// Prints a line of the activity log on standard error.
 void printLine(const app::ActivityLogLine& line) {
     const QString text =
         line.path.isEmpty() ? line.text : line.path + QStringLiteral(": ") + line.text;

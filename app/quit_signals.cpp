@@ -17,7 +17,7 @@ namespace clipheave::app {
 
 namespace {
 
-volatile std::sig_atomic_t s_toEventLoop = -1; ///< a pipe: a handler may do no more than write
+volatile std::sig_atomic_t s_toEventLoop = -1; ///< a pipe: a handler may only write
 volatile std::sig_atomic_t s_signal = 0;
 std::atomic<std::int64_t> s_first{0}; ///< when it came, in ms
 static_assert(std::atomic<std::int64_t>::is_always_lock_free);

@@ -52,8 +52,8 @@ private:
     std::unique_ptr<platform::LogSubscription> m_subscription;
 };
 
-/// Writes to standard output; everything that goes there takes this way, so that a closed pipe or
-/// full disk is noticed. Returns false, with a message on standard error, when it cannot.
+/// Writes to standard output; all output is written by this function, so that a closed pipe or full
+/// disk is noticed. Returns false, with a message on standard error, when it cannot.
 [[nodiscard]] bool printOut(const QByteArray& bytes);
 /// Writes a message to the user on standard error, "clipheave-cli: TEXT".
 void printError(const QString& text);

@@ -9,7 +9,7 @@ namespace clipheave::cli {
 
 namespace {
 
-/// Fields of the photo pane alone. Their names are known, so they are no usage error, but videos
+/// Fields of the photo pane alone. Their names are known, so they are not a usage error, but videos
 /// and audio files fail with them.
 constexpr const char* kOtherKindsFields[] = {
     "make",       "fileMake", "model",   "fileModel", "imageDescription",

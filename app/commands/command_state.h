@@ -5,7 +5,7 @@
 
 namespace clipheave::app {
 
-/// What the dispatcher and the start leave for the commands. Main thread.
+/// What the dispatcher and the start set for the commands. Main thread.
 struct CommandState {
     unsigned macOsVer = 0; ///< minor number of the system's version
     QString title;         ///< fixed title of the menu entry whose command runs; empty: a button

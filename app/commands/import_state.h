@@ -8,7 +8,7 @@
 
 namespace clipheave::app {
 
-/// What imports leave behind for the commands after them. Main thread, but for `stopping`.
+/// What imports set for later commands. Main thread, except `stopping`.
 struct ImportState {
     bool blocalMode = true; ///< the list holds files of this computer
     /// Whether the last import walked a folder, and which: jobs keep its structure in the storage

@@ -20,13 +20,13 @@ class JobBoard;
 struct ImportState;
 
 /// Imports into the list, each with a row in the activity panel, which can try failed files again.
-/// Reads on threads of its own; everything else, the signals too, is the main thread's.
+/// Reads on threads of its own; everything else, signals included, is on the main thread.
 class Importer : public QObject {
     Q_OBJECT
 public:
     Importer(ImportState& state, ItemList& list, ActivityModel& activity, JobBoard& board);
 
-    /// Reads files and folders; as `photos`, files alone.
+    /// Reads files and folders; with `photos`, files only.
     void start(const QStringList& paths, bool photos);
 
 Q_SIGNALS:

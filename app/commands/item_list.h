@@ -12,7 +12,7 @@
 
 namespace clipheave::app {
 
-/// The media list in import order, which commands count by; it fills the list that is shown.
+/// The media list in import order, by which commands number its rows. Fills the list that is shown.
 /// Main thread.
 class ItemList {
 public:
@@ -34,7 +34,7 @@ public:
     /// Puts changed copies in the place of the items of these paths and shows them; returns both.
     /// Who holds an item keeps it as it was.
     ItemChanges change(const QStringList& paths, const media::ItemChange& change);
-    /// Takes items off the list, which then stands in import order.
+    /// Removes the items that `goes` accepts; the list then stands in import order.
     void remove(const std::function<bool(const media::IKImageItem&)>& goes);
 
 private:

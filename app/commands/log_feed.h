@@ -10,8 +10,8 @@ namespace clipheave::app {
 class ActivityModel;
 class JobBoard;
 
-/// Brings what the layers below log, on whichever thread, into the activity log; a line about a
-/// file that is being written goes to the log of that job. Belongs to the main thread.
+/// Takes the log lines of all layers and threads into the activity log; a line about a file that is
+/// being written goes to the log of that job. Belongs to the main thread.
 class LogFeed : public QObject {
     Q_OBJECT
 public:

@@ -17,7 +17,7 @@ struct PaneState {
     /// longitude in y.
     QPointF currentCoords;
 
-    /// Another item is shown; nothing is edited yet.
+    /// Sets the shown item; nothing of it is edited yet.
     void show(const media::ItemPointer& item) {
         shownItem = item;
         flags = {};

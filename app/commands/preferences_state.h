@@ -7,7 +7,7 @@
 
 namespace clipheave::app {
 
-/// The preference values in force and what belongs to choosing them. Main thread.
+/// The preference values in force and the choices that are not stored with them. Main thread.
 struct PreferencesState {
     media::Preferences values;
     QColor currentFontColor = Qt::white; ///< not stored: white at every start

@@ -43,7 +43,7 @@ void setCustomControlsEnabled(const RenameControls& controls, bool enabled) {
     controls.checkStartNumber->setEnabled(enabled);
 }
 
-/// Deliberate: the job ends like any other, only that it has no row.
+/// Deliberate: the job ends like any other but has no row.
 void nothingToRename(AppDelegate& controller) {
     const auto end = [&controller] {
         controller.activity()->addLog(AppDelegate::tr("Rename: no file is selected"));
@@ -75,7 +75,7 @@ void AppDelegate::connectRename() {
     RenameJobs* jobs = m_renameJobs.get();
     connect(jobs, &RenameJobs::progressed, this,
             &AppDelegate::RefreshRenamePhotoProcessToMainThread);
-    // A window that is open again plans with the names of now.
+    // A window that was opened again plans with the current names.
     connect(jobs, &RenameJobs::ended, this, &AppDelegate::refreshRenameItems);
     connect(jobs, &RenameJobs::renamed, this, &AppDelegate::RenamePhotoFinishedHanderToMainThread);
     connect(jobs, &RenameJobs::ended, this, &AppDelegate::renameFinished);

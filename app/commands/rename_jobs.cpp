@@ -106,7 +106,7 @@ void RenameJobs::takeRenamed(const batch::RenameBatch& batch, std::vector<JobArr
 void RenameJobs::takeRestored(std::vector<JobArrival>& arrivals) {
     QStringList restored;
     for (JobArrival& arrival : arrivals) {
-        // A file that stays although it was to get its old name back is no failure to try again:
+        // A file that was to get its old name back and stays is not a failure to try again:
         // another try would undo the rename before it.
         if (arrival.file.state == FileState::Failed)
             arrival.file.state = FileState::Skipped;

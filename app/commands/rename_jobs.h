@@ -36,11 +36,11 @@ public:
     using ChangeItems =
         std::function<void(const QStringList& paths, const media::ItemChange& change)>;
 
-    /// `changeItems` changes the items of the list. What is referred to outlives the jobs.
+    /// `changeItems` changes the items of the list. All references outlive the jobs.
     RenameJobs(RenameState& state, ActivityModel& activity, JobBoard& board, Workspace& workspace,
                ChangeItems changeItems);
 
-    /// Renames as `batch` says; `order` is its work.
+    /// Starts the rename that `batch` describes; `order` runs it.
     void rename(const std::shared_ptr<batch::RenameBatch>& batch, jobs::RunOrder order);
     /// Gives the files of the last rename their old names back.
     void undo();

@@ -3,7 +3,7 @@
 
 namespace clipheave::app {
 
-/// What the rename window was asked for. Main thread.
+/// The mode of the rename window and its running jobs. Main thread.
 struct RenameState {
     bool useCustomName = true; ///< a custom text, not metadata tags
     int running = 0;           ///< renames and undoings under way

@@ -55,7 +55,7 @@ void observeNotifications(AppDelegate& controller) {
             [&controller, handler = handler](QObject* object) { (controller.*handler)(object); });
 }
 
-/// What the window alone asks for goes to its command.
+/// Connects the requests of the window to their commands.
 void connectCommands(const MainWindow& window, AppDelegate& controller) {
     const auto to = [&](auto signal, auto slot) {
         QObject::connect(&window, signal, &controller, slot);

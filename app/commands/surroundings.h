@@ -20,7 +20,7 @@ class QWidget;
 
 namespace clipheave::app {
 
-/// Asks the user what must be answered before a command goes on.
+/// Questions that the user must answer before a command goes on.
 class Alerts {
 public:
     virtual ~Alerts() = default;
@@ -30,7 +30,7 @@ public:
                     const QStringList& buttons) = 0;
 };
 
-/// Asks the user for paths, without blocking. A cancelled chooser calls nothing back.
+/// Asks the user for paths, without blocking. Cancelling calls nothing back.
 class FileChooser {
 public:
     virtual ~FileChooser() = default;
@@ -49,7 +49,7 @@ class StylePanels {
 public:
     virtual ~StylePanels() = default;
     /// The one font panel, brought to the front: `first` is chosen in it when it opens, `changed`
-    /// gets each other choice.
+    /// gets each later choice.
     virtual void showFontPanel(QWidget* parent, const QFont& first,
                                std::function<void(const QFont&)> changed) = 0;
     /// A colour; the panel opens with `current`. A cancelled one calls nothing back.
@@ -70,13 +70,13 @@ public:
 class Workspace {
 public:
     virtual ~Workspace() = default;
-    /// Shows files selected in the file browser. Never fails loudly.
+    /// Shows files selected in the file browser. Failures are not reported.
     virtual void selectFiles(const QStringList& paths) = 0;
     /// Opens web pages, mail drafts and files in their usual program; false when there is none.
     virtual bool openUrl(const QUrl& url) = 0;
 };
 
-/// Returns the time of day of now, in local time.
+/// Returns the current date and time, in local time.
 using Clock = std::function<QDateTime()>;
 
 /// What the controller reaches outside its process. None of it is ever null.

@@ -89,7 +89,7 @@ void AppDelegate::detachVideoWorker(VideoWorker worker, const QString& activity)
         return showNoSelectionAlert();
     BoardJob job;
     job.title = activity.contains(u"%1") ? activity.arg(m_command->title) : activity;
-    // A merge without the others is none.
+    // A merge is tried again with all its files: of some it would be another merge.
     const bool merges = worker == &AppDelegate::MergeVideoMediaFileFileThreader;
     job.order = video::videoOrder(
         [this, worker](auto& jobs, const auto& request) { (this->*worker)(jobs, request); },

@@ -14,8 +14,8 @@ struct BoardJob;
 struct WriteReport {
     ActivityModel& activity;
     Workspace& workspace;
-    std::function<void()> ended; ///< after the row of a job
-    bool withSizes = false;      ///< the jobs are about sizes: their summaries give them
+    std::function<void()> ended; ///< called when the row of a job has ended
+    bool withSizes = false;      ///< summaries give the sizes before and after
 
     /// Fills in what the job calls when outcomes come and when it has ended.
     void attachTo(BoardJob& job) const;

@@ -128,7 +128,7 @@ int JobBoard::start(const BoardJob& job, const std::vector<std::size_t>& items) 
         entry.sources.insert(job.order.sources[static_cast<qsizetype>(item)]);
     m_activity.setCanCancel(id, true);
     m_progressTimer.start();
-    // Looking at files, reading headers and copying take their time: not on this thread.
+    // Looking at files, reading headers and copying take time: not on this thread.
     platform::BackgroundJob::detach([run = entry.run] { run->perform(); });
     return id;
 }

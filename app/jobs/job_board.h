@@ -24,7 +24,7 @@ struct JobArrival {
 struct BoardJob {
     QString title; ///< of its row
     jobs::RunOrder order;
-    /// Outcomes that came since the last call; the rows may still be changed.
+    /// Gets the outcomes since the last call, and may change what the panel will show of them.
     std::function<void(int job, std::vector<JobArrival>& arrivals)> took;
     std::function<void(int job)> workReturned; ///< exports may still run
     /// Ends the row; without it the row ends with a summary of the counts.
@@ -32,7 +32,7 @@ struct BoardJob {
 };
 
 /// The runs of the window: each has a row in the activity panel, can be cancelled there, and tried
-/// again as it was asked for. Main thread only.
+/// again with the same request. Main thread only.
 class JobBoard : public QObject {
     Q_OBJECT
 public:
@@ -42,9 +42,9 @@ public:
     /// Starts the run on a thread of its own; returns the row's id. No output replaces one of the
     /// files that the list holds then.
     int start(const BoardJob& job);
-    /// The files of the list, asked at each start.
+    /// Sets what returns the files of the list; called at each start.
     void setListedFiles(std::function<QStringList()> listedFiles);
-    /// Another try for a row that is not the board's: gets the failed files.
+    /// Sets the retry of a row that the board did not start; it gets the failed files.
     void setRetry(int job, std::function<void(const QStringList& failed)> retry);
 
     void retry(int job);
@@ -52,7 +52,7 @@ public:
     void cancelAll();
     [[nodiscard]] bool isIdle() const; ///< no run is under way
     [[nodiscard]] bool isRunning(int job) const;
-    /// Returns the row whose running job is about this file; 0 for none.
+    /// Returns the row whose running job works on this file; 0 for none.
     [[nodiscard]] int jobOfFile(const QString& path) const;
     /// Returns how many rows could be tried again or still run.
     [[nodiscard]] std::size_t keptJobs() const { return m_entries.size(); }

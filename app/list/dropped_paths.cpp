@@ -20,7 +20,7 @@ constexpr double kOutlineRadius = 6;
 constexpr int kPillHeight = 32;
 constexpr double kVeil = 0.08;
 
-/// The path of a "file:" address; null for any other. QUrl would lose bytes that are no UTF-8.
+/// The path of a "file:" address; null for any other. QUrl would lose bytes that are not UTF-8.
 QString pathOfAddress(QByteArray address) {
     if (!address.startsWith("file:"))
         return {};

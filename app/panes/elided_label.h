@@ -5,8 +5,8 @@
 
 namespace clipheave::app {
 
-/// A line that gives way where there is no room for it: shortened as it is drawn, whole in text()
-/// and in its tool tip.
+/// A line of text that is elided where it has too little room: shortened when drawn, whole in
+/// text() and in its tool tip.
 class ElidedLabel : public TokenLabel {
     Q_OBJECT
 public:

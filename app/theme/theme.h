@@ -80,9 +80,9 @@ public:
     /// The colour with its opacity multiplied by `opacity` (0 to 1).
     [[nodiscard]] QColor color(Token token, double opacity) const;
     [[nodiscard]] QFont font(FontRole role) const;
-    /// What the system font asks for: 1 at 13 px, never smaller, at most 2.
+    /// Scale of the system font: 1 at 13 px and below, at most 2.
     [[nodiscard]] double fontScale() const { return m_scale; }
-    /// A width that text of the design's size fills, in px for the size of the system font.
+    /// A width of the design, in px at a system font of 13 px, for the system font as it is.
     [[nodiscard]] int scaled(int width) const { return qRound(width * m_scale); }
     /// The style sheet of the current colours.
     [[nodiscard]] QString styleSheet() const;
@@ -93,7 +93,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
-    /// After new colours were applied: widgets that keep images of their own drop them here.
+    /// New colours are in force: widgets drop the images that they have cached.
     void changed();
 
 private:

@@ -3,7 +3,7 @@
 
 namespace clipheave::app {
 
-/// Makes the built-in files (":/icons", ":/images", ":/theme", ":/map") known; more calls do
+/// Makes the built-in files (":/icons", ":/images", ":/theme", ":/map") known. Further calls do
 /// nothing.
 void initThemeResources();
 

@@ -17,7 +17,7 @@ constexpr double kLongestCut = 40;
 /// World widths in px from which corners are rounded, once more at each: there the data's own
 /// points are many px apart and a coast of straight lines would look like a mistake.
 constexpr double kRoundingScales[] = {100000, 300000, 1000000};
-/// The map's upper and lower edge are no coast.
+/// The map's upper and lower edges are not coasts.
 constexpr double kMapEdge = 0.99995;
 
 struct PixelRect {

@@ -21,7 +21,7 @@ struct DispatchRow {
 
 /// One entry of a menu. A null title is a separator.
 struct MenuEntry {
-    const char* title;    ///< fixed: by it a command with several entries knows which was chosen
+    const char* title;    ///< fixed: identifies the entry to a command that has several
     const char* command;  ///< fixed name of the operation
     const char* shortcut; ///< portable text, null: none
     const MenuEntry* submenu = nullptr; ///< then the entry opens it and has no command

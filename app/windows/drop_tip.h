@@ -6,7 +6,7 @@
 
 namespace clipheave::app {
 
-/// The list's place while it is empty: takes dropped files and folders and says so.
+/// Stands in place of an empty list: asks for files and folders and takes those that are dropped.
 class DropTip : public QWidget {
     Q_OBJECT
 public:

@@ -50,7 +50,7 @@ protected:
     }
 };
 
-/// A warning is read to its end: two small lines where one does not fit.
+/// A warning is never elided: it takes two small lines where one does not fit.
 class NoteLabel : public ElidedLabel {
 public:
     explicit NoteLabel(QWidget* parent)

@@ -9,8 +9,8 @@ class ElidedLabel;
 class Segment;
 class SummaryLabel;
 
-/// The band above the list: which view, what is selected, add and remove. When it is too narrow for
-/// both, the warning about the order stays and the summary goes.
+/// The band above the list: choice of the view, summary of the selection, add and remove. Where it
+/// is too narrow for the summary and the warning about the order, the summary is hidden.
 class ListHead : public QWidget {
     Q_OBJECT
 public:

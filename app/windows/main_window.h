@@ -27,7 +27,7 @@ struct MenuEntry;
 class TitleBar;
 
 /// The single window: tools on top, list and detail pane in the middle, activity at the bottom. It
-/// shows and reports; what a command does is the controller's.
+/// shows and emits signals; the controller carries out the commands.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
@@ -40,7 +40,8 @@ public:
     [[nodiscard]] PhotoGrid* photoGrid() const { return m_grid; }
     [[nodiscard]] ActivityPanel* activityPanel() const { return m_activityPanel; }
 
-    /// Off for a window that is only painted: its size is not the user's.
+    /// Whether the layout is stored. Off for a window that is only painted into a file: its size is
+    /// not the user's choice.
     void setKeepsLayout(bool keeps) { m_keepsLayout = keeps; }
 
     // Selection, in rows of the view that is shown
@@ -82,7 +83,7 @@ public:
     void setJobProgressVisible(bool visible);
     void setCameraProgressVisible(bool visible);
 
-    /// What was dropped on a drop area or artwork well last.
+    /// The paths that were dropped last on a drop area or artwork well.
     [[nodiscard]] QStringList droppedPaths(QObject* view) const;
 
 Q_SIGNALS:

@@ -15,7 +15,7 @@ struct OpenPanel {
     enum Mode { FilesAndFolders, FilesOnly };
 
     /// `chosen` gets at least one absolute path, and only when the user accepts. `settings`, which
-    /// outlive the panel, keep the folder that was chosen from last.
+    /// outlive the panel, keep the folder of the last choice.
     static void open(QWidget* parent, const QString& message, Mode mode, QSettings& settings,
                      std::function<void(const QStringList&)> chosen);
 };

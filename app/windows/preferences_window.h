@@ -15,14 +15,14 @@ class ColourWell;
 class Segment;
 class StampPreview;
 
-/// The preferences: storage folder, date stamp, appearance. It shows and reports; what is stored is
-/// the controller's. Movable, not modal.
+/// The preferences: storage folder, date stamp, appearance. It shows and emits signals; the
+/// controller stores the values. Movable, not modal.
 class PreferencesWindow : public OwnWindow {
     Q_OBJECT
 public:
     explicit PreferencesWindow(QWidget* parent);
 
-    /// Fills the controls. A stored title that is none of a pop-up's chooses nothing in it.
+    /// Fills the controls. A pop-up that does not have the stored title shows no choice.
     void show(const media::Preferences& preferences, const QColor& fontColor);
     /// Brings the window up.
     void present();
@@ -34,10 +34,10 @@ public:
     [[nodiscard]] QString dateFormat() const;
     /// "Lucida Grande 24".
     [[nodiscard]] QString fontLabel() const;
-    /// What the font panel chose.
+    /// The choice of the font panel; `size` in points.
     void setStampFont(const QString& family, int size);
     [[nodiscard]] QColor fontColor() const;
-    /// What the colour panel chose.
+    /// The choice of the colour panel.
     void setStampColor(const QColor& color);
     [[nodiscard]] StampPreview* preview() const { return m_preview; }
 

@@ -34,7 +34,7 @@ QString folderOf(const QString& path) {
     return platform::deletingLastPathComponent(path);
 }
 
-/// Only what will happen otherwise than the user may expect gets an image.
+/// Only rows that end otherwise than the user may expect get an image.
 bool isWarning(batch::RenameNote note) {
     return note != batch::RenameNote::None && note != batch::RenameNote::NoTitle;
 }
@@ -180,7 +180,7 @@ QString RenamePreviewModel::newName(const batch::RenameMove& move) {
 }
 
 QString RenamePreviewModel::hint(const batch::RenameMove& move) {
-    if (move.stays) // the reason stands in the note; where there is none, nobody wants another name
+    if (move.stays) // the note has the reason; without one no other name was wanted
         return move.note == batch::RenameNote::None ? QString() : tr("keeps its name");
     const QString folder = folderOf(move.target);
     if (folder == folderOf(move.source))

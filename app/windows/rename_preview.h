@@ -10,7 +10,7 @@
 
 namespace clipheave::app {
 
-/// What a rename will do, line by line: the plan itself, shown.
+/// The plan of a rename as a table, a row for each file.
 class RenamePreviewModel : public QAbstractTableModel {
     Q_OBJECT
 public:
@@ -20,12 +20,13 @@ public:
 
     void setPlan(std::vector<batch::RenameMove> plan);
     [[nodiscard]] const std::vector<batch::RenameMove>& plan() const { return m_plan; }
-    /// How many files leave their folder.
+    /// How many files move to another folder.
     [[nodiscard]] int leavingCount() const;
 
     /// The name that the file will have.
     [[nodiscard]] static QString newName(const batch::RenameMove& move);
-    /// What is to be known beside it: the folder that it goes to, or that it stays.
+    /// The text beside that name: the folder that the file moves to, or that it keeps its name;
+    /// empty for a new name in the same folder.
     [[nodiscard]] static QString hint(const batch::RenameMove& move);
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
@@ -38,7 +39,7 @@ private:
     std::vector<batch::RenameMove> m_plan;
 };
 
-/// The table of current and new names. It is read, not chosen from; the keys scroll it.
+/// The table of current and new names. Nothing in it can be selected; the keys scroll it.
 class RenamePreview : public QTableView {
     Q_OBJECT
 public:
@@ -48,7 +49,7 @@ public:
     [[nodiscard]] RenamePreviewModel* previewModel() const { return m_model; }
 
 Q_SIGNALS:
-    /// The keys go here now, or no longer.
+    /// The keyboard focus has come (true) or gone.
     void focusShown(bool shown);
 
 protected:

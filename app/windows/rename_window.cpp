@@ -207,7 +207,7 @@ void RenameWindow::connectControls() {
             &RenameWindow::refreshSoon);
 }
 
-/// The accent outline goes to the mode that counts; without either of them all else is dim.
+/// The chosen mode gets the accent outline; when names are kept, both bodies are disabled.
 void RenameWindow::chooseCard() {
     const RenameControls& all = m_controls;
     const bool keeps = all.keepCurrentFileNameBtn->isChecked();
@@ -247,7 +247,7 @@ void RenameWindow::present() {
     activateWindow();
 }
 
-/// Many changes of one moment are one plan.
+/// All changes within one pass of the event loop make one plan.
 void RenameWindow::refreshSoon() {
     if (m_refreshDue)
         return;

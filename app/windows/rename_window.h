@@ -28,13 +28,13 @@ struct RenameControls {
     TemplateField* filenameFormatstrlab = nullptr;
     QComboBox *addTagsButton = nullptr, *tagpostionButton = nullptr, *renameDateFormatBtn = nullptr;
     QCheckBox *keepFileNameBtn = nullptr, *replaceInvaidStrBtn = nullptr, *seqNumBtn = nullptr;
-    QCheckBox* AddSuffixStrBtn = nullptr; ///< nothing asks for it; never shown
+    QCheckBox* AddSuffixStrBtn = nullptr; ///< no command reads it; never shown
     Button *saveBtn = nullptr, *cancelBtn = nullptr;
 };
 
 /// New names for the selected files: one text for all of them, or a template of tag words, with a
-/// table of what will become of each file. It shows and reports; the rename is the controller's.
-/// Movable, not modal.
+/// preview of every file. It shows and emits signals; the controller runs the rename. Movable, not
+/// modal.
 class RenameWindow : public OwnWindow {
     Q_OBJECT
 public:
@@ -42,13 +42,13 @@ public:
 
     [[nodiscard]] const RenameControls& controls() const { return m_controls; }
     [[nodiscard]] RenamePreview* preview() const { return m_preview; }
-    /// What the controls ask for.
+    /// The rename that the controls describe.
     [[nodiscard]] batch::RenameRequest request() const;
-    /// The files of the table; the folders around them are read again.
+    /// Sets the files of the table. Their folders are read again.
     void setItems(std::vector<media::ItemPointer> items, const QString& storagelocation);
     /// Brings the window up.
     void present();
-    /// How many plans were made for the table: one a turn of the event loop at most.
+    /// How many plans were made for the table: at most one per pass of the event loop.
     [[nodiscard]] int planCount() const { return m_planCount; }
 
     void reject() override;
@@ -60,7 +60,7 @@ Q_SIGNALS:
     void keepExistingClicked();
     void cancel();
     void save();
-    /// The user comes back to it: files may have changed meanwhile.
+    /// The window is active again: files may have changed meanwhile.
     void activated();
 
 protected:

@@ -13,11 +13,10 @@ class StampPreview : public QWidget {
 public:
     explicit StampPreview(QWidget* parent = nullptr);
 
-    /// `position` and `dateFormat`: titles of the pop-up lists. A position that is none of them
-    /// stands at the lower left, a format that is none of them leaves the date as it is recorded,
-    /// as on the stamped photos.
+    /// `position` and `dateFormat`: titles of the pop-up lists. An unknown position means the lower
+    /// left corner, an unknown format the date as it is recorded, as on the stamped photos.
     void setStamp(const QString& position, const QString& dateFormat);
-    /// Points; the image is small, so that the size is shown only within what fits.
+    /// `size` in points; the preview is small and shows only sizes that fit.
     void setStampFont(const QString& family, int size);
     void setStampColor(const QColor& color);
     [[nodiscard]] QString stampText() const { return m_text; }

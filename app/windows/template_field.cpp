@@ -32,7 +32,7 @@ TemplateField::TemplateField(QWidget* parent) : QLineEdit(parent) {
     });
 }
 
-/// A line of text takes formats for its letters in one way only: as an input method gives them.
+/// A line edit takes text formats in one way only: from an input method.
 void TemplateField::tintWords() {
     QTextCharFormat word;
     word.setForeground(Theme::instance().color(Token::accentText, isEnabled() ? 1 : kDisabledTint));
@@ -65,8 +65,8 @@ void TemplateField::paintEvent(QPaintEvent* event) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setClipRect(rect().adjusted(4, 3, -4, -3));
     painter.setPen(Qt::NoPen);
-    // Deliberate: over the letters, where their own colour hardly takes it on; a line of text lets
-    // nothing be drawn between its ground and its letters.
+    // Deliberate: over the text, whose colour hardly changes by it; a line edit lets nothing be
+    // drawn between background and text.
     painter.setBrush(Theme::instance().color(Token::accent,
                                              isEnabled() ? kChipTint : kChipTint * kDisabledTint));
     for (const batch::TagWordSpan& span : batch::tagWordSpans(text())) {
