@@ -173,7 +173,7 @@ Result<RenameJournal> RenameJournal::openLast() {
     while (!names.isEmpty()) {
         Result<RenameJournal> journal =
             open(platform::appendingPathComponent(stateFolder(), names.takeLast()));
-        // One that has just been dropped, or that is none, leaves its turn to the one before.
+        // One that has just been dropped, or that is not one, is passed over for the one before.
         if (journal || (journal.error().code != ErrorCode::NotFound &&
                         journal.error().code != ErrorCode::InvalidData))
             return journal;

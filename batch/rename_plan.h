@@ -82,8 +82,9 @@ struct RenameSurroundings {
 /// The disk as it is now: each folder is listed once, at its first use. Copies share the listings.
 [[nodiscard]] RenameSurroundings surroundingsOnDisk();
 
-/// One move an item, in order: they are to be made one after the other, so each line knows what
-/// those before it take and leave. Pure apart from what it asks of `surroundings`.
+/// One move per item, in order. They are carried out one after the other, so each line takes the
+/// names into account that those before it take and leave. Pure apart from its questions to
+/// `surroundings`.
 [[nodiscard]] std::vector<RenameMove> planRename(const RenameRequest& request,
                                                  const std::vector<media::ItemPointer>& items,
                                                  const RenameSurroundings& surroundings);

@@ -24,19 +24,18 @@ namespace clipheave::jobs {
 /// stands; null when it would lead out of the storage folder.
 [[nodiscard]] QString titledOutputPath(const WriteRequest& request);
 
-/// Gives out the output paths of one run. Thread-safe.
+/// Assigns the output paths of one run. Thread-safe.
 class OutputPaths {
 public:
     /// No output replaces one of these files, whatever leads to it.
     void protect(const QStringList& sources);
-    /// `wanted`, or the first of "B 2.E", "B 3.E" … that is neither a protected file nor was given
-    /// out in this run. Any other file there is the run's to replace: a run made again replaces
-    /// all of its outputs.
+    /// `wanted`, or the first of "B 2.E", "B 3.E" … that is neither a protected file nor was
+    /// assigned in this run. Any other file there is the run's to replace: a run made again
+    /// replaces all of its outputs.
     [[nodiscard]] QString claim(const QString& wanted);
-    /// `wanted`, or the first free name when it is a protected file; the same name as often as it
-    /// is asked for.
+    /// `wanted`, or the first free name when it is a protected file; the same name at every call.
     [[nodiscard]] QString claimShared(const QString& wanted) const;
-    /// False when `path` was given out in this run already.
+    /// False when `path` was assigned in this run already.
     [[nodiscard]] bool claimExactly(const QString& path);
 
     /// True when the path leads to a protected file.

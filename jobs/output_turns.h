@@ -14,7 +14,7 @@ namespace clipheave::jobs {
 
 class OutputTurns;
 
-/// The turn of one export at a path. Ends once: by end(), at the latest when it goes.
+/// The turn of one export at a path. Ends once: by end(), at the latest when it is destroyed.
 class OutputTurn {
 public:
     OutputTurn(std::shared_ptr<OutputTurns> turns, QString path)

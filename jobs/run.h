@@ -19,15 +19,15 @@ class AVAssetExportSession;
 
 namespace clipheave::jobs {
 
-/// One command's work over a selection. It gives out one ticket an item, so that there is exactly
-/// one outcome an item whatever the work does, and ends once: when the work has returned and every
+/// One command's work over a selection. It issues one ticket per item, so that there is exactly one
+/// outcome per item whatever the work does, and ends once: when the work has returned and every
 /// ticket has been reported. Work on other threads keeps it alive through its tickets. Thread-safe.
 class Run : public std::enable_shared_from_this<Run> {
 public:
     struct Handlers {
-        OutcomeHandler outcome;      ///< once an item, on any thread, in no order
+        OutcomeHandler outcome;      ///< once per item, on any thread, in any order
         std::function<void()> ended; ///< once, after the last outcome's handler has returned
-        std::function<bool()> stopRequested; ///< asked by the work besides cancel(); may be empty
+        std::function<bool()> stopRequested; ///< checked like cancel(); may be empty
     };
     /// Makes a run over the given places of the order's sources; nothing starts yet.
     [[nodiscard]] static std::shared_ptr<Run>

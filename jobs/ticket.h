@@ -10,8 +10,8 @@ namespace clipheave::jobs {
 class Run;
 
 /// The right and the duty to report the outcome of one item. Copies share it: the first report
-/// counts, a second one is dropped and logged, and when the last copy goes without any the item has
-/// failed. A ticket keeps its run alive. Thread-safe.
+/// counts, a second one is dropped and logged, and when the last copy is destroyed without a report
+/// the item has failed. A ticket keeps its run alive. Thread-safe.
 class Ticket {
 public:
     Ticket() = default; ///< belongs to no run; its report is dropped and logged

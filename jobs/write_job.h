@@ -52,10 +52,11 @@ void startSession(const WriteJob& job,
 /// Ends a job that wrote nothing.
 void failJob(const WriteJob& job, const platform::Error& error);
 /// The pass-through export by `plan`; its end sets the dates and reports, on the export's
-/// thread. A file that cannot be rewritten is copied unchanged with the dates asked for,
+/// thread. A file that cannot be rewritten is copied unchanged with the requested dates,
 /// and the outcome says so (Failed): the user finds a file in the output folder in any case.
 void startExport(const WriteJob& job, const platform::AVURLAsset& asset, const MetadataPlan& plan);
-/// The unchanged copy with the dates asked for. With a `reason` it stands in for a failed rewrite.
+/// Copies the file unchanged with the requested dates; with a `reason`, in place of a failed
+/// rewrite.
 void startCopy(const WriteJob& job, platform::NSFileManager::IfExists ifExists,
                const std::optional<platform::Error>& reason = {});
 

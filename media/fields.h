@@ -48,7 +48,7 @@ template <bool (*has)(const Field&), class Part> [[nodiscard]] consteval auto pa
 /// Returns true for a field whose new value replaces whatever the file holds of it: one that files
 /// hold under other identifiers too, or that is written under a key of its own in each container.
 [[nodiscard]] constexpr bool isReplacedAsAWhole(const Field& field) {
-    // By its text: with the sanitizers an address is no constant.
+    // By its text: with the sanitizers an address is not a constant.
     const bool isTranslated =
         isWrittenToVideos(field) && std::u16string_view(field.written.keySpace) != kKeySpaceITunes;
     return field.replacesOlder || isTranslated || field.alsoUnder[0] != nullptr;
@@ -79,7 +79,7 @@ consteval std::size_t countFieldIdentifiers() {
 }
 } // namespace detail
 
-/// What the writer of movie files is told of the fields.
+/// What the writer of movie files needs to know of the fields.
 inline constexpr auto kFieldIdentifiers = [] {
     std::array<platform::FieldIdentifier, detail::countFieldIdentifiers()> identifiers{};
     auto next = identifiers.begin();

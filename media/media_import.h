@@ -11,13 +11,13 @@
 
 namespace clipheave::media {
 
-/// A path that gave no item although it was asked for or met: why.
+/// A path, given or found in a folder, that has no item, and why.
 struct SkippedPath {
     QString path;
     platform::Message reason;
 };
 
-/// What the import knows after one file: the new item, or null for a file that was skipped.
+/// Called after each file with the new item, or null for a file that was skipped.
 using ImportStep = std::function<void(const ItemPointer& item)>;
 
 /// Turns paths into media items, appended in order. One import runs on one thread of the caller's;
@@ -44,8 +44,8 @@ public:
     [[nodiscard]] const std::vector<ItemPointer>& localPhotoItemArray() const { return m_items; }
     /// Returns the paths that could not be read.
     [[nodiscard]] const std::vector<SkippedPath>& skipped() const { return m_skipped; }
-    /// Returns the files of kinds that the list does not take: those that were asked for by name,
-    /// and of those met in folders the ones that are videos all the same. Nothing is logged about
+    /// Returns the files of kinds that the list does not take: those that were given by name, and
+    /// of those found in folders the ones that are videos all the same. Nothing is logged about
     /// them.
     [[nodiscard]] const std::vector<SkippedPath>& unknown() const { return m_unknown; }
     /// Returns true when the last path handled was a folder; then `bImportLocalPath` is its parent.
@@ -58,8 +58,8 @@ public:
     /// Sets whether localPhotoItemArray() collects the items (the default) or the step alone gets
     /// them.
     void setKeepsItems(bool keeps) { m_keepsItems = keeps; }
-    /// Sets what is asked between files; returning true ends the import early (a signal, the end of
-    /// the program).
+    /// Sets a function that is called between files; the import ends early when it returns true (a
+    /// signal, the end of the program).
     void setStopRequested(std::function<bool()> stop) { m_stop = std::move(stop); }
 
 private:

@@ -42,11 +42,11 @@ public:
     [[nodiscard]] static int compare(const IKImageItem& a, const IKImageItem& b, Column column,
                                      bool flag);
 
-    /// Sorts by compare(), asked about two items in the order in which they stand. As equal texts
-    /// are never equal, a sort with the flag set turns their order round and one without keeps it;
+    /// Sorts by compare(), which gets two items in their current order. As equal texts
+    /// are never equal, a sort with the flag set reverses their order and one without keeps it;
     /// so the two orders of a text column are each other's exact reverse. Equal sizes, times and
-    /// dates keep their order. Missing dates are the earliest, a duration that is no number counts
-    /// as less than any.
+    /// dates keep their order. Missing dates are the earliest, a duration that is not a number
+    /// counts as less than any.
     static void sortItems(std::vector<ItemPointer>& items, Column column, bool flag);
 };
 

@@ -89,7 +89,7 @@ void applyVideoAttributes(IKImageItem& item, const MDItem& index) {
         item.filePixWidth = width->toInt();
 }
 
-/// What the index alone gives of a file that is no asset.
+/// What the index alone gives of a file that is not an asset.
 void applyIndexFallback(IKImageItem& item, const MDItem& index) {
     if (const auto seconds = index.copyAttribute(kMDItemDurationSeconds))
         item.fileduration = seconds->toDouble(); // Deliberate: without its text

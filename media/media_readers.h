@@ -8,7 +8,7 @@ namespace clipheave::media {
 
 // One file each: path in, filled item out, the caller's alone. They share nothing and may run on
 // any thread. A file that cannot be read in full still gives an item, with `problem` set; they fail
-// only for what is no regular file or does not exist.
+// only for what is not a regular file or does not exist.
 
 /// Reads a video; `table` is Video or VideoInFolder.
 [[nodiscard]] platform::Result<MutableItemPointer> readVideoItem(const QString& path,

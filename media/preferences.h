@@ -36,7 +36,7 @@ struct Preferences {
 [[nodiscard]] Preferences readPreferences(const platform::NSUserDefaults& defaults);
 /// Starts the preferences of the application: at the first start writes the defaults, later writes
 /// every existing value back unchanged, and creates the storage folder. A folder that cannot be
-/// made is no failure here; the jobs that write there fail.
+/// made is not a failure here; the jobs that write there fail.
 [[nodiscard]] platform::Result<Preferences>
 applyPreferencesAtStart(platform::NSUserDefaults& defaults);
 /// Stores the output folder and creates it.

@@ -7,7 +7,7 @@ namespace {
 
 using platform::AVMetadataItem;
 
-// Not QString(): a null value would be no text at all.
+// Not QString(): a null value would mean no text at all.
 QString emptyText() {
     return QStringLiteral("");
 }

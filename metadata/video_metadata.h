@@ -10,8 +10,8 @@ namespace clipheave::metadata {
 
 /// Writers on a run. Each call starts one item and returns; its outcome goes to the item's ticket.
 /// No source is ever touched, and outputs of one run never replace each other: when two files have
-/// one name, the second takes the next free name. The calls come from one thread; what they leave
-/// to others holds tickets of the run, nothing of the writer.
+/// one name, the second takes the next free name. The calls come from one thread; work on other
+/// threads holds tickets of the run, nothing of the writer.
 class VideoMetadata {
 public:
     explicit VideoMetadata(jobs::Run& run) : m_run(run) {}
@@ -32,8 +32,8 @@ public:
     void SaveChangedVideoExifDateAction(const jobs::WriteRequest& request);
     void RemoveVideoExifDateAction(const jobs::WriteRequest& request);
     /// The date writer: `dateText` becomes the shooting date of the video at `filePath`, written to
-    /// `exifPath` (replaced), and both file dates. A text that is no date leaves the file dates of
-    /// the source.
+    /// `exifPath` (replaced), and both file dates. A text that is not a date leaves the file dates
+    /// of the source.
     void SetVideoFileWithFilePath_WithExifPath_withDateStr(const QString& filePath,
                                                            const QString& exifPath,
                                                            const QString& dateText);

@@ -65,7 +65,7 @@ private:
     static void beginExport(const jobs::Ticket& ticket, const QString& source,
                             const QString& output, const ExportRecipe& recipe,
                             const std::shared_ptr<jobs::OutputTurn>& turn);
-    /// True when the item is no video; its outcome says so.
+    /// True when the item is not a video; its outcome says so.
     [[nodiscard]] bool skips(const media::ItemPointer& item) const;
     /// The tickets of the merged items, in their order.
     void finishMerge(const QString& output, const std::vector<jobs::Ticket>& tickets,
