@@ -12,7 +12,7 @@ namespace clipheave::platform {
 /// UTF-8 where the bytes are valid UTF-8, else Windows-1252 (Latin-1 with its printable additions).
 /// Ends at the first NUL; outer blanks are dropped.
 [[nodiscard]] QString textOfUnknownEncoding(QByteArrayView bytes);
-/// As above, but MacRoman where it is no UTF-8: texts of AIFF files.
+/// As above, but MacRoman where it is not UTF-8: texts of AIFF files.
 [[nodiscard]] QString textOfMacFile(QByteArrayView bytes);
 
 /// Encodings of ID3v2 texts (ID3v2.4.0 structure, section 4); any other number counts as Latin-1.

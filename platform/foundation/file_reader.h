@@ -31,7 +31,7 @@ class FileReader {
 public:
     static constexpr std::uint64_t kWindow = 64u << 10;
 
-    /// NotFound, AccessDenied, NotSupported or Io. Bytes of the name that are no UTF-8 stand in
+    /// NotFound, AccessDenied, NotSupported or Io. Bytes of the name that are not UTF-8 are in
     /// `path` as `paths.h` says.
     [[nodiscard]] static Result<FileReader> open(const QString& path);
 

@@ -5,7 +5,7 @@
 #include <QString>
 #include <QStringView>
 
-// Paths are QString. Linux names are bytes: a byte that is no UTF-8 stands in the text as the lone
+// Paths are QString. Linux names are bytes: a byte that is not UTF-8 is in the text as the lone
 // low surrogate U+DC00 + byte (the "surrogateescape" form), so that every name survives the way
 // through the program and back. Only these two functions convert.
 namespace clipheave::platform {

@@ -17,7 +17,7 @@ public:
     explicit NSUserDefaults(QString file = {});
 
     [[nodiscard]] QString filePath() const { return m_file; }
-    /// A store that is no INI file of texts (cut, overwritten, binary) is renamed to
+    /// A store that is not an INI file of texts (cut, overwritten, binary) is renamed to
     /// "<file>.broken" ("<file>.broken 2" …) and counts as missing from then on. Returns the new
     /// path; empty when the store is whole, missing or could not be renamed.
     [[nodiscard]] QString setAsideWhenBroken() const;

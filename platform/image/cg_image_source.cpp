@@ -101,7 +101,7 @@ Result<PhotoFacts> readOtherPhoto(FileReader& reader) {
         return facts;
     if (facts.pixelSize.isEmpty())
         return tl::unexpected(tags.error());
-    if (tags.error().code != ErrorCode::NotSupported) // an image without tags is no problem
+    if (tags.error().code != ErrorCode::NotSupported) // an image may have no tags
         facts.problem = tags.error().text();
     return facts;
 }

@@ -7,7 +7,7 @@
 namespace clipheave::platform {
 
 /// An image file as cover art: JPEG and PNG files keep their own bytes, every other format that
-/// can be decoded becomes PNG. NotFound, AccessDenied, or InvalidData when it is no image.
+/// can be decoded becomes PNG. NotFound, AccessDenied, or InvalidData when it is not an image.
 [[nodiscard]] Result<EncodedImage> imageForArtwork(const QString& path);
 
 } // namespace clipheave::platform

@@ -137,7 +137,7 @@ private:
 [[nodiscard]] std::uint64_t metaChildrenOffset(ByteView payload);
 
 /// The packed language of "mdhd" and of the 3GPP boxes: three letters less 0x60 in 5 bits each.
-/// Empty when the number is no such code.
+/// Empty when the number is not such a code.
 [[nodiscard]] QString unpackLanguage(std::uint16_t packed);
 
 } // namespace clipheave::platform

@@ -109,7 +109,7 @@ bool MpvCore::start(QString& reason) {
 }
 
 bool MpvCore::configure() {
-    // Some may be unknown to a newer library, which is no reason not to play.
+    // Some may be unknown to a newer library, which is not a reason not to play.
     for (const MpvOption& option : kMpvOptions)
         m_mpv.setOptionString(m_handle, option.name, option.value);
     // The last one always works: no device, no audio.

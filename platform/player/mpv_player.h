@@ -52,7 +52,8 @@ public:
     [[nodiscard]] int volume() const;
     void setMuted(bool muted);
     [[nodiscard]] bool isMuted() const;
-    /// Returns true for a video track; cover art is none. Known when durationChanged() comes.
+    /// Returns true for a video track; cover art does not count. Known when durationChanged()
+    /// comes.
     [[nodiscard]] bool hasVideo() const;
     /// Returns the size for display: rotated, in square pixels. Empty until the first frame is
     /// known.

@@ -39,7 +39,7 @@ template <class Visit> bool eachUnit(Bytes bytes, std::size_t lengthSize, Visit 
     return bytes.empty();
 }
 
-/// ISO/IEC 14496-10, 7.4.1: nal_ref_idc 0 says that the slice is no reference.
+/// ISO/IEC 14496-10, 7.4.1: nal_ref_idc 0 says that the slice is not a reference.
 bool isDisposableAvc(Bytes packet, Bytes extra) {
     constexpr int kSlice = 1, kSei = 6, kDelimiter = 9, kFiller = 12;
     const bool hasLengths = extra.size() > 4 && extra[0] == 1;
@@ -54,7 +54,7 @@ bool isDisposableAvc(Bytes packet, Bytes extra) {
     return allDisposable && hasSlice;
 }
 
-/// ISO/IEC 23008-2, 7.4.2.2: the even types below 16 are no reference in their temporal layer; of
+/// ISO/IEC 23008-2, 7.4.2.2: the even types below 16 are not references in their temporal layer; of
 /// the highest layer, in none. ISO/IEC 14496-15, 8.3.3: the record has the number of layers.
 bool isDisposableHevc(Bytes packet, Bytes extra) {
     constexpr std::size_t kFixedRecord = 22;

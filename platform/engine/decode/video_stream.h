@@ -6,7 +6,7 @@
 
 namespace clipheave::platform {
 
-/// Returns the first video that is no attached picture; null when there is none.
+/// Returns the first video that is not an attached picture; null when there is none.
 [[nodiscard]] AVStream* videoStream(AVFormatContext& context);
 /// Returns the rotation in steps of 90 degrees nearest to the stream's display matrix.
 [[nodiscard]] FrameRotation rotationOfStream(const AVStream& stream);

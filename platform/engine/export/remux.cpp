@@ -44,7 +44,7 @@ void chooseStreams(AVFormatContext& source, StreamChoice choice) {
             source.streams[i]->discard = AVDISCARD_ALL;
 }
 
-/// Cover art carried as a stream is no video.
+/// Cover art carried as a stream is not a video.
 bool mayBeLeftOut(const AVStream& stream) {
     const AVMediaType type = stream.codecpar->codec_type;
     return (type != AVMEDIA_TYPE_VIDEO && type != AVMEDIA_TYPE_AUDIO) ||
@@ -131,7 +131,7 @@ private:
     std::int64_t m_last = kNoTimestamp, m_lastDuration = 1, m_written = kNoTimestamp;
 };
 
-/// Counts what is written and what the muxer finds to be no data of its codec.
+/// Counts what is written and what the muxer finds not to be data of its codec.
 struct PacketCount {
     int written = 0, damaged = 0;
 

@@ -11,7 +11,7 @@
 namespace clipheave::platform {
 
 /// Hands things from one thread to another, few at a time. Both sides return at once when `stopped`
-/// says so: it is asked at every wake() and every 50 ms.
+/// returns true: it is called at every wake() and every 50 ms.
 template <class T> class BoundedQueue {
 public:
     BoundedQueue(std::size_t most, std::function<bool()> stopped)

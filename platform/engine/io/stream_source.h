@@ -10,7 +10,7 @@ namespace clipheave::platform {
 /// applied, 0 its start.
 class StreamSource {
 public:
-    /// `index`: position among the streams of `type` that are no attached pictures. NotSupported
+    /// `index`: position among the streams of `type` that are not attached pictures. NotSupported
     /// when there is none.
     [[nodiscard]] static Result<std::unique_ptr<StreamSource>> open(const QString& path,
                                                                     AVMediaType type, int index);

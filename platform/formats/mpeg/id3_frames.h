@@ -17,8 +17,8 @@ struct Id3FrameHeader {
     bool grouped = false, compressed = false, encrypted = false, unsynchronised = false;
     bool hasLength = false; ///< four bytes of original length stand before the body
 };
-/// Returns the header at `at` of a tag's body; nothing at padding or what is no frame. `version` is
-/// the tag's: 2, 3, or 4 for any other.
+/// Returns the header at `at` of a tag's body; nothing at padding or what is not a frame. `version`
+/// is the tag's: 2, 3, or 4 for any other.
 [[nodiscard]] std::optional<Id3FrameHeader> id3FrameHeaderAt(const ByteRange& frames,
                                                              std::uint64_t at, int version);
 
@@ -28,7 +28,7 @@ struct Id3Frame {
     ByteRange body;
 };
 /// Returns the frames of the tag at the start of `range`, in file order. A frame that is encrypted,
-/// empty or damaged is left out; reading ends at padding or at the first thing that is no frame.
+/// empty or damaged is left out; reading ends at padding or at the first thing that is not a frame.
 [[nodiscard]] std::vector<Id3Frame> readId3Frames(const ByteRange& range);
 
 } // namespace clipheave::platform

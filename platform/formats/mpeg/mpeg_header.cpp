@@ -33,7 +33,7 @@ int rateRow(int version, int layer) {
 struct MpegInfoFrame {
     std::uint32_t frames = 0;
     std::uint32_t bytes = 0;
-    std::uint32_t gap = 0; ///< samples that are no music
+    std::uint32_t gap = 0; ///< encoder delay and padding, in samples
     bool constantRate = false;
 };
 

@@ -15,7 +15,7 @@ struct MpegAudio {
 /// Leaves out every tag before and behind the audio: ID3v2 (several in a row, and v2.4 with a
 /// footer at the end), ID3v1 with its "TAG+" block, Lyrics3 of both versions, APE of both versions
 /// and MusicMatch. A tag counts only when its parts confirm each other, so that no audio is taken
-/// for one. InvalidData when there is no audio between them, or when a tag's size is a lie (beyond
+/// for one. InvalidData when there is no audio between them, or when a tag's size is wrong (beyond
 /// the file, or over audio): the file is not to be rewritten then.
 [[nodiscard]] Result<MpegAudio> findMpegAudio(FileReader& reader);
 

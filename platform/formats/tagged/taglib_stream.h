@@ -8,7 +8,7 @@
 
 namespace clipheave::platform {
 
-/// Gives the tag library the bytes of an open file, read only: names that are no UTF-8 work, small
+/// Gives the tag library the bytes of an open file, read only: names that are not UTF-8 work, small
 /// files cost no further system call, and a file that makes the library search or load without end
 /// runs dry after `kFetchLimit` bytes. One that makes it read for ever ends in a std::runtime_error
 /// out of readBlock().

@@ -188,7 +188,7 @@ void MovieReader::markChapterTracks() {
             if (movie.chapterOf == 0 || other.track.trackID != movie.chapterOf)
                 continue;
             other.track.isChapterTrack = m_facts.hasChapters = true;
-            // A chapter track of images is no video.
+            // A chapter track of images is not a video.
             other.track.isAttachedPicture = other.track.mediaType == QLatin1String("vide");
         }
     }

@@ -70,7 +70,7 @@ const UserDataRow* isoUserDataRow(std::uint32_t type) {
     return row == kIsoUserData.end() ? nullptr : row;
 }
 
-/// A text that was written without a length or language: nothing when it is no plain text.
+/// A text that was written without a length or language: nothing when it is not plain text.
 std::optional<QString> plainText(ByteView bytes) {
     while (!bytes.empty() && bytes.data()[bytes.size() - 1] == 0)
         bytes = bytes.sub(0, bytes.size() - 1);

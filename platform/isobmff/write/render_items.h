@@ -15,7 +15,7 @@ namespace clipheave::platform {
 /// A box with a 32-bit size.
 [[nodiscard]] QByteArray renderBox(std::uint32_t type, QByteArrayView payload);
 /// Carried bytes as a box that may stand anywhere: the size field says what is there, whatever it
-/// said before (0 and overlong sizes reach to the end of the parent). Empty when it is none.
+/// said before (0 and overlong sizes reach to the end of the parent). Empty when it is not one.
 [[nodiscard]] QByteArray renderCarriedBox(const QByteArray& bytes);
 
 /// One entry of the iTunes list for `key`: a four-character code, or "com.apple.iTunes.NAME" for a

@@ -308,8 +308,8 @@ Result<RenderedList> renderMetadataList(const PassthroughRequest& request,
         return tl::unexpected(emitted.error());
     RenderedList result;
     result.stripped = request.removesMetadata || isEmpty;
-    // A list that does not name the location leaves it; an empty one that is no removal of a video
-    // leaves nothing.
+    // A list that does not name the location leaves it; an empty one that is not the removal of a
+    // video leaves nothing.
     if ((request.removesMetadata || !isEmpty) && !renderer.namesLocation())
         renderer.keepLocation(source);
     result.boxes = renderer.boxes(source, result.stripped);

@@ -42,7 +42,7 @@ struct OffsetTable {
     std::uint32_t count = 0;
     int width = 4; ///< bytes an entry
 };
-/// Nothing when `type` is no such table, InvalidData when its count is beyond its bytes.
+/// Nothing when `type` is not such a table, InvalidData when its count is beyond its bytes.
 [[nodiscard]] Result<std::optional<OffsetTable>> offsetTable(std::uint32_t type, ByteView payload);
 
 /// The whole box with its offsets moved; with `wide` in 64 bits ("stco" becomes "co64").

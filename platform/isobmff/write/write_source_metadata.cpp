@@ -116,7 +116,7 @@ QByteArray withoutMetadata(ByteView payload, bool isUserData) {
         else
             kept += walker.whole(*box).bytes();
     }
-    return kept += payload.sub(end).bytes(); // a closing zero, or what is no box
+    return kept += payload.sub(end).bytes(); // a closing zero, or what is not a box
 }
 
 constexpr std::array kQuickTimeBrands{fourCc("qt  ")};

@@ -76,7 +76,7 @@ public:
     [[nodiscard]] double progress() const; ///< 0 to 1
     /// Returns why it failed; meaningful with status Failed.
     [[nodiscard]] Error error() const;
-    /// Returns what the user should know although it is no failure ("Location kept").
+    /// Returns what the user should know although it is not a failure ("Location kept").
     [[nodiscard]] Notes notes() const;
 
     /// Sets how many exports run at once in this process (default: the machine's cores).

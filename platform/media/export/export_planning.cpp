@@ -155,7 +155,7 @@ int evenSide(double side) {
 }
 
 /// Returns the frame's size scaled into `largest`, which takes the frame's orientation: 568x320 is
-/// 320x568 for a portrait frame. Empty when the frame is no larger.
+/// 320x568 for a portrait frame. Empty when the frame is not larger.
 QSize fittedSize(const AVAssetTrack& track, QSize largest) {
     const QSizeF shown = displaySize(track);
     if (largest.isEmpty() || shown.isEmpty())

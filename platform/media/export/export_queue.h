@@ -27,8 +27,8 @@ public:
     ExportQueue& operator=(const ExportQueue&) = delete;
 
     void add(std::function<void()> job);
-    /// Lets jobs, with all threads that they start, give way to the other threads of the program: a
-    /// window stays quick while they run on all cores. Where nothing else wants to run they are as
+    /// Runs jobs, with all threads that they start, at a lower priority than the rest of the
+    /// program: a window stays responsive while they use all cores. On an idle machine they are as
     /// fast as before. Cannot be undone; to be called before the first job.
     void giveWayToOthers() { m_givesWay = true; }
     /// Sets the limit, 1 or more. Jobs beyond a lowered limit run to their end.

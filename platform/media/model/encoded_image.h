@@ -40,8 +40,8 @@ private:
     std::variant<QByteArray, FileSlice> m_data;
 };
 
-/// Format and pixel size from the head of an encoded image; nothing when it is none. Handles JPEG
-/// (start-of-frame), PNG (IHDR), GIF, BMP, WebP (VP8, VP8L, VP8X), TIFF (first IFD).
+/// Format and pixel size from the head of an encoded image; nothing when it is not one. Handles
+/// JPEG (start-of-frame), PNG (IHDR), GIF, BMP, WebP (VP8, VP8L, VP8X), TIFF (first IFD).
 struct FrameHeader {
     QString format;
     QSize size;

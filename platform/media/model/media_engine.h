@@ -46,7 +46,7 @@ class FrameSource {
 public:
     virtual ~FrameSource() = default;
     /// The frame that is shown at `time`: the last one that begins at or before it (the first frame
-    /// of the video for times before that). Times asked in rising order are decoded in one pass.
+    /// of the video for times before that). Times in rising order are decoded in one pass.
     /// InvalidArgument beyond the end, InvalidData when the frame cannot be decoded.
     [[nodiscard]] virtual Result<RawFrame> frameAt(CMTime time) = 0;
     /// When the frame begins that was given last; invalid before the first.
@@ -135,7 +135,7 @@ public:
     [[nodiscard]] virtual Result<Notes> runExport(const ExportPlan& plan, const QString& target,
                                                   const ExportResources& resources,
                                                   const std::function<bool(double)>& progress) = 0;
-    /// Opens the first video that is no attached picture; frames are scaled to `size` where
+    /// Opens the first video that is not an attached picture; frames are scaled to `size` where
     /// given. NotSupported without a video or decoder.
     [[nodiscard]] virtual Result<std::unique_ptr<FrameSource>>
     openFrames(const QString& path, std::optional<QSize> size) = 0;

@@ -62,8 +62,8 @@ struct MediaFacts {
     double audioBitRate = 0;    ///< bit/s of the first audio track
     double audioSampleRate = 0; ///< Hz
     int audioChannels = 0;
-    QSize
-        pixelSize; ///< of the first video track that is no attached picture, as stored, not rotated
+    QSize pixelSize; ///< of the first video track that is not an attached picture, as stored, not
+                     ///< rotated
     bool hasChapters = false;      ///< of ISO base media: as a track
     QDateTime contentCreationDate; ///< embedded creation time; invalid when there is none
 
