@@ -53,7 +53,7 @@ std::vector<batch::RenameMove> planWithTags(const std::vector<media::ItemPointer
     return batch::planRename(request, items, batch::surroundingsOnDisk());
 }
 
-/// Milliseconds of bare renames there; back again is not measured.
+/// Milliseconds of bare renames; renaming back is not measured.
 double bareRenames(const std::vector<batch::RenameMove>& plan) {
     std::vector<std::array<QByteArray, 2>> names;
     names.reserve(plan.size());
@@ -83,7 +83,7 @@ double onAThread(const std::function<void()>& work) {
     return taken;
 }
 
-/// A run that the main thread hears of after every file.
+/// A run that posts to the main thread after every file.
 std::shared_ptr<jobs::Run> runOf(const std::function<void(jobs::Run&)>& work, int& refreshed) {
     jobs::RunOrder order;
     order.work = [work](jobs::Run& run, const auto&) { work(run); };

@@ -9,7 +9,7 @@
 // What the measuring programs of the window share: a clock and the rows that bench/run reads.
 namespace clipheave::bench {
 
-/// The wall's clock, or with --cpu the time of the calling thread on its processor, for a machine
+/// Wall-clock time, or with --cpu the processor time of the calling thread, for a machine
 /// that does other work at the same time.
 inline clockid_t clockOfRun = CLOCK_MONOTONIC;
 

@@ -84,7 +84,7 @@ def long_video(folder):
 
 def large_mp4(folder, name, payload, moov_first, sparse):
     """An MP4 with `payload` more bytes in its media data; the header is that of an hour of video. Gives path and size
-    of the header boxes. The media data must be found where the tables say: the filling lies behind it."""
+    of the header boxes. The media data must be found where the tables say: the padding follows it."""
     parts = boxes(long_video(folder))
     media = parts["mdat"][8:]
     ftyp, moov = parts["ftyp"], parts["moov"]

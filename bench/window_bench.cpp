@@ -163,7 +163,7 @@ int measureJobs(app::AppDelegate& controller, const QStringList& videos) {
     app::MainWindow* window = controller.mainWindow();
     window->selectRow(0);
     window->selectAll();
-    // The choice of a video, its player and its first frame are measured by themselves.
+    // Choosing a video, its player and its first frame are measured separately.
     QElapsedTimer settling;
     settling.start();
     waitFor([&] { return settling.elapsed() > kSettled; });
