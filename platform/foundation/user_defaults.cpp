@@ -37,7 +37,7 @@ constexpr qint64 kMostStoreBytes = 1 << 20;
 constexpr int kMostBackups = 100;
 
 /// QSettings takes nearly any bytes for keys and values: what no store of ours holds is control
-/// characters, text that is no UTF-8, and a megabyte.
+/// characters, text that is not UTF-8, and a megabyte.
 bool isWholeStore(const QString& file) {
     QFile store(file);
     if (!store.open(QIODevice::ReadOnly))

@@ -58,7 +58,7 @@ QString decodeUtf16(ByteView bytes) {
 QString decodeUnicode(ByteView bytes) {
     if (bytes.be16(0) == 0xFEFF || bytes.be16(0) == 0xFFFE)
         return decodeUtf16(bytes);
-    // Bytes that are no UTF-8 (a text cut in the middle of a letter) show as U+FFFD.
+    // Bytes that are not UTF-8 (a text cut in the middle of a letter) show as U+FFFD.
     return QString::fromUtf8(untilNul(bytes).bytes());
 }
 

@@ -21,7 +21,7 @@ tl::unexpected<Error> cutBox(const Box& box) {
                          Message(kMovieHeaderPartCut, {fourCcText(box.type)}));
 }
 
-/// Tracks whose samples lie in other files: their offsets are none of this file.
+/// Tracks whose samples lie in other files: their offsets do not refer to this file.
 enum class SampleHome { ThisFile, OtherFiles, Both };
 
 SampleHome sampleHome(ByteView trak) {

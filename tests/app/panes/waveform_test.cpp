@@ -44,7 +44,7 @@ TEST(PeakLoader, OnlyWhatWasAskedForLastArrivesAndOnlyOnceFromTheFile) {
     ASSERT_EQ(loaded.count(), 2) << "measured before: at once";
     EXPECT_EQ(loaded.at(1).at(0).toByteArray(), peaks);
     loader.load(last, changed.addSecs(1));
-    ASSERT_TRUE(loaded.wait(5000)) << "changed since: measured anew, and there is none";
+    ASSERT_TRUE(loaded.wait(5000)) << "changed since: measured again, and it is gone";
     EXPECT_TRUE(loaded.at(2).at(0).toByteArray().isEmpty());
     loader.load(first, changed);
     loader.cancel();
@@ -84,7 +84,7 @@ TEST(Waveform, ShowsWhatIsPlayedHidesWithoutAudioAndSeeksByMouseAndKeys) {
     EXPECT_EQ(line.value(), 1000);
     EXPECT_EQ(line.accessibleName(), u"Waveform");
 
-    line.showFile(folder.write("notes.wav", "no sound at all"), {});
+    line.showFile(folder.write("notes.wav", "no audio at all"), {});
     EXPECT_TRUE(QTest::qWaitFor([&line] { return line.isHidden(); }));
 }
 

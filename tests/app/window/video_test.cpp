@@ -70,7 +70,7 @@ TEST_F(VideoJobsTest, EveryMenuEntryDoesItsJobOverTheSelection) {
         QDir(dir.path("out")).removeRecursively();
         const ActivityJob& job = runToEnd(wanted.menu, wanted.title);
         EXPECT_EQ(job.title, QLatin1String(wanted.activity));
-        EXPECT_EQ(job.failed, 1) << "the text that is no film";
+        EXPECT_EQ(job.failed, 1) << "the text that is no video";
         EXPECT_EQ(job.finished, 3);
         EXPECT_EQ(filesOut().size(), wanted.outputs) << filesOut().join(u' ');
         // Of a merge not every file became one.
@@ -82,8 +82,8 @@ TEST_F(VideoJobsTest, EveryMenuEntryDoesItsJobOverTheSelection) {
     }
 }
 
-TEST_F(VideoJobsTest, AFailedFileTellsItsReasonAndIsTriedAgain) {
-    const QString broken = dir.write("late.mp4", "not yet a film");
+TEST_F(VideoJobsTest, AFailedFileHasItsReasonAndIsTriedAgain) {
+    const QString broken = dir.write("late.mp4", "not yet a video");
     importAndSelect({broken});
     const int first = runToEnd("videoEditMenu", "right (clockwise) by 180 degrees").id;
     EXPECT_FALSE(controller->activity()->job(first)->files.front().note.isEmpty());

@@ -18,7 +18,7 @@ inline auto says(MessageCode code) {
 /// Videos made by another program, exports of them by the engine, and that program's judgement.
 class ExportTest : public EngineTest {
 protected:
-    /// Three seconds of a moving frame and a tone; `options` as on the command line.
+    /// Three seconds of video and a tone; `options` as on the command line.
     [[nodiscard]] QString make(const char* name, const char* options,
                                const char* frame = "testsrc2=d=3:s=192x128:r=25",
                                const char* audio = "sine=d=3:r=44100") const {
@@ -62,7 +62,7 @@ protected:
         return values;
     }
     /// Correlation of two audio tracks, 1 for the same; a millisecond of shift is allowed, which is
-    /// as fine as some containers tell times.
+    /// as fine as the timestamps of some containers are.
     [[nodiscard]] static double correlation(const std::vector<float>& a,
                                             const std::vector<float>& b) {
         double best = -1;

@@ -101,7 +101,7 @@ TEST_F(FrameSourceTest, GivesTheFrameThatIsShownInEveryContainerAndOrder) {
         {"a.avi", "-c:v mjpeg"},
         {"a.webm", "-c:v libvpx -g 40"},
         {"a.mpg", "-c:v mpeg2video -g 12"},
-        {"pieces.mp4", "-c:v libx264 -g 25 -movflags frag_keyframe+empty_moov"},
+        {"fragments.mp4", "-c:v libx264 -g 25 -movflags frag_keyframe+empty_moov"},
         {"hevc.mov", "-c:v libx265 -x265-params log-level=none:keyint=40 -tag:v hvc1"}};
     for (const auto& [name, options, graph] : videos) {
         const QString path = video(name, options, graph);
@@ -118,7 +118,7 @@ TEST_F(FrameSourceTest, GivesTheFrameThatIsShownInEveryContainerAndOrder) {
     }
 }
 
-TEST_F(FrameSourceTest, AppliesEditListsAndAttachedPictures) {
+TEST_F(FrameSourceTest, AppliesEditListsAndSkipsCovers) {
     const QString whole = video("whole.mp4", "-c:v libx264 -g 25 -bf 2");
     // Cut inside a group of frames: what stands before the cut is not shown.
     const QString cut = m_dir.path("cut.mp4");
@@ -160,7 +160,7 @@ TEST_F(FrameSourceTest, EndsWhereTheVideoEnds) {
     EXPECT_EQ(number(video->frameAt({6, 1})), -1);
 }
 
-TEST_F(FrameSourceTest, ShowsShapesAndColoursAsTheyAreMeant) {
+TEST_F(FrameSourceTest, AppliesAspectRatiosAndColours) {
     const struct {
         const char *name, *options;
         QSize size;
@@ -204,7 +204,7 @@ TEST_F(FrameSourceTest, ShowsShapesAndColoursAsTheyAreMeant) {
     EXPECT_EQ(small->frameAt({0, 1})->width, 32);
 }
 
-TEST_F(FrameSourceTest, BringsHighDynamicRangeToTheScreen) {
+TEST_F(FrameSourceTest, MapsTheTonesOfHdr) {
     // Grey of 26, 203 and 1000 cd/m2 and saturated red, as PQ and as HLG values of 10 bits.
     const struct {
         const char *name, *transfer, *greys;
@@ -269,7 +269,7 @@ TEST_F(FrameSourceTest, GoesOnAfterDamageAndFailsPlainly) {
         const auto opened = m_engine->openFrames(m_dir.write(name, bytes), {});
         return opened ? (*opened)->frameAt({0, 1}).error().code : opened.error().code;
     };
-    EXPECT_EQ(failure(u"text.mp4"_s, "not a film at all"), ErrorCode::InvalidData);
+    EXPECT_EQ(failure(u"text.mp4"_s, "not a video at all"), ErrorCode::InvalidData);
     EXPECT_EQ(failure(u"head.mp4"_s, whole.left(payload)), ErrorCode::InvalidData);
     EXPECT_EQ(m_engine->openFrames(m_dir.path("no.mp4"), {}).error().code, ErrorCode::NotFound);
     EXPECT_FALSE(m_engine->openFrames(path, QSize(0, 5)));

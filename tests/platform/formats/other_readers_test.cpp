@@ -136,7 +136,7 @@ TEST(DamagedFiles, AreReadInBoundedTimeByEveryReader) {
     EXPECT_GT(paths.size(), 100);
 }
 
-TEST(AudioFile, AnswersPropertiesByTheBytesNotTheName) {
+TEST(AudioFile, ReadsPropertiesByTheBytesNotTheName) {
     const testkit::TempDir folder;
     const auto open = [](const QString& path) {
         return AudioFileOpenURL(path, kAudioFileReadPermission);

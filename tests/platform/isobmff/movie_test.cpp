@@ -40,7 +40,7 @@ AVAssetTrack audioTrack(const char* brand, const QByteArray& entry, const QByteA
     return facts.tracks.empty() ? AVAssetTrack() : facts.tracks[0];
 }
 
-TEST(IsobmffMovie, VideoFactsComeFromTheFirstTrackThatIsNoImage) {
+TEST(IsobmffMovie, VideoFactsComeFromTheFirstTrackThatIsNotAnImage) {
     const TempDir dir;
     TrackParts chapters;
     chapters.id = 2;
@@ -51,7 +51,7 @@ TEST(IsobmffMovie, VideoFactsComeFromTheFirstTrackThatIsNoImage) {
                    fullBox("stsz", be(0, 4) + be(50, 4) + QByteArray(200, '\1'));
     video.extra = box("tref", box("chap", be(2, 4)));
     video.header = tkhd(1, 960, 540, 0);
-    video.header.replace(48, 8, be(0, 4) + be(0x10000, 4)); // a, b of a quarter turn
+    video.header.replace(48, 8, be(0, 4) + be(0x10000, 4)); // a, b of a rotation by 90 degrees
     const quint64 created = 2'082'844'800 + 86'400;
     const MediaFacts facts =
         read(dir, ftyp("isom") + box("mdat", "payload") +
@@ -193,7 +193,7 @@ TEST(IsobmffMovie, NestingAndFloodsEnd) {
     EXPECT_FALSE(facts.problem.isEmpty());
 }
 
-TEST(IsobmffMovie, LargeFilesAreReadInFewPieces) {
+TEST(IsobmffMovie, LargeFilesAreReadInFewCalls) {
     const TempDir dir;
     TrackParts video;
     video.stsdEntry = visualEntry("avc1", 1920, 1080);

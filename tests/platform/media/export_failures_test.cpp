@@ -140,7 +140,7 @@ TEST_F(ExportFailures, NoticeAFullDiskBeforeAndWhileTheyWrite) {
     m_dir.write("out/filler", QByteArray(396 << 10, 'x'));
     const auto full = start(source, AVAssetExportPresetHighestQuality);
     EXPECT_THAT(reasonOf(full), noRoom);
-    EXPECT_EQ(full->progress(), 0) << "before the first picture";
+    EXPECT_EQ(full->progress(), 0) << "before the first frame";
     EXPECT_EQ(filesOut().size(), 1);
 }
 
