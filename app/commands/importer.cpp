@@ -58,21 +58,20 @@ void Importer::read(const QStringList& paths, bool photos, int job) {
         platform::performOnMainThread([&] { append(job, std::exchange(ready, {})); });
         lastHandOver = std::chrono::steady_clock::now();
     };
-    media::MediaImport import([&](const media::ItemPointer& item) {
+    media::MediaImport reading([&](const media::ItemPointer& item) {
         if (item)
             ready.push_back(item);
         if (std::chrono::steady_clock::now() - lastHandOver >= kHandOverInterval)
             handOver();
     });
-    import.setStopRequested([this] { return m_state.stopping.load();
-});
-if (photos)
-    import.importPhotos(paths);
-else
-    import.importMediaItemsThreader(paths);
-handOver();
-platform::performOnMainThread([&] { finish(import, job); });
-} // namespace clipheave::app
+    reading.setStopRequested([this] { return m_state.stopping.load(); });
+    if (photos)
+        reading.importPhotos(paths);
+    else
+        reading.importMediaItemsThreader(paths);
+    handOver();
+    platform::performOnMainThread([&] { finish(reading, job); });
+}
 
 /// A file that could be read only in part is in the list already: the new reading takes its place.
 void Importer::retry(const QStringList& paths, bool photos) {
