@@ -204,7 +204,7 @@ int run(int argc, char** argv) {
 
 namespace {
 
-/// What the toolkit has to say is for --verbose, not for the middle of a user's output.
+/// Messages of the toolkit are for --verbose, not for the middle of a user's output.
 void takeToolkitMessage(QtMsgType, const QMessageLogContext&, const QString& text) {
     clipheave::platform::log(clipheave::platform::LogLevel::Trace, text);
 }

@@ -39,7 +39,7 @@ namespace testkit {
 class TempDir {
 public:
     TempDir() {} // not "= default": clang 14 then refuses const members of this type
-    /// Names that are no UTF-8 are beyond QTemporaryDir's own removal.
+    /// Names that are not UTF-8 are beyond QTemporaryDir's own removal.
     ~TempDir();
     TempDir(const TempDir&) = delete;
     TempDir& operator=(const TempDir&) = delete;
