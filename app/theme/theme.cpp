@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/theme/theme.h"
 
+#include "app/theme/font_features.h"
 #include "app/theme/theme_resources.h"
 #include "app/theme/theme_style.h"
 
@@ -131,10 +132,7 @@ QFont Theme::font(FontRole role) const {
     const double dpi = screen != nullptr ? screen->logicalDotsPerInchY() : 96;
     font.setPointSizeF(shape.px * m_scale * 72 / dpi);
     font.setWeight(shape.weight);
-#if QT_VERSION >= QT_VERSION_CHECK(6, 7, 0)
-    font.setFeature("tnum", 1);
-    font.setFeature("calt", 0);
-#endif
+    alignDigits(font);
     return font;
 }
 

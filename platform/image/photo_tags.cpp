@@ -95,6 +95,17 @@ void addCanonTags(const QByteArray& bytes, const char* group, PhotoTags& tags) {
     }
 }
 
+/// Deliberate: a photo that is cut behind its tags keeps them. Releases of the library differ in
+/// whether they report such an end.
+void readAsFarAsItGoes(Exiv2::Image& image) {
+    try {
+        image.readMetadata();
+    } catch (const Exiv2::Error&) {
+        if (image.exifData().empty() && image.iptcData().empty())
+            throw;
+    }
+}
+
 } // namespace
 
 Result<PhotoTags> readPhotoTags(FileReader& reader) {
@@ -105,7 +116,7 @@ Result<PhotoTags> readPhotoTags(FileReader& reader) {
         if (!isPhoto(*image))
             throw Exiv2::Error(Exiv2::ErrorCode::kerUnsupportedImageType,
                                static_cast<int>(image->imageType()));
-        image->readMetadata();
+        readAsFarAsItGoes(*image);
         PhotoTags tags;
         addExifDictionaries(image->exifData(), tags);
         addIptcDictionary(image->iptcData(), tags);

@@ -94,7 +94,7 @@ class InstallPackagesTest(unittest.TestCase):
         self.knows("one")
         done, calls = self.run_script("build")
         self.assertEqual((done.returncode, len(calls)), (1, 1), "nothing is installed")
-        self.assertRegex(done.stderr, r"^Some System 9 has no package two \| old-two: use Debian .*\n$")
+        self.assertRegex(done.stderr, r"^Some System 9 has no package two or old-two: use Debian .*\n$")
 
     def test_a_user_without_sudo_is_told_what_to_do(self):
         done, calls = self.run_script("test", USER_ID="1000")
@@ -124,6 +124,9 @@ class InstallPackagesTest(unittest.TestCase):
         self.has("")
         done, _ = self.run_script("build", "test")
         self.assertIn("Installed of these packages: none", done.stderr)
+        self.tool("apt-cache", "exit 100")
+        self.apt("echo 'E: Malformed entry 1 in list file bad.list'; exit 100")
+        self.assertRegex(self.run_script("test")[0].stderr, "Malformed entry 1 .*\nA list of sources in /etc/apt cannot be read")
         self.knows("")
         self.assertIn("Installed of these packages: none", self.run_script("test")[0].stderr)
         self.assertEqual(self.run_script("nonsense")[0].returncode, 2)

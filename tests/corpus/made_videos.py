@@ -92,10 +92,10 @@ ALIKE = [
     ("plain.m4v", {}),
     ("plain.MPEG", dict(options=f"{X264} {AAC} -f mp4")),
     ("ten-bit.mov", dict(options=f"-c:v libx265 -x265-params log-level=error -preset ultrafast -crf 12 -pix_fmt yuv420p10le -tag:v hvc1 {AAC}")),
-    ("pq.mp4", dict(options="-vf scale=out_color_matrix=bt2020nc,format=yuv420p10le,"
+    ("pq.mp4", dict(options="-vf scale=out_color_matrix=bt2020,format=yuv420p10le,"
                     f"{colours('bt2020nc', 'bt2020', 'smpte2084')} -c:v libx265 -preset ultrafast -crf 12 -tag:v hvc1 "
                     f"-x265-params log-level=error:colorprim=bt2020:transfer=smpte2084:colormatrix=bt2020nc {AAC}")),
-    ("hlg.mov", dict(options="-vf scale=out_color_matrix=bt2020nc,format=yuv420p10le,"
+    ("hlg.mov", dict(options="-vf scale=out_color_matrix=bt2020,format=yuv420p10le,"
                      f"{colours('bt2020nc', 'bt2020', 'arib-std-b67')} -c:v libx265 -preset ultrafast -crf 12 -tag:v hvc1 "
                      f"-x265-params log-level=error:colorprim=bt2020:transfer=arib-std-b67:colormatrix=bt2020nc {AAC}")),
     ("variable.mp4", dict(options=f"-vf select='not(mod(n\\,3))+between(n\\,20\\,35)' -vsync vfr {X264} -bf 2 {AAC}")),

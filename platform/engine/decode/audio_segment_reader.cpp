@@ -37,6 +37,19 @@ bool knowsItsEnd(const AVFormatContext& context) {
     return QByteArray(context.iformat->name).startsWith("mov,");
 }
 
+/// Returns where the audio of a file that lists its packets ends; nothing for other files, and for
+/// one whose list goes on behind the announced end, which is wrong then.
+std::optional<Ticks> trustedEnd(const StreamSource& source) {
+    const auto end = source.announcedEnd();
+    if (!end || !knowsItsEnd(source.context()))
+        return std::nullopt;
+    AVStream& stream = source.stream();
+    const int count = avformat_index_get_entries_count(&stream);
+    const AVIndexEntry* last = avformat_index_get_entry(&stream, count - 1); // null: none
+    const auto begin = last != nullptr ? source.time(last->timestamp) : std::nullopt;
+    return begin && *begin >= *end ? std::nullopt : end;
+}
+
 AudioFormat formatOf(const AVFrame& frame) {
     return {static_cast<AVSampleFormat>(frame.format), frame.sample_rate,
             ChannelLayout(frame.ch_layout)};
@@ -55,8 +68,7 @@ AudioSegmentReader::open(PlannedSegment& segment, double volume, const AudioForm
     std::unique_ptr<AudioSegmentReader> reader(new AudioSegmentReader);
     reader->m_stretch = segment.stretch;
     reader->m_source = std::move(*source);
-    if (knowsItsEnd(reader->m_source->context()))
-        reader->m_end = reader->m_source->announcedEnd();
+    reader->m_end = trustedEnd(*reader->m_source);
     if (segment.stretch.sourceStart > kAudioShortestSeek)
         reader->m_sought = reader->m_source->seekBefore(segment.stretch.sourceStart);
     auto decoder = MediaDecoder::open(reader->m_source->stream(), 1);
@@ -152,7 +164,7 @@ int AudioSegmentReader::feed(AVFrame& frame, std::int64_t skip, std::int64_t cou
 
 std::int64_t AudioSegmentReader::heardOf(const AVFrame& frame) const {
     const auto time = m_source->time(frame.best_effort_timestamp);
-    // What begins behind the end is there although the index, one of fragments say, is wrong.
+    // What begins behind the end is there although the announcement, for fragments say, is wrong.
     if (!m_end || !time || *time >= *m_end)
         return frame.nb_samples;
     return std::min<std::int64_t>(frame.nb_samples, ticksToUnits(*m_end - *time, m_rate));

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/platform/engine/export_fixture.h"
 
+#include <QtEndian>
+
 namespace clipheave::platform {
 
 namespace {
@@ -100,6 +102,22 @@ TEST_F(ExportAudioTest, SilenceLastsAsLongAsTheAudio) {
             EXPECT_NEAR(ffprobe(m_out, "a", "stream=duration").toDouble(), heard, 0.001)
                 << name << ' ' << tone;
         }
+}
+
+TEST_F(ExportAudioTest, AnAnnouncedEndThatIsWrongCutsNothing) {
+    const QString source = make("a.mp4", "-c:v libx264 -c:a aac -use_editlist 0",
+                                "testsrc2=d=3:s=64x64:r=25", "sine=d=3:r=44100");
+    QByteArray bytes = testkit::TempDir::read(source);
+    const qsizetype header = bytes.indexOf("mdhd", bytes.indexOf("mdhd") + 4) + 20;
+    // The media header of the audio says less than its table, and that in the middle of a packet.
+    const auto heardWith = [&](quint32 announced) {
+        qToBigEndian<quint32>(announced, bytes.data() + header);
+        ExportPlan plan = planFor(m_dir.write("short.mp4", bytes), 3.2);
+        exported(plan);
+        return ffprobe(m_out, "a", "stream=duration").toDouble();
+    };
+    EXPECT_NEAR(heardWith(51 * 1024 + 700), heardWith(51 * 1024), 0.001);
+    EXPECT_GT(heardWith(51 * 1024 + 700), 3);
 }
 
 TEST_F(ExportAudioTest, KeepsVideoAndAudioTogether) {
