@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/foundation/file_manager.h"
 
+#include "platform/foundation/handles.h"
 #include "platform/foundation/paths.h"
 
 #include "tests/testkit/testkit.h"
