@@ -85,6 +85,7 @@ Result<PhotoFacts> readOtherPhoto(FileReader& reader) {
     auto tags = readPhotoTags(reader);
     if (tags) {
         facts.tags = std::move(*tags);
+        facts.problem = facts.tags.problem;
         if (facts.layout.components == 0)
             facts.layout = {facts.tags.components, facts.tags.bitsPerComponent};
         if (facts.pixelSize.isEmpty())

@@ -95,14 +95,17 @@ void addCanonTags(const QByteArray& bytes, const char* group, PhotoTags& tags) {
     }
 }
 
-/// Deliberate: a photo that is cut behind its tags keeps them. Releases of the library differ in
-/// whether they report such an end.
-void readAsFarAsItGoes(Exiv2::Image& image) {
+/// Returns what ended the reading before all was read, or nothing. Deliberate: a photo that is cut
+/// behind its tags keeps them. Releases of the library differ in whether they report such an end.
+Message readAsFarAsItGoes(Exiv2::Image& image, const QString& path) {
     try {
         image.readMetadata();
-    } catch (const Exiv2::Error&) {
+        return {};
+    } catch (const Exiv2::Error& error) {
         if (image.exifData().empty() && image.iptcData().empty())
             throw;
+        return Error{ErrorCode::InvalidData, kReadPhotoTags, path, QString::fromUtf8(error.what())}
+            .text();
     }
 }
 
@@ -116,8 +119,8 @@ Result<PhotoTags> readPhotoTags(FileReader& reader) {
         if (!isPhoto(*image))
             throw Exiv2::Error(Exiv2::ErrorCode::kerUnsupportedImageType,
                                static_cast<int>(image->imageType()));
-        readAsFarAsItGoes(*image);
         PhotoTags tags;
+        tags.problem = readAsFarAsItGoes(*image, reader.path());
         addExifDictionaries(image->exifData(), tags);
         addIptcDictionary(image->iptcData(), tags);
         tags.pixelSize = plausibleSize(image->pixelWidth(), image->pixelHeight());

@@ -16,6 +16,7 @@ struct PhotoTags {
     QSize pixelSize;                          ///< empty when unknown
     QByteArray iccProfile;                    ///< null when there is none
     int bitsPerComponent = 0, components = 0; ///< of TIFF, 0 when unknown
+    Message problem;                          ///< why only a part could be read; else empty
 };
 
 /// Reads the tags of a file of any type that the tag library knows, but for HEIF. NotSupported for
