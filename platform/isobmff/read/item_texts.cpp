@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/read/item_texts.h"
 
+#include "platform/isobmff/box.h"
+
 #include <QLocale>
 
 #include <array>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/read/sample_description.h"
 
+#include "platform/isobmff/box.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>

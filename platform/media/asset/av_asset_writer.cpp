@@ -3,6 +3,7 @@
 
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/paths.h"
+#include "platform/media/asset/av_composition.h"
 #include "platform/media/asset/av_file_type.h"
 #include "platform/media/asset/media_engine_loader.h"
 #include "platform/media/messages.h"
