@@ -357,6 +357,8 @@ const Sentence kMetadataWords[] = {
     {"empty-title", "The title is empty, and so is the name"},
     {"no-audio-pane", "No audio pane was given"},
     {"cover-stored-as-given", "The cover is stored as it was given: as TIFF it is over 16 MiB"},
+    {"cover-keeps-its-bytes", "The cover is stored as it was, not as TIFF: %1"},
+    {"cover-left-out", "The cover is left out: %1"},
     {"artwork-copy-not-written", "The temporary copy of the artwork could not be written"},
     {"keywords-not-stored", "Keywords not stored: the file has no place for them"},
     {"description-not-stored", "Description not stored: the file has no place for it"},

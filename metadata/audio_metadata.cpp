@@ -4,6 +4,7 @@
 #include "metadata/messages.h"
 #include "metadata/temporary_artwork.h"
 #include "platform/formats/flac/flac_tags.h"
+#include "platform/formats/messages.h"
 #include "platform/formats/mpeg/mpeg_tags.h"
 #include "platform/foundation/dates.h"
 #include "platform/foundation/log.h"
@@ -62,17 +63,47 @@ EncodedImage coverForM4a(const CoverPlan& cover, const QList<AVMetadataItem>& so
     const auto image = artworkForItemList(cover.image);
     if (image)
         return *image;
-    notes.append(image.error().text());
+    notes.append(Message(kCoverLeftOut, {image.error().detail.text()}));
     return {};
 }
 
-/// TIFF, or the image's own bytes where a block cannot hold as much.
+/// TIFF, or the image's own bytes where it cannot be one or a block cannot hold as much; null when
+/// a block holds neither.
 EncodedImage coverForFlac(const EncodedImage& image, platform::Notes& notes) {
     const auto tiff = TIFFRepresentation(image);
-    if (tiff && tiff->byteCount() <= kLargestFlacImage)
+    if (tiff && tiff->byteCount() <= kLargestFlacImage && !tiff->bytes().isEmpty())
         return *tiff;
-    notes.append(tiff ? Message(kCoverStoredAsGiven) : Message(tiff.error().text()));
+    if (image.byteCount() > kLargestFlacImage || image.bytes().isEmpty()) {
+        const Message reason(image.bytes().isEmpty() ? kArtworkUnreadable : kFlacBlockTooLarge);
+        notes.append(Message(kCoverLeftOut, {reason.text()}));
+        return {};
+    }
+    notes.append(tiff ? Message(kCoverStoredAsGiven)
+                      : Message(kCoverKeepsItsBytes, {tiff.error().detail.text()}));
     return image;
+}
+
+/// The tag of an MP3 file. Whatever the cover is, the texts are written: one that cannot be TIFF
+/// keeps its own bytes, one that cannot be read is left out, and a note says so.
+Result<QByteArray> tagWithCover(const QList<Id3TextFrame>& frames, const EncodedImage& cover,
+                                platform::Notes& notes) {
+    if (cover.isNull())
+        return renderId3Tag(frames, {});
+    const auto tiff = TIFFRepresentation(cover);
+    const QByteArray image = tiff ? tiff->bytes() : QByteArray();
+    const auto tag = renderId3Tag(frames, image);
+    if (tag && !image.isEmpty()) {
+        writeTemporaryArtwork(image);
+        return tag;
+    }
+    const Message reason = !tiff             ? tiff.error().detail
+                           : image.isEmpty() ? Message(kArtworkUnreadable)
+                                             : tag.error().detail;
+    const QByteArray own = cover.bytes();
+    const auto plain = renderId3Tag(frames, own);
+    const bool isKept = plain && !own.isEmpty();
+    notes.append(Message(isKept ? kCoverKeepsItsBytes : kCoverLeftOut, {reason.text()}));
+    return isKept ? plain : renderId3Tag(frames, {});
 }
 
 } // namespace
@@ -117,22 +148,15 @@ void AudioMetadata::writeMp3(const jobs::WriteRequest& request, const QList<Id3T
         return;
     const auto write = [source = job->source, output = job->output, frames,
                         cover](const auto& progress) -> Result<platform::Notes> {
-        QByteArray image;
-        if (!cover.isNull()) {
-            const auto tiff = TIFFRepresentation(cover);
-            if (!tiff)
-                return tl::unexpected(tiff.error());
-            image = tiff->bytes();
-            writeTemporaryArtwork(image);
-        }
-        const auto tag = renderId3Tag(frames, image);
+        platform::Notes notes;
+        const auto tag = tagWithCover(frames, cover, notes);
         if (!tag)
             return tl::unexpected(tag.error());
         OutputPlace(output).removeLink();
         const auto written = replaceMpegTags(source, output, *tag, progress);
         if (!written)
             return tl::unexpected(written.error());
-        return platform::Notes();
+        return notes;
     };
     jobs::startSession(*job, AVAssetExportSession::rewriting(job->source, job->output, write));
 }

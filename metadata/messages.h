@@ -13,6 +13,8 @@ inline constexpr platform::MessageCode kTitleGivenOut{"title-given-out"}; ///< p
 inline constexpr platform::MessageCode kEmptyTitle{"empty-title"};
 inline constexpr platform::MessageCode kNoAudioPane{"no-audio-pane"};
 inline constexpr platform::MessageCode kCoverStoredAsGiven{"cover-stored-as-given"};
+inline constexpr platform::MessageCode kCoverKeepsItsBytes{"cover-keeps-its-bytes"}; ///< reason
+inline constexpr platform::MessageCode kCoverLeftOut{"cover-left-out"};              ///< reason
 inline constexpr platform::MessageCode kArtworkCopyNotWritten{"artwork-copy-not-written"};
 
 // Fields that the file has no place for.

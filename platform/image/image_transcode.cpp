@@ -1,42 +1,29 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/image_transcode.h"
 
+#include "platform/image/artwork_decoding.h"
 #include "platform/image/messages.h"
 
 #include <QBuffer>
 #include <QImage>
-#include <QImageReader>
 
 namespace clipheave::platform {
 
 namespace {
 
-/// Pixels of a cover beyond which decoding is refused; a damaged header must not ask for gigabytes.
-constexpr qint64 kMostArtworkPixels = 100'000'000;
 constexpr std::uint64_t kMostArtworkBytes = 64u << 20;
-
-bool hasTooManyPixels(QSize size) {
-    return size.isValid() && qint64{size.width()} * size.height() > kMostArtworkPixels;
-}
 
 tl::unexpected<Error> tooManyPixels(const QString& path) {
     return failure(ErrorCode::LimitExceeded, kReadImage, path, kTooManyPixels);
 }
 
 Result<QByteArray> asPng(const QByteArray& bytes, const QString& path) {
-    QBuffer input;
-    input.setData(bytes);
-    input.open(QIODevice::ReadOnly);
-    QImageReader reader(&input);
-    reader.setAutoTransform(true);
-    if (hasTooManyPixels(reader.size()))
-        return tooManyPixels(path);
-    const QImage image = reader.read();
-    if (image.isNull())
-        return failure(ErrorCode::InvalidData, kReadImage, path, reader.errorString());
+    const auto image = decodedArtwork(bytes, kReadImage, path);
+    if (!image)
+        return tl::unexpected(image.error());
     QBuffer output;
     output.open(QIODevice::WriteOnly);
-    if (!image.save(&output, "PNG"))
+    if (!image->save(&output, "PNG"))
         return failure(ErrorCode::Io, kEncodeImage, path);
     return output.data();
 }

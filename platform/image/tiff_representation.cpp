@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/tiff_representation.h"
 
+#include "platform/image/artwork_decoding.h"
 #include "platform/image/messages.h"
 
 #include <QBuffer>
 #include <QImage>
-#include <QImageReader>
 #include <QImageWriter>
 #include <QtEndian>
 
@@ -17,28 +17,19 @@ namespace clipheave::platform {
 
 namespace {
 
-constexpr qint64 kMostCoverPixels = 100'000'000;
 constexpr int kLzw = 1;
 
 Result<EncodedImage> transcoded(const EncodedImage& original, const char* format) {
     const MessageCode operation = kConvertImage;
-    QByteArray bytes = original.bytes();
-    QBuffer input(&bytes);
-    input.open(QIODevice::ReadOnly);
-    QImageReader reader(&input);
-    reader.setAutoTransform(true);
-    const QSize size = reader.size();
-    if (size.isValid() && qint64{size.width()} * size.height() > kMostCoverPixels)
-        return failure(ErrorCode::LimitExceeded, operation, {}, kTooManyPixels);
-    const QImage image = reader.read();
-    if (image.isNull())
-        return failure(ErrorCode::InvalidData, operation, {}, reader.errorString());
+    const auto image = decodedArtwork(original.bytes(), operation);
+    if (!image)
+        return tl::unexpected(image.error());
     QBuffer output;
     output.open(QIODevice::WriteOnly);
     QImageWriter writer(&output, format);
     if (format == QByteArrayView("tiff"))
         writer.setCompression(kLzw);
-    if (!writer.write(image))
+    if (!writer.write(*image))
         return failure(ErrorCode::NotSupported, operation, {}, writer.errorString());
     EncodedImage result = EncodedImage::fromBytes(output.data());
     if (result.isNull())

@@ -11,7 +11,8 @@ namespace {
 constexpr std::uint32_t kLargestImageSide = 1u << 20;
 constexpr int kMostJpegSegments = 2000;
 constexpr int kMostTiffEntries = 1000;
-constexpr qsizetype kLargestFrame = 64 << 20;
+// What an ID3 tag holds: a cover of that size, as TIFF, must come across a second save.
+constexpr qsizetype kLargestFrame = 256 << 20;
 
 /// A few bytes at an offset; cut at the end of the image. Borrowed until the next call.
 using FrameBytes = std::function<ByteView(std::uint64_t offset, std::uint64_t length)>;

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/image/artwork_decoding.h"
+
+#include "platform/image/messages.h"
+
+#include <QBuffer>
+#include <QImageReader>
+
+namespace clipheave::platform {
+
+namespace {
+
+constexpr qint64 kMostArtworkPixels = 100'000'000;
+
+/// The image reader's own limit, 128 MiB, is less than a healthy cover of 6000 x 6000 pixels needs.
+/// 16 bits for each of four components are the most that a pixel takes.
+void allowMostArtworkPixels() {
+    constexpr qint64 kBytes = kMostArtworkPixels * 8;
+    static const bool allowed = [] {
+        QImageReader::setAllocationLimit(static_cast<int>(kBytes >> 20) + 1);
+        return true;
+    }();
+    static_cast<void>(allowed);
+}
+
+} // namespace
+
+bool hasTooManyPixels(QSize size) {
+    return size.isValid() && qint64{size.width()} * size.height() > kMostArtworkPixels;
+}
+
+Result<QImage> decodedArtwork(const QByteArray& bytes, MessageCode operation, const QString& path) {
+    allowMostArtworkPixels();
+    QBuffer input;
+    input.setData(bytes);
+    input.open(QIODevice::ReadOnly);
+    QImageReader reader(&input);
+    reader.setAutoTransform(true);
+    if (hasTooManyPixels(reader.size()))
+        return failure(ErrorCode::LimitExceeded, operation, path, kTooManyPixels);
+    QImage image = reader.read();
+    if (image.isNull())
+        return failure(ErrorCode::InvalidData, operation, path, reader.errorString());
+    return image;
+}
+
+} // namespace clipheave::platform

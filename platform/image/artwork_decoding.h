@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/foundation/message.h"
+#include "platform/foundation/result.h"
+
+#include <QByteArray>
+#include <QImage>
+
+namespace clipheave::platform {
+
+/// Returns whether an image is larger than the artwork that is decoded here: over 100 million
+/// pixels. A damaged header must not ask for gigabytes.
+[[nodiscard]] bool hasTooManyPixels(QSize size);
+
+/// Returns the pixels of an encoded image, upright. LimitExceeded when hasTooManyPixels(),
+/// InvalidData when it cannot be decoded to its end; `operation` and `path` are the error's.
+[[nodiscard]] Result<QImage> decodedArtwork(const QByteArray& bytes, MessageCode operation,
+                                            const QString& path = {});
+
+} // namespace clipheave::platform

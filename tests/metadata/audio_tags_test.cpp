@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Audio files that other programs left odd: what a save and a removal make of them.
+#include "media/media_import.h"
+#include "metadata/messages.h"
+#include "tests/metadata/write_fixture.h"
+
+namespace {
+
+using namespace clipheave;
+using namespace clipheave::metadata;
+using testkit::id3Frame;
+using testkit::id3Tag;
+using testkit::id3Text;
+using testkit::TempDir;
+
+const QByteArray kPngHead("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\2\0\0\0\3\10\2\0\0\0", 29);
+
+QByteArray apic(const QByteArray& image) {
+    return id3Frame("APIC", QByteArray("\0\0\3\0", 4) + image);
+}
+
+class AudioTags : public WriteFixture {
+protected:
+    static media::ItemPointer read(const QString& path) {
+        media::MediaImport import;
+        import.importMediaItemsThreader({path});
+        EXPECT_EQ(import.localPhotoItemArray().size(), 1u) << path;
+        return import.localPhotoItemArray().empty() ? std::make_shared<const media::IKImageItem>()
+                                                    : import.localPhotoItemArray().front();
+    }
+    /// The file as the window shows it alone.
+    jobs::WriteRequest shown(const QString& path) const {
+        jobs::WriteRequest made = request(path);
+        made.item = read(path);
+        // The window compares the artist with the field of the video pane.
+        made.audioPane = media::ShowAudioViewWithItem(*made.item, {});
+        return made;
+    }
+    /// A save under a new title, or a removal; then its output as the import reads it.
+    media::ItemPointer written(const QString& path, bool removes = false) {
+        jobs::WriteRequest made = shown(path);
+        if (!removes)
+            made.audioPane->texts.titlelab = u"New"_s;
+        return written(made, removes);
+    }
+    media::ItemPointer written(const jobs::WriteRequest& made, bool removes = false) {
+        m_outcome = run([&](VideoMetadata& writer) {
+                        removes ? writer.RemoveMediaFileAction(made)
+                                : writer.SaveMeidaFileChangesAction(made);
+                    }).back();
+        EXPECT_EQ(m_outcome.status, jobs::WriteStatus::Completed) << m_outcome.text();
+        return read(outputOf(made.item->filePath));
+    }
+    QString outputOf(const QString& path) const {
+        return m_dir.path(u"out/"_s + path.section(u'/', -1));
+    }
+    bool isNoted(platform::MessageCode code) const {
+        return std::any_of(m_outcome.notes.begin(), m_outcome.notes.end(),
+                           [&](const auto& note) { return note.code() == code; });
+    }
+    jobs::WriteOutcome m_outcome;
+};
+
+TEST_F(AudioTags, TheStateOfACoverStopsNoTag) {
+    SKIP_WITHOUT("ffmpeg");
+    const QString large = m_dir.path("large.jpg");
+    testkit::ffmpeg("-f lavfi -i color=red:s=6000x6000 -frames:v 1 -f mjpeg", {large});
+    const QByteArray webp = "RIFF" + testkit::le(90, 4) + "WEBPVP8X" + testkit::le(10, 4) +
+                            testkit::le(0, 4) + testkit::le(9, 3) + testkit::le(9, 3);
+    const struct {
+        const char* name;
+        QByteArray image;
+        bool isTiff;
+    } covers[] = {{"cut.mp3", kPngHead, false},
+                  {"webp.mp3", webp + "VP8 cut", false},
+                  {"large.mp3", TempDir::read(large), true}};
+    for (const auto& [name, image, isTiff] : covers) {
+        SCOPED_TRACE(name);
+        const QString path = m_dir.write(name, id3Tag(3, id3Text("TIT2", "Old") + apic(image)) +
+                                                   testkit::mpegFrames());
+        for (const bool removes : {false, true}) {
+            const auto item = written(path, removes);
+            EXPECT_EQ(item->fileTitle, QString::fromLatin1(removes ? "" : "New"));
+            EXPECT_EQ(item->fileImage.format() == u"tiff", isTiff);
+            EXPECT_EQ(isNoted(kCoverKeepsItsBytes), !isTiff);
+            EXPECT_EQ(item->fileImage.bytes() == image, !isTiff);
+        }
+    }
+}
+
+} // namespace
