@@ -179,6 +179,7 @@ const Sentence kIsobmffWords[] = {
     {"fragment-header-too-short", "A track fragment header is too short"},
     {"no-space-in-segment-index", "The segment index has no space for its new values"},
     {"location-kept", "Location kept"},
+    {"timed-metadata-kept", "Timed metadata (%1) kept; it may hold positions"},
     {"artwork-format-not-stored", "Artwork not stored: only JPEG, PNG, GIF and BMP can be"},
     {"value-not-stored", "\"%1\" not stored: its value cannot be read"},
     {"text-too-long-to-store", "\"%1\" not stored: the text is too long"},

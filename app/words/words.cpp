@@ -205,6 +205,8 @@ const Sentence kIsobmffWords[] = {
     {"no-space-in-segment-index",
      QT_TRANSLATE_NOOP("Words", "The segment index has no space for its new values")},
     {"location-kept", QT_TRANSLATE_NOOP("Words", "Location kept")},
+    {"timed-metadata-kept",
+     QT_TRANSLATE_NOOP("Words", "Timed metadata (%1) kept; it may hold positions")},
     {"artwork-format-not-stored",
      QT_TRANSLATE_NOOP("Words", "Artwork not stored: only JPEG, PNG, GIF and BMP can be")},
     {"value-not-stored", QT_TRANSLATE_NOOP("Words", "\"%1\" not stored: its value cannot be read")},

@@ -247,12 +247,12 @@ Result<void> AtomicFile::copyFrom(int sourceFd, std::uint64_t offset, std::uint6
     return {};
 }
 
-void AtomicFile::copyExtendedAttributes(int sourceFd) {
+void AtomicFile::copyExtendedAttributes(int sourceFd, Attributes which) {
     const auto source = FileReference::ofDescriptor(sourceFd);
     const auto own = FileReference::ofDescriptor(m_fd.get());
     for (const QByteArray& name : source.attributeNames()) {
         // The other spaces belong to the system and to the place of the file.
-        if (name.startsWith("user."))
+        if (which == Attributes::All && name.startsWith("user."))
             own.setAttribute(name.constData(), source.attribute(name.constData()));
     }
     struct statx status {};

@@ -40,9 +40,13 @@ public:
     /// (Cancelled).
     [[nodiscard]] Result<void> copyFrom(int sourceFd, std::uint64_t offset, std::uint64_t length,
                                         const std::function<bool(std::uint64_t)>& progress = {});
+    enum class Attributes {
+        All,
+        OfSystem, ///< none of those that programs describe a file with (origin, comment, rating)
+    };
     /// Extended attributes of the source travel along, and its creation date, which is its birth
     /// time when none is stored; best effort.
-    void copyExtendedAttributes(int sourceFd);
+    void copyExtendedAttributes(int sourceFd, Attributes which = Attributes::All);
 
     /// Makes the bytes durable and puts them under the target name. AlreadyExists with
     /// IfExists::Fail.

@@ -153,7 +153,10 @@ ByteView findPayload(ByteView bytes, std::initializer_list<std::uint32_t> path) 
 }
 
 std::uint64_t metaChildrenOffset(ByteView payload) {
-    return payload.be32(4) == fourCc("hdlr") ? 0 : 4;
+    constexpr std::uint32_t kSmallestBox = 8;
+    const bool plain =
+        payload.be32(4) == fourCc("hdlr") || payload.be32(0).value_or(0) >= kSmallestBox;
+    return plain ? 0 : 4;
 }
 
 QString unpackLanguage(std::uint16_t packed) {

@@ -133,7 +133,7 @@ private:
 [[nodiscard]] ByteView findPayload(ByteView bytes, std::initializer_list<std::uint32_t> path);
 
 /// Where the children of a "meta" payload begin: 0 for the plain box of QuickTime, 4 for the
-/// FullBox of ISO base media. Plain when the bytes 4 to 7 are "hdlr".
+/// FullBox of ISO base media, whose version and flags are zero.
 [[nodiscard]] std::uint64_t metaChildrenOffset(ByteView payload);
 
 /// The packed language of "mdhd" and of the 3GPP boxes: three letters less 0x60 in 5 bits each.

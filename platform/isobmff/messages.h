@@ -53,6 +53,7 @@ inline constexpr MessageCode kNoSpaceInSegmentIndex{"no-space-in-segment-index"}
 
 // Notes of the writer.
 inline constexpr MessageCode kLocationKept{"location-kept"};
+inline constexpr MessageCode kTimedMetadataKept{"timed-metadata-kept"}; ///< formats
 inline constexpr MessageCode kArtworkFormatNotStored{"artwork-format-not-stored"};
 inline constexpr MessageCode kValueNotStored{"value-not-stored"};           ///< key
 inline constexpr MessageCode kTextTooLongToStore{"text-too-long-to-store"}; ///< key

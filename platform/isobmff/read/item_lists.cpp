@@ -2,6 +2,7 @@
 #include "platform/isobmff/read/item_lists.h"
 
 #include "platform/isobmff/messages.h"
+#include "platform/isobmff/meta_kind.h"
 #include "platform/isobmff/read/item_texts.h"
 
 #include <algorithm>
@@ -22,7 +23,7 @@ constexpr std::array kNumberEntries{fourCc("cpil"), fourCc("tmpo"), fourCc("pgap
                                     fourCc("rtng"), fourCc("tvsn"), fourCc("tves")};
 
 struct MetaParts {
-    std::uint32_t handler = 0;
+    MetaSigns signs;
     std::optional<Box> keys, list;
 };
 
@@ -33,8 +34,9 @@ MetaParts findMetaParts(ItemSink& sink, const Box& meta) {
     FileBoxWalker walker(sink.reader, meta.payloadOffset() + skipped, meta.end());
     MetaParts parts;
     while (const auto box = walker.next()) {
+        parts.signs.see(box->type);
         if (box->type == fourCc("hdlr"))
-            parts.handler = sink.reader.view(box->payloadOffset(), 12).be32(8).value_or(0);
+            parts.signs.handler = sink.reader.view(box->payloadOffset(), 12).be32(8).value_or(0);
         else if (box->type == fourCc("keys") && !parts.keys)
             parts.keys = box;
         else if (box->type == fourCc("ilst") && !parts.list)
@@ -177,14 +179,15 @@ void readKeyedList(ItemSink& sink, const Box& list, const KeyTable& keys) {
 
 void readMetaItems(ItemSink& sink, const Box& meta) {
     const MetaParts parts = findMetaParts(sink, meta);
-    if (!parts.list)
+    const MetaKind kind = metaKind(parts.signs);
+    if (!parts.list || kind == MetaKind::Foreign)
         return;
-    if (parts.keys)
-        readKeyedList(sink, *parts.list, KeyTable(sink.reader, *parts.keys));
-    else if (parts.handler == fourCc("mdta"))
-        sink.noteProblem(kMetadataKeysMissing);
-    else
+    if (kind == MetaKind::ITunesList)
         readITunesList(sink, *parts.list);
+    else if (parts.keys)
+        readKeyedList(sink, *parts.list, KeyTable(sink.reader, *parts.keys));
+    else
+        sink.noteProblem(kMetadataKeysMissing);
 }
 
 } // namespace clipheave::platform

@@ -10,6 +10,7 @@
 #include "platform/isobmff/write/write_metadata.h"
 #include "platform/isobmff/write/write_moov.h"
 #include "platform/isobmff/write/write_patch.h"
+#include "platform/isobmff/write/write_removal.h"
 #include "platform/isobmff/write/write_source_metadata.h"
 
 #include <QtEndian>
@@ -40,10 +41,13 @@ struct PlannedTarget {
 
 /// The header's size decides where the payload goes, and where it goes decides the header's size:
 /// whether the tracks are rewritten, and with offsets of which width. Each happens once.
+/// `everyOffset`: is looked up even where nothing moves, which fails for samples outside the runs.
 Result<PlannedTarget> planTarget(const std::vector<SourceRun>& runs, MovieHeaderBuilder& builder,
-                                 const QByteArray& ftyp, bool moovFirst) {
+                                 const QByteArray& ftyp, bool moovFirst, bool everyOffset) {
     PlannedTarget target{ftyp, {}, {}, {}};
     auto moov = builder.build({});
+    if (everyOffset)
+        builder.rewriteTracks();
     constexpr int kMaxRounds = 6;
     for (int round = 0; moov && round < kMaxRounds; ++round) {
         const auto size = static_cast<std::uint64_t>(moov->size());
@@ -152,7 +156,8 @@ QByteArray paddingBox(std::uint64_t size) {
 }
 
 Result<void> writeTarget(const PassthroughRequest& request, SourceFile& source,
-                         const std::vector<SourceRun>& runs, const PlannedTarget& plan) {
+                         const std::vector<SourceRun>& runs, const PlannedTarget& plan,
+                         bool strips) {
     auto target = AtomicFile::create(request.target, plan.layout.size);
     if (!target)
         return tl::unexpected(target.error());
@@ -186,7 +191,9 @@ Result<void> writeTarget(const PassthroughRequest& request, SourceFile& source,
         return failure(ErrorCode::Cancelled, kCopyFile, request.target);
     const auto attributes =
         FileReader::open(request.attributesOf.isEmpty() ? request.source : request.attributesOf);
-    target->copyExtendedAttributes(attributes ? attributes->fd() : source.reader.fd());
+    target->copyExtendedAttributes(attributes ? attributes->fd() : source.reader.fd(),
+                                   strips ? AtomicFile::Attributes::OfSystem
+                                          : AtomicFile::Attributes::All);
     return target->commit();
 }
 
@@ -197,44 +204,77 @@ QByteArray xmpPacketOf(const QString& path) {
     return original ? readXmpPacket(*original) : QByteArray();
 }
 
+/// The runs of the source that the target gets, and where.
+struct Placement {
+    std::vector<SourceRun> runs;
+    PlannedTarget target;
+};
+
+Result<Placement> placeAll(const PassthroughRequest& request, SourceFile& source,
+                           const std::optional<MovieMetadata>& metadata, Keep keep) {
+    MovieHeaderBuilder builder(source.moov, metadata);
+    if (auto checked = builder.check(); !checked)
+        return tl::unexpected(checked.error());
+    Placement placement{keptRuns(source, keep), {}};
+    auto target =
+        planTarget(placement.runs, builder, renderFileType(request.container, source.ftyp),
+                   request.moovFirst, keep == Keep::WhatPlays);
+    if (!target)
+        return tl::unexpected(target.error());
+    placement.target = std::move(*target);
+    return placement;
+}
+
+/// A removal keeps no box that playing does not need, unless samples stand in one.
+Result<Placement> placeFor(const PassthroughRequest& request, SourceFile& source,
+                           const std::optional<MovieMetadata>& metadata, bool strips) {
+    if (!strips)
+        return placeAll(request, source, metadata, Keep::All);
+    if (auto placement = placeAll(request, source, metadata, Keep::WhatPlays))
+        return placement;
+    return placeAll(request, source, metadata, Keep::AllButDescriptions);
+}
+
+Result<PassthroughOutcome> rewrite(const PassthroughRequest& request) {
+    auto source = openSourceFile(request.source);
+    if (!source)
+        return tl::unexpected(source.error());
+    PassthroughOutcome outcome;
+    std::optional<MovieMetadata> metadata;
+    bool strips = false;
+    if (request.metadata) {
+        auto rendered = renderMetadataList(request, readSourceUserData(source->moov));
+        if (!rendered)
+            return tl::unexpected(rendered.error());
+        outcome.notes = rendered->notes;
+        strips = rendered->stripped;
+        metadata = std::move(rendered->boxes);
+    }
+    if (strips)
+        source->moov = withoutForeignMetadata(source->moov);
+    const QStringList timed = timedMetadataFormats(source->moov);
+    if (request.removesMetadata && !timed.isEmpty())
+        outcome.notes << Message(kTimedMetadataKept, {timed.join(QLatin1String(", "))});
+    auto placement = placeFor(request, *source, metadata, strips);
+    if (!placement)
+        return tl::unexpected(placement.error());
+    placement->target.appendix = xmpPacketOf(request.xmpPacketOf);
+    const auto done = writeTarget(request, *source, placement->runs, placement->target, strips);
+    if (!done)
+        return tl::unexpected(done.error());
+    return outcome;
+}
+
 } // namespace
 
 Result<PassthroughOutcome> writePassthrough(const PassthroughRequest& request) {
     if (NSFileManager::defaultManager().isSameFile(request.source, request.target))
         return failure(ErrorCode::InvalidArgument, kWriteMovieFile, request.target,
                        kOutputIsSource);
-    auto source = openSourceFile(request.source);
-    if (!source)
-        return tl::unexpected(source.error());
-    PassthroughOutcome outcome;
-    std::optional<MovieMetadata> metadata;
-    bool stripped = false;
-    if (request.metadata) {
-        auto rendered = renderMetadataList(request, readSourceUserData(source->moov));
-        if (!rendered)
-            return tl::unexpected(rendered.error());
-        outcome.notes = rendered->notes;
-        stripped = rendered->stripped;
-        metadata = std::move(rendered->boxes);
-    }
-    if (stripped)
-        source->moov = withoutTrackMetadata(source->moov);
-    MovieHeaderBuilder builder(source->moov, std::move(metadata));
-    const std::vector<SourceRun> runs = keptRuns(*source, stripped);
-    auto done = builder.check();
-    if (done) {
-        auto plan = planTarget(runs, builder, renderFileType(request.container, source->ftyp),
-                               request.moovFirst);
-        if (plan)
-            plan->appendix = xmpPacketOf(request.xmpPacketOf);
-        done = plan ? writeTarget(request, *source, runs, *plan) : tl::unexpected(plan.error());
-    }
-    if (done)
-        return outcome;
-    Error error = done.error();
-    if (error.path.isEmpty())
-        error.path = request.source;
-    return tl::unexpected(error);
+    auto outcome = rewrite(request);
+    if (!outcome && outcome.error().path.isEmpty())
+        outcome.error().path = request.source;
+    return outcome;
 }
 
 } // namespace clipheave::platform

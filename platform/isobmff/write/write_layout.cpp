@@ -2,6 +2,7 @@
 #include "platform/isobmff/write/write_layout.h"
 
 #include "platform/isobmff/messages.h"
+#include "platform/isobmff/write/write_removal.h"
 
 #include <algorithm>
 
@@ -55,14 +56,27 @@ bool isZeroPadding(FileReader& reader, const Box& box) {
                                 [](std::uint8_t byte) { return byte == 0; });
 }
 
-/// Editors leave old headers behind in such boxes.
+bool isXmpPacket(FileReader& reader, const Box& box) {
+    return box.type == fourCc("uuid") &&
+           reader.viewUpTo(box.payloadOffset(), 16).startsWith(QByteArrayView(kXmpUuid, 16));
+}
+
+/// Editors leave old headers behind in padding.
 bool isPadding(const Box& box) {
     return (box.type == fourCc("free") || box.type == fourCc("skip")) && !box.cut;
 }
 
-bool isXmpPacket(FileReader& reader, const Box& box) {
-    return box.type == fourCc("uuid") &&
-           reader.viewUpTo(box.payloadOffset(), 16).startsWith(QByteArrayView(kXmpUuid, 16));
+bool goes(FileReader& reader, const Box& box, Keep keep) {
+    switch (keep) {
+    case Keep::All:
+        return false;
+    case Keep::AllButDescriptions:
+        return isPadding(box) || isXmpPacket(reader, box);
+    case Keep::WhatPlays:
+        break;
+    }
+    return !box.cut &&
+           !staysAtRemoval(box, reader.viewUpTo(box.payloadOffset(), box.payloadSize()));
 }
 
 Result<void> loadMovieHeader(SourceFile& source) {
@@ -135,11 +149,11 @@ QByteArray readXmpPacket(SourceFile& source) {
     return {};
 }
 
-std::vector<SourceRun> keptRuns(SourceFile& source, bool strip) {
+std::vector<SourceRun> keptRuns(SourceFile& source, Keep keep) {
     std::vector<SourceRun> runs;
     bool afterMoov = false, beside = true;
     std::uint64_t previousEnd = UINT64_MAX;
-    const auto keep = [&](std::uint64_t begin, std::uint64_t end, bool cut) {
+    const auto add = [&](std::uint64_t begin, std::uint64_t end, bool cut) {
         if (begin == previousEnd && !runs.empty())
             runs.back().end = end;
         else
@@ -155,14 +169,13 @@ std::vector<SourceRun> keptRuns(SourceFile& source, bool strip) {
             beside = true;
             continue;
         }
-        if ((beside && isZeroPadding(source.reader, box)) ||
-            (strip && (isPadding(box) || isXmpPacket(source.reader, box))))
+        if ((beside && isZeroPadding(source.reader, box)) || goes(source.reader, box, keep))
             continue;
         beside = false;
-        keep(box.offset, box.end(), box.cut);
+        add(box.offset, box.end(), box.cut);
     }
-    if (source.tail < source.reader.size())
-        keep(source.tail, source.reader.size(), false);
+    if (source.tail < source.reader.size() && keep != Keep::WhatPlays)
+        add(source.tail, source.reader.size(), false);
     return runs;
 }
 

@@ -39,9 +39,14 @@ struct SourceRun {
     bool cut = false; ///< ends with a box that announces more than the file has
     bool afterMoov = false;
 };
-/// The kept runs in file order: all but `ftyp`, every `moov` and zero-filled padding beside them.
-/// With `strip` the XMP packet and all other padding go as well.
-[[nodiscard]] std::vector<SourceRun> keptRuns(SourceFile& source, bool strip);
+/// How much of the file's top level a target gets.
+enum class Keep {
+    All,
+    AllButDescriptions, ///< no XMP packet and no padding, where old texts hide
+    WhatPlays,          ///< only the kinds of boxes that playing needs, nothing behind the last one
+};
+/// The kept runs in file order: `ftyp`, every `moov` and zero-filled padding beside them never.
+[[nodiscard]] std::vector<SourceRun> keptRuns(SourceFile& source, Keep keep);
 
 /// One stretch of the target.
 struct TargetPart {

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <map>
+#include <numeric>
 
 namespace clipheave::platform {
 namespace {
@@ -64,7 +65,8 @@ private:
     [[nodiscard]] bool claims(const AVMetadataItem& item, const ItemTarget& target);
     void emitBox(const ItemTarget& target, const QByteArray& box);
     void emitKeyValues(const QByteArray& name, const QByteArray& values, bool joinEntries);
-    [[nodiscard]] QByteArray keysMeta(const SourceUserData& source) const;
+    [[nodiscard]] QByteArray keysMeta(const SourceUserData& source, bool strip) const;
+    [[nodiscard]] QByteArray listMeta(const SourceUserData& source, bool strip) const;
 
     const QList<AVMetadataItem>& m_items;
     OutputContainer m_container;
@@ -83,12 +85,17 @@ private:
     std::map<QByteArray, qsizetype> m_joinable; ///< where the entry of a new key begins
 };
 
-QByteArray claimName(const ItemTarget& target, const QString& language) {
+bool isOfOneLanguage(const AVMetadataItem& item) {
+    const QString& language = item.extendedLanguageTag;
+    return !language.isEmpty() && language != QLatin1String("und");
+}
+
+QByteArray claimName(const ItemTarget& target, const AVMetadataItem& item) {
     QByteArray name(1, static_cast<char>(target.place));
     name += target.key;
     // A QuickTime key may stand once for each language.
-    if (target.place == Place::Keys && !language.isEmpty() && language != QLatin1String("und"))
-        name += '\0' + language.toUtf8();
+    if (target.place == Place::Keys && isOfOneLanguage(item))
+        name += '\0' + item.extendedLanguageTag.toUtf8();
     return name;
 }
 
@@ -120,7 +127,7 @@ int ListRenderer::fieldOf(const QString& identifier) const {
 
 /// True when the item's place and field are its own: the first in the list is what people see.
 bool ListRenderer::claims(const AVMetadataItem& item, const ItemTarget& target) {
-    if (m_claimed.contains(claimName(target, item.extendedLanguageTag)))
+    if (m_claimed.contains(claimName(target, item)))
         return false;
     const QString identifier = item.effectiveIdentifier();
     const int field = fieldOf(identifier);
@@ -128,7 +135,8 @@ bool ListRenderer::claims(const AVMetadataItem& item, const ItemTarget& target) 
         return true;
     const auto first = m_newFields.find(field);
     return first == m_newFields.end() || first->second == item.stringValue() ||
-           viewOf(identifier.toLatin1()).starts_with(kLocationKeys);
+           viewOf(identifier.toLatin1()).starts_with(kLocationKeys) ||
+           (target.place == Place::Keys && isOfOneLanguage(item));
 }
 
 void ListRenderer::renderNewItems() {
@@ -147,8 +155,8 @@ void ListRenderer::renderNewItems() {
         if (!blank && rendered.box.isEmpty())
             continue; // cannot be stored: what stands there stays
         m_newIdentifiers.insert(identifier);
-        m_claimed.insert(claimName(target, item.extendedLanguageTag));
-        if (field != kNoField)
+        m_claimed.insert(claimName(target, item));
+        if (field != kNoField && !isOfOneLanguage(item))
             m_newFields.try_emplace(field, item.stringValue());
         if (!blank)
             m_newItems.emplace(i, std::move(rendered));
@@ -219,13 +227,19 @@ void ListRenderer::emitKeyValues(const QByteArray& name, const QByteArray& value
 }
 
 void ListRenderer::keepLocation(const SourceUserData& source) {
-    if (source.location.empty() && source.locationKeys.empty())
+    if (source.location.empty() && source.locationEntries.empty() && source.locationKeys.empty())
         return;
+    for (const QByteArray& entry : source.locationEntries)
+        m_list += entry;
     for (const QByteArray& box : source.location)
         m_userData += box;
     for (const SourceUserData::KeyEntry& entry : source.locationKeys)
         emitKeyValues(entry.name, entry.values, false);
     m_notes << kLocationKept;
+}
+
+QByteArray joined(const std::vector<QByteArray>& boxes) {
+    return std::accumulate(boxes.begin(), boxes.end(), QByteArray());
 }
 
 QByteArray handlerBox(const char* handler, const char* manufacturer) {
@@ -234,36 +248,38 @@ QByteArray handlerBox(const char* handler, const char* manufacturer) {
                                          QByteArray(manufacturer, 4) + QByteArray(9, '\0'));
 }
 
-QByteArray ListRenderer::keysMeta(const SourceUserData& source) const {
+QByteArray ListRenderer::keysMeta(const SourceUserData& source, bool strip) const {
     QByteArray keys(8, '\0');
     qToBigEndian(static_cast<quint32>(m_keyNames.size()), keys.data() + 4);
     for (const QByteArray& name : m_keyNames)
         keys += renderBox(fourCc("mdta"), name);
     QByteArray children = handlerBox("mdta", "\0\0\0\0") + renderBox(fourCc("keys"), keys) +
                           renderBox(fourCc("ilst"), m_keyEntries);
-    for (const QByteArray& table : source.localeTables)
-        children += table;
+    children += joined(source.localeTables);
+    if (!strip)
+        children += joined(source.besideKeys);
     // Without version and flags in every brand: QuickTime's form, which cameras also write into MP4
     // and which readers that know this box at the movie level expect (exiftool stops at a FullBox).
     return renderBox(fourCc("meta"), children);
 }
 
+QByteArray ListRenderer::listMeta(const SourceUserData& source, bool strip) const {
+    QByteArray children = handlerBox("mdir", "appl") + renderBox(fourCc("ilst"), m_list);
+    if (!strip)
+        children += joined(source.besideList);
+    return renderBox(fourCc("meta"), QByteArray(4, '\0') + children);
+}
+
 MovieMetadata ListRenderer::boxes(const SourceUserData& source, bool strip) const {
-    QByteArray children = m_userData;
-    for (const QByteArray& box : source.structural)
-        children += box;
-    if (!m_list.isEmpty())
-        children += renderBox(fourCc("meta"), QByteArray(4, '\0') + handlerBox("mdir", "appl") +
-                                                  renderBox(fourCc("ilst"), m_list));
+    QByteArray children = m_userData + joined(source.structural);
+    if (!m_list.isEmpty() || (!strip && !source.besideList.empty()))
+        children += listMeta(source, strip);
     MovieMetadata result;
-    result.dropPadding = strip;
-    if (!m_keyEntries.isEmpty())
-        result.meta = keysMeta(source);
+    if (!m_keyEntries.isEmpty() || (!strip && !source.besideKeys.empty()))
+        result.meta = keysMeta(source, strip);
     if (!strip) {
-        for (const QByteArray& box : source.foreignUserDataMeta)
-            children += box;
-        for (const QByteArray& box : source.foreignMeta)
-            result.meta += box;
+        children += joined(source.foreignUserDataMeta);
+        result.meta += joined(source.foreignMeta);
     }
     if (!children.isEmpty())
         result.udta = renderBox(fourCc("udta"), children);
@@ -301,13 +317,17 @@ ItemTarget itemTarget(const QString& identifier, OutputContainer container, bool
 Result<RenderedList> renderMetadataList(const PassthroughRequest& request,
                                         const SourceUserData& source) {
     const bool isEmpty = request.metadata->isEmpty();
+    const bool strips = request.removesMetadata || isEmpty;
+    // What gave no items cannot be in the list, so a save would lose it.
+    if (!strips && !source.problem.isEmpty())
+        return failure(ErrorCode::InvalidData, kRebuildMovieHeader, request.source, source.problem);
     ListRenderer renderer(request);
     renderer.renderNewItems();
     const auto emitted = renderer.emitItems();
     if (!emitted)
         return tl::unexpected(emitted.error());
     RenderedList result;
-    result.stripped = request.removesMetadata || isEmpty;
+    result.stripped = strips;
     // A list that does not name the location leaves it; an empty one that is not the removal of a
     // video leaves nothing.
     if ((request.removesMetadata || !isEmpty) && !renderer.namesLocation())

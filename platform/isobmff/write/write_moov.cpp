@@ -151,9 +151,6 @@ Result<QByteArray> MovieHeaderBuilder::build(const OffsetMap& map) const {
             pass.out += std::exchange(udtaPlaced, true) ? QByteArray() : m_metadata->udta;
         } else if (m_metadata && box->type == fourCc("meta")) {
             pass.out += std::exchange(metaPlaced, true) ? QByteArray() : m_metadata->meta;
-        } else if (m_metadata && m_metadata->dropPadding &&
-                   (box->type == fourCc("free") || box->type == fourCc("skip"))) {
-            continue;
         } else {
             done =
                 box->type == fourCc("trak") ? pass.track(walker, *box) : pass.copyBox(walker, *box);

@@ -13,8 +13,6 @@ namespace clipheave::platform {
 struct MovieMetadata {
     QByteArray udta; ///< whole box
     QByteArray meta; ///< whole box
-    /// Padding inside the header goes too: an editor may have left old texts in it.
-    bool dropPadding = false;
 };
 
 /// Rebuilds a movie header: its children byte for byte, except the metadata at movie level (when

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/write/write_source_metadata.h"
 
+#include "platform/isobmff/messages.h"
+#include "platform/isobmff/meta_kind.h"
+#include "platform/isobmff/read/item_values.h"
 #include "platform/isobmff/write/render_items.h"
 #include "platform/isobmff/write/write_tables.h"
 
@@ -20,9 +23,10 @@ bool saysWhere(const QByteArray& identifier) {
         std::string_view(identifier.constData(), static_cast<std::size_t>(identifier.size())));
 }
 
-std::uint32_t metaHandler(ByteView children) {
-    const ByteView hdlr = findPayload(children, {fourCc("hdlr")});
-    return hdlr.be32(8).value_or(0);
+/// Entries of a list that the reader makes no items of would vanish with the next save.
+void noteProblem(SourceUserData& found, const Message& problem) {
+    if (found.problem.isEmpty())
+        found.problem = problem;
 }
 
 std::vector<QByteArray> keyNames(ByteView keys) {
@@ -39,33 +43,88 @@ std::vector<QByteArray> keyNames(ByteView keys) {
     return names;
 }
 
-void readLocationKeys(ByteView children, SourceUserData& found) {
-    const std::vector<QByteArray> names = keyNames(findPayload(children, {fourCc("keys")}));
-    BoxWalker entries(findPayload(children, {fourCc("ilst")}));
-    while (const auto entry = entries.next()) {
-        if (entry->type == 0 || entry->type > names.size())
-            continue;
-        const QByteArray& name = names[entry->type - 1];
+struct KeyedEntries {
+    const std::vector<QByteArray> names;
+    SourceUserData& found;
+
+    void take(const BoxWalker& entries, const Box& entry) {
+        if (entry.type == 0 || entry.type > names.size())
+            return noteProblem(found, kMetadataKeyUnknown);
+        const QByteArray& name = names[entry.type - 1];
         if (saysWhere(identifierBytes("mdta/", name)))
-            found.locationKeys.push_back({name, entries.payload(*entry).toByteArray()});
+            found.locationKeys.push_back({name, entries.payload(entry).toByteArray()});
+    }
+};
+
+/// Calls `take` for each entry of an `ilst`; `found` gets what hides some of them.
+template <class Take> void walkList(ByteView list, SourceUserData& found, const Take& take) {
+    BoxWalker entries(list);
+    while (const auto entry = entries.next()) {
+        if (entry->cut)
+            noteProblem(found, Message(kBoxBeyondEnd,
+                                       {fourCcText(entry->type), QString::number(entry->offset)}));
+        if (++found.entries > kMaxItems)
+            noteProblem(found, kTooManyMetadataItems);
+        take(entries, *entry);
+    }
+    if (!entries.problem().isEmpty())
+        noteProblem(found, entries.problem());
+}
+
+void readKeyedList(ByteView children, SourceUserData& found) {
+    const ByteView keys = findPayload(children, {fourCc("keys")});
+    const ByteView list = findPayload(children, {fourCc("ilst")});
+    if (keys.empty() && !list.empty())
+        return noteProblem(found, kMetadataKeysMissing);
+    KeyedEntries entries{keyNames(keys), found};
+    walkList(list, found,
+             [&](const BoxWalker& walker, const Box& entry) { entries.take(walker, entry); });
+}
+
+void readITunesList(ByteView children, SourceUserData& found) {
+    const ByteView list = findPayload(children, {fourCc("ilst")});
+    walkList(list, found, [&](const BoxWalker& walker, const Box& entry) {
+        const QByteArray whole = walker.whole(entry).toByteArray();
+        if (!entry.cut && saysWhere(identifierBytes("itsk/", QByteArrayView(whole).sliced(4, 4))))
+            found.locationEntries.push_back(renderCarriedBox(whole));
+    });
+}
+
+/// What stands beside the list: tables that its values refer to, and what nobody here reads.
+void readBesideList(ByteView children, MetaKind kind, SourceUserData& found) {
+    BoxWalker walker(children);
+    while (const auto box = walker.next()) {
+        const QByteArray whole = renderCarriedBox(walker.whole(*box).toByteArray());
+        switch (box->type) {
+        case fourCc("hdlr"):
+        case fourCc("keys"):
+        case fourCc("ilst"):
+        case fourCc("free"):
+        case fourCc("skip"):
+            break;
+        case fourCc("ctry"):
+        case fourCc("lang"):
+            found.localeTables.push_back(whole);
+            break;
+        default:
+            (kind == MetaKind::KeyedList ? found.besideKeys : found.besideList).push_back(whole);
+        }
     }
 }
 
 void readMeta(const BoxWalker& walker, const Box& meta, std::vector<QByteArray>& foreign,
               SourceUserData& found) {
-    const ByteView payload = walker.payload(meta);
-    const ByteView children = payload.sub(metaChildrenOffset(payload));
-    const std::uint32_t handler = metaHandler(children);
-    if (handler != fourCc("mdta") && handler != fourCc("mdir")) {
+    const ByteView children = metaChildren(walker.payload(meta));
+    const MetaKind kind = metaKindOf(children);
+    if (kind == MetaKind::Foreign) {
         foreign.push_back(renderCarriedBox(walker.whole(meta).toByteArray()));
         return;
     }
-    if (handler == fourCc("mdta"))
-        readLocationKeys(children, found);
-    BoxWalker tables(children);
-    while (const auto box = tables.next())
-        if (box->type == fourCc("ctry") || box->type == fourCc("lang"))
-            found.localeTables.push_back(renderCarriedBox(tables.whole(*box).toByteArray()));
+    if (kind == MetaKind::KeyedList)
+        readKeyedList(children, found);
+    else
+        readITunesList(children, found);
+    readBesideList(children, kind, found);
 }
 
 void readUserData(ByteView udta, SourceUserData& found) {
@@ -82,41 +141,6 @@ void readUserData(ByteView udta, SourceUserData& found) {
         auto& list = structural ? found.structural : found.location;
         list.push_back(renderCarriedBox(children.whole(*child).toByteArray()));
     }
-}
-
-/// Descriptive codes of 3GPP (TS 26.244 clause 8) beside those that begin with the byte A9.
-constexpr std::array kDescriptiveCodes{
-    fourCc("titl"), fourCc("dscp"), fourCc("cprt"), fourCc("perf"), fourCc("auth"), fourCc("gnre"),
-    fourCc("albm"), fourCc("yrrc"), fourCc("kywd"), fourCc("rtng"), fourCc("clsf"), fourCc("loci"),
-    fourCc("coll"), fourCc("thmb"), fourCc("urat"), fourCc("date"), fourCc("XMP_"),
-};
-
-bool isTrackMetadata(const BoxWalker& walker, const Box& box) {
-    if (box.type == fourCc("meta")) {
-        const ByteView payload = walker.payload(box);
-        const std::uint32_t handler = metaHandler(payload.sub(metaChildrenOffset(payload)));
-        return handler == fourCc("mdta") || handler == fourCc("mdir");
-    }
-    constexpr std::uint32_t kCopyrightSign = 0xA9;
-    return box.type >> 24 == kCopyrightSign ||
-           std::find(kDescriptiveCodes.begin(), kDescriptiveCodes.end(), box.type) !=
-               kDescriptiveCodes.end();
-}
-
-QByteArray withoutMetadata(ByteView payload, bool isUserData) {
-    QByteArray kept;
-    BoxWalker walker(payload);
-    std::uint64_t end = 0;
-    while (const auto box = walker.next()) {
-        end = box->end();
-        if (isTrackMetadata(walker, *box))
-            continue;
-        if (box->type == fourCc("udta") && !box->cut && !isUserData)
-            kept += renderBox(box->type, withoutMetadata(walker.payload(*box), true));
-        else
-            kept += walker.whole(*box).bytes();
-    }
-    return kept += payload.sub(end).bytes(); // a closing zero, or what is not a box
 }
 
 constexpr std::array kQuickTimeBrands{fourCc("qt  ")};
@@ -155,20 +179,6 @@ SourceUserData readSourceUserData(ByteView moovPayload) {
             readMeta(walker, *box, found.foreignMeta, found);
     }
     return found;
-}
-
-QByteArray withoutTrackMetadata(ByteView moovPayload) {
-    QByteArray kept;
-    BoxWalker walker(moovPayload);
-    std::uint64_t end = 0;
-    while (const auto box = walker.next()) {
-        end = box->end();
-        if (box->type == fourCc("trak") && !box->cut)
-            kept += renderBox(box->type, withoutMetadata(walker.payload(*box), false));
-        else
-            kept += walker.whole(*box).bytes();
-    }
-    return kept += moovPayload.sub(end).bytes();
 }
 
 QByteArray renderFileType(OutputContainer container, ByteView sourceFtyp) {

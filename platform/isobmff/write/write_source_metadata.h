@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/foundation/byte_view.h"
+#include "platform/foundation/message.h"
 #include "platform/isobmff/write/isobmff_writer.h"
 
 #include <QByteArray>
@@ -17,18 +18,19 @@ struct SourceUserData {
         QByteArray name;
         QByteArray values; ///< the `data` boxes
     };
-    std::vector<QByteArray> structural;          ///< children of `udta` that always stay
-    std::vector<QByteArray> location;            ///< children of `udta` that say where
-    std::vector<KeyEntry> locationKeys;          ///< the same of QuickTime metadata
-    std::vector<QByteArray> localeTables;        ///< `ctry` and `lang`, which values refer to
-    std::vector<QByteArray> foreignMeta;         ///< `meta` with a handler that nobody here reads
+    std::vector<QByteArray> structural;      ///< children of `udta` that always stay
+    std::vector<QByteArray> location;        ///< children of `udta` that say where
+    std::vector<QByteArray> locationEntries; ///< the same of the iTunes list
+    std::vector<KeyEntry> locationKeys;      ///< the same of QuickTime metadata
+    std::vector<QByteArray> localeTables;    ///< `ctry` and `lang`, which values refer to
+    std::vector<QByteArray> besideList;      ///< in the `meta` of the iTunes list, read by nobody
+    std::vector<QByteArray> besideKeys;      ///< the same for QuickTime metadata
+    std::vector<QByteArray> foreignMeta;     ///< `meta` that nobody here reads
     std::vector<QByteArray> foreignUserDataMeta; ///< the same inside `udta`
+    qsizetype entries = 0;                       ///< of all lists
+    Message problem; ///< why some of them gave no items; null when all did
 };
 [[nodiscard]] SourceUserData readSourceUserData(ByteView moovPayload);
-
-/// The payload of `moov` without the metadata of its tracks (camera and lens, titles); what else
-/// stands in their user data (names, roles, hints) stays.
-[[nodiscard]] QByteArray withoutTrackMetadata(ByteView moovPayload);
 
 /// `ftyp` of a container; brands of the source that its samples need stay in the list.
 [[nodiscard]] QByteArray renderFileType(OutputContainer container, ByteView sourceFtyp);

@@ -22,8 +22,8 @@ inline constexpr std::array kDecoderBrands{
 };
 
 /// Identifiers that say where something was recorded, beside the keys below.
-inline constexpr std::array<std::string_view, 5> kLocationIdentifiers{
-    "uiso/loci", "udta/loci", "uiso/%A9xyz", "udta/%A9xyz", "common/location"};
+inline constexpr std::array<std::string_view, 6> kLocationIdentifiers{
+    "uiso/loci", "udta/loci", "uiso/%A9xyz", "udta/%A9xyz", "itsk/%A9xyz", "common/location"};
 /// Position, its accuracy, name and date: all of them say where.
 inline constexpr std::string_view kLocationKeys = "mdta/com.apple.quicktime.location.";
 [[nodiscard]] constexpr bool isLocation(std::string_view identifier) {

@@ -137,13 +137,19 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
     const TempDir dir;
     HandMade media = fullSource("isom");
     media.udta += box("chpl", "chapters");
-    media.moreMoov = box("free", "Secret");
-    media.trackMetadata =
-        box("meta", keysMeta({{"com.apple.quicktime.camera.lens_model", "Secret"}})) +
-        box("udta", quickTimeText("\xA9nam", "Secret") + box("name", "kept"));
-    media.beforeMedia =
+    const QByteArray xmp =
         box("uuid", QByteArray::fromHex("BE7ACFCB97A942E89C71999491E3AFAC") + "Secret");
-    media.afterAll = box("free", "Secret of an earlier edit");
+    const QByteArray camera = box("uuid", QByteArray(16, 'C') + "Secret");
+    const QByteArray nameless = box("meta", keysMeta({{"serial", "Secret"}}).mid(33));
+    media.moreMoov = box("free", "Secret") + xmp + camera;
+    media.trackMetadata =
+        box("meta", keysMeta({{"com.apple.quicktime.camera.lens_model", "Secret"}})) + xmp +
+        nameless + box("uuid", QByteArray::fromHex("FFCC8263F8554A938814587A02521FDD") + "sphere") +
+        box("udta", quickTimeText("\xA9nam", "Secret") + box("Xtra", "Secret") +
+                        box("free", "Secret") + box("hinf", "kept"));
+    media.beforeMedia = xmp + camera + fullBox("meta", box("xml ", "Secret")) +
+                        box("udta", box("name", "Secret")) + box("pnot", "Secret");
+    media.afterAll = box("free", "Secret of an earlier edit") + "Secret";
     const QString source = dir.write("s", media.bytes());
     const QString target = dir.path("t");
     const auto remove = [&](const Items& blanks, bool ofVideo) {
@@ -157,7 +163,9 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
         const QByteArray bytes = TempDir::read(target);
         EXPECT_FALSE(bytes.contains("old") || bytes.contains("Secret") || bytes.contains("2001"));
         EXPECT_TRUE(bytes.contains("chapters"));
-        EXPECT_TRUE(bytes.contains("a track's own name") && bytes.contains("kept"));
+        EXPECT_TRUE(bytes.contains("sphere") && bytes.contains("kept"));
+        EXPECT_FALSE(bytes.contains("a track's own name"));
+        EXPECT_EQ(chunkHeads(bytes), chunkHeads(media.bytes()));
         return outcome ? outcome->notes : Notes();
     };
     for (const Items& list : {Items{newItem("itsk/%A9nam", {})}, Items{}}) {
@@ -176,7 +184,7 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
     }
     // A list of another writer takes out what it blanks; what no list names stays.
     ASSERT_TRUE(write(source, target, Items{newItem("itsk/%A9nam", {})}));
-    EXPECT_EQ(TempDir::read(target).count("Secret"), 5);
+    EXPECT_EQ(TempDir::read(target).count("Secret"), media.bytes().count("Secret"));
     // Save names it by carrying it: a new one takes the place of every other form.
     ASSERT_TRUE(
         write(source, target,
@@ -185,6 +193,101 @@ TEST(Lists, RemovalKeepsTheLocationUnlessItIsNamed) {
     EXPECT_EQ(shown(now, {u"uiso/loci"_s, kKeys + u"location.ISO6709"_s, u"uiso/%A9xyz"_s}),
               u"+31.2304-121.4737+012.500/");
     EXPECT_FALSE(TempDir::read(target).contains("ISO6709"));
+}
+
+TEST(Lists, SamplesInBoxesOfNoKnownKindSurviveARemoval) {
+    const TempDir dir;
+    HandMade media;
+    media.udta = listMeta(listText("\xA9nam", "Secret"));
+    QByteArray bytes = media.bytes();
+    bytes.replace(bytes.indexOf("mdat"), 4, "abcd");
+    const QByteArray cleared = rewritten(dir, bytes, Items{});
+    EXPECT_EQ(chunkHeads(cleared), chunkHeads(media.bytes()));
+    EXPECT_FALSE(cleared.contains("Secret"));
+}
+
+TEST(Lists, ARemovalSaysWhichTimedTracksStay) {
+    const TempDir dir;
+    HandMade media;
+    media.moreMoov =
+        box("trak",
+            box("mdia",
+                fullBox("hdlr", be(0, 4) + "meta" + QByteArray(13, '\0')) +
+                    box("minf", box("stbl", fullBox("stsd", be(1, 4) + box("gpmd", be(0, 8)))))));
+    PassthroughRequest request;
+    request.source = dir.write("s", media.bytes());
+    request.target = dir.path("t");
+    request.metadata = Items{};
+    request.removesMetadata = true;
+    const auto outcome = writePassthrough(request);
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(outcome->notes, Notes{Message(kTimedMetadataKept, {u"gpmd"_s})});
+}
+
+TEST(Lists, AreOursWhateverTheirHandlerSays) {
+    const QByteArray entries = box("ilst", listText("\xA9nam", "old"));
+    const QByteArray odd = fullBox("hdlr", be(0, 4) + "abcd" + QByteArray(13, '\0'));
+    const auto keyed = [](QByteArray meta) {
+        return meta.sliced(33); // behind its handler
+    };
+    const QByteArray keys = keysMeta({{"com.apple.quicktime.title", "old"}});
+    for (const QByteArray& udta :
+         {fullBox("meta", entries), box("meta", entries), fullBox("meta", odd + entries),
+          box("meta", odd + entries), fullBox("meta", keyed(keys)), box("meta", keyed(keys))}) {
+        const TempDir dir;
+        HandMade media;
+        media.udta = udta;
+        const QString source = dir.write("s", media.bytes()), target = dir.path("t");
+        const Items old = readItems(source);
+        ASSERT_EQ(old.size(), 1);
+        const QByteArray identifier = old[0].identifier.toLatin1();
+        ASSERT_TRUE(write(source, target, merged({newItem(identifier, kNew)}, old)));
+        const Items now = readItems(target);
+        ASSERT_EQ(now.size(), 1);
+        EXPECT_EQ(now[0].stringValue(), kNew);
+        EXPECT_FALSE(TempDir::read(target).contains("old"));
+    }
+}
+
+TEST(Lists, WhatStandsBesideAListComesAlong) {
+    const TempDir dir;
+    HandMade media;
+    media.udta = fullBox("meta", box("ilst", listText("\xA9nam", "old")) + box("xml ", "<beside>") +
+                                     fullBox("ID32", "beside"));
+    const QString source = dir.write("s", media.bytes()), target = dir.path("t");
+    // Where the list goes, too.
+    for (const char* text : {"new", ""}) {
+        ASSERT_TRUE(
+            write(source, target, Items{newItem("itsk/%A9nam", QString::fromLatin1(text))}));
+        EXPECT_EQ(TempDir::read(target).count("beside"), 2);
+        EXPECT_FALSE(TempDir::read(target).contains("old"));
+    }
+    EXPECT_FALSE(rewritten(dir, media.bytes(), Items{}).contains("beside"));
+}
+
+TEST(Lists, AFileWithEntriesThatNobodyReadsIsNotSaved) {
+    QByteArray lying = listText("\xA9nam", "old");
+    lying[2] = 1; // 256 bytes more
+    QByteArray unnamed = keysMeta({{"com.apple.quicktime.title", "old"}});
+    unnamed[unnamed.indexOf("ilst") + 11] = 2; // of one key
+    QByteArray flood;
+    for (int i = 0; i < 12'000; ++i)
+        flood += listText("\xA9nam", "old");
+    const auto saved = [](const HandMade& media, const std::optional<Items>& list) {
+        const TempDir dir;
+        return rewritten(dir, media.bytes(), list);
+    };
+    for (const auto& [udta, meta] :
+         {std::pair(listMeta(lying + listText("\251alb", "old")), QByteArray()),
+          std::pair(listMeta(flood), QByteArray()), std::pair(QByteArray(), unnamed)}) {
+        HandMade media;
+        media.udta = udta;
+        media.meta = meta;
+        EXPECT_TRUE(saved(media, Items{newItem("itsk/%A9nam", kNew)}).isNull());
+        EXPECT_FALSE(saved(media, std::nullopt).isNull());
+        const QByteArray cleared = saved(media, Items{});
+        EXPECT_TRUE(!cleared.isNull() && !cleared.contains("old"));
+    }
 }
 
 TEST(Rendering, OfNewItems) {
