@@ -23,6 +23,8 @@ enum WalkBits : std::uint8_t {
 struct ReadIdentifier {
     const char* identifier = nullptr;
     int walks = 0; ///< WalkBits
+    /// Fills a field that nothing else has filled, and is no other form of the same text.
+    bool standsIn = false;
 };
 
 /// How a metadata item's value reaches the record.
@@ -82,7 +84,7 @@ struct Field {
     bool replacesOlder = false;
     std::array<ReadIdentifier, 4> read{};
     /// Files hold it under these too.
-    std::array<const char*, 3> alsoUnder{};
+    std::array<const char*, 5> alsoUnder{};
     const char16_t* infoKey = nullptr; ///< of the info dictionary of a WAV, FLAC or AU file
     VideoFormField video{};
     WrittenItem written{};

@@ -63,7 +63,7 @@ template <class Take> constexpr void forFieldIdentifiers(Take take) {
         if (!isReplacedAsAWhole(field))
             continue;
         for (const ReadIdentifier& read : field.read)
-            if (read.identifier != nullptr)
+            if (read.identifier != nullptr && !read.standsIn)
                 take(platform::FieldIdentifier{read.identifier, number});
         if (isWrittenToVideos(field))
             take(platform::FieldIdentifier{field.written.identifier, number});

@@ -26,17 +26,25 @@ constexpr OtherRow kOtherRows[] = {
     {"id3/APIC", OtherTarget::Artwork},
     {"itsk/covr", OtherTarget::Artwork},
     {"uiso/loci", OtherTarget::Location},
+    // Where phones put it, in every brand.
+    {"itsk/%A9xyz", OtherTarget::Location},
+    {"uiso/%A9xyz", OtherTarget::Location},
+    {"udta/%A9xyz", OtherTarget::Location},
     {"mdta/com.apple.quicktime.location.ISO6709", OtherTarget::Location},
 };
 
-using FieldMap = QHash<QString, const Field*>;
+struct FieldRead {
+    const Field* field = nullptr;
+    bool standsIn = false;
+};
+using FieldMap = QHash<QString, FieldRead>;
 
 FieldMap fieldMap(int walks) {
     FieldMap map;
     for (const Field& field : kFields)
         for (const ReadIdentifier& read : field.read)
             if ((read.walks & walks) != 0)
-                map.insert(QString::fromLatin1(read.identifier), &field);
+                map.insert(QString::fromLatin1(read.identifier), {&field, read.standsIn});
     return map;
 }
 
@@ -103,6 +111,12 @@ void applyField(IKImageItem& item, const Field& field, const AVMetadataItem& sou
     }
 }
 
+/// Deliberate: an original artist takes no performer's place, whatever the order in the file.
+void applyRead(IKImageItem& item, const FieldRead& read, const AVMetadataItem& source) {
+    if (!read.standsIn || (item.*read.field->record).isEmpty())
+        applyField(item, *read.field, source);
+}
+
 /// Returns false when the item is neither artwork nor a position.
 bool applyOther(IKImageItem& item, const AVMetadataItem& source) {
     for (const OtherRow& row : kOtherRows) {
@@ -133,7 +147,7 @@ void applyMetadata(IKImageItem& item, const QList<AVMetadataItem>& metadata, Wal
     for (const AVMetadataItem& source : metadata) {
         const auto field = fields.constFind(source.identifier);
         if (field != fields.cend())
-            applyField(item, **field, source);
+            applyRead(item, *field, source);
         else if (!applyOther(item, source) && table == WalkTable::Video)
             applyCommonRow(item, source);
     }

@@ -109,9 +109,10 @@ def media_hashes(path):
 
 
 def check_titled(path, target):
-    """Nothing but the title differs in all that exiftool knows."""
-    before, after = (collections.Counter({tag: count for tag, count in exiftool(one).items()
-                                          if tag[0] != "ItemList:Title"}) for one in (path, target))
+    """Nothing but the titles differs in all that exiftool knows."""
+    titles = {f"{group}:Title" for group in ("ItemList", "UserData", "Keys")}
+    before, after = (collections.Counter({tag: count for tag, count in exiftool(one).items() if tag[0] not in titles})
+                     for one in (path, target))
     changed = differing(before, after)
     return {"exiftool-save": f"tags differ: {changed}"} if changed else {}
 

@@ -53,6 +53,12 @@ The position stands under the key "©xyz" of the QuickTime metadata; the import 
   video/exifast__MP4_movie_keys.mov latitude+longitude exiftool
 An MPEG program stream of 0.04 s; mutagen takes it for an MP3 and estimates by the bit rate.
   video/file-type__fixture.ps.mpg durationSeconds mutagen
+Deliberate: a position of two signs gives the latitude alone; the longitude is taken where a third sign follows it.
+  video/ExoPlayer__video_1.mp4 longitude exiftool
+  video/gpmf-parser__max-heromode.mp4 longitude exiftool
+  video/media__h265_with_metadata_track.mp4 longitude exiftool
+  video/metadata-extractor-images__with-gps.mp4 longitude exiftool
+  video/nom-exif__meta.mp4 longitude exiftool
 A track without a handler: exiftool does not know it as a video and reads the fixed-point size (2.0) as a whole number.
   video/fq__png_no_hdlr.mp4 width+height exiftool
 mutagen gives the duration of the audio track, which ends before the video.
@@ -75,8 +81,8 @@ The header says 15 s, the fragments hold 16.35 s, as ffprobe says too.
 SAVE = """
 A hand-made stub that ffprobe does not open, neither before nor after.
   audio/exifast__MP4_audiokeys_mute.mp4 title ffprobe
-The file has a title in its QuickTime metadata as well, which is kept; ffprobe shows only that one.
-  audio/fq__mdta_tags.mp4 title ffprobe
+An entry of its list reaches beyond the list: what cannot be read whole is not rewritten.
+  video/mutagen__64bit.mp4 title copied
 An image under the name of a video: there is no movie header to save into.
   photo/fq__heic.mp4 title copied
 A hand-made stub whose second track announces 36 chunks in a table of two: it cannot be rewritten safely.
@@ -94,7 +100,10 @@ The number of the system that recorded the video stands in the sample descriptio
   video/media__dolbyVision-hdr.MOV clear texts
 The movie header alone, without the payload that its chunks point to.
   video/go-mp4__sample_qt.mp4 clear streams
-What a track says about its camera is metadata, too, and goes.
+What a track says of itself (camera, dates, names, the maker's properties) is metadata, too, and goes.
+  audio/exifast__MP4_audiokeys_mute.mp4 clear structure
+  video/nom-exif__sony-a7-xavc.MP4 clear structure
+  video/tag__sample.mp4 clear structure
   video/file-type__fixture.mov clear structure
   video/photoprism__quicktime-hvc1.mov clear structure
 The QuickTime metadata stands in the user data, where exiftool does not look; saved, it is in its own place.

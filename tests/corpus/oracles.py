@@ -50,9 +50,10 @@ def exiftool_frame(row):
 
 def exiftool_position(row):
     """Of a video: the keys of the QuickTime metadata come after the boxes of the user data and win."""
-    keys = str(row.get("Keys:GPSCoordinates", "")).split()
-    if len(keys) >= 2:
-        return {"latitude": float(keys[0]), "longitude": float(keys[1])}
+    for group in ("Keys", "UserData", "ItemList"):
+        numbers = str(row.get(f"{group}:GPSCoordinates", "")).split()
+        if len(numbers) >= 2:
+            return {"latitude": float(numbers[0]), "longitude": float(numbers[1])}
     found = re.search(r"Lat=(\S+) Lon=(\S+)", str(row.get("UserData:LocationInformation", "")))
     return {"latitude": float(found[1]), "longitude": float(found[2])} if found else {}
 

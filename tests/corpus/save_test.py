@@ -19,14 +19,18 @@ def ffprobe_title(path):
     return corpus.output("ffprobe", "-v", "quiet", "-show_entries", "format_tags=title", "-of", "default=nk=1:nw=1", path)
 
 
+# A new title takes the place of these too.
+OLD_TITLES = {"itsk/%A9nam", "uiso/%A9nam", "uiso/titl", "mdta/com.apple.quicktime.title", "mdta/title"}
+
+
 def raw_items(cli, path):
-    """The file's metadata items but the title, countable. In a file that became an M4V the © boxes of the user data
+    """The file's metadata items but the titles, countable. In a file that became an M4V the © boxes of the user data
     count as ISO user data; they are the same boxes."""
     listed, = corpus.Run(cli, "--quiet", "--json", "list", "--metadata", path).json()
     kept = collections.Counter()
     for item in listed.get("metadata", []):
         identifier = item.get("identifier", "").replace("udta/", "uiso/", 1)
-        if identifier != "itsk/%A9nam":
+        if identifier not in OLD_TITLES:
             kept[(identifier, json.dumps(item.get("value"), sort_keys=True))] += 1
     return kept
 

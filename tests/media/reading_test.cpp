@@ -46,15 +46,15 @@ constexpr struct {
     {"SFAI", "shootDateStr", "uiso/date mdta/com.apple.quicktime.creationdate"},
     {"SF", "fileMake", "mdta/com.apple.quicktime.make"},
     {"SF", "fileModel", "mdta/com.apple.quicktime.model"},
-    {"SF", "fileKeyWords", "mdta/com.apple.quicktime.keywords udta/%A9key"},
+    {"SF", "fileKeyWords", "mdta/com.apple.quicktime.keywords udta/%A9key uiso/%A9key"},
     {"SF", "fileDescription", "itsk/%A9des"},
     {"SF", "fileDirector", "mdta/com.apple.quicktime.director itsk/%A9dir"},
     {"SF", "fileActor", "mdta/com.apple.quicktime.performer itsk/%A9prf"},
     {"SF", "fileproducer", "mdta/com.apple.quicktime.producer itsk/%A9prd"},
     {"S", "fileDescription", "uiso/dscp"},
     {"S", "fileproducer", "mdta/com.apple.proapps.manufacturer"},
-    {"S", "fileMake", "udta/%A9mak"},
-    {"S", "fileModel", "udta/%A9mod"},
+    {"S", "fileMake", "udta/%A9mak uiso/%A9mak"},
+    {"S", "fileModel", "udta/%A9mod uiso/%A9mod"},
     {"AI", "fileArist", "id3/TOPE"},
     {"AI", "fileReleasedYear", "itsk/%A9day"},
     {"AI", "filePublisher", "id3/TPUB"},
@@ -87,6 +87,24 @@ TEST(MetadataWalk, FillsTheFieldOfEachIdentifierInItsTablesAlone) {
             }
 }
 
+TEST(MetadataWalk, StandInsAndPlacesOfEveryKind) {
+    const auto artist = testkit::itemOf(u"id3/TPE1"_s, u"artist"_s);
+    const auto original = testkit::itemOf(u"id3/TOPE"_s, u"original"_s);
+    for (const auto& list : {QList{artist, original}, QList{original, artist}}) {
+        IKImageItem item;
+        applyMetadata(item, list, WalkTable::Audio);
+        EXPECT_EQ(item.fileArist, u"artist");
+    }
+    for (const char* identifier : {"uiso/loci", "uiso/%A9xyz", "udta/%A9xyz", "itsk/%A9xyz"}) {
+        IKImageItem item;
+        applyMetadata(
+            item, {testkit::itemOf(QString::fromLatin1(identifier), u"+10.5-020.25+000.000/"_s)},
+            WalkTable::VideoInFolder);
+        EXPECT_EQ(item.filelatitude, 10.5) << identifier;
+        EXPECT_EQ(item.longtitudeFormat, u"-") << identifier;
+    }
+}
+
 // A new value must replace what would be read for the same field, whichever identifier that has.
 TEST(Fields, AreReplacedUnderEveryIdentifierOfTheirs) {
     std::map<std::string_view, int> fields;
@@ -98,6 +116,8 @@ TEST(Fields, AreReplacedUnderEveryIdentifierOfTheirs) {
         {"mdta/com.apple.quicktime.director", "itsk/%A9dir", "itsk/%A9dir"},
         {"uiso/date", "udta/date", "common/creationDate"},
         {"id3/TYER", "itsk/%A9day", "itsk/%A9day"},
+        {"itsk/%A9nam", "uiso/titl", "mdta/com.apple.quicktime.title"},
+        {"itsk/%A9ART", "uiso/perf", "id3/TPE1"},
         {"common/make", "uiso/manu", "mdta/com.apple.quicktime.make"}};
     std::set<int> numbers;
     for (const auto& [one, other, third] : kOneField) {

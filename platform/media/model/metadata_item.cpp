@@ -70,6 +70,8 @@ constexpr std::array kCommonRows{
     CommonRow{u"udta/%A9pub", u"publisher"},
     CommonRow{u"udta/%A9swr", u"software"},
     CommonRow{u"udta/%A9xyz", u"location"},
+    CommonRow{u"uiso/%A9mak", u"make"},
+    CommonRow{u"uiso/%A9mod", u"model"},
     CommonRow{u"uiso/albm", u"albumName"},
     CommonRow{u"uiso/auth", u"author"},
     CommonRow{u"uiso/cprt", u"copyrights"},
