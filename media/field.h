@@ -3,6 +3,7 @@
 
 #include "media/audio_pane.h"
 #include "media/image_item.h"
+#include "media/other_identifiers.h"
 #include "media/video_pane.h"
 
 #include <array>
@@ -84,7 +85,7 @@ struct Field {
     bool replacesOlder = false;
     std::array<ReadIdentifier, 4> read{};
     /// Files hold it under these too.
-    std::array<const char*, 5> alsoUnder{};
+    OtherIdentifiers alsoUnder{};
     const char16_t* infoKey = nullptr; ///< of the info dictionary of a WAV, FLAC or AU file
     VideoFormField video{};
     WrittenItem written{};

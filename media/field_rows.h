@@ -2,6 +2,7 @@
 #pragma once
 
 #include "media/field.h"
+#include "media/other_identifiers.h"
 #include "media/written_keys.h"
 
 // The fields of a media item, one row each: every other table about a field is made from these.
@@ -16,8 +17,7 @@ inline constexpr Field kRows[] = {
      .record = &Item::fileTitle,
      .tagWord = "Title",
      .read = {{{"id3/TIT2", kTagged}, {"itsk/%A9nam", kTagged}, {"caaf/info-title", kAiffFiles}}},
-     .alsoUnder = {"uiso/titl", "udta/%A9nam", "uiso/%A9nam", "mdta/com.apple.quicktime.title",
-                   "mdta/title"},
+     .alsoUnder = kOtherTitles,
      .infoKey = u"title",
      .video = {"mediaTitle", "Title", &Video::mediaTitle, &OldVideo::oldMovieTitle, kBasic},
      .written = {kKeySpaceITunes, u"title", "itsk/%A9nam"},
@@ -31,8 +31,7 @@ inline constexpr Field kRows[] = {
     {.names = {"album", "fileAblumName"},
      .record = &Item::fileAblumName,
      .read = {{{"id3/TALB", kTagged}, {"itsk/%A9alb", kTagged}, {"caaf/info-album", kAiffFiles}}},
-     .alsoUnder = {"uiso/albm", "udta/%A9alb", "uiso/%A9alb", "mdta/com.apple.quicktime.album",
-                   "mdta/album"},
+     .alsoUnder = kOtherAlbums,
      .infoKey = u"album",
      .video = {"mediaAlumArtis", "Album", &Video::mediaAlumArtis, &OldVideo::oldMovieAlbumArtist,
                kBasic},
@@ -45,8 +44,7 @@ inline constexpr Field kRows[] = {
                {"itsk/%A9ART", kTagged},
                {"id3/TOPE", kAudioFiles, true},
                {"caaf/info-artist", kAiffFiles}}},
-     .alsoUnder = {"uiso/perf", "udta/%A9ART", "uiso/%A9ART", "mdta/com.apple.quicktime.artist",
-                   "mdta/artist"},
+     .alsoUnder = kOtherArtists,
      .infoKey = u"artist",
      .video = {"mediaArtist", "Artist", &Video::mediaArtist, &OldVideo::oldMovieArtist, kBasic},
      .written = {kKeySpaceITunes, u"artist", "itsk/%A9ART"},
@@ -182,8 +180,7 @@ inline constexpr Field kRows[] = {
      .read = {{{"uiso/date", kTagged},
                {"mdta/com.apple.quicktime.creationdate", kTagged},
                {"id3/TRDA", kAudioFiles}}},
-     .alsoUnder = {"common/creationDate", "caaf/info-recorded%20date", "udta/date", "udta/%A9day",
-                   "uiso/%A9day"},
+     .alsoUnder = kOtherDates,
      .video = {"mediaShootDate", "Shot", &Video::mediaShootDate, &OldVideo::oldMovieShootDate,
                kCamera},
      .audio = {10, "recordDatelab", "Recorded", &Audio::recordDatelab, &OldAudio::oldRecordDateStr,

@@ -7,6 +7,9 @@
 
 namespace clipheave::platform {
 
+/// Items that one file gives at most.
+inline constexpr qsizetype kMaxItems = 10'000;
+
 /// Whose a `meta` box is. Reader and writer ask the same function: a list that one shows and the
 /// other carries as foreign would outlive every edit.
 enum class MetaKind {

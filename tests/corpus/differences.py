@@ -74,6 +74,10 @@ One fragment of a longer video: its header announces 48 s (mehd), the file holds
 A shortcoming of ours: the tags of an Ogg file stand in its streams; where a video stream comes first, those of the
 audio stream are not read.
   video/taglib__multiplex.ogg title exiftool+ffprobe
+Since FFmpeg 7: ffprobe takes an image under the name of a video for a video; there is no movie header.
+  photo/fq__heic.mp4 width+height ffprobe
+Since FFmpeg 7: the samples are cut off, and ffprobe estimates by the size of what is left; the movie header says what we say.
+  video/exiftool__QuickTime.mov durationSeconds ffprobe
 The header says 15 s, the fragments hold 16.35 s, as ffprobe says too.
   video/mutagen__no-tags.3g2 durationSeconds exiftool+mutagen
 """

@@ -3,6 +3,7 @@
 
 #include "platform/isobmff/data_codes.h"
 #include "platform/isobmff/messages.h"
+#include "platform/isobmff/meta_kind.h"
 #include "platform/isobmff/read/item_texts.h"
 
 #include <QHash>

@@ -7,8 +7,6 @@
 // What the reader of `ilst` and the reader of `udta` share.
 namespace clipheave::platform {
 
-/// Items that one file gives at most.
-inline constexpr qsizetype kMaxItems = 10'000;
 /// Boxes and images up to this size are kept, larger ones stay in the file.
 inline constexpr std::uint64_t kInlineBytes = 4096;
 

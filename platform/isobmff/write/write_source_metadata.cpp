@@ -3,7 +3,6 @@
 
 #include "platform/isobmff/messages.h"
 #include "platform/isobmff/meta_kind.h"
-#include "platform/isobmff/read/item_values.h"
 #include "platform/isobmff/write/render_items.h"
 #include "platform/isobmff/write/write_tables.h"
 

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <array>
+
+// Where files of other programs hold a text of the record beside the identifiers that it is read
+// from: 3GPP boxes, ©-codes of the user data, QuickTime keys, bare keys as FFmpeg writes them.
+namespace clipheave::media {
+
+/// Unused places are null.
+using OtherIdentifiers = std::array<const char*, 5>;
+
+inline constexpr OtherIdentifiers kOtherTitles{"uiso/titl", "udta/%A9nam", "uiso/%A9nam",
+                                               "mdta/com.apple.quicktime.title", "mdta/title"};
+inline constexpr OtherIdentifiers kOtherAlbums{"uiso/albm", "udta/%A9alb", "uiso/%A9alb",
+                                               "mdta/com.apple.quicktime.album", "mdta/album"};
+inline constexpr OtherIdentifiers kOtherArtists{"uiso/perf", "udta/%A9ART", "uiso/%A9ART",
+                                                "mdta/com.apple.quicktime.artist", "mdta/artist"};
+inline constexpr OtherIdentifiers kOtherDates{"common/creationDate", "caaf/info-recorded%20date",
+                                              "udta/date", "udta/%A9day", "uiso/%A9day"};
+
+} // namespace clipheave::media
