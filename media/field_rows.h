@@ -2,16 +2,13 @@
 #pragma once
 
 #include "media/field.h"
-#include "media/other_identifiers.h"
 #include "media/written_keys.h"
 
 // The fields of a media item, one row each: every other table about a field is made from these.
-namespace clipheave::media {
+namespace clipheave::media::field_rows {
 
-namespace field_rows {
-/// In the order of the command line's lists and of the video pane, which is also the order in which
-/// a save builds the items of a video. Sources of the identifiers: the key spaces of QuickTime
-/// metadata, iTunes lists, ISO user data, ID3 frames and the info chunks of AIFF and CAF.
+/// In the order of the command line's lists, of the video pane and of the items that a save builds.
+/// Sources: the keys of QuickTime, iTunes, ISO user data, ID3, and of info chunks (AIFF, CAF).
 inline constexpr Field kRows[] = {
     {.names = {"title", "fileTitle"},
      .record = &Item::fileTitle,
@@ -114,7 +111,7 @@ inline constexpr Field kRows[] = {
      .read = {{{"mdta/com.apple.quicktime.copyright", kTagged},
                {"itsk/cprt", kTagged},
                {"id3/TCOP", kAudioFiles}}},
-     .alsoUnder = {"uiso/cprt", "udta/%A9cpy", "uiso/%A9cpy"},
+     .alsoUnder = kOtherCopyrights,
      .infoKey = u"copyright",
      .video = {"mediaCopyright", "Copyright", &Video::mediaCopyright, &OldVideo::oldMovieCopyright,
                kCamera},
@@ -141,7 +138,7 @@ inline constexpr Field kRows[] = {
      .read = {{{"mdta/com.apple.quicktime.description", kTagged},
                {"itsk/%A9des", kVideos},
                {"uiso/dscp", kSingleVideos}}},
-     .alsoUnder = {"itsk/desc", "udta/%A9des", "uiso/%A9des"},
+     .alsoUnder = kOtherDescriptions,
      .video = {"mediaSoftware", "Description", &Video::mediaSoftware,
                &OldVideo::oldMovieDescription, kCamera},
      .written = {AVMetadataKeySpaceCommon, AVMetadataCommonKeyDescription, "common/description"},
@@ -168,12 +165,12 @@ inline constexpr Field kRows[] = {
      .record = &Item::fileMake,
      .tagWord = "Camera Make",
      .read = {{{"mdta/com.apple.quicktime.make", kVideos}}},
-     .alsoUnder = {"common/make", "udta/%A9mak", "uiso/%A9mak", "uiso/manu"}},
+     .alsoUnder = kOtherMakes},
     {.names = {"model", "fileModel"},
      .record = &Item::fileModel,
      .tagWord = "Camera Model",
      .read = {{{"mdta/com.apple.quicktime.model", kVideos}}},
-     .alsoUnder = {"common/model", "udta/%A9mod", "uiso/%A9mod", "uiso/modl"}},
+     .alsoUnder = kOtherModels},
     {.names = {"recorded", "shootDateStr"},
      .record = &Item::shootDateStr,
      .readAs = ReadAs::Date,
@@ -199,7 +196,5 @@ inline constexpr Field kRows[] = {
     {.names = {"altitude", "fileAtitude"},
      .video = {nullptr, nullptr, &Video::mediaAatitude, &OldVideo::shownAtitude, nullptr}},
 };
-} // namespace field_rows
-inline constexpr const auto& kFields = field_rows::kRows;
 
-} // namespace clipheave::media
+} // namespace clipheave::media::field_rows

@@ -11,6 +11,8 @@
 // The tables about fields, made from the rows.
 namespace clipheave::media {
 
+inline constexpr const auto& kFields = field_rows::kRows;
+
 /// Returns the field of this name of the command line; compiles for names in the table alone.
 [[nodiscard]] consteval const Field& fieldNamed(std::string_view name) {
     for (const Field& field : kFields)

@@ -18,5 +18,11 @@ inline constexpr OtherIdentifiers kOtherArtists{"uiso/perf", "udta/%A9ART", "uis
                                                 "mdta/com.apple.quicktime.artist", "mdta/artist"};
 inline constexpr OtherIdentifiers kOtherDates{"common/creationDate", "caaf/info-recorded%20date",
                                               "udta/date", "udta/%A9day", "uiso/%A9day"};
+inline constexpr OtherIdentifiers kOtherCopyrights{"uiso/cprt", "udta/%A9cpy", "uiso/%A9cpy"};
+inline constexpr OtherIdentifiers kOtherDescriptions{"itsk/desc", "udta/%A9des", "uiso/%A9des"};
+inline constexpr OtherIdentifiers kOtherMakes{"common/make", "udta/%A9mak", "uiso/%A9mak",
+                                              "uiso/manu"};
+inline constexpr OtherIdentifiers kOtherModels{"common/model", "udta/%A9mod", "uiso/%A9mod",
+                                               "uiso/modl"};
 
 } // namespace clipheave::media
