@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/export/remux.h"
 
+#include "platform/engine/export/timestamp_repair.h"
 #include "platform/engine/io/chapters.h"
 #include "platform/engine/io/container_codecs.h"
 #include "platform/engine/io/file_input.h"
@@ -96,41 +97,6 @@ Result<Notes> addStreams(AVFormatContext& source, FileOutput& output, UnheldStre
     return Notes{Message(kStreamsLeftOut, {leftOut.join(QStringLiteral(", "))})};
 }
 
-/// Gives a stream the timestamps that a muxer needs: present and increasing.
-class TimestampRepair {
-public:
-    TimestampRepair(const AVStream& stream, const AVFormatContext& source)
-        : m_shift(av_rescale_q(startMicroseconds(source), kMicroseconds, stream.time_base)) {}
-
-    void apply(AVPacket& packet) {
-        if (packet.dts == kNoTimestamp)
-            packet.dts = m_last == kNoTimestamp ? packet.pts : m_last + m_lastDuration;
-        if (packet.dts == kNoTimestamp)
-            packet.dts = m_shift;
-        if (packet.pts == kNoTimestamp)
-            packet.pts = packet.dts;
-        if (m_last != kNoTimestamp && packet.dts <= m_last)
-            packet.dts = m_last + 1;
-        packet.pts = std::max(packet.pts, packet.dts);
-        m_last = packet.dts;
-        m_lastDuration = std::max<std::int64_t>(packet.duration, 1);
-        packet.pts -= m_shift;
-        packet.dts -= m_shift;
-    }
-    /// Converts to the muxer's units, which may be coarser: rising there too.
-    void rescale(AVPacket& packet, AVRational from, AVRational to) {
-        av_packet_rescale_ts(&packet, from, to);
-        if (m_written != kNoTimestamp && packet.dts <= m_written)
-            packet.dts = m_written + 1;
-        packet.pts = std::max(packet.pts, packet.dts);
-        m_written = packet.dts;
-    }
-
-private:
-    std::int64_t m_shift;
-    std::int64_t m_last = kNoTimestamp, m_lastDuration = 1, m_written = kNoTimestamp;
-};
-
 /// Counts what is written and what the muxer finds not to be data of its codec.
 struct PacketCount {
     int written = 0, damaged = 0;
@@ -146,48 +112,124 @@ struct PacketCount {
     }
 };
 
-/// Returns the number of damaged packets that were left out.
-Result<int> copyPackets(AVFormatContext& source, FileOutput& output,
-                        const std::function<bool(double)>& progress) {
-    std::vector<TimestampRepair> repairs;
-    std::vector<int> targets; // by source stream; -1: not wanted
+/// Copies the packets of the wanted streams.
+class PacketCopy {
+public:
+    PacketCopy(AVFormatContext& source, FileOutput& output,
+               const std::function<bool(double)>& progress);
+    /// Returns the number of damaged packets that were left out.
+    Result<int> run();
+
+private:
+    struct Lane {
+        TimestampRepair repair;
+        int target = -1; ///< of the output; -1: not wanted
+        std::int64_t written = kNoTimestamp;
+    };
+    int readOne();
+    int write(Lane& lane, const AVStream& from, AVPacket& packet);
+    int writeReady(std::size_t index);
+    int writeRest();
+    [[nodiscard]] bool goOn();
+
+    AVFormatContext& m_source;
+    FileOutput& m_output;
+    const std::function<bool(double)>& m_progress;
+    std::vector<Lane> m_lanes; ///< by source stream
+    std::vector<Packet> m_ready;
+    PacketCount m_packets;
+    double m_done = 0;
+    int m_untilReport = kPacketsBetweenReports;
+    bool m_cancelled = false;
+};
+
+PacketCopy::PacketCopy(AVFormatContext& source, FileOutput& output,
+                       const std::function<bool(double)>& progress)
+    : m_source(source), m_output(output), m_progress(progress) {
     int wanted = 0;
     for (unsigned i = 0; i < source.nb_streams; ++i) {
-        repairs.emplace_back(*source.streams[i], source);
-        targets.push_back(source.streams[i]->discard == AVDISCARD_ALL ? -1 : wanted++);
+        const AVStream& stream = *source.streams[i];
+        const std::int64_t start =
+            av_rescale_q(startMicroseconds(source), kMicroseconds, stream.time_base);
+        m_lanes.push_back({TimestampRepair(stream, start),
+                           stream.discard == AVDISCARD_ALL ? -1 : wanted++, kNoTimestamp});
     }
-    const double total = source.duration > 0 ? static_cast<double>(source.duration) * 1e-6 : 0;
-    const Packet packet(av_packet_alloc());
-    int code = packet ? 0 : AVERROR(ENOMEM);
-    double done = 0;
-    PacketCount packets;
-    for (int count = 0; code >= 0 && (code = av_read_frame(&source, packet.get())) >= 0; ++count) {
-        const auto index = static_cast<std::size_t>(packet->stream_index);
-        if (packet->stream_index < 0 || index >= repairs.size() || targets[index] < 0) {
-            av_packet_unref(packet.get()); // not wanted, or appeared after the header
-            continue;
-        }
-        repairs[index].apply(*packet);
-        const AVStream& from = *source.streams[index];
-        if (total > 0)
-            done = std::clamp(static_cast<double>(packet->dts) * av_q2d(from.time_base) / total,
-                              done, 1.0);
-        packet->stream_index = targets[index];
-        repairs[index].rescale(*packet, from.time_base,
-                               output.context()->streams[targets[index]]->time_base);
-        packet->pos = -1;
-        const bool holdsData = packet->size > 0;
-        code = packets.add(av_interleaved_write_frame(output.context(), packet.get()), holdsData);
-        if (progress && count % kPacketsBetweenReports == 0 && !progress(done))
-            return failure(ErrorCode::Cancelled, kCopyStreams);
+}
+
+bool PacketCopy::goOn() {
+    if (!m_progress || --m_untilReport > 0)
+        return true;
+    m_untilReport = kPacketsBetweenReports;
+    m_cancelled = !m_progress(m_done);
+    return !m_cancelled;
+}
+
+/// Converts to the muxer's units, which may be coarser: rising there too.
+int PacketCopy::write(Lane& lane, const AVStream& from, AVPacket& packet) {
+    if (m_source.duration > 0)
+        m_done = std::clamp(static_cast<double>(packet.dts) * av_q2d(from.time_base) /
+                                (static_cast<double>(m_source.duration) * 1e-6),
+                            m_done, 1.0);
+    packet.stream_index = lane.target;
+    av_packet_rescale_ts(&packet, from.time_base,
+                         m_output.context()->streams[lane.target]->time_base);
+    if (lane.written != kNoTimestamp && packet.dts <= lane.written)
+        packet.dts = lane.written + 1;
+    packet.pts = std::max(packet.pts, packet.dts);
+    lane.written = packet.dts;
+    packet.pos = -1;
+    const bool holdsData = packet.size > 0;
+    const int code =
+        m_packets.add(av_interleaved_write_frame(m_output.context(), &packet), holdsData);
+    return code < 0 || goOn() ? code : AVERROR_EXIT;
+}
+
+int PacketCopy::writeReady(std::size_t index) {
+    int code = 0;
+    for (const Packet& packet : m_ready)
+        if (code >= 0)
+            code = write(m_lanes[index], *m_source.streams[index], *packet);
+    m_ready.clear();
+    return code;
+}
+
+int PacketCopy::readOne() {
+    Packet packet(av_packet_alloc());
+    if (!packet)
+        return AVERROR(ENOMEM);
+    if (const int code = av_read_frame(&m_source, packet.get()); code < 0)
+        return code;
+    const auto index = static_cast<std::size_t>(packet->stream_index);
+    if (packet->stream_index < 0 || index >= m_lanes.size() || m_lanes[index].target < 0)
+        return 0; // not wanted, or appeared after the header
+    m_lanes[index].repair.push(std::move(packet), m_ready);
+    return writeReady(index);
+}
+
+int PacketCopy::writeRest() {
+    int code = 0;
+    for (std::size_t i = 0; i < m_lanes.size() && code >= 0; ++i) {
+        m_lanes[i].repair.finish(m_ready);
+        code = writeReady(i);
     }
-    if (code != AVERROR_EOF)
-        return output.failed(kCopyStreams, code);
-    if (packets.damaged > packets.written)
-        return output.failed(kCopyStreams, AVERROR_INVALIDDATA);
-    if (packets.written == 0)
+    return code;
+}
+
+Result<int> PacketCopy::run() {
+    int code = 0;
+    while (code >= 0)
+        code = readOne();
+    if (code == AVERROR_EOF)
+        code = writeRest();
+    if (m_cancelled)
+        return failure(ErrorCode::Cancelled, kCopyStreams);
+    if (code < 0)
+        return m_output.failed(kCopyStreams, code);
+    if (m_packets.damaged > m_packets.written)
+        return m_output.failed(kCopyStreams, AVERROR_INVALIDDATA);
+    if (m_packets.written == 0)
         return failure(ErrorCode::InvalidData, kCopyStreams, {}, kStreamsEmpty);
-    return packets.damaged;
+    return m_packets.damaged;
 }
 
 Result<Notes> remuxStreams(const QString& source, const QString& target, RemuxTarget kind,
@@ -223,7 +265,7 @@ Result<Notes> remuxStreams(const QString& source, const QString& target, RemuxTa
         return refused.isEmpty() ? tl::unexpected(begun.error())
                                  : cannotHold(kCopyStreams, *(*output)->context(), refused);
     }
-    const auto damaged = copyPackets(from, **output, progress);
+    const auto damaged = PacketCopy(from, **output, progress).run();
     if (!damaged)
         return tl::unexpected(damaged.error());
     if (*damaged > 0)

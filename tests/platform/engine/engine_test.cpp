@@ -223,6 +223,30 @@ TEST_F(Engine, AudioBeforeTheStartMovesNeitherVideoNorChapters) {
     EXPECT_NEAR(CMTimeGetSeconds((*shown)->shownTime()), last, 0.001) << "as the file says";
 }
 
+TEST_F(Engine, ReorderedFramesKeepTheirTimesAndAnEvenRate) {
+    // Matroska stores no decoding times; the first ones are not known before a few frames are read.
+    const QString source = make(u"b.mkv"_s, "-c:v libx264 -bf 3 -an");
+    const QString target = m_dir.path("b.mp4");
+    ASSERT_TRUE(remuxed(source, target, RemuxTarget::Mp4));
+    const auto times = [&](const QString& path, const char* entry) {
+        QList<double> seconds;
+        for (const QByteArray& text : ffprobe(path, entry).split('\n'))
+            if (!text.trimmed().isEmpty())
+                seconds << text.toDouble();
+        return seconds;
+    };
+    const QList<double> shown = times(target, "packet=pts_time"),
+                        wanted = times(source, "packet=pts_time"),
+                        decoded = times(target, "packet=dts_time");
+    ASSERT_EQ(shown.size(), wanted.size());
+    ASSERT_GT(decoded.size(), 20);
+    const double frame = (decoded.last() - decoded[10]) / static_cast<double>(decoded.size() - 11);
+    for (qsizetype i = 1; i < shown.size(); ++i) {
+        EXPECT_NEAR(shown[i], wanted[i], 0.0011) << i;
+        EXPECT_NEAR(decoded[i] - decoded[i - 1], frame, 0.003) << i;
+    }
+}
+
 TEST_F(Engine, RemuxRefusesAndCancelsWithoutTrace) {
     const QString source = make(u"s.mkv"_s, "-c:v libx264 -c:a pcm_s16le");
     const QString target = m_dir.path("x.mp4");
