@@ -110,10 +110,10 @@ def parse_differences(text):
 def judge(differences, known, present):
     """Faults: differences without an entry, and entries that no difference bears out. Entries for files that this corpus
     does not hold are left alone, since a smaller corpus is a corpus too, and so are those whose reason begins with "Since"
-    and a release of another program, which this machine may not have."""
+    or "Until" and a release of another program, which this machine may not have."""
     faults = [f"{' '.join(key)}: {text}" for key, text in sorted(differences.items()) if key not in known]
     faults += [f"stale entry, no difference any more: {' '.join(key)}" for key in sorted(known)
-               if key not in differences and key[0] in present and not known[key].startswith("Since ")]
+               if key not in differences and key[0] in present and not known[key].startswith(("Since ", "Until "))]
     return faults
 
 

@@ -105,11 +105,12 @@ The number of the system that recorded the video stands in the sample descriptio
 The movie header alone, without the payload that its chunks point to.
   video/go-mp4__sample_qt.mp4 clear streams
 What a track says of itself (camera, dates, names, the maker's properties) is metadata, too, and goes.
-  audio/exifast__MP4_audiokeys_mute.mp4 clear structure
   video/nom-exif__sony-a7-xavc.MP4 clear structure
-  video/tag__sample.mp4 clear structure
   video/file-type__fixture.mov clear structure
   video/photoprism__quicktime-hvc1.mov clear structure
+Until ExifTool 13: the same of audio tracks, whose items it counted among the structure of the track.
+  audio/exifast__MP4_audiokeys_mute.mp4 clear structure
+  video/tag__sample.mp4 clear structure
 The QuickTime metadata stands in the user data, where exiftool does not look; saved, it is in its own place.
   video/media__sample_android_slow_motion.mp4 clear exiftool-save
 """
