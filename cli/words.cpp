@@ -219,6 +219,7 @@ const Sentence kFormatsWords[] = {
     {"tag-too-large", "The tag would be larger than the format allows"},
     {"no-tag-from-library", "The tag library returned no tag"},
     {"duration-unknown", "The duration of the audio is not known"},
+    {"tags-not-carried-over", "Not carried over: %1"},
 };
 
 // platform/engine

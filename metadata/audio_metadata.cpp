@@ -251,7 +251,8 @@ void AudioMetadata::writeFlac(const jobs::WriteRequest& request, const QMap<QStr
             changes.image = coverForFlac(image, notes);
         OutputPlace(output).removeLink();
         const auto written = rewriteFlacTags(source, output, changes, progress);
-        return written ? Result<platform::Notes>(notes) : tl::unexpected(written.error());
+        return written ? Result<platform::Notes>(notes + *written)
+                       : tl::unexpected(written.error());
     };
     jobs::startSession(*job, AVAssetExportSession::rewriting(job->source, job->output, write));
 }

@@ -257,6 +257,7 @@ const Sentence kFormatsWords[] = {
     {"tag-too-large", QT_TRANSLATE_NOOP("Words", "The tag would be larger than the format allows")},
     {"no-tag-from-library", QT_TRANSLATE_NOOP("Words", "The tag library returned no tag")},
     {"duration-unknown", QT_TRANSLATE_NOOP("Words", "The duration of the audio is not known")},
+    {"tags-not-carried-over", QT_TRANSLATE_NOOP("Words", "Not carried over: %1")},
 };
 
 // platform/engine

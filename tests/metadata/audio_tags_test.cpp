@@ -88,4 +88,25 @@ TEST_F(AudioTags, TheStateOfACoverStopsNoTag) {
     }
 }
 
+TEST_F(AudioTags, AForeignTagOfFlacBecomesComments) {
+    const QByteArray flac = "fLaC" + testkit::flacBlock(0, QByteArray(34, '\1')) +
+                            testkit::flacBlock(4, testkit::vorbisComments({"ARTIST=A"}), true) +
+                            "\xFF\xF8 audio";
+    const QString path =
+        m_dir.write("a.flac", id3Tag(3, id3Text("TIT2", "Old") + id3Text("TPE1", "Other") +
+                                            id3Text("TALB", "Album") + id3Frame("PRIV", "owner") +
+                                            apic(kPngHead)) +
+                                  flac);
+    jobs::WriteRequest made = shown(path);
+    EXPECT_EQ(made.item->fileTitle, u"Old");
+    made.audioPane->texts.titlelab = u""_s;
+    const auto item = written(made);
+    EXPECT_EQ(item->fileTitle, u"");
+    EXPECT_EQ(item->fileArist, u"A");
+    EXPECT_EQ(item->fileAblumName, u"Album");
+    EXPECT_EQ(item->fileImage.bytes(), kPngHead);
+    EXPECT_TRUE(TempDir::read(outputOf(path)).startsWith("fLaC"));
+    EXPECT_TRUE(m_outcome.text().contains(u"PRIV")) << m_outcome.text();
+}
+
 } // namespace

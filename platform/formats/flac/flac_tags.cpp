@@ -2,6 +2,7 @@
 #include "platform/formats/flac/flac_tags.h"
 
 #include "platform/formats/flac/flac_blocks.h"
+#include "platform/formats/flac/flac_foreign_tag.h"
 #include "platform/formats/flac/flac_picture.h"
 #include "platform/formats/flac/vorbis_comment.h"
 #include "platform/formats/messages.h"
@@ -58,7 +59,8 @@ WrittenBlock freshBlock(FlacBlockType type, QByteArray body) {
 }
 
 struct FlacLayout {
-    std::uint64_t start = 0; ///< of "fLaC"; what stands before it stays
+    std::uint64_t start = 0;      ///< of "fLaC"
+    std::uint64_t copiedFrom = 0; ///< `start` where the foreign tag before it goes
     std::vector<WrittenBlock> blocks;
     std::uint64_t audioStart = 0;
 };
@@ -87,13 +89,8 @@ Result<FlacLayout> readFlacLayout(FileReader& reader) {
     return layout;
 }
 
-bool isNamed(const QByteArray& entry, QByteArrayView name) {
-    return entry.size() > name.size() && entry[name.size()] == '=' &&
-           QByteArrayView(entry).first(name.size()).compare(name, Qt::CaseInsensitive) == 0;
-}
-
 qsizetype removeNamed(QByteArrayList& entries, QByteArrayView name) {
-    const auto has = [name](const QByteArray& entry) { return isNamed(entry, name); };
+    const auto has = [name](const QByteArray& entry) { return isCommentNamed(entry, name); };
     const auto first = std::find_if(entries.cbegin(), entries.cend(), has);
     if (first == entries.cend())
         return -1;
@@ -106,7 +103,7 @@ qsizetype removeNamed(QByteArrayList& entries, QByteArrayView name) {
 QString shownText(const QByteArrayList& entries, QByteArrayView name) {
     QList<NamedTag> values;
     for (const QByteArray& entry : entries)
-        if (isNamed(entry, name))
+        if (isCommentNamed(entry, name))
             values.append({QStringLiteral("v"), QString::fromUtf8(entry.mid(name.size() + 1))});
     return tagText(values, QLatin1String("v"));
 }
@@ -151,19 +148,42 @@ std::optional<StoredComments> loadComments(const ByteRange& body) {
     return comments;
 }
 
-Result<void> changeCommentBlock(FileReader& reader, FlacLayout& layout,
-                                const QMap<QString, QString>& info) {
-    if (info.isEmpty())
+std::vector<WrittenBlock>::iterator findComments(FlacLayout& layout) {
+    return std::find_if(layout.blocks.begin(), layout.blocks.end(), [](const WrittenBlock& block) {
+        return block.source.type == FlacBlockType::VorbisComment;
+    });
+}
+
+/// Moves what a foreign tag says into the comments; the tag goes. Returns its cover.
+EncodedImage moveForeignTag(FileReader& reader, FlacLayout& layout, QByteArrayList& entries,
+                            Notes& notes) {
+    if (layout.start == 0)
         return {};
-    auto block =
-        std::find_if(layout.blocks.begin(), layout.blocks.end(), [](const WrittenBlock& b) {
-            return b.source.type == FlacBlockType::VorbisComment;
+    const bool hasPicture =
+        std::any_of(layout.blocks.begin(), layout.blocks.end(), [](const WrittenBlock& block) {
+            return block.source.type == FlacBlockType::Picture;
         });
+    const FlacForeignTag foreign =
+        readFlacForeignTag(reader, ByteRange(reader, 0, layout.start), entries, hasPicture);
+    entries += foreign.comments;
+    layout.copiedFrom = layout.start;
+    if (!foreign.notCarried.isEmpty())
+        notes.append(Message(kTagsNotCarriedOver, {foreign.notCarried.join(QLatin1String(", "))}));
+    return foreign.cover;
+}
+
+/// Returns the cover of a foreign tag, null without one.
+Result<EncodedImage> changeCommentBlock(FileReader& reader, FlacLayout& layout,
+                                        const QMap<QString, QString>& info, Notes& notes) {
+    if (info.isEmpty() && layout.start == 0)
+        return EncodedImage();
+    const auto block = findComments(layout);
     const bool isNew = block == layout.blocks.end();
     auto comments =
         isNew ? std::optional(StoredComments()) : loadComments(block->source.body(reader));
     if (!comments)
         return flacFailure(ErrorCode::InvalidData, reader, kFlacCommentsDamaged);
+    EncodedImage cover = moveForeignTag(reader, layout, comments->entries, notes);
     changeComments(comments->entries, info);
     const QByteArray body = renderVorbisComment(comments->vendor, comments->entries);
     if (isNew)
@@ -171,7 +191,7 @@ Result<void> changeCommentBlock(FileReader& reader, FlacLayout& layout,
                              freshBlock(FlacBlockType::VorbisComment, body));
     else
         block->fresh = body;
-    return {};
+    return cover;
 }
 
 Result<void> changeFrontCover(FileReader& reader, FlacLayout& layout, const EncodedImage& image) {
@@ -204,7 +224,9 @@ Result<void> writeBlock(AtomicFile& file, FileReader& reader, const WrittenBlock
 }
 
 Result<void> writeBlocks(AtomicFile& file, FileReader& reader, const FlacLayout& layout) {
-    if (auto copied = file.copyFrom(reader.fd(), 0, layout.start + 4); !copied)
+    if (auto copied =
+            file.copyFrom(reader.fd(), layout.copiedFrom, layout.start + 4 - layout.copiedFrom);
+        !copied)
         return copied;
     for (const WrittenBlock& block : layout.blocks)
         if (auto written = writeBlock(file, reader, block, &block == &layout.blocks.back());
@@ -213,34 +235,47 @@ Result<void> writeBlocks(AtomicFile& file, FileReader& reader, const FlacLayout&
     return {};
 }
 
+/// Works out the blocks of the output. Without a change everything stays, a foreign tag too.
+Result<Notes> changeLayout(FileReader& reader, FlacLayout& layout, const FlacTagChanges& changes) {
+    Notes notes;
+    if (changes.info.isEmpty() && changes.image.isNull())
+        return notes;
+    const auto moved = changeCommentBlock(reader, layout, changes.info, notes);
+    if (!moved)
+        return tl::unexpected(moved.error());
+    const auto covered =
+        changeFrontCover(reader, layout, changes.image.isNull() ? *moved : changes.image);
+    return covered ? Result<Notes>(notes) : tl::unexpected(covered.error());
+}
+
 } // namespace
 
-Result<void> rewriteFlacTags(const QString& source, const QString& target,
-                             const FlacTagChanges& changes,
-                             const std::function<bool(double)>& progress) {
+Result<Notes> rewriteFlacTags(const QString& source, const QString& target,
+                              const FlacTagChanges& changes,
+                              const std::function<bool(double)>& progress) {
     auto reader = FileReader::open(source);
     if (!reader)
         return tl::unexpected(reader.error());
     auto layout = readFlacLayout(*reader);
     if (!layout)
         return tl::unexpected(layout.error());
-    if (auto changed = changeCommentBlock(*reader, *layout, changes.info); !changed)
-        return changed;
-    if (auto changed = changeFrontCover(*reader, *layout, changes.image); !changed)
-        return changed;
+    const auto notes = changeLayout(*reader, *layout, changes);
+    if (!notes)
+        return notes;
     auto file = AtomicFile::create(target, reader->size());
     if (!file)
         return tl::unexpected(file.error());
     file->copyExtendedAttributes(reader->fd());
     if (auto written = writeBlocks(*file, *reader, *layout); !written)
-        return written;
+        return tl::unexpected(written.error());
     const std::uint64_t length = reader->size() - layout->audioStart;
     const auto report = [&](std::uint64_t done) {
         return !progress || progress(static_cast<double>(done) / static_cast<double>(length + 1));
     };
     if (auto copied = file->copyFrom(reader->fd(), layout->audioStart, length, report); !copied)
-        return copied;
-    return file->commit();
+        return tl::unexpected(copied.error());
+    const auto committed = file->commit();
+    return committed ? notes : tl::unexpected(committed.error());
 }
 
 } // namespace clipheave::platform

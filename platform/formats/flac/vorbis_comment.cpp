@@ -56,6 +56,11 @@ QByteArray renderVorbisComment(const QByteArray& vendor, const QByteArrayList& e
     return block;
 }
 
+bool isCommentNamed(const QByteArray& entry, QByteArrayView name) {
+    return entry.size() > name.size() && entry[name.size()] == '=' &&
+           QByteArrayView(entry).first(name.size()).compare(name, Qt::CaseInsensitive) == 0;
+}
+
 QList<NamedTag> tagsOfVorbisComment(const ByteRange& block) {
     QList<NamedTag> tags;
     for (const ByteRange& entry : splitVorbisComment(block, kMostTagsRead).entries) {

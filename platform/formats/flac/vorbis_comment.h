@@ -21,6 +21,9 @@ struct VorbisComment {
 [[nodiscard]] QByteArray renderVorbisComment(const QByteArray& vendor,
                                              const QByteArrayList& entries);
 
+/// Returns whether an entry is a text of that name, in whatever case of letters.
+[[nodiscard]] bool isCommentNamed(const QByteArray& entry, QByteArrayView name);
+
 /// Returns the entries that are texts with a name. Images in text form and the like, over 256 KiB,
 /// are left out.
 [[nodiscard]] QList<NamedTag> tagsOfVorbisComment(const ByteRange& block);

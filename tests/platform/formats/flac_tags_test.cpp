@@ -12,6 +12,7 @@ using testkit::be;
 using testkit::flacBlock;
 using testkit::le;
 using testkit::TempDir;
+using testkit::textsOf;
 using testkit::vorbisComments;
 
 const QByteArray kStreamInfo(34, '\1');
@@ -26,10 +27,13 @@ class FlacTags : public testing::Test {
 protected:
     QByteArray changed(const QByteArray& file, const FlacTagChanges& changes) {
         return rewritten(m_dir, file, [&](const QString& source, const QString& target) {
-            return rewriteFlacTags(source, target, changes, {});
+            const auto done = rewriteFlacTags(source, target, changes, {});
+            m_notes = done.value_or(Notes());
+            return done;
         });
     }
     TempDir m_dir;
+    Notes m_notes;
 };
 
 TEST_F(FlacTags, OnlyTheChangedCommentsChange) {
@@ -50,8 +54,26 @@ TEST_F(FlacTags, OnlyTheChangedCommentsChange) {
     EXPECT_EQ(changed(flacFile({"DESCRIPTION=d"}), {{{u"comments"_s, QString()}}, {}}),
               flacFile({}));
     const QByteArray bare = "fLaC" + flacBlock(0, kStreamInfo, true) + kFlacAudio;
-    const QByteArray tagged = QByteArray("ID3\3\0\0\0\0\0\1x", 11) + bare;
-    EXPECT_EQ(changed(tagged, {{{u"album"_s, u"A"_s}}, {}}).left(15), tagged.left(15));
+    EXPECT_EQ(changed(bare, {{{u"album"_s, u"A"_s}}, {}}),
+              "fLaC" + flacBlock(0, kStreamInfo) +
+                  flacBlock(4, le(0, 4) + le(1, 4) + le(7, 4) + "ALBUM=A", true) + kFlacAudio);
+}
+
+TEST_F(FlacTags, AForeignTagMovesIntoTheCommentsWithAnyChange) {
+    using testkit::id3Text;
+    const QByteArray image("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\2\0\0\0\3\10\2\0\0\0", 29);
+    const QByteArray frames = id3Text("TIT2", "T") + id3Text("TPE1", "Shadowed") +
+                              id3Text("TPOS", "2/3") + id3Text("TXXX", QByteArray("Gain\0+1", 7)) +
+                              testkit::id3Frame("PRIV", "owner") +
+                              testkit::id3Frame("APIC", QByteArray("\0\0\3\0", 4) + image);
+    const QByteArray file = testkit::id3Tag(3, frames) + flacFile({"artist=A"});
+    EXPECT_EQ(changed(file, {}), file);
+    const QByteArray moved = changed(file, {{{u"title"_s, QString()}}, {}});
+    EXPECT_TRUE(
+        moved.startsWith("fLaC" + flacBlock(0, kStreamInfo) +
+                         flacBlock(4, vorbisComments({"artist=A", "DISCNUMBER=2/3", "GAIN=+1"}))));
+    EXPECT_TRUE(moved.endsWith(image + kFlacAudio));
+    EXPECT_EQ(textsOf(m_notes).join(u' '), u"tags not carried over: TPE1, PRIV");
 }
 
 TEST_F(FlacTags, ANewCoverReplacesTheFrontCoverAlone) {

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/formats/flac/flac_foreign_tag.h"
+
+#include "platform/formats/flac/flac_blocks.h"
+#include "platform/formats/flac/flac_picture.h"
+#include "platform/formats/flac/vorbis_comment.h"
+#include "platform/formats/mpeg/id3_contents.h"
+
+#include <algorithm>
+
+namespace clipheave::platform {
+namespace {
+
+constexpr qsizetype kMostBytesMoved = 1 << 20;
+constexpr QLatin1String kUserText("id3/TXXX%3A");
+constexpr QLatin1String kImage("id3/APIC");
+
+/// A frame and its comment. The further names are what the reader takes for the same fact.
+struct FrameComment {
+    QLatin1String identifier;
+    std::initializer_list<const char*> names;
+};
+const FrameComment kFrameComments[] = {
+    {QLatin1String("id3/TIT1"), {"GROUPING"}},
+    {QLatin1String("id3/TIT2"), {"TITLE"}},
+    {QLatin1String("id3/TIT3"), {"SUBTITLE"}},
+    {QLatin1String("id3/TALB"), {"ALBUM"}},
+    {QLatin1String("id3/TPE1"), {"ARTIST"}},
+    {QLatin1String("id3/TPE2"), {"ALBUMARTIST"}},
+    {QLatin1String("id3/TPE3"), {"CONDUCTOR"}},
+    {QLatin1String("id3/TPE4"), {"REMIXER"}},
+    {QLatin1String("id3/TCOM"), {"COMPOSER"}},
+    {QLatin1String("id3/TEXT"), {"LYRICIST"}},
+    {QLatin1String("id3/USLT"), {"LYRICS"}},
+    {QLatin1String("id3/TRCK"), {"TRACKNUMBER", "TRACK NUMBER", "TRACK"}},
+    {QLatin1String("id3/TPOS"), {"DISCNUMBER"}},
+    {QLatin1String("id3/TCON"), {"GENRE"}},
+    {QLatin1String("id3/TYER"), {"YEAR"}},
+    {QLatin1String("id3/TRDA"), {"DATE", "RECORDED DATE"}},
+    {QLatin1String("id3/TDRC"), {"DATE", "RECORDED DATE"}},
+    {QLatin1String("id3/COMM"), {"COMMENT", "COMMENTS", "DESCRIPTION"}},
+    {QLatin1String("id3/TCOP"), {"COPYRIGHT"}},
+    {QLatin1String("id3/TPUB"), {"PUBLISHER"}},
+    {QLatin1String("id3/TSRC"), {"ISRC"}},
+    {QLatin1String("id3/TBPM"), {"BPM"}},
+    {QLatin1String("id3/TCMP"), {"COMPILATION"}},
+    {QLatin1String("id3/TENC"), {"ENCODED-BY"}},
+};
+
+/// Names are ASCII from the space to "}" without "=" (xiph.org, Ogg Vorbis I comment field).
+bool isCommentName(const QByteArray& name) {
+    return !name.isEmpty() && std::all_of(name.begin(), name.end(), [](char letter) {
+        return letter >= ' ' && letter <= '}' && letter != '=';
+    });
+}
+
+QByteArrayList commentNames(const QString& identifier) {
+    if (identifier.startsWith(kUserText)) {
+        const QByteArray name =
+            QByteArray::fromPercentEncoding(identifier.mid(kUserText.size()).toLatin1()).toUpper();
+        return isCommentName(name) ? QByteArrayList{name} : QByteArrayList();
+    }
+    for (const FrameComment& row : kFrameComments)
+        if (identifier == row.identifier)
+            return {row.names.begin(), row.names.end()};
+    return {};
+}
+
+/// Whether one of the names is there, and whether one of its texts is this one.
+struct Presence {
+    bool isThere = false, isSame = false;
+};
+Presence presenceOf(const QByteArrayList& entries, const QByteArrayList& names,
+                    const QByteArray& text) {
+    Presence presence;
+    for (const QByteArray& name : names)
+        for (const QByteArray& entry : entries)
+            if (isCommentNamed(entry, name)) {
+                presence.isThere = true;
+                presence.isSame |= entry.sliced(name.size() + 1) == text;
+            }
+    return presence;
+}
+
+/// "TIT2"; of user texts with their description.
+QString frameName(const AVMetadataItem& item) {
+    if (!item.identifier.startsWith(kUserText))
+        return item.key.left(4);
+    return QStringLiteral("TXXX:") + QString::fromUtf8(QByteArray::fromPercentEncoding(
+                                         item.identifier.mid(kUserText.size()).toLatin1()));
+}
+
+/// Returns whether the text stands in the comments now.
+bool takeText(const AVMetadataItem& item, const QByteArrayList& present, QByteArrayList& comments,
+              qsizetype& room) {
+    const QByteArrayList names = commentNames(item.identifier);
+    const QByteArray text = item.stringValue().toUtf8();
+    if (names.isEmpty() || text.isEmpty())
+        return false;
+    const Presence presence = presenceOf(present + comments, names, text);
+    if (presence.isThere || text.size() > room)
+        return presence.isSame;
+    room -= text.size();
+    comments.append(names.first() + '=' + text);
+    return true;
+}
+
+} // namespace
+
+FlacForeignTag readFlacForeignTag(FileReader& reader, const ByteRange& tag,
+                                  const QByteArrayList& present, bool hasPicture) {
+    FlacForeignTag foreign;
+    qsizetype room = kMostBytesMoved;
+    int images = 0;
+    const QList<AVMetadataItem> items = readId3(tag).items;
+    for (const AVMetadataItem& item : items) {
+        if (item.identifier == kImage)
+            ++images;
+        else if (!takeText(item, present, foreign.comments, room))
+            foreign.notCarried.append(frameName(item));
+    }
+    if (images > 0 && !hasPicture)
+        foreign.cover = artworkOf(reader, items);
+    if (static_cast<std::uint64_t>(renderFlacFrontCover(foreign.cover).size()) >
+        FlacBlock::kLargestBody)
+        foreign.cover = {};
+    if (images > (foreign.cover.isNull() ? 0 : 1))
+        foreign.notCarried.append(QStringLiteral("APIC"));
+    foreign.notCarried.removeDuplicates();
+    return foreign;
+}
+
+} // namespace clipheave::platform
