@@ -3,6 +3,7 @@
 
 #include "metadata/messages.h"
 #include "metadata/temporary_artwork.h"
+#include "platform/formats/flac/flac_blocks.h"
 #include "platform/formats/flac/flac_tags.h"
 #include "platform/formats/messages.h"
 #include "platform/formats/mpeg/mpeg_tags.h"
@@ -26,6 +27,19 @@ constexpr std::uint64_t kLargestFlacImage = (1u << 24) - 1024;
 bool hasExtension(const jobs::WriteRequest& request, const char16_t* extension) {
     return pathExtension(request.item->filePath)
                .compare(QStringView(extension), Qt::CaseInsensitive) == 0;
+}
+
+/// Returns whether the FLAC writer takes the file: by its name and by its bytes, since a removal
+/// leaves MPEG-4 under the old name. It also takes what nobody can read, and then delivers the file
+/// unchanged.
+bool isForFlacWriter(const jobs::WriteRequest& request) {
+    if (!hasExtension(request, u"flac"))
+        return false;
+    auto reader = FileReader::open(request.item->filePath);
+    if (!reader || findFlacSignature(*reader))
+        return true;
+    const auto asset = AVURLAsset::assetWithPath(request.item->filePath);
+    return !asset || asset->tracks().empty();
 }
 
 /// The date writers take an empty date text for no date.
@@ -133,7 +147,7 @@ std::optional<jobs::WriteJob> AudioMetadata::begin(const jobs::WriteRequest& req
     auto job = jobs::beginJob(m_run.ticket(source), source,
                               m_run.paths().claim(jobs::flatOutputPath(request)));
     if (job)
-        noteUnstored(*job, *request.audioPane, hasExtension(request, u"flac"));
+        noteUnstored(*job, *request.audioPane, isForFlacWriter(request));
     if (!job || createdText.isNull() || createdText == request.audioPane->shown.oldCreateDateStr)
         return job;
     if (const auto date = parseDateText(createdText))
@@ -263,6 +277,8 @@ void AudioMetadata::SaveChangedFlaCAuidoExifItem(const jobs::WriteRequest& reque
 
 void AudioMetadata::SetFlaCAuidoExifItem_withDateStr(const jobs::WriteRequest& request,
                                                      const QString& dateText) {
+    if (!isForFlacWriter(request))
+        return SetAuidoExifDateItem_withDateStr(request, dateText);
     if (!request.audioPane)
         return static_cast<void>(begin(request, {}));
     writeFlac(request, planFlacSave(*request.audioPane, dateText),
@@ -271,6 +287,8 @@ void AudioMetadata::SetFlaCAuidoExifItem_withDateStr(const jobs::WriteRequest& r
 
 void AudioMetadata::ReloadChangedFlaCAuidoExifItem_withExif(const jobs::WriteRequest& request,
                                                             const AudioDictionary& exif) {
+    if (!isForFlacWriter(request))
+        return ReloadChangedAuidoExifDateItem_withExif(request, exif);
     writeFlac(request, planFlacReload(exif), {});
 }
 

@@ -41,7 +41,8 @@ public:
     void RemoveAuidoExifDateItem(const jobs::WriteRequest& request);
 
     // FLAC: changed comments and a new cover; everything else byte for byte. Deliberate: the output
-    // always has the file dates of the source.
+    // always has the file dates of the source. Other audio under that name, such as a removal
+    // leaves, goes to the writer of any other audio.
     void SaveChangedFlaCAuidoExifItem(const jobs::WriteRequest& request);
     void SetFlaCAuidoExifItem_withDateStr(const jobs::WriteRequest& request,
                                           const QString& dateText);

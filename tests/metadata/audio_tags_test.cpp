@@ -4,6 +4,8 @@
 #include "metadata/messages.h"
 #include "tests/metadata/write_fixture.h"
 
+#include <QFile>
+
 namespace {
 
 using namespace clipheave;
@@ -107,6 +109,18 @@ TEST_F(AudioTags, AForeignTagOfFlacBecomesComments) {
     EXPECT_EQ(item->fileImage.bytes(), kPngHead);
     EXPECT_TRUE(TempDir::read(outputOf(path)).startsWith("fLaC"));
     EXPECT_TRUE(m_outcome.text().contains(u"PRIV")) << m_outcome.text();
+}
+
+TEST_F(AudioTags, AFlacNameOverOtherBytesCanBeTaggedAgainAndAgain) {
+    SKIP_WITHOUT("ffmpeg");
+    const QString path = m_dir.path("in/a.flac");
+    m_dir.write("in/x", "");
+    testkit::ffmpeg("-f lavfi -i sine=duration=1 -metadata title=Old", {path});
+    written(path, true);
+    const QString cleared = m_dir.path("cleared/a.flac");
+    m_dir.write("cleared/x", "");
+    ASSERT_TRUE(QFile::rename(outputOf(path), cleared));
+    EXPECT_EQ(written(cleared)->fileTitle, u"New");
 }
 
 } // namespace

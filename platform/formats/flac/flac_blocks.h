@@ -29,8 +29,8 @@ struct FlacBlock {
 /// Returns the four bytes in front of a body of `size` bytes, kLargestBody at most.
 [[nodiscard]] QByteArray flacBlockHeader(FlacBlockType type, std::uint64_t size, bool isLast);
 
-/// Returns the offset of "fLaC", behind an ID3 tag where there is one; nothing when the signature
-/// is missing.
+/// Returns the offset of "fLaC", behind the ID3 tags where there are any; nothing when the
+/// signature is missing.
 [[nodiscard]] std::optional<std::uint64_t> findFlacSignature(FileReader& reader);
 
 /// How the blocks of a file end.

@@ -24,6 +24,38 @@ constexpr std::array<std::array<int, 16>, 5> kKiloBitRates{{
 }};
 constexpr std::array<int, 3> kMpegSampleRates{44100, 48000, 32000};
 
+constexpr std::uint32_t kFreeFormat = 0, kNoBitRate = 15;
+// 640 kbit/s, the most that decoders take, is 5760 bytes at 16 kHz.
+constexpr std::uint64_t kShortestFreeFrame = 24, kLongestFreeFrame = 8192;
+// Version, layer, protection, bit rate, sampling rate and mono or not are those of all frames.
+constexpr std::uint32_t kFormatBits = 0xFFFFFC00;
+
+/// All but what follows from the bit rate; nothing for reserved values.
+std::optional<MpegFrameHeader> parseMpegFormat(ByteView head) {
+    const auto bits = head.be32(0);
+    if (!bits || (*bits & 0xFFE00000) != 0xFFE00000)
+        return std::nullopt;
+    const std::uint32_t version = *bits >> 19 & 3; // 3: MPEG 1, 2: MPEG 2, 0: MPEG 2.5
+    const std::uint32_t layer = *bits >> 17 & 3;   // 3: I, 2: II, 1: III
+    const std::uint32_t sampling = *bits >> 10 & 3;
+    if (version == 1 || layer == 0 || (*bits >> 12 & 15) == kNoBitRate || sampling == 3)
+        return std::nullopt;
+    MpegFrameHeader header;
+    header.version = version == 3 ? 1 : version == 2 ? 2 : 25;
+    header.layer = static_cast<int>(4 - layer);
+    header.sampleRate = kMpegSampleRates[sampling] / (version == 3 ? 1 : version == 2 ? 2 : 4);
+    const bool mono = (*bits >> 6 & 3) == 3;
+    header.channels = mono ? 1 : 2;
+    const bool half = header.version != 1 && header.layer == 3;
+    header.samples = header.layer == 1 ? 384 : half ? 576 : 1152;
+    header.sideInfo = header.version == 1 ? (mono ? 17u : 32u) : (mono ? 9u : 17u);
+    return header;
+}
+
+bool isPadded(ByteView head) {
+    return (head.be32(0).value_or(0) >> 9 & 1) != 0;
+}
+
 int rateRow(int version, int layer) {
     if (version == 1)
         return layer - 1;
@@ -87,6 +119,44 @@ double averageBitRate(const ByteRange& audio, std::uint64_t at) {
             break;
     }
     return seconds > 0 ? bits / seconds : 0;
+}
+
+/// Returns whether frames of the free format, `bytes` long without padding, fill `audio` from `at`
+/// on: two of them, and as many more as there are, up to four.
+bool areFreeFrames(const ByteRange& audio, std::uint64_t bytes, std::uint64_t slot) {
+    const std::uint32_t format = audio.view(0, 4).be32(0).value_or(0) & kFormatBits;
+    std::uint64_t at = 0;
+    for (int i = 0; i < 4 && (i < 2 || at < audio.size()); ++i) {
+        const ByteView head = audio.view(at, 4);
+        if ((head.be32(0).value_or(0) & kFormatBits) != format)
+            return false;
+        at += bytes + (isPadded(head) ? slot : 0);
+    }
+    return at <= audio.size();
+}
+
+/// The free format names no bit rate: every frame is as long as the first, and the header of the
+/// second tells how long (ISO/IEC 11172-3, 2.4.2.3). Looked for at the start alone.
+std::optional<MpegStream> readFreeFormat(const ByteRange& audio) {
+    const ByteView head = audio.view(0, 4);
+    auto header = parseMpegFormat(head);
+    if (!header || (head.be32(0).value_or(0) >> 12 & 15) != kFreeFormat)
+        return std::nullopt;
+    const std::uint64_t slot = header->layer == 1 ? 4 : 1;
+    const std::uint64_t padding = isPadded(head) ? slot : 0;
+    for (std::uint64_t bytes = kShortestFreeFrame; bytes <= kLongestFreeFrame; ++bytes) {
+        if (!areFreeFrames(audio, bytes, slot))
+            continue;
+        MpegStream stream;
+        stream.bitRate = static_cast<double>(bytes) * 8 * header->sampleRate / header->samples;
+        header->bitRate = static_cast<int>(stream.bitRate);
+        header->frameBytes = static_cast<std::uint32_t>(bytes + padding);
+        stream.header = *header;
+        stream.estimated = true;
+        setAudioSize(stream, audio.size());
+        return stream;
+    }
+    return std::nullopt;
 }
 
 /// Headers of the same stream follow, or the file ends where this frame does. Junk is not believed
@@ -156,35 +226,23 @@ void applyInfoFrame(MpegStream& stream, const MpegInfoFrame& info, const ByteRan
 } // namespace
 
 std::optional<MpegFrameHeader> parseMpegHeader(ByteView head) {
-    const auto bits = head.be32(0);
-    if (!bits || (*bits & 0xFFE00000) != 0xFFE00000)
+    auto header = parseMpegFormat(head);
+    const std::uint32_t rate = head.be32(0).value_or(0) >> 12 & 15;
+    if (!header || rate == kFreeFormat)
         return std::nullopt;
-    const std::uint32_t version = *bits >> 19 & 3; // 3: MPEG 1, 2: MPEG 2, 0: MPEG 2.5
-    const std::uint32_t layer = *bits >> 17 & 3;   // 3: I, 2: II, 1: III
-    const std::uint32_t rate = *bits >> 12 & 15;
-    const std::uint32_t sampling = *bits >> 10 & 3;
-    if (version == 1 || layer == 0 || rate == 0 || rate == 15 || sampling == 3)
-        return std::nullopt;
-    MpegFrameHeader header;
-    header.version = version == 3 ? 1 : version == 2 ? 2 : 25;
-    header.layer = static_cast<int>(4 - layer);
-    const auto row = static_cast<std::size_t>(rateRow(header.version, header.layer));
-    header.bitRate = kKiloBitRates[row][rate] * 1000;
-    header.sampleRate = kMpegSampleRates[sampling] / (version == 3 ? 1 : version == 2 ? 2 : 4);
-    header.channels = (*bits >> 6 & 3) == 3 ? 1 : 2;
-    const bool half = header.version != 1 && header.layer == 3;
-    header.samples = header.layer == 1 ? 384 : half ? 576 : 1152;
-    const int padding = static_cast<int>(*bits >> 9 & 1);
-    const int slots = header.samples / 8 * header.bitRate / header.sampleRate;
-    header.frameBytes = static_cast<std::uint32_t>(
-        header.layer == 1 ? (12 * header.bitRate / header.sampleRate + padding) * 4
-                          : slots + padding);
-    const bool mono = header.channels == 1;
-    header.sideInfo = header.version == 1 ? (mono ? 17u : 32u) : (mono ? 9u : 17u);
+    const auto row = static_cast<std::size_t>(rateRow(header->version, header->layer));
+    header->bitRate = kKiloBitRates[row][rate] * 1000;
+    const int padding = isPadded(head) ? 1 : 0;
+    const int slots = header->samples / 8 * header->bitRate / header->sampleRate;
+    header->frameBytes = static_cast<std::uint32_t>(
+        header->layer == 1 ? (12 * header->bitRate / header->sampleRate + padding) * 4
+                           : slots + padding);
     return header;
 }
 
 std::optional<MpegStream> readMpegStream(const ByteRange& audio) {
+    if (auto stream = readFreeFormat(audio))
+        return stream;
     const auto at = findMpegFrame(audio);
     if (!at)
         return std::nullopt;

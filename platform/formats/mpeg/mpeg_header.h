@@ -30,7 +30,8 @@ struct MpegStream {
 };
 /// Finds the first frame that a second one follows, and the facts from it: from the Xing, Info or
 /// VBRI frame where there is one (encoder delay and padding taken off), else from the size of
-/// `audio` and the average rate of the frames at its start.
+/// `audio` and the average rate of the frames at its start. The free format, whose frames say no
+/// length, is taken when it begins with the first byte.
 [[nodiscard]] std::optional<MpegStream> readMpegStream(const ByteRange& audio);
 /// Corrects an estimated duration for an audio file of `size` bytes: tags at the end are known
 /// later.

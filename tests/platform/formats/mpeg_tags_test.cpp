@@ -75,6 +75,20 @@ TEST_F(MpegTags, TheNewTagIsExactlyWhatTheFormatSays) {
     EXPECT_EQ(renderId3Tag({}, {}), QByteArray());
 }
 
+TEST_F(MpegTags, FramesOfTheFreeFormatAreAudio) {
+    const auto frame = [](bool padded, char with) {
+        return QByteArray("\xFF\xFB", 2) + (padded ? '\2' : '\0') + '\x44' +
+               QByteArray(496 + padded, with);
+    };
+    const QByteArray audio = frame(true, 'a') + frame(false, 'b') + frame(true, 'c');
+    EXPECT_EQ(retagged(id3v1() + audio), kNoMpegFrame.id) << "not at the start";
+    EXPECT_EQ(retagged(title(u"Old"_s) + audio + id3v1()), title(u"T"_s) + audio);
+    EXPECT_EQ(retagged(audio.left(700)), kNoMpegFrame.id) << "one frame alone";
+    const auto facts = fixtures::read(readMpegAudio, audio);
+    ASSERT_TRUE(facts);
+    EXPECT_NEAR(facts->durationSeconds, 3 * 1152 / 44100.0, 0.001);
+}
+
 TEST_F(MpegTags, EveryKindOfTagGoesAndTheAudioStays) {
     const QByteArray old =
         id3Tag(3, id3Frame("TCON", QByteArray("\0Rock", 5)) + QByteArray(64, '\0'));
