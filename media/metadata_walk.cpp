@@ -4,6 +4,7 @@
 #include "media/fields.h"
 #include "media/item_texts.h"
 #include "platform/foundation/log.h"
+#include "platform/media/model/tag_mapping.h"
 
 #include <QHash>
 
@@ -15,8 +16,8 @@ using platform::AVMetadataItem;
 using platform::EncodedImage;
 using platform::FileSlice;
 
-/// What is not one text: an image or a position.
-enum class OtherTarget { Artwork, Location };
+/// What is not one text as it stands: an image, a position, the year of a date.
+enum class OtherTarget { Artwork, Location, Year };
 struct OtherRow {
     const char* identifier;
     OtherTarget target;
@@ -31,6 +32,7 @@ constexpr OtherRow kOtherRows[] = {
     {"uiso/%A9xyz", OtherTarget::Location},
     {"udta/%A9xyz", OtherTarget::Location},
     {"mdta/com.apple.quicktime.location.ISO6709", OtherTarget::Location},
+    {"id3/TDRC", OtherTarget::Year},
 };
 
 struct FieldRead {
@@ -117,13 +119,21 @@ void applyRead(IKImageItem& item, const FieldRead& read, const AVMetadataItem& s
         applyField(item, *read.field, source);
 }
 
-/// Returns false when the item is neither artwork nor a position.
+/// ID3v2.4 has a date where earlier versions have the year, which wins where both stand.
+void setYearOfDate(IKImageItem& item, const AVMetadataItem& source) {
+    if (item.fileReleasedYear.isEmpty())
+        item.fileReleasedYear = nothingIfEmpty(platform::yearText(source.stringValue()));
+}
+
+/// Returns false when no row names the item.
 bool applyOther(IKImageItem& item, const AVMetadataItem& source) {
     for (const OtherRow& row : kOtherRows) {
         if (source.identifier != QLatin1String(row.identifier))
             continue;
         if (row.target == OtherTarget::Artwork)
             setArtwork(item, source);
+        else if (row.target == OtherTarget::Year)
+            setYearOfDate(item, source);
         else
             applyLocationText(item, source.stringValue());
         return true;

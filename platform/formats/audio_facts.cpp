@@ -93,12 +93,16 @@ InfoDictionary infoFromTags(const QList<NamedTag>& tags) {
 
 InfoDictionary infoFromId3(const QList<AVMetadataItem>& items) {
     InfoDictionary info;
+    QString date;
     for (const AVMetadataItem& item : items) {
         for (const InfoKey& row : kId3InfoKeys) {
             if (item.identifier == row.source)
                 info.insert(row.key, item.stringValue());
         }
+        if (item.identifier == QLatin1String("id3/TDRC"))
+            date = item.stringValue();
     }
+    addMissingInfo(info, {{QStringLiteral("year"), yearText(date)}});
     return info;
 }
 

@@ -22,7 +22,8 @@ using InfoDictionary = QMap<QString, QString>;
 /// The info dictionary of Vorbis comments or of texts under the names of FFmpeg; DATE is the
 /// "recorded date", YEAR the "year", DESCRIPTION stands in for a missing COMMENT.
 [[nodiscard]] InfoDictionary infoFromTags(const QList<NamedTag>& tags);
-/// That of ID3 frames: TYER gives "year" and TRDA "recorded date"; TDRC gives neither.
+/// That of ID3 frames: TRDA gives "recorded date", TYER "year", and where it is missing the year of
+/// TDRC, which ID3v2.4 has in its place.
 [[nodiscard]] InfoDictionary infoFromId3(const QList<AVMetadataItem>& items);
 /// For files where FFmpeg's "date" is the only date: its year becomes "year", and a date that is
 /// nothing but a year is no "recorded date".

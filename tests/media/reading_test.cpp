@@ -95,6 +95,13 @@ TEST(MetadataWalk, StandInsAndPlacesOfEveryKind) {
         applyMetadata(item, list, WalkTable::Audio);
         EXPECT_EQ(item.fileArist, u"artist");
     }
+    const auto year = testkit::itemOf(u"id3/TYER"_s, u"1999"_s);
+    const auto date = testkit::itemOf(u"id3/TDRC"_s, u"2004-05-06T07:08"_s);
+    for (const auto& list : {QList{year, date}, QList{date, year}, QList{date}}) {
+        IKImageItem item;
+        applyMetadata(item, list, WalkTable::Audio);
+        EXPECT_EQ(item.fileReleasedYear, list.size() == 1 ? u"2004" : u"1999");
+    }
     for (const char* identifier : {"uiso/loci", "uiso/%A9xyz", "udta/%A9xyz", "itsk/%A9xyz"}) {
         IKImageItem item;
         applyMetadata(
