@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/audio_metadata.h"
 
+#include "media/fields.h"
+#include "media/shown_text.h"
 #include "metadata/messages.h"
 #include "metadata/temporary_artwork.h"
 #include "platform/formats/flac/flac_blocks.h"
@@ -67,6 +69,46 @@ bool holdsListedArtwork(const QList<AVMetadataItem>& items) {
     return std::any_of(items.begin(), items.end(), [](const AVMetadataItem& item) {
         return item.effectiveIdentifier() == u"itsk/covr";
     });
+}
+
+/// Returns whether the item feeds a field and says what the record shows there.
+bool isShown(const AVMetadataItem& candidate, const media::IKImageItem& item) {
+    const QString identifier = candidate.effectiveIdentifier();
+    const QByteArray plain = QByteArray::fromPercentEncoding(identifier.toLatin1());
+    return std::any_of(
+        std::begin(media::kFields), std::end(media::kFields), [&](const media::Field& field) {
+            const bool feeds = std::any_of(field.read.begin(), field.read.end(),
+                                           [&](const auto& read) {
+                                               return identifier == QLatin1String(read.identifier);
+                                           }) ||
+                               (field.infoKey &&
+                                plain == "caaf/info-" + QString::fromUtf16(field.infoKey).toUtf8());
+            return feeds && field.record &&
+                   item.*field.record == platform::trackNumberText(candidate);
+        });
+}
+
+/// Two tags of a file may say different things. The import shows the later one, or the one that its
+/// reader prefers; the writer gives the place in the output to the first. Puts what the record
+/// shows in front; the boxes of an MPEG-4 file keep their order, which is that of both.
+QList<AVMetadataItem> shownFirst(QList<AVMetadataItem> source, const media::IKImageItem& item) {
+    std::stable_partition(source.begin(), source.end(), [&](const AVMetadataItem& candidate) {
+        return !candidate.source && isShown(candidate, item);
+    });
+    return source;
+}
+
+/// The pane to compare with. An artist that nobody touched counts as changed there; where the file
+/// holds several, of which the pane shows the last, that would take the others away.
+media::AudioPane paneFor(const jobs::WriteRequest& request, const QList<AVMetadataItem>& source) {
+    media::AudioPane pane = *request.audioPane;
+    const auto artists =
+        std::count_if(source.begin(), source.end(), [](const AVMetadataItem& item) {
+            return item.effectiveIdentifier() == u"itsk/%A9ART";
+        });
+    if (artists > 1 && pane.texts.artistlab == media::shownText(request.item->fileArist))
+        pane.shown.oldArtistStr = pane.texts.artistlab;
+    return pane;
 }
 
 /// The cover as an M4A file stores it; null when the source's own box is carried over.
@@ -216,7 +258,7 @@ void AudioMetadata::writeM4a(
         *asset, QString::fromUtf16(AVAssetExportPresetPassthrough));
     session->setOutputPath(job->output);
     session->setOutputFileType(QString::fromUtf16(AVFileTypeAppleM4A));
-    session->setMetadata(plan(*job, asset->metadata()));
+    session->setMetadata(plan(*job, shownFirst(asset->metadata(), *request.item)));
     jobs::startSession(*job, session);
 }
 
@@ -231,8 +273,8 @@ void AudioMetadata::SetAuidoExifDateItem_withDateStr(const jobs::WriteRequest& r
     const CoverPlan cover = planCover(*request.audioPane, *request.item);
     writeM4a(request, dateText.isNull() ? createdTextOf(request) : dateText,
              [&](jobs::WriteJob& job, const auto& source) {
-                 return planAudioSave(*request.audioPane, coverForM4a(cover, source, job.notes),
-                                      source, dateText);
+                 return planAudioSave(paneFor(request, source),
+                                      coverForM4a(cover, source, job.notes), source, dateText);
              });
 }
 

@@ -10,6 +10,7 @@ namespace {
 
 using namespace clipheave;
 using namespace clipheave::metadata;
+using testkit::chunk;
 using testkit::id3Frame;
 using testkit::id3Tag;
 using testkit::id3Text;
@@ -121,6 +122,63 @@ TEST_F(AudioTags, AFlacNameOverOtherBytesCanBeTaggedAgainAndAgain) {
     m_dir.write("cleared/x", "");
     ASSERT_TRUE(QFile::rename(outputOf(path), cleared));
     EXPECT_EQ(written(cleared)->fileTitle, u"New");
+}
+
+TEST_F(AudioTags, ASaveStoresWhatThePaneShowed) {
+    SKIP_WITHOUT("ffmpeg");
+    const QByteArray tag = id3Tag(3, id3Text("TPE1", "Tag") + id3Text("TALB", "Tag") +
+                                         id3Text("TCOP", "Tag") + id3Text("TOPE", "First"));
+    const QString aiff = m_dir.path("a.aiff"), aac = m_dir.path("a.aac");
+    testkit::ffmpeg("-f lavfi -i sine=duration=1 -metadata artist=Own -metadata copyright=Own",
+                    {aiff});
+    testkit::ffmpeg("-f lavfi -i sine=duration=1", {aac});
+    QByteArray form = TempDir::read(aiff) + chunk("ID3 ", tag, true);
+    form.replace(4, 4, testkit::be(static_cast<quint64>(form.size()) - 8, 4));
+    m_dir.write("a.aiff", form);
+    const QByteArray item = QByteArray("Copyright") + '\0' + "Own";
+    const QByteArray ape = testkit::le(3, 4) + testkit::le(0, 4) + item;
+    m_dir.write("a.aac", tag + TempDir::read(aac) + ape + "APETAGEX" + testkit::le(2000, 4) +
+                             testkit::le(static_cast<quint64>(ape.size()) + 32, 4) +
+                             testkit::le(1, 4) + QByteArray(12, '\0'));
+    for (const QString& path : {aiff, aac}) {
+        const auto before = read(path);
+        EXPECT_EQ(before->fileArist, u"Tag") << path;
+        const auto after = written(path);
+        EXPECT_EQ(after->fileTitle, u"New");
+        EXPECT_EQ(after->fileArist, before->fileArist) << path;
+        EXPECT_EQ(after->fileAblumName, before->fileAblumName) << path;
+        EXPECT_EQ(after->fileCopyright, before->fileCopyright) << path;
+    }
+}
+
+TEST_F(AudioTags, TwoArtistsStayTwoWhenTheTitleIsEdited) {
+    SKIP_WITHOUT("ffmpeg");
+    const QString path = m_dir.path("a.m4a");
+    testkit::ffmpeg("-f lavfi -i sine=duration=1 -metadata artist=First", {path});
+    // A second value in the artist's box and in those around it.
+    QByteArray file = TempDir::read(path);
+    const QByteArray value = testkit::box("data", testkit::be(1, 4) + testkit::be(0, 4) + "Other");
+    const qsizetype list = file.indexOf("\xA9"
+                                        "ART");
+    ASSERT_GT(list, 0);
+    const auto grow = [&](qsizetype type) {
+        const qsizetype at = type - 4;
+        const auto size = QByteArrayView(file).sliced(at, 4);
+        quint64 number = 0;
+        for (const char byte : size)
+            number = number << 8 | static_cast<unsigned char>(byte);
+        file.replace(at, 4, testkit::be(number + static_cast<quint64>(value.size()), 4));
+        return at + static_cast<qsizetype>(number);
+    };
+    for (const char* type : {"moov", "udta", "meta", "ilst"})
+        grow(file.lastIndexOf(type, list));
+    file.insert(grow(list), value);
+    m_dir.write("a.m4a", file);
+    ASSERT_EQ(read(path)->fileArist, u"Other");
+    EXPECT_EQ(written(path)->fileTitle, u"New");
+    const QByteArray output = TempDir::read(outputOf(path));
+    EXPECT_EQ(output.count("First"), 1);
+    EXPECT_EQ(output.count("Other"), 1);
 }
 
 } // namespace
