@@ -181,4 +181,12 @@ TEST_F(AudioTags, TwoArtistsStayTwoWhenTheTitleIsEdited) {
     EXPECT_EQ(output.count("Other"), 1);
 }
 
+TEST_F(AudioTags, TagsOfAudioThatNobodyCanReadAreRead) {
+    const QString path =
+        m_dir.write("a.aac", id3Tag(3, id3Text("TIT2", "T")) + QByteArray("\xFF\xF1\x50\x80", 4));
+    const auto item = read(path);
+    EXPECT_EQ(item->fileTitle, u"T");
+    EXPECT_FALSE(item->problem.isEmpty());
+}
+
 } // namespace

@@ -67,12 +67,24 @@ Result<MediaFacts> readByTagLibrary(FileReader& reader, bool hasVideo) {
     return facts;
 }
 
+/// Returns the reason alone: whoever shows the problem names path and operation.
+Message problemOf(Error reason) {
+    reason.path.clear();
+    return reason.detail.isOurs() ? reason.detail : Message(reason.text());
+}
+
 Result<MediaFacts> readByEngine(FileReader& reader, const SniffedFile& sniffed) {
     Result<MediaFacts> probed = askEngine(reader);
-    if (!probed || !sniffed.hasId3Prefix)
+    if (!sniffed.hasId3Prefix)
         return probed;
     // An ID3 tag before AAC, Ogg or the like: its frames are those of the MPEG audio reader.
-    return withRicherTags(std::move(*probed), readMpegAudio(reader));
+    Result<MediaFacts> tagged = readMpegAudio(reader);
+    if (probed)
+        return withRicherTags(std::move(*probed), tagged);
+    if (!tagged || tagged->metadata.isEmpty())
+        return probed;
+    tagged->problem = problemOf(probed.error());
+    return tagged;
 }
 
 Result<MediaFacts> readContainer(FileReader& reader, const SniffedFile& sniffed) {
@@ -100,11 +112,8 @@ MediaFacts factsOf(FileReader& reader) {
     Result<MediaFacts> facts = readContainer(reader, sniffed);
     if (facts)
         return std::move(*facts);
-    // The path and the operation are left out: whoever shows the problem names them.
-    Error reason = facts.error();
-    reason.path.clear();
     MediaFacts none;
-    none.problem = reason.detail.isOurs() ? reason.detail : Message(reason.text());
+    none.problem = problemOf(facts.error());
     return none;
 }
 
