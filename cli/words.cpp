@@ -360,6 +360,7 @@ const Sentence kMetadataWords[] = {
     {"no-audio-pane", "No audio pane was given"},
     {"cover-stored-as-given", "The cover is stored as it was given: as TIFF it is over 16 MiB"},
     {"cover-keeps-its-bytes", "The cover is stored as it was, not as TIFF: %1"},
+    {"mpeg4-under-old-name", "The file holds %1 in MPEG-4 under its old name"},
     {"cover-left-out", "The cover is left out: %1"},
     {"artwork-copy-not-written", "The temporary copy of the artwork could not be written"},
     {"keywords-not-stored", "Keywords not stored: the file has no place for them"},

@@ -8,11 +8,13 @@
 #include "platform/formats/flac/flac_blocks.h"
 #include "platform/formats/flac/flac_tags.h"
 #include "platform/formats/messages.h"
+#include "platform/formats/mpeg/id3_contents.h"
 #include "platform/formats/mpeg/mpeg_tags.h"
 #include "platform/foundation/dates.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 #include "platform/image/tiff_representation.h"
+#include "platform/isobmff/write/write_metadata.h"
 #include "platform/media/export/output_place.h"
 
 #include <algorithm>
@@ -111,6 +113,42 @@ media::AudioPane paneFor(const jobs::WriteRequest& request, const QList<AVMetada
     return pane;
 }
 
+QString codecName(const AVURLAsset& asset) {
+    const QString code = asset.tracks().empty() ? QString() : asset.tracks().front().codec;
+    if (code == u"mp4a")
+        return QStringLiteral("AAC");
+    return code == u"ac-3" ? QStringLiteral("AC-3") : code.toUpper();
+}
+
+/// Notes that a file has become MPEG-4 although its name still says something else.
+void noteMpeg4(jobs::WriteOutcome& outcome) {
+    const QString extension = pathExtension(outcome.source).toLower();
+    const bool isNamedSo =
+        extension.startsWith(u"m4") || extension == u"mp4" || extension == u"mov";
+    if (isNamedSo || outcome.status != jobs::WriteStatus::Completed || outcome.outputs.isEmpty())
+        return;
+    if (const auto written = AVURLAsset::assetWithPath(outcome.outputs.front()))
+        outcome.notes.append(Message(kMpeg4UnderOldName, {codecName(*written)}));
+}
+
+/// Notes which items of a list MPEG-4 has no place for.
+void noteLost(jobs::WriteJob& job, const QList<AVMetadataItem>& items) {
+    QStringList lost;
+    for (const AVMetadataItem& item : items)
+        if (!item.source &&
+            itemTarget(item.effectiveIdentifier(), OutputContainer::M4A, false).place ==
+                ItemTarget::Place::Nowhere)
+            lost.append(id3FrameName(item));
+    lost.removeDuplicates();
+    if (!lost.isEmpty())
+        job.notes.append(Message(kTagsNotCarriedOver, {lost.join(QStringLiteral(", "))}));
+}
+
+bool isMpeg4(const AVURLAsset& asset) {
+    const Container container = asset.file()->facts().container;
+    return container == Container::Mp4 || container == Container::QuickTime;
+}
+
 /// The cover as an M4A file stores it; null when the source's own box is carried over.
 EncodedImage coverForM4a(const CoverPlan& cover, const QList<AVMetadataItem>& source,
                          platform::Notes& notes) {
@@ -198,13 +236,16 @@ std::optional<jobs::WriteJob> AudioMetadata::begin(const jobs::WriteRequest& req
 }
 
 void AudioMetadata::writeMp3(const jobs::WriteRequest& request, const QList<Id3TextFrame>& frames,
-                             const EncodedImage& cover, const QString& createdText) {
+                             const EncodedImage& cover, const QString& createdText,
+                             const QStringList& lost) {
     auto job = begin(request, createdText);
     if (!job)
         return;
-    const auto write = [source = job->source, output = job->output, frames,
-                        cover](const auto& progress) -> Result<platform::Notes> {
+    const auto write = [source = job->source, output = job->output, frames, cover,
+                        lost](const auto& progress) -> Result<platform::Notes> {
         platform::Notes notes;
+        if (!lost.isEmpty())
+            notes.append(Message(kTagsNotCarriedOver, {lost.join(QStringLiteral(", "))}));
         const auto tag = tagWithCover(frames, cover, notes);
         if (!tag)
             return tl::unexpected(tag.error());
@@ -227,7 +268,8 @@ void AudioMetadata::SetMp3MetadateItem_withDateStr(const jobs::WriteRequest& req
         return static_cast<void>(begin(request, {}));
     writeMp3(request, planMp3Save(*request.audioPane, dateText),
              planCover(*request.audioPane, *request.item).image,
-             dateText.isNull() ? createdTextOf(request) : dateText);
+             dateText.isNull() ? createdTextOf(request) : dateText,
+             framesLostInMp3(request.item->fileMetaArray));
 }
 
 void AudioMetadata::RemoveMp3metadataItem(const jobs::WriteRequest& request) {
@@ -254,11 +296,15 @@ void AudioMetadata::writeM4a(
     const auto asset = AVURLAsset::assetWithPath(job->source);
     if (!asset)
         return jobs::failJob(*job, asset.error());
+    if (!isMpeg4(*asset))
+        job->beforeReport = &noteMpeg4;
     auto session = std::make_shared<AVAssetExportSession>(
         *asset, QString::fromUtf16(AVAssetExportPresetPassthrough));
     session->setOutputPath(job->output);
     session->setOutputFileType(QString::fromUtf16(AVFileTypeAppleM4A));
-    session->setMetadata(plan(*job, shownFirst(asset->metadata(), *request.item)));
+    const auto items = plan(*job, shownFirst(asset->metadata(), *request.item));
+    noteLost(*job, items);
+    session->setMetadata(items);
     jobs::startSession(*job, session);
 }
 

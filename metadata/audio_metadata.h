@@ -54,8 +54,10 @@ private:
     /// jobs::beginJob().
     [[nodiscard]] std::optional<jobs::WriteJob> begin(const jobs::WriteRequest& request,
                                                       const QString& createdText);
+    /// `lost`: frames of the source that a note names.
     void writeMp3(const jobs::WriteRequest& request, const QList<platform::Id3TextFrame>& frames,
-                  const platform::EncodedImage& cover, const QString& createdText);
+                  const platform::EncodedImage& cover, const QString& createdText,
+                  const QStringList& lost = {});
     /// `plan` makes the items out of the source's.
     void writeM4a(const jobs::WriteRequest& request, const QString& createdText,
                   const std::function<QList<platform::AVMetadataItem>(

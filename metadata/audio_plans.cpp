@@ -3,9 +3,11 @@
 
 #include "media/fields.h"
 #include "metadata/metadata_keys.h"
+#include "platform/formats/mpeg/id3_contents.h"
 
 #include <QSet>
 
+#include <algorithm>
 #include <array>
 
 namespace clipheave::metadata {
@@ -169,6 +171,32 @@ QList<Id3TextFrame> planMp3Save(const media::AudioPane& pane, const QString& rec
             frames.append({row.frame, text});
     }
     return frames;
+}
+
+QStringList framesLostInMp3(const QList<AVMetadataItem>& source) {
+    // What the pane shows is written from there, be it as it stands or changed.
+    static const QSet<QString> kShown{
+        QStringLiteral("TIT2"), QStringLiteral("TIT3"), QStringLiteral("TPE1"),
+        QStringLiteral("TALB"), QStringLiteral("TRCK"), QStringLiteral("TCOM"),
+        QStringLiteral("TRDA"), QStringLiteral("TYER"), QStringLiteral("TCOP"),
+        QStringLiteral("TPUB"), QStringLiteral("TPE2"), QStringLiteral("COMM"),
+        QStringLiteral("TEXT")};
+    const bool hasPerformer = std::any_of(source.begin(), source.end(), [](const auto& item) {
+        return item.effectiveIdentifier() == u"id3/TPE1";
+    });
+    QStringList lost;
+    int images = 0;
+    for (const AVMetadataItem& item : source) {
+        const QString name = platform::id3FrameName(item);
+        const bool isStandIn = (name == u"TDRC" && item.stringValue().size() <= 4) ||
+                               (name == u"TOPE" && !hasPerformer);
+        const bool isSecondImage = name == u"APIC" && ++images > 1;
+        if (isSecondImage || (item.effectiveIdentifier().startsWith(u"id3/") && name != u"APIC" &&
+                              !isStandIn && !kShown.contains(name)))
+            lost.append(name);
+    }
+    lost.removeDuplicates();
+    return lost;
 }
 
 QList<Id3TextFrame> planMp3Removal(const media::AudioPane& pane) {

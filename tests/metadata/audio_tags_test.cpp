@@ -2,9 +2,11 @@
 // Audio files that other programs left odd: what a save and a removal make of them.
 #include "media/media_import.h"
 #include "metadata/messages.h"
+#include "platform/formats/messages.h"
 #include "tests/metadata/write_fixture.h"
 
 #include <QFile>
+#include <QJsonObject>
 
 namespace {
 
@@ -187,6 +189,52 @@ TEST_F(AudioTags, TagsOfAudioThatNobodyCanReadAreRead) {
     const auto item = read(path);
     EXPECT_EQ(item->fileTitle, u"T");
     EXPECT_FALSE(item->problem.isEmpty());
+}
+
+TEST_F(AudioTags, WhatAFixedMappingLosesIsNamedOnce) {
+    SKIP_WITHOUT("ffmpeg");
+    const QByteArray frames = id3Text("TIT2", "Old") + id3Text("TYER", "1999") +
+                              id3Text("TCON", "Rock") + id3Text("TPOS", "2/3") +
+                              id3Text("TXXX", QByteArray("Gain\0+1", 7)) + apic(kPngHead);
+    const QString mp3 = m_dir.write("a.mp3", id3Tag(3, frames) + testkit::mpegFrames());
+    written(mp3);
+    EXPECT_TRUE(m_outcome.notes.contains(
+        platform::Message(platform::kTagsNotCarriedOver, {u"TCON, TPOS, TXXX:Gain"_s})));
+    written(mp3, true);
+    EXPECT_FALSE(isNoted(platform::kTagsNotCarriedOver));
+    const QString wave = m_dir.path("a.wav"), m4a = m_dir.path("a.m4a");
+    testkit::ffmpeg("-f lavfi -i sine=duration=1", {wave});
+    testkit::ffmpeg("-f lavfi -i sine=duration=1", {m4a});
+    const platform::Message alac(kMpeg4UnderOldName, {u"ALAC"_s});
+    written(wave);
+    EXPECT_EQ(m_outcome.notes.count(alac), 1) << m_outcome.text();
+    written(wave, true);
+    EXPECT_EQ(m_outcome.notes.count(alac), 1) << m_outcome.text();
+    written(m4a);
+    EXPECT_FALSE(isNoted(kMpeg4UnderOldName));
+}
+
+TEST_F(AudioTags, AConversionCarriesWhatMpeg4Holds) {
+    SKIP_WITHOUT("ffmpeg");
+    const QString path = m_dir.path("a.aac");
+    testkit::ffmpeg("-f lavfi -i sine=duration=1", {path});
+    const QByteArray frames = id3Text("TDRC", "2004-05-06") + id3Text("TBPM", "120") +
+                              id3Text("TCMP", "1") + id3Text("TENC", "E") + id3Text("TPOS", "2/3") +
+                              id3Frame("USLT", QByteArray("\3engL\0words", 11)) +
+                              id3Text("TXXX", QByteArray("Gain\0+1", 7)) + id3Frame("POPM", "mail");
+    m_dir.write("a.aac", id3Tag(4, frames) + TempDir::read(path));
+    written(path);
+    const QJsonObject tags =
+        testkit::ffprobe(outputOf(path))[u"format"].toObject()[u"tags"].toObject();
+    const std::pair<const char*, const char*> kept[] = {{"date", "2004-05-06"}, {"tmpo", "120"},
+                                                        {"compilation", "1"},   {"disc", "2/3"},
+                                                        {"lyrics", "words"},    {"Gain", "+1"}};
+    for (const auto& [name, text] : kept)
+        EXPECT_EQ(tags[QLatin1String(name)].toVariant().toString(), QLatin1String(text)) << name;
+    EXPECT_EQ(testkit::exiftool("-s3 -EncodedBy %", {outputOf(path)}), "E");
+    EXPECT_TRUE(
+        m_outcome.notes.contains(platform::Message(platform::kTagsNotCarriedOver, {u"POPM"_s})))
+        << m_outcome.text();
 }
 
 } // namespace

@@ -82,14 +82,6 @@ Presence presenceOf(const QByteArrayList& entries, const QByteArrayList& names,
     return presence;
 }
 
-/// "TIT2"; of user texts with their description.
-QString frameName(const AVMetadataItem& item) {
-    if (!item.identifier.startsWith(kUserText))
-        return item.key.left(4);
-    return QStringLiteral("TXXX:") + QString::fromUtf8(QByteArray::fromPercentEncoding(
-                                         item.identifier.mid(kUserText.size()).toLatin1()));
-}
-
 /// Returns whether the text stands in the comments now.
 bool takeText(const AVMetadataItem& item, const QByteArrayList& present, QByteArrayList& comments,
               qsizetype& room) {
@@ -117,7 +109,7 @@ FlacForeignTag readFlacForeignTag(FileReader& reader, const ByteRange& tag,
         if (item.identifier == kImage)
             ++images;
         else if (!takeText(item, present, foreign.comments, room))
-            foreign.notCarried.append(frameName(item));
+            foreign.notCarried.append(id3FrameName(item));
     }
     if (images > 0 && !hasPicture)
         foreign.cover = artworkOf(reader, items);

@@ -185,6 +185,11 @@ Id3Contents readId3(const ByteRange& range) {
     return {std::min(header->totalSize, range.size()), list.take()};
 }
 
+QString id3FrameName(const AVMetadataItem& item) {
+    const QByteArray name = item.effectiveIdentifier().toLatin1();
+    return QString::fromUtf8(QByteArray::fromPercentEncoding(name.mid(name.indexOf('/') + 1)));
+}
+
 EncodedImage artworkOf(FileReader& reader, const QList<AVMetadataItem>& items) {
     for (auto it = items.crbegin(); it != items.crend(); ++it) {
         if (it->identifier != QLatin1String("id3/APIC"))

@@ -23,6 +23,9 @@ struct Id3Contents {
 };
 [[nodiscard]] Id3Contents readId3(const ByteRange& range);
 
+/// Returns how people know the frame of an item: "TPOS", with a description "TXXX:Gain".
+[[nodiscard]] QString id3FrameName(const AVMetadataItem& item);
+
 /// The image of the last "id3/APIC" item; null when there is none.
 [[nodiscard]] EncodedImage artworkOf(FileReader& reader, const QList<AVMetadataItem>& items);
 

@@ -298,7 +298,11 @@ std::string_view translated(std::string_view identifier, OutputContainer contain
 ItemTarget itemTarget(const QString& identifier, OutputContainer container, bool carried) {
     const QByteArray latin = identifier.toLatin1();
     const std::string_view wanted = carried ? viewOf(latin) : translated(viewOf(latin), container);
-    const QByteArray name(wanted.data(), static_cast<qsizetype>(wanted.size()));
+    QByteArray name(wanted.data(), static_cast<qsizetype>(wanted.size()));
+    // User texts (ReplayGain, MusicBrainz) by the names that players look for.
+    constexpr QByteArrayView kUserText("id3/TXXX%3A");
+    if (!carried && name.startsWith(kUserText))
+        name.replace(0, kUserText.size(), "itlk/com.apple.iTunes.");
     const qsizetype slash = name.indexOf('/');
     const QByteArray space = name.left(slash);
     ItemTarget target;
