@@ -108,7 +108,7 @@ void JsonWriter::appendString(QStringView text) {
 
 JsonWriter& JsonWriter::number(double value) {
     separate();
-    m_out += std::isfinite(value) ? platform::describeNumber(value).toLatin1() : QByteArray("null");
+    m_out += std::isfinite(value) ? platform::plainDecimals(value).toLatin1() : QByteArray("null");
     return *this;
 }
 

@@ -26,14 +26,9 @@ bool isOtherKindsField(const QString& name) {
 constexpr char16_t kDateAlert[] =
     u"Invalid date format: Input the valid date format: YYYY:MM:DD HH:MM:SS or YYYY-MM-DD HH:MM:SS";
 
-bool isPlainNumber(const QString& text) {
-    bool ok = false;
-    text.trimmed().toDouble(&ok);
-    return ok;
-}
-
 /// Returns why no file can take the values; null when some can.
 QString usageFault(const SaveOptions& options) {
+    media::VideoPane typed;
     for (const auto& [name, text] : options.set) {
         const media::Field* field = media::videoField(name);
         if (!field && !media::audioField(name) && !isOtherKindsField(name))
@@ -41,9 +36,10 @@ QString usageFault(const SaveOptions& options) {
         if (field && QLatin1String(field->names.plain) == u"created" &&
             !platform::parseDateText(text))
             return QString::fromUtf16(kDateAlert);
-        if (field && QLatin1String(field->names.plain).endsWith(u"tude") && !text.isEmpty() &&
-            !isPlainNumber(text))
-            return QStringLiteral("%1 takes a number, not \"%2\"").arg(name, text);
+        if (field)
+            media::typeIntoField(typed, *field, text);
+        if (const auto fault = metadata::positionFault(typed.texts))
+            return fault->text();
     }
     return {};
 }

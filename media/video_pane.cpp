@@ -12,7 +12,7 @@ namespace {
 QString signedText(const QString& sign, double value) {
     if (sign.isEmpty())
         return shownText({});
-    return platform::describeNumber(sign == u"-" ? -value : value);
+    return platform::plainDecimals(sign == u"-" ? -value : value);
 }
 
 } // namespace

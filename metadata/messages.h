@@ -18,6 +18,9 @@ inline constexpr platform::MessageCode kCoverLeftOut{"cover-left-out"};         
 /// Another container than the name says: the codec.
 inline constexpr platform::MessageCode kMpeg4UnderOldName{"mpeg4-under-old-name"};
 inline constexpr platform::MessageCode kArtworkCopyNotWritten{"artwork-copy-not-written"};
+inline constexpr platform::MessageCode kLatitudeNotInRange{"latitude-not-in-range"};   ///< text
+inline constexpr platform::MessageCode kLongitudeNotInRange{"longitude-not-in-range"}; ///< text
+inline constexpr platform::MessageCode kAltitudeNotInRange{"altitude-not-in-range"};   ///< text
 
 // Fields that the file has no place for.
 inline constexpr platform::MessageCode kKeywordsNotStored{"keywords-not-stored"};

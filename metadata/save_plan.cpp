@@ -1,13 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "media/position_text.h"
+#include "metadata/messages.h"
 #include "metadata/video_fields.h"
 
 #include <QSet>
+
+#include <tuple>
+#include <utility>
 
 namespace clipheave::metadata {
 
 namespace {
 
 using media::PaneTexts;
+using media::PositionPart;
 using platform::AVMetadataItem;
 
 AVMetadataItem itemOf(const VideoTextRow& row, const QString& text) {
@@ -49,15 +55,20 @@ bool appendDates(const media::VideoPane& pane, const QList<AVMetadataItem>& sour
     return quickTime;
 }
 
+bool writesPosition(const media::VideoPane& pane) {
+    const PaneTexts& texts = pane.texts;
+    if (texts.mediaLatitude.isEmpty() || texts.mediaLongtitude.isEmpty())
+        return false;
+    return texts.mediaLatitude != pane.shown.shownLatitude ||
+           texts.mediaLongtitude != pane.shown.shownLongtitude ||
+           texts.mediaAatitude != pane.shown.shownAtitude;
+}
+
 /// A position that was not touched is carried over with the source's own item, which may be more
 /// precise and hold a place name.
 void appendLocation(const media::VideoPane& pane, QList<AVMetadataItem>& items) {
     const PaneTexts& texts = pane.texts;
-    if (texts.mediaLatitude.isEmpty() || texts.mediaLongtitude.isEmpty())
-        return;
-    if (texts.mediaLatitude == pane.shown.shownLatitude &&
-        texts.mediaLongtitude == pane.shown.shownLongtitude &&
-        texts.mediaAatitude == pane.shown.shownAtitude)
+    if (!writesPosition(pane))
         return;
     items.append(newMetadataItem(
         kKeySpaceISOUserData, u"loci", u"uiso/loci",
@@ -74,10 +85,31 @@ void appendArtwork(const media::VideoPane& pane, QList<AVMetadataItem>& items) {
 
 } // namespace
 
+std::optional<platform::Message> positionFault(const PaneTexts& texts) {
+    for (const auto& [text, part, fault] : {
+             std::tuple(&PaneTexts::mediaLatitude, PositionPart::Latitude, kLatitudeNotInRange),
+             std::tuple(&PaneTexts::mediaLongtitude, PositionPart::Longitude, kLongitudeNotInRange),
+             std::tuple(&PaneTexts::mediaAatitude, PositionPart::Altitude, kAltitudeNotInRange),
+         }) {
+        const QString& typed = texts.*text;
+        if (!typed.isEmpty() && !media::positionNumber(typed, part))
+            return platform::Message(fault, {typed});
+    }
+    return std::nullopt;
+}
+
+std::optional<platform::Message> savedPositionFault(const media::VideoPane& pane) {
+    return writesPosition(pane) ? positionFault(pane.texts) : std::nullopt;
+}
+
 QString locationText(const QString& latitude, const QString& longitude, const QString& altitude) {
     QString text;
-    for (const QString& number : {latitude, longitude, altitude})
+    for (const auto& [typed, part] : {std::pair(latitude, PositionPart::Latitude),
+                                      std::pair(longitude, PositionPart::Longitude),
+                                      std::pair(altitude, PositionPart::Altitude)}) {
+        const QString number = media::positionNumber(typed, part).value_or(typed);
         text += number.contains(u'-') ? number : u'+' + number;
+    }
     return text;
 }
 

@@ -67,6 +67,9 @@ void VideoMetadata::SaveMeidaFileChangesAction(const jobs::WriteRequest& request
 }
 
 void VideoMetadata::SaveChangedVideoExifDateAction(const jobs::WriteRequest& request) {
+    if (!isMaterialExchange(request.item->filePath))
+        if (const auto fault = savedPositionFault(request.pane))
+            return refuse(request, *fault);
     m_run.paths().protect({request.item->filePath});
     const auto job = begin(request, m_run.paths().claim(jobs::flatOutputPath(request)));
     if (!job)

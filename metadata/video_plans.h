@@ -3,9 +3,12 @@
 
 #include "jobs/write_job.h"
 #include "media/video_pane.h"
+#include "platform/foundation/message.h"
 
 #include <QList>
 #include <QString>
+
+#include <optional>
 
 // What each writer of videos puts into its output. Pure, so that a front can show it and tests
 // check it without a file.
@@ -33,8 +36,15 @@ planVideoTitle(const QString& title, const QList<platform::AVMetadataItem>& sour
 [[nodiscard]] jobs::MetadataPlan
 planVideoDate(const QString& dateText, const QList<platform::AVMetadataItem>& sourceMetadata);
 
-/// "+31.2304+121.4737+12.5": each text without a "-" gets a "+" in front. An empty altitude leaves
-/// a lone "+" at the end.
+/// Returns why the position of a pane cannot be stored: the first text, other than an empty one,
+/// that is no number in range. Nothing when there is none.
+[[nodiscard]] std::optional<platform::Message> positionFault(const media::PaneTexts& texts);
+/// The same for what planVideoSave() would write: a position that stays as it was shown, or of
+/// which a half is missing, has no fault.
+[[nodiscard]] std::optional<platform::Message> savedPositionFault(const media::VideoPane& pane);
+
+/// Returns "+31.2304+121.4737+12.5": each text without a "-" gets a "+" in front, numbers stand in
+/// the form of media::positionNumber(). An empty altitude leaves a lone "+" at the end.
 [[nodiscard]] QString locationText(const QString& latitude, const QString& longitude,
                                    const QString& altitude);
 

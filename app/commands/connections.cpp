@@ -6,14 +6,31 @@
 #include "app/panes/detail_pane.h"
 #include "app/windows/main_window.h"
 #include "media/fields.h"
+#include "media/position_text.h"
 #include "metadata/video_metadata.h"
 #include "platform/foundation/text.h"
 
 namespace clipheave::app {
 
+namespace {
+
+VideoPaneView::LocationCaption locationCaption(const media::PaneTexts& texts) {
+    if (const auto fault = metadata::positionFault(texts))
+        return {fault->text(), true};
+    return {metadata::locationText(texts.mediaLatitude, texts.mediaLongtitude, texts.mediaAatitude),
+            false};
+}
+
+/// Degrees of a position field; 0 when it holds none.
+double degreesIn(const QString& typed, media::PositionPart part) {
+    return platform::doubleValue(media::positionNumber(typed, part).value_or(QString()));
+}
+
+} // namespace
+
 void AppDelegate::connectPanes() {
     DetailPane* pane = m_window->detailPane();
-    pane->setLocationTextRule(&metadata::locationText);
+    pane->setLocationTextRule(&locationCaption);
     connect(pane, &DetailPane::fieldEditingBegan, this,
             [this](const QString& field) { control_textShouldBeginEditing(field); });
     connect(pane, &DetailPane::revealRequested, this, &AppDelegate::revealCurrentItem);
@@ -55,8 +72,9 @@ bool AppDelegate::control_textShouldBeginEditing(const QString& field) {
     if (field == u"mediaLatitude" || field == u"mediaLongtitude") {
         m_pane->flags.gpsInfoChange = true;
         const media::VideoPane pane = m_window->detailPane()->videoPane();
-        m_pane->currentCoords = {platform::doubleValue(pane.texts.mediaLatitude),
-                                 platform::doubleValue(pane.texts.mediaLongtitude)};
+        m_pane->currentCoords = {
+            degreesIn(pane.texts.mediaLatitude, media::PositionPart::Latitude),
+            degreesIn(pane.texts.mediaLongtitude, media::PositionPart::Longitude)};
     }
     return true;
 }

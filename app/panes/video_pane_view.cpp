@@ -14,6 +14,7 @@
 #include "app/widgets/token_label.h"
 #include "media/fact_lines.h"
 #include "media/fields.h"
+#include "media/position_text.h"
 #include "platform/foundation/text.h"
 #include "platform/player/mpv_player.h"
 
@@ -29,8 +30,16 @@ constexpr int kArtworkSide = 124, kFactGap = 12;
 constexpr int kPositionLabel = 64, kPositionField = 100, kPositionGap = 16;
 constexpr int kMarkSide = 12;
 
-double signedNumber(const QString& text) {
-    return platform::doubleValue(text);
+std::optional<double> degreesOf(const EditField* field, media::PositionPart part) {
+    const auto number = media::positionNumber(field->text(), part);
+    return number ? std::optional(platform::doubleValue(*number)) : std::nullopt;
+}
+
+/// The letter behind a number of degrees; none behind what is no number.
+QString letterOf(std::optional<double> degrees, const QString& negative, const QString& positive) {
+    if (!degrees)
+        return {};
+    return *degrees < 0 ? negative : positive;
 }
 
 } // namespace
@@ -235,28 +244,32 @@ void VideoPaneView::refreshChanges() {
     m_tags->setNote(changed > 0 ? tr("%1 changed").arg(changed) : QString());
 }
 
+std::optional<double> VideoPaneView::latitude() const {
+    return degreesOf(m_latitude, media::PositionPart::Latitude);
+}
+
+std::optional<double> VideoPaneView::longitude() const {
+    return degreesOf(m_longitude, media::PositionPart::Longitude);
+}
+
 void VideoPaneView::refreshLocation() {
-    const QString latitude = m_latitude->text(), longitude = m_longitude->text();
-    m_latitude->setSuffix(latitude.isEmpty()           ? QString()
-                          : signedNumber(latitude) < 0 ? tr("S")
-                                                       : tr("N"));
-    m_longitude->setSuffix(longitude.isEmpty()           ? QString()
-                           : signedNumber(longitude) < 0 ? tr("W")
-                                                         : tr("E"));
-    const bool whole = !latitude.isEmpty() && !longitude.isEmpty() && m_locationRule;
-    m_location->setWholeText(whole ? m_locationRule(latitude, longitude, m_altitude->text())
-                                   : QString());
-    m_locationMark->setVisible(whole);
+    m_latitude->setSuffix(letterOf(latitude(), tr("S"), tr("N")));
+    m_longitude->setSuffix(letterOf(longitude(), tr("W"), tr("E")));
+    const media::PaneTexts texts = pane().texts;
+    const bool whole = !texts.mediaLatitude.isEmpty() && !texts.mediaLongtitude.isEmpty();
+    const LocationCaption caption =
+        whole && m_locationRule ? m_locationRule(texts) : LocationCaption{};
+    m_location->setWholeText(caption.text);
+    m_locationMark->setVisible(!caption.text.isEmpty() && !caption.isFault);
 }
 
 void VideoPaneView::showPosition() {
     m_map->removeAllAnnotations();
-    if (m_latitude->text().isEmpty() || m_longitude->text().isEmpty())
+    const auto north = latitude(), east = longitude();
+    if (!north || !east)
         return m_map->clearPosition();
-    const double latitude = signedNumber(m_latitude->text()),
-                 longitude = signedNumber(m_longitude->text());
-    m_map->setCentre(latitude, longitude);
-    m_map->addAnnotation(latitude, longitude);
+    m_map->setCentre(*north, *east);
+    m_map->addAnnotation(*north, *east);
 }
 
 } // namespace clipheave::app

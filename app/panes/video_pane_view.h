@@ -8,6 +8,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 class QBoxLayout;
@@ -32,8 +33,13 @@ class TokenIcon;
 class VideoPaneView : public QWidget {
     Q_OBJECT
 public:
-    /// Returns the text of a position from the texts of latitude, longitude and altitude.
-    using LocationRule = std::function<QString(const QString&, const QString&, const QString&)>;
+    /// The line below the position fields.
+    struct LocationCaption {
+        QString text;
+        bool isFault = false; ///< why the position cannot be saved
+    };
+    /// Returns what a save makes of the position texts of a pane.
+    using LocationRule = std::function<LocationCaption(const media::PaneTexts&)>;
 
     explicit VideoPaneView(QWidget* parent = nullptr);
 
@@ -68,6 +74,9 @@ private:
     void refreshChanges();
     void refreshLocation();
     void showPosition();
+    /// Degrees as a save takes them; nothing for a text that it refuses.
+    [[nodiscard]] std::optional<double> latitude() const;
+    [[nodiscard]] std::optional<double> longitude() const;
 
     PlayerCard* m_player;
     QVBoxLayout* m_column;

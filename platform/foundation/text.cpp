@@ -141,6 +141,15 @@ QString describeNumber(double value) {
     return QString::fromLatin1(buffer.data(), result.ptr - buffer.data());
 }
 
+QString plainDecimals(double value) {
+    if (!std::isfinite(value) || value == 0)
+        return describeNumber(value);
+    std::array<char, 400> buffer{}; // the longest: the smallest double, 324 decimals
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                      std::chars_format::fixed);
+    return QString::fromLatin1(buffer.data(), result.ptr - buffer.data());
+}
+
 int compareNumeric(QStringView a, QStringView b, bool caseInsensitive) {
     qsizetype i = 0;
     qsizetype j = 0;

@@ -17,6 +17,9 @@ namespace clipheave::platform {
 /// The "%@" form of a number: integers without decimals, others in the shortest form that reads
 /// back (44100 -> "44100", 44100.5 -> "44100.5").
 [[nodiscard]] QString describeNumber(double value);
+/// Returns the shortest decimals that read back, without an exponent (0.00001 -> "0.00001"); "nan",
+/// "inf" and "-inf" as describeNumber().
+[[nodiscard]] QString plainDecimals(double value);
 /// -1, 0 or 1. Digit runs compare by value, leading zeros ignored ("file2" before "file10");
 /// other characters by code point, folded first when `caseInsensitive`.
 [[nodiscard]] int compareNumeric(QStringView a, QStringView b, bool caseInsensitive);

@@ -158,6 +158,9 @@ TEST_F(Cli, ExitStatusesSayWhatHappened) {
     const RunResult badDate = save("--set created=yesterday", {video});
     EXPECT_EQ(badDate.exitCode, 2);
     EXPECT_TRUE(badDate.err.contains("Invalid date format"));
+    const RunResult farAway = save("--set latitude=500 --set longitude=1", {video});
+    EXPECT_EQ(farAway.exitCode, 2);
+    EXPECT_TRUE(farAway.err.contains("from -90 to 90")) << farAway.err;
     const RunResult nothing = cli("list", {sample("Photos")});
     EXPECT_EQ(nothing.exitCode, 3);
     EXPECT_TRUE(nothing.err.contains("No Item has been selected"));

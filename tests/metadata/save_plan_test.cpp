@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "media/fields.h"
+#include "metadata/messages.h"
 #include "metadata/video_metadata.h"
 
 #include "tests/testkit/items.h"
@@ -95,6 +96,36 @@ TEST(SavePlan, LocationTextIsBuiltFromThePane) {
     const auto untouched = metadata::planVideoSave(
         paneOf(placed, {{"title", "t"}}), {itemOf("uiso/loci", "-01.5000-001.5000-001.500/")});
     EXPECT_EQ(linesOf(untouched), u"itsk/%A9nam=t, uiso/loci=-01.5000-001.5000-001.500/");
+}
+
+TEST(SavePlan, APositionIsANumberInRange) {
+    const struct {
+        const char *latitude, *longitude, *altitude, *text;
+    } typed[] = {
+        {"+31.2", "+121.4", "+5", "+31.2+121.4+5"},
+        {"1e-5", "-1.5E2", "1e1", "+0.00001-150+10"},
+        {" 63,4043 ", "\u22122,5", "-0,5", "+63.4043-2.5-0.5"},
+        {"-90.", ".5", "", "-90+0.5+"},
+        {"31.20", "007.5", "0", "+31.20+007.5+0"}, // as typed
+    };
+    for (const auto& [latitude, longitude, altitude, text] : typed) {
+        const auto pane =
+            paneOf({}, {{"latitude", latitude}, {"longitude", longitude}, {"altitude", altitude}});
+        EXPECT_FALSE(metadata::savedPositionFault(pane)) << text;
+        EXPECT_EQ(linesOf(metadata::planVideoSave(pane, {})),
+                  u"uiso/loci="_s + QLatin1String(text));
+    }
+    for (const char* latitude : {"nan", "90.1", "--1", "1-2", "1.2.3", "5 N", "+", "1e999", "0x10"})
+        EXPECT_EQ(
+            metadata::savedPositionFault(paneOf({}, {{"latitude", latitude}, {"longitude", "1"}})),
+            platform::Message(metadata::kLatitudeNotInRange, {QString::fromUtf8(latitude)}));
+    media::IKImageItem tiny; // a position as stored is shown without an exponent
+    tiny.latitudeFormat = tiny.longtitudeFormat = tiny.AtitudeFormat = u"+"_s;
+    tiny.filelatitude = 1e-5;
+    EXPECT_EQ(linesOf(metadata::planVideoSave(paneOf(tiny, {{"longitude", "7"}}), {})),
+              u"uiso/loci=+0.00001+7+0");
+    tiny.filelatitude = 500; // nor is one refused that stays as it is
+    EXPECT_FALSE(metadata::savedPositionFault(paneOf(tiny, {{"title", "t"}})));
 }
 
 } // namespace

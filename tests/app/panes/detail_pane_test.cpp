@@ -75,8 +75,9 @@ media::IKImageItem audioFile() {
     return item;
 }
 
-QString joined(const QString& latitude, const QString& longitude, const QString& altitude) {
-    return latitude + u'|' + longitude + u'|' + altitude;
+VideoPaneView::LocationCaption joined(const media::PaneTexts& texts) {
+    const QStringList numbers{texts.mediaLatitude, texts.mediaLongtitude, texts.mediaAatitude};
+    return {numbers.join(u'|'), false};
 }
 
 class Panes : public testing::Test {
@@ -236,6 +237,10 @@ TEST_F(Panes, ThePositionIsWrittenOutAndMovesTheMap) {
     ASSERT_THAT(map->annotations(), testing::SizeIs(1));
     EXPECT_NEAR(map->annotations().first().longitude, 151.25, 1e-9);
     EXPECT_NEAR(map->centre().longitude, 151.25, 1e-6);
+    field("mediaLongtitude")->selectAll();
+    type("mediaLongtitude", u"181"_s);
+    EXPECT_EQ(field("mediaLongtitude")->suffix(), QString());
+    EXPECT_FALSE(map->hasPosition());
 
     media::IKImageItem nowhere = video();
     nowhere.latitudeFormat = nowhere.longtitudeFormat = QString();
