@@ -155,7 +155,8 @@ Result<RenameJournal> RenameJournal::create(std::vector<JournalMove> moves) {
     // Locked before it gets its name, so that no process mistakes it for an ended job.
     // The lock belongs to what the two descriptors share.
     journal.m_fd.reset(::fcntl(file->fd(), F_DUPFD_CLOEXEC, 0));
-    if (!journal.m_fd || ::fchmod(file->fd(), 0600) != 0 || !lockJournal(file->fd()))
+    file->setPermissions(0600);
+    if (!journal.m_fd || !lockJournal(file->fd()))
         return platform::systemFailure(kCreateJournal, journal.m_path, errno);
     if (const Result<void> written = file->write(planText(moves)); !written)
         return tl::unexpected(written.error());

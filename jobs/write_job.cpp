@@ -3,6 +3,7 @@
 
 #include "jobs/messages.h"
 
+#include "platform/foundation/exact_dates.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
@@ -33,6 +34,7 @@ void finish(const WriteJob& job, WriteStatus status, const std::optional<Error>&
 void setOutputDates(const WriteJob& job, Notes& notes) {
     const auto stored = NSFileManager::defaultManager().setAttributes(
         job.output, job.dates.creation, job.dates.modification);
+    restoreExactDates(job.source, job.output);
     if (!stored)
         notes.append(stored.error().text());
     else if (*stored == CreationDateStored::NotStoredHere)

@@ -116,6 +116,7 @@ Result<Notes> writeGif(const QString& source, const QString& target, const Progr
         log(LogLevel::Info, QStringLiteral("Failed to create GIF destination"), source);
         return tl::unexpected(destination.error());
     }
+    CGImageDestinationTakePermissionsOf(**destination, source);
     std::size_t frames = 0;
     FrameFailures failures;
     for (int second = 0; second < duration; ++second) {
@@ -145,8 +146,10 @@ Result<Notes> writeGif(const QString& source, const QString& target, const Progr
     return Notes{{kFramesSkipped, {QString::number(failures.count())}}};
 }
 
-/// The frame as TIFF under `path`, with the dates of the video. The new name is not durable yet.
-Result<void> writeTiff(const QString& path, const RawFrame& frame, const FileAttributes& dates) {
+/// The frame as TIFF under `path`, with the dates and permissions of the video. The new name is not
+/// durable yet.
+Result<void> writeTiff(const QString& path, const RawFrame& frame, const QString& video,
+                       const FileAttributes& dates) {
     const DeferredFolderSyncs deferred;
     const auto bytes = TIFFRepresentation(frame);
     if (!bytes)
@@ -155,6 +158,7 @@ Result<void> writeTiff(const QString& path, const RawFrame& frame, const FileAtt
     auto file = AtomicFile::create(path, static_cast<std::uint64_t>(bytes->size()));
     if (!file)
         return tl::unexpected(file.error());
+    file->takePermissionsOf(FileReference::ofPath(video));
     if (auto written = file->write(*bytes); !written)
         return written;
     const auto dated = NSFileManager::defaultManager().setAttributesOfOpenFile(
@@ -242,9 +246,10 @@ private:
         if (auto before = awaitWriting(); !before)
             return before;
         m_writingPath = path;
-        m_writing = std::async(std::launch::async, [path, frame, dates = m_dates] {
-            return writeTiff(path, frame, dates);
-        });
+        m_writing =
+            std::async(std::launch::async, [path, frame, video = m_source, dates = m_dates] {
+                return writeTiff(path, frame, video, dates);
+            });
         return {};
     }
 

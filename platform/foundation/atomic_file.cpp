@@ -8,6 +8,9 @@
 #include "platform/foundation/messages.h"
 #include "platform/foundation/paths.h"
 #include "platform/foundation/temporaries.h"
+#include "platform/foundation/unchanged_files.h"
+
+#include <QFile>
 
 #include <algorithm>
 #include <array>
@@ -40,17 +43,31 @@ QString withoutLinks(const QString& path) {
     return real ? pathFromNative(real.get()) : path;
 }
 
-/// A file that is replaced keeps who may read and write it.
-void adoptPermissions(int fd, const QString& target) {
+/// The permissions that this process gives a new file. Read from proc(5): umask(2) would change the
+/// mask for a moment, in which another thread may make a file.
+mode_t permissionsOfNewFiles() {
+    static const mode_t permissions = [] {
+        QFile status(QStringLiteral("/proc/self/status"));
+        if (status.open(QIODevice::ReadOnly))
+            for (const QByteArray& line : status.readAll().split('\n'))
+                if (line.startsWith("Umask:"))
+                    return 0666 & ~line.mid(6).trimmed().toUInt(nullptr, 8);
+        return 0600U;
+    }();
+    return permissions;
+}
+
+/// Returns the permissions of a file that is replaced, and makes `fd` belong to whom that belongs.
+mode_t permissionsAt(const QString& target, int fd) {
     struct stat old {};
     if (::stat(nativePath(target).constData(), &old) != 0 || !S_ISREG(old.st_mode))
-        return;
+        return permissionsOfNewFiles();
     // Only the superuser may give files away, and a group must be one's own. Members of another
     // group must not come by the rights of the old one.
     const bool sameGroup = ::fchown(fd, old.st_uid, old.st_gid) == 0 ||
                            ::fchown(fd, static_cast<uid_t>(-1), old.st_gid) == 0;
     const mode_t group = sameGroup ? 0 : S_IRWXG;
-    ::fchmod(fd, old.st_mode & 0777 & ~group); // fails only where there are no permissions
+    return old.st_mode & 0777 & ~group;
 }
 
 /// Bytes written, all of them; errno otherwise.
@@ -144,14 +161,14 @@ Result<AtomicFile> AtomicFile::create(const QString& target, std::uint64_t sizeH
         const QString temporary = temporaryNameBeside(file.m_target);
         file.m_fd.reset(::openat(file.m_folder.get(),
                                  nativePath(lastPathComponent(temporary)).constData(),
-                                 O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
+                                 O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
         if (!file.m_fd && errno != EEXIST)
             return systemFailure(operation, target, errno);
         file.m_temporary = temporary;
     }
     if (!file.m_fd)
         return systemFailure(operation, target, EEXIST);
-    adoptPermissions(file.m_fd.get(), file.m_target);
+    file.m_mode = permissionsAt(file.m_target, file.m_fd.get());
     if (sizeHint >= kWorthReserving) {
         if (const Result<void> reserved = file.reserve(sizeHint); !reserved)
             return tl::unexpected(reserved.error());
@@ -161,9 +178,9 @@ Result<AtomicFile> AtomicFile::create(const QString& target, std::uint64_t sizeH
 
 AtomicFile::AtomicFile(AtomicFile&& other) noexcept
     : m_target(std::exchange(other.m_target, {})),
-      m_temporary(std::exchange(other.m_temporary, {})), m_folder(std::move(other.m_folder)),
-      m_fd(std::move(other.m_fd)), m_position(other.m_position), m_reserved(other.m_reserved),
-      m_dates(other.m_dates) {
+      m_temporary(std::exchange(other.m_temporary, {})), m_mode(other.m_mode),
+      m_folder(std::move(other.m_folder)), m_fd(std::move(other.m_fd)),
+      m_position(other.m_position), m_reserved(other.m_reserved), m_dates(other.m_dates) {
 }
 
 AtomicFile& AtomicFile::operator=(AtomicFile&& other) noexcept {
@@ -172,6 +189,7 @@ AtomicFile& AtomicFile::operator=(AtomicFile&& other) noexcept {
     discard();
     m_target = std::exchange(other.m_target, {});
     m_temporary = std::exchange(other.m_temporary, {});
+    m_mode = other.m_mode;
     m_folder = std::move(other.m_folder);
     m_fd = std::move(other.m_fd);
     m_position = other.m_position;
@@ -247,6 +265,16 @@ Result<void> AtomicFile::copyFrom(int sourceFd, std::uint64_t offset, std::uint6
     return {};
 }
 
+void AtomicFile::takePermissionsOf(const FileReference& source) {
+    struct statx theirs {};
+    struct statx own {};
+    if (source.status(theirs) != 0 || FileReference::ofDescriptor(m_fd.get()).status(own) != 0)
+        return;
+    m_mode = theirs.stx_mode & 0777;
+    if (theirs.stx_gid != own.stx_gid)
+        m_mode &= ~static_cast<mode_t>(S_IRWXG) | (m_mode & S_IRWXO) << 3;
+}
+
 void AtomicFile::copyExtendedAttributes(int sourceFd, Attributes which) {
     const auto source = FileReference::ofDescriptor(sourceFd);
     const auto own = FileReference::ofDescriptor(m_fd.get());
@@ -270,6 +298,7 @@ Result<void> AtomicFile::commit(NSFileManager::IfExists ifExists) {
         return systemFailure(operation, m_target, errno);
     if (const int error = makeDurable(m_fd.get()))
         return systemFailure(operation, m_target, error);
+    ::fchmod(m_fd.get(), m_mode); // fails only where there are no permissions
     // As late as can be: an old date would make the temporary look like a left-over.
     if (m_dates && ::futimens(m_fd.get(), m_dates->data()) != 0)
         return systemFailure(kCopyDates, m_target, errno);
@@ -294,6 +323,7 @@ Result<AtomicFile> AtomicFile::copyOf(const QString& from, const QString& to,
     const Result<FileReader> source = FileReader::open(from);
     if (!source)
         return tl::unexpected(source.error());
+    const UnchangedFiles unchanged(*source);
     Result<AtomicFile> copy = create(to, source->size());
     if (!copy)
         return copy;
@@ -303,9 +333,12 @@ Result<AtomicFile> AtomicFile::copyOf(const QString& from, const QString& to,
     };
     if (const Result<void> copied = copy->copyFrom(source->fd(), 0, source->size(), goOn); !copied)
         return tl::unexpected(copied.error());
+    if (const Result<void> same = unchanged.check(); !same)
+        return tl::unexpected(same.error());
     struct stat status {};
-    if (::fstat(source->fd(), &status) != 0 || ::fchmod(copy->fd(), status.st_mode & 0777) != 0)
-        return systemFailure(kCopyPermissions, to, errno);
+    if (::fstat(source->fd(), &status) != 0)
+        return systemFailure(kCopyDates, from, errno);
+    copy->takePermissionsOf(FileReference::ofDescriptor(source->fd()));
     copy->copyExtendedAttributes(source->fd());
     copy->m_dates = std::array<timespec, 2>{status.st_atim, status.st_mtim};
     return copy;

@@ -2,22 +2,25 @@
 #pragma once
 
 #include "platform/foundation/file_manager.h"
+#include "platform/foundation/file_system.h"
 #include "platform/foundation/handles.h"
 
 #include <array>
 #include <ctime>
+#include <sys/types.h>
 
 namespace clipheave::platform {
 
 /// A file that comes into being in one step. The bytes go to a hidden temporary file in the
-/// target's folder (".clipheave-<pid>-<random>.tmp"); commit() makes them durable and renames.
+/// target's folder (".clipheave-<pid>-<random>.tmp"), which nobody else can read; commit() makes
+/// them durable and renames.
 /// Dropped without commit() nothing is left. Left-over temporaries of dead processes are removed by
 /// removeStaleTemporaries().
 class AtomicFile {
 public:
     /// `sizeHint` bytes, from 1 MiB on, are reserved when known, so that a full disk is found at
     /// once and the file is not fragmented. A link is followed. A file that is replaced hands on
-    /// its permissions.
+    /// its permissions; another gets those of a new file.
     [[nodiscard]] static Result<AtomicFile> create(const QString& target,
                                                    std::uint64_t sizeHint = 0);
     /// The bytes of `from` with its extended attributes, permissions and dates, not committed yet.
@@ -40,6 +43,12 @@ public:
     /// (Cancelled).
     [[nodiscard]] Result<void> copyFrom(int sourceFd, std::uint64_t offset, std::uint64_t length,
                                         const std::function<bool(std::uint64_t)>& progress = {});
+    /// Sets the permissions that the file gets with its name, whatever it replaces.
+    void setPermissions(mode_t mode) { m_mode = mode; }
+    /// Gives the file the permissions of `source` when it gets its name, whatever it replaces.
+    /// Where its group is another one, members of that group get what everybody has. Best effort:
+    /// the permissions stay as they were when nothing is known of `source`.
+    void takePermissionsOf(const FileReference& source);
     enum class Attributes {
         All,
         OfSystem, ///< none of those that programs describe a file with (origin, comment, rating)
@@ -59,6 +68,7 @@ private:
     [[nodiscard]] Result<void> reserve(std::uint64_t size);
 
     QString m_target, m_temporary;
+    mode_t m_mode = 0;       ///< the permissions under the final name
     FileDescriptor m_folder; ///< of the temporary, also when somebody renames the folder meanwhile
     FileDescriptor m_fd;
     std::uint64_t m_position = 0;

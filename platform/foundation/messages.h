@@ -26,7 +26,6 @@ inline constexpr MessageCode kWriteFile{"write-file"};
 inline constexpr MessageCode kSaveFile{"save-file"};
 inline constexpr MessageCode kCopyFile{"copy-file"};
 inline constexpr MessageCode kCopyDates{"copy-dates"};
-inline constexpr MessageCode kCopyPermissions{"copy-permissions"};
 inline constexpr MessageCode kMoveItem{"move-item"};
 inline constexpr MessageCode kMoveLink{"move-link"};
 inline constexpr MessageCode kRemoveItem{"remove-item"};

@@ -139,6 +139,11 @@ CGImageDestinationCreateWithURL(const QString& path, const QString& type, int co
     return destination;
 }
 
+void CGImageDestinationTakePermissionsOf(CGImageDestination& destination, const QString& source) {
+    if (destination.m_state->file)
+        destination.m_state->file->takePermissionsOf(FileReference::ofPath(source));
+}
+
 Result<void> CGImageDestinationSetProperties(CGImageDestination& destination,
                                              const CGImageGIFProperties& properties) {
     auto& state = *destination.m_state;

@@ -31,6 +31,7 @@ private:
     std::unique_ptr<State> m_state;
     friend Result<std::unique_ptr<CGImageDestination>>
     CGImageDestinationCreateWithURL(const QString&, const QString&, int);
+    friend void CGImageDestinationTakePermissionsOf(CGImageDestination&, const QString&);
     friend Result<void> CGImageDestinationSetProperties(CGImageDestination&,
                                                         const CGImageGIFProperties&);
     friend Result<void> CGImageDestinationAddImage(CGImageDestination&, const RawFrame&);
@@ -41,6 +42,8 @@ private:
 /// NotSupported for a type other than kUTTypeGIF, InvalidArgument without an image.
 [[nodiscard]] Result<std::unique_ptr<CGImageDestination>>
 CGImageDestinationCreateWithURL(const QString& path, const QString& type, int count);
+/// Gives the file the permissions of the one at `source`; before it is finalized.
+void CGImageDestinationTakePermissionsOf(CGImageDestination& destination, const QString& source);
 /// Before the first image; InvalidArgument afterwards or for a count over 65535.
 [[nodiscard]] Result<void> CGImageDestinationSetProperties(CGImageDestination& destination,
                                                            const CGImageGIFProperties& properties);

@@ -9,6 +9,9 @@
 #include <QRandomGenerator>
 #include <QThread>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 namespace {
 
 using clitest::cli;
@@ -109,6 +112,30 @@ TEST_F(Commands, TheLongestNamesAndFoldersThatCannotBeWritten) {
     EXPECT_EQ(full.err.count("No space left"), 1) << full.err;
     EXPECT_EQ(readOnly.exitCode, 1);
     EXPECT_TRUE(readOnly.err.contains("Read-only")) << readOnly.err;
+}
+
+TEST_F(Commands, OutputsHaveThePermissionsAndTheExactDatesOfTheirSources) {
+    const TempDir in;
+    QStringList sources;
+    for (const char* name : {"Iceland/waterfall-slowmo.m4v", "Northbound/07 Salt & Cedar.mp3",
+                             "Northbound/01 Northbound Tide.flac", "Harbour/interview-cam-b.mkv"}) {
+        sources += in.write(QString::fromUtf8(name).section(u'/', -1), TempDir::read(sample(name)));
+        const QByteArray path = sources.back().toUtf8();
+        const timespec times[2] = {{1, 0}, {1'000'000'000, 123'456'789}};
+        ASSERT_EQ(
+            ::chmod(path.constData(), 0600) + ::utimensat(AT_FDCWD, path.constData(), times, 0), 0);
+    }
+    for (const char* command : {"save --set title=t", "clear"}) {
+        const auto done = outcomes(command, sources);
+        EXPECT_EQ(m_exitCode, 0);
+        for (const auto& outcome : done) {
+            const QByteArray output = outcome["outputs"_L1][0].toString().toUtf8();
+            struct stat status {};
+            ASSERT_EQ(::stat(output.constData(), &status), 0) << output;
+            EXPECT_EQ(status.st_mode & 0777U, 0600U) << output;
+            EXPECT_EQ(status.st_mtim.tv_nsec, 123'456'789) << output;
+        }
+    }
 }
 
 // CLIPHEAVE_KILLS sets how often (40).

@@ -18,6 +18,8 @@ namespace {
 
 constexpr AVRational kMicroseconds{1, 1'000'000};
 constexpr int kPacketsBetweenReports = 32;
+// By this much the last packets of healthy files end before the duration of their headers.
+constexpr double kLeastMissing = 1, kLeastMissingShare = 0.02; // seconds; of the duration
 /// Packets may look far ahead for their codec parameters: the file is read in full anyway.
 constexpr std::int64_t kRemuxProbeBytes = 16 << 20;
 
@@ -112,13 +114,18 @@ struct PacketCount {
     }
 };
 
+/// What the copying of all packets came to.
+struct CopiedPackets {
+    int damaged = 0;    ///< left out
+    double seconds = 0; ///< from the start of the source to the end of its last packet
+};
+
 /// Copies the packets of the wanted streams.
 class PacketCopy {
 public:
     PacketCopy(AVFormatContext& source, FileOutput& output,
                const std::function<bool(double)>& progress);
-    /// Returns the number of damaged packets that were left out.
-    Result<int> run();
+    Result<CopiedPackets> run();
 
 private:
     struct Lane {
@@ -138,7 +145,7 @@ private:
     std::vector<Lane> m_lanes; ///< by source stream
     std::vector<Packet> m_ready;
     PacketCount m_packets;
-    double m_done = 0;
+    double m_done = 0, m_end = 0;
     int m_untilReport = kPacketsBetweenReports;
     bool m_cancelled = false;
 };
@@ -166,6 +173,8 @@ bool PacketCopy::goOn() {
 
 /// Converts to the muxer's units, which may be coarser: rising there too.
 int PacketCopy::write(Lane& lane, const AVStream& from, AVPacket& packet) {
+    m_end =
+        std::max(m_end, static_cast<double>(packet.pts + packet.duration) * av_q2d(from.time_base));
     if (m_source.duration > 0)
         m_done = std::clamp(static_cast<double>(packet.dts) * av_q2d(from.time_base) /
                                 (static_cast<double>(m_source.duration) * 1e-6),
@@ -215,7 +224,7 @@ int PacketCopy::writeRest() {
     return code;
 }
 
-Result<int> PacketCopy::run() {
+Result<CopiedPackets> PacketCopy::run() {
     int code = 0;
     while (code >= 0)
         code = readOne();
@@ -229,7 +238,19 @@ Result<int> PacketCopy::run() {
         return m_output.failed(kCopyStreams, AVERROR_INVALIDDATA);
     if (m_packets.written == 0)
         return failure(ErrorCode::InvalidData, kCopyStreams, {}, kStreamsEmpty);
-    return m_packets.damaged;
+    return CopiedPackets{m_packets.damaged, m_end};
+}
+
+/// Returns a note when the packets end well before the duration of the file's header: the file was
+/// cut. A duration that libavformat has guessed says nothing.
+Notes noteOnEnd(const AVFormatContext& source, double seconds) {
+    if (source.duration_estimation_method != AVFMT_DURATION_FROM_STREAM || source.duration <= 0)
+        return {};
+    const double announced = static_cast<double>(source.duration) * 1e-6;
+    if (announced - seconds <= std::max(kLeastMissing, kLeastMissingShare * announced))
+        return {};
+    return {Message(kEndsBeforeDuration,
+                    {QString::number(seconds, 'f', 1), QString::number(announced, 'f', 1)})};
 }
 
 Result<Notes> remuxStreams(const QString& source, const QString& target, RemuxTarget kind,
@@ -265,11 +286,12 @@ Result<Notes> remuxStreams(const QString& source, const QString& target, RemuxTa
         return refused.isEmpty() ? tl::unexpected(begun.error())
                                  : cannotHold(kCopyStreams, *(*output)->context(), refused);
     }
-    const auto damaged = PacketCopy(from, **output, progress).run();
-    if (!damaged)
-        return tl::unexpected(damaged.error());
-    if (*damaged > 0)
-        notes->append(Message(kDamagedPackets, {QString::number(*damaged)}));
+    const auto copied = PacketCopy(from, **output, progress).run();
+    if (!copied)
+        return tl::unexpected(copied.error());
+    if (copied->damaged > 0)
+        notes->append(Message(kDamagedPackets, {QString::number(copied->damaged)}));
+    *notes += noteOnEnd(from, copied->seconds);
     if (progress)
         progress(1);
     if (auto finished = (*output)->finish(); !finished)

@@ -7,6 +7,7 @@
 #include "platform/formats/flac/vorbis_comment.h"
 #include "platform/formats/messages.h"
 #include "platform/foundation/atomic_file.h"
+#include "platform/foundation/unchanged_files.h"
 
 #include <algorithm>
 #include <vector>
@@ -256,6 +257,7 @@ Result<Notes> rewriteFlacTags(const QString& source, const QString& target,
     auto reader = FileReader::open(source);
     if (!reader)
         return tl::unexpected(reader.error());
+    const UnchangedFiles unchanged(*reader);
     auto layout = readFlacLayout(*reader);
     if (!layout)
         return tl::unexpected(layout.error());
@@ -266,6 +268,7 @@ Result<Notes> rewriteFlacTags(const QString& source, const QString& target,
     if (!file)
         return tl::unexpected(file.error());
     file->copyExtendedAttributes(reader->fd());
+    file->takePermissionsOf(FileReference::ofDescriptor(reader->fd()));
     if (auto written = writeBlocks(*file, *reader, *layout); !written)
         return tl::unexpected(written.error());
     const std::uint64_t length = reader->size() - layout->audioStart;
@@ -274,6 +277,8 @@ Result<Notes> rewriteFlacTags(const QString& source, const QString& target,
     };
     if (auto copied = file->copyFrom(reader->fd(), layout->audioStart, length, report); !copied)
         return tl::unexpected(copied.error());
+    if (auto same = unchanged.check(); !same)
+        return tl::unexpected(same.error());
     const auto committed = file->commit();
     return committed ? notes : tl::unexpected(committed.error());
 }

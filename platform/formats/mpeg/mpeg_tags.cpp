@@ -8,6 +8,7 @@
 #include "platform/formats/mpeg/mpeg_header.h"
 #include "platform/formats/mpeg/tag_footers.h"
 #include "platform/foundation/atomic_file.h"
+#include "platform/foundation/unchanged_files.h"
 
 #include <array>
 
@@ -195,6 +196,7 @@ Result<void> replaceMpegTags(const QString& source, const QString& target, const
     auto reader = FileReader::open(source);
     if (!reader)
         return tl::unexpected(reader.error());
+    const UnchangedFiles unchanged(*reader);
     const auto audio = findMpegAudio(*reader);
     if (!audio)
         return tl::unexpected(audio.error());
@@ -203,6 +205,7 @@ Result<void> replaceMpegTags(const QString& source, const QString& target, const
     if (!file)
         return tl::unexpected(file.error());
     file->copyExtendedAttributes(reader->fd());
+    file->takePermissionsOf(FileReference::ofDescriptor(reader->fd()));
     if (auto written = file->write(tag); !written)
         return written;
     const auto report = [&](std::uint64_t done) {
@@ -210,6 +213,8 @@ Result<void> replaceMpegTags(const QString& source, const QString& target, const
     };
     if (auto copied = file->copyFrom(reader->fd(), audio->start, length, report); !copied)
         return copied;
+    if (auto same = unchanged.check(); !same)
+        return same;
     return file->commit();
 }
 

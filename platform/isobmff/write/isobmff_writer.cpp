@@ -4,6 +4,7 @@
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/messages.h"
+#include "platform/foundation/unchanged_files.h"
 #include "platform/isobmff/messages.h"
 #include "platform/isobmff/write/render_items.h"
 #include "platform/isobmff/write/write_layout.h"
@@ -157,7 +158,7 @@ QByteArray paddingBox(std::uint64_t size) {
 
 Result<void> writeTarget(const PassthroughRequest& request, SourceFile& source,
                          const std::vector<SourceRun>& runs, const PlannedTarget& plan,
-                         bool strips) {
+                         const UnchangedFiles& unchanged, bool strips) {
     auto target = AtomicFile::create(request.target, plan.layout.size);
     if (!target)
         return tl::unexpected(target.error());
@@ -191,9 +192,12 @@ Result<void> writeTarget(const PassthroughRequest& request, SourceFile& source,
         return failure(ErrorCode::Cancelled, kCopyFile, request.target);
     const auto attributes =
         FileReader::open(request.attributesOf.isEmpty() ? request.source : request.attributesOf);
-    target->copyExtendedAttributes(attributes ? attributes->fd() : source.reader.fd(),
-                                   strips ? AtomicFile::Attributes::OfSystem
-                                          : AtomicFile::Attributes::All);
+    const FileReader& original = attributes ? *attributes : source.reader;
+    target->copyExtendedAttributes(original.fd(), strips ? AtomicFile::Attributes::OfSystem
+                                                         : AtomicFile::Attributes::All);
+    target->takePermissionsOf(FileReference::ofDescriptor(original.fd()));
+    if (auto same = unchanged.check(); !same)
+        return same;
     return target->commit();
 }
 
@@ -239,6 +243,7 @@ Result<PassthroughOutcome> rewrite(const PassthroughRequest& request) {
     auto source = openSourceFile(request.source);
     if (!source)
         return tl::unexpected(source.error());
+    const UnchangedFiles unchanged(source->reader);
     PassthroughOutcome outcome;
     std::optional<MovieMetadata> metadata;
     bool strips = false;
@@ -259,7 +264,8 @@ Result<PassthroughOutcome> rewrite(const PassthroughRequest& request) {
     if (!placement)
         return tl::unexpected(placement.error());
     placement->target.appendix = xmpPacketOf(request.xmpPacketOf);
-    const auto done = writeTarget(request, *source, placement->runs, placement->target, strips);
+    const auto done =
+        writeTarget(request, *source, placement->runs, placement->target, unchanged, strips);
     if (!done)
         return tl::unexpected(done.error());
     return outcome;

@@ -91,6 +91,8 @@ bool AVAssetWriterInput::State::start() {
         return false;
     }
     file = std::move(*created);
+    if (!settings.headerDatesOf.isEmpty())
+        file->takePermissionsOf(FileReference::ofPath(settings.headerDatesOf));
     auto begun = mediaEngine().and_then([this](MediaEngine* engine) {
         return engine->openVideoWriter(settings, file->temporaryPath(), {});
     });

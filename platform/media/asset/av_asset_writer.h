@@ -72,7 +72,7 @@ public:
     /// for sides beyond 2 to 16384 pixels.
     [[nodiscard]] Result<void> addInput(const std::shared_ptr<AVAssetWriterInput>& input);
     void setShouldOptimizeForNetworkUse(bool optimize); ///< movie header first; off by default
-    /// Takes the dates in the video's header from this file.
+    /// Takes the dates in the video's header and the permissions of the output from this file.
     void setHeaderDatesOf(const QString& path);
 
     /// Returns false when it was started before, has no input or the file cannot be created:

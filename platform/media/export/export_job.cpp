@@ -3,6 +3,7 @@
 
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/paths.h"
+#include "platform/foundation/unchanged_files.h"
 #include "platform/isobmff/messages.h"
 #include "platform/media/export/export_queue.h"
 #include "platform/media/export/quicktime_codecs.h"
@@ -51,6 +52,19 @@ Result<PassthroughOutcome> withNotes(Result<PassthroughOutcome> outcome, const N
     if (outcome)
         outcome->notes = notes + outcome->notes;
     return outcome;
+}
+
+QStringList sourcesOf(const ExportPlan& plan) {
+    QStringList paths;
+    const auto add = [&paths](const auto& track) {
+        if (track)
+            for (const ExportSegment& segment : track->segments)
+                paths.append(segment.path);
+    };
+    add(plan.video);
+    add(plan.audio);
+    paths.removeDuplicates();
+    return paths;
 }
 
 /// Share of the encoding in an export; writing the metadata is the rest.
@@ -164,7 +178,8 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequ
     const PassthroughRequest asked = request;
     // Packets take about as much space in one container as in another, unless much is left out.
     const std::uint64_t bytes = order->asset->file()->attributes().NSFileSize;
-    const EngineWork work{0.5, request.container == OutputContainer::M4A ? 0 : bytes / 2};
+    const EngineWork work{
+        0.5, request.container == OutputContainer::M4A ? 0 : bytes / 2, {sourcePath}};
     return runThroughEngine(std::move(request), *order->asset, work,
                             [&](MediaEngine& engine, const QString& target) {
                                 return copyIntoMp4(engine, asked, target);
@@ -205,8 +220,9 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runPlan(PassthroughReque
         return engine.runExport(plan, target, fairShare(),
                                 [this](double done) { return report(kEncodingShare * done); });
     };
-    return withNotes(runThroughEngine(std::move(request), *original, {kEncodingShare}, run),
-                     planned->notes);
+    return withNotes(
+        runThroughEngine(std::move(request), *original, {kEncodingShare, 0, sourcesOf(plan)}, run),
+        planned->notes);
 }
 
 Result<PassthroughOutcome> AVAssetExportSession::State::runThroughEngine(PassthroughRequest request,
@@ -229,9 +245,12 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runThroughEngine(Passthr
             error.path = target;
         return tl::unexpected(std::move(error));
     };
+    const UnchangedFiles sources(work.sources);
     const auto made = maker(**engine, temporary->temporaryPath());
     if (!made)
         return failed(made.error());
+    if (const auto unchanged = sources.check(); !unchanged)
+        return tl::unexpected(unchanged.error());
     // What the engine added (encoder names) is not metadata of the source.
     if (!request.metadata)
         request.metadata = original.metadata();

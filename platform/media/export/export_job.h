@@ -45,6 +45,7 @@ struct AVAssetExportSession::State {
     struct EngineWork {
         double share = 0;             ///< of the whole progress
         std::uint64_t leastBytes = 0; ///< that its file will have, as far as is known
+        QStringList sources;          ///< that it reads
     };
     /// Lets `maker` write a temporary file beside the target, then writes the target of it.
     [[nodiscard]] Result<PassthroughOutcome> runThroughEngine(PassthroughRequest request,

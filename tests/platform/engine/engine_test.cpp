@@ -6,6 +6,7 @@
 #include "tests/platform/engine/engine_fixture.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -164,6 +165,20 @@ TEST_F(Engine, RemuxKeepsEveryPacket) {
         EXPECT_EQ(first(testkit::streamHash(target)), first(testkit::streamHash(source))) << name;
         EXPECT_FALSE(first(testkit::streamHash(target)).isEmpty());
     }
+}
+
+TEST_F(Engine, RemuxNotesThatAFileEndsEarly) {
+    const QString source = make(u"c.mkv"_s, "-c:v mpeg4 -c:a aac");
+    const QString target = m_dir.path("out.mp4");
+    EXPECT_EQ(remuxed(source, target, RemuxTarget::Mp4), Notes());
+    ASSERT_TRUE(QFile(source).resize(QFileInfo(source).size() / 2));
+    const auto notes = remuxed(source, target, RemuxTarget::Mp4);
+    ASSERT_TRUE(notes);
+    ASSERT_EQ(notes->size(), 1);
+    EXPECT_EQ(notes->first().code(), kEndsBeforeDuration);
+    EXPECT_NEAR(notes->first().arguments()[0].toDouble(),
+                ffprobe(target, "format=duration").toDouble(), 0.1);
+    EXPECT_EQ(notes->first().arguments()[1], u"3.0");
 }
 
 TEST_F(Engine, RemuxTakesTheAspectRatioOfTheContainer) {

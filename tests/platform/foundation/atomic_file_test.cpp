@@ -4,11 +4,13 @@
 #include "platform/foundation/temporaries.h"
 
 #include "platform/foundation/file_reader.h"
+#include "platform/foundation/messages.h"
 #include "platform/foundation/paths.h"
 
 #include "tests/testkit/tiny_disk.h"
 
 #include <QDir>
+#include <QFile>
 
 #include <csignal>
 #include <fcntl.h>
@@ -25,6 +27,16 @@ namespace {
 
 const NSFileManager& manager() {
     return NSFileManager::defaultManager();
+}
+
+struct stat statusOf(const QString& path) {
+    struct stat status {};
+    EXPECT_EQ(::stat(nativePath(path).constData(), &status), 0);
+    return status;
+}
+
+unsigned permissionsOf(const QString& path) {
+    return statusOf(path).st_mode & 0777u;
 }
 
 } // namespace
@@ -82,6 +94,33 @@ TEST(AtomicFile, WritesThroughALinkAndIntoTheCurrentFolder) {
     EXPECT_TRUE(relative && relative->commit());
     QDir::setCurrent(before);
     EXPECT_TRUE(manager().removeItemAtPath(dir.path(u"r\xDCFE"_s)));
+}
+
+TEST(AtomicFile, IsNeverMoreReadableThanItsSource) {
+    const testkit::TempDir dir;
+    const QString source = dir.write("s", "private"), target = dir.write("t", "for all");
+    ASSERT_EQ(::chmod(nativePath(source).constData(), 0600), 0);
+    auto file = AtomicFile::create(target);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(permissionsOf(file->temporaryPath()), 0600u);
+    file->takePermissionsOf(FileReference::ofPath(source));
+    ASSERT_TRUE(file->commit());
+    EXPECT_EQ(permissionsOf(target), 0600u);
+
+    ASSERT_EQ(::chmod(nativePath(source).constData(), 0664), 0);
+    if (::chown(nativePath(source).constData(), static_cast<uid_t>(-1), 1) != 0)
+        GTEST_SKIP() << "files cannot be given away here";
+    ASSERT_TRUE(manager().copyItem(source, target, IfExists::Replace));
+    EXPECT_EQ(permissionsOf(target), 0644u); // of another group, which is not the one meant
+}
+
+TEST(AtomicFile, ACopyOfAFileThatIsWrittenToFails) {
+    const testkit::TempDir dir;
+    const QString source = dir.write("s", "bytes");
+    const auto appended = [&source](double) { return QFile(source).resize(4), true; };
+    EXPECT_EQ(manager().copyItem(source, dir.path("c"), IfExists::Replace, appended).error().detail,
+              Message(kFileHasChanged));
+    EXPECT_EQ(testkit::namesIn(dir.path()), QStringList{u"s"_s});
 }
 
 TEST(AtomicFile, CopiesRangesWithProgressUntilStopped) {

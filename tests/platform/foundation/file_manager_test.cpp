@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/foundation/exact_dates.h"
 #include "platform/foundation/file_manager.h"
 
 #include "platform/foundation/handles.h"
@@ -77,6 +78,15 @@ TEST_F(CreationDates, AreStoredAsTextAndReadBackFirst) {
     EXPECT_EQ(files().attributesOfOpenFile(fd.get(), path)->NSFileCreationDate, beforeEpoch);
     EXPECT_EQ(files().attributesOfOpenFile(fd.get(), path)->NSFileModificationDate, beforeEpoch);
     EXPECT_FALSE(files().setAttributes(path, QDateTime(), {}));
+
+    // A QDateTime drops what is below the millisecond; the file that it came from has it.
+    ASSERT_TRUE(setTestAttribute(path, kTestAttribute, "2021-03-04T05:06:07.123456789Z"));
+    const testkit::TempDir dir;
+    const QString copy = dir.write("copy", {});
+    ASSERT_TRUE(files().setAttributes(copy, creationOf(path), modification));
+    restoreExactDates(path, copy);
+    EXPECT_EQ(testAttribute(copy, kTestAttribute), "2021-03-04T05:06:07.123456789Z");
+    EXPECT_EQ(files().attributesOfItemAtPath(copy)->NSFileModificationDate, modification);
 }
 
 TEST_F(CreationDates, DamagedTextsAreNotBelieved) {

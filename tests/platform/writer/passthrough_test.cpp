@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/foundation/messages.h"
 #include "tests/platform/writer/writer_kit.h"
 
 #include "platform/isobmff/write/write_layout.h"
 
+#include <QFile>
 #include <QtEndian>
 
 #include <csignal>
@@ -236,6 +238,21 @@ TEST(Sources, OfOddLayoutsAreWritten) {
     EXPECT_EQ(chunkHeads(rewritten(dir, open, kTitleOnly)), chunkHeads(open));
     const QByteArray bare = box("moov", box("mvhd", QByteArray(100, '\0')));
     EXPECT_EQ(topLevel(rewritten(dir, bare, kTitleOnly)), "ftyp moov");
+}
+
+TEST(Interrupted, WritesOfAFileThatIsWrittenToFail) {
+    const testkit::TempDir dir;
+    PassthroughRequest request;
+    request.source = dir.write("s.mp4", HandMade{}.bytes());
+    request.target = dir.path("t.mp4");
+    request.progress = [&request](double) {
+        QFile source(request.source);
+        return source.open(QIODevice::Append) && source.write("x") == 1;
+    };
+    const auto done = writePassthrough(request);
+    ASSERT_FALSE(done);
+    EXPECT_EQ(done.error().detail, Message(kFileHasChanged));
+    EXPECT_EQ(dir.files(), QStringList{u"s.mp4"_s});
 }
 
 TEST(Interrupted, WritesLeaveNothing) {
