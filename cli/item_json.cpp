@@ -2,6 +2,7 @@
 #include "cli/item_json.h"
 
 #include "media/fields.h"
+#include "media/item_texts.h"
 #include "platform/foundation/dates.h"
 #include "platform/foundation/text.h"
 
@@ -95,7 +96,8 @@ void writeItem(JsonWriter& json, const IKImageItem& item, bool withMetadata) {
         if (isTag(field))
             json.member(field.names.plain, item.*field.record);
     writePosition(json, "latitude", item.latitudeFormat, item.filelatitude);
-    writePosition(json, "longitude", item.longtitudeFormat, item.filelongtitude);
+    if (hasLongitude(item))
+        writePosition(json, "longitude", item.longtitudeFormat, item.filelongtitude);
     writePosition(json, "altitude", item.AtitudeFormat, item.fileAtitude);
     writeArtwork(json, item.fileImage);
     json.member("message", item.problem.text());

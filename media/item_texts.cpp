@@ -65,6 +65,13 @@ void applyLocationText(IKImageItem& item, QStringView location) {
                       QStringLiteral("theStrArry==%1").arg(numbers.join(u",")), item.filePath);
 }
 
+bool hasLongitude(const IKImageItem& item) {
+    // A photo has its position from numbers: 0 is one, and the altitude may be missing.
+    const bool isFromText = item.fileType != u"Image";
+    return !item.longtitudeFormat.isEmpty() &&
+           !(isFromText && item.AtitudeFormat.isEmpty() && item.filelongtitude == 0);
+}
+
 void applyShootDateText(IKImageItem& item, const QString& value, SecondsCut cut) {
     QString text = value;
     text.replace(u'T', u' ');

@@ -11,6 +11,8 @@ namespace clipheave::media {
 /// longitude is stored only when a third sign follows, so a text without an altitude gives a
 /// latitude and the longitude 0. An empty text changes nothing.
 void applyLocationText(IKImageItem& item, QStringView location);
+/// Returns whether the longitude of the item is known: such a text sets its sign and no number.
+[[nodiscard]] bool hasLongitude(const IKImageItem& item);
 
 /// How the seconds of a rebuilt date are taken.
 enum class SecondsCut {

@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 
+#include <charconv>
 #include <cstdio>
 #include <iterator>
 #include <string_view>
@@ -117,9 +118,11 @@ char* MediaKind::size_to_unit_out_buffer(std::uint64_t size, char* buffer) {
     for (const Step& step : kSteps) {
         value = value / kUnit;
         if (size < step.below || step.below == UINT64_MAX) {
-            // Not by printf: the decimal sign must be "." in every locale.
-            const QByteArray number = QByteArray::number(static_cast<double>(value), 'f', 2);
-            std::snprintf(buffer, kSizeBuffer, "%s %s", number.constData(), step.unit);
+            // "%.2f" with a "." in every locale. QByteArray::number() rounds the shortest decimals
+            // instead of the value: 1.125 up.
+            char number[kSizeBuffer] = {};
+            std::to_chars(number, number + kSizeBuffer - 1, value, std::chars_format::fixed, 2);
+            std::snprintf(buffer, kSizeBuffer, "%.90s %s", number, step.unit);
             break;
         }
     }

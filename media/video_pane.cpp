@@ -2,6 +2,7 @@
 #include "media/video_pane.h"
 
 #include "media/fields.h"
+#include "media/item_texts.h"
 #include "media/shown_text.h"
 #include "platform/foundation/text.h"
 
@@ -22,7 +23,8 @@ VideoPane ShowVideoViewWithItem(const IKImageItem& item) {
     PaneTexts& texts = pane.texts;
     ShownTexts& memory = pane.shown;
     texts.mediaLatitude = signedText(item.latitudeFormat, item.filelatitude);
-    texts.mediaLongtitude = signedText(item.longtitudeFormat, item.filelongtitude);
+    texts.mediaLongtitude =
+        hasLongitude(item) ? signedText(item.longtitudeFormat, item.filelongtitude) : shownText({});
     texts.mediaAatitude = signedText(item.AtitudeFormat, item.fileAtitude);
     for (const Field& field : kFields) {
         if (!field.video.text)

@@ -69,6 +69,12 @@ QMimeType chooseType(const QList<QMimeType>& types, Container container) {
     return chosen;
 }
 
+/// Cameras give ".mod" to MPEG program streams; the database knows tracker music alone by it.
+QString knownExtension(const QString& extension, Container container) {
+    const bool isCamera = extension == u"mod" && container == Container::Other;
+    return isCamera ? QStringLiteral("mpg") : extension;
+}
+
 QString lookUpKind(const QString& extension, Container container) {
     const QMimeDatabase database;
     QMimeType type;
@@ -95,7 +101,7 @@ QString kindTextForFile(const QString& path, Container container) {
         if (const auto found = known.constFind(key); found != known.constEnd())
             return *found;
     }
-    QString text = lookUpKind(key.first, container);
+    QString text = lookUpKind(knownExtension(key.first, container), container);
     const QWriteLocker writing(&lock);
     if (known.size() < kMostKnown)
         known.insert(key, text);

@@ -38,6 +38,15 @@ TEST(LocationText, NeedsThreeSignsForALongitude) {
     EXPECT_EQ(positionOf("nowhere"), (Position{{}, 0, 0, 0}));
 }
 
+TEST(LocationText, WithoutALongitudeLeavesItsFieldEmpty) {
+    IKImageItem item;
+    item.fileType = u"Movie"_s;
+    applyLocationText(item, u"+48.8583+002.2945/");
+    EXPECT_TRUE(ShowVideoViewWithItem(item).texts.mediaLongtitude.isEmpty());
+    applyLocationText(item, u"+51.4778+000.0000+10/");
+    EXPECT_EQ(ShowVideoViewWithItem(item).texts.mediaLongtitude, u"0");
+}
+
 QString dateOf(const char* text, SecondsCut cut = SecondsCut::TwoDigits) {
     IKImageItem item;
     applyShootDateText(item, QString::fromLatin1(text), cut);

@@ -74,6 +74,7 @@ TEST(MediaKind, WritesSizesInSinglePrecisionDecimalUnits) {
     const std::pair<std::uint64_t, const char*> rows[] = {{0, "0 bytes"},
                                                           {999, "999 bytes"},
                                                           {1000, "1.00 KB"},
+                                                          {1125, "1.12 KB"}, // halves to even
                                                           {999'999, "1000.00 KB"},
                                                           {1'000'000, "1.00 MB"},
                                                           {12'345'678, "12.35 MB"},

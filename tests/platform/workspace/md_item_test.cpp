@@ -63,6 +63,7 @@ TEST(KindText, NameFirstThenContainer) {
         {"a.mp2", Container::MpegAudio, "MP2 audio"},
         {"a.mp2", Container::Other, "MPEG video"},
         {"a.caf", Container::Caf, "CAF audio"},
+        {"a.MOD", Container::Other, "MPEG video"}, // of a camcorder
         {"noextension", Container::Flac, "FLAC audio"},
         {"dir.mp3/noextension", Container::Wave, "WAV audio"},
     };
