@@ -41,7 +41,8 @@ struct RenameOptions {
     std::optional<batch::RenameMode> mode;
     QString text; ///< the custom text or the template
     bool number = false;
-    QString dateFormat; ///< a title; null: not given
+    QString dateFormat;  ///< a title; null: not given
+    bool photos = false; ///< photos and videos, instead of videos and audio files
     bool dryRun = false;
     bool undo = false;
 };
@@ -65,7 +66,8 @@ int runDemo(const GlobalOptions& global, const QString& folder, Console& console
 
 /// Returns the output folder of this run, as an absolute path.
 [[nodiscard]] QString storageLocation(const GlobalOptions& global);
-/// Returns the path, taken from the current folder when it is relative; otherwise unchanged.
+/// Returns the path, taken from the current folder when it is relative. One with "." or ".." in it
+/// becomes the full name of what it leads to, where that exists; any other stays unchanged.
 [[nodiscard]] QString absolutePath(const QString& path);
 
 } // namespace clipheave::cli

@@ -15,7 +15,7 @@ public:
         : m_json(json), m_stream(console, metadata) {}
 
     void add(const media::IKImageItem& item) {
-        m_isEmpty = false;
+        m_isEmpty = m_tableIsEmpty = false;
         m_hasProblems = m_hasProblems || !item.problem.isEmpty();
         m_json ? m_stream.add(item) : m_table.add(item);
     }
@@ -30,11 +30,15 @@ public:
     /// Some file gave no item, or could not be read in full.
     [[nodiscard]] bool hasProblems() const { return m_hasProblems; }
     /// Returns false when standard output could not be written.
-    [[nodiscard]] bool finish() { return m_json ? m_stream.finish() : printOut(m_table.text()); }
+    [[nodiscard]] bool finish() {
+        if (m_json)
+            return m_stream.finish();
+        return m_tableIsEmpty || printOut(m_table.text());
+    }
 
 private:
     bool m_json;
-    bool m_isEmpty = true;
+    bool m_isEmpty = true, m_tableIsEmpty = true;
     bool m_hasProblems = false;
     ItemStream m_stream;
     ItemTable m_table;

@@ -82,6 +82,8 @@ CLI::App* addRename(CLI::App& app, Arguments& arguments) {
     rename->add_flag("--number", arguments.rename.number, "A number at the end, from 000001 on");
     rename->add_option("--date-format", arguments.dateFormat, "Layout of {Camera Date}")
         ->type_name("TITLE");
+    rename->add_flag("--photos", arguments.rename.photos,
+                     "Photos and videos, as the photo browser takes them");
     rename->add_flag("--dry-run", arguments.rename.dryRun, "Print \"old -> new\" only");
     rename->add_flag("--undo", arguments.rename.undo, "Put the last job's names back");
     rename->add_option("PATH", arguments.paths, "Files and folders");

@@ -2,11 +2,14 @@
 #include "cli/commands.h"
 #include "cli/json_writer.h"
 #include "media/preferences.h"
+#include "platform/foundation/handles.h"
 #include "platform/foundation/paths.h"
 
 #include <QDir>
 
 #include <array>
+#include <cstdlib>
+#include <memory>
 
 namespace clipheave::cli {
 
@@ -42,7 +45,8 @@ QString valueFault(const QString& key, const QString& value) {
         return ok && size >= 1 && size <= 1000 ? QString()
                                                : QStringLiteral("a whole number from 1 to 1000");
     }
-    if (key == media::kPositionKey && !media::stampPositions().contains(value))
+    // In any case: what is stored at the first start is none of the titles by its case.
+    if (key == media::kPositionKey && !media::stampPositions().contains(value, Qt::CaseInsensitive))
         return oneOf(media::stampPositions());
     if (key == media::kDateFormatKey && !media::stampDateFormats().contains(value))
         return oneOf(media::stampDateFormats());
@@ -95,9 +99,15 @@ int runPrefs(const GlobalOptions& global, const QString& key, const QString& val
 }
 
 QString absolutePath(const QString& path) {
-    if (path.startsWith(u'/'))
-        return path;
-    return platform::appendingPathComponent(QDir::currentPath(), path);
+    const QString absolute =
+        path.startsWith(u'/') ? path : platform::appendingPathComponent(QDir::currentPath(), path);
+    const QStringList components = absolute.split(u'/');
+    if (!components.contains(u".") && !components.contains(u".."))
+        return absolute;
+    // As the kernel follows it: ".." behind a link is the parent of where the link leads.
+    const std::unique_ptr<char, platform::Releaser<std::free>> real(
+        ::realpath(platform::nativePath(absolute).constData(), nullptr));
+    return real ? platform::pathFromNative(real.get()) : absolute;
 }
 
 QString storageLocation(const GlobalOptions& global) {

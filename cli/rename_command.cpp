@@ -97,7 +97,8 @@ int undoRename(const GlobalOptions& global, Console& console) {
 /// Returns why the options make no sense together; null when they do.
 QString renameUsageFault(const RenameOptions& options) {
     if (options.undo)
-        return options.mode || options.dryRun || options.number || !options.paths.isEmpty()
+        return options.mode || options.dryRun || options.number || options.photos ||
+                       !options.paths.isEmpty()
                    ? QStringLiteral("--undo takes neither paths nor other options")
                    : QString();
     if (!options.mode)
@@ -138,7 +139,10 @@ int runRename(const GlobalOptions& global, const RenameOptions& options, Console
         return undoRename(global, console);
     media::MediaImport import;
     import.setStopRequested(&isInterrupted);
-    import.importMediaItemsThreader(options.paths);
+    if (options.photos)
+        import.importPhotos(options.paths);
+    else
+        import.importMediaItemsThreader(options.paths);
     if (isInterrupted())
         return reportOutcomes(global, {}, false);
     const auto& items = import.localPhotoItemArray();

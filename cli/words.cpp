@@ -87,7 +87,6 @@ const Sentence kMediaWords[] = {
     {"track-of-other-file", "The track is not of this file"},
     {"no-duration", "It has no duration"},
     {"negative-time", "The time is negative"},
-    {"export", "Export"},
     {"plan-export", "Plan the export"},
     {"prepare-output", "Prepare the output"},
     {"unknown-preset", "The preset \"%1\" is unknown"},
@@ -353,8 +352,8 @@ const Sentence kJobWords[] = {
 // metadata
 const Sentence kMetadataWords[] = {
     {"neither-video-nor-audio", "This is neither a video nor an audio file"},
-    {"no-video-file", "This is not a video"},
     {"title-leads-out", "The title \"%1\" would lead out of the output folder"},
+    {"title-names-folder", "The title names a folder that is not there: %1"},
     {"title-given-out", "Another file of this run has that title: %1"},
     {"empty-title", "The title is empty, and so is the name"},
     {"no-audio-pane", "No audio pane was given"},
@@ -377,7 +376,6 @@ const Sentence kMetadataWords[] = {
 
 // video
 const Sentence kVideoWords[] = {
-    {"export-video", "Export"},
     {"read-video-frames", "Read frames"},
     {"no-video-item", "This is not a video"},
     {"unknown-video-kind", "\".%1\" is none of the known kinds of video"},

@@ -42,7 +42,8 @@ QString mirroredOutputPath(const WriteRequest& request) {
 
 QString titledOutputPath(const WriteRequest& request) {
     const QString& title = request.item->fileTitle;
-    if (title.split(u'/').contains(u".."))
+    // The last component gets an extension: ".." becomes the name "...mov".
+    if (title.section(u'/', 0, -2).split(u'/').contains(u".."))
         return {};
     const QString folder = deletingLastPathComponent(mirroredOutputPath(request));
     return folder + u'/' + title + u'.' + pathExtension(request.item->fileName);
@@ -83,7 +84,11 @@ QString OutputPaths::claim(const QString& wanted) {
 }
 
 QString OutputPaths::claimShared(const QString& wanted) const {
-    return isProtected(wanted) ? NSFileManager::defaultManager().nextFreeName(wanted) : wanted;
+    const std::lock_guard lock(m_mutex);
+    QString path = wanted;
+    for (int number = 2; leadsToSource(path); ++number)
+        path = numberedName(wanted, number);
+    return path;
 }
 
 bool OutputPaths::claimExactly(const QString& path) {

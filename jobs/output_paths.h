@@ -33,7 +33,8 @@ public:
     /// assigned in this run. Any other file there is the run's to replace: a run made again
     /// replaces all of its outputs.
     [[nodiscard]] QString claim(const QString& wanted);
-    /// `wanted`, or the first free name when it is a protected file; the same name at every call.
+    /// `wanted`, or the first of "B 2.E", "B 3.E" … that is no protected file; the same name at
+    /// every call, and in the next run: a run made again replaces its outputs.
     [[nodiscard]] QString claimShared(const QString& wanted) const;
     /// False when `path` was assigned in this run already.
     [[nodiscard]] bool claimExactly(const QString& path);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "jobs/write_outcome.h"
 
+#include "platform/foundation/error_text.h"
+
 namespace clipheave::jobs {
 
 using namespace platform;
@@ -8,7 +10,7 @@ using namespace platform;
 QString WriteOutcome::text() const {
     Notes all;
     if (failure)
-        all.append(failure->text());
+        all.append(textBeside(*failure, source));
     return textOf(all + notes);
 }
 

@@ -24,7 +24,8 @@ struct WriteOutcome {
     double seconds = 0;                     ///< from start to end
     std::size_t item = 0;                   ///< its place among the items of the order
 
-    /// Returns the failure and the notes in the words of the front, separated by semicolons.
+    /// Returns the failure and the notes in the words of the front, separated by semicolons;
+    /// the path of the source is left out.
     [[nodiscard]] QString text() const;
 };
 

@@ -6,6 +6,7 @@
 #include "media/messages.h"
 #include "media/read_ahead.h"
 #include "media/shared_texts.h"
+#include "platform/foundation/error_text.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
@@ -92,6 +93,8 @@ struct MediaImport::Pipeline {
 
     [[nodiscard]] bool stopped() const { return import.m_stop && import.m_stop(); }
 
+    void skip(const QString& path, const Error& error) { skip(path, textBeside(error, path)); }
+
     void skip(const QString& path, const Message& reason) {
         // The front names what was skipped; a warning besides would say it twice.
         log(LogLevel::Info, reason.text(), path);
@@ -103,7 +106,7 @@ struct MediaImport::Pipeline {
         if (result && *result)
             item = handOver(**result);
         else if (result)
-            skip(path, result->error().text());
+            skip(path, result->error());
         if (import.m_step)
             import.m_step(item);
     }
@@ -129,13 +132,13 @@ struct MediaImport::Pipeline {
         if (found)
             import.m_unknown.push_back({path, reasonOfUnknown(path)});
         else
-            skip(path, found.error().text());
+            skip(path, found.error());
     }
 
     void walk(const QString& folder) {
         const auto attributes = NSFileManager::defaultManager().attributesOfItemAtPath(folder);
         if (!attributes)
-            return reportFolder(folder, attributes.error().text());
+            return reportFolder(folder, attributes.error());
         const Identity identity{attributes->device, attributes->inode};
         if (std::find(ancestors.begin(), ancestors.end(), identity) != ancestors.end())
             return reportFolder(folder, kFolderLoops);
@@ -143,7 +146,7 @@ struct MediaImport::Pipeline {
             return reportFolder(folder, kFoldersTooDeep);
         const auto entries = NSFileManager::defaultManager().contentsOfDirectoryAtPath(folder);
         if (!entries)
-            return reportFolder(folder, entries.error().text());
+            return reportFolder(folder, entries.error());
         ancestors.push_back(identity);
         for (const DirectoryEntry& entry : *entries) {
             if (stopped())
@@ -158,7 +161,7 @@ struct MediaImport::Pipeline {
     }
 
     /// A folder's trouble is reported in its place among the files.
-    void reportFolder(const QString& folder, const Message& reason) {
+    template <class Reason> void reportFolder(const QString& folder, const Reason& reason) {
         ahead.finish();
         skip(folder, reason);
     }

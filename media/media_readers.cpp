@@ -6,6 +6,7 @@
 #include "media/media_kind.h"
 #include "media/messages.h"
 #include "platform/audio/audio_file.h"
+#include "platform/foundation/error_text.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 #include "platform/foundation/text.h"
@@ -50,7 +51,7 @@ Result<OpenedItem> beginItem(const QString& path, const QString& type) {
     if (!attributes || !attributes->isRegular)
         return tl::unexpected(file.error());
     applyAttributes(*item, *attributes);
-    item->problem = file.error().text();
+    item->problem = textBeside(file.error(), path);
     return OpenedItem{item, nullptr};
 }
 
@@ -124,7 +125,7 @@ Result<MutableItemPointer> readTaggedAudio(const QString& path, WalkTable table)
     const auto asset = AVURLAsset::assetWithFile(opened->file);
     if (!asset) {
         if (item->problem.isEmpty())
-            item->problem = asset.error().text();
+            item->problem = textBeside(asset.error(), path);
         return item;
     }
     logMetadata(*asset);
@@ -184,7 +185,7 @@ Result<MutableItemPointer> readVideoItem(const QString& path, WalkTable table) {
     const auto asset = AVURLAsset::assetWithFile(opened->file);
     if (!asset) {
         if (item->problem.isEmpty())
-            item->problem = asset.error().text();
+            item->problem = textBeside(asset.error(), path);
         applyIndexFallback(*item, index);
         return item;
     }

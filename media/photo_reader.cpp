@@ -4,6 +4,7 @@
 #include "media/item_texts.h"
 #include "media/media_kind.h"
 #include "platform/foundation/dates.h"
+#include "platform/foundation/error_text.h"
 #include "platform/foundation/paths.h"
 #include "platform/image/cg_image_source.h"
 
@@ -96,7 +97,7 @@ Result<MutableItemPointer> readPhotoItem(const QString& path) {
     if (!attributes || !attributes->isRegular)
         return tl::unexpected(source.error());
     applyPhotoAttributes(*item, *attributes);
-    item->problem = source.error().text();
+    item->problem = textBeside(source.error(), path);
     return item;
 }
 

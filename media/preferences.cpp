@@ -36,9 +36,13 @@ Result<void> writeFirstValues(NSUserDefaults& defaults) {
         {kPositionKey, QStringLiteral("lower left corner")},
         {kDateFormatKey, QStringLiteral("MM/DD/YYYY HH:MM")},
     };
-    for (const auto& [name, value] : values)
-        if (auto written = defaults.setObject_forKey(value, key(name)); !written)
+    for (const auto& [name, value] : values) {
+        const bool isSet = defaults.contains(key(name)); // by the command line, before any window
+        auto written =
+            defaults.setObject_forKey(isSet ? defaults.objectForKey(key(name)) : value, key(name));
+        if (!written)
             return written;
+    }
     return {};
 }
 
@@ -93,9 +97,9 @@ Preferences readPreferences(const NSUserDefaults& defaults) {
 
 Result<Preferences> applyPreferencesAtStart(NSUserDefaults& defaults) {
     Preferences values = readPreferences(defaults);
-    const auto written = values.firstStart ? writeFirstValues(defaults) : writeValuesBack(defaults);
-    if (values.firstStart)
+    if (values.firstStart && !defaults.contains(key(kPositionKey)))
         values.position = QStringLiteral("lower left corner");
+    const auto written = values.firstStart ? writeFirstValues(defaults) : writeValuesBack(defaults);
     platform::ignoreFailure(
         NSFileManager::defaultManager().createDirectoryAtPath(values.storagelocation),
         "jobs that write to the storage folder report it");

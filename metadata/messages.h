@@ -7,9 +7,9 @@
 namespace clipheave::metadata {
 
 inline constexpr platform::MessageCode kNeitherVideoNorAudio{"neither-video-nor-audio"};
-inline constexpr platform::MessageCode kNoVideoFile{"no-video-file"};
-inline constexpr platform::MessageCode kTitleLeadsOut{"title-leads-out"}; ///< title
-inline constexpr platform::MessageCode kTitleGivenOut{"title-given-out"}; ///< path
+inline constexpr platform::MessageCode kTitleLeadsOut{"title-leads-out"};       ///< title
+inline constexpr platform::MessageCode kTitleNamesFolder{"title-names-folder"}; ///< folder
+inline constexpr platform::MessageCode kTitleGivenOut{"title-given-out"};       ///< path
 inline constexpr platform::MessageCode kEmptyTitle{"empty-title"};
 inline constexpr platform::MessageCode kNoAudioPane{"no-audio-pane"};
 inline constexpr platform::MessageCode kCoverStoredAsGiven{"cover-stored-as-given"};

@@ -120,6 +120,9 @@ void VideoMetadata::CopyvideoTitletoFileNameAction(const jobs::WriteRequest& req
     if (!job)
         return;
     job->output = output;
+    const QString folder = containingFolder(output);
+    if (!NSFileManager::defaultManager().fileExistsAtPath(folder))
+        return jobs::failJob(*job, {ErrorCode::NotFound, {}, {}, {kTitleNamesFolder, {folder}}});
     if (request.item->fileTitle.isEmpty())
         job->notes.append(kEmptyTitle);
     jobs::startCopy(*job, NSFileManager::IfExists::Fail);
@@ -127,8 +130,6 @@ void VideoMetadata::CopyvideoTitletoFileNameAction(const jobs::WriteRequest& req
 
 void VideoMetadata::CopyvideofilenametoTitleAction(const jobs::WriteRequest& request) {
     const QString& path = request.item->filePath;
-    if (!MediaKind::isVideo(path))
-        return refuse(request, kNoVideoFile, jobs::WriteStatus::Skipped);
     m_run.paths().protect({path});
     const auto job = begin(path, m_run.paths().claim(jobs::mirroredOutputPath(request)));
     if (!job)

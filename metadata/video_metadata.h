@@ -26,7 +26,8 @@ public:
     void RemoveMediaFileAction(const jobs::WriteRequest& request);
     /// A copy of the item under its title, as it stands; never replaces a file.
     void CopyvideoTitletoFileNameAction(const jobs::WriteRequest& request);
-    /// The file's name without its extension as the title of a video; other kinds are Skipped.
+    /// The file's name without its extension as its title. Deliberate: no kind is left out, and an
+    /// audio file becomes a QuickTime movie under its old name.
     void CopyvideofilenametoTitleAction(const jobs::WriteRequest& request);
 
     void SaveChangedVideoExifDateAction(const jobs::WriteRequest& request);

@@ -8,7 +8,6 @@ namespace clipheave::video {
 
 using platform::MessageCode;
 
-inline constexpr MessageCode kExport{"export-video"};
 inline constexpr MessageCode kReadFrames{"read-video-frames"};
 
 inline constexpr MessageCode kNoVideoItem{"no-video-item"};

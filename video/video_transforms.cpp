@@ -32,7 +32,7 @@ QString preset(const char16_t* name) {
 Result<AVAssetTrack> firstVideo(const AVURLAsset& asset) {
     const auto videos = tracksWithMediaType(asset, kVideo);
     if (videos.empty())
-        return failure(ErrorCode::NotSupported, kExport, asset.path(), kWithoutVideo);
+        return failure(ErrorCode::NotSupported, {}, asset.path(), kWithoutVideo);
     return videos.front();
 }
 
@@ -50,7 +50,7 @@ Result<void> insertFirst(AVMutableCompositionTrack& track, const AVURLAsset& ass
 
 Result<void> videoOrAudioOf(const AVURLAsset& asset) {
     if (tracksWithMediaType(asset, kVideo).empty() && tracksWithMediaType(asset, kAudio).empty())
-        return failure(ErrorCode::NotSupported, kExport, asset.path(), kWithoutTracks);
+        return failure(ErrorCode::NotSupported, {}, asset.path(), kWithoutTracks);
     return {};
 }
 

@@ -92,7 +92,6 @@ const Sentence kMediaWords[] = {
     {"track-of-other-file", QT_TRANSLATE_NOOP("Words", "The track is not of this file")},
     {"no-duration", QT_TRANSLATE_NOOP("Words", "It has no duration")},
     {"negative-time", QT_TRANSLATE_NOOP("Words", "The time is negative")},
-    {"export", QT_TRANSLATE_NOOP("Words", "Export")},
     {"plan-export", QT_TRANSLATE_NOOP("Words", "Plan the export")},
     {"prepare-output", QT_TRANSLATE_NOOP("Words", "Prepare the output")},
     {"unknown-preset", QT_TRANSLATE_NOOP("Words", "The preset \"%1\" is unknown")},
@@ -413,9 +412,10 @@ const Sentence kJobWords[] = {
 const Sentence kMetadataWords[] = {
     {"neither-video-nor-audio",
      QT_TRANSLATE_NOOP("Words", "This is neither a video nor an audio file")},
-    {"no-video-file", QT_TRANSLATE_NOOP("Words", "This is not a video")},
     {"title-leads-out",
      QT_TRANSLATE_NOOP("Words", "The title \"%1\" would lead out of the output folder")},
+    {"title-names-folder",
+     QT_TRANSLATE_NOOP("Words", "The title names a folder that is not there: %1")},
     {"title-given-out", QT_TRANSLATE_NOOP("Words", "Another file of this run has that title: %1")},
     {"empty-title", QT_TRANSLATE_NOOP("Words", "The title is empty, and so is the name")},
     {"no-audio-pane", QT_TRANSLATE_NOOP("Words", "No audio pane was given")},
@@ -451,7 +451,6 @@ const Sentence kMetadataWords[] = {
 
 // video
 const Sentence kVideoWords[] = {
-    {"export-video", QT_TRANSLATE_NOOP("Words", "Export")},
     {"read-video-frames", QT_TRANSLATE_NOOP("Words", "Read frames")},
     {"no-video-item", QT_TRANSLATE_NOOP("Words", "This is not a video")},
     {"unknown-video-kind",

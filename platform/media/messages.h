@@ -41,7 +41,6 @@ inline constexpr MessageCode kNoDuration{"no-duration"};
 inline constexpr MessageCode kNegativeTime{"negative-time"};
 
 // Exports.
-inline constexpr MessageCode kExportVideo{"export"};
 inline constexpr MessageCode kPlanExport{"plan-export"};
 inline constexpr MessageCode kPrepareOutput{"prepare-output"};
 inline constexpr MessageCode kUnknownPreset{"unknown-preset"};          ///< name

@@ -204,6 +204,9 @@ TEST_F(Cli, PreferencesArePrintedSetAndChecked) {
     EXPECT_EQ(prefs("storagePath", {folder}).exitCode, 0);
     EXPECT_TRUE(QDir(folder).exists());
     EXPECT_EQ(prefs("storagePath").out, folder.toUtf8() + '\n');
+    EXPECT_EQ(prefs("Postion", {u"lower left corner"_s}).exitCode, 0); // as the window stores it
+    EXPECT_EQ(prefs("Postion").out, "lower left corner\n");
+    EXPECT_EQ(prefs("Postion", {u"in the middle"_s}).exitCode, 2);
     EXPECT_EQ(prefs("fontsize 0").exitCode, 2);
     EXPECT_EQ(prefs("fontSize").exitCode, 2);
 }
@@ -254,6 +257,18 @@ TEST_F(Cli, NamesWhatItSkipsOnALineEach) {
     EXPECT_TRUE(result.err.contains("c.xyz: skipped: "));
     EXPECT_EQ(result.err.count('\n'), 3) << result.err;
     EXPECT_FALSE(result.err.contains('\033'));
+    const auto nothing = cli("list /no/dir");
+    EXPECT_EQ(nothing.out, QByteArray()) << "a table without rows";
+    EXPECT_EQ(nothing.exitCode, 1);
+    EXPECT_EQ(nothing.err.count("/no/dir"), 1) << nothing.err;
+}
+
+TEST_F(Cli, FoldersWithDotsAreMirroredAsByTheirFullNames) {
+    for (const char* folder : {"Iceland/.", "Harbour/../Iceland", "Iceland"}) {
+        const TempDir out;
+        EXPECT_EQ(cli("--quiet --storage % clear %", {out.path(), sample(folder)}).exitCode, 0);
+        EXPECT_EQ(out.files("Iceland").size(), 3) << folder;
+    }
 }
 
 } // namespace

@@ -52,6 +52,17 @@ TEST_F(RenameCommand, RenamesInTheOrderGivenAndTakesItBack) {
     EXPECT_EQ(rename("--undo").exitCode, 3);
 }
 
+TEST_F(RenameCommand, TakesPhotosWhenAsked) {
+    const QString photo =
+        m_dir.write("p.jpg", TempDir::read(clitest::sample("Photos/IMG_0412.jpg")));
+    EXPECT_EQ(rename("--text Trip --number", {photo}).exitCode, 3);
+    EXPECT_EQ(rename("--text Trip --number --photos", {photo}).out,
+              m_dir.path("Trip000001.jpg").toUtf8() + '\n');
+    EXPECT_EQ(rename("--undo --photos").exitCode, 2);
+    EXPECT_EQ(rename("--undo").exitCode, 0);
+    EXPECT_TRUE(exists("p.jpg"));
+}
+
 TEST_F(RenameCommand, NotesWhatGotAnotherNameAndWhatStayed) {
     const QString a = video("a.m4v", "Same");
     const QString b = video("b.m4v", "Same");

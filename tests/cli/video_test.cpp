@@ -45,6 +45,14 @@ TEST_F(VideoCommand, NamesOutputsAfterTheirJobs) {
     }
 }
 
+TEST_F(VideoCommand, ReplacesItsOutputOfBeforeBesideTheSource) {
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(clitest::cli("--quiet --storage % video rotate --by 90", {m_dir.path(), m_video})
+                      .exitCode,
+                  0);
+    EXPECT_EQ(m_dir.files(), (QStringList{u"a 2.mp4"_s, u"a.mp4"_s, u"text.mp4"_s}));
+}
+
 TEST_F(VideoCommand, TakesTitlesOfTheMenus) {
     const auto result = video("frames --every", {u"5 pics per second"_s, m_video});
     EXPECT_EQ(result.exitCode, 0) << result.err;
@@ -59,6 +67,8 @@ TEST_F(VideoCommand, GoesOnAfterAFailure) {
     const auto result = video("mute", {m_text, m_video});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.err.contains("text.mp4: failed: ")) << result.err;
+    EXPECT_EQ(result.err.count("text.mp4"), 1) << result.err;
+    EXPECT_FALSE(result.err.toLower().contains("export:")) << result.err;
     EXPECT_EQ(stored(), u"a.mp4");
     EXPECT_EQ(TempDir::read(m_text), "This is no video.");
 }

@@ -84,7 +84,9 @@ TEST_F(Commands, NamesAndTitlesGoBothWays) {
     outcomes("title-to-name", {sample("Iceland")}); // all are there already
     EXPECT_EQ(m_exitCode, 1);
     const auto audio = outcomes("name-to-title", {sample("Northbound")});
-    EXPECT_EQ(audio[u"07 Salt & Cedar.mp3"_s]["status"_L1].toString(), u"skipped");
+    EXPECT_EQ(audio[u"07 Salt & Cedar.mp3"_s]["status"_L1].toString(), u"completed");
+    EXPECT_EQ(listedFile(m_out.path("Northbound/07 Salt & Cedar.mp3"))["title"_L1].toString(),
+              u"07 Salt & Cedar");
     EXPECT_EQ(cli("clear", {sample("Photos")}).exitCode, 3);
     EXPECT_EQ(cli("clear").exitCode, 2);
 }

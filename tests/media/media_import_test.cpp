@@ -176,6 +176,21 @@ TEST(Preferences, FirstStartWritesDefaultsAndKeepsItsTwoFontSizes) {
     EXPECT_EQ(defaults.integerForKey(u"fontsize"_s), 36);
 }
 
+TEST(Preferences, FirstStartKeepsWhatIsSet) {
+    const testkit::TempDir dir;
+    qputenv("HOME", dir.path().toUtf8());
+    platform::NSUserDefaults defaults(dir.path("prefs.conf"));
+    ASSERT_TRUE(defaults.setObject_forKey(u"Noto Sans"_s, u"fontName"_s));
+    ASSERT_TRUE(defaults.setObject_forKey(u"Upper left corner"_s, u"Postion"_s));
+    const auto first = media::applyPreferencesAtStart(defaults);
+    ASSERT_TRUE(first);
+    EXPECT_TRUE(first->firstStart);
+    EXPECT_EQ(first->position, u"Upper left corner");
+    EXPECT_EQ(defaults.stringForKey(u"fontName"_s), u"Noto Sans");
+    EXPECT_EQ(defaults.stringForKey(u"Postion"_s), u"Upper left corner");
+    EXPECT_EQ(defaults.allKeys().size(), 4);
+}
+
 TEST(Preferences, FillWhatAStoreLacksOneByOne) {
     const testkit::TempDir dir;
     const struct {

@@ -99,7 +99,8 @@ TEST(OutputPathRules, MirrorTheImportedFolderAndStayInside) {
     };
     EXPECT_EQ(titled("Café 1.2"), u"/s/out/lib/Café 1.2.mp4");
     EXPECT_EQ(titled("a/b"), u"/s/out/lib/a/b.mp4");
-    EXPECT_EQ(titled(".."), QString());
+    EXPECT_EQ(titled(".."), u"/s/out/lib/...mp4"); // a name, with its extension
+    EXPECT_EQ(titled("a/../x"), QString());
     EXPECT_EQ(titled("../../etc/x"), QString());
     EXPECT_EQ(titled("a..b"), u"/s/out/lib/a..b.mp4");
 }
@@ -112,6 +113,8 @@ TEST(OutputPathRules, ClaimsNeverMeetASourceOrAnotherOutput) {
     const QString old = dir.write("old.mov", "x");
     jobs::OutputPaths paths;
     paths.protect({source, dir.path("gone")});
+    dir.write("clip 2.mov", "of an earlier run");
+    EXPECT_EQ(paths.claimShared(source), dir.path("clip 2.mov"));
     EXPECT_EQ(paths.claim(source), dir.path("clip 2.mov"));
     EXPECT_EQ(paths.claim(source), dir.path("clip 3.mov"));
     EXPECT_EQ(paths.claim(linked), dir.path("linked 2.mov"));

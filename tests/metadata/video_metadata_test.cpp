@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "jobs/messages.h"
 #include "media/fields.h"
+#include "metadata/messages.h"
 
 #include "platform/foundation/file_manager.h"
 #include "tests/metadata/write_fixture.h"
@@ -126,6 +127,8 @@ TEST_F(Writers, TitlesBecomeNamesOnlyInsideAndOnlyWhereNothingIs) {
         EXPECT_EQ(outcomes[failed].status, jobs::WriteStatus::Failed) << failed;
         EXPECT_FALSE(outcomes[failed].text().isEmpty());
     }
+    EXPECT_EQ(outcomes[3].failure->detail,
+              platform::Message(metadata::kTitleNamesFolder, {m_dir.path("out/no")}));
     EXPECT_EQ(filesOut(), (QStringList{u".mp4"_s, u"Dots...mov"_s, u"Link.mp4"_s, u"Same.mp4"_s,
                                        u"There.mp4"_s}));
     EXPECT_EQ(testkit::TempDir::read(m_dir.path("out/There.mp4")), "old");

@@ -111,7 +111,7 @@ void AVAssetExportSession::State::cancel() {
 
 Result<void> AVAssetExportSession::State::validated() const {
     const auto refused = [&](ErrorCode code, const Message& why) {
-        return failure(code, kExportVideo, sourcePath, why);
+        return failure(code, {}, sourcePath, why);
     };
     if (order && !isExportPreset(order->presetName))
         return refused(ErrorCode::InvalidArgument, Message(kUnknownPreset, {order->presetName}));

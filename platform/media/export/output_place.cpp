@@ -61,7 +61,7 @@ Result<void> OutputPlace::blame() const {
     const bool isFolderMissing = isMissing(containingFolder(m_output));
     if (!m_gone && !isFolderMissing)
         return {};
-    return failure(ErrorCode::NotFound, kExportVideo, m_output,
+    return failure(ErrorCode::NotFound, {}, m_output,
                    isFolderMissing ? kOutputFolderGone : kOutputRemoved);
 }
 
