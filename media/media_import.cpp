@@ -10,6 +10,7 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
+#include "platform/foundation/temporaries.h"
 
 #include <algorithm>
 #include <thread>
@@ -151,6 +152,8 @@ struct MediaImport::Pipeline {
         for (const DirectoryEntry& entry : *entries) {
             if (stopped())
                 break;
+            if (isTemporaryName(entry.name))
+                continue; // of an export that runs, or was killed
             const QString path = folder + u'/' + entry.name;
             if (entry.isDirectory)
                 walk(path);

@@ -12,7 +12,7 @@
 namespace clipheave::platform {
 
 /// A file that comes into being in one step. The bytes go to a hidden temporary file in the
-/// target's folder (".clipheave-<pid>-<random>.tmp"), which nobody else can read; commit() makes
+/// target's folder (temporaryNameBeside()), which nobody else can read; commit() makes
 /// them durable and renames.
 /// Dropped without commit() nothing is left. Left-over temporaries of dead processes are removed by
 /// removeStaleTemporaries().

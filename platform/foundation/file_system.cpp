@@ -4,10 +4,12 @@
 #include "platform/foundation/paths.h"
 #include "platform/foundation/utc.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <iterator>
 #include <linux/magic.h>
 #include <sys/statfs.h>
 #include <sys/xattr.h>
@@ -21,9 +23,12 @@ constexpr qsizetype kMaxAttributeBytes =
     64 * 1024; // the kernel's XATTR_SIZE_MAX and XATTR_LIST_MAX
 
 // Not every release of linux/magic.h has these.
-constexpr std::uint32_t kCifsMagic = 0xFF534D42;
-constexpr std::uint32_t kSmb2Magic = 0xFE534D42;
 constexpr std::uint32_t kF2fsMagic = 0xF2F52010;
+constexpr std::uint32_t kExfatMagic = 0x2011BAB0;
+constexpr std::uint32_t kNtfs3Magic = 0x7366746E;
+constexpr std::uint32_t kZfsMagic = 0x2FC12FC1;
+constexpr std::uint32_t kBcachefsMagic = 0xCA451A4E;
+constexpr std::uint32_t kJfsMagic = 0x3153464A;
 
 } // namespace
 
@@ -94,10 +99,13 @@ bool reservesBlocksCheaply(std::uint32_t fileSystemType) {
 }
 
 bool isShared(std::uint32_t fileSystemType) {
-    // FUSE: may be a mounted remote folder.
-    return fileSystemType == NFS_SUPER_MAGIC || fileSystemType == kCifsMagic ||
-           fileSystemType == kSmb2Magic || fileSystemType == SMB_SUPER_MAGIC ||
-           fileSystemType == FUSE_SUPER_MAGIC;
+    // Those known to be local are named: new remote ones come up, and FUSE may be one.
+    static constexpr std::uint32_t kLocal[] = {
+        EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC,       BTRFS_SUPER_MAGIC, kF2fsMagic,
+        TMPFS_MAGIC,      OVERLAYFS_SUPER_MAGIC, RAMFS_MAGIC,       MSDOS_SUPER_MAGIC,
+        kExfatMagic,      kNtfs3Magic,           kZfsMagic,         kBcachefsMagic,
+        kJfsMagic,        ECRYPTFS_SUPER_MAGIC,  NILFS_SUPER_MAGIC, REISERFS_SUPER_MAGIC};
+    return std::find(std::begin(kLocal), std::end(kLocal), fileSystemType) == std::end(kLocal);
 }
 
 bool nameIsTaken(const QByteArray& name) {

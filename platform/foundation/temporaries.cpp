@@ -5,9 +5,13 @@
 #include "platform/foundation/file_system.h"
 #include "platform/foundation/paths.h"
 
+#include <QCryptographicHash>
 #include <QFile>
 #include <QRandomGenerator>
+#include <QSysInfo>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <unistd.h>
@@ -16,20 +20,37 @@ namespace clipheave::platform {
 namespace {
 
 constexpr std::int64_t kLeftOverAge = 60; // seconds
-// Where other machines write too, a process of theirs cannot be asked: only what nobody has touched
-// for a day is left over.
+// Where other machines write too, the clock may be another's.
 constexpr std::int64_t kSharedLeftOverAge = 24 * 3600;
 
-/// The process id in ".clipheave-<pid>-<random>.tmp", 0 for any other name.
+constexpr QLatin1String kPrefix(".clipheave-"), kSuffix(".tmp");
+
+/// Twelve hexadecimal digits for the processes among which a process id is unique. The host name is
+/// in them because containers of one image share the machine's id.
+const QString& processSpace() {
+    static const QString space = [] {
+        std::array<char, 256> host{};
+        std::array<char, 64> pidNamespace{}; // "pid:[4026531836]"
+        ::gethostname(host.data(), host.size() - 1);
+        if (::readlink("/proc/self/ns/pid", pidNamespace.data(), pidNamespace.size() - 1) < 0)
+            pidNamespace[0] = '\0';
+        const QByteArray text =
+            QSysInfo::machineUniqueId() + '\n' + host.data() + '\n' + pidNamespace.data();
+        return QString::fromLatin1(
+            QCryptographicHash::hash(text, QCryptographicHash::Sha256).toHex().first(12));
+    }();
+    return space;
+}
+
+/// The process id in the name of a temporary of this process space, 0 for any other name.
 pid_t makerOfTemporary(const QString& name) {
-    const QString prefix = QStringLiteral(".clipheave-");
-    if (!name.startsWith(prefix) || !name.endsWith(QLatin1String(".tmp")))
+    if (!name.startsWith(kPrefix) || !name.endsWith(kSuffix))
         return 0;
-    const QStringView rest = QStringView(name).sliced(prefix.size()).chopped(4);
-    const qsizetype dash = rest.indexOf(u'-');
-    bool isNumber = false;
-    const int pid = dash > 0 ? rest.first(dash).toInt(&isNumber) : 0;
-    return isNumber && pid > 0 ? pid : 0;
+    const QStringList parts =
+        name.sliced(kPrefix.size()).chopped(kSuffix.size()).split(QLatin1Char('-'));
+    if (parts.size() != 3 || parts[0] != processSpace())
+        return 0;
+    return std::max(parts[1].toInt(), 0);
 }
 
 /// When the process began, in seconds since the epoch (proc(5), field 22 of stat); 0 when unknown.
@@ -48,14 +69,15 @@ std::int64_t startOfProcess(pid_t pid) {
     return std::time(nullptr) - static_cast<std::int64_t>(up) + fields[19].toLongLong() / ticks;
 }
 
-/// False also when another process has the same number now: it began after the file was made.
-bool makerIsAlive(pid_t pid, std::int64_t fileModified) {
-    if (pid == ::getpid())
-        return true;
+/// False also when another process has the same number now, this one too: it began after the file
+/// was made.
+bool makerIsAlive(pid_t pid, const struct stat& file) {
     if (::kill(pid, 0) != 0 && errno == ESRCH)
         return false;
     constexpr std::int64_t kClockSlack = 10;
-    return startOfProcess(pid) <= fileModified + kClockSlack;
+    // One's own may have the date of its source already.
+    const std::int64_t made = pid == ::getpid() ? file.st_ctime : file.st_mtime;
+    return startOfProcess(pid) <= made + kClockSlack;
 }
 
 } // namespace
@@ -63,9 +85,15 @@ bool makerIsAlive(pid_t pid, std::int64_t fileModified) {
 QString temporaryNameBeside(const QString& target) {
     return appendingPathComponent(
         containingFolder(target),
-        QStringLiteral(".clipheave-%1-%2.tmp")
-            .arg(::getpid())
-            .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0')));
+        kPrefix + processSpace() +
+            QStringLiteral("-%1-%2")
+                .arg(::getpid())
+                .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0')) +
+            kSuffix);
+}
+
+bool isTemporaryName(const QString& name) {
+    return name.startsWith(kPrefix);
 }
 
 void removeStaleTemporaries(const QString& folder) {
@@ -82,7 +110,7 @@ void removeStaleTemporaries(const QString& folder) {
         if (maker == 0 || ::lstat(path.constData(), &status) != 0 ||
             !(S_ISREG(status.st_mode) || S_ISLNK(status.st_mode)))
             continue;
-        if (std::time(nullptr) - status.st_mtime > age && !makerIsAlive(maker, status.st_mtime))
+        if (std::time(nullptr) - status.st_mtime > age && !makerIsAlive(maker, status))
             ::unlink(path.constData());
     }
 }

@@ -231,15 +231,20 @@ TEST(AtomicFile, WhatAKilledProcessLeavesIsRemovedLater) {
     ASSERT_TRUE(own);
     const QString foreign = u".clipheave-notes.tmp"_s;
     // Process 1 lives, yet it began after this file was written: another one had its number.
-    const QString reused = u".clipheave-1-0.tmp"_s;
+    QString reused = lastPathComponent(own->temporaryPath());
+    reused.replace(u"-%1-"_s.arg(::getpid()), u"-1-"_s);
+    // Of another machine, or of a container: their process may be at work.
+    QString elsewhere = lastPathComponent(own->temporaryPath());
+    elsewhere.replace(11, 12, u"0123456789ab"_s).replace(u"-%1-"_s.arg(::getpid()), u"-999999-"_s);
     dir.write(foreign, "x");
     dir.write(reused, "x");
+    dir.write(elsewhere, "x");
     const timespec old[2] = {{1'000, 0}, {1'000, 0}};
     for (const QString& name : testkit::namesIn(dir.path()))
         ASSERT_EQ(::utimensat(AT_FDCWD, nativePath(dir.path(name)).constData(), old, 0), 0);
     removeStaleTemporaries(dir.path());
-    EXPECT_THAT(
-        testkit::namesIn(dir.path()),
-        testing::UnorderedElementsAre(u"t"_s, foreign, lastPathComponent(own->temporaryPath())));
+    EXPECT_THAT(testkit::namesIn(dir.path()),
+                testing::UnorderedElementsAre(u"t"_s, foreign, elsewhere,
+                                              lastPathComponent(own->temporaryPath())));
     EXPECT_EQ(testkit::TempDir::read(target), "old");
 }
