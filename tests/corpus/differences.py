@@ -146,6 +146,8 @@ A name of 255 bytes has no room for what these jobs add.
   made/nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.mp4 audio+frames failed
 Reading ends after the first of its frames.
   video/exiftool__Flash.flv mute failed
+Since FFmpeg 7: ffprobe takes an image under the name of a video for a video, so the test asks for jobs on it.
+  photo/fq__heic.mp4 frames+gif+mov+mute+rotate90+slow+speed failed
 Pure colours side by side: their halved colours fall on other lines when the frame was rotated first.
   made/rgb.mov rotate90+rotate270 ssim
 Hard edges of pure colours, whose halved colours are spread in another way.
