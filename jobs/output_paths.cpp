@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "jobs/output_paths.h"
 
+#include "platform/foundation/creation_date.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
 
@@ -70,14 +71,23 @@ bool OutputPaths::leadsToSource(const QString& path) const {
     return found && m_protected.contains({found->device, found->inode});
 }
 
+bool OutputPaths::mayStandAt(const QString& numbered) const {
+    if (leadsToSource(numbered))
+        return false;
+    const auto& files = NSFileManager::defaultManager();
+    return !files.fileExistsAtPath(numbered) ||
+           bearsOwnCreationDate(FileReference::ofPath(numbered));
+}
+
 QString OutputPaths::claim(const QString& wanted) {
     const std::lock_guard lock(m_mutex);
     QString path = wanted;
     if (m_taken.contains(path) || leadsToSource(path)) {
         // From the last number on, since a camera's names come back in every folder.
         int& steps = m_steps[wanted];
-        while (m_taken.contains(path) || leadsToSource(path))
+        do
             path = numberedName(wanted, 1 + ++steps);
+        while (m_taken.contains(path) || !mayStandAt(path));
     }
     m_taken.insert(path);
     return path;
@@ -85,10 +95,12 @@ QString OutputPaths::claim(const QString& wanted) {
 
 QString OutputPaths::claimShared(const QString& wanted) const {
     const std::lock_guard lock(m_mutex);
-    QString path = wanted;
-    for (int number = 2; leadsToSource(path); ++number)
-        path = numberedName(wanted, number);
-    return path;
+    if (!leadsToSource(wanted))
+        return wanted;
+    int number = 2;
+    while (!mayStandAt(numberedName(wanted, number)))
+        ++number;
+    return numberedName(wanted, number);
 }
 
 bool OutputPaths::claimExactly(const QString& path) {

@@ -30,11 +30,11 @@ public:
     /// No output replaces one of these files, whatever leads to it.
     void protect(const QStringList& sources);
     /// `wanted`, or the first of "B 2.E", "B 3.E" … that is neither a protected file nor was
-    /// assigned in this run. Any other file there is the run's to replace: a run made again
-    /// replaces all of its outputs.
+    /// assigned in this run. A file at `wanted` is the run's to replace, one at a numbered name
+    /// only when it is an output of before: what else stands beside a source is the user's.
     [[nodiscard]] QString claim(const QString& wanted);
-    /// `wanted`, or the first of "B 2.E", "B 3.E" … that is no protected file; the same name at
-    /// every call, and in the next run: a run made again replaces its outputs.
+    /// The same without looking at what was assigned: the same name at every call, and in the next
+    /// run, so that a run made again replaces its outputs.
     [[nodiscard]] QString claimShared(const QString& wanted) const;
     /// False when `path` was assigned in this run already.
     [[nodiscard]] bool claimExactly(const QString& path);
@@ -44,6 +44,8 @@ public:
 
 private:
     [[nodiscard]] bool leadsToSource(const QString& path) const;
+    /// True when an output may take this numbered name.
+    [[nodiscard]] bool mayStandAt(const QString& numbered) const;
 
     mutable std::mutex m_mutex;
     QSet<QString> m_taken;

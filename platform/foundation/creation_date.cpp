@@ -197,6 +197,10 @@ timespec creationDate(const FileReference& file, const struct statx& status) {
     return time;
 }
 
+bool bearsOwnCreationDate(const FileReference& file) {
+    return file.attributeNames().contains(kOwnAttribute);
+}
+
 int storeCreationDate(const FileReference& file, const timespec& date) {
     QByteArray value;
     if (const char* attribute = nativeAttribute(file, value)) {

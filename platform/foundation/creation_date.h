@@ -13,6 +13,9 @@ namespace clipheave::platform {
 [[nodiscard]] std::optional<timespec> storedCreationDate(const FileReference& file);
 /// The stored date, else birth time, else modification time.
 [[nodiscard]] timespec creationDate(const FileReference& file, const struct statx& status);
+/// True when this program has stored a creation date with the file, as it does with its outputs
+/// where the file system keeps extended attributes.
+[[nodiscard]] bool bearsOwnCreationDate(const FileReference& file);
 /// 0 or errno; ENOTSUP when the file system keeps no extended attributes.
 int storeCreationDate(const FileReference& file, const timespec& date);
 

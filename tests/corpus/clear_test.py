@@ -88,7 +88,7 @@ def check_cleared(cli, path, target):
     if is_north_and_east(listed) and "latitude" in after_listed:
         found["location"] = "the position is still there"
     if "latitude" in listed and not is_north_and_east(listed) and \
-            (listed["latitude"], listed["longitude"]) != (after_listed.get("latitude"), after_listed.get("longitude")):
+            (listed["latitude"], listed.get("longitude")) != (after_listed.get("latitude"), after_listed.get("longitude")):
         found["location"] = "the position was lost"
     if media_hashes(path) != media_hashes(target):
         found["streams"] = "streams differ"

@@ -10,8 +10,8 @@ Deliberate: the rows of the import for CAF files have no keys of the info chunk 
   audio/audio__ring.caf artist ffprobe
 The bytes are code page 1252, as the CSET chunk says (E9 FF is "é" and "ÿ"); the others take them for UTF-8.
   audio/exifast__RIFF_cset_info.wav artist exiftool+ffprobe
-An ID3 tag where the Ogg stream should begin: nothing but exiftool opens the file.
-  audio/exifast__ogg_id3_prefixed.ogg title+artist+album exiftool
+An ID3 tag where the Ogg stream should begin: we read the tag, nothing but exiftool the stream behind it.
+  audio/exifast__ogg_id3_prefixed.ogg artist+album exiftool
 The size in the header of the ID3v2.2 tag has a byte over 7F; the others refuse the tag, we read its frames.
   audio/lofty-rs__test_full.id3v22.mp3 title+artist+album nobody
 A single MPEG frame behind the tag: we give its length; ffprobe and mutagen want more than one.

@@ -2,8 +2,11 @@
 #include "jobs/output_paths.h"
 #include "metadata/video_plans.h"
 
+#include "platform/foundation/creation_date.h"
 #include "tests/metadata/write_fixture.h"
 #include "tests/testkit/items.h"
+
+#include <QFile>
 
 #include <unistd.h>
 
@@ -113,10 +116,15 @@ TEST(OutputPathRules, ClaimsNeverMeetASourceOrAnotherOutput) {
     const QString old = dir.write("old.mov", "x");
     jobs::OutputPaths paths;
     paths.protect({source, dir.path("gone")});
-    dir.write("clip 2.mov", "of an earlier run");
-    EXPECT_EQ(paths.claimShared(source), dir.path("clip 2.mov"));
-    EXPECT_EQ(paths.claim(source), dir.path("clip 2.mov"));
+    const QString earlier = dir.write("clip 2.mov", "of an earlier run");
+    if (platform::storeCreationDate(platform::FileReference::ofPath(earlier), {}) == 0) {
+        EXPECT_EQ(paths.claimShared(source), earlier);
+    }
+    ASSERT_TRUE(QFile::remove(earlier));
+    dir.write("clip 2.mov", "of the user");
+    EXPECT_EQ(paths.claimShared(source), dir.path("clip 3.mov"));
     EXPECT_EQ(paths.claim(source), dir.path("clip 3.mov"));
+    EXPECT_EQ(paths.claim(source), dir.path("clip 4.mov"));
     EXPECT_EQ(paths.claim(linked), dir.path("linked 2.mov"));
     EXPECT_EQ(paths.claim(old), old); // of an earlier run: replaced
     EXPECT_EQ(paths.claim(old), dir.path("old 2.mov"));
