@@ -3,7 +3,7 @@
 
 #include "platform/engine/decode/media_decoder.h"
 #include "platform/engine/encode/audio_encoder.h"
-#include "platform/engine/export/remux.h"
+#include "platform/engine/export/audio_copy.h"
 #include "platform/engine/io/chapters.h"
 #include "platform/engine/io/container_codecs.h"
 #include "platform/engine/io/file_input.h"
@@ -17,6 +17,8 @@ namespace clipheave::platform {
 namespace {
 
 constexpr std::int64_t kLossyBitRate = 256'000;
+/// Packets may look far ahead for their codec parameters: the file is read in full anyway.
+constexpr std::int64_t kAudioProbeBytes = 16 << 20;
 
 tl::unexpected<Error> audioError(ErrorCode code, const QString& path, const Message& detail) {
     return failure(code, kConvertAudio, path, detail);
@@ -247,20 +249,19 @@ Result<Notes> convertToM4a(const QString& source, const QString& target,
     auto input = FileInput::open(*reader, InputLimits::none());
     if (!input)
         return tl::unexpected(input.error());
+    (*input)->context()->probesize = kAudioProbeBytes;
     if (!(*input)->findStreamInfo(StreamsOfUse::Audio))
         return audioError(ErrorCode::InvalidData, source, kStreamsUnreadable);
     AVFormatContext& context = *(*input)->context();
     const int best = av_find_best_stream(&context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (best < 0)
         return audioError(ErrorCode::NotSupported, source, kNoAudioTrack);
-    if (isHeldByM4a(context.streams[best]->codecpar->codec_id)) {
-        if (auto copied = remuxAudio(source, target, progress); !copied)
-            return tl::unexpected(copied.error());
-        return Notes();
-    }
     for (unsigned i = 0; i < context.nb_streams; ++i)
         context.streams[i]->discard =
             static_cast<int>(i) == best ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+    const AVCodecParameters& codec = *context.streams[best]->codecpar;
+    if (isHeldByM4a(codec.codec_id) && codec.sample_rate > 0)
+        return copyAudio(**input, *context.streams[best], cafPadding(*reader), target, progress);
     return convertAudio(**input, *context.streams[best], source, target, progress);
 }
 

@@ -35,18 +35,6 @@ bool holds(const AVOutputFormat& format, AVCodecID codec) {
     return codec != AV_CODEC_ID_VP8 && holdsCodec(format, codec, FF_COMPLIANCE_NORMAL);
 }
 
-enum class StreamChoice { All, Audio };
-
-/// Discards the streams that are not wanted: they give no packets and are not added.
-void chooseStreams(AVFormatContext& source, StreamChoice choice) {
-    if (choice == StreamChoice::All)
-        return;
-    const int best = av_find_best_stream(&source, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
-    for (unsigned i = 0; i < source.nb_streams; ++i)
-        if (static_cast<int>(i) != best)
-            source.streams[i]->discard = AVDISCARD_ALL;
-}
-
 /// Cover art carried as a stream is not a video.
 bool mayBeLeftOut(const AVStream& stream) {
     const AVMediaType type = stream.codecpar->codec_type;
@@ -253,9 +241,10 @@ Notes noteOnEnd(const AVFormatContext& source, double seconds) {
                     {QString::number(seconds, 'f', 1), QString::number(announced, 'f', 1)})};
 }
 
-Result<Notes> remuxStreams(const QString& source, const QString& target, RemuxTarget kind,
-                           StreamChoice choice, UnheldStreams unheld,
-                           const std::function<bool(double)>& progress) {
+} // namespace
+
+Result<Notes> remuxFile(const QString& source, const QString& target, RemuxTarget kind,
+                        UnheldStreams unheld, const std::function<bool(double)>& progress) {
     // Opening the target empties it.
     if (NSFileManager::defaultManager().isSameFile(source, target))
         return failure(ErrorCode::InvalidArgument, kCopyStreams, target, kTargetIsSource);
@@ -271,7 +260,6 @@ Result<Notes> remuxStreams(const QString& source, const QString& target, RemuxTa
     if (!(*input)->findStreamInfo())
         return failure(ErrorCode::InvalidData, kReadStreams, source);
 
-    chooseStreams(from, choice);
     auto output = FileOutput::create(kind == RemuxTarget::QuickTimeMovie ? "mov" : "mp4", target);
     if (!output)
         return tl::unexpected(output.error());
@@ -297,20 +285,6 @@ Result<Notes> remuxStreams(const QString& source, const QString& target, RemuxTa
     if (auto finished = (*output)->finish(); !finished)
         return tl::unexpected(finished.error());
     return notes;
-}
-
-} // namespace
-
-Result<Notes> remuxFile(const QString& source, const QString& target, RemuxTarget kind,
-                        UnheldStreams unheld, const std::function<bool(double)>& progress) {
-    return remuxStreams(source, target, kind, StreamChoice::All, unheld, progress);
-}
-
-Result<void> remuxAudio(const QString& source, const QString& target,
-                        const std::function<bool(double)>& progress) {
-    const auto done = remuxStreams(source, target, RemuxTarget::Mp4, StreamChoice::Audio,
-                                   UnheldStreams::Refuse, progress);
-    return done ? Result<void>() : tl::unexpected(done.error());
 }
 
 } // namespace clipheave::platform

@@ -13,8 +13,4 @@ namespace clipheave::platform {
                                       RemuxTarget kind, UnheldStreams unheld,
                                       const std::function<bool(double)>& progress);
 
-/// Copies the audio that a player would play, and nothing else, into an MP4 file.
-[[nodiscard]] Result<void> remuxAudio(const QString& source, const QString& target,
-                                      const std::function<bool(double)>& progress);
-
 } // namespace clipheave::platform

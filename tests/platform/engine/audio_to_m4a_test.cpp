@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/platform/engine/engine_fixture.h"
+
+#include <bit>
+
+namespace clipheave::platform {
+
+namespace {
+
+using testkit::be;
+
+constexpr int kRate = 44100, kFramesPerPacket = 1024;
+
+struct Padding {
+    qint64 packets, valid;
+    int priming, remainder;
+};
+
+QByteArray cafChunk(const char* type, const QByteArray& body) {
+    return type + be(static_cast<quint64>(body.size()), 8) + body;
+}
+
+/// Returns the AAC packets of an ADTS file, whose headers have seven bytes.
+QByteArrayList packetsOf(const QByteArray& adts) {
+    QByteArrayList packets;
+    for (qsizetype at = 0; at + 7 <= adts.size();) {
+        const auto byte = [&](qsizetype i) { return static_cast<quint8>(adts[at + i]); };
+        const int size = (byte(3) & 3) << 11 | byte(4) << 3 | byte(5) >> 5;
+        packets << adts.mid(at + 7, size - 7);
+        at += size;
+    }
+    return packets;
+}
+
+/// Returns a CAF file of mono AAC, 44.1 kHz.
+QByteArray cafOf(const QByteArrayList& packets, const Padding& padding) {
+    const QByteArray description = be(std::bit_cast<quint64>(double(kRate)), 8) + "aac " +
+                                   be(2, 4) + be(0, 4) + be(kFramesPerPacket, 4) + be(1, 4) +
+                                   be(0, 4);
+    // Lengths of four bytes, as other programs write and expect them here.
+    const QByteArray cookie = QByteArray::fromHex("0380808022000000048080801440150000000000000000"
+                                                  "00000005808080021208068080800102");
+    QByteArray table = be(quint64(padding.packets), 8) + be(quint64(padding.valid), 8) +
+                       be(quint32(padding.priming), 4) + be(quint32(padding.remainder), 4);
+    for (const QByteArray& packet : packets)
+        table += QByteArray(1, char(0x80 | packet.size() >> 7)) + char(packet.size() & 0x7F);
+    return testkit::raw("caff\0\1\0\0") + cafChunk("desc", description) + cafChunk("kuki", cookie) +
+           cafChunk("pakt", table) + cafChunk("data", be(0, 4) + packets.join());
+}
+
+class AudioToM4a : public EngineTest {
+protected:
+    QString converted(const QString& source) {
+        const QString target = m_dir.path("out.m4a");
+        const auto done = m_engine->audioToM4a(source, target, {});
+        EXPECT_TRUE(done) << done.error().text();
+        return target;
+    }
+    static QByteArray decoded(const QString& path) {
+        return testkit::ffmpeg("-i % -f s16le -c:a pcm_s16le -", {path});
+    }
+    static QByteArray durationOf(const QString& path) {
+        return testkit::ffprobe("-of csv=p=0 -show_entries stream=duration_ts", path)
+            .trimmed()
+            .split(',')
+            .first();
+    }
+};
+
+} // namespace
+
+TEST_F(AudioToM4a, PaddingOfAPacketTableIsNotHeard) {
+    testkit::ffmpeg("-f lavfi -i sine=d=3:r=44100 -c:a aac %", {m_dir.path("a.aac")});
+    const QByteArrayList packets = packetsOf(testkit::TempDir::read(m_dir.path("a.aac")));
+    const qint64 all = packets.size() * kFramesPerPacket;
+    const int remainder = static_cast<int>(all - 1024 - 3LL * kRate);
+    const struct {
+        Padding padding;
+        qint64 heard, skipped;
+    } cases[] = {{{packets.size(), 3LL * kRate, 1024, remainder}, 3LL * kRate, 1024},
+                 {{packets.size(), all, 0, 0}, all, 0},
+                 // Numbers that contradict each other hide nothing.
+                 {{packets.size(), 10, 1024, remainder}, all, 0},
+                 {{packets.size(), all + 1024, -1024, 0}, all, 0},
+                 {{packets.size(), INT64_MAX, INT32_MAX, INT32_MAX}, all, 0}};
+    for (const auto& [padding, heard, skipped] : cases) {
+        const QString source = m_dir.write("a.caf", cafOf(packets, padding));
+        const QString target = converted(source);
+        EXPECT_EQ(durationOf(target), QByteArray::number(heard)) << padding.valid;
+        const QByteArray wanted = decoded(source), got = decoded(target);
+        EXPECT_EQ(wanted.size(), 2 * all);
+        EXPECT_GE(got.size(), 2 * heard) << padding.valid;
+        EXPECT_EQ(got, wanted.mid(2 * skipped, got.size())) << padding.valid;
+    }
+}
+
+TEST_F(AudioToM4a, CopiedPacketsFollowEachOtherToTheSample) {
+    const struct {
+        const char *name, *codec;
+        qint64 samples;
+    } cases[] = {{"a.caf", "alac", 3LL * kRate},
+                 {"b.caf", "ac3", 87 * 1536},
+                 {"c.ac3", "ac3", 87 * 1536},
+                 {"d.mka", "aac", 131 * 1024},
+                 {"e.aac", "aac", 131 * 1024}};
+    for (const auto& [name, codec, samples] : cases) {
+        const QString source = m_dir.path(name);
+        testkit::ffmpeg(QByteArray("-f lavfi -i sine=d=3:r=44100 -c:a ") + codec + " %", {source});
+        const QString target = converted(source);
+        EXPECT_EQ(durationOf(target), QByteArray::number(samples)) << name;
+        EXPECT_EQ(decoded(target), decoded(source)) << name;
+    }
+}
+
+} // namespace clipheave::platform
