@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/export/copy_lane.h"
 
+#include "platform/engine/export/timestamp_repair.h"
 #include "platform/engine/messages.h"
 
 #include <algorithm>
@@ -55,7 +56,8 @@ private:
     };
     std::optional<Times> timesOf(const AVPacket& packet);
     std::optional<Times> untilStart(AVPacket& packet, bool first);
-    int readPackets(AVPacket& packet, bool first);
+    int readPackets(bool first);
+    int takeReady(bool first);
     int take(AVPacket& packet, const Times& times);
     int give(Packet packet, const Times& times);
     int giveHeld();
@@ -75,14 +77,14 @@ private:
     Stretch m_stretch;
     std::optional<std::int64_t> m_lastDts;
     std::optional<Ticks> m_expected; ///< time of the next packet, audio of constant frames
-    Ticks m_lastSourceDts = 0;
     bool m_begun = false, m_skipped = false;
     std::optional<Ticks> m_cutOffFrom; ///< time of the first packet that is cut off
     /// Packets shown after the end: wanted only if one shown before it follows them.
     std::vector<std::pair<Packet, Times>> m_held;
+    std::vector<Packet> m_ready; ///< with repaired timestamps
 };
 
-/// Returns the times in the source; missing ones are derived.
+/// Returns the times in the source.
 std::optional<PacketCopier::Times> PacketCopier::timesOf(const AVPacket& packet) {
     const auto pts = m_source->time(packet.pts), dts = m_source->time(packet.dts);
     const AVRational base = m_source->stream().time_base;
@@ -90,13 +92,10 @@ std::optional<PacketCopier::Times> PacketCopier::timesOf(const AVPacket& packet)
     times.duration = ticksOf(std::max<std::int64_t>(packet.duration, 0), base).value_or(0);
     if (times.duration == 0 && isVideo())
         times.duration = ticksOf(1, av_inv_q(m_source->stream().avg_frame_rate)).value_or(0);
-    if (!pts && !dts && !m_begun)
-        return std::nullopt;
-    // Where the first packets have no decoding time, as many frames earlier as are reordered.
-    times.dts = dts       ? *dts
-                : m_begun ? m_lastSourceDts + times.duration
-                          : *pts - m_source->codec().video_delay * times.duration;
-    times.pts = pts ? *pts : times.dts;
+    if (!pts || !dts)
+        return std::nullopt; // beyond any real time
+    times.dts = *dts;
+    times.pts = *pts;
     const AVCodecParameters& codec = m_source->codec();
     if (!isVideo() && codec.frame_size > 0) {
         // Containers with milliseconds only round exact times.
@@ -106,7 +105,6 @@ std::optional<PacketCopier::Times> PacketCopier::timesOf(const AVPacket& packet)
         times.duration = exact.value_or(times.duration);
         m_expected = times.pts + times.duration;
     }
-    m_lastSourceDts = times.dts;
     return times;
 }
 
@@ -183,17 +181,33 @@ std::optional<PacketCopier::Times> PacketCopier::untilStart(AVPacket& packet, bo
     return times;
 }
 
-int PacketCopier::readPackets(AVPacket& packet, bool first) {
+int PacketCopier::takeReady(bool first) {
     int code = 0;
-    while (code == 0 && (code = m_source->read(packet)) >= 0) {
+    for (const Packet& packet : m_ready)
+        if (code == 0)
+            if (const auto times = untilStart(*packet, first))
+                code = take(*packet, *times);
+    m_ready.clear();
+    return code;
+}
+
+int PacketCopier::readPackets(bool first) {
+    TimestampRepair repair(m_source->stream(), 0);
+    int code = 0;
+    while (code == 0) {
         if (m_lanes.stopped())
             return AVERROR_EXIT;
-        if (const auto times = untilStart(packet, first))
-            code = take(packet, *times);
-        else
-            av_packet_unref(&packet);
+        Packet packet(av_packet_alloc());
+        code = packet ? m_source->read(*packet) : AVERROR(ENOMEM);
+        if (code == AVERROR_EOF)
+            repair.finish(m_ready);
+        else if (code >= 0)
+            repair.push(std::move(packet), m_ready);
+        if (code >= 0 || code == AVERROR_EOF)
+            if (const int taken = takeReady(first); taken != 0)
+                return taken == 1 ? 0 : taken;
     }
-    return code == 1 || code == AVERROR_EOF ? 0 : code;
+    return code == AVERROR_EOF ? 0 : code;
 }
 
 Result<void> PacketCopier::copy(PlannedSegment& segment, bool first) {
@@ -206,11 +220,11 @@ Result<void> PacketCopier::copy(PlannedSegment& segment, bool first) {
     m_expected.reset();
     m_cutOffFrom.reset();
     m_held.clear();
+    m_ready.clear();
     if (m_stretch.sourceStart > kCopyShortestSeek && !m_source->seekBefore(m_stretch.sourceStart) &&
         !m_source->rewind())
         return m_source->failed(ErrorCode::Io, kCannotSeekToStart);
-    const Packet packet(av_packet_alloc());
-    const int code = packet ? readPackets(*packet, first) : AVERROR(ENOMEM);
+    const int code = readPackets(first);
     m_lanes.note(damageNote(*m_source, 0));
     if (m_skipped)
         m_lanes.note(kSegmentStartsLater);

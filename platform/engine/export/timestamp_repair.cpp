@@ -70,6 +70,7 @@ void TimestampRepair::settle(AVPacket& packet) {
         packet.dts = m_start;
     if (!hasTime(packet.pts))
         packet.pts = packet.dts;
+    packet.dts = std::min(packet.dts, packet.pts);
     if (hasTime(m_last) && packet.dts <= m_last)
         packet.dts = m_last + 1;
     // Nothing but a fault of the source gets here: the packets are in the order of decoding.

@@ -119,6 +119,34 @@ TEST_F(ExportCopyTest, StretchesCutsAndJoinsWithoutEncoding) {
     expectFailure(plan, ErrorCode::NotSupported, "two sizes");
 }
 
+TEST_F(ExportCopyTest, ReorderedFramesKeepTheirTimes) {
+    const auto times = [](const QString& path, double factor) {
+        std::vector<double> shown;
+        for (const QByteArray& line : ffprobe(path, "v", "packet=pts_time").split('\n'))
+            shown.push_back(line.split(',').first().toDouble() * factor);
+        return shown;
+    };
+    constexpr char kPyramid[] = "-an -c:v libx264 -bf 3 -x264-params b-adapt=0:b-pyramid=normal ";
+    // Without the first decoding times, and with decoding times behind those of presentation.
+    for (const auto& [name, more] :
+         {std::pair("b.mkv", "-r 16"),
+          std::pair("b.mp4", "-frames:v 5 -movflags negative_cts_offsets")}) {
+        const QString source = make(name, QByteArray(kPyramid) + more);
+        const std::vector<double> wanted = times(source, 1);
+        for (const double speed : {1.0, 0.5, 0.2}) {
+            ExportPlan plan = copyOf(source);
+            plan.video->segments = {segment(source, 0, 3.2, 0, speed)};
+            plan.audio.reset();
+            exported(plan);
+            EXPECT_EQ(decoded(m_out), decoded(source)) << name << speed;
+            const std::vector<double> shown = times(m_out, speed);
+            ASSERT_EQ(shown.size(), wanted.size()) << name << speed;
+            for (std::size_t i = 0; i < shown.size(); ++i)
+                EXPECT_NEAR(shown[i] - shown[0], wanted[i] - wanted[0], 0.0001) << name << i;
+        }
+    }
+}
+
 TEST_F(ExportCopyTest, CarriesHeaderDatesAndNothingElse) {
     const QString source =
         make("a.mov", "-metadata title=Name -metadata creation_time=2019-03-04T05:06:07Z "
