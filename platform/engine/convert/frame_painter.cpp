@@ -10,6 +10,8 @@ namespace clipheave::platform {
 namespace {
 
 constexpr int kWidePixelBytes = 6;
+/// Without the last one the halved colours of a row are repeated, which shows at coloured edges.
+constexpr int kFine = SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT;
 
 Scaler newScaler(const AVFrame& frame, QSize size, AVPixelFormat format, int threads,
                  Scaling scaling) {
@@ -19,15 +21,14 @@ Scaler newScaler(const AVFrame& frame, QSize size, AVPixelFormat format, int thr
     const struct {
         const char* name;
         int value;
-    } options[] = {
-        {"srcw", frame.width},
-        {"srch", frame.height},
-        {"src_format", frame.format},
-        {"dstw", size.width()},
-        {"dsth", size.height()},
-        {"dst_format", format},
-        {"sws_flags", scaling == Scaling::Fast ? SWS_AREA : SWS_BICUBIC | SWS_ACCURATE_RND},
-        {"threads", threads}};
+    } options[] = {{"srcw", frame.width},
+                   {"srch", frame.height},
+                   {"src_format", frame.format},
+                   {"dstw", size.width()},
+                   {"dsth", size.height()},
+                   {"dst_format", format},
+                   {"sws_flags", scaling == Scaling::Fast ? SWS_AREA : kFine},
+                   {"threads", threads}};
     for (const auto& [name, value] : options)
         if (av_opt_set_int(scaler.get(), name, value, 0) < 0)
             return nullptr;

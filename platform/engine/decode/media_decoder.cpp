@@ -13,10 +13,10 @@ Result<std::unique_ptr<MediaDecoder>> MediaDecoder::open(const AVStream& stream,
     const AVCodec* codec = avcodec_find_decoder(parameters.codec_id);
     if (codec == nullptr)
         return failure(ErrorCode::NotSupported, {}, {}, noDecoder(parameters));
-    std::unique_ptr<MediaDecoder> decoder(new MediaDecoder);
+    std::unique_ptr<MediaDecoder> decoder(new MediaDecoder(parameters, stream.time_base));
     decoder->m_codec.reset(avcodec_alloc_context3(codec));
     AVCodecContext* context = decoder->m_codec.get();
-    if (context == nullptr || !decoder->m_packet ||
+    if (context == nullptr || !decoder->m_packet || !decoder->m_rest ||
         avcodec_parameters_to_context(context, &parameters) < 0)
         return failure(ErrorCode::Io, {}, {}, ffmpegReason(AVERROR(ENOMEM)));
     context->pkt_timebase = stream.time_base;
@@ -50,12 +50,21 @@ int MediaDecoder::receive(AVFrame& frame) {
     return m_drained ? AVERROR_EOF : AVERROR(EAGAIN);
 }
 
+int MediaDecoder::readInto(AVPacket& packet, const PacketReader& read) {
+    if (!m_amrFrames.isNeeded())
+        return read(packet);
+    if (m_rest->size == 0)
+        if (const int code = read(*m_rest); code < 0)
+            return code;
+    return m_amrFrames.cutFirst(*m_rest, packet);
+}
+
 int MediaDecoder::next(AVFrame& frame, const PacketReader& read) {
     for (;;) {
         int code = receive(frame);
         if (code != AVERROR(EAGAIN))
             return code;
-        code = read(*m_packet);
+        code = readInto(*m_packet, read);
         if (code < 0 && code != AVERROR_EOF)
             return code;
         code = send(code == AVERROR_EOF ? nullptr : m_packet.get());
@@ -67,6 +76,7 @@ int MediaDecoder::next(AVFrame& frame, const PacketReader& read) {
 
 void MediaDecoder::flush() {
     avcodec_flush_buffers(m_codec.get());
+    av_packet_unref(m_rest.get());
     m_drained = false;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/engine/decode/amr_frames.h"
 #include "platform/engine/io/ffmpeg.h"
 #include "platform/foundation/result.h"
 
@@ -43,11 +44,14 @@ public:
     [[nodiscard]] const AVCodecContext& context() const { return *m_codec; }
 
 private:
-    MediaDecoder() = default;
+    MediaDecoder(const AVCodecParameters& stream, AVRational timeBase)
+        : m_amrFrames(stream, timeBase) {}
+    [[nodiscard]] int readInto(AVPacket& packet, const PacketReader& read);
     void countDamage(int code);
 
+    AmrFrames m_amrFrames;
     Codec m_codec;
-    Packet m_packet{av_packet_alloc()};
+    Packet m_packet{av_packet_alloc()}, m_rest{av_packet_alloc()};
     bool m_drained = false;
     int m_damaged = 0, m_complaint = 0;
 };

@@ -3,6 +3,8 @@
 #include "platform/media/model/media_engine.h"
 #include "tests/platform/engine/engine_fixture.h"
 
+#include <QtEndian>
+
 #include <array>
 
 namespace clipheave::platform {
@@ -59,6 +61,31 @@ TEST_F(AudioPeaks, FollowTheLoudnessInEverySampleFormat) {
         EXPECT_THAT(part(21, 39), Each(AllOf(Ge(118), Le(140)))) << name;
         EXPECT_THAT(part(41, 59), Each(Ge(240))) << name;
     }
+}
+
+TEST_F(AudioPeaks, AreOfEveryFrameOfAPhonesPackets) {
+    // Speech of 12.2 kbit/s whose bits are noise, in samples of five frames as phones store it.
+    constexpr int kFrames = 20, kFrameBytes = 32, kTogether = 5;
+    QByteArray speech = "#!AMR\n";
+    for (int i = 0; i < kFrames * kFrameBytes; ++i)
+        speech += static_cast<char>(i % kFrameBytes == 0 ? 0x3C : i * 7919 >> 3);
+    const QString path = m_dir.path("phone.3gp");
+    testkit::ffmpeg("-f amr -i", {m_dir.write("speech.amr", speech), u"-c"_s, u"copy"_s, path});
+    QByteArray bytes = testkit::TempDir::read(path);
+    const auto set = [&bytes](const char* box, int field, int old, int value) {
+        const qsizetype at = bytes.indexOf(box) + 4 + field;
+        ASSERT_EQ(qFromBigEndian<qint32>(bytes.constData() + at), old) << box << field;
+        qToBigEndian<qint32>(value, bytes.data() + at);
+    };
+    set("stsz", 4, kFrameBytes, kFrameBytes * kTogether);
+    set("stsz", 8, kFrames, kFrames / kTogether);
+    set("stts", 8, kFrames, kFrames / kTogether);
+    set("stts", 12, 160, 160 * kTogether);
+    set("stsc", 12, kFrames, kFrames / kTogether);
+    const auto found = peaks(m_dir.write("phone.3gp", bytes), kFrames);
+    ASSERT_TRUE(found) << found.error().text();
+    for (const char column : *found)
+        EXPECT_GE(static_cast<unsigned char>(column), 20);
 }
 
 TEST_F(AudioPeaks, RefuseWhatHasNoneAndStopWhenAsked) {
