@@ -146,6 +146,12 @@ A name of 255 bytes has no room for what these jobs add.
   made/nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.mp4 audio+frames failed
 Reading ends after the first of its frames.
   video/exiftool__Flash.flv mute failed
+Since FFmpeg 7: its filter compares no single frame without a duration.
+  video/exiftool__Flash.flv frames+gif ssim
+Since FFmpeg 7: ffprobe measures the tracks where the movie header claims more; 2X keeps the first half of what the header claims, all of it.
+  made/million-seconds.mp4 speed audio-length+duration+frames
+Since FFmpeg 7: of the first packet of speech it drops the priming once a frame, 20 ms of audio.
+  video/file-type__fixture2.3gp audio+speed audio
 Since FFmpeg 7: ffprobe takes an image under the name of a video for a video, so the test asks for jobs on it.
   photo/fq__heic.mp4 frames+gif+mov+mute+rotate90+slow+speed failed
 Pure colours side by side: their halved colours fall on other lines when the frame was rotated first.

@@ -86,7 +86,7 @@ class Check:
             filter_target = f"{self.out.upright()},{filter_target}"
             filter_source = f"{self.probe.upright()},{filter_source}"
         compared = oracles.Comparison(self.target, self.source.path, size, filter_target, filter_source, audio=audio, video=video,
-                                      **{"rgb": self.rgb(), **options})
+                                      **{"input_other": self.probe.own_times, "rgb": self.rgb(), **options})
         least = LEAST_LIKENESS.get(self.job, 0.98)
         if video:
             self.expect("ssim", compared.likeness is not None and compared.likeness > least, compared.likeness)
@@ -116,7 +116,8 @@ def rotate(check):
     check.colours()
     # Fields, which do not rotate with the frame.
     fields = "" if check.probe.video.get("field_order", "progressive") == "progressive" or degrees == "180" else "yadif,"
-    samples = check.likeness_and_audio(f"{fields}tpad=stop_mode=clone:stop_duration=0.04,fps=30,{ROTATIONS[degrees]}", audio=degrees == "180" and check.probe.audio_count > 0)
+    samples = check.likeness_and_audio(f"{fields}tpad=stop_mode=clone:stop_duration=0.04,fps=30,{ROTATIONS[degrees]}",
+                                       audio=degrees == "180" and check.probe.audio_count > 0)
     if len(samples):
         check.audio(samples)
 

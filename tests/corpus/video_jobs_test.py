@@ -49,7 +49,7 @@ class Source:
         frames, damaged = oracles.decoded(path)
         self.decodes = video is not None and video.get("width", 0) > 0 and frames > 0
         self.damaged = damaged or "broken" in key
-        self.samples = oracles.samples_of(path) if self.probe.audio_count and not self.damaged else []
+        self.samples = oracles.samples_of(path, input_options=self.probe.own_times) if self.probe.audio_count and not self.damaged else []
 
     def work(self):
         video = self.probe.video or {}

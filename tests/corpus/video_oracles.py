@@ -50,6 +50,9 @@ class Probe:
         self.video, self.video_count = videos[0] if videos else None, len(videos)
         self.audio, self.audio_count = audios[0] if audios else None, len(audios)
         self.start = start if start is not None else max(0, number(self.format.get("start_time")) or 0)
+        # An encoder's delay may lie before zero: ffmpeg would move the whole file until its first packet is at zero.
+        earliest = min(0, number(self.format.get("start_time")) or 0)
+        self.own_times = ("-itsoffset", str(earliest)) if earliest < 0 and start is None else ()
         self.duration = number(self.format.get("duration")) or 0
         self.times = self._times(found.get("packets", [])) if self.video else []
 
@@ -101,19 +104,22 @@ class Probe:
         return max([b - a for a, b in zip(starts, starts[1:])] + [duration for _, duration in self.times[-1:]] + [0.001])
 
 
+FINE_RGB = "scale=flags=bicubic+accurate_rnd+full_chroma_int,format=gbrp,"  # chroma interpolated; the default repeats it
+
+
 class Comparison:
     """The likeness of the frames of two videos at the same times, drawn small, as SSIM; and the audio of the first, as
     samples from the start of the presentation. One run of ffmpeg."""
 
     def __init__(self, one, other, size, filter_one="null", filter_other="null", seconds=SECONDS, input_one=(), rgb=False, audio=False,
-                 video=True, pad=True):
+                 video=True, pad=True, input_other=()):
         wide = min(WIDTH, size[0])
         # Through the same conversion of colours from RGB on, where one of them is that.
-        small = f"{'format=gbrp,' if rgb else ''}scale={wide}:{max(2, round(size[1] * wide / size[0]))}:flags=area+accurate_rnd+full_chroma_int," \
-                "format=yuv420p,setsar=1"
+        high = max(2, round(size[1] * wide / size[0]))
+        small = f"{FINE_RGB if rgb else ''}scale={wide}:{high}:flags=area+accurate_rnd+full_chroma_int,format=yuv420p,setsar=1"
         command = ["ffmpeg", *QUIET, "-v", "info", *input_one, "-noautorotate", "-t", seconds, "-i", file_url(one)]
         if video:
-            command += ["-noautorotate", "-t", seconds, "-i", file_url(other), "-filter_complex",
+            command += [*input_other, "-noautorotate", "-t", seconds, "-i", file_url(other), "-filter_complex",
                         f"[0:V:0]setpts=PTS+0.008/TB,{filter_one},{small}[a];[1:V:0]{filter_other},{small}{',tpad=stop_mode=clone:stop=1' if pad else ''}[b];"
                         f"[a][b]ssim=shortest=1", "-f", "null", "-"]
         with tempfile.NamedTemporaryFile() as samples:
@@ -132,10 +138,14 @@ def as_samples(data):
     return array.array("h", data[:len(data) // 2 * 2])
 
 
-def samples_of(path, seconds=SECONDS, own_start=True):
+def samples_of(path, seconds=SECONDS, own_start=True, input_options=()):
     """`own_start`: from the file's first packet, else from zero."""
     copied = () if own_start else ("-copyts",)
-    return as_samples(output_of("ffmpeg", *QUIET, "-v", "error", *copied, "-t", seconds, "-i", file_url(path), "-map", "0:a:0", *AUDIO_OUTPUT, "-")[0])
+    return as_samples(output_of("ffmpeg", *QUIET, "-v", "error", *copied, *input_options, "-t", seconds, "-i", file_url(path), "-map",
+                                "0:a:0", *AUDIO_OUTPUT, "-")[0])
+
+
+DAMAGE = "(?i)invalid|error|corrupt|truncat|partial file|missing|nothing was encoded"
 
 
 def decoded(path, seconds=SECONDS):
@@ -143,23 +153,27 @@ def decoded(path, seconds=SECONDS):
     _, errors, _ = output_of("ffmpeg", *QUIET, "-v", "info", "-t", seconds, "-i", file_url(path), "-map", "0:V:0?", "-map", "0:a:0?", "-vsync",
                              "passthrough", "-f", "null", "-")
     frames = re.findall(r"frame= *(\d+)", errors)
-    return int(frames[-1]) if frames else 0, re.search("(?i)invalid|error|corrupt|truncat|partial file|missing", errors) is not None
+    return int(frames[-1]) if frames else 0, re.search(DAMAGE, errors) is not None
 
 
 def correlation(a, b):
     """The best one within 10 ms, -1 to 1; None where the audio is nearly silent."""
-    best, reach = None, AUDIO_RATE // 100
+    reach = AUDIO_RATE // 100
     n = min(len(a), len(b)) - reach
-    if n < AUDIO_RATE // 20:
+    if n < AUDIO_RATE // 20 or sum(map(int.__mul__, b[:n], b[:n])) / n < 100:
         return None
-    for x_start, y_start in [(0, lag) for lag in range(0, reach + 1, 4)] + [(lag, 0) for lag in range(4, reach + 1, 4)]:
-        x, y = a[x_start:x_start + n], b[y_start:y_start + n]
-        xx, yy = sum(map(int.__mul__, x, x)), sum(map(int.__mul__, y, y))
-        if yy / n < 100:
-            return None
-        value = sum(map(int.__mul__, x, y)) / (xx * yy) ** 0.5 if xx else 0.0
-        best = value if best is None else max(best, value)
-    return best
+
+    def best(lags):
+        return max((correlation_at(a[max(0, lag):][:n], b[max(0, -lag):][:n]), lag) for lag in lags)
+
+    value, lag = best(range(-reach, reach + 1, 4))
+    # A tone of 500 Hz is the reverse of itself after four of these samples.
+    return value if value > 0.99 else max(value, best(set(range(-reach, reach + 1)) - {lag})[0])
+
+
+def correlation_at(x, y):
+    xx, yy = sum(map(int.__mul__, x, x)), sum(map(int.__mul__, y, y))
+    return sum(map(int.__mul__, x, y)) / (xx * yy) ** 0.5 if xx and yy else 0.0
 
 
 EXIF_FACTS = {"title": ("ItemList:Title", "Keys:Title", "UserData:Title", "Keys:DisplayName", "Matroska:Title"),
