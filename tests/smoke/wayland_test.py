@@ -188,7 +188,6 @@ class WaylandTest(program.WindowTest):
 class ScaledTest(WaylandTest):
     """At 150 %: what is drawn and what the pointer hits are the same place."""
     scale, environment = 1.5, {"QT_SCALE_FACTOR": "1.5"}
-    test_edits_and_saves = test_menus_and_sheets = None
 
 
 if __name__ == "__main__":
