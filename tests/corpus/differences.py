@@ -150,6 +150,8 @@ Since FFmpeg 7: its filter compares no single frame without a duration.
   video/exiftool__Flash.flv frames+gif ssim
 Since FFmpeg 7: ffprobe measures the tracks where the movie header claims more; 2X keeps the first half of what the header claims, all of it.
   made/million-seconds.mp4 speed audio-length+duration+frames
+Until FFmpeg 7: its own decoder takes one frame of each packet of speech, the rest is silence.
+  video/metadata-extractor-images__sample_3GPP2.3g2 audio+speed audio
 Since FFmpeg 7: of the first packet of speech it drops the priming once a frame, 20 ms of audio.
   video/file-type__fixture2.3gp audio+speed audio
 Since FFmpeg 7: ffprobe takes an image under the name of a video for a video, so the test asks for jobs on it.
