@@ -83,7 +83,7 @@ struct Field {
     ReadAs readAs = ReadAs::Text;
     /// With all of its identifiers; kFieldIdentifiers says of which else.
     bool replacesOlder = false;
-    std::array<ReadIdentifier, 4> read{};
+    std::array<ReadIdentifier, 5> read{};
     /// Files hold it under these too.
     OtherIdentifiers alsoUnder{};
     const char16_t* infoKey = nullptr; ///< of the info dictionary of a WAV, FLAC or AU file

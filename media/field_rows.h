@@ -7,8 +7,7 @@
 // The fields of a media item, one row each: every other table about a field is made from these.
 namespace clipheave::media::field_rows {
 
-/// In the order of the command line's lists, of the video pane and of the items that a save builds.
-/// Sources: the keys of QuickTime, iTunes, ISO user data, ID3, and of info chunks (AIFF, CAF).
+/// In the order of lists, panes and saves. Sources: QuickTime, iTunes, ISO user data, ID3, CAF.
 inline constexpr Field kRows[] = {
     {.names = {"title", "fileTitle"},
      .record = &Item::fileTitle,
@@ -40,6 +39,7 @@ inline constexpr Field kRows[] = {
      .read = {{{"id3/TPE1", kTagged},
                {"itsk/%A9ART", kTagged},
                {"id3/TOPE", kAudioFiles, true},
+               {"itsk/%A9ope", kAudioFiles, true},
                {"caaf/info-artist", kAiffFiles}}},
      .alsoUnder = kOtherArtists,
      .infoKey = u"artist",

@@ -22,10 +22,11 @@ struct OtherRow {
     const char* identifier;
     OtherTarget target;
 };
+constexpr char kCover[] = "itsk/covr";
 // Of every table. Sources: as for kFields.
 constexpr OtherRow kOtherRows[] = {
     {"id3/APIC", OtherTarget::Artwork},
-    {"itsk/covr", OtherTarget::Artwork},
+    {kCover, OtherTarget::Artwork},
     {"uiso/loci", OtherTarget::Location},
     // Where phones put it, in every brand.
     {"itsk/%A9xyz", OtherTarget::Location},
@@ -154,7 +155,13 @@ void applyCommonRow(IKImageItem& item, const AVMetadataItem& source) {
 
 void applyMetadata(IKImageItem& item, const QList<AVMetadataItem>& metadata, WalkTable table) {
     const FieldMap& fields = fieldsOf(table);
+    const platform::SourceBox* box = nullptr;
     for (const AVMetadataItem& source : metadata) {
+        // Of several images in one entry the first is the cover.
+        const bool isFurther = source.source && source.source.get() == box;
+        box = source.source.get();
+        if (isFurther && source.identifier == QLatin1String(kCover))
+            continue;
         const auto field = fields.constFind(source.identifier);
         if (field != fields.cend())
             applyRead(item, *field, source);

@@ -8,14 +8,13 @@
 #include "platform/formats/flac/flac_blocks.h"
 #include "platform/formats/flac/flac_tags.h"
 #include "platform/formats/messages.h"
-#include "platform/formats/mpeg/id3_contents.h"
 #include "platform/formats/mpeg/mpeg_tags.h"
 #include "platform/foundation/dates.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
 #include "platform/image/tiff_representation.h"
-#include "platform/isobmff/write/write_metadata.h"
 #include "platform/media/export/output_place.h"
+#include "platform/media/model/messages.h"
 
 #include <algorithm>
 
@@ -129,19 +128,6 @@ void noteMpeg4(jobs::WriteOutcome& outcome) {
         return;
     if (const auto written = AVURLAsset::assetWithPath(outcome.outputs.front()))
         outcome.notes.append(Message(kMpeg4UnderOldName, {codecName(*written)}));
-}
-
-/// Notes which items of a list MPEG-4 has no place for.
-void noteLost(jobs::WriteJob& job, const QList<AVMetadataItem>& items) {
-    QStringList lost;
-    for (const AVMetadataItem& item : items)
-        if (!item.source &&
-            itemTarget(item.effectiveIdentifier(), OutputContainer::M4A, false).place ==
-                ItemTarget::Place::Nowhere)
-            lost.append(id3FrameName(item));
-    lost.removeDuplicates();
-    if (!lost.isEmpty())
-        job.notes.append(Message(kTagsNotCarriedOver, {lost.join(QStringLiteral(", "))}));
 }
 
 bool isMpeg4(const AVURLAsset& asset) {
@@ -302,9 +288,7 @@ void AudioMetadata::writeM4a(
         *asset, QString::fromUtf16(AVAssetExportPresetPassthrough));
     session->setOutputPath(job->output);
     session->setOutputFileType(QString::fromUtf16(AVFileTypeAppleM4A));
-    const auto items = plan(*job, shownFirst(asset->metadata(), *request.item));
-    noteLost(*job, items);
-    session->setMetadata(items);
+    session->setMetadata(plan(*job, shownFirst(asset->metadata(), *request.item)));
     jobs::startSession(*job, session);
 }
 

@@ -3,7 +3,7 @@
 
 #include "media/fields.h"
 #include "metadata/metadata_keys.h"
-#include "platform/formats/mpeg/id3_contents.h"
+#include "platform/media/model/tag_mapping.h"
 
 #include <QSet>
 
@@ -19,6 +19,7 @@ using platform::Id3TextFrame;
 
 constexpr char16_t kKeySpaceId3[] = u"org.id3";
 constexpr char kBandIdentifier[] = "id3/TPE2";
+constexpr char kGroupIdentifier[] = "id3/TIT1";
 
 /// One text field of the audio pane and where each writer puts it.
 struct AudioTextRow {
@@ -109,19 +110,21 @@ AVMetadataItem audioItem(const AudioTextRow& row, const QString& text) {
                                 QLatin1StringView(item.identifier), text);
 }
 
-/// MPEG-4 has no frame for the band: players know it as the album artist, and the import finds it
-/// under a name of its own.
-AVMetadataItem bandByName(const QString& text) {
-    return AVMetadataItem::make(QStringLiteral("itlk"), QStringLiteral("com.apple.iTunes.BAND"),
-                                QStringLiteral("itlk/com.apple.iTunes.BAND"), text);
+/// Some texts stand twice in MPEG-4. It has no frame for the band: players know it as the album
+/// artist, and the import finds it under a name of its own. Players look for a grouping in either
+/// of two entries.
+void appendTwin(QList<AVMetadataItem>& items, const QString& identifier, const QString& text) {
+    if (identifier == QLatin1StringView(kBandIdentifier))
+        items.append(platform::itemOf(QLatin1String("itlk/com.apple.iTunes.BAND"), text));
+    else if (identifier == QLatin1StringView(kGroupIdentifier))
+        items.append(platform::itemOf(QLatin1String("itsk/%A9grp"), text));
 }
 
 QList<AVMetadataItem> itemsOfTexts(const QList<std::pair<const AudioTextRow*, QString>>& texts) {
     QList<AVMetadataItem> items;
     for (const auto& [row, text] : texts) {
         items.append(audioItem(*row, text));
-        if (row->item.identifier == kBandIdentifier)
-            items.append(bandByName(text));
+        appendTwin(items, QLatin1StringView(row->written().identifier), text);
     }
     return items;
 }
@@ -136,8 +139,7 @@ QList<AVMetadataItem> mergedWithSource(QList<AVMetadataItem> items,
         if (renewed.contains(item.effectiveIdentifier()))
             continue;
         items.append(item);
-        if (item.effectiveIdentifier() == QLatin1StringView(kBandIdentifier))
-            items.append(bandByName(item.stringValue()));
+        appendTwin(items, item.effectiveIdentifier(), item.stringValue());
     }
     return items;
 }
@@ -187,12 +189,13 @@ QStringList framesLostInMp3(const QList<AVMetadataItem>& source) {
     QStringList lost;
     int images = 0;
     for (const AVMetadataItem& item : source) {
-        const QString name = platform::id3FrameName(item);
+        const QString name = platform::itemName(item);
         const bool isStandIn = (name == u"TDRC" && item.stringValue().size() <= 4) ||
                                (name == u"TOPE" && !hasPerformer);
         const bool isSecondImage = name == u"APIC" && ++images > 1;
-        if (isSecondImage || (item.effectiveIdentifier().startsWith(u"id3/") && name != u"APIC" &&
-                              !isStandIn && !kShown.contains(name)))
+        if (isSecondImage ||
+            (item.effectiveIdentifier().startsWith(u"id3/") && name != u"APIC" && !isStandIn &&
+             !kShown.contains(name) && !platform::isEncoderNote(item)))
             lost.append(name);
     }
     lost.removeDuplicates();

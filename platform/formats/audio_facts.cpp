@@ -3,6 +3,7 @@
 
 #include <QSet>
 
+#include <algorithm>
 #include <cmath>
 
 namespace clipheave::platform {
@@ -91,6 +92,16 @@ InfoDictionary infoFromTags(const QList<NamedTag>& tags) {
     return info;
 }
 
+QList<AVMetadataItem> itemsBesideInfo(const QList<NamedTag>& tags) {
+    QList<NamedTag> others;
+    for (const NamedTag& tag : tags)
+        if (std::none_of(std::begin(kTagInfoKeys), std::end(kTagInfoKeys), [&](const auto& row) {
+                return tag.name.compare(row.source, Qt::CaseInsensitive) == 0;
+            }))
+            others.append(tag);
+    return itemsFromTags(others);
+}
+
 InfoDictionary infoFromId3(const QList<AVMetadataItem>& items) {
     InfoDictionary info;
     QString date;
@@ -134,6 +145,11 @@ void addMissingItems(QList<AVMetadataItem>& items, const QList<AVMetadataItem>& 
             added.append(item);
     }
     items = added + items;
+}
+
+AVMetadataItem chunkItem(const QString& keySpace, const QByteArray& id, const ByteRange& body) {
+    const QString key = QString::fromLatin1(id);
+    return AVMetadataItem::make(keySpace, key, metadataIdentifier(keySpace, key), body.value());
 }
 
 QList<AVMetadataItem> infoItems(const InfoDictionary& info) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/formats/byte_range.h"
 #include "platform/media/model/media_facts.h"
 #include "platform/media/model/tag_mapping.h"
 
@@ -22,6 +23,8 @@ using InfoDictionary = QMap<QString, QString>;
 /// The info dictionary of Vorbis comments or of texts under the names of FFmpeg; DATE is the
 /// "recorded date", YEAR the "year", DESCRIPTION stands in for a missing COMMENT.
 [[nodiscard]] InfoDictionary infoFromTags(const QList<NamedTag>& tags);
+/// The items of what that dictionary has no key for; see itemsFromTags().
+[[nodiscard]] QList<AVMetadataItem> itemsBesideInfo(const QList<NamedTag>& tags);
 /// That of ID3 frames: TRDA gives "recorded date", TYER "year", and where it is missing the year of
 /// TDRC, which ID3v2.4 has in its place.
 [[nodiscard]] InfoDictionary infoFromId3(const QList<AVMetadataItem>& items);
@@ -32,6 +35,9 @@ void addYearOfDate(InfoDictionary& info);
 void addMissingInfo(InfoDictionary& info, const InfoDictionary& more);
 /// Adds those of `more` whose identifier `items` lacks. In front, so that images stay last.
 void addMissingItems(QList<AVMetadataItem>& items, const QList<AVMetadataItem>& more);
+/// A chunk that only its own format has, as an item: "wave/bext", with the bytes of the chunk.
+[[nodiscard]] AVMetadataItem chunkItem(const QString& keySpace, const QByteArray& id,
+                                       const ByteRange& body);
 /// One item a key: key space "caaf", "info-" + key.
 [[nodiscard]] QList<AVMetadataItem> infoItems(const InfoDictionary& info);
 

@@ -41,7 +41,4 @@ inline constexpr MessageCode kTagTooLarge{"tag-too-large"};
 inline constexpr MessageCode kNoTagFromLibrary{"no-tag-from-library"};
 inline constexpr MessageCode kDurationUnknown{"duration-unknown"};
 
-// Notes.
-inline constexpr MessageCode kTagsNotCarriedOver{"tags-not-carried-over"}; ///< their names
-
 } // namespace clipheave::platform

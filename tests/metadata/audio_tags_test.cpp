@@ -2,7 +2,7 @@
 // Audio files that other programs left odd: what a save and a removal make of them.
 #include "media/media_import.h"
 #include "metadata/messages.h"
-#include "platform/formats/messages.h"
+#include "platform/media/model/messages.h"
 #include "tests/metadata/write_fixture.h"
 
 #include <QFile>
@@ -195,7 +195,8 @@ TEST_F(AudioTags, WhatAFixedMappingLosesIsNamedOnce) {
     SKIP_WITHOUT("ffmpeg");
     const QByteArray frames = id3Text("TIT2", "Old") + id3Text("TYER", "1999") +
                               id3Text("TCON", "Rock") + id3Text("TPOS", "2/3") +
-                              id3Text("TXXX", QByteArray("Gain\0+1", 7)) + apic(kPngHead);
+                              id3Text("TSSE", "Lavf") + id3Text("TXXX", QByteArray("Gain\0+1", 7)) +
+                              apic(kPngHead);
     const QString mp3 = m_dir.write("a.mp3", id3Tag(3, frames) + testkit::mpegFrames());
     written(mp3);
     EXPECT_TRUE(m_outcome.notes.contains(
@@ -218,25 +219,74 @@ TEST_F(AudioTags, AConversionCarriesWhatMpeg4Holds) {
     SKIP_WITHOUT("ffmpeg");
     const QString path = m_dir.path("a.aac");
     testkit::ffmpeg("-f lavfi -i sine=duration=1", {path});
-    const QByteArray frames = id3Text("TDRC", "2004-05-06") + id3Text("TBPM", "120") +
-                              id3Text("TCMP", "1") + id3Text("TENC", "E") + id3Text("TPOS", "2/3") +
-                              id3Frame("USLT", QByteArray("\3engL\0words", 11)) +
-                              id3Text("TXXX", QByteArray("Gain\0+1", 7)) + id3Frame("POPM", "mail");
+    const QByteArray frames =
+        id3Text("TDRC", "2004-05-06") + id3Text("TBPM", "120") + id3Text("TCMP", "1") +
+        id3Text("TENC", "E") + id3Text("TPOS", "2/3") +
+        id3Frame("USLT", QByteArray("\3engL\0words", 11)) +
+        id3Text("TXXX", QByteArray("Gain\0+1", 7)) + id3Text("TIT1", "Group") +
+        id3Text("TSSE", "Lavf") + id3Text("TOPE", "First") + id3Text("TEXT", "Poet") +
+        id3Frame("UFID", testkit::raw("http://musicbrainz.org\0id")) + apic(kPngHead + "front") +
+        id3Frame("APIC", testkit::raw("\0\0\4\0") + kPngHead + "back") + id3Frame("POPM", "mail");
     m_dir.write("a.aac", id3Tag(4, frames) + TempDir::read(path));
-    written(path);
+    const auto item = written(path);
+    EXPECT_EQ(item->fileArist, u"First");
+    EXPECT_EQ(item->fileLyricist, u"Poet");
+    EXPECT_EQ(item->fileImage.bytes(), kPngHead + "front");
+    const QByteArray list = TempDir::read(outputOf(path));
+    EXPECT_EQ(list.count("Group"), 2);
+    EXPECT_LT(list.indexOf("front"), list.indexOf("back"));
     const QJsonObject tags =
         testkit::ffprobe(outputOf(path))[u"format"].toObject()[u"tags"].toObject();
-    const std::pair<const char*, const char*> kept[] = {{"date", "2004-05-06"},
-                                                        {"compilation", "1"},
-                                                        {"disc", "2/3"},
-                                                        {"lyrics", "words"},
-                                                        {"Gain", "+1"}};
+    const std::pair<const char*, const char*> kept[] = {
+        {"date", "2004-05-06"}, {"compilation", "1"},        {"disc", "2/3"},
+        {"lyrics", "Poet"},     {"UNSYNCEDLYRICS", "words"}, {"MusicBrainz Track Id", "id"},
+        {"Gain", "+1"}};
     for (const auto& [name, text] : kept)
         EXPECT_EQ(tags[QLatin1String(name)].toVariant().toString(), QLatin1String(text)) << name;
     EXPECT_EQ(testkit::exiftool("-s3 -BeatsPerMinute -EncodedBy %", {outputOf(path)}), "120\nE");
     EXPECT_TRUE(
         m_outcome.notes.contains(platform::Message(platform::kTagsNotCarriedOver, {u"POPM"_s})))
         << m_outcome.text();
+}
+
+TEST_F(AudioTags, TextsOfUsersAreCarriedFromEveryContainer) {
+    SKIP_WITHOUT("ffmpeg");
+    for (const char* name : {"a.opus", "a.wma", "a.mkv", "a.flv", "a.caf"}) {
+        SCOPED_TRACE(name);
+        const QString path = m_dir.path(name);
+        const bool isVideo = path.endsWith(u".mkv") || path.endsWith(u".flv");
+        const QByteArray video =
+            "-f lavfi -i testsrc=d=1:s=64x64 -c:v h264 -pix_fmt yuv420p -c:a aac";
+        testkit::ffmpeg("-f lavfi -i sine=duration=1:sample_rate=48000 " +
+                            (isVideo ? video : QByteArray()) +
+                            " -metadata SCENE=Dawn -metadata MUSICBRAINZ_ALBUMID=mb "
+                            "-metadata REPLAYGAIN_TRACK_GAIN=+1",
+                        {path});
+        jobs::WriteRequest made = isVideo ? request(path) : shown(path);
+        written(made);
+        const QJsonObject tags =
+            testkit::ffprobe(outputOf(path))[u"format"].toObject()[u"tags"].toObject();
+        EXPECT_EQ(tags[u"SCENE"].toString(), u"Dawn");
+        EXPECT_EQ(tags[u"MusicBrainz Album Id"].toString(), u"mb");
+        EXPECT_EQ(tags[u"replaygain_track_gain"].toString(), u"+1");
+        EXPECT_FALSE(isNoted(platform::kTagsNotCarriedOver)) << m_outcome.text();
+    }
+}
+
+TEST_F(AudioTags, ChunksOfWaveAndAiffAreNamed) {
+    const QByteArray wave = testkit::waveFile(QByteArray(8000, '\x80')), list = "INFOIENG";
+    const QByteArray info = list + testkit::le(4, 4) + "Ann" + '\0';
+    QByteArray form = wave + chunk("LIST", info) + chunk("bext", QByteArray(602, '\0')) +
+                      chunk("iXML", "<x/>") + chunk("JUNK", "--") + chunk("LIST", "adtl");
+    form.replace(4, 4, testkit::le(static_cast<quint64>(form.size()) - 8, 4));
+    const QString path = m_dir.write("a.wav", form);
+    written(path);
+    EXPECT_TRUE(m_outcome.notes.contains(
+        platform::Message(platform::kTagsNotCarriedOver, {u"bext, iXML, adtl"_s})))
+        << m_outcome.text();
+    EXPECT_GE(TempDir::read(outputOf(path)).indexOf("Ann"), 0);
+    written(path, true);
+    EXPECT_FALSE(isNoted(platform::kTagsNotCarriedOver));
 }
 
 } // namespace

@@ -11,6 +11,7 @@ namespace clipheave::platform {
 namespace {
 
 constexpr int kMostAiffChunks = 10000;
+constexpr int kMostOtherChunks = 100;
 constexpr std::uint64_t kLongestAiffText = 64u << 10;
 
 struct AiffFile {
@@ -22,6 +23,7 @@ struct AiffFile {
     std::optional<std::uint64_t> audioBytes;
     InfoDictionary info;
     Id3Contents id3;
+    QList<AVMetadataItem> others; ///< chunks that no other container has
     Message problem;
 };
 
@@ -50,6 +52,11 @@ void addAiffText(AiffFile& aiff, const char* key, const QByteArray& bytes) {
     addMissingInfo(aiff.info, {{QString::fromLatin1(key), textOfMacFile(bytes)}});
 }
 
+bool isAiffFiller(const QByteArray& id) {
+    return id == "FVER" || id == "FLLR" || id == "CHAN" || id == "PEAK" || id == "JUNK" ||
+           id.trimmed().isEmpty();
+}
+
 void readAiffChunk(AiffFile& aiff, const QByteArray& id, const ByteRange& body) {
     const auto text = [&body] { return body.load(kLongestAiffText).value_or(QByteArray()); };
     if (id == "COMM")
@@ -68,6 +75,8 @@ void readAiffChunk(AiffFile& aiff, const QByteArray& id, const ByteRange& body) 
         addAiffText(aiff, "comments", firstAiffComment(body));
     else if ((id == "ID3 " || id == "id3 ") && aiff.id3.tagSize == 0)
         aiff.id3 = readId3(body);
+    else if (!isAiffFiller(id) && aiff.others.size() < kMostOtherChunks)
+        aiff.others.append(chunkItem(QStringLiteral("aiff"), id.trimmed(), body));
 }
 
 AiffFile walkAiff(FileReader& reader) {
@@ -135,7 +144,7 @@ Result<MediaFacts> readAiff(FileReader& reader) {
         facts.problem = kNoAiffCommonChunk;
     facts.id3TagSize = aiff.id3.tagSize;
     // Only the file's own texts are AIFF items: what the ID3 tag says stands after them as it is.
-    facts.metadata = infoItems(aiff.info) + aiff.id3.items;
+    facts.metadata = infoItems(aiff.info) + aiff.others + aiff.id3.items;
     facts.infoDictionary = std::move(aiff.info);
     addMissingInfo(facts.infoDictionary, infoFromId3(aiff.id3.items));
     facts.albumArtwork = artworkOf(reader, aiff.id3.items);

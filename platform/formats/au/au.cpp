@@ -91,7 +91,7 @@ Result<MediaFacts> readAu(FileReader& reader) {
     const QList<NamedTag> tags = annotationTags(textOfUnknownEncoding(annotation.bytes()));
     facts.infoDictionary = infoFromTags(tags);
     addYearOfDate(facts.infoDictionary);
-    facts.metadata = infoItems(facts.infoDictionary);
+    facts.metadata = infoItems(facts.infoDictionary) + itemsBesideInfo(tags);
     return facts;
 }
 

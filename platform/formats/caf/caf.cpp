@@ -109,7 +109,7 @@ Result<MediaFacts> readCaf(FileReader& reader) {
         facts.problem = kNoCafDescription;
     facts.infoDictionary = infoFromTags(caf.texts);
     addYearOfDate(facts.infoDictionary);
-    facts.metadata = infoItems(facts.infoDictionary);
+    facts.metadata = infoItems(facts.infoDictionary) + itemsBesideInfo(caf.texts);
     return facts;
 }
 

@@ -108,8 +108,8 @@ FlacForeignTag readFlacForeignTag(FileReader& reader, const ByteRange& tag,
     for (const AVMetadataItem& item : items) {
         if (item.identifier == kImage)
             ++images;
-        else if (!takeText(item, present, foreign.comments, room))
-            foreign.notCarried.append(id3FrameName(item));
+        else if (!takeText(item, present, foreign.comments, room) && !isEncoderNote(item))
+            foreign.notCarried.append(itemName(item));
     }
     if (images > 0 && !hasPicture)
         foreign.cover = artworkOf(reader, items);

@@ -8,6 +8,7 @@
 #include "platform/formats/messages.h"
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/unchanged_files.h"
+#include "platform/media/model/messages.h"
 
 #include <algorithm>
 #include <vector>

@@ -78,6 +78,7 @@ public:
     [[nodiscard]] QList<AVMetadataItem> take();
 
 private:
+    [[nodiscard]] bool addRecording(const Id3Frame& frame);
     void addText(const Id3Frame& frame, ByteView bytes);
     void addDescribed(const Id3Frame& frame, ByteView bytes);
     void appendComments();
@@ -100,6 +101,8 @@ void Id3ItemList::add(const Id3Frame& frame) {
     const bool text = described || id[0] == 'T' || id[0] == 'W' || id == "IPLS" || id == "GRP1" ||
                       id == "MVNM" || id == "MVIN";
     if (!text) {
+        if (id == "UFID" && addRecording(frame))
+            return;
         m_items.append(id3Item(id, frame.body.value()));
         return;
     }
@@ -110,6 +113,17 @@ void Id3ItemList::add(const Id3Frame& frame) {
         addDescribed(frame, *bytes);
     else
         addText(frame, *bytes);
+}
+
+/// MusicBrainz keeps its number of the recording here, others their own.
+bool Id3ItemList::addRecording(const Id3Frame& frame) {
+    constexpr QByteArrayView kOwner("http://musicbrainz.org\0", 23);
+    const auto bytes = frame.body.load(kLargestId3Text);
+    if (!bytes || !bytes->startsWith(kOwner))
+        return false;
+    m_items.append(userTextItem(QStringLiteral("MusicBrainz Track Id"),
+                                QString::fromLatin1(bytes->mid(kOwner.size()))));
+    return true;
 }
 
 void Id3ItemList::addText(const Id3Frame& frame, ByteView bytes) {
@@ -183,11 +197,6 @@ Id3Contents readId3(const ByteRange& range) {
     for (const Id3Frame& frame : readId3Frames(range))
         list.add(frame);
     return {std::min(header->totalSize, range.size()), list.take()};
-}
-
-QString id3FrameName(const AVMetadataItem& item) {
-    const QByteArray name = item.effectiveIdentifier().toLatin1();
-    return QString::fromUtf8(QByteArray::fromPercentEncoding(name.mid(name.indexOf('/') + 1)));
 }
 
 EncodedImage artworkOf(FileReader& reader, const QList<AVMetadataItem>& items) {

@@ -14,7 +14,7 @@ namespace clipheave::platform {
 /// identifier gets the right one:
 /// - COMM: "id3/COMM" is the first comment with an empty description, or the first whose
 ///   description has no "iTun" in it (those hold numbers for players); others are "id3/COMM%3A…".
-/// - TXXX, WXXX: "id3/TXXX%3A" + description.
+/// - TXXX, WXXX: "id3/TXXX%3A" + description. A UFID of MusicBrainz is such a text.
 /// - A frame id that stands again: only the first is an item, other than COMM, APIC and the like.
 /// - Comments and then images stand last, the front cover after all others.
 struct Id3Contents {
@@ -22,9 +22,6 @@ struct Id3Contents {
     QList<AVMetadataItem> items;
 };
 [[nodiscard]] Id3Contents readId3(const ByteRange& range);
-
-/// Returns how people know the frame of an item: "TPOS", with a description "TXXX:Gain".
-[[nodiscard]] QString id3FrameName(const AVMetadataItem& item);
 
 /// The image of the last "id3/APIC" item; null when there is none.
 [[nodiscard]] EncodedImage artworkOf(FileReader& reader, const QList<AVMetadataItem>& items);

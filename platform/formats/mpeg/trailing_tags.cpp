@@ -43,11 +43,15 @@ void addApeItem(const ApeItemHeader& item, const ByteRange& value, TrailingTags&
                              id3Texts(Id3Encoding::Utf8, *bytes).join(kValueSeparator)});
         return;
     }
-    if (item.key.compare("Cover Art (Front)", Qt::CaseInsensitive) != 0)
-        return;
+    const QByteArray key = item.key.toLower();
     const qsizetype name = value.view(0, kLongestCoverName).bytes().indexOf('\0');
-    if (name >= 0)
-        tags.apeCover = value.sub(static_cast<std::uint64_t>(name) + 1);
+    if (!key.startsWith("cover art (") || name < 0)
+        return;
+    const ByteRange image = value.sub(static_cast<std::uint64_t>(name) + 1);
+    if (key == "cover art (front)")
+        tags.apeCover = image;
+    else
+        tags.apeImages.push_back(image);
 }
 
 void readApeItems(const ByteRange& body, std::uint32_t count, TrailingTags& tags) {
@@ -146,9 +150,15 @@ void addTrailingTags(const TrailingTags& tags, MediaFacts& facts) {
             facts.id3TagSize = tags.id3v2->size();
     }
     QList<AVMetadataItem> ape = itemsFromTags(tags.ape);
-    if (tags.apeCover && !tags.apeCover->image().isNull())
-        ape.append(AVMetadataItem::make(QStringLiteral("org.id3"), QStringLiteral("APIC"),
-                                        QStringLiteral("id3/APIC"), tags.apeCover->value()));
+    const auto append = [&ape](const ByteRange& image) {
+        if (!image.image().isNull())
+            ape.append(AVMetadataItem::make(QStringLiteral("org.id3"), QStringLiteral("APIC"),
+                                            QStringLiteral("id3/APIC"), image.value()));
+    };
+    if (tags.apeCover) {
+        std::for_each(tags.apeImages.begin(), tags.apeImages.end(), append);
+        append(*tags.apeCover);
+    }
     addMissingItems(facts.metadata, ape);
     addMissingItems(facts.metadata, itemsFromTags(tags.id3v1));
 }

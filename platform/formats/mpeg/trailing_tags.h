@@ -7,6 +7,9 @@
 
 #include <QList>
 
+#include <optional>
+#include <vector>
+
 namespace clipheave::platform {
 
 /// What stands behind the audio of a file: ID3v1 (128 bytes, the last ones), Lyrics3, APEv2, and
@@ -16,6 +19,7 @@ struct TrailingTags {
     QList<NamedTag> id3v1;      ///< under the names of tag_mapping.h
     QList<NamedTag> ape;
     std::optional<ByteRange> apeCover; ///< "Cover Art (Front)", name in front cut off
+    std::vector<ByteRange> apeImages;  ///< "Cover Art (Back)" and the like, likewise
     std::optional<ByteRange> id3v2;
 };
 /// Reads them backwards from the end; `from` is where they may begin at the earliest. More lenient

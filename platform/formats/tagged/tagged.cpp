@@ -20,6 +20,7 @@
 
 #include <exception>
 #include <memory>
+#include <vector>
 
 namespace clipheave::platform {
 namespace {
@@ -64,6 +65,9 @@ void addXiphComment(MediaFacts& facts, TagLib::Ogg::XiphComment* comment) {
                        cover->type() != TagLib::FLAC::Picture::FrontCover))
             cover = image;
     }
+    for (const TagLib::FLAC::Picture* image : comment->pictureList())
+        if (image != cover)
+            appendImage(facts.metadata, image->data());
     if (cover)
         appendImage(facts.metadata, cover->data());
 }
@@ -102,7 +106,8 @@ MediaFacts readAsf(TagLibStream& stream) {
                          {QStringLiteral("author"), qt(tag->artist())},
                          {QStringLiteral("copyright"), qt(tag->copyright())},
                          {QStringLiteral("comment"), qt(tag->comment())}};
-    TagLib::ByteVector cover;
+    std::vector<TagLib::ByteVector> images;
+    std::size_t cover = 0;
     bool isFront = false;
     for (const auto& [name, attributes] : tag->attributeListMap()) {
         for (const TagLib::ASF::Attribute& attribute : attributes) {
@@ -112,14 +117,21 @@ MediaFacts readAsf(TagLibStream& stream) {
                 tags.append({qt(name), QString::number(attribute.toUInt())});
             const TagLib::ASF::Picture image = attribute.toPicture();
             const bool front = image.type() == TagLib::ASF::Picture::FrontCover;
-            if (image.isValid() && (cover.isEmpty() || (front && !isFront))) {
-                cover = image.picture();
-                isFront = front;
-            }
+            if (!image.isValid())
+                continue;
+            if (front && !isFront)
+                cover = images.size();
+            isFront |= front;
+            images.push_back(image.picture());
         }
     }
     facts.metadata = itemsFromTags(tags);
-    appendImage(facts.metadata, cover);
+    // The cover goes last, as above.
+    for (std::size_t i = 0; i < images.size(); ++i)
+        if (i != cover)
+            appendImage(facts.metadata, images[i]);
+    if (!images.empty())
+        appendImage(facts.metadata, images[cover]);
     return facts;
 }
 

@@ -12,6 +12,7 @@ namespace {
 
 constexpr int kMostRiffChunks = 10000;
 constexpr int kMostInfoTexts = 500;
+constexpr int kMostOtherChunks = 100;
 constexpr std::uint64_t kLongestInfoText = 64u << 10;
 constexpr std::uint32_t kSizeInDs64 = 0xFFFFFFFF;
 constexpr std::uint16_t kExtensibleFormat = 0xFFFE;
@@ -44,6 +45,7 @@ struct WaveFile {
     QList<NamedTag> texts;                 ///< under their four letters
     QString recorded;                      ///< of the broadcast extension
     Id3Contents id3;
+    QList<AVMetadataItem> others; ///< chunks that no other container has
     Message problem;
 };
 
@@ -92,6 +94,17 @@ void readBroadcastExtension(WaveFile& wave, ByteView body) {
     }
 }
 
+/// What only a WAVE file holds: bext, iXML, cue and the like, "adtl" for a list of that type.
+void addOther(WaveFile& wave, QByteArrayView id, const ByteRange& body) {
+    const QByteArray list = id == "LIST" ? body.view(0, 4).toByteArray() : QByteArray();
+    const QByteArray name = (list.isEmpty() ? id.toByteArray() : list).trimmed();
+    const bool isFiller = name.compare("junk", Qt::CaseInsensitive) == 0 || name == "PAD" ||
+                          name == "FLLR" || name == "PEAK" || name == "levl" || name == "minf" ||
+                          name == "elm1" || name == "regn" || name == "umid" || name == "DGDA";
+    if (!isFiller && !name.isEmpty() && wave.others.size() < kMostOtherChunks)
+        wave.others.append(chunkItem(QStringLiteral("wave"), name, body));
+}
+
 void readWaveChunk(WaveFile& wave, QByteArrayView id, const ByteRange& body) {
     if (id == "fmt ")
         readFormat(wave, body.view(0, 40));
@@ -101,10 +114,12 @@ void readWaveChunk(WaveFile& wave, QByteArrayView id, const ByteRange& body) {
         wave.ds64Data = body.view(0, 16).le64(8);
     else if (id == "LIST" && body.view(0, 4).startsWith("INFO"))
         readInfoList(wave, body);
-    else if (id == "bext")
-        readBroadcastExtension(wave, body.view(0, 338));
     else if ((id == "id3 " || id == "ID3 ") && wave.id3.tagSize == 0)
         wave.id3 = readId3(body);
+    else
+        addOther(wave, id, body);
+    if (id == "bext")
+        readBroadcastExtension(wave, body.view(0, 338));
 }
 
 bool isChunkId(ByteView bytes) {
@@ -179,6 +194,27 @@ void setWaveAudio(MediaFacts& facts, const WaveFile& wave) {
     setAudio(facts, audio);
 }
 
+/// The texts that the info dictionary has no key for, by the names of tag_mapping.h where there is
+/// one. The program's name is no text of the user.
+QList<NamedTag> otherTexts(const WaveFile& wave) {
+    constexpr InfoChunkKey kNames[] = {
+        {"ITCH", QLatin1String("encodedby")}, {"IENG", QLatin1String("ENGINEER")},
+        {"IKEY", QLatin1String("keywords")},  {"IMED", QLatin1String("MEDIA")},
+        {"ILNG", QLatin1String("LANGUAGE")},  {"IPRO", QLatin1String("producer")}};
+    QList<NamedTag> others;
+    for (const NamedTag& text : wave.texts) {
+        const auto isText = [&](const InfoChunkKey& row) {
+            return text.name == QLatin1String(row.id);
+        };
+        if (text.name == u"ISFT" ||
+            std::any_of(std::begin(kInfoChunkKeys), std::end(kInfoChunkKeys), isText))
+            continue;
+        const auto* named = std::find_if(std::begin(kNames), std::end(kNames), isText);
+        others.append({named == std::end(kNames) ? text.name : QString(named->key), text.value});
+    }
+    return others;
+}
+
 InfoDictionary waveInfo(const WaveFile& wave) {
     InfoDictionary info;
     for (const InfoChunkKey& row : kInfoChunkKeys)
@@ -208,7 +244,8 @@ Result<MediaFacts> readWave(FileReader& reader) {
         facts.problem = kNoWaveFormatChunk;
     facts.id3TagSize = wave.id3.tagSize;
     facts.infoDictionary = waveInfo(wave);
-    facts.metadata = infoItems(facts.infoDictionary) + wave.id3.items;
+    facts.metadata = infoItems(facts.infoDictionary) + itemsFromTags(otherTexts(wave)) +
+                     wave.others + wave.id3.items;
     facts.albumArtwork = artworkOf(reader, wave.id3.items);
     return facts;
 }

@@ -5,7 +5,9 @@
 #include "platform/isobmff/write/render_items.h"
 #include "platform/isobmff/write/render_user_data.h"
 #include "platform/isobmff/write/write_tables.h"
+#include "platform/media/model/messages.h"
 
+#include <QHash>
 #include <QSet>
 #include <QtEndian>
 
@@ -21,6 +23,9 @@ using Place = ItemTarget::Place;
 // Numbers of the application's fields begin with 1.
 constexpr int kNoField = 0;
 constexpr int kLocationField = -1;
+
+constexpr std::uint32_t kCoverCode = fourCc("covr");
+constexpr QLatin1String kDateOfId3("id3/TDRC"), kLyricsOfId3("id3/USLT");
 
 std::string_view viewOf(const QByteArray& bytes) {
     return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
@@ -38,6 +43,10 @@ bool writesNothing(const AVMetadataItem& item) {
     return std::holds_alternative<std::monostate>(item.value);
 }
 
+bool isForeignImage(const AVMetadataItem& item) {
+    return !item.source && item.identifier == u"id3/APIC" && !writesNothing(item);
+}
+
 /// Builds the three lists of boxes and decides which of several items gets a place.
 class ListRenderer {
 public:
@@ -52,7 +61,7 @@ public:
     [[nodiscard]] MovieMetadata boxes(const SourceUserData& source, bool strip) const;
 
     [[nodiscard]] bool namesLocation() const { return m_namesLocation; }
-    [[nodiscard]] Notes& notes() { return m_notes; }
+    [[nodiscard]] Notes notes() const;
 
 private:
     struct NewItem {
@@ -63,6 +72,9 @@ private:
     [[nodiscard]] int fieldOf(const QString& identifier) const;
     [[nodiscard]] bool isShadowing(const AVMetadataItem& carried, const ItemTarget& target) const;
     [[nodiscard]] bool claims(const AVMetadataItem& item, const ItemTarget& target);
+    [[nodiscard]] ItemTarget targetOf(const QString& identifier) const;
+    void noteLost(const AVMetadataItem& item, const ItemTarget& target);
+    void renderFurtherImages(qsizetype cover);
     void emitBox(const ItemTarget& target, const QByteArray& box);
     void emitKeyValues(const QByteArray& name, const QByteArray& values, bool joinEntries);
     [[nodiscard]] QByteArray keysMeta(const SourceUserData& source, bool strip) const;
@@ -73,9 +85,10 @@ private:
     FieldIdentifiers m_fields;
     bool m_namesLocation = false;
     Notes m_notes;
+    QStringList m_lost; ///< names of what has no place
 
     std::map<qsizetype, NewItem> m_newItems; ///< by place in the list
-    QSet<QByteArray> m_claimed;              ///< place and key
+    QHash<QByteArray, QString> m_claimed;    ///< place and key, with the text of the first
     QSet<QString> m_newIdentifiers;
     std::map<int, QString> m_newFields; ///< with the value that came first
     QSet<const SourceBox*> m_emitted;
@@ -139,28 +152,80 @@ bool ListRenderer::claims(const AVMetadataItem& item, const ItemTarget& target) 
            (target.place == Place::Keys && isOfOneLanguage(item));
 }
 
+Notes ListRenderer::notes() const {
+    QStringList lost = m_lost;
+    lost.removeDuplicates();
+    if (lost.isEmpty())
+        return m_notes;
+    return m_notes + Notes{Message(kTagsNotCarriedOver, {lost.join(QStringLiteral(", "))})};
+}
+
+/// Lyrics and lyricist have one entry; who comes second is a user's text.
+ItemTarget ListRenderer::targetOf(const QString& identifier) const {
+    ItemTarget target = itemTarget(identifier, m_container, false);
+    if (identifier == kLyricsOfId3 && m_claimed.contains(claimName(target, {})))
+        target.key = "com.apple.iTunes.UNSYNCEDLYRICS";
+    return target;
+}
+
+/// A text of a field gives way to the one that people see, and a date to the year in its place.
+void ListRenderer::noteLost(const AVMetadataItem& item, const ItemTarget& target) {
+    const QString identifier = item.effectiveIdentifier();
+    const bool givesWay = target.place != Place::Nowhere &&
+                          (fieldOf(identifier) != kNoField || identifier == kDateOfId3 ||
+                           m_claimed.value(claimName(target, item)) == item.stringValue());
+    if (!givesWay && !isEncoderNote(item))
+        m_lost.append(itemName(item));
+}
+
+/// The images of a foreign tag other than its cover, which stands last there: they follow the first
+/// image in one entry.
+void ListRenderer::renderFurtherImages(qsizetype cover) {
+    QByteArray images;
+    for (qsizetype i = 0; i < cover; ++i)
+        if (isForeignImage(m_items[i]))
+            images += render({Place::List, "covr"}, m_items[i]).mid(8);
+    const auto first = std::find_if(m_newItems.begin(), m_newItems.end(), [](const auto& known) {
+        return known.second.target.key == "covr";
+    });
+    if (images.isEmpty())
+        return;
+    if (first == m_newItems.end())
+        m_newItems.emplace(cover, NewItem{{Place::List, "covr"}, renderBox(kCoverCode, images)});
+    else
+        first->second.box = renderBox(kCoverCode, first->second.box.mid(8) + images);
+}
+
 void ListRenderer::renderNewItems() {
+    qsizetype cover = m_items.size() - 1;
+    while (cover >= 0 && !isForeignImage(m_items[cover]))
+        --cover;
     for (qsizetype i = 0; i < m_items.size(); ++i) {
+        if (i < cover && isForeignImage(m_items[i]))
+            continue;
         const AVMetadataItem& item = m_items[i];
         const QString identifier = item.effectiveIdentifier();
         const int field = fieldOf(identifier);
         m_namesLocation |= field == kLocationField;
         if (item.source)
             continue;
-        const ItemTarget target = itemTarget(identifier, m_container, false);
+        const ItemTarget target = targetOf(identifier);
         const bool blank = writesNothing(item);
-        if (!blank && (target.place == Place::Nowhere || !claims(item, target)))
+        if (!blank && (target.place == Place::Nowhere || !claims(item, target))) {
+            noteLost(item, target);
             continue;
+        }
         NewItem rendered{target, blank ? QByteArray() : render(target, item)};
         if (!blank && rendered.box.isEmpty())
             continue; // cannot be stored: what stands there stays
         m_newIdentifiers.insert(identifier);
-        m_claimed.insert(claimName(target, item));
+        m_claimed.insert(claimName(target, item), item.stringValue());
         if (field != kNoField && !isOfOneLanguage(item))
             m_newFields.try_emplace(field, item.stringValue());
         if (!blank)
             m_newItems.emplace(i, std::move(rendered));
     }
+    renderFurtherImages(cover);
 }
 
 bool ListRenderer::isShadowing(const AVMetadataItem& carried, const ItemTarget& target) const {
@@ -293,16 +358,45 @@ std::string_view translated(std::string_view identifier, OutputContainer contain
     return identifier;
 }
 
+/// The name by which players look for a user's text (ReplayGain, MusicBrainz).
+QByteArray playerName(const QByteArray& name) {
+    const QByteArray lower = name.toLower();
+    for (const PlayerName& row : kPlayerNames)
+        if (viewOf(lower) == row.name)
+            return {row.known.data(), static_cast<qsizetype>(row.known.size())};
+    if (lower.startsWith("replaygain_"))
+        return lower;
+    if (lower.startsWith("wm/"))
+        return name.mid(3);
+    // As the tags of Windows Media write them: "MusicBrainz/Album Id".
+    return lower.startsWith("musicbrainz/") || lower.startsWith("acoustid/")
+               ? QByteArray(name).replace('/', ' ')
+               : name;
+}
+
+/// Nothing when the item is no user's text, or has no name.
+std::optional<ItemTarget> userTextTarget(const QByteArray& identifier) {
+    for (const std::string_view prefix : kUserTexts) {
+        if (!viewOf(identifier).starts_with(prefix) || viewOf(identifier).size() == prefix.size())
+            continue;
+        const QByteArray name =
+            QByteArray::fromPercentEncoding(identifier.mid(static_cast<qsizetype>(prefix.size())));
+        if (name == "iTunSMPB") // the priming of an encoder that is not the output's
+            return std::nullopt;
+        return ItemTarget{Place::List, "com.apple.iTunes." + playerName(name)};
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 ItemTarget itemTarget(const QString& identifier, OutputContainer container, bool carried) {
     const QByteArray latin = identifier.toLatin1();
     const std::string_view wanted = carried ? viewOf(latin) : translated(viewOf(latin), container);
     QByteArray name(wanted.data(), static_cast<qsizetype>(wanted.size()));
-    // User texts (ReplayGain, MusicBrainz) by the names that players look for.
-    constexpr QByteArrayView kUserText("id3/TXXX%3A");
-    if (!carried && name.startsWith(kUserText))
-        name.replace(0, kUserText.size(), "itlk/com.apple.iTunes.");
+    if (!carried)
+        if (const auto named = userTextTarget(name))
+            return *named;
     const qsizetype slash = name.indexOf('/');
     const QByteArray space = name.left(slash);
     ItemTarget target;

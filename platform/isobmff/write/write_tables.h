@@ -87,6 +87,27 @@ inline constexpr std::array kTranslations{
     ItemTranslation{"id3/TEXT", "itsk/%A9lyr", "itsk/%A9lyr"}, // both are the record's lyricist
     ItemTranslation{"id3/USLT", "itsk/%A9lyr", "itsk/%A9lyr"},
     ItemTranslation{"id3/TOPE", "itsk/%A9ope", "itsk/%A9ope"},
+    ItemTranslation{"id3/TPE3", "itsk/%A9con", "itsk/%A9con"},
+    ItemTranslation{"id3/TSOT", "itsk/sonm", "itsk/sonm"},
+    ItemTranslation{"id3/TSOP", "itsk/soar", "itsk/soar"},
+    ItemTranslation{"id3/TSOA", "itsk/soal", "itsk/soal"},
+    ItemTranslation{"id3/TSO2", "itsk/soaa", "itsk/soaa"},
+    ItemTranslation{"id3/TSOC", "itsk/soco", "itsk/soco"},
+    ItemTranslation{"id3/GRP1", "itsk/%A9grp", "itsk/%A9grp"},
+    ItemTranslation{"id3/MVNM", "itsk/%A9mvn", "itsk/%A9mvn"},
+    ItemTranslation{"id3/TPE4", "itlk/com.apple.iTunes.REMIXER", "itlk/com.apple.iTunes.REMIXER"},
+    ItemTranslation{"id3/TSRC", "itlk/com.apple.iTunes.ISRC", "itlk/com.apple.iTunes.ISRC"},
+    ItemTranslation{"id3/TLAN", "itlk/com.apple.iTunes.LANGUAGE", "itlk/com.apple.iTunes.LANGUAGE"},
+    ItemTranslation{"id3/TMED", "itlk/com.apple.iTunes.MEDIA", "itlk/com.apple.iTunes.MEDIA"},
+    ItemTranslation{"id3/TMOO", "itlk/com.apple.iTunes.MOOD", "itlk/com.apple.iTunes.MOOD"},
+    ItemTranslation{"id3/TKEY", "itlk/com.apple.iTunes.initialkey",
+                    "itlk/com.apple.iTunes.initialkey"},
+    ItemTranslation{"id3/TOAL", "itlk/com.apple.iTunes.ORIGINALALBUM",
+                    "itlk/com.apple.iTunes.ORIGINALALBUM"},
+    ItemTranslation{"id3/TDOR", "itlk/com.apple.iTunes.ORIGINALDATE",
+                    "itlk/com.apple.iTunes.ORIGINALDATE"},
+    ItemTranslation{"id3/TORY", "itlk/com.apple.iTunes.ORIGINALYEAR",
+                    "itlk/com.apple.iTunes.ORIGINALYEAR"},
     ItemTranslation{"id3/APIC", "itsk/covr", "itsk/covr"},
     ItemTranslation{"caaf/info-title", "itsk/%A9nam", "itsk/%A9nam"},
     ItemTranslation{"caaf/info-genre", "itsk/%A9gen", "itsk/%A9gen"},
@@ -100,6 +121,33 @@ inline constexpr std::array kTranslations{
     ItemTranslation{"caaf/info-composer", "itsk/%A9wrt", "itsk/%A9wrt"},
     ItemTranslation{"caaf/info-copyright", "itsk/cprt", "itsk/cprt"},
     ItemTranslation{"caaf/info-track%20number", "itsk/trkn", "itsk/trkn"},
+    ItemTranslation{"caaf/info-ISRC", "itlk/com.apple.iTunes.ISRC", "itlk/com.apple.iTunes.ISRC"},
+};
+
+/// What users and their programs add under names of their own; in this family an entry "----".
+inline constexpr std::array<std::string_view, 3> kUserTexts{"id3/TXXX%3A", "id3/WXXX%3A",
+                                                            "id3/COMM%3A"};
+/// A name of comments and APE tags, in lower case, and the one by which players know it here.
+/// Source: picard-docs.musicbrainz.org, "Tag mapping".
+struct PlayerName {
+    std::string_view name, known;
+};
+inline constexpr std::array kPlayerNames{
+    PlayerName{"musicbrainz_trackid", "MusicBrainz Track Id"},
+    PlayerName{"musicbrainz_releasetrackid", "MusicBrainz Release Track Id"},
+    PlayerName{"musicbrainz_albumid", "MusicBrainz Album Id"},
+    PlayerName{"musicbrainz_artistid", "MusicBrainz Artist Id"},
+    PlayerName{"musicbrainz_albumartistid", "MusicBrainz Album Artist Id"},
+    PlayerName{"musicbrainz_releasegroupid", "MusicBrainz Release Group Id"},
+    PlayerName{"musicbrainz_workid", "MusicBrainz Work Id"},
+    PlayerName{"musicbrainz_discid", "MusicBrainz Disc Id"},
+    PlayerName{"musicbrainz_albumtype", "MusicBrainz Album Type"},
+    PlayerName{"musicbrainz_albumstatus", "MusicBrainz Album Status"},
+    PlayerName{"releasetype", "MusicBrainz Album Type"},
+    PlayerName{"releasestatus", "MusicBrainz Album Status"},
+    PlayerName{"releasecountry", "MusicBrainz Album Release Country"},
+    PlayerName{"acoustid_id", "Acoustid Id"},
+    PlayerName{"acoustid_fingerprint", "Acoustid Fingerprint"},
 };
 
 } // namespace clipheave::platform

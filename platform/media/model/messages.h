@@ -12,6 +12,7 @@ inline constexpr MessageCode kWriteVideo{"write-video"};
 inline constexpr MessageCode kNoVideoTrack{"no-video-track"};
 inline constexpr MessageCode kNoAudioTrack{"no-audio-track"};
 inline constexpr MessageCode kFrameSizeOutOfRange{"frame-size-out-of-range"}; ///< width, height
+inline constexpr MessageCode kTagsNotCarriedOver{"tags-not-carried-over"};    ///< their names
 
 // Pixel buffers.
 inline constexpr MessageCode kCreatePixelBuffer{"create-pixel-buffer"};

@@ -190,6 +190,17 @@ QString AVMetadataItem::commonIdentifier() const {
     return QStringLiteral("common/") + QStringView(row->common).toString();
 }
 
+QString itemName(const AVMetadataItem& item) {
+    const QByteArray name = item.effectiveIdentifier().toLatin1();
+    return QString::fromUtf8(QByteArray::fromPercentEncoding(name.mid(name.indexOf('/') + 1)));
+}
+
+bool isEncoderNote(const AVMetadataItem& item) {
+    const QString identifier = item.effectiveIdentifier();
+    return identifier == u"id3/TSSE" || identifier == u"id3/TLEN" ||
+           identifier == u"id3/COMM%3AiTunSMPB";
+}
+
 QString metadataIdentifier(const QString& keySpace, const QString& key) {
     const QString prefix = keySpace == QLatin1String("org.id3") ? QStringLiteral("id3")
                            : keySpace == QLatin1String("comn")  ? QStringLiteral("common")

@@ -58,6 +58,12 @@ struct AVMetadataItem {
 /// "caaf/info-track%20number".
 [[nodiscard]] QString metadataIdentifier(const QString& keySpace, const QString& key);
 
+/// Returns how people know an item: "TPOS", "bext", of a user's text "TXXX:Gain".
+[[nodiscard]] QString itemName(const AVMetadataItem& item);
+/// Returns whether only encoders care for the item: their settings (TSSE), a duration (TLEN). None
+/// of it is the user's, or true of another file.
+[[nodiscard]] bool isEncoderNote(const AVMetadataItem& item);
+
 /// The track or disc number of an item as text: the binary pair of "trkn" and "disk" gives "n", or
 /// "n/m" when a total is set; a text or a number is given as it stands. Null when nothing is set.
 [[nodiscard]] QString trackNumberText(const AVMetadataItem& item);

@@ -15,6 +15,7 @@ enum class TagRule {
     Year,     ///< the first four digits in a row; no item without them
     FullDate, ///< as it stands when it begins "YYYY-MM-DD", else no item
     Track,    ///< "n", or "n/m" when the number of tracks is known
+    Disc,     ///< likewise, of the discs
 };
 
 /// One name of a tag, in lower case, and an item that it gives.
@@ -52,6 +53,9 @@ inline constexpr TagMapping kTagMappings[] = {
     {QLatin1String("track"), QLatin1String("id3/TRCK"), TagRule::Track},
     {QLatin1String("tracknumber"), QLatin1String("id3/TRCK"), TagRule::Track},
     {QLatin1String("wm/tracknumber"), QLatin1String("id3/TRCK"), TagRule::Track},
+    {QLatin1String("disc"), QLatin1String("id3/TPOS"), TagRule::Disc},
+    {QLatin1String("discnumber"), QLatin1String("id3/TPOS"), TagRule::Disc},
+    {QLatin1String("wm/partofset"), QLatin1String("id3/TPOS"), TagRule::Disc},
     {QLatin1String("date"), QLatin1String("id3/TYER"), TagRule::Year},
     {QLatin1String("year"), QLatin1String("id3/TYER"), TagRule::Year},
     {QLatin1String("wm/year"), QLatin1String("id3/TYER"), TagRule::Year},
@@ -63,6 +67,32 @@ inline constexpr TagMapping kTagMappings[] = {
     {QLatin1String("genre"), QLatin1String("id3/TCON")},
     {QLatin1String("wm/genre"), QLatin1String("id3/TCON")},
     {QLatin1String("isrc"), QLatin1String("id3/TSRC")},
+    {QLatin1String("wm/isrc"), QLatin1String("id3/TSRC")},
+    {QLatin1String("lyrics"), QLatin1String("id3/USLT")},
+    {QLatin1String("unsyncedlyrics"), QLatin1String("id3/USLT")},
+    {QLatin1String("wm/lyrics"), QLatin1String("id3/USLT")},
+    {QLatin1String("grouping"), QLatin1String("id3/TIT1")},
+    {QLatin1String("contentgroup"), QLatin1String("id3/TIT1")},
+    {QLatin1String("wm/contentgroupdescription"), QLatin1String("id3/TIT1")},
+    {QLatin1String("bpm"), QLatin1String("id3/TBPM")},
+    {QLatin1String("tempo"), QLatin1String("id3/TBPM")},
+    {QLatin1String("wm/beatsperminute"), QLatin1String("id3/TBPM")},
+    {QLatin1String("compilation"), QLatin1String("id3/TCMP")},
+    {QLatin1String("wm/iscompilation"), QLatin1String("id3/TCMP")},
+    {QLatin1String("encoded-by"), QLatin1String("id3/TENC")},
+    {QLatin1String("encoded_by"), QLatin1String("id3/TENC")},
+    {QLatin1String("encodedby"), QLatin1String("id3/TENC")},
+    {QLatin1String("wm/encodedby"), QLatin1String("id3/TENC")},
+    {QLatin1String("conductor"), QLatin1String("id3/TPE3")},
+    {QLatin1String("wm/conductor"), QLatin1String("id3/TPE3")},
+    {QLatin1String("titlesort"), QLatin1String("id3/TSOT")},
+    {QLatin1String("title-sort"), QLatin1String("id3/TSOT")},
+    {QLatin1String("artistsort"), QLatin1String("id3/TSOP")},
+    {QLatin1String("artist-sort"), QLatin1String("id3/TSOP")},
+    {QLatin1String("albumsort"), QLatin1String("id3/TSOA")},
+    {QLatin1String("album-sort"), QLatin1String("id3/TSOA")},
+    {QLatin1String("albumartistsort"), QLatin1String("id3/TSO2")},
+    {QLatin1String("composersort"), QLatin1String("id3/TSOC")},
     {QLatin1String("publisher"), QLatin1String("id3/TPUB")},
     {QLatin1String("wm/publisher"), QLatin1String("id3/TPUB")},
     {QLatin1String("organization"), QLatin1String("id3/TPUB")},
@@ -96,16 +126,21 @@ struct NamedTag {
 /// ("AC/DC").
 inline constexpr QLatin1String kValueSeparator("; ");
 
-/// The items of `tags` by kTagMappings, in table order; at most one an identifier. Tags that no row
-/// names and empty texts give nothing.
+/// The items of `tags` by kTagMappings, in table order; at most one an identifier. What gives
+/// none of them is a user's text, "id3/TXXX%3ANAME" under its own name, in file order. Empty texts,
+/// keys of QuickTime and what a program notes for itself (its name, counts, brands) give nothing.
 [[nodiscard]] QList<AVMetadataItem> itemsFromTags(const QList<NamedTag>& tags);
 /// The values of the tags of that name (lower case), joined; null when there is none.
 [[nodiscard]] QString tagText(const QList<NamedTag>& tags, QLatin1String name);
 /// "n" or "n/m" from the first of the track numbers and, when that has none, the number of tracks.
 [[nodiscard]] QString trackText(const QList<NamedTag>& tags, const QString& numbers);
+/// Likewise of discs.
+[[nodiscard]] QString discText(const QList<NamedTag>& tags, const QString& numbers);
 /// The first four digits in a row of a date; null when there are none.
 [[nodiscard]] QString yearText(const QString& date);
 /// An item whose key space and key come from the identifier ("id3/TIT2", "mdta/…").
 [[nodiscard]] AVMetadataItem itemOf(QLatin1String identifier, const QString& text);
+/// A text under a name that no table knows, as ID3 keeps it: "id3/TXXX%3ANAME".
+[[nodiscard]] AVMetadataItem userTextItem(const QString& name, const QString& text);
 
 } // namespace clipheave::platform
