@@ -123,6 +123,7 @@ const Sentence kImageWords[] = {
     {"write-photo-tags", "Write the tags of the photo"},
     {"too-many-pixels", "The image has too many pixels"},
     {"image-file-too-large", "The image file is larger than 64 MiB"},
+    {"heif-library-missing", "The library that decodes HEIC images is missing"},
     {"no-image", "There is no image"},
     {"no-frames", "There are no frames"},
     {"properties-out-of-range", "The properties are out of range, or come too late"},
@@ -345,6 +346,7 @@ const Sentence kItemWords[] = {
 const Sentence kJobWords[] = {
     {"no-outcome", "The work was given up without a result"},
     {"outcome-dropped", "A second outcome was dropped: %1"},
+    {"date-beyond-file-system", "The file system cannot store the date %1"},
     {"creation-date-not-stored", "Creation date not stored here"},
     {"copied-unchanged", "Copied unchanged"},
 };

@@ -11,6 +11,7 @@ inline constexpr platform::MessageCode kNoOutcome{"no-outcome"};
 /// Work that reports an item twice: a fault of this program. The text of the outcome.
 inline constexpr platform::MessageCode kOutcomeDropped{"outcome-dropped"};
 inline constexpr platform::MessageCode kCreationDateNotStored{"creation-date-not-stored"};
+inline constexpr platform::MessageCode kDateBeyondFileSystem{"date-beyond-file-system"}; ///< date
 inline constexpr platform::MessageCode kCopiedUnchanged{"copied-unchanged"};
 
 } // namespace clipheave::jobs

@@ -136,6 +136,13 @@ void Run::fail(const Error& error) {
     m_failure = error;
 }
 
+bool Run::isFirst(const MessageCode& note) {
+    const std::lock_guard lock(m_mutex);
+    const qsizetype before = m_notesSaid.size();
+    m_notesSaid.insert(QString::fromLatin1(note.id));
+    return m_notesSaid.size() > before;
+}
+
 void Run::announce(int total) {
     const std::lock_guard lock(m_mutex);
     m_announced = total;

@@ -8,6 +8,7 @@
 #include "jobs/ticket.h"
 
 #include <QHash>
+#include <QSet>
 
 #include <chrono>
 #include <condition_variable>
@@ -65,6 +66,9 @@ public:
     [[nodiscard]] OutputPaths& paths() { return m_paths; }
     [[nodiscard]] OutputTurns& turns() { return *m_turns; }
     [[nodiscard]] std::optional<platform::Error> failure() const;
+    /// Returns true the first time that the run is asked for this note: what holds for the place of
+    /// all outputs is said once.
+    [[nodiscard]] bool isFirst(const platform::MessageCode& note);
     /// Returns how many outcomes are there.
     [[nodiscard]] int done() const;
     /// Returns the outcomes so far, in the order of the items.
@@ -109,6 +113,7 @@ private:
     std::vector<Running> m_running;
     std::size_t m_runningToKeep = kRunningToKeep; ///< ended ones go when there are as many
     std::optional<platform::Error> m_failure;
+    QSet<QString> m_notesSaid;
     std::size_t m_left; ///< items without a handled outcome, and one for the work
     int m_announced = 0;
     bool m_cancelled = false;

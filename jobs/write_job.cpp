@@ -3,6 +3,7 @@
 
 #include "jobs/messages.h"
 
+#include "platform/foundation/dates.h"
 #include "platform/foundation/exact_dates.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
@@ -30,6 +31,14 @@ void finish(const WriteJob& job, WriteStatus status, const std::optional<Error>&
     job.ticket.report(outcome);
 }
 
+/// Returns whether the file has another modification date than this: file systems end somewhere
+/// (ext4 in 2446), and the system stores the last date that they have. FAT counts two seconds.
+bool hasOtherDate(const QString& path, const QDateTime& date) {
+    constexpr qint64 kCoarsest = 2000; // milliseconds
+    const auto stored = NSFileManager::defaultManager().attributesOfItemAtPath(path);
+    return stored && qAbs(stored->NSFileModificationDate.msecsTo(date)) > kCoarsest;
+}
+
 /// Sets the dates of a finished output; adds what a user should know to `notes`.
 void setOutputDates(const WriteJob& job, Notes& notes) {
     const auto stored = NSFileManager::defaultManager().setAttributes(
@@ -37,8 +46,12 @@ void setOutputDates(const WriteJob& job, Notes& notes) {
     restoreExactDates(job.source, job.output);
     if (!stored)
         notes.append(stored.error().text());
-    else if (*stored == CreationDateStored::NotStoredHere)
+    else if (*stored == CreationDateStored::NotStoredHere &&
+             job.ticket.run()->isFirst(kCreationDateNotStored))
         notes.append(kCreationDateNotStored);
+    if (stored && job.dates.modification && hasOtherDate(job.output, *job.dates.modification))
+        notes.append(Message(kDateBeyondFileSystem,
+                             {formatDate(*job.dates.modification, DatePattern::Colon)}));
 }
 
 /// The ends that leave no output. True when the job has ended with one of them.

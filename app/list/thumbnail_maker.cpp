@@ -4,6 +4,8 @@
 #include "media/media_kind.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/file_reader.h"
+#include "platform/image/artwork_decoding.h"
+#include "platform/image/messages.h"
 #include "platform/media/model/media_engine.h"
 
 #include <QBuffer>
@@ -142,6 +144,9 @@ QImage makeThumbnail(const ThumbnailSource& source, const ThumbnailShape& shape,
     if (!source.artwork.isNull() &&
         source.artwork.byteCount() <= static_cast<std::uint64_t>(kMostArtworkBytes)) {
         QByteArray bytes = source.artwork.bytes();
+        if (source.artwork.format() == u"heif")
+            if (const auto image = platform::decodedArtwork(bytes, platform::kReadImage))
+                return shaped(scaledWithin(*image, longest), shape);
         QBuffer buffer(&bytes);
         if (buffer.open(QIODevice::ReadOnly))
             if (const QImage original = readScaled(buffer, longest); !original.isNull())

@@ -5,6 +5,8 @@
 #include "media/media_kind.h"
 #include "platform/foundation/notification_center.h"
 #include "platform/foundation/paths.h"
+#include "platform/image/artwork_decoding.h"
+#include "platform/image/messages.h"
 
 #include <QApplication>
 #include <QBuffer>
@@ -39,6 +41,13 @@ constexpr int kDecodedAtOnce = 256 * 256;
 
 /// Decodes no larger than it is shown: a cover may have thousands of pixels a side.
 QImage decodedImage(const platform::EncodedImage& artwork, QSize most) {
+    if (artwork.format() == u"heif") { // not known to the reader below
+        const auto image = platform::decodedArtwork(artwork.bytes(), platform::kReadImage);
+        const QSize size = image ? image->size() : QSize();
+        return image ? image->scaled(size.scaled(most, Qt::KeepAspectRatio).boundedTo(size),
+                                     Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                     : QImage();
+    }
     QBuffer buffer;
     buffer.setData(artwork.bytes());
     buffer.open(QIODevice::ReadOnly);

@@ -136,6 +136,8 @@ const Sentence kImageWords[] = {
     {"write-photo-tags", QT_TRANSLATE_NOOP("Words", "Write the tags of the photo")},
     {"too-many-pixels", QT_TRANSLATE_NOOP("Words", "The image has too many pixels")},
     {"image-file-too-large", QT_TRANSLATE_NOOP("Words", "The image file is larger than 64 MiB")},
+    {"heif-library-missing",
+     QT_TRANSLATE_NOOP("Words", "The library that decodes HEIC images is missing")},
     {"no-image", QT_TRANSLATE_NOOP("Words", "There is no image")},
     {"no-frames", QT_TRANSLATE_NOOP("Words", "There are no frames")},
     {"properties-out-of-range",
@@ -404,6 +406,8 @@ const Sentence kItemWords[] = {
 const Sentence kJobWords[] = {
     {"no-outcome", QT_TRANSLATE_NOOP("Words", "The work was given up without a result")},
     {"outcome-dropped", QT_TRANSLATE_NOOP("Words", "A second outcome was dropped: %1")},
+    {"date-beyond-file-system",
+     QT_TRANSLATE_NOOP("Words", "The file system cannot store the date %1")},
     {"creation-date-not-stored", QT_TRANSLATE_NOOP("Words", "Creation date not stored here")},
     {"copied-unchanged", QT_TRANSLATE_NOOP("Words", "Copied unchanged")},
 };

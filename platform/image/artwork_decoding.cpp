@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/artwork_decoding.h"
 
+#include "platform/image/heif_decoding.h"
+#include "platform/image/heif_reader.h"
 #include "platform/image/messages.h"
 
 #include <QBuffer>
@@ -30,6 +32,8 @@ bool hasTooManyPixels(QSize size) {
 }
 
 Result<QImage> decodedArtwork(const QByteArray& bytes, MessageCode operation, const QString& path) {
+    if (isHeif(bytes))
+        return decodedHeif(bytes, operation, path);
     allowMostArtworkPixels();
     QBuffer input;
     input.setData(bytes);

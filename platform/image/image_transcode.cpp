@@ -12,20 +12,10 @@ namespace clipheave::platform {
 namespace {
 
 constexpr std::uint64_t kMostArtworkBytes = 64u << 20;
+constexpr int kJpegQualityOfArtwork = 95;
 
 tl::unexpected<Error> tooManyPixels(const QString& path) {
     return failure(ErrorCode::LimitExceeded, kReadImage, path, kTooManyPixels);
-}
-
-Result<QByteArray> asPng(const QByteArray& bytes, const QString& path) {
-    const auto image = decodedArtwork(bytes, kReadImage, path);
-    if (!image)
-        return tl::unexpected(image.error());
-    QBuffer output;
-    output.open(QIODevice::WriteOnly);
-    if (!image->save(&output, "PNG"))
-        return failure(ErrorCode::Io, kEncodeImage, path);
-    return output.data();
 }
 
 } // namespace
@@ -45,10 +35,16 @@ Result<EncodedImage> imageForArtwork(const QString& path) {
         return tooManyPixels(path);
     if (original.format() == u"jpeg" || original.format() == u"png")
         return original;
-    const auto png = asPng(*bytes, path);
-    if (!png)
-        return tl::unexpected(png.error());
-    return EncodedImage::fromBytes(*png);
+    const auto image = decodedArtwork(*bytes, kReadImage, path);
+    if (!image)
+        return tl::unexpected(image.error());
+    // Photos of HEIC are lossy already and would be large as PNG.
+    const bool isHeif = original.format() == u"heif";
+    QBuffer output;
+    output.open(QIODevice::WriteOnly);
+    if (!image->save(&output, isHeif ? "JPEG" : "PNG", isHeif ? kJpegQualityOfArtwork : -1))
+        return failure(ErrorCode::Io, kEncodeImage, path);
+    return EncodedImage::fromBytes(output.data());
 }
 
 } // namespace clipheave::platform

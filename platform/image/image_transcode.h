@@ -6,8 +6,9 @@
 
 namespace clipheave::platform {
 
-/// An image file as cover art: JPEG and PNG files keep their own bytes, every other format that
-/// can be decoded becomes PNG. NotFound, AccessDenied, or InvalidData when it is not an image.
+/// An image file as cover art: JPEG and PNG files keep their own bytes, HEIF becomes JPEG, every
+/// other format that can be decoded PNG. NotFound, AccessDenied, or InvalidData when it is not an
+/// image.
 [[nodiscard]] Result<EncodedImage> imageForArtwork(const QString& path);
 
 } // namespace clipheave::platform

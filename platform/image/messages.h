@@ -21,6 +21,7 @@ inline constexpr MessageCode kWritePhotoTags{"write-photo-tags"};
 inline constexpr MessageCode kTooManyPixels{"too-many-pixels"};
 inline constexpr MessageCode kImageFileTooLarge{"image-file-too-large"};
 inline constexpr MessageCode kNoImage{"no-image"};
+inline constexpr MessageCode kHeifLibraryMissing{"heif-library-missing"};
 inline constexpr MessageCode kNoFrames{"no-frames"};
 inline constexpr MessageCode kPropertiesOutOfRange{"properties-out-of-range"};
 inline constexpr MessageCode kFrameSizeDiffers{"frame-size-differs"};

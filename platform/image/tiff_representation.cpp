@@ -18,6 +18,7 @@ namespace clipheave::platform {
 namespace {
 
 constexpr int kLzw = 1;
+constexpr int kJpegQuality = 95; // no difference to the eye
 
 Result<EncodedImage> transcoded(const EncodedImage& original, const char* format) {
     const MessageCode operation = kConvertImage;
@@ -29,6 +30,8 @@ Result<EncodedImage> transcoded(const EncodedImage& original, const char* format
     QImageWriter writer(&output, format);
     if (format == QByteArrayView("tiff"))
         writer.setCompression(kLzw);
+    else if (format == QByteArrayView("jpeg"))
+        writer.setQuality(kJpegQuality);
     if (!writer.write(*image))
         return failure(ErrorCode::NotSupported, operation, {}, writer.errorString());
     EncodedImage result = EncodedImage::fromBytes(output.data());
@@ -117,8 +120,9 @@ Result<EncodedImage> TIFFRepresentation(const EncodedImage& original) {
 }
 
 Result<EncodedImage> artworkForItemList(const EncodedImage& original) {
-    const bool fits = original.format() == u"jpeg" || original.format() == u"png";
-    return fits ? Result<EncodedImage>(original) : transcoded(original, "png");
+    if (original.format() == u"jpeg" || original.format() == u"png")
+        return original;
+    return transcoded(original, original.format() == u"heif" ? "jpeg" : "png");
 }
 
 } // namespace clipheave::platform

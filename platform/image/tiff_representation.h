@@ -13,8 +13,8 @@ namespace clipheave::platform {
 /// The image as an uncompressed TIFF file, 8 bits for each of red, green and blue (TIFF 6.0).
 /// InvalidArgument for an image without pixels, LimitExceeded over 4 GB.
 [[nodiscard]] Result<QByteArray> TIFFRepresentation(const RawFrame& image);
-/// The image as an MPEG-4 list of tags holds it: JPEG and PNG keep their bytes, others become
-/// PNG. Errors as above.
+/// The image as an MPEG-4 list of tags holds it: JPEG and PNG keep their bytes, HEIF becomes JPEG,
+/// others PNG. Errors as above.
 [[nodiscard]] Result<EncodedImage> artworkForItemList(const EncodedImage& image);
 
 } // namespace clipheave::platform

@@ -175,6 +175,13 @@ TEST(Run, AFailureOfTheWholeIsThatOfWhatIsLeft) {
     EXPECT_EQ(run->outcomes()[1].failure->code, platform::ErrorCode::NoSpace);
 }
 
+TEST(Run, SaysOnceWhatHoldsForAllOutputs) {
+    const auto run = performed(orderOf({u"a"_s}, [](jobs::Run&, const auto&) {}));
+    EXPECT_TRUE(run->isFirst(kCreationDateNotStored));
+    EXPECT_FALSE(run->isFirst(kCreationDateNotStored));
+    EXPECT_TRUE(run->isFirst(kDateBeyondFileSystem));
+}
+
 TEST(Run, WhatThrowsCostsNoOtherOutcome) {
     int outcomes = 0, ends = 0;
     Run::Handlers handlers;

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Audio files that other programs left odd: what a save and a removal make of them.
+#include "jobs/messages.h"
 #include "media/media_import.h"
 #include "metadata/messages.h"
 #include "platform/media/model/messages.h"
 #include "tests/metadata/write_fixture.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonObject>
 
 namespace {
@@ -287,6 +289,19 @@ TEST_F(AudioTags, ChunksOfWaveAndAiffAreNamed) {
     EXPECT_GE(TempDir::read(outputOf(path)).indexOf("Ann"), 0);
     written(path, true);
     EXPECT_FALSE(isNoted(platform::kTagsNotCarriedOver));
+}
+
+TEST_F(AudioTags, ADateThatTheFileSystemHasNotIsNamed) {
+    const QString path =
+        m_dir.write("a.mp3", id3Tag(3, id3Text("TIT2", "T")) + testkit::mpegFrames());
+    for (const char* year : {"2020", "3000"}) {
+        jobs::WriteRequest made = shown(path);
+        made.audioPane->texts.createdDatelab = QLatin1String(year) + u":01:02 03:04:05"_s;
+        written(made);
+        const int stored = QFileInfo(outputOf(path)).lastModified().date().year();
+        EXPECT_EQ(isNoted(jobs::kDateBeyondFileSystem), stored != QByteArray(year).toInt())
+            << year << m_outcome.text();
+    }
 }
 
 } // namespace

@@ -11,6 +11,7 @@ namespace {
 constexpr std::uint32_t kLargestImageSide = 1u << 20;
 constexpr int kMostJpegSegments = 2000;
 constexpr int kMostTiffEntries = 1000;
+constexpr int kMostHeifBoxes = 4096;
 // What an ID3 tag holds: a cover of that size, as TIFF, must come across a second save.
 constexpr qsizetype kLargestFrame = 256 << 20;
 
@@ -108,6 +109,60 @@ std::optional<FrameHeader> sniffTiff(const FrameBytes& bytes) {
     return plausibleFrame("tiff", sides[0], sides[1]);
 }
 
+/// A box of ISO base media at an offset: "size, type"; nothing when it is none or lies beyond
+/// `end`.
+struct HeifBox {
+    std::uint64_t body = 0, end = 0;
+    ByteView type; ///< borrowed
+};
+std::optional<HeifBox> heifBoxAt(const FrameBytes& bytes, std::uint64_t at, std::uint64_t end) {
+    const ByteView head = bytes(at, 8);
+    const std::uint64_t size = head.be32(0).value_or(0);
+    if (size < 8 || size > end - std::min(at, end))
+        return std::nullopt;
+    return HeifBox{at + 8, at + size, head.sub(4, 4)};
+}
+
+/// The first box of that type between two offsets.
+std::optional<HeifBox> findHeifBox(const FrameBytes& bytes, std::uint64_t at, std::uint64_t end,
+                                   const char* type) {
+    for (int i = 0; i < kMostHeifBoxes; ++i) {
+        const auto box = heifBoxAt(bytes, at, end);
+        if (!box || box->type.startsWith(type))
+            return box;
+        at = box->end;
+    }
+    return std::nullopt;
+}
+
+/// ISO/IEC 23008-12: "ftyp" with a brand of still images; the sizes of all images stand in
+/// meta/iprp/ipco. The largest is the main image's: its tiles and thumbnails are smaller.
+std::optional<FrameHeader> sniffHeif(const FrameBytes& bytes) {
+    const auto meta = findHeifBox(bytes, 0, UINT32_MAX, "meta");
+    const auto iprp = meta ? findHeifBox(bytes, meta->body + 4, meta->end, "iprp") : meta;
+    const auto ipco = iprp ? findHeifBox(bytes, iprp->body, iprp->end, "ipco") : iprp;
+    std::optional<FrameHeader> largest;
+    std::uint64_t at = ipco ? ipco->body : 0, most = 0;
+    for (int i = 0; ipco && i < kMostHeifBoxes; ++i) {
+        const auto ispe = findHeifBox(bytes, at, ipco->end, "ispe");
+        if (!ispe)
+            break;
+        const ByteView sides = bytes(ispe->body + 4, 8);
+        const std::uint32_t width = sides.be32(0).value_or(0), height = sides.be32(4).value_or(0);
+        if (const std::uint64_t pixels = std::uint64_t{width} * height; pixels > most) {
+            most = pixels;
+            largest = plausibleFrame("heif", width, height);
+        }
+        at = ispe->end;
+    }
+    return largest;
+}
+
+bool isHeifBrand(ByteView brand) {
+    return brand.startsWith("hei") || brand.startsWith("hev") || brand.startsWith("mif") ||
+           brand.startsWith("msf1") || brand.startsWith("avi");
+}
+
 std::optional<FrameHeader> sniffImageBytes(const FrameBytes& bytes) {
     const ByteView head = bytes(0, 32);
     if (head.startsWith("\xFF\xD8\xFF"))
@@ -124,6 +179,8 @@ std::optional<FrameHeader> sniffImageBytes(const FrameBytes& bytes) {
         return sniffBmp(head);
     if (head.startsWith("II*") || head.startsWith("MM"))
         return sniffTiff(bytes);
+    if (head.sub(4).startsWith("ftyp") && isHeifBrand(head.sub(8, 4)))
+        return sniffHeif(bytes);
     return std::nullopt;
 }
 

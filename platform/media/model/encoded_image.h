@@ -12,8 +12,8 @@
 
 namespace clipheave::platform {
 
-/// An image as a file carries it, still encoded: "jpeg", "png", "gif", "bmp", "webp", "tiff".
-/// Decoding is left to whoever paints it. Images over `kInlineLimit` that lie unbroken in a
+/// An image as a file carries it, still encoded: "jpeg", "png", "gif", "bmp", "webp", "tiff",
+/// "heif". Decoding is left to whoever paints it. Images over `kInlineLimit` that lie unbroken in a
 /// file stay there, so that a library of albums does not fill the memory.
 class EncodedImage {
 public:
@@ -41,7 +41,8 @@ private:
 };
 
 /// Format and pixel size from the head of an encoded image; nothing when it is not one. Handles
-/// JPEG (start-of-frame), PNG (IHDR), GIF, BMP, WebP (VP8, VP8L, VP8X), TIFF (first IFD).
+/// JPEG (start-of-frame), PNG (IHDR), GIF, BMP, WebP (VP8, VP8L, VP8X), TIFF (first IFD), HEIF and
+/// AVIF (largest `ispe`).
 struct FrameHeader {
     QString format;
     QSize size;

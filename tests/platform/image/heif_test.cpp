@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/heif_items.h"
 #include "platform/image/heif_reader.h"
+#include "platform/image/image_transcode.h"
+#include "platform/image/tiff_representation.h"
 #include "platform/isobmff/box.h"
-#include "tests/testkit/testkit.h"
+#include "tests/testkit/media.h"
+
+#include <QImage>
 
 #include <chrono>
 
@@ -142,6 +146,55 @@ TEST(Heif, CanonRawTags) {
     EXPECT_EQ(facts->photoTags, "photo");
     EXPECT_EQ(facts->gpsTags, "gps");
     EXPECT_TRUE(facts->pixelSize.isEmpty()) << "the track is a part of the raw image";
+}
+
+/// A still of one colour, as a phone stores it: one key frame of HEVC.
+QByteArray redPhoto(const testkit::TempDir& dir) {
+    const QString video = dir.path("red.mp4");
+    testkit::ffmpeg("-f lavfi -i color=red:s=64x48 -frames:v 1 -c:v libx265 -pix_fmt yuv420p",
+                    {video});
+    const QByteArray bytes = testkit::TempDir::read(video);
+    const auto bodyOf = [&bytes](const char* type) {
+        const qsizetype at = bytes.indexOf(type);
+        const auto size = ByteView(bytes).be32(static_cast<std::uint64_t>(at) - 4).value_or(8);
+        return bytes.mid(at + 4, static_cast<qsizetype>(size) - 8);
+    };
+    const QByteArray frame = bodyOf("mdat");
+    const auto build = [&](quint64 offset) {
+        const QByteArray properties =
+            box("ipco", fullBox("ispe", be(64, 4) + be(48, 4)) + box("hvcC", bodyOf("hvcC")));
+        const QByteArray iloc = be(0x4400, 2) + be(1, 2) + be(1, 2) + be(0, 2) + be(1, 2) +
+                                be(offset, 4) + be(static_cast<quint64>(frame.size()), 4);
+        return box("ftyp", "heic" + be(0, 4) + "mif1heic") +
+               fullBox("meta", fullBox("hdlr", be(0, 4) + "pict" + QByteArray(13, '\0')) +
+                                   fullBox("pitm", be(1, 2)) + fullBox("iloc", iloc) +
+                                   fullBox("iinf", be(1, 2) + infe(1, "hvc1")) +
+                                   box("iprp", properties +
+                                                   fullBox("ipma", be(1, 4) + be(1, 2) + be(2, 1) +
+                                                                       be(0x81, 1) + be(0x82, 1))));
+    };
+    return build(static_cast<quint64>(build(0).size()) + 8) + box("mdat", frame);
+}
+
+TEST(Heif, IsAnArtworkThatBecomesJpeg) {
+    SKIP_WITHOUT("ffmpeg");
+    const testkit::TempDir dir;
+    const QByteArray bytes = redPhoto(dir);
+    const EncodedImage cover = EncodedImage::fromBytes(bytes);
+    EXPECT_EQ(cover.format(), u"heif");
+    EXPECT_EQ(cover.size(), QSize(64, 48));
+    const auto artwork = imageForArtwork(dir.write("a.heic", bytes));
+    if (!artwork && artwork.error().code == ErrorCode::NotSupported)
+        GTEST_SKIP() << "needs libheif";
+    ASSERT_TRUE(artwork) << artwork.error().text();
+    EXPECT_EQ(artwork->format(), u"jpeg");
+    const QImage image = QImage::fromData(artwork->bytes());
+    EXPECT_EQ(image.size(), QSize(64, 48));
+    EXPECT_GT(image.pixelColor(32, 24).red(), 200);
+    EXPECT_LT(image.pixelColor(32, 24).blue(), 60);
+    EXPECT_EQ(artworkForItemList(cover)->format(), u"jpeg");
+    EXPECT_EQ(TIFFRepresentation(cover)->format(), u"tiff");
+    EXPECT_FALSE(imageForArtwork(dir.write("cut.heic", bytes.chopped(bytes.size() / 2))));
 }
 
 } // namespace clipheave::platform
