@@ -128,13 +128,15 @@ void AVAssetExportSession::exportAsynchronouslyWithCompletionHandler(
     if (const auto valid = m_state->validated(); !valid && !m_state->cancelled)
         m_state->finish(tl::unexpected(valid.error()));
     LiveSessions::shared().add(m_state);
-    exportQueue().add([state = m_state, handler = std::move(completionHandler)] {
+    const auto job = [state = m_state, handler = std::move(completionHandler)] {
         if (state->startExporting())
             state->finish(guarded([&state] { return state->run(); }));
         if (handler)
             ignoreFailure(guarded(handler), "what the handler holds reports that it was given up");
         LiveSessions::shared().remove(state);
-    });
+    };
+    using Work = ExportQueue::Work;
+    exportQueue().add(job, m_state->isSmallRewrite() ? Work::SmallFile : Work::Any);
 }
 
 void AVAssetExportSession::cancelExport() {

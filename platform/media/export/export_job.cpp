@@ -9,6 +9,8 @@
 #include "platform/media/export/quicktime_codecs.h"
 #include "platform/media/messages.h"
 
+#include <QFileInfo>
+
 #include <algorithm>
 #include <thread>
 
@@ -67,6 +69,7 @@ QStringList sourcesOf(const ExportPlan& plan) {
     return paths;
 }
 
+constexpr qint64 kSmallFile = 4 << 20;
 /// Share of the encoding in an export; writing the metadata is the rest.
 constexpr double kEncodingShare = 0.98;
 
@@ -168,10 +171,19 @@ Result<PassthroughOutcome> AVAssetExportSession::State::runJob() {
     return runOrder(std::move(request));
 }
 
+bool AVAssetExportSession::State::copiesWholeFile() const {
+    return order->asset && !order->timeRange &&
+           order->presetName == QStringView(AVAssetExportPresetPassthrough);
+}
+
+bool AVAssetExportSession::State::isSmallRewrite() const {
+    if (order && !(copiesWholeFile() && isIsoMedia(order->asset->file()->facts().container)))
+        return false;
+    return QFileInfo(sourcePath).size() <= kSmallFile;
+}
+
 Result<PassthroughOutcome> AVAssetExportSession::State::runOrder(PassthroughRequest request) {
-    const bool wholeFile = order->asset && !order->timeRange &&
-                           order->presetName == QStringView(AVAssetExportPresetPassthrough);
-    if (!wholeFile)
+    if (!copiesWholeFile())
         return runPlan(std::move(request));
     if (isIsoMedia(order->asset->file()->facts().container))
         return withNotes(writePassthrough(request), notesOnCodecs(request.container));

@@ -38,6 +38,8 @@ struct AVAssetExportSession::State {
     void cancel();
 
     [[nodiscard]] Result<void> validated() const;
+    /// Returns whether it is one small file that nothing is decoded or encoded of.
+    [[nodiscard]] bool isSmallRewrite() const;
     [[nodiscard]] Result<PassthroughOutcome> run();
     [[nodiscard]] Result<PassthroughOutcome> runJob();
     /// Makes a file of this family at `target`; returns notes.
@@ -52,6 +54,7 @@ struct AVAssetExportSession::State {
                                                               const AVURLAsset& original,
                                                               EngineWork work, const Maker& maker);
     [[nodiscard]] Result<PassthroughOutcome> runOrder(PassthroughRequest request);
+    [[nodiscard]] bool copiesWholeFile() const;
     [[nodiscard]] Notes notesOnCodecs(OutputContainer container) const;
     [[nodiscard]] Result<PassthroughOutcome> runPlan(PassthroughRequest request);
     [[nodiscard]] Result<Notes> copyIntoMp4(MediaEngine& engine, const PassthroughRequest& request,

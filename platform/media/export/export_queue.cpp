@@ -14,6 +14,9 @@ namespace clipheave::platform {
 
 namespace {
 
+/// Durable writes wait for the disk, and file systems join those that wait together into one
+/// commit. Measured with 500 titles on ext4 and 2 cores: as fast with 8 at once as with 16 or 32.
+constexpr std::size_t kSmallFilesPerCore = 4;
 constexpr int kGivesWay = 10; // steps of niceness: a tenth of the weight
 
 /// Lowers the priority of this thread and of those that it starts, which inherit it.
@@ -45,10 +48,10 @@ ExportQueue::~ExportQueue() {
         thread.join();
 }
 
-void ExportQueue::add(std::function<void()> job) {
+void ExportQueue::add(std::function<void()> job, Work work) {
     {
         const std::lock_guard lock(m_mutex);
-        m_jobs.push_back(std::move(job));
+        m_jobs.push_back({std::move(job), work});
         startThreadIfNeeded();
     }
     m_wake.notify_one();
@@ -58,6 +61,7 @@ void ExportQueue::setMaximum(int count) {
     {
         const std::lock_guard lock(m_mutex);
         m_maximum = static_cast<std::size_t>(std::max(1, count));
+        m_isLimited = true;
         startThreadIfNeeded();
     }
     m_wake.notify_all();
@@ -74,9 +78,18 @@ int ExportQueue::concurrency() {
     return static_cast<int>(std::max<std::size_t>(wanted, 1));
 }
 
+std::size_t ExportQueue::limitFor(Work work) const {
+    return work == Work::SmallFile && !m_isLimited ? kSmallFilesPerCore * m_maximum : m_maximum;
+}
+
+bool ExportQueue::nextMayStart() const {
+    return !m_jobs.empty() && m_running < limitFor(m_jobs.front().work);
+}
+
 /// With the mutex held: starts as many threads as there is work for, up to the limit.
 void ExportQueue::startThreadIfNeeded() {
-    while (m_threads.size() < std::min(m_maximum, m_running + m_jobs.size()))
+    const std::size_t limit = m_jobs.empty() ? m_maximum : limitFor(m_jobs.back().work);
+    while (m_threads.size() < std::min(limit, m_running + m_jobs.size()))
         m_threads.emplace_back([this] { work(); });
 }
 
@@ -96,13 +109,14 @@ void ExportQueue::work() {
     DeferredFolderSyncs deferred;
     std::unique_lock lock(m_mutex);
     while (true) {
-        m_wake.wait(lock,
-                    [this] { return m_stopping || (!m_jobs.empty() && m_running < m_maximum); });
+        m_wake.wait(lock, [this] { return m_stopping || nextMayStart(); });
         if (m_stopping)
             return;
-        std::function<void()> job = std::move(m_jobs.front());
+        std::function<void()> job = std::move(m_jobs.front().run);
         m_jobs.pop_front();
         ++m_running;
+        if (nextMayStart()) // what stood before it may have kept others waiting
+            m_wake.notify_one();
         lock.unlock();
         job();
         job = nullptr; // what it holds is released before it counts as done
