@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The video jobs over several videos that belong together, and where folders are full, closed or gone: generators of
 (case, what is wrong)."""
+import json
 import os
 import pathlib
 import signal
@@ -182,8 +183,11 @@ def interrupted(cli, made, work):
         watch.cancel()
         if process.returncode != (1 if disturb is None else 130):
             yield name, f"status {process.returncode}: {errors.decode(errors='replace')[-300:]}"
-        if names_in(storage):
-            yield name, f"left {names_in(storage)}"
+        # It may have ended just before the signal: then it says so, and the video is whole.
+        done = {output for item in json.loads(out)["items"] if item["status"] == "completed" for output in item["outputs"]}
+        left = [file for file in names_in(storage) if str(storage / file) not in done]
+        if left or any(oracles.Probe(path).duration < 19 for path in done):
+            yield name, f"left {names_in(storage)}: {out.decode(errors='replace')[-300:]}"
 
 
 def all_cases(cli, made, work):
