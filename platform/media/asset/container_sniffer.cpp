@@ -2,6 +2,7 @@
 #include "platform/media/asset/container_sniffer.h"
 
 #include "platform/foundation/paths.h"
+#include "platform/media/asset/asf_streams.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +11,7 @@ namespace clipheave::platform {
 
 namespace {
 
-constexpr std::uint64_t kHeadBytes = 4096; ///< holds the stream headers of Ogg and ASF
+constexpr std::uint64_t kHeadBytes = 4096; ///< holds the stream headers of Ogg
 constexpr std::uint64_t kId3HeaderBytes = 10;
 constexpr int kMostId3Tags = 4;
 
@@ -23,13 +24,15 @@ template <std::size_t N> constexpr QByteArrayView signatureBytes(const char (&te
     return {text, static_cast<qsizetype>(N - 1)};
 }
 
+constexpr char kAsf[] = "\x30\x26\xB2\x75\x8E\x66\xCF\x11";
+
 // Source: the description of each format. TS and MPEG audio, which have no fixed bytes, are below.
 const std::array kSignatures{
     Signature{signatureBytes("fLaC"), Container::Flac},
     Signature{signatureBytes("caff"), Container::Caf},
     Signature{signatureBytes(".snd"), Container::Au},
     Signature{signatureBytes("OggS"), Container::Tagged},
-    Signature{signatureBytes("\x30\x26\xB2\x75\x8E\x66\xCF\x11"), Container::Tagged}, // ASF
+    Signature{signatureBytes(kAsf), Container::Tagged},
     Signature{signatureBytes("MAC "), Container::Tagged},
     Signature{signatureBytes("wvpk"), Container::Tagged},
     Signature{signatureBytes("MPCK"), Container::Tagged},
@@ -118,15 +121,11 @@ std::uint64_t id3TagBytes(ByteView head) {
     return kId3HeaderBytes + size + (footer ? kId3HeaderBytes : 0);
 }
 
-bool announcesVideo(ByteView head) {
+bool isOggVideo(ByteView head) {
     const QByteArrayView bytes = head.bytes();
-    if (head.startsWith("OggS"))
-        return bytes.indexOf(signatureBytes("\x80theora")) >= 0 ||
-               bytes.indexOf(signatureBytes("BBCD\0")) >= 0 ||
-               bytes.indexOf(signatureBytes("OVP80")) >= 0;
-    // Stream properties of type video. Source: ASF 2004, 10.1 (ASF_Video_Media).
-    return bytes.indexOf(signatureBytes("\xC0\xEF\x19\xBC\x4D\x5B\xCF\x11\xA8\xFD\x00\x80\x5F\x5C"
-                                        "\x44\x2B")) >= 0;
+    return bytes.indexOf(signatureBytes("\x80theora")) >= 0 ||
+           bytes.indexOf(signatureBytes("BBCD\0")) >= 0 ||
+           bytes.indexOf(signatureBytes("OVP80")) >= 0;
 }
 
 bool isNamedMpegAudio(const QString& path) {
@@ -166,8 +165,13 @@ SniffedFile sniffFile(FileReader& reader) {
     }
     const ByteView head = reader.viewUpTo(offset, kHeadBytes);
     sniffed.container = sniffContainer(head);
-    if (sniffed.container == Container::Tagged)
-        sniffed.hasVideo = announcesVideo(head);
+    if (head.startsWith("OggS"))
+        sniffed.hasVideo = isOggVideo(head);
+    if (head.startsWith(signatureBytes(kAsf))) {
+        const AsfStreams streams = asfStreams(reader, offset);
+        sniffed.hasVideo = streams.video;
+        sniffed.hasAudio = streams.audio;
+    }
     // MPEG audio may begin with padding or with the rest of a frame; only then does the name count.
     if (sniffed.container == Container::Unknown &&
         (sniffed.hasId3Prefix || isNamedMpegAudio(reader.path())))

@@ -10,8 +10,10 @@ struct SniffedFile {
     Container container = Container::Unknown;
     bool hasId3Prefix = false; ///< at least one ID3v2 tag stands first
     bool hasVideo = false;     ///< Ogg and ASF only: a video stream is announced
+    bool hasAudio = true;      ///< ASF only: an audio stream is announced
 };
-/// Returns what a file is by its first bytes. Reads at most a few kilobytes.
+/// Returns what a file is by its first bytes. Reads at most a few kilobytes;
+/// of ASF the header of each object.
 [[nodiscard]] SniffedFile sniffFile(FileReader& reader);
 
 } // namespace clipheave::platform

@@ -53,17 +53,32 @@ MediaFacts withRicherTags(MediaFacts facts, const Result<MediaFacts>& tagged) {
     return facts;
 }
 
+/// Drops what the tag library takes for the properties of audio where there is a video, or none.
+Result<MediaFacts> withTagsAlone(Result<MediaFacts> tagged) {
+    if (!tagged)
+        return tagged;
+    MediaFacts facts;
+    facts.container = tagged->container;
+    facts.metadata = tagged->metadata;
+    facts.albumArtwork = tagged->albumArtwork;
+    facts.problem = tagged->problem;
+    return facts;
+}
+
 /// The tag library knows tags best but no video and not every duration: the engine is asked for
 /// what is missing.
-Result<MediaFacts> readByTagLibrary(FileReader& reader, bool hasVideo) {
+Result<MediaFacts> readByTagLibrary(FileReader& reader, const SniffedFile& sniffed) {
+    const bool audioAlone = sniffed.hasAudio && !sniffed.hasVideo;
     Result<MediaFacts> tagged = readTagged(reader);
-    if (tagged && tagged->durationSeconds > 0 && !hasVideo)
+    if (!audioAlone)
+        tagged = withTagsAlone(std::move(tagged));
+    if (tagged && tagged->durationSeconds > 0)
         return tagged;
     Result<MediaFacts> probed = askEngine(reader);
     if (!probed)
         return tagged ? tagged : probed;
     MediaFacts facts = withRicherTags(std::move(*probed), tagged);
-    facts.container = hasVideo ? Container::Other : Container::Tagged;
+    facts.container = sniffed.hasVideo ? Container::Other : Container::Tagged;
     return facts;
 }
 
@@ -89,7 +104,7 @@ Result<MediaFacts> readByEngine(FileReader& reader, const SniffedFile& sniffed) 
 
 Result<MediaFacts> readContainer(FileReader& reader, const SniffedFile& sniffed) {
     if (sniffed.container == Container::Tagged && !sniffed.hasId3Prefix)
-        return readByTagLibrary(reader, sniffed.hasVideo);
+        return readByTagLibrary(reader, sniffed);
     const bool readable = !sniffed.hasId3Prefix || sniffed.container == Container::MpegAudio ||
                           sniffed.container == Container::Flac;
     const FactsReader own = readable ? ownReader(sniffed.container) : nullptr;

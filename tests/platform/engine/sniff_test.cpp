@@ -2,6 +2,8 @@
 #include "platform/media/asset/container_sniffer.h"
 #include "tests/testkit/media.h"
 
+#include <QSize>
+
 namespace clipheave::platform {
 
 using testkit::be;
@@ -77,6 +79,52 @@ TEST(Sniff, FileBehindTags) {
     EXPECT_TRUE(sniffed(u"v.ogg"_s, "OggS" + QByteArray(30, '\0') + "\x80theora").hasVideo);
     EXPECT_FALSE(sniffed(u"a.ogg"_s, "OggS" + QByteArray(30, '\0') + "\x01vorbis").hasVideo);
     EXPECT_EQ(sniffed(u"empty"_s, {}).container, Container::Unknown);
+}
+
+TEST(Sniff, StreamsOfAnAsfHeaderBehindLongObjects) {
+    SKIP_WITHOUT("ffmpeg");
+    const testkit::TempDir dir;
+    const QString path = dir.path("a.wmv");
+    testkit::ffmpeg("-f lavfi -i testsrc=d=1:s=64x48:r=25 -f lavfi -i sine=d=1 -c:v wmv2 "
+                    "-c:a wmav2",
+                    {path});
+    const QByteArray plain = testkit::TempDir::read(path);
+    const QByteArray extension = QByteArray::fromHex("b503bf5f2ea9cf118ee300c00c205365");
+    const QByteArray padding = QByteArray::fromHex("74d40618dfca0945a4ba9aabcb96aae8");
+    // The file with more in its header extension.
+    const auto longer = [&](const QByteArray& contents) {
+        QByteArray bytes = plain;
+        const qsizetype at = bytes.indexOf(extension);
+        const auto add = [&](qsizetype place, int width) {
+            quint64 size = 0;
+            for (int i = width; i-- > 0;)
+                size = size << 8 | static_cast<quint8>(bytes[place + i]);
+            bytes.replace(place, width, testkit::le(size + quint64(contents.size()), width));
+        };
+        add(16, 8);
+        add(70, 8); // of the file
+        add(at + 16, 8);
+        add(at + 42, 4);
+        return bytes.insert(at + 46, contents);
+    };
+    const auto sniffed = [&](const QByteArray& bytes) {
+        auto reader = FileReader::open(dir.write("b.wmv", bytes));
+        return sniffFile(*reader);
+    };
+    const QByteArray far = longer(padding + testkit::le(20'024, 8) + QByteArray(20'000, '\0'));
+    EXPECT_TRUE(sniffed(far).hasVideo);
+    EXPECT_TRUE(sniffed(far).hasAudio);
+    const auto facts = MediaFile::open(dir.path("b.wmv"));
+    ASSERT_TRUE(facts);
+    EXPECT_EQ((*facts)->facts().pixelSize, QSize(64, 48));
+    EXPECT_EQ((*facts)->facts().audioSampleRate, 44100);
+    EXPECT_NEAR((*facts)->facts().durationSeconds, 1, 0.1);
+    // Sizes that lie end the search within their object; it is finite.
+    EXPECT_TRUE(sniffed(longer(padding + testkit::le(UINT64_MAX, 8))).hasVideo);
+    QByteArray nested;
+    for (int i = 0; i < 500; ++i)
+        nested += extension + testkit::le(quint64(500 - i) * 46, 8) + QByteArray(22, '\0');
+    EXPECT_TRUE(sniffed(longer(nested)).hasVideo);
 }
 
 } // namespace clipheave::platform
