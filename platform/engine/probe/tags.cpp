@@ -30,13 +30,26 @@ void collectTags(const AVDictionary* dictionary, QList<NamedTag>& tags) {
         tags.append({tagValue(entry->key), tagValue(entry->value)});
 }
 
-/// Returns the tags of the file. Ogg keeps them with its first stream; elsewhere a stream's title
-/// is its own.
+/// Adds the tags of a stream whose names no stream before has.
+void collectMissingTags(const AVStream& stream, QList<NamedTag>& tags) {
+    QList<NamedTag> own;
+    collectTags(stream.metadata, own);
+    own.removeIf([&](const NamedTag& tag) {
+        return std::any_of(tags.cbegin(), tags.cend(), [&](const NamedTag& known) {
+            return known.name.compare(tag.name, Qt::CaseInsensitive) == 0;
+        });
+    });
+    tags += own;
+}
+
+/// Returns the tags of the file. Ogg keeps them with its streams, often the audio's alone;
+/// elsewhere a stream's title is its own.
 QList<NamedTag> fileTags(const AVFormatContext& context) {
     QList<NamedTag> tags;
     collectTags(context.metadata, tags);
-    if (std::string_view(context.iformat->name) == "ogg" && context.nb_streams > 0)
-        collectTags(context.streams[0]->metadata, tags);
+    if (std::string_view(context.iformat->name) == "ogg")
+        for (unsigned i = 0; i < std::min(context.nb_streams, kMostTaggedStreams); ++i)
+            collectMissingTags(*context.streams[i], tags);
     return tags;
 }
 

@@ -127,6 +127,15 @@ TEST_F(Engine, MapsTagsAndCovers) {
     EXPECT_EQ(facts->pixelSize, QSize(176, 144)) << "the cover is not the video";
 }
 
+TEST_F(Engine, ReadsTheTagsOfEveryStreamOfAnOgg) {
+    const auto facts =
+        probe(make(u"t.ogg"_s, "-c:v libtheora -c:a libvorbis -metadata:s:a title=Song "
+                               "-metadata:s:v artist=Who -metadata:s:a artist=Me"));
+    ASSERT_TRUE(facts);
+    EXPECT_EQ(text(*facts, "id3/TIT2"), u"Song");
+    EXPECT_EQ(text(*facts, "id3/TPE1"), u"Who");
+}
+
 TEST_F(Engine, FollowsNoReferences) {
     const QString inner = make(u"inner.ts"_s, "-c:v mpeg2video");
     // Lists that name a file which is there and which any player would open.
