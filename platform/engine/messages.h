@@ -57,6 +57,7 @@ inline constexpr MessageCode kContainerCannotHold{"container-cannot-hold"}; ///<
 inline constexpr MessageCode kCannotHoldAsItIs{"cannot-hold-as-it-is"};     ///< codec
 inline constexpr MessageCode kStreamsEmpty{"streams-empty"};
 inline constexpr MessageCode kStreamsLeftOut{"streams-left-out"}; ///< "subtitle (subrip)", …
+inline constexpr MessageCode kChaptersBeyondEnd{"chapters-beyond-end"}; ///< number
 
 // Damage and ends.
 inline constexpr MessageCode kDamagedVideoPackets{"damaged-video-packets"}; ///< file, number
@@ -84,6 +85,7 @@ inline constexpr MessageCode kHdrBecameSdr{"hdr-became-sdr"};
 inline constexpr MessageCode kAudioLeftOut{"audio-left-out"};     ///< file, reason
 inline constexpr MessageCode kAudioBecameAac{"audio-became-aac"}; ///< codec
 inline constexpr MessageCode kSamplesBecame24Bits{"samples-became-24-bits"};
+inline constexpr MessageCode kSamplesClipped{"samples-clipped"}; ///< number
 inline constexpr MessageCode kSegmentStartsLater{"segment-starts-later"};
 
 // Stream copies that cannot be made.

@@ -105,6 +105,7 @@ private:
     std::optional<std::int64_t> m_heard; ///< samples
     SampleTimes m_times;
     AVStream* m_target = nullptr;
+    Notes m_notes;
     int m_read = 0, m_written = 0, m_damaged = 0;
     bool m_cancelled = false;
 };
@@ -121,7 +122,7 @@ Result<void> AudioCopy::begin() {
     for (const AVPacketSideData& data : sideDataOf(m_stream))
         if (std::uint8_t* bytes = addSideData(*m_target, data.type, data.size))
             std::copy_n(data.data, data.size, bytes);
-    copyChapters(m_input, context);
+    m_notes = copyChapters(m_input, context);
     Dictionary options;
     // The edit list counts in units of the movie header: to the sample too.
     options.set("movie_timescale", QByteArray::number(m_times.base().den).constData());
@@ -175,7 +176,9 @@ Result<Notes> AudioCopy::run(const Progress& progress) {
         return m_output.failed(kCopyStreams, AVERROR_INVALIDDATA);
     if (m_written == 0)
         return failure(ErrorCode::InvalidData, kCopyStreams, {}, kStreamsEmpty);
-    return m_damaged > 0 ? Notes{Message(kDamagedPackets, {QString::number(m_damaged)})} : Notes();
+    if (m_damaged > 0)
+        m_notes << Message(kDamagedPackets, {QString::number(m_damaged)});
+    return m_notes;
 }
 
 } // namespace

@@ -35,6 +35,44 @@ bool isLossless(const AVCodecParameters& codec) {
            (descriptor->props & AV_CODEC_PROP_LOSSY) == 0;
 }
 
+template <class Sample> std::int64_t aboveFullScale(const std::uint8_t* bytes, int count) {
+    const auto* samples = static_cast<const Sample*>(static_cast<const void*>(bytes));
+    return std::count_if(samples, samples + count,
+                         [](Sample sample) { return sample > 1 || sample < -1; });
+}
+
+/// Returns how many values of the frame, of all channels, integers cannot express.
+std::int64_t samplesAboveFullScale(const AVFrame& frame) {
+    const auto format = static_cast<AVSampleFormat>(frame.format);
+    const AVSampleFormat packed = av_get_packed_sample_fmt(format);
+    if (packed != AV_SAMPLE_FMT_FLT && packed != AV_SAMPLE_FMT_DBL)
+        return 0;
+    const int channels = frame.ch_layout.nb_channels;
+    const bool planar = av_sample_fmt_is_planar(format) != 0;
+    const int planes = planar ? channels : 1;
+    const int values = planar ? frame.nb_samples : frame.nb_samples * channels;
+    std::int64_t count = 0;
+    for (int i = 0; i < planes; ++i)
+        count += packed == AV_SAMPLE_FMT_FLT
+                     ? aboveFullScale<float>(frame.extended_data[i], values)
+                     : aboveFullScale<double>(frame.extended_data[i], values);
+    return count;
+}
+
+/// Returns the streams that M4A does not get: all but the audio and the cover.
+Notes noteOnOthers(const AVFormatContext& input, int chosen) {
+    QStringList others;
+    for (unsigned i = 0; i < input.nb_streams; ++i) {
+        const AVStream& stream = *input.streams[i];
+        const bool isCover = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+        if (static_cast<int>(i) != chosen && !isCover)
+            others << streamText(*stream.codecpar);
+    }
+    if (others.isEmpty())
+        return {};
+    return {Message(kStreamsLeftOut, {others.join(QStringLiteral(", "))})};
+}
+
 /// Decodes one stream and encodes it for M4A. Deliberate: it resamples by itself, not through the
 /// filters of an export, whose edit lists, tempo and mixing it does not want: channels stay as they
 /// are.
@@ -55,6 +93,7 @@ private:
     [[nodiscard]] int readPacket(AVPacket& packet, const Progress& progress);
     [[nodiscard]] int decodeAll(const Progress& progress);
     [[nodiscard]] int resample(const AVFrame& frame);
+    void countClipped(const AVFrame& frame);
     [[nodiscard]] int startResampler(const AVFrame& frame);
     [[nodiscard]] bool writePacket(const Packet& packet);
     [[nodiscard]] int finish();
@@ -69,7 +108,8 @@ private:
     AVStream* m_target = nullptr;
     Resampler m_resampler;
     int m_inputFormat = AV_SAMPLE_FMT_NONE, m_inputRate = 0, m_inputChannels = 0;
-    int m_writeCode = 0; ///< of the last packet
+    int m_writeCode = 0;        ///< of the last packet
+    std::int64_t m_clipped = 0; ///< samples, of all channels
     bool m_cancelled = false;
 };
 
@@ -132,6 +172,12 @@ int AudioConverter::startResampler(const AVFrame& frame) {
     return code < 0 ? code : swr_init(m_resampler.get());
 }
 
+/// Integers have no values above full scale, as AAC has.
+void AudioConverter::countClipped(const AVFrame& frame) {
+    if (av_get_packed_sample_fmt(m_encoder->format().sampleFormat) != AV_SAMPLE_FMT_FLT)
+        m_clipped += samplesAboveFullScale(frame);
+}
+
 int AudioConverter::resample(const AVFrame& frame) {
     const bool changed = frame.format != m_inputFormat || frame.sample_rate != m_inputRate ||
                          frame.ch_layout.nb_channels != m_inputChannels;
@@ -176,6 +222,7 @@ int AudioConverter::decodeAll(const Progress& progress) {
     const auto read = [&](AVPacket& packet) { return readPacket(packet, progress); };
     int code = frame ? 0 : AVERROR(ENOMEM);
     while (code >= 0 && (code = m_decoder->next(*frame, read)) >= 0) {
+        countClipped(*frame);
         code = resample(*frame);
         av_frame_unref(frame.get());
     }
@@ -215,6 +262,8 @@ Notes AudioConverter::notes() const {
         notes << Message(kAudioBecameAac, {codecName(m_stream.codecpar->codec_id)});
     if (lossless && isFinerThanAlac(m_decoder->context()))
         notes << kSamplesBecame24Bits;
+    if (m_clipped > 0)
+        notes << Message(kSamplesClipped, {QString::number(m_clipped)});
     if (m_decoder->damaged() > 0)
         notes << Message(kDamagedPackets, {QString::number(m_decoder->damaged())});
     return notes;
@@ -228,7 +277,7 @@ Result<Notes> convertAudio(FileInput& input, const AVStream& stream, const QStri
     AudioConverter converter(*input.context(), stream, **output, source);
     if (auto opened = converter.open(); !opened)
         return tl::unexpected(opened.error());
-    copyChapters(*input.context(), *(*output)->context());
+    const Notes notes = copyChapters(*input.context(), *(*output)->context());
     Dictionary options;
     if (auto begun = (*output)->writeHeader(options); !begun)
         return tl::unexpected(begun.error());
@@ -236,7 +285,7 @@ Result<Notes> convertAudio(FileInput& input, const AVStream& stream, const QStri
         return tl::unexpected(converted.error());
     if (auto finished = (*output)->finish(); !finished)
         return tl::unexpected(finished.error());
-    return converter.notes();
+    return notes + converter.notes();
 }
 
 } // namespace
@@ -259,10 +308,14 @@ Result<Notes> convertToM4a(const QString& source, const QString& target,
     for (unsigned i = 0; i < context.nb_streams; ++i)
         context.streams[i]->discard =
             static_cast<int>(i) == best ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
-    const AVCodecParameters& codec = *context.streams[best]->codecpar;
-    if (isHeldByM4a(codec.codec_id) && codec.sample_rate > 0)
-        return copyAudio(**input, *context.streams[best], cafPadding(*reader), target, progress);
-    return convertAudio(**input, *context.streams[best], source, target, progress);
+    AVStream& stream = *context.streams[best];
+    const AVCodecParameters& codec = *stream.codecpar;
+    const bool copies = isHeldByM4a(codec.codec_id) && codec.sample_rate > 0;
+    auto notes = copies ? copyAudio(**input, stream, cafPadding(*reader), target, progress)
+                        : convertAudio(**input, stream, source, target, progress);
+    if (notes)
+        *notes += noteOnOthers(context, best);
+    return notes;
 }
 
 } // namespace clipheave::platform

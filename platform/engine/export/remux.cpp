@@ -23,13 +23,6 @@ constexpr double kLeastMissing = 1, kLeastMissingShare = 0.02; // seconds; of th
 /// Packets may look far ahead for their codec parameters: the file is read in full anyway.
 constexpr std::int64_t kRemuxProbeBytes = 16 << 20;
 
-/// Returns a stream as a text for users: "subtitle (subrip)".
-QString streamText(const AVCodecParameters& codec) {
-    const char* type = av_get_media_type_string(codec.codec_type);
-    return QString::fromLatin1(type != nullptr ? type : "unknown") + QStringLiteral(" (") +
-           QString::fromLatin1(avcodec_get_name(codec.codec_id)) + u')';
-}
-
 /// VP8 has a code in this family, but no box that describes it: the muxer would refuse it late.
 bool holds(const AVOutputFormat& format, AVCodecID codec) {
     return codec != AV_CODEC_ID_VP8 && holdsCodec(format, codec, FF_COMPLIANCE_NORMAL);
@@ -267,7 +260,7 @@ Result<Notes> remuxFile(const QString& source, const QString& target, RemuxTarge
     if (!notes)
         return notes;
     av_dict_copy(&(*output)->context()->metadata, from.metadata, 0);
-    copyChapters(from, *(*output)->context());
+    *notes += copyChapters(from, *(*output)->context());
     Dictionary options;
     if (auto begun = (*output)->writeHeader(options); !begun) {
         const QStringList refused = refusedCodecs(*(*output)->context());

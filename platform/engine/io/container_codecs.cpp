@@ -51,6 +51,12 @@ QString codecName(AVCodecID codec) {
     return name.startsWith(u"PCM ") ? QStringLiteral("PCM") : name;
 }
 
+QString streamText(const AVCodecParameters& stream) {
+    const char* type = av_get_media_type_string(stream.codec_type);
+    return QString::fromLatin1(type != nullptr ? type : "unknown") + QStringLiteral(" (") +
+           QString::fromLatin1(avcodec_get_name(stream.codec_id)) + u')';
+}
+
 Message noDecoder(const AVCodecParameters& stream) {
     const bool video = stream.codec_type == AVMEDIA_TYPE_VIDEO;
     if (stream.codec_id == AV_CODEC_ID_NONE)

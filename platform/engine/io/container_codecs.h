@@ -11,6 +11,8 @@ namespace clipheave::platform {
 
 /// Returns the codec's name for users, "VP8"; not for AV_CODEC_ID_NONE, which has none.
 [[nodiscard]] QString codecName(AVCodecID codec);
+/// Returns a stream as a text for users: "subtitle (subrip)".
+[[nodiscard]] QString streamText(const AVCodecParameters& stream);
 /// Returns why a stream cannot be decoded: there is no decoder for its codec, or nothing says
 /// which codec it is.
 [[nodiscard]] Message noDecoder(const AVCodecParameters& stream);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/engine/messages.h"
 #include "tests/platform/engine/engine_fixture.h"
 
 #include <bit>
@@ -54,6 +55,7 @@ protected:
         const QString target = m_dir.path("out.m4a");
         const auto done = m_engine->audioToM4a(source, target, {});
         EXPECT_TRUE(done) << done.error().text();
+        m_notes = done.value_or(Notes());
         return target;
     }
     static QByteArray decoded(const QString& path) {
@@ -65,6 +67,8 @@ protected:
             .split(',')
             .first();
     }
+
+    Notes m_notes;
 };
 
 } // namespace
@@ -110,6 +114,28 @@ TEST_F(AudioToM4a, CopiedPacketsFollowEachOtherToTheSample) {
         EXPECT_EQ(durationOf(target), QByteArray::number(samples)) << name;
         EXPECT_EQ(decoded(target), decoded(source)) << name;
     }
+}
+
+TEST_F(AudioToM4a, NamesWhatTheAudioLoses) {
+    // The first quarter of each second is twice as loud as full scale.
+    const QString loud = m_dir.path("loud.wav");
+    testkit::ffmpeg("-f lavfi -i aevalsrc=if(lt(mod(t\\,1)\\,0.25)\\,-2\\,1):d=2:s=8000 "
+                    "-c:a pcm_f32le %",
+                    {loud});
+    converted(loud);
+    EXPECT_THAT(m_notes, testing::Contains(Message(kSamplesClipped, {u"4000"_s})));
+
+    const QString both = m_dir.path("both.ogg");
+    testkit::ffmpeg("-f lavfi -i testsrc=d=2:s=64x48:r=10 -f lavfi -i sine=d=2 -c:v libtheora "
+                    "-c:a libvorbis -metadata:s:a CHAPTER001=00:00:01.000 "
+                    "-metadata:s:a CHAPTER001NAME=In -metadata:s:a CHAPTER002=00:01:30.000 "
+                    "-metadata:s:a CHAPTER002NAME=Out %",
+                    {both});
+    const QString target = converted(both);
+    EXPECT_THAT(m_notes, testing::IsSupersetOf({Message(kStreamsLeftOut, {u"video (theora)"_s}),
+                                                Message(kChaptersBeyondEnd, {u"1"_s})}));
+    EXPECT_NEAR(testkit::ffprobe("-of csv=p=0 -show_entries format=duration", target).toDouble(), 2,
+                0.1);
 }
 
 } // namespace clipheave::platform
