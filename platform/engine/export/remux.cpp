@@ -35,6 +35,12 @@ bool mayBeLeftOut(const AVStream& stream) {
            (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
 }
 
+/// Broadcasts announce audio of which they send nothing: no muxer takes it.
+bool isAnnouncedAlone(const AVCodecParameters& codec) {
+    return codec.codec_type == AVMEDIA_TYPE_AUDIO &&
+           (codec.sample_rate <= 0 || codec.ch_layout.nb_channels <= 0);
+}
+
 /// Returns what is left out; its streams are then discarded.
 Result<Notes> addStreams(AVFormatContext& source, FileOutput& output, UnheldStreams unheld,
                          const QString& path) {
@@ -43,6 +49,11 @@ Result<Notes> addStreams(AVFormatContext& source, FileOutput& output, UnheldStre
         AVStream& from = *source.streams[i];
         if (from.discard == AVDISCARD_ALL)
             continue;
+        if (isAnnouncedAlone(*from.codecpar)) {
+            leftOut << streamText(*from.codecpar);
+            from.discard = AVDISCARD_ALL;
+            continue;
+        }
         const AVOutputFormat& format = *output.context()->oformat;
         if (!holds(format, from.codecpar->codec_id)) {
             const AVCodecParameters& codec = *from.codecpar;

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstring>
 #include <span>
+#include <string_view>
 
 namespace clipheave::platform {
 
@@ -30,10 +31,22 @@ double streamSeconds(const AVStream& stream) {
                                : 0;
 }
 
-double containerSeconds(const AVFormatContext& context) {
-    if (context.duration > 0)
-        return static_cast<double>(context.duration) * kMicrosecond;
+/// Returns what the header of an AVI says by the number of its frames: libavformat believes the
+/// index, also one that is cut or damaged.
+double aviHeaderSeconds(const AVFormatContext& context) {
     double longest = 0;
+    if (std::string_view(context.iformat->name) == "avi")
+        for (const AVStream* stream : streamsOf(context))
+            if (stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO)
+                longest = std::max(longest, static_cast<double>(stream->nb_frames) *
+                                                seconds(stream->time_base));
+    return longest;
+}
+
+double containerSeconds(const AVFormatContext& context) {
+    double longest = aviHeaderSeconds(context);
+    if (context.duration > 0)
+        return std::max(longest, static_cast<double>(context.duration) * kMicrosecond);
     for (const AVStream* stream : streamsOf(context))
         longest = std::max(longest, isAttachedPicture(*stream) ? 0 : streamSeconds(*stream));
     return longest;

@@ -4,6 +4,7 @@
 #include "platform/isobmff/messages.h"
 
 #include <algorithm>
+#include <optional>
 
 // Source: ISO/IEC 14496-12 sections 8.8 and 8.16.3.
 namespace clipheave::platform {
@@ -25,6 +26,7 @@ struct RunningTrack {
     std::uint64_t ticks = 0; ///< that the samples last
     std::uint64_t samples = 0;
     std::uint64_t bytes = 0;
+    std::optional<std::uint64_t> start; ///< ticks, of the first fragment that says it
 };
 
 /// Adds without wrapping: hostile numbers end at the top.
@@ -41,7 +43,11 @@ public:
     [[nodiscard]] bool readRandomAccess();
     void readFragment(const Box& moof);
     void walk(std::uint64_t from);
-    [[nodiscard]] FragmentTotals totals() const;
+    /// Returns where the earliest track begins, in seconds.
+    [[nodiscard]] double start() const;
+    /// Returns the sums; ends count from `start`. A file that was cut out of a stream begins late,
+    /// and lasts no longer for it.
+    [[nodiscard]] FragmentTotals totals(double start) const;
     Message problem;
 
 private:
@@ -71,8 +77,12 @@ RunningTrack& FragmentReader::running(std::uint32_t trackID) {
     const MovieTrack* movie = trackWithId(m_tracks, trackID);
     // Samples in the movie header come first.
     const bool hasOwn = movie && movie->samples > 0;
-    m_running.push_back({trackID, hasOwn ? movie->duration : 0, 0, 0, 0});
-    return m_running.back();
+    RunningTrack& track = m_running.emplace_back();
+    track.trackID = trackID;
+    if (hasOwn)
+        track.start = 0;
+    track.end = hasOwn ? movie->duration : 0;
+    return track;
 }
 
 FragmentReader::Defaults FragmentReader::readHeader(ByteView tfhd, std::uint32_t trackID) const {
@@ -133,6 +143,7 @@ void FragmentReader::readTrackFragment(const Box& traf) {
             const bool wide = payload.u8(0) == 1;
             m_hasDecodeTimes = true;
             track->end = wide ? payload.be64(4).value_or(0) : payload.be32(4).value_or(0);
+            track->start = track->start.value_or(track->end);
         } else if (box->type == fourCc("trun") && track) {
             readRun(*track, payload, defaults);
         }
@@ -199,13 +210,26 @@ bool FragmentReader::readRandomAccess() {
     return m_hasDecodeTimes;
 }
 
-FragmentTotals FragmentReader::totals() const {
+double FragmentReader::start() const {
+    std::optional<double> earliest;
+    for (const RunningTrack& track : m_running) {
+        const MovieTrack* movie = trackWithId(m_tracks, track.trackID);
+        if (!movie || movie->timescale == 0)
+            continue;
+        const double start = static_cast<double>(track.start.value_or(0)) / movie->timescale;
+        earliest = std::min(earliest.value_or(start), start);
+    }
+    return earliest.value_or(0);
+}
+
+FragmentTotals FragmentReader::totals(double start) const {
     FragmentTotals totals;
     for (const RunningTrack& track : m_running) {
         const MovieTrack* movie = trackWithId(m_tracks, track.trackID);
         if (!movie || movie->timescale == 0)
             continue;
-        const double seconds = static_cast<double>(track.end) / movie->timescale;
+        const double end = static_cast<double>(track.end) / movie->timescale;
+        const double seconds = end > start ? end - start : end;
         const double read = static_cast<double>(track.ticks) / movie->timescale;
         totals.tracks.push_back({track.trackID, seconds, read, track.samples, track.bytes});
         totals.seconds = std::max(totals.seconds, seconds);
@@ -278,10 +302,10 @@ FragmentTotals readFragments(HeaderReader& reader, std::uint64_t moovEnd,
     constexpr std::uint64_t kTail = 64u << 10;
     const bool isIndexed =
         indexedSeconds > 0 && indexedEnd <= reader.size() && reader.size() - indexedEnd <= kTail;
+    FragmentReader first(reader, defaults, tracks);
+    first.readFragment(*box);
     if (isIndexed || defaults.movieDuration > 0) {
-        FragmentReader first(reader, defaults, tracks);
-        first.readFragment(*box);
-        FragmentTotals totals = first.totals();
+        FragmentTotals totals = first.totals(0);
         for (FragmentTotals::Track& track : totals.tracks)
             track.seconds = 0;
         totals.seconds = isIndexed ? indexedSeconds : 0;
@@ -289,10 +313,10 @@ FragmentTotals readFragments(HeaderReader& reader, std::uint64_t moovEnd,
     }
     FragmentReader last(reader, defaults, tracks);
     if (last.readRandomAccess())
-        return last.totals();
+        return last.totals(first.start());
     FragmentReader all(reader, defaults, tracks);
     all.walk(box->offset);
-    FragmentTotals totals = all.totals();
+    FragmentTotals totals = all.totals(all.start());
     totals.problem = all.problem;
     return totals;
 }

@@ -112,6 +112,41 @@ Descriptor descriptorAt(ByteView bytes, std::uint64_t at) {
     return result;
 }
 
+bool isAac(unsigned objectType) {
+    return objectType == 0x40 || (objectType >= 0x66 && objectType <= 0x68);
+}
+
+/// Returns the code of what stands under "mp4a", which is not AAC alone: the codec's own code where
+/// it has one, else "mp4a" with the object type, as RFC 6381 writes it. Source: the registration
+/// authority of MP4; Vorbis has a user type that several writers agree on.
+QString codecOfObjectType(unsigned objectType) {
+    switch (objectType) {
+    case 0x69:
+    case 0x6B:
+        return QStringLiteral(".mp3");
+    case 0xA0:
+        return QStringLiteral("sevc");
+    case 0xA1:
+        return QStringLiteral("ssmv");
+    case 0xA5:
+        return QStringLiteral("ac-3");
+    case 0xA6:
+        return QStringLiteral("ec-3");
+    case 0xAD:
+        return QStringLiteral("Opus");
+    case 0xDD:
+        return QStringLiteral("vorbis");
+    case 0xE1:
+        return QStringLiteral("sqcp");
+    default:
+        break;
+    }
+    const QString aac = QStringLiteral("mp4a");
+    return isAac(objectType) || objectType == 0
+               ? aac
+               : aac + u'.' + QString::number(objectType, 16).rightJustified(2, u'0').toUpper();
+}
+
 void applyElementaryStream(AVAssetTrack& track, ByteView esds) {
     constexpr std::uint8_t kStream = 3, kDecoderConfig = 4, kSpecificInfo = 5;
     Descriptor descriptor = descriptorAt(esds, 4);
@@ -129,14 +164,11 @@ void applyElementaryStream(AVAssetTrack& track, ByteView esds) {
     track.bitRate = descriptor.body.be32(9).value_or(0);
     const unsigned objectType = descriptor.body.u8(0).value_or(0);
     const Descriptor info = descriptorAt(descriptor.body, kDecoderConfigSize);
-    // MP3 has the code of AAC too (ISO/IEC 14496-1, object types 0x69 and 0x6B); QuickTime's own
-    // code distinguishes them. So has Vorbis, under a user type that several writers agree on.
-    if (objectType == 0x69 || objectType == 0x6B)
-        track.codec = QStringLiteral(".mp3");
-    if (objectType == 0xDD)
-        track.codec = QStringLiteral("vorbis");
-    const bool isAac = objectType == 0x40 || (objectType >= 0x66 && objectType <= 0x68);
-    if (!isAac || info.tag != kSpecificInfo || track.mediaType != QLatin1String("soun"))
+    if (track.mediaType != QLatin1String("soun"))
+        return;
+    if (track.codec == QLatin1String("mp4a"))
+        track.codec = codecOfObjectType(objectType);
+    if (!isAac(objectType) || info.tag != kSpecificInfo)
         return;
     const AudioFormat format = parseAudioSpecificConfig(info.body);
     if (format.sampleRate > 0)

@@ -104,6 +104,9 @@ inline constexpr TagMapping kTagMappings[] = {
     {QLatin1String("copyright"), QLatin1String("mdta/com.apple.quicktime.copyright")},
     {QLatin1String("description"), QLatin1String("mdta/com.apple.quicktime.description")},
     {QLatin1String("synopsis"), QLatin1String("mdta/com.apple.quicktime.description")},
+    // Places of their own beside the description: iTunes has one for the longer text alone.
+    {QLatin1String("synopsis"), QLatin1String("itsk/ldes")},
+    {QLatin1String("summary"), QLatin1String("itlk/com.apple.iTunes.SUMMARY")},
     {QLatin1String("keywords"), QLatin1String("mdta/com.apple.quicktime.keywords")},
     {QLatin1String("director"), QLatin1String("mdta/com.apple.quicktime.director")},
     {QLatin1String("wm/director"), QLatin1String("mdta/com.apple.quicktime.director")},

@@ -111,13 +111,17 @@ TEST_F(Engine, MapsTagsAndCovers) {
     const QString path =
         make(u"t.mkv"_s,
              "-c:v mpeg4 -c:a aac -attach % -metadata:s:2 mimetype=image/png -metadata % "
-             "-metadata artist=Müller -metadata creation_time=2019-05-04T10:11:12Z "
+             "-metadata artist=Müller -metadata description=short -metadata summary=medium "
+             "-metadata synopsis=long -metadata creation_time=2019-05-04T10:11:12Z "
              "-metadata com.apple.quicktime.make=Maker -metadata:s:v %",
              {cover, u"title=Sommer in Köln"_s, u"title=only a track"_s});
     const auto facts = probe(path);
     ASSERT_TRUE(facts);
     EXPECT_EQ(text(*facts, "id3/TIT2"), u"Sommer in Köln");
     EXPECT_EQ(text(*facts, "id3/TPE1"), u"Müller");
+    EXPECT_EQ(text(*facts, "mdta/com.apple.quicktime.description"), u"short");
+    EXPECT_EQ(text(*facts, "itlk/com.apple.iTunes.SUMMARY"), u"medium");
+    EXPECT_EQ(text(*facts, "itsk/ldes"), u"long");
     EXPECT_EQ(facts->contentCreationDate, QDateTime(QDate(2019, 5, 4), QTime(10, 11, 12), kUtc));
     const auto attached =
         std::find_if(facts->metadata.begin(), facts->metadata.end(),
@@ -134,6 +138,28 @@ TEST_F(Engine, ReadsTheTagsOfEveryStreamOfAnOgg) {
     ASSERT_TRUE(facts);
     EXPECT_EQ(text(*facts, "id3/TIT2"), u"Song");
     EXPECT_EQ(text(*facts, "id3/TPE1"), u"Who");
+}
+
+TEST_F(Engine, TakesTheDurationOfAnAviFromItsHeaderWhenNothingElseHasOne) {
+    const QByteArray whole = testkit::TempDir::read(make(u"a.avi"_s, "-c:v mjpeg -c:a pcm_s16le"));
+    // Nothing but the header is left.
+    const auto facts = probe(m_dir.write("cut.avi", whole.left(whole.indexOf("movi") + 4)));
+    ASSERT_TRUE(facts);
+    EXPECT_NEAR(facts->durationSeconds, 3, 0.05);
+}
+
+TEST_F(Engine, LeavesOutAudioThatIsAnnouncedButNotThere) {
+    const QString source = make(u"a.ts"_s, "-c:v mpeg2video -c:a aac");
+    QByteArray silent;
+    const QByteArray whole = testkit::TempDir::read(source);
+    for (qsizetype at = 0; at < whole.size(); at += 188)
+        if (((whole[at + 1] & 0x1F) << 8 | static_cast<quint8>(whole[at + 2])) != 0x101)
+            silent += whole.mid(at, 188);
+    const QString path = m_dir.write("silent.ts", silent);
+    const auto done = remuxed(path, m_dir.path("out.mp4"), RemuxTarget::Mp4);
+    ASSERT_TRUE(done) << done.error().text();
+    EXPECT_EQ(*done, Notes{Message(kStreamsLeftOut, {u"audio (aac)"_s})});
+    EXPECT_EQ(testkit::streamHash(m_dir.path("out.mp4")), testkit::streamHash(source, "-map 0:v"));
 }
 
 TEST_F(Engine, FollowsNoReferences) {

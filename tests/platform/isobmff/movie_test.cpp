@@ -19,10 +19,10 @@ QString str(const char* text) {
 }
 
 /// An elementary stream descriptor with 128 kbit/s and this AudioSpecificConfig.
-QByteArray esds(const QByteArray& config) {
+QByteArray esds(const QByteArray& config, quint64 objectType = 0x40) {
     const QByteArray info = be(5, 1) + be(static_cast<quint64>(config.size()), 1) + config;
     const QByteArray decoder =
-        be(0x40, 1) + be(0x15, 1) + be(0, 3) + be(256000, 4) + be(128000, 4) + info;
+        be(objectType, 1) + be(0x15, 1) + be(0, 3) + be(256000, 4) + be(128000, 4) + info;
     const QByteArray stream =
         be(0, 2) + be(0, 1) + be(4, 1) + be(static_cast<quint64>(decoder.size()), 1) + decoder;
     return fullBox("esds", be(3, 1) + QByteArray("\x80\x80\x80", 3) +
@@ -102,6 +102,15 @@ TEST(IsobmffMovie, AudioFactsComeFromWhereTheTruthIs) {
                                                           be(700000, 4) + be(96000, 4))));
     EXPECT_EQ(alac.sampleRate, 96000);
     EXPECT_EQ(alac.channels, 2);
+    const struct {
+        quint64 objectType;
+        const char* codec;
+    } others[] = {{0x40, "mp4a"}, {0x67, "mp4a"}, {0x6B, ".mp3"},    {0xA0, "sevc"},
+                  {0xA1, "ssmv"}, {0xE1, "sqcp"}, {0xA2, "mp4a.A2"}, {0xA5, "ac-3"}};
+    for (const auto& [objectType, codec] : others)
+        EXPECT_EQ(
+            audioTrack("mp42", audioEntry("mp4a", 1, 8000, esds("\x12\x10", objectType))).codec,
+            str(codec));
     const AVAssetTrack ac3 =
         audioTrack("mp42", audioEntry("ac-3", 2, 48000, box("dac3", "\x10\x3D\x40")));
     EXPECT_EQ(ac3.channels, 6);
@@ -143,6 +152,13 @@ TEST(IsobmffMovie, FragmentsGiveTheDuration) {
     const QByteArray mfra =
         box("mfra", tfra + fullBox("mfro", be(static_cast<quint64>(tfra.size()) + 24, 4)));
     EXPECT_EQ(read(dir, movie({}) + fragment(25, 7000) + hole + fragment(50, 1000) + mfra)
+                  .durationSeconds,
+              3);
+    // Cut out of a stream: what came before the start does not last.
+    const MediaFacts late = read(dir, movie({}) + fragment(25, 70'000) + fragment(50, 71'000));
+    EXPECT_EQ(late.durationSeconds, 3);
+    EXPECT_EQ(late.tracks[0].durationSeconds, 3);
+    EXPECT_EQ(read(dir, movie({}) + fragment(25, 70'000) + hole + fragment(50, 71'000) + mfra)
                   .durationSeconds,
               3);
 }
