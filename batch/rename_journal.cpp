@@ -6,9 +6,9 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
+#include "platform/foundation/state_folder.h"
 #include "platform/foundation/temporaries.h"
 
-#include <QDir>
 #include <QRandomGenerator>
 
 #include <algorithm>
@@ -27,19 +27,13 @@ using platform::FileDescriptor;
 using platform::FileIdentity;
 using platform::nativePath;
 using platform::Result;
+using platform::stateFolder;
 
 constexpr char kFormatLine[] = "clipheave-renames 1\n";
 constexpr char kJournalEnding[] = ".renames";
 constexpr qsizetype kNumberDigits = 10;
 constexpr off_t kLargestJournal = off_t{1} << 30;
 constexpr char kHexDigits[] = "0123456789ABCDEF";
-
-QString stateFolder() {
-    const QString set = platform::pathFromNative(qgetenv("XDG_STATE_HOME"));
-    const QString state =
-        set.startsWith(u'/') ? set : QDir::homePath() + QLatin1String("/.local/state");
-    return state + QLatin1String("/clipheave");
-}
 
 /// "0000000012-4711-9f3a51c2.renames": the jobs in their order.
 QString journalName(quint64 number) {
@@ -126,21 +120,10 @@ void removeOldJournals(QStringList names) {
     }
 }
 
-Result<void> createStateFolder() {
-    const QString folder = stateFolder();
-    const auto& manager = platform::NSFileManager::defaultManager();
-    if (manager.fileExistsAtPath(folder))
-        return {};
-    if (Result<void> made = manager.createDirectoryAtPath(folder); !made)
-        return made;
-    ::chmod(nativePath(folder).constData(), 0700); // names are nobody else's business
-    return {};
-}
-
 } // namespace
 
 Result<RenameJournal> RenameJournal::create(std::vector<JournalMove> moves) {
-    if (const Result<void> made = createStateFolder(); !made)
+    if (const Result<void> made = platform::createStateFolder(); !made)
         return tl::unexpected(made.error());
     platform::removeStaleTemporaries(stateFolder());
     for (JournalMove& move : moves)

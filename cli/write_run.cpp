@@ -5,7 +5,7 @@
 #include "media/media_kind.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
-#include "platform/foundation/temporaries.h"
+#include "platform/foundation/temporary_records.h"
 
 #include <chrono>
 
@@ -119,7 +119,7 @@ int runOverItems(const GlobalOptions& global, const QStringList& paths, const QS
         printError(made.error().text());
         return kSomeFailed;
     }
-    platform::removeStaleTemporaries(storage);
+    platform::removeTemporariesOfDeadProcesses();
     const auto order =
         makeOrder(import, {storage, import.bImportLocalFolder(), import.bImportLocalPath()});
     const auto run = jobs::Run::create(order, order.allItems(), {{}, {}, &isInterrupted});

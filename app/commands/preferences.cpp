@@ -8,7 +8,7 @@
 #include "app/windows/main_window.h"
 #include "app/windows/preferences_window.h"
 #include "platform/foundation/paths.h"
-#include "platform/foundation/temporaries.h"
+#include "platform/foundation/temporary_records.h"
 #include "platform/workspace/ns_workspace.h"
 
 #include <QSettings>
@@ -95,7 +95,7 @@ const media::Preferences& AppDelegate::preferences() const {
 
 void AppDelegate::applyPreferenceValues() {
     m_preferences->values = valuesAtStart(*m_surroundings->defaults, *m_activity);
-    platform::removeStaleTemporaries(m_preferences->values.storagelocation);
+    platform::removeTemporariesOfDeadProcesses();
     m_preferencesWindow->show(m_preferences->values, m_preferences->currentFontColor);
     m_window->setStorageLocation(m_preferences->values.storagelocation);
     if (m_preferences->values.firstStart)

@@ -15,7 +15,7 @@ namespace clipheave::platform {
 /// target's folder (temporaryNameBeside()), which nobody else can read; commit() makes
 /// them durable and renames.
 /// Dropped without commit() nothing is left. Left-over temporaries of dead processes are removed by
-/// removeStaleTemporaries().
+/// removeTemporariesOfDeadProcesses().
 class AtomicFile {
 public:
     /// `sizeHint` bytes, from 1 MiB on, are reserved when known, so that a full disk is found at

@@ -2,6 +2,7 @@
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/temporaries.h"
+#include "platform/foundation/temporary_records.h"
 
 #include "platform/foundation/file_reader.h"
 #include "platform/foundation/messages.h"
@@ -247,4 +248,36 @@ TEST(AtomicFile, WhatAKilledProcessLeavesIsRemovedLater) {
                 testing::UnorderedElementsAre(u"t"_s, foreign, elsewhere,
                                               lastPathComponent(own->temporaryPath())));
     EXPECT_EQ(testkit::TempDir::read(target), "old");
+}
+
+TEST(AtomicFile, ARecordLeadsToWhatAKilledProcessLeft) {
+    const testkit::TempDir dir, state;
+    const QByteArray before = qgetenv("XDG_STATE_HOME");
+    qputenv("XDG_STATE_HOME", state.path().toUtf8());
+    const QString folder = dir.path("mirrored/folder");
+    ASSERT_TRUE(manager().createDirectoryAtPath(folder));
+    const auto end = [&](int signal) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            auto file = AtomicFile::create(folder + u"/t"_s);
+            ::raise(file ? signal : SIGUSR1);
+        }
+        int ended = 0;
+        ::waitpid(child, &ended, 0);
+    };
+    end(SIGKILL);
+    const QString records = state.path("clipheave");
+    ASSERT_EQ(testkit::namesIn(folder).size(), 1);
+    ASSERT_EQ(testkit::namesIn(records).size(), 1);
+    removeTemporariesOfDeadProcesses();
+    EXPECT_EQ(testkit::namesIn(folder).size(), 1); // too young: the record stays
+    EXPECT_EQ(testkit::namesIn(records).size(), 1);
+
+    const QString left = folder + u'/' + testkit::namesIn(folder).first();
+    const timespec old[2] = {{1'000, 0}, {1'000, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, nativePath(left).constData(), old, 0), 0);
+    removeTemporariesOfDeadProcesses();
+    EXPECT_EQ(testkit::namesIn(folder).size(), 0);
+    EXPECT_EQ(testkit::namesIn(records).size(), 0);
+    qputenv("XDG_STATE_HOME", before);
 }
