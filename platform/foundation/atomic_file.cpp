@@ -180,7 +180,8 @@ AtomicFile::AtomicFile(AtomicFile&& other) noexcept
     : m_target(std::exchange(other.m_target, {})),
       m_temporary(std::exchange(other.m_temporary, {})), m_mode(other.m_mode),
       m_folder(std::move(other.m_folder)), m_fd(std::move(other.m_fd)),
-      m_position(other.m_position), m_reserved(other.m_reserved), m_dates(other.m_dates) {
+      m_position(other.m_position), m_reserved(other.m_reserved), m_dates(other.m_dates),
+      m_needsDates(other.m_needsDates) {
 }
 
 AtomicFile& AtomicFile::operator=(AtomicFile&& other) noexcept {
@@ -195,6 +196,7 @@ AtomicFile& AtomicFile::operator=(AtomicFile&& other) noexcept {
     m_position = other.m_position;
     m_reserved = other.m_reserved;
     m_dates = other.m_dates;
+    m_needsDates = other.m_needsDates;
     return *this;
 }
 
@@ -284,9 +286,12 @@ void AtomicFile::copyExtendedAttributes(int sourceFd, Attributes which) {
             own.setAttribute(name.constData(), source.attribute(name.constData()));
     }
     struct statx status {};
+    if (source.status(status) != 0)
+        return;
     // A birth time cannot be copied: from here on the attribute holds it.
-    if (source.status(status) == 0)
-        storeCreationDate(own, creationDate(source, status));
+    storeCreationDate(own, creationDate(source, status));
+    const timespec omitted{0, UTIME_OMIT}; // the access date
+    m_dates = {omitted, {status.stx_mtime.tv_sec, status.stx_mtime.tv_nsec}};
 }
 
 Result<void> AtomicFile::commit(NSFileManager::IfExists ifExists) {
@@ -296,12 +301,13 @@ Result<void> AtomicFile::commit(NSFileManager::IfExists ifExists) {
         static_cast<std::uint64_t>(status.st_size) < m_reserved &&
         ::ftruncate(m_fd.get(), status.st_size) != 0) // gives the unused blocks back
         return systemFailure(operation, m_target, errno);
+    // Before the bytes are made durable: a file system that is writing an inode lets a change of it
+    // wait until that is on the disk.
+    ::fchmod(m_fd.get(), m_mode); // fails only where there are no permissions
+    if (m_dates && ::futimens(m_fd.get(), m_dates->data()) != 0 && m_needsDates)
+        return systemFailure(kCopyDates, m_target, errno);
     if (const int error = makeDurable(m_fd.get()))
         return systemFailure(operation, m_target, error);
-    ::fchmod(m_fd.get(), m_mode); // fails only where there are no permissions
-    // As late as can be: an old date would make the temporary look like a left-over.
-    if (m_dates && ::futimens(m_fd.get(), m_dates->data()) != 0)
-        return systemFailure(kCopyDates, m_target, errno);
     const QByteArray from = nativePath(m_temporary);
     const QByteArray to = nativePath(m_target);
     int error = 0;
@@ -340,7 +346,8 @@ Result<AtomicFile> AtomicFile::copyOf(const QString& from, const QString& to,
         return systemFailure(kCopyDates, from, errno);
     copy->takePermissionsOf(FileReference::ofDescriptor(source->fd()));
     copy->copyExtendedAttributes(source->fd());
-    copy->m_dates = std::array<timespec, 2>{status.st_atim, status.st_mtim};
+    copy->m_dates = {status.st_atim, status.st_mtim};
+    copy->m_needsDates = true;
     return copy;
 }
 

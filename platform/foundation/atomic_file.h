@@ -53,8 +53,8 @@ public:
         All,
         OfSystem, ///< none of those that programs describe a file with (origin, comment, rating)
     };
-    /// Extended attributes of the source travel along, and its creation date, which is its birth
-    /// time when none is stored; best effort.
+    /// Extended attributes of the source travel along, and its dates; that of its creation is its
+    /// birth time when none is stored. Best effort.
     void copyExtendedAttributes(int sourceFd, Attributes which = Attributes::All);
 
     /// Makes the bytes durable and puts them under the target name. AlreadyExists with
@@ -74,6 +74,7 @@ private:
     std::uint64_t m_position = 0;
     std::uint64_t m_reserved = 0;                   ///< bytes of blocks taken in advance
     std::optional<std::array<timespec, 2>> m_dates; ///< of access and modification, for commit()
+    bool m_needsDates = false;                      ///< else best effort
 };
 
 } // namespace clipheave::platform

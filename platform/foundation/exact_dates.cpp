@@ -17,8 +17,9 @@ timespec modificationDate(const struct statx& status) {
     return date;
 }
 
-bool areAlike(const timespec& a, const timespec& b) {
-    return dateFromTimespec(a) == dateFromTimespec(b);
+/// Returns whether a date is another one's, but for what is below the millisecond.
+bool isRounded(const timespec& date, const timespec& exact) {
+    return date.tv_nsec != exact.tv_nsec && dateFromTimespec(date) == dateFromTimespec(exact);
 }
 
 } // namespace
@@ -31,12 +32,12 @@ void restoreExactDates(const QString& from, const QString& to) {
         return;
     const timespec creation = creationDate(source, exact), modification = modificationDate(exact);
     const auto stored = storedCreationDate(target);
-    if (stored && areAlike(*stored, creation))
+    if (stored && isRounded(*stored, creation))
         storeCreationDate(target, creation);
     timespec omitted{};
     omitted.tv_nsec = UTIME_OMIT; // the access date
     const std::array<timespec, 2> times{omitted, modification};
-    if (areAlike(modification, modificationDate(rounded)))
+    if (isRounded(modificationDate(rounded), modification))
         ::utimensat(AT_FDCWD, target.name.constData(), times.data(), 0);
 }
 

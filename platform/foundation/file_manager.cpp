@@ -50,14 +50,37 @@ int setModificationDate(const FileReference& file, const QDateTime& date) {
     return result == 0 ? 0 : errno;
 }
 
+/// Returns whether a date is there already, to the millisecond; a second time would only drop what
+/// is below that, and make the file system write the inode once more.
+bool hasCreationDate(const FileReference& file, const QDateTime& date) {
+    const auto stored = storedCreationDate(file);
+    return stored && dateFromTimespec(*stored) == date;
+}
+
+bool hasModificationDate(const FileReference& file, const QDateTime& date) {
+    struct statx status {};
+    if (file.status(status) != 0)
+        return false;
+    const timespec modified{status.stx_mtime.tv_sec, status.stx_mtime.tv_nsec};
+    return dateFromTimespec(modified) == date;
+}
+
+int keepCreationDate(const FileReference& file, const QDateTime& date) {
+    return hasCreationDate(file, date) ? 0 : storeCreationDate(file, timespecFromDate(date));
+}
+
+int keepModificationDate(const FileReference& file, const QDateTime& date) {
+    return hasModificationDate(file, date) ? 0 : setModificationDate(file, date);
+}
+
 Result<CreationDateStored> setAttributesOf(const FileReference& file, const QString& path,
                                            const std::optional<QDateTime>& creation,
                                            const std::optional<QDateTime>& modification) {
     if ((creation && !creation->isValid()) || (modification && !modification->isValid()))
         return failure(ErrorCode::InvalidArgument, kSetDates, path);
-    const int creationError = creation ? storeCreationDate(file, timespecFromDate(*creation)) : 0;
+    const int creationError = creation ? keepCreationDate(file, *creation) : 0;
     // Also after a failure: one date that is right is better than none.
-    const int modificationError = modification ? setModificationDate(file, *modification) : 0;
+    const int modificationError = modification ? keepModificationDate(file, *modification) : 0;
     if (creationError != 0 && creationError != ENOTSUP)
         return systemFailure(kSetCreationDate, path, creationError);
     if (modificationError != 0)
