@@ -370,6 +370,7 @@ const Sentence kMetadataWords[] = {
     {"longitude-not-in-range", "The longitude is a number from -180 to 180, not \"%1\""},
     {"altitude-not-in-range",
      "The altitude is a number of metres from -32768 to 32767, not \"%1\""},
+    {"position-incomplete", "The position stays as it was: it needs a latitude and a longitude"},
     {"keywords-not-stored", "Keywords not stored: the file has no place for them"},
     {"description-not-stored", "Description not stored: the file has no place for it"},
     {"track-not-stored", "Track not stored: the file has no place for it"},

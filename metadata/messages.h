@@ -21,6 +21,7 @@ inline constexpr platform::MessageCode kArtworkCopyNotWritten{"artwork-copy-not-
 inline constexpr platform::MessageCode kLatitudeNotInRange{"latitude-not-in-range"};   ///< text
 inline constexpr platform::MessageCode kLongitudeNotInRange{"longitude-not-in-range"}; ///< text
 inline constexpr platform::MessageCode kAltitudeNotInRange{"altitude-not-in-range"};   ///< text
+inline constexpr platform::MessageCode kPositionIncomplete{"position-incomplete"};
 
 // Fields that the file has no place for.
 inline constexpr platform::MessageCode kKeywordsNotStored{"keywords-not-stored"};

@@ -55,13 +55,19 @@ bool appendDates(const media::VideoPane& pane, const QList<AVMetadataItem>& sour
     return quickTime;
 }
 
-bool writesPosition(const media::VideoPane& pane) {
+bool hasWholePosition(const PaneTexts& texts) {
+    return !texts.mediaLatitude.isEmpty() && !texts.mediaLongtitude.isEmpty();
+}
+
+bool changesPosition(const media::VideoPane& pane) {
     const PaneTexts& texts = pane.texts;
-    if (texts.mediaLatitude.isEmpty() || texts.mediaLongtitude.isEmpty())
-        return false;
     return texts.mediaLatitude != pane.shown.shownLatitude ||
            texts.mediaLongtitude != pane.shown.shownLongtitude ||
            texts.mediaAatitude != pane.shown.shownAtitude;
+}
+
+bool writesPosition(const media::VideoPane& pane) {
+    return hasWholePosition(pane.texts) && changesPosition(pane);
 }
 
 /// A position that was not touched is carried over with the source's own item, which may be more
@@ -100,6 +106,10 @@ std::optional<platform::Message> positionFault(const PaneTexts& texts) {
 
 std::optional<platform::Message> savedPositionFault(const media::VideoPane& pane) {
     return writesPosition(pane) ? positionFault(pane.texts) : std::nullopt;
+}
+
+bool dropsPosition(const media::VideoPane& pane) {
+    return changesPosition(pane) && !hasWholePosition(pane.texts);
 }
 
 QString locationText(const QString& latitude, const QString& longitude, const QString& altitude) {

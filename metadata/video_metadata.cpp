@@ -71,9 +71,11 @@ void VideoMetadata::SaveChangedVideoExifDateAction(const jobs::WriteRequest& req
         if (const auto fault = savedPositionFault(request.pane))
             return refuse(request, *fault);
     m_run.paths().protect({request.item->filePath});
-    const auto job = begin(request, m_run.paths().claim(jobs::flatOutputPath(request)));
+    auto job = begin(request, m_run.paths().claim(jobs::flatOutputPath(request)));
     if (!job)
         return;
+    if (dropsPosition(request.pane))
+        job->notes.append(kPositionIncomplete);
     if (isMaterialExchange(job->source))
         return jobs::startCopy(*job, NSFileManager::IfExists::Replace);
     exportByPlan(*job, [&](const auto& items) { return planVideoSave(request.pane, items); });

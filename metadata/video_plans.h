@@ -43,6 +43,10 @@ planVideoDate(const QString& dateText, const QList<platform::AVMetadataItem>& so
 /// which a half is missing, has no fault.
 [[nodiscard]] std::optional<platform::Message> savedPositionFault(const media::VideoPane& pane);
 
+/// Returns whether a part of the position was changed that planVideoSave() does not write, because
+/// the latitude or the longitude is empty; the file keeps the position that it has.
+[[nodiscard]] bool dropsPosition(const media::VideoPane& pane);
+
 /// Returns "+31.2304+121.4737+12.5": each text without a "-" gets a "+" in front, numbers stand in
 /// the form of media::positionNumber(). An empty altitude leaves a lone "+" at the end.
 [[nodiscard]] QString locationText(const QString& latitude, const QString& longitude,

@@ -442,6 +442,9 @@ const Sentence kMetadataWords[] = {
     {"altitude-not-in-range",
      QT_TRANSLATE_NOOP("Words",
                        "The altitude is a number of metres from -32768 to 32767, not \"%1\"")},
+    {"position-incomplete",
+     QT_TRANSLATE_NOOP("Words", "The position stays as it was: it needs a latitude and a "
+                                "longitude")},
     {"keywords-not-stored",
      QT_TRANSLATE_NOOP("Words", "Keywords not stored: the file has no place for them")},
     {"description-not-stored",

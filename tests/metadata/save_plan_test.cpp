@@ -124,6 +124,9 @@ TEST(SavePlan, APositionIsANumberInRange) {
     tiny.filelatitude = 1e-5;
     EXPECT_EQ(linesOf(metadata::planVideoSave(paneOf(tiny, {{"longitude", "7"}}), {})),
               u"uiso/loci=+0.00001+7+0");
+    EXPECT_FALSE(metadata::dropsPosition(paneOf(tiny, {{"longitude", "7"}})));
+    EXPECT_TRUE(metadata::dropsPosition(paneOf(tiny, {{"longitude", ""}})));
+    EXPECT_TRUE(metadata::dropsPosition(paneOf({}, {{"altitude", "7"}})));
     tiny.filelatitude = 500; // nor is one refused that stays as it is
     EXPECT_FALSE(metadata::savedPositionFault(paneOf(tiny, {{"title", "t"}})));
 }

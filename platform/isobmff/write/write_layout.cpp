@@ -75,8 +75,9 @@ bool goes(FileReader& reader, const Box& box, Keep keep) {
     case Keep::WhatPlays:
         break;
     }
-    return !box.cut &&
-           !staysAtRemoval(box, reader.viewUpTo(box.payloadOffset(), box.payloadSize()));
+    // One that reaches over the end goes like the others: the trailer of a camera, text or an image
+    // behind the boxes reads like that.
+    return !staysAtRemoval(box, reader.viewUpTo(box.payloadOffset(), box.payloadSize()));
 }
 
 Result<void> loadMovieHeader(SourceFile& source) {

@@ -212,6 +212,21 @@ TEST(Lists, SamplesInBoxesOfNoKnownKindSurviveARemoval) {
     EXPECT_FALSE(cleared.contains("Secret"));
 }
 
+TEST(Lists, ARemovalTakesWhatFollowsTheBoxesWhateverItReadsLike) {
+    const TempDir dir;
+    HandMade media;
+    for (const QByteArray& trailer :
+         {QByteArray("Secret of a camera, as text"),
+          "\xFF\xD8\xFF\xE0" + QByteArray("\0\x10JFIFSecret", 12), be(0, 4) + "Secret"}) {
+        media.afterAll = trailer;
+        const QByteArray saved = rewritten(dir, media.bytes(), Items{newItem("itsk/%A9nam", kNew)});
+        EXPECT_TRUE(saved.endsWith(trailer));
+        const QByteArray cleared = rewritten(dir, media.bytes(), Items{});
+        EXPECT_FALSE(cleared.contains("Secret")) << trailer.constData();
+        EXPECT_EQ(chunkHeads(cleared), chunkHeads(media.bytes()));
+    }
+}
+
 TEST(Lists, ARemovalSaysWhichTimedTracksStay) {
     const TempDir dir;
     HandMade media;
