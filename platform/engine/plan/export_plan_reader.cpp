@@ -59,7 +59,7 @@ Result<void> checkFacts(const StreamSource& source, bool decoded) {
     if (video && (codec.width <= 0 || codec.height <= 0))
         return source.failed(ErrorCode::InvalidData, kNoVideoDecoded);
     if (!video && (codec.sample_rate <= 0 || codec.ch_layout.nb_channels <= 0))
-        return source.failed(ErrorCode::InvalidData, kNoAudioDecoded);
+        return source.failed(ErrorCode::NotSupported, kNoAudioDecoded);
     return source.checkComplete();
 }
 

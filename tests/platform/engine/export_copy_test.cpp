@@ -147,6 +147,21 @@ TEST_F(ExportCopyTest, ReorderedFramesKeepTheirTimes) {
     }
 }
 
+TEST_F(ExportCopyTest, LeavesOutAudioOfWhichNothingIsSent) {
+    const QByteArray whole = testkit::TempDir::read(make("a.ts", kVideo));
+    QByteArray silent;
+    for (qsizetype at = 0; at < whole.size(); at += 188)
+        if (((whole[at + 1] & 0x1F) << 8 | static_cast<quint8>(whole[at + 2])) != 0x101)
+            silent += whole.mid(at, 188);
+    const QString source = m_dir.write("silent.ts", silent);
+    for (const ExportMode mode : {ExportMode::Copy, ExportMode::Encode}) {
+        ExportPlan plan = copyOf(source);
+        plan.audio->mode = mode;
+        EXPECT_THAT(exported(plan), testing::ElementsAre(says(kAudioLeftOut)));
+        EXPECT_EQ(ffprobe(m_out, "v", "stream=nb_frames"), "75");
+    }
+}
+
 TEST_F(ExportCopyTest, CarriesHeaderDatesAndNothingElse) {
     const QString source =
         make("a.mov", "-metadata title=Name -metadata creation_time=2019-03-04T05:06:07Z "
