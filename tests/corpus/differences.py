@@ -71,9 +71,8 @@ Fragments from second 10 on: we give the end of the longest track, that of the c
   video/mp4ff__cbcsdec.mp4 durationSeconds ffprobe
 One fragment of a longer video: its header announces 48 s (mehd), the file holds the first six.
   video/mp4ff__stpp_combined.mp4 durationSeconds ffprobe
-A shortcoming of ours: the tags of an Ogg file stand in its streams; where a video stream comes first, those of the
-audio stream are not read.
-  video/taglib__multiplex.ogg title exiftool+ffprobe
+The file ends before its index and its frames; its header says 600 frames, as exiftool reads it.
+  video/exiftool__Pentax.avi durationSeconds nobody
 Since FFmpeg 7: ffprobe takes an image under the name of a video for a video; there is no movie header.
   photo/fq__heic.mp4 width+height ffprobe
 Since FFmpeg 7: the samples are cut off, and ffprobe estimates by the size of what is left; the movie header says what we say.

@@ -30,8 +30,10 @@ void collectTags(const AVDictionary* dictionary, QList<NamedTag>& tags) {
         tags.append({tagValue(entry->key), tagValue(entry->value)});
 }
 
-/// Adds the tags of a stream whose names no stream before has.
+/// Adds the tags of a stream whose names no stream before has. The title of an image is its own.
 void collectMissingTags(const AVStream& stream, QList<NamedTag>& tags) {
+    if ((stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0)
+        return;
     QList<NamedTag> own;
     collectTags(stream.metadata, own);
     own.removeIf([&](const NamedTag& tag) {
