@@ -157,6 +157,7 @@ const Sentence kIsobmffWords[] = {
     {"metadata-value-too-short", "A metadata value is too short"},
     {"metadata-key-unknown", "A metadata item refers to a key that is not listed"},
     {"metadata-keys-missing", "The metadata items have no keys"},
+    {"movie-header-damaged", "The movie header is damaged"},
     {"movie-header-cut", "The file ends within the movie header"},
     {"movie-header-too-large", "The movie header is too large"},
     {"movie-header-has-grown", "The movie header has become too large"},

@@ -177,6 +177,7 @@ const Sentence kIsobmffWords[] = {
     {"metadata-key-unknown",
      QT_TRANSLATE_NOOP("Words", "A metadata item refers to a key that is not listed")},
     {"metadata-keys-missing", QT_TRANSLATE_NOOP("Words", "The metadata items have no keys")},
+    {"movie-header-damaged", QT_TRANSLATE_NOOP("Words", "The movie header is damaged")},
     {"movie-header-cut", QT_TRANSLATE_NOOP("Words", "The file ends within the movie header")},
     {"movie-header-too-large", QT_TRANSLATE_NOOP("Words", "The movie header is too large")},
     {"movie-header-has-grown", QT_TRANSLATE_NOOP("Words", "The movie header has become too large")},

@@ -108,6 +108,11 @@ ByteView HeaderReader::view(std::uint64_t offset, std::uint64_t length) {
     return m_bytes.sub(offset - m_offset, length);
 }
 
+QByteArray HeaderReader::copy(std::uint64_t offset, std::uint64_t length) {
+    m_bytes = {}; // the window may move
+    return m_reader.read(offset, length).value_or(QByteArray());
+}
+
 ByteView HeaderReader::viewUpTo(std::uint64_t offset, std::uint64_t length) {
     if (offset >= m_reader.size())
         return {};

@@ -85,11 +85,17 @@ public:
     /// No honest file needs more; a hostile one must not make us read all of it.
     static constexpr std::uint64_t kMaxFetched = 32u << 20;
 
-    explicit HeaderReader(FileReader& reader)
-        : m_reader(reader), m_fetchedBefore(reader.bytesFetched()) {}
+    enum class Home { File, Memory };
+
+    explicit HeaderReader(FileReader& reader, Home home = Home::File)
+        : m_reader(reader), m_home(home), m_fetchedBefore(reader.bytesFetched()) {}
 
     [[nodiscard]] std::uint64_t size() const { return m_reader.size(); }
     [[nodiscard]] const QString& path() const { return m_reader.path(); }
+    /// Returns whether bytes must be taken now: no slice of path() would give them later.
+    [[nodiscard]] bool isInMemory() const { return m_home == Home::Memory; }
+    /// Returns a copy of bytes of any number, empty when the file is shorter.
+    [[nodiscard]] QByteArray copy(std::uint64_t offset, std::uint64_t length);
     /// `length` bytes at `offset`, borrowed until the next call; empty when the file is shorter,
     /// the length is over kMaxView or kMaxFetched is reached.
     [[nodiscard]] ByteView view(std::uint64_t offset, std::uint64_t length);
@@ -100,6 +106,7 @@ private:
     [[nodiscard]] bool fetch(std::uint64_t offset, std::uint64_t length);
 
     FileReader& m_reader;
+    Home m_home;
     std::uint64_t m_fetchedBefore;
     int m_windowsUsed = 0;
     std::uint64_t m_offset = 0; ///< of m_bytes in the file

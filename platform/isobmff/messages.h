@@ -30,6 +30,7 @@ inline constexpr MessageCode kMetadataKeyUnknown{"metadata-key-unknown"};
 inline constexpr MessageCode kMetadataKeysMissing{"metadata-keys-missing"};
 
 // Reasons of the writer.
+inline constexpr MessageCode kMovieHeaderDamaged{"movie-header-damaged"};
 inline constexpr MessageCode kMovieHeaderCut{"movie-header-cut"};
 inline constexpr MessageCode kMovieHeaderTooLarge{"movie-header-too-large"};
 inline constexpr MessageCode kMovieHeaderHasGrown{"movie-header-has-grown"};

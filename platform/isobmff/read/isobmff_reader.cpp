@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/read/isobmff_reader.h"
 
+#include "platform/foundation/memory_file.h"
 #include "platform/foundation/utc.h"
+#include "platform/isobmff/compressed_header.h"
 #include "platform/isobmff/messages.h"
 #include "platform/isobmff/read/item_lists.h"
 #include "platform/isobmff/read/movie_fragments.h"
@@ -55,10 +57,13 @@ QDateTime creationDate(std::uint64_t seconds) {
 
 class MovieReader {
 public:
-    explicit MovieReader(FileReader& file, MediaFacts& facts)
-        : m_reader(file), m_facts(facts), m_sink{m_reader, false, {}, {}, {}, {}} {}
+    MovieReader(FileReader& file, MediaFacts& facts,
+                HeaderReader::Home home = HeaderReader::Home::File)
+        : m_reader(file, home), m_facts(facts), m_sink{m_reader, false, {}, {}, {}, {}} {}
 
     [[nodiscard]] bool read();
+    /// Reads a file that is one movie header, of a movie with this brand.
+    void readHeaderAlone(bool quickTime);
 
 private:
     void readFileType(const std::optional<Box>& box);
@@ -71,6 +76,8 @@ private:
     void markChapterTracks();
     void summarize();
 
+    void readCompressed(const Box& cmov);
+
     HeaderReader m_reader;
     MediaFacts& m_facts;
     ItemSink m_sink;
@@ -78,6 +85,8 @@ private:
     FragmentDefaults m_fragments;
     std::vector<MovieTrack> m_tracks;
     bool m_hasAudio = false;
+    bool m_isInflated = false; ///< this header was compressed: there is no other in it
+    bool m_isComplete = false; ///< a compressed header has given the facts
 };
 
 bool MovieReader::read() {
@@ -92,6 +101,15 @@ bool MovieReader::read() {
         m_sink.noteProblem(kNoMovieHeader);
     m_facts.problem = m_sink.problem;
     return true;
+}
+
+void MovieReader::readHeaderAlone(bool quickTime) {
+    m_sink.quickTime = quickTime;
+    m_isInflated = true;
+    FileBoxWalker walker(m_reader, 1);
+    if (const auto moov = walker.next())
+        readMovie(*moov);
+    m_facts.problem = m_sink.problem;
 }
 
 void MovieReader::readFileType(const std::optional<Box>& box) {
@@ -109,8 +127,27 @@ void MovieReader::readMovie(const Box& moov) {
     m_sink.noteProblem(walker.problem());
     if (m_fragments.present)
         addFragments(moov.end());
+    if (m_isComplete)
+        return;
     markChapterTracks();
     summarize();
+}
+
+/// A compressed header stands for the whole one, and holds no other.
+void MovieReader::readCompressed(const Box& cmov) {
+    if (m_isInflated || m_isComplete || cmov.payloadSize() > kMaxInflatedHeader)
+        return m_sink.noteProblem(kMovieHeaderCompressed);
+    const QByteArray payload = m_reader.copy(cmov.payloadOffset(), cmov.payloadSize());
+    const auto header = inflatedMovieHeader(payload);
+    if (!header)
+        return m_sink.noteProblem(header.error().detail);
+    auto memory = openMemoryFile(*header);
+    if (!memory)
+        return m_sink.noteProblem(memory.error().detail);
+    MovieReader inner(*memory, m_facts, HeaderReader::Home::Memory);
+    inner.readHeaderAlone(m_sink.quickTime);
+    m_isComplete = true;
+    m_sink.noteProblem(m_facts.problem);
 }
 
 void MovieReader::atMovie(const Box& box) {
@@ -127,7 +164,7 @@ void MovieReader::atMovie(const Box& box) {
     case fourCc("meta"):
         return readMetaItems(m_sink, box);
     case fourCc("cmov"):
-        return m_sink.noteProblem(kMovieHeaderCompressed);
+        return readCompressed(box);
     default:
         return;
     }

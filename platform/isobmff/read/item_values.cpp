@@ -148,7 +148,10 @@ bool isText(std::uint32_t code) {
 void keepBytes(AVMetadataItem& item, HeaderReader& reader, const FileSlice& payload,
                std::uint64_t limit) {
     if (payload.length > limit) {
-        item.value = payload;
+        if (reader.isInMemory())
+            item.value = reader.copy(payload.offset, payload.length);
+        else
+            item.value = payload;
         return;
     }
     const ByteView bytes = reader.view(payload.offset, payload.length);
@@ -196,6 +199,10 @@ std::shared_ptr<const SourceBox> sourceOf(HeaderReader& reader, const Box& box) 
     if (box.cut || box.toEnd)
         return nullptr;
     auto source = std::make_shared<SourceBox>();
+    if (box.size > kInlineBytes && reader.isInMemory()) {
+        source->bytes = reader.copy(box.offset, box.size);
+        return source;
+    }
     if (box.size > kInlineBytes) {
         source->bytes = FileSlice{reader.path(), box.offset, box.size};
         return source;

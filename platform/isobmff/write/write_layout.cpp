@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/isobmff/write/write_layout.h"
 
+#include "platform/isobmff/compressed_header.h"
 #include "platform/isobmff/messages.h"
 #include "platform/isobmff/write/write_removal.h"
 
@@ -80,6 +81,19 @@ bool goes(FileReader& reader, const Box& box, Keep keep) {
     return !staysAtRemoval(box, reader.viewUpTo(box.payloadOffset(), box.payloadSize()));
 }
 
+/// The output gets a plain header.
+Result<void> inflateMovieHeader(SourceFile& source) {
+    const ByteView compressed = findPayload(source.moov, {fourCc("cmov")});
+    if (compressed.empty())
+        return {};
+    const auto whole = inflatedMovieHeader(compressed);
+    if (!whole)
+        return failure(whole.error().code, kReadMovieHeader, source.reader.path(),
+                       whole.error().detail);
+    source.moov = findPayload(*whole, {fourCc("moov")}).toByteArray();
+    return {};
+}
+
 Result<void> loadMovieHeader(SourceFile& source) {
     const MessageCode operation = kReadMovieHeader;
     const auto moov = std::find_if(source.boxes.begin(), source.boxes.end(), isMovieHeader);
@@ -95,7 +109,7 @@ Result<void> loadMovieHeader(SourceFile& source) {
     if (!bytes)
         return tl::unexpected(bytes.error());
     source.moov = std::move(*bytes);
-    return {};
+    return inflateMovieHeader(source);
 }
 
 /// Where the next run may begin at best: in its old place, else at the same place in a block.

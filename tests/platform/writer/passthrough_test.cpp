@@ -211,14 +211,59 @@ TEST(Sources, ThatCannotBeWrittenSayWhy) {
     EXPECT_EQ(codeOf({}), ErrorCode::InvalidData);
     EXPECT_EQ(codeOf(box("ftyp", "isom") + box("mdat", "x")), ErrorCode::InvalidData);
     EXPECT_EQ(codeOf(media.bytes().chopped(1)), ErrorCode::Truncated);
-    media.moreMoov = box("cmov", "zlib");
-    EXPECT_EQ(codeOf(media.bytes()), ErrorCode::NotSupported);
+    // Compressed headers by another method, with a lying size, of something else.
+    const auto compressed = [](const char* method, quint64 size, const QByteArray& data) {
+        return box("cmov", box("dcom", method) + box("cmvd", be(size, 4) + qCompress(data).mid(4)));
+    };
+    const QByteArray inner = box("moov", box("mvhd", QByteArray(100, '\0')));
+    const auto size = static_cast<quint64>(inner.size());
+    const std::pair<QByteArray, ErrorCode> damaged[] = {
+        {compressed("lzma", size, inner), ErrorCode::NotSupported},
+        {compressed("zlib", size - 1, inner), ErrorCode::InvalidData},
+        {compressed("zlib", size + 1, inner), ErrorCode::InvalidData},
+        {compressed("zlib", 0xFFFFFFFF, inner), ErrorCode::LimitExceeded},
+        {compressed("zlib", 4, "moov"), ErrorCode::InvalidData},
+        {box("cmov", "zlib"), ErrorCode::NotSupported}};
+    for (const auto& [cmov, code] : damaged) {
+        media.moreMoov = cmov;
+        EXPECT_EQ(codeOf(media.bytes()), code);
+        auto reader = FileReader::open(dir.path("s"));
+        EXPECT_FALSE(readIsobmff(*reader)->problem.isEmpty());
+    }
     media.moreMoov = be(500, 4) + "over";
     EXPECT_EQ(codeOf(media.bytes()), ErrorCode::InvalidData);
     const QString path = dir.write("s", HandMade().bytes());
     const auto same = write(path, dir.path("./s"), kTitleOnly);
     EXPECT_EQ(same ? ErrorCode::Io : same.error().code, ErrorCode::InvalidArgument);
     EXPECT_EQ(TempDir::read(path), HandMade().bytes());
+}
+
+TEST(Sources, CompressedMovieHeadersAreReadAndWrittenPlain) {
+    const TempDir dir;
+    HandMade media;
+    const QByteArray cover = QByteArray("\x89PNG") + QByteArray(90'000, 'c');
+    media.udta = listMeta(listText("\xA9nam", "Old") + listText("\xA9"
+                                                                "alb",
+                                                                cover));
+    const QByteArray plain = media.bytes();
+    const QByteArray header = box("moov", payloadAt(plain, "moov"));
+    QByteArray bytes = plain;
+    ASSERT_TRUE(bytes.endsWith(header)) << "offsets stay the same";
+    bytes.chop(header.size());
+    bytes += box("moov", box("cmov", box("dcom", "zlib") + box("cmvd", qCompress(header))));
+    const QString source = dir.write("s", bytes), target = dir.path("t");
+    auto reader = FileReader::open(source), other = FileReader::open(dir.write("plain", plain));
+    const auto facts = readIsobmff(*reader), wanted = readIsobmff(*other);
+    ASSERT_TRUE(facts && wanted);
+    EXPECT_TRUE(facts->problem.isEmpty());
+    EXPECT_EQ(facts->durationSeconds, wanted->durationSeconds);
+    EXPECT_EQ(facts->tracks.size(), wanted->tracks.size());
+    ASSERT_EQ(facts->metadata.size(), wanted->metadata.size());
+    for (qsizetype i = 0; i < facts->metadata.size(); ++i)
+        EXPECT_EQ(facts->metadata[i].dataValue(), wanted->metadata[i].dataValue());
+    ASSERT_TRUE(write(source, target, kTitleOnly));
+    EXPECT_EQ(chunkHeads(TempDir::read(target)), chunkHeads(plain));
+    EXPECT_EQ(keptBoxes(TempDir::read(target)), keptBoxes(rewritten(dir, plain, kTitleOnly)));
 }
 
 TEST(Sources, OfOddLayoutsAreWritten) {
