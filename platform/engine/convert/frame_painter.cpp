@@ -10,8 +10,18 @@ namespace clipheave::platform {
 namespace {
 
 constexpr int kWidePixelBytes = 6;
-/// Without the last one the halved colours of a row are repeated, which shows at coloured edges.
-constexpr int kFine = SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT;
+
+int scalerFlags(Scaling scaling) {
+    switch (scaling) {
+    case Scaling::Fine:
+        return SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT;
+    case Scaling::Reversible:
+        return SWS_BICUBIC | SWS_ACCURATE_RND;
+    case Scaling::Fast:
+        break;
+    }
+    return SWS_AREA;
+}
 
 Scaler newScaler(const AVFrame& frame, QSize size, AVPixelFormat format, int threads,
                  Scaling scaling) {
@@ -27,7 +37,7 @@ Scaler newScaler(const AVFrame& frame, QSize size, AVPixelFormat format, int thr
                    {"dstw", size.width()},
                    {"dsth", size.height()},
                    {"dst_format", format},
-                   {"sws_flags", scaling == Scaling::Fast ? SWS_AREA : kFine},
+                   {"sws_flags", scalerFlags(scaling)},
                    {"threads", threads}};
     for (const auto& [name, value] : options)
         if (av_opt_set_int(scaler.get(), name, value, 0) < 0)

@@ -12,8 +12,9 @@
 namespace clipheave::platform {
 
 enum class Scaling {
-    Fine, ///< bicubic: for frames that are kept
-    Fast, ///< area averages: for thumbnails
+    Fine,       ///< bicubic, halved colours interpolated: for images
+    Reversible, ///< bicubic, halved colours repeated: an encoder that halves them again loses none
+    Fast,       ///< area averages: for thumbnails
 };
 
 /// Draws decoded frames at one size, not rotated, in the colours of a common screen.
@@ -25,7 +26,7 @@ public:
 
     /// `stream` is borrowed and gives the tags that frames lack; null: none.
     FramePainter(const AVCodecParameters* stream, QSize size, int threads,
-                 Scaling scaling = Scaling::Fine);
+                 Scaling scaling = Scaling::Reversible);
     [[nodiscard]] QSize size() const { return m_size; }
     /// Draws opaque pixels of four bytes, 0xffRRGGBB in the machine's order, into rows of `stride`
     /// bytes. Returns false for a pixel format that is not known.

@@ -182,10 +182,10 @@ TEST_F(FrameSourceTest, AppliesAspectRatiosAndColours) {
         const QString path = m_dir.path(name);
         ffmpeg(QByteArray("-f lavfi -i testsrc2=s=320x180:d=1 -pix_fmt yuv420p ") + options,
                {path});
-        const QByteArray shown =
-            ffmpeg(QByteArray("-i % -vf select=eq(n\\,10),") + reference +
-                       " -frames:v 1 -f rawvideo -sws_flags bicubic+accurate_rnd -pix_fmt bgra -",
-                   {path});
+        const QByteArray shown = ffmpeg(QByteArray("-i % -vf select=eq(n\\,10),") + reference +
+                                            " -frames:v 1 -f rawvideo -sws_flags "
+                                            "bicubic+accurate_rnd+full_chroma_int -pix_fmt bgra -",
+                                        {path});
         const auto frames = open(path);
         ASSERT_TRUE(frames);
         EXPECT_EQ(frames->size(), size) << name;
