@@ -121,7 +121,11 @@ TEST_F(AudioTags, AFlacNameOverOtherBytesCanBeTaggedAgainAndAgain) {
     const QString path = m_dir.path("in/a.flac");
     m_dir.write("in/x", "");
     testkit::ffmpeg("-f lavfi -i sine=duration=1 -metadata title=Old", {path});
+    // A tag behind the audio is no damaged packet of it.
+    const QByteArray flac = TempDir::read(path);
+    m_dir.write("in/a.flac", flac + "TAG" + QByteArray(125, 'x'));
     written(path, true);
+    EXPECT_FALSE(m_outcome.text().contains(u"amaged")) << m_outcome.text();
     const QString cleared = m_dir.path("cleared/a.flac");
     m_dir.write("cleared/x", "");
     ASSERT_TRUE(QFile::rename(outputOf(path), cleared));

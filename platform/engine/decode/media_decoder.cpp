@@ -6,6 +6,8 @@
 #include "platform/foundation/log.h"
 #include "platform/media/model/cv_pixel_buffer.h"
 
+#include <algorithm>
+
 namespace clipheave::platform {
 
 Result<std::unique_ptr<MediaDecoder>> MediaDecoder::open(const AVStream& stream, int threads) {
@@ -28,12 +30,25 @@ Result<std::unique_ptr<MediaDecoder>> MediaDecoder::open(const AVStream& stream,
 }
 
 void MediaDecoder::countDamage(int code) {
+    if (m_inTag)
+        return;
     ++m_damaged;
     m_complaint = code;
 }
 
+/// FLAC has no place for a tag behind the audio, so libavformat leaves it on the last packet. A tag
+/// is no damage: the frame in front of it is decoded.
+bool MediaDecoder::isTagOfFlac(const AVPacket& packet) const {
+    constexpr qsizetype kId3v1Size = 128;
+    const QByteArrayView bytes(packet.data, packet.size);
+    return m_codec->codec_id == AV_CODEC_ID_FLAC &&
+           (bytes.last(std::min(kId3v1Size, bytes.size())).startsWith("TAG") ||
+            bytes.contains("APETAGEX") || bytes.contains("LYRICSBEGIN"));
+}
+
 int MediaDecoder::send(const AVPacket* packet) {
     m_drained = packet == nullptr;
+    m_inTag = packet != nullptr && (m_inTag || isTagOfFlac(*packet));
     const int code = avcodec_send_packet(m_codec.get(), packet);
     if (code == AVERROR(ENOMEM))
         return code;
@@ -78,6 +93,7 @@ void MediaDecoder::flush() {
     avcodec_flush_buffers(m_codec.get());
     av_packet_unref(m_rest.get());
     m_drained = false;
+    m_inTag = false;
 }
 
 Message nothingDecoded(const MediaDecoder& decoder) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/formats/audio_facts.h"
 #include "platform/formats/flac/flac_blocks.h"
+#include "platform/formats/flac/flac_foreign_tag.h"
 #include "platform/formats/flac/flac_picture.h"
 #include "platform/formats/flac/vorbis_comment.h"
 #include "platform/formats/format_readers.h"
@@ -71,19 +72,19 @@ Result<MediaFacts> readFlac(FileReader& reader) {
     const auto start = findFlacSignature(reader);
     if (!start)
         return failure(ErrorCode::InvalidData, kReadFlac, reader.path(), kSignatureMissing);
-    const Id3Contents id3 = readId3(ByteRange(reader, 0, *start));
     const FlacHeaders headers = readFlacHeaders(reader, *start + 4);
+    const auto foreign = flacForeignItems(reader, *start, headers.audioStart);
     facts.problem = headers.problem;
     setFlacAudio(facts, headers, reader.size() - headers.audioStart);
-    facts.id3TagSize = id3.tagSize;
+    facts.id3TagSize = readId3(ByteRange(reader, 0, *start)).tagSize;
     facts.infoDictionary = infoFromTags(headers.tags);
-    addMissingInfo(facts.infoDictionary, infoFromId3(id3.items));
+    addMissingInfo(facts.infoDictionary, infoFromId3(foreign));
     facts.metadata = itemsFromTags(headers.tags);
     if (headers.cover)
         facts.metadata.append(
             AVMetadataItem::make(QStringLiteral("org.id3"), QStringLiteral("APIC"),
                                  QStringLiteral("id3/APIC"), headers.cover->data.value()));
-    addMissingItems(facts.metadata, id3.items);
+    addMissingItems(facts.metadata, foreign);
     facts.albumArtwork = artworkOf(reader, facts.metadata);
     return facts;
 }

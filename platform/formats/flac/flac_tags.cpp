@@ -6,6 +6,7 @@
 #include "platform/formats/flac/flac_picture.h"
 #include "platform/formats/flac/vorbis_comment.h"
 #include "platform/formats/messages.h"
+#include "platform/formats/mpeg/mpeg_tags.h"
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/unchanged_files.h"
 #include "platform/media/model/messages.h"
@@ -65,6 +66,12 @@ struct FlacLayout {
     std::uint64_t copiedFrom = 0; ///< `start` where the foreign tag before it goes
     std::vector<WrittenBlock> blocks;
     std::uint64_t audioStart = 0;
+    std::uint64_t audioEnd = 0; ///< where the tags behind the audio begin
+    std::uint64_t copiedTo = 0; ///< `audioEnd` where they go, else the file's end
+
+    [[nodiscard]] bool hasForeignTag(const FileReader& reader) const {
+        return start > 0 || audioEnd < reader.size();
+    }
 };
 
 /// The sync code of a frame, 14 bits; a block size that lies ends somewhere else.
@@ -83,6 +90,8 @@ Result<FlacLayout> readFlacLayout(FileReader& reader) {
     if (end.reason != FlacBlocksEnd::Reason::LastBlock)
         return flacFailure(ErrorCode::InvalidData, reader, kFlacBlockDamaged);
     layout.audioStart = end.offset;
+    layout.audioEnd = startOfTrailingTags(reader, end.offset);
+    layout.copiedTo = reader.size();
     const FlacBlock& first = layout.blocks.front().source;
     if (first.type != FlacBlockType::StreamInfo || first.size != kStreamInfoSize)
         return flacFailure(ErrorCode::InvalidData, reader, kNoFlacStreamInfo);
@@ -156,19 +165,20 @@ std::vector<WrittenBlock>::iterator findComments(FlacLayout& layout) {
     });
 }
 
-/// Moves what a foreign tag says into the comments; the tag goes. Returns its cover.
+/// Moves what foreign tags say into the comments; the tags go. Returns their cover.
 EncodedImage moveForeignTag(FileReader& reader, FlacLayout& layout, QByteArrayList& entries,
                             Notes& notes) {
-    if (layout.start == 0)
+    if (!layout.hasForeignTag(reader))
         return {};
     const bool hasPicture =
         std::any_of(layout.blocks.begin(), layout.blocks.end(), [](const WrittenBlock& block) {
             return block.source.type == FlacBlockType::Picture;
         });
-    const FlacForeignTag foreign =
-        readFlacForeignTag(reader, ByteRange(reader, 0, layout.start), entries, hasPicture);
+    const FlacForeignTag foreign = readFlacForeignTag(
+        reader, flacForeignItems(reader, layout.start, layout.audioStart), entries, hasPicture);
     entries += foreign.comments;
     layout.copiedFrom = layout.start;
+    layout.copiedTo = layout.audioEnd;
     if (!foreign.notCarried.isEmpty())
         notes.append(Message(kTagsNotCarriedOver, {foreign.notCarried.join(QLatin1String(", "))}));
     return foreign.cover;
@@ -177,7 +187,7 @@ EncodedImage moveForeignTag(FileReader& reader, FlacLayout& layout, QByteArrayLi
 /// Returns the cover of a foreign tag, null without one.
 Result<EncodedImage> changeCommentBlock(FileReader& reader, FlacLayout& layout,
                                         const QMap<QString, QString>& info, Notes& notes) {
-    if (info.isEmpty() && layout.start == 0)
+    if (info.isEmpty() && !layout.hasForeignTag(reader))
         return EncodedImage();
     const auto block = findComments(layout);
     const bool isNew = block == layout.blocks.end();
@@ -272,7 +282,7 @@ Result<Notes> rewriteFlacTags(const QString& source, const QString& target,
     file->takePermissionsOf(FileReference::ofDescriptor(reader->fd()));
     if (auto written = writeBlocks(*file, *reader, *layout); !written)
         return tl::unexpected(written.error());
-    const std::uint64_t length = reader->size() - layout->audioStart;
+    const std::uint64_t length = layout->copiedTo - layout->audioStart;
     const auto report = [&](std::uint64_t done) {
         return !progress || progress(static_cast<double>(done) / static_cast<double>(length + 1));
     };

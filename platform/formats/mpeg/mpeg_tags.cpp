@@ -169,6 +169,17 @@ std::uint64_t trailingTagBytes(FileReader& reader, std::uint64_t from, std::uint
 
 } // namespace
 
+std::uint64_t startOfTrailingTags(FileReader& reader, std::uint64_t from) {
+    std::uint64_t end = reader.size();
+    for (int i = 0; i < kMostTags && end > from; ++i) {
+        const std::uint64_t bytes = trailingTagBytes(reader, from, end);
+        if (bytes == 0)
+            break;
+        end -= bytes;
+    }
+    return end;
+}
+
 Result<MpegAudio> findMpegAudio(FileReader& reader) {
     MpegAudio audio;
     for (int i = 0; i < kMostTags; ++i) {
@@ -179,13 +190,7 @@ Result<MpegAudio> findMpegAudio(FileReader& reader) {
             break;
         audio.start += *size;
     }
-    audio.end = reader.size();
-    for (int i = 0; i < kMostTags && audio.end > audio.start; ++i) {
-        const std::uint64_t bytes = trailingTagBytes(reader, audio.start, audio.end);
-        if (bytes == 0)
-            break;
-        audio.end -= bytes;
-    }
+    audio.end = startOfTrailingTags(reader, audio.start);
     if (!readMpegStream(ByteRange(reader, audio.start, audio.end - audio.start)))
         return unsafeTag(reader, kNoMpegFrame);
     return audio;

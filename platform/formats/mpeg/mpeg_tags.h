@@ -19,6 +19,10 @@ struct MpegAudio {
 /// the file, or over audio): the file is not to be rewritten then.
 [[nodiscard]] Result<MpegAudio> findMpegAudio(FileReader& reader);
 
+/// Returns the offset where the tags behind the audio begin, by the same strict rules; the file's
+/// size without any. Nothing before `from` is taken for a tag.
+[[nodiscard]] std::uint64_t startOfTrailingTags(FileReader& reader, std::uint64_t from);
+
 /// `source` without its tags, behind `tag`, as `target`, in one step. The audio is copied by the
 /// kernel; `progress` (0 to 1) stops it by returning false.
 [[nodiscard]] Result<void> replaceMpegTags(const QString& source, const QString& target,

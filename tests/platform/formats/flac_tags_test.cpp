@@ -76,6 +76,28 @@ TEST_F(FlacTags, AForeignTagMovesIntoTheCommentsWithAnyChange) {
     EXPECT_EQ(textsOf(m_notes).join(u' '), u"tags not carried over: TPE1, PRIV");
 }
 
+TEST_F(FlacTags, TagsBehindTheAudioMoveIntoTheCommentsToo) {
+    const QByteArray file =
+        flacFile({"TITLE=A title that ID3v1 has to cut off", "DATE=1999-05", "TRACKNUMBER=2"});
+    const auto field = [](const QByteArray& text) { return text.leftJustified(30, '\0', true); };
+    const QByteArray tag = "TAG" + field("A title that ID3v1 has to cut off") + field("Artist") +
+                           field("") + "1999" + field("Note") + '\377';
+    EXPECT_EQ(changed(file + tag, {}), file + tag);
+    EXPECT_EQ(changed(file + tag, {{{u"composer"_s, u"C"_s}}, {}}),
+              flacFile({"TITLE=A title that ID3v1 has to cut off", "DATE=1999-05", "TRACKNUMBER=2",
+                        "ARTIST=Artist", "COMMENT=Note", "YEAR=1999", "COMPOSER=C"}));
+    EXPECT_EQ(m_notes, Notes());
+    // What only looks like a tag stays with the audio.
+    EXPECT_TRUE(changed(file + "APETAGEX", {{{u"composer"_s, u"C"_s}}, {}}).endsWith("APETAGEX"));
+    // A number with its total is nothing else where the comments have both.
+    const QByteArray front =
+        testkit::id3Tag(3, testkit::id3Text("TRCK", "2/10") + testkit::id3Text("TYER", "1999"));
+    EXPECT_EQ(changed(front + file, {{{u"composer"_s, u"C"_s}}, {}}),
+              flacFile({"TITLE=A title that ID3v1 has to cut off", "DATE=1999-05", "TRACKNUMBER=2",
+                        "TRACKTOTAL=10", "YEAR=1999", "COMPOSER=C"}));
+    EXPECT_EQ(m_notes, Notes());
+}
+
 TEST_F(FlacTags, ANewCoverReplacesTheFrontCoverAlone) {
     const auto image = EncodedImage::fromBytes(
         QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\2\0\0\0\3\10\2\0\0\0", 29));
