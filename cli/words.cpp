@@ -365,6 +365,7 @@ const Sentence kMetadataWords[] = {
     {"cover-stored-as-given", "The cover is stored as it was given: as TIFF it is over 16 MiB"},
     {"cover-keeps-its-bytes", "The cover is stored as it was, not as TIFF: %1"},
     {"mpeg4-under-old-name", "The file holds %1 in MPEG-4 under its old name"},
+    {"cover-kept", "The cover was kept"},
     {"cover-left-out", "The cover is left out: %1"},
     {"artwork-copy-not-written", "The temporary copy of the artwork could not be written"},
     {"latitude-not-in-range", "The latitude is a number from -90 to 90, not \"%1\""},

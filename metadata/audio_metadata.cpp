@@ -8,6 +8,7 @@
 #include "platform/formats/flac/flac_blocks.h"
 #include "platform/formats/flac/flac_tags.h"
 #include "platform/formats/messages.h"
+#include "platform/formats/mpeg/hidden_tags.h"
 #include "platform/formats/mpeg/mpeg_tags.h"
 #include "platform/foundation/dates.h"
 #include "platform/foundation/log.h"
@@ -186,6 +187,11 @@ Result<QByteArray> tagWithCover(const QList<Id3TextFrame>& frames, const Encoded
     return isKept ? plain : renderId3Tag(frames, {});
 }
 
+QStringList hiddenTagsOf(const QString& path) {
+    auto reader = FileReader::open(path);
+    return reader ? hiddenMpegTags(*reader) : QStringList();
+}
+
 } // namespace
 
 void AudioMetadata::save(const jobs::WriteRequest& request) {
@@ -223,15 +229,18 @@ std::optional<jobs::WriteJob> AudioMetadata::begin(const jobs::WriteRequest& req
 
 void AudioMetadata::writeMp3(const jobs::WriteRequest& request, const QList<Id3TextFrame>& frames,
                              const EncodedImage& cover, const QString& createdText,
-                             const QStringList& lost) {
+                             const std::optional<QStringList>& lost) {
     auto job = begin(request, createdText);
     if (!job)
         return;
     const auto write = [source = job->source, output = job->output, frames, cover,
                         lost](const auto& progress) -> Result<platform::Notes> {
         platform::Notes notes;
-        if (!lost.isEmpty())
-            notes.append(Message(kTagsNotCarriedOver, {lost.join(QStringLiteral(", "))}));
+        if (const QStringList names = lost ? *lost + hiddenTagsOf(source) : QStringList();
+            !names.isEmpty())
+            notes.append(Message(kTagsNotCarriedOver, {names.join(QStringLiteral(", "))}));
+        if (!lost && !cover.isNull())
+            notes.append(kCoverKept);
         const auto tag = tagWithCover(frames, cover, notes);
         if (!tag)
             return tl::unexpected(tag.error());
@@ -255,7 +264,7 @@ void AudioMetadata::SetMp3MetadateItem_withDateStr(const jobs::WriteRequest& req
     writeMp3(request, planMp3Save(*request.audioPane, dateText),
              planCover(*request.audioPane, *request.item).image,
              dateText.isNull() ? createdTextOf(request) : dateText,
-             framesLostInMp3(request.item->fileMetaArray));
+             framesLostInMp3(request.item->fileMetaArray, !request.item->fileImage.isNull()));
 }
 
 void AudioMetadata::RemoveMp3metadataItem(const jobs::WriteRequest& request) {

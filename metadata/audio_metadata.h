@@ -54,10 +54,11 @@ private:
     /// jobs::beginJob().
     [[nodiscard]] std::optional<jobs::WriteJob> begin(const jobs::WriteRequest& request,
                                                       const QString& createdText);
-    /// `lost`: frames of the source that a note names.
+    /// `lost`: frames of the source that a note names beside those that give no item; null in a
+    /// removal, where a note says that the cover was kept.
     void writeMp3(const jobs::WriteRequest& request, const QList<platform::Id3TextFrame>& frames,
                   const platform::EncodedImage& cover, const QString& createdText,
-                  const QStringList& lost = {});
+                  const std::optional<QStringList>& lost = std::nullopt);
     /// `plan` makes the items out of the source's.
     void writeM4a(const jobs::WriteRequest& request, const QString& createdText,
                   const std::function<QList<platform::AVMetadataItem>(

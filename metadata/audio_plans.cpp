@@ -175,7 +175,7 @@ QList<Id3TextFrame> planMp3Save(const media::AudioPane& pane, const QString& rec
     return frames;
 }
 
-QStringList framesLostInMp3(const QList<AVMetadataItem>& source) {
+QStringList framesLostInMp3(const QList<AVMetadataItem>& source, bool hasCover) {
     // What the pane shows is written from there, be it as it stands or changed.
     static const QSet<QString> kShown{
         QStringLiteral("TIT2"), QStringLiteral("TIT3"), QStringLiteral("TPE1"),
@@ -192,9 +192,10 @@ QStringList framesLostInMp3(const QList<AVMetadataItem>& source) {
         const QString name = platform::itemName(item);
         const bool isStandIn = (name == u"TDRC" && item.stringValue().size() <= 4) ||
                                (name == u"TOPE" && !hasPerformer);
-        const bool isSecondImage = name == u"APIC" && ++images > 1;
-        if (isSecondImage ||
-            (item.effectiveIdentifier().startsWith(u"id3/") && name != u"APIC" && !isStandIn &&
+        const bool isLostImage = name == u"APIC" && ++images > (hasCover ? 1 : 0);
+        const QString identifier = item.effectiveIdentifier();
+        if (isLostImage || identifier.startsWith(u"itlk/") ||
+            (identifier.startsWith(u"id3/") && name != u"APIC" && !isStandIn &&
              !kShown.contains(name) && !platform::isEncoderNote(item)))
             lost.append(name);
     }

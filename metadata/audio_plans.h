@@ -29,8 +29,9 @@ struct CoverPlan {
 [[nodiscard]] QList<platform::Id3TextFrame> planMp3Save(const media::AudioPane& pane,
                                                         const QString& recordDate = {});
 /// Returns the names of the source's frames that an MP3 file loses in a save, whose new tag holds
-/// the frames of the pane alone. Each once.
-[[nodiscard]] QStringList framesLostInMp3(const QList<platform::AVMetadataItem>& source);
+/// the frames of the pane alone, and the cover where it `hasCover`. Each once.
+[[nodiscard]] QStringList framesLostInMp3(const QList<platform::AVMetadataItem>& source,
+                                          bool hasCover = true);
 /// Deliberate: a blank frame for every field that the pane shows something in; which ones is the
 /// same for all files of a removal.
 [[nodiscard]] QList<platform::Id3TextFrame> planMp3Removal(const media::AudioPane& pane);

@@ -14,7 +14,8 @@ inline constexpr platform::MessageCode kEmptyTitle{"empty-title"};
 inline constexpr platform::MessageCode kNoAudioPane{"no-audio-pane"};
 inline constexpr platform::MessageCode kCoverStoredAsGiven{"cover-stored-as-given"};
 inline constexpr platform::MessageCode kCoverKeepsItsBytes{"cover-keeps-its-bytes"}; ///< reason
-inline constexpr platform::MessageCode kCoverLeftOut{"cover-left-out"};              ///< reason
+inline constexpr platform::MessageCode kCoverKept{"cover-kept"};
+inline constexpr platform::MessageCode kCoverLeftOut{"cover-left-out"}; ///< reason
 /// Another container than the name says: the codec.
 inline constexpr platform::MessageCode kMpeg4UnderOldName{"mpeg4-under-old-name"};
 inline constexpr platform::MessageCode kArtworkCopyNotWritten{"artwork-copy-not-written"};

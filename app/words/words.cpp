@@ -433,6 +433,7 @@ const Sentence kMetadataWords[] = {
      QT_TRANSLATE_NOOP("Words", "The cover is stored as it was, not as TIFF: %1")},
     {"mpeg4-under-old-name",
      QT_TRANSLATE_NOOP("Words", "The file holds %1 in MPEG-4 under its old name")},
+    {"cover-kept", QT_TRANSLATE_NOOP("Words", "The cover was kept")},
     {"cover-left-out", QT_TRANSLATE_NOOP("Words", "The cover is left out: %1")},
     {"artwork-copy-not-written",
      QT_TRANSLATE_NOOP("Words", "The temporary copy of the artwork could not be written")},

@@ -95,6 +95,29 @@ TEST_F(AudioTags, TheStateOfACoverStopsNoTag) {
     }
 }
 
+TEST_F(AudioTags, WhatAnMp3LosesOrKeepsIsNamed) {
+    QByteArray encrypted = id3Frame("TPE2", QByteArray("\1?????", 6));
+    encrypted[9] = 0x40;
+    const QByteArray lyrics = "LYRICSBEGININD00002" + QByteArray("10") + "000020LYRICS200";
+    const QString path =
+        m_dir.write("a.mp3", id3Tag(3, id3Text("TIT2", "Old") + encrypted +
+                                           id3Frame("APIC", QByteArray("\0-->\0\3\0a.jpg", 12))) +
+                                 testkit::mpegFrames() + lyrics);
+    written(path);
+    EXPECT_TRUE(m_outcome.text().contains(u"TPE2, APIC, Lyrics3")) << m_outcome.text();
+    const QString junk = m_dir.write("b.mp3", id3Tag(3, apic("no image")) + testkit::mpegFrames());
+    written(junk);
+    EXPECT_TRUE(m_outcome.text().contains(u"APIC")) << m_outcome.text();
+    written(m_dir.write("c.mp3", id3Tag(3, apic(kPngHead)) + testkit::mpegFrames()), true);
+    EXPECT_TRUE(isNoted(kCoverKept));
+    // A tag that begins late goes as well.
+    const QString late =
+        m_dir.write("d.mp3", QByteArray(500, '\0') + id3Tag(3, id3Text("TIT2", "Old title")) +
+                                 testkit::mpegFrames());
+    written(late, true);
+    EXPECT_FALSE(TempDir::read(outputOf(late)).contains("Old title"));
+}
+
 TEST_F(AudioTags, AForeignTagOfFlacBecomesComments) {
     const QByteArray flac = "fLaC" + testkit::flacBlock(0, QByteArray(34, '\1')) +
                             testkit::flacBlock(4, testkit::vorbisComments({"ARTIST=A"}), true) +

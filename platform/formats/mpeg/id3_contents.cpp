@@ -74,7 +74,8 @@ int imageRank(int type) {
 class Id3ItemList {
 public:
     explicit Id3ItemList(int version) : m_version(version) {}
-    void add(const Id3Frame& frame);
+    /// Returns false for what cannot become an item: an image elsewhere, a text over the limit.
+    [[nodiscard]] bool add(const Id3Frame& frame);
     [[nodiscard]] QList<AVMetadataItem> take();
 
 private:
@@ -90,29 +91,31 @@ private:
     std::vector<Id3Comment> m_comments;
 };
 
-void Id3ItemList::add(const Id3Frame& frame) {
+bool Id3ItemList::add(const Id3Frame& frame) {
     const QByteArray& id = frame.id;
     if (id == "APIC") {
-        if (const auto image = id3Image(frame.body, m_version))
+        const auto image = id3Image(frame.body, m_version);
+        if (image)
             m_images.push_back(*image);
-        return;
+        return image.has_value();
     }
     const bool described = id == "COMM" || id == "USLT" || id == "TXXX" || id == "WXXX";
     const bool text = described || id[0] == 'T' || id[0] == 'W' || id == "IPLS" || id == "GRP1" ||
                       id == "MVNM" || id == "MVIN";
     if (!text) {
         if (id == "UFID" && addRecording(frame))
-            return;
+            return true;
         m_items.append(id3Item(id, frame.body.value()));
-        return;
+        return true;
     }
     const auto bytes = frame.body.load(kLargestId3Text);
     if (!bytes)
-        return;
+        return false;
     if (described)
         addDescribed(frame, *bytes);
     else
         addText(frame, *bytes);
+    return true;
 }
 
 /// MusicBrainz keeps its number of the recording here, others their own.
@@ -194,9 +197,14 @@ Id3Contents readId3(const ByteRange& range) {
     if (!header)
         return {};
     Id3ItemList list(header->version);
-    for (const Id3Frame& frame : readId3Frames(range))
-        list.add(frame);
-    return {std::min(header->totalSize, range.size()), list.take()};
+    QByteArrayList unread;
+    for (const Id3Frame& frame : readId3Frames(range, &unread))
+        if (!list.add(frame))
+            unread.append(frame.id);
+    Id3Contents contents{std::min(header->totalSize, range.size()), list.take(), {}};
+    for (const QByteArray& id : unread)
+        contents.hidden.append(QString::fromLatin1(id));
+    return contents;
 }
 
 EncodedImage artworkOf(FileReader& reader, const QList<AVMetadataItem>& items) {

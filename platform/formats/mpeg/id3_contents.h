@@ -4,6 +4,7 @@
 #include "platform/formats/byte_range.h"
 
 #include <QList>
+#include <QStringList>
 
 namespace clipheave::platform {
 
@@ -20,6 +21,7 @@ namespace clipheave::platform {
 struct Id3Contents {
     std::uint64_t tagSize = 0; ///< bytes of the raw tag, 0 when there is none
     QList<AVMetadataItem> items;
+    QStringList hidden; ///< ids of frames that give none: encrypted, damaged, images elsewhere
 };
 [[nodiscard]] Id3Contents readId3(const ByteRange& range);
 

@@ -193,7 +193,7 @@ std::optional<Id3FrameHeader> id3FrameHeaderAt(const ByteRange& frames, std::uin
     return version == 2 ? frameHeader22(frames, at) : frameHeader23(frames, at, version);
 }
 
-std::vector<Id3Frame> readId3Frames(const ByteRange& range) {
+std::vector<Id3Frame> readId3Frames(const ByteRange& range, QByteArrayList* unread) {
     std::vector<Id3Frame> frames;
     const auto header = parseId3Header(range.view(0, Id3Header::kSize));
     if (!header || header->version < 2 || header->version > 4 || header->compressed)
@@ -217,6 +217,8 @@ std::vector<Id3Frame> readId3Frames(const ByteRange& range) {
             frame->id.isEmpty() ? std::nullopt : plainBody(*frame, raw, header->version);
         if (plain && plain->size() > 0)
             frames.push_back({frame->id, *plain});
+        else if (unread != nullptr && !plain && !frame->id.isEmpty() && frame->bodySize > 0)
+            unread->append(frame->id);
         at += frame->headerSize + frame->bodySize;
     }
     return frames;

@@ -3,6 +3,8 @@
 
 #include "platform/formats/byte_range.h"
 
+#include <QByteArrayList>
+
 #include <optional>
 #include <vector>
 
@@ -29,6 +31,8 @@ struct Id3Frame {
 };
 /// Returns the frames of the tag at the start of `range`, in file order. A frame that is encrypted,
 /// empty or damaged is left out; reading ends at padding or at the first thing that is not a frame.
-[[nodiscard]] std::vector<Id3Frame> readId3Frames(const ByteRange& range);
+/// `unread` takes the ids of those that are encrypted or damaged.
+[[nodiscard]] std::vector<Id3Frame> readId3Frames(const ByteRange& range,
+                                                  QByteArrayList* unread = nullptr);
 
 } // namespace clipheave::platform

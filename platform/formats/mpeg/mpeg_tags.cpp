@@ -191,8 +191,12 @@ Result<MpegAudio> findMpegAudio(FileReader& reader) {
         audio.start += *size;
     }
     audio.end = startOfTrailingTags(reader, audio.start);
-    if (!readMpegStream(ByteRange(reader, audio.start, audio.end - audio.start)))
+    const auto stream = readMpegStream(ByteRange(reader, audio.start, audio.end - audio.start));
+    if (!stream)
         return unsafeTag(reader, kNoMpegFrame);
+    // A tag behind bytes that are no audio, such as zeros before it.
+    if (reader.viewUpTo(audio.start, stream->offset).bytes().contains("ID3"))
+        audio.start += stream->offset;
     return audio;
 }
 

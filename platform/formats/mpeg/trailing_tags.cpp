@@ -132,7 +132,9 @@ TrailingTags readTrailingTags(FileReader& reader, std::uint64_t from) {
         if (tags.id3v1.isEmpty())
             end = readId3v1(reader, from, end, tags);
         end = readApeTag(reader, from, end, tags);
+        const std::uint64_t behindLyrics = end;
         end = skipLyrics3(reader, from, end);
+        tags.hasLyrics3 |= end < behindLyrics;
         if (!tags.id3v2)
             end = readAppendedId3v2(reader, from, end, tags);
         if (end == tags.audioEnd)

@@ -21,6 +21,7 @@ struct TrailingTags {
     std::optional<ByteRange> apeCover; ///< "Cover Art (Front)", name in front cut off
     std::vector<ByteRange> apeImages;  ///< "Cover Art (Back)" and the like, likewise
     std::optional<ByteRange> id3v2;
+    bool hasLyrics3 = false; ///< its texts are not read
 };
 /// Reads them backwards from the end; `from` is where they may begin at the earliest. More lenient
 /// than findMpegAudio(): what looks like a tag is read as one, since nothing is lost by it.
