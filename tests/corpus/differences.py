@@ -67,7 +67,7 @@ mutagen gives the duration of the audio track, which ends before the video.
   video/picard__test.m4v durationSeconds mutagen
 The sample description says 12x10, the H.264 stream inside 10x12; we read no streams.
   video/media__sample_with_fake_auxiliary_tracks_interleaved_with_primary_video_track.mp4 width+height ffprobe
-Fragments from second 10 on: we give the end of the longest track, that of the captions; ffprobe leaves captions out.
+Fragments from second 10 on: we give the length of the longest track, that of the captions; ffprobe leaves captions out and counts from 0.
   video/mp4ff__cbcsdec.mp4 durationSeconds ffprobe
 One fragment of a longer video: its header announces 48 s (mehd), the file holds the first six.
   video/mp4ff__stpp_combined.mp4 durationSeconds ffprobe
@@ -152,6 +152,8 @@ Since FFmpeg 7: its filter compares no single frame without a duration.
   video/exiftool__Flash.flv frames+gif ssim
 Since FFmpeg 7: ffprobe measures the tracks where the movie header claims more; 2X keeps the first half of what the header claims, all of it.
   made/million-seconds.mp4 speed audio-length+duration+frames
+Half of 13.7 s, which is the length of its captions; ffprobe's half is more than the video lasts.
+  video/mp4ff__cbcsdec.mp4 speed duration+frames
 Until FFmpeg 7: its own decoder takes one frame of each packet of speech, the rest is silence.
   video/metadata-extractor-images__sample_3GPP2.3g2 audio+speed audio
 Since FFmpeg 7: of the first packet of speech it drops the priming once a frame, 20 ms of audio.
