@@ -38,9 +38,18 @@ struct Arguments {
     std::string renameText, dateFormat;
 };
 
+/// An empty name would mean the default in silence: a script's unset variable.
+std::string refuseEmpty(const std::string& value) {
+    return value.empty() ? "is empty" : std::string();
+}
+
 void addGlobalOptions(CLI::App& app, Arguments& arguments) {
-    app.add_option("--storage", arguments.storage, "Output folder of this run")->type_name("DIR");
-    app.add_option("--config", arguments.config, "Preferences file of this run")->type_name("FILE");
+    app.add_option("--storage", arguments.storage, "Output folder of this run")
+        ->check(refuseEmpty)
+        ->type_name("DIR");
+    app.add_option("--config", arguments.config, "Preferences file of this run")
+        ->check(refuseEmpty)
+        ->type_name("FILE");
     app.add_option("--jobs", arguments.global.jobs, "Exports that run at once (default: the cores)")
         ->check(CLI::Range(1, 256))
         ->type_name("N");

@@ -66,7 +66,15 @@ WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped) {
 
 void reportUnknown(const media::MediaImport& import) {
     for (const media::SkippedPath& unknown : import.unknown())
-        printError(QStringLiteral("%1: skipped: %2").arg(unknown.path, unknown.reason.text()));
+        printError(endLine(outcomeOfSkipped(unknown)));
+}
+
+/// What was given and is no file of the command's: each stands in the report as skipped.
+static std::vector<WriteOutcome> outcomesOfUnknown(const media::MediaImport& import) {
+    std::vector<WriteOutcome> outcomes;
+    for (const media::SkippedPath& unknown : import.unknown())
+        outcomes.push_back(outcomeOfSkipped(unknown));
+    return outcomes;
 }
 
 void reportSkipped(const media::MediaImport& import) {
@@ -109,9 +117,12 @@ int runOverItems(const GlobalOptions& global, const QStringList& paths, const QS
     import.setStopRequested(&isInterrupted);
     import.importMediaItemsThreader(paths);
     const auto& items = import.localPhotoItemArray();
-    reportUnknown(import);
-    if (items.empty() && import.skipped().empty())
-        return reportNothingToDo();
+    const std::vector<WriteOutcome> unknown = outcomesOfUnknown(import);
+    if (items.empty() && import.skipped().empty()) {
+        const int reported = reportOutcomes(global, unknown, true);
+        const int nothing = reportNothingToDo();
+        return interruption() ? reported : nothing;
+    }
 
     const QString storage = storageLocation(global);
     const auto made = platform::NSFileManager::defaultManager().createDirectoryAtPath(storage);
@@ -127,6 +138,7 @@ int runOverItems(const GlobalOptions& global, const QStringList& paths, const QS
     run->perform();
     waitForEnd(*run, what, console);
     std::vector<WriteOutcome> outcomes = run->outcomes();
+    outcomes.insert(outcomes.end(), unknown.begin(), unknown.end());
     for (const media::SkippedPath& skipped : import.skipped())
         outcomes.push_back(outcomeOfSkipped(skipped));
     return reportOutcomes(global, outcomes, import.skipped().empty());

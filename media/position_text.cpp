@@ -29,7 +29,7 @@ std::optional<QString> positionNumber(QStringView typed, PositionPart part) {
     static const QRegularExpression plain(QStringLiteral(R"(^-?\d+(?:\.\d+)?$)"));
     QString text = typed.trimmed().toString();
     text.replace(u',', u'.').replace(QChar(0x2212), u'-');
-    if (text.startsWith(u'+'))
+    if (text.startsWith(u'+') && !text.startsWith(u"+-"))
         text.remove(0, 1);
     const double value = platform::doubleValue(text);
     if (!number.match(text).hasMatch() || !isInRange(value, part))

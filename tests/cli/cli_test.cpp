@@ -158,6 +158,8 @@ TEST_F(Cli, ExitStatusesSayWhatHappened) {
     const RunResult badDate = save("--set created=yesterday", {video});
     EXPECT_EQ(badDate.exitCode, 2);
     EXPECT_TRUE(badDate.err.contains("Invalid date format"));
+    EXPECT_EQ(save("--set latitude=+-3 --set longitude=1", {video}).exitCode, 2);
+    EXPECT_EQ(cli("--storage % clear", {QString(), video}).exitCode, 2);
     const RunResult farAway = save("--set latitude=500 --set longitude=1", {video});
     EXPECT_EQ(farAway.exitCode, 2);
     EXPECT_TRUE(farAway.err.contains("from -90 to 90")) << farAway.err;
