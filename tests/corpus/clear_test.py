@@ -15,7 +15,8 @@ OF_THE_FILE = re.compile(r"SourceFile|ExifTool:|System:|File:|Composite:|QuickTi
                          r"CompatibleBrands)|(Track\d+|QuickTime):ChunkOffset")
 # The handlers of the boxes that hold the items: (tag, values).
 OF_ITEM_BOXES = {"QuickTime:HandlerType": ("Metadata", "Metadata Tags"), "QuickTime:HandlerVendorID": ("Apple",)}
-STRUCTURE = re.compile(r"(Track\d+|QuickTime):")
+# Names of handlers are descriptions: nothing plays by them.
+STRUCTURE = re.compile(r"(Track\d+|QuickTime):(?!HandlerDescription)")
 LOCATION = re.compile("Location|GPS|Coordinates", re.IGNORECASE)
 SHORTEST = 6  # bytes of a text that are searched for; shorter ones stand anywhere by chance
 

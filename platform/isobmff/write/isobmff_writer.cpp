@@ -257,7 +257,10 @@ Result<PassthroughOutcome> rewrite(const PassthroughRequest& request) {
     }
     if (strips)
         source->moov = withoutForeignMetadata(source->moov);
-    const QStringList timed = timedMetadataFormats(source->moov);
+    QStringList timed = timedMetadataFormats(source->moov);
+    if (std::any_of(source->boxes.begin(), source->boxes.end(),
+                    [](const Box& box) { return box.type == fourCc("emsg"); }))
+        timed << QStringLiteral("emsg"); // events of a stream: indexes count their bytes
     if (request.removesMetadata && !timed.isEmpty())
         outcome.notes << Message(kTimedMetadataKept, {timed.join(QLatin1String(", "))});
     auto placement = placeFor(request, *source, metadata, strips);

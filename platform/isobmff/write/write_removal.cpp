@@ -43,6 +43,17 @@ bool isForeignMetadata(const BoxWalker& walker, const Box& box) {
     return isPaddingType(box.type) || box.type == fourCc("meco") || box.type == fourCc("Xtra");
 }
 
+/// What a movie consists of (ISO/IEC 14496-12 section 8.2, QuickTime File Format "Movie atoms").
+/// Whatever else stands there was put there by a program that alone can read it.
+bool isPartOfMovie(std::uint32_t type) {
+    constexpr std::array kParts{
+        fourCc("mvhd"), fourCc("trak"), fourCc("mvex"), fourCc("iods"), fourCc("pssh"),
+        fourCc("ainf"), fourCc("udta"), fourCc("meta"), fourCc("uuid"), fourCc("clip"),
+        fourCc("ctab"), fourCc("prfl"), fourCc("rmra"), fourCc("cmov"), fourCc("trgr"),
+    };
+    return std::find(kParts.begin(), kParts.end(), type) != kParts.end();
+}
+
 /// What a track plays as (ISO/IEC 14496-12 section 8.10.4) is no description.
 bool staysInTrackUserData(std::uint32_t type) {
     return isStructuralUserData(type) || type == fourCc("kind");
@@ -58,10 +69,63 @@ QByteArray trackUserData(ByteView udta) {
 }
 
 bool holdsTrackUserData(std::uint32_t type) {
-    return type == fourCc("trak") || type == fourCc("mdia") || type == fourCc("minf");
+    return type == fourCc("trak") || type == fourCc("mdia") || type == fourCc("minf") ||
+           type == fourCc("stbl");
 }
 
-QByteArray withoutTrackMetadata(ByteView payload) {
+/// Without its name, in which programs put the track's and cameras their own. One byte of zero ends
+/// the text of MPEG-4 and is the length of QuickTime's.
+QByteArray namelessHandler(ByteView payload) {
+    constexpr std::uint64_t kName = 24;
+    return renderBox(fourCc("hdlr"), payload.size() > kName
+                                         ? payload.sub(0, kName).toByteArray() + '\0'
+                                         : payload.toByteArray());
+}
+
+/// The boxes from `start` on without padding and foreign `uuid`.
+QByteArray withoutForeignBoxes(ByteView payload, std::uint64_t start) {
+    QByteArray kept = payload.sub(0, start).toByteArray();
+    const ByteView boxes = payload.sub(start);
+    BoxWalker walker(boxes);
+    std::uint64_t end = 0;
+    while (const auto box = walker.next()) {
+        end = box->end();
+        const bool isForeign = box->type == fourCc("uuid") && !isNeededUuid(walker.payload(*box));
+        if (box->cut || !(isForeign || isPaddingType(box->type)))
+            kept += walker.whole(*box).bytes();
+    }
+    return kept += boxes.sub(end).bytes();
+}
+
+/// Returns the bytes in front of the boxes of a sample description: 78 of video, 28 of audio in its
+/// first version (ISO/IEC 14496-12 sections 12.1.3 and 12.2.3); 0 for what is left as it is.
+std::uint64_t sampleEntryFields(std::uint32_t handler, ByteView entry) {
+    const std::uint64_t fields = handler == fourCc("vide")                         ? 78
+                                 : handler == fourCc("soun") && entry.be16(8) == 0 ? 28
+                                                                                   : 0;
+    return entry.size() < fields ? 0 : fields;
+}
+
+QByteArray withoutSampleEntryMetadata(ByteView payload, std::uint32_t handler) {
+    constexpr std::uint64_t kEntries = 8;
+    QByteArray kept = payload.sub(0, kEntries).toByteArray();
+    const ByteView entries = payload.sub(kEntries);
+    BoxWalker walker(entries);
+    std::uint64_t end = 0;
+    while (const auto entry = walker.next()) {
+        end = entry->end();
+        const std::uint64_t fields = sampleEntryFields(handler, walker.payload(*entry));
+        kept += entry->cut || fields == 0
+                    ? walker.whole(*entry).toByteArray()
+                    : renderBox(entry->type, withoutForeignBoxes(walker.payload(*entry), fields));
+    }
+    return kept += entries.sub(end).bytes();
+}
+
+/// `handler` is that of the media whose part this is.
+QByteArray withoutTrackMetadata(ByteView payload, std::uint32_t handler = 0) {
+    if (handler == 0)
+        handler = findPayload(payload, {fourCc("hdlr")}).be32(8).value_or(0);
     QByteArray kept;
     BoxWalker walker(payload);
     std::uint64_t end = 0;
@@ -72,7 +136,11 @@ QByteArray withoutTrackMetadata(ByteView payload) {
         if (box->type == fourCc("udta"))
             kept += trackUserData(walker.payload(*box));
         else if (holdsTrackUserData(box->type) && !box->cut)
-            kept += renderBox(box->type, withoutTrackMetadata(walker.payload(*box)));
+            kept += renderBox(box->type, withoutTrackMetadata(walker.payload(*box), handler));
+        else if (box->type == fourCc("hdlr") && !box->cut)
+            kept += namelessHandler(walker.payload(*box));
+        else if (box->type == fourCc("stsd") && !box->cut)
+            kept += renderBox(box->type, withoutSampleEntryMetadata(walker.payload(*box), handler));
         else
             kept += walker.whole(*box).bytes();
     }
@@ -89,7 +157,8 @@ QByteArray withoutForeignMetadata(ByteView moovPayload) {
         end = box->end();
         if (box->type == fourCc("trak") && !box->cut)
             kept += renderBox(box->type, withoutTrackMetadata(walker.payload(*box)));
-        else if (box->type == fourCc("meta") || !isForeignMetadata(walker, *box))
+        else if (box->type == fourCc("meta") ||
+                 (isPartOfMovie(box->type) && !isForeignMetadata(walker, *box)))
             kept += walker.whole(*box).bytes(); // `meta` and `udta` are built anew
     }
     return kept += moovPayload.sub(end).bytes();

@@ -9,8 +9,9 @@
 // What a removal of the metadata takes out of a file beside the items of its lists.
 namespace clipheave::platform {
 
-/// The payload of `moov` without foreign metadata (camera makers' and XMP `uuid` boxes, padding),
-/// and without what its tracks say of themselves (names, titles, camera and lens). Stays: all that
+/// The payload of `moov` without foreign metadata (camera makers' and XMP `uuid` boxes, padding,
+/// boxes that are no part of a movie) and without what its tracks say of themselves (names, titles,
+/// camera and lens, also in handlers, sample tables and sample descriptions). Stays: all that
 /// playing needs, spherical video, images, the sample tables.
 [[nodiscard]] QByteArray withoutForeignMetadata(ByteView moovPayload);
 

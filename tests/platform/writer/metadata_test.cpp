@@ -227,6 +227,25 @@ TEST(Lists, ARemovalTakesWhatFollowsTheBoxesWhateverItReadsLike) {
     }
 }
 
+TEST(Lists, ARemovalReachesHandlersAndSampleDescriptions) {
+    const TempDir dir;
+    HandMade media;
+    const QByteArray free = box("free", "Secret"), needed = box("pasp", be(1, 4) + be(1, 4));
+    media.moreMoov =
+        box("abcd", "Secret") +
+        box("trak",
+            box("mdia",
+                fullBox("hdlr", be(0, 4) + "vide" + QByteArray(12, '\0') + "Secret") +
+                    box("minf",
+                        box("stbl", fullBox("stsd", be(1, 4) + box("avc1", QByteArray(78, 'v') +
+                                                                               free + needed)) +
+                                        free + box("udta", "Secret")))));
+    const QByteArray cleared = rewritten(dir, media.bytes(), Items{});
+    EXPECT_FALSE(cleared.contains("Secret"));
+    EXPECT_TRUE(cleared.contains(box("avc1", QByteArray(78, 'v') + needed)));
+    EXPECT_EQ(chunkHeads(cleared), chunkHeads(media.bytes()));
+}
+
 TEST(Lists, ARemovalSaysWhichTimedTracksStay) {
     const TempDir dir;
     HandMade media;
