@@ -38,6 +38,14 @@ QString endLine(const WriteOutcome& outcome) {
     return parts.join(u": ");
 }
 
+/// Returns what was given and is no file that the command takes, each as skipped.
+std::vector<WriteOutcome> outcomesOfUnknown(const media::MediaImport& import) {
+    std::vector<WriteOutcome> outcomes;
+    for (const media::SkippedPath& unknown : import.unknown())
+        outcomes.push_back(outcomeOfSkipped(unknown));
+    return outcomes;
+}
+
 } // namespace
 
 std::vector<jobs::WriteRequest> requestsFor(const media::MediaImport& import,
@@ -67,14 +75,6 @@ WriteOutcome outcomeOfSkipped(const media::SkippedPath& skipped) {
 void reportUnknown(const media::MediaImport& import) {
     for (const media::SkippedPath& unknown : import.unknown())
         printError(endLine(outcomeOfSkipped(unknown)));
-}
-
-/// What was given and is no file of the command's: each stands in the report as skipped.
-static std::vector<WriteOutcome> outcomesOfUnknown(const media::MediaImport& import) {
-    std::vector<WriteOutcome> outcomes;
-    for (const media::SkippedPath& unknown : import.unknown())
-        outcomes.push_back(outcomeOfSkipped(unknown));
-    return outcomes;
 }
 
 void reportSkipped(const media::MediaImport& import) {

@@ -9,7 +9,6 @@ namespace clipheave::platform {
 namespace {
 
 constexpr int kMostFlacBlocks = 4096;
-constexpr int kMostTagsInFront = 8;
 constexpr std::uint64_t kFlacBlockHeaderSize = 4;
 constexpr std::uint32_t kLastFlacBlock = 0x80000000;
 
@@ -39,13 +38,7 @@ QByteArray flacBlockHeader(FlacBlockType type, std::uint64_t size, bool isLast) 
 }
 
 std::optional<std::uint64_t> findFlacSignature(FileReader& reader) {
-    std::uint64_t at = 0;
-    for (int i = 0; i < kMostTagsInFront; ++i) {
-        const auto tag = id3HeaderAt(reader, at);
-        if (!tag)
-            break;
-        at += tag->totalSize;
-    }
+    const std::uint64_t at = visitLeadingId3(reader, [](const ByteRange&) {});
     return reader.viewUpTo(at, 4).startsWith("fLaC") ? std::optional(at) : std::nullopt;
 }
 

@@ -5,6 +5,7 @@
 #include "platform/formats/flac/flac_blocks.h"
 #include "platform/formats/flac/flac_picture.h"
 #include "platform/formats/flac/vorbis_comment.h"
+#include "platform/formats/mpeg/hidden_tags.h"
 #include "platform/formats/mpeg/id3_contents.h"
 #include "platform/formats/mpeg/trailing_tags.h"
 
@@ -158,6 +159,7 @@ FlacForeignTag readFlacForeignTag(FileReader& reader, const QList<AVMetadataItem
         foreign.cover = {};
     if (images > (foreign.cover.isNull() ? 0 : 1))
         foreign.notCarried.append(QStringLiteral("APIC"));
+    foreign.notCarried += hiddenMpegTags(reader);
     foreign.notCarried.removeDuplicates();
     return foreign;
 }

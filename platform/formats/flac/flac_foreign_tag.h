@@ -14,7 +14,7 @@ namespace clipheave::platform {
 struct FlacForeignTag {
     QByteArrayList comments; ///< "NAME=text", in the order of the frames
     EncodedImage cover;      ///< null: none
-    QStringList notCarried;  ///< frames that no comment holds, each once ("PRIV", "TXXX:a=b")
+    QStringList notCarried;  ///< what no comment holds, each once ("PRIV", "TXXX:a=b", "Lyrics3")
 };
 /// Returns the items of the tag in the first `front` bytes and of those behind the audio, which
 /// begins at `audioStart`: of an identifier that stands in both those of the tag in front.

@@ -6,25 +6,17 @@
 #include "platform/formats/mpeg/trailing_tags.h"
 
 namespace clipheave::platform {
-namespace {
-
-constexpr int kMostTagsInFront = 8;
-
-} // namespace
 
 QStringList hiddenMpegTags(FileReader& reader) {
     QStringList names;
-    std::uint64_t at = 0;
-    for (int i = 0; i < kMostTagsInFront; ++i) {
-        const auto header = id3HeaderAt(reader, at);
-        if (!header)
-            break;
-        names += readId3(ByteRange(reader, at, header->totalSize)).hidden;
-        at += header->totalSize;
-    }
-    const TrailingTags trailing = readTrailingTags(reader, at);
+    const std::uint64_t end =
+        visitLeadingId3(reader, [&names](const ByteRange& tag) { names += readId3(tag).hidden; });
+    const TrailingTags trailing = readTrailingTags(reader, end);
     if (trailing.id3v2)
         names += readId3(*trailing.id3v2).hidden;
+    names += trailing.apeHidden;
+    if (!trailing.apeCover && !trailing.apeImages.empty())
+        names.append(QStringLiteral("APIC"));
     if (trailing.hasLyrics3)
         names.append(QStringLiteral("Lyrics3"));
     names.removeDuplicates();

@@ -2,6 +2,11 @@
 #include "platform/formats/mpeg/id3_header.h"
 
 namespace clipheave::platform {
+namespace {
+
+constexpr int kMostLeadingTags = 8;
+
+} // namespace
 
 std::optional<Id3Header> parseId3Header(ByteView bytes) {
     if (bytes.size() < Id3Header::kSize || !(bytes.startsWith("ID3") || bytes.startsWith("3DI")))
@@ -23,6 +28,19 @@ std::optional<Id3Header> parseId3Header(ByteView bytes) {
 
 std::optional<Id3Header> id3HeaderAt(FileReader& reader, std::uint64_t offset) {
     return parseId3Header(reader.viewUpTo(offset, Id3Header::kSize));
+}
+
+std::uint64_t visitLeadingId3(FileReader& reader,
+                              const std::function<void(const ByteRange& tag)>& visit) {
+    std::uint64_t end = 0;
+    for (int i = 0; i < kMostLeadingTags; ++i) {
+        const auto header = id3HeaderAt(reader, end);
+        if (!header)
+            break;
+        visit(ByteRange(reader, end, header->totalSize));
+        end += header->totalSize;
+    }
+    return end;
 }
 
 } // namespace clipheave::platform

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/foundation/file_reader.h"
+#include "platform/formats/byte_range.h"
 
+#include <functional>
 #include <optional>
 
 namespace clipheave::platform {
@@ -21,6 +22,11 @@ struct Id3Header {
 /// Takes a footer ("3DI") as well; nothing when `bytes` begins with neither.
 [[nodiscard]] std::optional<Id3Header> parseId3Header(ByteView bytes);
 [[nodiscard]] std::optional<Id3Header> id3HeaderAt(FileReader& reader, std::uint64_t offset);
+
+/// Visits the tags in a row at the start of the file, eight at most, and returns where the last one
+/// ends as its header says; 0 without any.
+std::uint64_t visitLeadingId3(FileReader& reader,
+                              const std::function<void(const ByteRange& tag)>& visit);
 
 /// Four bytes of seven bits each (ID3v2.4.0 structure, section 6.2), as the number they stand for
 /// and back. Top bits that are set all the same are ignored.

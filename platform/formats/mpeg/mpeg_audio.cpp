@@ -10,8 +10,6 @@
 namespace clipheave::platform {
 namespace {
 
-constexpr int kMostLeadingTags = 8;
-
 /// The first tag of the file counts; `end` is where the last one in a row ends.
 struct LeadingTags {
     Id3Contents id3;
@@ -21,15 +19,11 @@ struct LeadingTags {
 
 LeadingTags readLeadingTags(FileReader& reader) {
     LeadingTags tags;
-    for (int i = 0; i < kMostLeadingTags; ++i) {
-        const auto header = id3HeaderAt(reader, tags.end);
-        if (!header)
-            break;
+    tags.end = visitLeadingId3(reader, [&tags](const ByteRange& tag) {
         if (!tags.found)
-            tags.id3 = readId3(ByteRange(reader, tags.end, header->totalSize));
+            tags.id3 = readId3(tag);
         tags.found = true;
-        tags.end += header->totalSize;
-    }
+    });
     return tags;
 }
 

@@ -37,18 +37,20 @@ QList<NamedTag> id3v1Tags(ByteView tag) {
 }
 
 void addApeItem(const ApeItemHeader& item, const ByteRange& value, TrailingTags& tags) {
+    const QString shownKey = QString::fromLatin1(item.key);
     if (item.isText) { // several values with a NUL between
         if (const auto bytes = value.load(kLargestApeText))
-            tags.ape.append({QString::fromLatin1(item.key),
-                             id3Texts(Id3Encoding::Utf8, *bytes).join(kValueSeparator)});
+            tags.ape.append({shownKey, id3Texts(Id3Encoding::Utf8, *bytes).join(kValueSeparator)});
+        else
+            tags.apeHidden.append(shownKey);
         return;
     }
     const QByteArray key = item.key.toLower();
     const qsizetype name = value.view(0, kLongestCoverName).bytes().indexOf('\0');
-    if (!key.startsWith("cover art (") || name < 0)
-        return;
     const ByteRange image = value.sub(static_cast<std::uint64_t>(name) + 1);
-    if (key == "cover art (front)")
+    if (!key.startsWith("cover art (") || name < 0 || image.image().isNull())
+        tags.apeHidden.append(shownKey);
+    else if (key == "cover art (front)")
         tags.apeCover = image;
     else
         tags.apeImages.push_back(image);
@@ -153,9 +155,8 @@ void addTrailingTags(const TrailingTags& tags, MediaFacts& facts) {
     }
     QList<AVMetadataItem> ape = itemsFromTags(tags.ape);
     const auto append = [&ape](const ByteRange& image) {
-        if (!image.image().isNull())
-            ape.append(AVMetadataItem::make(QStringLiteral("org.id3"), QStringLiteral("APIC"),
-                                            QStringLiteral("id3/APIC"), image.value()));
+        ape.append(AVMetadataItem::make(QStringLiteral("org.id3"), QStringLiteral("APIC"),
+                                        QStringLiteral("id3/APIC"), image.value()));
     };
     if (tags.apeCover) {
         std::for_each(tags.apeImages.begin(), tags.apeImages.end(), append);

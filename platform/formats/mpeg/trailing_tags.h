@@ -6,6 +6,7 @@
 #include "platform/media/model/tag_mapping.h"
 
 #include <QList>
+#include <QStringList>
 
 #include <optional>
 #include <vector>
@@ -20,6 +21,7 @@ struct TrailingTags {
     QList<NamedTag> ape;
     std::optional<ByteRange> apeCover; ///< "Cover Art (Front)", name in front cut off
     std::vector<ByteRange> apeImages;  ///< "Cover Art (Back)" and the like, likewise
+    QStringList apeHidden; ///< keys of binary items that are no images, links, long texts
     std::optional<ByteRange> id3v2;
     bool hasLyrics3 = false; ///< its texts are not read
 };
