@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/engine/decode/media_decoder.h"
 
+#include "platform/engine/decode/flac_tail.h"
 #include "platform/engine/io/container_codecs.h"
 #include "platform/engine/messages.h"
 #include "platform/foundation/log.h"
 #include "platform/media/model/cv_pixel_buffer.h"
-
-#include <algorithm>
 
 namespace clipheave::platform {
 
@@ -30,26 +29,27 @@ Result<std::unique_ptr<MediaDecoder>> MediaDecoder::open(const AVStream& stream,
 }
 
 void MediaDecoder::countDamage(int code) {
-    if (m_inTag)
-        return;
     ++m_damaged;
     m_complaint = code;
 }
 
-/// FLAC has no place for a tag behind the audio, so libavformat leaves it on the last packet. A tag
-/// is no damage: the frame in front of it is decoded.
-bool MediaDecoder::isTagOfFlac(const AVPacket& packet) const {
-    constexpr qsizetype kId3v1Size = 128;
-    const QByteArrayView bytes(packet.data, packet.size);
-    return m_codec->codec_id == AV_CODEC_ID_FLAC &&
-           (bytes.last(std::min(kId3v1Size, bytes.size())).startsWith("TAG") ||
-            bytes.contains("APETAGEX") || bytes.contains("LYRICSBEGIN"));
+/// A tag behind the audio is no damage of the frame in front of it.
+int MediaDecoder::sendWithoutTag(const AVPacket& packet) {
+    const auto all = static_cast<std::uint64_t>(packet.size);
+    const std::uint64_t size = flacAudioSize({packet.data, all});
+    if (size == all)
+        return avcodec_send_packet(m_codec.get(), &packet);
+    const Packet audio(av_packet_clone(&packet));
+    if (!audio)
+        return AVERROR(ENOMEM);
+    audio->size = static_cast<int>(size);
+    return size == 0 ? 0 : avcodec_send_packet(m_codec.get(), audio.get());
 }
 
 int MediaDecoder::send(const AVPacket* packet) {
     m_drained = packet == nullptr;
-    m_inTag = packet != nullptr && (m_inTag || isTagOfFlac(*packet));
-    const int code = avcodec_send_packet(m_codec.get(), packet);
+    const bool isFlac = packet != nullptr && m_codec->codec_id == AV_CODEC_ID_FLAC;
+    const int code = isFlac ? sendWithoutTag(*packet) : avcodec_send_packet(m_codec.get(), packet);
     if (code == AVERROR(ENOMEM))
         return code;
     if (code < 0 && code != AVERROR_EOF)
@@ -93,7 +93,6 @@ void MediaDecoder::flush() {
     avcodec_flush_buffers(m_codec.get());
     av_packet_unref(m_rest.get());
     m_drained = false;
-    m_inTag = false;
 }
 
 Message nothingDecoded(const MediaDecoder& decoder) {

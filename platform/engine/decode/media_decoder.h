@@ -48,13 +48,12 @@ private:
         : m_amrFrames(stream, timeBase) {}
     [[nodiscard]] int readInto(AVPacket& packet, const PacketReader& read);
     void countDamage(int code);
-    [[nodiscard]] bool isTagOfFlac(const AVPacket& packet) const;
+    [[nodiscard]] int sendWithoutTag(const AVPacket& packet);
 
     AmrFrames m_amrFrames;
     Codec m_codec;
     Packet m_packet{av_packet_alloc()}, m_rest{av_packet_alloc()};
     bool m_drained = false;
-    bool m_inTag = false; ///< a tag behind the audio has begun in a packet
     int m_damaged = 0, m_complaint = 0;
 };
 

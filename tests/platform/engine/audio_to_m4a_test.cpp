@@ -116,6 +116,26 @@ TEST_F(AudioToM4a, CopiedPacketsFollowEachOtherToTheSample) {
     }
 }
 
+TEST_F(AudioToM4a, OnlyAFrameIsDamagedAndNoTagBehindIt) {
+    const QString whole = m_dir.path("a.flac");
+    testkit::ffmpeg("-f lavfi -i anoisesrc=d=2 -ac 1 %", {whole});
+    const QByteArray flac = testkit::TempDir::read(whole);
+    const QByteArray id3 = "TAG" + QByteArray(125, 'x');
+    const QByteArray item =
+        testkit::le(5000, 4) + testkit::le(2, 4) + testkit::raw("Blob\0") + QByteArray(5000, 'y');
+    const QByteArray ape = item + "APETAGEX" + testkit::le(2000, 4) +
+                           testkit::le(static_cast<quint64>(item.size()) + 32, 4) +
+                           testkit::le(1, 4) + QByteArray(12, '\0');
+    const QByteArray tags[] = {{}, id3, ape, ape + "LYRICSBEGINwordsLYRICSEND" + id3};
+    for (const QByteArray& tag : tags) {
+        for (const qsizetype cut : {0, 4000}) {
+            converted(m_dir.write("b.flac", flac.chopped(cut) + tag));
+            EXPECT_EQ(m_notes.contains(Message(kDamagedPackets, {u"1"_s})), cut > 0)
+                << tag.size() << ' ' << cut;
+        }
+    }
+}
+
 TEST_F(AudioToM4a, NamesWhatTheAudioLoses) {
     // The first quarter of each second is twice as loud as full scale.
     const QString loud = m_dir.path("loud.wav");
