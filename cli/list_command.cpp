@@ -55,6 +55,7 @@ int runList(const GlobalOptions& global, const ListOptions& options, Console& co
             listing.add(*item);
     });
     import.setKeepsItems(false);
+    import.setTakesFilesOnce(true);
     import.setStopRequested(&isInterrupted);
     if (options.photos)
         import.importPhotos(options.paths);

@@ -2,14 +2,12 @@
 #include "cli/commands.h"
 #include "cli/json_writer.h"
 #include "media/preferences.h"
-#include "platform/foundation/handles.h"
+#include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
 
 #include <QDir>
 
 #include <array>
-#include <cstdlib>
-#include <memory>
 
 namespace clipheave::cli {
 
@@ -105,9 +103,8 @@ QString absolutePath(const QString& path) {
     if (!components.contains(u".") && !components.contains(u".."))
         return absolute;
     // As the kernel follows it: ".." behind a link is the parent of where the link leads.
-    const std::unique_ptr<char, platform::Releaser<std::free>> real(
-        ::realpath(platform::nativePath(absolute).constData(), nullptr));
-    return real ? platform::pathFromNative(real.get()) : absolute;
+    const QString real = platform::canonicalPath(absolute);
+    return real.isEmpty() ? absolute : real;
 }
 
 QString storageLocation(const GlobalOptions& global) {

@@ -139,6 +139,7 @@ int runRename(const GlobalOptions& global, const RenameOptions& options, Console
         return undoRename(global, console);
     media::MediaImport import;
     import.setStopRequested(&isInterrupted);
+    import.setTakesFilesOnce(true);
     if (options.photos)
         import.importPhotos(options.paths);
     else

@@ -78,7 +78,9 @@ int runVideo(const GlobalOptions& global, const VideoOptions& options, Console& 
             return video::videoOrder(command.worker,
                                      {title, import.localPhotoItemArray(), settings});
         };
-        return runOverItems(global, options.paths, QStringLiteral("made"), order, console);
+        // A clip may come twice in one video.
+        const Repeats repeats = options.job == u"merge" ? Repeats::Kept : Repeats::TakenOnce;
+        return runOverItems(global, options.paths, QStringLiteral("made"), order, console, repeats);
     }
     printError(QStringLiteral("video: unknown job \"%1\"").arg(options.job));
     return kWrongUsage;

@@ -112,9 +112,10 @@ int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>&
 }
 
 int runOverItems(const GlobalOptions& global, const QStringList& paths, const QString& what,
-                 const MakeOrder& makeOrder, Console& console) {
+                 const MakeOrder& makeOrder, Console& console, Repeats repeats) {
     media::MediaImport import;
     import.setStopRequested(&isInterrupted);
+    import.setTakesFilesOnce(repeats == Repeats::TakenOnce);
     import.importMediaItemsThreader(paths);
     const auto& items = import.localPhotoItemArray();
     const std::vector<WriteOutcome> unknown = outcomesOfUnknown(import);

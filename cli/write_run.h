@@ -11,10 +11,13 @@ namespace clipheave::cli {
 /// Returns a command's order for the imported items and the folders of this run.
 using MakeOrder = std::function<jobs::RunOrder(const media::MediaImport& import,
                                                const jobs::RunSettings& settings)>;
+/// Whether a file that is given twice stands once among the items.
+enum class Repeats { TakenOnce, Kept };
 /// Imports the paths, runs the order, waits for its end and reports, as every command over items
 /// does. `what` stands in the progress bar ("saved"). Returns an ExitStatus.
 [[nodiscard]] int runOverItems(const GlobalOptions& global, const QStringList& paths,
-                               const QString& what, const MakeOrder& makeOrder, Console& console);
+                               const QString& what, const MakeOrder& makeOrder, Console& console,
+                               Repeats repeats = Repeats::TakenOnce);
 /// Returns one request per item: the item, its pane as the item fills it, and the folders.
 [[nodiscard]] std::vector<jobs::WriteRequest> requestsFor(const media::MediaImport& import,
                                                           const jobs::RunSettings& settings);

@@ -12,6 +12,8 @@
 #include "platform/foundation/paths.h"
 #include "platform/foundation/temporaries.h"
 
+#include <QSet>
+
 #include <algorithm>
 #include <thread>
 
@@ -125,7 +127,24 @@ struct MediaImport::Pipeline {
         const auto reader = readerFor(path, wanted == Wanted::PhotosAndVideos, inFolder);
         if (!reader && (!inFolder || isVideoOfNoKind(path)))
             noteUnknown(path);
-        ahead.add(path, reader);
+        if (!reader || !isRepeated(path))
+            ahead.add(path, reader);
+    }
+
+    /// Returns whether an earlier path is the file or a folder that it is in.
+    [[nodiscard]] bool isRepeated(const QString& path) const {
+        QString place = earlier.isEmpty() ? QString() : canonicalPath(path);
+        while (place.size() > 1 && !earlier.contains(place))
+            place = deletingLastPathComponent(place);
+        return earlier.contains(place);
+    }
+
+    /// A path of the call has been handled.
+    void finishPath(const QString& path) {
+        if (!import.m_takesFilesOnce)
+            return;
+        if (const QString place = canonicalPath(path); !place.isEmpty())
+            earlier.insert(place);
     }
 
     void noteUnknown(const QString& path) {
@@ -173,6 +192,7 @@ struct MediaImport::Pipeline {
     Wanted wanted;
     ReadAhead ahead;
     std::vector<Identity> ancestors;
+    QSet<QString> earlier; ///< paths of the call, without links
     SharedTexts texts;
 };
 
@@ -191,10 +211,11 @@ void MediaImport::importMediaItemsThreader(const QStringList& paths) {
             pipeline.walk(path);
             m_bImportLocalFolder = true;
             m_bImportLocalPath = deletingLastPathComponent(path);
-            continue;
+        } else {
+            m_bImportLocalFolder = false;
+            pipeline.addFile(path, false);
         }
-        m_bImportLocalFolder = false;
-        pipeline.addFile(path, false);
+        pipeline.finishPath(path);
     }
     pipeline.ahead.finish();
 }
@@ -213,8 +234,9 @@ void MediaImport::importPhotos(const QStringList& paths) {
         bool isDirectory = false;
         if (NSFileManager::defaultManager().fileExistsAtPath(path, isDirectory) && isDirectory)
             pipeline.walk(path);
-        else
+        else if (!pipeline.isRepeated(path))
             pipeline.ahead.add(path, &readBrowserItem);
+        pipeline.finishPath(path);
     }
     pipeline.ahead.finish();
 }

@@ -58,6 +58,10 @@ public:
     /// Sets whether localPhotoItemArray() collects the items (the default) or the step alone gets
     /// them.
     void setKeepsItems(bool keeps) { m_keepsItems = keeps; }
+    /// Sets whether a file that an earlier path of the call names, or holds as a folder, is left
+    /// out without a step. Links count as what they lead to; hard links are files of their own.
+    /// Default: false, the list shows a file as often as it is added.
+    void setTakesFilesOnce(bool once) { m_takesFilesOnce = once; }
     /// Sets a function that is called between files; the import ends early when it returns true (a
     /// signal, the end of the program).
     void setStopRequested(std::function<bool()> stop) { m_stop = std::move(stop); }
@@ -70,6 +74,7 @@ private:
     std::vector<ItemPointer> m_items;
     std::vector<SkippedPath> m_skipped, m_unknown;
     bool m_keepsItems = true;
+    bool m_takesFilesOnce = false;
     bool m_bImportLocalFolder = false;
     QString m_bImportLocalPath;
     int m_readAheadThreads;

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
@@ -100,6 +101,12 @@ bool isDirectoryEntry(int folder, const dirent& entry) {
 NSFileManager& NSFileManager::defaultManager() {
     static NSFileManager manager;
     return manager;
+}
+
+QString canonicalPath(const QString& path) {
+    const std::unique_ptr<char, Releaser<std::free>> real(
+        ::realpath(nativePath(path).constData(), nullptr));
+    return real ? pathFromNative(real.get()) : QString();
 }
 
 bool NSFileManager::fileExistsAtPath(const QString& path) const {

@@ -35,6 +35,10 @@ struct DirectoryEntry {
     bool isDirectory = false; ///< links followed
 };
 
+/// Returns the absolute path without links, "." and "..", as the kernel follows them; empty where
+/// nothing is there.
+[[nodiscard]] QString canonicalPath(const QString& path);
+
 /// File operations; stateless. Dates that are returned and set have milliseconds (a QDateTime holds
 /// no more); copies and moves keep nanoseconds.
 class NSFileManager {

@@ -11,6 +11,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -114,6 +115,26 @@ TEST_F(Commands, TheLongestNamesAndFoldersThatCannotBeWritten) {
     EXPECT_EQ(full.err.count("No space left"), 1) << full.err;
     EXPECT_EQ(readOnly.exitCode, 1);
     EXPECT_TRUE(readOnly.err.contains("Read-only")) << readOnly.err;
+}
+
+TEST_F(Commands, AFileThatIsGivenTwiceStandsOnceInTheList) {
+    const TempDir in;
+    const QString file =
+        in.write("in/a.mp4", TempDir::read(sample("Iceland/dyrholaey-timelapse.mp4")));
+    const QString link = in.path("link.mp4"), hard = in.path("in/hard.mp4");
+    ASSERT_TRUE(QFile::link(file, link));
+    ASSERT_EQ(::link(file.toUtf8().constData(), hard.toUtf8().constData()), 0);
+    const QStringList paths{file, file, in.path("in/../in/a.mp4"), link, in.path("in")};
+    outcomes("save --set title=T", paths);
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(m_out.files(), QStringList({u"a.mp4"_s, u"hard.mp4"_s}));
+    EXPECT_EQ(outcomes("video mute", {in.path("in"), link}).size(), 2);
+    EXPECT_EQ(listed(paths).size(), 2);
+    EXPECT_EQ(listed(paths, "--photos").size(), 2);
+    const auto plan = cli("--json rename --dry-run --text N", paths).out;
+    EXPECT_EQ(plan.count("a.mp4"), 1) << plan;
+    const auto merged = outcomes("video merge", {file, file});
+    EXPECT_EQ(merged.first()["status"_L1].toString(), u"completed");
 }
 
 TEST_F(Commands, OutputsHaveThePermissionsAndTheExactDatesOfTheirSources) {
