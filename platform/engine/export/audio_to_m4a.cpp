@@ -4,6 +4,7 @@
 #include "platform/engine/decode/media_decoder.h"
 #include "platform/engine/encode/audio_encoder.h"
 #include "platform/engine/export/audio_copy.h"
+#include "platform/engine/io/caf_padding.h"
 #include "platform/engine/io/chapters.h"
 #include "platform/engine/io/container_codecs.h"
 #include "platform/engine/io/file_input.h"
@@ -73,6 +74,35 @@ Notes noteOnOthers(const AVFormatContext& input, int chosen) {
     return {Message(kStreamsLeftOut, {others.join(QStringLiteral(", "))})};
 }
 
+/// Cuts what is not heard off decoded frames.
+class HeardSamples {
+public:
+    HeardSamples(const AudioPadding& padding, AVRational timeBase)
+        : m_padding(padding), m_base(timeBase) {}
+
+    /// Leaves what is heard of the next frame, which may be nothing.
+    void cut(AVFrame& frame) {
+        const AVRational samples{1, frame.sample_rate};
+        const std::int64_t first = av_rescale_q(m_padding.priming, m_base, samples);
+        const std::int64_t end =
+            m_padding.heard ? first + av_rescale_q(*m_padding.heard, m_base, samples) : INT64_MAX;
+        const std::int64_t count = frame.nb_samples;
+        const std::int64_t skipped = std::clamp<std::int64_t>(first - m_seen, 0, count);
+        const std::int64_t kept = std::clamp<std::int64_t>(end - m_seen, skipped, count) - skipped;
+        m_seen += count;
+        if (skipped > 0 && kept > 0)
+            av_samples_copy(frame.extended_data, frame.extended_data, 0, static_cast<int>(skipped),
+                            static_cast<int>(kept), frame.ch_layout.nb_channels,
+                            static_cast<AVSampleFormat>(frame.format));
+        frame.nb_samples = static_cast<int>(kept);
+    }
+
+private:
+    AudioPadding m_padding;
+    AVRational m_base;       ///< of the padding
+    std::int64_t m_seen = 0; ///< samples of all frames before
+};
+
 /// Decodes one stream and encodes it for M4A. Deliberate: it resamples by itself, not through the
 /// filters of an export, whose edit lists, tempo and mixing it does not want: channels stay as they
 /// are.
@@ -80,11 +110,14 @@ class AudioConverter {
 public:
     using Progress = std::function<bool(double)>;
 
-    AudioConverter(AVFormatContext& input, const AVStream& stream, FileOutput& output, QString path)
-        : m_input(input), m_stream(stream), m_output(output), m_path(std::move(path)) {}
+    AudioConverter(AVFormatContext& input, const AVStream& stream, const AudioPadding& padding,
+                   FileOutput& output, QString path)
+        : m_input(input), m_stream(stream), m_heard(padding, stream.time_base), m_output(output),
+          m_path(std::move(path)) {}
     [[nodiscard]] Result<void> open();
     [[nodiscard]] Result<void> convert(const Progress& progress);
     [[nodiscard]] Notes notes() const;
+    [[nodiscard]] int sampleRate() const { return m_encoder->format().sampleRate; }
 
 private:
     [[nodiscard]] Result<void> openDecoder();
@@ -100,6 +133,7 @@ private:
 
     AVFormatContext& m_input;
     const AVStream& m_stream;
+    HeardSamples m_heard;
     FileOutput& m_output;
     QString m_path;
     std::unique_ptr<MediaDecoder> m_decoder;
@@ -222,8 +256,11 @@ int AudioConverter::decodeAll(const Progress& progress) {
     const auto read = [&](AVPacket& packet) { return readPacket(packet, progress); };
     int code = frame ? 0 : AVERROR(ENOMEM);
     while (code >= 0 && (code = m_decoder->next(*frame, read)) >= 0) {
-        countClipped(*frame);
-        code = resample(*frame);
+        m_heard.cut(*frame);
+        if (frame->nb_samples > 0) {
+            countClipped(*frame);
+            code = resample(*frame);
+        }
         av_frame_unref(frame.get());
     }
     return code == AVERROR_EOF ? finish() : code;
@@ -269,16 +306,19 @@ Notes AudioConverter::notes() const {
     return notes;
 }
 
-Result<Notes> convertAudio(FileInput& input, const AVStream& stream, const QString& source,
-                           const QString& target, const std::function<bool(double)>& progress) {
+Result<Notes> convertAudio(FileInput& input, const AVStream& stream, const AudioPadding& padding,
+                           const QString& source, const QString& target,
+                           const std::function<bool(double)>& progress) {
     auto output = FileOutput::create("mp4", target);
     if (!output)
         return tl::unexpected(output.error());
-    AudioConverter converter(*input.context(), stream, **output, source);
+    AudioConverter converter(*input.context(), stream, padding, **output, source);
     if (auto opened = converter.open(); !opened)
         return tl::unexpected(opened.error());
     const Notes notes = copyChapters(*input.context(), *(*output)->context());
     Dictionary options;
+    // The edit list counts in units of the movie header: to the sample.
+    options.set("movie_timescale", QByteArray::number(converter.sampleRate()).constData());
     if (auto begun = (*output)->writeHeader(options); !begun)
         return tl::unexpected(begun.error());
     if (auto converted = converter.convert(progress); !converted)
@@ -311,8 +351,9 @@ Result<Notes> convertToM4a(const QString& source, const QString& target,
     AVStream& stream = *context.streams[best];
     const AVCodecParameters& codec = *stream.codecpar;
     const bool copies = isHeldByM4a(codec.codec_id) && codec.sample_rate > 0;
-    auto notes = copies ? copyAudio(**input, stream, cafPadding(*reader), target, progress)
-                        : convertAudio(**input, stream, source, target, progress);
+    const AudioPadding padding = cafPadding(*reader);
+    auto notes = copies ? copyAudio(**input, stream, padding, target, progress)
+                        : convertAudio(**input, stream, padding, source, target, progress);
     if (notes)
         *notes += noteOnOthers(context, best);
     return notes;

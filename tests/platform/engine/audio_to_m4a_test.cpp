@@ -98,6 +98,31 @@ TEST_F(AudioToM4a, PaddingOfAPacketTableIsNotHeard) {
     }
 }
 
+TEST_F(AudioToM4a, PaddingOfDecodedAudioIsNotHeard) {
+    // Silence until half a second, in a codec that M4A does not hold.
+    const QString source = m_dir.path("a.caf");
+    testkit::ffmpeg("-f lavfi -i aevalsrc=if(lt(t\\,0.5)\\,0\\,0.5*sin(2000*t)):d=3:s=44100 "
+                    "-c:a libmp3lame %",
+                    {source});
+    QByteArray caf = testkit::TempDir::read(source);
+    const auto onset = [](const QByteArray& audio) {
+        qsizetype at = 0;
+        const auto* values = static_cast<const qint16*>(static_cast<const void*>(audio.data()));
+        while (at < audio.size() / 2 && std::abs(values[at]) < 1000)
+            ++at;
+        return at;
+    };
+    // All is heard as long as the table names no padding, to the sample.
+    const qint64 all = decoded(source).size() / 2, priming = 5000, heard = all - priming - 333;
+    EXPECT_EQ(durationOf(converted(source)), QByteArray::number(all));
+    const qsizetype before = onset(decoded(m_dir.path("out.m4a")));
+    const qsizetype table = caf.indexOf("pakt") + 12;
+    caf.replace(table + 8, 16, be(quint64(heard), 8) + be(quint64(priming), 4) + be(333, 4));
+    const QString target = converted(m_dir.write("b.caf", caf));
+    EXPECT_EQ(durationOf(target), QByteArray::number(heard));
+    EXPECT_NEAR(double(onset(decoded(target))), double(before - priming), 300); // pre-echo
+}
+
 TEST_F(AudioToM4a, CopiedPacketsFollowEachOtherToTheSample) {
     const struct {
         const char *name, *codec;
