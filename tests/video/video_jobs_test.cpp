@@ -151,6 +151,33 @@ TEST_F(Jobs, SpeedUpCutsAndSlowDownStretches) {
     EXPECT_EQ(video::speedUpFactor(u"3X"_s), 1);
 }
 
+TEST_F(Jobs, ACompressedMovieHeaderMakesNoDifference) {
+    // The header stands last, so that no offset moves.
+    const QByteArray plain = testkit::TempDir::read(videoFile("upright.mov"));
+    const qsizetype header = plain.lastIndexOf("moov") - 4;
+    const QByteArray packed = testkit::box(
+        "moov", testkit::box("cmov", testkit::box("dcom", "zlib") +
+                                         testkit::box("cmvd", qCompress(plain.mid(header)))));
+    const QString source = m_dir.write("cmov.mov", plain.first(header) + packed);
+    const std::pair<Worker, QString> jobs[] = {
+        {kRotate, QLatin1String(video::kRotations[0].title)},
+        {kSpeedUp, u"2X"_s},
+        {kSlowDown, u"0.5X"_s},
+        {kConvert, QLatin1String(video::kConversions[0].title)},
+        {kRemoveAudio, {}},
+        {kExtractAudio, {}},
+        {kConvertToGif, {}}};
+    for (const auto& [worker, title] : jobs) {
+        const auto outcomes = run(worker, title, {videoFile("upright.mov"), source});
+        ASSERT_EQ(outcomes.back().status, WriteStatus::Completed) << outcomes.back().text();
+        const QString output = outcomes.back().outputs.value(0);
+        const QString other = outcomes.front().outputs.value(0);
+        EXPECT_FALSE(streams(output).isEmpty());
+        EXPECT_EQ(streams(output), streams(other));
+        EXPECT_EQ(tag(output, u"title"), tag(other, u"title"));
+    }
+}
+
 TEST_F(Jobs, ChaptersComeAlongAsFarAsTheVideoGoes) {
     const QString list = m_dir.write(
         "chapters.txt",
