@@ -28,6 +28,8 @@ struct ReadIdentifier {
     bool standsIn = false;
 };
 
+using ReadIdentifiers = std::array<ReadIdentifier, 5>;
+
 /// How a metadata item's value reaches the record.
 enum class ReadAs : std::uint8_t { Text, Keywords, Track, Date };
 
@@ -83,7 +85,7 @@ struct Field {
     ReadAs readAs = ReadAs::Text;
     /// With all of its identifiers; kFieldIdentifiers says of which else.
     bool replacesOlder = false;
-    std::array<ReadIdentifier, 5> read{};
+    ReadIdentifiers read{};
     /// Files hold it under these too.
     OtherIdentifiers alsoUnder{};
     const char16_t* infoKey = nullptr; ///< of the info dictionary of a WAV, FLAC or AU file

@@ -7,6 +7,8 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 namespace clipheave::media {
 
 namespace {
@@ -35,9 +37,28 @@ QString rebuiltDateText(const QString& text, SecondsCut cut) {
         .arg(parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]);
 }
 
+/// How many numbers of a position the record has: as many as its text has signs.
+int positionSigns(const IKImageItem& item) {
+    return static_cast<int>(!item.latitudeFormat.isEmpty()) +
+           static_cast<int>(!item.longtitudeFormat.isEmpty()) +
+           static_cast<int>(!item.AtitudeFormat.isEmpty());
+}
+
+void forgetPosition(IKImageItem& item) {
+    item.latitudeFormat.clear();
+    item.longtitudeFormat.clear();
+    item.AtitudeFormat.clear();
+    item.filelatitude = item.filelongtitude = item.fileAtitude = 0;
+}
+
 } // namespace
 
 void applyLocationText(IKImageItem& item, QStringView location) {
+    const auto given =
+        std::min<qsizetype>(3, std::count_if(location.begin(), location.end(), isSign));
+    if (given == 0 || given < positionSigns(item))
+        return;
+    forgetPosition(item);
     QStringList numbers;
     qsizetype start = 0;
     int signs = 0;

@@ -9,7 +9,9 @@ namespace clipheave::media {
 
 /// Reads an ISO 6709 text ("+37.3349-122.0090+010.000/") into the position fields. Deliberate: the
 /// longitude is stored only when a third sign follows, so a text without an altitude gives a
-/// latitude and the longitude 0. An empty text changes nothing.
+/// latitude and the longitude 0. A text with fewer numbers than the record has changes nothing, any
+/// other takes the place of the whole position: numbers of two texts make a place that neither
+/// states.
 void applyLocationText(IKImageItem& item, QStringView location);
 /// Returns whether the longitude of the item is known: such a text sets its sign and no number.
 [[nodiscard]] bool hasLongitude(const IKImageItem& item);

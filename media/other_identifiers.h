@@ -18,11 +18,17 @@ inline constexpr OtherIdentifiers kOtherArtists{"uiso/perf", "udta/%A9ART", "uis
                                                 "mdta/com.apple.quicktime.artist", "mdta/artist"};
 inline constexpr OtherIdentifiers kOtherDates{"common/creationDate", "caaf/info-recorded%20date",
                                               "udta/date", "udta/%A9day", "uiso/%A9day"};
-inline constexpr OtherIdentifiers kOtherCopyrights{"uiso/cprt", "udta/%A9cpy", "uiso/%A9cpy"};
-inline constexpr OtherIdentifiers kOtherDescriptions{"itsk/desc", "udta/%A9des", "uiso/%A9des"};
+inline constexpr OtherIdentifiers kOtherCopyrights{"uiso/cprt", "udta/%A9cpy", "uiso/%A9cpy",
+                                                   "mdta/copyright"};
+inline constexpr OtherIdentifiers kOtherDescriptions{"itsk/desc", "udta/%A9des", "uiso/%A9des",
+                                                     "mdta/description"};
 inline constexpr OtherIdentifiers kOtherMakes{"common/make", "udta/%A9mak", "uiso/%A9mak",
-                                              "uiso/manu"};
+                                              "uiso/manu", "mdta/make"};
 inline constexpr OtherIdentifiers kOtherModels{"common/model", "udta/%A9mod", "uiso/%A9mod",
-                                               "uiso/modl"};
+                                               "uiso/modl", "mdta/model"};
+inline constexpr OtherIdentifiers kOtherDirectors{"udta/%A9dir", "uiso/%A9dir", "mdta/director"};
+inline constexpr OtherIdentifiers kOtherPerformers{"udta/%A9prf", "uiso/%A9prf", "mdta/performer"};
+inline constexpr OtherIdentifiers kOtherProducers{"udta/%A9prd", "uiso/%A9prd", "mdta/producer"};
+inline constexpr OtherIdentifiers kOtherPublishers{"udta/%A9pub", "uiso/%A9pub", "mdta/publisher"};
 
 } // namespace clipheave::media

@@ -38,6 +38,18 @@ TEST(LocationText, NeedsThreeSignsForALongitude) {
     EXPECT_EQ(positionOf("nowhere"), (Position{{}, 0, 0, 0}));
 }
 
+TEST(LocationText, IsTakenWholeOrNotAtAll) {
+    IKImageItem item;
+    applyLocationText(item, u"+48.8583+002.2945/");
+    applyLocationText(item, u"+63.4-019.1+012.3/");
+    applyLocationText(item, u"-10.5+010.5/"); // gives no longitude
+    EXPECT_EQ(item.latitudeFormat + item.longtitudeFormat, u"+-");
+    EXPECT_EQ(item.filelatitude, 63.4);
+    applyLocationText(item, u"-1.5+2.5+/");
+    EXPECT_EQ(item.latitudeFormat + item.longtitudeFormat, u"-+");
+    EXPECT_EQ(item.fileAtitude, 0);
+}
+
 TEST(LocationText, WithoutALongitudeLeavesItsFieldEmpty) {
     IKImageItem item;
     item.fileType = u"Movie"_s;

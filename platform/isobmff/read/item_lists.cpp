@@ -22,9 +22,16 @@ constexpr std::array kNumberEntries{fourCc("cpil"), fourCc("tmpo"), fourCc("pgap
                                     fourCc("pcst"), fourCc("hdvd"), fourCc("stik"),
                                     fourCc("rtng"), fourCc("tvsn"), fourCc("tves")};
 
+/// A list and, for QuickTime metadata, the keys that it refers to: the last before it, else the
+/// first of all.
+struct MetaList {
+    Box list;
+    std::optional<Box> keys;
+};
+
 struct MetaParts {
     MetaSigns signs;
-    std::optional<Box> keys, list;
+    std::vector<MetaList> lists;
 };
 
 MetaParts findMetaParts(ItemSink& sink, const Box& meta) {
@@ -33,14 +40,18 @@ MetaParts findMetaParts(ItemSink& sink, const Box& meta) {
     const std::uint64_t skipped = metaChildrenOffset(head);
     FileBoxWalker walker(sink.reader, meta.payloadOffset() + skipped, meta.end());
     MetaParts parts;
+    std::optional<Box> keys;
     while (const auto box = walker.next()) {
         parts.signs.see(box->type);
         if (box->type == fourCc("hdlr"))
             parts.signs.handler = sink.reader.view(box->payloadOffset(), 12).be32(8).value_or(0);
-        else if (box->type == fourCc("keys") && !parts.keys)
-            parts.keys = box;
-        else if (box->type == fourCc("ilst") && !parts.list)
-            parts.list = box;
+        else if (box->type == fourCc("ilst"))
+            parts.lists.push_back({*box, keys});
+        else if (box->type == fourCc("keys"))
+            keys = box;
+        for (MetaList& list : parts.lists)
+            if (!list.keys)
+                list.keys = keys;
     }
     if (!walker.problem().isEmpty())
         sink.noteProblem(walker.problem());
@@ -180,14 +191,16 @@ void readKeyedList(ItemSink& sink, const Box& list, const KeyTable& keys) {
 void readMetaItems(ItemSink& sink, const Box& meta) {
     const MetaParts parts = findMetaParts(sink, meta);
     const MetaKind kind = metaKind(parts.signs);
-    if (!parts.list || kind == MetaKind::Foreign)
+    if (kind == MetaKind::Foreign)
         return;
-    if (kind == MetaKind::ITunesList)
-        readITunesList(sink, *parts.list);
-    else if (parts.keys)
-        readKeyedList(sink, *parts.list, KeyTable(sink.reader, *parts.keys));
-    else
-        sink.noteProblem(kMetadataKeysMissing);
+    for (const MetaList& part : parts.lists) {
+        if (kind == MetaKind::ITunesList)
+            readITunesList(sink, part.list);
+        else if (part.keys)
+            readKeyedList(sink, part.list, KeyTable(sink.reader, *part.keys));
+        else
+            sink.noteProblem(kMetadataKeysMissing);
+    }
 }
 
 } // namespace clipheave::platform

@@ -62,6 +62,27 @@ QByteArray fixedPoint(double value) {
     return bigEndian(static_cast<qint32>(scaled));
 }
 
+QByteArray coordinates(const GeoPosition& position) {
+    return fixedPoint(position.longitude) + fixedPoint(position.latitude) +
+           fixedPoint(position.altitude);
+}
+
+/// Returns where the numbers of a whole `loci` box stand: behind its name, in one or two bytes a
+/// letter, and its role. Nothing when it is too short.
+std::optional<qsizetype> coordinatesOffset(const QByteArray& place) {
+    constexpr std::uint64_t kName = 14; // behind header, version, flags and language
+    constexpr std::uint64_t kCoordinates = 12;
+    const ByteView bytes(place);
+    const std::uint64_t unit = bytes.be16(kName) == 0xFEFF || bytes.be16(kName) == 0xFFFE ? 2 : 1;
+    std::uint64_t at = kName;
+    while (bytes.has(at, unit) && (unit == 2 ? *bytes.be16(at) != 0 : *bytes.u8(at) != 0))
+        at += unit;
+    at += unit + 1;
+    if (!bytes.has(at, kCoordinates))
+        return std::nullopt;
+    return static_cast<qsizetype>(at);
+}
+
 QByteArray renderLocation(const AVMetadataItem& item, Notes& notes) {
     const auto position = parsePosition(item.stringValue());
     if (!position) {
@@ -72,8 +93,7 @@ QByteArray renderLocation(const AVMetadataItem& item, Notes& notes) {
     QByteArray payload = versionFlagsLanguage(item.extendedLanguageTag);
     payload += kNoName;
     payload += kShootingLocation;
-    payload += fixedPoint(position->longitude) + fixedPoint(position->latitude) +
-               fixedPoint(position->altitude);
+    payload += coordinates(*position);
     payload += QByteArray("earth", 6); // with its NUL
     payload += kNoRemarks;
     return renderBox(fourCc("loci"), payload);
@@ -109,6 +129,15 @@ QByteArray renderKeywordList(const AVMetadataItem& item) {
 }
 
 } // namespace
+
+QByteArray movedPlaces(const std::vector<QByteArray>& places, const AVMetadataItem& item) {
+    const auto position = parsePosition(item.stringValue());
+    QByteArray moved;
+    for (const QByteArray& place : places)
+        if (const auto at = coordinatesOffset(place); position && at)
+            moved += QByteArray(place).replace(*at, 12, coordinates(*position));
+    return moved;
+}
 
 QByteArray renderUserData(std::uint32_t code, const AVMetadataItem& item, Notes& notes) {
     const QString text = item.stringValue();

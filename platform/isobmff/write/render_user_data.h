@@ -7,6 +7,7 @@
 #include <QByteArray>
 
 #include <cstdint>
+#include <vector>
 
 // Source: QuickTime user data text; 3GPP TS 26.244 section 8.
 namespace clipheave::platform {
@@ -15,5 +16,11 @@ namespace clipheave::platform {
 /// the rest as 3GPP text; bytes of unknown codes as they are.
 [[nodiscard]] QByteArray renderUserData(std::uint32_t code, const AVMetadataItem& item,
                                         Notes& notes);
+
+/// Returns the `loci` boxes of a file, one for each language, with the position of `item` in place
+/// of their own: names, roles, bodies and notes stay. Empty when the item holds no position or none
+/// of the boxes can take it.
+[[nodiscard]] QByteArray movedPlaces(const std::vector<QByteArray>& places,
+                                     const AVMetadataItem& item);
 
 } // namespace clipheave::platform

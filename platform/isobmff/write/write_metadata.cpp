@@ -50,8 +50,9 @@ bool isForeignImage(const AVMetadataItem& item) {
 /// Builds the three lists of boxes and decides which of several items gets a place.
 class ListRenderer {
 public:
-    explicit ListRenderer(const PassthroughRequest& request)
-        : m_items(*request.metadata), m_container(request.container), m_fields(request.fields) {}
+    ListRenderer(const PassthroughRequest& request, const SourceUserData& source)
+        : m_items(*request.metadata), m_places(source.places), m_container(request.container),
+          m_fields(request.fields) {}
 
     /// First pass: what the new items claim. Nothing that was carried over may shadow it.
     void renderNewItems();
@@ -69,6 +70,7 @@ private:
         QByteArray box;
     };
     [[nodiscard]] QByteArray render(const ItemTarget& target, const AVMetadataItem& item);
+    [[nodiscard]] QByteArray renderUserDataItem(std::uint32_t code, const AVMetadataItem& item);
     [[nodiscard]] int fieldOf(const QString& identifier) const;
     [[nodiscard]] bool isShadowing(const AVMetadataItem& carried, const ItemTarget& target) const;
     [[nodiscard]] bool claims(const AVMetadataItem& item, const ItemTarget& target);
@@ -81,6 +83,7 @@ private:
     [[nodiscard]] QByteArray listMeta(const SourceUserData& source, bool strip) const;
 
     const QList<AVMetadataItem>& m_items;
+    const std::vector<QByteArray>& m_places;
     OutputContainer m_container;
     FieldIdentifiers m_fields;
     bool m_namesLocation = false;
@@ -112,12 +115,19 @@ QByteArray claimName(const ItemTarget& target, const AVMetadataItem& item) {
     return name;
 }
 
+QByteArray ListRenderer::renderUserDataItem(std::uint32_t code, const AVMetadataItem& item) {
+    if (code == fourCc("loci"))
+        if (const QByteArray moved = movedPlaces(m_places, item); !moved.isEmpty())
+            return moved;
+    return renderUserData(code, item, m_notes);
+}
+
 QByteArray ListRenderer::render(const ItemTarget& target, const AVMetadataItem& item) {
     switch (target.place) {
     case Place::List:
         return renderListEntry(target.key, item, m_notes);
     case Place::UserData:
-        return renderUserData(qFromBigEndian<quint32>(target.key.constData()), item, m_notes);
+        return renderUserDataItem(qFromBigEndian<quint32>(target.key.constData()), item);
     case Place::Keys:
         return renderKeyData(item, m_notes);
     case Place::Nowhere:
@@ -419,7 +429,7 @@ Result<RenderedList> renderMetadataList(const PassthroughRequest& request,
     // What gave no items cannot be in the list, so a save would lose it.
     if (!strips && !source.problem.isEmpty())
         return failure(ErrorCode::InvalidData, kRebuildMovieHeader, request.source, source.problem);
-    ListRenderer renderer(request);
+    ListRenderer renderer(request, source);
     renderer.renderNewItems();
     const auto emitted = renderer.emitItems();
     if (!emitted)

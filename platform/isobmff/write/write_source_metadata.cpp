@@ -55,13 +55,32 @@ struct KeyedEntries {
     }
 };
 
+bool hasValue(ByteView entry) {
+    BoxWalker walker(entry);
+    while (const auto box = walker.next())
+        if (box->type == fourCc("data") && !box->cut)
+            return true;
+    return false;
+}
+
+/// Why the reader makes no item of an entry; null when it makes one, and of padding, where there
+/// is nothing to lose.
+Message entryProblem(const BoxWalker& entries, const Box& entry) {
+    if (entry.cut)
+        return {kBoxBeyondEnd, {fourCcText(entry.type), QString::number(entry.offset)}};
+    if (entry.type == fourCc("free") || hasValue(entries.payload(entry)))
+        return {};
+    BoxWalker walker(entries.payload(entry));
+    while (walker.next()) {
+    }
+    return walker.problem();
+}
+
 /// Calls `take` for each entry of an `ilst`; `found` gets what hides some of them.
 template <class Take> void walkList(ByteView list, SourceUserData& found, const Take& take) {
     BoxWalker entries(list);
     while (const auto entry = entries.next()) {
-        if (entry->cut)
-            noteProblem(found, Message(kBoxBeyondEnd,
-                                       {fourCcText(entry->type), QString::number(entry->offset)}));
+        noteProblem(found, entryProblem(entries, *entry));
         if (++found.entries > kMaxItems)
             noteProblem(found, kTooManyMetadataItems);
         take(entries, *entry);
@@ -70,9 +89,7 @@ template <class Take> void walkList(ByteView list, SourceUserData& found, const 
         noteProblem(found, entries.problem());
 }
 
-void readKeyedList(ByteView children, SourceUserData& found) {
-    const ByteView keys = findPayload(children, {fourCc("keys")});
-    const ByteView list = findPayload(children, {fourCc("ilst")});
+void readKeyedList(ByteView keys, ByteView list, SourceUserData& found) {
     if (keys.empty() && !list.empty())
         return noteProblem(found, kMetadataKeysMissing);
     KeyedEntries entries{keyNames(keys), found};
@@ -80,13 +97,26 @@ void readKeyedList(ByteView children, SourceUserData& found) {
              [&](const BoxWalker& walker, const Box& entry) { entries.take(walker, entry); });
 }
 
-void readITunesList(ByteView children, SourceUserData& found) {
-    const ByteView list = findPayload(children, {fourCc("ilst")});
+void readITunesList(ByteView list, SourceUserData& found) {
     walkList(list, found, [&](const BoxWalker& walker, const Box& entry) {
         const QByteArray whole = walker.whole(entry).toByteArray();
         if (!entry.cut && saysWhere(identifierBytes("itsk/", QByteArrayView(whole).sliced(4, 4))))
             found.locationEntries.push_back(renderCarriedBox(whole));
     });
+}
+
+/// Every list of a `meta`, as the reader does.
+void readLists(ByteView children, MetaKind kind, SourceUserData& found) {
+    ByteView keys = findPayload(children, {fourCc("keys")});
+    BoxWalker walker(children);
+    while (const auto box = walker.next()) {
+        if (box->type == fourCc("keys"))
+            keys = walker.payload(*box);
+        else if (box->type == fourCc("ilst") && kind == MetaKind::KeyedList)
+            readKeyedList(keys, walker.payload(*box), found);
+        else if (box->type == fourCc("ilst"))
+            readITunesList(walker.payload(*box), found);
+    }
 }
 
 /// What stands beside the list: tables that its values refer to, and what nobody here reads.
@@ -119,11 +149,12 @@ void readMeta(const BoxWalker& walker, const Box& meta, std::vector<QByteArray>&
         foreign.push_back(renderCarriedBox(walker.whole(meta).toByteArray()));
         return;
     }
-    if (kind == MetaKind::KeyedList)
-        readKeyedList(children, found);
-    else
-        readITunesList(children, found);
+    readLists(children, kind, found);
     readBesideList(children, kind, found);
+}
+
+bool isUserDataPadding(std::uint32_t type) {
+    return type == fourCc("free") || type == fourCc("skip") || type == fourCc("wide");
 }
 
 void readUserData(ByteView udta, SourceUserData& found) {
@@ -134,11 +165,16 @@ void readUserData(ByteView udta, SourceUserData& found) {
             continue;
         }
         const bool structural = isStructuralUserData(child->type);
+        if (child->cut && !structural && !isUserDataPadding(child->type))
+            noteProblem(found, Message(kBoxBeyondEnd,
+                                       {fourCcText(child->type), QString::number(child->offset)}));
         const QByteArray code = children.whole(*child).sub(4, 4).toByteArray();
         if (!structural && !saysWhere(identifierBytes("uiso/", code)))
             continue;
         auto& list = structural ? found.structural : found.location;
         list.push_back(renderCarriedBox(children.whole(*child).toByteArray()));
+        if (child->type == fourCc("loci"))
+            found.places.push_back(list.back());
     }
 }
 

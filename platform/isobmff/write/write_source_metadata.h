@@ -20,6 +20,7 @@ struct SourceUserData {
     };
     std::vector<QByteArray> structural;      ///< children of `udta` that always stay
     std::vector<QByteArray> location;        ///< children of `udta` that say where
+    std::vector<QByteArray> places;          ///< `loci` among them, one for each language
     std::vector<QByteArray> locationEntries; ///< the same of the iTunes list
     std::vector<KeyEntry> locationKeys;      ///< the same of QuickTime metadata
     std::vector<QByteArray> localeTables;    ///< `ctry` and `lang`, which values refer to
