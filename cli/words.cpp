@@ -335,6 +335,18 @@ const Sentence kServiceWords[] = {
     {"read-system-version", "Read the version of the system"},
 };
 
+// platform/plist
+const Sentence kPlistWords[] = {
+    {"read-property-list", "Read the property list"},
+    {"write-property-list", "Write the property list"},
+    {"no-property-list", "This is not a property list"},
+    {"property-list-too-large", "The property list is too large"},
+    {"property-list-too-deep", "The property list is nested over %1 levels deep"},
+    {"property-list-holds-itself", "The property list holds itself"},
+    {"property-list-declares", "The property list declares entities of its own"},
+    {"no-property-list-value", "A property list cannot hold this value (%1)"},
+};
+
 // media
 const Sentence kItemWords[] = {
     {"folder-leads-back", "The folder leads back to itself"},
@@ -428,8 +440,9 @@ const QHash<QByteArrayView, const char*>& sentences() {
     static const QHash<QByteArrayView, const char*> words = [] {
         QHash<QByteArrayView, const char*> all;
         const std::span<const Sentence> sections[] = {
-            kFoundationWords, kMediaWords, kImageWords, kIsobmffWords,  kFormatsWords, kEngineWords,
-            kServiceWords,    kItemWords,  kJobWords,   kMetadataWords, kVideoWords,   kBatchWords};
+            kFoundationWords, kMediaWords,   kImageWords, kIsobmffWords, kFormatsWords,
+            kEngineWords,     kServiceWords, kPlistWords, kItemWords,    kJobWords,
+            kMetadataWords,   kVideoWords,   kBatchWords};
         for (const auto& section : sections)
             for (const Sentence& sentence : section)
                 if (sentence.id)

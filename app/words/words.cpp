@@ -393,6 +393,21 @@ const Sentence kServiceWords[] = {
     {"read-system-version", QT_TRANSLATE_NOOP("Words", "Read the version of the system")},
 };
 
+// platform/plist
+const Sentence kPlistWords[] = {
+    {"read-property-list", QT_TRANSLATE_NOOP("Words", "Read the property list")},
+    {"write-property-list", QT_TRANSLATE_NOOP("Words", "Write the property list")},
+    {"no-property-list", QT_TRANSLATE_NOOP("Words", "This is not a property list")},
+    {"property-list-too-large", QT_TRANSLATE_NOOP("Words", "The property list is too large")},
+    {"property-list-too-deep",
+     QT_TRANSLATE_NOOP("Words", "The property list is nested over %1 levels deep")},
+    {"property-list-holds-itself", QT_TRANSLATE_NOOP("Words", "The property list holds itself")},
+    {"property-list-declares",
+     QT_TRANSLATE_NOOP("Words", "The property list declares entities of its own")},
+    {"no-property-list-value",
+     QT_TRANSLATE_NOOP("Words", "A property list cannot hold this value (%1)")},
+};
+
 // media
 const Sentence kItemWords[] = {
     {"folder-leads-back", QT_TRANSLATE_NOOP("Words", "The folder leads back to itself")},
@@ -512,8 +527,9 @@ const QHash<QByteArrayView, const char*>& sentences() {
     static const QHash<QByteArrayView, const char*> words = [] {
         QHash<QByteArrayView, const char*> all;
         const std::span<const Sentence> sections[] = {
-            kFoundationWords, kMediaWords, kImageWords, kIsobmffWords,  kFormatsWords, kEngineWords,
-            kServiceWords,    kItemWords,  kJobWords,   kMetadataWords, kVideoWords,   kBatchWords};
+            kFoundationWords, kMediaWords,   kImageWords, kIsobmffWords, kFormatsWords,
+            kEngineWords,     kServiceWords, kPlistWords, kItemWords,    kJobWords,
+            kMetadataWords,   kVideoWords,   kBatchWords};
         for (const auto& section : sections)
             for (const Sentence& sentence : section)
                 if (sentence.id)
