@@ -7,13 +7,18 @@
 #include "platform/foundation/file_reader.h"
 #include "platform/foundation/messages.h"
 #include "platform/foundation/paths.h"
+#include "platform/foundation/process_space.h"
 
 #include "tests/testkit/tiny_disk.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 
 #include <csignal>
+#include <cstdio>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -248,6 +253,50 @@ TEST(AtomicFile, WhatAKilledProcessLeavesIsRemovedLater) {
                 testing::UnorderedElementsAre(u"t"_s, foreign, elsewhere,
                                               lastPathComponent(own->temporaryPath())));
     EXPECT_EQ(testkit::TempDir::read(target), "old");
+}
+
+/// Returns a name that a run of this program makes, started by `wrapper`; empty where that fails.
+QString nameMadeUnder(const QStringList& wrapper) {
+    const QStringList self{QCoreApplication::applicationFilePath(),
+                           u"--gtest_filter=*BelongToTheirSpaceAlone"_s};
+    const auto made = testkit::run(u"env"_s, QStringList{u"PRINT_NAME=1"_s} + wrapper + self);
+    return QRegularExpression(u"[0-9a-f]{12}-\\d+-[0-9a-f]{16}"_s)
+        .match(QString::fromLatin1(made.out))
+        .captured();
+}
+
+TEST(AtomicFile, TemporariesBelongToTheirSpaceAlone) {
+    if (qEnvironmentVariableIsSet("PRINT_NAME")) {
+        std::puts(newNameOfThisProcess().toLatin1().constData());
+        return;
+    }
+    const QStringList alone = testkit::words("unshare --user --map-root-user");
+    const QString sameSpace = nameMadeUnder({});
+    const QString otherPids = nameMadeUnder(alone + testkit::words("--pid --fork"));
+    const QString otherHost = nameMadeUnder(
+        alone + testkit::words("--uts sh -c %", {u"hostname elsewhere; \"$0\" \"$1\""_s}));
+    ASSERT_FALSE(sameSpace.isEmpty());
+    if (otherPids.isEmpty() || otherHost.isEmpty())
+        GTEST_SKIP() << "needs the right to make namespaces";
+    EXPECT_EQ(otherPids.section(u'-', 1, 1), u"1") << "that number stands for another process here";
+    const testkit::TempDir dir;
+    QStringList elsewhere;
+    for (const QString& name : {sameSpace, otherPids, otherHost}) {
+        const QString file = dir.write(u".clipheave-%1.tmp"_s.arg(name), "x");
+        const timespec old[2] = {{1'000, 0}, {1'000, 0}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, nativePath(file).constData(), old, 0), 0);
+        if (name != sameSpace)
+            elsewhere << lastPathComponent(file);
+    }
+    removeStaleTemporaries(dir.path());
+    EXPECT_THAT(testkit::namesIn(dir.path()), testing::UnorderedElementsAreArray(elsewhere));
+
+    // The first process of a container has one number in every run.
+    struct stat ours {};
+    EXPECT_EQ(processOfName(newNameOfThisProcess()), ::getpid());
+    EXPECT_FALSE(makerIsAlive(::getpid(), ours)) << "made long before this process";
+    ours.st_ctime = std::time(nullptr);
+    EXPECT_TRUE(makerIsAlive(::getpid(), ours));
 }
 
 TEST(AtomicFile, ARecordLeadsToWhatAKilledProcessLeft) {
