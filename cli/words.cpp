@@ -121,8 +121,10 @@ const Sentence kImageWords[] = {
     {"create-tiff", "Create the TIFF image"},
     {"write-gif", "Write the GIF"},
     {"write-photo-tags", "Write the tags of the photo"},
+    {"photo-tags-left-out", "%1 could not be carried over"},
     {"too-many-pixels", "The image has too many pixels"},
     {"image-file-too-large", "The image file is larger than 64 MiB"},
+    {"no-image-decoder", "Images of this format cannot be decoded"},
     {"heif-library-missing", "The library that decodes HEIC images is missing"},
     {"no-image", "There is no image"},
     {"no-frames", "There are no frames"},
@@ -409,6 +411,12 @@ const Sentence kVideoWords[] = {
     {"frames-not-decoded", "%1 frame(s) could not be decoded"},
 };
 
+// photo
+const Sentence kPhotoWords[] = {
+    {"stamp-date", "Draw the date"},
+    {"no-photo-item", "This is not a photo"},
+};
+
 // batch
 const Sentence kBatchWords[] = {
     {"name-exists", "name exists"},
@@ -442,7 +450,7 @@ const QHash<QByteArrayView, const char*>& sentences() {
         const std::span<const Sentence> sections[] = {
             kFoundationWords, kMediaWords,   kImageWords, kIsobmffWords, kFormatsWords,
             kEngineWords,     kServiceWords, kPlistWords, kItemWords,    kJobWords,
-            kMetadataWords,   kVideoWords,   kBatchWords};
+            kMetadataWords,   kVideoWords,   kPhotoWords, kBatchWords};
         for (const auto& section : sections)
             for (const Sentence& sentence : section)
                 if (sentence.id)

@@ -134,8 +134,10 @@ const Sentence kImageWords[] = {
     {"create-tiff", QT_TRANSLATE_NOOP("Words", "Create the TIFF image")},
     {"write-gif", QT_TRANSLATE_NOOP("Words", "Write the GIF")},
     {"write-photo-tags", QT_TRANSLATE_NOOP("Words", "Write the tags of the photo")},
+    {"photo-tags-left-out", QT_TRANSLATE_NOOP("Words", "%1 could not be carried over")},
     {"too-many-pixels", QT_TRANSLATE_NOOP("Words", "The image has too many pixels")},
     {"image-file-too-large", QT_TRANSLATE_NOOP("Words", "The image file is larger than 64 MiB")},
+    {"no-image-decoder", QT_TRANSLATE_NOOP("Words", "Images of this format cannot be decoded")},
     {"heif-library-missing",
      QT_TRANSLATE_NOOP("Words", "The library that decodes HEIC images is missing")},
     {"no-image", QT_TRANSLATE_NOOP("Words", "There is no image")},
@@ -494,6 +496,12 @@ const Sentence kVideoWords[] = {
     {"frames-not-decoded", QT_TRANSLATE_NOOP("Words", "%1 frame(s) could not be decoded")},
 };
 
+// photo
+const Sentence kPhotoWords[] = {
+    {"stamp-date", QT_TRANSLATE_NOOP("Words", "Draw the date")},
+    {"no-photo-item", QT_TRANSLATE_NOOP("Words", "This is not a photo")},
+};
+
 // batch
 const Sentence kBatchWords[] = {
     {"name-exists", QT_TRANSLATE_NOOP("Words", "name exists")},
@@ -529,7 +537,7 @@ const QHash<QByteArrayView, const char*>& sentences() {
         const std::span<const Sentence> sections[] = {
             kFoundationWords, kMediaWords,   kImageWords, kIsobmffWords, kFormatsWords,
             kEngineWords,     kServiceWords, kPlistWords, kItemWords,    kJobWords,
-            kMetadataWords,   kVideoWords,   kBatchWords};
+            kMetadataWords,   kVideoWords,   kPhotoWords, kBatchWords};
         for (const auto& section : sections)
             for (const Sentence& sentence : section)
                 if (sentence.id)

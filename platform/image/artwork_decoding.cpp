@@ -14,9 +14,10 @@ namespace {
 
 constexpr qint64 kMostArtworkPixels = 100'000'000;
 
-/// The image reader's own limit, 128 MiB, is less than a healthy cover of 6000 x 6000 pixels needs.
-/// 16 bits for each of four components are the most that a pixel takes.
-void allowMostArtworkPixels() {
+} // namespace
+
+void allowLargeImages() {
+    // 16 bits for each of four components are the most that a pixel takes.
     constexpr qint64 kBytes = kMostArtworkPixels * 8;
     static const bool allowed = [] {
         QImageReader::setAllocationLimit(static_cast<int>(kBytes >> 20) + 1);
@@ -25,8 +26,6 @@ void allowMostArtworkPixels() {
     static_cast<void>(allowed);
 }
 
-} // namespace
-
 bool hasTooManyPixels(QSize size) {
     return size.isValid() && qint64{size.width()} * size.height() > kMostArtworkPixels;
 }
@@ -34,7 +33,7 @@ bool hasTooManyPixels(QSize size) {
 Result<QImage> decodedArtwork(const QByteArray& bytes, MessageCode operation, const QString& path) {
     if (isHeif(bytes))
         return decodedHeif(bytes, operation, path);
-    allowMostArtworkPixels();
+    allowLargeImages();
     QBuffer input;
     input.setData(bytes);
     input.open(QIODevice::ReadOnly);

@@ -13,6 +13,10 @@ namespace clipheave::platform {
 /// pixels. A damaged header must not ask for gigabytes.
 [[nodiscard]] bool hasTooManyPixels(QSize size);
 
+/// Lets Qt's image readers take as much memory as the largest such image needs; else they refuse
+/// healthy ones over 128 MiB. Any thread.
+void allowLargeImages();
+
 /// Returns the pixels of an encoded image, upright. LimitExceeded when hasTooManyPixels(),
 /// InvalidData when it cannot be decoded to its end; `operation` and `path` are the error's.
 [[nodiscard]] Result<QImage> decodedArtwork(const QByteArray& bytes, MessageCode operation,

@@ -5,8 +5,8 @@
 #include "platform/image/messages.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <dlfcn.h>
 #include <memory>
 
@@ -34,6 +34,8 @@ struct HeifLibrary {
     void (*freeContext)(HeifContext*) = nullptr;
     HeifStatus (*read)(HeifContext*, const void*, std::size_t, const void* options) = nullptr;
     HeifStatus (*mainImage)(HeifContext*, HeifHandle**) = nullptr;
+    int (*thumbnailIds)(const HeifHandle*, std::uint32_t* ids, int count) = nullptr;
+    HeifStatus (*thumbnail)(const HeifHandle* mainImage, std::uint32_t id, HeifHandle**) = nullptr;
     int (*width)(const HeifHandle*) = nullptr;
     int (*height)(const HeifHandle*) = nullptr;
     HeifStatus (*decode)(const HeifHandle*, HeifPixels**, int colorspace, int chroma,
@@ -57,6 +59,9 @@ bool findHeifFunctions(void* library, HeifLibrary& found) {
            findHeifFunction(library, "heif_context_free", found.freeContext) &&
            findHeifFunction(library, "heif_context_read_from_memory_without_copy", found.read) &&
            findHeifFunction(library, "heif_context_get_primary_image_handle", found.mainImage) &&
+           findHeifFunction(library, "heif_image_handle_get_list_of_thumbnail_IDs",
+                            found.thumbnailIds) &&
+           findHeifFunction(library, "heif_image_handle_get_thumbnail", found.thumbnail) &&
            findHeifFunction(library, "heif_image_handle_get_width", found.width) &&
            findHeifFunction(library, "heif_image_handle_get_height", found.height) &&
            findHeifFunction(library, "heif_decode_image", found.decode) &&
@@ -93,6 +98,47 @@ Message reasonOf(const HeifStatus& status) {
     return Message(QString::fromUtf8(status.message ? status.message : "unknown failure"));
 }
 
+using HeifFile = std::unique_ptr<HeifContext, decltype(HeifLibrary::freeContext)>;
+using HeifImage = std::unique_ptr<HeifHandle, decltype(HeifLibrary::freeHandle)>;
+
+/// A file that is read, with its main image; the bytes stay the caller's.
+struct OpenHeif {
+    HeifFile file;
+    HeifImage image;
+    HeifStatus status{}; ///< of the step that failed
+};
+
+OpenHeif openHeif(const HeifLibrary& heif, const QByteArray& bytes) {
+    OpenHeif open{HeifFile(heif.allocate(), heif.freeContext), HeifImage(nullptr, heif.freeHandle)};
+    const auto size = static_cast<std::size_t>(bytes.size());
+    open.status = heif.read(open.file.get(), bytes.constData(), size, nullptr);
+    HeifHandle* found = nullptr;
+    if (open.status.code == 0)
+        open.status = heif.mainImage(open.file.get(), &found);
+    open.image.reset(found);
+    return open;
+}
+
+QSize sizeOf(const HeifLibrary& heif, const HeifImage& image) {
+    return {heif.width(image.get()), heif.height(image.get())};
+}
+
+/// Null when it fails, with the status.
+QImage decode(const HeifLibrary& heif, const HeifImage& image, HeifStatus& status) {
+    HeifPixels* decoded = nullptr;
+    status = heif.decode(image.get(), &decoded, kColorspaceRgb, kChromaRgba, nullptr);
+    const std::unique_ptr<HeifPixels, decltype(heif.freePixels)> pixels(decoded, heif.freePixels);
+    return status.code == 0 ? imageOfPixels(heif, decoded) : QImage();
+}
+
+/// The same but for rounding: a thumbnail has few pixels.
+bool haveSameAspectRatio(QSize small, QSize large) {
+    constexpr double kMostDifference = 0.03;
+    const double ratio =
+        double(small.width()) * large.height() / (double(small.height()) * large.width());
+    return std::abs(ratio - 1) <= kMostDifference;
+}
+
 } // namespace
 
 Result<QImage> decodedHeif(const QByteArray& bytes, MessageCode operation, const QString& path) {
@@ -102,26 +148,35 @@ Result<QImage> decodedHeif(const QByteArray& bytes, MessageCode operation, const
     const auto fault = [&](const HeifStatus& status) {
         return failure(ErrorCode::InvalidData, operation, path, reasonOf(status));
     };
-    const std::unique_ptr<HeifContext, decltype(heif->freeContext)> context(heif->allocate(),
-                                                                            heif->freeContext);
-    const auto size = static_cast<std::size_t>(bytes.size());
-    if (const auto read = heif->read(context.get(), bytes.constData(), size, nullptr); read.code)
-        return fault(read);
-    HeifHandle* found = nullptr;
-    if (const auto status = heif->mainImage(context.get(), &found); status.code)
-        return fault(status);
-    const std::unique_ptr<HeifHandle, decltype(heif->freeHandle)> handle(found, heif->freeHandle);
-    if (hasTooManyPixels({heif->width(found), heif->height(found)}))
+    OpenHeif open = openHeif(*heif, bytes);
+    if (open.status.code)
+        return fault(open.status);
+    if (hasTooManyPixels(sizeOf(*heif, open.image)))
         return failure(ErrorCode::LimitExceeded, operation, path, kTooManyPixels);
-    HeifPixels* decoded = nullptr;
-    const auto status = heif->decode(found, &decoded, kColorspaceRgb, kChromaRgba, nullptr);
-    if (status.code)
-        return fault(status);
-    const std::unique_ptr<HeifPixels, decltype(heif->freePixels)> pixels(decoded, heif->freePixels);
-    QImage image = imageOfPixels(*heif, decoded);
+    QImage image = decode(*heif, open.image, open.status);
+    if (open.status.code)
+        return fault(open.status);
     if (image.isNull())
         return failure(ErrorCode::InvalidData, operation, path, kNoImage);
     return image;
+}
+
+QImage heifThumbnail(const QByteArray& bytes, int side) {
+    const HeifLibrary* heif = heifLibrary();
+    if (!heif)
+        return {};
+    OpenHeif open = openHeif(*heif, bytes);
+    std::uint32_t id = 0;
+    HeifHandle* found = nullptr;
+    if (open.status.code || heif->thumbnailIds(open.image.get(), &id, 1) != 1 ||
+        heif->thumbnail(open.image.get(), id, &found).code)
+        return {};
+    const HeifImage thumbnail(found, heif->freeHandle);
+    const QSize size = sizeOf(*heif, thumbnail);
+    if (std::max(size.width(), size.height()) < side || hasTooManyPixels(size) || size.isEmpty() ||
+        !haveSameAspectRatio(size, sizeOf(*heif, open.image)))
+        return {};
+    return decode(*heif, thumbnail, open.status);
 }
 
 } // namespace clipheave::platform

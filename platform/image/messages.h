@@ -17,10 +17,14 @@ inline constexpr MessageCode kCreateTiff{"create-tiff"};
 inline constexpr MessageCode kWriteGif{"write-gif"};
 inline constexpr MessageCode kWritePhotoTags{"write-photo-tags"};
 
+// Notes.
+inline constexpr MessageCode kTagsLeftOut{"photo-tags-left-out"}; ///< "EXIF", "IPTC" or "XMP"
+
 // Reasons.
 inline constexpr MessageCode kTooManyPixels{"too-many-pixels"};
 inline constexpr MessageCode kImageFileTooLarge{"image-file-too-large"};
 inline constexpr MessageCode kNoImage{"no-image"};
+inline constexpr MessageCode kNoDecoder{"no-image-decoder"};
 inline constexpr MessageCode kHeifLibraryMissing{"heif-library-missing"};
 inline constexpr MessageCode kNoFrames{"no-frames"};
 inline constexpr MessageCode kPropertiesOutOfRange{"properties-out-of-range"};
