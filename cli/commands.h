@@ -4,6 +4,7 @@
 #include "batch/rename_plan.h"
 #include "cli/console.h"
 #include "media/media_import.h"
+#include "media/preferences.h"
 
 #include <QString>
 #include <QStringList>
@@ -53,6 +54,18 @@ struct VideoOptions {
     QString choice; ///< the menu title or its short form; empty for jobs without a choice
 };
 
+struct StampOptions {
+    // Null, and 0: the preference.
+    QString position, layout, font, color;
+    int fontSize = 0;
+};
+
+struct PhotoOptions {
+    QStringList paths;
+    QString job; ///< "stamp", …
+    StampOptions stamp;
+};
+
 // Each command returns an ExitStatus.
 int runList(const GlobalOptions& global, const ListOptions& options, Console& console);
 int runSave(const GlobalOptions& global, const SaveOptions& options, Console& console);
@@ -61,9 +74,12 @@ int runTitleToName(const GlobalOptions& global, const QStringList& paths, Consol
 int runNameToTitle(const GlobalOptions& global, const QStringList& paths, Console& console);
 int runRename(const GlobalOptions& global, const RenameOptions& options, Console& console);
 int runVideo(const GlobalOptions& global, const VideoOptions& options, Console& console);
+int runPhoto(const GlobalOptions& global, const PhotoOptions& options, Console& console);
 int runPrefs(const GlobalOptions& global, const QString& key, const QString& value, bool hasValue);
 int runDemo(const GlobalOptions& global, const QString& folder, Console& console);
 
+/// Returns the preferences of this run, as the window holds them after a start.
+[[nodiscard]] media::Preferences storedPreferences(const GlobalOptions& global);
 /// Returns the output folder of this run, as an absolute path.
 [[nodiscard]] QString storageLocation(const GlobalOptions& global);
 /// Returns the path, taken from the current folder when it is relative. One with "." or ".." in it

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/commands.h"
+#include "cli/photo_arguments.h"
 #include "cli/video_arguments.h"
 #include "cli/words.h"
 #include "platform/foundation/log.h"
@@ -8,7 +9,9 @@
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
+#include <QGuiApplication>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -157,6 +160,28 @@ int explain(const CLI::App& app, const CLI::ParseError& error) {
     return status == 0 ? kAllDone : kWrongUsage;
 }
 
+/// Null for an option that is not given.
+QString givenText(const std::string& argument) {
+    return argument.empty() ? QString() : textOf(argument);
+}
+
+PhotoOptions photoOptions(const CLI::App& command, const PhotoArguments& arguments) {
+    PhotoOptions options;
+    options.paths = absolutePaths(arguments.paths);
+    options.job = textOf(command.get_subcommands().front()->get_name());
+    options.stamp = {givenText(arguments.position), givenText(arguments.layout),
+                     givenText(arguments.font), givenText(arguments.color), arguments.fontSize};
+    return options;
+}
+
+/// Fonts need the toolkit's larger application; it asks for no screen here.
+std::unique_ptr<QCoreApplication> applicationFor(bool drawsText, int& argc, char** argv) {
+    if (!drawsText)
+        return std::make_unique<QCoreApplication>(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return std::make_unique<QGuiApplication>(argc, argv);
+}
+
 int run(int argc, char** argv) {
     CLI::App app("ClipHeave: batch work on videos, audio files and photos", "clipheave-cli");
     app.set_version_flag("--version", CLIPHEAVE_VERSION);
@@ -167,6 +192,8 @@ int run(int argc, char** argv) {
     CLI::App* renameCommand = addRename(app, arguments);
     VideoArguments videoArguments;
     CLI::App* videoCommand = addVideo(app, videoArguments);
+    PhotoArguments photoArguments;
+    CLI::App* photoCommand = addPhoto(app, photoArguments);
     addPathCommands(app, arguments);
     CLI::App* prefs = app.add_subcommand("prefs", "Print or set the preferences");
     prefs->add_option("KEY", arguments.key);
@@ -178,6 +205,7 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return explain(app, error);
     }
+    const auto application = applicationFor(photoCommand->parsed(), argc, argv);
     GlobalOptions& global = arguments.global;
     global.storage = textOf(arguments.storage);
     global.config = textOf(arguments.config);
@@ -201,6 +229,8 @@ int run(int argc, char** argv) {
                          textOf(videoCommand->get_subcommands().front()->get_name()),
                          textOf(videoArguments.choice)},
                         console);
+    if (photoCommand->parsed())
+        return runPhoto(global, photoOptions(*photoCommand, photoArguments), console);
     for (const PathCommand& command : kPathCommands)
         if (app.got_subcommand(command.name))
             return command.run(global, absolutePaths(arguments.paths), console);
@@ -228,7 +258,6 @@ int main(int argc, char** argv) {
     // Local times are computed thousands of times; without this each checks the zone file.
     if (!qEnvironmentVariableIsSet("TZ"))
         qputenv("TZ", ":/etc/localtime");
-    const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("clipheave"));
     return clipheave::cli::run(argc, argv);
 }

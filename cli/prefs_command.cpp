@@ -107,12 +107,15 @@ QString absolutePath(const QString& path) {
     return real.isEmpty() ? absolute : real;
 }
 
-QString storageLocation(const GlobalOptions& global) {
-    if (!global.storage.isEmpty())
-        return absolutePath(global.storage);
+media::Preferences storedPreferences(const GlobalOptions& global) {
     const NSUserDefaults defaults(global.config.isEmpty() ? QString()
                                                           : absolutePath(global.config));
-    return media::readPreferences(defaults).storagelocation;
+    return media::preferencesAtStart(defaults);
+}
+
+QString storageLocation(const GlobalOptions& global) {
+    return global.storage.isEmpty() ? storedPreferences(global).storagelocation
+                                    : absolutePath(global.storage);
 }
 
 } // namespace clipheave::cli

@@ -112,11 +112,12 @@ int reportOutcomes(const GlobalOptions& global, const std::vector<WriteOutcome>&
 }
 
 int runOverItems(const GlobalOptions& global, const QStringList& paths, const QString& what,
-                 const MakeOrder& makeOrder, Console& console, Repeats repeats) {
+                 const MakeOrder& makeOrder, Console& console, Repeats repeats,
+                 ImportPaths importPaths) {
     media::MediaImport import;
     import.setStopRequested(&isInterrupted);
     import.setTakesFilesOnce(repeats == Repeats::TakenOnce);
-    import.importMediaItemsThreader(paths);
+    (import.*importPaths)(paths);
     const auto& items = import.localPhotoItemArray();
     const std::vector<WriteOutcome> unknown = outcomesOfUnknown(import);
     if (items.empty() && import.skipped().empty()) {

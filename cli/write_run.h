@@ -13,11 +13,14 @@ using MakeOrder = std::function<jobs::RunOrder(const media::MediaImport& import,
                                                const jobs::RunSettings& settings)>;
 /// Whether a file that is given twice stands once among the items.
 enum class Repeats { TakenOnce, Kept };
+/// The import of a command: that of the media list, or that of the photo browser.
+using ImportPaths = void (media::MediaImport::*)(const QStringList& paths);
 /// Imports the paths, runs the order, waits for its end and reports, as every command over items
 /// does. `what` stands in the progress bar ("saved"). Returns an ExitStatus.
-[[nodiscard]] int runOverItems(const GlobalOptions& global, const QStringList& paths,
-                               const QString& what, const MakeOrder& makeOrder, Console& console,
-                               Repeats repeats = Repeats::TakenOnce);
+[[nodiscard]] int
+runOverItems(const GlobalOptions& global, const QStringList& paths, const QString& what,
+             const MakeOrder& makeOrder, Console& console, Repeats repeats = Repeats::TakenOnce,
+             ImportPaths importPaths = &media::MediaImport::importMediaItemsThreader);
 /// Returns one request per item: the item, its pane as the item fills it, and the folders.
 [[nodiscard]] std::vector<jobs::WriteRequest> requestsFor(const media::MediaImport& import,
                                                           const jobs::RunSettings& settings);

@@ -29,11 +29,16 @@ QString fontLabel(const QString& name, int size) {
     return QStringLiteral("%1 %2").arg(name).arg(size);
 }
 
+/// Deliberate: by its case no title, see Preferences::position.
+QString firstPosition() {
+    return QStringLiteral("lower left corner");
+}
+
 Result<void> writeFirstValues(NSUserDefaults& defaults) {
     const std::pair<const char16_t*, QString> values[] = {
         {kStoragePathKey, defaultStorageLocation()},
         {kFontNameKey, QStringLiteral("Lucida Grande")},
-        {kPositionKey, QStringLiteral("lower left corner")},
+        {kPositionKey, firstPosition()},
         {kDateFormatKey, QStringLiteral("MM/DD/YYYY HH:MM")},
     };
     for (const auto& [name, value] : values) {
@@ -95,10 +100,15 @@ Preferences readPreferences(const NSUserDefaults& defaults) {
     return values;
 }
 
-Result<Preferences> applyPreferencesAtStart(NSUserDefaults& defaults) {
+Preferences preferencesAtStart(const NSUserDefaults& defaults) {
     Preferences values = readPreferences(defaults);
     if (values.firstStart && !defaults.contains(key(kPositionKey)))
-        values.position = QStringLiteral("lower left corner");
+        values.position = firstPosition();
+    return values;
+}
+
+Result<Preferences> applyPreferencesAtStart(NSUserDefaults& defaults) {
+    const Preferences values = preferencesAtStart(defaults);
     const auto written = values.firstStart ? writeFirstValues(defaults) : writeValuesBack(defaults);
     platform::ignoreFailure(
         NSFileManager::defaultManager().createDirectoryAtPath(values.storagelocation),

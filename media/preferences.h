@@ -34,6 +34,9 @@ struct Preferences {
 
 /// Returns what applies now; writes nothing and creates nothing.
 [[nodiscard]] Preferences readPreferences(const platform::NSUserDefaults& defaults);
+/// Returns what the application holds after a start; writes nothing and creates nothing. At the
+/// first start the position is the default that is stored then, which is no title.
+[[nodiscard]] Preferences preferencesAtStart(const platform::NSUserDefaults& defaults);
 /// Starts the preferences of the application: at the first start writes the defaults, later writes
 /// every existing value back unchanged, and creates the storage folder. A folder that cannot be
 /// made is not a failure here; the jobs that write there fail.

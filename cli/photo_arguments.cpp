@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/photo_arguments.h"
+
+namespace clipheave::cli {
+
+namespace {
+
+void addStampOptions(CLI::App& command, PhotoArguments& arguments) {
+    constexpr int kLargestSize = 10000;
+    command.add_option("--position", arguments.position, "The corner, as in the preferences")
+        ->type_name("TITLE");
+    command.add_option("--layout", arguments.layout, "The order of the date's parts")
+        ->type_name("TITLE");
+    command.add_option("--font", arguments.font, "A font family")->type_name("NAME");
+    command.add_option("--font-size", arguments.fontSize, "In pixels of the photo")
+        ->check(CLI::Range(1, kLargestSize))
+        ->type_name("N");
+    command.add_option("--color", arguments.color)->type_name("#RRGGBB");
+}
+
+struct PhotoJobArguments {
+    const char* name;
+    const char* help;
+    void (*addOptions)(CLI::App& command, PhotoArguments& arguments);
+};
+constexpr PhotoJobArguments kPhotoJobs[] = {
+    {"stamp", "Draws the date of each photo onto a small JPEG copy of it", &addStampOptions},
+};
+
+} // namespace
+
+CLI::App* addPhoto(CLI::App& app, PhotoArguments& arguments) {
+    CLI::App* photo = app.add_subcommand("photo", "Makes new photos of photos");
+    photo->require_subcommand(1);
+    photo->fallthrough();
+    for (const PhotoJobArguments& job : kPhotoJobs) {
+        CLI::App* command = photo->add_subcommand(job.name, job.help);
+        command->fallthrough();
+        job.addOptions(*command, arguments);
+        command->add_option("PHOTO", arguments.paths, "Photos and folders")->required();
+    }
+    return photo;
+}
+
+} // namespace clipheave::cli

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
+
+namespace clipheave::cli {
+
+/// `photo JOB … PHOTO…`, as bytes of the command line.
+struct PhotoArguments {
+    std::vector<std::string> paths;
+    std::string position, layout, font, color;
+    int fontSize = 0;
+};
+/// Adds the command with one sub-command per job; the one that was given is then its only parsed
+/// sub-command.
+CLI::App* addPhoto(CLI::App& app, PhotoArguments& arguments);
+
+} // namespace clipheave::cli
