@@ -62,13 +62,11 @@ inline constexpr MessageCode kChaptersBeyondEnd{"chapters-beyond-end"}; ///< num
 // Damage and ends.
 inline constexpr MessageCode kDamagedVideoPackets{"damaged-video-packets"}; ///< file, number
 inline constexpr MessageCode kDamagedAudioPackets{"damaged-audio-packets"}; ///< file, number
-inline constexpr MessageCode kEndsBeforeDuration{
-    "ends-before-duration"};                                      ///< seconds: read, announced
-inline constexpr MessageCode kDamagedPackets{"damaged-packets"};  ///< number
-inline constexpr MessageCode kFileBreaksOff{"file-breaks-off"};   ///< s
-inline constexpr MessageCode kVideoBreaksOff{"video-breaks-off"}; ///< s
-inline constexpr MessageCode kAudioBreaksOff{"audio-breaks-off"}; ///< s
-inline constexpr MessageCode kVideoEndsEarly{"video-ends-early"}; ///< file, s
+inline constexpr MessageCode kDamagedPackets{"damaged-packets"};            ///< number
+inline constexpr MessageCode kFileBreaksOff{"file-breaks-off"};             ///< s
+inline constexpr MessageCode kVideoBreaksOff{"video-breaks-off"};           ///< s
+inline constexpr MessageCode kAudioBreaksOff{"audio-breaks-off"};           ///< s
+inline constexpr MessageCode kVideoEndsEarly{"video-ends-early"};           ///< file, s
 inline constexpr MessageCode kNoVideoDecoded{"no-video-decoded"};
 inline constexpr MessageCode kNoAudioDecoded{"no-audio-decoded"};
 inline constexpr MessageCode kNoVideoDecodedBecause{"no-video-decoded-because"}; ///< reason

@@ -8,6 +8,7 @@
 #include "platform/engine/io/file_output.h"
 #include "platform/engine/messages.h"
 #include "platform/foundation/file_manager.h"
+#include "platform/media/model/messages.h"
 
 #include <algorithm>
 #include <vector>

@@ -12,6 +12,7 @@
 #include "platform/isobmff/write/write_moov.h"
 #include "platform/isobmff/write/write_patch.h"
 #include "platform/isobmff/write/write_removal.h"
+#include "platform/isobmff/write/write_source_end.h"
 #include "platform/isobmff/write/write_source_metadata.h"
 
 #include <QtEndian>
@@ -271,6 +272,7 @@ Result<PassthroughOutcome> rewrite(const PassthroughRequest& request) {
         writeTarget(request, *source, placement->runs, placement->target, unchanged, strips);
     if (!done)
         return tl::unexpected(done.error());
+    outcome.notes << noteOnMissingSamples(*source);
     return outcome;
 }
 

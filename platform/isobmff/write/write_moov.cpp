@@ -21,8 +21,12 @@ tl::unexpected<Error> cutBox(const Box& box) {
                          Message(kMovieHeaderPartCut, {fourCcText(box.type)}));
 }
 
-/// Tracks whose samples lie in other files: their offsets do not refer to this file.
-enum class SampleHome { ThisFile, OtherFiles, Both };
+bool isSampleContainer(std::uint32_t type) {
+    return type == fourCc("trak") || type == fourCc("mdia") || type == fourCc("minf") ||
+           type == fourCc("stbl");
+}
+
+} // namespace
 
 SampleHome sampleHome(ByteView trak) {
     const ByteView dref =
@@ -38,13 +42,6 @@ SampleHome sampleHome(ByteView trak) {
         return SampleHome::Both;
     return elsewhere ? SampleHome::OtherFiles : SampleHome::ThisFile;
 }
-
-bool isSampleContainer(std::uint32_t type) {
-    return type == fourCc("trak") || type == fourCc("mdia") || type == fourCc("minf") ||
-           type == fourCc("stbl");
-}
-
-} // namespace
 
 /// Appends to one buffer and fills in the sizes of containers when they are complete.
 struct MovieHeaderBuilder::Pass {

@@ -9,6 +9,10 @@
 
 namespace clipheave::platform {
 
+/// Where the samples of a track lie: offsets into other files do not refer to this one.
+enum class SampleHome { ThisFile, OtherFiles, Both };
+[[nodiscard]] SampleHome sampleHome(ByteView trak);
+
 /// The metadata boxes that go into the movie header; empty ones are left out.
 struct MovieMetadata {
     QByteArray udta; ///< whole box

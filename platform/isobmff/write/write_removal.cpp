@@ -94,15 +94,27 @@ QByteArray withoutForeignBoxes(ByteView payload, std::uint64_t start) {
         if (box->cut || !(isForeign || isPaddingType(box->type)))
             kept += walker.whole(*box).bytes();
     }
+    // What are no boxes is left as it is.
+    if (!walker.problem().isEmpty())
+        return payload.toByteArray();
     return kept += boxes.sub(end).bytes();
 }
 
-/// Returns the bytes in front of the boxes of a sample description: 78 of video, 28 of audio in its
-/// first version (ISO/IEC 14496-12 sections 12.1.3 and 12.2.3); 0 for what is left as it is.
-std::uint64_t sampleEntryFields(std::uint32_t handler, ByteView entry) {
-    const std::uint64_t fields = handler == fourCc("vide")                         ? 78
-                                 : handler == fourCc("soun") && entry.be16(8) == 0 ? 28
-                                                                                   : 0;
+/// Returns the bytes in front of the boxes of an audio sample description: 28 in its first version
+/// and in that of MPEG-4 which has a rate of its own (ISO/IEC 14496-12 section 12.2.3); 44 and 64
+/// in those of QuickTime ("Sound Sample Description"), whose list has the version 0.
+std::uint64_t audioEntryFields(std::uint8_t listVersion, ByteView entry) {
+    const int version = entry.be16(8).value_or(0);
+    if (version == 0 || listVersion > 0)
+        return 28;
+    return version == 1 ? 44 : 64;
+}
+
+/// The same of any; 0 for what is left as it is. Video has 78 (ISO/IEC 14496-12 section 12.1.3).
+std::uint64_t sampleEntryFields(std::uint32_t handler, std::uint8_t listVersion, ByteView entry) {
+    const std::uint64_t fields = handler == fourCc("vide")   ? 78
+                                 : handler == fourCc("soun") ? audioEntryFields(listVersion, entry)
+                                                             : 0;
     return entry.size() < fields ? 0 : fields;
 }
 
@@ -114,7 +126,8 @@ QByteArray withoutSampleEntryMetadata(ByteView payload, std::uint32_t handler) {
     std::uint64_t end = 0;
     while (const auto entry = walker.next()) {
         end = entry->end();
-        const std::uint64_t fields = sampleEntryFields(handler, walker.payload(*entry));
+        const std::uint64_t fields =
+            sampleEntryFields(handler, payload.u8(0).value_or(0), walker.payload(*entry));
         kept += entry->cut || fields == 0
                     ? walker.whole(*entry).toByteArray()
                     : renderBox(entry->type, withoutForeignBoxes(walker.payload(*entry), fields));

@@ -13,6 +13,8 @@ inline constexpr MessageCode kNoVideoTrack{"no-video-track"};
 inline constexpr MessageCode kNoAudioTrack{"no-audio-track"};
 inline constexpr MessageCode kFrameSizeOutOfRange{"frame-size-out-of-range"}; ///< width, height
 inline constexpr MessageCode kTagsNotCarriedOver{"tags-not-carried-over"};    ///< their names
+inline constexpr MessageCode kEndsBeforeDuration{
+    "ends-before-duration"}; ///< seconds: read, announced
 
 // Pixel buffers.
 inline constexpr MessageCode kCreatePixelBuffer{"create-pixel-buffer"};

@@ -3,6 +3,7 @@
 #include "platform/foundation/utc.h"
 #include "platform/media/asset/av_url_asset.h"
 #include "platform/media/model/media_engine.h"
+#include "platform/media/model/messages.h"
 #include "tests/platform/engine/engine_fixture.h"
 
 #include <QDir>

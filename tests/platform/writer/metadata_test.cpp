@@ -256,6 +256,27 @@ TEST(Lists, ARemovalReachesHandlersAndSampleDescriptions) {
     EXPECT_EQ(chunkHeads(cleared), chunkHeads(media.bytes()));
 }
 
+TEST(Lists, ARemovalKnowsEveryFormOfASampleDescription) {
+    const QByteArray free = box("free", "Secret"), needed = box("chan", be(0, 12));
+    const auto audio = [](quint64 version, int more) {
+        return be(1, 8) + be(version, 2) + QByteArray(18 + more, 'a');
+    };
+    const auto cleared = [](const char* handler, quint64 version, const QByteArray& entry) {
+        const TempDir dir;
+        HandMade media;
+        const QByteArray stsd = box("stsd", be(version << 24, 4) + be(1, 4) + entry);
+        media.moreMoov = box("trak", box("mdia", fullBox("hdlr", be(0, 4) + handler + be(0, 13)) +
+                                                     box("minf", box("stbl", stsd))));
+        return rewritten(dir, media.bytes(), Items{});
+    };
+    for (const auto& [version, head] : {std::pair(0, audio(1, 16)), std::pair(0, audio(2, 36)),
+                                        std::pair(1, audio(1, 0)), std::pair(0, audio(0, 0))}) {
+        const QByteArray after =
+            cleared("soun", static_cast<quint64>(version), box("mp4a", head + free + needed));
+        EXPECT_TRUE(after.contains(box("mp4a", head + needed))) << version << head.size();
+    }
+}
+
 TEST(Lists, ARemovalSaysWhichTimedTracksStay) {
     const TempDir dir;
     HandMade media;

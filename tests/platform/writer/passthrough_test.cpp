@@ -3,6 +3,7 @@
 #include "tests/platform/writer/writer_kit.h"
 
 #include "platform/isobmff/write/write_layout.h"
+#include "platform/media/model/messages.h"
 
 #include <QFile>
 #include <QtEndian>
@@ -264,6 +265,28 @@ TEST(Sources, CompressedMovieHeadersAreReadAndWrittenPlain) {
     ASSERT_TRUE(write(source, target, kTitleOnly));
     EXPECT_EQ(chunkHeads(TempDir::read(target)), chunkHeads(plain));
     EXPECT_EQ(keptBoxes(TempDir::read(target)), keptBoxes(rewritten(dir, plain, kTitleOnly)));
+}
+
+TEST(Sources, ThatEndBeforeTheirSamplesAreNamed) {
+    const TempDir dir;
+    const auto notesOf = [&dir](const QByteArray& bytes) {
+        const auto done = write(dir.write("cut", bytes), dir.path("t"), std::nullopt);
+        return done ? done->notes : Notes();
+    };
+    const auto load = [&dir](const QString& name, const QByteArray& options) {
+        return TempDir::read(encode(dir, name, options));
+    };
+    const QByteArray whole = load(u"first.mp4"_s, "-b:v 2M -movflags +faststart");
+    const qsizetype media = whole.indexOf("mdat") - 4;
+    EXPECT_THAT(notesOf(whole), testing::IsEmpty());
+    const Notes half = notesOf(whole.left(media + (whole.size() - media) / 2));
+    ASSERT_EQ(half.size(), 1);
+    EXPECT_EQ(half[0].code(), kEndsBeforeDuration);
+    EXPECT_NEAR(half[0].arguments()[0].toDouble(), 1, 0.4);
+    EXPECT_NEAR(half[0].arguments()[1].toDouble(), 2, 0.1);
+    EXPECT_EQ(notesOf(whole.left(media)).size(), 1);
+    EXPECT_EQ(notesOf(load(u"f.mp4"_s, "-movflags +frag_keyframe+empty_moov").chopped(900)),
+              Notes{kEndsBeforeAnnouncedBytes});
 }
 
 TEST(Sources, OfOddLayoutsAreWritten) {
