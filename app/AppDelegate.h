@@ -179,6 +179,9 @@ public:
     /// A worker has started all its exports, which may still run: stops the busy indicator.
     void BatchVideosItemCompleteToMainThread();
 
+    // Photos
+    Q_INVOKABLE void AddDateOnPhotoAction(); ///< stamped copies, by the preferences
+
     /// Logs that a command is not available yet.
     Q_INVOKABLE void notAvailableYet(const QString& command);
     /// Runs the command of this fixed name, or logs that it is not available yet. `title`: the

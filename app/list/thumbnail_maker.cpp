@@ -4,13 +4,9 @@
 #include "media/media_kind.h"
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/file_reader.h"
-#include "platform/image/artwork_decoding.h"
-#include "platform/image/messages.h"
+#include "platform/image/photo_decoding.h"
 #include "platform/media/model/media_engine.h"
 
-#include <QBuffer>
-#include <QFile>
-#include <QImageReader>
 #include <QPainter>
 
 #include <algorithm>
@@ -20,49 +16,15 @@ namespace clipheave::app {
 
 namespace {
 
-/// Images of more pixels are not decoded: one would take 800 MB.
-constexpr qint64 kMostPixelsDecoded = 200'000'000;
 constexpr qsizetype kMostArtworkBytes = 64 << 20;
 /// A video is shown by what it holds at a tenth of its length, within the first minute.
 constexpr double kPartOfVideo = 0.1;
 constexpr double kLatestVideoSecond = 60;
 
-/// Formats whose decoders are meant for files of unknown origin.
-bool isDecodedFormat(const QByteArray& format) {
-    return format == "jpeg" || format == "png" || format == "gif" || format == "bmp" ||
-           format == "webp" || format == "tiff" || format == "tga" || format == "ico";
-}
-
-/// Decodes at about `side` pixels, upright; the whole image, never enlarged.
-QImage readScaled(QIODevice& device, int side) {
-    QImageReader reader(&device);
-    reader.setDecideFormatFromContent(true);
-    if (!isDecodedFormat(reader.format()))
-        return {};
-    const QSize size = reader.size();
-    if (size.isValid()) {
-        if (qint64{size.width()} * size.height() > kMostPixelsDecoded)
-            return {};
-        // To twice the size, because JPEG decoders scale in steps; smooth scaling does the rest.
-        if (std::max(size.width(), size.height()) > 2 * side)
-            reader.setScaledSize(
-                size.scaled(2 * side, 2 * side, Qt::KeepAspectRatio).expandedTo(QSize(1, 1)));
-    }
-    reader.setAutoTransform(true);
-    return reader.read();
-}
-
 QImage scaledWithin(const QImage& original, int side) {
     if (original.isNull() || (original.width() <= side && original.height() <= side))
         return original;
     return original.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-}
-
-QImage decodePhoto(platform::FileReader& reader, int side) {
-    QFile file;
-    if (!file.open(reader.fd(), QIODevice::ReadOnly, QFileDevice::DontCloseHandle))
-        return {};
-    return readScaled(file, side);
 }
 
 QImage decodeVideo(const ThumbnailSource& source, int side) {
@@ -95,8 +57,8 @@ QImage imageOfFile(const ThumbnailSource& source, int side, const ThumbnailCache
     const std::int64_t modified = attributes->NSFileModificationDate.toSecsSinceEpoch();
     if (QImage stored = cache.find(source.path, modified, side); !stored.isNull())
         return stored;
-    QImage original =
-        scaledWithin(isVideoFile ? decodeVideo(source, side) : decodePhoto(*reader, side), side);
+    QImage original = scaledWithin(
+        isVideoFile ? decodeVideo(source, side) : platform::photoThumbnail(*reader, side), side);
     cache.store(source.path, modified, side, original);
     return original;
 }
@@ -143,14 +105,9 @@ QImage makeThumbnail(const ThumbnailSource& source, const ThumbnailShape& shape,
     const int longest = std::max(shape.size.width(), shape.size.height());
     if (!source.artwork.isNull() &&
         source.artwork.byteCount() <= static_cast<std::uint64_t>(kMostArtworkBytes)) {
-        QByteArray bytes = source.artwork.bytes();
-        if (source.artwork.format() == u"heif")
-            if (const auto image = platform::decodedArtwork(bytes, platform::kReadImage))
-                return shaped(scaledWithin(*image, longest), shape);
-        QBuffer buffer(&bytes);
-        if (buffer.open(QIODevice::ReadOnly))
-            if (const QImage original = readScaled(buffer, longest); !original.isNull())
-                return shaped(original, shape);
+        const QImage original = platform::imageThumbnail(source.artwork.bytes(), longest);
+        if (!original.isNull())
+            return shaped(original, shape);
     }
     const int side = longest <= ThumbnailCache::kNormalSide ? ThumbnailCache::kNormalSide
                                                             : ThumbnailCache::kLargeSide;

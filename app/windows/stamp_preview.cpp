@@ -2,7 +2,6 @@
 #include "app/windows/stamp_preview.h"
 
 #include "app/theme/theme.h"
-#include "media/preferences.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -14,26 +13,9 @@ namespace clipheave::app {
 
 namespace {
 
-constexpr char kYear[] = "2025", kMonth[] = "06", kDay[] = "14", kTime[] = "21:36:20";
-constexpr int kSmallestStamp = 10, kLargestStamp = 18; // px
-
-/// The date as a photo's stamp shows it; a layout that is not known leaves the recorded text.
-QString dateIn(const QString& format) {
-    const QLatin1String year(kYear), month(kMonth), day(kDay), time(kTime);
-    const auto join = [&time](QLatin1String a, QLatin1String b, QLatin1String c) {
-        return QStringLiteral("%1/%2/%3 %4").arg(a, b, c, time);
-    };
-    switch (media::stampDateFormats().indexOf(format)) {
-    case 0:
-        return join(month, day, year);
-    case 1:
-        return join(day, month, year);
-    case 2:
-        return join(year, month, day);
-    default:
-        return QStringLiteral("%1:%2:%3 %4").arg(year, month, day, time);
-    }
-}
+constexpr char kRecorded[] = "2025:06:14 21:36:20";
+/// Beside the text, in pixels of the photo: the margins of the stamp.
+constexpr double kRoomBesideText = 90;
 
 QColor mixed(const QColor& a, const QColor& b, double share) {
     const auto between = [share](int x, int y) {
@@ -99,25 +81,30 @@ StampPreview::StampPreview(QWidget* parent) : QWidget(parent) {
 }
 
 void StampPreview::setStamp(const QString& position, const QString& dateFormat) {
-    static constexpr Qt::Alignment kCorners[] = {
-        Qt::AlignLeft | Qt::AlignTop, Qt::AlignRight | Qt::AlignTop,
-        Qt::AlignLeft | Qt::AlignBottom, Qt::AlignRight | Qt::AlignBottom};
-    const auto index = media::stampPositions().indexOf(position);
-    m_corner = kCorners[index < 0 ? 2 : index];
-    m_text = dateIn(dateFormat);
+    m_style.position = position;
+    m_style.layout = dateFormat;
+    m_text = photo::stampText(QLatin1String(kRecorded), dateFormat);
     setAccessibleName(tr("Stamp: %1").arg(m_text));
     update();
 }
 
 void StampPreview::setStampFont(const QString& family, int size) {
-    m_family = family;
-    m_size = size;
+    m_style.font = family;
+    m_style.fontSize = size;
     update();
 }
 
 void StampPreview::setStampColor(const QColor& color) {
-    m_color = color;
+    m_style.color = color;
     update();
+}
+
+/// The job's own drawing on a photo of the landscape's aspect ratio.
+void StampPreview::paintStamp(QPainter& painter) const {
+    const double needed = photo::stampTextSize(m_text, m_style).width() + kRoomBesideText;
+    const double scale = std::max(1.0, needed / width());
+    painter.scale(1 / scale, 1 / scale);
+    photo::drawStamp(painter, (QSizeF(size()) * scale).toSize(), m_text, m_style);
 }
 
 void StampPreview::paintEvent(QPaintEvent*) {
@@ -128,11 +115,7 @@ void StampPreview::paintEvent(QPaintEvent*) {
     painter.save();
     painter.setClipPath(frame);
     drawLandscape(painter, rect());
-    QFont font(m_family);
-    font.setPixelSize(std::clamp(m_size, kSmallestStamp, kLargestStamp));
-    painter.setFont(font);
-    painter.setPen(m_color);
-    painter.drawText(rect().adjusted(12, 10, -12, -10), static_cast<int>(m_corner), m_text);
+    paintStamp(painter);
     painter.restore();
     painter.setPen(Theme::instance().color(Token::line1));
     painter.drawPath(frame);

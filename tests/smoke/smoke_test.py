@@ -248,6 +248,25 @@ class VideoJobTest(WindowTest):
         self.assertEqual(sorted(path.name for path in self.work.iterdir()), ["a.mp4", "b.mov", "late.mp4"])
 
 
+class PhotoToolTest(WindowTest):
+    def test_stamp_from_the_grid(self):
+        user = self.user
+        user.open_by_panel(self.demo / "Photos/IMG_0412.jpg", "Ctrl+Shift+o")
+        photos = eventually(lambda: user.tree.find("list", "Photo browser"), "the photo browser")
+        tile = eventually(lambda: next((n for n in photos.children if n.name == "IMG_0412.jpg"), None), "its tile")
+        user.click_on(tile)
+        eventually(lambda: "selected" in tile.states, "the photo is selected")
+        user.click("button menu", "Date Stamp")
+        eventually(user.hands.menu_is_open, "the menu is open")
+        user.hands.key("Down", "Return")
+        made = storage(user) / "IMG_0412_date.jpg"
+        eventually(made.exists, "the stamped photo")
+        facts = subprocess.run(["exiftool", "-s3", "-n", "-FileModifyDate", "-DateTimeOriginal", "-Orientation", made],
+                               capture_output=True, text=True, check=True).stdout.split("\n")
+        self.assertEqual(facts[0][:19], facts[1])
+        self.assertEqual(facts[2], "1")
+
+
 class KeyboardTest(WindowTest):
     """Without a mouse."""
 

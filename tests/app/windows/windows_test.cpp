@@ -46,7 +46,6 @@ TEST(PreferencesWindow, ShowsWhatIsStoredAndNothingElse) {
     EXPECT_EQ(window.position(), QString()) << "the stored default is no title of the list";
     EXPECT_EQ(window.dateFormat(), u"MM/DD/YYYY HH:MM");
     EXPECT_EQ(window.preview()->stampText(), u"06/14/2025 21:36:20");
-    EXPECT_EQ(window.preview()->corner(), Qt::AlignLeft | Qt::AlignBottom);
 
     stored.position = u"Upper right corner"_s;
     stored.dateFormat = u"YYYY-MM-DD"_s;
@@ -54,7 +53,6 @@ TEST(PreferencesWindow, ShowsWhatIsStoredAndNothingElse) {
     EXPECT_EQ(window.position(), u"Upper right corner");
     EXPECT_EQ(window.dateFormat(), QString());
     EXPECT_EQ(window.fontColor(), QColor(Qt::red));
-    EXPECT_EQ(window.preview()->corner(), Qt::AlignRight | Qt::AlignTop);
     EXPECT_EQ(window.preview()->stampText(), u"2025:06:14 21:36:20");
 
     auto* format = window.findChild<QComboBox*>(u"dateFormatBtn"_s);
@@ -63,6 +61,35 @@ TEST(PreferencesWindow, ShowsWhatIsStoredAndNothingElse) {
     EXPECT_EQ(window.preview()->stampText(), u"14/06/2025 21:36:20");
     window.setStampFont(u"Sans"_s, 30);
     EXPECT_EQ(window.fontLabel(), u"Sans 30");
+}
+
+/// The frame of what differs between two images of one size.
+QRect differenceOf(const QImage& a, const QImage& b) {
+    QRect frame;
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x)
+            if (a.pixel(x, y) != b.pixel(x, y))
+                frame |= QRect(x, y, 1, 1);
+    return frame;
+}
+
+TEST(StampPreview, StampsItsLandscapeAsPhotosAre) {
+    StampPreview preview;
+    preview.setStampColor(Qt::transparent);
+    const QImage bare = preview.grab().toImage();
+    preview.setStampColor(Qt::red);
+    for (const int size : {14, 60}) { // the larger one is shrunk with its photo
+        preview.setStampFont(u"DejaVu Sans"_s, size);
+        preview.setStamp(u"Upper right corner"_s, u"DD/MM/YYYY HH:MM"_s);
+        const QRect upper = differenceOf(bare, preview.grab().toImage());
+        preview.setStamp(u"Lower left corner"_s, u"DD/MM/YYYY HH:MM"_s);
+        const QRect lower = differenceOf(bare, preview.grab().toImage());
+        EXPECT_GT(upper.width(), 120) << "whole, and readable";
+        EXPECT_LE(std::abs(upper.width() - lower.width()), 1);
+        EXPECT_LT(upper.bottom(), lower.top());
+        EXPECT_GT(upper.left(), lower.left());
+        EXPECT_LT(upper.right(), preview.width() - 4);
+    }
 }
 
 TEST(PreferencesWindow, ReportsItsButtonsAndKeys) {
