@@ -415,6 +415,12 @@ const Sentence kVideoWords[] = {
 const Sentence kPhotoWords[] = {
     {"stamp-date", "Draw the date"},
     {"no-photo-item", "This is not a photo"},
+    {"nothing-for-list", "The photo has nothing for this list"},
+    {"list-of-another-photo", "The list holds the last photo, %1"},
+    {"list-is-no-dictionary", "The list is no dictionary"},
+    {"list-has-no-photo-keys", "The list has no key that a photo takes"},
+    {"list-keys-left-out", "Left out of the list: %1"},
+    {"list-keys-of-image", "Kept as each photo has it: %1"},
 };
 
 // batch

@@ -500,6 +500,13 @@ const Sentence kVideoWords[] = {
 const Sentence kPhotoWords[] = {
     {"stamp-date", QT_TRANSLATE_NOOP("Words", "Draw the date")},
     {"no-photo-item", QT_TRANSLATE_NOOP("Words", "This is not a photo")},
+    {"nothing-for-list", QT_TRANSLATE_NOOP("Words", "The photo has nothing for this list")},
+    {"list-of-another-photo", QT_TRANSLATE_NOOP("Words", "The list holds the last photo, %1")},
+    {"list-is-no-dictionary", QT_TRANSLATE_NOOP("Words", "The list is no dictionary")},
+    {"list-has-no-photo-keys",
+     QT_TRANSLATE_NOOP("Words", "The list has no key that a photo takes")},
+    {"list-keys-left-out", QT_TRANSLATE_NOOP("Words", "Left out of the list: %1")},
+    {"list-keys-of-image", QT_TRANSLATE_NOOP("Words", "Kept as each photo has it: %1")},
 };
 
 // batch
