@@ -64,6 +64,7 @@ struct PhotoOptions {
     QStringList paths;
     QString job; ///< "stamp", …
     StampOptions stamp;
+    QString list; ///< "tiff", … of an export
 };
 
 // Each command returns an ExitStatus.

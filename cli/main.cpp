@@ -171,6 +171,7 @@ PhotoOptions photoOptions(const CLI::App& command, const PhotoArguments& argumen
     options.job = textOf(command.get_subcommands().front()->get_name());
     options.stamp = {givenText(arguments.position), givenText(arguments.layout),
                      givenText(arguments.font), givenText(arguments.color), arguments.fontSize};
+    options.list = textOf(arguments.list);
     return options;
 }
 

@@ -18,6 +18,14 @@ void addStampOptions(CLI::App& command, PhotoArguments& arguments) {
     command.add_option("--color", arguments.color)->type_name("#RRGGBB");
 }
 
+void addExportOptions(CLI::App& command, PhotoArguments& arguments) {
+    command
+        .add_option("LIST", arguments.list,
+                    "tiff, exif, exif-tiff, exif-gps, template or all: one list, of the last "
+                    "photo; each: one list for each photo")
+        ->required();
+}
+
 struct PhotoJobArguments {
     const char* name;
     const char* help;
@@ -25,12 +33,13 @@ struct PhotoJobArguments {
 };
 constexpr PhotoJobArguments kPhotoJobs[] = {
     {"stamp", "Draws the date of each photo onto a small JPEG copy of it", &addStampOptions},
+    {"export", "Writes the metadata of photos as property lists", &addExportOptions},
 };
 
 } // namespace
 
 CLI::App* addPhoto(CLI::App& app, PhotoArguments& arguments) {
-    CLI::App* photo = app.add_subcommand("photo", "Makes new photos of photos");
+    CLI::App* photo = app.add_subcommand("photo", "Makes new photos and property lists of photos");
     photo->require_subcommand(1);
     photo->fallthrough();
     for (const PhotoJobArguments& job : kPhotoJobs) {

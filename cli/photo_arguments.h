@@ -12,6 +12,7 @@ namespace clipheave::cli {
 struct PhotoArguments {
     std::vector<std::string> paths;
     std::string position, layout, font, color;
+    std::string list;
     int fontSize = 0;
 };
 /// Adds the command with one sub-command per job; the one that was given is then its only parsed

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/write_run.h"
 #include "media/preferences.h"
+#include "photo/photo_lists.h"
 #include "photo/stamp_order.h"
 
 #include <QColor>
@@ -63,6 +64,36 @@ int runStamp(const GlobalOptions& global, const PhotoOptions& options, Console& 
     return runOverPhotos(global, options, QStringLiteral("stamped"), order, console);
 }
 
+/// A list that is exported.
+struct ListExport {
+    const char* list;
+    void (photo::PhotoLists::*write)(const photo::PhotoRequest& request);
+};
+constexpr ListExport kListExports[] = {
+    {"tiff", &photo::PhotoLists::ExportTiffInfoToPlist},
+    {"exif", &photo::PhotoLists::ExportExifInfoToPlist},
+    {"exif-tiff", &photo::PhotoLists::ExportExifandTiffInfoToPlist},
+    {"exif-gps", &photo::PhotoLists::ExportExifandGPSInfoToPlist},
+    {"template", &photo::PhotoLists::ExportTemplateDataToPlist},
+    {"all", &photo::PhotoLists::ExportAllMetadataInfoToPlist},
+    {"each", &photo::PhotoLists::WriteSelectedItemsExifDataToPlist},
+};
+
+int runExport(const GlobalOptions& global, const PhotoOptions& options, Console& console) {
+    for (const ListExport& found : kListExports) {
+        if (options.list != QLatin1String(found.list))
+            continue;
+        const auto order = [&found](const auto& import, const auto& settings) {
+            return photo::listOrder(found.write, {import.localPhotoItemArray(), settings});
+        };
+        return runOverPhotos(global, options, QStringLiteral("exported"), order, console);
+    }
+    printError(QStringLiteral("photo export: \"%1\" is none of tiff, exif, exif-tiff, exif-gps, "
+                              "template, all, each")
+                   .arg(options.list));
+    return kWrongUsage;
+}
+
 /// One job of the photo menu.
 struct PhotoCommand {
     const char* name;
@@ -70,6 +101,7 @@ struct PhotoCommand {
 };
 constexpr PhotoCommand kPhotoCommands[] = {
     {"stamp", &runStamp},
+    {"export", &runExport},
 };
 
 } // namespace

@@ -165,4 +165,22 @@ void PhotoLists::ImportPlistToPhotos(const PhotoRequest& request, const QString&
             importInto(m_run, item, request.settings.storagelocation, *imported, rewrite);
 }
 
+jobs::RunOrder listOrder(void (PhotoLists::*write)(const PhotoRequest& request),
+                         PhotoRequest request) {
+    return photoOrder(
+        [write](jobs::Run& run, const PhotoRequest& part) {
+            PhotoLists lists(run);
+            (lists.*write)(part);
+        },
+        std::move(request));
+}
+
+jobs::RunOrder importOrder(const QString& plist, PhotoRewriter rewrite, PhotoRequest request) {
+    return photoOrder(
+        [plist, rewrite = std::move(rewrite)](jobs::Run& run, const PhotoRequest& part) {
+            PhotoLists(run).ImportPlistToPhotos(part, plist, rewrite);
+        },
+        std::move(request));
+}
+
 } // namespace clipheave::photo

@@ -57,4 +57,11 @@ private:
     jobs::Run& m_run;
 };
 
+/// Returns the order of an export over the items of the request.
+[[nodiscard]] jobs::RunOrder listOrder(void (PhotoLists::*write)(const PhotoRequest& request),
+                                       PhotoRequest request);
+/// Returns the order of an import of the list at `plist`.
+[[nodiscard]] jobs::RunOrder importOrder(const QString& plist, PhotoRewriter rewrite,
+                                         PhotoRequest request);
+
 } // namespace clipheave::photo

@@ -186,15 +186,10 @@ protected:
         m_request = {import.localPhotoItemArray(), {m_dir.path("out"), false, {}}};
         ASSERT_EQ(m_request.items.size(), 3u);
     }
+    using Export = void (PhotoLists::*)(const PhotoRequest& request);
+    QStringList exported(Export write) { return outcomesOf(listOrder(write, m_request)); }
     /// The outcomes in the order of the items, each "status outputs notes".
-    QStringList
-    outcomesOf(const std::function<void(PhotoLists& lists, const PhotoRequest& request)>& work) {
-        const auto order = photoOrder(
-            [&work](jobs::Run& run, const PhotoRequest& request) {
-                PhotoLists lists(run);
-                work(lists, request);
-            },
-            m_request);
+    static QStringList outcomesOf(const jobs::RunOrder& order) {
         const auto run = jobs::Run::create(order, order.allItems());
         run->paths().protect(order.sources);
         run->perform();
@@ -223,19 +218,16 @@ protected:
 } // namespace
 
 TEST_F(PhotoListJobs, TheLastPhotoWinsTheOneFile) {
-    const auto outcomes =
-        outcomesOf([](auto& lists, const auto& request) { lists.ExportTiffInfoToPlist(request); });
+    const auto outcomes = exported(&PhotoLists::ExportTiffInfoToPlist);
     EXPECT_EQ(outcomes, (QStringList{u"0  list of another photo: a.jpg"_s,
                                      u"0 ExportTiffInfo.plist "_s, u"3  nothing for list"_s}));
     EXPECT_EQ(written("ExportTiffInfo.plist").value(u"Artist"_s), QVariant(u"Second"_s));
-    outcomesOf(
-        [](auto& lists, const auto& request) { lists.ExportExifandGPSInfoToPlist(request); });
+    exported(&PhotoLists::ExportExifandGPSInfoToPlist);
     EXPECT_EQ(written("ExportExifandGPSInfo.plist").value(u"Latitude"_s), QVariant(-33.5));
 }
 
 TEST_F(PhotoListJobs, PhotosOfOneNameGetAFileEach) {
-    const auto outcomes = outcomesOf(
-        [](auto& lists, const auto& request) { lists.WriteSelectedItemsExifDataToPlist(request); });
+    const auto outcomes = exported(&PhotoLists::WriteSelectedItemsExifDataToPlist);
     EXPECT_EQ(outcomes,
               (QStringList{u"0 a.jpg.plist "_s, u"0 a.jpg 2.plist "_s, u"0 plain.png.plist "_s}));
     EXPECT_EQ(written("a.jpg 2.plist").value(u"{TIFF}"_s).toMap().value(u"Artist"_s),
@@ -255,9 +247,7 @@ TEST_F(PhotoListJobs, ImportWritesCopiesWithTheDatesOfThePhotos) {
     const auto& files = platform::NSFileManager::defaultManager();
     ASSERT_TRUE(files.setAttributes(m_request.items[1]->filePath, date, date));
     const auto importing = [&](const QString& plist) {
-        return outcomesOf([&](auto& lists, const auto& request) {
-            lists.ImportPlistToPhotos(request, plist, rewrite);
-        });
+        return outcomesOf(importOrder(plist, rewrite, m_request));
     };
     const QString plist = m_dir.write(
         "a.plist",
