@@ -10,8 +10,8 @@ namespace {
 constexpr int kMostAsfObjects = 1000;
 constexpr std::uint64_t kAsfObjectHeader = 24; ///< identifier and size
 constexpr std::uint64_t kAsfHeaderFields = 30, kAsfExtensionFields = 46;
-/// An extended description of a stream may hold the plain one, behind names and extensions.
-constexpr std::uint64_t kMostAsfDescription = 16 << 10;
+constexpr std::uint64_t kAsfExtendedFields = 88; ///< the last two: counts of names and extensions
+constexpr std::uint64_t kAsfNameFields = 4, kAsfPayloadFields = 22;
 
 constexpr char kAsfStreamProperties[] =
     "\x91\x07\xDC\xB7\xB7\xA9\xCF\x11\x8E\xE6\x00\xC0\x0C\x20\x53\x65";
@@ -36,25 +36,42 @@ public:
 
 private:
     void take(std::uint64_t at, std::uint64_t size);
-    void search(ByteView description);
+    void takeStream(ByteView properties);
+    void takeExtended(std::uint64_t at, std::uint64_t end);
 
     FileReader& m_reader;
     AsfStreams m_streams;
     int m_objects = 0;
 };
 
-void AsfHeader::search(ByteView description) {
-    const QByteArrayView bytes = description.bytes();
-    m_streams.audio = m_streams.audio || bytes.indexOf(asfIdentifier(kAsfAudioMedia)) >= 0;
-    m_streams.video = m_streams.video || bytes.indexOf(asfIdentifier(kAsfVideoMedia)) >= 0;
+void AsfHeader::takeStream(ByteView properties) {
+    const ByteView type = properties.sub(kAsfObjectHeader);
+    m_streams.audio = m_streams.audio || type.startsWith(asfIdentifier(kAsfAudioMedia));
+    m_streams.video = m_streams.video || type.startsWith(asfIdentifier(kAsfVideoMedia));
+}
+
+/// Walks the plain description that may stand behind names and payload extensions.
+void AsfHeader::takeExtended(std::uint64_t at, std::uint64_t end) {
+    const ByteView fields = m_reader.viewUpTo(at, kAsfExtendedFields);
+    const int names = fields.le16(84).value_or(0), extensions = fields.le16(86).value_or(0);
+    at += kAsfExtendedFields;
+    for (int i = 0; i < names + extensions && at < end; ++i) {
+        if (++m_objects > kMostAsfObjects)
+            return;
+        if (i < names)
+            at += kAsfNameFields + m_reader.viewUpTo(at, kAsfNameFields).le16(2).value_or(0);
+        else
+            at += kAsfPayloadFields + m_reader.viewUpTo(at, kAsfPayloadFields).le32(18).value_or(0);
+    }
+    walk(at, end);
 }
 
 void AsfHeader::take(std::uint64_t at, std::uint64_t size) {
-    const ByteView object = m_reader.viewUpTo(at, std::min(size, kMostAsfDescription));
+    const ByteView object = m_reader.viewUpTo(at, kAsfObjectHeader + 16);
     if (object.startsWith(asfIdentifier(kAsfStreamProperties)))
-        search(object.sub(kAsfObjectHeader, 16));
+        takeStream(object);
     else if (object.startsWith(asfIdentifier(kAsfExtendedStream)))
-        search(object);
+        takeExtended(at, at + size);
     else if (object.startsWith(asfIdentifier(kAsfHeaderExtension)))
         walk(at + kAsfExtensionFields, at + size);
 }

@@ -183,4 +183,22 @@ TEST_F(AudioToM4a, NamesWhatTheAudioLoses) {
                 0.1);
 }
 
+TEST_F(AudioToM4a, EndsChaptersWithTheAudio) {
+    const QString list = m_dir.write(
+        "chapters", ";FFMETADATA1\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=90000\ntitle=In\n");
+    for (const char* codec : {"aac", "flac"}) { // copied, encoded
+        const QString book = m_dir.path("book.mka");
+        testkit::ffmpeg(QByteArray("-f lavfi -i sine=d=2 -i % -map_chapters 1 -c:a ") + codec,
+                        {list, book});
+        const QString target = converted(book);
+        const QByteArray chapters = testkit::ffprobe(
+            "-of csv=p=0 -show_entries chapter=end_time:chapter_tags=title", target);
+        EXPECT_NEAR(chapters.left(8).toDouble(), 2, 0.1) << chapters;
+        EXPECT_TRUE(chapters.endsWith(",In\n")) << chapters;
+        EXPECT_NEAR(
+            testkit::ffprobe("-of csv=p=0 -show_entries format=duration", target).toDouble(), 2,
+            0.1);
+    }
+}
+
 } // namespace clipheave::platform

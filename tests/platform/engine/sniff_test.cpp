@@ -88,23 +88,22 @@ TEST(Sniff, StreamsOfAnAsfHeaderBehindLongObjects) {
     testkit::ffmpeg("-f lavfi -i testsrc=d=1:s=64x48:r=25 -f lavfi -i sine=d=1 -c:v wmv2 "
                     "-c:a wmav2",
                     {path});
-    const QByteArray plain = testkit::TempDir::read(path);
+    QByteArray plain = testkit::TempDir::read(path);
     const QByteArray extension = QByteArray::fromHex("b503bf5f2ea9cf118ee300c00c205365");
     const QByteArray padding = QByteArray::fromHex("74d40618dfca0945a4ba9aabcb96aae8");
+    const auto add = [](QByteArray& bytes, qsizetype place, int width, qsizetype more) {
+        quint64 size = 0;
+        for (int i = width; i-- > 0;)
+            size = size << 8 | static_cast<quint8>(bytes[place + i]);
+        bytes.replace(place, width, testkit::le(size + quint64(more), width));
+    };
     // The file with more in its header extension.
     const auto longer = [&](const QByteArray& contents) {
         QByteArray bytes = plain;
         const qsizetype at = bytes.indexOf(extension);
-        const auto add = [&](qsizetype place, int width) {
-            quint64 size = 0;
-            for (int i = width; i-- > 0;)
-                size = size << 8 | static_cast<quint8>(bytes[place + i]);
-            bytes.replace(place, width, testkit::le(size + quint64(contents.size()), width));
-        };
-        add(16, 8);
-        add(70, 8); // of the file
-        add(at + 16, 8);
-        add(at + 42, 4);
+        for (const auto& [place, width] :
+             {std::pair(16, 8), {70, 8}, {int(at) + 16, 8}, {int(at) + 42, 4}})
+            add(bytes, place, width, contents.size());
         return bytes.insert(at + 46, contents);
     };
     const auto sniffed = [&](const QByteArray& bytes) {
@@ -125,6 +124,22 @@ TEST(Sniff, StreamsOfAnAsfHeaderBehindLongObjects) {
     for (int i = 0; i < 500; ++i)
         nested += extension + testkit::le(quint64(500 - i) * 46, 8) + QByteArray(22, '\0');
     EXPECT_TRUE(sniffed(longer(nested)).hasVideo);
+
+    // The description of the video within its extended one, behind a long name.
+    const qsizetype video = plain.indexOf(QByteArray::fromHex("c0ef19bc4d5bcf11a8fd00805f5c442b"));
+    const auto size = qsizetype(static_cast<quint8>(plain[video - 8])); // of the object
+    const QByteArray stream = plain.mid(video - 24, size);
+    plain.remove(video - 24, size);
+    add(plain, 16, 8, -size);
+    EXPECT_FALSE(sniffed(plain).hasVideo);
+    const QByteArray name = testkit::le(0, 2) + testkit::le(30'000, 2) + QByteArray(30'000, 'n');
+    const QByteArray payload = QByteArray(18, 'p') + testkit::le(3, 4) + "abc";
+    const QByteArray rest =
+        QByteArray(60, '\0') + testkit::le(1, 2) + testkit::le(1, 2) + name + payload + stream;
+    const QByteArray within = longer(QByteArray::fromHex("cba5e61472c632438399a96952065b5a") +
+                                     testkit::le(quint64(rest.size()) + 24, 8) + rest);
+    EXPECT_TRUE(sniffed(within).hasVideo);
+    EXPECT_EQ((*MediaFile::open(dir.path("b.wmv")))->facts().pixelSize, QSize(64, 48));
 }
 
 } // namespace clipheave::platform
