@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Measures the whole window: an import with the list on screen, the start up to the first frame,
 // the choice of another video. Prints rows as list_bench does.
-// usage: window_bench import FOLDER | frame STARTED | select VIDEO VIDEO… | jobs VIDEO VIDEO…
+// usage: window_bench import FOLDER | frame STARTED | select VIDEO VIDEO… | jobs VIDEO VIDEO… |
+// grid FOLDER
 //   STARTED: nanoseconds of the monotonic clock when the program was started
 #include "app/AppDelegate.h"
 #include "app/commands/surroundings.h"
 #include "app/list/media_list_model.h"
 #include "app/list/media_table_view.h"
+#include "app/list/photo_grid.h"
+#include "app/list/photo_tile_delegate.h"
 #include "app/panes/detail_pane.h"
 #include "app/panes/player_view.h"
 #include "app/panes/video_pane_view.h"
@@ -17,10 +20,12 @@
 #include "platform/player/mpv_player.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QScrollBar>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -115,6 +120,50 @@ int measureImport(app::AppDelegate& controller, const QString& folder) {
         return 1;
     measureRemoval(controller);
     return controller.localPhotoItemArray().size() == 1 ? 0 : 1;
+}
+
+/// Returns whether every tile on the screen has its image.
+bool showsAllTiles(app::PhotoGrid& grid) {
+    const QRect shown = grid.viewport()->rect();
+    bool any = false;
+    for (int row = 0; row < grid.model()->rowCount(); ++row) {
+        const QRect tile = grid.visualRect(grid.model()->index(row, 0));
+        if (!tile.intersects(shown)) {
+            if (any)
+                break;
+            continue;
+        }
+        any = true;
+        const auto item = grid.listModel()->itemAt(row);
+        if (!item ||
+            grid.thumbnailService()->image(*item, app::PhotoTileDelegate::shape()).isNull())
+            return false;
+    }
+    return any;
+}
+
+/// Photos into the grid, whose thumbnails nobody has made before: the first screen, then all, a
+/// screen at a time.
+int measureGrid(app::AppDelegate& controller, const QString& folder) {
+    QDir(app::ThumbnailCache::defaultFolder()).removeRecursively(); // that of tests alone
+    app::MainWindow* window = controller.mainWindow();
+    auto* grid = window->findChild<app::PhotoGrid*>();
+    const Stopwatch watch;
+    controller.importPhotoPaths({folder});
+    QMetaObject::invokeMethod(window, "showPhotos");
+    if (!waitFor([&] { return showsAllTiles(*grid); }))
+        return 1;
+    bench::report("first screen of the photo grid", watch.milliseconds(), 300, "ms");
+    if (!waitFor([&] { return !controller.isImporting(); }, kMostImport))
+        return 1;
+    QScrollBar* bar = grid->verticalScrollBar();
+    while (bar->value() < bar->maximum()) {
+        bar->setValue(bar->value() + bar->pageStep());
+        if (!waitFor([&] { return showsAllTiles(*grid); }))
+            return 1;
+    }
+    bench::tell("all tiles of the photo grid, scrolled", watch.milliseconds(), "ms");
+    return 0;
 }
 
 /// Medians over several choices; the first, for which the player itself is made, is separate.
@@ -233,6 +282,8 @@ int main(int argc, char** argv) {
         result = measureImport(controller, arguments.value(1));
     else if (what == u"select")
         result = measureSelection(controller, arguments.mid(1));
+    else if (what == u"grid")
+        result = measureGrid(controller, arguments.value(1));
     else if (what == u"jobs")
         result = measureJobs(controller, arguments.mid(1));
     else

@@ -9,7 +9,7 @@ namespace clipheave::photo {
 
 namespace {
 
-constexpr qint64 kAllPixels = 150'000'000;
+constexpr qint64 kAllPixels = 100'000'000;
 
 struct Budget {
     std::mutex mutex;

@@ -6,7 +6,7 @@
 
 namespace clipheave::photo {
 
-/// Keeps the images that are decoded at the same time within 150 million pixels, about 1.5 GB,
+/// Keeps the images that are decoded at the same time within 100 million pixels, about 1 GB,
 /// however many cores there are: a share waits until there is room for it. One that is larger than
 /// all of it waits until it is alone. Any thread; a thread holds at most one.
 class PixelShare {

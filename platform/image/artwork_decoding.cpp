@@ -8,6 +8,8 @@
 #include <QBuffer>
 #include <QImageReader>
 
+#include <algorithm>
+
 namespace clipheave::platform {
 
 namespace {
@@ -28,6 +30,16 @@ void allowLargeImages() {
 
 bool hasTooManyPixels(QSize size) {
     return size.isValid() && qint64{size.width()} * size.height() > kMostArtworkPixels;
+}
+
+QSize jpegFraction(QSize size, int side) {
+    constexpr int kSteps = 8;
+    const int longest = std::max({size.width(), size.height(), 1});
+    const int steps = std::clamp((kSteps * side + longest - 1) / longest, 1, kSteps);
+    const auto part = [steps](int whole) {
+        return static_cast<int>((qint64{whole} * steps + kSteps - 1) / kSteps);
+    };
+    return {part(size.width()), part(size.height())};
 }
 
 Result<QImage> decodedArtwork(const QByteArray& bytes, MessageCode operation, const QString& path) {

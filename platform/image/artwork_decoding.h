@@ -17,6 +17,10 @@ namespace clipheave::platform {
 /// healthy ones over 128 MiB. Any thread.
 void allowLargeImages();
 
+/// Returns the smallest size that the decoder of JPEG makes of an image while it decodes, eighths
+/// of its sides, whose longer side has at least `side` pixels; the whole size when it has fewer.
+[[nodiscard]] QSize jpegFraction(QSize size, int side);
+
 /// Returns the pixels of an encoded image, upright. LimitExceeded when hasTooManyPixels(),
 /// InvalidData when it cannot be decoded to its end; `operation` and `path` are the error's.
 [[nodiscard]] Result<QImage> decodedArtwork(const QByteArray& bytes, MessageCode operation,

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <memory>
-#include <type_traits>
+#include <utility>
 
 namespace clipheave::platform {
 
@@ -86,9 +86,9 @@ QImage converted(const QImage& image, const QByteArray& profileBytes) {
     return to;
 }
 
-QImage overWhite(const QImage& image) {
+QImage overWhite(QImage image) {
     if (!image.hasAlphaChannel())
-        return image.convertToFormat(QImage::Format_RGB32);
+        return std::move(image).convertToFormat(QImage::Format_RGB32); // in place where it can be
     QImage opaque(image.size(), QImage::Format_RGB32);
     opaque.fill(Qt::white);
     QPainter(&opaque).drawImage(0, 0, image);
@@ -102,15 +102,14 @@ bool isSrgb(const QImage& image, const QByteArray& profile) {
 
 } // namespace
 
-QImage opaqueInSrgb(const QImage& image, const QByteArray& profile) {
+QImage opaqueInSrgb(QImage image, const QByteArray& profile) {
     if (image.isNull())
         return {};
+    const int dotsAcross = image.dotsPerMeterX(), dotsDown = image.dotsPerMeterY();
     QImage plain = isSrgb(image, profile) ? QImage() : converted(image, profile);
-    if (plain.isNull())
-        plain = image;
-    QImage opaque = overWhite(plain);
-    opaque.setDotsPerMeterX(image.dotsPerMeterX());
-    opaque.setDotsPerMeterY(image.dotsPerMeterY());
+    QImage opaque = overWhite(plain.isNull() ? std::move(image) : std::move(plain));
+    opaque.setDotsPerMeterX(dotsAcross);
+    opaque.setDotsPerMeterY(dotsDown);
     opaque.setColorSpace({});
     return opaque;
 }

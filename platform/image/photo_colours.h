@@ -9,7 +9,7 @@ namespace clipheave::platform {
 /// Returns the image in the colours of sRGB, 8 bits a component, opaque (QImage::Format_RGB32):
 /// converted from the ICC profile, transparent parts over white. A profile that cannot be read, or
 /// is for other components than the image has, counts as none. Null for a null image.
-[[nodiscard]] QImage opaqueInSrgb(const QImage& image, const QByteArray& profile);
+[[nodiscard]] QImage opaqueInSrgb(QImage image, const QByteArray& profile);
 /// Returns the profile of Adobe RGB (1998): of photos that name it without embedding it.
 [[nodiscard]] QByteArray adobeRgbProfile();
 

@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <array>
 #include <dlfcn.h>
+#include <utility>
 
 namespace clipheave::platform {
 
@@ -152,12 +153,13 @@ QImage readScaled(QIODevice& device, int side) {
     if (!isDecodedFormat(reader.format()))
         return {};
     const QSize size = reader.size();
-    const bool shrinks = reader.format() == "jpeg"; // while it decodes
-    if (hasTooManyPixels(shrinks ? size / kMostJpegShrinking : size))
+    const bool isJpeg = reader.format() == "jpeg"; // shrinks while it decodes
+    if (hasTooManyPixels(isJpeg ? size / kMostJpegShrinking : size))
         return {};
     allowLargeImages();
-    // To twice the size, because JPEG decoders scale in steps; smooth scaling does the rest.
-    if (std::max(size.width(), size.height()) > 2 * side)
+    if (isJpeg && !size.isEmpty())
+        reader.setScaledSize(jpegFraction(size, side));
+    else if (std::max(size.width(), size.height()) > 2 * side) // smooth scaling does the rest
         reader.setScaledSize(
             size.scaled(2 * side, 2 * side, Qt::KeepAspectRatio).expandedTo(QSize(1, 1)));
     reader.setAutoTransform(true);
@@ -175,7 +177,7 @@ QImage rawThumbnail(FileReader& reader, int side) {
     auto raw = RawPhoto::open(reader);
     if (!raw || !isRawRather(*raw, reader))
         return {};
-    const QImage preview = raw->preview();
+    const QImage preview = raw->preview(side);
     if (std::max(preview.width(), preview.height()) >= side)
         return preview;
     const auto image = raw->image();
@@ -191,7 +193,7 @@ Result<QImage> decodedPhoto(FileReader& reader, const PhotoHints& hints) {
     QByteArray profile = stored->profile;
     if (profile.isEmpty() && hints.isAdobeRgb)
         profile = adobeRgbProfile();
-    const QImage opaque = opaqueInSrgb(stored->image, profile);
+    const QImage opaque = opaqueInSrgb(std::move(stored->image), profile);
     if (opaque.isNull())
         return photoFailure(ErrorCode::LimitExceeded, reader, kTooManyPixels);
     return stored->isUpright ? opaque : uprightImage(opaque, hints.orientation);

@@ -22,9 +22,9 @@ struct PhotoHints {
 /// its end, with the decoder's reason. For worker threads.
 [[nodiscard]] Result<QImage> decodedPhoto(FileReader& reader, const PhotoHints& hints);
 
-/// Returns the photo upright within about `side` to twice as many pixels, never enlarged, fast: of
-/// the preview that a raw or HEIF file holds, of a JPEG decoded at a fraction of its size. Null
-/// when it cannot be shown. Transparent parts stay so. For worker threads.
+/// Returns the photo upright with about `side` to twice as many pixels on its longer side, never
+/// enlarged, fast: of the preview that a raw or HEIF file holds, of a JPEG decoded at a fraction of
+/// its size. Null when it cannot be shown. Transparent parts stay so. For worker threads.
 [[nodiscard]] QImage photoThumbnail(FileReader& reader, int side);
 /// The same of an encoded image in memory.
 [[nodiscard]] QImage imageThumbnail(const QByteArray& bytes, int side);

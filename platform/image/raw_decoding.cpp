@@ -47,13 +47,17 @@ QImage bitmapOf(const libraw_processed_image_t& pixels) {
     return image.convertToFormat(QImage::Format_RGB32); // the pixels belong to the library
 }
 
-QImage jpegOf(const libraw_processed_image_t& encoded) {
+QImage jpegOf(const libraw_processed_image_t& encoded, std::optional<int> side) {
     QByteArray bytes(reinterpret_cast<const char*>(encoded.data),
                      static_cast<qsizetype>(encoded.data_size));
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::ReadOnly);
     QImageReader reader(&buffer, "jpeg");
-    return hasTooManyPixels(reader.size()) ? QImage() : reader.read();
+    if (hasTooManyPixels(reader.size()))
+        return {};
+    if (side && !reader.size().isEmpty())
+        reader.setScaledSize(jpegFraction(reader.size(), *side));
+    return reader.read();
 }
 
 /// Some cameras rotate the preview themselves.
@@ -110,7 +114,7 @@ QSize RawPhoto::size() const {
     return {m_state->raw->sizes.width, m_state->raw->sizes.height};
 }
 
-QImage RawPhoto::preview() {
+QImage RawPhoto::preview(std::optional<int> side) {
     libraw_data_t* raw = m_state->raw.get();
     int status = libraw_unpack_thumb(raw);
     if (status != 0)
@@ -118,7 +122,7 @@ QImage RawPhoto::preview() {
     const MemoryImage made(libraw_dcraw_make_mem_thumb(raw, &status), &libraw_dcraw_clear_mem);
     if (!made)
         return {};
-    const QImage image = made->type == LIBRAW_IMAGE_JPEG ? jpegOf(*made) : bitmapOf(*made);
+    const QImage image = made->type == LIBRAW_IMAGE_JPEG ? jpegOf(*made, side) : bitmapOf(*made);
     const int flip = raw->sizes.flip;
     return isRotatedAlready(image, size(), flip) ? image : rotated(image, flip);
 }

@@ -7,6 +7,7 @@
 #include <QImage>
 
 #include <memory>
+#include <optional>
 
 namespace clipheave::platform {
 
@@ -26,8 +27,9 @@ public:
     /// Returns the size of the developed image, as stored, before the rotation.
     [[nodiscard]] QSize size() const;
     /// Returns the largest JPEG or bitmap that the camera has put into the file, upright; null when
-    /// there is none that can be decoded.
-    [[nodiscard]] QImage preview();
+    /// there is none that can be decoded. `side`: a JPEG is decoded to at least as many pixels on
+    /// its longer side, which is faster than all of them.
+    [[nodiscard]] QImage preview(std::optional<int> side = {});
     /// Returns the image as people know it, upright: the camera's own where it is as large as the
     /// photo (at least nine tenths of each side), because it has the camera's colours, else
     /// developed in sRGB.
