@@ -24,6 +24,11 @@ namespace clipheave::metadata {
 class VideoMetadata;
 } // namespace clipheave::metadata
 
+namespace clipheave::photo {
+class PhotoLists;
+struct PhotoRequest;
+} // namespace clipheave::photo
+
 namespace clipheave::video {
 class VideoJobs;
 struct VideoJobRequest;
@@ -181,6 +186,14 @@ public:
 
     // Photos
     Q_INVOKABLE void AddDateOnPhotoAction(); ///< stamped copies, by the preferences
+    // Property lists of the selection, one file each but for the last.
+    Q_INVOKABLE void ExportTiffInfoToPlist();
+    Q_INVOKABLE void ExportExifInfoToPlist();
+    Q_INVOKABLE void ExportExifandTiffInfoToPlist();
+    Q_INVOKABLE void ExportExifandGPSInfoToPlist();
+    Q_INVOKABLE void ExportTemplateDataToPlist();
+    Q_INVOKABLE void ExportAllMetadataInfoToPlist();
+    Q_INVOKABLE void WriteSelectedItemsExifDataToPlist(); ///< a file for each photo
 
     /// Logs that a command is not available yet.
     Q_INVOKABLE void notAvailableYet(const QString& command);
@@ -218,6 +231,8 @@ private:
     using VideoWorker = void (AppDelegate::*)(video::VideoJobs& jobs,
                                               const video::VideoJobRequest& request);
     void detachVideoWorker(VideoWorker worker, const QString& activity);
+    void exportLists(void (photo::PhotoLists::*write)(const photo::PhotoRequest& request),
+                     const QString& title);
     [[nodiscard]] jobs::RunSettings runSettings() const;
     [[nodiscard]] std::vector<media::ItemPointer> selectedItems() const;
     /// Changes the items of these paths, in the list and in the pane.

@@ -4,6 +4,7 @@
 accessibility tree, files and the exit status come out."""
 import hashlib
 import pathlib
+import plistlib
 import re
 import shutil
 import struct
@@ -249,13 +250,29 @@ class VideoJobTest(WindowTest):
 
 
 class PhotoToolTest(WindowTest):
-    def test_stamp_from_the_grid(self):
+    def select_photo(self):
         user = self.user
         user.open_by_panel(self.demo / "Photos/IMG_0412.jpg", "Ctrl+Shift+o")
         photos = eventually(lambda: user.tree.find("list", "Photo browser"), "the photo browser")
         tile = eventually(lambda: next((n for n in photos.children if n.name == "IMG_0412.jpg"), None), "its tile")
         user.click_on(tile)
         eventually(lambda: "selected" in tile.states, "the photo is selected")
+        return user
+
+    def test_export_all_metadata_from_the_grid(self):
+        user = self.select_photo()
+        user.click("button menu", "Property List")
+        eventually(user.hands.menu_is_open, "the menu is open")
+        user.hands.key(*["Down"] * 6, "Return")
+        made = storage(user) / "ExportAllMetadataInfo.plist"
+        eventually(made.exists, "the property list")
+        listed = plistlib.loads(made.read_bytes())
+        taken = subprocess.run(["exiftool", "-s3", "-DateTimeOriginal", self.demo / "Photos/IMG_0412.jpg"],
+                               capture_output=True, text=True, check=True).stdout.strip()
+        self.assertEqual(listed["{Exif}"]["DateTimeOriginal"], taken)
+
+    def test_stamp_from_the_grid(self):
+        user = self.select_photo()
         user.click("button menu", "Date Stamp")
         eventually(user.hands.menu_is_open, "the menu is open")
         user.hands.key("Down", "Return")

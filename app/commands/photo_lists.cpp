@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "photo/photo_lists.h"
+#include "app/AppDelegate.h"
+#include "app/activity/activity_model.h"
+#include "app/commands/surroundings.h"
+#include "app/commands/write_report.h"
+#include "app/jobs/job_board.h"
+#include "app/windows/main_window.h"
+
+namespace clipheave::app {
+
+void AppDelegate::ExportTiffInfoToPlist() {
+    exportLists(&photo::PhotoLists::ExportTiffInfoToPlist, tr("Export TIFF data"));
+}
+void AppDelegate::ExportExifInfoToPlist() {
+    exportLists(&photo::PhotoLists::ExportExifInfoToPlist, tr("Export EXIF data"));
+}
+void AppDelegate::ExportExifandTiffInfoToPlist() {
+    exportLists(&photo::PhotoLists::ExportExifandTiffInfoToPlist, tr("Export EXIF and TIFF data"));
+}
+void AppDelegate::ExportExifandGPSInfoToPlist() {
+    exportLists(&photo::PhotoLists::ExportExifandGPSInfoToPlist, tr("Export EXIF and GPS data"));
+}
+void AppDelegate::ExportTemplateDataToPlist() {
+    exportLists(&photo::PhotoLists::ExportTemplateDataToPlist, tr("Export a template"));
+}
+void AppDelegate::ExportAllMetadataInfoToPlist() {
+    exportLists(&photo::PhotoLists::ExportAllMetadataInfoToPlist, tr("Export all metadata"));
+}
+void AppDelegate::WriteSelectedItemsExifDataToPlist() {
+    exportLists(&photo::PhotoLists::WriteSelectedItemsExifDataToPlist, tr("Export each photo"));
+}
+
+void AppDelegate::exportLists(void (photo::PhotoLists::*write)(const photo::PhotoRequest& request),
+                              const QString& title) {
+    const auto items = selectedItems();
+    if (items.empty())
+        return showNoSelectionAlert();
+    BoardJob job;
+    job.title = title;
+    job.order = photo::listOrder(write, {items, runSettings()});
+    WriteReport{*m_activity, *m_surroundings->workspace, [this] { Q_EMIT saveFinished(); }}
+        .attachTo(job);
+    m_board->start(job);
+}
+
+} // namespace clipheave::app
