@@ -96,6 +96,25 @@ bool openForQt(QFile& file, const FileReader& reader) {
            file.seek(0);
 }
 
+/// Returns whether the image data of a JPEG file goes on to its end: the decoder takes what is
+/// there and leaves the rest grey. Source: ITU-T T.81, B.1.1.2 to B.1.1.4.
+bool isWholeJpeg(const QByteArray& jpeg) {
+    const ByteView bytes(jpeg);
+    std::uint64_t at = 2;
+    while (bytes.u8(at) == 0xff && bytes.be16(at) != 0xffda)
+        at += bytes.be16(at) == 0xffff ? 1 : 2u + bytes.be16(at + 2).value_or(0);
+    return jpeg.lastIndexOf("\xff\xd9") > static_cast<qsizetype>(at);
+}
+
+Result<void> checkJpeg(FileReader& reader) {
+    const auto bytes = allBytes(reader);
+    if (!bytes)
+        return tl::unexpected(bytes.error());
+    if (!isWholeJpeg(*bytes))
+        return photoFailure(ErrorCode::Truncated, reader, {});
+    return {};
+}
+
 Result<StoredImage> readQtImage(FileReader& reader) {
     allowLargeImages();
     QFile file;
@@ -103,11 +122,14 @@ Result<StoredImage> readQtImage(FileReader& reader) {
         return photoFailure(ErrorCode::Io, reader, file.errorString());
     QImageReader decoder(&file);
     decoder.setDecideFormatFromContent(true);
+    const bool isJpeg = decoder.format() == "jpeg";
     if (!isDecodedFormat(decoder.format()))
         return photoFailure(ErrorCode::NotSupported, reader, kNoDecoder);
     if (hasTooManyPixels(decoder.size()))
         return photoFailure(ErrorCode::LimitExceeded, reader, kTooManyPixels);
-    const bool isJpeg = decoder.format() == "jpeg";
+    if (isJpeg)
+        if (const auto whole = checkJpeg(reader); !whole)
+            return tl::unexpected(whole.error());
     StoredImage stored{decoder.read(), {}, false};
     if (stored.image.isNull())
         return photoFailure(ErrorCode::InvalidData, reader, decoder.errorString());

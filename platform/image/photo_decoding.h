@@ -18,8 +18,8 @@ struct PhotoHints {
 /// Returns the main image of a photo as people see it: upright, in the colours of sRGB, opaque over
 /// white, QImage::Format_RGB32 with the file's resolution. Qt's readers take JPEG, PNG, WebP, TIFF
 /// and simpler formats, libheif HEIF and AVIF, libraw raw photos. LimitExceeded over 100 million
-/// pixels, NotSupported for a format without a decoder, InvalidData when it cannot be decoded to
-/// its end, with the decoder's reason. For worker threads.
+/// pixels, NotSupported for a format without a decoder, Truncated for a JPEG file that is cut in
+/// its image, else InvalidData with the decoder's reason. For worker threads.
 [[nodiscard]] Result<QImage> decodedPhoto(FileReader& reader, const PhotoHints& hints);
 
 /// Returns the photo upright with about `side` to twice as many pixels on its longer side, never
