@@ -64,7 +64,10 @@ struct PhotoOptions {
     QStringList paths;
     QString job; ///< "stamp", …
     StampOptions stamp;
-    QString list; ///< "tiff", … of an export
+    QString list;                                      ///< "tiff", … of an export
+    QString block;                                     ///< that "remove" takes away
+    QString latitude, longitude, altitude, date, time; ///< of "gps" and "change-gps"
+    std::vector<std::pair<QString, QString>> set;      ///< FIELD, TEXT of "apply"
 };
 
 // Each command returns an ExitStatus.

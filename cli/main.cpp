@@ -134,19 +134,27 @@ void addPathCommands(CLI::App& app, Arguments& arguments) {
             ->required();
 }
 
+/// Splits each "FIELD=TEXT"; false, with an error printed, when one has no "=".
+bool splitPairs(const std::vector<std::string>& arguments,
+                std::vector<std::pair<QString, QString>>& pairs) {
+    for (const std::string& pair : arguments) {
+        const std::size_t equals = pair.find('=');
+        if (equals == std::string::npos) {
+            printError(QStringLiteral("--set takes FIELD=TEXT, not \"%1\"").arg(textOf(pair)));
+            return false;
+        }
+        pairs.emplace_back(textOf(pair.substr(0, equals)), textOf(pair.substr(equals + 1)));
+    }
+    return true;
+}
+
 int save(const Arguments& arguments, Console& console) {
     SaveOptions options;
     options.paths = absolutePaths(arguments.paths);
     if (!arguments.artwork.empty())
         options.artwork = absolutePath(textOf(arguments.artwork));
-    for (const std::string& pair : arguments.set) {
-        const std::size_t equals = pair.find('=');
-        if (equals == std::string::npos) {
-            printError(QStringLiteral("--set takes FIELD=TEXT, not \"%1\"").arg(textOf(pair)));
-            return kWrongUsage;
-        }
-        options.set.emplace_back(textOf(pair.substr(0, equals)), textOf(pair.substr(equals + 1)));
-    }
+    if (!splitPairs(arguments.set, options.set))
+        return kWrongUsage;
     return runSave(arguments.global, options, console);
 }
 
@@ -172,6 +180,12 @@ PhotoOptions photoOptions(const CLI::App& command, const PhotoArguments& argumen
     options.stamp = {givenText(arguments.position), givenText(arguments.layout),
                      givenText(arguments.font), givenText(arguments.color), arguments.fontSize};
     options.list = textOf(arguments.list);
+    options.block = textOf(arguments.block);
+    options.latitude = textOf(arguments.latitude);
+    options.longitude = textOf(arguments.longitude);
+    options.altitude = textOf(arguments.altitude);
+    options.date = textOf(arguments.date);
+    options.time = textOf(arguments.time);
     return options;
 }
 
@@ -181,6 +195,13 @@ std::unique_ptr<QCoreApplication> applicationFor(bool drawsText, int& argc, char
         return std::make_unique<QCoreApplication>(argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     return std::make_unique<QGuiApplication>(argc, argv);
+}
+
+int photo(const GlobalOptions& global, const CLI::App& command, const PhotoArguments& arguments,
+          Console& console) {
+    PhotoOptions options = photoOptions(command, arguments);
+    return splitPairs(arguments.set, options.set) ? runPhoto(global, options, console)
+                                                  : kWrongUsage;
 }
 
 int run(int argc, char** argv) {
@@ -231,7 +252,7 @@ int run(int argc, char** argv) {
                          textOf(videoArguments.choice)},
                         console);
     if (photoCommand->parsed())
-        return runPhoto(global, photoOptions(*photoCommand, photoArguments), console);
+        return photo(global, *photoCommand, photoArguments, console);
     for (const PathCommand& command : kPathCommands)
         if (app.got_subcommand(command.name))
             return command.run(global, absolutePaths(arguments.paths), console);

@@ -26,12 +26,42 @@ void addExportOptions(CLI::App& command, PhotoArguments& arguments) {
         ->required();
 }
 
+void addBlock(CLI::App& command, PhotoArguments& arguments) {
+    command.add_option("BLOCK", arguments.block, "exif, gps, iptc, exif-gps or all")->required();
+}
+
+void addPlace(CLI::App& command, PhotoArguments& arguments) {
+    command.add_option("LAT", arguments.latitude, "Degrees, south is negative")->required();
+    command.add_option("LON", arguments.longitude, "Degrees, west is negative")->required();
+    command.add_option("ALT", arguments.altitude, "Metres")->required();
+}
+
+void addPlaceAndTime(CLI::App& command, PhotoArguments& arguments) {
+    addPlace(command, arguments);
+    command.add_option("--date", arguments.date, "Universal date")
+        ->type_name("YYYY:MM:DD")
+        ->required();
+    command.add_option("--time", arguments.time, "Universal time")
+        ->type_name("HH:MM:SS")
+        ->required();
+}
+
+void addFields(CLI::App& command, PhotoArguments& arguments) {
+    command.add_option("--set", arguments.set, "FIELD=TEXT, as often as needed")
+        ->type_name("FIELD=TEXT")
+        ->allow_extra_args(false);
+}
+
 struct PhotoJobArguments {
     const char* name;
     const char* help;
     void (*addOptions)(CLI::App& command, PhotoArguments& arguments);
 };
 constexpr PhotoJobArguments kPhotoJobs[] = {
+    {"remove", "Copies of the photos without a block of metadata", &addBlock},
+    {"gps", "Copies of the photos with this position", &addPlaceAndTime},
+    {"change-gps", "Copies with this position and without EXIF data", &addPlace},
+    {"apply", "Types values into the fields of the photo pane", &addFields},
     {"stamp", "Draws the date of each photo onto a small JPEG copy of it", &addStampOptions},
     {"export", "Writes the metadata of photos as property lists", &addExportOptions},
 };

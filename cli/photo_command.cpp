@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/photo_edit_commands.h"
 #include "cli/write_run.h"
 #include "media/preferences.h"
 #include "photo/photo_lists.h"
@@ -100,8 +101,9 @@ struct PhotoCommand {
     int (*run)(const GlobalOptions& global, const PhotoOptions& options, Console& console);
 };
 constexpr PhotoCommand kPhotoCommands[] = {
-    {"stamp", &runStamp},
-    {"export", &runExport},
+    {"stamp", &runStamp},        {"export", &runExport},  {"stamp", &runStamp},
+    {"remove", &runPhotoRemove}, {"gps", &runPhotoPlace}, {"change-gps", &runPhotoPlace},
+    {"apply", &runPhotoApply},
 };
 
 } // namespace

@@ -11,6 +11,16 @@ using platform::MessageCode;
 inline constexpr MessageCode kStampDate{"stamp-date"};
 
 inline constexpr MessageCode kNoPhotoItem{"no-photo-item"};
+inline constexpr MessageCode kSameNameHere{"same-name-here"}; ///< the other output's name
+
+// Why the texts of a sheet or pane cannot be written; the text.
+inline constexpr MessageCode kValueEmpty{"value-empty"}; ///< the fixed text of the alert
+inline constexpr MessageCode kPhotoLatitudeNotInRange{"photo-latitude-not-in-range"};
+inline constexpr MessageCode kPhotoLongitudeNotInRange{"photo-longitude-not-in-range"};
+inline constexpr MessageCode kPhotoAltitudeNotInRange{"photo-altitude-not-in-range"};
+inline constexpr MessageCode kNoDateStamp{"no-date-stamp"};
+inline constexpr MessageCode kNoTimeStamp{"no-time-stamp"};
+inline constexpr MessageCode kNoCameraDate{"no-camera-date"};
 
 // Property lists.
 inline constexpr MessageCode kNothingForList{"nothing-for-list"};

@@ -35,5 +35,23 @@ inline constexpr MessageCode kExifUnreadable{"exif-unreadable"};
 inline constexpr MessageCode kImageHeaderTooLong{"image-header-too-long"};
 inline constexpr MessageCode kNoImageHeader{"no-image-header"};
 inline constexpr MessageCode kTagsNeedTooMuchMemory{"tags-need-too-much-memory"};
+inline constexpr MessageCode kTooManyDirectories{"too-many-directories"};
+inline constexpr MessageCode kIptcUnreadable{"iptc-unreadable"};
+inline constexpr MessageCode kXmpUnreadable{"xmp-unreadable"};
+inline constexpr MessageCode kJpegBroken{"jpeg-broken"};
+inline constexpr MessageCode kPngBroken{"png-broken"};
+inline constexpr MessageCode kWebpBroken{"webp-broken"};
+inline constexpr MessageCode kPhotoTooLarge{"photo-too-large"};
+inline constexpr MessageCode kBlockTooLarge{"block-too-large"};
+inline constexpr MessageCode kPhotoKindNotWritten{"photo-kind-not-written"};
+inline constexpr MessageCode kRawNeedsExif{"raw-needs-exif"};
+
+// Notes on a photo that was written.
+inline constexpr MessageCode kUnreadableXmpRemoved{"unreadable-xmp-removed"};
+inline constexpr MessageCode kUnreadableXmpKept{"unreadable-xmp-kept"};
+inline constexpr MessageCode kFurtherImageKept{"further-image-kept"};
+inline constexpr MessageCode kPropertiesNotWritten{"properties-not-written"}; ///< names
+inline constexpr MessageCode kThermalDataKept{"thermal-data-kept"};
+inline constexpr MessageCode kMotionVideoKept{"motion-video-kept"};
 
 } // namespace clipheave::platform

@@ -189,4 +189,59 @@ void addIptcDictionary(const Exiv2::IptcData& data, PhotoTags& tags) {
     }
 }
 
+namespace {
+
+/// Returns the library's name of a published one.
+std::string libraryName(const QString& name, std::string_view group) {
+    const auto named = [&](const auto& table) -> std::string {
+        for (const SpecialTag& row : table)
+            if (row.name != nullptr && name == QLatin1String(row.name))
+                return std::string(row.tag);
+        return {};
+    };
+    if (group == "Photo") {
+        const std::string special = named(kSpecialPhotoTags);
+        return special.empty() ? name.toStdString() : special;
+    }
+    if (group == "GPSInfo") {
+        const std::string special = named(kSpecialGpsTags);
+        return special.empty() ? "GPS" + name.toStdString() : special;
+    }
+    const std::string plain = name.toStdString();
+    const bool isShown =
+        std::find(std::begin(kTiffNames), std::end(kTiffNames), plain) != std::end(kTiffNames);
+    return isShown ? plain : std::string();
+}
+
+/// Returns the type as a file has it: the library has more.
+std::uint16_t typeInFile(Exiv2::TypeId type) {
+    return type == Exiv2::comment ? static_cast<std::uint16_t>(Exiv2::undefined)
+                                  : static_cast<std::uint16_t>(type);
+}
+
+} // namespace
+
+std::optional<TagNumber> tagOfProperty(const QString& name, const char* group) {
+    const std::string tag = libraryName(name, group);
+    if (tag.empty())
+        return std::nullopt;
+    try {
+        const Exiv2::ExifKey key("Exif." + std::string(group) + "." + tag);
+        return TagNumber{key.tag(), typeInFile(key.defaultTypeId())};
+    } catch (const Exiv2::Error&) {
+        return std::nullopt;
+    }
+}
+
+std::vector<std::uint16_t> tagsOfTiffDictionary() {
+    static constexpr std::string_view kOfImage[] = {"Orientation", "XResolution",
+                                                    "YResolution", "ResolutionUnit",
+                                                    "Compression", "PhotometricInterpretation"};
+    std::vector<std::uint16_t> tags;
+    for (const std::string_view name : kTiffNames)
+        if (std::find(std::begin(kOfImage), std::end(kOfImage), name) == std::end(kOfImage))
+            tags.push_back(Exiv2::ExifKey("Exif.Image." + std::string(name)).tag());
+    return tags;
+}
+
 } // namespace clipheave::platform

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "photo/photo_edits.h"
+
+#include "jobs/write_job.h"
+#include "photo/messages.h"
+#include "photo/photo_texts.h"
+#include "platform/foundation/log.h"
+#include "platform/foundation/paths.h"
+#include "platform/image/write/photo_writer.h"
+
+#include <QFileInfo>
+
+#include <sys/stat.h>
+
+namespace clipheave::photo {
+
+namespace {
+
+using platform::Message;
+
+QVariantMap without(std::initializer_list<const char*> blocks) {
+    QVariantMap properties;
+    for (const char* block : blocks)
+        properties.insert(QLatin1String(block), QVariant());
+    return properties;
+}
+
+/// Returns a note when another output would be replaced because the disk takes both names for one.
+platform::Notes noteOnSameName(const QString& output, const QString& other) {
+    struct stat own {
+    }, others{};
+    const bool isOther = output != other &&
+                         ::stat(platform::nativePath(output).constData(), &own) == 0 &&
+                         ::stat(platform::nativePath(other).constData(), &others) == 0 &&
+                         own.st_dev == others.st_dev && own.st_ino == others.st_ino;
+    return isOther ? platform::Notes{Message(kSameNameHere, {platform::lastPathComponent(other)})}
+                   : platform::Notes{};
+}
+
+} // namespace
+
+void PhotoEdits::RemoveIPTCDataFromPhoto(const PhotoRequest& request) {
+    rewriteAll(request, {"NoIPTC_", without({"{IPTC}"})});
+}
+
+void PhotoEdits::RemoveExifDataFromPhoto(const PhotoRequest& request) {
+    rewriteAll(request, {"NoExif_", without({"{Exif}"})});
+}
+
+void PhotoEdits::RemoveGPSDataFromPhoto(const PhotoRequest& request) {
+    rewriteAll(request, {"NoGPS_", without({"{GPS}"})});
+}
+
+void PhotoEdits::DeleteExifAndGPSData(const PhotoRequest& request) {
+    rewriteAll(request, {"NoExifAndGPS_", without({"{Exif}", "{GPS}"})});
+}
+
+void PhotoEdits::DeleteAllPhotoMetadataData(const PhotoRequest& request) {
+    rewriteAll(request, {"NoExifAndGPS_", {}, true});
+}
+
+void PhotoEdits::ChangeGPSExifDataPhoto(const PhotoRequest& request, const PlaceTexts& place) {
+    QVariantMap properties = without({"{Exif}"});
+    properties.insert(QStringLiteral("{GPS}"), positionProperties(place));
+    rewriteAll(request, {"noExif_", properties});
+}
+
+void PhotoEdits::ClickSaveChangeGPSAction(const PhotoRequest& request, const PlaceTexts& place) {
+    rewriteAll(request, {"", {{QStringLiteral("{GPS}"), gpsProperties(place, true)}}});
+}
+
+void PhotoEdits::ClickApplyChangeAction(const PhotoRequest& request, const PaneTexts& pane) {
+    rewriteAll(request, {"", paneProperties(pane)});
+}
+
+void PhotoEdits::rewriteAll(const PhotoRequest& request, const Edit& edit) {
+    for (const auto& item : request.items)
+        if (isPhotoOrSkip(m_run, item))
+            rewrite(item, request, edit);
+}
+
+void PhotoEdits::rewrite(const media::ItemPointer& item, const PhotoRequest& request,
+                         const Edit& edit) {
+    const QString& source = item->filePath;
+    const QString name = platform::lastPathComponent(source);
+    const QString folder = request.settings.storagelocation + u'/';
+    m_run.paths().protect({source});
+    const QString output = m_run.paths().claim(folder + QLatin1String(edit.prefix) + name);
+    auto job = jobs::beginJob(m_run.ticket(source), source, output);
+    if (!job)
+        return;
+    job->copiesOnFailure = false;
+    if (QLatin1String(edit.prefix) == u"noExif_")
+        job->notes += noteOnSameName(output, folder + QStringLiteral("NoExif_") + name);
+    platform::PhotoRewrite rewrite{source, output, edit.properties, edit.removesEverything};
+    const auto writer = [rewrite](const auto&) {
+        auto written = platform::rewritePhoto(rewrite);
+        if (!written)
+            platform::log(platform::LogLevel::Error,
+                          QStringLiteral("CGImageDestinationFinalize failed"), rewrite.source);
+        return written;
+    };
+    jobs::startSession(*job, platform::AVAssetExportSession::rewriting(source, output, writer));
+}
+
+} // namespace clipheave::photo

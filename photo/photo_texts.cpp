@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "photo/photo_texts.h"
+
+#include "media/position_text.h"
+#include "photo/messages.h"
+#include "platform/foundation/dates.h"
+#include "platform/image/cg_image_source.h"
+
+#include <QLocale>
+#include <QRegularExpression>
+#include <QTime>
+
+#include <cmath>
+#include <tuple>
+
+namespace clipheave::photo {
+
+using media::PositionPart;
+using platform::Message;
+
+namespace {
+
+double numberOf(const QString& typed, PositionPart part) {
+    return media::positionNumber(typed, part).value_or(QString()).toDouble();
+}
+
+/// Positive, in single precision.
+double magnitude(double value) {
+    return static_cast<double>(std::abs(static_cast<float>(value)));
+}
+
+std::optional<QTime> timeOf(const QString& typed) {
+    static const QRegularExpression form(
+        QStringLiteral(R"(^(\d{1,2}):(\d{1,2}):(\d{1,2})(?:[.,](\d{1,6}))?$)"));
+    const auto match = form.match(typed.trimmed());
+    const QTime time(match.captured(1).toInt(), match.captured(2).toInt(),
+                     match.captured(3).toInt());
+    return match.hasMatch() && time.isValid() ? std::optional(time) : std::nullopt;
+}
+
+/// Returns "HH:mm:ss", with six decimals where asked for.
+QString timeText(const QString& typed, bool withFraction) {
+    const auto time = timeOf(typed);
+    if (!time)
+        return {};
+    static const QRegularExpression fraction(QStringLiteral(R"([.,](\d{1,6})\s*$)"));
+    const QString digits = fraction.match(typed).captured(1).leftJustified(6, u'0');
+    const QString seconds = time->toString(QStringLiteral("HH:mm:ss"));
+    return withFraction ? seconds + u'.' + digits : seconds;
+}
+
+std::optional<QDateTime> dayOf(const QString& typed) {
+    return platform::parseDateText(typed.trimmed() + QStringLiteral(" 12:00:00"));
+}
+
+QString dayText(const QString& typed) {
+    const auto day = dayOf(typed);
+    return day ? platform::formatDate(*day, platform::DatePattern::Colon).first(10) : QString();
+}
+
+/// "2025-06-14 …" in the form that tags have.
+QString tagDate(const QString& typed) {
+    const auto date = platform::parseDateText(typed);
+    return date ? platform::formatDate(*date, platform::DatePattern::Colon) : typed;
+}
+
+QStringList keywordsOf(const QString& typed) {
+    QStringList keywords;
+    for (const QString& word : typed.split(u',')) {
+        const QString keyword = word.trimmed();
+        if (!keyword.isEmpty() && !keywords.contains(keyword))
+            keywords.append(keyword);
+    }
+    return keywords;
+}
+
+} // namespace
+
+namespace {
+
+QString textAt(const QVariantMap& dictionary, const char* key) {
+    const QVariant value = dictionary.value(QLatin1String(key));
+    return value.typeId() == QMetaType::QVariantList
+               ? value.toStringList().join(QLatin1String(", "))
+               : value.toString();
+}
+
+/// Returns a number with the sign that its letter stands for.
+QString signedAt(const QVariantMap& gps, const char* key, const char* letterKey,
+                 QLatin1String negative) {
+    const QVariant value = gps.value(QLatin1String(key));
+    if (!value.isValid())
+        return {};
+    const QString number = QString::number(value.toDouble(), 'f', QLocale::FloatingPointShortest);
+    return textAt(gps, letterKey) == negative ? u'-' + number : number;
+}
+
+PlaceTexts placeOf(const QVariantMap& gps) {
+    return {signedAt(gps, "Latitude", "LatitudeRef", QLatin1String("S")),
+            signedAt(gps, "Longitude", "LongitudeRef", QLatin1String("W")),
+            signedAt(gps, "Altitude", "AltitudeRef", QLatin1String("1")), textAt(gps, "DateStamp"),
+            textAt(gps, "TimeStamp")};
+}
+
+} // namespace
+
+PaneTexts paneOfPhoto(const QString& path) {
+    const auto source = platform::CGImageSource::createWithPath(path);
+    if (!source)
+        return {};
+    const auto block = [&](const char* name) {
+        return source->properties().value(QLatin1String(name)).toMap();
+    };
+    const QVariantMap tiff = block("{TIFF}"), exif = block("{Exif}"), iptc = block("{IPTC}");
+    PaneTexts pane;
+    pane.artistlab = textAt(tiff, "Artist");
+    pane.imageDescrilab = textAt(tiff, "ImageDescription");
+    pane.copyrightlab = textAt(tiff, "Copyright");
+    pane.commentslab = textAt(exif, "UserComment");
+    pane.keywordslab = textAt(iptc, "Keywords");
+    pane.titlelab = textAt(iptc, "ObjectName");
+    pane.cameraMakelab = textAt(tiff, "Make");
+    pane.cameraModelab = textAt(tiff, "Model");
+    pane.cameraDatelab = textAt(exif, "DateTimeOriginal");
+    pane.place = placeOf(block("{GPS}"));
+    return pane;
+}
+
+std::optional<Message> placeFault(const PlaceTexts& place, bool needsStamps) {
+    const bool misses =
+        place.latitudelab.isEmpty() || place.longtitudelab.isEmpty() ||
+        place.altitudelab.isEmpty() ||
+        (needsStamps && (place.dateStamplab.isEmpty() || place.timeStamplab.isEmpty()));
+    if (misses)
+        return Message(kValueEmpty);
+    for (const auto& [text, part, fault] :
+         {std::tuple(place.latitudelab, PositionPart::Latitude, kPhotoLatitudeNotInRange),
+          std::tuple(place.longtitudelab, PositionPart::Longitude, kPhotoLongitudeNotInRange),
+          std::tuple(place.altitudelab, PositionPart::Altitude, kPhotoAltitudeNotInRange)})
+        if (!media::positionNumber(text, part))
+            return Message(fault, {text});
+    if (!place.dateStamplab.isEmpty() && !dayOf(place.dateStamplab))
+        return Message(kNoDateStamp, {place.dateStamplab});
+    if (!place.timeStamplab.isEmpty() && !timeOf(place.timeStamplab))
+        return Message(kNoTimeStamp, {place.timeStamplab});
+    return std::nullopt;
+}
+
+std::optional<Message> paneFault(const PaneTexts& pane) {
+    if (pane.gpsInfoChange)
+        if (auto fault = placeFault(pane.place, false))
+            return fault;
+    if (pane.cameraInfoChange && !pane.cameraDatelab.isEmpty() &&
+        !platform::parseDateText(pane.cameraDatelab))
+        return Message(kNoCameraDate, {pane.cameraDatelab});
+    return std::nullopt;
+}
+
+QVariantMap positionProperties(const PlaceTexts& place) {
+    const double latitude = numberOf(place.latitudelab, PositionPart::Latitude);
+    const double longitude = numberOf(place.longtitudelab, PositionPart::Longitude);
+    const double altitude = numberOf(place.altitudelab, PositionPart::Altitude);
+    return {
+        {QStringLiteral("GPSVersion"), QStringLiteral("2.2.0.0")},
+        {QStringLiteral("Latitude"), magnitude(latitude)},
+        {QStringLiteral("LatitudeRef"), latitude < 0 ? QStringLiteral("S") : QStringLiteral("N")},
+        {QStringLiteral("Longitude"), magnitude(longitude)},
+        {QStringLiteral("LongitudeRef"), longitude < 0 ? QStringLiteral("W") : QStringLiteral("E")},
+        {QStringLiteral("Altitude"), magnitude(altitude)},
+        {QStringLiteral("AltitudeRef"), altitude < 0 ? QStringLiteral("1") : QStringLiteral("0")},
+    };
+}
+
+QVariantMap gpsProperties(const PlaceTexts& place, bool withFraction) {
+    QVariantMap gps = positionProperties(place);
+    gps.insert(QStringLiteral("SpeedRef"), QStringLiteral("K"));
+    gps.insert(QStringLiteral("Speed"), 0);
+    gps.insert(QStringLiteral("TrackRef"), QStringLiteral("T"));
+    gps.insert(QStringLiteral("Track"), 0);
+    // Without a stamp the photo's own stays.
+    if (!place.timeStamplab.isEmpty())
+        gps.insert(QStringLiteral("TimeStamp"), timeText(place.timeStamplab, withFraction));
+    if (!place.dateStamplab.isEmpty())
+        gps.insert(QStringLiteral("DateStamp"), dayText(place.dateStamplab));
+    return gps;
+}
+
+QVariantMap paneProperties(const PaneTexts& pane) {
+    QVariantMap tiff, exif, properties;
+    if (pane.basicInfoChange) {
+        tiff.insert(QStringLiteral("Artist"), pane.artistlab);
+        tiff.insert(QStringLiteral("ImageDescription"), pane.imageDescrilab);
+        tiff.insert(QStringLiteral("Copyright"), pane.copyrightlab);
+        exif.insert(QStringLiteral("UserComment"), pane.commentslab);
+        properties.insert(QStringLiteral("{IPTC}"),
+                          QVariantMap{{QStringLiteral("Keywords"), keywordsOf(pane.keywordslab)},
+                                      {QStringLiteral("ObjectName"), pane.titlelab}});
+    }
+    if (pane.cameraInfoChange) {
+        tiff.insert(QStringLiteral("Make"), pane.cameraMakelab);
+        tiff.insert(QStringLiteral("Model"), pane.cameraModelab);
+        exif.insert(QStringLiteral("DateTimeOriginal"), tagDate(pane.cameraDatelab));
+        exif.insert(QStringLiteral("DateTimeDigitized"), tagDate(pane.cameraDatelab));
+        // Deliberate: the pane has no lens; make and model stand for it, as they always have.
+        exif.insert(QStringLiteral("LensMake"), pane.cameraMakelab);
+        exif.insert(QStringLiteral("LensModel"), pane.cameraModelab);
+    }
+    if (!tiff.isEmpty())
+        properties.insert(QStringLiteral("{TIFF}"), tiff);
+    if (!exif.isEmpty())
+        properties.insert(QStringLiteral("{Exif}"), exif);
+    if (pane.gpsInfoChange)
+        properties.insert(QStringLiteral("{GPS}"), gpsProperties(pane.place, false));
+    return properties;
+}
+
+} // namespace clipheave::photo

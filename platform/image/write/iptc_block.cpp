@@ -1,0 +1,271 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/image/write/iptc_block.h"
+
+#include "platform/foundation/byte_view.h"
+#include "platform/image/messages.h"
+
+#include <QCryptographicHash>
+#include <QtEndian>
+
+#include <algorithm>
+#include <array>
+
+namespace clipheave::platform {
+
+namespace {
+
+constexpr char kMarker = 0x1C;
+constexpr std::uint8_t kEnvelope = 1, kApplication = 2, kCodedCharacterSet = 90;
+constexpr qsizetype kMostShort = 0x7FFF;
+const QByteArray kUtf8 = QByteArrayLiteral("\x1B%G"); // ISO 2022 for UTF-8
+
+struct DataSet {
+    std::uint8_t record = 0, number = 0;
+    QByteArray value;
+};
+
+QByteArray bytes16(qsizetype value) {
+    QByteArray bytes(2, '\0');
+    qToBigEndian(static_cast<quint16>(value), bytes.data());
+    return bytes;
+}
+QByteArray bytes32(qsizetype value) {
+    QByteArray bytes(4, '\0');
+    qToBigEndian(static_cast<quint32>(value), bytes.data());
+    return bytes;
+}
+
+/// Returns the data sets, and what stands behind the last as `rest`: padding.
+Result<std::vector<DataSet>> parsed(const QByteArray& block) {
+    std::vector<DataSet> sets;
+    const ByteView bytes(block);
+    std::uint64_t at = 0;
+    while (bytes.u8(at) == static_cast<std::uint8_t>(kMarker)) {
+        const auto record = bytes.u8(at + 1), number = bytes.u8(at + 2);
+        const auto length = bytes.be16(at + 3);
+        std::uint64_t size = length.value_or(0), head = 5;
+        if (length && (*length & 0x8000U) != 0) { // the length of a length
+            const unsigned digits = *length & 0x7FFFU;
+            const auto wide = bytes.be32(at + 5);
+            if (digits != 4 || !wide)
+                return failure(ErrorCode::InvalidData, kReadPhotoTags, {}, kIptcUnreadable);
+            size = *wide;
+            head = 9;
+        }
+        if (!length || !bytes.has(at + head, size))
+            return failure(ErrorCode::InvalidData, kReadPhotoTags, {}, kIptcUnreadable);
+        sets.push_back({*record, *number, bytes.sub(at + head, size).toByteArray()});
+        at += head + size;
+    }
+    for (; at < bytes.size(); ++at)
+        if (bytes.u8(at) != 0)
+            return failure(ErrorCode::InvalidData, kReadPhotoTags, {}, kIptcUnreadable);
+    return sets;
+}
+
+QByteArray rendered(const std::vector<DataSet>& sets) {
+    QByteArray block;
+    for (const DataSet& set : sets) {
+        block += kMarker;
+        block += static_cast<char>(set.record);
+        block += static_cast<char>(set.number);
+        block += set.value.size() <= kMostShort ? bytes16(set.value.size())
+                                                : bytes16(0x8004) + bytes32(set.value.size());
+        block += set.value;
+    }
+    return block;
+}
+
+bool isPlain(const QByteArray& text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return static_cast<uchar>(c) < 0x80; });
+}
+
+bool saysUtf8(const std::vector<DataSet>& sets) {
+    return std::any_of(sets.begin(), sets.end(), [](const DataSet& set) {
+        return set.record == kEnvelope && set.number == kCodedCharacterSet && set.value == kUtf8;
+    });
+}
+
+/// All texts become UTF-8, and the block says so.
+void becomeUtf8(std::vector<DataSet>& sets) {
+    for (DataSet& set : sets)
+        if (set.record == kApplication && !isPlain(set.value) &&
+            !QByteArrayView(set.value).isValidUtf8())
+            set.value = QString::fromLatin1(set.value).toUtf8();
+    sets.erase(std::remove_if(sets.begin(), sets.end(),
+                              [](const DataSet& set) {
+                                  return set.record == kEnvelope &&
+                                         set.number == kCodedCharacterSet;
+                              }),
+               sets.end());
+    const auto behind = std::find_if(sets.begin(), sets.end(), [](const DataSet& set) {
+        return set.record > kEnvelope || set.number > kCodedCharacterSet;
+    });
+    sets.insert(behind, {kEnvelope, kCodedCharacterSet, kUtf8});
+}
+
+/// Where a data set stands, its first new value stands; a new one goes behind smaller numbers.
+void replace(std::vector<DataSet>& sets, std::uint8_t number, const QStringList& texts) {
+    const auto isOld = [number](const DataSet& set) {
+        return set.record == kApplication && set.number == number;
+    };
+    auto at = std::find_if(sets.begin(), sets.end(), isOld);
+    if (at == sets.end())
+        at = std::find_if(sets.begin(), sets.end(), [number](const DataSet& set) {
+            return set.record > kApplication || (set.record == kApplication && set.number > number);
+        });
+    auto place = at - sets.begin();
+    sets.erase(std::remove_if(sets.begin(), sets.end(), isOld), sets.end());
+    for (const QString& text : texts)
+        sets.insert(sets.begin() + place++, {kApplication, number, text.toUtf8()});
+}
+
+bool has(const std::vector<DataSet>& sets, std::uint8_t number) {
+    return std::any_of(sets.begin(), sets.end(), [number](const DataSet& set) {
+        return set.record == kApplication && set.number == number;
+    });
+}
+
+/// Returns the changes, and those of data sets that are there and repeat a changed tag.
+IptcChanges withRepeatedTags(const PhotoChange& change, const std::vector<DataSet>& sets) {
+    static constexpr std::pair<QLatin1String, std::uint8_t> kRepeated[] = {
+        {QLatin1String("Artist"), std::uint8_t{80}},
+        {QLatin1String("ImageDescription"), std::uint8_t{120}},
+        {QLatin1String("Copyright"), std::uint8_t{116}},
+    };
+    constexpr std::uint8_t kDateCreated = 55, kTimeCreated = 60;
+    IptcChanges changes = change.iptc;
+    for (const AskedTag& asked : change.image)
+        for (const auto& [name, number] : kRepeated)
+            if (asked.name == name && has(sets, number)) {
+                const QString text = asked.value.toString();
+                changes.emplace(number, text.isEmpty() ? QStringList() : QStringList{text});
+            }
+    for (const AskedTag& asked : change.exif) {
+        if (asked.name != QLatin1String("DateTimeOriginal"))
+            continue;
+        const QString digits = asked.value.toString().remove(u':').remove(u' ').remove(u'-');
+        const bool isDate = digits.size() == 14;
+        if (has(sets, kDateCreated))
+            changes.emplace(kDateCreated, isDate ? QStringList{digits.first(8)} : QStringList());
+        if (has(sets, kTimeCreated)) // of no known zone
+            changes.emplace(kTimeCreated, isDate ? QStringList{digits.sliced(8)} : QStringList());
+    }
+    return changes;
+}
+
+bool needsUtf8(const IptcChanges& changes) {
+    for (const auto& [number, texts] : changes)
+        for (const QString& text : texts)
+            if (!isPlain(text.toUtf8()))
+                return true;
+    return false;
+}
+
+/// One image resource with its header and padding.
+struct Resource {
+    std::uint16_t id = 0;
+    QByteArray head; ///< signature, id, name
+    QByteArray data;
+};
+
+constexpr std::uint16_t kIptcResource = 0x0404, kIptcDigest = 0x0425;
+
+Result<std::vector<Resource>> parsedResources(const QByteArray& bytes) {
+    std::vector<Resource> resources;
+    const ByteView view(bytes);
+    std::uint64_t at = 0;
+    while (view.has(at, 12)) {
+        const auto id = view.be16(at + 4);
+        const std::uint64_t name = (view.u8(at + 6).value_or(0) + 2u) & ~1u;
+        const auto size = view.be32(at + 6 + name);
+        const std::uint64_t data = at + 6 + name + 4;
+        if (!size || !view.has(data, *size))
+            return failure(ErrorCode::InvalidData, kReadPhotoTags, {}, kIptcUnreadable);
+        resources.push_back(
+            {*id, view.sub(at, 6 + name).toByteArray(), view.sub(data, *size).toByteArray()});
+        at = data + *size + *size % 2;
+    }
+    for (; at < view.size(); ++at)
+        if (view.u8(at) != 0)
+            return failure(ErrorCode::InvalidData, kReadPhotoTags, {}, kIptcUnreadable);
+    return resources;
+}
+
+QByteArray renderedResources(const std::vector<Resource>& resources) {
+    QByteArray bytes;
+    for (const Resource& resource : resources) {
+        bytes += resource.head + bytes32(resource.data.size()) + resource.data;
+        if (resource.data.size() % 2 != 0)
+            bytes += '\0';
+    }
+    return bytes;
+}
+
+/// Resources without which the picture is not what it was: resolution, channels, profile, colour
+/// tables, transparency, layers. The others are texts, thumbnails, addresses and histories.
+bool belongsToPicture(std::uint16_t id) {
+    static constexpr std::array<std::uint16_t, 12> kIds{0x03ED, 0x03EE, 0x03EF, 0x03F0,
+                                                        0x03F3, 0x03F5, 0x0400, 0x0402,
+                                                        0x0410, 0x0411, 0x0416, 0x0417};
+    constexpr std::uint16_t kProfile = 0x040F;
+    return id == kProfile || std::find(kIds.begin(), kIds.end(), id) != kIds.end();
+}
+
+} // namespace
+
+Result<QByteArray> changedIptc(const QByteArray& block, const PhotoChange& change) {
+    if (change.dropsIptc || change.dropsEverything)
+        return QByteArray();
+    auto sets = parsed(block);
+    if (!sets)
+        return tl::unexpected(sets.error());
+    const IptcChanges changes = withRepeatedTags(change, *sets);
+    // Without the sign that texts are UTF-8 readers take them for one of many encodings.
+    if (needsUtf8(changes) && !saysUtf8(*sets))
+        becomeUtf8(*sets);
+    for (const auto& [number, texts] : changes)
+        replace(*sets, number, texts);
+    const bool anyText = std::any_of(sets->begin(), sets->end(), [](const DataSet& set) {
+        return set.record == kApplication && set.number != 0;
+    });
+    return anyText ? rendered(*sets) : QByteArray();
+}
+
+Result<QByteArray> changedImageResources(const QByteArray& bytes, const PhotoChange& change,
+                                         bool adds) {
+    auto resources = parsedResources(bytes);
+    if (!resources)
+        return tl::unexpected(resources.error());
+    QByteArray block;
+    for (const Resource& resource : *resources)
+        if (resource.id == kIptcResource)
+            block = resource.data;
+    const auto changed = changedIptc(block, change);
+    if (!changed)
+        return changed;
+    std::vector<Resource> kept;
+    bool isWritten = false;
+    const QByteArray head = QByteArrayLiteral("8BIM") + bytes16(kIptcResource) + bytes16(0);
+    for (Resource& resource : *resources) {
+        if (change.dropsEverything && !belongsToPicture(resource.id))
+            continue;
+        if (resource.id == kIptcResource) {
+            if (changed->isEmpty() || isWritten)
+                continue;
+            resource.data = *changed;
+            isWritten = true;
+        } else if (resource.id == kIptcDigest) {
+            if (changed->isEmpty())
+                continue;
+            resource.data = QCryptographicHash::hash(*changed, QCryptographicHash::Md5);
+        }
+        kept.push_back(std::move(resource));
+    }
+    if (adds && !isWritten && !changed->isEmpty())
+        kept.push_back({kIptcResource, head, *changed});
+    return renderedResources(kept);
+}
+
+} // namespace clipheave::platform

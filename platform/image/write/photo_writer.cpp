@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/image/write/photo_writer.h"
+
+#include "platform/foundation/atomic_file.h"
+#include "platform/foundation/unchanged_files.h"
+#include "platform/image/heif_reader.h"
+#include "platform/image/messages.h"
+#include "platform/image/write/photo_plan.h"
+
+namespace clipheave::platform {
+
+namespace {
+
+constexpr std::uint64_t kSignatureBytes = 64;
+
+bool isTiff(ByteView head) {
+    static const QList<QByteArray> kHeads{QByteArray("II\x2A\0", 4), QByteArray("MM\0\x2A", 4),
+                                          "IIRO", "IIRS", "MMOR"};
+    return kHeads.contains(head.sub(0, 4).toByteArray());
+}
+
+Result<void> writeParts(AtomicFile& file, const FileReader& source, const PhotoPlan& plan) {
+    for (const FilePart& part : plan.parts) {
+        auto done = part.bytes.isEmpty() ? file.copyFrom(source.fd(), part.offset, part.length)
+                                         : file.write(part.bytes);
+        if (!done)
+            return done;
+    }
+    return {};
+}
+
+Error inFile(Error error, const QString& path) {
+    if (error.path.isEmpty())
+        error.path = path;
+    return error;
+}
+
+} // namespace
+
+Result<PhotoPlan> plannedPhoto(FileReader& reader, const PhotoChange& change) {
+    const QByteArray head = reader.viewUpTo(0, kSignatureBytes).toByteArray();
+    if (head.startsWith("\xFF\xD8\xFF"))
+        return planJpeg(reader, change);
+    if (head.startsWith("\x89PNG\r\n\x1A\n"))
+        return planPng(reader, change);
+    if (head.startsWith("RIFF") && head.mid(8, 4) == "WEBP")
+        return planWebp(reader, change);
+    if (isTiff(head))
+        return planTiff(reader, change);
+    return failure(ErrorCode::NotSupported, kWritePhotoTags, reader.path(), kPhotoKindNotWritten);
+}
+
+Result<Notes> rewritePhoto(const PhotoRewrite& rewrite) {
+    auto reader = FileReader::open(rewrite.source);
+    if (!reader)
+        return tl::unexpected(reader.error());
+    const UnchangedFiles unchanged(*reader);
+    PhotoChange change = changeOf(rewrite.properties);
+    change.dropsEverything = rewrite.removesEverything;
+    auto plan = plannedPhoto(*reader, change);
+    if (!plan)
+        return tl::unexpected(inFile(plan.error(), rewrite.source));
+    if (!change.unknownKeys.isEmpty())
+        plan->notes.append(
+            Message(kPropertiesNotWritten, {change.unknownKeys.join(QStringLiteral(", "))}));
+    auto file = AtomicFile::create(rewrite.target, plan->size());
+    if (!file)
+        return tl::unexpected(file.error());
+    if (auto written = writeParts(*file, *reader, *plan); !written)
+        return tl::unexpected(written.error());
+    file->copyExtendedAttributes(reader->fd(), rewrite.removesEverything
+                                                   ? AtomicFile::Attributes::OfSystem
+                                                   : AtomicFile::Attributes::All);
+    file->takePermissionsOf(FileReference::ofDescriptor(reader->fd()));
+    if (auto same = unchanged.check(); !same)
+        return tl::unexpected(same.error());
+    if (auto committed = file->commit(); !committed)
+        return tl::unexpected(committed.error());
+    return plan->notes;
+}
+
+} // namespace clipheave::platform

@@ -1,0 +1,272 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/image/messages.h"
+#include "platform/image/write/iptc_block.h"
+#include "platform/image/write/photo_plan.h"
+#include "platform/image/write/xmp_packet.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+#include <array>
+
+// Chunks of PNG files. Source: Portable Network Graphics (third edition), 5 and 11.3; the "Raw
+// profile type" texts are those of ImageMagick.
+namespace clipheave::platform {
+
+namespace {
+
+constexpr std::uint64_t kSignatureSize = 8, kChunkFrame = 12;
+constexpr std::size_t kMostPngChunks = 1u << 20;
+constexpr std::uint64_t kMostPngText = 16u << 20;
+const QByteArray kXmpKeyword = QByteArrayLiteral("XML:com.adobe.xmp");
+const QByteArray kRawProfile = QByteArrayLiteral("Raw profile type ");
+
+struct PngChunk {
+    QByteArray type;
+    std::uint64_t offset = 0, length = 0; ///< of the whole chunk; of its data
+    [[nodiscard]] std::uint64_t size() const { return length + kChunkFrame; }
+};
+
+Error brokenPng(const FileReader& reader) {
+    return {ErrorCode::InvalidData, kReadPhoto, reader.path(), kPngBroken};
+}
+
+/// Source: PNG, annex D.
+std::uint32_t crcOf(const QByteArray& bytes) {
+    std::uint32_t crc = 0xFFFFFFFF;
+    for (const char byte : bytes) {
+        crc ^= static_cast<std::uint8_t>(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = crc >> 1 ^ ((crc & 1) != 0 ? 0xEDB88320 : 0);
+    }
+    return ~crc;
+}
+
+QByteArray png32(std::uint32_t value) {
+    QByteArray bytes(4, '\0');
+    qToBigEndian(value, bytes.data());
+    return bytes;
+}
+
+QByteArray pngChunk(const QByteArray& type, const QByteArray& data) {
+    return png32(static_cast<std::uint32_t>(data.size())) + type + data + png32(crcOf(type + data));
+}
+
+Result<std::vector<PngChunk>> pngChunks(FileReader& reader) {
+    std::vector<PngChunk> chunks;
+    for (std::uint64_t at = kSignatureSize; chunks.size() < kMostPngChunks;) {
+        const ByteView head = reader.viewUpTo(at, 8);
+        const auto length = head.be32(0);
+        if (head.size() < 8 || *length > 0x7FFFFFFF || kChunkFrame + *length > reader.size() - at)
+            return tl::unexpected(brokenPng(reader));
+        chunks.push_back({head.sub(4, 4).toByteArray(), at, *length});
+        at += chunks.back().size();
+        if (chunks.back().type == "IEND")
+            return chunks;
+    }
+    return tl::unexpected(brokenPng(reader));
+}
+
+/// zlib data as qUncompress() takes it, with a bound on what it announces to become.
+QByteArray inflated(const QByteArray& data) {
+    QByteArray result = qUncompress(png32(static_cast<std::uint32_t>(data.size()) * 8) + data);
+    return static_cast<std::uint64_t>(result.size()) <= kMostPngText ? result : QByteArray();
+}
+
+/// A text chunk, whatever its form.
+struct PngText {
+    QByteArray keyword, text;
+};
+
+PngText pngText(const QByteArray& type, const QByteArray& data) {
+    const qsizetype end = data.indexOf('\0');
+    if (end < 0)
+        return {};
+    PngText text{data.first(end), {}};
+    if (type == "tEXt") {
+        text.text = data.mid(end + 1);
+    } else if (type == "zTXt") {
+        text.text = inflated(data.mid(end + 2));
+    } else {
+        const bool isPacked = data.mid(end + 1, 1) == QByteArray("\1", 1);
+        const qsizetype language = data.indexOf('\0', end + 3);
+        const qsizetype translated = language < 0 ? -1 : data.indexOf('\0', language + 1);
+        if (translated < 0)
+            return {};
+        const QByteArray rest = data.mid(translated + 1);
+        text.text = isPacked ? inflated(rest) : rest;
+    }
+    return text;
+}
+
+/// Lines: name, length, then hexadecimal digits.
+QByteArray rawProfileBytes(const QByteArray& text) {
+    const QList<QByteArray> lines = text.trimmed().split('\n');
+    return lines.size() < 3 ? QByteArray()
+                            : QByteArray::fromHex(lines.mid(2).join().replace(' ', ""));
+}
+
+QByteArray rawProfileChunk(const QByteArray& name, const QByteArray& bytes) {
+    const QByteArray hex = bytes.toHex();
+    QByteArray text = '\n' + name + '\n' + QByteArray::number(bytes.size()).rightJustified(8);
+    constexpr qsizetype kLine = 72;
+    for (qsizetype at = 0; at < hex.size(); at += kLine)
+        text += '\n' + hex.mid(at, kLine);
+    const QByteArray packed = qCompress(text + '\n').mid(4);
+    return pngChunk("zTXt", kRawProfile + name + QByteArray("\0\0", 2) + packed);
+}
+
+QByteArray xmpChunk(const QByteArray& packet) {
+    return pngChunk("iTXt", kXmpKeyword + QByteArray("\0\0\0\0\0", 5) + packet);
+}
+
+bool isText(const QByteArray& type) {
+    return type == "tEXt" || type == "zTXt" || type == "iTXt";
+}
+
+bool isOfPngPicture(const QByteArray& type) {
+    static const std::array kKept{"IHDR", "PLTE", "IDAT", "IEND", "tRNS", "gAMA", "cHRM",
+                                  "sRGB", "iCCP", "sBIT", "bKGD", "pHYs", "hIST", "sPLT",
+                                  "acTL", "fcTL", "fdAT", "cICP", "mDCV", "cLLI"};
+    return std::any_of(kKept.begin(), kKept.end(), [&](const char* kept) { return type == kept; });
+}
+
+class PngPlan {
+public:
+    PngPlan(FileReader& reader, const PhotoChange& change) : m_reader(reader), m_change(change) {}
+
+    Result<PhotoPlan> run() {
+        const auto chunks = pngChunks(m_reader);
+        if (!chunks)
+            return tl::unexpected(chunks.error());
+        for (const PngChunk& chunk : *chunks)
+            read(chunk);
+        if (auto done = changeBlocks(); !done)
+            return tl::unexpected(done.error());
+        m_plan.addRange(0, kSignatureSize);
+        for (const PngChunk& chunk : *chunks)
+            place(chunk);
+        const PngChunk& last = chunks->back();
+        const std::uint64_t end = last.offset + last.size();
+        if (!m_change.dropsEverything)
+            m_plan.addRange(end, m_reader.size() - end);
+        return std::move(m_plan);
+    }
+
+private:
+    QByteArray dataOf(const PngChunk& chunk) {
+        if (chunk.length > kMostPngText)
+            return {};
+        return m_reader.read(chunk.offset + 8, chunk.length).value_or(QByteArray());
+    }
+
+    void read(const PngChunk& chunk) {
+        if (chunk.type == "eXIf" && m_exif.isNull()) {
+            m_exif = dataOf(chunk);
+            return;
+        }
+        if (!isText(chunk.type))
+            return;
+        const PngText text = pngText(chunk.type, dataOf(chunk));
+        if (text.keyword == kXmpKeyword && m_xmp.isNull()) {
+            m_xmp = text.text;
+        } else if (text.keyword.startsWith(kRawProfile)) {
+            const QByteArray name = text.keyword.mid(kRawProfile.size()).toLower();
+            const QByteArray bytes = rawProfileBytes(text.text);
+            if ((name == "exif" || name == "app1") && !bytes.startsWith("http://"))
+                m_rawExif = bytes;
+            else if (name == "iptc" || name == "8bim")
+                m_iptc = rawProfileBytes(text.text);
+        }
+    }
+
+    Result<void> changeBlocks() {
+        if (auto done = changeExif(); !done)
+            return done;
+        if (auto done = changeIptc(); !done)
+            return done;
+        m_newXmp = changedXmpOrNote(m_xmp, m_change, m_plan.notes);
+        if (m_iptc.isEmpty() && !m_change.iptc.empty())
+            m_newXmp = xmpPacketWithIptc(m_newXmp, m_change.iptc, m_left);
+        return {};
+    }
+
+    Result<void> changeExif() {
+        const QByteArray prefix("Exif\0\0", 6);
+        const QByteArray raw =
+            m_rawExif.startsWith(prefix) ? m_rawExif.mid(prefix.size()) : m_rawExif;
+        m_changesExif = m_change.changesTags();
+        const auto changed = changedTiffBlock(m_exif.isEmpty() ? raw : m_exif, m_change);
+        if (changed)
+            m_newExif = *changed;
+        else if (!m_change.dropsEverything && !(m_change.dropsExif && m_change.dropsGps))
+            return tl::unexpected(changed.error());
+        return {};
+    }
+
+    Result<void> changeIptc() {
+        if (m_iptc.isEmpty() || !m_change.touchesIptc())
+            return {};
+        m_changesIptc = true;
+        const auto changed = m_iptc.startsWith("8BIM") ? changedImageResources(m_iptc, m_change)
+                                                       : changedIptc(m_iptc, m_change);
+        if (changed)
+            m_newIptc = *changed;
+        else if (!m_change.dropsEverything && !m_change.dropsIptc)
+            return tl::unexpected(changed.error());
+        return {};
+    }
+
+    /// New blocks stand before the pixels.
+    void addNew() {
+        if (m_changesExif && !m_newExif.isEmpty())
+            m_plan.add(pngChunk("eXIf", m_newExif));
+        if (m_newXmp != m_xmp && !m_newXmp.isEmpty())
+            m_plan.add(xmpChunk(m_newXmp));
+        if (m_changesIptc && !m_newIptc.isEmpty())
+            m_plan.add(rawProfileChunk("iptc", m_newIptc));
+        m_isPlaced = true;
+    }
+
+    bool isReplaced(const PngChunk& chunk) {
+        if (m_changesExif && chunk.type == "eXIf")
+            return true;
+        if (!isText(chunk.type))
+            return false;
+        const PngText text = pngText(chunk.type, dataOf(chunk));
+        if (text.keyword == kXmpKeyword)
+            return m_newXmp != m_xmp;
+        if (text.keyword.startsWith("exif:")) // tags as texts, by ImageMagick
+            return text.keyword.startsWith("exif:GPS") ? m_change.dropsGps : m_change.dropsExif;
+        if (!text.keyword.startsWith(kRawProfile))
+            return false;
+        const QByteArray name = text.keyword.mid(kRawProfile.size()).toLower();
+        return (m_changesExif && (name == "exif" || name == "app1")) ||
+               (m_changesIptc && (name == "iptc" || name == "8bim")) ||
+               (name == "xmp" && m_newXmp != m_xmp);
+    }
+
+    void place(const PngChunk& chunk) {
+        const bool isKept = !m_change.dropsEverything || isOfPngPicture(chunk.type);
+        if (!m_isPlaced && (chunk.type == "PLTE" || chunk.type == "IDAT"))
+            addNew();
+        if (isKept && !isReplaced(chunk))
+            m_plan.addRange(chunk.offset, chunk.size());
+    }
+
+    FileReader& m_reader;
+    const PhotoChange& m_change;
+    PhotoPlan m_plan;
+    QByteArray m_exif, m_rawExif, m_xmp, m_iptc;
+    QByteArray m_newExif, m_newXmp, m_newIptc;
+    std::vector<std::uint8_t> m_left;
+    bool m_changesExif = false, m_changesIptc = false, m_isPlaced = false;
+};
+
+} // namespace
+
+Result<PhotoPlan> planPng(FileReader& reader, const PhotoChange& change) {
+    return PngPlan(reader, change).run();
+}
+
+} // namespace clipheave::platform

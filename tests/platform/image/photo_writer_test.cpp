@@ -1,0 +1,245 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/image/cg_image_source.h"
+#include "platform/image/sample_photo.h"
+#include "platform/image/write/jpeg_segments.h"
+#include "platform/image/write/photo_writer.h"
+#include "platform/image/write/tag_encoding.h"
+#include "platform/image/write/tiff_editor.h"
+#include "platform/image/write/xmp_packet.h"
+#include "tests/testkit/testkit.h"
+
+#include <QFile>
+#include <QImage>
+
+#include <limits>
+
+namespace clipheave::platform {
+
+namespace {
+
+QByteArray le16(int value) {
+    return QByteArray(1, static_cast<char>(value)) + QByteArray(1, static_cast<char>(value >> 8));
+}
+QByteArray le32(int value) {
+    return le16(value & 0xFFFF) + le16(value >> 16);
+}
+QByteArray entry(int tag, int type, int count, int value) {
+    return le16(tag) + le16(type) + le32(count) + le32(value);
+}
+
+/// IFD0 with a make, an Exif directory without the offset of a next one, right behind which a maker
+/// note stands, and a GPS directory.
+QByteArray cameraBlock() {
+    const QByteArray image = le16(3) + entry(0x010F, 2, 8, 108) + entry(0x8769, 4, 1, 50) +
+                             entry(0x8825, 4, 1, 76) + le32(0);
+    const QByteArray exif = le16(1) + entry(0x927C, 7, 12, 64);
+    const QByteArray gps = le16(1) + entry(0x0002, 5, 3, 94) + le32(0);
+    const QByteArray block = QByteArray("II*\0", 4) + le32(8) + image + exif + "MAKERNOTE-12" +
+                             gps + QByteArray(14, '\x07') + "Kestrel" + '\0' +
+                             QByteArray("OLDLATITUDE\0", 12);
+    return block;
+}
+
+PhotoChange gpsChange() {
+    return changeOf({{u"{GPS}"_s, QVariantMap{{u"Latitude"_s, 33.5},
+                                              {u"LatitudeRef"_s, u"S"_s},
+                                              {u"AltitudeRef"_s, u"1"_s},
+                                              {u"GPSVersion"_s, u"2.2.0.0"_s},
+                                              {u"TimeStamp"_s, u"01:02:03.500000"_s}}}});
+}
+
+QString samplePhoto(const testkit::TempDir& dir, const char* name) {
+    SamplePhoto photo{{64, 48}, 1, "2025:06:14 21:36:20"};
+    photo.make = "Kestrel";
+    photo.artist = "Halla";
+    photo.hasPosition = true;
+    photo.latitude = 63.4041;
+    photo.longitude = -19.0446;
+    photo.orientation = 6;
+    EXPECT_TRUE(writeSamplePhoto(photo, dir.path(name)));
+    return dir.path(name);
+}
+
+QVariantMap propertiesOf(const QString& path) {
+    const auto source = CGImageSource::createWithPath(path);
+    EXPECT_TRUE(source) << path;
+    return source ? source->properties() : QVariantMap();
+}
+QVariant valueIn(const QString& path, const char* block, const char* key) {
+    return propertiesOf(path).value(QLatin1String(block)).toMap().value(QLatin1String(key));
+}
+
+/// Rewrites beside the source and returns the path.
+QString rewritten(const QString& source, const QVariantMap& properties, bool everything = false) {
+    const QString target = source + u".new."_s + source.section(u'.', -1);
+    const auto notes = rewritePhoto({source, target, properties, everything});
+    EXPECT_TRUE(notes) << (notes ? QString() : notes.error().text());
+    if (notes) {
+        EXPECT_THAT(*notes, testing::IsEmpty());
+    }
+    return target;
+}
+
+/// Puts a packet behind the first two bytes of a JPEG file.
+void addPacket(const QString& path, const QByteArray& properties) {
+    const QByteArray packet =
+        "http://ns.adobe.com/xap/1.0/" + QByteArray(1, '\0') +
+        "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+        "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
+        "xmlns:exif='http://ns.adobe.com/exif/1.0/' xmlns:dc='http://purl.org/dc/elements/1.1/' " +
+        properties + "</rdf:Description></rdf:RDF></x:xmpmeta>";
+    QByteArray bytes = testkit::TempDir::read(path);
+    bytes.insert(2, jpegSegment(kJpegApp1, packet).value());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+} // namespace
+
+TEST(TiffEditor, LeavesEveryByteItIsNotAskedFor) {
+    const QByteArray block = cameraBlock();
+    auto editor = TiffEditor::open(TiffSource::ofBlock(block));
+    ASSERT_TRUE(editor);
+    editor->set(TiffDirectory::Kind::Exif, 0xA433, {2, 9, QByteArray("LensMake", 9)});
+    const auto patch = editor->finish();
+    ASSERT_TRUE(patch);
+    const QByteArray changed = patch->applied(block);
+    // The table moved away; the note, which begins where its next offset would stand, did not.
+    EXPECT_EQ(changed.indexOf("MAKERNOTE-12"), block.indexOf("MAKERNOTE-12"));
+    const auto structure = readTiffStructure(TiffSource::ofBlock(changed));
+    ASSERT_TRUE(structure);
+    const auto exif = structure->first(TiffDirectory::Kind::Exif);
+    ASSERT_TRUE(exif);
+    EXPECT_NE(structure->directories[*exif].find(0xA433), nullptr);
+    EXPECT_NE(structure->directories[*exif].find(kMakerNote), nullptr);
+    EXPECT_TRUE(structure->first(TiffDirectory::Kind::Gps));
+}
+
+TEST(TiffEditor, RemovesDirectoriesWithTheirValues) {
+    PhotoChange change;
+    change.dropsGps = true;
+    const auto withoutGps = changedTiffBlock(cameraBlock(), change);
+    ASSERT_TRUE(withoutGps);
+    EXPECT_FALSE(withoutGps->contains(QByteArray(14, '\x07')));
+    EXPECT_TRUE(withoutGps->contains("MAKERNOTE-12"));
+    change.dropsExif = true;
+    const auto compact = changedTiffBlock(cameraBlock(), change);
+    ASSERT_TRUE(compact);
+    EXPECT_FALSE(compact->contains("MAKER"));
+    EXPECT_TRUE(compact->contains("Kestrel"));
+    EXPECT_EQ(compact->size(), 8 + 2 + 12 + 4 + 8);
+    change.dropsEverything = true;
+    EXPECT_EQ(changedTiffBlock(cameraBlock(), change).value(), QByteArray());
+}
+
+TEST(TiffEditor, SurvivesHostileStructures) {
+    const QByteArray block = cameraBlock();
+    PhotoChange change = gpsChange();
+    change.dropsExif = true;
+    for (qsizetype size = 0; size <= block.size(); ++size)
+        static_cast<void>(changedTiffBlock(block.first(size), change));
+    for (qsizetype at = 4; at < block.size(); ++at)
+        for (const char value : {'\0', '\x08', '\x40', '\xFF'}) {
+            QByteArray damaged = block;
+            damaged[at] = value;
+            const auto changed = changedTiffBlock(damaged, change);
+            if (changed) {
+                EXPECT_LT(changed->size(), 4096);
+            }
+        }
+    QByteArray endless = QByteArray("II*\0", 4) + le32(8);
+    for (int i = 0; i < 10'000; ++i)
+        endless += le16(1) + entry(0x0100, 3, 1, i) + le32(8 + (i + 1) * 18);
+    EXPECT_FALSE(TiffEditor::open(TiffSource::ofBlock(endless)));
+}
+
+TEST(TagEncoding, WritesFractionsThatReadBack) {
+    for (const double value : {0.0, 0.008, 1.0 / 3, 6.3, 33.5, 4294967295.0}) {
+        const auto fraction = fractionOf(value);
+        ASSERT_TRUE(fraction) << value;
+        EXPECT_NEAR(static_cast<double>(fraction->first) / fraction->second, value, value * 1e-8);
+    }
+    EXPECT_EQ(fractionOf(0.008), std::pair(1U, 125U));
+    EXPECT_FALSE(fractionOf(-1));
+    EXPECT_FALSE(fractionOf(5e9));
+    EXPECT_FALSE(fractionOf(std::numeric_limits<double>::quiet_NaN()));
+}
+
+TEST(PhotoWriter, SetsAndRemovesBlocksInEveryFormat) {
+    const testkit::TempDir dir;
+    for (const char* name : {"a.jpg", "a.png", "a.tif"}) {
+        SCOPED_TRACE(name);
+        const QString source = samplePhoto(dir, name);
+        const QImage pixels(source);
+        const QString moved = rewritten(
+            source, {{u"{GPS}"_s, QVariantMap{{u"Latitude"_s, 33.5},
+                                              {u"LatitudeRef"_s, u"S"_s},
+                                              {u"AltitudeRef"_s, u"1"_s},
+                                              {u"Altitude"_s, 10}}},
+                     {u"{IPTC}"_s, QVariantMap{{u"Keywords"_s, QStringList{u"ä"_s, u"b"_s}}}},
+                     {u"{Exif}"_s, QVariantMap{{u"UserComment"_s, u"Ünï"_s}}}});
+        EXPECT_EQ(valueIn(moved, "{GPS}", "Latitude"), 33.5);
+        EXPECT_EQ(valueIn(moved, "{GPS}", "AltitudeRef"), u"1"_s);
+        EXPECT_EQ(valueIn(moved, "{GPS}", "LongitudeRef"), u"W"_s) << "not named: it stays";
+        EXPECT_EQ(valueIn(moved, "{Exif}", "UserComment"), u"Ünï"_s);
+        EXPECT_EQ(valueIn(moved, "{TIFF}", "Artist"), u"Halla"_s);
+        EXPECT_EQ(QImage(moved), pixels);
+        const QString plain =
+            rewritten(moved, {{u"{Exif}"_s, QVariant()}, {u"{GPS}"_s, QVariant()}});
+        EXPECT_FALSE(propertiesOf(plain).contains(u"{Exif}"_s));
+        EXPECT_FALSE(propertiesOf(plain).contains(u"{GPS}"_s));
+        EXPECT_EQ(valueIn(plain, "{TIFF}", "Make"), u"Kestrel"_s);
+        const QString bare = rewritten(moved, {}, true);
+        const QByteArray bytes = testkit::TempDir::read(bare);
+        for (const char* text : {"Kestrel", "Halla", "2025:06:14"})
+            EXPECT_FALSE(bytes.contains(text)) << text;
+        EXPECT_EQ(valueIn(bare, "{TIFF}", "Orientation"), 6);
+        EXPECT_EQ(QImage(bare), pixels);
+    }
+}
+
+TEST(PhotoWriter, KeepsXmpInStepAndWhatIsBehindThePixels) {
+    const testkit::TempDir dir;
+    const QString source = samplePhoto(dir, "a.jpg");
+    addPacket(source, "exif:GPSLatitude='63,24.2N' dc:format='image/jpeg'><dc:creator><rdf:Seq>"
+                      "<rdf:li>Old Name</rdf:li></rdf:Seq></dc:creator>");
+    QFile file(source);
+    ASSERT_TRUE(file.open(QIODevice::Append));
+    file.write("TRAILER");
+    file.close();
+    const QByteArray without =
+        testkit::TempDir::read(rewritten(source, {{u"{GPS}"_s, QVariant()}}));
+    EXPECT_FALSE(without.contains("63,24"));
+    EXPECT_TRUE(without.contains("Old Name"));
+    EXPECT_TRUE(without.endsWith("TRAILER"));
+    const QByteArray renamed = testkit::TempDir::read(
+        rewritten(source, {{u"{TIFF}"_s, QVariantMap{{u"Artist"_s, u"New & Name"_s}}}}));
+    EXPECT_FALSE(renamed.contains("Old Name"));
+    EXPECT_TRUE(renamed.contains("<rdf:li>New &amp; Name</rdf:li>"));
+    const QByteArray bare = testkit::TempDir::read(rewritten(source, {}, true));
+    EXPECT_FALSE(bare.contains("adobe"));
+    EXPECT_FALSE(bare.contains("TRAILER"));
+}
+
+TEST(PhotoWriter, LeavesNothingOfADamagedOrUnknownPhoto) {
+    const testkit::TempDir dir;
+    const QByteArray jpeg = testkit::TempDir::read(samplePhoto(dir, "a.jpg"));
+    const QString target = dir.path("out.jpg");
+    const QVariantMap properties{{u"{GPS}"_s, QVariant()}};
+    for (const QByteArray& bytes : {QByteArray(), QByteArray("text"), jpeg.first(40),
+                                    jpeg.first(jpeg.size() / 4).left(300)}) {
+        const auto notes = rewritePhoto({dir.write("in.jpg", bytes), target, properties});
+        EXPECT_FALSE(notes);
+        EXPECT_FALSE(dir.files().contains(u"out.jpg"_s));
+    }
+    const auto odd = rewritePhoto(
+        {dir.path("a.jpg"),
+         target,
+         {{u"{TIFF}"_s, QVariantMap{{u"NoSuchTag"_s, 1}, {u"Orientation"_s, u"left"_s}}}}});
+    ASSERT_TRUE(odd);
+    EXPECT_TRUE(textOf(*odd).contains(u"NoSuchTag, Orientation"_s)) << textOf(*odd);
+    EXPECT_EQ(valueIn(target, "{TIFF}", "Orientation"), 6);
+}
+
+} // namespace clipheave::platform
