@@ -245,7 +245,9 @@ void AudioMetadata::writeMp3(const jobs::WriteRequest& request, const QList<Id3T
         if (!tag)
             return tl::unexpected(tag.error());
         OutputPlace(output).removeLink();
-        const auto written = replaceMpegTags(source, output, *tag, progress);
+        const auto written =
+            replaceMpegTags(source, output, *tag, progress,
+                            lost ? AtomicFile::Attributes::All : AtomicFile::Attributes::OfSystem);
         if (!written)
             return tl::unexpected(written.error());
         return notes;

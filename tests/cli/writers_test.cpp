@@ -1,20 +1,26 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The commands that write a whole selection, and what is left of a save that is killed.
+#include "platform/foundation/atomic_file.h"
 #include "tests/cli/cli_kit.h"
 #include "tests/testkit/tiny_disk.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QThread>
 
+#include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace {
 
+using clipheave::platform::AtomicFile;
 using clitest::cli;
 using clitest::listed;
 using clitest::listedFile;
@@ -159,6 +165,62 @@ TEST_F(Commands, OutputsHaveThePermissionsAndTheExactDatesOfTheirSources) {
             EXPECT_EQ(status.st_mtim.tv_nsec, 123'456'789) << output;
         }
     }
+}
+
+/// Returns whether the file has it, whatever it holds.
+bool hasAttribute(const QString& path, const char* name) {
+    return ::getxattr(path.toUtf8().constData(), name, nullptr, 0) >= 0;
+}
+
+TEST_F(Commands, WhatADownloadLeftBesideAFileGoesWithAClearAlone) {
+    const TempDir in;
+    QStringList sources;
+    for (const char* name : {"Iceland/waterfall-slowmo.m4v", "Northbound/07 Salt & Cedar.mp3",
+                             "Northbound/01 Northbound Tide.flac", "Harbour/interview-cam-b.mkv"}) {
+        sources += in.write(QString::fromUtf8(name).section(u'/', -1), TempDir::read(sample(name)));
+        if (::setxattr(sources.back().toUtf8().constData(), "user.xdg.origin.url", "u", 1, 0) != 0)
+            GTEST_SKIP() << "no extended attributes here";
+    }
+    for (const char* command : {"save --set title=t", "clear"}) {
+        const auto done = outcomes(command, sources);
+        EXPECT_EQ(done.size(), sources.size());
+        for (const auto& outcome : done) {
+            const QString output = outcome["outputs"_L1][0].toString();
+            EXPECT_EQ(hasAttribute(output, "user.xdg.origin.url"), command[0] == 's') << output;
+            EXPECT_TRUE(hasAttribute(output, "user.clipheave.crtime")) << output;
+        }
+    }
+}
+
+TEST_F(Commands, ACreationDateThatCannotBeStoredIsNamedOnceARun) {
+    const testkit::TinyDisk disk(m_out.path("disk"), nullptr, "ramfs");
+    SKIP_WITHOUT_DISK(disk);
+    const auto run = cli("--storage % save --set title=t %",
+                         {m_out.path("disk"), sample("Iceland/waterfall-slowmo.m4v"),
+                          sample("Northbound/01 Northbound Tide.flac")});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(testkit::namesIn(m_out.path("disk")).size(), 2);
+    EXPECT_EQ(run.err.count("Creation date not stored here"), 1) << run.err;
+}
+
+TEST_F(Commands, WhatAKilledRunLeftBelowTheStorageFolderGoesAtTheNext) {
+    const QString folder = m_out.path("mirrored");
+    ASSERT_TRUE(QDir().mkpath(folder));
+    const pid_t child = ::fork();
+    if (child == 0) {
+        auto file = AtomicFile::create(folder + u"/clip.m4v"_s);
+        ::raise(file ? SIGKILL : SIGUSR1);
+    }
+    int ended = 0;
+    ASSERT_EQ(::waitpid(child, &ended, 0), child);
+    const QStringList left = testkit::namesIn(folder);
+    ASSERT_EQ(left.size(), 1);
+    const timespec old[2] = {{1'000, 0}, {1'000, 0}};
+    const QByteArray path = (folder + u'/' + left.first()).toUtf8();
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.constData(), old, 0), 0);
+    (void)outcomes("save --set title=t", {sample("Iceland/waterfall-slowmo.m4v")});
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_THAT(testkit::namesIn(folder), testing::IsEmpty());
 }
 
 // CLIPHEAVE_KILLS sets how often (40).

@@ -9,12 +9,14 @@
 
 namespace testkit {
 
-/// A file system of a fixed size in a folder, made where it is missing; gone with the object.
+/// A file system in a folder, made where it is missing, of a fixed size if it is a "tmpfs"; gone
+/// with the object. A "ramfs" keeps no extended attributes.
 class TinyDisk {
 public:
-    TinyDisk(const QString& folder, const char* size) : m_folder(folder.toUtf8()) {
+    TinyDisk(const QString& folder, const char* size, const char* type = "tmpfs")
+        : m_folder(folder.toUtf8()) {
         m_mounted =
-            QDir().mkpath(folder) && ::mount("tmpfs", m_folder.constData(), "tmpfs", 0, size) == 0;
+            QDir().mkpath(folder) && ::mount(type, m_folder.constData(), type, 0, size) == 0;
     }
     ~TinyDisk() {
         if (m_mounted)

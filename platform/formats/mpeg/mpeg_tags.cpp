@@ -7,7 +7,6 @@
 #include "platform/formats/mpeg/id3_header.h"
 #include "platform/formats/mpeg/mpeg_header.h"
 #include "platform/formats/mpeg/tag_footers.h"
-#include "platform/foundation/atomic_file.h"
 #include "platform/foundation/unchanged_files.h"
 
 #include <array>
@@ -201,7 +200,8 @@ Result<MpegAudio> findMpegAudio(FileReader& reader) {
 }
 
 Result<void> replaceMpegTags(const QString& source, const QString& target, const QByteArray& tag,
-                             const std::function<bool(double)>& progress) {
+                             const std::function<bool(double)>& progress,
+                             AtomicFile::Attributes attributes) {
     auto reader = FileReader::open(source);
     if (!reader)
         return tl::unexpected(reader.error());
@@ -213,7 +213,7 @@ Result<void> replaceMpegTags(const QString& source, const QString& target, const
     auto file = AtomicFile::create(target, static_cast<std::uint64_t>(tag.size()) + length);
     if (!file)
         return tl::unexpected(file.error());
-    file->copyExtendedAttributes(reader->fd());
+    file->copyExtendedAttributes(reader->fd(), attributes);
     file->takePermissionsOf(FileReference::ofDescriptor(reader->fd()));
     if (auto written = file->write(tag); !written)
         return written;

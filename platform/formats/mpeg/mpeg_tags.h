@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/foundation/atomic_file.h"
 #include "platform/foundation/file_reader.h"
 
 #include <functional>
@@ -24,9 +25,10 @@ struct MpegAudio {
 [[nodiscard]] std::uint64_t startOfTrailingTags(FileReader& reader, std::uint64_t from);
 
 /// `source` without its tags, behind `tag`, as `target`, in one step. The audio is copied by the
-/// kernel; `progress` (0 to 1) stops it by returning false.
-[[nodiscard]] Result<void> replaceMpegTags(const QString& source, const QString& target,
-                                           const QByteArray& tag,
-                                           const std::function<bool(double)>& progress);
+/// kernel; `progress` (0 to 1) stops it by returning false. `attributes` travel along.
+[[nodiscard]] Result<void>
+replaceMpegTags(const QString& source, const QString& target, const QByteArray& tag,
+                const std::function<bool(double)>& progress,
+                AtomicFile::Attributes attributes = AtomicFile::Attributes::All);
 
 } // namespace clipheave::platform
