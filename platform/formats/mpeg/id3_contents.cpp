@@ -6,7 +6,7 @@
 #include "platform/formats/tag_text.h"
 #include "platform/media/model/tag_mapping.h"
 
-#include <QSet>
+#include <QHash>
 
 namespace clipheave::platform {
 namespace {
@@ -85,7 +85,7 @@ private:
     void appendComments();
 
     int m_version;
-    QSet<QByteArray> m_seen;
+    QHash<QByteArray, qsizetype> m_seen; ///< the places of text frames among the items
     QList<AVMetadataItem> m_items;
     std::vector<Id3Image> m_images;
     std::vector<Id3Comment> m_comments;
@@ -134,9 +134,15 @@ void Id3ItemList::addText(const Id3Frame& frame, ByteView bytes) {
     const bool link = frame.id[0] == 'W' && bytes.u8(0).value_or(0) > 3;
     const QString text = link ? takeId3Text(Id3Encoding::Latin1, bytes)
                               : id3Texts(encodingOf(bytes), bytes.sub(1)).join(kValueSeparator);
-    if (text.isEmpty() || m_seen.contains(frame.id))
+    if (text.isEmpty())
         return;
-    m_seen.insert(frame.id);
+    // Of repeated frames the last one counts, as of every other list.
+    const auto seen = m_seen.constFind(frame.id);
+    if (seen != m_seen.constEnd()) {
+        m_items[*seen] = id3Item(frame.id, text);
+        return;
+    }
+    m_seen.insert(frame.id, m_items.size());
     m_items.append(id3Item(frame.id, text));
 }
 
@@ -176,11 +182,14 @@ void Id3ItemList::appendComments() {
 
 QList<AVMetadataItem> Id3ItemList::take() {
     appendComments();
-    // Last the image that a reader of "the" image gets: the first of the highest rank.
-    const auto best =
-        std::max_element(m_images.begin(), m_images.end(), [](const auto& a, const auto& b) {
-            return imageRank(a.type) < imageRank(b.type);
-        });
+    // Last the image that a reader of "the" image gets: the first front cover, else the last image
+    // that is no file icon.
+    auto best = m_images.begin();
+    for (auto it = m_images.begin(); it != m_images.end(); ++it) {
+        const int rank = imageRank(it->type), highest = imageRank(best->type);
+        if (rank > highest || (rank == highest && it->type != kFrontCover))
+            best = it;
+    }
     for (auto it = m_images.begin(); it != m_images.end(); ++it) {
         if (it != best)
             m_items.append(id3Item("APIC", it->data.value()));

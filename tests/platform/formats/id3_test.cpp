@@ -131,6 +131,12 @@ TEST(Id3, ReadsFrameSizesThatWereWrittenWrongly) {
     EXPECT_THAT(tagOf(id3Tag(4, id3Frame("TT2 ", raw("\x00Old id")))), has("id3/TIT2", "Old id"));
 }
 
+TEST(Id3, TakesTheLastOfRepeatedFrames) {
+    EXPECT_THAT(
+        tagOf(id3Tag(3, id3Text("TIT2", "First") + id3Text("TPE1", "A") + id3Text("TIT2", "Last"))),
+        has("id3/TIT2", "Last"));
+}
+
 TEST(Id3, FillsGapsFromApeThenFromVersion1) {
     QByteArray v1 = "TAG" + QByteArray("Old title").leftJustified(30, '\0') +
                     QByteArray("Old artist").leftJustified(30, '\0') +
