@@ -25,6 +25,7 @@ class VideoMetadata;
 } // namespace clipheave::metadata
 
 namespace clipheave::photo {
+class PhotoEdits;
 class PhotoLists;
 struct PhotoRequest;
 } // namespace clipheave::photo
@@ -187,6 +188,11 @@ public:
     // Photos
     Q_INVOKABLE void AddDateOnPhotoAction(); ///< stamped copies, by the preferences
     // Property lists of the selection, one file each but for the last.
+    Q_INVOKABLE void RemoveIPTCDataFromPhoto();
+    Q_INVOKABLE void RemoveExifDataFromPhoto();
+    Q_INVOKABLE void RemoveGPSDataFromPhoto();
+    Q_INVOKABLE void DeleteExifAndGPSData();
+    Q_INVOKABLE void DeleteAllPhotoMetadataData();
     Q_INVOKABLE void ExportTiffInfoToPlist();
     Q_INVOKABLE void ExportExifInfoToPlist();
     Q_INVOKABLE void ExportExifandTiffInfoToPlist();
@@ -231,6 +237,8 @@ private:
     using VideoWorker = void (AppDelegate::*)(video::VideoJobs& jobs,
                                               const video::VideoJobRequest& request);
     void detachVideoWorker(VideoWorker worker, const QString& activity);
+    void removeBlocks(void (photo::PhotoEdits::*remove)(const photo::PhotoRequest& request),
+                      const QString& title);
     void exportLists(void (photo::PhotoLists::*write)(const photo::PhotoRequest& request),
                      const QString& title);
     [[nodiscard]] jobs::RunSettings runSettings() const;
