@@ -271,6 +271,20 @@ class PhotoToolTest(WindowTest):
                                capture_output=True, text=True, check=True).stdout.strip()
         self.assertEqual(listed["{Exif}"]["DateTimeOriginal"], taken)
 
+    def test_remove_the_position_from_the_grid(self):
+        user = self.select_photo()
+        user.click("button menu", "Remove")
+        eventually(user.hands.menu_is_open, "the menu is open")
+        user.hands.key("Down", "Down", "Return")
+        made = storage(user) / "NoGPS_IMG_0412.jpg"
+        eventually(made.exists, "the copy")
+
+        def tags(path, *groups):
+            return subprocess.run(["exiftool", "-s3", *groups, path], capture_output=True, text=True, check=True).stdout
+        self.assertNotEqual(tags(self.demo / "Photos/IMG_0412.jpg", "-GPS:all"), "")
+        self.assertEqual(tags(made, "-GPS:all"), "")
+        self.assertEqual(tags(made, "-ExifIFD:all", "-Make"), tags(self.demo / "Photos/IMG_0412.jpg", "-ExifIFD:all", "-Make"))
+
     def test_stamp_from_the_grid(self):
         user = self.select_photo()
         user.click("button menu", "Date Stamp")
