@@ -200,6 +200,8 @@ public:
     Q_INVOKABLE void ExportTemplateDataToPlist();
     Q_INVOKABLE void ExportAllMetadataInfoToPlist();
     Q_INVOKABLE void WriteSelectedItemsExifDataToPlist(); ///< a file for each photo
+    Q_INVOKABLE void ImportPlistToPhotos();               ///< copies with what a list says
+    Q_INVOKABLE void ImportTemplateToPhotos();
 
     /// Logs that a command is not available yet.
     Q_INVOKABLE void notAvailableYet(const QString& command);
@@ -241,6 +243,7 @@ private:
                       const QString& title);
     void exportLists(void (photo::PhotoLists::*write)(const photo::PhotoRequest& request),
                      const QString& title);
+    void chooseListToImport(const QString& title);
     [[nodiscard]] jobs::RunSettings runSettings() const;
     [[nodiscard]] std::vector<media::ItemPointer> selectedItems() const;
     /// Changes the items of these paths, in the list and in the pane.

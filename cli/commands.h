@@ -65,6 +65,7 @@ struct PhotoOptions {
     QString job; ///< "stamp", …
     StampOptions stamp;
     QString list;                                      ///< "tiff", … of an export
+    QString plist;                                     ///< the file of an import
     QString block;                                     ///< that "remove" takes away
     QString latitude, longitude, altitude, date, time; ///< of "gps" and "change-gps"
     std::vector<std::pair<QString, QString>> set;      ///< FIELD, TEXT of "apply"

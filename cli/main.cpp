@@ -180,6 +180,8 @@ PhotoOptions photoOptions(const CLI::App& command, const PhotoArguments& argumen
     options.stamp = {givenText(arguments.position), givenText(arguments.layout),
                      givenText(arguments.font), givenText(arguments.color), arguments.fontSize};
     options.list = textOf(arguments.list);
+    if (!arguments.plist.empty())
+        options.plist = absolutePath(textOf(arguments.plist));
     options.block = textOf(arguments.block);
     options.latitude = textOf(arguments.latitude);
     options.longitude = textOf(arguments.longitude);

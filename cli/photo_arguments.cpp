@@ -26,6 +26,11 @@ void addExportOptions(CLI::App& command, PhotoArguments& arguments) {
         ->required();
 }
 
+void addImportOptions(CLI::App& command, PhotoArguments& arguments) {
+    command.add_option("PLIST", arguments.plist, "A property list, as an export writes it")
+        ->required();
+}
+
 void addBlock(CLI::App& command, PhotoArguments& arguments) {
     command.add_option("BLOCK", arguments.block, "exif, gps, iptc, exif-gps or all")->required();
 }
@@ -64,6 +69,7 @@ constexpr PhotoJobArguments kPhotoJobs[] = {
     {"apply", "Types values into the fields of the photo pane", &addFields},
     {"stamp", "Draws the date of each photo onto a small JPEG copy of it", &addStampOptions},
     {"export", "Writes the metadata of photos as property lists", &addExportOptions},
+    {"import", "Copies of the photos with what a property list says", &addImportOptions},
 };
 
 } // namespace

@@ -13,7 +13,7 @@ struct PhotoArguments {
     std::vector<std::string> paths, set;
     std::string block, latitude, longitude, altitude, date, time;
     std::string position, layout, font, color;
-    std::string list;
+    std::string list, plist;
     int fontSize = 0;
 };
 /// Adds the command with one sub-command per job; the one that was given is then its only parsed

@@ -95,13 +95,21 @@ int runExport(const GlobalOptions& global, const PhotoOptions& options, Console&
     return kWrongUsage;
 }
 
+int runImport(const GlobalOptions& global, const PhotoOptions& options, Console& console) {
+    const auto order = [&options](const auto& import, const auto& settings) {
+        return photo::importOrder(options.plist, &photo::rewriteWithProperties,
+                                  {import.localPhotoItemArray(), settings});
+    };
+    return runOverPhotos(global, options, QStringLiteral("written"), order, console);
+}
+
 /// One job of the photo menu.
 struct PhotoCommand {
     const char* name;
     int (*run)(const GlobalOptions& global, const PhotoOptions& options, Console& console);
 };
 constexpr PhotoCommand kPhotoCommands[] = {
-    {"stamp", &runStamp},        {"export", &runExport},  {"stamp", &runStamp},
+    {"stamp", &runStamp},        {"export", &runExport},  {"import", &runImport},
     {"remove", &runPhotoRemove}, {"gps", &runPhotoPlace}, {"change-gps", &runPhotoPlace},
     {"apply", &runPhotoApply},
 };

@@ -6,6 +6,7 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
 #include "platform/image/cg_image_source.h"
+#include "platform/image/write/photo_writer.h"
 #include "platform/plist/property_list.h"
 
 #include <chrono>
@@ -173,6 +174,11 @@ jobs::RunOrder listOrder(void (PhotoLists::*write)(const PhotoRequest& request),
             (lists.*write)(part);
         },
         std::move(request));
+}
+
+Result<Notes> rewriteWithProperties(const QString& source, const QString& target,
+                                    const QVariantMap& properties) {
+    return rewritePhoto({source, target, properties});
 }
 
 jobs::RunOrder importOrder(const QString& plist, PhotoRewriter rewrite, PhotoRequest request) {

@@ -60,6 +60,9 @@ private:
 /// Returns the order of an export over the items of the request.
 [[nodiscard]] jobs::RunOrder listOrder(void (PhotoLists::*write)(const PhotoRequest& request),
                                        PhotoRequest request);
+/// The writer of photos as a PhotoRewriter.
+[[nodiscard]] platform::Result<platform::Notes>
+rewriteWithProperties(const QString& source, const QString& target, const QVariantMap& properties);
 /// Returns the order of an import of the list at `plist`.
 [[nodiscard]] jobs::RunOrder importOrder(const QString& plist, PhotoRewriter rewrite,
                                          PhotoRequest request);

@@ -44,4 +44,29 @@ void AppDelegate::exportLists(void (photo::PhotoLists::*write)(const photo::Phot
     m_board->start(job);
 }
 
+void AppDelegate::ImportPlistToPhotos() {
+    chooseListToImport(tr("Import a property list"));
+}
+void AppDelegate::ImportTemplateToPhotos() {
+    chooseListToImport(tr("Import a template"));
+}
+
+/// The selection is the one of the click, whatever is selected when the list is chosen.
+void AppDelegate::chooseListToImport(const QString& title) {
+    const auto items = selectedItems();
+    if (items.empty())
+        return showNoSelectionAlert();
+    const auto chosen = [this, title, items](const QStringList& paths) {
+        BoardJob job;
+        job.title = title;
+        job.order = photo::importOrder(paths.first(), &photo::rewriteWithProperties,
+                                       {items, runSettings()});
+        WriteReport{*m_activity, *m_surroundings->workspace, [this] { Q_EMIT saveFinished(); }}
+            .attachTo(job);
+        m_board->start(job);
+    };
+    m_surroundings->fileChooser->chooseMedia(m_window.get(), tr("Please select plist to import."),
+                                             OpenPanel::OneFile, chosen);
+}
+
 } // namespace clipheave::app

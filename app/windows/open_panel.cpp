@@ -70,7 +70,7 @@ public:
         setObjectName(QStringLiteral("openPanel"));
         setAttribute(Qt::WA_DeleteOnClose);
         setOption(DontUseNativeDialog);
-        setFileMode(ExistingFiles);
+        setFileMode(mode == OpenPanel::OneFile ? ExistingFile : ExistingFiles);
         setViewMode(Detail);
         setWindowTitle(tr("Open"));
         setAccessibleDescription(message);

@@ -12,7 +12,7 @@ namespace clipheave::app {
 
 /// Asks for files and folders in a sheet on a window. Never blocks.
 struct OpenPanel {
-    enum Mode { FilesAndFolders, FilesOnly };
+    enum Mode { FilesAndFolders, FilesOnly, OneFile };
 
     /// `chosen` gets at least one absolute path, and only when the user accepts. `settings`, which
     /// outlive the panel, keep the folder of the last choice.

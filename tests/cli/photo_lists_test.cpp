@@ -55,6 +55,26 @@ TEST_F(PhotoListCommand, WritesTheListsUnderTheirNames) {
     EXPECT_EQ(m_dir.files("out").size(), 7);
 }
 
+TEST_F(PhotoListCommand, ImportsWhatItExported) {
+    for (const char* list : {"all", "template"})
+        EXPECT_EQ(exported(list, {m_south}).exitCode, 0);
+    for (const char* file : {"ExportAllMetadataInfo.plist", "templatefile.plist"}) {
+        const auto result = clitest::cli(
+            "--storage % photo import",
+            {m_dir.path("new"), m_dir.path("out") + u'/' + QLatin1String(file), m_plain});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(testkit::exiftool("-s3 -n -Artist -EXIF:GPSLatitude -GPSLatitudeRef -GPSLongitudeRef",
+                                    {m_dir.path("new/plain.jpg")}),
+                  "Ärtist\n33.5\nS\nW")
+            << file;
+    }
+    EXPECT_EQ(testkit::exiftool("-s3 -Artist", {m_plain}), QByteArray()) << "the source stays";
+    EXPECT_EQ(
+        clitest::cli("--storage % photo import", {m_dir.path("new"), m_dir.path("none"), m_plain})
+            .exitCode,
+        1);
+}
+
 TEST_F(PhotoListCommand, SaysWhatBecameOfEachPhoto) {
     const auto several = exported("tiff", {m_south, m_plain, m_dir.write("text.jpg", "no photo")});
     EXPECT_EQ(several.exitCode, 1) << several.err;

@@ -45,7 +45,7 @@ const QSet<QByteArray> kStillToCome =
           "EditvideofileDateInfoAction ExportAllArtWokrmetadataAction "
           "ExportSelectedArtWokrmetadataAction ExportSelectedItemAllmetadataAction "
           "ExportSelectedItemSelectedmetadataAction "
-          "HideEditViewAction ImportPlistToPhotos ImportTemplateToPhotos OpenDeviceAction "
+          "HideEditViewAction OpenDeviceAction "
           "OpenPhototoAddWaterMarkAction ReloadMetaDataPlistAction RemoveExifDataFromPhoto "
           "RemoveGPSDataFromPhoto RemoveIPTCDataFromPhoto ShowMapAction StartEditViewAction "
           "WriteXMPMetadataToPhotosAction "

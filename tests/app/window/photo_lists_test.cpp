@@ -39,6 +39,10 @@ TEST_F(PhotoListsTest, EveryExportWritesItsFileOfTheSelection) {
                   QStringList{controller->storagelocation() + u'/' + QLatin1String(file)});
         desktop->revealed.clear();
     }
+    desktop->chosenPaths = {controller->storagelocation() + u"/templatefile.plist"_s};
+    saved([this] { controller->performCommand(u"ImportTemplateToPhotos"_s); });
+    EXPECT_EQ(desktop->revealed, QStringList{controller->storagelocation() + u"/a.jpg"_s});
+    EXPECT_EQ(desktop->mediaChoosers, QList{OpenPanel::OneFile});
 }
 
 } // namespace
