@@ -63,9 +63,10 @@ TEST_F(PhotoListCommand, ImportsWhatItExported) {
             "--storage % photo import",
             {m_dir.path("new"), m_dir.path("out") + u'/' + QLatin1String(file), m_plain});
         EXPECT_EQ(result.exitCode, 0) << result.err;
-        EXPECT_EQ(testkit::exiftool("-s3 -n -Artist -EXIF:GPSLatitude -GPSLatitudeRef -GPSLongitudeRef",
-                                    {m_dir.path("new/plain.jpg")}),
-                  "Ärtist\n33.5\nS\nW")
+        EXPECT_EQ(
+            testkit::exiftool("-s3 -n -Artist -EXIF:GPSLatitude -GPSLatitudeRef -GPSLongitudeRef",
+                              {m_dir.path("new/plain.jpg")}),
+            "Ärtist\n33.5\nS\nW")
             << file;
     }
     EXPECT_EQ(testkit::exiftool("-s3 -Artist", {m_plain}), QByteArray()) << "the source stays";

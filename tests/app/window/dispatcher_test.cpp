@@ -40,14 +40,14 @@ const QSet<QByteArray> kStillToCome =
           "ClickCopyVideoExifDateToCreateDateAction ClickCreatedDateChangedSaveAction "
           "ClickDateChangedSaveAction ClickSetVideoDateFromFileNameAction "
           "ClickShowAddWaterMarktoVideoFileAction ClickShowImageWaterMarktoVideoFileAction "
-          "DeleteAllPhotoMetadataData DeleteExifAndGPSData DeletePhotoAction "
+          "DeletePhotoAction "
           "DownloadImportEditePhotoAction DownloadPhotoAction EditeGPSExifDataPhoto "
           "EditvideofileDateInfoAction ExportAllArtWokrmetadataAction "
           "ExportSelectedArtWokrmetadataAction ExportSelectedItemAllmetadataAction "
           "ExportSelectedItemSelectedmetadataAction "
           "HideEditViewAction OpenDeviceAction "
-          "OpenPhototoAddWaterMarkAction ReloadMetaDataPlistAction RemoveExifDataFromPhoto "
-          "RemoveGPSDataFromPhoto RemoveIPTCDataFromPhoto ShowMapAction StartEditViewAction "
+          "OpenPhototoAddWaterMarkAction ReloadMetaDataPlistAction "
+          "ShowMapAction StartEditViewAction "
           "WriteXMPMetadataToPhotosAction "
           "removeCaptionMediaFileFormatAction");
 
