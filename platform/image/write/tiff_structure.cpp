@@ -51,10 +51,11 @@ private:
         const QByteArray count = m_source.read(directory.offset, 2);
         const std::uint16_t entries = count.isNull() ? 0 : m_structure.u16(count);
         const QByteArray table = m_source.read(directory.offset + 2, entries * 12ull + 4);
-        if (entries > kMostEntries)
+        if (entries > kMostEntries && m_structure.directories.empty())
             return failure(ErrorCode::LimitExceeded, kReadPhotoTags, {}, kTooManyDirectories);
-        if (count.isNull() || table.isNull())
-            return {}; // a pointer to nowhere is left as it is
+        // A pointer to nowhere, or to what is no table, is left as it is.
+        if (count.isNull() || table.isNull() || entries > kMostEntries)
+            return {};
         for (int i = 0; i < entries; ++i)
             directory.entries.push_back(
                 entryOf(table.mid(i * 12, 12), directory.offset + 2 + i * 12ull));

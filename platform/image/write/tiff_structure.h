@@ -74,7 +74,8 @@ struct TiffStructure {
 [[nodiscard]] std::uint64_t tiffTypeSize(std::uint16_t type);
 
 /// Reads all directories, each once whatever leads to it. InvalidData when it does not begin as
-/// one, or the first directory is not there; LimitExceeded beyond 256 directories or 4096 entries.
+/// one, or the first directory is not there; LimitExceeded beyond 256 directories, or 4096
+/// entries in the first.
 [[nodiscard]] Result<TiffStructure> readTiffStructure(const TiffSource& source);
 
 } // namespace clipheave::platform
