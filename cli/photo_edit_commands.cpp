@@ -32,7 +32,9 @@ constexpr Removal kRemovals[] = {
     {"all", &PhotoEdits::DeleteAllPhotoMetadataData},
 };
 
-int removeBlock(const GlobalOptions& global, const PhotoOptions& options, Console& console) {
+} // namespace
+
+int runPhotoRemove(const GlobalOptions& global, const PhotoOptions& options, Console& console) {
     for (const Removal& removal : kRemovals)
         if (options.block == QLatin1String(removal.block))
             return runEdit(
@@ -47,7 +49,7 @@ int removeBlock(const GlobalOptions& global, const PhotoOptions& options, Consol
     return kWrongUsage;
 }
 
-int writePlace(const GlobalOptions& global, const PhotoOptions& options, Console& console) {
+int runPhotoPlace(const GlobalOptions& global, const PhotoOptions& options, Console& console) {
     const photo::PlaceTexts place{options.latitude, options.longitude, options.altitude,
                                   options.date, options.time};
     const bool isChange = options.job == u"change-gps";
@@ -66,6 +68,8 @@ int writePlace(const GlobalOptions& global, const PhotoOptions& options, Console
         },
         console);
 }
+
+namespace {
 
 /// A field of the photo pane; editing it changes its section.
 struct PaneField {
@@ -128,7 +132,23 @@ bool type(const QString& name, const QString& text, photo::PaneTexts& pane) {
     return false;
 }
 
-int applyFields(const GlobalOptions& global, const PhotoOptions& options, Console& console) {
+/// Types the values into the pane as the photo fills it: the other fields of a section keep what it
+/// has.
+void applyTo(jobs::Run& run, const PhotoRequest& photo, const PhotoOptions& options) {
+    const QString& path = photo.items.front()->filePath;
+    auto pane = photo::paneOfPhoto(path);
+    if (!pane) {
+        run.ticket(path).report(jobs::refusal(path, pane.error().text()));
+        return;
+    }
+    for (const auto& [name, text] : options.set)
+        type(name, text, *pane);
+    PhotoEdits(run).ClickApplyChangeAction(photo, *pane);
+}
+
+} // namespace
+
+int runPhotoApply(const GlobalOptions& global, const PhotoOptions& options, Console& console) {
     photo::PaneTexts typed;
     for (const auto& [name, text] : options.set)
         if (!type(name, text, typed)) {
@@ -139,13 +159,6 @@ int applyFields(const GlobalOptions& global, const PhotoOptions& options, Consol
         printError(QStringLiteral("photo apply takes at least one --set FIELD=TEXT"));
         return kWrongUsage;
     }
-    // The other fields of a section hold what each photo has.
-    const auto paneOf = [set = options.set](const media::IKImageItem& item) {
-        photo::PaneTexts pane = photo::paneOfPhoto(item.filePath);
-        for (const auto& [name, text] : set)
-            type(name, text, pane);
-        return pane;
-    };
     photo::PaneTexts checked = typed;
     if (typed.gpsInfoChange)
         for (QString photo::PlaceTexts::*part :
@@ -160,25 +173,10 @@ int applyFields(const GlobalOptions& global, const PhotoOptions& options, Consol
     return runEdit(
         global, options,
         [&](jobs::Run& run, const PhotoRequest& request) {
-            PhotoEdits edits(run);
             for (const auto& item : request.items)
-                edits.ClickApplyChangeAction({{item}, request.settings}, paneOf(*item));
+                applyTo(run, {{item}, request.settings}, options);
         },
         console);
-}
-
-} // namespace
-
-int runPhotoRemove(const GlobalOptions& global, const PhotoOptions& options, Console& console) {
-    return removeBlock(global, options, console);
-}
-
-int runPhotoPlace(const GlobalOptions& global, const PhotoOptions& options, Console& console) {
-    return writePlace(global, options, console);
-}
-
-int runPhotoApply(const GlobalOptions& global, const PhotoOptions& options, Console& console) {
-    return applyFields(global, options, console);
 }
 
 } // namespace clipheave::cli

@@ -70,7 +70,11 @@ void PhotoEdits::ClickSaveChangeGPSAction(const PhotoRequest& request, const Pla
 }
 
 void PhotoEdits::ClickApplyChangeAction(const PhotoRequest& request, const PaneTexts& pane) {
-    rewriteAll(request, {"", paneProperties(pane)});
+    const auto fault = paneFault(pane);
+    if (!fault)
+        return rewriteAll(request, {"", paneProperties(pane)});
+    for (const auto& item : request.items)
+        m_run.ticket(item->filePath).report(jobs::refusal(item->filePath, *fault));
 }
 
 void PhotoEdits::rewriteAll(const PhotoRequest& request, const Edit& edit) {

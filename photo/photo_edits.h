@@ -24,7 +24,8 @@ struct PaneTexts {
 };
 
 /// Returns the pane as a photo fills it, nothing changed; empty texts for what it does not have.
-[[nodiscard]] PaneTexts paneOfPhoto(const QString& path);
+/// The failure of CGImageSource otherwise: an empty pane would take what the photo has away.
+[[nodiscard]] platform::Result<PaneTexts> paneOfPhoto(const QString& path);
 
 /// Returns why the position cannot be written: no number, out of range, an empty field, no date or
 /// time; nothing when it can. `needsStamps`: date and time must be there.
@@ -56,6 +57,7 @@ public:
     /// Writes the position alone and drops the EXIF block.
     void ChangeGPSExifDataPhoto(const PhotoRequest& request, const PlaceTexts& place);
     void ClickSaveChangeGPSAction(const PhotoRequest& request, const PlaceTexts& place);
+    /// A pane with a fault fails every photo.
     void ClickApplyChangeAction(const PhotoRequest& request, const PaneTexts& pane);
 
 private:

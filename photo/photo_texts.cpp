@@ -104,10 +104,10 @@ PlaceTexts placeOf(const QVariantMap& gps) {
 
 } // namespace
 
-PaneTexts paneOfPhoto(const QString& path) {
+platform::Result<PaneTexts> paneOfPhoto(const QString& path) {
     const auto source = platform::CGImageSource::createWithPath(path);
     if (!source)
-        return {};
+        return tl::unexpected(source.error());
     const auto block = [&](const char* name) {
         return source->properties().value(QLatin1String(name)).toMap();
     };

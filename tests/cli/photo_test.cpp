@@ -26,4 +26,24 @@ TEST(PhotoStamp, TakesTitlesAndStampsWhatTheBrowserTakes) {
     EXPECT_TRUE(dir.files("out").contains(u"IMG_0412_date.jpg"_s));
 }
 
+TEST(Photo, ApplyNeverWritesHalfAPosition) {
+    const TempDir out;
+    const QString photo = clitest::sample("Photos/IMG_0412.jpg");
+    ASSERT_EQ(clitest::cli("--storage % photo remove gps %", {out.path(), photo}).exitCode, 0);
+    const QString bare = out.path("NoGPS_IMG_0412.jpg");
+    const testkit::RunResult half =
+        clitest::cli("--storage % photo apply --set latitude=5 %", {out.path("half"), bare});
+    EXPECT_EQ(half.exitCode, 1);
+    EXPECT_THAT(half.err.toStdString(), testing::HasSubstr("Each value cannot be empty."));
+    EXPECT_THAT(out.files("half"), testing::IsEmpty());
+    const testkit::RunResult moved =
+        clitest::cli("--storage % photo apply --set latitude=5 %", {out.path("moved"), photo});
+    EXPECT_EQ(moved.exitCode, 0) << moved.err;
+    const QJsonObject before = clitest::listedFile(photo, "--photos");
+    const QJsonObject after = clitest::listedFile(out.path("moved/IMG_0412.jpg"), "--photos");
+    EXPECT_EQ(after[u"latitude"_s].toDouble(), 5);
+    EXPECT_NEAR(after[u"longitude"_s].toDouble(), before[u"longitude"_s].toDouble(), 1e-5);
+    EXPECT_EQ(after[u"make"_s], before[u"make"_s]);
+}
+
 } // namespace

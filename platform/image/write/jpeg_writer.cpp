@@ -92,6 +92,9 @@ private:
         if (packet == nullptr)
             return;
         const QByteArray old = packet->payload.mid(kXmpHead.size());
+        // The video behind the image is not looked into; it often holds the place, too.
+        if (m_change.dropsGps && (old.contains("MotionPhoto") || old.contains("MicroVideo")))
+            m_notes.append(kMotionVideoKept);
         const QByteArray changed = changedXmpOrNote(old, m_change, m_notes);
         m_changesXmp = changed != old;
         m_xmp = changed;

@@ -189,6 +189,12 @@ PhotoChange changeOf(const QVariantMap& properties) {
     return change;
 }
 
+QString iptcName(std::uint8_t dataSet) {
+    const auto* row = std::find_if(std::begin(kIptcKeys), std::end(kIptcKeys),
+                                   [&](const IptcKey& key) { return key.dataSet == dataSet; });
+    return row != std::end(kIptcKeys) ? QLatin1String(row->name) : QString::number(dataSet);
+}
+
 void applyChange(const PhotoChange& change, TiffEditor& editor) {
     if (change.dropsEverything) {
         editor.removeFurtherImages();

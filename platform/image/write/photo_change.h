@@ -48,6 +48,9 @@ struct PhotoChange {
 /// (kCFNull), which removes the block; an invalid value of a key removes the key.
 [[nodiscard]] PhotoChange changeOf(const QVariantMap& properties);
 
+/// Returns the published name of a data set of record 2, its number for an unknown one.
+[[nodiscard]] QString iptcName(std::uint8_t dataSet);
+
 /// Returns the block with the change, empty when nothing of it is left; `block` may be empty.
 [[nodiscard]] Result<QByteArray> changedTiffBlock(const QByteArray& block,
                                                   const PhotoChange& change);

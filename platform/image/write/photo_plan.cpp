@@ -38,4 +38,16 @@ QByteArray changedXmpOrNote(const QByteArray& packet, const PhotoChange& change,
     return removes ? QByteArray() : packet;
 }
 
+QByteArray changedXmpWithIptc(const QByteArray& packet, const PhotoChange& change, Notes& notes) {
+    std::vector<std::uint8_t> left;
+    const QByteArray changed =
+        xmpPacketWithIptc(changedXmpOrNote(packet, change, notes), change.iptc, left);
+    QStringList names;
+    for (const std::uint8_t dataSet : left)
+        names.append(iptcName(dataSet));
+    if (!names.isEmpty())
+        notes.append(Message(kPropertiesNotWritten, {names.join(QStringLiteral(", "))}));
+    return changed;
+}
+
 } // namespace clipheave::platform

@@ -33,6 +33,11 @@ struct PhotoPlan {
 [[nodiscard]] QByteArray changedXmpOrNote(const QByteArray& packet, const PhotoChange& change,
                                           Notes& notes);
 
+/// The same with the IPTC texts of the change, for formats that hold them as XMP alone; a note
+/// names those that XMP has no property for.
+[[nodiscard]] QByteArray changedXmpWithIptc(const QByteArray& packet, const PhotoChange& change,
+                                            Notes& notes);
+
 /// Plans the change of a photo of any format. NotSupported for kinds that nobody writes without
 /// loss, otherwise as below.
 [[nodiscard]] Result<PhotoPlan> plannedPhoto(FileReader& reader, const PhotoChange& change);

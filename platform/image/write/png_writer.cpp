@@ -2,7 +2,6 @@
 #include "platform/image/messages.h"
 #include "platform/image/write/iptc_block.h"
 #include "platform/image/write/photo_plan.h"
-#include "platform/image/write/xmp_packet.h"
 
 #include <QtEndian>
 
@@ -185,9 +184,8 @@ private:
             return done;
         if (auto done = changeIptc(); !done)
             return done;
-        m_newXmp = changedXmpOrNote(m_xmp, m_change, m_plan.notes);
-        if (m_iptc.isEmpty() && !m_change.iptc.empty())
-            m_newXmp = xmpPacketWithIptc(m_newXmp, m_change.iptc, m_left);
+        m_newXmp = m_iptc.isEmpty() ? changedXmpWithIptc(m_xmp, m_change, m_plan.notes)
+                                    : changedXmpOrNote(m_xmp, m_change, m_plan.notes);
         return {};
     }
 
@@ -259,7 +257,6 @@ private:
     PhotoPlan m_plan;
     QByteArray m_exif, m_rawExif, m_xmp, m_iptc;
     QByteArray m_newExif, m_newXmp, m_newIptc;
-    std::vector<std::uint8_t> m_left;
     bool m_changesExif = false, m_changesIptc = false, m_isPlaced = false;
 };
 

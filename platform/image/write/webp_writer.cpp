@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/messages.h"
 #include "platform/image/write/photo_plan.h"
-#include "platform/image/write/xmp_packet.h"
 
 #include <QtEndian>
 
@@ -115,9 +114,7 @@ private:
         m_changesExif = m_change.changesTags();
         if (!m_changesExif)
             m_exif = exif;
-        m_xmp = changedXmpOrNote(xmp, m_change, m_plan.notes);
-        if (!m_change.iptc.empty())
-            m_xmp = xmpPacketWithIptc(m_xmp, m_change.iptc, m_left);
+        m_xmp = changedXmpWithIptc(xmp, m_change, m_plan.notes);
         m_changesXmp = m_xmp != xmp;
         return {};
     }
@@ -192,7 +189,6 @@ private:
     const PhotoChange& m_change;
     PhotoPlan m_plan;
     QByteArray m_exif, m_xmp;
-    std::vector<std::uint8_t> m_left;
     bool m_changesExif = false, m_changesXmp = false;
     bool m_exifIsPlaced = false, m_xmpIsPlaced = false;
 };

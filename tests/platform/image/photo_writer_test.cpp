@@ -222,6 +222,22 @@ TEST(PhotoWriter, KeepsXmpInStepAndWhatIsBehindThePixels) {
     EXPECT_FALSE(bare.contains("TRAILER"));
 }
 
+TEST(PhotoWriter, NamesWhatItCannotWriteOrReach) {
+    const testkit::TempDir dir;
+    const auto png =
+        rewritePhoto({samplePhoto(dir, "a.png"),
+                      dir.path("b.png"),
+                      {{u"{IPTC}"_s, QVariantMap{{u"Urgency"_s, u"5"_s}, {u"City"_s, u"Vík"_s}}}}});
+    ASSERT_TRUE(png);
+    EXPECT_TRUE(textOf(*png).contains(u"Urgency"_s)) << textOf(*png);
+    EXPECT_TRUE(testkit::TempDir::read(dir.path("b.png")).contains("<photoshop:City>V"));
+    const QString motion = samplePhoto(dir, "a.jpg");
+    addPacket(motion, "dc:format='image/jpeg' exif:MotionPhoto='1'>");
+    const auto jpeg = rewritePhoto({motion, dir.path("b.jpg"), {{u"{GPS}"_s, QVariant()}}});
+    ASSERT_TRUE(jpeg);
+    EXPECT_EQ(jpeg->size(), 1);
+}
+
 TEST(PhotoWriter, LeavesNothingOfADamagedOrUnknownPhoto) {
     const testkit::TempDir dir;
     const QByteArray jpeg = testkit::TempDir::read(samplePhoto(dir, "a.jpg"));
