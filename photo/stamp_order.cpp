@@ -2,9 +2,8 @@
 #include "photo/stamp_order.h"
 
 #include "jobs/write_job.h"
-#include "media/media_kind.h"
 #include "photo/date_stamp.h"
-#include "photo/messages.h"
+#include "photo/photo_order.h"
 #include "platform/image/cg_image_source.h"
 
 #include <utility>
@@ -24,12 +23,12 @@ jobs::OutputDates datesOf(const CGImageSource& source, const QString& output) {
 }
 
 /// Begins the job of one photo: what it needs of the headers is read here, the rest where it runs.
-void beginStamp(jobs::Run& run, const QString& photo, const StampRequest& request) {
-    const jobs::Ticket ticket = run.ticket(photo);
-    if (!media::MediaKind::isPhoto(photo))
-        return ticket.report(jobs::refusal(photo, kNoPhotoItem, jobs::WriteStatus::Skipped));
+void beginStamp(jobs::Run& run, const media::ItemPointer& item, const StampRequest& request) {
+    if (!isPhotoOrSkip(run, item))
+        return;
+    const QString& photo = item->filePath;
     const QString output = run.paths().claim(stampedPath(photo, request.settings.storagelocation));
-    auto job = jobs::beginJob(ticket, photo, output);
+    auto job = jobs::beginJob(run.ticket(photo), photo, output);
     if (!job)
         return;
     const auto source = CGImageSource::createWithPath(photo);
@@ -54,7 +53,7 @@ jobs::RunOrder stampOrder(StampRequest request) {
         order.sources.append(item->filePath);
     order.work = [request = std::move(request)](jobs::Run& run, const auto& items) {
         for (const std::size_t item : items)
-            beginStamp(run, request.items[item]->filePath, request);
+            beginStamp(run, request.items[item], request);
     };
     return order;
 }

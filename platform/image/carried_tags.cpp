@@ -4,6 +4,7 @@
 #include "platform/foundation/byte_view.h"
 #include "platform/image/exiv2_access.h"
 #include "platform/image/heif_reader.h"
+#include "platform/image/write/jpeg_segments.h"
 
 #include <algorithm>
 #include <array>
@@ -22,8 +23,6 @@ struct CarriedTags::State {
 namespace {
 
 constexpr std::uint64_t kHeadToKnow = 64;
-constexpr qsizetype kMostInSegment = 65533; // behind its length
-constexpr unsigned char kApp1 = 0xE1, kApp13 = 0xED, kComment = 0xFE;
 
 const Exiv2::byte* exivBytes(const QByteArray& bytes) {
     return reinterpret_cast<const Exiv2::byte*>(bytes.constData());
@@ -127,11 +126,6 @@ QByteArray bigEndian(qsizetype value, int count) {
     return bytes;
 }
 
-QByteArray jpegSegment(unsigned char marker, const QByteArray& payload) {
-    return QByteArray("\xff") + static_cast<char>(marker) + bigEndian(payload.size() + 2, 2) +
-           payload;
-}
-
 /// Source: Exif 2.3, 4.7.2. Empty without tags.
 QByteArray exifPayload(const Exiv2::ExifData& exif, Exiv2::ByteOrder order) {
     if (exif.empty())
@@ -173,10 +167,13 @@ template <class Render>
 void addSegment(CarriedTags::Segments& all, unsigned char marker, const char* name,
                 const Render& render) {
     const auto payload = withExiv2(kWritePhotoTags, {}, render);
-    if (!payload || payload->size() > kMostInSegment)
+    if (payload && payload->isEmpty())
+        return;
+    const auto segment = payload ? jpegSegment(marker, *payload) : payload;
+    if (segment)
+        all.bytes += *segment;
+    else
         all.leftOut.append(Message(kTagsLeftOut, {QString::fromLatin1(name)}));
-    else if (!payload->isEmpty())
-        all.bytes += jpegSegment(marker, *payload);
 }
 
 } // namespace
@@ -250,10 +247,11 @@ void CarriedTags::setPixelDimensions(QSize size) {
 
 CarriedTags::Segments CarriedTags::segments() const {
     Segments all;
-    addSegment(all, kApp1, "EXIF", [this] { return exifPayload(m_state->exif, m_state->order); });
-    addSegment(all, kApp1, "XMP", [this] { return xmpPayload(m_state->xmp); });
-    addSegment(all, kApp13, "IPTC", [this] { return iptcPayload(m_state->iptc); });
-    addSegment(all, kComment, "COM",
+    addSegment(all, kJpegApp1, "EXIF",
+               [this] { return exifPayload(m_state->exif, m_state->order); });
+    addSegment(all, kJpegApp1, "XMP", [this] { return xmpPayload(m_state->xmp); });
+    addSegment(all, kJpegApp13, "IPTC", [this] { return iptcPayload(m_state->iptc); });
+    addSegment(all, kJpegComment, "COM",
                [this] { return QByteArray::fromStdString(m_state->comment); });
     return all;
 }
