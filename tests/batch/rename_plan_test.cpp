@@ -8,7 +8,6 @@
 #include <QDateTime>
 #include <QSet>
 
-#include <ctime>
 #include <string>
 #include <utility>
 
@@ -173,12 +172,9 @@ TEST(RenamePlan, CreationDateOfTheFileIsUniversalTime) {
     const QDateTime created(QDate(2024, 6, 30), QTime(23, 15, 9), platform::kUtc);
     ASSERT_TRUE(platform::NSFileManager::defaultManager().setAttributes(item->filePath, created,
                                                                         std::nullopt));
-    qputenv("TZ", "Pacific/Auckland");
-    tzset();
+    const testkit::ZoneGuard zone("Pacific/Auckland");
     const auto moves =
         planRename(withTags(u"{Camera Date}"_s), {item}, batch::surroundingsOnDisk());
-    qunsetenv("TZ");
-    tzset();
     EXPECT_EQ(moves[0].newFileName, u"2024-06-30 23:15:09 +0000.mov");
 }
 

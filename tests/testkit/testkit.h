@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <ostream>
 
 // u"text"_s and "text"_L1 for every test.
@@ -69,6 +70,22 @@ public:
 
 private:
     TempDir m_dir;
+};
+
+/// Another local time zone while it lives.
+class ZoneGuard {
+public:
+    explicit ZoneGuard(const char* zone) : m_before(qgetenv("TZ")) { set(zone); }
+    ~ZoneGuard() { set(m_before); }
+    ZoneGuard(const ZoneGuard&) = delete;
+    ZoneGuard& operator=(const ZoneGuard&) = delete;
+
+private:
+    static void set(const QByteArray& zone) {
+        qputenv("TZ", zone);
+        ::tzset();
+    }
+    QByteArray m_before;
 };
 
 struct RunResult {

@@ -6,25 +6,9 @@
 
 #include <QTimeZone>
 
-#include <ctime>
-
 using namespace clipheave::platform;
 
 namespace {
-
-/// Another local time zone for one test.
-class ZoneGuard {
-public:
-    explicit ZoneGuard(const char* zone) : m_before(qgetenv("TZ")) { set(zone); }
-    ~ZoneGuard() { set(m_before); }
-
-private:
-    static void set(const QByteArray& zone) {
-        qputenv("TZ", zone);
-        ::tzset();
-    }
-    QByteArray m_before;
-};
 
 QString shownInUtc(const char16_t* text, DatePattern pattern = DatePattern::Colon) {
     const auto date = parseDate(QStringView(text), pattern);
@@ -36,7 +20,7 @@ const QString kRefused = u"refused"_s;
 } // namespace
 
 TEST(Dates, ReadingIsStrictButForTheListedLiberties) {
-    const ZoneGuard zone("UTC");
+    const testkit::ZoneGuard zone("UTC");
     const QString expected = u"2021-03-04 05:06:07 +0000"_s;
     for (const char16_t* text : {u"2021:03:04 05:06:07", u"  2021:03:04   05:06:07\t", // blanks
                                  u"2021:3:04 5:06:07", u"02021:003:04 005:06:07"})
@@ -59,7 +43,7 @@ TEST(Dates, ReadingIsStrictButForTheListedLiberties) {
 }
 
 TEST(Dates, SkippedClockTimesAreRefusedAndRepeatedOnesAreTheLater) {
-    const ZoneGuard zone("Europe/Berlin");
+    const testkit::ZoneGuard zone("Europe/Berlin");
     EXPECT_EQ(shownInUtc(u"2021:03:28 02:30:00"), kRefused);
     EXPECT_EQ(shownInUtc(u"2021:03:28 01:59:59"), u"2021-03-28 00:59:59 +0000");
     EXPECT_EQ(shownInUtc(u"2021:03:28 03:00:00"), u"2021-03-28 01:00:00 +0000");
@@ -72,7 +56,7 @@ TEST(Dates, SkippedClockTimesAreRefusedAndRepeatedOnesAreTheLater) {
 }
 
 TEST(Dates, FormatsInLocalTimeAndReadsBack) {
-    const ZoneGuard zone("Asia/Kathmandu"); // UTC+5:45
+    const testkit::ZoneGuard zone("Asia/Kathmandu"); // UTC+5:45
     const QDateTime date(QDate(2021, 3, 4), QTime(23, 30), kUtc);
     EXPECT_EQ(formatDate(date, DatePattern::Colon), u"2021:03:05 05:15:00");
     EXPECT_EQ(formatDate(date, DatePattern::Dash), u"2021-03-05 05:15:00");
