@@ -61,8 +61,9 @@ TEST_F(PhotoDecoding, TakesGrey16BitsAndTransparency) {
                1);
     expectNear(decoded(filled(QImage::Format_ARGB32, QColor(200, 40, 80, 51)), "a.png"),
                {244, 212, 220}, 1);
-    expectNear(decoded(filled(QImage::Format_ARGB32, QColor(200, 40, 80, 0)), "a.webp"),
-               {255, 255, 255}, 1);
+    QImage clear = filled(QImage::Format_ARGB32, QColor(200, 40, 80, 0));
+    clear.setPixelColor(15, 15, Qt::red); // Qt 6.8 takes no WebP file of less than 40 bytes
+    expectNear(decoded(clear, "a.webp"), {255, 255, 255}, 1);
 }
 
 TEST_F(PhotoDecoding, SaysWhyHostileFilesGiveNothing) {
