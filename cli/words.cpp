@@ -160,6 +160,7 @@ const Sentence kImageWords[] = {
     {"properties-not-written", "Not written: %1"},
     {"thermal-data-kept", "The thermal data is kept and may hold a position"},
     {"motion-video-kept", "The video in the photo keeps its own metadata"},
+    {"motion-video-holds-place", "The video in the photo keeps its own position"},
 };
 
 // platform/isobmff

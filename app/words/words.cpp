@@ -187,6 +187,8 @@ const Sentence kImageWords[] = {
      QT_TRANSLATE_NOOP("Words", "The thermal data is kept and may hold a position")},
     {"motion-video-kept",
      QT_TRANSLATE_NOOP("Words", "The video in the photo keeps its own metadata")},
+    {"motion-video-holds-place",
+     QT_TRANSLATE_NOOP("Words", "The video in the photo keeps its own position")},
 };
 
 // platform/isobmff

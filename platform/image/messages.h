@@ -53,5 +53,6 @@ inline constexpr MessageCode kFurtherImageKept{"further-image-kept"};
 inline constexpr MessageCode kPropertiesNotWritten{"properties-not-written"}; ///< names
 inline constexpr MessageCode kThermalDataKept{"thermal-data-kept"};
 inline constexpr MessageCode kMotionVideoKept{"motion-video-kept"};
+inline constexpr MessageCode kMotionVideoHoldsPlace{"motion-video-holds-place"};
 
 } // namespace clipheave::platform

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/messages.h"
+#include "platform/image/write/extended_xmp.h"
 #include "platform/image/write/iptc_block.h"
 #include "platform/image/write/jpeg_segments.h"
+#include "platform/image/write/jpeg_trailer.h"
+#include "platform/image/write/motion_video.h"
 #include "platform/image/write/mp_index.h"
 #include "platform/image/write/photo_plan.h"
 #include "platform/image/write/xmp_packet.h"
 
-#include <algorithm>
+#include <map>
 
 namespace clipheave::platform {
 
@@ -14,7 +17,6 @@ namespace {
 
 const QByteArray kExifHead("Exif\0\0", 6);
 const QByteArray kXmpHead("http://ns.adobe.com/xap/1.0/\0", 29);
-const QByteArray kMoreXmpHead("http://ns.adobe.com/xmp/extension/\0", 35);
 const QByteArray kResourcesHead("Photoshop 3.0\0", 14);
 const QByteArray kProfileHead("ICC_PROFILE\0", 12);
 const QByteArray kJfifHead("JFIF\0", 5);
@@ -89,15 +91,25 @@ private:
 
     void changeXmp() {
         const JpegSegment* packet = first(kJpegApp1, kXmpHead);
-        if (packet == nullptr)
+        const QByteArray old =
+            packet != nullptr ? packet->payload.mid(kXmpHead.size()) : QByteArray();
+        m_namesVideo = old.contains("MotionPhoto") || old.contains("MicroVideo");
+        m_xmp = changedXmpOrNote(old, m_change, m_notes);
+        for (const ExtendedXmp& extended : extendedXmpOf(m_image))
+            changeExtendedXmp(extended);
+        m_changesXmp = m_xmp != old;
+    }
+
+    void changeExtendedXmp(const ExtendedXmp& extended) {
+        QByteArray changed = extended.packet.isEmpty() && m_change.removesAny()
+                                 ? QByteArray()
+                                 : changedXmpOrNote(extended.packet, m_change, m_notes);
+        if (extended.packet.isEmpty() && m_change.removesAny())
+            m_notes.append(kUnreadableXmpRemoved);
+        else if (changed == extended.packet)
             return;
-        const QByteArray old = packet->payload.mid(kXmpHead.size());
-        // The video behind the image is not looked into; it often holds the place, too.
-        if (m_change.dropsGps && (old.contains("MotionPhoto") || old.contains("MicroVideo")))
-            m_notes.append(kMotionVideoKept);
-        const QByteArray changed = changedXmpOrNote(old, m_change, m_notes);
-        m_changesXmp = changed != old;
-        m_xmp = changed;
+        m_xmp = namingExtendedXmp(m_xmp, extended.digest, changed);
+        m_extended.emplace(extended.digest, extendedXmpPayloads(changed));
     }
 
     /// Segments that a removal of everything keeps: what pixels and colours need.
@@ -152,6 +164,13 @@ private:
             m_xmp.clear();
             return true;
         }
+        if (const auto extended = m_extended.find(extendedXmpDigest(segment));
+            extended != m_extended.end()) {
+            for (const QByteArray& payload : extended->second)
+                add(kJpegApp1, payload);
+            extended->second.clear();
+            return true;
+        }
         if (m_changesResources && is(kJpegApp13, kResourcesHead)) {
             addResources();
             m_resources.clear();
@@ -187,12 +206,16 @@ private:
     Notes m_notes;
     const JpegSegment* m_exifAt = nullptr;
     QByteArray m_exif, m_resources, m_xmp;
+    std::map<QByteArray, std::vector<QByteArray>> m_extended; ///< new payloads by the old digest
+    bool m_namesVideo = false;
     bool m_changesExif = false, m_changesResources = false, m_changesXmp = false;
     bool m_exifIsThere = false;
     bool m_tooLarge = false;
 
 public:
     [[nodiscard]] bool isTooLarge() const { return m_tooLarge; }
+    /// Returns whether the image says that a video stands behind it.
+    [[nodiscard]] bool namesVideo() const { return m_namesVideo; }
 };
 
 std::uint64_t sizeOf(const JpegHeader::Piece& piece) {
@@ -235,6 +258,57 @@ Result<PhotoPlan> planFurther(FileReader& reader, const ByteSpan& span, const Ph
 
 } // namespace
 
+namespace {
+
+/// Returns where the first image ends; where the next one begins that the index names, if it has no
+/// end of its own.
+Result<std::uint64_t> endOfFirstImage(FileReader& reader, const JpegImage& image,
+                                      const std::vector<ByteSpan>& indexed) {
+    auto end = endOfJpegImage(reader, image);
+    if (end && *end == reader.size() && !indexed.empty() && indexed.front().offset > image.scan)
+        return indexed.front().offset;
+    return end;
+}
+
+/// Adds what is known of the places that the videos behind an image keep.
+void addVideoNote(FileReader& reader, const std::vector<ByteSpan>& videos, bool isNamed,
+                  Notes& notes) {
+    bool mayHold = isNamed && videos.empty(), holds = false;
+    for (const ByteSpan& video : videos) {
+        const VideoPlace place = placeOfMotionVideo(reader, video.offset, video.end());
+        holds = holds || place == VideoPlace::There;
+        mayHold = mayHold || place == VideoPlace::Unknown;
+    }
+    if (holds)
+        notes.append(kMotionVideoHoldsPlace);
+    else if (mayHold)
+        notes.append(kMotionVideoKept);
+}
+
+/// Adds what stands behind the first image: its further images with the change.
+Result<void> addTrailer(FileReader& reader, std::uint64_t begin,
+                        const std::vector<ByteSpan>& indexed, bool namesVideo,
+                        const PhotoChange& change, PhotoPlan& plan) {
+    const JpegTrailer trailer = jpegTrailer(reader, begin, indexed);
+    if (!trailer.isSearched)
+        plan.notes.append(kFurtherImageKept);
+    std::uint64_t at = begin;
+    for (const ByteSpan& span : trailer.images) {
+        plan.addRange(at, span.offset - at);
+        auto planned = planFurther(reader, span, change);
+        if (!planned)
+            return tl::unexpected(planned.error());
+        plan.add(std::move(*planned));
+        at = span.end();
+    }
+    plan.addRange(at, reader.size() - at);
+    if (change.dropsGps || !change.gps.empty())
+        addVideoNote(reader, trailer.videos, namesVideo, plan.notes);
+    return {};
+}
+
+} // namespace
+
 Result<PhotoPlan> planJpeg(FileReader& reader, const PhotoChange& change) {
     const auto image = readJpegImage(reader, 0);
     if (!image)
@@ -266,25 +340,14 @@ Result<PhotoPlan> planJpeg(FileReader& reader, const PhotoChange& change) {
             plan.addRange(piece.segment->offset, piece.segment->size);
         }
     }
-    if (change.dropsEverything) {
-        const auto end = endOfJpegImage(reader, *image);
-        if (!end)
-            return tl::unexpected(end.error());
-        plan.addRange(image->scan, *end - image->scan);
+    const auto end = endOfFirstImage(reader, *image, further);
+    if (!end)
+        return tl::unexpected(end.error());
+    plan.addRange(image->scan, *end - image->scan);
+    if (change.dropsEverything)
         return plan;
-    }
-    std::uint64_t at = image->scan;
-    for (const ByteSpan& span : further) {
-        if (span.offset < at)
-            continue;
-        plan.addRange(at, span.offset - at);
-        auto planned = planFurther(reader, span, change);
-        if (!planned)
-            return planned;
-        plan.add(std::move(*planned));
-        at = span.end();
-    }
-    plan.addRange(at, reader.size() - at);
+    if (auto done = addTrailer(reader, *end, further, header.namesVideo(), change, plan); !done)
+        return tl::unexpected(done.error());
     return plan;
 }
 

@@ -41,6 +41,8 @@ struct PhotoChange {
         return !iptc.empty() || !image.empty() || !exif.empty() || dropsIptc || dropsEverything;
     }
     [[nodiscard]] bool removesBlocks() const { return dropsExif || dropsGps || dropsEverything; }
+    /// Returns whether metadata goes of which XMP may hold a copy.
+    [[nodiscard]] bool removesAny() const { return removesBlocks() || dropsIptc || dropsTiff; }
 };
 
 /// Reads properties as CGImageDestinationAddImageFromSource() takes them: by dictionary ("{Exif}",

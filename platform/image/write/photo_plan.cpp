@@ -33,7 +33,7 @@ QByteArray changedXmpOrNote(const QByteArray& packet, const PhotoChange& change,
     const auto changed = changedXmpPacket(packet, change);
     if (changed)
         return *changed;
-    const bool removes = change.dropsExif || change.dropsGps || change.dropsIptc;
+    const bool removes = change.removesAny();
     notes.append(removes ? kUnreadableXmpRemoved : kUnreadableXmpKept);
     return removes ? QByteArray() : packet;
 }

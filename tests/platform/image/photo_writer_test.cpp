@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/cg_image_source.h"
+#include "platform/image/messages.h"
 #include "platform/image/sample_photo.h"
+#include "platform/image/write/extended_xmp.h"
 #include "platform/image/write/jpeg_segments.h"
 #include "platform/image/write/photo_writer.h"
 #include "platform/image/write/tag_encoding.h"
@@ -220,6 +222,75 @@ TEST(PhotoWriter, KeepsXmpInStepAndWhatIsBehindThePixels) {
     const QByteArray bare = testkit::TempDir::read(rewritten(source, {}, true));
     EXPECT_FALSE(bare.contains("adobe"));
     EXPECT_FALSE(bare.contains("TRAILER"));
+}
+
+TEST(PhotoWriter, EditsTheExtendedPartOfXmp) {
+    const testkit::TempDir dir;
+    const QString source = samplePhoto(dir, "a.jpg");
+    const QByteArray start = "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+                             "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
+                             "<rdf:Description xmlns:exif='http://ns.adobe.com/exif/1.0/' "
+                             "exif:GPSLatitude='63,24.2N' xmlns:n='urn:n'";
+    const QByteArray end = "</rdf:Description></rdf:RDF></x:xmpmeta>";
+    for (const bool hasMore : {true, false}) {
+        const QByteArray extended =
+            start + ">" + (hasMore ? "<n:d>" + QByteArray(150'000, 'd') + "</n:d>" : "") + end;
+        const QByteArray digest = digestOfXmp(extended);
+        addPacket(source, "xmlns:xmpNote='http://ns.adobe.com/xmp/note/' "
+                          "xmpNote:HasExtendedXMP='" +
+                              digest + "' dc:format='image/jpeg'>");
+        QByteArray bytes = testkit::TempDir::read(source);
+        for (const QByteArray& payload : extendedXmpPayloads(extended)) // the last one first
+            bytes.insert(2, jpegSegment(kJpegApp1, payload).value());
+        dir.write("b.jpg", bytes);
+        const QString moved = rewritten(dir.path("b.jpg"), {{u"{GPS}"_s, QVariant()}});
+        auto reader = FileReader::open(moved);
+        ASSERT_TRUE(reader);
+        const auto image = readJpegImage(*reader, 0);
+        ASSERT_TRUE(image);
+        const auto packets = extendedXmpOf(*image);
+        const QByteArray left = testkit::TempDir::read(moved);
+        EXPECT_FALSE(left.contains("63,24"));
+        EXPECT_FALSE(left.contains(digest));
+        EXPECT_EQ(left.contains("HasExtendedXMP"), hasMore);
+        ASSERT_EQ(packets.size(), hasMore ? 1U : 0U);
+        if (hasMore) {
+            EXPECT_EQ(packets[0].digest, digestOfXmp(packets[0].packet));
+            EXPECT_TRUE(left.contains("HasExtendedXMP='" + packets[0].digest));
+            EXPECT_TRUE(packets[0].packet.contains(QByteArray(150'000, 'd')));
+        }
+        samplePhoto(dir, "a.jpg");
+    }
+}
+
+TEST(PhotoWriter, FindsImagesAndVideosWithoutAnIndex) {
+    const testkit::TempDir dir;
+    const QByteArray further = testkit::TempDir::read(samplePhoto(dir, "further.jpg"));
+    const auto box = [](const QByteArray& type, const QByteArray& payload) {
+        return QByteArray(3, '\0') + static_cast<char>(payload.size() + 8) + type + payload;
+    };
+    const auto photoWith = [&](const QByteArray& movie) {
+        return dir.write("a.jpg", testkit::TempDir::read(samplePhoto(dir, "first.jpg")) + "GAP" +
+                                      further + "Name" + box("ftyp", "mp42") + movie + "SEFT");
+    };
+    const QString source = photoWith(box("moov", "\xA9xyz+63.4-019.0/"));
+    const qsizetype size =
+        QFile(source).size() - testkit::TempDir::read(dir.path("first.jpg")).size();
+    const QString target = dir.path("b.jpg");
+    const auto notes = rewritePhoto({source, target, {{u"{GPS}"_s, QVariant()}}});
+    ASSERT_TRUE(notes);
+    EXPECT_EQ(*notes, Notes{kMotionVideoHoldsPlace});
+    const QByteArray trailer = testkit::TempDir::read(target).last(size);
+    EXPECT_TRUE(trailer.startsWith("GAP\xFF\xD8"));
+    EXPECT_TRUE(trailer.endsWith("SEFT"));
+    const QString second = dir.write("second.jpg", trailer.mid(3));
+    EXPECT_FALSE(propertiesOf(second).contains(u"{GPS}"_s));
+    EXPECT_EQ(valueIn(second, "{TIFF}", "Make"), u"Kestrel"_s);
+    EXPECT_EQ(QImage(second), QImage(dir.path("further.jpg")));
+    rewritten(photoWith(box("moov", "no place")), {{u"{GPS}"_s, QVariant()}}); // no note
+    const auto none = rewritePhoto({photoWith({}), target, {{u"{GPS}"_s, QVariant()}}});
+    ASSERT_TRUE(none);
+    EXPECT_EQ(*none, Notes{kMotionVideoKept});
 }
 
 TEST(PhotoWriter, NamesWhatItCannotWriteOrReach) {
