@@ -37,6 +37,8 @@ QString alertImage(const QString& message, const QStringList& buttons) {
         return QStringLiteral("dates");
     if (message.contains(QLatin1String("GPS")))
         return QStringLiteral("pin-off");
+    if (message == QLatin1String("Vaule Error"))
+        return QStringLiteral("pin");
     return QStringLiteral("info");
 }
 

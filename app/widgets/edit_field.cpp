@@ -67,9 +67,24 @@ void EditField::refreshMark() {
         return;
     m_marked = isChanged();
     setProperty("changed", m_marked);
+    applyMarks();
+    Q_EMIT changeMarkChanged(m_marked);
+}
+
+void EditField::setFault(const QString& reason) {
+    if (m_fault == reason)
+        return;
+    m_fault = reason;
+    setToolTip(reason);
+    setAccessibleDescription(reason);
+    setProperty("fault", !reason.isEmpty());
+    applyMarks();
+}
+
+/// The style sheet reads the properties again.
+void EditField::applyMarks() {
     style()->unpolish(this);
     style()->polish(this);
-    Q_EMIT changeMarkChanged(m_marked);
 }
 
 void EditField::keyPressEvent(QKeyEvent* event) {

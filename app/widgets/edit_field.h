@@ -20,6 +20,10 @@ public:
     /// A short unit at the right end ("m", "N").
     void setSuffix(const QString& suffix);
     [[nodiscard]] QString suffix() const { return m_suffix; }
+    /// Marks a text that cannot be written, with the reason as tool tip; an empty one takes the
+    /// mark away.
+    void setFault(const QString& reason);
+    [[nodiscard]] QString fault() const { return m_fault; }
 
 Q_SIGNALS:
     /// The user begins to edit: once between focus-in and focus-out, before the text changes (after
@@ -37,10 +41,11 @@ protected:
 private:
     void begin();
     void refreshMark();
+    void applyMarks();
     void fadeEnd();
 
     QString m_shown;
-    QString m_suffix;
+    QString m_suffix, m_fault;
     bool m_begun = false;
     bool m_marked = false;
 };

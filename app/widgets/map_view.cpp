@@ -96,6 +96,17 @@ void MapView::setCentre(double latitude, double longitude, double spanLatitude,
     fitRequest();
 }
 
+void MapView::movePin(double latitude, double longitude) {
+    if (!std::isfinite(latitude) || !std::isfinite(longitude))
+        return;
+    m_position = {std::clamp(latitude, -90.0, 90.0), wrapped(longitude)};
+    m_hasPosition = true;
+    m_request.reset();
+    m_annotations = {m_position};
+    setAccessibleDescription(positionText());
+    update();
+}
+
 void MapView::clearPosition() {
     m_hasPosition = false;
     m_request = GeoSpan{0, 360};

@@ -47,6 +47,8 @@ public:
     /// Returns the span that the widget shows now.
     [[nodiscard]] GeoSpan span() const;
 
+    /// Puts the position text and the one pin there; what is shown stays. Values as above.
+    void movePin(double latitude, double longitude);
     void addAnnotation(double latitude, double longitude);
     void removeAllAnnotations();
     [[nodiscard]] QList<GeoPoint> annotations() const { return m_annotations; }
