@@ -4,6 +4,8 @@
 #include "media/media_kind.h"
 #include "platform/foundation/paths.h"
 
+#include <QTransform>
+
 #include <algorithm>
 
 namespace clipheave::app {
@@ -47,6 +49,16 @@ QString elidedName(const QString& name, const QFontMetrics& metrics, int width) 
         }
     }
     return cutInTheMiddle(name, fits, leastTail);
+}
+
+QBrush fillingBrush(const QPixmap& image, const QRectF& frame) {
+    const QSizeF size = QSizeF(image.size()).scaled(frame.size(), Qt::KeepAspectRatioByExpanding);
+    const double scale = size.width() / image.width();
+    QBrush brush(image);
+    brush.setTransform(QTransform::fromTranslate(frame.center().x() - size.width() / 2,
+                                                 frame.center().y() - size.height() / 2)
+                           .scale(scale, scale));
+    return brush;
 }
 
 QPixmap kindPixmap(const QString& path, int side, double devicePixelRatio) {

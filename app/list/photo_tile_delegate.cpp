@@ -11,7 +11,6 @@
 
 #include <QItemSelectionModel>
 #include <QPainter>
-#include <QTransform>
 
 #include <algorithm>
 
@@ -31,17 +30,6 @@ constexpr int kPinSide = 14;
 constexpr int kKindSide = 32;
 constexpr int kBadgeInset = 6, kBadgeHeight = 20, kBadgePadding = 4;
 constexpr double kBadgeRadius = 4, kBadgeOpacity = 0.72;
-
-/// The middle of the image, as large as the frame; a clip would leave ragged corners.
-QBrush fillingBrush(const QPixmap& image, const QRectF& frame) {
-    const QSizeF size = QSizeF(image.size()).scaled(frame.size(), Qt::KeepAspectRatioByExpanding);
-    const double scale = size.width() / image.width();
-    QBrush brush(image);
-    brush.setTransform(QTransform::fromTranslate(frame.center().x() - size.width() / 2,
-                                                 frame.center().y() - size.height() / 2)
-                           .scale(scale, scale));
-    return brush;
-}
 
 bool isRawPhoto(const QString& path) {
     return media::MediaKind::GetImageType(platform::pathExtension(path).toLatin1().constData()) >=
