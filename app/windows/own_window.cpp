@@ -25,18 +25,16 @@ constexpr int kBelowTools = 104; // px: title bar, tool bar and a gap
 
 OwnWindow::OwnWindow(const QString& title, QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), m_body(new QWidget(this)) {
-    setWindowTitle(title);
-    setAccessibleName(title);
     setAttribute(Qt::WA_TranslucentBackground);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     auto* head = new QHBoxLayout;
     head->setContentsMargins(16, 0, 6, 0);
-    auto* name = new ToneLabel(FontRole::BodyStrong, Token::text1, this);
-    name->setText(title);
-    name->setFixedHeight(kHeadHeight);
-    name->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
+    m_title = new ToneLabel(FontRole::BodyStrong, Token::text1, this);
+    m_title->setFixedHeight(kHeadHeight);
+    m_title->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
+    setTitle(title);
     m_subtitle = new ToneLabel(FontRole::Cell, Token::text3, this);
     m_subtitle->setObjectName(QStringLiteral("windowSubtitle"));
     m_subtitle->setFixedHeight(kHeadHeight);
@@ -48,12 +46,19 @@ OwnWindow::OwnWindow(const QString& title, QWidget* parent)
     close->setFixedWidth(32);
     connect(close, &Button::clicked, this, &QDialog::reject);
     head->setSpacing(8);
-    head->addWidget(name);
+    head->addWidget(m_title);
     head->addWidget(m_subtitle, 1);
     head->addWidget(close);
     column->addLayout(head);
     column->addWidget(m_body, 1);
     connect(&Theme::instance(), &Theme::changed, this, [this] { update(); });
+}
+
+void OwnWindow::setTitle(const QString& title) {
+    m_title->setText(title);
+    m_title->updateGeometry();
+    setWindowTitle(title);
+    setAccessibleName(title);
 }
 
 void OwnWindow::setSubtitle(const QString& text) {

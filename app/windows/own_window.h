@@ -19,6 +19,8 @@ public:
 
     OwnWindow(const QString& title, QWidget* parent);
 
+    /// Shows another title than the one it was made with.
+    void setTitle(const QString& title);
     /// A quiet text behind the title; none when empty.
     void setSubtitle(const QString& text);
     /// Lay the contents out in here.
@@ -33,7 +35,7 @@ protected:
 
 private:
     QWidget* m_body;
-    ToneLabel* m_subtitle;
+    ToneLabel *m_title, *m_subtitle;
     QWidget* m_foot = nullptr;
     bool m_placed = false;
 };
