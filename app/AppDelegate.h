@@ -16,6 +16,7 @@ struct Preferences;
 } // namespace clipheave::media
 
 namespace clipheave::jobs {
+struct RunOrder;
 struct RunSettings;
 struct WriteRequest;
 } // namespace clipheave::jobs
@@ -28,6 +29,7 @@ namespace clipheave::photo {
 class PhotoEdits;
 class PhotoLists;
 struct PhotoRequest;
+struct PlaceTexts;
 } // namespace clipheave::photo
 
 namespace clipheave::video {
@@ -38,16 +40,19 @@ struct VideoJobRequest;
 namespace clipheave::app {
 
 class ActivityModel;
+class GpsSheet;
 class Importer;
 class ItemList;
 class JobBoard;
 class LogFeed;
 class MainWindow;
+class MapWindow;
 class MediaListModel;
 class PreferencesWindow;
 class RenameJobs;
 class RenameWindow;
 struct CommandState;
+struct GpsState;
 struct ImportState;
 struct PaneState;
 struct PreferencesState;
@@ -203,6 +208,14 @@ public:
     Q_INVOKABLE void ImportPlistToPhotos();               ///< copies with what a list says
     Q_INVOKABLE void ImportTemplateToPhotos();
 
+    // Positions of photos. The sheet writes to what was selected when it was opened.
+    Q_INVOKABLE void EditeGPSExifDataPhoto();  ///< opens it with the GPS data of the selected photo
+    Q_INVOKABLE void AddGPSExifDataPhoto();    ///< opens it empty
+    Q_INVOKABLE void ChangeGPSExifDataPhoto(); ///< opens it to write a position and drop EXIF
+    Q_INVOKABLE void PreviewCurrentGPSInMap();
+    Q_INVOKABLE void ClickSaveChangeGPSAction(); ///< the sheet's primary button
+    Q_INVOKABLE void ShowMapAction();            ///< the position of the selected photo
+
     /// Logs that a command is not available yet.
     Q_INVOKABLE void notAvailableYet(const QString& command);
     /// Runs the command of this fixed name, or logs that it is not available yet. `title`: the
@@ -212,6 +225,8 @@ public:
     [[nodiscard]] MainWindow* mainWindow() const { return m_window.get(); }
     [[nodiscard]] PreferencesWindow* preferencesWindow() const { return m_preferencesWindow.get(); }
     [[nodiscard]] RenameWindow* renameWindow() const { return m_renameWindow.get(); }
+    [[nodiscard]] GpsSheet* gpsSheet() const { return m_gpsSheet.get(); }
+    [[nodiscard]] MapWindow* mapWindow() const { return m_mapWindow.get(); }
     [[nodiscard]] ActivityModel* activity() const { return m_activity.get(); }
     [[nodiscard]] JobBoard* board() const { return m_board.get(); }
     [[nodiscard]] MediaListModel* mediaController() const { return m_mediaController.get(); }
@@ -223,6 +238,8 @@ public:
     /// longitude in y.
     [[nodiscard]] QPointF currentCoords() const;
     [[nodiscard]] bool isImporting() const;
+    /// Whether the position sheet was opened to add, not to edit.
+    [[nodiscard]] bool bAddGPS() const;
 
     Q_SIGNAL void importFinished();
     Q_SIGNAL void saveFinished();
@@ -232,6 +249,7 @@ private:
     void connectPanes();
     void connectPreferences();
     void connectRename();
+    void connectGps();
     void applyPreferenceValues();
     /// Writes items as the operation says, in a job of this title; without items the alert.
     void writeItems(void (metadata::VideoMetadata::*writer)(const jobs::WriteRequest& request),
@@ -239,6 +257,8 @@ private:
     using VideoWorker = void (AppDelegate::*)(video::VideoJobs& jobs,
                                               const video::VideoJobRequest& request);
     void detachVideoWorker(VideoWorker worker, const QString& activity);
+    /// Starts a job that writes outputs: a row in the activity panel, the outputs shown at the end.
+    void startWriting(const QString& title, jobs::RunOrder order);
     void removeBlocks(void (photo::PhotoEdits::*remove)(const photo::PhotoRequest& request),
                       const QString& title);
     void exportLists(void (photo::PhotoLists::*write)(const photo::PhotoRequest& request),
@@ -246,11 +266,16 @@ private:
     void chooseListToImport(const QString& title);
     [[nodiscard]] jobs::RunSettings runSettings() const;
     [[nodiscard]] std::vector<media::ItemPointer> selectedItems() const;
+    /// The photo of the selection that is shown: the current one, else the first; null when none is
+    /// selected.
+    [[nodiscard]] media::ItemPointer selectedPhoto() const;
     /// Changes the items of these paths, in the list and in the pane.
     void changeItems(const QStringList& paths, const media::ItemChange& change);
     void takeArtwork(const QString& path);
     void refreshSummary();
     void refreshRenameItems();
+    void openGpsSheet(const media::ItemPointer& photo, const photo::PlaceTexts& place);
+    void showNoGpsAlert(const QString& text);
     void showNoSelectionAlert();
 
     std::unique_ptr<Surroundings> m_surroundings;
@@ -259,6 +284,7 @@ private:
     std::unique_ptr<ImportState> m_import;
     std::unique_ptr<PaneState> m_pane;
     std::unique_ptr<RenameState> m_rename;
+    std::unique_ptr<GpsState> m_gps;
     std::unique_ptr<ActivityModel> m_activity;
     std::unique_ptr<JobBoard> m_board; ///< what runs, and another try of it
     std::unique_ptr<LogFeed> m_log;
@@ -269,6 +295,8 @@ private:
     std::unique_ptr<MainWindow> m_window;
     std::unique_ptr<PreferencesWindow> m_preferencesWindow;
     std::unique_ptr<RenameWindow> m_renameWindow;
+    std::unique_ptr<GpsSheet> m_gpsSheet;
+    std::unique_ptr<MapWindow> m_mapWindow;
 };
 
 } // namespace clipheave::app

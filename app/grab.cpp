@@ -7,6 +7,7 @@
 #include "app/grab_states.h"
 #include "app/list/media_list_model.h"
 #include "app/list/media_table_view.h"
+#include "app/list/photo_grid.h"
 #include "app/panes/detail_pane.h"
 #include "app/panes/player_view.h"
 #include "app/widgets/alert_box.h"
@@ -154,6 +155,25 @@ QList<Above> openRename(AppDelegate& controller) {
     return centredDialog(controller, "renameWindow");
 }
 
+/// The position sheet, or the map window, of the first photo with a position and those behind it.
+QList<Above> openPosition(AppDelegate& controller, bool mapAlone) {
+    MainWindow* window = controller.mainWindow();
+    window->showPhotos();
+    const int row = rowWhere(
+        controller, [](const media::IKImageItem& item) { return !item.latitudeFormat.isEmpty(); });
+    window->selectRow(row);
+    if (mapAlone) {
+        controller.ShowMapAction();
+        return centredDialog(controller, "mapWindow");
+    }
+    QAbstractItemView& grid = *window->photoGrid();
+    for (int further = row + 1; further < row + 3; ++further)
+        grid.selectionModel()->select(grid.model()->index(further, 0),
+                                      QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    controller.EditeGPSExifDataPhoto();
+    return centredDialog(controller, "changeGPSWindow");
+}
+
 void waitForJobs(AppDelegate& controller) {
     while (controller.isImporting() || controller.activity()->newestRunning() != nullptr)
         QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
@@ -179,6 +199,8 @@ QList<Above> bringUp(AppDelegate& controller, const GrabRequest& request) {
         window->selectRow(0);
         return {};
     }
+    if (view == u"gps" || view == u"map")
+        return openPosition(controller, view == u"map");
     if (view == u"empty")
         return {};
     if (view == u"sorted")
@@ -209,13 +231,17 @@ QList<Above> bringUp(AppDelegate& controller, const GrabRequest& request) {
     return view == u"menus" ? openMenus(controller) : QList<Above>();
 }
 
+bool showsPhotoGrid(const QString& view) {
+    return view == u"photos" || view == u"gps" || view == u"map";
+}
+
 void importAll(AppDelegate& controller, const GrabRequest& request) {
     if (request.paths.isEmpty() || request.view == u"empty")
         return;
     QStringList paths = request.paths;
     if (request.view == u"failed") // a file that was there when it was chosen
         paths.append(paths.constFirst() + QStringLiteral("/Iceland/aurora-camp-night.mp4"));
-    if (request.view == u"photos")
+    if (showsPhotoGrid(request.view))
         controller.importPhotoPaths(paths);
     else
         controller.importPaths(paths);
@@ -229,7 +255,8 @@ QStringList grabViewNames() {
             QStringLiteral("empty"),    QStringLiteral("sorted"), QStringLiteral("changed"),
             QStringLiteral("activity"), QStringLiteral("failed"), QStringLiteral("preferences"),
             QStringLiteral("rename"),   QStringLiteral("menus"),  QStringLiteral("about"),
-            QStringLiteral("alert"),    QStringLiteral("states")};
+            QStringLiteral("alert"),    QStringLiteral("states"), QStringLiteral("gps"),
+            QStringLiteral("map")};
 }
 
 int grabView(AppDelegate& controller, const GrabRequest& request) {

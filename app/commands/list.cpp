@@ -10,6 +10,7 @@
 #include "media/media_kind.h"
 #include "platform/foundation/paths.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace clipheave::app {
@@ -77,6 +78,16 @@ std::vector<media::ItemPointer> AppDelegate::selectedItems() const {
     // Deliberate: row numbers count in import order, also while the list is sorted; the head of the
     // list says so then, and the foot of the pane names what is touched.
     return m_list->itemsOf(m_window->selectedRows());
+}
+
+media::ItemPointer AppDelegate::selectedPhoto() const {
+    const auto items = selectedItems();
+    const auto isPhotoItem = [](const auto& item) { return isPhoto(item->filePath); };
+    for (const auto& current : m_list->itemsOf({m_window->currentRow()}))
+        if (isPhotoItem(current) && std::ranges::find(items, current) != items.end())
+            return current;
+    const auto first = std::ranges::find_if(items, isPhotoItem);
+    return first != items.end() ? *first : nullptr;
 }
 
 void AppDelegate::changeItems(const QStringList& paths, const media::ItemChange& change) {

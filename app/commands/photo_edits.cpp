@@ -6,6 +6,8 @@
 #include "app/commands/write_report.h"
 #include "app/jobs/job_board.h"
 
+#include <utility>
+
 namespace clipheave::app {
 
 void AppDelegate::RemoveIPTCDataFromPhoto() {
@@ -29,14 +31,18 @@ void AppDelegate::removeBlocks(
     const auto items = selectedItems();
     if (items.empty())
         return showNoSelectionAlert();
+    startWriting(title, photo::photoOrder(
+                            [remove](jobs::Run& run, const photo::PhotoRequest& request) {
+                                photo::PhotoEdits edits(run);
+                                (edits.*remove)(request);
+                            },
+                            {items, runSettings()}));
+}
+
+void AppDelegate::startWriting(const QString& title, jobs::RunOrder order) {
     BoardJob job;
     job.title = title;
-    job.order = photo::photoOrder(
-        [remove](jobs::Run& run, const photo::PhotoRequest& request) {
-            photo::PhotoEdits edits(run);
-            (edits.*remove)(request);
-        },
-        {items, runSettings()});
+    job.order = std::move(order);
     WriteReport{*m_activity, *m_surroundings->workspace, [this] { Q_EMIT saveFinished(); }}
         .attachTo(job);
     m_board->start(job);

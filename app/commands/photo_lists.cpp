@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "photo/photo_lists.h"
 #include "app/AppDelegate.h"
-#include "app/activity/activity_model.h"
 #include "app/commands/surroundings.h"
-#include "app/commands/write_report.h"
-#include "app/jobs/job_board.h"
 #include "app/windows/main_window.h"
 
 namespace clipheave::app {
@@ -36,12 +33,7 @@ void AppDelegate::exportLists(void (photo::PhotoLists::*write)(const photo::Phot
     const auto items = selectedItems();
     if (items.empty())
         return showNoSelectionAlert();
-    BoardJob job;
-    job.title = title;
-    job.order = photo::listOrder(write, {items, runSettings()});
-    WriteReport{*m_activity, *m_surroundings->workspace, [this] { Q_EMIT saveFinished(); }}
-        .attachTo(job);
-    m_board->start(job);
+    startWriting(title, photo::listOrder(write, {items, runSettings()}));
 }
 
 void AppDelegate::ImportPlistToPhotos() {
@@ -57,13 +49,8 @@ void AppDelegate::chooseListToImport(const QString& title) {
     if (items.empty())
         return showNoSelectionAlert();
     const auto chosen = [this, title, items](const QStringList& paths) {
-        BoardJob job;
-        job.title = title;
-        job.order = photo::importOrder(paths.first(), &photo::rewriteWithProperties,
-                                       {items, runSettings()});
-        WriteReport{*m_activity, *m_surroundings->workspace, [this] { Q_EMIT saveFinished(); }}
-            .attachTo(job);
-        m_board->start(job);
+        startWriting(title, photo::importOrder(paths.first(), &photo::rewriteWithProperties,
+                                               {items, runSettings()}));
     };
     m_surroundings->fileChooser->chooseMedia(m_window.get(), tr("Please select plist to import."),
                                              OpenPanel::OneFile, chosen);

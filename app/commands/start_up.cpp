@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 #include "app/activity/activity_model.h"
 #include "app/commands/command_state.h"
+#include "app/commands/gps_state.h"
 #include "app/commands/import_state.h"
 #include "app/commands/importer.h"
 #include "app/commands/item_list.h"
@@ -14,7 +15,9 @@
 #include "app/jobs/job_board.h"
 #include "app/list/media_list_model.h"
 #include "app/widgets/accessible_roles.h"
+#include "app/windows/gps_sheet.h"
 #include "app/windows/main_window.h"
+#include "app/windows/map_window.h"
 #include "app/windows/preferences_window.h"
 #include "app/windows/rename_window.h"
 #include "platform/foundation/log.h"
@@ -82,7 +85,7 @@ AppDelegate::AppDelegate(Surroundings surroundings, QObject* parent)
       m_command(std::make_unique<CommandState>()),
       m_preferences(std::make_unique<PreferencesState>()),
       m_import(std::make_unique<ImportState>()), m_pane(std::make_unique<PaneState>()),
-      m_rename(std::make_unique<RenameState>()),
+      m_rename(std::make_unique<RenameState>()), m_gps(std::make_unique<GpsState>()),
       m_activity(std::make_unique<ActivityModel>(m_surroundings->clock)),
       m_board(std::make_unique<JobBoard>(*m_activity)),
       m_log(std::make_unique<LogFeed>(*m_activity, *m_board)),
@@ -146,10 +149,13 @@ void AppDelegate::awakeFromNib() {
                                             *m_surroundings->windowSettings);
     m_preferencesWindow = std::make_unique<PreferencesWindow>(m_window.get());
     m_renameWindow = std::make_unique<RenameWindow>(m_window.get());
+    m_gpsSheet = std::make_unique<GpsSheet>(m_window.get());
+    m_mapWindow = std::make_unique<MapWindow>(m_window.get());
     connectCommands(*m_window, *this);
     connectPanes();
     connectPreferences();
     connectRename();
+    connectGps();
 }
 
 void AppDelegate::applicationDidFinishLaunching() {

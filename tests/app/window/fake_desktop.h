@@ -26,13 +26,16 @@ public:
     QDateTime now = QDateTime::currentDateTime();
 
     QStringList alerts;                   ///< messages
+    QStringList alertTexts;               ///< what stands below them, and the buttons, by lines
     QList<OpenPanel::Mode> mediaChoosers; ///< by what they allow
     QStringList revealed;
     QList<QUrl> opened;
     QList<QFont> fontPanels; ///< by what is chosen in them first
 
-    int ask(QWidget*, const QString& message, const QString&, const QStringList&) override {
+    int ask(QWidget*, const QString& message, const QString& informative,
+            const QStringList& buttons) override {
         alerts.append(message);
+        alertTexts.append(informative + u'\n' + buttons.join(u'\n'));
         return alertAnswer;
     }
     void chooseMedia(QWidget*, const QString&, OpenPanel::Mode mode,
