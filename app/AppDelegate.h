@@ -28,6 +28,7 @@ class VideoMetadata;
 namespace clipheave::photo {
 class PhotoEdits;
 class PhotoLists;
+struct PaneTexts;
 struct PhotoRequest;
 struct PlaceTexts;
 } // namespace clipheave::photo
@@ -207,6 +208,11 @@ public:
     Q_INVOKABLE void WriteSelectedItemsExifDataToPlist(); ///< a file for each photo
     Q_INVOKABLE void ImportPlistToPhotos();               ///< copies with what a list says
     Q_INVOKABLE void ImportTemplateToPhotos();
+    // The photo pane
+    Q_INVOKABLE void StartEditViewAction(); ///< for the selection; in the grid of photos
+    Q_INVOKABLE void HideEditViewAction();  ///< what was typed stays until another photo is shown
+    /// Copies of the selected photos with the changed sections of the pane.
+    Q_INVOKABLE void ClickApplyChangeAction();
 
     // Positions of photos. The sheet writes to what was selected when it was opened.
     Q_INVOKABLE void EditeGPSExifDataPhoto();  ///< opens it with the GPS data of the selected photo
@@ -247,6 +253,7 @@ public:
 
 private:
     void connectPanes();
+    void connectPhotoPane();
     void connectPreferences();
     void connectRename();
     void connectGps();
@@ -272,11 +279,18 @@ private:
     /// Changes the items of these paths, in the list and in the pane.
     void changeItems(const QStringList& paths, const media::ItemChange& change);
     void takeArtwork(const QString& path);
+    /// Fills the photo pane from the selection.
+    void refreshPhotoPane();
+    void showPhoto(const media::ItemPointer& item);
+    void startApply(const photo::PhotoRequest& request, const photo::PaneTexts& texts);
+    /// Returns the item of the pane that is shown; null for none.
+    [[nodiscard]] media::ItemPointer currentItem() const;
     void refreshSummary();
     void refreshRenameItems();
     void openGpsSheet(const media::ItemPointer& photo, const photo::PlaceTexts& place);
     void showNoGpsAlert(const QString& text);
     void showNoSelectionAlert();
+    void showValueErrorAlert();
 
     std::unique_ptr<Surroundings> m_surroundings;
     std::unique_ptr<CommandState> m_command;

@@ -11,6 +11,7 @@
 #include "app/panes/detail_pane.h"
 #include "app/panes/player_view.h"
 #include "app/widgets/alert_box.h"
+#include "app/widgets/edit_field.h"
 #include "app/widgets/image_button.h"
 #include "app/windows/main_window.h"
 #include "app/windows/rename_window.h"
@@ -174,6 +175,27 @@ QList<Above> openPosition(AppDelegate& controller, bool mapAlone) {
     return centredDialog(controller, "changeGPSWindow");
 }
 
+/// Three photos in their pane, the current one with a position; `changed`: as after typing.
+void openPhotoPane(AppDelegate& controller, bool changed) {
+    MainWindow* window = controller.mainWindow();
+    window->showPhotos();
+    const int row = rowWhere(controller, [](const media::IKImageItem& item) {
+        return !item.latitudeFormat.isEmpty() && !item.fileDescription.isEmpty();
+    });
+    window->selectRow(row);
+    selectSome(*window->photoGrid(), 3);
+    controller.StartEditViewAction();
+    if (!changed)
+        return window->photoGrid()->setFocus();
+    for (const auto& [field, text] :
+         {std::pair("titlelab", "Stacks at last light"), {"keywordslab", "basalt, surf, dusk"}}) {
+        auto* line = window->findChild<EditField*>(QLatin1String(field));
+        Q_EMIT line->editingBegun();
+        line->setText(QString::fromUtf8(text));
+        line->setCursorPosition(0);
+    }
+}
+
 void waitForJobs(AppDelegate& controller) {
     while (controller.isImporting() || controller.activity()->newestRunning() != nullptr)
         QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
@@ -201,6 +223,10 @@ QList<Above> bringUp(AppDelegate& controller, const GrabRequest& request) {
     }
     if (view == u"gps" || view == u"map")
         return openPosition(controller, view == u"map");
+    if (view == u"photo-edit" || view == u"photo-changed") {
+        openPhotoPane(controller, view == u"photo-changed");
+        return {};
+    }
     if (view == u"empty")
         return {};
     if (view == u"sorted")
@@ -232,7 +258,7 @@ QList<Above> bringUp(AppDelegate& controller, const GrabRequest& request) {
 }
 
 bool showsPhotoGrid(const QString& view) {
-    return view == u"photos" || view == u"gps" || view == u"map";
+    return view.startsWith(u"photo") || view == u"gps" || view == u"map";
 }
 
 void importAll(AppDelegate& controller, const GrabRequest& request) {
@@ -251,12 +277,13 @@ void importAll(AppDelegate& controller, const GrabRequest& request) {
 } // namespace
 
 QStringList grabViewNames() {
-    return {QStringLiteral("video"),    QStringLiteral("audio"),  QStringLiteral("photos"),
-            QStringLiteral("empty"),    QStringLiteral("sorted"), QStringLiteral("changed"),
-            QStringLiteral("activity"), QStringLiteral("failed"), QStringLiteral("preferences"),
-            QStringLiteral("rename"),   QStringLiteral("menus"),  QStringLiteral("about"),
-            QStringLiteral("alert"),    QStringLiteral("states"), QStringLiteral("gps"),
-            QStringLiteral("map")};
+    return {
+        QStringLiteral("video"),    QStringLiteral("audio"),      QStringLiteral("photos"),
+        QStringLiteral("empty"),    QStringLiteral("sorted"),     QStringLiteral("changed"),
+        QStringLiteral("activity"), QStringLiteral("failed"),     QStringLiteral("preferences"),
+        QStringLiteral("rename"),   QStringLiteral("menus"),      QStringLiteral("about"),
+        QStringLiteral("alert"),    QStringLiteral("states"),     QStringLiteral("gps"),
+        QStringLiteral("map"),      QStringLiteral("photo-edit"), QStringLiteral("photo-changed")};
 }
 
 int grabView(AppDelegate& controller, const GrabRequest& request) {

@@ -135,8 +135,7 @@ bool showsAllTiles(app::PhotoGrid& grid) {
         }
         any = true;
         const auto item = grid.listModel()->itemAt(row);
-        if (!item ||
-            grid.thumbnailService()->image(*item, app::PhotoTileDelegate::shape()).isNull())
+        if (!item || grid.thumbnailService()->image(*item, app::ThumbnailShape::ofTile()).isNull())
             return false;
     }
     return any;

@@ -1,27 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "photo/pane_texts.h"
 #include "photo/photo_order.h"
 
-#include <QString>
 #include <QVariantMap>
 
 namespace clipheave::photo {
-
-/// The texts of the position sheet.
-struct PlaceTexts {
-    QString latitudelab, longtitudelab, altitudelab; ///< signed decimal numbers
-    QString dateStamplab;                            ///< "YYYY:MM:DD"
-    QString timeStamplab;                            ///< "HH:MM:SS", universal time
-};
-
-/// The texts of the photo pane and which of its sections were changed.
-struct PaneTexts {
-    QString artistlab, imageDescrilab, copyrightlab, commentslab, keywordslab, titlelab;
-    QString cameraMakelab, cameraModelab, cameraDatelab;
-    PlaceTexts place; ///< of gpsLatilab, gpsLongtlab, gpsAitlab
-    bool basicInfoChange = false, cameraInfoChange = false, gpsInfoChange = false;
-};
 
 /// Returns the pane as a photo fills it, nothing changed; empty texts for what it does not have.
 /// The failure of CGImageSource otherwise: an empty pane would take what the photo has away.

@@ -6,7 +6,6 @@
 #include "platform/foundation/dates.h"
 #include "platform/image/cg_image_source.h"
 
-#include <QLocale>
 #include <QRegularExpression>
 #include <QTime>
 
@@ -85,13 +84,18 @@ QString textAt(const QVariantMap& dictionary, const char* key) {
                : value.toString();
 }
 
+/// A thousandth of a metre, which is less than single precision keeps of a degree.
+constexpr int kPlaceDecimals = 8;
+
 /// Returns a number with the sign that its letter stands for.
 QString signedAt(const QVariantMap& gps, const char* key, const char* letterKey,
                  QLatin1String negative) {
+    static const QRegularExpression trailingZeros(QStringLiteral(R"(\.?0+$)"));
     const QVariant value = gps.value(QLatin1String(key));
     if (!value.isValid())
         return {};
-    const QString number = QString::number(value.toDouble(), 'f', QLocale::FloatingPointShortest);
+    QString number = QString::number(value.toDouble(), 'f', kPlaceDecimals);
+    number.remove(trailingZeros);
     return textAt(gps, letterKey) == negative ? u'-' + number : number;
 }
 
@@ -108,8 +112,12 @@ platform::Result<PaneTexts> paneOfPhoto(const QString& path) {
     const auto source = platform::CGImageSource::createWithPath(path);
     if (!source)
         return tl::unexpected(source.error());
+    return paneOfProperties(source->properties());
+}
+
+PaneTexts paneOfProperties(const QVariantMap& properties) {
     const auto block = [&](const char* name) {
-        return source->properties().value(QLatin1String(name)).toMap();
+        return properties.value(QLatin1String(name)).toMap();
     };
     const QVariantMap tiff = block("{TIFF}"), exif = block("{Exif}"), iptc = block("{IPTC}");
     PaneTexts pane;

@@ -4,6 +4,7 @@
 #include "app/commands/pane_state.h"
 #include "app/commands/surroundings.h"
 #include "app/panes/detail_pane.h"
+#include "app/panes/photo_fields.h"
 #include "app/windows/main_window.h"
 #include "media/fields.h"
 #include "media/position_text.h"
@@ -52,7 +53,7 @@ void AppDelegate::connectPanes() {
 }
 
 media::ChangeFlags AppDelegate::changeFlags() const {
-    return m_pane->flags;
+    return m_window->editsPhotos() ? m_pane->photoFlags : m_pane->flags;
 }
 
 QPointF AppDelegate::currentCoords() const {
@@ -60,6 +61,12 @@ QPointF AppDelegate::currentCoords() const {
 }
 
 bool AppDelegate::control_textShouldBeginEditing(const QString& field) {
+    if (m_window->editsPhotos()) {
+        for (const PhotoField& row : kPhotoFields)
+            if (field == QLatin1String(row.objectName))
+                m_pane->photoFlags.*row.section = true;
+        return true;
+    }
     for (const media::VideoFormField& row : media::kVideoFormFields)
         if (field == QLatin1String(row.objectName) && row.group)
             m_pane->flags.*row.group = true;

@@ -41,6 +41,8 @@ const std::vector<media::ItemPointer>& AppDelegate::localPhotoItemArray() const 
 
 void AppDelegate::tableViewSelectionDidChange() {
     refreshSummary();
+    if (m_window->editsPhotos())
+        return refreshPhotoPane();
     const int row = m_window->currentRow();
     const auto& content = m_mediaController->content();
     if (row < 0 || static_cast<std::size_t>(row) >= content.size())
@@ -103,6 +105,8 @@ void AppDelegate::RemoveMediaFileAction() {
     refreshSummary();
     m_pane->shownItem.reset();
     m_window->detailPane()->showNothing();
+    if (m_window->editsPhotos())
+        refreshPhotoPane();
     if (m_list->items().empty())
         m_window->showEmptyState();
 }
@@ -111,20 +115,24 @@ void AppDelegate::ChangeToImportComputerPhoto() {
     m_window->showComputer();
 }
 
+media::ItemPointer AppDelegate::currentItem() const {
+    return m_window->editsPhotos() ? m_pane->shownPhoto : m_pane->shownItem;
+}
+
 void AppDelegate::revealCurrentItem() {
-    if (m_pane->shownItem)
-        m_surroundings->workspace->selectFiles({m_pane->shownItem->filePath});
+    if (const media::ItemPointer item = currentItem())
+        m_surroundings->workspace->selectFiles({item->filePath});
 }
 
 void AppDelegate::openCurrentItem() {
-    if (m_pane->shownItem &&
-        !m_surroundings->workspace->openUrl(QUrl::fromLocalFile(m_pane->shownItem->filePath)))
-        m_activity->addLog(tr("No program opens this file"), m_pane->shownItem->filePath, true);
+    const media::ItemPointer item = currentItem();
+    if (item && !m_surroundings->workspace->openUrl(QUrl::fromLocalFile(item->filePath)))
+        m_activity->addLog(tr("No program opens this file"), item->filePath, true);
 }
 
 void AppDelegate::copyCurrentPath() {
-    if (m_pane->shownItem)
-        m_surroundings->pasteboard->setText(platform::displayPath(m_pane->shownItem->filePath));
+    if (const media::ItemPointer item = currentItem())
+        m_surroundings->pasteboard->setText(platform::displayPath(item->filePath));
 }
 
 void AppDelegate::chooseArtwork() {

@@ -6,13 +6,17 @@
 #include "media/video_pane.h"
 
 #include <QPointF>
+#include <QStringList>
 
 namespace clipheave::app {
 
-/// What the detail pane shows and what was edited in it. Main thread.
+/// What the panes show and what was edited in them. Main thread.
 struct PaneState {
-    media::ItemPointer shownItem; ///< null: nothing
-    media::ChangeFlags flags;     ///< since it is shown
+    media::ItemPointer shownItem;  ///< of the detail pane; null: nothing
+    media::ChangeFlags flags;      ///< since it is shown
+    media::ItemPointer shownPhoto; ///< of the photo pane; null: none
+    media::ChangeFlags photoFlags; ///< since it is shown
+    QStringList photoOutputs;      ///< of the last Apply
     /// Degrees, as the position fields held them when an edit began there last: latitude in x,
     /// longitude in y.
     QPointF currentCoords;
@@ -22,11 +26,16 @@ struct PaneState {
         shownItem = item;
         flags = {};
     }
-    /// Goes on with the changed copy of the shown item.
+    void showPhoto(const media::ItemPointer& item) {
+        shownPhoto = item;
+        photoFlags = {};
+    }
+    /// Goes on with the changed copies of the shown items.
     void follow(const ItemChanges& changes) {
         for (const auto& [item, copy] : changes)
-            if (shownItem == item)
-                shownItem = copy;
+            for (media::ItemPointer* shown : {&shownItem, &shownPhoto})
+                if (*shown == item)
+                    *shown = copy;
     }
 };
 

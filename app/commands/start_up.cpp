@@ -153,6 +153,7 @@ void AppDelegate::awakeFromNib() {
     m_mapWindow = std::make_unique<MapWindow>(m_window.get());
     connectCommands(*m_window, *this);
     connectPanes();
+    connectPhotoPane();
     connectPreferences();
     connectRename();
     connectGps();

@@ -106,7 +106,7 @@ QList<ThumbnailRequest> PhotoGrid::visibleThumbnails(const MediaListModel& model
     QList<ThumbnailRequest> wanted;
     for (int row = std::max(firstLine * m_tilesPerRow, 0); row < end; ++row)
         if (const media::ItemPointer item = model.itemAt(row))
-            wanted.append({item, PhotoTileDelegate::shape()});
+            wanted.append({item, ThumbnailShape::ofTile()});
     return wanted;
 }
 

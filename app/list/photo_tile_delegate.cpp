@@ -72,7 +72,8 @@ void PhotoTileDelegate::paintImage(QPainter& painter, const QRect& frame,
                                    const media::IKImageItem& item) const {
     const Theme& theme = Theme::instance();
     ThumbnailService* service = m_view->thumbnailService();
-    const QPixmap image = service != nullptr ? service->image(item, shape()) : QPixmap();
+    const QPixmap image =
+        service != nullptr ? service->image(item, ThumbnailShape::ofTile()) : QPixmap();
     painter.setPen(Qt::NoPen);
     painter.setBrush(image.isNull() ? QBrush(theme.color(Token::bg3)) : fillingBrush(image, frame));
     painter.drawRoundedRect(frame, kImageRadius, kImageRadius);

@@ -22,11 +22,6 @@ public:
                const QModelIndex& index) const override;
     [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
                                  const QModelIndex& index) const override;
-    /// Returns the same shape whatever the width of the tiles, so that no image is made again when
-    /// the window is resized.
-    [[nodiscard]] static ThumbnailShape shape() {
-        return {{ThumbnailCache::kLargeSide, ThumbnailCache::kLargeSide}, ThumbnailShape::Fit, 0};
-    }
     /// Returns the second line: "5568 x 3712", else the duration, else the size.
     [[nodiscard]] static QString detailOf(const media::IKImageItem& item);
 

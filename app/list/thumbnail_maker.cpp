@@ -42,6 +42,15 @@ QImage decodeVideo(const ThumbnailSource& source, int side) {
     return image.copy(); // the bytes belong to the keyframe
 }
 
+/// The side of the image that a shape is made of: one of the thumbnail folder, or more.
+int sideOf(const ThumbnailShape& shape) {
+    const int longest = std::max(shape.size.width(), shape.size.height());
+    if (shape.mode == ThumbnailShape::Fit && longest > ThumbnailCache::kLargeSide)
+        return longest;
+    return longest <= ThumbnailCache::kNormalSide ? ThumbnailCache::kNormalSide
+                                                  : ThumbnailCache::kLargeSide;
+}
+
 /// The image of the file within `side` pixels, from the thumbnail folder or made and put there.
 QImage imageOfFile(const ThumbnailSource& source, int side, const ThumbnailCache& cache) {
     const bool isVideoFile = media::MediaKind::isVideo(source.path);
@@ -54,11 +63,15 @@ QImage imageOfFile(const ThumbnailSource& source, int side, const ThumbnailCache
         platform::NSFileManager::defaultManager().attributesOfOpenFile(reader->fd(), source.path);
     if (!attributes)
         return {};
+    const auto decoded = [&] {
+        return isVideoFile ? decodeVideo(source, side) : platform::photoThumbnail(*reader, side);
+    };
+    if (side > ThumbnailCache::kLargeSide)
+        return decoded();
     const std::int64_t modified = attributes->NSFileModificationDate.toSecsSinceEpoch();
     if (QImage stored = cache.find(source.path, modified, side); !stored.isNull())
         return stored;
-    QImage original = scaledWithin(
-        isVideoFile ? decodeVideo(source, side) : platform::photoThumbnail(*reader, side), side);
+    QImage original = scaledWithin(decoded(), side);
     cache.store(source.path, modified, side, original);
     return original;
 }
@@ -109,9 +122,7 @@ QImage makeThumbnail(const ThumbnailSource& source, const ThumbnailShape& shape,
         if (!original.isNull())
             return shaped(original, shape);
     }
-    const int side = longest <= ThumbnailCache::kNormalSide ? ThumbnailCache::kNormalSide
-                                                            : ThumbnailCache::kLargeSide;
-    return shaped(imageOfFile(source, side, cache), shape);
+    return shaped(imageOfFile(source, sideOf(shape), cache), shape);
 }
 
 } // namespace clipheave::app

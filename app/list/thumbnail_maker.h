@@ -16,6 +16,11 @@ struct ThumbnailShape {
         Fill, ///< the middle of the image, exactly of the size
     } mode = Fit;
     int radius = 0; ///< of the corners, device pixels; Fill only
+    /// Returns the shape of a tile's image: the same whatever the width of the tiles, so that no
+    /// image is made again when the window is resized.
+    [[nodiscard]] static ThumbnailShape ofTile() {
+        return {{ThumbnailCache::kLargeSide, ThumbnailCache::kLargeSide}, Fit, 0};
+    }
     friend bool operator==(const ThumbnailShape&, const ThumbnailShape&) = default;
 };
 
@@ -28,7 +33,8 @@ struct ThumbnailSource {
 };
 
 /// Makes the thumbnail: of the artwork, else from the thumbnail folder, else of the file itself,
-/// which is then stored there. Null when nothing can be shown (unreadable, no image, a kind that
+/// which is then stored there; an image to be fitted into more than what that folder holds is made
+/// of the file each time. Null when nothing can be shown (unreadable, no image, a kind that
 /// is not decoded). For worker threads.
 [[nodiscard]] QImage makeThumbnail(const ThumbnailSource& source, const ThumbnailShape& shape,
                                    const ThumbnailCache& cache);

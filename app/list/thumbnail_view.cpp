@@ -2,7 +2,6 @@
 #include "app/list/thumbnail_view.h"
 
 #include "app/list/list_painting.h"
-#include "app/list/photo_tile_delegate.h"
 #include "app/list/thumbnail_service.h"
 #include "app/theme/theme.h"
 
@@ -32,7 +31,7 @@ ThumbnailView::~ThumbnailView() {
 
 void ThumbnailView::setItem(media::ItemPointer item) {
     m_item = std::move(item);
-    m_service.request(this, m_item ? QList<ThumbnailRequest>{{m_item, PhotoTileDelegate::shape()}}
+    m_service.request(this, m_item ? QList<ThumbnailRequest>{{m_item, ThumbnailShape::ofTile()}}
                                    : QList<ThumbnailRequest>());
     update();
 }
@@ -41,7 +40,7 @@ void ThumbnailView::paintEvent(QPaintEvent*) {
     if (!m_item)
         return;
     const Theme& theme = Theme::instance();
-    const QPixmap image = m_service.image(*m_item, PhotoTileDelegate::shape());
+    const QPixmap image = m_service.image(*m_item, ThumbnailShape::ofTile());
     QPainter painter(this);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
     painter.setPen(Qt::NoPen);

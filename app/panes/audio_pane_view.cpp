@@ -6,6 +6,7 @@
 #include "app/panes/pane_layout.h"
 #include "app/panes/player_card.h"
 #include "app/panes/player_view.h"
+#include "app/panes/shared_fields.h"
 #include "app/widgets/edit_field.h"
 #include "app/widgets/fact_label.h"
 #include "app/widgets/parts.h"
@@ -23,8 +24,8 @@ constexpr int kAudioArtworkSide = 184, kAudioFactGap = 20, kPlayerGap = 16; // p
 
 } // namespace
 
-AudioPaneView::AudioPaneView(QWidget* parent)
-    : QWidget(parent), m_player(new PlayerCard(TransportBar::Form::Audio, this)),
+AudioPaneView::AudioPaneView(SharedFields& shared, QWidget* parent)
+    : QWidget(parent), m_shared(shared), m_player(new PlayerCard(TransportBar::Form::Audio, this)),
       m_column(makePaneColumn(this)) {
     setObjectName(QStringLiteral("audioContentView"));
     makeHead();
@@ -61,22 +62,44 @@ void AudioPaneView::makeTags() {
     addHeading(m_column, m_tags);
     m_form = new Form(Form::Order::ByRows, this);
     for (const media::AudioField& row : media::kAudioFields) {
-        auto* field = new EditField(m_form);
-        field->setObjectName(QLatin1String(row.objectName));
-        m_form->addRow(new FieldRow(tr(row.label), field, FieldRow::kLabelWidth, m_form));
-        connect(field, &EditField::editingBegun, this, [this, field, group = row.group] {
-            if (group)
-                m_pane.flags.*group = true;
-            Q_EMIT fieldEditingBegan(field->objectName());
-        });
-        connect(field, &EditField::textChanged, this, &AudioPaneView::refreshChanges);
+        const QString name = QLatin1String(row.objectName);
+        EditField* field = m_shared.field(name);
+        if (!field) {
+            field = new EditField(m_form);
+            field->setObjectName(name);
+        }
+        auto* line = new FieldRow(tr(row.label), field, FieldRow::kLabelWidth, m_form);
+        if (SharedFields::isShared(name))
+            m_shared.addRow(SharedFields::Place::Audio, name, line);
+        m_form->addRow(line);
+        connectField(field, row.group);
         m_fields.push_back(field);
     }
     m_column->addWidget(m_form);
+    connect(&m_shared, &SharedFields::moved, this, [this] {
+        m_form->refreshTabOrder();
+        refreshChanges();
+    });
     // A change flag belongs to this field, which is never shown.
     auto* hidden = new EditField(this);
     hidden->setObjectName(QStringLiteral("audioCreateDatelab"));
     hidden->hide();
+}
+
+void AudioPaneView::connectField(EditField* field, bool media::ChangeFlags::*group) {
+    connect(field, &EditField::editingBegun, this, [this, field, group] {
+        if (isElsewhere(field))
+            return;
+        if (group)
+            m_pane.flags.*group = true;
+        Q_EMIT fieldEditingBegan(field->objectName());
+    });
+    connect(field, &EditField::textChanged, this, &AudioPaneView::refreshChanges);
+}
+
+bool AudioPaneView::isElsewhere(const EditField* field) const {
+    return SharedFields::isShared(field->objectName()) &&
+           m_shared.place() != SharedFields::Place::Audio;
 }
 
 void AudioPaneView::setPaneWidth(int width) {
@@ -97,8 +120,13 @@ void AudioPaneView::show(const media::IKImageItem& item, const media::AudioPane&
     for (std::size_t i = 0; i < m_facts.size(); ++i)
         m_facts[i]->setFact(facts[static_cast<qsizetype>(i)].label,
                             facts[static_cast<qsizetype>(i)].value);
-    for (std::size_t i = 0; i < m_fields.size(); ++i)
-        m_fields[i]->setShownText(pane.texts.*media::kAudioFields[i].text);
+    for (std::size_t i = 0; i < m_fields.size(); ++i) {
+        const QString& text = pane.texts.*media::kAudioFields[i].text;
+        if (isElsewhere(m_fields[i]))
+            m_shared.setShownText(SharedFields::Place::Audio, m_fields[i]->objectName(), text);
+        else
+            m_fields[i]->setShownText(text);
+    }
     m_artwork->setImage(pane.texts.audioArtImageView);
     refreshChanges();
     player()->setFile(item.filePath);
@@ -108,7 +136,10 @@ void AudioPaneView::show(const media::IKImageItem& item, const media::AudioPane&
 media::AudioPane AudioPaneView::pane() const {
     media::AudioPane pane = m_pane;
     for (std::size_t i = 0; i < m_fields.size(); ++i)
-        pane.texts.*media::kAudioFields[i].text = m_fields[i]->text();
+        pane.texts.*media::kAudioFields[i].text =
+            isElsewhere(m_fields[i])
+                ? m_shared.text(SharedFields::Place::Audio, m_fields[i]->objectName())
+                : m_fields[i]->text();
     pane.texts.audioArtImageView = m_artwork->artwork();
     return pane;
 }
@@ -120,7 +151,9 @@ void AudioPaneView::setArtwork(const platform::EncodedImage& image) {
 void AudioPaneView::refreshChanges() {
     int changed = 0;
     for (const EditField* field : m_fields)
-        changed += field->isChanged();
+        changed += isElsewhere(field)
+                       ? m_shared.isChanged(SharedFields::Place::Audio, field->objectName())
+                       : field->isChanged();
     m_tags->setNote(changed > 0 ? tr("%1 changed").arg(changed) : QString());
 }
 

@@ -18,12 +18,14 @@ class Form;
 class PlayerCard;
 class PlayerView;
 class SectionHeading;
+class SharedFields;
 
 /// The pane of an audio file: artwork, facts, player, tags.
 class AudioPaneView : public QWidget {
     Q_OBJECT
 public:
-    explicit AudioPaneView(QWidget* parent = nullptr);
+    /// Six of its fields are `shared`, which outlive it.
+    explicit AudioPaneView(SharedFields& shared, QWidget* parent = nullptr);
 
     void show(const media::IKImageItem& item, const media::AudioPane& pane);
     using QWidget::show;
@@ -42,8 +44,11 @@ protected:
 private:
     void makeHead();
     void makeTags();
+    void connectField(EditField* field, bool media::ChangeFlags::*group);
+    [[nodiscard]] bool isElsewhere(const EditField* field) const;
     void refreshChanges();
 
+    SharedFields& m_shared;
     PlayerCard* m_player;
     QVBoxLayout* m_column;
     Form* m_form = nullptr;

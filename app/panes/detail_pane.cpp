@@ -5,6 +5,7 @@
 #include "app/panes/audio_pane_view.h"
 #include "app/panes/elided_label.h"
 #include "app/panes/player_view.h"
+#include "app/panes/shared_fields.h"
 #include "app/theme/theme.h"
 #include "app/widgets/image_button.h"
 #include "app/widgets/token_label.h"
@@ -49,8 +50,8 @@ QString someNames(const QStringList& names, qsizetype shown, int length) {
 } // namespace
 
 DetailPane::DetailPane(QWidget* parent)
-    : QWidget(parent), m_stack(new QStackedWidget(this)), m_video(new VideoPaneView),
-      m_audio(new AudioPaneView) {
+    : QWidget(parent), m_stack(new QStackedWidget(this)), m_shared(new SharedFields(this)),
+      m_video(new VideoPaneView), m_audio(new AudioPaneView(*m_shared)) {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);

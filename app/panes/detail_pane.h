@@ -15,6 +15,7 @@ namespace clipheave::app {
 class AudioPaneView;
 class ElidedLabel;
 class ImageButton;
+class SharedFields;
 class TokenIcon;
 class TokenLabel;
 
@@ -45,6 +46,8 @@ public:
     /// the selected ones.
     void setTouchedNames(const QStringList& names, bool sorted);
     [[nodiscard]] QString footNote() const;
+    /// Returns the fields that stand in the form of audio files or in that of photos.
+    [[nodiscard]] SharedFields& sharedFields() const { return *m_shared; }
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -75,6 +78,7 @@ private:
     ImageButton *m_reveal = nullptr, *m_more = nullptr;
     QWidget* m_foot = nullptr;
     QStackedWidget* m_stack;
+    SharedFields* m_shared;
     VideoPaneView* m_video;
     AudioPaneView* m_audio;
 };

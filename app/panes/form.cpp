@@ -41,11 +41,20 @@ void Form::arrange() {
         const int row = byRows ? i / m_columns : i % perColumn;
         const int column = byRows ? i % m_columns : i / perColumn;
         m_grid->addWidget(m_rows[i], row, column);
-        if (i > 0)
-            setTabOrder(m_rows[i - 1]->field(), m_rows[i]->field());
     }
+    refreshTabOrder();
     m_grid->setColumnStretch(0, 1);
     m_grid->setColumnStretch(1, m_columns == 2 ? 1 : 0);
+}
+
+void Form::refreshTabOrder() {
+    QWidget* before = this;
+    for (const FieldRow* row : m_rows) {
+        if (row->field() == nullptr)
+            continue;
+        setTabOrder(before, row->field());
+        before = row->field();
+    }
 }
 
 } // namespace clipheave::app

@@ -19,6 +19,9 @@ public:
     explicit Form(Order order, QWidget* parent = nullptr);
     void addRow(FieldRow* row);
     void setColumns(int columns);
+    /// Brings the fields into the order of their rows for the Tab key; to be called when a row got
+    /// another field.
+    void refreshTabOrder();
 
 private:
     void arrange();

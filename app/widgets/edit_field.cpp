@@ -42,6 +42,7 @@ EditField::EditField(QWidget* parent) : QLineEdit(parent) {
 
 void EditField::setShownText(const QString& remembered) {
     m_shown = remembered;
+    m_begun = false;
     setText(remembered);
     setCursorPosition(0); // a long text is recognised by its beginning
     refreshMark();

@@ -14,8 +14,9 @@ class EditField : public QLineEdit {
 public:
     explicit EditField(QWidget* parent = nullptr);
 
-    /// Fills the field; the text is also what isChanged() compares with.
+    /// Fills the field; the text is also what isChanged() compares with. Nothing is edited yet.
     void setShownText(const QString& remembered);
+    [[nodiscard]] QString shownText() const { return m_shown; }
     [[nodiscard]] bool isChanged() const { return text() != m_shown; }
     /// A short unit at the right end ("m", "N").
     void setSuffix(const QString& suffix);

@@ -159,6 +159,10 @@ constexpr MenuEntry kPropertyList[] = {
     {"Import Property List…", "ImportPlistToPhotos", nullptr},
     {"Import Template…", "ImportTemplateToPhotos", nullptr},
 };
+constexpr MenuEntry kTemplate[] = {
+    {"Export Template", "ExportTemplateDataToPlist", nullptr},
+    {"Import Template…", "ImportTemplateToPhotos", nullptr},
+};
 constexpr MenuEntry kStamp[] = {
     {"Add Date on Photos", "AddDateOnPhotoAction", nullptr},
     kSeparator,
@@ -291,6 +295,7 @@ constexpr MenuTable kPopUps[] = {
     {"editExifMenu", nullptr, kEditExif},
     {"removeExifMenu", nullptr, kRemoveExif},
     {"importandExportMenu", nullptr, kPropertyList},
+    {"editTemplateMenu", nullptr, kTemplate},
     {"convertAndCompressMenu", nullptr, kStamp},
     {"changePhotoDateMenu", nullptr, kChangeDate},
     {"changeMutiPhotoDateMenu", nullptr, kChangeDate},

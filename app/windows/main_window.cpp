@@ -9,6 +9,8 @@
 #include "app/list/photo_grid.h"
 #include "app/panes/artwork_well.h"
 #include "app/panes/detail_pane.h"
+#include "app/panes/photo_pane.h"
+#include "app/panes/shared_fields.h"
 #include "app/widgets/image_button.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/title_bar.h"
@@ -18,6 +20,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QItemSelectionModel>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -78,6 +81,7 @@ void MainWindow::selectRow(int row) {
 void MainWindow::showEmptyState() {
     m_leftStack->setCurrentIndex(0);
     m_detailPane->showNothing();
+    m_photoPane->showNothing();
 }
 
 void MainWindow::showMediaList() {
@@ -92,7 +96,8 @@ void MainWindow::showList() {
     m_listHead->views()->setCurrentIndex(0);
     m_listStack->setCurrentIndex(0);
     m_toolSets->setCurrentIndex(0);
-    m_detailPane->show();
+    m_rightStack->show();
+    showRightSide();
     Q_EMIT selectionChanged();
 }
 
@@ -101,13 +106,46 @@ void MainWindow::showPhotos() {
     m_listStack->setCurrentIndex(1);
     m_toolSets->setCurrentIndex(1);
     m_leftStack->setCurrentIndex(1);
-    // Without an edit pane the grid takes all the width.
-    m_detailPane->hide();
+    m_rightStack->setVisible(m_editsPhotos);
+    showRightSide();
     Q_EMIT selectionChanged();
 }
 
+void MainWindow::showPhotosOfList() {
+    const QItemSelection selection = selectionOf(m_table)->selection();
+    const QModelIndex current = selectionOf(m_table)->currentIndex();
+    showPhotos();
+    selectionOf(m_grid)->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+    selectionOf(m_grid)->select(selection,
+                                QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void MainWindow::setEditsPhotos(bool edits) {
+    m_editsPhotos = edits;
+    if (showsPhotos())
+        m_rightStack->setVisible(edits);
+    findChild<ImageButton*>(QStringLiteral("localeditexifBtn"))->setChecked(edits);
+    showRightSide();
+}
+
+bool MainWindow::editsPhotos() const {
+    return m_editsPhotos && showsPhotos();
+}
+
+/// The pane that belongs to the view on the left, with the fields that both have.
+void MainWindow::showRightSide() {
+    m_rightStack->setCurrentWidget(editsPhotos() ? static_cast<QWidget*>(m_photoPane)
+                                                 : m_detailPane);
+    m_detailPane->sharedFields().moveTo(editsPhotos() ? SharedFields::Place::Photo
+                                                      : SharedFields::Place::Audio);
+}
+
 void MainWindow::toggleDetailPane() {
-    m_detailPane->setVisible(m_detailPane->isHidden());
+    if (!showsPhotos())
+        return m_rightStack->setVisible(m_rightStack->isHidden());
+    Q_EMIT commandRequested(m_editsPhotos ? QStringLiteral("HideEditViewAction")
+                                          : QStringLiteral("StartEditViewAction"),
+                            {});
 }
 
 void MainWindow::toggleActivity() {
@@ -223,6 +261,14 @@ void MainWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::WindowTitleChange && m_titleBar)
         m_titleBar->setName(windowTitle());
+}
+
+/// Esc that nobody below has taken.
+void MainWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && editsPhotos())
+        Q_EMIT commandRequested(QStringLiteral("HideEditViewAction"), {});
+    else
+        QMainWindow::keyPressEvent(event);
 }
 
 Qt::Edges MainWindow::edgesAt(QPoint position) const {

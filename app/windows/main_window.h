@@ -21,6 +21,7 @@ class ListHead;
 class MediaListModel;
 class MediaTableView;
 class PhotoGrid;
+class PhotoPane;
 class Segment;
 class StorageChip;
 struct MenuEntry;
@@ -36,6 +37,7 @@ public:
     ~MainWindow() override;
 
     [[nodiscard]] DetailPane* detailPane() const { return m_detailPane; }
+    [[nodiscard]] PhotoPane* photoPane() const { return m_photoPane; }
     [[nodiscard]] MediaTableView* table() const { return m_table; }
     [[nodiscard]] PhotoGrid* photoGrid() const { return m_grid; }
     [[nodiscard]] ActivityPanel* activityPanel() const { return m_activityPanel; }
@@ -55,6 +57,12 @@ public:
     Q_INVOKABLE void showComputer();
     Q_INVOKABLE void showList();
     Q_INVOKABLE void showPhotos();
+    void showPhotosOfList(); ///< the rows selected in the table are selected in the grid, too
+    /// Shows the photo pane beside the grid, or gives the grid all the width.
+    void setEditsPhotos(bool edits);
+    /// Returns whether the photo pane is shown, and with it the fields that it shares.
+    [[nodiscard]] bool editsPhotos() const;
+    [[nodiscard]] bool showsPhotos() const;
     Q_INVOKABLE void toggleDetailPane();
     Q_INVOKABLE void toggleActivity();
     Q_INVOKABLE void toggleFullScreen();
@@ -101,6 +109,7 @@ Q_SIGNALS:
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
 
@@ -122,8 +131,8 @@ private:
     void saveLayout() const;
     [[nodiscard]] Qt::Edges edgesAt(QPoint position) const;
     bool editFocusedField(const char* operation);
-    [[nodiscard]] bool showsPhotos() const;
     [[nodiscard]] QAbstractItemView* currentView() const;
+    void showRightSide();
 
     QSettings& m_settings;
     TitleBar* m_titleBar = nullptr;
@@ -137,7 +146,10 @@ private:
     QStackedWidget* m_listStack = nullptr; ///< dragtableView | localImageBrowserView
     MediaTableView* m_table = nullptr;
     PhotoGrid* m_grid = nullptr;
+    QStackedWidget* m_rightStack = nullptr; ///< detail pane | photo pane
     DetailPane* m_detailPane = nullptr;
+    PhotoPane* m_photoPane = nullptr;
+    bool m_editsPhotos = false; ///< while the grid is shown
     ActivityBar* m_activityBar = nullptr;
     ActivityPanel* m_activityPanel = nullptr;
     QList<QMenu*> m_menus;

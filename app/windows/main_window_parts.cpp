@@ -6,6 +6,7 @@
 #include "app/list/media_table_view.h"
 #include "app/list/photo_grid.h"
 #include "app/panes/detail_pane.h"
+#include "app/panes/photo_pane.h"
 #include "app/widgets/image_button.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/title_bar.h"
@@ -86,10 +87,14 @@ void MainWindow::makeSplitter(MediaListModel& model, QWidget* body) {
     m_splitter->setHandleWidth(1);
     m_splitter->setChildrenCollapsible(false);
     m_splitter->addWidget(makeLeftSide(model));
-    m_detailPane = new DetailPane(m_splitter);
-    m_detailPane->setMinimumWidth(kRightLeast);
-    m_detailPane->setMaximumWidth(kRightMost);
-    m_splitter->addWidget(m_detailPane);
+    m_rightStack = new QStackedWidget(m_splitter);
+    m_rightStack->setMinimumWidth(kRightLeast);
+    m_rightStack->setMaximumWidth(kRightMost);
+    m_detailPane = new DetailPane(m_rightStack);
+    m_photoPane = new PhotoPane(m_detailPane->sharedFields(), m_rightStack);
+    m_rightStack->addWidget(m_detailPane);
+    m_rightStack->addWidget(m_photoPane);
+    m_splitter->addWidget(m_rightStack);
     m_splitter->setStretchFactor(0, 1);
     m_splitter->setStretchFactor(1, 0);
     // A splitter puts what it gets below what it has; assistive technology reads from the bottom.
@@ -142,7 +147,11 @@ QWidget* MainWindow::makeListTools() {
 QWidget* MainWindow::makePhotoTools() {
     auto* band = new ToolBand(this);
     band->layout()->setContentsMargins(0, 0, 0, 0);
-    band->add(tool("localeditexifBtn", tr("Edit"), "pencil", false));
+    auto* edit = tool("localeditexifBtn", tr("Edit"), "pencil", false);
+    edit->setCheckable(true);
+    // A click would switch it off again: the pane decides.
+    connect(edit, &ImageButton::clicked, this, [this, edit] { edit->setChecked(m_editsPhotos); });
+    band->add(edit);
     band->add(tool("editMetaDataLocalBtn", tr("Metadata"), "tag", true));
     band->add(tool("remoMetaDataLocalBtn", tr("Remove"), "tag-off", true));
     band->addSeparator();
@@ -192,6 +201,9 @@ void MainWindow::connectViews() {
     connect(m_detailPane, &DetailPane::moreRequested, this, [this](const QPoint& position) {
         menu(QStringLiteral("detailMoreMenu"))->popup(position);
     });
+    connect(m_photoPane, &PhotoPane::templateMenuRequested, this, [this](const QPoint& position) {
+        menu(QStringLiteral("editTemplateMenu"))->popup(position);
+    });
     connect(m_grid, &PhotoGrid::removeRequested, this, &MainWindow::removeRequested);
     for (QAbstractItemView* view :
          {static_cast<QAbstractItemView*>(m_table), static_cast<QAbstractItemView*>(m_grid)})
@@ -218,7 +230,7 @@ void MainWindow::makeBandKeys() {
 void MainWindow::moveToBand(bool forward) {
     QWidget* const leftBand =
         m_leftStack->currentIndex() == 0 ? m_leftStack->currentWidget() : currentView();
-    const std::array<QWidget*, 4> bands{m_toolBar, leftBand, m_detailPane, m_activityBar};
+    const std::array<QWidget*, 4> bands{m_toolBar, leftBand, m_rightStack, m_activityBar};
     const auto holdsFocus = [](QWidget* band) {
         const QWidget* focus = QApplication::focusWidget();
         return focus && (band == focus || band->isAncestorOf(focus));
@@ -267,7 +279,7 @@ void MainWindow::saveLayout() const {
     for (const int width : m_table->userColumnWidths())
         widths.append(width);
     m_settings.setValue(QStringLiteral("window/columnWidths"), widths);
-    if (!m_detailPane->isHidden() && m_splitter->sizes().value(1) > 0)
+    if (!m_rightStack->isHidden() && m_splitter->sizes().value(1) > 0)
         m_settings.setValue(QStringLiteral("window/rightWidth"), m_splitter->sizes().value(1));
 }
 
