@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace clipheave::platform {
 
@@ -121,10 +122,20 @@ void replace(std::vector<DataSet>& sets, std::uint8_t number, const QStringList&
         sets.insert(sets.begin() + place++, {kApplication, number, text.toUtf8()});
 }
 
-bool has(const std::vector<DataSet>& sets, std::uint8_t number) {
-    return std::any_of(sets.begin(), sets.end(), [number](const DataSet& set) {
+const DataSet* find(const std::vector<DataSet>& sets, std::uint8_t number) {
+    const auto found = std::find_if(sets.begin(), sets.end(), [number](const DataSet& set) {
         return set.record == kApplication && set.number == number;
     });
+    return found != sets.end() ? &*found : nullptr;
+}
+bool has(const std::vector<DataSet>& sets, std::uint8_t number) {
+    return find(sets, number) != nullptr;
+}
+
+/// Returns the zone of "HHMMSS+HHMM": tags have none, so the photographer's stays.
+QString zoneOf(const DataSet& time) {
+    const qsizetype at = std::max(time.value.indexOf('+'), time.value.indexOf('-'));
+    return at < 0 ? QString() : QString::fromLatin1(time.value.mid(at, 5));
 }
 
 /// Returns the changes, and those of data sets that are there and repeat a changed tag.
@@ -149,8 +160,9 @@ IptcChanges withRepeatedTags(const PhotoChange& change, const std::vector<DataSe
         const bool isDate = digits.size() == 14;
         if (has(sets, kDateCreated))
             changes.emplace(kDateCreated, isDate ? QStringList{digits.first(8)} : QStringList());
-        if (has(sets, kTimeCreated)) // of no known zone
-            changes.emplace(kTimeCreated, isDate ? QStringList{digits.sliced(8)} : QStringList());
+        if (const DataSet* time = find(sets, kTimeCreated))
+            changes.emplace(kTimeCreated,
+                            isDate ? QStringList{digits.sliced(8) + zoneOf(*time)} : QStringList());
     }
     return changes;
 }
@@ -222,6 +234,8 @@ Result<QByteArray> changedIptc(const QByteArray& block, const PhotoChange& chang
     if (!sets)
         return tl::unexpected(sets.error());
     const IptcChanges changes = withRepeatedTags(change, *sets);
+    if (changes.empty())
+        return block;
     // Without the sign that texts are UTF-8 readers take them for one of many encodings.
     if (needsUtf8(changes) && !saysUtf8(*sets))
         becomeUtf8(*sets);
@@ -233,39 +247,70 @@ Result<QByteArray> changedIptc(const QByteArray& block, const PhotoChange& chang
     return anyText ? rendered(*sets) : QByteArray();
 }
 
-Result<QByteArray> changedImageResources(const QByteArray& bytes, const PhotoChange& change,
-                                         bool adds) {
-    auto resources = parsedResources(bytes);
-    if (!resources)
-        return tl::unexpected(resources.error());
-    QByteArray block;
-    for (const Resource& resource : *resources)
+namespace {
+
+std::optional<QByteArray> iptcResource(const std::vector<Resource>& resources) {
+    std::optional<QByteArray> block;
+    for (const Resource& resource : resources)
         if (resource.id == kIptcResource)
             block = resource.data;
-    const auto changed = changedIptc(block, change);
-    if (!changed)
-        return changed;
+    return block;
+}
+
+/// Returns the resources with this block in its place, and with the checksum of `counted` where one
+/// stands; without `counted` it stays.
+std::vector<Resource> withIptc(std::vector<Resource> resources, const QByteArray& block,
+                               const std::optional<QByteArray>& counted,
+                               const PhotoChange& change) {
     std::vector<Resource> kept;
     bool isWritten = false;
-    const QByteArray head = QByteArrayLiteral("8BIM") + bytes16(kIptcResource) + bytes16(0);
-    for (Resource& resource : *resources) {
+    for (Resource& resource : resources) {
         if (change.dropsEverything && !belongsToPicture(resource.id))
             continue;
         if (resource.id == kIptcResource) {
-            if (changed->isEmpty() || isWritten)
+            if (block.isEmpty() || isWritten)
                 continue;
-            resource.data = *changed;
+            resource.data = block;
             isWritten = true;
-        } else if (resource.id == kIptcDigest) {
-            if (changed->isEmpty())
+        } else if (resource.id == kIptcDigest && counted) {
+            if (counted->isEmpty())
                 continue;
-            resource.data = QCryptographicHash::hash(*changed, QCryptographicHash::Md5);
+            resource.data = QCryptographicHash::hash(*counted, QCryptographicHash::Md5);
         }
         kept.push_back(std::move(resource));
     }
-    if (adds && !isWritten && !changed->isEmpty())
+    return kept;
+}
+
+} // namespace
+
+Result<QByteArray> changedImageResources(const QByteArray& bytes, const PhotoChange& change) {
+    const auto resources = parsedResources(bytes);
+    if (!resources)
+        return tl::unexpected(resources.error());
+    const auto old = iptcResource(*resources);
+    const auto changed = changedIptc(old.value_or(QByteArray()), change);
+    if (!changed)
+        return changed;
+    const bool isSame = old && *old == *changed;
+    std::vector<Resource> kept =
+        withIptc(*resources, *changed, isSame ? std::nullopt : std::optional(*changed), change);
+    const QByteArray head = QByteArrayLiteral("8BIM") + bytes16(kIptcResource) + bytes16(0);
+    if (!old && !changed->isEmpty())
         kept.push_back({kIptcResource, head, *changed});
     return renderedResources(kept);
+}
+
+Result<QByteArray> changedImageResourcesBeside(const std::optional<QByteArray>& changed,
+                                               const QByteArray& bytes, const PhotoChange& change) {
+    const auto resources = parsedResources(bytes);
+    if (!resources)
+        return tl::unexpected(resources.error());
+    const auto old = iptcResource(*resources);
+    const auto second = old ? changedIptc(*old, change) : Result<QByteArray>(QByteArray());
+    if (!second)
+        return second;
+    return renderedResources(withIptc(*resources, *second, changed, change));
 }
 
 } // namespace clipheave::platform

@@ -5,6 +5,8 @@
 
 #include <QByteArray>
 
+#include <optional>
+
 // IPTC data sets and the image resources that hold them in JPEG, PSD and TIFF files. Sources:
 // IPTC-NAA Information Interchange Model 4.2; Adobe Photoshop File Formats, "Image Resource
 // Blocks".
@@ -15,9 +17,14 @@ namespace clipheave::platform {
 [[nodiscard]] Result<QByteArray> changedIptc(const QByteArray& block, const PhotoChange& change);
 
 /// Returns image resources ("8BIM" and kin) with the change of the IPTC block among them and of its
-/// checksum, and `adds` the block if there is none; a removal of everything keeps only those that
+/// checksum; the block is added if there is none. A removal of everything keeps only those that
 /// belong to the picture. InvalidData as above.
 [[nodiscard]] Result<QByteArray> changedImageResources(const QByteArray& resources,
-                                                       const PhotoChange& change, bool adds = true);
+                                                       const PhotoChange& change);
+/// Returns likewise resources beside which the block stands elsewhere; `changed`: as it became
+/// there, nothing when it stayed.
+[[nodiscard]] Result<QByteArray>
+changedImageResourcesBeside(const std::optional<QByteArray>& changed, const QByteArray& resources,
+                            const PhotoChange& change);
 
 } // namespace clipheave::platform

@@ -223,15 +223,26 @@ std::uint64_t sizeOf(const JpegHeader::Piece& piece) {
                                     : static_cast<std::uint64_t>(piece.bytes.size());
 }
 
+/// Returns what is left of a change for an image without tags: it gets none.
+PhotoChange changeWithoutNewTags(PhotoChange change) {
+    change.image.clear();
+    change.exif.clear();
+    change.gps.clear();
+    return change;
+}
+
 /// Plans one further image so that it takes the space it had: behind it zeros, which no reader
 /// minds. The index and the lengths that other programs keep stay true.
 Result<PhotoPlan> planFurther(FileReader& reader, const ByteSpan& span, const PhotoChange& change) {
     PhotoPlan unchanged;
     unchanged.addRange(span.offset, span.length);
     const auto image = readJpegImage(reader, span.offset);
-    if (!image || image->scan > span.end())
+    if (!image || image->scan > span.end()) {
+        if (change.removesBlocks())
+            unchanged.notes = {kFurtherImageKept};
         return unchanged;
-    PhotoChange further = change;
+    }
+    PhotoChange further = changeWithoutNewTags(change);
     for (const JpegSegment& segment : image->segments)
         if (segment.marker == kJpegApp1 && segment.payload.startsWith(kExifHead))
             if (const auto editor =

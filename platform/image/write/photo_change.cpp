@@ -68,6 +68,19 @@ QStringList textsOf(const QVariant& value) {
     return text.isEmpty() ? QStringList() : QStringList{text};
 }
 
+/// Returns dates and times as the data sets have them, "CCYYMMDD" and "HHMMSS+HHMM": lists show
+/// them with signs between.
+QStringList inIptcForm(std::uint8_t dataSet, QStringList texts) {
+    const bool isDate = dataSet == 55 || dataSet == 62, isTime = dataSet == 60 || dataSet == 63;
+    for (QString& text : texts) {
+        if (isDate || isTime)
+            text.remove(u':');
+        if (isDate)
+            text.remove(u'-');
+    }
+    return texts;
+}
+
 void readIptc(const QVariantMap& dictionary, PhotoChange& change) {
     for (auto it = dictionary.begin(); it != dictionary.end(); ++it) {
         const auto* row =
@@ -76,7 +89,7 @@ void readIptc(const QVariantMap& dictionary, PhotoChange& change) {
         if (row == std::end(kIptcKeys))
             change.unknownKeys.append(it.key());
         else
-            change.iptc[row->dataSet] = textsOf(it.value());
+            change.iptc[row->dataSet] = inIptcForm(row->dataSet, textsOf(it.value()));
     }
 }
 
@@ -140,11 +153,38 @@ void setRaw(TiffEditor& editor, Kind kind, std::uint16_t tag, std::uint16_t type
                     bytes});
 }
 
+/// Tags of the Exif directory (Exif 2.32, 4.6.5), as ranges. Some writers of TIFF files put them
+/// beside those of the image.
+bool isExifTag(std::uint16_t tag) {
+    static constexpr std::pair<std::uint16_t, std::uint16_t> kRanges[] = {
+        {0x829A, 0x829A}, {0x829D, 0x829D}, {0x8822, 0x8822}, {0x8824, 0x8824}, {0x8827, 0x8828},
+        {0x8830, 0x8835}, {0x9000, 0x9004}, {0x9010, 0x9012}, {0x9101, 0x9102}, {0x9201, 0x920A},
+        {0x9214, 0x9214}, {0x927C, 0x927C}, {0x9286, 0x9292}, {0x9400, 0x9405}, {0xA000, 0xA005},
+        {0xA20B, 0xA217}, {0xA300, 0xA302}, {0xA401, 0xA40C}, {0xA420, 0xA420}, {0xA430, 0xA435},
+        {0xA460, 0xA462}, {0xA500, 0xA500}};
+    return std::any_of(std::begin(kRanges), std::end(kRanges), [tag](const auto& range) {
+        return tag >= range.first && tag <= range.second;
+    });
+}
+
+void removeExif(TiffEditor& editor) {
+    editor.removeAll(Kind::Exif);
+    std::set<std::uint16_t> strayed;
+    for (const TiffDirectory& directory : editor.structure().directories)
+        for (const TiffEntry& entry : directory.entries)
+            if (isExifTag(entry.tag))
+                strayed.insert(entry.tag);
+    for (const std::uint16_t tag : strayed)
+        for (const Kind kind : {Kind::Image, Kind::Sub})
+            editor.remove(kind, tag);
+}
+
 /// What an Exif directory must have (Exif 2.32, 4.6.8) when this is the first of the file.
 void addMandatoryExif(TiffEditor& editor) {
-    constexpr std::uint16_t kUndefined = 7, kShort = 3;
+    constexpr std::uint16_t kUndefined = 7, kShort = 3, kStrips = 0x0111, kTiles = 0x0144;
     setRaw(editor, Kind::Exif, 0x9000, kUndefined, "0232");
-    setRaw(editor, Kind::Exif, 0x9101, kUndefined, QByteArray("\1\2\3\0", 4));
+    if (!editor.has(Kind::Image, kStrips) && !editor.has(Kind::Image, kTiles)) // not of TIFF files
+        setRaw(editor, Kind::Exif, 0x9101, kUndefined, QByteArray("\1\2\3\0", 4));
     setRaw(editor, Kind::Exif, 0xA000, kUndefined, "0100");
     setRaw(editor, Kind::Exif, 0xA001, kShort, editor.structure().bytes16(0xFFFF));
 }
@@ -154,7 +194,8 @@ bool isEmptyBlock(const TiffStructure& structure) {
                        [](const TiffDirectory& directory) { return directory.entries.empty(); });
 }
 
-/// Returns the entries that an all-metadata removal keeps: how the picture stands.
+/// Returns the entries that an all-metadata removal keeps: how the picture stands, and beside that
+/// what a block must have (Exif 2.32, 4.6.8): its resolution and where its colours lie.
 std::set<std::uint16_t> keptOfEverything(const TiffEditor& editor) {
     constexpr std::uint16_t kUpright = 1, kLast = 8;
     const TiffStructure& structure = editor.structure();
@@ -164,7 +205,7 @@ std::set<std::uint16_t> keptOfEverything(const TiffEditor& editor) {
     const std::uint16_t value = structure.u16(orientation->field);
     if (value <= kUpright || value > kLast)
         return {};
-    return {kOrientation};
+    return {kOrientation, 0x011A, 0x011B, 0x0128, 0x0213};
 }
 
 } // namespace
@@ -204,7 +245,7 @@ void applyChange(const PhotoChange& change, TiffEditor& editor) {
             editor.remove(Kind::Image, tag);
     }
     if (change.dropsExif || change.dropsEverything)
-        editor.removeAll(Kind::Exif);
+        removeExif(editor);
     if (change.dropsGps || change.dropsEverything)
         editor.removeAll(Kind::Gps);
     std::vector<AskedTag> windows;

@@ -3,6 +3,7 @@
 
 #include "platform/foundation/atomic_file.h"
 #include "platform/foundation/unchanged_files.h"
+#include "platform/image/cg_image_source.h"
 #include "platform/image/heif_reader.h"
 #include "platform/image/messages.h"
 #include "platform/image/write/photo_plan.h"
@@ -35,6 +36,36 @@ Error inFile(Error error, const QString& path) {
     return error;
 }
 
+bool isList(const QVariant& value) {
+    return value.typeId() == QMetaType::QVariantList || value.typeId() == QMetaType::QStringList;
+}
+
+bool isSame(const QVariant& asked, const QVariant& own) {
+    return asked == own ||
+           (isList(asked) || isList(own) ? asked.toStringList() == own.toStringList()
+                                         : asked.toString() == own.toString());
+}
+
+/// Returns the properties without values that the photo has already, empty ones that it lacks
+/// included. Written, such a value would be carried to where its fact stands again: an author who
+/// is named in the IPTC block alone would go with the empty field.
+QVariantMap withoutUnchanged(const QString& path, QVariantMap properties) {
+    const auto source = CGImageSource::createWithPath(path);
+    for (const char* name : {"{TIFF}", "{Exif}", "{IPTC}"}) {
+        const auto asked = properties.constFind(QLatin1String(name));
+        if (!source || asked == properties.constEnd() || !asked->isValid())
+            continue;
+        const QVariantMap own = source->properties().value(QLatin1String(name)).toMap();
+        const QVariantMap block = asked->toMap();
+        QVariantMap changed;
+        for (auto it = block.begin(); it != block.end(); ++it)
+            if (!isSame(*it, own.value(it.key())))
+                changed.insert(it.key(), *it);
+        properties.insert(QLatin1String(name), changed);
+    }
+    return properties;
+}
+
 } // namespace
 
 Result<PhotoPlan> plannedPhoto(FileReader& reader, const PhotoChange& change) {
@@ -55,7 +86,7 @@ Result<Notes> rewritePhoto(const PhotoRewrite& rewrite) {
     if (!reader)
         return tl::unexpected(reader.error());
     const UnchangedFiles unchanged(*reader);
-    PhotoChange change = changeOf(rewrite.properties);
+    PhotoChange change = changeOf(withoutUnchanged(rewrite.source, rewrite.properties));
     change.dropsEverything = rewrite.removesEverything;
     auto plan = plannedPhoto(*reader, change);
     if (!plan)

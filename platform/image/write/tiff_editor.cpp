@@ -166,7 +166,7 @@ private:
             if (old != entries.end())
                 *old = {tag, kLongType, 1, field};
             else
-                entries.push_back({tag, kLongType, 1, field});
+                insert(entries, {tag, kLongType, 1, field});
         };
         for (const auto& [kind, offset] : m_addedAt)
             point(kind, offset);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 
 namespace clipheave::platform {
 
@@ -17,7 +18,7 @@ namespace {
 constexpr std::uint16_t kXmpTag = 700, kIptcTag = 33723, kResourcesTag = 34377,
                         kDngVersion = 0xC612, kPhotometric = 0x0106;
 constexpr std::uint32_t kColourFilterArray = 32803;
-constexpr std::uint16_t kByteType = 1, kUndefinedType = 7, kLongValue = 4;
+constexpr std::uint16_t kByteType = 1, kLongValue = 4;
 constexpr std::uint64_t kMostTiffBlock = 64u << 20;
 
 /// Tags that say something of people, places, devices and works, besides those of "{TIFF}".
@@ -44,6 +45,11 @@ constexpr std::uint16_t kPersonal[] = {
     0xC62F,   0xC630,
     0xC634,   0xC65D,
     0xC68B,   0xC68C, // serial number, lens, private data, names
+    0xC615,   0xC716,
+    0xC717,   0xC718,
+    0xC719,   0xC71B,
+    0xC763,   0xC789,
+    0xC7A1, // the camera's name at its place of sale, who made the previews and when, of takes
 };
 
 TiffSource sourceOf(FileReader& reader) {
@@ -124,48 +130,59 @@ private:
     /// XMP, IPTC and image resources stand as values in the directories.
     Result<void> changeBlocks(TiffEditor& editor) {
         const TiffDirectory& first = editor.structure().directories.front();
-        if (auto done = changeBlock(editor, first.find(kIptcTag), &changedIptc); !done)
-            return done;
+        const TiffEntry* iptc = first.find(kIptcTag);
+        const auto beside = changeBlock(editor, iptc, &changedIptc);
+        if (!beside)
+            return tl::unexpected(beside.error());
         const auto changeResources = [&](const QByteArray& block, const PhotoChange& change) {
-            return changedImageResources(block, change, first.find(kIptcTag) == nullptr);
+            return iptc == nullptr ? changedImageResources(block, change)
+                                   : changedImageResourcesBeside(*beside, block, change);
         };
         if (auto done = changeBlock(editor, first.find(kResourcesTag), changeResources); !done)
-            return done;
+            return tl::unexpected(done.error());
         const TiffEntry* xmp = first.find(kXmpTag);
         const QByteArray old = xmp != nullptr ? valueOfEntry(m_source, *xmp) : QByteArray();
-        const QByteArray changed = changedXmpOrNote(old, m_change, m_notes);
-        if (changed != old)
-            write(editor, kXmpTag, kByteType, changed);
+        const QByteArray packet = changedXmpOrNote(old, m_change, m_notes);
+        if (packet != old)
+            write(editor, kXmpTag, kByteType, packet);
         if (first.find(kIptcTag) == nullptr && first.find(kResourcesTag) == nullptr &&
             !m_change.iptc.empty()) {
             const auto block = changedIptc({}, m_change);
             if (!block)
                 return tl::unexpected(block.error());
-            write(editor, kIptcTag, kUndefinedType, *block);
+            write(editor, kIptcTag, kLongValue, *block);
         }
         return {};
     }
 
     using Changer =
         std::function<Result<QByteArray>(const QByteArray& block, const PhotoChange& change)>;
-    Result<void> changeBlock(TiffEditor& editor, const TiffEntry* entry, const Changer& changer) {
+    /// Returns the value as it is written, padding included; nothing when it stays.
+    Result<std::optional<QByteArray>> changeBlock(TiffEditor& editor, const TiffEntry* entry,
+                                                  const Changer& changer) {
         if (entry == nullptr || !m_change.touchesIptc())
-            return {};
+            return std::nullopt;
         const QByteArray old = valueOfEntry(m_source, *entry);
         const auto changed = changer(old, m_change);
         if (!changed && !m_change.dropsIptc)
             return tl::unexpected(changed.error());
-        const QByteArray block = changed ? *changed : QByteArray();
-        if (block != old)
-            write(editor, entry->tag, entry->type, block);
-        return {};
+        const QByteArray block = padded(changed ? *changed : QByteArray(), entry->type);
+        if (block == old)
+            return std::nullopt;
+        write(editor, entry->tag, entry->type, block);
+        return block;
     }
 
-    static void write(TiffEditor& editor, std::uint16_t tag, std::uint16_t type, QByteArray block) {
-        if (block.isEmpty())
+    static QByteArray padded(const QByteArray& block, std::uint16_t type) {
+        const qsizetype missing = type == kLongValue ? (4 - block.size() % 4) % 4 : 0;
+        return block + QByteArray(missing, '\0');
+    }
+
+    static void write(TiffEditor& editor, std::uint16_t tag, std::uint16_t type,
+                      const QByteArray& value) {
+        if (value.isEmpty())
             return editor.remove(Kind::Image, tag);
-        if (type == kLongValue)
-            block.append(QByteArray((4 - block.size() % 4) % 4, '\0'));
+        const QByteArray block = padded(value, type);
         const std::uint64_t size = std::max<std::uint64_t>(tiffTypeSize(type), 1);
         editor.set(Kind::Image, tag,
                    {type,

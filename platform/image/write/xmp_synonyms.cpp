@@ -27,7 +27,11 @@ bool isIn(const XmpName& name, const char* space) {
 
 /// Every name space may hold a place, and structures within properties do.
 bool isPlace(const XmpName& name) {
+    const auto says = [&](const char* word) {
+        return name.name.contains(QLatin1String(word), Qt::CaseInsensitive);
+    };
     return name.name.startsWith(QLatin1String("GPS"), Qt::CaseInsensitive) || isIn(name, kGeo) ||
+           says("latitude") || says("longitude") ||
            (isIn(name, kDrone) && name.name.endsWith(QLatin1String("Altitude")));
 }
 

@@ -135,6 +135,21 @@ TEST(TiffEditor, RemovesDirectoriesWithTheirValues) {
     EXPECT_EQ(changedTiffBlock(cameraBlock(), change).value(), QByteArray());
 }
 
+TEST(TiffEditor, SortsPointersInAndFindsStrayedTags) {
+    const QByteArray block = QByteArray("II*\0", 4) + le32(8) + le16(3) +
+                             entry(0x010F, 2, 3, 0x4141) + entry(0x9209, 3, 1, 7) +
+                             entry(0xC62F, 2, 3, 0x4242) + le32(0);
+    PhotoChange change = gpsChange();
+    change.dropsExif = true;
+    const auto structure =
+        readTiffStructure(TiffSource::ofBlock(changedTiffBlock(block, change).value()));
+    ASSERT_TRUE(structure);
+    std::vector<int> tags;
+    for (const TiffEntry& entry : structure->directories.front().entries)
+        tags.push_back(entry.tag);
+    EXPECT_THAT(tags, testing::ElementsAre(0x010F, 0x8825, 0xC62F));
+}
+
 TEST(TiffEditor, SurvivesHostileStructures) {
     const QByteArray block = cameraBlock();
     PhotoChange change = gpsChange();
@@ -204,7 +219,8 @@ TEST(PhotoWriter, SetsAndRemovesBlocksInEveryFormat) {
 TEST(PhotoWriter, KeepsXmpInStepAndWhatIsBehindThePixels) {
     const testkit::TempDir dir;
     const QString source = samplePhoto(dir, "a.jpg");
-    addPacket(source, "exif:GPSLatitude='63,24.2N' dc:format='image/jpeg'><dc:creator><rdf:Seq>"
+    addPacket(source, "exif:GPSLatitude='63,24.2N' exif:verbatimLongitude='63,24' "
+                      "dc:format='image/jpeg'><dc:creator><rdf:Seq>"
                       "<rdf:li>Old Name</rdf:li></rdf:Seq></dc:creator>");
     QFile file(source);
     ASSERT_TRUE(file.open(QIODevice::Append));
@@ -291,6 +307,29 @@ TEST(PhotoWriter, FindsImagesAndVideosWithoutAnIndex) {
     const auto none = rewritePhoto({photoWith({}), target, {{u"{GPS}"_s, QVariant()}}});
     ASSERT_TRUE(none);
     EXPECT_EQ(*none, Notes{kMotionVideoKept});
+}
+
+TEST(PhotoWriter, CarriesUnchangedValuesNowhere) {
+    const testkit::TempDir dir;
+    for (const char* name : {"a.jpg", "a.tif"}) {
+        const QString source =
+            rewritten(samplePhoto(dir, name),
+                      {{u"{IPTC}"_s, QVariantMap{{u"Byline"_s, u"Someone"_s},
+                                                 {u"Caption/Abstract"_s, u"C"_s},
+                                                 {u"DateCreated"_s, u"2001-02-03"_s},
+                                                 {u"TimeCreated"_s, u"04:05:06-07:00"_s}}}});
+        EXPECT_TRUE(testkit::TempDir::read(source).contains("20010203")) << name;
+        EXPECT_TRUE(testkit::TempDir::read(source).contains("040506-0700")) << name;
+        const QString kept =
+            rewritten(source, {{u"{TIFF}"_s, QVariantMap{{u"Artist"_s, u"Halla"_s},
+                                                         {u"ImageDescription"_s, QString()}}},
+                               {u"{Exif}"_s, QVariantMap{{u"LensModel"_s, u"L"_s}}}});
+        EXPECT_EQ(propertiesOf(kept).value(u"{IPTC}"_s), propertiesOf(source).value(u"{IPTC}"_s));
+        EXPECT_EQ(valueIn(kept, "{Exif}", "LensModel"), u"L"_s);
+        const QString named =
+            rewritten(source, {{u"{TIFF}"_s, QVariantMap{{u"Artist"_s, u"Other"_s}}}});
+        EXPECT_EQ(valueIn(named, "{IPTC}", "Byline").toStringList(), QStringList{u"Other"_s});
+    }
 }
 
 TEST(PhotoWriter, NamesWhatItCannotWriteOrReach) {
