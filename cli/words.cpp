@@ -150,6 +150,8 @@ const Sentence kImageWords[] = {
     {"jpeg-broken", "The JPEG image is cut or damaged"},
     {"png-broken", "The PNG image is cut or damaged"},
     {"webp-broken", "The WebP image is cut or damaged"},
+    {"heif-broken", "The HEIF image is cut or damaged"},
+    {"metadata-shared", "The metadata shares its bytes with another part of the photo"},
     {"photo-too-large", "The photo is too large for its format"},
     {"block-too-large", "The metadata is too large for a JPEG image"},
     {"photo-kind-not-written", "Metadata cannot be written into photos of this kind without loss"},

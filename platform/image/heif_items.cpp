@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/heif_items.h"
 
+#include "platform/image/heif_cursor.h"
 #include "platform/isobmff/box.h"
 
 #include <algorithm>
@@ -8,53 +9,16 @@
 
 namespace clipheave::platform {
 
-namespace {
-
-/// Reads numbers one after the other; after a read past the end everything is nothing.
-class HeifCursor {
-public:
-    explicit HeifCursor(ByteView bytes) : m_bytes(bytes) {}
-
-    /// A big-endian number of 0 to 8 bytes; a width of 0 gives 0.
-    std::uint64_t number(unsigned width) {
-        if (!m_bytes.has(m_at, width)) {
-            m_good = false;
-            return 0;
-        }
-        std::uint64_t value = 0;
-        for (unsigned i = 0; i < width; ++i)
-            value = value << 8 | *m_bytes.u8(m_at++);
-        return value;
-    }
-    std::uint32_t u32(unsigned width) { return static_cast<std::uint32_t>(number(width)); }
-    [[nodiscard]] bool good() const { return m_good; }
-
-private:
-    ByteView m_bytes;
-    std::uint64_t m_at = 0;
-    bool m_good = true;
-};
-
-struct FullBoxHead {
-    unsigned version, flags;
-};
-FullBoxHead readFullBoxHead(HeifCursor& cursor) {
-    const std::uint32_t word = cursor.u32(4);
-    return {word >> 24, word & 0xFFFFFF};
-}
-
-} // namespace
-
 std::optional<std::uint32_t> primaryItem(ByteView pitm) {
     HeifCursor cursor(pitm);
-    const FullBoxHead head = readFullBoxHead(cursor);
+    const HeifBoxHead head = readHeifBoxHead(cursor);
     const std::uint32_t item = cursor.u32(head.version == 0 ? 2 : 4);
     return cursor.good() ? std::optional(item) : std::nullopt;
 }
 
 std::optional<std::uint32_t> itemOfType(ByteView iinf, std::uint32_t type) {
     HeifCursor cursor(iinf);
-    const FullBoxHead head = readFullBoxHead(cursor);
+    const HeifBoxHead head = readHeifBoxHead(cursor);
     const unsigned countBytes = head.version == 0 ? 2 : 4;
     BoxWalker entries(iinf.sub(4 + countBytes));
     for (std::uint32_t i = 0; i < kMaxHeifItems; ++i) {
@@ -64,7 +28,7 @@ std::optional<std::uint32_t> itemOfType(ByteView iinf, std::uint32_t type) {
         if (box->type != fourCc("infe"))
             continue;
         HeifCursor entry(entries.payload(*box));
-        const FullBoxHead entryHead = readFullBoxHead(entry);
+        const HeifBoxHead entryHead = readHeifBoxHead(entry);
         if (entryHead.version < 2) // items without a type
             continue;
         const std::uint32_t item = entry.u32(entryHead.version == 2 ? 2 : 4);
@@ -77,7 +41,7 @@ std::optional<std::uint32_t> itemOfType(ByteView iinf, std::uint32_t type) {
 
 std::optional<HeifLocation> itemLocation(ByteView iloc, std::uint32_t item) {
     HeifCursor cursor(iloc);
-    const FullBoxHead head = readFullBoxHead(cursor);
+    const HeifBoxHead head = readHeifBoxHead(cursor);
     const std::uint32_t sizes = cursor.u32(2);
     const unsigned offsetBytes = sizes >> 12 & 15, lengthBytes = sizes >> 8 & 15;
     const unsigned baseBytes = sizes >> 4 & 15, indexBytes = head.version > 0 ? sizes & 15 : 0;
@@ -112,7 +76,7 @@ std::optional<HeifLocation> itemLocation(ByteView iloc, std::uint32_t item) {
 
 std::vector<std::uint32_t> itemProperties(ByteView ipma, std::uint32_t item) {
     HeifCursor cursor(ipma);
-    const FullBoxHead head = readFullBoxHead(cursor);
+    const HeifBoxHead head = readHeifBoxHead(cursor);
     const std::uint32_t count = std::min(cursor.u32(4), kMaxHeifItems);
     std::vector<std::uint32_t> properties;
     for (std::uint32_t i = 0; i < count && cursor.good(); ++i) {
@@ -147,6 +111,17 @@ int HeifOrientation::exifValue() const {
     static constexpr std::array<int, 4> kPlain{1, 6, 3, 8}, kMirrored{2, 7, 4, 5};
     const auto quarters = static_cast<std::size_t>(m_quarters);
     return m_mirrored ? kMirrored[quarters] : kPlain[quarters];
+}
+
+std::optional<std::uint64_t> tiffOffsetOfExifItem(ByteView item) {
+    const std::uint64_t announced = item.be32(0).value_or(0) + std::uint64_t{4};
+    for (const std::uint64_t at :
+         {announced, announced + 6, std::uint64_t{10}, std::uint64_t{4}, std::uint64_t{0}}) {
+        const ByteView rest = item.sub(at);
+        if (rest.startsWith("II*") || rest.startsWith(QByteArrayView("MM\0*", 4)))
+            return at;
+    }
+    return std::nullopt;
 }
 
 } // namespace clipheave::platform

@@ -34,6 +34,11 @@ struct HeifLocation {
 /// `ipma`: the properties of an item as indices into `ipco` from 1, in the order of application.
 [[nodiscard]] std::vector<std::uint32_t> itemProperties(ByteView ipma, std::uint32_t item);
 
+/// Returns where the TIFF structure begins in an Exif item, which is a 4-byte offset and, at that
+/// offset, the structure; some writers count wrongly or leave the "Exif" mark of JPEG before it.
+/// Source: ISO/IEC 23008-12:2017, A.2.1.
+[[nodiscard]] std::optional<std::uint64_t> tiffOffsetOfExifItem(ByteView item);
+
 /// Combines a sequence of transforms into one Exif orientation.
 class HeifOrientation {
 public:

@@ -113,18 +113,9 @@ QByteArray loadItem(FileReader& reader, const HeifMeta& meta, const HeifLocation
     return bytes;
 }
 
-/// The item is a 4-byte offset and, at that offset, the TIFF structure; some writers count wrongly
-/// or leave the "Exif" mark of JPEG before it. Source: ISO/IEC 23008-12:2017, A.2.1.
 QByteArray tiffOfExifItem(const QByteArray& item) {
-    const ByteView view(item);
-    const std::uint64_t announced = view.be32(0).value_or(0) + std::uint64_t{4};
-    for (const std::uint64_t at :
-         {announced, announced + 6, std::uint64_t{10}, std::uint64_t{4}, std::uint64_t{0}}) {
-        const ByteView rest = view.sub(at);
-        if (rest.startsWith("II*") || rest.startsWith(QByteArrayView("MM\0*", 4)))
-            return rest.toByteArray();
-    }
-    return {};
+    const auto at = tiffOffsetOfExifItem(item);
+    return at ? item.mid(static_cast<qsizetype>(*at)) : QByteArray();
 }
 
 void readMeta(FileReader& reader, const QByteArray& payload, HeifFacts& facts) {

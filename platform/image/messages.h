@@ -41,6 +41,8 @@ inline constexpr MessageCode kXmpUnreadable{"xmp-unreadable"};
 inline constexpr MessageCode kJpegBroken{"jpeg-broken"};
 inline constexpr MessageCode kPngBroken{"png-broken"};
 inline constexpr MessageCode kWebpBroken{"webp-broken"};
+inline constexpr MessageCode kHeifBroken{"heif-broken"};
+inline constexpr MessageCode kMetadataShared{"metadata-shared"};
 inline constexpr MessageCode kPhotoTooLarge{"photo-too-large"};
 inline constexpr MessageCode kBlockTooLarge{"block-too-large"};
 inline constexpr MessageCode kPhotoKindNotWritten{"photo-kind-not-written"};

@@ -47,5 +47,6 @@ struct PhotoPlan {
 [[nodiscard]] Result<PhotoPlan> planPng(FileReader& reader, const PhotoChange& change);
 [[nodiscard]] Result<PhotoPlan> planWebp(FileReader& reader, const PhotoChange& change);
 [[nodiscard]] Result<PhotoPlan> planTiff(FileReader& reader, const PhotoChange& change);
+[[nodiscard]] Result<PhotoPlan> planHeif(FileReader& reader, const PhotoChange& change);
 
 } // namespace clipheave::platform

@@ -78,6 +78,8 @@ Result<PhotoPlan> plannedPhoto(FileReader& reader, const PhotoChange& change) {
         return planWebp(reader, change);
     if (isTiff(head))
         return planTiff(reader, change);
+    if (isHeif(ByteView(head)) && head.mid(8, 4) != "crx ")
+        return planHeif(reader, change);
     return failure(ErrorCode::NotSupported, kWritePhotoTags, reader.path(), kPhotoKindNotWritten);
 }
 

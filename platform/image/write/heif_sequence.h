@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/isobmff/write/write_offsets.h"
+
+#include <QByteArray>
+
+namespace clipheave::platform {
+
+/// Returns whether the `moov` box of an image sequence has user data, metadata or foreign boxes,
+/// which may hold anything; `locatedItems`: only those that point to bytes elsewhere.
+[[nodiscard]] bool hasSequenceTexts(const QByteArray& moov, bool locatedItems);
+/// Makes them free space and the dates zero; sizes stay. InvalidData for a damaged header.
+[[nodiscard]] Result<void> removeSequenceTexts(QByteArray& moov);
+/// Lets the chunk offsets follow where the bytes move; sizes stay. LimitExceeded when one no longer
+/// fits, InvalidData when it leads to no kept byte. Source: ISO/IEC 14496-12:2015, 8.7.5.
+[[nodiscard]] Result<void> moveSequence(QByteArray& moov, const OffsetMap& map);
+
+} // namespace clipheave::platform
