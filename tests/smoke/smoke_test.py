@@ -249,15 +249,91 @@ class VideoJobTest(WindowTest):
         self.assertEqual(sorted(path.name for path in self.work.iterdir()), ["a.mp4", "b.mov", "late.mp4"])
 
 
+def tags(path, *names):
+    """The values of a photo's tags, one a line, as numbers."""
+    return subprocess.run(["exiftool", "-s3", "-n", *names, path], capture_output=True, text=True, check=True).stdout
+
+
 class PhotoToolTest(WindowTest):
-    def select_photo(self):
+    def select_photo(self, name="IMG_0412.jpg"):
         user = self.user
-        user.open_by_panel(self.demo / "Photos/IMG_0412.jpg", "Ctrl+Shift+o")
+        user.open_by_panel(self.demo / "Photos" / name, "Ctrl+Shift+o")
         photos = eventually(lambda: user.tree.find("list", "Photo browser"), "the photo browser")
-        tile = eventually(lambda: next((n for n in photos.children if n.name == "IMG_0412.jpg"), None), "its tile")
+        tile = eventually(lambda: next((n for n in photos.children if n.name == name), None), "its tile")
         user.click_on(tile)
         eventually(lambda: "selected" in tile.states, "the photo is selected")
         return user
+
+    def dismiss(self, message, text):
+        """Closes the alert with Return once it says what it should."""
+        self.user.dialog(message)
+        self.user.fact(text)
+        self.user.hands.key("Return")
+        eventually(lambda: not self.user.tree.find("dialog", message), f"{message} is closed")
+
+    def test_type_a_position_and_save_it(self):
+        user = self.select_photo()
+        user.hands.key("Ctrl+g")
+        user.dialog("Edit GPS")
+        for name, shown, typed in (("Latitude", "63.4043", "-33,5"), ("Longitude", "-19.0571", "-70.25"), ("Altitude", "12.5", "-10"),
+                                   ("Preview on Map", None, None), ("Date", "", "2024:05:06"), ("Time", "", "07:08:09")):
+            node = eventually(lambda n=name, t=typed: user.has_focus("text" if t else "push button", n), f"{name} has the focus")
+            if typed:
+                self.assertEqual(node.text, shown)
+                user.type_over(node, typed)
+            if name != "Time":
+                user.hands.key("Tab")
+        user.hands.key("Return")
+        made = storage(user) / "IMG_0412.jpg"
+        eventually(made.exists, "the copy")
+        self.assertEqual(tags(made, "-GPSLatitude", "-GPSLongitude", "-GPSAltitude", "-GPSDateStamp", "-GPSTimeStamp"),
+                         "-33.5\n-70.25\n-10\n2024:05:06\n07:08:09\n")
+        self.assertEqual(tags(made, "-GPSLatitudeRef", "-GPSLongitudeRef", "-GPSAltitudeRef"), "S\nW\n1\n")
+        eventually(lambda: not user.tree.find("dialog"), "the sheet is closed")
+
+    def test_pick_a_position_on_the_map(self):
+        user = self.select_photo()
+        before = set(storage(user).rglob("*"))
+        user.hands.key("Ctrl+g")
+        user.dialog("Edit GPS")
+        fields = [user.get("text", name) for name in ("Latitude", "Longitude")]
+        eventually(lambda: fields[0].text == "63.4043", "the position of the photo")
+        x, y, width, height = self.map().extents
+        user.hands.click((x + width // 4, y + height // 4))
+        eventually(lambda: 63.42 < float(fields[0].text) < 63.45 and -19.17 < float(fields[1].text) < -19.14,
+                   lambda: f"north west of before, but {[field.text for field in fields]}")
+        user.escape("the sheet")
+        self.assertEqual(set(storage(user).rglob("*")), before)
+
+    def map(self):
+        return eventually(lambda: next((n for n in self.user.tree.shown() if n.name == "Map" and n.role != "dialog"), None), "the map")
+
+    def test_alerts_about_positions(self):
+        user, before = self.user, set(storage(self.user).rglob("*"))
+        user.hands.key("Ctrl+g")
+        self.dismiss("No Item has been selected", "Please select at least one item to process.")
+        self.select_photo("studio.tif")
+        user.hands.key("Ctrl+g")
+        self.dismiss("No GPS Data", "The selected photo does not contain GPS information.")
+        user.hands.key("Ctrl+Shift+m")
+        self.dismiss("No GPS Data", "This photo does not contain GPS information.")
+        user.click("button menu", "Metadata")
+        eventually(user.hands.menu_is_open, "the menu is open")
+        user.hands.key("Down", "Down", "Return")
+        user.dialog("Add GPS")
+        eventually(lambda: user.has_focus("text", "Latitude"), "the first field has the focus")
+        user.hands.key("Return")
+        self.dismiss("Vaule Error", "Each value cannot be empty.")
+        user.escape("the sheet")
+        self.assertEqual(set(storage(user).rglob("*")), before)
+
+    def test_the_map_alone(self):
+        user = self.select_photo()
+        user.hands.key("Ctrl+Shift+m")
+        user.dialog("Map")
+        self.assertEqual(self.map().extents[2:], (688, 408))
+        user.hands.key("Escape")
+        eventually(lambda: not user.tree.find("dialog"), "Escape closes the map")
 
     def test_export_all_metadata_from_the_grid(self):
         user = self.select_photo()
@@ -278,9 +354,6 @@ class PhotoToolTest(WindowTest):
         user.hands.key("Down", "Down", "Return")
         made = storage(user) / "NoGPS_IMG_0412.jpg"
         eventually(made.exists, "the copy")
-
-        def tags(path, *groups):
-            return subprocess.run(["exiftool", "-s3", *groups, path], capture_output=True, text=True, check=True).stdout
         self.assertNotEqual(tags(self.demo / "Photos/IMG_0412.jpg", "-GPS:all"), "")
         self.assertEqual(tags(made, "-GPS:all"), "")
         self.assertEqual(tags(made, "-ExifIFD:all", "-Make"), tags(self.demo / "Photos/IMG_0412.jpg", "-ExifIFD:all", "-Make"))
@@ -292,8 +365,7 @@ class PhotoToolTest(WindowTest):
         user.hands.key("Down", "Return")
         made = storage(user) / "IMG_0412_date.jpg"
         eventually(made.exists, "the stamped photo")
-        facts = subprocess.run(["exiftool", "-s3", "-n", "-FileModifyDate", "-DateTimeOriginal", "-Orientation", made],
-                               capture_output=True, text=True, check=True).stdout.split("\n")
+        facts = tags(made, "-FileModifyDate", "-DateTimeOriginal", "-Orientation").split("\n")
         self.assertEqual(facts[0][:19], facts[1])
         self.assertEqual(facts[2], "1")
 
