@@ -19,7 +19,6 @@ namespace {
 constexpr int kLeastTileWidth = 172;
 /// From the edge to the first cell; the tile has half a gap around it.
 constexpr int kSideMargin = 10;
-constexpr int kBatch = 500;
 
 } // namespace
 
@@ -32,8 +31,9 @@ PhotoGrid::PhotoGrid(QWidget* parent)
     setViewMode(QListView::IconMode);
     setMovement(QListView::Static);
     setResizeMode(QListView::Adjust);
-    setLayoutMode(QListView::Batched);
-    setBatchSize(kBatch);
+    // Not in batches: a grid shows nothing until the last one, after every file that an import
+    // adds.
+    setLayoutMode(QListView::SinglePass);
     setUniformItemSizes(true);
     setWordWrap(false);
     setSelectionMode(QAbstractItemView::ExtendedSelection);
