@@ -25,6 +25,13 @@ QVariantMap without(std::initializer_list<const char*> blocks) {
     return properties;
 }
 
+/// Returns the prefix that differs from this one in its case alone; empty for none.
+QLatin1String twinOf(QLatin1String prefix) {
+    if (prefix == u"noExif_")
+        return QLatin1String("NoExif_");
+    return prefix == u"NoExif_" ? QLatin1String("noExif_") : QLatin1String();
+}
+
 /// Returns a note when another output would be replaced because the disk takes both names for one.
 platform::Notes noteOnSameName(const QString& output, const QString& other) {
     struct stat own {
@@ -94,8 +101,8 @@ void PhotoEdits::rewrite(const media::ItemPointer& item, const PhotoRequest& req
     if (!job)
         return;
     job->copiesOnFailure = false;
-    if (QLatin1String(edit.prefix) == u"noExif_")
-        job->notes += noteOnSameName(output, folder + QStringLiteral("NoExif_") + name);
+    if (const QLatin1String twin = twinOf(QLatin1String(edit.prefix)); !twin.isEmpty())
+        job->notes += noteOnSameName(output, folder + twin + name);
     platform::PhotoRewrite rewrite{source, output, edit.properties, edit.removesEverything};
     const auto writer = [rewrite](const auto&) {
         auto written = platform::rewritePhoto(rewrite);

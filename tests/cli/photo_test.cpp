@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/cli/cli_kit.h"
 
+#include <filesystem>
+
 namespace {
 
 using testkit::TempDir;
@@ -44,6 +46,25 @@ TEST(Photo, ApplyNeverWritesHalfAPosition) {
     EXPECT_EQ(after[u"latitude"_s].toDouble(), 5);
     EXPECT_NEAR(after[u"longitude"_s].toDouble(), before[u"longitude"_s].toDouble(), 1e-5);
     EXPECT_EQ(after[u"make"_s], before[u"make"_s]);
+}
+
+TEST(Photo, NotesThatTheDiskTookTwoNamesForOne) {
+    const QString photo = clitest::sample("Photos/IMG_0412.jpg");
+    const struct {
+        const char *command, *output, *other;
+    } cases[] = {{"change-gps 1 2 3", "noExif_IMG_0412.jpg", "NoExif_IMG_0412.jpg"},
+                 {"remove exif", "NoExif_IMG_0412.jpg", "noExif_IMG_0412.jpg"}};
+    for (const auto& [command, output, other] : cases) {
+        const TempDir out;
+        const QString older = out.write(QLatin1String(other), "older");
+        // One file under both names, as on a disk that ignores case.
+        std::filesystem::create_hard_link(older.toStdString(), out.path(output).toStdString());
+        const auto done =
+            clitest::cli(QByteArray("--storage % photo ") + command + " %", {out.path(), photo});
+        EXPECT_EQ(done.exitCode, 0) << done.err;
+        EXPECT_THAT((done.out + done.err).toStdString(),
+                    testing::HasSubstr(std::string("names for one: ") + other + " was replaced"));
+    }
 }
 
 } // namespace
