@@ -281,6 +281,20 @@ TEST_F(MediaTable, DeleteKeyAsksForRemoval) {
     EXPECT_EQ(fromGrid.size(), 1);
 }
 
+TEST_F(MediaTable, GridStaysWhileMoreIsAdded) {
+    m_model.setContent(listItems(3000));
+    PhotoGrid grid;
+    grid.setThumbnailService(&m_service);
+    grid.setModel(&m_model);
+    grid.resize(839, 700);
+    grid.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&grid));
+    m_model.appendItem(listItem(u"/videos/new.mp4"_s));
+    grid.doItemsLayout(); // which the event loop calls for it
+    EXPECT_EQ(grid.indexAt({60, 60}).row(), 0);
+    EXPECT_EQ(grid.indexAt({260, 60}).row(), 1);
+}
+
 TEST_F(MediaTable, GridShowsTheSameRowsAsTiles) {
     m_model.setContent(listItems(40));
     PhotoGrid grid;
