@@ -51,6 +51,7 @@ constexpr std::array kTokenNames{
     NamedToken{"selLine", Token::selLine},
     NamedToken{"sel", Token::sel},
     NamedToken{"ok", Token::ok},
+    NamedToken{"warn", Token::warn},
     NamedToken{"badBg", Token::badBg},
     NamedToken{"bad", Token::bad},
 };
