@@ -153,14 +153,15 @@ void GpsSheet::buildFoot() {
 void GpsSheet::connectControls() {
     const GpsControls& all = m_controls;
     for (EditField* field : all.fields()) {
-        connect(field, &EditField::editingFinished, this, [this, field] { refreshFault(field); });
+        connect(field, &EditField::editingFinished, this, [this, field] {
+            refreshFault(field);
+            movePin();
+        });
         connect(field, &EditField::textChanged, this, [this, field] {
             if (!field->fault().isEmpty()) // it goes as soon as it can, but comes with the end
                 refreshFault(field);
         });
     }
-    for (EditField* field : {all.latitudelab, all.longtitudelab})
-        connect(field, &EditField::textEdited, this, &GpsSheet::movePin);
     connect(all.previewMapView, &MapView::positionPicked, this, &GpsSheet::takePosition);
     connect(all.previewBtn, &Button::clicked, this, &GpsSheet::preview);
     connect(all.cancelBtn, &Button::clicked, this, &GpsSheet::reject);
@@ -179,11 +180,12 @@ void GpsSheet::present(Purpose purpose, const media::ItemPointer& photo, qsizety
     m_name->setToolTip(name);
     m_date->setText(photo->shootDateStr);
     m_stamps->setVisible(!removes);
-    m_controls.saveBtn->setText(
-        removes
-            ? (count == 1 ? tr("Save 1 Photo without EXIF")
-                          : tr("Save %1 Photos without EXIF").arg(count))
-            : (count == 1 ? tr("Save GPS to 1 Photo") : tr("Save GPS to %1 Photos").arg(count)));
+    const QString primary =
+        removes ? (count == 1 ? tr("Save 1 Photo without EXIF")
+                              : tr("Save %1 Photos without EXIF").arg(count))
+                : (count == 1 ? tr("Save GPS to 1 Photo") : tr("Save GPS to %1 Photos").arg(count));
+    m_controls.saveBtn->setText(primary);
+    m_controls.saveBtn->setAccessibleName(primary);
     for (EditField* field : m_controls.fields())
         field->setFault({});
     refreshNote();
