@@ -49,6 +49,7 @@ class LogFeed;
 class MainWindow;
 class MapWindow;
 class MediaListModel;
+class PhotoDatesWindow;
 class PreferencesWindow;
 class RenameJobs;
 class RenameWindow;
@@ -213,6 +214,7 @@ public:
     Q_INVOKABLE void HideEditViewAction();  ///< what was typed stays until another photo is shown
     /// Copies of the selected photos with the changed sections of the pane.
     Q_INVOKABLE void ClickApplyChangeAction();
+    Q_INVOKABLE void ChangeDateExifFromPhoto(); ///< shows the dates of the selected photo
 
     // Positions of photos. The sheet writes to what was selected when it was opened.
     Q_INVOKABLE void EditeGPSExifDataPhoto();  ///< opens it with the GPS data of the selected photo
@@ -233,6 +235,7 @@ public:
     [[nodiscard]] RenameWindow* renameWindow() const { return m_renameWindow.get(); }
     [[nodiscard]] GpsSheet* gpsSheet() const { return m_gpsSheet.get(); }
     [[nodiscard]] MapWindow* mapWindow() const { return m_mapWindow.get(); }
+    [[nodiscard]] PhotoDatesWindow* photoDatesWindow() const { return m_photoDatesWindow.get(); }
     [[nodiscard]] ActivityModel* activity() const { return m_activity.get(); }
     [[nodiscard]] JobBoard* board() const { return m_board.get(); }
     [[nodiscard]] MediaListModel* mediaController() const { return m_mediaController.get(); }
@@ -311,6 +314,7 @@ private:
     std::unique_ptr<RenameWindow> m_renameWindow;
     std::unique_ptr<GpsSheet> m_gpsSheet;
     std::unique_ptr<MapWindow> m_mapWindow;
+    std::unique_ptr<PhotoDatesWindow> m_photoDatesWindow;
 };
 
 } // namespace clipheave::app

@@ -221,6 +221,11 @@ QList<Above> bringUp(AppDelegate& controller, const GrabRequest& request) {
         window->selectRow(0);
         return {};
     }
+    if (view == u"photo-dates") {
+        openPhotoPane(controller, false);
+        controller.ChangeDateExifFromPhoto();
+        return centredDialog(controller, "changePhotoDateWindow");
+    }
     if (view == u"gps" || view == u"map")
         return openPosition(controller, view == u"map");
     if (view == u"photo-edit" || view == u"photo-changed") {
@@ -278,12 +283,13 @@ void importAll(AppDelegate& controller, const GrabRequest& request) {
 
 QStringList grabViewNames() {
     return {
-        QStringLiteral("video"),    QStringLiteral("audio"),      QStringLiteral("photos"),
-        QStringLiteral("empty"),    QStringLiteral("sorted"),     QStringLiteral("changed"),
-        QStringLiteral("activity"), QStringLiteral("failed"),     QStringLiteral("preferences"),
-        QStringLiteral("rename"),   QStringLiteral("menus"),      QStringLiteral("about"),
-        QStringLiteral("alert"),    QStringLiteral("states"),     QStringLiteral("gps"),
-        QStringLiteral("map"),      QStringLiteral("photo-edit"), QStringLiteral("photo-changed")};
+        QStringLiteral("video"),      QStringLiteral("audio"),      QStringLiteral("photos"),
+        QStringLiteral("empty"),      QStringLiteral("sorted"),     QStringLiteral("changed"),
+        QStringLiteral("activity"),   QStringLiteral("failed"),     QStringLiteral("preferences"),
+        QStringLiteral("rename"),     QStringLiteral("menus"),      QStringLiteral("about"),
+        QStringLiteral("alert"),      QStringLiteral("states"),     QStringLiteral("gps"),
+        QStringLiteral("map"),        QStringLiteral("photo-edit"), QStringLiteral("photo-changed"),
+        QStringLiteral("photo-dates")};
 }
 
 int grabView(AppDelegate& controller, const GrabRequest& request) {

@@ -52,6 +52,10 @@ QString kindText(const media::IKImageItem& item) {
                : platform::kindTextForFile(item.filePath, platform::Container::Unknown);
 }
 
+QString modifiedText(const media::IKImageItem& item) {
+    return platform::formatDate(item.modificationDate, platform::DatePattern::Colon);
+}
+
 media::FactLine fact(const char* label, const QString& value) {
     return {QLatin1String(label), value.isEmpty() ? QString() : value};
 }
@@ -61,8 +65,6 @@ media::FactLine fact(const char* label, const QString& value) {
 QList<media::FactLine> photoFacts(const media::IKImageItem& item, const QVariantMap& properties) {
     const QVariantMap exif = properties.value(QStringLiteral("{Exif}")).toMap();
     const QStringList speeds = exif.value(QStringLiteral("ISOSpeedRatings")).toStringList();
-    const QString modified =
-        platform::formatDate(item.modificationDate, platform::DatePattern::Colon);
     return {fact("Kind: ", kindText(item)),
             fact("File Dimensions: ", dimensionsText(item)),
             fact("File Size: ", item.fileSize),
@@ -71,7 +73,7 @@ QList<media::FactLine> photoFacts(const media::IKImageItem& item, const QVariant
             fact("ISO: ", speeds.value(0)),
             fact("Focal length: ", focalLengthText(exif)),
             fact("Created Date: ", item.fileCreateDateStr),
-            fact("Modified Date: ", modified)};
+            fact("Modified Date: ", modifiedText(item))};
 }
 
 platform::Result<ShownPhoto> shownPhoto(const media::IKImageItem& item) {
@@ -80,6 +82,16 @@ platform::Result<ShownPhoto> shownPhoto(const media::IKImageItem& item) {
         return tl::unexpected(source.error());
     return ShownPhoto{paneOfProperties(source->properties()),
                       photoFacts(item, source->properties())};
+}
+
+platform::Result<PhotoDates> photoDates(const media::IKImageItem& item) {
+    const auto source = platform::CGImageSource::createWithPath(item.filePath);
+    if (!source)
+        return tl::unexpected(source.error());
+    const QVariantMap exif = source->properties().value(QStringLiteral("{Exif}")).toMap();
+    return PhotoDates{exif.value(QStringLiteral("DateTimeOriginal")).toString(),
+                      exif.value(QStringLiteral("DateTimeDigitized")).toString(),
+                      item.fileCreateDateStr, modifiedText(item)};
 }
 
 } // namespace clipheave::photo

@@ -19,6 +19,14 @@ struct ShownPhoto {
 /// empty pane would take what the photo has away.
 [[nodiscard]] platform::Result<ShownPhoto> shownPhoto(const media::IKImageItem& item);
 
+/// The dates of a photo as texts; empty for one that it does not have.
+struct PhotoDates {
+    QString taken, digitised;  ///< DateTimeOriginal and DateTimeDigitized, as they stand there
+    QString created, modified; ///< of the file, "yyyy:MM:dd HH:mm:ss" in local time
+};
+/// As shownPhoto().
+[[nodiscard]] platform::Result<PhotoDates> photoDates(const media::IKImageItem& item);
+
 /// Returns the nine facts of the photo pane in their fixed wording; the bare label for what the
 /// photo does not have. `properties`: as CGImageSource gives them.
 [[nodiscard]] QList<media::FactLine> photoFacts(const media::IKImageItem& item,

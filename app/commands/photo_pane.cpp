@@ -10,6 +10,7 @@
 #include "app/list/media_list_model.h"
 #include "app/list/photo_grid.h"
 #include "app/windows/main_window.h"
+#include "app/windows/photo_dates_window.h"
 #include "media/position_text.h"
 #include "photo/messages.h"
 #include "photo/photo_edits.h"
@@ -182,6 +183,19 @@ void AppDelegate::startApply(const photo::PhotoRequest& request, const photo::Pa
 void AppDelegate::showValueErrorAlert() {
     m_surroundings->alerts->ask(m_window.get(), tr("Vaule Error"),
                                 tr("Each value cannot be empty."), {tr(" Ok ")});
+}
+
+void AppDelegate::ChangeDateExifFromPhoto() {
+    const media::ItemPointer item = selectedPhoto();
+    if (!item)
+        return showNoSelectionAlert();
+    const auto dates = photo::photoDates(*item);
+    if (!dates) {
+        m_activity->addLog(dates.error().text(), item->filePath, true);
+        return m_window->showStatus(dates.error().text());
+    }
+    m_photoDatesWindow->present(item->fileName,
+                                {dates->taken, dates->digitised, dates->created, dates->modified});
 }
 
 void AppDelegate::refreshPhotoPane() {

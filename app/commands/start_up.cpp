@@ -18,6 +18,7 @@
 #include "app/windows/gps_sheet.h"
 #include "app/windows/main_window.h"
 #include "app/windows/map_window.h"
+#include "app/windows/photo_dates_window.h"
 #include "app/windows/preferences_window.h"
 #include "app/windows/rename_window.h"
 #include "platform/foundation/log.h"
@@ -151,6 +152,7 @@ void AppDelegate::awakeFromNib() {
     m_renameWindow = std::make_unique<RenameWindow>(m_window.get());
     m_gpsSheet = std::make_unique<GpsSheet>(m_window.get());
     m_mapWindow = std::make_unique<MapWindow>(m_window.get());
+    m_photoDatesWindow = std::make_unique<PhotoDatesWindow>(m_window.get());
     connectCommands(*m_window, *this);
     connectPanes();
     connectPhotoPane();

@@ -102,7 +102,7 @@ void PhotoPaneView::makePosition() {
     row->addLayout(fields);
     field("gpsAitlab")->setSuffix(tr("m"));
     m_map = new MapView(this);
-    m_map->setObjectName(QStringLiteral("photoMapView"));
+    m_map->setObjectName(QStringLiteral("gpsPaneMapView"));
     m_map->setFixedHeight(kPlaceHeight);
     m_map->setPickingEnabled(true);
     m_map->setToolTip(tr("Click to take a position"));

@@ -71,6 +71,14 @@ class Hands:
             xtest.fake_input(self.display, kind, button)
         self.display.sync()
 
+    def click_with(self, key, place):
+        """Clicks while a key such as "Ctrl" is held."""
+        code, _ = self.keycode(key)
+        xtest.fake_input(self.display, X.KeyPress, code)
+        self.click(place)
+        xtest.fake_input(self.display, X.KeyRelease, code)
+        self.display.sync()
+
     def pixels(self, extents, margin):
         """What is painted in a place of the screen and `margin` pixels around it, four bytes a pixel."""
         x, y, width, height = extents

@@ -3,6 +3,7 @@
 """The window from outside: smoke_test.py FOLDER-OF-PROGRAMS [TEST…]. Real events of a screen of its own go in; the
 accessibility tree, files and the exit status come out."""
 import hashlib
+import json
 import pathlib
 import plistlib
 import re
@@ -334,6 +335,39 @@ class PhotoToolTest(WindowTest):
         self.assertEqual(self.map().extents[2:], (688, 408))
         user.hands.key("Escape")
         eventually(lambda: not user.tree.find("dialog"), "Escape closes the map")
+
+    def test_edit_two_photos_in_their_pane(self):
+        user = self.select_photo()
+        user.open_by_panel(self.demo / "Photos/IMG_0418.jpg", "Ctrl+Shift+o")
+        photos = user.tree.find("list", "Photo browser")
+        other = eventually(lambda: next((n for n in photos.children if n.name == "IMG_0418.jpg"), None), "the other tile")
+        user.hands.click_with("Ctrl", other.centre)
+        eventually(lambda: "selected" in other.states, "both are selected")
+        user.hands.key("Ctrl+Return")
+        title = eventually(lambda: user.has_focus("text", "Title"), "the first field of the pane has the focus")
+        user.type_over(title, "Two at dusk")
+        user.click("push button", "Apply")
+        names = ["IMG_0412.jpg", "IMG_0418.jpg"]
+        made = [storage(user) / name for name in names]
+        user.fact("Saved 2 copies")
+
+        def all_tags(path):
+            dump = subprocess.run(["exiftool", "-j", "-G1", "-a", "-x", "System:all", path], capture_output=True, text=True,
+                                  check=True)
+            return json.loads(dump.stdout)[0]
+        shown = all_tags(self.demo / "Photos" / other.name)  # the current one: its section goes to both
+        basic = ("IFD0:Artist", "IFD0:ImageDescription", "IFD0:Copyright", "ExifIFD:UserComment")
+        for name, path in zip(names, made):
+            before, after = all_tags(self.demo / "Photos" / name), all_tags(path)
+            changed = {key for key in before.keys() | after.keys() if before.get(key) != after.get(key)}
+            self.assertEqual(after["IPTC:ObjectName"], "Two at dusk")
+            self.assertEqual([after.get(key, "") for key in basic], [shown.get(key, "") for key in basic], name)
+            others = {key for key in changed - set(basic) if not key.startswith(("IPTC:", "SourceFile", "File:"))}
+            self.assertEqual(others, set(), name)
+        user.hands.key("Escape")
+        eventually(lambda: title.text == "", "the field has its old text")
+        user.hands.key("Escape")
+        eventually(lambda: not user.tree.find("text", "Title"), "the pane is closed")
 
     def test_export_all_metadata_from_the_grid(self):
         user = self.select_photo()

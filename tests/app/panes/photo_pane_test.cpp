@@ -131,7 +131,7 @@ TEST_F(PhotoPanes, TheStampsOfTheShownPhotoAreNotForTheOthers) {
 }
 
 TEST_F(PhotoPanes, AClickOnTheMapFillsThePosition) {
-    auto* map = m_photo.findChild<MapView*>(u"photoMapView"_s);
+    auto* map = m_photo.findChild<MapView*>(u"gpsPaneMapView"_s);
     const QPoint spot(map->width() / 4, map->height() / 4);
     const GeoPoint there = map->positionAt(spot);
     QTest::mouseClick(map, Qt::LeftButton, {}, spot);

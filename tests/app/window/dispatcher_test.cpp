@@ -33,7 +33,7 @@ QSet<QByteArray> setOf(const QByteArray& words) {
 /// command that exists meanwhile must leave it.
 const QSet<QByteArray> kStillToCome =
     setOf("AddVideoEffectsMediaFileAction "
-          "BatchWriteXMPFileToVideoAction CanelXMPMetadataToPhotosAction ChangeDateExifFromPhoto "
+          "BatchWriteXMPFileToVideoAction CanelXMPMetadataToPhotosAction "
           "ChangeToImportiOSDevicePhoto "
           "ClickCopyCreatedDateToCameraDateAction ClickCopyCreatedDateToModifyDateAction "
           "ClickCopyExifDateToCreateDateAction ClickCopyFileNameToCommentsAction "

@@ -6,12 +6,13 @@
 #include "app/panes/detail_pane.h"
 #include "app/widgets/edit_field.h"
 #include "app/widgets/image_button.h"
-#include "media/fields.h"
+#include "app/windows/photo_dates_window.h"
 #include "photo/photo_edits.h"
+#include "platform/foundation/dates.h"
 #include "platform/image/sample_photo.h"
 #include "tests/app/window/window_fixture.h"
 
-#include <QItemSelectionModel>
+#include <QLabel>
 
 namespace {
 
@@ -107,6 +108,21 @@ TEST_F(PhotoPaneTest, ApplyWritesTheChangedSectionIntoEverySelectedPhoto) {
     EXPECT_FALSE(photo::paneOfPhoto(dir.path("a.jpg"))->titlelab.contains(u"Dusk"));
     type("titlelab", u"Dawn"_s);
     EXPECT_FALSE(pane()->footNote().startsWith(u"Saved"_s));
+}
+
+TEST_F(PhotoPaneTest, TheDatesOfAPhotoAreShownAndNothingCanBeTyped) {
+    controller->ChangeDateExifFromPhoto();
+    EXPECT_EQ(desktop->alerts, QStringList{u"No Item has been selected"_s});
+    window()->selectRow(1);
+    controller->ChangeDateExifFromPhoto();
+    EXPECT_TRUE(controller->photoDatesWindow()->isVisible());
+    const QString modified = platform::formatDate(
+        controller->localPhotoItemArray()[1]->modificationDate, platform::DatePattern::Colon);
+    for (const auto& [label, text] : {std::pair("beforeorignalDatelab", u"2020:05:04 10:11:12"_s),
+                                      {"beforeModifiedDatelab", modified}})
+        EXPECT_EQ(child<QLabel>(label)->text(), text) << label;
+    EXPECT_EQ(shown("orignalDatelab"), u"2020:05:04 10:11:12");
+    EXPECT_FALSE(child<QLineEdit>("orignalDatelab")->isEnabled());
 }
 
 TEST_F(PhotoPaneTest, WhatCannotBeWrittenIsSaidAndNothingIsWritten) {
