@@ -104,19 +104,20 @@ PhotoPane::Fault shownFaultOf(const photo::PaneTexts& texts) {
                  : PhotoPane::Fault();
 }
 
-/// Shows in the foot of the pane how an Apply goes, beside what its row in the panel says.
-void followInFoot(BoardJob& job, PhotoPane& pane, const ActivityModel& activity,
-                  QStringList& outputs) {
-    job.took = [&, report = job.took](int id, std::vector<JobArrival>& arrivals) {
+/// Shows in the foot of the pane how an Apply goes, beside what its row in the panel says; while
+/// the photo that it began with is shown.
+void followInFoot(BoardJob& job, PhotoPane& pane, const ActivityModel& activity, PaneState& state) {
+    const auto isShown = [&state, began = state.shownPhoto] { return state.shownPhoto == began; };
+    job.took = [&, isShown, report = job.took](int id, std::vector<JobArrival>& arrivals) {
         for (const JobArrival& arrival : arrivals)
-            outputs += arrival.outcome.outputs;
+            state.photoOutputs += arrival.outcome.outputs;
         report(id, arrivals);
-        if (const ActivityJob* row = activity.job(id))
+        if (const ActivityJob* row = activity.job(id); row && isShown())
             pane.showSaving(row->finished, row->total);
     };
-    job.ended = [&, report = job.ended](int id, jobs::Run& run) {
+    job.ended = [&, isShown, report = job.ended](int id, jobs::Run& run) {
         report(id, run);
-        if (const ActivityJob* row = activity.job(id))
+        if (const ActivityJob* row = activity.job(id); row && isShown())
             pane.showSaved(row->succeeded(), row->failed);
     };
 }
@@ -175,7 +176,7 @@ void AppDelegate::startApply(const photo::PhotoRequest& request, const photo::Pa
     WriteReport{*m_activity, *m_surroundings->workspace, [this] { Q_EMIT saveFinished(); }}
         .attachTo(job);
     m_pane->photoOutputs.clear();
-    followInFoot(job, *m_window->photoPane(), *m_activity, m_pane->photoOutputs);
+    followInFoot(job, *m_window->photoPane(), *m_activity, *m_pane);
     m_window->photoPane()->showSaving(0, static_cast<int>(request.items.size()));
     m_board->start(job);
 }
@@ -200,11 +201,14 @@ void AppDelegate::ChangeDateExifFromPhoto() {
 
 void AppDelegate::refreshPhotoPane() {
     PhotoPane* pane = m_window->photoPane();
-    const media::ItemPointer item = selectedPhoto();
-    // What was typed stays while the photo does, whatever else is selected.
+    const auto selected = selectedItems();
+    // What was typed stays while its photo is selected, whatever else is.
+    const bool keeps = !pane->view()->changedSections().isEmpty() &&
+                       std::ranges::find(selected, m_pane->shownPhoto) != selected.end();
+    const media::ItemPointer item = keeps ? m_pane->shownPhoto : selectedPhoto();
     if (item != m_pane->shownPhoto || !item || !pane->showsPhoto())
         showPhoto(item);
-    pane->setTargets(targetsOf(selectedItems(), m_mediaController->isSorted()));
+    pane->setTargets(targetsOf(selected, m_mediaController->isSorted()));
 }
 
 void AppDelegate::showPhoto(const media::ItemPointer& item) {

@@ -14,6 +14,7 @@
 #include "media/fields.h"
 #include "platform/foundation/notification_center.h"
 #include "tests/app/drops.h"
+#include "tests/app/panes/misplaced.h"
 #include "tests/testkit/media.h"
 
 #include <QBuffer>
@@ -303,29 +304,6 @@ TEST_F(Panes, WhileSortedTheFootNamesTheFiles) {
     EXPECT_TRUE(note->toolTip().contains(u"29.mp4\nand 20 more"_s));
     m_pane.setTouchedCount(1);
     EXPECT_TRUE(note->toolTip().isEmpty());
-}
-
-/// Controls of a body that reach out of it or lie over each other.
-QStringList misplaced(const QWidget* part) {
-    QStringList faults;
-    QList<QRect> taken;
-    for (const QWidget* control : part->findChildren<QWidget*>()) {
-        if (!control->isVisibleTo(part) || !control->findChildren<QWidget*>().isEmpty() ||
-            qobject_cast<MapView*>(control->parentWidget()) != nullptr)
-            continue;
-        const QRect place(control->mapTo(part, QPoint()), control->size());
-        const auto over = [&place](const QRect& other) { return other.intersects(place); };
-        if (!part->rect().contains(place) || std::any_of(taken.begin(), taken.end(), over))
-            faults.append(
-                u"%1 %2 at %3, %4"_s
-                    .arg(QLatin1String(control->metaObject()->className()), control->objectName())
-                    .arg(place.x())
-                    .arg(place.y()));
-        taken.append(place);
-    }
-    if (taken.size() < 30)
-        faults.append(u"only %1 controls"_s.arg(taken.size()));
-    return faults;
 }
 
 TEST_F(Panes, NothingIsCutOrOverlapsAtAnyWidth) {

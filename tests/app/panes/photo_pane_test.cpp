@@ -8,6 +8,8 @@
 #include "app/widgets/map_view.h"
 #include "app/widgets/parts.h"
 #include "media/audio_pane.h"
+#include "media/fields.h"
+#include "tests/app/panes/misplaced.h"
 #include "tests/testkit/testkit.h"
 
 #include <QHBoxLayout>
@@ -120,6 +122,41 @@ TEST_F(PhotoPanes, TheSharedFieldsMoveWithTextAndMark) {
     EXPECT_EQ(field("keywordslab")->text(), u"sea, surf");
     EXPECT_TRUE(field("keywordslab")->isChanged());
     EXPECT_EQ(m_detail.findChildren<SectionHeading*>().constLast()->note(), u"1 changed");
+}
+
+/// The names of the fields in the order of the Tab key, from `first` on.
+QStringList tabOrder(QWidget* first, int count) {
+    QStringList names;
+    for (QWidget* widget = first; names.size() < count; widget = widget->nextInFocusChain())
+        if (qobject_cast<EditField*>(widget) != nullptr)
+            names.append(widget->objectName());
+    return names;
+}
+
+TEST_F(PhotoPanes, TheTabKeyWalksEachFormInItsOrderWhereverTheFieldsWere) {
+    QStringList photo, audio;
+    for (const PhotoField& row : kPhotoFields)
+        photo.append(QLatin1String(row.objectName));
+    for (const media::AudioField& row : media::kAudioFields)
+        audio.append(QLatin1String(row.objectName));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(tabOrder(field("titlelab"), 12), photo);
+        m_detail.sharedFields().moveTo(Place::Audio);
+        EXPECT_EQ(tabOrder(field("titlelab"), 16), audio);
+        m_detail.sharedFields().moveTo(Place::Photo);
+    }
+}
+
+TEST_F(PhotoPanes, NothingIsCutOrOverlapsAtAnyWidth) {
+    m_detail.hide();
+    m_photo.setTargets({2, 0, {}, {u"titlelab"_s, u"cameraMakelab"_s}});
+    type("cameraMakelab", u"!"_s);
+    for (const int width : {520, 539, 540, 600, 960}) {
+        m_photo.setFixedSize(width, 500);
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] { return m_photo.width() == width && misplaced(m_photo.view()).isEmpty(); }, 2000))
+            << width << ": " << misplaced(m_photo.view()).join(u"; "_s).toStdString();
+    }
 }
 
 TEST_F(PhotoPanes, TheStampsOfTheShownPhotoAreNotForTheOthers) {

@@ -12,6 +12,7 @@
 #include "platform/image/sample_photo.h"
 #include "tests/app/window/window_fixture.h"
 
+#include <QItemSelectionModel>
 #include <QLabel>
 
 namespace {
@@ -69,8 +70,14 @@ TEST_F(PhotoPaneTest, ThePaneFollowsTheSelectionAndComesAndGoes) {
     window()->photoGrid()->selectAll();
     EXPECT_EQ(shown("titlelab"), u"Dusk") << "typed, and the same photo is shown";
     EXPECT_EQ(child<EditField>("artistlab")->suffix(), u"several values");
+    window()->photoGrid()->setCurrentIndex(window()->photoGrid()->model()->index(1, 0));
+    EXPECT_EQ(shown("titlelab"), QString()) << "another photo alone";
+    window()->selectRow(0);
+    type("titlelab", u"Dusk"_s);
+    window()->photoGrid()->selectionModel()->setCurrentIndex(
+        window()->photoGrid()->model()->index(1, 0), QItemSelectionModel::Select);
+    EXPECT_EQ(shown("titlelab"), u"Dusk") << "a photo that is added drops nothing";
     window()->selectRow(1);
-    EXPECT_EQ(shown("titlelab"), QString());
     EXPECT_EQ(shown("artistlab"), u"Teitur");
     EXPECT_FALSE(controller->changeFlags().basicInfoChange);
     controller->revealCurrentItem();
