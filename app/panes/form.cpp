@@ -5,6 +5,8 @@
 
 #include <QGridLayout>
 
+#include <algorithm>
+
 namespace clipheave::app {
 
 namespace {
@@ -48,13 +50,27 @@ void Form::arrange() {
 }
 
 void Form::refreshTabOrder() {
-    QWidget* before = this;
+    QWidget* before = stopBefore();
     for (const FieldRow* row : m_rows) {
         if (row->field() == nullptr)
             continue;
-        setTabOrder(before, row->field());
+        if (before != nullptr)
+            setTabOrder(before, row->field());
         before = row->field();
     }
+}
+
+/// What the Tab key reaches before this form; null when there is nothing. Only widgets that can
+/// have the focus can be put into an order.
+QWidget* Form::stopBefore() const {
+    const auto isOwn = [this](const QWidget* widget) {
+        return std::any_of(m_rows.begin(), m_rows.end(),
+                           [widget](const FieldRow* row) { return row->field() == widget; });
+    };
+    QWidget* stop = previousInFocusChain();
+    while (stop != this && (stop->focusPolicy() == Qt::NoFocus || isOwn(stop)))
+        stop = stop->previousInFocusChain();
+    return stop != this ? stop : nullptr;
 }
 
 } // namespace clipheave::app

@@ -25,6 +25,7 @@ public:
 
 private:
     void arrange();
+    [[nodiscard]] QWidget* stopBefore() const;
 
     Order m_order;
     QGridLayout* m_grid;
