@@ -98,6 +98,11 @@ TEST_F(PhotoPanes, EachFieldChangesItsOwnSectionAndNoOther) {
 
 TEST_F(PhotoPanes, TheSharedFieldsMoveWithTextAndMark) {
     EXPECT_EQ(m_window.findChildren<EditField*>(u"titlelab"_s).size(), 1);
+    m_detail.sharedFields().moveTo(Place::Audio);
+    type("copyrightlab", u"2025"_s);
+    EXPECT_EQ(notes().join(u'|'), u"||") << "no photo was edited";
+    m_detail.sharedFields().moveTo(Place::Photo);
+    EXPECT_EQ(field("copyrightlab")->text(), QString());
     type("titlelab", u" at dusk"_s);
     EXPECT_EQ(m_photo.view()->texts().titlelab, u"Stacks at dusk");
     EXPECT_EQ(m_detail.audioPane().texts.titlelab, u"Tide");
@@ -121,7 +126,7 @@ TEST_F(PhotoPanes, TheSharedFieldsMoveWithTextAndMark) {
     m_detail.sharedFields().moveTo(Place::Audio);
     EXPECT_EQ(field("keywordslab")->text(), u"sea, surf");
     EXPECT_TRUE(field("keywordslab")->isChanged());
-    EXPECT_EQ(m_detail.findChildren<SectionHeading*>().constLast()->note(), u"1 changed");
+    EXPECT_EQ(m_detail.findChildren<SectionHeading*>().constLast()->note(), u"2 changed");
 }
 
 /// The names of the fields in the order of the Tab key, from `first` on.
