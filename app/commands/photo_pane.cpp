@@ -135,10 +135,10 @@ void AppDelegate::connectPhotoPane() {
 }
 
 void AppDelegate::StartEditViewAction() {
-    if (!m_window->showsPhotos())
-        m_window->showPhotosOfList();
     if (selectedItems().empty())
         return showNoSelectionAlert();
+    if (!m_window->showsPhotos())
+        m_window->showPhotosOfList();
     m_window->setEditsPhotos(true);
     refreshPhotoPane();
     m_window->photoPane()->view()->focusFirst();

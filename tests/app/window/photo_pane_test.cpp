@@ -90,6 +90,13 @@ TEST_F(PhotoPaneTest, ThePaneFollowsTheSelectionAndComesAndGoes) {
     EXPECT_FALSE(pane()->showsPhoto()) << "of a photo that left the list";
     window()->showList();
     EXPECT_TRUE(window()->detailPane()->isVisible());
+    window()->deselect();
+    controller->StartEditViewAction();
+    EXPECT_EQ(desktop->alerts.size(), 2);
+    EXPECT_FALSE(window()->showsPhotos()) << "nothing to edit there";
+    window()->selectRow(0);
+    controller->StartEditViewAction();
+    EXPECT_EQ(shown("artistlab"), u"Halla") << "what is selected in the list is in the grid";
 }
 
 TEST_F(PhotoPaneTest, ApplyWritesTheChangedSectionIntoEverySelectedPhoto) {
