@@ -165,3 +165,98 @@ Pure colours side by side: their halved colours fall on other lines when the fra
 Hard edges of pure colours, whose halved colours are spread in another way.
   made/narrow.mov frames ssim
 """
+
+# Photo commands: "file command what"; "every": all of them.
+PHOTO = """
+Kinds that nobody rewrites safely yet, or at all; the reason is given.
+  photo/Pillow__balloon_eciRGBv2_aware.jp2 every refused
+  photo/exempi__BlueSquare.gif every refused
+  photo/exif-samples__IMG_5195.HEIC every refused
+  photo/exiftool__CanonRaw.cr3 every refused
+  photo/exiftool__CanonRaw.crw every refused
+  photo/exiftool__FujiFilm.raf every refused
+  photo/exiftool__GIF.gif every refused
+  photo/exiftool__Minolta.mrw every refused
+  photo/exiftool__Panasonic.rw2 every refused
+  photo/exiftool__Photoshop.psd every refused
+  photo/exiv2__Canon.HIF every refused
+  photo/exiv2__RAW_PENTAX_K30.exv every refused
+  photo/exiv2__Reagan.hej2 every refused
+  photo/exiv2__Reagan.jp2 every refused
+  photo/exiv2__Sony.HIF every refused
+  photo/exiv2__Stonehenge.heic every refused
+  photo/imagemeta__sunrise.avif every refused
+  photo/libavif__colors-animated-8bpc-audio.avif every refused
+  photo/libavif__seine.psd every refused
+  photo/libheif__rainbow-451x461.heic every refused
+  photo/libheif__seq_seed.heif every refused
+  photo/media__sample_MP.heic every refused
+  photo/metadata-extractor-images__Issue_487.heic every refused
+  photo/nom-exif__canon-r6.cr3 every refused
+  photo/nom-exif__exif.avif every refused
+  photo/photoprism__iphone_7.heic every refused
+  photo/test-assets__IMG_2682.heic every refused
+No photo, or one that cannot be read, under a name of a photo; the reason is given.
+  photo/exiftool__KyoceraRaw.raw every refused
+  photo/exiftool__SigmaDP2.x3f every refused
+  photo/exiv2__Reagan.jxl every refused
+  photo/exiv2__issue_1881_coverage.jpg every refused
+  photo/libheif__lightning_mini.heif every refused
+  photo/nom-exif__motion_photo_pixel_synth.jpg every refused
+  photo/testdata__1x1_exif_xmp.jxl every refused
+A raw photo cannot be developed without its Exif data; the reason is given.
+  photo/exifast__Canon_EOS-1D_real.TIF all+change-gps+no-exif+no-exif-gps refused
+  photo/exifast__Canon_EOS-7D_sRAW_real.CR2 all+change-gps+no-exif+no-exif-gps refused
+  photo/exifast__Sony_ILME-FX3_real.ARW all+change-gps+no-exif+no-exif-gps refused
+  photo/exiftool__Nikon.nef all+change-gps+no-exif+no-exif-gps refused
+  photo/exiftool__PhaseOne.iiq all+change-gps+no-exif+no-exif-gps refused
+  photo/file-type__fixture-sony-zv-e10.arw all+change-gps+no-exif+no-exif-gps refused
+  photo/imagemeta__jolstravatnet.pef all+change-gps+no-exif+no-exif-gps refused
+  photo/imagemeta__sample.arw all+change-gps+no-exif+no-exif-gps refused
+  photo/imagemeta__sample.cr2 all+change-gps+no-exif+no-exif-gps refused
+  photo/imagemeta__sample.nef all+change-gps+no-exif+no-exif-gps refused
+The photo has no property that a list can name.
+  photo/imagemeta__utf8-in-ztxt.png import refused
+Deliberate: a latitude over 90 degrees is none.
+  photo/Piexif__01.jpg export Latitude
+  photo/photoprism__buggy_panorama.jpg export Latitude
+Bytes that are no text: exiftool keeps them, we read them as letters.
+  photo/Piexif__r_casio.jpg import tags
+  photo/exiv2__issue_1881_coverage.jpg export Make
+Degrees, minutes and seconds from decimal degrees: they differ by less than a metre, fractions by their last digits.
+  photo/commons-imaging__2024-04-30_G012.JPG import tags
+  photo/exiv2__IMG_1361.dng import tags
+  photo/metadata-extractor-images__Nokia_Lumia_800.jpg import tags
+A list names the side of the sea where the photo has an altitude alone.
+  photo/commons-imaging__test.webp import tags
+With a new position, what belongs to the old one goes.
+  photo/Pillow__ifd_tag_type.tiff import tags
+Its entries were out of order already; another one is named now.
+  photo/Piexif__01.jpg change-gps+no-exif warnings
+A block without an image in it: nothing says whether it belongs to one.
+  photo/exifast__Exif_manyifd.tif apply+camera warnings
+Converters develop by the camera's name, profiles and the names of parts.
+  photo/exiftool__DNG.dng all texts
+  photo/exiv2__IMG_1361.dng all texts
+  photo/photoprism__canon_eos_6d.dng all texts
+Bytes of an older version of the file that nothing points to.
+  photo/Pillow__ifd_tag_type.tiff all texts
+The maker's data is a copy in the DNG's private data, or a segment of its own.
+  photo/exiftool__DNG.dng no-exif left
+  photo/exiftool__ExifTool.jpg no-exif left
+Not dc:creator: the letters of a name count in XML.
+  photo/exiftool__DNG.dng no-iptc left
+A second IPTC block within the maker's data, which a raw photo keeps.
+  photo/exiftool__Nikon.nef no-iptc left
+The camera's thermal data holds the place, too; the outcome says that it stays.
+  photo/metadata-extractor-images__FLIR_iPhone_device.jpg no-exif-gps+no-gps left
+No well-formed XML: the packet goes whole, as the outcome says.
+  photo/exiv2__exiv2-bug1026.jpg no-exif+no-gps+no-iptc tags
+exiftool takes the length of the first directory for that of the second.
+  photo/exiv2__exiv2-kodak-dc210.jpg gps warnings
+A pointer to nowhere, which leads into what was added.
+  broken/exiv2__issue_400_poc2.png change-gps left
+  photo/nom-exif__endless_loop.jpg apply+camera+gps warnings
+Its first block: of resolution and size nothing is known that it would have to say.
+  photo/test-assets__portrait.jpg apply+camera+change-gps+gps warnings
+"""
