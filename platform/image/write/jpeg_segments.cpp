@@ -76,30 +76,44 @@ Result<JpegImage> readJpegImage(FileReader& reader, std::uint64_t offset) {
     return tl::unexpected(brokenAt(reader));
 }
 
+namespace {
+
+/// Returns where in the bytes, at least two, a marker begins that is more than a stuffed byte or a
+/// restart; near their end when there is none.
+std::uint64_t markerIn(ByteView bytes) {
+    std::uint64_t at = 0;
+    while (at + 1 < bytes.size()) {
+        const void* found = std::memchr(bytes.data() + at, 0xFF, bytes.size() - 1 - at);
+        if (found == nullptr)
+            return bytes.size() - 1;
+        at = static_cast<std::uint64_t>(static_cast<const std::uint8_t*>(found) - bytes.data());
+        const std::uint8_t code = bytes.data()[at + 1];
+        if (code != 0 && !standsAlone(code))
+            return at;
+        at += 2;
+    }
+    return at;
+}
+
+} // namespace
+
 Result<std::uint64_t> endOfJpegImage(FileReader& reader, const JpegImage& image) {
     std::uint64_t at = image.scan;
     while (true) {
         const ByteView bytes = reader.viewUpTo(at, FileReader::kWindow);
         if (bytes.size() < 2)
             return reader.size();
-        const void* found = std::memchr(bytes.data(), 0xFF, bytes.size() - 1);
-        if (found == nullptr) {
-            at += bytes.size() - 1;
+        const std::uint64_t place = markerIn(bytes);
+        at += place;
+        if (place + 1 >= bytes.size())
             continue;
-        }
-        const auto place =
-            static_cast<std::uint64_t>(static_cast<const std::uint8_t*>(found) - bytes.data());
         const std::uint8_t code = bytes.data()[place + 1];
         if (code == kEoi)
-            return at + place + 2;
-        if (code == 0xFF) { // fill
-            at += place + 1;
-        } else if (code == 0 || standsAlone(code)) {
-            at += place + 2;
-        } else {
-            const auto length = reader.viewUpTo(at + place + 2, 2).be16(0);
-            at += place + 2 + length.value_or(2);
-        }
+            return at + 2;
+        if (code == 0xFF) // fill
+            ++at;
+        else
+            at += 2 + reader.viewUpTo(at + 2, 2).be16(0).value_or(2);
     }
 }
 
