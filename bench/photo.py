@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Photos: the date stamp against ImageMagick, the thumbnails of the grid against vipsthumbnail."""
+"""Photos: metadata edits against cp, exiftool and exiv2, the date stamp against ImageMagick, the thumbnails of the grid
+against vipsthumbnail."""
 import os
 import shutil
 import subprocess
@@ -9,9 +10,21 @@ import samples
 import window
 
 RUNS = 5
+EDITED = 200
 STAMPED = 20
 IN_GRID = 2000
 STAMP_RATIO = 0.5
+COPY_RATIO = 2
+# Name: our command, exiftool's options, what exiv2 does to copies.
+EDITS = {
+    "EXIF removal": (["remove", "exif"], ["-exif:all="], ["-de"]),
+    "removal of all metadata": (["remove", "all"], ["-all="], ["-da"]),
+    "GPS save": (["gps", "--date", "2024:02:29", "--time", "01:02:03", "--", "-33.5", "151.25", "-10"],
+                 ["-GPSLatitude=33.5", "-GPSLatitudeRef=S", "-GPSLongitude=151.25", "-GPSLongitudeRef=E", "-GPSAltitude=10",
+                  "-GPSAltitudeRef#=1", "-GPSDateStamp=2024:02:29", "-GPSTimeStamp=01:02:03"],
+                 ["-Mset Exif.GPSInfo.GPSLatitude 33/1 30/1 0/1", "-Mset Exif.GPSInfo.GPSLatitudeRef S",
+                  "-Mset Exif.GPSInfo.GPSLongitude 151/1 15/1 0/1", "-Mset Exif.GPSInfo.GPSLongitudeRef E"]),
+}
 
 
 def photos(folder, count):
@@ -27,6 +40,40 @@ def photos(folder, count):
         if not path.exists():
             shutil.copyfile(base, path)
     return made
+
+
+def bench_edits(options, table):
+    sources = photos(options.folder / "edited", EDITED)
+    storage = options.folder / "storage"
+
+    def clean():
+        shutil.rmtree(storage, ignore_errors=True)
+        storage.mkdir()
+        subprocess.run(["sync", "-f", str(storage)], check=True)
+
+    def sync():
+        subprocess.run(["sync", "-f", str(storage)], check=True)
+
+    for name, (words, exiftool, exiv2) in EDITS.items():
+        commands = {"cp of the same files": ["cp", *sources, storage],
+                    name: [options.cli, "--quiet", "--storage", storage, "photo", *words, *sources],
+                    "exiftool": ["exiftool", "-q", *exiftool, "-o", f"{storage}/", *sources]}
+        if shutil.which("exiv2"):
+            commands["cp and exiv2"] = ["bash", "-c", 'cp "${@:1:$0}" "${@:$0+1:1}" && exiv2 "${@:$0+2}" "${@:$0+1:1}"/*.jpg',
+                                        len(sources), *sources, storage, *exiv2]
+        times = dict(zip(commands, measure.median_seconds(RUNS, *commands.values(), between=clean, after=sync)))
+        clean()
+        peak = measure.child(*commands[name]).peak_bytes
+        if len(list(storage.glob("*.jpg"))) != EDITED:
+            raise RuntimeError(f"{name}: photos are missing")
+        mine, copied = times.pop(name), times.pop("cp of the same files")
+        size = f"{EDITED} JPEG of 12 megapixels, {sources[0].stat().st_size / 1e6:.1f} MB each"
+        table.add(f"{name} from {size}, with sync", f"{mine * 1000:.0f} ms, peak memory {peak >> 20} MiB")
+        table.add(f"{name} against cp ({copied * 1000:.0f} ms)", f"{mine / copied:.2f}", f"at most {COPY_RATIO}",
+                  mine <= COPY_RATIO * copied)
+        for other, theirs in times.items():
+            table.add(f"{name} against {other} ({theirs * 1000:.0f} ms)", f"{mine / theirs:.2f}", "less than 1", mine < theirs)
+    shutil.rmtree(storage)
 
 
 def bench_stamp(options, table):
@@ -82,5 +129,6 @@ def bench_grid(options, table):
 
 
 def bench_photo(options, table):
+    bench_edits(options, table)
     bench_stamp(options, table)
     bench_grid(options, table)
