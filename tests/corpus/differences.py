@@ -239,8 +239,6 @@ Converters develop by the camera's name, profiles and the names of parts.
   photo/exiftool__DNG.dng all texts
   photo/exiv2__IMG_1361.dng all texts
   photo/photoprism__canon_eos_6d.dng all texts
-Bytes of an older version of the file that nothing points to.
-  photo/Pillow__ifd_tag_type.tiff all texts
 The maker's data is a copy in the DNG's private data, or a segment of its own.
   photo/exiftool__DNG.dng no-exif left
   photo/exiftool__ExifTool.jpg no-exif left

@@ -249,6 +249,33 @@ private:
             m_moved[index] = offset;
     }
 
+    /// Returns whether the tag may hold offsets: those of images, and what neither TIFF 6.0 nor DNG
+    /// 1.6 explains.
+    static bool mayLead(const TiffEntry& entry) {
+        constexpr std::uint16_t kExtraProfiles = 0xC6F5;
+        const bool isOfDng = (entry.tag >= 0xC612 && entry.tag < 0xC800) ||
+                             (entry.tag >= 0xCD00 && entry.tag < 0xCE00);
+        const bool isOfImage =
+            std::any_of(kImageData.begin(), kImageData.end(),
+                        [&](const auto& pair) { return entry.tag == pair.first; });
+        return isOfImage || entry.tag == kExtraProfiles || (entry.tag >= 0x0200 && !isOfDng);
+    }
+
+    bool leadsIntoGap() const {
+        constexpr std::uint16_t kLengths = 0x0202;
+        for (std::size_t i = 0; i < m_structure.directories.size(); ++i)
+            for (const TiffEntry& entry : m_structure.directories[i].entries) {
+                const bool isLong = tiffTypeSize(entry.type) == 4;
+                if (isRemoved(i) || isChanged(i, entry.tag) || !isLong || !mayLead(entry) ||
+                    entry.tag == kLengths || leadsToRemoved(i, entry))
+                    continue;
+                for (const std::uint32_t at : m_structure.numbers(m_editor.m_source, entry))
+                    if (at < m_editor.m_source.size && !m_kept.intersects(at, 1))
+                        return true;
+            }
+        return false;
+    }
+
     /// What nothing needs any more becomes zeros.
     void zeroFreed() {
         for (std::size_t i = 0; i < m_structure.directories.size(); ++i) {
@@ -257,6 +284,8 @@ private:
                 (m_isMoved.count(i) > 0 ? m_freed : m_kept)
                     .add(directory.offset, roomOf(directory));
         }
+        if (m_editor.m_clearsGaps && !leadsIntoGap())
+            m_freed.add(8, m_editor.m_source.size - 8);
         for (const auto& [begin, end] : m_freed.without(m_kept))
             m_replacements[begin] = QByteArray(static_cast<qsizetype>(end - begin), '\0');
     }

@@ -47,6 +47,9 @@ public:
     void removeAll(Kind kind);
     /// Removes all tags of the images but these.
     void keepOnly(const std::set<std::uint16_t>& tags);
+    /// Takes out what no directory leads to, older states of the file above all; not where an entry
+    /// that is not known may lead there.
+    void clearGaps() { m_clearsGaps = true; }
     /// Removes the images behind the first, with their data where it is known: the thumbnail.
     void removeFurtherImages();
 
@@ -66,7 +69,7 @@ private:
     std::map<std::size_t, Changes> m_changes; ///< by directory
     std::map<Kind, Changes> m_added;          ///< directories that the first image gets
     std::set<std::size_t> m_removed;
-    bool m_endsAfterFirst = false;
+    bool m_endsAfterFirst = false, m_clearsGaps = false;
 };
 
 /// Returns the block without the gaps that removed values leave; the block itself where something

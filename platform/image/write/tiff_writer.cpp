@@ -111,6 +111,7 @@ public:
         tags.dropsEverything = false; // its list of what stays is that of a block without pixels
         if (m_change.dropsEverything) {
             tags.dropsTiff = tags.dropsExif = tags.dropsGps = true;
+            editor->clearGaps();
             for (const std::uint16_t tag : kPersonal)
                 for (const Kind kind : {Kind::Image, Kind::Sub})
                     editor->remove(kind, tag);
