@@ -8,7 +8,7 @@ import re
 import subprocess
 
 # Facts of the file itself, and what exiftool computes from other tags.
-OF_THE_FILE = re.compile(r"SourceFile|ExifTool:|File:System:|File:(File:)?(FileSize|CurrentIPTCDigest)|Composite:")
+OF_THE_FILE = re.compile(r"SourceFile|ExifTool:|File:System:|File:(File:)?(FileSize|CurrentIPTCDigest)|Composite:|QuickTime:MediaData")
 # Numbers that say where in the file something stands: that it is there counts, and what stands there is compared as such.
 PLACES = re.compile(r":(\w*Offsets?|\w*ImageStart|JpgFromRawStart|OffsetToHiddenData|OffsetTable\w*|MPImageLength)$")
 STRIPS = re.compile(r"EXIF:(IFD0|SubIFD\d*):(Strip|Tile)(Offsets|ByteCounts)$")
@@ -45,13 +45,60 @@ class Photo:
 
     def payload(self, limit):
         """Hashes of the strips and tiles of a TIFF's images within the first `limit` bytes: what a cut file lacks may be
-        anything."""
-        data = self.path.read_bytes()[:limit]
+        anything; of the items of a HEIF file."""
+        data = self.path.read_bytes()
+        yield from heif_items(data)
+        data = data[:limit]
         for key, value in sorted(self.strips.items()):
             counts = self.strips.get(re.sub(r"Offsets$", "ByteCounts", key), value)
             if counts is not value:
                 bounds = zip(*(numbers(one) for one in (value, counts)))
                 yield key, hashlib.md5(b"".join(data[at:at + size] for at, size in bounds)).hexdigest()
+
+
+def boxes(data, at, end):
+    while at + 8 <= end:
+        size, head = int.from_bytes(data[at:at + 4], "big"), 8
+        if size == 1:
+            size, head = int.from_bytes(data[at + 8:at + 16], "big"), 16
+        size = size or end - at
+        if size < head:
+            return
+        yield data[at + 4:at + 8], at + head, min(at + size, end)
+        at += size
+
+
+def heif_items(data):
+    """(id, type, hash) of the items that are neither Exif nor XMP: images, thumbnails, gain maps, grids. Source: ISO/IEC
+    14496-12, 8.11."""
+    meta = next(((at + 4, end) for kind, at, end in boxes(data, 0, len(data)) if kind == b"meta"), None)
+    inner = {kind: at for kind, at, _ in boxes(data, *meta)} if meta else {}
+    if b"iloc" not in inner or b"iinf" not in inner:
+        return
+    place = inner[b"iinf"] + (6 if data[inner[b"iinf"]] == 0 else 8)
+    kinds = {}
+    for kind, at, end in boxes(data, place, meta[1]):
+        wide = 4 if data[at] == 3 else 2
+        if kind == b"infe" and data[at] >= 2:
+            kinds[int.from_bytes(data[at + 4:at + 4 + wide], "big")] = data[at + 6 + wide:at + 10 + wide]
+    at, version = inner[b"iloc"] + 4, data[inner[b"iloc"]]
+
+    def number(size):
+        nonlocal at
+        at += size
+        return int.from_bytes(data[at - size:at], "big")
+
+    sizes = number(2)
+    for _ in range(number(4 if version == 2 else 2)):
+        item, method = number(4 if version == 2 else 2), number(2) & 15 if version else 0
+        number(2)
+        base, content = number(sizes >> 4 & 15), b""
+        for _ in range(number(2)):
+            number(sizes & 15 if version else 0)
+            offset = base + number(sizes >> 12) + (inner.get(b"idat", 0) if method == 1 else 0)
+            content += data[offset:offset + number(sizes >> 8 & 15)]
+        if kinds.get(item) not in (b"Exif", b"mime"):
+            yield item, kinds.get(item), hashlib.md5(content).hexdigest()
 
 
 def numbers(value):
