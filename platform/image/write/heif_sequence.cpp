@@ -68,10 +68,10 @@ void makeFree(QByteArray& moov, const Box& box) {
 
 } // namespace
 
-bool hasSequenceTexts(const QByteArray& moov, bool locatedItems) {
+bool hasLocatedTexts(const QByteArray& moov) {
     const auto leaves = leavesOf(moov);
     return !leaves || std::any_of(leaves->begin(), leaves->end(), [&](const Box& box) {
-        return holdsTexts(box.type) && (!locatedItems || bytesOfBox(moov, box).contains("iloc"));
+        return holdsTexts(box.type) && bytesOfBox(moov, box).contains("iloc");
     });
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/image/messages.h"
-#include "platform/image/write/heif_edits.h"
-#include "platform/image/write/heif_layout.h"
+#include "platform/image/write/heif_meta.h"
 #include "platform/image/write/heif_sequence.h"
+#include "platform/image/write/motion_video.h"
 #include "platform/image/write/photo_plan.h"
 #include "platform/isobmff/write/write_patch.h"
 
@@ -18,23 +18,17 @@ namespace {
 
 constexpr std::uint64_t kBoxHead = 8;
 constexpr std::uint64_t kLargestHeifHeader = 64u << 20;
-constexpr std::uint32_t kLargestShortId = 0xFFFF;
 
 template <std::size_t Count>
 bool isOneOf(std::uint32_t type, const std::array<std::uint32_t, Count>& types) {
     return std::find(types.begin(), types.end(), type) != types.end();
 }
 
-/// What a removal of everything leaves at the top level and in `meta`.
+/// What a removal of everything leaves at the top level.
 constexpr std::array kKeptBoxes{
     fourCc("ftyp"), fourCc("styp"), fourCc("meta"), fourCc("mdat"), fourCc("moov"), fourCc("moof"),
     fourCc("mfra"), fourCc("sidx"), fourCc("pdin"), fourCc("free"), fourCc("skip"),
 };
-constexpr std::array kKeptChildren{
-    fourCc("hdlr"), fourCc("dinf"), fourCc("pitm"), fourCc("iinf"), fourCc("iloc"),
-    fourCc("iref"), fourCc("iprp"), fourCc("idat"), fourCc("grpl"), fourCc("ipro"),
-};
-
 std::uint64_t lengthOf(const std::vector<ByteRanges::Range>& ranges) {
     std::uint64_t length = 0;
     for (const auto& [begin, end] : ranges)
@@ -42,23 +36,12 @@ std::uint64_t lengthOf(const std::vector<ByteRanges::Range>& ranges) {
     return length;
 }
 
-/// A child of the new `meta` box: of the source, or new.
-struct MetaChild {
-    const Box* source = nullptr;
-    QByteArray bytes;
-    bool isLocations = false;
-
-    [[nodiscard]] std::uint64_t size() const {
-        return source != nullptr ? source->size : static_cast<std::uint64_t>(bytes.size());
-    }
-};
-
 class HeifPlan {
 public:
     HeifPlan(FileReader& reader, const PhotoChange& change, const HeifStructure& structure,
              HeifEdits edits)
         : m_reader(reader), m_change(change), m_file(structure), m_edits(std::move(edits)),
-          m_locations(structure.locations) {}
+          m_meta(reader, structure), m_locations(structure.locations) {}
 
     Result<PhotoPlan> run() {
         using Step = Result<void> (HeifPlan::*)();
@@ -71,7 +54,7 @@ public:
             return unchanged;
         }
         for (const Step step :
-             {&HeifPlan::gatherRanges, &HeifPlan::placePayloads, &HeifPlan::changeTables})
+             {&HeifPlan::gatherRanges, &HeifPlan::placePayloads, &HeifPlan::changeMeta})
             if (auto done = (this->*step)(); !done)
                 return tl::unexpected(done.error());
         return laidOut();
@@ -89,31 +72,34 @@ private:
     /// Sequences may hold texts and places of their own.
     Result<void> checkSequence() {
         for (const Box& box : m_file.boxes) {
-            if (box.type != fourCc("moov"))
+            if (box.type != fourCc("moov") || !m_change.dropsEverything)
                 continue;
             const auto moov = boxBytes(box);
             if (!moov)
                 return tl::unexpected(moov.error());
-            if (m_change.dropsEverything && hasSequenceTexts(*moov, true))
+            if (hasLocatedTexts(*moov))
                 return tl::unexpected(error(ErrorCode::NotSupported, kPhotoKindNotWritten));
-            if (m_change.dropsGps && hasSequenceTexts(*moov, false))
-                noteVideo();
         }
-        if (m_change.dropsGps && (m_file.has(fourCc("mpvd")) || hasSamsungVideo()))
-            noteVideo();
+        if (m_change.dropsGps && !m_change.dropsEverything)
+            noteVideos();
         return {};
     }
 
-    void noteVideo() {
-        if (!m_edits.notes.contains(kMotionVideoKept))
+    /// A sequence, and the video of a motion photo, keep their places.
+    void noteVideos() {
+        std::vector<VideoPlace> places;
+        if (m_file.has(fourCc("moov")))
+            places.push_back(placeOfMotionVideo(m_reader, 0, m_file.end));
+        for (const Box& box : m_file.boxes)
+            if (box.type == fourCc("mpvd"))
+                places.push_back(placeOfMotionVideo(m_reader, box.payloadOffset(), box.end()));
+        const auto has = [&](VideoPlace place) {
+            return std::find(places.begin(), places.end(), place) != places.end();
+        };
+        if (has(VideoPlace::There))
+            m_edits.notes.append(kMotionVideoHoldsPlace);
+        else if (has(VideoPlace::Unknown))
             m_edits.notes.append(kMotionVideoKept);
-    }
-
-    /// The names of the parts stand in front of the file's last bytes.
-    bool hasSamsungVideo() {
-        constexpr std::uint64_t kDirectory = 4096;
-        const std::uint64_t at = m_file.fileSize - std::min(m_file.fileSize, kDirectory);
-        return m_reader.viewUpTo(at, kDirectory).bytes().contains("MotionPhoto_Data");
     }
 
     Result<QByteArray> boxBytes(const Box& box) {
@@ -138,11 +124,22 @@ private:
             if (edited && isUsedByItems(item.id))
                 return tl::unexpected(error(ErrorCode::NotSupported, kMetadataShared));
         }
-        if (!m_old.without(payloads).empty())
+        if (!m_old.without(payloads).empty() || !m_kept.without(payloads).empty())
             return tl::unexpected(error(ErrorCode::InvalidData, kHeifBroken));
         if (lengthOf(m_old.without(m_kept)) != lengthOf(m_old.without(ByteRanges())))
             return tl::unexpected(error(ErrorCode::NotSupported, kMetadataShared));
         return {};
+    }
+
+    /// An item that reaches to the end would take in what is added there.
+    void stateLengths() {
+        for (ItemLocation& item : m_locations.items) {
+            const auto ranges = m_file.ranges(item);
+            if (item.method() == ItemLocation::InFile && ranges.size() == item.extents.size())
+                for (std::size_t i = 0; i < ranges.size(); ++i)
+                    if (item.extents[i].length == 0)
+                        item.extents[i].length = ranges[i].second - ranges[i].first;
+        }
     }
 
     /// Returns whether other items are cut out of the bytes of this one.
@@ -157,6 +154,7 @@ private:
     /// A changed item stays where it was if it fits there; otherwise it goes into a new `mdat`.
     /// What an item leaves becomes zeros.
     Result<void> placePayloads() {
+        stateLengths();
         ByteRanges written;
         for (const auto& [id, payload] : m_edits.changed) {
             ItemLocation* item = m_locations.find(id);
@@ -205,103 +203,18 @@ private:
             m_old.add(begin, end - begin);
     }
 
-    Result<void> changeTables() {
-        m_entries = m_file.entries;
-        m_references = m_file.references;
-        const auto goes = [&](const auto& item) { return m_edits.removed.contains(item.id); };
-        std::erase_if(m_entries.items, goes);
-        std::erase_if(m_locations.items, goes);
-        m_references.removeItems(m_edits.removed);
-        if (m_change.dropsEverything)
-            for (ItemEntry& entry : m_entries.items)
-                entry.box = entry.namelessBox();
-        for (const HeifEdits::NewItem& item : m_edits.added)
-            if (auto done = addItem(item); !done)
-                return done;
-        return gatherChildren();
-    }
-
-    Result<void> addItem(const HeifEdits::NewItem& item) {
-        const auto id = freeId();
-        if (!id)
-            return tl::unexpected(error(ErrorCode::LimitExceeded, kPhotoTooLarge));
-        m_entries.items.push_back(ItemEntry::make(*id, item.type, item.contentType));
-        m_locations.items.push_back({*id, 0, 0, 0, {{}}});
-        if (m_references.references.empty() && m_file.primary > kLargestShortId)
-            m_references.version = 1;
-        m_references.references.push_back({fourCc("cdsc"), *id, {m_file.primary}});
-        m_moved.emplace_back(*id, item.payload);
-        return {};
-    }
-
-    /// Returns a number that no item and no group of the file has.
-    [[nodiscard]] std::optional<std::uint32_t> freeId() {
-        std::set<std::uint32_t> used{0, m_file.primary};
-        for (const ItemEntry& entry : m_entries.items)
-            used.insert(entry.id);
-        for (const ItemLocation& item : m_locations.items)
-            used.insert(item.id);
-        for (const ItemReference& reference : m_file.references.references) {
-            used.insert(reference.from);
-            used.insert(reference.to.begin(), reference.to.end());
+    Result<void> changeMeta() {
+        if (auto done = m_meta.change(m_edits, m_change.dropsEverything); !done)
+            return done;
+        std::erase_if(m_locations.items,
+                      [&](const ItemLocation& item) { return m_edits.removed.contains(item.id); });
+        for (std::size_t i = 0; i < m_edits.added.size(); ++i) {
+            const std::uint32_t id = m_meta.added()[i];
+            m_locations.items.push_back(*m_meta.locations().find(id));
+            m_moved.emplace_back(id, m_edits.added[i].payload);
         }
-        addGroupIds(used);
-        const auto last = used.upper_bound(kLargestShortId);
-        if (const std::uint32_t next = *std::prev(last) + 1; next <= kLargestShortId)
-            return next;
-        for (std::uint32_t id = 1; id <= kLargestShortId; ++id)
-            if (!used.contains(id))
-                return id;
-        return std::nullopt;
-    }
-
-    void addGroupIds(std::set<std::uint32_t>& used) {
-        const Box* box = m_file.child(fourCc("grpl"));
-        const auto groups = box != nullptr ? boxBytes(*box) : Result<QByteArray>();
-        BoxWalker walker(groups ? ByteView(*groups).sub(kBoxHead) : ByteView());
-        while (const auto group = walker.next())
-            used.insert(walker.payload(*group).be32(4).value_or(0));
-    }
-
-    Result<void> gatherChildren() {
-        const bool hasReferences = m_file.child(fourCc("iref")) != nullptr;
-        for (const Box& box : m_file.children) {
-            if (m_change.dropsEverything && !isOneOf(box.type, kKeptChildren))
-                continue;
-            auto child = changedChild(box);
-            if (!child)
-                return tl::unexpected(child.error());
-            if (child->size() > 0)
-                m_children.push_back(std::move(*child));
-            if (box.type == fourCc("iinf") && !hasReferences && !m_references.references.empty())
-                m_children.push_back({nullptr, m_references.box(), false});
-        }
+        m_meta.setLocations(m_locations);
         return {};
-    }
-
-    Result<MetaChild> changedChild(const Box& box) {
-        if (box.type == fourCc("iloc"))
-            return MetaChild{nullptr, m_locations.box(), true};
-        if (box.type == fourCc("iinf"))
-            return MetaChild{nullptr, m_entries.box(), false};
-        if (box.type == fourCc("iref"))
-            return MetaChild{nullptr,
-                             m_references.references.empty() ? QByteArray() : m_references.box(),
-                             false};
-        const bool isProperties = box.type == fourCc("iprp");
-        const bool isList = isProperties || box.type == fourCc("grpl");
-        if (!isList || (m_edits.removed.empty() && !m_change.dropsEverything))
-            return MetaChild{&box, {}, false};
-        const auto whole = boxBytes(box);
-        if (!whole)
-            return tl::unexpected(whole.error());
-        const ByteView payload = ByteView(*whole).sub(box.headerSize);
-        const auto changed =
-            isProperties ? changedItemProperties(payload, m_edits.removed, m_change.dropsEverything)
-                         : changedEntityGroups(payload, m_edits.removed);
-        if (!changed)
-            return tl::unexpected(changed.error());
-        return MetaChild{nullptr, *changed, false};
     }
 
     // Layout, twice: first to know where everything comes to stand, then with the offsets.
@@ -319,10 +232,10 @@ private:
                 m_locations.offsetBytes = locations->offsetBytes;
                 m_locations.lengthBytes = locations->lengthBytes;
                 m_locations.baseBytes = locations->baseBytes;
-                setLocations(m_locations);
+                m_meta.setLocations(m_locations);
                 continue;
             }
-            setLocations(*locations);
+            m_meta.setLocations(*locations);
             auto layout = emitted(&places->map());
             if (!layout)
                 return tl::unexpected(layout.error());
@@ -331,12 +244,6 @@ private:
             return plan;
         }
         return tl::unexpected(error(ErrorCode::LimitExceeded, kPhotoTooLarge));
-    }
-
-    void setLocations(const ItemLocations& locations) {
-        for (MetaChild& child : m_children)
-            if (child.isLocations)
-                child.bytes = locations.box();
     }
 
     Result<ItemLocations> relocated(const OffsetMap& map) const {
@@ -422,25 +329,14 @@ private:
 
     /// Returns how many boxes behind `meta` it takes the place of.
     std::size_t addMeta(HeifLayout& layout) {
-        const Box& old = m_file.meta();
-        const std::uint64_t prefix =
-            m_file.children.empty() ? 0 : m_file.children.front().offset - old.payloadOffset();
-        std::uint64_t size = kBoxHead + prefix;
-        for (const MetaChild& child : m_children)
-            size += child.size();
-        std::uint64_t space = old.size;
+        const std::uint64_t size = m_meta.size();
+        std::uint64_t space = m_file.meta().size;
         std::size_t taken = 0;
         if (!fitsInto(size, space) && hasFreeBehindMeta()) {
             space += m_file.boxes[m_file.metaIndex + 1].size;
             taken = 1;
         }
-        QByteArray head;
-        appendBigEndian(head, size, 4);
-        layout.add(head + "meta");
-        layout.keep(old.payloadOffset(), old.payloadOffset() + prefix);
-        for (const MetaChild& child : m_children)
-            child.source != nullptr ? layout.keep(child.source->offset, child.source->end())
-                                    : layout.add(child.bytes);
+        m_meta.addTo(layout);
         if (fitsInto(size, space) && size < space)
             layout.add(heifBox(fourCc("free"),
                                QByteArray(static_cast<qsizetype>(space - size - kBoxHead), '\0')));
@@ -514,10 +410,8 @@ private:
     const HeifStructure& m_file;
     HeifEdits m_edits;
     ByteRanges m_old, m_kept; ///< of items that go or change, and of the others
-    ItemEntries m_entries;
-    ItemLocations m_locations; ///< offsets as in the source
-    ItemReferences m_references;
-    std::vector<MetaChild> m_children;
+    HeifMeta m_meta;
+    ItemLocations m_locations;                                 ///< offsets as in the source
     HeifLayout m_layout;                                       ///< replacements alone
     std::vector<std::pair<std::uint32_t, QByteArray>> m_moved; ///< payloads with a new place
     std::uint64_t m_movedAt = 0;                               ///< where their box begins
