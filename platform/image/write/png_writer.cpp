@@ -5,8 +5,11 @@
 
 #include <QtEndian>
 
+#include <zlib.h>
+
 #include <algorithm>
 #include <array>
+#include <utility>
 
 // Chunks of PNG files. Source: Portable Network Graphics (third edition), 5 and 11.3; the "Raw
 // profile type" texts are those of ImageMagick.
@@ -19,6 +22,7 @@ constexpr std::size_t kMostPngChunks = 1u << 20;
 constexpr std::uint64_t kMostPngText = 16u << 20;
 const QByteArray kXmpKeyword = QByteArrayLiteral("XML:com.adobe.xmp");
 const QByteArray kRawProfile = QByteArrayLiteral("Raw profile type ");
+const QByteArray kXmpSign("http://ns.adobe.com/xap/1.0/\0", 29); // of a JPEG segment
 
 struct PngChunk {
     QByteArray type;
@@ -66,10 +70,23 @@ Result<std::vector<PngChunk>> pngChunks(FileReader& reader) {
     return tl::unexpected(brokenPng(reader));
 }
 
-/// zlib data as qUncompress() takes it, with a bound on what it announces to become.
+/// Returns what zlib data becomes; nothing when it is damaged or becomes more than a text may have:
+/// a small chunk could fill the memory.
 QByteArray inflated(const QByteArray& data) {
-    QByteArray result = qUncompress(png32(static_cast<std::uint32_t>(data.size()) * 8) + data);
-    return static_cast<std::uint64_t>(result.size()) <= kMostPngText ? result : QByteArray();
+    QByteArray result;
+    for (uLongf size = 1u << 16; size <= kMostPngText; size *= 4) {
+        result.resize(static_cast<qsizetype>(size));
+        uLongf length = size;
+        const int code =
+            uncompress(static_cast<Bytef*>(static_cast<void*>(result.data())), &length,
+                       static_cast<const Bytef*>(static_cast<const void*>(data.data())),
+                       static_cast<uLong>(data.size()));
+        if (code == Z_OK)
+            return result.first(static_cast<qsizetype>(length));
+        if (code != Z_BUF_ERROR)
+            break;
+    }
+    return {};
 }
 
 /// A text chunk, whatever its form.
@@ -105,6 +122,11 @@ QByteArray rawProfileBytes(const QByteArray& text) {
                             : QByteArray::fromHex(lines.mid(2).join().replace(' ', ""));
 }
 
+/// `name`: of the profile, in lower case.
+bool isRawXmp(const QByteArray& name, const QByteArray& bytes) {
+    return name == "xmp" || (name == "app1" && bytes.startsWith(kXmpSign));
+}
+
 QByteArray rawProfileChunk(const QByteArray& name, const QByteArray& bytes) {
     const QByteArray hex = bytes.toHex();
     QByteArray text = '\n' + name + '\n' + QByteArray::number(bytes.size()).rightJustified(8);
@@ -117,6 +139,34 @@ QByteArray rawProfileChunk(const QByteArray& name, const QByteArray& bytes) {
 
 QByteArray xmpChunk(const QByteArray& packet) {
     return pngChunk("iTXt", kXmpKeyword + QByteArray("\0\0\0\0\0", 5) + packet);
+}
+
+/// Keywords that repeat a tag. Source: PNG, 11.3.3.1.
+constexpr std::pair<const char*, const char*> kTagTexts[] = {{"Author", "Artist"},
+                                                             {"Description", "ImageDescription"},
+                                                             {"Copyright", "Copyright"},
+                                                             {"Comment", "UserComment"},
+                                                             {"Creation Time", "DateTimeOriginal"}};
+
+/// Returns the new text of a keyword, null when the change does not concern it.
+QString renewedText(const QByteArray& keyword, const PhotoChange& change) {
+    constexpr std::uint8_t kObjectName = 5;
+    const auto title = change.iptc.find(kObjectName);
+    if (keyword == "Title" && title != change.iptc.end())
+        return title->second.join(u' ') + QLatin1String("");
+    for (const auto& [known, name] : kTagTexts)
+        for (const auto* tags : {&change.image, &change.exif})
+            for (const AskedTag& asked : *tags)
+                if (keyword == known && asked.name == QLatin1String(name))
+                    return asked.value.toString() + QLatin1String("");
+    return {};
+}
+
+QByteArray textChunk(const QByteArray& keyword, const QString& text) {
+    const QByteArray latin = text.toLatin1();
+    if (QString::fromLatin1(latin) == text)
+        return pngChunk("tEXt", keyword + '\0' + latin);
+    return pngChunk("iTXt", keyword + QByteArray("\0\0\0\0\0", 5) + text.toUtf8());
 }
 
 bool isText(const QByteArray& type) {
@@ -172,10 +222,12 @@ private:
         } else if (text.keyword.startsWith(kRawProfile)) {
             const QByteArray name = text.keyword.mid(kRawProfile.size()).toLower();
             const QByteArray bytes = rawProfileBytes(text.text);
-            if ((name == "exif" || name == "app1") && !bytes.startsWith("http://"))
+            if (isRawXmp(name, bytes))
+                m_rawXmp = bytes.mid(bytes.startsWith(kXmpSign) ? kXmpSign.size() : 0);
+            else if (name == "exif" || name == "app1")
                 m_rawExif = bytes;
             else if (name == "iptc" || name == "8bim")
-                m_iptc = rawProfileBytes(text.text);
+                m_iptc = bytes;
         }
     }
 
@@ -184,17 +236,28 @@ private:
             return done;
         if (auto done = changeIptc(); !done)
             return done;
-        m_newXmp = m_iptc.isEmpty() ? changedXmpWithIptc(m_xmp, m_change, m_plan.notes)
-                                    : changedXmpOrNote(m_xmp, m_change, m_plan.notes);
+        changeXmp();
         return {};
     }
 
+    /// A packet in a raw profile becomes that of the file when it changes, or goes if there is one.
+    void changeXmp() {
+        const bool isAlone = m_xmp.isNull();
+        const QByteArray old = isAlone ? m_rawXmp : m_xmp;
+        m_newXmp = m_iptc.isEmpty() ? changedXmpWithIptc(old, m_change, m_plan.notes)
+                                    : changedXmpOrNote(old, m_change, m_plan.notes);
+        m_changesXmp = m_newXmp != old;
+        m_changesRawXmp =
+            isAlone ? m_changesXmp : changedXmpOrNote(m_rawXmp, m_change, m_plan.notes) != m_rawXmp;
+    }
+
     Result<void> changeExif() {
-        const QByteArray prefix("Exif\0\0", 6);
-        const QByteArray raw =
-            m_rawExif.startsWith(prefix) ? m_rawExif.mid(prefix.size()) : m_rawExif;
+        const QByteArray prefix("Exif\0\0", 6); // in raw profiles, and by some writers in chunks
+        QByteArray block = m_exif.isEmpty() ? m_rawExif : m_exif;
+        if (block.startsWith(prefix))
+            block.remove(0, prefix.size());
         m_changesExif = m_change.changesTags();
-        const auto changed = changedTiffBlock(m_exif.isEmpty() ? raw : m_exif, m_change);
+        const auto changed = changedTiffBlock(block, m_change);
         if (changed)
             m_newExif = *changed;
         else if (!m_change.dropsEverything && !(m_change.dropsExif && m_change.dropsGps))
@@ -219,7 +282,7 @@ private:
     void addNew() {
         if (m_changesExif && !m_newExif.isEmpty())
             m_plan.add(pngChunk("eXIf", m_newExif));
-        if (m_newXmp != m_xmp && !m_newXmp.isEmpty())
+        if (m_changesXmp && !m_newXmp.isEmpty())
             m_plan.add(xmpChunk(m_newXmp));
         if (m_changesIptc && !m_newIptc.isEmpty())
             m_plan.add(rawProfileChunk("iptc", m_newIptc));
@@ -233,15 +296,16 @@ private:
             return false;
         const PngText text = pngText(chunk.type, dataOf(chunk));
         if (text.keyword == kXmpKeyword)
-            return m_newXmp != m_xmp;
+            return m_changesXmp;
         if (text.keyword.startsWith("exif:")) // tags as texts, by ImageMagick
             return text.keyword.startsWith("exif:GPS") ? m_change.dropsGps : m_change.dropsExif;
         if (!text.keyword.startsWith(kRawProfile))
-            return false;
+            return renewsText(text.keyword);
         const QByteArray name = text.keyword.mid(kRawProfile.size()).toLower();
+        if (isRawXmp(name, rawProfileBytes(text.text)))
+            return m_changesRawXmp;
         return (m_changesExif && (name == "exif" || name == "app1")) ||
-               (m_changesIptc && (name == "iptc" || name == "8bim")) ||
-               (name == "xmp" && m_newXmp != m_xmp);
+               (m_changesIptc && (name == "iptc" || name == "8bim"));
     }
 
     void place(const PngChunk& chunk) {
@@ -252,12 +316,21 @@ private:
             m_plan.addRange(chunk.offset, chunk.size());
     }
 
+    /// Texts that repeat a changed tag follow it: an old one would be shown there.
+    bool renewsText(const QByteArray& keyword) {
+        const QString text = renewedText(keyword, m_change);
+        if (!text.isEmpty() && !m_change.dropsEverything)
+            m_plan.add(textChunk(keyword, text));
+        return !text.isNull();
+    }
+
     FileReader& m_reader;
     const PhotoChange& m_change;
     PhotoPlan m_plan;
-    QByteArray m_exif, m_rawExif, m_xmp, m_iptc;
+    QByteArray m_exif, m_rawExif, m_xmp, m_rawXmp, m_iptc;
     QByteArray m_newExif, m_newXmp, m_newIptc;
-    bool m_changesExif = false, m_changesIptc = false, m_isPlaced = false;
+    bool m_changesExif = false, m_changesIptc = false;
+    bool m_changesXmp = false, m_changesRawXmp = false, m_isPlaced = false;
 };
 
 } // namespace
