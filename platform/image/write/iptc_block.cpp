@@ -145,7 +145,12 @@ IptcChanges withRepeatedTags(const PhotoChange& change, const std::vector<DataSe
         {QLatin1String("ImageDescription"), std::uint8_t{120}},
         {QLatin1String("Copyright"), std::uint8_t{116}},
     };
-    constexpr std::uint8_t kDateCreated = 55, kTimeCreated = 60;
+    struct Moment {
+        QLatin1String tag;
+        std::uint8_t date, time;
+    };
+    static constexpr Moment kMoments[] = {{QLatin1String("DateTimeOriginal"), 55, 60},
+                                          {QLatin1String("DateTimeDigitized"), 62, 63}};
     IptcChanges changes = change.iptc;
     for (const AskedTag& asked : change.image)
         for (const auto& [name, number] : kRepeated)
@@ -153,17 +158,18 @@ IptcChanges withRepeatedTags(const PhotoChange& change, const std::vector<DataSe
                 const QString text = asked.value.toString();
                 changes.emplace(number, text.isEmpty() ? QStringList() : QStringList{text});
             }
-    for (const AskedTag& asked : change.exif) {
-        if (asked.name != QLatin1String("DateTimeOriginal"))
-            continue;
-        const QString digits = asked.value.toString().remove(u':').remove(u' ').remove(u'-');
-        const bool isDate = digits.size() == 14;
-        if (has(sets, kDateCreated))
-            changes.emplace(kDateCreated, isDate ? QStringList{digits.first(8)} : QStringList());
-        if (const DataSet* time = find(sets, kTimeCreated))
-            changes.emplace(kTimeCreated,
-                            isDate ? QStringList{digits.sliced(8) + zoneOf(*time)} : QStringList());
-    }
+    for (const AskedTag& asked : change.exif)
+        for (const auto& [tag, day, clock] : kMoments) {
+            if (asked.name != tag)
+                continue;
+            const QString digits = asked.value.toString().remove(u':').remove(u' ').remove(u'-');
+            const bool isDate = digits.size() == 14;
+            if (has(sets, day))
+                changes.emplace(day, isDate ? QStringList{digits.first(8)} : QStringList());
+            if (const DataSet* time = find(sets, clock))
+                changes.emplace(clock, isDate ? QStringList{digits.sliced(8) + zoneOf(*time)}
+                                              : QStringList());
+        }
     return changes;
 }
 

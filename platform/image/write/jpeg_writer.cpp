@@ -139,6 +139,19 @@ private:
         m_exifIsThere = true;
     }
 
+    /// What it says of a changed fact follows; a segment that goes on with the first stays.
+    void addSecondExif(const JpegSegment& segment) {
+        const QByteArray block = segment.payload.mid(kExifHead.size());
+        const auto editor = TiffEditor::open(TiffSource::ofBlock(block));
+        const auto changed = editor
+                                 ? changedTiffBlock(block, changeOfFurtherImage(m_change, *editor))
+                                 : Result<QByteArray>(QByteArray());
+        if (changed && !changed->isEmpty())
+            add(kJpegApp1, kExifHead + *changed);
+        else
+            m_pieces.push_back({&segment, {}});
+    }
+
     /// Without thumbnail and resolution.
     void addJfif(const JpegSegment& segment) {
         constexpr qsizetype kVersion = 2;
@@ -155,7 +168,7 @@ private:
             if (&segment == m_exifAt)
                 addExif();
             else if (!m_change.removesBlocks())
-                m_pieces.push_back({&segment, {}});
+                addSecondExif(segment);
             return true;
         }
         if (m_changesXmp && is(kJpegApp1, kXmpHead)) {

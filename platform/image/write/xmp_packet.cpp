@@ -237,17 +237,27 @@ constexpr IptcProperty kIptcProperties[] = {
     {122, "photoshop:CaptionWriter", nullptr},
 };
 
+/// Returns the text without what no XML may hold: a packet with it is unreadable. The
+/// stream writer leaves it out by itself.
+QString inXml(QString text) {
+    text.removeIf([](QChar c) {
+        const bool isBlank = c == u'\t' || c == u'\n' || c == u'\r';
+        return (c.unicode() < 0x20 && !isBlank) || c.unicode() >= 0xFFFE;
+    });
+    return text;
+}
+
 QString xmpPropertyText(const IptcProperty& property, const QStringList& texts) {
     const QString name = QLatin1String(property.name);
     if (property.list == nullptr)
         return QStringLiteral("<%1>%2</%1>")
-            .arg(name, texts.join(QLatin1String("; ")).toHtmlEscaped());
+            .arg(name, inXml(texts.join(QLatin1String("; "))).toHtmlEscaped());
     const QString list = QLatin1String(property.list);
     const QString language =
         list == QLatin1String("Alt") ? QStringLiteral(" xml:lang=\"x-default\"") : QString();
     QString items;
     for (const QString& text : texts)
-        items += QStringLiteral("<rdf:li%1>").arg(language) + text.toHtmlEscaped() +
+        items += QStringLiteral("<rdf:li%1>").arg(language) + inXml(text).toHtmlEscaped() +
                  QStringLiteral("</rdf:li>");
     return QStringLiteral("<%1><rdf:%2>").arg(name, list) + items +
            QStringLiteral("</rdf:%2></%1>").arg(name, list);

@@ -135,15 +135,17 @@ void XmpSynonyms::renewTags(const PhotoChange& change) {
 void XmpSynonyms::renewPlace(const PhotoChange& change) {
     const AskedTag* latitude = find(change.gps, "Latitude");
     const AskedTag* longitude = find(change.gps, "Longitude");
-    if (latitude == nullptr || longitude == nullptr)
-        return;
-    m_movesPlace = true;
+    m_movesPlace = latitude != nullptr || longitude != nullptr;
     const auto letter = [&](const char* name) {
         const AskedTag* tag = find(change.gps, name);
         return tag != nullptr ? tag->value.toString() : QString();
     };
-    renew(kExif, "GPSLatitude", {xmpDegrees(latitude->value.toDouble(), letter("LatitudeRef"))});
-    renew(kExif, "GPSLongitude", {xmpDegrees(longitude->value.toDouble(), letter("LongitudeRef"))});
+    if (latitude != nullptr)
+        renew(kExif, "GPSLatitude",
+              {xmpDegrees(latitude->value.toDouble(), letter("LatitudeRef"))});
+    if (longitude != nullptr)
+        renew(kExif, "GPSLongitude",
+              {xmpDegrees(longitude->value.toDouble(), letter("LongitudeRef"))});
     if (const AskedTag* altitude = find(change.gps, "Altitude"))
         renew(kExif, "GPSAltitude",
               {QStringLiteral("%1/1000").arg(qRound64(altitude->value.toDouble() * 1000))});
@@ -154,6 +156,8 @@ void XmpSynonyms::renewPlace(const PhotoChange& change) {
     if (date != nullptr && time != nullptr)
         renew(kExif, "GPSTimeStamp",
               {xmpDate(date->value.toString() + u' ' + time->value.toString()) + u'Z'});
+    else if (date != nullptr || time != nullptr)
+        renew(kExif, "GPSTimeStamp", {}); // half of it would be of another moment
 }
 
 void XmpSynonyms::renew(const char* space, const char* name, const QStringList& texts) {

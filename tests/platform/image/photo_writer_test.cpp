@@ -13,7 +13,9 @@
 #include <QFile>
 #include <QImage>
 
+#include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace clipheave::platform {
 
@@ -337,15 +339,73 @@ TEST(PhotoWriter, CarriesUnchangedValuesNowhere) {
     }
 }
 
+/// Puts a chunk behind the header of a PNG file.
+void addTextChunk(const QString& path, const QByteArray& data) {
+    constexpr qsizetype kBehindHeader = 33;
+    QByteArray bytes = testkit::TempDir::read(path);
+    QByteArray length = le32(static_cast<int>(data.size()));
+    std::reverse(length.begin(), length.end());
+    bytes.insert(kBehindHeader, length + "tEXt" + data + "CRC!");
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+TEST(PhotoWriter, ReachesTheTextsOfPng) {
+    const testkit::TempDir dir;
+    const QByteArray packet = "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+                              "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
+                              "<rdf:Description xmlns:exif='http://ns.adobe.com/exif/1.0/' "
+                              "exif:GPSLatitude='63,24.2N' exif:Flash='0'/></rdf:RDF></x:xmpmeta>";
+    const QByteArray sign("http://ns.adobe.com/xap/1.0/\0", 29);
+    for (const auto& [name, bytes] : {std::pair("xmp", packet), std::pair("APP1", sign + packet)}) {
+        const QString source = samplePhoto(dir, "a.png");
+        addTextChunk(source, QByteArray("Raw profile type ") + name + '\0' + '\n' + name + "\n  " +
+                                 QByteArray::number(bytes.size()) + '\n' + bytes.toHex() + '\n');
+        const QByteArray left =
+            testkit::TempDir::read(rewritten(source, {{u"{GPS}"_s, QVariant()}}));
+        EXPECT_FALSE(left.contains(QByteArray("63,24.2N").toHex())) << name;
+        EXPECT_TRUE(left.contains("exif:Flash")) << name;
+        EXPECT_FALSE(left.contains("63,24.2N")) << name;
+    }
+    const QString source = samplePhoto(dir, "b.png");
+    addTextChunk(source, QByteArray("Author\0Old Name", 15));
+    addTextChunk(source, QByteArray("Software\0Old Name", 17));
+    const QByteArray named = testkit::TempDir::read(
+        rewritten(source, {{u"{TIFF}"_s, QVariantMap{{u"Artist"_s, u"日"_s}}}}));
+    EXPECT_TRUE(named.contains("iTXtAuthor" + QByteArray(5, '\0') + "日"));
+    EXPECT_EQ(named.count("Old Name"), 1) << "of another fact";
+}
+
+TEST(PhotoWriter, RenewsEveryCopyOfAFact) {
+    const testkit::TempDir dir;
+    const QString source =
+        rewritten(samplePhoto(dir, "a.jpg"),
+                  {{u"{IPTC}"_s, QVariantMap{{u"DigitalCreationDate"_s, u"2001-02-03"_s}}}});
+    addPacket(source, "exif:GPSLatitude='63,24.2N' exif:GPSLongitude='19,2.6W' "
+                      "dc:format='image/jpeg'>");
+    QByteArray bytes = testkit::TempDir::read(source);
+    bytes.insert(2, jpegSegment(kJpegApp1, QByteArray("Exif\0\0", 6) + cameraBlock()).value());
+    const QByteArray changed = testkit::TempDir::read(rewritten(
+        dir.write("b.jpg", bytes),
+        {{u"{GPS}"_s, QVariantMap{{u"Latitude"_s, 33.5}, {u"LatitudeRef"_s, u"S"_s}}},
+         {u"{TIFF}"_s, QVariantMap{{u"Make"_s, u"Other"_s}}},
+         {u"{Exif}"_s, QVariantMap{{u"DateTimeDigitized"_s, u"2024:02:29 01:02:03"_s}}}}));
+    EXPECT_FALSE(changed.contains("Kestrel")) << "of the second block";
+    EXPECT_TRUE(changed.contains("33,30.000000S")) << "latitude alone";
+    EXPECT_TRUE(changed.contains("19,2.6W"));
+    EXPECT_TRUE(changed.contains("20240229"));
+}
+
 TEST(PhotoWriter, NamesWhatItCannotWriteOrReach) {
     const testkit::TempDir dir;
-    const auto png =
-        rewritePhoto({samplePhoto(dir, "a.png"),
-                      dir.path("b.png"),
-                      {{u"{IPTC}"_s, QVariantMap{{u"Urgency"_s, u"5"_s}, {u"City"_s, u"Vík"_s}}}}});
+    const auto png = rewritePhoto(
+        {samplePhoto(dir, "a.png"),
+         dir.path("b.png"),
+         {{u"{IPTC}"_s, QVariantMap{{u"Urgency"_s, u"5"_s}, {u"City"_s, u"V\1ík"_s}}}}});
     ASSERT_TRUE(png);
     EXPECT_TRUE(textOf(*png).contains(u"Urgency"_s)) << textOf(*png);
-    EXPECT_TRUE(testkit::TempDir::read(dir.path("b.png")).contains("<photoshop:City>V"));
+    EXPECT_TRUE(testkit::TempDir::read(dir.path("b.png")).contains("<photoshop:City>Vík"));
     const QString motion = samplePhoto(dir, "a.jpg");
     addPacket(motion, "dc:format='image/jpeg' exif:MotionPhoto='1'>");
     const auto jpeg = rewritePhoto({motion, dir.path("b.jpg"), {{u"{GPS}"_s, QVariant()}}});
