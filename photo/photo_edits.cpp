@@ -79,7 +79,8 @@ void PhotoEdits::ClickSaveChangeGPSAction(const PhotoRequest& request, const Pla
 void PhotoEdits::ClickApplyChangeAction(const PhotoRequest& request, const PaneTexts& pane) {
     const auto fault = paneFault(pane);
     if (!fault)
-        return rewriteAll(request, {"", paneProperties(pane)});
+        return rewriteAll(request, {"", paneProperties(pane), false,
+                                    pane.basicInfoChange ? pane.keywordslab : QString()});
     for (const auto& item : request.items)
         m_run.ticket(item->filePath).report(jobs::refusal(item->filePath, *fault));
 }
@@ -104,7 +105,9 @@ void PhotoEdits::rewrite(const media::ItemPointer& item, const PhotoRequest& req
     if (const QLatin1String twin = twinOf(QLatin1String(edit.prefix)); !twin.isEmpty())
         job->notes += noteOnSameName(output, folder + twin + name);
     platform::PhotoRewrite rewrite{source, output, edit.properties, edit.removesEverything};
-    const auto writer = [rewrite](const auto&) {
+    const auto writer = [rewrite, keywords = edit.keywords](const auto&) mutable {
+        if (!keywords.isNull())
+            rewrite.properties = withoutOwnKeywords(rewrite.properties, keywords, rewrite.source);
         auto written = platform::rewritePhoto(rewrite);
         if (!written)
             platform::log(platform::LogLevel::Error,

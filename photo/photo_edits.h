@@ -50,6 +50,7 @@ private:
         const char* prefix = ""; ///< of the output's name
         QVariantMap properties;
         bool removesEverything = false;
+        QString keywords = {}; ///< as typed; null when they are not written
     };
     void rewriteAll(const PhotoRequest& request, const Edit& edit);
     void rewrite(const media::ItemPointer& item, const PhotoRequest& request, const Edit& edit);

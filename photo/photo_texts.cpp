@@ -3,12 +3,13 @@
 
 #include "media/position_text.h"
 #include "photo/messages.h"
-#include "platform/foundation/dates.h"
 #include "platform/image/cg_image_source.h"
 
+#include <QDate>
 #include <QRegularExpression>
 #include <QTime>
 
+#include <algorithm>
 #include <cmath>
 #include <tuple>
 
@@ -48,19 +49,28 @@ QString timeText(const QString& typed, bool withFraction) {
     return withFraction ? seconds + u'.' + digits : seconds;
 }
 
-std::optional<QDateTime> dayOf(const QString& typed) {
-    return platform::parseDateText(typed.trimmed() + QStringLiteral(" 12:00:00"));
-}
-
+/// Returns a date of the calendar in the form that tags have; null for another text.
 QString dayText(const QString& typed) {
-    const auto day = dayOf(typed);
-    return day ? platform::formatDate(*day, platform::DatePattern::Colon).first(10) : QString();
+    const QString text = typed.trimmed();
+    for (const char16_t* form : {u"yyyy:MM:dd", u"yyyy-MM-dd"})
+        if (const QDate day = QDate::fromString(text, QString::fromUtf16(form)); day.isValid())
+            return day.toString(QStringLiteral("yyyy:MM:dd"));
+    return {};
 }
 
-/// "2025-06-14 …" in the form that tags have.
+/// Returns date and time in the form that tags have; null for another text. A tag has no zone: an
+/// hour that this computer's zone leaves out is one like others.
 QString tagDate(const QString& typed) {
-    const auto date = platform::parseDateText(typed);
-    return date ? platform::formatDate(*date, platform::DatePattern::Colon) : typed;
+    const QString text = typed.simplified();
+    const QString day = dayText(text.section(u' ', 0, 0)), clock = text.section(u' ', 1);
+    const QTime time = QTime::fromString(clock, QStringLiteral("HH:mm:ss"));
+    return day.isNull() || !time.isValid() ? QString() : day + u' ' + clock;
+}
+
+/// Returns whether the text is what cameras write whose clock was never set.
+bool isOfUnsetClock(const QString& text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](QChar c) { return c == u'0' || c == u':' || c.isSpace(); });
 }
 
 QStringList keywordsOf(const QString& typed) {
@@ -134,6 +144,15 @@ PaneTexts paneOfProperties(const QVariantMap& properties) {
     return pane;
 }
 
+QVariantMap withoutOwnKeywords(QVariantMap properties, const QString& typed, const QString& photo) {
+    const QString block = QStringLiteral("{IPTC}");
+    const auto own = paneOfPhoto(photo);
+    QVariantMap iptc = properties.value(block).toMap();
+    if (own && own->keywordslab == typed && iptc.remove(QStringLiteral("Keywords")) > 0)
+        properties.insert(block, iptc);
+    return properties;
+}
+
 std::optional<Message> placeFault(const PlaceTexts& place, bool needsStamps) {
     const bool misses =
         place.latitudelab.isEmpty() || place.longtitudelab.isEmpty() ||
@@ -147,7 +166,7 @@ std::optional<Message> placeFault(const PlaceTexts& place, bool needsStamps) {
           std::tuple(place.altitudelab, PositionPart::Altitude, kPhotoAltitudeNotInRange)})
         if (!media::positionNumber(text, part))
             return Message(fault, {text});
-    if (!place.dateStamplab.isEmpty() && !dayOf(place.dateStamplab))
+    if (!place.dateStamplab.isEmpty() && dayText(place.dateStamplab).isNull())
         return Message(kNoDateStamp, {place.dateStamplab});
     if (!place.timeStamplab.isEmpty() && !timeOf(place.timeStamplab))
         return Message(kNoTimeStamp, {place.timeStamplab});
@@ -158,8 +177,8 @@ std::optional<Message> paneFault(const PaneTexts& pane) {
     if (pane.gpsInfoChange)
         if (auto fault = placeFault(pane.place, false))
             return fault;
-    if (pane.cameraInfoChange && !pane.cameraDatelab.isEmpty() &&
-        !platform::parseDateText(pane.cameraDatelab))
+    if (pane.cameraInfoChange && !isOfUnsetClock(pane.cameraDatelab) &&
+        tagDate(pane.cameraDatelab).isNull())
         return Message(kNoCameraDate, {pane.cameraDatelab});
     return std::nullopt;
 }
@@ -207,8 +226,10 @@ QVariantMap paneProperties(const PaneTexts& pane) {
     if (pane.cameraInfoChange) {
         tiff.insert(QStringLiteral("Make"), pane.cameraMakelab);
         tiff.insert(QStringLiteral("Model"), pane.cameraModelab);
-        exif.insert(QStringLiteral("DateTimeOriginal"), tagDate(pane.cameraDatelab));
-        exif.insert(QStringLiteral("DateTimeDigitized"), tagDate(pane.cameraDatelab));
+        const QString date =
+            isOfUnsetClock(pane.cameraDatelab) ? pane.cameraDatelab : tagDate(pane.cameraDatelab);
+        exif.insert(QStringLiteral("DateTimeOriginal"), date);
+        exif.insert(QStringLiteral("DateTimeDigitized"), date);
         // Deliberate: the pane has no lens; make and model stand for it, as they always have.
         exif.insert(QStringLiteral("LensMake"), pane.cameraMakelab);
         exif.insert(QStringLiteral("LensModel"), pane.cameraModelab);

@@ -231,4 +231,27 @@ TEST(PhotoStamp, StandsWhereAnotherProgramDrawsIt) {
     }
 }
 
+TEST(Photo, ApplyTakesWhatCamerasWriteAndKeepsWhatIsNotTyped) {
+    const TempDir dir;
+    const QString photo = clitest::sample("Photos/IMG_0412.jpg");
+    const auto apply = [&](const QString& value, const QString& path) {
+        return clitest::cli("--storage % photo apply --set % %", {dir.path("out"), value, path});
+    };
+    EXPECT_EQ(apply(u"cameraDate=99999:01:01 10:00:00"_s, photo).exitCode, 2);
+    EXPECT_EQ(apply(u"cameraDate=24:01:01 10:00:00"_s, photo).exitCode, 2);
+    EXPECT_EQ(apply(u"cameraDate=2023:02:29 10:00:00"_s, photo).exitCode, 2);
+    EXPECT_EQ(apply(u"cameraDate=0000:00:00 00:00:00"_s, photo).exitCode, 0);
+    const QString unset = dir.path("out/IMG_0412.jpg");
+    EXPECT_EQ(
+        clitest::cli("--storage % photo apply --set make=M %", {dir.path("made"), unset}).exitCode,
+        0);
+    const QString list = dir.write("list.plist", "<?xml version=\"1.0\"?><plist><dict><key>Keywords"
+                                                 "</key><array><string>Vik, Iceland</string>"
+                                                 "</array></dict></plist>");
+    ASSERT_EQ(
+        clitest::cli("--storage % photo import % %", {dir.path("list"), list, photo}).exitCode, 0);
+    EXPECT_EQ(apply(u"title=T"_s, dir.path("list/IMG_0412.jpg")).exitCode, 0);
+    EXPECT_TRUE(TempDir::read(unset).contains("Vik, Iceland")) << "a comma splits what is typed";
+}
+
 } // namespace
