@@ -36,4 +36,11 @@ inline constexpr MessageCode kJournalNotRemoved{"journal-not-removed"};
 inline constexpr MessageCode kNothingToUndo{"nothing-to-undo"};
 inline constexpr MessageCode kRenameRunning{"rename-running"};
 
+// Notes of a plan of dates
+inline constexpr MessageCode kNoCameraDateHere{"no-camera-date-here"};
+inline constexpr MessageCode kNoDateInText{"no-date-in-text"};
+inline constexpr MessageCode kNoCalendarDate{"no-calendar-date"};
+inline constexpr MessageCode kNoDateInName{"no-date-in-name"};
+inline constexpr MessageCode kCameraDateMissing{"camera-date-missing"};
+
 } // namespace clipheave::batch

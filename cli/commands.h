@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "batch/date_plan.h"
 #include "batch/rename_plan.h"
 #include "cli/console.h"
 #include "media/media_import.h"
@@ -54,6 +55,15 @@ struct VideoOptions {
     QString choice; ///< the menu title or its short form; empty for jobs without a choice
 };
 
+struct DatesOptions {
+    QStringList paths;
+    QString job;                ///< "set", "shift", "from-name", "copy"
+    QString copy;               ///< "created-to-modified", … of a copy
+    batch::DateRequest request; ///< of "set" and "shift"
+    bool files = false;         ///< the dates of the file system instead of the camera date
+    bool dryRun = false;
+};
+
 struct StampOptions {
     // Null, and 0: the preference.
     QString position, layout, font, color;
@@ -78,6 +88,7 @@ int runClear(const GlobalOptions& global, const QStringList& paths, Console& con
 int runTitleToName(const GlobalOptions& global, const QStringList& paths, Console& console);
 int runNameToTitle(const GlobalOptions& global, const QStringList& paths, Console& console);
 int runRename(const GlobalOptions& global, const RenameOptions& options, Console& console);
+int runDates(const GlobalOptions& global, const DatesOptions& options, Console& console);
 int runVideo(const GlobalOptions& global, const VideoOptions& options, Console& console);
 int runPhoto(const GlobalOptions& global, const PhotoOptions& options, Console& console);
 int runPrefs(const GlobalOptions& global, const QString& key, const QString& value, bool hasValue);

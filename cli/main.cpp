@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/commands.h"
+#include "cli/dates_arguments.h"
 #include "cli/photo_arguments.h"
 #include "cli/video_arguments.h"
 #include "cli/words.h"
@@ -218,6 +219,8 @@ int run(int argc, char** argv) {
     CLI::App* videoCommand = addVideo(app, videoArguments);
     PhotoArguments photoArguments;
     CLI::App* photoCommand = addPhoto(app, photoArguments);
+    DatesArguments datesArguments;
+    CLI::App* datesCommand = addDates(app, datesArguments);
     addPathCommands(app, arguments);
     CLI::App* prefs = app.add_subcommand("prefs", "Print or set the preferences");
     prefs->add_option("KEY", arguments.key);
@@ -253,6 +256,11 @@ int run(int argc, char** argv) {
                          textOf(videoCommand->get_subcommands().front()->get_name()),
                          textOf(videoArguments.choice)},
                         console);
+    if (datesCommand->parsed())
+        return runDates(
+            global,
+            datesOptions(*datesCommand, datesArguments, absolutePaths(datesArguments.paths)),
+            console);
     if (photoCommand->parsed())
         return photo(global, *photoCommand, photoArguments, console);
     for (const PathCommand& command : kPathCommands)

@@ -23,9 +23,6 @@ bool isOtherKindsField(const QString& name) {
     return false;
 }
 
-constexpr char16_t kDateAlert[] =
-    u"Invalid date format: Input the valid date format: YYYY:MM:DD HH:MM:SS or YYYY-MM-DD HH:MM:SS";
-
 /// Returns why no file can take the values; null when some can.
 QString usageFault(const SaveOptions& options) {
     media::VideoPane typed;

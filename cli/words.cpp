@@ -474,6 +474,11 @@ const Sentence kBatchWords[] = {
     {"journal-not-removed", "The journal of a rename could not be removed"},
     {"nothing-to-undo", "There is no rename to undo"},
     {"rename-running", "Another rename is still running"},
+    {"no-camera-date-here", "No camera date is written into files of this kind"},
+    {"no-date-in-text", "Its date is no date and is written as it stands"},
+    {"no-calendar-date", "No calendar has this date; the dates of the file stay"},
+    {"no-date-in-name", "There is no date in its name"},
+    {"camera-date-missing", "It has no camera date"},
 };
 
 /// By code.

@@ -8,6 +8,10 @@
 
 namespace clipheave::cli {
 
+/// The fixed alert about a date that cannot be read.
+inline constexpr char16_t kDateAlert[] =
+    u"Invalid date format: Input the valid date format: YYYY:MM:DD HH:MM:SS or YYYY-MM-DD HH:MM:SS";
+
 /// Returns a command's order for the imported items and the folders of this run.
 using MakeOrder = std::function<jobs::RunOrder(const media::MediaImport& import,
                                                const jobs::RunSettings& settings)>;

@@ -176,6 +176,7 @@ void Run::take(std::size_t index, WriteOutcome outcome) {
         Item& item = m_items[index];
         outcome.source = item.source;
         outcome.item = item.place;
+        outcome.notes += m_order.notes.value(item.place);
         item.outcome = outcome;
         ++m_done;
     }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/foundation/message.h"
+
+#include <QHash>
 #include <QStringList>
 
 #include <cstddef>
@@ -22,6 +25,8 @@ struct RunOrder {
     QStringList sources; ///< of all items, in list order; empty when only the work knows them
     Work work;
     bool isWhole = false; ///< another try is about all items: one output is made of them
+    /// What a user should know of an item whatever comes of it, by its place.
+    QHash<std::size_t, platform::Notes> notes = {};
 
     /// Returns the places of all sources.
     [[nodiscard]] std::vector<std::size_t> allItems() const {

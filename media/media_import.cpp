@@ -19,6 +19,9 @@
 
 namespace clipheave::media {
 
+/// The kinds that an import takes.
+enum class Wanted { VideosAndAudio, PhotosAndVideos, EveryKind };
+
 namespace {
 
 using namespace platform;
@@ -67,9 +70,11 @@ Message reasonOfUnknown(const QString& path) {
 }
 
 /// What reads the file, or nothing when its kind is not wanted.
-ReadAhead::Reader readerFor(const QString& path, bool forBrowser, bool inFolder) {
-    if (forBrowser)
+ReadAhead::Reader readerFor(const QString& path, Wanted wanted, bool inFolder) {
+    if (wanted == Wanted::PhotosAndVideos)
         return MediaKind::isPhoto(path) || MediaKind::isVideo(path) ? &readBrowserItem : nullptr;
+    if (wanted == Wanted::EveryKind && MediaKind::isPhoto(path) && !MediaKind::isVideo(path))
+        return &readPhotoItem;
     if (MediaKind::isAudio(path)) // asked before video
         return &readAudioItem;
     if (!MediaKind::isVideo(path))
@@ -83,7 +88,6 @@ ReadAhead::Reader readerFor(const QString& path, bool forBrowser, bool inFolder)
 
 /// One run of the import: walks, hands files to the read-ahead, takes the results in order.
 struct MediaImport::Pipeline {
-    enum class Wanted { VideosAndAudio, PhotosAndVideos };
     struct Identity {
         std::uint64_t device, inode;
         friend bool operator==(const Identity&, const Identity&) = default;
@@ -124,7 +128,7 @@ struct MediaImport::Pipeline {
     }
 
     void addFile(const QString& path, bool inFolder) {
-        const auto reader = readerFor(path, wanted == Wanted::PhotosAndVideos, inFolder);
+        const auto reader = readerFor(path, wanted, inFolder);
         if (!reader && (!inFolder || isVideoOfNoKind(path)))
             noteUnknown(path);
         if (!reader || !isRepeated(path))
@@ -145,6 +149,25 @@ struct MediaImport::Pipeline {
             return;
         if (const QString place = canonicalPath(path); !place.isEmpty())
             earlier.insert(place);
+    }
+
+    void takePaths(const QStringList& paths) {
+        for (const QString& path : paths) {
+            if (stopped())
+                break;
+            bool isDirectory = false;
+            if (NSFileManager::defaultManager().fileExistsAtPath(path, isDirectory) &&
+                isDirectory) {
+                walk(path);
+                import.m_bImportLocalFolder = true;
+                import.m_bImportLocalPath = deletingLastPathComponent(path);
+            } else {
+                import.m_bImportLocalFolder = false;
+                addFile(path, false);
+            }
+            finishPath(path);
+        }
+        ahead.finish();
     }
 
     void noteUnknown(const QString& path) {
@@ -202,32 +225,21 @@ MediaImport::MediaImport(ImportStep step)
 }
 
 void MediaImport::importMediaItemsThreader(const QStringList& paths) {
-    Pipeline pipeline(*this, Pipeline::Wanted::VideosAndAudio);
-    for (const QString& path : paths) {
-        if (pipeline.stopped())
-            break;
-        bool isDirectory = false;
-        if (NSFileManager::defaultManager().fileExistsAtPath(path, isDirectory) && isDirectory) {
-            pipeline.walk(path);
-            m_bImportLocalFolder = true;
-            m_bImportLocalPath = deletingLastPathComponent(path);
-        } else {
-            m_bImportLocalFolder = false;
-            pipeline.addFile(path, false);
-        }
-        pipeline.finishPath(path);
-    }
-    pipeline.ahead.finish();
+    Pipeline(*this, Wanted::VideosAndAudio).takePaths(paths);
+}
+
+void MediaImport::importEveryKind(const QStringList& paths) {
+    Pipeline(*this, Wanted::EveryKind).takePaths(paths);
 }
 
 void MediaImport::ScanMediasItemWithinFolder(const QString& folder) {
-    Pipeline pipeline(*this, Pipeline::Wanted::VideosAndAudio);
+    Pipeline pipeline(*this, Wanted::VideosAndAudio);
     pipeline.walk(folder);
     pipeline.ahead.finish();
 }
 
 void MediaImport::importPhotos(const QStringList& paths) {
-    Pipeline pipeline(*this, Pipeline::Wanted::PhotosAndVideos);
+    Pipeline pipeline(*this, Wanted::PhotosAndVideos);
     for (const QString& path : paths) {
         if (pipeline.stopped())
             break;

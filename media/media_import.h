@@ -30,6 +30,8 @@ public:
     /// Imports files and folders in the order given: the import worker. Folders are walked depth
     /// first, entries as the file system gives them.
     void importMediaItemsThreader(const QStringList& paths);
+    /// The same, photos too: for commands that take every kind.
+    void importEveryKind(const QStringList& paths);
     /// Imports one folder: the folder worker alone.
     void ScanMediasItemWithinFolder(const QString& folder);
     /// Adds items of kind, name and path, reading nothing and reporting no step: the quick add of

@@ -50,4 +50,18 @@ jobs::MetadataPlan planVideoDate(const QString& dateText,
     return quickTimePlan(replaced(sourceMetadata, fresh, &isDateIdentifier));
 }
 
+jobs::MetadataPlan planVideoDateItems(const QString& dateText,
+                                      const QList<AVMetadataItem>& sourceMetadata) {
+    QList<AVMetadataItem> items;
+    for (const AVMetadataItem& item : sourceMetadata)
+        if (!isDateIdentifier(item.effectiveIdentifier()))
+            items.append(item);
+    // "udta/date" is the same box as "uiso/date".
+    items.append(newMetadataItem(kKeySpaceISOUserData, u"date", kISODateIdentifier, dateText));
+    items.append(newMetadataItem(media::AVMetadataKeySpaceQuickTimeMetadata,
+                                 u"com.apple.quicktime.creationdate",
+                                 kQuickTimeCreationDateIdentifier, dateText));
+    return quickTimePlan(items);
+}
+
 } // namespace clipheave::metadata

@@ -111,6 +111,17 @@ void VideoMetadata::SetVideoFileWithFilePath_WithExifPath_withDateStr(const QStr
     exportByPlan(*job, [&](const auto& items) { return planVideoDate(dateText, items); });
 }
 
+void VideoMetadata::SetVideoDateItems(const jobs::WriteRequest& request, const QString& dateText) {
+    const QString& path = request.item->filePath;
+    m_run.paths().protect({path});
+    auto job = begin(path, m_run.paths().claim(jobs::mirroredOutputPath(request)));
+    if (!job)
+        return;
+    if (const auto date = parseDateText(dateText))
+        job->dates = {*date, *date};
+    exportByPlan(*job, [&](const auto& items) { return planVideoDateItems(dateText, items); });
+}
+
 void VideoMetadata::CopyvideoTitletoFileNameAction(const jobs::WriteRequest& request) {
     const QString output = jobs::titledOutputPath(request);
     if (output.isEmpty())

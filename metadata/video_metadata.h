@@ -39,6 +39,11 @@ public:
                                                            const QString& exifPath,
                                                            const QString& dateText);
 
+    /// The date of a file's name: `dateText` becomes the shooting date and the creation date of the
+    /// QuickTime movie, in the place of all older ones, and both file dates; the folder by the
+    /// mirrored rule.
+    void SetVideoDateItems(const jobs::WriteRequest& request, const QString& dateText);
+
     /// The writers of audio files by name, for the commands that set dates and reload texts.
     [[nodiscard]] AudioMetadata& audio() { return m_audio; }
 

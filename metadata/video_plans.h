@@ -36,6 +36,11 @@ planVideoTitle(const QString& title, const QList<platform::AVMetadataItem>& sour
 [[nodiscard]] jobs::MetadataPlan
 planVideoDate(const QString& dateText, const QList<platform::AVMetadataItem>& sourceMetadata);
 
+/// The date text as ISO date and as creation date of the QuickTime movie, behind the source's other
+/// items; its own dates go.
+[[nodiscard]] jobs::MetadataPlan
+planVideoDateItems(const QString& dateText, const QList<platform::AVMetadataItem>& sourceMetadata);
+
 /// Returns why the position of a pane cannot be stored: the first text, other than an empty one,
 /// that is no number in range. Nothing when there is none.
 [[nodiscard]] std::optional<platform::Message> positionFault(const media::PaneTexts& texts);

@@ -574,6 +574,14 @@ const Sentence kBatchWords[] = {
      QT_TRANSLATE_NOOP("Words", "The journal of a rename could not be removed")},
     {"nothing-to-undo", QT_TRANSLATE_NOOP("Words", "There is no rename to undo")},
     {"rename-running", QT_TRANSLATE_NOOP("Words", "Another rename is still running")},
+    {"no-camera-date-here",
+     QT_TRANSLATE_NOOP("Words", "No camera date is written into files of this kind")},
+    {"no-date-in-text",
+     QT_TRANSLATE_NOOP("Words", "Its date is no date and is written as it stands")},
+    {"no-calendar-date",
+     QT_TRANSLATE_NOOP("Words", "No calendar has this date; the dates of the file stay")},
+    {"no-date-in-name", QT_TRANSLATE_NOOP("Words", "There is no date in its name")},
+    {"camera-date-missing", QT_TRANSLATE_NOOP("Words", "It has no camera date")},
 };
 
 /// By code.
