@@ -65,17 +65,25 @@ bool hasExtension(const WriteRequest& request, const char16_t* extension) {
                .compare(QStringView(extension), Qt::CaseInsensitive) == 0;
 }
 
+void writeAudioDate(metadata::AudioMetadata& writers, const WriteRequest& request,
+                    const QString& date) {
+    if (hasExtension(request, u"mp3"))
+        return writers.SetMp3MetadateItem_withDateStr(request, date);
+    if (hasExtension(request, u"flac"))
+        return writers.SetFlaCAuidoExifItem_withDateStr(request, date);
+    writers.SetAuidoExifDateItem_withDateStr(request, date);
+}
+
 /// The writer of a camera date by the kind of the item.
-void writeCameraDate(jobs::Run& run, const DateLine& line, const WriteRequest& request) {
+void writeCameraDate(jobs::Run& run, const DateLine& line, const WriteRequest& request,
+                     const PhotoDateWriter& writePhoto) {
     metadata::VideoMetadata writers(run);
-    if (MediaKind::isVideo(line.source) && !MediaKind::isAudio(line.source))
+    if (MediaKind::isAudio(line.source))
+        return writeAudioDate(writers.audio(), request, line.after);
+    if (MediaKind::isVideo(line.source))
         return writers.SetVideoFileWithFilePath_WithExifPath_withDateStr(
             line.source, jobs::flatOutputPath(request), line.after);
-    if (hasExtension(request, u"mp3"))
-        return writers.audio().SetMp3MetadateItem_withDateStr(request, line.after);
-    if (hasExtension(request, u"flac"))
-        return writers.audio().SetFlaCAuidoExifItem_withDateStr(request, line.after);
-    writers.audio().SetAuidoExifDateItem_withDateStr(request, line.after);
+    writePhoto(run, request, line.after);
 }
 
 void writeFileDates(jobs::Run& run, const FileDateLine& line, const WriteRequest& request) {
@@ -97,8 +105,14 @@ void writeNameDate(jobs::Run& run, const DateLine& line, const WriteRequest& req
 
 } // namespace
 
-jobs::RunOrder cameraDateOrder(std::vector<DateLine> lines, Requests requests) {
-    return orderOf<DateLine>(std::move(lines), std::move(requests), &writeCameraDate);
+jobs::RunOrder cameraDateOrder(std::vector<DateLine> lines, Requests requests,
+                               PhotoDateWriter writePhoto) {
+    return orderOf<DateLine>(std::move(lines), std::move(requests),
+                             [writePhoto = std::move(writePhoto)](jobs::Run& run,
+                                                                  const DateLine& line,
+                                                                  const WriteRequest& request) {
+                                 writeCameraDate(run, line, request, writePhoto);
+                             });
 }
 
 jobs::RunOrder fileDateOrder(std::vector<FileDateLine> lines, Requests requests) {

@@ -8,6 +8,7 @@
 #include "platform/foundation/date_detector.h"
 #include "platform/foundation/dates.h"
 #include "platform/foundation/file_manager.h"
+#include "platform/foundation/paths.h"
 #include "platform/foundation/text.h"
 
 #include <QHash>
@@ -70,6 +71,10 @@ private:
 
 bool takesCameraDate(const media::IKImageItem& item) {
     return MediaKind::isAudio(item.filePath) || MediaKind::isVideo(item.filePath);
+}
+
+bool isMedia(const media::IKImageItem& item) {
+    return takesCameraDate(item) || MediaKind::isPhoto(item.filePath);
 }
 
 /// The camera date, else the creation date of the file, in universal time; null when it has none.
@@ -140,7 +145,7 @@ Message dateNoteMessage(DateNote note) {
     case DateNote::None:
         break;
     case DateNote::KindSkipped:
-        return kNoCameraDateHere;
+        return kNotForThisKind;
     case DateNote::NoDate:
         return kNoDateInText;
     case DateNote::NoCalendarDate:
@@ -249,10 +254,10 @@ std::vector<FileDateLine> planCameraToFileDates(const std::vector<media::ItemPoi
         const auto date = parseDateText(item->shootDateStr);
         if (file)
             line.now = localText(file->creation);
-        line.note = !file                     ? DateNote::Missing
-                    : !takesCameraDate(*item) ? DateNote::KindSkipped
-                    : !date                   ? DateNote::NoCameraDate
-                                              : DateNote::None;
+        line.note = !file             ? DateNote::Missing
+                    : !isMedia(*item) ? DateNote::KindSkipped
+                    : !date           ? DateNote::NoCameraDate
+                                      : DateNote::None;
         if (line.note != DateNote::None)
             continue;
         line.dates.creation = date;
@@ -267,11 +272,24 @@ std::vector<DateLine> planFileToCameraDates(const std::vector<media::ItemPointer
     for (const auto& item : items) {
         DateLine& line = lines.emplace_back(DateLine{item->filePath, item->shootDateStr, {}});
         const auto file = fileDates(item->filePath);
-        line.note = !takesCameraDate(*item) ? DateNote::KindSkipped
-                    : !file                 ? DateNote::Missing
-                                            : DateNote::None;
+        line.note = !isMedia(*item) ? DateNote::KindSkipped
+                    : !file         ? DateNote::Missing
+                                    : DateNote::None;
         if (line.note == DateNote::None)
             line.after = localText(file->creation);
+    }
+    return lines;
+}
+
+std::vector<DateLine> planNamesToComments(const std::vector<media::ItemPointer>& items) {
+    std::vector<DateLine> lines;
+    lines.reserve(items.size());
+    for (const auto& item : items) {
+        DateLine& line = lines.emplace_back(DateLine{item->filePath, {}, {}});
+        if (MediaKind::isPhoto(item->filePath))
+            line.after = deletingPathExtension(lastPathComponent(item->filePath));
+        else
+            line.note = DateNote::KindSkipped;
     }
     return lines;
 }

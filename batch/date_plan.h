@@ -83,6 +83,9 @@ planCopiedFileDates(const std::vector<media::ItemPointer>& items, const FileDate
 planCameraToFileDates(const std::vector<media::ItemPointer>& items, const FileDatesOf& fileDates);
 [[nodiscard]] std::vector<DateLine>
 planFileToCameraDates(const std::vector<media::ItemPointer>& items, const FileDatesOf& fileDates);
+/// Returns the names that photos get as comments.
+[[nodiscard]] std::vector<DateLine>
+planNamesToComments(const std::vector<media::ItemPointer>& items);
 /// Returns what videos get whose date is taken from their name; see dateFromFileName().
 [[nodiscard]] std::vector<DateLine>
 planDatesFromNames(const std::vector<media::ItemPointer>& items);

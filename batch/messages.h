@@ -37,7 +37,7 @@ inline constexpr MessageCode kNothingToUndo{"nothing-to-undo"};
 inline constexpr MessageCode kRenameRunning{"rename-running"};
 
 // Notes of a plan of dates
-inline constexpr MessageCode kNoCameraDateHere{"no-camera-date-here"};
+inline constexpr MessageCode kNotForThisKind{"not-for-this-kind"};
 inline constexpr MessageCode kNoDateInText{"no-date-in-text"};
 inline constexpr MessageCode kNoCalendarDate{"no-calendar-date"};
 inline constexpr MessageCode kNoDateInName{"no-date-in-name"};

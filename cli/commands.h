@@ -78,6 +78,7 @@ struct PhotoOptions {
     QString plist;                                     ///< the file of an import
     QString block;                                     ///< that "remove" takes away
     QString latitude, longitude, altitude, date, time; ///< of "gps" and "change-gps"
+    QString taken, digitised;                          ///< of "dates"; null: the photo's own
     std::vector<std::pair<QString, QString>> set;      ///< FIELD, TEXT of "apply"
 };
 

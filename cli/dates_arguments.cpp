@@ -37,10 +37,10 @@ void addNothing(CLI::App&, DatesArguments&) {
 void addCopy(CLI::App& command, DatesArguments& arguments) {
     command
         .add_option("WHAT", arguments.copy,
-                    "created-to-modified, modified-to-created, created-to-camera or "
-                    "camera-to-created")
+                    "created-to-modified, modified-to-created, created-to-camera, "
+                    "camera-to-created or name-to-comments")
         ->check(CLI::IsMember({"created-to-modified", "modified-to-created", "created-to-camera",
-                               "camera-to-created"}))
+                               "camera-to-created", "name-to-comments"}))
         ->required();
 }
 

@@ -2,6 +2,7 @@
 #include "batch/date_jobs.h"
 #include "cli/item_json.h"
 #include "cli/write_run.h"
+#include "photo/date_edits.h"
 #include "platform/foundation/paths.h"
 
 #include <functional>
@@ -24,6 +25,10 @@ struct DateCommand {
     std::function<jobs::RunOrder(const Items& items, batch::Requests requests)> order;
 };
 
+void writePhotoDate(jobs::Run& run, const jobs::WriteRequest& request, const QString& date) {
+    photo::PhotoDateEdits(run).writeCameraDate(request.item, request.settings, date);
+}
+
 std::vector<DateLine> plainLines(const std::vector<FileDateLine>& lines) {
     return {lines.begin(), lines.end()};
 }
@@ -37,7 +42,7 @@ template <class Plan, class Order> DateCommand fileDates(Plan plan, Order order)
 
 template <class Plan> DateCommand cameraDates(Plan plan) {
     return {plan, [plan](const Items& items, batch::Requests requests) {
-                return batch::cameraDateOrder(plan(items), std::move(requests));
+                return batch::cameraDateOrder(plan(items), std::move(requests), &writePhotoDate);
             }};
 }
 
@@ -75,7 +80,24 @@ DateCommand copyOf(const QString& what) {
     });
 }
 
+/// The names of photos as their comments.
+DateCommand namesToComments() {
+    return {&batch::planNamesToComments, [](const Items&, batch::Requests requests) {
+                photo::PhotoRequest photos;
+                for (const jobs::WriteRequest& request : requests)
+                    photos.items.push_back(request.item);
+                photos.settings = requests.empty() ? jobs::RunSettings() : requests[0].settings;
+                return photo::photoOrder(
+                    [](jobs::Run& run, const photo::PhotoRequest& part) {
+                        photo::PhotoDateEdits(run).ClickCopyFileNameToCommentsAction(part);
+                    },
+                    photos);
+            }};
+}
+
 DateCommand commandOf(const DatesOptions& options) {
+    if (options.copy == u"name-to-comments")
+        return namesToComments();
     if (options.job == u"copy")
         return copyOf(options.copy);
     if (options.job != u"from-name")

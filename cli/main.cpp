@@ -187,6 +187,8 @@ PhotoOptions photoOptions(const CLI::App& command, const PhotoArguments& argumen
     options.latitude = textOf(arguments.latitude);
     options.longitude = textOf(arguments.longitude);
     options.altitude = textOf(arguments.altitude);
+    options.taken = givenText(arguments.taken);
+    options.digitised = givenText(arguments.digitised);
     options.date = textOf(arguments.date);
     options.time = textOf(arguments.time);
     return options;
@@ -205,6 +207,15 @@ int photo(const GlobalOptions& global, const CLI::App& command, const PhotoArgum
     PhotoOptions options = photoOptions(command, arguments);
     return splitPairs(arguments.set, options.set) ? runPhoto(global, options, console)
                                                   : kWrongUsage;
+}
+
+int video(const GlobalOptions& global, const CLI::App& command, const VideoArguments& arguments,
+          Console& console) {
+    return runVideo(global,
+                    {absolutePaths(arguments.paths),
+                     textOf(command.get_subcommands().front()->get_name()),
+                     textOf(arguments.choice)},
+                    console);
 }
 
 int run(int argc, char** argv) {
@@ -251,11 +262,7 @@ int run(int argc, char** argv) {
     if (renameCommand->parsed())
         return rename(*renameCommand, arguments, console);
     if (videoCommand->parsed())
-        return runVideo(global,
-                        {absolutePaths(videoArguments.paths),
-                         textOf(videoCommand->get_subcommands().front()->get_name()),
-                         textOf(videoArguments.choice)},
-                        console);
+        return video(global, *videoCommand, videoArguments, console);
     if (datesCommand->parsed())
         return runDates(
             global,

@@ -57,6 +57,14 @@ void addFields(CLI::App& command, PhotoArguments& arguments) {
         ->allow_extra_args(false);
 }
 
+void addDateOptions(CLI::App& command, PhotoArguments& arguments) {
+    command.add_option("--taken", arguments.taken, "The dates of the file")->type_name("TEXT");
+    command
+        .add_option("--digitised", arguments.digitised,
+                    "The date taken and digitised in the metadata")
+        ->type_name("TEXT");
+}
+
 struct PhotoJobArguments {
     const char* name;
     const char* help;
@@ -67,6 +75,7 @@ constexpr PhotoJobArguments kPhotoJobs[] = {
     {"gps", "Copies of the photos with this position", &addPlaceAndTime},
     {"change-gps", "Copies with this position and without EXIF data", &addPlace},
     {"apply", "Types values into the fields of the photo pane", &addFields},
+    {"dates", "Copies of the photos with these dates", &addDateOptions},
     {"stamp", "Draws the date of each photo onto a small JPEG copy of it", &addStampOptions},
     {"export", "Writes the metadata of photos as property lists", &addExportOptions},
     {"import", "Copies of the photos with what a property list says", &addImportOptions},

@@ -11,6 +11,7 @@ namespace clipheave::cli {
 /// `photo JOB … PHOTO…`, as bytes of the command line.
 struct PhotoArguments {
     std::vector<std::string> paths, set;
+    std::string taken, digitised;
     std::string block, latitude, longitude, altitude, date, time;
     std::string position, layout, font, color;
     std::string list, plist;

@@ -109,9 +109,9 @@ struct PhotoCommand {
     int (*run)(const GlobalOptions& global, const PhotoOptions& options, Console& console);
 };
 constexpr PhotoCommand kPhotoCommands[] = {
-    {"stamp", &runStamp},        {"export", &runExport},  {"import", &runImport},
-    {"remove", &runPhotoRemove}, {"gps", &runPhotoPlace}, {"change-gps", &runPhotoPlace},
-    {"apply", &runPhotoApply},
+    {"stamp", &runStamp},        {"export", &runExport},    {"import", &runImport},
+    {"remove", &runPhotoRemove}, {"gps", &runPhotoPlace},   {"change-gps", &runPhotoPlace},
+    {"apply", &runPhotoApply},   {"dates", &runPhotoDates},
 };
 
 } // namespace

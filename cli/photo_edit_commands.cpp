@@ -2,6 +2,7 @@
 #include "cli/photo_edit_commands.h"
 
 #include "cli/write_run.h"
+#include "photo/date_edits.h"
 #include "photo/photo_edits.h"
 
 namespace clipheave::cli {
@@ -175,6 +176,21 @@ int runPhotoApply(const GlobalOptions& global, const PhotoOptions& options, Cons
         [&](jobs::Run& run, const PhotoRequest& request) {
             for (const auto& item : request.items)
                 applyTo(run, {{item}, request.settings}, options);
+        },
+        console);
+}
+
+int runPhotoDates(const GlobalOptions& global, const PhotoOptions& options, Console& console) {
+    for (const QString& text : {options.taken, options.digitised})
+        if (!text.isNull() && !photo::isUsable({{}, text})) {
+            printError(QString::fromUtf16(kDateAlert));
+            return kWrongUsage;
+        }
+    const photo::DateTexts texts{options.taken, options.digitised};
+    return runEdit(
+        global, options,
+        [&texts](jobs::Run& run, const PhotoRequest& request) {
+            photo::PhotoDateEdits(run).ClickDateChangedSaveAction(request, texts);
         },
         console);
 }

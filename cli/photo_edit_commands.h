@@ -11,6 +11,8 @@ namespace clipheave::cli {
 int runPhotoRemove(const GlobalOptions& global, const PhotoOptions& options, Console& console);
 /// "gps" and "change-gps".
 int runPhotoPlace(const GlobalOptions& global, const PhotoOptions& options, Console& console);
+/// "dates".
+int runPhotoDates(const GlobalOptions& global, const PhotoOptions& options, Console& console);
 /// "apply".
 int runPhotoApply(const GlobalOptions& global, const PhotoOptions& options, Console& console);
 

@@ -21,6 +21,7 @@ inline constexpr MessageCode kPhotoAltitudeNotInRange{"photo-altitude-not-in-ran
 inline constexpr MessageCode kNoDateStamp{"no-date-stamp"};
 inline constexpr MessageCode kNoTimeStamp{"no-time-stamp"};
 inline constexpr MessageCode kNoCameraDate{"no-camera-date"};
+inline constexpr MessageCode kPhotoHasNoDate{"photo-has-no-date"}; ///< and none was given
 
 // Property lists.
 inline constexpr MessageCode kNothingForList{"nothing-for-list"};

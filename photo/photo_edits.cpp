@@ -3,10 +3,9 @@
 
 #include "jobs/write_job.h"
 #include "photo/messages.h"
+#include "photo/photo_rewrite.h"
 #include "photo/photo_texts.h"
-#include "platform/foundation/log.h"
 #include "platform/foundation/paths.h"
-#include "platform/image/write/photo_writer.h"
 
 #include <QFileInfo>
 
@@ -104,17 +103,11 @@ void PhotoEdits::rewrite(const media::ItemPointer& item, const PhotoRequest& req
     job->copiesOnFailure = false;
     if (const QLatin1String twin = twinOf(QLatin1String(edit.prefix)); !twin.isEmpty())
         job->notes += noteOnSameName(output, folder + twin + name);
-    platform::PhotoRewrite rewrite{source, output, edit.properties, edit.removesEverything};
-    const auto writer = [rewrite, keywords = edit.keywords](const auto&) mutable {
-        if (!keywords.isNull())
-            rewrite.properties = withoutOwnKeywords(rewrite.properties, keywords, rewrite.source);
-        auto written = platform::rewritePhoto(rewrite);
-        if (!written)
-            platform::log(platform::LogLevel::Error,
-                          QStringLiteral("CGImageDestinationFinalize failed"), rewrite.source);
-        return written;
+    const auto properties = [edit, source] {
+        return edit.keywords.isNull() ? edit.properties
+                                      : withoutOwnKeywords(edit.properties, edit.keywords, source);
     };
-    jobs::startSession(*job, platform::AVAssetExportSession::rewriting(source, output, writer));
+    startRewrite(*job, properties, edit.removesEverything);
 }
 
 } // namespace clipheave::photo

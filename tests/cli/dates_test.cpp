@@ -91,4 +91,37 @@ TEST(Dates, SaysWhatIsNoDateAndWritesItAllTheSame) {
     EXPECT_THAT(run.err.toStdString(), testing::HasSubstr("There is no date in its name"));
 }
 
+TEST(Dates, PhotosGetTheirDatesAndNamesFromTheFileAndTheCommandLine) {
+    const TempDir out;
+    const QString photo = clitest::sample("Photos/IMG_0412.jpg");
+    const auto exif = [](const QString& path) {
+        const auto read =
+            testkit::run(u"exiftool"_s, {u"-s3"_s, u"-DateTimeOriginal"_s, u"-CreateDate"_s,
+                                         u"-ModifyDate"_s, u"-UserComment"_s, u"-Artist"_s, path});
+        return QString::fromUtf8(read.out).split(u'\n', Qt::SkipEmptyParts);
+    };
+    auto run = clitest::cli("--storage % dates copy name-to-comments %", {out.path("a"), photo});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(
+        clitest::cli("--storage % photo dates --digitised % --taken % %",
+                     {out.path("b"), u"2001-02-03 04:05:06"_s, u"2011:01:01 10:00:00"_s, photo})
+            .exitCode,
+        0);
+    EXPECT_EQ(clitest::cli("--storage % dates copy created-to-camera %",
+                           {out.path("c"), out.path("b/IMG_0412.jpg")})
+                  .exitCode,
+              0);
+    EXPECT_EQ(modified(out.path("a/IMG_0412.jpg")), modified(photo));
+    EXPECT_EQ(modified(out.path("b/IMG_0412.jpg")), u"2011:01:01 10:00:00");
+    EXPECT_EQ(clitest::cli("photo dates --digitised 2001 %", {photo}).exitCode, 2);
+    EXPECT_EQ(clitest::cli("photo dates --taken 2001 %", {photo}).exitCode, 2);
+    if (!testkit::hasProgram(u"exiftool"_s))
+        GTEST_SKIP();
+    QStringList before = exif(photo);
+    EXPECT_THAT(exif(out.path("a/IMG_0412.jpg")), testing::Contains(u"IMG_0412"_s));
+    EXPECT_EQ(exif(out.path("a/IMG_0412.jpg")).last(), before.last()) << "the artist";
+    EXPECT_EQ(exif(out.path("b/IMG_0412.jpg")).count(u"2001:02:03 04:05:06"_s), 3);
+    EXPECT_EQ(exif(out.path("c/IMG_0412.jpg")).count(u"2011:01:01 10:00:00"_s), 3);
+}
+
 } // namespace
