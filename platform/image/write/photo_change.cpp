@@ -3,6 +3,7 @@
 
 #include "platform/image/photo_dictionaries.h"
 #include "platform/image/write/tag_encoding.h"
+#include "platform/image/write/thumbnail_tags.h"
 
 #include <algorithm>
 #include <array>
@@ -260,7 +261,10 @@ void applyChange(const PhotoChange& change, TiffEditor& editor) {
     apply(Kind::Gps, change.gps, editor);
 }
 
-Result<QByteArray> changedTiffBlock(const QByteArray& block, const PhotoChange& change) {
+namespace {
+
+/// The same but for the thumbnails.
+Result<QByteArray> changedBlock(const QByteArray& block, const PhotoChange& change) {
     if (block.isEmpty() && !change.setsTags())
         return QByteArray();
     auto editor = TiffEditor::open(TiffSource::ofBlock(block.isEmpty() ? emptyTiffBlock() : block));
@@ -274,6 +278,15 @@ Result<QByteArray> changedTiffBlock(const QByteArray& block, const PhotoChange& 
         compactedTiffBlock(patch->applied(block.isEmpty() ? emptyTiffBlock() : block));
     const auto structure = readTiffStructure(TiffSource::ofBlock(changed));
     return structure && isEmptyBlock(*structure) ? QByteArray() : changed;
+}
+
+} // namespace
+
+Result<QByteArray> changedTiffBlock(const QByteArray& block, const PhotoChange& change) {
+    auto changed = changedBlock(block, change);
+    if (changed && change.changesTags())
+        changed = withChangedThumbnails(*changed, change, &changedBlock);
+    return changed;
 }
 
 PhotoChange changeOfFurtherImage(const PhotoChange& change, const TiffEditor& editor) {

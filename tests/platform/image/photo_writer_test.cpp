@@ -397,6 +397,25 @@ TEST(PhotoWriter, RenewsEveryCopyOfAFact) {
     EXPECT_TRUE(changed.contains("20240229"));
 }
 
+TEST(PhotoWriter, ReachesTheMetadataOfThumbnails) {
+    const QByteArray jpeg =
+        "\xFF\xD8" + jpegSegment(kJpegApp1, QByteArray("Exif\0\0", 6) + cameraBlock()).value() +
+        QByteArray("\xFF\xDA\0\2PIXELS\xFF\xD9", 12);
+    constexpr int kThumbnailAt = 8 + 6 + 18 + 6 + 24;
+    const QByteArray block = QByteArray("II*\0", 4) + le32(8) + le16(1) + entry(0x0112, 3, 1, 6) +
+                             le32(26) + QByteArray(6, '\0') + QByteArray(kThumbnailAt - 32, '\0') +
+                             jpeg;
+    QByteArray linked = block;
+    linked.replace(26, 30,
+                   le16(2) + entry(0x0201, 4, 1, kThumbnailAt) +
+                       entry(0x0202, 4, 1, static_cast<int>(jpeg.size())) + le32(0));
+    const auto changed = changedTiffBlock(linked, changeOf({{u"{GPS}"_s, QVariant()}}));
+    ASSERT_TRUE(changed);
+    EXPECT_FALSE(changed->contains("OLDLATITUDE"));
+    EXPECT_TRUE(changed->contains("MAKERNOTE-12"));
+    EXPECT_TRUE(changed->contains("PIXELS"));
+}
+
 TEST(PhotoWriter, NamesWhatItCannotWriteOrReach) {
     const testkit::TempDir dir;
     const auto png = rewritePhoto(
