@@ -35,7 +35,8 @@ void changeBlocks(const QByteArray& bytes) {
         if (block && block->size() > 2 * bytes.size() + 4096) // a table that grows moves
             __builtin_trap();
         static_cast<void>(changedIptc(bytes, change));
-        static_cast<void>(changedImageResources(bytes, change));
+        Notes notes;
+        static_cast<void>(changedImageResources(bytes, change, ResourceBlocks::IptcAndExif, notes));
         static_cast<void>(changedXmpPacket(bytes, change));
     }
 }

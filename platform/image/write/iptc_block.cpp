@@ -3,6 +3,7 @@
 
 #include "platform/foundation/byte_view.h"
 #include "platform/image/messages.h"
+#include "platform/image/write/photo_plan.h"
 
 #include <QCryptographicHash>
 #include <QtEndian>
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 namespace clipheave::platform {
 
@@ -188,7 +190,9 @@ struct Resource {
     QByteArray data;
 };
 
-constexpr std::uint16_t kIptcResource = 0x0404, kIptcDigest = 0x0425;
+constexpr std::uint16_t kIptcResource = 0x0404, kIptcDigest = 0x0425, kExifResource = 0x0422,
+                        kMoreExifResource = 0x0423, kXmpResource = 0x0424,
+                        kVersionResource = 0x0421;
 
 Result<std::vector<Resource>> parsedResources(const QByteArray& bytes) {
     std::vector<Resource> resources;
@@ -221,15 +225,135 @@ QByteArray renderedResources(const std::vector<Resource>& resources) {
     return bytes;
 }
 
-/// Resources without which the picture is not what it was: resolution, channels, profile, colour
-/// tables, transparency, layers. The others are texts, thumbnails, addresses and histories.
-bool belongsToPicture(std::uint16_t id) {
-    static constexpr std::array<std::uint16_t, 12> kIds{0x03ED, 0x03EE, 0x03EF, 0x03F0,
-                                                        0x03F3, 0x03F5, 0x0400, 0x0402,
-                                                        0x0410, 0x0411, 0x0416, 0x0417};
-    constexpr std::uint16_t kProfile = 0x040F;
-    return id == kProfile || std::find(kIds.begin(), kIds.end(), id) != kIds.end();
+/// Resources without which the image is not what it was: resolution, colours, halftones, states of
+/// layers, colour tables, transparency, profile, aspect ratio. The others are texts, names,
+/// thumbnails, addresses, printers and histories.
+bool belongsToImage(std::uint16_t id) {
+    static constexpr std::array<std::uint16_t, 16> kIds{
+        0x03ED, 0x03EF, 0x03F1, 0x03F3, 0x03F5, 0x0400, 0x0402, 0x040F,
+        0x0410, 0x0411, 0x0412, 0x0416, 0x0417, 0x0428, 0x0430, 0x0435};
+    return std::find(kIds.begin(), kIds.end(), id) != kIds.end();
 }
+
+Result<QByteArray> changedExifResource(const QByteArray& block, const PhotoChange& change) {
+    auto changed = changedTiffBlock(block, change);
+    if (!changed && (change.dropsEverything || (change.dropsExif && change.dropsGps)))
+        return QByteArray(); // what cannot be read goes whole
+    return changed;
+}
+
+/// The resources of one file while they change.
+class ResourceChange {
+public:
+    ResourceChange(const PhotoChange& change, ResourceBlocks adds, Notes& notes)
+        : m_change(change), m_adds(adds), m_notes(notes) {}
+
+    /// The checksum is that of another block, or stays.
+    ResourceChange& countingElsewhere(const std::optional<QByteArray>& block) {
+        m_countsOwn = false;
+        m_counted = block;
+        return *this;
+    }
+
+    Result<QByteArray> run(std::vector<Resource> resources) {
+        for (Resource& resource : resources)
+            if (auto done = take(std::move(resource)); !done)
+                return tl::unexpected(done.error());
+        if (auto done = addMissing(); !done)
+            return tl::unexpected(done.error());
+        renewDigest();
+        return renderedResources(m_kept);
+    }
+
+private:
+    Result<void> take(Resource resource) {
+        if (resource.id == kExifResource && m_change.changesTags()) {
+            m_hasExif = true;
+            return put(std::move(resource), [this](const QByteArray& block) {
+                return changedExifResource(block, m_change);
+            });
+        }
+        if (resource.id == kMoreExifResource && m_change.removesBlocks())
+            return {};
+        if (resource.id == kIptcResource && m_change.touchesIptc()) {
+            const bool isRepeated = std::exchange(m_hasIptc, true);
+            return isRepeated ? Result<void>()
+                              : put(std::move(resource), [this](const QByteArray& block) {
+                                    return changedIptc(block, m_change);
+                                });
+        }
+        if (resource.id == kXmpResource)
+            return put(std::move(resource), [this](const QByteArray& packet) {
+                return Result<QByteArray>(changedXmpOrNote(packet, m_change, m_notes));
+            });
+        const bool tellsOfLayers = // whether the layers stand in the file joined as well
+            resource.id == kVersionResource && m_adds == ResourceBlocks::IptcAndExif;
+        if (!m_change.dropsEverything || belongsToImage(resource.id) || tellsOfLayers)
+            m_kept.push_back(std::move(resource));
+        return {};
+    }
+
+    template <class Change> Result<void> put(Resource resource, const Change& change) {
+        auto changed = change(resource.data);
+        if (!changed)
+            return tl::unexpected(changed.error());
+        m_changesIptc =
+            m_changesIptc || (resource.id == kIptcResource && *changed != resource.data);
+        resource.data = std::move(*changed);
+        if (!resource.data.isEmpty())
+            m_kept.push_back(std::move(resource));
+        return {};
+    }
+
+    Result<void> addMissing() {
+        const auto head = [](std::uint16_t id) {
+            return QByteArrayLiteral("8BIM") + bytes16(id) + bytes16(0);
+        };
+        if (m_adds != ResourceBlocks::None && !m_hasIptc && !m_change.iptc.empty()) {
+            if (auto done =
+                    put({kIptcResource, head(kIptcResource), {}},
+                        [this](const QByteArray& none) { return changedIptc(none, m_change); });
+                !done)
+                return done;
+        }
+        if (m_adds != ResourceBlocks::IptcAndExif || m_hasExif || !m_change.setsTags())
+            return {};
+        return put({kExifResource, head(kExifResource), {}},
+                   [this](const QByteArray& none) { return changedTiffBlock(none, m_change); });
+    }
+
+    [[nodiscard]] QByteArray ownBlock() const {
+        for (const Resource& resource : m_kept)
+            if (resource.id == kIptcResource)
+                return resource.data;
+        return {};
+    }
+
+    /// The checksum by which programs see whether IPTC or XMP was changed last.
+    void renewDigest() {
+        if (m_countsOwn && m_changesIptc)
+            m_counted = ownBlock();
+        if (!m_counted)
+            return;
+        for (auto at = m_kept.begin(); at != m_kept.end();) {
+            if (at->id == kIptcDigest && m_counted->isEmpty()) {
+                at = m_kept.erase(at);
+                continue;
+            }
+            if (at->id == kIptcDigest)
+                at->data = QCryptographicHash::hash(*m_counted, QCryptographicHash::Md5);
+            ++at;
+        }
+    }
+
+    const PhotoChange& m_change;
+    ResourceBlocks m_adds;
+    Notes& m_notes;
+    std::vector<Resource> m_kept;
+    std::optional<QByteArray> m_counted; ///< the block of the new checksum; nothing: it stays
+    bool m_countsOwn = true;
+    bool m_hasExif = false, m_hasIptc = false, m_changesIptc = false;
+};
 
 } // namespace
 
@@ -253,70 +377,23 @@ Result<QByteArray> changedIptc(const QByteArray& block, const PhotoChange& chang
     return anyText ? rendered(*sets) : QByteArray();
 }
 
-namespace {
-
-std::optional<QByteArray> iptcResource(const std::vector<Resource>& resources) {
-    std::optional<QByteArray> block;
-    for (const Resource& resource : resources)
-        if (resource.id == kIptcResource)
-            block = resource.data;
-    return block;
-}
-
-/// Returns the resources with this block in its place, and with the checksum of `counted` where one
-/// stands; without `counted` it stays.
-std::vector<Resource> withIptc(std::vector<Resource> resources, const QByteArray& block,
-                               const std::optional<QByteArray>& counted,
-                               const PhotoChange& change) {
-    std::vector<Resource> kept;
-    bool isWritten = false;
-    for (Resource& resource : resources) {
-        if (change.dropsEverything && !belongsToPicture(resource.id))
-            continue;
-        if (resource.id == kIptcResource) {
-            if (block.isEmpty() || isWritten)
-                continue;
-            resource.data = block;
-            isWritten = true;
-        } else if (resource.id == kIptcDigest && counted) {
-            if (counted->isEmpty())
-                continue;
-            resource.data = QCryptographicHash::hash(*counted, QCryptographicHash::Md5);
-        }
-        kept.push_back(std::move(resource));
-    }
-    return kept;
-}
-
-} // namespace
-
-Result<QByteArray> changedImageResources(const QByteArray& bytes, const PhotoChange& change) {
-    const auto resources = parsedResources(bytes);
+Result<QByteArray> changedImageResources(const QByteArray& bytes, const PhotoChange& change,
+                                         ResourceBlocks adds, Notes& notes) {
+    auto resources = parsedResources(bytes);
     if (!resources)
         return tl::unexpected(resources.error());
-    const auto old = iptcResource(*resources);
-    const auto changed = changedIptc(old.value_or(QByteArray()), change);
-    if (!changed)
-        return changed;
-    const bool isSame = old && *old == *changed;
-    std::vector<Resource> kept =
-        withIptc(*resources, *changed, isSame ? std::nullopt : std::optional(*changed), change);
-    const QByteArray head = QByteArrayLiteral("8BIM") + bytes16(kIptcResource) + bytes16(0);
-    if (!old && !changed->isEmpty())
-        kept.push_back({kIptcResource, head, *changed});
-    return renderedResources(kept);
+    return ResourceChange(change, adds, notes).run(std::move(*resources));
 }
 
 Result<QByteArray> changedImageResourcesBeside(const std::optional<QByteArray>& changed,
-                                               const QByteArray& bytes, const PhotoChange& change) {
-    const auto resources = parsedResources(bytes);
+                                               const QByteArray& bytes, const PhotoChange& change,
+                                               Notes& notes) {
+    auto resources = parsedResources(bytes);
     if (!resources)
         return tl::unexpected(resources.error());
-    const auto old = iptcResource(*resources);
-    const auto second = old ? changedIptc(*old, change) : Result<QByteArray>(QByteArray());
-    if (!second)
-        return second;
-    return renderedResources(withIptc(*resources, *second, changed, change));
+    return ResourceChange(change, ResourceBlocks::None, notes)
+        .countingElsewhere(changed)
+        .run(std::move(*resources));
 }
 
 } // namespace clipheave::platform

@@ -16,15 +16,19 @@ namespace clipheave::platform {
 /// must be brought to UTF-8 because a new one needs it. InvalidData when they cannot be parsed.
 [[nodiscard]] Result<QByteArray> changedIptc(const QByteArray& block, const PhotoChange& change);
 
-/// Returns image resources ("8BIM" and kin) with the change of the IPTC block among them and of its
-/// checksum; the block is added if there is none. A removal of everything keeps only those that
-/// belong to the picture. InvalidData as above.
+/// The blocks that are added to image resources without them: a file has one place for each.
+enum class ResourceBlocks { None, Iptc, IptcAndExif };
+
+/// Returns image resources ("8BIM" and kin) with the change of the IPTC, EXIF and XMP blocks among
+/// them and of the checksum of IPTC; a removal of everything keeps only those that belong to the
+/// image. InvalidData as above, or when an EXIF block cannot be parsed.
 [[nodiscard]] Result<QByteArray> changedImageResources(const QByteArray& resources,
-                                                       const PhotoChange& change);
-/// Returns likewise resources beside which the block stands elsewhere; `changed`: as it became
-/// there, nothing when it stayed.
+                                                       const PhotoChange& change,
+                                                       ResourceBlocks adds, Notes& notes);
+/// Returns likewise resources beside which the IPTC block stands elsewhere, nothing added;
+/// `changed`: as it became there, nothing when it stayed.
 [[nodiscard]] Result<QByteArray>
 changedImageResourcesBeside(const std::optional<QByteArray>& changed, const QByteArray& resources,
-                            const PhotoChange& change);
+                            const PhotoChange& change, Notes& notes);
 
 } // namespace clipheave::platform

@@ -77,10 +77,13 @@ private:
         for (const JpegSegment& segment : m_image.segments)
             if (segment.marker == kJpegApp13 && segment.payload.startsWith(kResourcesHead))
                 resources += segment.payload.mid(kResourcesHead.size());
-        if (!m_change.touchesIptc() || (resources.isEmpty() && m_change.iptc.empty()))
+        if (!(m_change.touchesIptc() || m_change.changesTags()) ||
+            (resources.isEmpty() && m_change.iptc.empty()))
             return {};
-        m_changesResources = true;
-        auto changed = changedImageResources(resources, m_change);
+        auto changed = changedImageResources(resources, m_change, ResourceBlocks::Iptc, m_notes);
+        if (!changed && !m_change.touchesIptc())
+            return {};
+        m_changesResources = !changed || *changed != resources;
         if (!changed && (m_change.dropsEverything || m_change.dropsIptc))
             return {}; // what cannot be read goes whole
         if (!changed)

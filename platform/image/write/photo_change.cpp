@@ -21,6 +21,9 @@ constexpr std::uint16_t kXpTitle = 0x9C9B, kXpComment = 0x9C9C, kXpAuthor = 0x9C
                         kXpKeywords = 0x9C9E, kXpSubject = 0x9C9F;
 constexpr std::uint16_t kBytes = 1;
 
+/// Where on Earth the image lies. Source: OGC 19-008r4 (GeoTIFF), annex B.
+constexpr std::uint16_t kGeoTiffTags[] = {0x830E, 0x8482, 0x85D8, 0x87AF, 0x87B0, 0x87B1};
+
 /// IPTC data sets of record 2. Source: IPTC-NAA IIM 4.2.
 struct IptcKey {
     const char* name;
@@ -247,8 +250,11 @@ void applyChange(const PhotoChange& change, TiffEditor& editor) {
     }
     if (change.dropsExif || change.dropsEverything)
         removeExif(editor);
-    if (change.dropsGps || change.dropsEverything)
+    if (change.dropsGps || change.dropsEverything) {
         editor.removeAll(Kind::Gps);
+        for (const std::uint16_t tag : kGeoTiffTags)
+            editor.remove(Kind::Image, tag);
+    }
     std::vector<AskedTag> windows;
     addWindowsTexts(change, editor, windows);
     apply(Kind::Image, windows, editor);

@@ -48,5 +48,9 @@ struct PhotoPlan {
 [[nodiscard]] Result<PhotoPlan> planWebp(FileReader& reader, const PhotoChange& change);
 [[nodiscard]] Result<PhotoPlan> planTiff(FileReader& reader, const PhotoChange& change);
 [[nodiscard]] Result<PhotoPlan> planHeif(FileReader& reader, const PhotoChange& change);
+[[nodiscard]] Result<PhotoPlan> planPsd(FileReader& reader, const PhotoChange& change);
+[[nodiscard]] Result<PhotoPlan> planJp2(FileReader& reader, const PhotoChange& change);
+/// The same; NotSupported for a change that sets anything: the format has no place for EXIF.
+[[nodiscard]] Result<PhotoPlan> planGif(FileReader& reader, const PhotoChange& change);
 
 } // namespace clipheave::platform

@@ -76,6 +76,12 @@ Result<PhotoPlan> plannedPhoto(FileReader& reader, const PhotoChange& change) {
         return planPng(reader, change);
     if (head.startsWith("RIFF") && head.mid(8, 4) == "WEBP")
         return planWebp(reader, change);
+    if (head.startsWith("8BPS"))
+        return planPsd(reader, change);
+    if (head.startsWith(QByteArrayLiteral("\0\0\0\x0CjP  \r\n\x87\n")))
+        return planJp2(reader, change);
+    if (head.startsWith("GIF8"))
+        return planGif(reader, change);
     if (isTiff(head))
         return planTiff(reader, change);
     if (isHeif(ByteView(head)) && head.mid(8, 4) != "crx ")

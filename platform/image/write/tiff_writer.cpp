@@ -136,8 +136,9 @@ private:
         if (!beside)
             return tl::unexpected(beside.error());
         const auto changeResources = [&](const QByteArray& block, const PhotoChange& change) {
-            return iptc == nullptr ? changedImageResources(block, change)
-                                   : changedImageResourcesBeside(*beside, block, change);
+            return iptc == nullptr
+                       ? changedImageResources(block, change, ResourceBlocks::Iptc, m_notes)
+                       : changedImageResourcesBeside(*beside, block, change, m_notes);
         };
         if (auto done = changeBlock(editor, first.find(kResourcesTag), changeResources); !done)
             return tl::unexpected(done.error());
@@ -161,10 +162,15 @@ private:
     /// Returns the value as it is written, padding included; nothing when it stays.
     Result<std::optional<QByteArray>> changeBlock(TiffEditor& editor, const TiffEntry* entry,
                                                   const Changer& changer) {
-        if (entry == nullptr || !m_change.touchesIptc())
+        const bool concerns =
+            m_change.touchesIptc() ||
+            (m_change.changesTags() && entry != nullptr && entry->tag == kResourcesTag);
+        if (entry == nullptr || !concerns)
             return std::nullopt;
         const QByteArray old = valueOfEntry(m_source, *entry);
         const auto changed = changer(old, m_change);
+        if (!changed && !m_change.touchesIptc())
+            return std::nullopt;
         if (!changed && !m_change.dropsIptc)
             return tl::unexpected(changed.error());
         const QByteArray block = padded(changed ? *changed : QByteArray(), entry->type);

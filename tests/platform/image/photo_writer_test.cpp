@@ -27,6 +27,11 @@ QByteArray le16(int value) {
 QByteArray le32(int value) {
     return le16(value & 0xFFFF) + le16(value >> 16);
 }
+QByteArray big32(qsizetype value) {
+    QByteArray bytes = le32(static_cast<int>(value));
+    std::reverse(bytes.begin(), bytes.end());
+    return bytes;
+}
 QByteArray entry(int tag, int type, int count, int value) {
     return le16(tag) + le16(type) + le32(count) + le32(value);
 }
@@ -414,6 +419,98 @@ TEST(PhotoWriter, ReachesTheMetadataOfThumbnails) {
     EXPECT_FALSE(changed->contains("OLDLATITUDE"));
     EXPECT_TRUE(changed->contains("MAKERNOTE-12"));
     EXPECT_TRUE(changed->contains("PIXELS"));
+}
+
+TEST(PhotoWriter, EditsDocumentsOfPhotoshop) {
+    const testkit::TempDir dir;
+    const auto resource = [](const QByteArray& id, const QByteArray& data) {
+        return "8BIM" + id + QByteArray(2, '\0') + big32(data.size()) + data +
+               QByteArray(data.size() % 2, '\0');
+    };
+    const QByteArray block = cameraBlock(), rest = "LAYERS AND PIXELS";
+    const auto document = [&](const QByteArray& resources) {
+        return "8BPS" + QByteArray(22, '\1') + big32(3) + "CLR" + big32(resources.size()) +
+               resources + rest;
+    };
+    const QByteArray name = resource("\x03\xF0", "Caption"), units = resource("\x03\xED", "UNIT");
+    const QByteArray all = document(name + resource("\x04\x22", block) + units);
+    const auto changed = [&](const QVariantMap& properties, bool everything = false) {
+        return testkit::TempDir::read(rewritten(dir.write("a.psd", all), properties, everything));
+    };
+    EXPECT_EQ(changed({{u"{IPTC}"_s, QVariant()}}), all);
+    const QByteArray without = changed({{u"{GPS}"_s, QVariant()}});
+    EXPECT_FALSE(without.contains(QByteArray(14, '\x07')));
+    EXPECT_TRUE(without.contains("Kestrel"));
+    EXPECT_TRUE(without.contains(name));
+    EXPECT_TRUE(without.endsWith(units + rest));
+    EXPECT_EQ(changed({}, true), document(units));
+    const QByteArray titled = changed({{u"{IPTC}"_s, QVariantMap{{u"ObjectName"_s, u"Title"_s}}}});
+    EXPECT_TRUE(titled.contains(resource("\x04\x04", QByteArray("\x1C\2\5\0\5Title", 10))));
+    const auto cut = rewritePhoto({dir.write("b.psd", all.first(40)), dir.path("c.psd"), {}});
+    EXPECT_FALSE(cut);
+}
+
+TEST(PhotoWriter, EditsTheBoxesOfJpeg2000) {
+    const testkit::TempDir dir;
+    const auto box = [](const QByteArray& type, const QByteArray& payload) {
+        return big32(payload.size() + 8) + type + payload;
+    };
+    const QByteArray start =
+        box("jP  ", "\r\n\x87\n") + box("ftyp", "jp2 ") + box("jp2h", "HEADER");
+    const QByteArray exif = box("uuid", "JpgTiffExif->JP2" + cameraBlock());
+    const QByteArray geography =
+        box("uuid", QByteArray::fromHex("b14bf8bd083d4b43a5ae8cd7d5a6ce03") + "PLACE");
+    const QByteArray comment("\xFF\x64\0\6\0\1Me", 8), size("\xFF\x51\0\4SZ", 6);
+    const QByteArray tiles = QByteArray("\xFF\x90\0\12TILES", 9);
+    const QByteArray image = box("jp2c", "\xFF\x4F" + size + comment + tiles);
+    const QByteArray all = start + exif + geography + image;
+    const auto changed = [&](const QByteArray& bytes, const QVariantMap& properties,
+                             bool everything = false) {
+        return testkit::TempDir::read(rewritten(dir.write("a.jp2", bytes), properties, everything));
+    };
+    const QByteArray without = changed(all, {{u"{GPS}"_s, QVariant()}});
+    EXPECT_TRUE(without.startsWith(start));
+    EXPECT_TRUE(without.endsWith(image));
+    EXPECT_TRUE(without.contains("Kestrel"));
+    EXPECT_FALSE(without.contains("PLACE"));
+    EXPECT_FALSE(without.contains(QByteArray(14, '\x07')));
+    EXPECT_EQ(changed(all, {}, true), start + box("jp2c", "\xFF\x4F" + size + tiles));
+    // A new block goes before a codestream that reaches to the end of the file.
+    QByteArray open = start + image;
+    open.replace(start.size(), 4, QByteArray(4, '\0'));
+    const QByteArray added = changed(open, {{u"{TIFF}"_s, QVariantMap{{u"Artist"_s, u"Halla"_s}}}});
+    EXPECT_TRUE(added.startsWith(start));
+    EXPECT_TRUE(added.endsWith(open.mid(start.size())));
+    EXPECT_LT(added.indexOf("Halla"), added.indexOf("jp2c"));
+}
+
+TEST(PhotoWriter, RemovesFromGifImagesAlone) {
+    const testkit::TempDir dir;
+    QByteArray magic(1, '\1');
+    for (int value = 255; value >= 0; --value)
+        magic += static_cast<char>(value);
+    magic += '\0';
+    const QByteArray head = "GIF89a" + QByteArray("\1\0\1\0\x80\0\0\0\0\0\xFF\xFF\xFF", 13);
+    const QByteArray loops = "!\xFF\x0BNETSCAPE2.0" + QByteArray("\3\1\0\0\0", 5);
+    const QByteArray packet = "!\xFF\x0BXMP DataXMP"
+                              "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+                              "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
+                              "<rdf:Description xmlns:exif='http://ns.adobe.com/exif/1.0/' "
+                              "exif:GPSLatitude='63,24.2N' exif:Flash='1'/></rdf:RDF></x:xmpmeta>" +
+                              magic;
+    const QByteArray comment("!\xFE\2Me\0", 6);
+    const QByteArray image(",\0\0\0\0\1\0\1\0\0\2\2\x44\1\0;", 16);
+    const QString source = dir.write("a.gif", head + loops + packet + comment + image + "TRAILER");
+    const QByteArray without =
+        testkit::TempDir::read(rewritten(source, {{u"{GPS}"_s, QVariant()}}));
+    EXPECT_FALSE(without.contains("63,24"));
+    EXPECT_TRUE(without.contains("exif:Flash"));
+    EXPECT_TRUE(without.endsWith(magic + comment + image + "TRAILER"));
+    EXPECT_EQ(testkit::TempDir::read(rewritten(source, {}, true)), head + loops + image);
+    const auto set = rewritePhoto(
+        {source, dir.path("b.gif"), {{u"{GPS}"_s, QVariantMap{{u"Latitude"_s, 1.5}}}}});
+    ASSERT_FALSE(set);
+    EXPECT_EQ(set.error().detail, Message(kGifHoldsNoTags));
 }
 
 TEST(PhotoWriter, NamesWhatItCannotWriteOrReach) {
