@@ -171,8 +171,12 @@ private:
     /// `dictionary`: in which the key stands; null for a flat list.
     void takeEntry(const QString& name, const QVariant& value, const QString& dictionary) {
         if (dictionary.isNull() && name.startsWith(u'{') &&
-            value.typeId() == QMetaType::QVariantMap)
-            return take(value.toMap(), name);
+            value.typeId() == QMetaType::QVariantMap) {
+            if (isWritten(name))
+                return take(value.toMap(), name);
+            m_ofImage.append(name); // of the format, or the maker's
+            return;
+        }
         const ListKey* key = listKey(name);
         // The root of the list of everything repeats what describes the image.
         if (dictionary.isNull() && isImageFact(name))
@@ -192,6 +196,10 @@ private:
             m_dictionaries[key->dictionary].insert(name, usable);
         else
             m_leftOut.append(name);
+    }
+    static bool isWritten(const QString& dictionary) {
+        return dictionary == QLatin1String("{Exif}") || dictionary == QLatin1String("{TIFF}") ||
+               dictionary == kGps || dictionary == QLatin1String("{IPTC}");
     }
     static bool isImageFact(const QString& name) {
         static constexpr const char* kFacts[] = {"PixelWidth", "PixelHeight", "DPIWidth",

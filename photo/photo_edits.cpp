@@ -6,6 +6,7 @@
 #include "photo/photo_rewrite.h"
 #include "photo/photo_texts.h"
 #include "platform/foundation/paths.h"
+#include "platform/image/write/photo_writer.h"
 
 #include <QFileInfo>
 
@@ -62,7 +63,7 @@ void PhotoEdits::DeleteExifAndGPSData(const PhotoRequest& request) {
 }
 
 void PhotoEdits::DeleteAllPhotoMetadataData(const PhotoRequest& request) {
-    rewriteAll(request, {"NoExifAndGPS_", {}, true});
+    rewriteAll(request, {"NoExifAndGPS_", platform::everyDictionaryRemoved()});
 }
 
 void PhotoEdits::ChangeGPSExifDataPhoto(const PhotoRequest& request, const PlaceTexts& place) {
@@ -78,7 +79,7 @@ void PhotoEdits::ClickSaveChangeGPSAction(const PhotoRequest& request, const Pla
 void PhotoEdits::ClickApplyChangeAction(const PhotoRequest& request, const PaneTexts& pane) {
     const auto fault = paneFault(pane);
     if (!fault)
-        return rewriteAll(request, {"", paneProperties(pane), false,
+        return rewriteAll(request, {"", paneProperties(pane),
                                     pane.basicInfoChange ? pane.keywordslab : QString()});
     for (const auto& item : request.items)
         m_run.ticket(item->filePath).report(jobs::refusal(item->filePath, *fault));
@@ -103,11 +104,10 @@ void PhotoEdits::rewrite(const media::ItemPointer& item, const PhotoRequest& req
     job->copiesOnFailure = false;
     if (const QLatin1String twin = twinOf(QLatin1String(edit.prefix)); !twin.isEmpty())
         job->notes += noteOnSameName(output, folder + twin + name);
-    const auto properties = [edit, source] {
+    startRewrite(*job, [edit, source] {
         return edit.keywords.isNull() ? edit.properties
                                       : withoutOwnKeywords(edit.properties, edit.keywords, source);
-    };
-    startRewrite(*job, properties, edit.removesEverything);
+    });
 }
 
 } // namespace clipheave::photo

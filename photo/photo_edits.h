@@ -49,7 +49,6 @@ private:
     struct Edit {
         const char* prefix = ""; ///< of the output's name
         QVariantMap properties;
-        bool removesEverything = false;
         QString keywords = {}; ///< as typed; null when they are not written
     };
     void rewriteAll(const PhotoRequest& request, const Edit& edit);

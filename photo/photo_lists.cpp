@@ -6,6 +6,7 @@
 #include "platform/foundation/file_manager.h"
 #include "platform/foundation/paths.h"
 #include "platform/image/cg_image_source.h"
+#include "platform/image/photo_data.h"
 #include "platform/image/write/photo_writer.h"
 #include "platform/plist/property_list.h"
 
@@ -43,6 +44,16 @@ struct ListedPhoto {
     }
 };
 
+/// Returns what the list may hold: all dictionaries for that of everything, the others need four.
+QVariantMap propertiesFor(PhotoList list, const CGImageSource& source, const QString& path) {
+    if (list != PhotoList::AllMetadata)
+        return source.properties();
+    auto data = CGImageSourceCreateWithData(path);
+    const auto all = data ? CGImageSourceCopyPropertiesAtIndex(*data, 0)
+                          : Result<QVariantMap>(tl::unexpected(data.error()));
+    return all.value_or(source.properties()); // the file has gone meanwhile
+}
+
 /// Returns the photo with its content for the list; nothing when there is none, which has been
 /// reported then.
 std::optional<ListedPhoto> readPhoto(jobs::Run& run, const media::ItemPointer& item,
@@ -60,7 +71,7 @@ std::optional<ListedPhoto> readPhoto(jobs::Run& run, const media::ItemPointer& i
     }
     if (!source->problem().isEmpty())
         photo.notes.append(source->problem());
-    photo.content = contentOf(list, source->properties());
+    photo.content = contentOf(list, propertiesFor(list, *source, photo.source));
     if (photo.content.isEmpty()) {
         photo.notes.append(kNothingForList);
         photo.report(WriteStatus::Skipped, {});

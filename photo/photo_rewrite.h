@@ -9,12 +9,10 @@
 
 namespace clipheave::photo {
 
-/// Starts the session that writes the job's photo with these properties (see
-/// platform::PhotoRewrite); logs a failure as the system always did.
-void startRewrite(const jobs::WriteJob& job, const QVariantMap& properties,
-                  bool removesEverything = false);
+/// Starts the session that writes the job's photo with these properties; see
+/// platform::rewritePhoto().
+void startRewrite(const jobs::WriteJob& job, const QVariantMap& properties);
 /// The same with properties that depend on the photo; they are made on the thread that writes.
-void startRewrite(const jobs::WriteJob& job, std::function<QVariantMap()> properties,
-                  bool removesEverything = false);
+void startRewrite(const jobs::WriteJob& job, std::function<QVariantMap()> properties);
 
 } // namespace clipheave::photo

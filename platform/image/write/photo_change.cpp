@@ -212,7 +212,29 @@ std::set<std::uint16_t> keptOfEverything(const TiffEditor& editor) {
     return {kOrientation, 0x011A, 0x011B, 0x0128, 0x0213};
 }
 
+/// The dictionaries that a removal of all metadata names. "{8BIM}" is the one that no command
+/// names.
+constexpr const char* kDictionaries[] = {
+    "{Exif}",         "{GPS}",       "{TIFF}",         "{GIF}",         "{JFIF}",    "{PNG}",
+    "{IPTC}",         "{Raw}",       "{MakerCanon}",   "{MakerNikon}",  "{ExifAux}", "{EXR}",
+    "{MakerMinolta}", "{MakerFuji}", "{MakerOlympus}", "{MakerPentax}", "{8BIM}",
+};
+
+bool removesEvery(const QVariantMap& properties) {
+    return std::all_of(std::begin(kDictionaries), std::end(kDictionaries), [&](const char* name) {
+        const auto found = properties.find(QLatin1String(name));
+        return found != properties.end() && !found->isValid();
+    });
+}
+
 } // namespace
+
+QVariantMap everyDictionaryRemoved() {
+    QVariantMap properties;
+    for (const char* name : kDictionaries)
+        properties.insert(QLatin1String(name), QVariant());
+    return properties;
+}
 
 PhotoChange changeOf(const QVariantMap& properties) {
     PhotoChange change;
@@ -231,6 +253,7 @@ PhotoChange changeOf(const QVariantMap& properties) {
     read("{TIFF}", change.dropsTiff,
          [&](const QVariantMap& map) { readTags(map, "Image", change.image, change); });
     read("{IPTC}", change.dropsIptc, [&](const QVariantMap& map) { readIptc(map, change); });
+    change.dropsEverything = removesEvery(properties);
     return change;
 }
 

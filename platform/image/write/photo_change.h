@@ -47,7 +47,8 @@ struct PhotoChange {
 
 /// Reads properties as CGImageDestinationAddImageFromSource() takes them: by dictionary ("{Exif}",
 /// "{TIFF}", "{GPS}", "{IPTC}") a map of the keys that override or add, or an invalid value
-/// (kCFNull), which removes the block; an invalid value of a key removes the key.
+/// (kCFNull), which removes the block; an invalid value of a key removes the key. Removing every
+/// dictionary (everyDictionaryRemoved()) removes everything.
 [[nodiscard]] PhotoChange changeOf(const QVariantMap& properties);
 
 /// Returns the published name of a data set of record 2, its number for an unknown one.

@@ -2,11 +2,14 @@
 #include "platform/image/write/photo_writer.h"
 
 #include "platform/foundation/atomic_file.h"
+#include "platform/foundation/log.h"
 #include "platform/foundation/unchanged_files.h"
 #include "platform/image/cg_image_source.h"
 #include "platform/image/heif_reader.h"
 #include "platform/image/messages.h"
 #include "platform/image/write/photo_plan.h"
+
+#include <algorithm>
 
 namespace clipheave::platform {
 
@@ -89,33 +92,87 @@ Result<PhotoPlan> plannedPhoto(FileReader& reader, const PhotoChange& change) {
     return failure(ErrorCode::NotSupported, kWritePhotoTags, reader.path(), kPhotoKindNotWritten);
 }
 
-Result<Notes> rewritePhoto(const PhotoRewrite& rewrite) {
-    auto reader = FileReader::open(rewrite.source);
-    if (!reader)
-        return tl::unexpected(reader.error());
-    const UnchangedFiles unchanged(*reader);
-    PhotoChange change = changeOf(withoutUnchanged(rewrite.source, rewrite.properties));
-    change.dropsEverything = rewrite.removesEverything;
-    auto plan = plannedPhoto(*reader, change);
+namespace {
+
+Result<Notes> writePhoto(FileReader& reader, const QString& path, const PhotoChange& change) {
+    const UnchangedFiles unchanged(reader);
+    auto plan = plannedPhoto(reader, change);
     if (!plan)
-        return tl::unexpected(inFile(plan.error(), rewrite.source));
+        return tl::unexpected(inFile(plan.error(), reader.path()));
     if (!change.unknownKeys.isEmpty())
         plan->notes.append(
             Message(kPropertiesNotWritten, {change.unknownKeys.join(QStringLiteral(", "))}));
-    auto file = AtomicFile::create(rewrite.target, plan->size());
+    auto file = AtomicFile::create(path, plan->size());
     if (!file)
         return tl::unexpected(file.error());
-    if (auto written = writeParts(*file, *reader, *plan); !written)
+    if (auto written = writeParts(*file, reader, *plan); !written)
         return tl::unexpected(written.error());
-    file->copyExtendedAttributes(reader->fd(), rewrite.removesEverything
-                                                   ? AtomicFile::Attributes::OfSystem
-                                                   : AtomicFile::Attributes::All);
-    file->takePermissionsOf(FileReference::ofDescriptor(reader->fd()));
+    file->copyExtendedAttributes(reader.fd(), change.dropsEverything
+                                                  ? AtomicFile::Attributes::OfSystem
+                                                  : AtomicFile::Attributes::All);
+    file->takePermissionsOf(FileReference::ofDescriptor(reader.fd()));
     if (auto same = unchanged.check(); !same)
         return tl::unexpected(same.error());
     if (auto committed = file->commit(); !committed)
         return tl::unexpected(committed.error());
     return plan->notes;
+}
+
+} // namespace
+
+PhotoDestination CGImageDestinationCreateWithData(const QString& path, const QString& type,
+                                                  std::size_t count) {
+    PhotoDestination destination;
+    destination.m_path = path;
+    destination.m_type = type;
+    destination.m_count = count;
+    return destination;
+}
+
+Result<void> CGImageDestinationAddImageFromSource(PhotoDestination& destination, PhotoData& source,
+                                                  std::size_t index,
+                                                  const QVariantMap& properties) {
+    const bool isFirst = destination.m_source == nullptr;
+    const bool fits =
+        isFirst ? CGImageSourceGetType(source) == destination.m_type
+                : destination.m_source == &source && destination.m_properties == properties;
+    if (!fits || index != destination.m_added || index >= destination.m_count)
+        return failure(ErrorCode::InvalidArgument, kWritePhotoTags, source.path(),
+                       kPropertiesOutOfRange);
+    destination.m_source = &source;
+    destination.m_properties = properties;
+    ++destination.m_added;
+    return {};
+}
+
+Result<Notes> CGImageDestinationFinalize(PhotoDestination& destination) {
+    const bool isWhole =
+        destination.m_source != nullptr && destination.m_added == destination.m_count;
+    auto written = isWhole ? writePhoto(destination.m_source->reader(), destination.m_path,
+                                        changeOf(withoutUnchanged(destination.m_source->path(),
+                                                                  destination.m_properties)))
+                           : failure(ErrorCode::InvalidArgument, kWritePhotoTags,
+                                     destination.m_path, kNoFrames);
+    if (!written)
+        log(LogLevel::Error, QStringLiteral("CGImageDestinationFinalize failed"),
+            destination.m_source != nullptr ? destination.m_source->path() : destination.m_path);
+    return written;
+}
+
+Result<Notes> rewritePhoto(const PhotoRewrite& rewrite) {
+    auto source = CGImageSourceCreateWithData(rewrite.source);
+    if (!source)
+        return tl::unexpected(source.error());
+    // Of what is no image there is one too: the destination says that it cannot be written.
+    const std::size_t count = std::max<std::size_t>(CGImageSourceGetCount(*source), 1);
+    auto destination =
+        CGImageDestinationCreateWithData(rewrite.target, CGImageSourceGetType(*source), count);
+    for (std::size_t index = 0; index < count; ++index)
+        if (auto added = CGImageDestinationAddImageFromSource(destination, *source, index,
+                                                              rewrite.properties);
+            !added)
+            return tl::unexpected(added.error());
+    return CGImageDestinationFinalize(destination);
 }
 
 } // namespace clipheave::platform

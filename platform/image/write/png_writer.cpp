@@ -269,8 +269,10 @@ private:
         if (m_iptc.isEmpty() || !m_change.touchesIptc())
             return {};
         m_changesIptc = true;
-        const auto changed = m_iptc.startsWith("8BIM") ? changedImageResources(m_iptc, m_change, ResourceBlocks::Iptc, m_plan.notes)
-                                                       : changedIptc(m_iptc, m_change);
+        const auto changed =
+            m_iptc.startsWith("8BIM")
+                ? changedImageResources(m_iptc, m_change, ResourceBlocks::Iptc, m_plan.notes)
+                : changedIptc(m_iptc, m_change);
         if (changed)
             m_newIptc = *changed;
         else if (!m_change.dropsEverything && !m_change.dropsIptc)

@@ -131,6 +131,12 @@ private:
 
 } // namespace
 
+TiffSource TiffSource::ofFile(FileReader& reader) {
+    return {reader.size(), [&reader](std::uint64_t offset, std::uint64_t length) {
+                return reader.read(offset, length).value_or(QByteArray());
+            }};
+}
+
 TiffSource TiffSource::ofBlock(const QByteArray& block) {
     const auto size = static_cast<std::uint64_t>(block.size());
     return {size, [block, size](std::uint64_t offset, std::uint64_t length) {

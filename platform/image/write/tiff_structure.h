@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/foundation/file_reader.h"
 #include "platform/foundation/result.h"
 
 #include <QByteArray>
@@ -22,6 +23,8 @@ struct TiffSource {
 
     /// The block is shared.
     [[nodiscard]] static TiffSource ofBlock(const QByteArray& block);
+    /// The reader must outlive the source.
+    [[nodiscard]] static TiffSource ofFile(FileReader& reader);
 };
 
 /// Tags that point to something.

@@ -52,13 +52,6 @@ constexpr std::uint16_t kPersonal[] = {
     0xC7A1, // the camera's name at its place of sale, who made the previews and when, of takes
 };
 
-TiffSource sourceOf(FileReader& reader) {
-    return {reader.size(), [&reader](std::uint64_t offset, std::uint64_t length) {
-                auto bytes = reader.read(offset, length);
-                return bytes ? *bytes : QByteArray();
-            }};
-}
-
 /// Returns whether the pixels need the maker's data to be developed: raw photos but for DNG, which
 /// describes itself.
 bool needsMakerNote(const TiffSource& source, const TiffStructure& structure) {
@@ -94,7 +87,7 @@ QByteArray valueOfEntry(const TiffSource& source, const TiffEntry& entry) {
 class TiffPlan {
 public:
     TiffPlan(FileReader& reader, const PhotoChange& change)
-        : m_reader(reader), m_source(sourceOf(reader)), m_change(change) {}
+        : m_reader(reader), m_source(TiffSource::ofFile(reader)), m_change(change) {}
 
     Result<PhotoPlan> run() {
         auto editor = TiffEditor::open(m_source);

@@ -81,7 +81,8 @@ QVariant valueIn(const QString& path, const char* block, const char* key) {
 /// Rewrites beside the source and returns the path.
 QString rewritten(const QString& source, const QVariantMap& properties, bool everything = false) {
     const QString target = source + u".new."_s + source.section(u'.', -1);
-    const auto notes = rewritePhoto({source, target, properties, everything});
+    const auto notes =
+        rewritePhoto({source, target, everything ? everyDictionaryRemoved() : properties});
     EXPECT_TRUE(notes) << (notes ? QString() : notes.error().text());
     if (notes) {
         EXPECT_THAT(*notes, testing::IsEmpty());
