@@ -53,13 +53,18 @@ bool isSame(const QVariant& asked, const QVariant& own) {
 /// included. Written, such a value would be carried to where its fact stands again: an author who
 /// is named in the IPTC block alone would go with the empty field.
 QVariantMap withoutUnchanged(const QString& path, QVariantMap properties) {
+    static constexpr const char* kNames[] = {"{TIFF}", "{Exif}", "{IPTC}"};
+    const auto isAsked = [&](const char* name) {
+        return properties.value(QLatin1String(name)).isValid();
+    };
+    if (std::none_of(std::begin(kNames), std::end(kNames), isAsked))
+        return properties; // a removal need not read them
     const auto source = CGImageSource::createWithPath(path);
-    for (const char* name : {"{TIFF}", "{Exif}", "{IPTC}"}) {
-        const auto asked = properties.constFind(QLatin1String(name));
-        if (!source || asked == properties.constEnd() || !asked->isValid())
+    for (const char* name : kNames) {
+        if (!source || !isAsked(name))
             continue;
         const QVariantMap own = source->properties().value(QLatin1String(name)).toMap();
-        const QVariantMap block = asked->toMap();
+        const QVariantMap block = properties.value(QLatin1String(name)).toMap();
         QVariantMap changed;
         for (auto it = block.begin(); it != block.end(); ++it)
             if (!isSame(*it, own.value(it.key())))
