@@ -172,9 +172,11 @@ Result<Notes> rewritePhoto(const PhotoRewrite& rewrite) {
     const std::size_t count = std::max<std::size_t>(CGImageSourceGetCount(*source), 1);
     auto destination =
         CGImageDestinationCreateWithData(rewrite.target, CGImageSourceGetType(*source), count);
+    const QVariantMap properties =
+        rewrite.removesEverything ? everyDictionaryRemoved() : rewrite.properties;
     for (std::size_t index = 0; index < count; ++index)
-        if (auto added = CGImageDestinationAddImageFromSource(destination, *source, index,
-                                                              rewrite.properties);
+        if (auto added =
+                CGImageDestinationAddImageFromSource(destination, *source, index, properties);
             !added)
             return tl::unexpected(added.error());
     return CGImageDestinationFinalize(destination);

@@ -51,7 +51,8 @@ CGImageDestinationCreateWithData(const QString& path, const QString& type, std::
 /// A new file of a photo with other properties.
 struct PhotoRewrite {
     QString source, target;
-    QVariantMap properties; ///< of every image, see CGImageDestinationAddImageFromSource()
+    QVariantMap properties;         ///< of every image, see CGImageDestinationAddImageFromSource()
+    bool removesEverything = false; ///< instead of them: everyDictionaryRemoved()
 };
 /// Adds every image of the source to a destination and finalizes it.
 [[nodiscard]] Result<Notes> rewritePhoto(const PhotoRewrite& rewrite);
