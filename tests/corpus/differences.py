@@ -169,20 +169,30 @@ Hard edges of pure colours, whose halved colours are spread in another way.
 # Photo commands: "file command what"; "every": all of them.
 PHOTO = """
 Kinds that nobody rewrites safely yet, or at all; the reason is given.
-  photo/Pillow__balloon_eciRGBv2_aware.jp2 every refused
-  photo/exempi__BlueSquare.gif every refused
   photo/exiftool__CanonRaw.cr3 every refused
   photo/exiftool__CanonRaw.crw every refused
   photo/exiftool__FujiFilm.raf every refused
-  photo/exiftool__GIF.gif every refused
   photo/exiftool__Minolta.mrw every refused
   photo/exiftool__Panasonic.rw2 every refused
-  photo/exiftool__Photoshop.psd every refused
   photo/exiv2__RAW_PENTAX_K30.exv every refused
-  photo/exiv2__Reagan.jp2 every refused
-  photo/libavif__seine.psd every refused
   photo/libheif__seq_seed.heif every refused
   photo/nom-exif__canon-r6.cr3 every refused
+A GIF image has no place for positions and fields; the reason is given.
+  photo/exempi__BlueSquare.gif apply+camera+change-gps+gps refused
+  photo/exiftool__GIF.gif apply+camera+change-gps+gps refused
+Its list has nothing that a photo takes; the reason is given.
+  photo/Pillow__balloon_eciRGBv2_aware.jp2 import refused
+  photo/exempi__BlueSquare.gif import refused
+  photo/exiftool__GIF.gif import refused
+Layers have names, and readers find the flags of a document beside the names of the programs that wrote it.
+  photo/exiftool__Photoshop.psd all texts
+  photo/libavif__seine.psd all texts
+XML lists have a line feed where the caption had a carriage return.
+  photo/exiv2__Reagan.jp2 import tags
+Nothing is left of its XMP but its frame, which names no program.
+  photo/exiftool__GIF.gif no-iptc tags
+A damaged directory leads to the checksum of IPTC that it does not have.
+  broken/exiv2__tiffimage_int-out-of-bound-read-poc-2.tif no-iptc left
 No photo, or one that cannot be read, under a name of a photo; the reason is given.
   photo/exiftool__KyoceraRaw.raw every refused
   photo/exiftool__SigmaDP2.x3f every refused

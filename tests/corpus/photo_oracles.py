@@ -24,7 +24,8 @@ class Photo:
         self.tags, self.warnings, self.texts = collections.Counter(), collections.Counter(), []
         self.path, self.profile, self.strips = path, b"", {}
         for key, value in row.items():
-            self.take(re.sub(r":Main|:Copy\d+", "", key), value)
+            # The XMP of a JPEG 2000 image stands in a box that exiftool calls XML.
+            self.take(re.sub(r":Main|:Copy\d+", "", key).replace("XML:XML-", "XMP:XMP-"), value)
 
     def take(self, key, value):
         if key == "ExifTool:Warning":

@@ -29,10 +29,10 @@ STRAYED = (r"EXIF:IFD[01]:(ColorSpace|ComponentsConfiguration|CompressedBitsPerP
            r"MeteringMode|Saturation|SceneCaptureType|SceneType|Sharpness|UserComment|WhiteBalance)")  # where other writers put them
 EXIF = (rf"{STRAYED}|" r"EXIF:(ExifIFD|InteropIFD):|EXIF:IFD0:ExifOffset|MakerNotes:|PrintIM:|PNG:Exif|XMP:XMP-(exif|exifEX|aux):(?!GPS)|"
         r"XMP:XMP-xmp:CreateDate|XMP:XMP-photoshop:DateCreated")
-IPTC = r"IPTC:|Photoshop:IPTCDigest|XMP:XMP-dc:(Title|Subject|Creator|Description|Rights)|XMP:XMP-(photoshop|iptcCore|iptcExt):"
+IPTC = r"IPTC:|Photoshop:IPTCDigest|XMP:XMP-dc:(Title|Subject|Creator|Description|Rights)|XMP:XMP-(photoshop:(?!ColorMode|ICCProfile|History|CameraProfiles|TextLayers|DocumentAncestors)|(iptcCore|iptcExt):)"
 BASIC = (r"EXIF:IFD0:(Artist|ImageDescription|Copyright|XP\w+|ExifOffset)|EXIF:ExifIFD:(UserComment|ExifVersion|ComponentsConfiguration|"
          r"FlashpixVersion|ColorSpace)|IPTC:|Photoshop:IPTCDigest|XMP:XMP-dc:(Title|Subject|Creator|Description|Rights)|"
-         r"XMP:XMP-(tiff|exif):(Artist|Copyright|ImageDescription|UserComment)")
+         r"XMP:XMP-(tiff|exif):(Artist|Copyright|ImageDescription|UserComment)|PNG:(Title|Author|Description|Copyright|Comment)")
 CAMERA = (r"EXIF:IFD0:(Make|Model)|EXIF:ExifIFD:(DateTimeOriginal|CreateDate|LensMake|LensModel)|XMP:XMP-tiff:(Make|Model)|XMP:XMP-exif:"
           r"DateTime(Original|Digitized)|XMP:XMP-photoshop:DateCreated|XMP:XMP-xmp:CreateDate|XMP:XMP-exifEX:Lens|XMP:XMP-aux:Lens$")
 # What exiftool says of values that must be as they are.

@@ -41,12 +41,33 @@ bool isExif(const XmpName& name) {
            (isIn(name, kPhotoshop) && name.name == QLatin1String("DateCreated"));
 }
 
+/// What of the name space repeats IPTC: the editing history and the colours of a document do not.
+/// Source: IPTC Photo Metadata Standard 2022.1, XMP properties.
+constexpr std::array kIptcOfPhotoshop{u"AuthorsPosition",
+                                      u"CaptionWriter",
+                                      u"Category",
+                                      u"City",
+                                      u"Country",
+                                      u"Credit",
+                                      u"DateCreated",
+                                      u"Headline",
+                                      u"Instructions",
+                                      u"LegacyIPTCDigest",
+                                      u"Source",
+                                      u"State",
+                                      u"Urgency",
+                                      u"SupplementalCategories",
+                                      u"TransmissionReference"};
+
 bool isIptc(const XmpName& name) {
     static constexpr std::array kOfDc{u"subject", u"title", u"creator", u"description", u"rights"};
     if (isIn(name, kDc))
         return std::any_of(kOfDc.begin(), kOfDc.end(),
                            [&](const char16_t* one) { return name.name == QStringView(one); });
-    return isIn(name, kPhotoshop) || isIn(name, kIptcCore) || isIn(name, kIptcExt);
+    if (isIn(name, kPhotoshop))
+        return std::any_of(kIptcOfPhotoshop.begin(), kIptcOfPhotoshop.end(),
+                           [&](const char16_t* one) { return name.name == QStringView(one); });
+    return isIn(name, kIptcCore) || isIn(name, kIptcExt);
 }
 
 /// Properties that repeat a tag. Source: Metadata Working Group Guidelines 2.0, 5.
