@@ -2,6 +2,7 @@
 #include "platform/image/exiv2_access.h"
 
 #include <QMutex>
+#include <QRegularExpression>
 
 #include <exiv2/webpimage.hpp> // not among those of exiv2.hpp
 
@@ -56,8 +57,10 @@ std::unique_ptr<Exiv2::Image> openExiv2Image(const FileReader& reader) {
 Error exiv2Error(const Exiv2::Error& error, MessageCode operation, const QString& path) {
     const bool unknown = error.code() == Exiv2::ErrorCode::kerFileContainsUnknownImageType ||
                          error.code() == Exiv2::ErrorCode::kerUnsupportedImageType;
+    // The library names the descriptor that it was given.
+    static const QRegularExpression descriptor(QStringLiteral("/proc/self/fd/\\d+(: )?"));
     return Error{unknown ? ErrorCode::NotSupported : ErrorCode::InvalidData, operation, path,
-                 QString::fromUtf8(error.what())};
+                 QString::fromUtf8(error.what()).remove(descriptor)};
 }
 
 } // namespace clipheave::platform

@@ -94,7 +94,12 @@ Result<PhotoPlan> plannedPhoto(FileReader& reader, const PhotoChange& change) {
         return planTiff(reader, change);
     if (isHeif(ByteView(head)) && head.mid(8, 4) != "crx ")
         return planHeif(reader, change);
-    return failure(ErrorCode::NotSupported, kWritePhotoTags, reader.path(), kPhotoKindNotWritten);
+    // A photo of another kind, or none at all: the reader knows.
+    const auto read = CGImageSource::createWithPath(reader.path());
+    return read ? failure(ErrorCode::NotSupported, kWritePhotoTags, reader.path(),
+                          kPhotoKindNotWritten)
+                : failure(ErrorCode::InvalidData, kWritePhotoTags, reader.path(),
+                          read.error().detail);
 }
 
 namespace {
