@@ -7,6 +7,7 @@
 #include "platform/foundation/paths.h"
 #include "platform/foundation/temporary_records.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace clipheave::cli {
@@ -36,6 +37,13 @@ QString endLine(const WriteOutcome& outcome) {
     if (const QString text = outcome.text(); !text.isEmpty())
         parts.append(text);
     return parts.join(u": ");
+}
+
+/// The photo browser takes any file that is given by name.
+bool holdsPhoto(const std::vector<media::ItemPointer>& items) {
+    return std::any_of(items.begin(), items.end(), [](const media::ItemPointer& item) {
+        return media::MediaKind::isPhoto(item->filePath);
+    });
 }
 
 /// Returns what was given and is no file that the command takes, each as skipped.
@@ -143,7 +151,10 @@ int runOverItems(const GlobalOptions& global, const QStringList& paths, const QS
     outcomes.insert(outcomes.end(), unknown.begin(), unknown.end());
     for (const media::SkippedPath& skipped : import.skipped())
         outcomes.push_back(outcomeOfSkipped(skipped));
-    return reportOutcomes(global, outcomes, import.skipped().empty());
+    const int status = reportOutcomes(global, outcomes, import.skipped().empty());
+    const bool nothing = importPaths == &media::MediaImport::importPhotos && !holdsPhoto(items) &&
+                         import.skipped().empty();
+    return nothing && status == kSomeFailed ? reportNothingToDo() : status;
 }
 
 } // namespace clipheave::cli

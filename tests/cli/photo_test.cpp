@@ -24,6 +24,10 @@ TEST(PhotoStamp, TakesTitlesAndStampsWhatTheBrowserTakes) {
     EXPECT_EQ(stamp("--color red").exitCode, 2);
     EXPECT_EQ(stamp("--font-size 0").exitCode, 2);
     EXPECT_EQ(clitest::cli("photo stamp %", {dir.path()}).exitCode, 3);
+    EXPECT_EQ(clitest::cli("photo remove all % %",
+                           {dir.write("a.txt", "x"), clitest::sample("Harbour/old-camera.avi")})
+                  .exitCode,
+              3);
 
     const auto done =
         stamp("--font-size 40 --color #FF0000 --position %", {u"Upper left corner"_s});
