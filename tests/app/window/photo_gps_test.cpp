@@ -8,6 +8,7 @@
 #include "app/windows/map_window.h"
 #include "platform/image/sample_photo.h"
 #include "tests/app/window/window_fixture.h"
+#include "tests/testkit/media.h"
 
 #include <QLabel>
 
