@@ -51,8 +51,10 @@ int sideOf(const ThumbnailShape& shape) {
                                                   : ThumbnailCache::kLargeSide;
 }
 
-/// The image of the file within `side` pixels, from the thumbnail folder or made and put there.
-QImage imageOfFile(const ThumbnailSource& source, int side, const ThumbnailCache& cache) {
+/// The image of the file within `side` pixels, from the thumbnail folder or made; `store` puts it
+/// there then.
+QImage imageOfFile(const ThumbnailSource& source, int side, const ThumbnailCache& cache,
+                   std::function<void()>& store) {
     const bool isVideoFile = media::MediaKind::isVideo(source.path);
     if (!isVideoFile && !media::MediaKind::isPhoto(source.path))
         return {};
@@ -72,7 +74,9 @@ QImage imageOfFile(const ThumbnailSource& source, int side, const ThumbnailCache
     if (QImage stored = cache.find(source.path, modified, side); !stored.isNull())
         return stored;
     QImage original = scaledWithin(decoded(), side);
-    cache.store(source.path, modified, side, original);
+    store = [&cache, path = source.path, modified, side, original] {
+        cache.store(path, modified, side, original);
+    };
     return original;
 }
 
@@ -113,16 +117,18 @@ ThumbnailSource ThumbnailSource::of(const media::IKImageItem& item) {
     return {item.filePath, item.fileImage, item.fileduration};
 }
 
-QImage makeThumbnail(const ThumbnailSource& source, const ThumbnailShape& shape,
-                     const ThumbnailCache& cache) {
+MadeThumbnail makeThumbnail(const ThumbnailSource& source, const ThumbnailShape& shape,
+                            const ThumbnailCache& cache) {
     const int longest = std::max(shape.size.width(), shape.size.height());
     if (!source.artwork.isNull() &&
         source.artwork.byteCount() <= static_cast<std::uint64_t>(kMostArtworkBytes)) {
         const QImage original = platform::imageThumbnail(source.artwork.bytes(), longest);
         if (!original.isNull())
-            return shaped(original, shape);
+            return {shaped(original, shape)};
     }
-    return shaped(imageOfFile(source, sideOf(shape), cache), shape);
+    MadeThumbnail made;
+    made.image = shaped(imageOfFile(source, sideOf(shape), cache, made.store), shape);
+    return made;
 }
 
 } // namespace clipheave::app

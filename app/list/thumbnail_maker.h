@@ -4,7 +4,10 @@
 #include "app/list/thumbnail_cache.h"
 #include "media/image_item.h"
 
+#include <QImage>
 #include <QSize>
+
+#include <functional>
 
 namespace clipheave::app {
 
@@ -32,11 +35,18 @@ struct ThumbnailSource {
     [[nodiscard]] static ThumbnailSource of(const media::IKImageItem& item);
 };
 
+/// A thumbnail, and what can wait until all that is looked at has been made.
+struct MadeThumbnail {
+    QImage image;
+    /// Puts it into the thumbnail folder, while the folder's object lives; empty when it need not.
+    std::function<void()> store = {};
+};
+
 /// Makes the thumbnail: of the artwork, else from the thumbnail folder, else of the file itself,
-/// which is then stored there; an image to be fitted into more than what that folder holds is made
-/// of the file each time. Null when nothing can be shown (unreadable, no image, a kind that
+/// which can then be stored there; an image to be fitted into more than what that folder holds is
+/// made of the file each time. Null when nothing can be shown (unreadable, no image, a kind that
 /// is not decoded). For worker threads.
-[[nodiscard]] QImage makeThumbnail(const ThumbnailSource& source, const ThumbnailShape& shape,
-                                   const ThumbnailCache& cache);
+[[nodiscard]] MadeThumbnail makeThumbnail(const ThumbnailSource& source,
+                                          const ThumbnailShape& shape, const ThumbnailCache& cache);
 
 } // namespace clipheave::app

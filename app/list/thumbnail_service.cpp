@@ -7,6 +7,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cstddef>
 
 namespace clipheave::app {
 
@@ -15,6 +16,8 @@ namespace {
 /// In KiB: some 400 tiles, or ten thousands of rows.
 constexpr int kMemoryLimit = 96 << 10;
 constexpr int kMostWorkers = 3;
+/// Of about 256 KiB each.
+constexpr std::size_t kMostUnstored = 64;
 
 int costOf(const QPixmap& image) {
     return 1 + image.width() * image.height() * image.depth() / 8 / 1024;
@@ -32,6 +35,7 @@ ThumbnailService::~ThumbnailService() {
     {
         const QMutexLocker lock(&m_mutex);
         m_waiting.clear();
+        m_unstored.clear();
     }
     m_pool.waitForDone();
 }
@@ -76,7 +80,7 @@ void ThumbnailService::cancel(const QObject* viewer) {
 
 bool ThumbnailService::isIdle() const {
     const QMutexLocker lock(&m_mutex);
-    return m_waiting.empty() && m_running.isEmpty();
+    return m_waiting.empty() && m_running.isEmpty() && m_workers == 0;
 }
 
 void ThumbnailService::startWorkers() {
@@ -89,10 +93,17 @@ void ThumbnailService::work() {
     for (;;) {
         Job job;
         {
-            const QMutexLocker lock(&m_mutex);
+            QMutexLocker lock(&m_mutex);
             if (m_waiting.empty()) {
-                --m_workers;
-                return;
+                if (m_unstored.empty()) {
+                    --m_workers;
+                    return;
+                }
+                const auto store = std::move(m_unstored.front());
+                m_unstored.pop_front();
+                lock.unlock();
+                store();
+                continue;
             }
             job = std::move(m_waiting.front());
             m_waiting.pop_front();
@@ -100,10 +111,24 @@ void ThumbnailService::work() {
                 continue; // two viewers asked for it
             m_running.insert(job.key);
         }
-        const QImage image = makeThumbnail(job.source, job.shape, m_cache);
+        const MadeThumbnail made = makeThumbnail(job.source, job.shape, m_cache);
         QMetaObject::invokeMethod(
-            this, [this, key = job.key, image] { take(key, image); }, Qt::QueuedConnection);
+            this, [this, key = job.key, image = made.image] { take(key, image); },
+            Qt::QueuedConnection);
+        if (made.store)
+            storeLater(made.store);
     }
+}
+
+void ThumbnailService::storeLater(const std::function<void()>& store) {
+    {
+        const QMutexLocker lock(&m_mutex);
+        if (m_unstored.size() < kMostUnstored) {
+            m_unstored.push_back(store);
+            return;
+        }
+    }
+    store();
 }
 
 void ThumbnailService::take(const QString& key, const QImage& image) {

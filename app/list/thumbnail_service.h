@@ -13,6 +13,7 @@
 #include <QThreadPool>
 
 #include <deque>
+#include <functional>
 
 namespace clipheave::app {
 
@@ -27,7 +28,7 @@ class ThumbnailService : public QObject {
     Q_OBJECT
 public:
     explicit ThumbnailService(ThumbnailCache cache = ThumbnailCache(), QObject* parent = nullptr);
-    /// Waits for what is being made; what is only asked for is dropped.
+    /// Waits for what is being made; what is only asked for, or not stored yet, is dropped.
     ~ThumbnailService() override;
     /// Returns the one that all lists share; it lives as long as the application object.
     [[nodiscard]] static ThumbnailService& shared();
@@ -58,6 +59,7 @@ private:
     [[nodiscard]] static QString keyOf(const media::IKImageItem& item, const ThumbnailShape& shape);
     void startWorkers();
     void work();
+    void storeLater(const std::function<void()>& store);
     void take(const QString& key, const QImage& image);
 
     ThumbnailCache m_cache;
@@ -67,6 +69,8 @@ private:
     mutable QMutex m_mutex; ///< guards what follows
     std::deque<Job> m_waiting;
     QSet<QString> m_running;
+    /// Storing takes as long as decoding: what is looked at comes first.
+    std::deque<std::function<void()>> m_unstored;
     int m_workers = 0;
 
     QThreadPool m_pool;
