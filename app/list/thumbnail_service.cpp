@@ -16,6 +16,7 @@ namespace {
 /// In KiB: some 400 tiles, or ten thousands of rows.
 constexpr int kMemoryLimit = 96 << 10;
 constexpr int kMostWorkers = 3;
+constexpr int kRest = 300; // milliseconds
 /// Of about 256 KiB each.
 constexpr std::size_t kMostUnstored = 64;
 
@@ -29,6 +30,9 @@ ThumbnailService::ThumbnailService(ThumbnailCache cache, QObject* parent)
     : QObject(parent), m_cache(std::move(cache)), m_images(kMemoryLimit) {
     m_pool.setMaxThreadCount(std::clamp(QThread::idealThreadCount(), 1, kMostWorkers));
     m_pool.setThreadPriority(QThread::LowPriority);
+    m_rest.setSingleShot(true);
+    m_rest.setInterval(kRest);
+    connect(&m_rest, &QTimer::timeout, this, [this] { startStoring(); });
 }
 
 ThumbnailService::~ThumbnailService() {
@@ -80,7 +84,7 @@ void ThumbnailService::cancel(const QObject* viewer) {
 
 bool ThumbnailService::isIdle() const {
     const QMutexLocker lock(&m_mutex);
-    return m_waiting.empty() && m_running.isEmpty() && m_workers == 0;
+    return m_waiting.empty() && m_running.isEmpty() && m_unstored.empty() && !m_isStoring;
 }
 
 void ThumbnailService::startWorkers() {
@@ -89,21 +93,22 @@ void ThumbnailService::startWorkers() {
         m_pool.start([this] { work(); });
 }
 
+void ThumbnailService::startStoring() {
+    const QMutexLocker lock(&m_mutex);
+    if (m_isStoring || m_unstored.empty())
+        return;
+    m_isStoring = true;
+    m_pool.start([this] { storeWhileIdle(); });
+}
+
 void ThumbnailService::work() {
     for (;;) {
         Job job;
         {
-            QMutexLocker lock(&m_mutex);
+            const QMutexLocker lock(&m_mutex);
             if (m_waiting.empty()) {
-                if (m_unstored.empty()) {
-                    --m_workers;
-                    return;
-                }
-                const auto store = std::move(m_unstored.front());
-                m_unstored.pop_front();
-                lock.unlock();
-                store();
-                continue;
+                --m_workers;
+                return;
             }
             job = std::move(m_waiting.front());
             m_waiting.pop_front();
@@ -117,6 +122,25 @@ void ThumbnailService::work() {
             Qt::QueuedConnection);
         if (made.store)
             storeLater(made.store);
+    }
+}
+
+void ThumbnailService::storeWhileIdle() {
+    for (;;) {
+        std::function<void()> store;
+        {
+            const QMutexLocker lock(&m_mutex);
+            m_isStoring = m_waiting.empty() && m_running.isEmpty() && !m_unstored.empty();
+            if (!m_isStoring) {
+                if (!m_unstored.empty())
+                    QMetaObject::invokeMethod(
+                        this, [this] { m_rest.start(); }, Qt::QueuedConnection);
+                return;
+            }
+            store = std::move(m_unstored.front());
+            m_unstored.pop_front();
+        }
+        store();
     }
 }
 
@@ -140,6 +164,7 @@ void ThumbnailService::take(const QString& key, const QImage& image) {
         const QMutexLocker lock(&m_mutex);
         m_running.remove(key);
     }
+    m_rest.start();
     Q_EMIT imagesReady();
 }
 

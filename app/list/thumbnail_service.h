@@ -11,6 +11,7 @@
 #include <QPixmap>
 #include <QSet>
 #include <QThreadPool>
+#include <QTimer>
 
 #include <deque>
 #include <functional>
@@ -59,6 +60,8 @@ private:
     [[nodiscard]] static QString keyOf(const media::IKImageItem& item, const ThumbnailShape& shape);
     void startWorkers();
     void work();
+    void startStoring();
+    void storeWhileIdle();
     void storeLater(const std::function<void()>& store);
     void take(const QString& key, const QImage& image);
 
@@ -69,10 +72,12 @@ private:
     mutable QMutex m_mutex; ///< guards what follows
     std::deque<Job> m_waiting;
     QSet<QString> m_running;
-    /// Storing takes as long as decoding: what is looked at comes first.
+    /// Storing takes half as long as decoding: it waits until nothing has been made for a while.
     std::deque<std::function<void()>> m_unstored;
     int m_workers = 0;
+    bool m_isStoring = false;
 
+    QTimer m_rest;
     QThreadPool m_pool;
 };
 
