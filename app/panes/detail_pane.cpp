@@ -4,6 +4,7 @@
 #include "app/panes/artwork_well.h"
 #include "app/panes/audio_pane_view.h"
 #include "app/panes/elided_label.h"
+#include "app/panes/empty_page.h"
 #include "app/panes/player_view.h"
 #include "app/panes/shared_fields.h"
 #include "app/theme/theme.h"
@@ -109,22 +110,9 @@ QWidget* DetailPane::makeHead() {
 }
 
 QWidget* DetailPane::makeEmpty() {
-    auto* empty = new QWidget(this);
-    auto* column = new QVBoxLayout(empty);
-    column->setSpacing(8);
-    column->addStretch();
-    auto* icon = new TokenIcon(40, empty);
-    icon->setIcon(QStringLiteral("film"), Token::text3);
-    column->addWidget(icon, 0, Qt::AlignHCenter);
-    auto* title = new TokenLabel(tr("Nothing selected"), FontRole::BodyMedium, Token::text2, empty);
-    title->setAlignment(Qt::AlignCenter);
-    column->addWidget(title);
-    auto* hint = new TokenLabel(tr("Select a file to play it and edit its tags"), FontRole::Cell,
-                                Token::text3, empty);
-    hint->setAlignment(Qt::AlignCenter);
-    column->addWidget(hint);
-    column->addStretch();
-    return empty;
+    return makeEmptyPage(QStringLiteral("film"), tr("Nothing selected"),
+                         tr("Select a file to play it and edit its tags"), this)
+        .page;
 }
 
 QWidget* DetailPane::makeFoot() {

@@ -2,6 +2,7 @@
 #include "app/panes/photo_pane.h"
 
 #include "app/panes/elided_label.h"
+#include "app/panes/empty_page.h"
 #include "app/panes/foot_note.h"
 #include "app/theme/theme.h"
 #include "app/widgets/button_look.h"
@@ -92,24 +93,10 @@ QWidget* PhotoPane::makeHead() {
 }
 
 QWidget* PhotoPane::makeEmpty() {
-    auto* empty = new QWidget(this);
-    auto* column = new QVBoxLayout(empty);
-    column->setSpacing(8);
-    column->addStretch();
-    auto* icon = new TokenIcon(40, empty);
-    icon->setIcon(QStringLiteral("image"), Token::text3);
-    column->addWidget(icon, 0, Qt::AlignHCenter);
-    auto* title =
-        new TokenLabel(tr("No photo selected"), FontRole::BodyMedium, Token::text2, empty);
-    title->setAlignment(Qt::AlignCenter);
-    column->addWidget(title);
-    m_emptyReason = new TokenLabel({}, FontRole::Cell, Token::text3, empty);
-    m_emptyReason->setAlignment(Qt::AlignCenter);
-    m_emptyReason->setWordWrap(true);
-    m_emptyReason->setTextFormat(Qt::PlainText);
-    column->addWidget(m_emptyReason);
-    column->addStretch();
-    return empty;
+    const EmptyPage empty =
+        makeEmptyPage(QStringLiteral("image"), tr("No photo selected"), {}, this);
+    m_emptyReason = empty.hint;
+    return empty.page;
 }
 
 QWidget* PhotoPane::makeFoot() {
